@@ -1,0 +1,26 @@
+# What `cmake --install` lays down for users of the library: headers, library, pkg-config file, CMake package.
+include(CMakePackageConfigHelpers)
+
+set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/ZvIptvServiceApi")
+
+# The library alone is exported: what it is made of and links stays private to it.
+install(TARGETS ServiceApi EXPORT ZvIptvServiceApiTargets)
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/zviptv" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+install(EXPORT ZvIptvServiceApiTargets NAMESPACE ZvIptv:: DESTINATION "${package_dir}")
+
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/ZvIptvServiceApiConfigVersion.cmake"
+    COMPATIBILITY SameMajorVersion)
+configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/ZvIptvServiceApiConfig.cmake.in"
+    "${PROJECT_BINARY_DIR}/ZvIptvServiceApiConfig.cmake"
+    INSTALL_DESTINATION "${package_dir}")
+install(FILES
+    "${PROJECT_BINARY_DIR}/ZvIptvServiceApiConfig.cmake"
+    "${PROJECT_BINARY_DIR}/ZvIptvServiceApiConfigVersion.cmake"
+    DESTINATION "${package_dir}")
+
+# Paths relative to the file itself, so that an installation can be moved.
+file(RELATIVE_PATH pc_to_prefix "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
+configure_file("${PROJECT_SOURCE_DIR}/cmake/zv-iptv-service-api.pc.in"
+    "${PROJECT_BINARY_DIR}/zv-iptv-service-api.pc" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/zv-iptv-service-api.pc"
+    DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")

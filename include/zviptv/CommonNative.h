@@ -1,0 +1,58 @@
+#pragma once
+
+#include <zviptv/Export.h>
+#include <zviptv/MessageBuffer.h>
+
+#include <memory>
+#include <string>
+
+class CProxyDBusHelper;
+
+/// A general-purpose endpoint: owns one channel, sends through it and receives through two overridable hooks.
+/// The service side of the interface is built from these.
+///
+/// Threads and lifetime are those of CProxyDBusHelper. A subclass that is destroyed on another thread than
+/// the one which iterates the channel's context calls t_StopCallbacks() first thing in its destructor, so
+/// that no hook runs on an object half gone.
+class ZVIPTV_API CCommonNative
+{
+public:
+    /// `name` is the endpoint's type word, "PLAYERCONTROL" for example.
+    explicit CCommonNative(std::string name);
+    virtual ~CCommonNative();
+
+    CCommonNative(CCommonNative const&) = delete;
+    CCommonNative& operator=(CCommonNative const&) = delete;
+
+    /// Binds the endpoint to the bus name `partner`; true on success.
+    bool Connect(std::string partner);
+
+    /// The unique bus name of this end; empty without a bus.
+    std::string GetPublicName();
+
+    /// Sets the handler of the partner's loss; see CProxyDBusHelper::SetDisconnectNotiCB.
+    void SetDisconnectNotiCB(void (*cb)(std::string partner, std::string own, void* userData),
+                             void* userData);
+
+    /// Sends a request without waiting; `reply` is never filled. True when the request is on its way.
+    bool t_SendMessage(CMessageBuffer& request, CMessageBuffer& reply);
+
+    /// Sends a notification to the partner. True once it is queued.
+    bool t_SendNotication(CMessageBuffer& msg);
+
+protected:
+    /// Answers an incoming call; the default answers with an empty message.
+    virtual CMessageBuffer t_HandleMessage(CMessageBuffer& msg);
+
+    /// Takes an incoming notification; the default drops it.
+    virtual void t_HandleNotification(CMessageBuffer& msg);
+
+    /// From its return on no hook runs on another thread and none starts any more.
+    void t_StopCallbacks();
+
+    std::unique_ptr<CProxyDBusHelper> m_pDBusHelper;
+
+private:
+    static CMessageBuffer m_MessageCb(CMessageBuffer& msg, void* user);
+    static void m_NotificationCb(CMessageBuffer& msg, void* user);
+};

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <zviptv/Export.h>
+#include <zviptv/MessageBuffer.h>
+
+#include <memory>
+#include <string>
+
+typedef struct _GDBusConnection GDBusConnection;
+typedef struct _GVariant GVariant;
+
+/// Announces a channel on the helper bus and learns the bus name of its partner in the service.
+///
+/// Threads: no locks, no main loop needed; every call blocks the calling thread for at most 2000 ms and one
+/// instance belongs to one thread at a time.
+class ZVIPTV_API CConnectionHelperDBusClient
+{
+public:
+    static char const* const BUSNAME;
+    static char const* const METHOD;
+
+    /// Attaches to the system bus. Without a bus the object stays usable and every send fails.
+    CConnectionHelperDBusClient();
+    virtual ~CConnectionHelperDBusClient();
+
+    CConnectionHelperDBusClient(CConnectionHelperDBusClient const&) = delete;
+    CConnectionHelperDBusClient& operator=(CConnectionHelperDBusClient const&) = delete;
+
+    /// True when the helper bus has an owner, that is when the service runs. False without a bus.
+    static bool CheckConnection();
+
+    /// Announces the channel `dbusname` of the given type word; returns the bus name of the endpoint to
+    /// connect to, empty when the exchange failed or the service gave none.
+    std::string Connect(std::string dbusname, std::string type);
+
+    /// Announces that the channel goes away; the outcome is ignored.
+    void Disconnect(std::string dbusname, std::string type);
+
+    /// One blocking "SendSignal" call. On success `reply` is replaced by the answer; on failure, which the
+    /// log tells, it is unchanged.
+    bool m_SendMessage(CMessageBuffer& request, CMessageBuffer& reply);
+
+    /// Decodes a helper-bus message, "(a(ss))"; an empty buffer for null or any other type.
+    CMessageBuffer m_ConvertMsg(GVariant* message);
+
+    /// Encodes a helper-bus message as a new floating "(a(ss))"; values are cut at their first zero byte.
+    /// Null when a key or a value is not UTF-8.
+    GVariant* m_ConvertMsg(CMessageBuffer& message);
+
+private:
+    std::shared_ptr<GDBusConnection> m_pConnection;
+};

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <zviptv/Export.h>
+#include <zviptv/IConnectionHelper.h>
+#include <zviptv/MessageBuffer.h>
+
+#include <pthread.h>
+
+#include <memory>
+
+typedef struct _GDBusConnection GDBusConnection;
+typedef struct _GDBusInterfaceVTable GDBusInterfaceVTable;
+typedef struct _GDBusMethodInvocation GDBusMethodInvocation;
+typedef struct _GVariant GVariant;
+
+/// The helper bus: owns the well-known name "org.corvel.zviptvapi.dbushelper" and hands announcements to the
+/// handler that the service installed. One per process.
+///
+/// When the bus cannot be reached or the object cannot be registered, the instance lives but answers nobody,
+/// as the log says; Destroy() and a new Instance() try again. When another process owns the name, this one
+/// waits in the bus's queue for it.
+class ZVIPTV_API CConnectionHelperDBusServer final : public IConnectionHelper
+{
+public:
+    static char const* const CONNECTION_NAME;
+    static char const* const INTERFACE_XML;
+    static GDBusInterfaceVTable const m_vtable;
+
+    /// The instance of the process, created on first use. Thread-safe. Announcements are delivered through
+    /// the main context that is the thread default of the thread which creates it; that context must be
+    /// iterated.
+    static CConnectionHelperDBusServer* Instance();
+
+    /// Ends the instance, if there is one: unregisters the object and releases the name. Thread-safe, also
+    /// from inside the announcement handler; from another thread it returns when a running handler has ended.
+    static void Destroy();
+
+    void SetDbusSignalCb(std::string (*cb)(std::string dbusname, std::string type, std::string add,
+                                           void* userData),
+                         void* userData) override;
+
+    /// Decodes a helper-bus message, "(a(ss))"; an empty buffer for null or any other type.
+    CMessageBuffer m_ConvertMsg(GVariant* message);
+
+    /// Encodes a helper-bus message as a new floating "(a(ss))"; values are cut at their first zero byte.
+    /// Null when a key or a value is not UTF-8.
+    GVariant* m_ConvertMsg(CMessageBuffer& message);
+
+private:
+    struct State;
+
+    CConnectionHelperDBusServer();
+    ~CConnectionHelperDBusServer() override;
+
+    static void m_MethodCallback(GDBusConnection* connection, char const* sender, char const* objectPath,
+                                 char const* interfaceName, char const* methodName, GVariant* parameters,
+                                 GDBusMethodInvocation* invocation, void* userData);
+    static void m_NameAcquired(GDBusConnection* connection, char const* name, void* userData);
+    static void m_NameLost(GDBusConnection* connection, char const* name, void* userData);
+
+    static CConnectionHelperDBusServer* m_pInstance;
+    static pthread_rwlock_t m_rwlock;
+
+    std::unique_ptr<State> m_state;
+};

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <zviptv/Export.h>
+#include <zviptv/IPTVTypes.h>
+
+#include <string>
+
+/// Queries of the programme guide. Obtained from CIPTVServiceAPI::CreateIPGUtil.
+///
+/// Every method is one blocking exchange with the service: at most 2000 ms, from any thread, no main loop
+/// needed. It returns true when the service answered, false, with out-parameters untouched, when the exchange
+/// failed. Texts are the service's own and handed over as they are; times and durations are in the service's
+/// units. A number or flag that the service leaves out or spells badly makes the method throw
+/// std::invalid_argument or std::out_of_range ("stoi").
+///
+/// The object stays when the service leaves the bus; its calls fail until it is destroyed and created anew.
+class ZVIPTV_API IIPGUtil
+{
+protected:
+    /// Released with CIPTVServiceAPI::DestroyIPGUtil only.
+    virtual ~IIPGUtil() = default;
+
+public:
+    IIPGUtil(IIPGUtil const&) = delete;
+    IIPGUtil& operator=(IIPGUtil const&) = delete;
+
+    /// Whether the guide's data file exists.
+    virtual bool ExistXmlForIPG(bool& exist) = 0;
+
+    /// Number of programmes of the service `inID` between `startTime` and `startTime + duration`.
+    virtual bool GetProgramListSize(unsigned long long inID, unsigned int startTime, unsigned int duration,
+                                    int& size) = 0;
+
+    virtual bool GetProgram(unsigned int index, std::string& program) = 0;
+
+    /// The programme named by `id`, or the one before or after it.
+    virtual bool GetProgram(IPGProgramId id, Program_IPG program, std::string& out) = 0;
+
+    virtual bool GetPresentProgram(unsigned long long inID, std::string& program) = 0;
+    virtual bool FindProgram(unsigned long long inID, unsigned int eventID, std::string& program) = 0;
+    virtual bool GetRating(unsigned int eventID, std::string& rating) = 0;
+    virtual bool GetGenre(unsigned int eventID, std::string& genre) = 0;
+    virtual bool GetProgramList(unsigned long long inID, unsigned int startTime, unsigned int duration,
+                                std::string& list) = 0;
+
+    /// Has the service copy guide data from `path`; `done` tells whether it did.
+    virtual bool CloneUSBToTV(std::string path, bool& done) = 0;
+
+protected:
+    IIPGUtil() = default;
+};

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <zviptv/Export.h>
+#include <zviptv/IPTVTypes.h>
+
+/// PES packets and caption data, pushed by the service. Obtained from
+/// CIPTVServiceAPI::CreateIPTVDataSubscriber.
+///
+/// Callbacks run on the thread that iterates the main context in which the object was created, in ascending
+/// order of their keys, each with a null user-data pointer, and must return promptly. The record that they
+/// get is valid during the call: copy what is needed later.
+///
+/// Subscribing and unsubscribing block for at most 2000 ms when the service has to be told (first
+/// subscription of a kind, last one gone) and may be done from any thread, also from inside a callback. A
+/// callback that another thread unsubscribes while it runs is not waited for.
+///
+/// The object stays when the service leaves the bus; nothing arrives until it is destroyed and created anew.
+class ZVIPTV_API IIPTVDataSubscriber
+{
+protected:
+    /// Released with CIPTVServiceAPI::DestroyIPTVDataSubscriber only.
+    virtual ~IIPTVDataSubscriber() = default;
+
+public:
+    IIPTVDataSubscriber(IIPTVDataSubscriber const&) = delete;
+    IIPTVDataSubscriber& operator=(IIPTVDataSubscriber const&) = delete;
+
+    /// Subscribes `callback` for caption data; `userData` is not used. True with the subscription's key in
+    /// `key`; false, with `key` unchanged, when no key could be made: keys are drawn from the clock's second,
+    /// so a second subscription of a kind within the same second fails. Try again in the next one.
+    virtual bool SubscribeForCaption(void (*callback)(ZVCaption& caption, void* userData), void* userData,
+                                     int& key) = 0;
+
+    /// Ends a subscription. Always returns false.
+    virtual bool UnsubscribeForCaption(int key) = 0;
+
+    /// Subscribes `callback` for PES packets; otherwise as SubscribeForCaption.
+    virtual bool SubscribeForPES(void (*callback)(ZVPESData& pes, void* userData), void* userData,
+                                 int& key) = 0;
+
+    /// Ends a subscription. Always returns false.
+    virtual bool UnSubscribeForPES(int key) = 0;
+
+protected:
+    IIPTVDataSubscriber() = default;
+};

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <zviptv/Export.h>
+#include <zviptv/IBroadcastData.h>
+#include <zviptv/IConnectionHelper.h>
+#include <zviptv/IIPGUtil.h>
+#include <zviptv/IIPTVDataSubscriber.h>
+#include <zviptv/IPTVTypes.h>
+#include <zviptv/IPlayerControl.h>
+
+/// The factory of the service interfaces.
+///
+/// Each interface has one object per process. Create hands out the existing one, or makes it; `profile` and
+/// `id` (of which 16 bits count) count only when it makes one. Every function returns 0; a failure shows as a
+/// null pointer in `out`, and the log says why: usually the service does not run. CreateIPGUtil does not ask
+/// whether it runs and hands out an object whose calls fail.
+///
+/// Threads: all functions may be called from any thread, and from inside any callback of the objects.
+/// Creating blocks for at most 2000 ms. Incoming data and the loss of the service are delivered through the
+/// main context that is the thread default of the creating thread, normally the process's default context:
+/// the process must iterate it.
+///
+/// Lifetime: an object lives until the matching Destroy; never delete it. The player control and the
+/// broadcast data objects also destroy themselves when the service leaves the bus. When a Destroy returns, no
+/// callback of the object runs on another thread and none starts any more. Destroying what does not exist is
+/// harmless.
+class ZVIPTV_API CIPTVServiceAPI
+{
+public:
+    static int CreatePlayerControl(IPTVProfile profile, int id, IPlayerControl** out);
+    static int CreateBroadcastData(IPTVProfile profile, int id, IBroadcastData** out);
+    static int CreateIPTVDataSubscriber(IPTVProfile profile, int id, IIPTVDataSubscriber** out);
+    static int CreateIPGUtil(IIPGUtil** out);
+
+    /// For the service process: the helper bus through which applications find its endpoints.
+    static int CreateConnectionHelper(IConnectionHelper** out);
+
+    static int DestroyPlayerControl();
+    static int DestroyBroadcastData();
+    static int DestroyIPTVDataSubscriber();
+    static int DestroyIPGUtil();
+    static int DestroyConnectionHelper();
+};

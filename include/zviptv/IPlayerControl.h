@@ -1,0 +1,77 @@
+#pragma once
+
+#include <zviptv/Export.h>
+#include <zviptv/IPTVTypes.h>
+
+/// Control of the current playback. Obtained from CIPTVServiceAPI::CreatePlayerControl.
+///
+/// Every method is one blocking exchange with the service: at most 2000 ms, from any thread, no main loop
+/// needed. It returns true when the service answered with a non-zero result, false when it refused or when
+/// the exchange failed. Out-parameters: on a failed exchange they keep the start value that the method gives,
+/// as said below; on an answer, true or false, they hold what the service sent. An answer with a missing or
+/// malformed number makes the method throw std::invalid_argument or std::out_of_range ("stoi", "stoul",
+/// "stoull").
+///
+/// The object destroys itself when the service leaves the bus, on the thread that iterates the main context
+/// in which it was created: do not keep the pointer beyond that.
+class ZVIPTV_API IPlayerControl
+{
+protected:
+    /// Released with CIPTVServiceAPI::DestroyPlayerControl only.
+    virtual ~IPlayerControl() = default;
+
+public:
+    IPlayerControl(IPlayerControl const&) = delete;
+    IPlayerControl& operator=(IPlayerControl const&) = delete;
+
+    /// Selects the audio track at `index` of the service's list, from 0.
+    virtual bool SetCurrentAudioByIndex(int index) = 0;
+
+    /// Chooses an audio coding; `preferred` says whether as the preferred one.
+    virtual bool SetAudioFormat(EZVAudioEncodeType type, bool preferred) = 0;
+
+    /// Chooses which of two sounds is heard.
+    virtual bool SetDigitalDualSound(EZVMultiSoundMode mode) = 0;
+
+    /// Selects the teletext entry at `index`, from 0.
+    virtual bool SetCurrentTTX(unsigned int index) = 0;
+
+    /// Selects the subtitle at `index`, from 0.
+    virtual bool SetCurrentHybridSBT(unsigned int index) = 0;
+
+    /// The system time clock, in 90 kHz ticks. `stc` has no start value.
+    virtual bool GetSTCCount(unsigned long long& stc) = 0;
+
+    /// Selects the ISDB text of the given type at `index`, from 0.
+    virtual bool SetCurrentISDBText(EZVISDBTextType type, int index) = 0;
+
+    /// Selects the ISDB text of the given type with the component tag `compTag`.
+    virtual bool SetCurrentISDBTextService(EZVISDBTextType type, int compTag) = 0;
+
+    /// How captions are shown. Start value: ZV_CAPTION_DATA_MODE_UNKNOWN (-1).
+    virtual bool GetCaptionDataMode(EZVCaptionDataMode& mode) = 0;
+
+    /// The default caption service. Start value: ZV_CAPTION_SERVICE_UNKNOWN (0).
+    virtual bool GetDefaultCaptionService(EZVCaptionService& service) = 0;
+
+    virtual bool MuteAudio(bool on) = 0;
+    virtual bool MuteVideo(bool on) = 0;
+
+    /// The picture's resolution class and its details. Start value of `res`: CVTV_RESOLUTION_UNKNOWN (0);
+    /// `info` has none. A record that arrives short is filled up with zeros.
+    virtual bool GetResolution(cvtv_resolution_e& res, ZVResolution& info) = 0;
+
+    /// Names the application to the service; null sends no name.
+    virtual bool SetAppID(char const* appId) = 0;
+
+    /// State of the source. Start value: ZV_SOURCE_STATE_UNKNOWN (-1).
+    virtual bool GetSourceState(EZVSourceState& state) = 0;
+
+    /// The first presentation time stamp since playback began and its time base, in this order: `a` is the
+    /// time base's denominator (90000 for 90 kHz), `b` its numerator (1); `now` is the service's current time
+    /// in ms. Start values: 0.
+    virtual bool GetFirstPTS(unsigned long long& pts, int& a, int& b, unsigned long& now) = 0;
+
+protected:
+    IPlayerControl() = default;
+};

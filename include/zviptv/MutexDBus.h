@@ -1,0 +1,40 @@
+#pragma once
+
+#include <zviptv/Export.h>
+
+#include <pthread.h>
+
+/// A plain mutex of the process: not recursive, no error checking.
+class ZVIPTV_API CMutexDBus
+{
+public:
+    CMutexDBus();
+    ~CMutexDBus();
+
+    CMutexDBus(CMutexDBus const&) = delete;
+    CMutexDBus& operator=(CMutexDBus const&) = delete;
+
+    /// Blocks until the calling thread holds the mutex.
+    void Lock();
+    void Unlock();
+
+    /// True when the mutex was free and is now held by the calling thread; false, without waiting, otherwise.
+    bool TryLock();
+
+private:
+    pthread_mutex_t m_mutex;
+};
+
+/// Holds a CMutexDBus for a scope. The mutex must outlive the holder.
+class ZVIPTV_API CAutoLockDBus
+{
+public:
+    explicit CAutoLockDBus(CMutexDBus& mutex);
+    virtual ~CAutoLockDBus();
+
+    CAutoLockDBus(CAutoLockDBus const&) = delete;
+    CAutoLockDBus& operator=(CAutoLockDBus const&) = delete;
+
+private:
+    CMutexDBus& m_mutex;
+};

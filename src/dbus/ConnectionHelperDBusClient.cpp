@@ -1,0 +1,135 @@
+#include <zviptv/ConnectionHelperDBusClient.h>
+
+#include "dbus/HelperMessage.h"
+#include "log/Log.h"
+
+#include <zviptv/Protocol.h>
+
+#include <dbus/dbus.h>
+
+using zviptv::Error;
+using zviptv::Owned;
+namespace helper = zviptv::helper;
+namespace key = zviptv::protocol::key;
+
+namespace {
+
+constexpr int TimeoutMs = 2000;
+
+struct DBusConnectionUnref
+{
+    void operator()(DBusConnection* connection) const { dbus_connection_unref(connection); }
+};
+
+CMessageBuffer Announcement(std::string const& dbusname, std::string const& type, char const* add)
+{
+    CMessageBuffer announcement;
+    announcement.AddValue(key::DBusName, dbusname.c_str());
+    announcement.AddValue(key::Type, type.c_str());
+    announcement.AddValue(key::Add, add);
+    return announcement;
+}
+
+} // namespace
+
+char const* const CConnectionHelperDBusClient::BUSNAME = helper::BusName;
+char const* const CConnectionHelperDBusClient::METHOD = helper::Method;
+
+CConnectionHelperDBusClient::CConnectionHelperDBusClient()
+{
+    ZV_LOG_INFO_LINE("ctor");
+    Error error;
+    Owned<GDBusConnection> connection(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, error.Out()));
+    if (error) {
+        ZV_LOG_ERROR_LINE("Error while connecting to system bus [%d] %s\n", error.Code(), error.Message());
+        return;
+    }
+    m_pConnection = std::move(connection);
+}
+
+CConnectionHelperDBusClient::~CConnectionHelperDBusClient()
+{
+    ZV_LOG_INFO_LINE("dtor");
+}
+
+bool CConnectionHelperDBusClient::CheckConnection()
+{
+    std::unique_ptr<DBusConnection, DBusConnectionUnref> connection(dbus_bus_get(DBUS_BUS_SYSTEM, nullptr));
+    DBusError error;
+    dbus_error_init(&error);
+    bool owned = false;
+    if (connection != nullptr) {
+        owned = dbus_bus_name_has_owner(connection.get(), BUSNAME, &error) != FALSE;
+    } else {
+        dbus_set_error_const(&error, DBUS_ERROR_NO_SERVER, "the system bus cannot be reached");
+    }
+    connection.reset();
+    if (dbus_error_is_set(&error) != FALSE) {
+        dbus_error_free(&error); // before the line below, which therefore shows no message
+        ZV_LOG_ERROR_LINE("[TCIPCConnection::%s] DBus Error while checking name owner: %s", "CheckConnection",
+                          error.message);
+    }
+    return owned;
+}
+
+std::string CConnectionHelperDBusClient::Connect(std::string dbusname, std::string type)
+{
+    CMessageBuffer request = Announcement(dbusname, type, "y");
+    CMessageBuffer reply;
+    m_SendMessage(request, reply);
+    return reply.GetValue(key::DBusName);
+}
+
+void CConnectionHelperDBusClient::Disconnect(std::string dbusname, std::string type)
+{
+    CMessageBuffer request = Announcement(dbusname, type, "n");
+    CMessageBuffer reply;
+    m_SendMessage(request, reply);
+}
+
+bool CConnectionHelperDBusClient::m_SendMessage(CMessageBuffer& request, CMessageBuffer& reply)
+{
+    ZV_LOG_INFO_LINE("Sending");
+    if (m_pConnection == nullptr) {
+        ZV_LOG_ERROR_LINE("No connection setup");
+        return false;
+    }
+    Error error;
+    Owned<GVariant> result;
+    GVariant* const body = m_ConvertMsg(request);
+    if (body == nullptr) {
+        error.Set(G_IO_ERROR_INVALID_DATA, "A key or a value of the announcement is not UTF-8 text");
+    } else {
+        result.reset(g_dbus_connection_call_sync(
+            m_pConnection.get(), BUSNAME, helper::ObjectPath, helper::Interface, METHOD, body, nullptr,
+            G_DBUS_CALL_FLAGS_NO_AUTO_START, TimeoutMs, nullptr, error.Out()));
+    }
+    if (error) {
+        // The code alone decides, whatever its domain.
+        switch (error.Code()) {
+        case G_DBUS_ERROR_SERVICE_UNKNOWN:
+        case G_DBUS_ERROR_NAME_HAS_NO_OWNER:
+            ZV_LOG_ERROR_LINE("G_DBUS_ERROR_NAME_HAS_NO_OWNER");
+            break;
+        case G_IO_ERROR_TIMED_OUT:
+            ZV_LOG_ERROR_LINE("G_IO_ERROR_TIMED_OUT");
+            break;
+        default:
+            ZV_LOG_ERROR_LINE("Error : %d, %s", error.Code(), error.Message());
+        }
+        return false;
+    }
+    reply = m_ConvertMsg(result.get());
+    ZV_LOG_INFO_LINE("SendDone");
+    return true;
+}
+
+CMessageBuffer CConnectionHelperDBusClient::m_ConvertMsg(GVariant* message)
+{
+    return helper::Decode(message);
+}
+
+GVariant* CConnectionHelperDBusClient::m_ConvertMsg(CMessageBuffer& message)
+{
+    return helper::Encode(message);
+}

@@ -1,0 +1,177 @@
+#pragma once
+
+#include <gio/gio.h>
+
+#include <memory>
+#include <utility>
+
+namespace zviptv {
+
+struct GLibRelease
+{
+    void operator()(GDBusNodeInfo* info) const { g_dbus_node_info_unref(info); }
+    void operator()(GVariant* variant) const { g_variant_unref(variant); }
+    template <typename T>
+    void operator()(T* object) const
+    {
+        g_object_unref(object);
+    }
+};
+
+/// Owns one reference of a GLib object, variant or node info.
+template <typename T>
+using Owned = std::unique_ptr<T, GLibRelease>;
+
+/// Another reference to `object`, which may be null.
+template <typename T>
+Owned<T> Share(T* object)
+{
+    return Owned<T>(object == nullptr ? nullptr : static_cast<T*>(g_object_ref(object)));
+}
+
+/// Receives and owns a GError.
+class Error
+{
+public:
+    Error() = default;
+    ~Error() { g_clear_error(&m_error); }
+    Error(Error const&) = delete;
+    Error& operator=(Error const&) = delete;
+
+    /// For the error parameter of a GLib call.
+    GError** Out()
+    {
+        g_clear_error(&m_error);
+        return &m_error;
+    }
+
+    void Set(GIOErrorEnum code, char const* message)
+    {
+        *Out() = g_error_new_literal(G_IO_ERROR, code, message);
+    }
+
+    explicit operator bool() const { return m_error != nullptr; }
+    int Code() const { return m_error->code; }
+    char const* Message() const { return m_error->message; }
+
+private:
+    GError* m_error = nullptr;
+};
+
+/// A name watch; ends with its owner.
+class NameWatch
+{
+public:
+    NameWatch() = default;
+    explicit NameWatch(guint id) : m_id(id) {}
+    NameWatch(NameWatch&& other) noexcept : m_id(std::exchange(other.m_id, 0)) {}
+    NameWatch& operator=(NameWatch&& other) noexcept
+    {
+        std::swap(m_id, other.m_id);
+        return *this;
+    }
+    ~NameWatch()
+    {
+        if (m_id != 0) {
+            g_bus_unwatch_name(m_id);
+        }
+    }
+
+    guint Id() const { return m_id; }
+
+private:
+    guint m_id = 0;
+};
+
+/// A signal subscription on a connection; ends with its owner.
+class SignalSubscription
+{
+public:
+    SignalSubscription() = default;
+    SignalSubscription(GDBusConnection* connection, guint id) : m_connection(Share(connection)), m_id(id) {}
+    SignalSubscription(SignalSubscription&& other) noexcept
+        : m_connection(std::move(other.m_connection)), m_id(std::exchange(other.m_id, 0))
+    {
+    }
+    SignalSubscription& operator=(SignalSubscription&& other) noexcept
+    {
+        std::swap(m_connection, other.m_connection);
+        std::swap(m_id, other.m_id);
+        return *this;
+    }
+    ~SignalSubscription()
+    {
+        if (m_id != 0) {
+            g_dbus_connection_signal_unsubscribe(m_connection.get(), m_id);
+        }
+    }
+
+    guint Id() const { return m_id; }
+
+private:
+    Owned<GDBusConnection> m_connection;
+    guint m_id = 0;
+};
+
+/// An exported object on a connection; End() or its owner's end withdraws it.
+class ObjectRegistration
+{
+public:
+    ObjectRegistration() = default;
+    ObjectRegistration(ObjectRegistration const&) = delete;
+    ObjectRegistration& operator=(ObjectRegistration const&) = delete;
+    ~ObjectRegistration() { End(); }
+
+    /// Exports the first interface of `node` at `path`; `userData` is released with `release` in any case.
+    bool Begin(GDBusConnection* connection, char const* path, GDBusNodeInfo* node,
+               GDBusInterfaceVTable const& vtable, gpointer userData, GDestroyNotify release, Error& error)
+    {
+        m_id = g_dbus_connection_register_object(connection, path, node->interfaces[0], &vtable, userData,
+                                                 release, error.Out());
+        if (m_id != 0) {
+            m_connection = Share(connection);
+        } else {
+            release(userData); // GLib leaves it with the caller when it refuses
+        }
+        return m_id != 0;
+    }
+
+    /// False when the connection knows nothing of the object.
+    bool End()
+    {
+        if (m_id == 0) {
+            return true;
+        }
+        return g_dbus_connection_unregister_object(m_connection.get(), std::exchange(m_id, 0)) != FALSE;
+    }
+
+    guint Id() const { return m_id; }
+
+private:
+    Owned<GDBusConnection> m_connection;
+    guint m_id = 0;
+};
+
+/// The request for a well-known name; released with its owner.
+class NameOwnership
+{
+public:
+    NameOwnership() = default;
+    NameOwnership(NameOwnership const&) = delete;
+    NameOwnership& operator=(NameOwnership const&) = delete;
+    ~NameOwnership() { End(); }
+
+    void Begin(guint id) { m_id = id; }
+    void End()
+    {
+        if (m_id != 0) {
+            g_bus_unown_name(std::exchange(m_id, 0));
+        }
+    }
+    guint Id() const { return m_id; }
+
+private:
+    guint m_id = 0;
+};
+
+} // namespace zviptv

@@ -1,0 +1,88 @@
+#pragma once
+
+#include "dbus/CallbackGate.h"
+#include "dbus/GLibHandles.h"
+
+#include <zviptv/ProxyDBusHelper.h>
+
+#include <memory>
+#include <mutex>
+#include <string>
+
+/// What a channel holds. The names of the bus objects are fixed once the constructor is done; the rest, which
+/// senders, callbacks and Connect share, is guarded by m_guard.
+struct CProxyDBusHelper::State
+{
+    struct MessageHandler
+    {
+        CMessageBuffer (*call)(CMessageBuffer&, void*) = nullptr;
+        void* userData = nullptr;
+    };
+    struct NotificationHandler
+    {
+        void (*call)(CMessageBuffer&, void*) = nullptr;
+        void* userData = nullptr;
+    };
+    struct DisconnectHandler
+    {
+        void (*call)(std::string, std::string, void*) = nullptr;
+        void* userData = nullptr;
+    };
+
+    /// What a send needs; holds its own references, so that losing the partner meanwhile does no harm.
+    struct Link
+    {
+        bool ready;
+        guint subscription;
+        std::string partner;
+        zviptv::Owned<GDBusProxy> proxy;
+    };
+
+    explicit State(CProxyDBusHelper* channel) : m_gate(std::make_shared<zviptv::CallbackGate>(channel)) {}
+
+    Link CurrentLink()
+    {
+        std::lock_guard<std::mutex> const lock(m_guard);
+        return {m_connection_ready == 1, m_subscription.Id(), m_partner_name,
+                zviptv::Share(m_partner_proxy.get())};
+    }
+
+    template <typename Handler>
+    Handler Get(Handler State::*handler)
+    {
+        std::lock_guard<std::mutex> const lock(m_guard);
+        return this->*handler;
+    }
+
+    std::string m_name;
+    std::string m_unique_name;
+    std::string m_object_name;
+    zviptv::Owned<GDBusNodeInfo> m_node_info;
+    zviptv::Owned<GDBusConnection> m_connection;
+    zviptv::ObjectRegistration m_registration;
+
+    std::mutex m_guard;
+    std::string m_partner_name;
+    zviptv::NameWatch m_watcher;
+    zviptv::Owned<GDBusProxy> m_partner_proxy;
+    zviptv::SignalSubscription m_subscription;
+    int m_connection_ready = 0;
+    MessageHandler m_message_cb;
+    NotificationHandler m_notification_cb;
+    DisconnectHandler m_disconnect_cb;
+
+    /// Held while the loss of the partner is handled. Shared, since the handler may end the channel.
+    std::shared_ptr<CMutexDBus> m_mutex = std::make_shared<CMutexDBus>();
+
+    zviptv::CallbackGate::Pointer m_gate;
+};
+
+namespace zviptv {
+
+/// Lets the proxies' factory reach a channel's gate.
+struct ChannelAccess
+{
+    static CallbackGate::Pointer Gate(CProxyDBusHelper const& channel) { return channel.m_state->m_gate; }
+};
+
+} // namespace zviptv

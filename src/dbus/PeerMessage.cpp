@@ -1,0 +1,88 @@
+#include "dbus/PeerMessage.h"
+
+#include "message/MessageAccess.h"
+
+#include <zviptv/ProxyDBusHelper.h>
+
+#include <cstdint>
+#include <string>
+
+namespace zviptv {
+
+namespace {
+
+std::uint64_t Aligned(std::uint64_t position, std::uint64_t alignment)
+{
+    return (position + alignment - 1) / alignment * alignment;
+}
+
+/// Bytes that the message's body takes on the wire.
+std::uint64_t WireSize(CMessageBuffer const& message)
+{
+    std::uint64_t size = 8; // array length, padded to the first dictionary entry
+    for (MessageEntry const& entry : MessageAccess::Entries(message)) {
+        size = Aligned(size, 8) + 4 + entry.key.size() + 1; // key: length, text, zero
+        size += 4;                                          // signature "ay": length, text, zero
+        size = Aligned(size, 4) + 4 + entry.value.size();   // bytes: length, bytes
+    }
+    return size;
+}
+
+GVariant* NewEntry(MessageEntry const& entry)
+{
+    GVariant* const bytes = g_variant_new_fixed_array(G_VARIANT_TYPE_BYTE, entry.value.data(),
+                                                      entry.value.size(), sizeof(guchar));
+    return g_variant_new_dict_entry(g_variant_new_string(entry.key.c_str()), g_variant_new_variant(bytes));
+}
+
+} // namespace
+
+Owned<GVariant> EncodePeerMessage(CMessageBuffer const& message, Error& error)
+{
+    if (WireSize(message) > static_cast<std::uint64_t>(CProxyDBusHelper::MAX_BODY_SIZE)) {
+        error.Set(G_IO_ERROR_MESSAGE_TOO_LARGE, "The message is larger than the bus carries (32 MiB)");
+        return nullptr;
+    }
+    for (MessageEntry const& entry : MessageAccess::Entries(message)) {
+        if (g_utf8_validate(entry.key.data(), static_cast<gssize>(entry.key.size()), nullptr) == FALSE) {
+            error.Set(G_IO_ERROR_INVALID_DATA, "A key of the message is not UTF-8 text");
+            return nullptr;
+        }
+    }
+    GVariantBuilder builder;
+    g_variant_builder_init(&builder, G_VARIANT_TYPE("a{sv}"));
+    for (MessageEntry const& entry : MessageAccess::Entries(message)) {
+        g_variant_builder_add_value(&builder, NewEntry(entry));
+    }
+    return Owned<GVariant>(g_variant_ref_sink(g_variant_new("(@a{sv})", g_variant_builder_end(&builder))));
+}
+
+bool DecodePeerMessage(GVariant* body, CMessageBuffer& message, Error& error)
+{
+    if (g_variant_is_of_type(body, G_VARIANT_TYPE("(a{sv})")) == FALSE) {
+        std::string const complaint = std::string("The message has the type ") +
+                                      g_variant_get_type_string(body) + " instead of (a{sv})";
+        error.Set(G_IO_ERROR_INVALID_DATA, complaint.c_str());
+        return false;
+    }
+    Owned<GVariant> const entries(g_variant_get_child_value(body, 0));
+    gsize const count = g_variant_n_children(entries.get());
+    for (gsize i = 0; i < count; ++i) {
+        Owned<GVariant> const entry(g_variant_get_child_value(entries.get(), i));
+        Owned<GVariant> const key(g_variant_get_child_value(entry.get(), 0));
+        Owned<GVariant> const boxed(g_variant_get_child_value(entry.get(), 1));
+        Owned<GVariant> const value(g_variant_get_variant(boxed.get()));
+        if (g_variant_is_of_type(value.get(), G_VARIANT_TYPE_BYTESTRING) == FALSE) {
+            continue;
+        }
+        gsize size = 0;
+        gconstpointer const bytes = g_variant_get_fixed_array(value.get(), &size, sizeof(guchar));
+        if (size > 0) {
+            message.AddValue(g_variant_get_string(key.get(), nullptr), static_cast<int>(size),
+                             static_cast<char const*>(bytes));
+        }
+    }
+    return true;
+}
+
+} // namespace zviptv

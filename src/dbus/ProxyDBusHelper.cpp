@@ -1,0 +1,234 @@
+#include <zviptv/ProxyDBusHelper.h>
+
+#include "dbus/PeerChannelState.h"
+#include "log/Log.h"
+
+#include <utility>
+
+using zviptv::CallbackGate;
+using zviptv::Error;
+using zviptv::Owned;
+
+char const* const CProxyDBusHelper::PROXY_DBUS_HELPER_PREFIX = "org.corvel.zviptvapi";
+char const* const CProxyDBusHelper::PROXY_DBUS_HELPER_OBJ_NAME = "/org/corvel/zviptvapi/DbusCommunication";
+char const* const CProxyDBusHelper::PROXY_DBUS_HELPER_OBJ_IFACE = "org.corvel.zviptvapi.DbusCommunication";
+char const* const CProxyDBusHelper::PROXY_DBUS_HELPER_OBJ_METHOD = "Send";
+char const* const CProxyDBusHelper::PROXY_DBUS_HELPER_SIG_NAME = "SendSignal";
+char const* const CProxyDBusHelper::PROXY_DBUS_HELPER_SYN_SUFFIX = "_SYN";
+char const* const CProxyDBusHelper::PROXY_DBUS_HELPER_SYNACK_SUFFIX = "_SYN_ACK";
+char const* const CProxyDBusHelper::PROXY_DBUS_HELPER_ACK_SUFFIX = "_ACK";
+
+// SendSignal travels as a signal although it is declared as a method: services rely on this text.
+char const* const CProxyDBusHelper::INTERFACE_XML =
+    "<node>"
+    "  <interface name='org.corvel.zviptvapi.DbusCommunication'>"
+    "    <method name='Send'>"
+    "      <arg type='a{sv}' name='data' direction='in'/>"
+    "      <arg type='a{sv}' name='response' direction='out'/>"
+    "    </method>"
+    "    <method name='SendSignal'>"
+    "      <arg type='a{sv}' name='data' direction='in'/>"
+    "    </method>"
+    "  </interface>"
+    "</node>";
+
+GDBusInterfaceVTable const CProxyDBusHelper::m_vtable = {
+    CProxyDBusHelper::m_MethodCallback, nullptr, nullptr, {}};
+
+CProxyDBusHelper::CProxyDBusHelper(std::string name) : m_state(std::make_unique<State>(this))
+{
+    State& state = *m_state;
+    state.m_name = std::move(name);
+    ZV_LOG_INFO_LINE("Constructor - %s", state.m_name.c_str());
+    state.m_node_info.reset(g_dbus_node_info_new_for_xml(INTERFACE_XML, nullptr));
+    ZV_LOG_INFO_LINE("XML parsed");
+    state.m_object_name = std::string(PROXY_DBUS_HELPER_OBJ_NAME) + "/" + state.m_name;
+
+    ZV_LOG_INFO_LINE("Getting connection to DBUS");
+    Error error;
+    state.m_connection.reset(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, error.Out()));
+    if (error) {
+        ZV_LOG_ERROR_LINE("Error while connecting to system bus [%d] %s\n", error.Code(), error.Message());
+        return;
+    }
+    char const* const uniqueName = g_dbus_connection_get_unique_name(state.m_connection.get());
+    state.m_unique_name = uniqueName == nullptr ? "" : uniqueName;
+    ZV_LOG_INFO_LINE("Working with unique name %s", state.m_unique_name.c_str());
+
+    ZV_LOG_INFO_LINE("Registering Object and Interface on path %s", state.m_object_name.c_str());
+    if (g_variant_is_object_path(state.m_object_name.c_str()) == FALSE) {
+        error.Set(G_IO_ERROR_INVALID_ARGUMENT, "The channel's name makes no valid object path");
+    } else {
+        state.m_registration.Begin(state.m_connection.get(), state.m_object_name.c_str(),
+                                   state.m_node_info.get(), m_vtable, CallbackGate::NewToken(state.m_gate),
+                                   CallbackGate::ReleaseToken, error);
+    }
+    if (error) {
+        ZV_LOG_ERROR_LINE("Error while registering object [%d] %s", error.Code(), error.Message());
+    }
+}
+
+CProxyDBusHelper::~CProxyDBusHelper()
+{
+    zviptv::WriteLogEntry(ZV_LOG_HERE, ZV_LOG_ERROR);
+    m_state->m_gate->Refuse();
+    m_state->m_gate->WaitForOthers();
+    m_Disconnect();
+    m_state->m_node_info.reset();
+    if (!m_state->m_registration.End()) {
+        ZV_LOG_ERROR_LINE("Assertion failed");
+    }
+    m_state->m_connection.reset();
+}
+
+int CProxyDBusHelper::Connect(std::string partner)
+{
+    ZV_LOG_ENTRY();
+    {
+        std::lock_guard<std::mutex> const lock(m_state->m_guard);
+        m_state->m_partner_name = std::move(partner);
+    }
+    if (m_CreatePartnerProxy() == 0) {
+        return 0;
+    }
+    ZV_LOG_INFO_LINE("handshake done");
+    return 1;
+}
+
+int CProxyDBusHelper::m_CreatePartnerProxy()
+{
+    State& state = *m_state;
+    std::string const partner = state.CurrentLink().partner;
+    ZV_LOG_INFO_LINE("Monitor partner [%s] connection ", partner.c_str());
+    guint watch = 0;
+    if (state.m_connection != nullptr && g_dbus_is_name(partner.c_str()) != FALSE) {
+        // Under the guard: a loss that another thread handles at once has to find the watch.
+        std::lock_guard<std::mutex> const lock(state.m_guard);
+        watch = g_bus_watch_name_on_connection(
+            state.m_connection.get(), partner.c_str(), G_BUS_NAME_WATCHER_FLAGS_NONE, nullptr,
+            m_PartnerNameVanishedCallback, CallbackGate::NewToken(state.m_gate), CallbackGate::ReleaseToken);
+        state.m_watcher = zviptv::NameWatch(watch);
+    }
+    if (watch == 0) {
+        ZV_LOG_ERROR_LINE("Error while g_dbus_proxy_new_sync");
+        return 0;
+    }
+
+    Error error;
+    Owned<GDBusProxy> proxy;
+    if (g_variant_is_object_path(state.m_object_name.c_str()) == FALSE) {
+        error.Set(G_IO_ERROR_INVALID_ARGUMENT, "The channel's name makes no valid object path");
+    } else {
+        proxy.reset(g_dbus_proxy_new_sync(state.m_connection.get(), G_DBUS_PROXY_FLAGS_DO_NOT_LOAD_PROPERTIES,
+                                          nullptr, partner.c_str(), state.m_object_name.c_str(),
+                                          PROXY_DBUS_HELPER_OBJ_IFACE, nullptr, error.Out()));
+    }
+    if (error) {
+        ZV_LOG_ERROR_LINE("Error while registering proxy  %s", error.Message());
+        m_Disconnect();
+        return 0;
+    }
+    ZV_LOG_DEBUG_LINE("Create proxy[%p] and watch[%d] for %s on obj %s", static_cast<void*>(proxy.get()),
+                      static_cast<int>(watch), partner.c_str(), state.m_object_name.c_str());
+
+    zviptv::SignalSubscription subscription(
+        state.m_connection.get(),
+        g_dbus_connection_signal_subscribe(state.m_connection.get(), partner.c_str(),
+                                           PROXY_DBUS_HELPER_OBJ_IFACE, nullptr, state.m_object_name.c_str(),
+                                           nullptr, G_DBUS_SIGNAL_FLAGS_NONE, m_SignalCallback,
+                                           CallbackGate::NewToken(state.m_gate), CallbackGate::ReleaseToken));
+    if (subscription.Id() == 0) {
+        ZV_LOG_ERROR_LINE("Error while g_dbus_connection_signal_subscribe");
+        m_Disconnect();
+        return 0;
+    }
+    ZV_LOG_INFO_LINE("Subscribe for signals from %s on object %s.", partner.c_str(),
+                     state.m_object_name.c_str());
+
+    std::lock_guard<std::mutex> const lock(state.m_guard);
+    if (state.m_partner_name != partner) {
+        return 0; // lost meanwhile, and handled so by the thread that iterates the context
+    }
+    state.m_partner_proxy = std::move(proxy);
+    state.m_subscription = std::move(subscription);
+    state.m_connection_ready = 1;
+    return 1;
+}
+
+void CProxyDBusHelper::m_Disconnect()
+{
+    zviptv::NameWatch watcher;
+    Owned<GDBusProxy> proxy;
+    zviptv::SignalSubscription subscription;
+    {
+        std::lock_guard<std::mutex> const lock(m_state->m_guard);
+        m_state->m_connection_ready = 0;
+        std::swap(watcher, m_state->m_watcher);
+        std::swap(proxy, m_state->m_partner_proxy);
+        std::swap(subscription, m_state->m_subscription);
+    }
+    watcher = zviptv::NameWatch();
+    proxy.reset();
+}
+
+void CProxyDBusHelper::m_PartnerNameVanishedCallback(GDBusConnection* connection, char const* name,
+                                                     void* userData)
+{
+    ZV_LOG_INFO_LINE("m_PartnerNameVanishedCallback name=%s", name);
+    if (connection == nullptr || userData == nullptr) {
+        ZV_LOG_ERROR_LINE("Empty user_data or connection not valid.");
+        return;
+    }
+    CallbackGate::Pointer const gate = CallbackGate::FromToken(userData);
+    CallbackGate::Visit<CProxyDBusHelper> first(gate);
+    if (!first) {
+        return;
+    }
+    std::shared_ptr<CMutexDBus> const mutex = first->m_state->m_mutex;
+    first.Leave();
+
+    CAutoLockDBus const lock(*mutex);
+    CallbackGate::Visit<CProxyDBusHelper> channel(gate);
+    if (!channel || channel->m_state->CurrentLink().partner != name) {
+        return;
+    }
+    ZV_LOG_ERROR_LINE("Connection lost with partner id=%s", name);
+    {
+        std::lock_guard<std::mutex> const guard(channel->m_state->m_guard);
+        channel->m_state->m_partner_name.clear();
+    }
+    channel->m_Disconnect();
+    State::DisconnectHandler const handler = channel->m_state->Get(&State::m_disconnect_cb);
+    std::string const own = channel->m_state->m_name;
+
+    // Nobody who destroys the channel waits from here on: the handler may need a lock that he holds.
+    channel.Leave();
+    if (handler.call != nullptr) {
+        handler.call(name, own, handler.userData);
+    }
+}
+
+bool CProxyDBusHelper::IsConnectionReady()
+{
+    return m_state->CurrentLink().ready;
+}
+
+std::string CProxyDBusHelper::GetPublicName()
+{
+    ZV_LOG_ENTRY();
+    return m_state->m_unique_name;
+}
+
+void CProxyDBusHelper::SetCallback(CMessageBuffer (*messageCb)(CMessageBuffer&, void*),
+                                   void (*notificationCb)(CMessageBuffer&, void*), void* userData)
+{
+    std::lock_guard<std::mutex> const lock(m_state->m_guard);
+    m_state->m_message_cb = {messageCb, userData};
+    m_state->m_notification_cb = {notificationCb, userData};
+}
+
+void CProxyDBusHelper::SetDisconnectNotiCB(void (*cb)(std::string, std::string, void*), void* userData)
+{
+    std::lock_guard<std::mutex> const lock(m_state->m_guard);
+    m_state->m_disconnect_cb = {cb, userData};
+}

@@ -1,0 +1,220 @@
+#include <zviptv/ProxyDBusHelper.h>
+
+#include "dbus/PeerChannelState.h"
+#include "dbus/PeerMessage.h"
+#include "log/Log.h"
+
+using zviptv::CallbackGate;
+using zviptv::DecodePeerMessage;
+using zviptv::EncodePeerMessage;
+using zviptv::Error;
+using zviptv::Owned;
+
+namespace {
+
+constexpr int SyncTimeoutMs = 2000;
+constexpr int DefaultTimeout = -1;
+
+thread_local char const* currentSender = nullptr;
+
+/// Names the sender of what is being handled on this thread.
+class SenderScope
+{
+public:
+    explicit SenderScope(char const* sender) : m_outer(currentSender) { currentSender = sender; }
+    ~SenderScope() { currentSender = m_outer; }
+    SenderScope(SenderScope const&) = delete;
+    SenderScope& operator=(SenderScope const&) = delete;
+
+private:
+    char const* m_outer;
+};
+
+/// Answers a call with `reply`. Not through the invocation: that would refuse a reply to the declared method
+/// SendSignal, which is answered like Send.
+void Answer(GDBusMethodInvocation* invocation, CMessageBuffer const& reply)
+{
+    GDBusMessage* const call = g_dbus_method_invocation_get_message(invocation);
+    if ((g_dbus_message_get_flags(call) & G_DBUS_MESSAGE_FLAGS_NO_REPLY_EXPECTED) != 0) {
+        return;
+    }
+    Error error;
+    Owned<GVariant> const body = EncodePeerMessage(reply, error);
+    Owned<GDBusMessage> answer;
+    if (body != nullptr) {
+        answer.reset(g_dbus_message_new_method_reply(call));
+        g_dbus_message_set_body(answer.get(), body.get());
+    } else {
+        ZV_LOG_ERROR_LINE("Error while sending reply [%d] %s", error.Code(), error.Message());
+        answer.reset(g_dbus_message_new_method_error_literal(call, "org.freedesktop.DBus.Error.Failed",
+                                                             error.Message()));
+    }
+    g_dbus_connection_send_message(g_dbus_method_invocation_get_connection(invocation), answer.get(),
+                                   G_DBUS_SEND_MESSAGE_FLAGS_NONE, nullptr, nullptr);
+}
+
+} // namespace
+
+int CProxyDBusHelper::SendMessage(CMessageBuffer& request, CMessageBuffer& reply, int async)
+{
+    return async == 0 ? m_SendSyncMessage(request, reply)
+                      : m_SendAsyncMessage(request, m_GAsyncMessageCallback, nullptr);
+}
+
+int CProxyDBusHelper::m_SendSyncMessage(CMessageBuffer& request, CMessageBuffer& reply)
+{
+    State::Link const link = m_state->CurrentLink();
+    if (!link.ready) {
+        ZV_LOG_ERROR_LINE("Connection not set.");
+        return 0;
+    }
+    if (link.proxy == nullptr) {
+        ZV_LOG_ERROR_LINE("Proxy not ready");
+        return 0;
+    }
+    ZV_LOG_DEBUG_LINE("Sending sync message with %d key-value pairs", request.Size());
+    Error error;
+    Owned<GVariant> const body = EncodePeerMessage(request, error);
+    Owned<GVariant> result;
+    CMessageBuffer decoded;
+    if (body != nullptr) {
+        // The channel may be gone when this returns: only what this function holds is touched from here on.
+        result.reset(g_dbus_proxy_call_sync(link.proxy.get(), PROXY_DBUS_HELPER_OBJ_METHOD, body.get(),
+                                            G_DBUS_CALL_FLAGS_NONE, SyncTimeoutMs, nullptr, error.Out()));
+    }
+    if (result == nullptr || !DecodePeerMessage(result.get(), decoded, error)) {
+        ZV_LOG_ERROR_LINE("Error while sending message [%d] %s", error.Code(), error.Message());
+        return 0;
+    }
+    reply = std::move(decoded);
+    ZV_LOG_DEBUG_LINE("Replyed");
+    return 1;
+}
+
+int CProxyDBusHelper::m_SendAsyncMessage(CMessageBuffer& request,
+                                         void (*callback)(GObject* source, GAsyncResult* result,
+                                                          void* userData),
+                                         void* userData)
+{
+    State::Link const link = m_state->CurrentLink();
+    if (!link.ready) {
+        ZV_LOG_ERROR_LINE("Connection not set.");
+        return 0;
+    }
+    if (link.proxy == nullptr) {
+        ZV_LOG_ERROR_LINE("Proxy not ready");
+        return 0;
+    }
+    ZV_LOG_DEBUG_LINE("Sending async message with %d key-value pairs", request.Size());
+    Error error;
+    Owned<GVariant> const body = EncodePeerMessage(request, error);
+    if (body == nullptr) {
+        ZV_LOG_ERROR_LINE("Error while sending message [%d] %s", error.Code(), error.Message());
+        return 0;
+    }
+    g_dbus_proxy_call(link.proxy.get(), PROXY_DBUS_HELPER_OBJ_METHOD, body.get(), G_DBUS_CALL_FLAGS_NONE,
+                      DefaultTimeout, nullptr, callback, userData);
+    return 1;
+}
+
+// Needs no channel: the call is finished on the partner proxy it was made on, which the completion keeps
+// alive.
+void CProxyDBusHelper::m_GAsyncMessageCallback(GObject* source, GAsyncResult* result, void* /*userData*/)
+{
+    ZV_LOG_DEBUG_LINE("Enter");
+    Error error;
+    Owned<GVariant> const reply(g_dbus_proxy_call_finish(G_DBUS_PROXY(source), result, error.Out()));
+    if (error) {
+        ZV_LOG_DEBUG_LINE("Error received: '%s'", error.Message());
+        return;
+    }
+    ZV_LOG_INFO_LINE("Replyed");
+}
+
+int CProxyDBusHelper::SendNotification(CMessageBuffer& message)
+{
+    State::Link const link = m_state->CurrentLink();
+    if (!link.ready) {
+        ZV_LOG_ERROR_LINE("Connection not set.");
+        return 0;
+    }
+    if (link.subscription == 0) {
+        ZV_LOG_ERROR_LINE("SignalSubscription not ready");
+        return 0;
+    }
+    ZV_LOG_DEBUG_LINE("Sending signal with %d key-value pairs", message.Size());
+    Error error;
+    Owned<GVariant> const body = EncodePeerMessage(message, error);
+    if (body == nullptr ||
+        g_dbus_connection_emit_signal(m_state->m_connection.get(), link.partner.c_str(),
+                                      m_state->m_object_name.c_str(), PROXY_DBUS_HELPER_OBJ_IFACE,
+                                      PROXY_DBUS_HELPER_SIG_NAME, body.get(), error.Out()) == FALSE) {
+        ZV_LOG_ERROR_LINE("Error while sending signal [%d] %s", error.Code(), error.Message());
+        return 0;
+    }
+    return 1;
+}
+
+void CProxyDBusHelper::m_SignalCallback(GDBusConnection* connection, char const* sender,
+                                        char const* objectPath, char const* interfaceName,
+                                        char const* signalName, GVariant* parameters, void* userData)
+{
+    ZV_LOG_DEBUG_LINE("m_SignalCallback sender=%s obj_path=%s iface_name=%s signal_name=%s", sender,
+                      objectPath, interfaceName, signalName);
+    if (connection == nullptr || userData == nullptr) {
+        ZV_LOG_ERROR_LINE("Empty user_data or connection not valid.");
+        return;
+    }
+    CallbackGate::Visit<CProxyDBusHelper> const channel(CallbackGate::FromToken(userData));
+    if (!channel || channel->m_state->m_object_name != objectPath) {
+        return;
+    }
+    CMessageBuffer notification;
+    Error error;
+    if (!DecodePeerMessage(parameters, notification, error)) {
+        ZV_LOG_ERROR_LINE("Malformed signal [%d] %s", error.Code(), error.Message());
+        return;
+    }
+    State::NotificationHandler const handler = channel->m_state->Get(&State::m_notification_cb);
+    if (handler.call != nullptr) {
+        SenderScope const scope(sender);
+        handler.call(notification, handler.userData);
+    }
+}
+
+void CProxyDBusHelper::m_MethodCallback(GDBusConnection* connection, char const* sender,
+                                        char const* objectPath, char const* interfaceName,
+                                        char const* methodName, GVariant* parameters,
+                                        GDBusMethodInvocation* invocation, void* userData)
+{
+    Owned<GDBusMethodInvocation> const owned(invocation);
+    ZV_LOG_INFO_LINE("m_MethodCallback sender=%s obj_path=%s iface_name=%s method_name=%s", sender,
+                     objectPath, interfaceName, methodName);
+    if (connection == nullptr || userData == nullptr) {
+        ZV_LOG_ERROR_LINE("Empty user_data or connection not valid.");
+        return;
+    }
+    CallbackGate::Visit<CProxyDBusHelper> const channel(CallbackGate::FromToken(userData));
+    if (!channel) {
+        return;
+    }
+    ZV_LOG_INFO_LINE("m_object_name: %s", channel->m_state->m_object_name.c_str());
+    if (channel->m_state->m_object_name != objectPath) {
+        return;
+    }
+    CMessageBuffer request;
+    CMessageBuffer reply;
+    Error error;
+    DecodePeerMessage(parameters, request, error); // GDBus has checked the type
+    State::MessageHandler const handler = channel->m_state->Get(&State::m_message_cb);
+    if (handler.call != nullptr) {
+        SenderScope const scope(sender);
+        reply = handler.call(request, handler.userData);
+    }
+    Answer(invocation, reply);
+}
+
+std::string CProxyDBusHelper::GetSenderName()
+{
+    return currentSender == nullptr ? std::string() : std::string(currentSender);
+}

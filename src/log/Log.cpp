@@ -1,0 +1,164 @@
+#include "log/Log.h"
+
+#include "log/DefaultSink.h"
+
+#include <array>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+#include <string>
+
+namespace zviptv {
+
+namespace {
+
+enum class Destination
+{
+    System,
+    StandardError,
+    None
+};
+
+class Logger
+{
+public:
+    /// Never destroyed: objects that outlive main still log.
+    static Logger& Instance()
+    {
+        static Logger* const logger = new Logger;
+        return *logger;
+    }
+
+    void SetSink(ZVLogSink sink, void* userData)
+    {
+        std::lock_guard<std::mutex> const lock(m_mutex);
+        m_sink = {sink, userData};
+    }
+
+    bool Wants(EZVLogPriority priority)
+    {
+        return priority >= m_threshold &&
+               (m_destination != Destination::None || CurrentSink().call != nullptr);
+    }
+
+    void Write(EZVLogPriority priority, SourceLocation const& where, char const* line)
+    {
+        Sink const sink = CurrentSink();
+        if (sink.call != nullptr) {
+            sink.call(priority, LogTag, line, sink.userData);
+        } else if (m_destination == Destination::System) {
+            WriteToSystemLog(priority, where, line);
+        } else if (m_destination == Destination::StandardError) {
+            WriteToStandardError(priority, line);
+        }
+    }
+
+private:
+    struct Sink
+    {
+        ZVLogSink call = nullptr;
+        void* userData = nullptr;
+    };
+
+    Logger()
+    {
+        m_destination = FromEnvironment<Destination>("ZV_IPTV_LOG", Destination::System,
+                                                     {{{"system", Destination::System},
+                                                       {"stderr", Destination::StandardError},
+                                                       {"none", Destination::None}}});
+        m_threshold = FromEnvironment<EZVLogPriority>(
+            "ZV_IPTV_LOG_LEVEL", ZV_LOG_DEBUG,
+            {{{"debug", ZV_LOG_DEBUG}, {"info", ZV_LOG_INFO}, {"error", ZV_LOG_ERROR}}});
+    }
+
+    template <typename T>
+    static T FromEnvironment(char const* variable, T fallback,
+                             std::array<std::pair<char const*, T>, 3> const& words)
+    {
+        char const* const text = std::getenv(variable);
+        if (text == nullptr || *text == '\0') {
+            return fallback;
+        }
+        for (auto const& [word, value] : words) {
+            if (std::strcmp(text, word) == 0) {
+                return value;
+            }
+        }
+        std::string const complaint = std::string(variable) + "=" + text +
+                                      " is not known and is ignored: use " + words[0].first + ", " +
+                                      words[1].first + " or " + words[2].first;
+        WriteToSystemLog(ZV_LOG_ERROR, SourceLocation::Here(), complaint.c_str());
+        return fallback;
+    }
+
+    Sink CurrentSink()
+    {
+        std::lock_guard<std::mutex> const lock(m_mutex);
+        return m_sink;
+    }
+
+    std::mutex m_mutex;
+    Sink m_sink;
+    Destination m_destination;
+    EZVLogPriority m_threshold;
+};
+
+std::string Prefix(SourceLocation const& where)
+{
+    std::string prefix(BaseName(where.file));
+    prefix += ": ";
+    prefix += where.function;
+    prefix += '(';
+    prefix += std::to_string(where.line);
+    prefix += ") > ";
+    return prefix;
+}
+
+__attribute__((format(printf, 2, 0))) void AppendFormatted(std::string& line, char const* format,
+                                                           va_list arguments)
+{
+    va_list again;
+    va_copy(again, arguments);
+    int const length = std::vsnprintf(nullptr, 0, format, again);
+    va_end(again);
+    if (length <= 0) {
+        return;
+    }
+    std::size_t const start = line.size();
+    line.resize(start + static_cast<std::size_t>(length) + 1);
+    std::vsnprintf(&line[start], static_cast<std::size_t>(length) + 1, format, arguments);
+    line.pop_back();
+}
+
+} // namespace
+
+void WriteLog(EZVLogPriority priority, SourceLocation const& where, char const* format, ...)
+{
+    Logger& logger = Logger::Instance();
+    if (!logger.Wants(priority)) {
+        return;
+    }
+    std::string line = Prefix(where);
+    va_list arguments;
+    va_start(arguments, format);
+    AppendFormatted(line, format, arguments);
+    va_end(arguments);
+    logger.Write(priority, where, line.c_str());
+}
+
+void WriteLogEntry(SourceLocation const& where, EZVLogPriority priority)
+{
+    Logger& logger = Logger::Instance();
+    if (logger.Wants(priority)) {
+        logger.Write(priority, where, Prefix(where).c_str());
+    }
+}
+
+} // namespace zviptv
+
+void ZVSetLogSink(ZVLogSink sink, void* userData)
+{
+    zviptv::Logger::Instance().SetSink(sink, userData);
+}

@@ -1,0 +1,122 @@
+#include "proxy/IPGUtilProxy.h"
+
+#include "proxy/ProxyLifecycle.h"
+
+#include <zviptv/Protocol.h>
+
+#include <json/value.h>
+
+namespace function = zviptv::protocol::function;
+namespace key = zviptv::protocol::key;
+
+namespace {
+
+constexpr char const* TypeWord = zviptv::protocol::type::ProgramGuide;
+
+/// The service id is a text, since it may not fit a JSON number; the rest are numbers.
+std::string ToJson(IPGProgramId const& id)
+{
+    Json::Value json;
+    json[key::JsonServiceId] = std::to_string(id.serviceId);
+    json[key::JsonEventId] = Json::Value::UInt(id.eventId);
+    json[key::JsonStartTime] = Json::Value::UInt(id.startTime);
+    json[key::JsonDuration] = Json::Value::UInt(id.duration);
+    return json.toStyledString();
+}
+
+} // namespace
+
+CIPGUtilProxy* CIPGUtilProxy::m_IPGInstance = nullptr;
+pthread_rwlock_t CIPGUtilProxy::m_IPGLock = PTHREAD_RWLOCK_INITIALIZER;
+
+// Made also when the service does not run; its calls then fail.
+CIPGUtilProxy* CIPGUtilProxy::Instance()
+{
+    ZV_LOG_ENTRY();
+    return zviptv::GetOrCreateInstance(m_IPGLock, m_IPGInstance, [] { m_IPGInstance = new CIPGUtilProxy; });
+}
+
+void CIPGUtilProxy::Destroy()
+{
+    zviptv::DestroyProxy(m_IPGLock, m_IPGInstance);
+}
+
+CIPGUtilProxy::CIPGUtilProxy() : m_pDBusHelper(std::make_unique<CProxyDBusHelper>(TypeWord))
+{
+    zviptv::ConnectToService(*m_pDBusHelper, TypeWord, ZV_LOG_HERE);
+}
+
+CIPGUtilProxy::~CIPGUtilProxy()
+{
+    zviptv::LeaveService(*m_pDBusHelper, TypeWord);
+}
+
+template <typename Output>
+bool CIPGUtilProxy::m_Query(char const* functionName, zviptv::RequestFields fields, Output& output,
+                            zviptv::SourceLocation const& where)
+{
+    CMessageBuffer reply;
+    if (!zviptv::Exchange(*m_pDBusHelper, functionName, nullptr, fields, reply, where)) {
+        return false;
+    }
+    std::string data = reply.GetValue(key::Data);
+    zviptv::WriteLog(ZV_LOG_INFO, where, "Receive data : %s", data.c_str());
+    zviptv::ReplyField(key::Data, output).Decode(data);
+    return true;
+}
+
+bool CIPGUtilProxy::ExistXmlForIPG(bool& exist)
+{
+    return m_Query(function::ExistXmlForIPG, {}, exist);
+}
+
+bool CIPGUtilProxy::GetProgramListSize(unsigned long long inID, unsigned int startTime, unsigned int duration,
+                                       int& size)
+{
+    return m_Query(function::GetProgramListSize,
+                   {{key::InID, inID}, {key::StartTime, startTime}, {key::Duration, duration}}, size);
+}
+
+bool CIPGUtilProxy::GetProgram(unsigned int index, std::string& program)
+{
+    return m_Query(function::GetProgram, {{key::Index, index}}, program);
+}
+
+bool CIPGUtilProxy::GetProgram(IPGProgramId id, Program_IPG program, std::string& out)
+{
+    std::string const json = ToJson(id);
+    ZV_LOG_INFO_LINE("%s", json.c_str());
+    return m_Query(function::GetProgramIPG, {{key::InID, json}, {key::Program, program}}, out);
+}
+
+bool CIPGUtilProxy::GetPresentProgram(unsigned long long inID, std::string& program)
+{
+    return m_Query(function::GetPresentProgram, {{key::InID, inID}}, program);
+}
+
+bool CIPGUtilProxy::FindProgram(unsigned long long inID, unsigned int eventID, std::string& program)
+{
+    return m_Query(function::FindProgram, {{key::InID, inID}, {key::EventID, eventID}}, program);
+}
+
+bool CIPGUtilProxy::GetRating(unsigned int eventID, std::string& rating)
+{
+    return m_Query(function::GetRating, {{key::EventID, eventID}}, rating);
+}
+
+bool CIPGUtilProxy::GetGenre(unsigned int eventID, std::string& genre)
+{
+    return m_Query(function::GetGenre, {{key::EventID, eventID}}, genre);
+}
+
+bool CIPGUtilProxy::GetProgramList(unsigned long long inID, unsigned int startTime, unsigned int duration,
+                                   std::string& list)
+{
+    return m_Query(function::GetProgramList,
+                   {{key::InID, inID}, {key::StartTime, startTime}, {key::Duration, duration}}, list);
+}
+
+bool CIPGUtilProxy::CloneUSBToTV(std::string path, bool& done)
+{
+    return m_Query(function::CloneUSBToTV, {{key::Path, path}}, done);
+}

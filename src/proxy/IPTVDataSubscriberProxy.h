@@ -1,0 +1,61 @@
+#pragma once
+
+#include "log/Log.h"
+#include "proxy/Subscribers.h"
+
+#include <zviptv/IIPTVDataSubscriber.h>
+#include <zviptv/ProxyDBusHelper.h>
+
+#include <pthread.h>
+
+#include <memory>
+#include <mutex>
+
+class CIPTVDataSubscriberProxy final : public IIPTVDataSubscriber
+{
+public:
+    static CIPTVDataSubscriberProxy* Instance(IPTVHandle handle);
+    static void Destroy();
+
+    ~CIPTVDataSubscriberProxy() override;
+
+    bool SubscribeForCaption(void (*callback)(ZVCaption&, void*), void* userData, int& key) override;
+    bool UnsubscribeForCaption(int key) override;
+    bool SubscribeForPES(void (*callback)(ZVPESData&, void*), void* userData, int& key) override;
+    bool UnSubscribeForPES(int key) override;
+
+    CProxyDBusHelper const& Channel() const { return *m_pDBusHelper; }
+
+private:
+    using Request = bool (CIPTVDataSubscriberProxy::*)(bool);
+
+    CIPTVDataSubscriberProxy();
+
+    static CMessageBuffer m_MessageCb(CMessageBuffer& message, void* self);
+    static void m_NotificationCb(CMessageBuffer& notification, void* self);
+    CMessageBuffer t_HandleMessage(CMessageBuffer& message);
+    void t_HandleNotification(CMessageBuffer& notification);
+
+    bool m_RequestCaptionCB(bool on);
+    bool m_RequestPESCB(bool on);
+
+    template <typename Record>
+    bool m_Subscribe(zviptv::Subscribers<Record>& subscribers, void (*callback)(Record&, void*), int& key,
+                     Request request, zviptv::SourceLocation const& where);
+    template <typename Record>
+    bool m_Unsubscribe(zviptv::Subscribers<Record>& subscribers, int key, Request request,
+                       zviptv::SourceLocation const& where);
+
+    static CIPTVDataSubscriberProxy* m_pInstance;
+    static pthread_rwlock_t m_rwlock;
+    static IPTVHandle m_handleID;
+
+    std::unique_ptr<CProxyDBusHelper> m_pDBusHelper;
+
+    /// Shared with a dispatch under way, which may outlive the proxy when a callback ends it.
+    std::shared_ptr<zviptv::Subscribers<ZVCaption>> m_captionSubscribers;
+    std::shared_ptr<zviptv::Subscribers<ZVPESData>> m_pesSubscribers;
+
+    /// Held while a subscription is made or ended, so that the service is asked once and in order.
+    std::mutex m_changing;
+};

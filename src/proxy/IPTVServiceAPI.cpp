@@ -1,0 +1,87 @@
+#include <zviptv/IPTVServiceAPI.h>
+
+#include "log/Log.h"
+#include "proxy/BroadcastDataProxy.h"
+#include "proxy/IPGUtilProxy.h"
+#include "proxy/IPTVDataSubscriberProxy.h"
+#include "proxy/PlayerControlProxy.h"
+
+#include <zviptv/ConnectionHelperDBusServer.h>
+
+namespace {
+
+/// The application's id counts with its low 16 bits.
+IPTVHandle Handle(IPTVProfile profile, int id)
+{
+    return {profile, static_cast<std::uint16_t>(id)};
+}
+
+/// Creates through `instance` and hands the object out; without a place to put it nothing is created.
+template <typename Interface, typename Instance>
+int Create(Interface** out, Instance instance,
+           zviptv::SourceLocation const& where = zviptv::SourceLocation::Here())
+{
+    if (out == nullptr) {
+        zviptv::WriteLog(ZV_LOG_ERROR, where, "No pointer to store the object in");
+    } else {
+        *out = instance();
+    }
+    return 0;
+}
+
+} // namespace
+
+int CIPTVServiceAPI::CreatePlayerControl(IPTVProfile profile, int id, IPlayerControl** out)
+{
+    return Create(out, [=] { return CPlayerControlProxy::Instance(Handle(profile, id)); });
+}
+
+int CIPTVServiceAPI::CreateBroadcastData(IPTVProfile profile, int id, IBroadcastData** out)
+{
+    return Create(out, [=] { return CBroadcastDataProxy::Instance(Handle(profile, id)); });
+}
+
+int CIPTVServiceAPI::CreateIPTVDataSubscriber(IPTVProfile profile, int id, IIPTVDataSubscriber** out)
+{
+    return Create(out, [=] { return CIPTVDataSubscriberProxy::Instance(Handle(profile, id)); });
+}
+
+int CIPTVServiceAPI::CreateIPGUtil(IIPGUtil** out)
+{
+    return Create(out, [] { return CIPGUtilProxy::Instance(); });
+}
+
+int CIPTVServiceAPI::CreateConnectionHelper(IConnectionHelper** out)
+{
+    return Create(out, [] { return CConnectionHelperDBusServer::Instance(); });
+}
+
+int CIPTVServiceAPI::DestroyPlayerControl()
+{
+    CPlayerControlProxy::Destroy();
+    return 0;
+}
+
+int CIPTVServiceAPI::DestroyBroadcastData()
+{
+    CBroadcastDataProxy::Destroy();
+    return 0;
+}
+
+int CIPTVServiceAPI::DestroyIPTVDataSubscriber()
+{
+    CIPTVDataSubscriberProxy::Destroy();
+    return 0;
+}
+
+int CIPTVServiceAPI::DestroyIPGUtil()
+{
+    CIPGUtilProxy::Destroy();
+    return 0;
+}
+
+int CIPTVServiceAPI::DestroyConnectionHelper()
+{
+    CConnectionHelperDBusServer::Destroy();
+    return 0;
+}

@@ -1,0 +1,27 @@
+#!/bin/bash
+# The library file: soname, what it exports, hardening: library.sh BUILD SOURCE
+. "$(dirname "$0")/install.sh"
+
+readelf -d "$library" >"$work/dynamic"
+grep -q 'SONAME.*\[libzv-iptv-service-api.so.1\]' "$work/dynamic"
+grep -q 'BIND_NOW' "$work/dynamic"
+readelf -lW "$library" >"$work/segments"
+grep -q 'GNU_RELRO' "$work/segments"
+if grep -q 'GNU_STACK.*RWE' "$work/segments"; then
+    echo "the stack is executable"
+    exit 1
+fi
+test -L "$libdir/libzv-iptv-service-api.so"
+
+# Exported: the classes of the headers and the log function, nothing of the standard library, nothing internal.
+nm -DC --defined-only "$library" | cut -d' ' -f3- >"$work/exported"
+grep -q '^CIPTVServiceAPI::CreatePlayerControl(' "$work/exported"
+grep -q '^ZVSetLogSink(' "$work/exported"
+if grep -vE '^((typeinfo|typeinfo name|vtable) for )?(C[A-Z][A-Za-z]+|I[A-Z][A-Za-z]+|ZVSetLogSink)(::|$|\()' "$work/exported"; then
+    echo "exported, but declared in no header"
+    exit 1
+fi
+if grep -E 'Proxy::|zviptv::' "$work/exported" | grep -v '^CProxyDBusHelper'; then
+    echo "internal, but exported"
+    exit 1
+fi

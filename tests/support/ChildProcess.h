@@ -1,0 +1,65 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <map>
+#include <memory>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace zviptv::test {
+
+/// How a process ended.
+struct ExitStatus
+{
+    /// Exit code, or -1 if a signal ended it.
+    int code = -1;
+    /// The signal that ended it, else 0.
+    int signal = 0;
+};
+
+bool operator==(ExitStatus const& left, ExitStatus const& right);
+void PrintTo(ExitStatus const& status, std::ostream* out);
+
+/// A running program with its standard streams caught. It is killed and reaped by the destructor, and
+/// dies with the test process. All methods may be called from any thread.
+class ChildProcess
+{
+public:
+    /// `command` is the program (searched in PATH if it has no slash) and its arguments;
+    /// `environment` is added to the test's own. Throws std::system_error if it cannot be run.
+    explicit ChildProcess(std::vector<std::string> const& command,
+                          std::map<std::string, std::string> const& environment = {});
+    ~ChildProcess();
+    ChildProcess(ChildProcess const&) = delete;
+    ChildProcess& operator=(ChildProcess const&) = delete;
+
+    pid_t Pid() const;
+    /// Empty if the process still runs after `timeout`. When it has ended, Output() and Errors() are
+    /// complete (for what the process itself wrote).
+    std::optional<ExitStatus> Wait(std::chrono::milliseconds timeout);
+    /// No effect once the process has ended.
+    void Signal(int number);
+
+    /// What has been written to standard output and standard error so far.
+    std::string Output() const;
+    std::string Errors() const;
+    /// True when the text is in the output (or the errors); false when the process has ended, or the
+    /// time is over, without it.
+    bool WaitForOutput(std::string const& text, std::chrono::milliseconds timeout);
+    bool WaitForErrors(std::string const& text, std::chrono::milliseconds timeout);
+
+    /// Writes to standard input; false if the process does not read it any more.
+    bool WriteInput(std::string const& text);
+    /// End of file for the process.
+    void CloseInput();
+
+private:
+    class Impl;
+    std::unique_ptr<Impl> m_impl;
+};
+
+} // namespace zviptv::test

@@ -1,0 +1,83 @@
+#include "LogCapture.h"
+
+#include <algorithm>
+
+namespace zviptv::test {
+
+namespace {
+constexpr char Separator[] = " > ";
+}
+
+std::string LogLine::Message() const
+{
+    std::size_t const at = line.find(Separator);
+    return at == std::string::npos ? std::string() : line.substr(at + 3);
+}
+
+std::string LogLine::Origin() const
+{
+    return line.substr(0, line.find('('));
+}
+
+LogCapture::LogCapture()
+{
+    ZVSetLogSink(Sink, this);
+}
+
+LogCapture::~LogCapture()
+{
+    ZVSetLogSink(nullptr, nullptr);
+}
+
+void LogCapture::Sink(EZVLogPriority priority, char const* tag, char const* line, void* userData)
+{
+    auto* const self = static_cast<LogCapture*>(userData);
+    std::lock_guard<std::mutex> const lock(self->m_mutex);
+    self->m_lines.push_back({priority, tag, line});
+}
+
+std::vector<LogLine> LogCapture::Lines() const
+{
+    std::lock_guard<std::mutex> const lock(m_mutex);
+    return m_lines;
+}
+
+std::vector<std::string> LogCapture::Messages() const
+{
+    std::vector<std::string> messages;
+    for (LogLine const& line : Lines()) {
+        messages.push_back(line.Message());
+    }
+    return messages;
+}
+
+std::vector<std::string> LogCapture::Messages(EZVLogPriority priority) const
+{
+    std::vector<std::string> messages;
+    for (LogLine const& line : Lines()) {
+        if (line.priority == priority) {
+            messages.push_back(line.Message());
+        }
+    }
+    return messages;
+}
+
+bool LogCapture::Has(EZVLogPriority priority, std::string const& message) const
+{
+    std::vector<std::string> const messages = Messages(priority);
+    return std::find(messages.begin(), messages.end(), message) != messages.end();
+}
+
+std::size_t LogCapture::Count(std::string const& message) const
+{
+    std::vector<std::string> const messages = Messages();
+    return static_cast<std::size_t>(std::count(messages.begin(), messages.end(), message));
+}
+
+void LogCapture::Clear()
+{
+    std::lock_guard<std::mutex> const lock(m_mutex);
+    m_lines.clear();
+}
+
+} // namespace zviptv::test

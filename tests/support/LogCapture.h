@@ -1,0 +1,50 @@
+#pragma once
+
+#include <zviptv/SystemLog.h>
+
+#include <condition_variable>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace zviptv::test {
+
+struct LogLine
+{
+    EZVLogPriority priority;
+    std::string tag;
+    /// The whole line.
+    std::string line;
+
+    /// What comes after "file: function(line) > "; empty for an entry line.
+    std::string Message() const;
+    /// "file: function"
+    std::string Origin() const;
+};
+
+/// Catches the library's log lines from construction to destruction, on any thread.
+class LogCapture
+{
+public:
+    LogCapture();
+    ~LogCapture();
+    LogCapture(LogCapture const&) = delete;
+    LogCapture& operator=(LogCapture const&) = delete;
+
+    std::vector<LogLine> Lines() const;
+    /// The messages alone, in order.
+    std::vector<std::string> Messages() const;
+    std::vector<std::string> Messages(EZVLogPriority priority) const;
+    /// Whether a line of this priority has exactly this message.
+    bool Has(EZVLogPriority priority, std::string const& message) const;
+    std::size_t Count(std::string const& message) const;
+    void Clear();
+
+private:
+    static void Sink(EZVLogPriority priority, char const* tag, char const* line, void* userData);
+
+    mutable std::mutex m_mutex;
+    std::vector<LogLine> m_lines;
+};
+
+} // namespace zviptv::test

@@ -1,0 +1,99 @@
+#include "LoopRunner.h"
+
+#include <glib.h>
+
+#include <future>
+#include <thread>
+
+namespace zviptv::test {
+
+namespace {
+
+struct SourceEnd
+{
+    void operator()(GSource* source) const
+    {
+        g_source_destroy(source);
+        g_source_unref(source);
+    }
+};
+using SourcePtr = std::unique_ptr<GSource, SourceEnd>;
+
+gboolean KeepGoing(gpointer /*data*/)
+{
+    return G_SOURCE_CONTINUE;
+}
+
+} // namespace
+
+bool RunUntil(std::function<bool()> const& condition, std::chrono::milliseconds timeout)
+{
+    GMainContext* const context = g_main_context_get_thread_default();
+    SourcePtr const ticker(g_timeout_source_new(2));
+    g_source_set_callback(ticker.get(), KeepGoing, nullptr, nullptr);
+    g_source_attach(ticker.get(), context);
+    auto const deadline = std::chrono::steady_clock::now() + timeout;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > deadline) {
+            return false;
+        }
+        g_main_context_iteration(context, TRUE);
+    }
+    return true;
+}
+
+void RunPending()
+{
+    while (g_main_context_iteration(g_main_context_get_thread_default(), FALSE) != FALSE) {
+    }
+}
+
+class LoopThread::Impl
+{
+public:
+    Impl() : m_loop(g_main_loop_new(nullptr, FALSE), g_main_loop_unref)
+    {
+        std::promise<void> running;
+        m_thread = std::thread([this] { g_main_loop_run(m_loop.get()); });
+        Run([&running] { running.set_value(); });
+        running.get_future().wait();
+    }
+
+    ~Impl()
+    {
+        Run([this] { g_main_loop_quit(m_loop.get()); });
+        m_thread.join();
+    }
+
+    void Run(std::function<void()> work)
+    {
+        std::packaged_task<void()> task(std::move(work));
+        std::future<void> done = task.get_future();
+        SourcePtr const source(g_idle_source_new());
+        g_source_set_priority(source.get(), G_PRIORITY_DEFAULT);
+        g_source_set_callback(
+            source.get(),
+            [](gpointer data) -> gboolean {
+                (*static_cast<std::packaged_task<void()>*>(data))();
+                return G_SOURCE_REMOVE;
+            },
+            &task, nullptr);
+        g_source_attach(source.get(), nullptr);
+        done.get();
+    }
+
+private:
+    std::unique_ptr<GMainLoop, void (*)(GMainLoop*)> m_loop;
+    std::thread m_thread;
+};
+
+LoopThread::LoopThread() : m_impl(std::make_unique<Impl>()) {}
+
+LoopThread::~LoopThread() = default;
+
+void LoopThread::Run(std::function<void()> const& work)
+{
+    m_impl->Run(work);
+}
+
+} // namespace zviptv::test

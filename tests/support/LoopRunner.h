@@ -1,0 +1,36 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <memory>
+
+namespace zviptv::test {
+
+/// Iterates the calling thread's default main context until `condition` holds (true) or `timeout` has passed
+/// (false). The condition is asked after every event, and every few milliseconds for what other threads do.
+bool RunUntil(std::function<bool()> const& condition,
+              std::chrono::milliseconds timeout = std::chrono::seconds(20));
+
+/// Handles what is ready in the calling thread's default main context, without waiting.
+void RunPending();
+
+/// A thread that iterates the process's default main context, as a host application's main thread would.
+/// While it runs, nobody else may iterate that context.
+class LoopThread
+{
+public:
+    LoopThread();
+    /// Returns when the loop has ended.
+    ~LoopThread();
+    LoopThread(LoopThread const&) = delete;
+    LoopThread& operator=(LoopThread const&) = delete;
+
+    /// Runs `work` on the loop's thread and returns when it is done.
+    void Run(std::function<void()> const& work);
+
+private:
+    class Impl;
+    std::unique_ptr<Impl> m_impl;
+};
+
+} // namespace zviptv::test

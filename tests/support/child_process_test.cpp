@@ -1,0 +1,175 @@
+#include "ChildProcess.h"
+#include "MessageLog.h"
+#include "WaitUntil.h"
+
+#include <gtest/gtest.h>
+
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <system_error>
+#include <thread>
+
+using namespace zviptv::test;
+using namespace std::chrono_literals;
+
+namespace {
+
+std::vector<std::string> Shell(std::string const& script)
+{
+    return {"sh", "-c", script};
+}
+
+/// The role of the process that starts another one and never ends by itself.
+[[noreturn]] void StartAndHang()
+{
+    ChildProcess const child({"sleep", "1000"});
+    std::printf("\nchild %d started\n", static_cast<int>(child.Pid()));
+    std::fflush(stdout);
+    while (true)
+        pause();
+}
+
+} // namespace
+
+TEST(ChildProcessTest, CatchesOutputErrorsAndExitCode)
+{
+    ChildProcess child(Shell("echo out; echo err >&2; exit 3"));
+    EXPECT_EQ((ExitStatus{3, 0}), child.Wait(patience));
+    EXPECT_EQ("out\n", child.Output());
+    EXPECT_EQ("err\n", child.Errors());
+}
+
+TEST(ChildProcessTest, PassesArgumentsAndEnvironmentAsTheyAre)
+{
+    setenv("ZVIPTV_KEPT", "kept", 1);
+    setenv("ZVIPTV_CHANGED", "before", 1);
+    ChildProcess child(
+        {"sh", "-c", "printf '%s|' \"$@\" $ZVIPTV_KEPT $ZVIPTV_CHANGED", "sh", "a b", "", "$c"},
+        {{"ZVIPTV_CHANGED", "after"}});
+    EXPECT_EQ((ExitStatus{0, 0}), child.Wait(patience));
+    EXPECT_EQ("a b||$c|kept|after|", child.Output());
+    unsetenv("ZVIPTV_KEPT");
+    unsetenv("ZVIPTV_CHANGED");
+}
+
+TEST(ChildProcessTest, CompleteOutputOfALargeWriter)
+{
+    ChildProcess child(Shell("head -c 3000000 /dev/zero"));
+    EXPECT_EQ((ExitStatus{0, 0}), child.Wait(patience));
+    EXPECT_EQ(3000000U, child.Output().size());
+}
+
+TEST(ChildProcessTest, WaitTimesOutOnARunningProcessAndSignalsReachIt)
+{
+    ChildProcess child(Shell("trap 'echo asked; exit 7' TERM; echo ready; while :; do sleep 0.05; done"));
+    ASSERT_TRUE(child.WaitForOutput("ready", patience));
+    EXPECT_FALSE(child.Wait(10ms));
+    child.Signal(SIGTERM);
+    EXPECT_EQ((ExitStatus{7, 0}), child.Wait(patience));
+    EXPECT_EQ("ready\nasked\n", child.Output());
+    child.Signal(SIGTERM);
+}
+
+TEST(ChildProcessTest, ReportsTheSignalThatEndedIt)
+{
+    ChildProcess child({"sleep", "1000"});
+    child.Signal(SIGKILL);
+    auto const status = child.Wait(patience);
+    EXPECT_EQ((ExitStatus{-1, SIGKILL}), status);
+    EXPECT_EQ("ended by signal 9", testing::PrintToString(*status));
+}
+
+TEST(ChildProcessTest, TheDestructorEndsIt)
+{
+    pid_t pid = 0;
+    {
+        ChildProcess const child({"sleep", "1000"});
+        pid = child.Pid();
+        EXPECT_EQ(0, kill(pid, 0));
+    }
+    EXPECT_EQ(-1, kill(pid, 0));
+    EXPECT_EQ(ESRCH, errno);
+}
+
+TEST(ChildProcessTest, FeedsStandardInput)
+{
+    ChildProcess child({"cat"});
+    EXPECT_TRUE(child.WriteInput("one\n"));
+    EXPECT_TRUE(child.WaitForOutput("one\n", patience));
+    EXPECT_TRUE(child.WriteInput("two\n"));
+    child.CloseInput();
+    EXPECT_EQ((ExitStatus{0, 0}), child.Wait(patience));
+    EXPECT_EQ("one\ntwo\n", child.Output());
+    EXPECT_FALSE(child.WriteInput("three\n"));
+}
+
+TEST(ChildProcessTest, WritingToAProcessThatIsGoneFails)
+{
+    ChildProcess child({"true"});
+    ASSERT_TRUE(child.Wait(patience));
+    EXPECT_FALSE(child.WriteInput("anybody there?"));
+}
+
+TEST(ChildProcessTest, WaitForTextGivesUpWhenTheProcessEnds)
+{
+    ChildProcess child(Shell("echo something >&2"));
+    EXPECT_FALSE(child.WaitForOutput("something", patience));
+    EXPECT_TRUE(child.WaitForErrors("something", patience));
+}
+
+TEST(ChildProcessTest, AGrandchildThatKeepsThePipeDoesNotHoldUpWait)
+{
+    ChildProcess child(Shell("sleep 30 & echo $!; exit 0"));
+    EXPECT_EQ((ExitStatus{0, 0}), child.Wait(patience));
+    kill(static_cast<pid_t>(std::stol(child.Output())), SIGKILL);
+}
+
+TEST(ChildProcessTest, ThrowsForAProgramThatDoesNotExist)
+{
+    try {
+        ChildProcess const child({"/no/such/program"});
+        FAIL() << "runs as " << child.Pid();
+    } catch (std::system_error const& error) {
+        EXPECT_EQ(std::errc::no_such_file_or_directory, error.code());
+    }
+}
+
+TEST(ChildProcessTest, OutlivesTheThreadThatStartedIt)
+{
+    std::unique_ptr<ChildProcess> child;
+    std::thread([&] { child = std::make_unique<ChildProcess>(std::vector<std::string>{"cat"}); }).join();
+    EXPECT_TRUE(child->WriteInput("alive"));
+    EXPECT_TRUE(child->WaitForOutput("alive", patience));
+}
+
+/// The starter, which is this test run anew, is killed and cannot clean up; the kernel has to.
+TEST(ChildProcessTest, DiesWithTheProcessThatStartedIt)
+{
+    if (getenv("ZVIPTV_TEST_STARTER") != nullptr)
+        StartAndHang();
+    // The orphan then becomes a child of this process, which can see its end.
+    ASSERT_EQ(0, prctl(PR_SET_CHILD_SUBREAPER, 1));
+    ChildProcess starter({std::filesystem::read_symlink("/proc/self/exe").string(),
+                          "--gtest_filter=ChildProcessTest.DiesWithTheProcessThatStartedIt"},
+                         {{"ZVIPTV_TEST_STARTER", "1"}});
+    ASSERT_TRUE(starter.WaitForOutput(" started\n", patience));
+    auto const output = starter.Output();
+    auto const orphan = static_cast<pid_t>(std::stol(output.substr(output.find("\nchild ") + 7)));
+    EXPECT_EQ(0, kill(orphan, 0)) << output;
+
+    starter.Signal(SIGKILL);
+    ASSERT_TRUE(starter.Wait(patience));
+    int status = 0;
+    EXPECT_TRUE(WaitUntil([&] { return waitpid(orphan, &status, WNOHANG) == orphan; }, patience));
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << status;
+    prctl(PR_SET_CHILD_SUBREAPER, 0);
+}

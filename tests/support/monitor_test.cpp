@@ -1,0 +1,82 @@
+#include "BusMonitor.h"
+#include "Bytes.h"
+#include "PrivateBus.h"
+#include "WirePeer.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+using namespace zviptv::test;
+using namespace std::chrono_literals;
+
+TEST(BusMonitorTest, SeesCallsRepliesAndSignalsOfOthers)
+{
+    PrivateBus const bus;
+    WirePeer one;
+    WirePeer two;
+    BusMonitor monitor(bus.Address());
+    two.SetHandler([](WireMessage const&) { return Entries({{"answer", "42"}}); });
+    one.Call({two.Name(), "/p", "a.b", "Ask"}, Entries({{"question", "?"}}));
+    two.Emit({one.Name(), "/p", "a.b", "Tell"});
+
+    auto const call = monitor.WaitFor(IsCall("Ask"));
+    ASSERT_TRUE(call);
+    EXPECT_EQ(one.Name(), call->sender);
+    EXPECT_EQ("?", call->Value("question"));
+    auto const reply = monitor.WaitFor([&](WireMessage const& message) {
+        return message.kind == WireKind::Reply && message.replySerial == call->serial &&
+               message.sender == two.Name();
+    });
+    ASSERT_TRUE(reply);
+    EXPECT_EQ("42", reply->Value("answer"));
+    EXPECT_TRUE(monitor.WaitFor(IsSignal("Tell")));
+}
+
+TEST(BusMonitorTest, SeesMatchRulesAndNameRequests)
+{
+    PrivateBus const bus;
+    WirePeer peer;
+    BusMonitor monitor(bus.Address());
+    peer.AddMatch("type='signal',interface='a.b'");
+    peer.OwnName("org.corvel.name");
+    auto const match = monitor.WaitFor(IsCall("AddMatch"));
+    ASSERT_TRUE(match);
+    EXPECT_EQ(std::vector<std::string>{"type='signal',interface='a.b'"}, match->strings);
+    auto const request = monitor.WaitFor(IsCall("RequestName"));
+    ASSERT_TRUE(request);
+    EXPECT_EQ("su", request->signature);
+    EXPECT_EQ(std::vector<std::string>{"org.corvel.name"}, request->strings);
+}
+
+TEST(BusMonitorTest, SurvivesPingsThatAreMeantForOthers)
+{
+    PrivateBus const bus;
+    WirePeer one;
+    WirePeer two;
+    BusMonitor monitor(bus.Address());
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(WireKind::Reply, one.Call({two.Name(), "/", "org.freedesktop.DBus.Peer", "Ping"}).kind);
+    one.Call({two.Name(), "/p", "a.b", "Unknown"});
+    EXPECT_TRUE(monitor.Seen().WaitForCount(IsCall("Ping"), 3));
+    EXPECT_TRUE(monitor.WaitFor(IsCall("Unknown")));
+    EXPECT_EQ(0U, monitor.Seen().Count(IsSignal("Disconnected")));
+}
+
+TEST(BusMonitorTest, RulesNarrowWhatIsSeen)
+{
+    PrivateBus const bus;
+    WirePeer one;
+    WirePeer two;
+    BusMonitor monitor(bus.Address(), {"type='signal',member='Wanted'"});
+    one.Emit({two.Name(), "/p", "a.b", "Other"});
+    one.Emit({two.Name(), "/p", "a.b", "Wanted"});
+    EXPECT_TRUE(monitor.WaitFor(IsSignal("Wanted")));
+    EXPECT_EQ(0U, monitor.Seen().Count(IsSignal("Other")));
+}
+
+TEST(BusMonitorTest, ThrowsForABadRule)
+{
+    PrivateBus const bus;
+    EXPECT_THROW(BusMonitor(bus.Address(), {"not a rule"}), std::runtime_error);
+}

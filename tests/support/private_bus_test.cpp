@@ -1,0 +1,187 @@
+#include "MessageLog.h"
+#include "PrivateBus.h"
+#include "WirePeer.h"
+
+#include <gtest/gtest.h>
+
+#include <signal.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+using namespace zviptv::test;
+using namespace std::chrono_literals;
+
+namespace {
+
+std::string Environment()
+{
+    char const* const address = getenv("DBUS_SYSTEM_BUS_ADDRESS");
+    return address != nullptr ? address : "(unset)";
+}
+
+bool Exists(std::string const& path)
+{
+    struct stat ignored = {};
+    return stat(path.c_str(), &ignored) == 0;
+}
+
+WireTarget Ping(WirePeer const& peer)
+{
+    return {peer.Name(), "/", "org.freedesktop.DBus.Peer", "Ping"};
+}
+
+} // namespace
+
+TEST(PrivateBusTest, IsReadyWhenConstructedAndSetsTheEnvironment)
+{
+    auto const before = Environment();
+    std::string directory;
+    pid_t pid = 0;
+    {
+        PrivateBus const bus;
+        directory = bus.Directory();
+        pid = bus.Pid();
+        EXPECT_EQ(bus.Address(), Environment());
+        WirePeer peer;
+        EXPECT_EQ(':', peer.Name().front());
+    }
+    EXPECT_EQ(before, Environment());
+    EXPECT_FALSE(Exists(directory));
+    EXPECT_EQ(-1, kill(pid, 0));
+    EXPECT_EQ(ESRCH, errno);
+}
+
+TEST(PrivateBusTest, LeavesTheEnvironmentAloneOnRequest)
+{
+    auto const before = Environment();
+    BusOptions options;
+    options.setEnvironment = false;
+    PrivateBus const bus(options);
+    EXPECT_EQ(before, Environment());
+    EXPECT_NO_THROW(WirePeer(bus.Address()));
+}
+
+TEST(PrivateBusTest, NestedBusesRestoreEachOther)
+{
+    PrivateBus const outer;
+    {
+        PrivateBus const inner;
+        EXPECT_NE(outer.Address(), inner.Address());
+        EXPECT_EQ(inner.Address(), Environment());
+    }
+    EXPECT_EQ(outer.Address(), Environment());
+}
+
+TEST(PrivateBusTest, SaysWhatToInstallWhenThereIsNoDaemon)
+{
+    BusOptions options;
+    options.program = "no-such-dbus-daemon";
+    try {
+        PrivateBus const bus(options);
+        FAIL() << "started " << bus.Pid();
+    } catch (std::runtime_error const& error) {
+        EXPECT_NE(nullptr, strstr(error.what(), "install the package dbus")) << error.what();
+    }
+}
+
+TEST(PrivateBusTest, ThrowsForABrokenConfigurationWithTheDaemonsReason)
+{
+    BusOptions options;
+    options.extraConfig = "<nonsense/>";
+    try {
+        PrivateBus const bus(options);
+        FAIL() << "started " << bus.Pid();
+    } catch (std::runtime_error const& error) {
+        EXPECT_NE(nullptr, strstr(error.what(), "nonsense")) << error.what();
+    }
+}
+
+TEST(PrivateBusTest, ExtraLimitsAndPoliciesAreInForce)
+{
+    BusOptions options;
+    options.extraConfig = R"(<limit name="max_match_rules_per_connection">1</limit>
+        <policy context="default"><deny own="org.corvel.denied"/></policy>)";
+    PrivateBus const bus(options);
+    WirePeer peer(bus.Address());
+    peer.AddMatch("type='signal',interface='a.b'");
+    EXPECT_THROW(peer.AddMatch("type='signal',interface='c.d'"), std::runtime_error);
+    EXPECT_THROW(peer.OwnName("org.corvel.denied"), std::runtime_error);
+    EXPECT_TRUE(peer.OwnName("org.corvel.allowed"));
+}
+
+TEST(PrivateBusTest, WithoutTheOpenPolicyNothingIsAllowed)
+{
+    BusOptions options;
+    options.openPolicy = false;
+    options.extraConfig = R"(<policy context="default"><allow user="*"/>
+        <allow send_destination="org.freedesktop.DBus"/><allow receive_sender="org.freedesktop.DBus"/></policy>)";
+    PrivateBus const bus(options);
+    WirePeer one(bus.Address());
+    WirePeer two(bus.Address());
+    EXPECT_THROW(one.OwnName("org.corvel.any"), std::runtime_error);
+    EXPECT_EQ("org.freedesktop.DBus.Error.AccessDenied", one.Call(Ping(two)).errorName);
+}
+
+TEST(PrivateBusTest, KillDisconnectsAndRestartListensOnTheSameAddress)
+{
+    PrivateBus bus;
+    auto const address = bus.Address();
+    auto const firstPid = bus.Pid();
+    WirePeer before(address);
+    bus.Kill();
+    EXPECT_EQ(0, bus.Pid());
+    EXPECT_TRUE(before.WaitDisconnected());
+    EXPECT_THROW(WirePeer{address}, std::runtime_error);
+    bus.Kill();
+
+    bus.Restart();
+    EXPECT_EQ(address, bus.Address());
+    EXPECT_NE(firstPid, bus.Pid());
+    WirePeer one(address);
+    WirePeer two(address);
+    EXPECT_EQ(WireKind::Reply, one.Call(Ping(two)).kind);
+
+    bus.Restart();
+    EXPECT_TRUE(one.WaitDisconnected());
+    EXPECT_NO_THROW(WirePeer{address});
+}
+
+TEST(PrivateBusTest, StoppedBusAnswersNothingUntilContinued)
+{
+    PrivateBus bus;
+    WirePeer one;
+    WirePeer two;
+    bus.Stop();
+    auto const silent = one.Call(Ping(two), {}, {50ms, false});
+    EXPECT_EQ("org.freedesktop.DBus.Error.NoReply", silent.errorName);
+    bus.Continue();
+    EXPECT_EQ(WireKind::Reply, one.Call(Ping(two)).kind);
+}
+
+TEST(PrivateBusTest, AStoppedBusCanBeDestroyedAndADeadOneCannotBeStopped)
+{
+    PrivateBus bus;
+    bus.Stop();
+    bus.Kill();
+    EXPECT_THROW(bus.Stop(), std::logic_error);
+    EXPECT_THROW(bus.Continue(), std::logic_error);
+}
+
+TEST(PrivateBusTest, OutlivesTheThreadThatMadeIt)
+{
+    BusOptions options;
+    options.setEnvironment = false;
+    std::unique_ptr<PrivateBus> bus;
+    std::thread([&] { bus = std::make_unique<PrivateBus>(options); }).join();
+    WirePeer one(bus->Address());
+    WirePeer two(bus->Address());
+    EXPECT_EQ(WireKind::Reply, one.Call(Ping(two)).kind);
+    EXPECT_EQ(0, kill(bus->Pid(), 0));
+}
