@@ -53,7 +53,7 @@ public:
 
     /// Largest message body in bytes, as it stands on the wire, that a send accepts: the bus disconnects
     /// whoever sends more than 32 MiB, so larger messages are refused here.
-    static int const MAX_BODY_SIZE = 32 * 1024 * 1024 - 4096;
+    static constexpr int MAX_BODY_SIZE = 32 * 1024 * 1024 - 4096;
 
     /// Attaches to the system bus and exports the object. Without a bus, or with a name that makes no object
     /// path, the channel is constructed all the same (the log tells) and everything on it fails.

@@ -1,5 +1,6 @@
 #include <zviptv/ProxyDBusHelper.h>
 
+#include "dbus/IncomingCall.h"
 #include "dbus/PeerChannelState.h"
 #include "dbus/PeerMessage.h"
 #include "log/Log.h"
@@ -8,50 +9,13 @@ using zviptv::CallbackGate;
 using zviptv::DecodePeerMessage;
 using zviptv::EncodePeerMessage;
 using zviptv::Error;
+using zviptv::IncomingScope;
 using zviptv::Owned;
 
 namespace {
 
 constexpr int SyncTimeoutMs = 2000;
 constexpr int DefaultTimeout = -1;
-
-thread_local char const* currentSender = nullptr;
-
-/// Names the sender of what is being handled on this thread.
-class SenderScope
-{
-public:
-    explicit SenderScope(char const* sender) : m_outer(currentSender) { currentSender = sender; }
-    ~SenderScope() { currentSender = m_outer; }
-    SenderScope(SenderScope const&) = delete;
-    SenderScope& operator=(SenderScope const&) = delete;
-
-private:
-    char const* m_outer;
-};
-
-/// Answers a call with `reply`. Not through the invocation: that would refuse a reply to the declared method
-/// SendSignal, which is answered like Send.
-void Answer(GDBusMethodInvocation* invocation, CMessageBuffer const& reply)
-{
-    GDBusMessage* const call = g_dbus_method_invocation_get_message(invocation);
-    if ((g_dbus_message_get_flags(call) & G_DBUS_MESSAGE_FLAGS_NO_REPLY_EXPECTED) != 0) {
-        return;
-    }
-    Error error;
-    Owned<GVariant> const body = EncodePeerMessage(reply, error);
-    Owned<GDBusMessage> answer;
-    if (body != nullptr) {
-        answer.reset(g_dbus_message_new_method_reply(call));
-        g_dbus_message_set_body(answer.get(), body.get());
-    } else {
-        ZV_LOG_ERROR_LINE("Error while sending reply [%d] %s", error.Code(), error.Message());
-        answer.reset(g_dbus_message_new_method_error_literal(call, "org.freedesktop.DBus.Error.Failed",
-                                                             error.Message()));
-    }
-    g_dbus_connection_send_message(g_dbus_method_invocation_get_connection(invocation), answer.get(),
-                                   G_DBUS_SEND_MESSAGE_FLAGS_NONE, nullptr, nullptr);
-}
 
 } // namespace
 
@@ -177,7 +141,7 @@ void CProxyDBusHelper::m_SignalCallback(GDBusConnection* connection, char const*
     }
     State::NotificationHandler const handler = channel->m_state->Get(&State::m_notification_cb);
     if (handler.call != nullptr) {
-        SenderScope const scope(sender);
+        IncomingScope const scope(sender);
         handler.call(notification, handler.userData);
     }
 }
@@ -207,14 +171,17 @@ void CProxyDBusHelper::m_MethodCallback(GDBusConnection* connection, char const*
     Error error;
     DecodePeerMessage(parameters, request, error); // GDBus has checked the type
     State::MessageHandler const handler = channel->m_state->Get(&State::m_message_cb);
+    IncomingScope scope(sender, invocation);
     if (handler.call != nullptr) {
-        SenderScope const scope(sender);
         reply = handler.call(request, handler.userData);
     }
-    Answer(invocation, reply);
+    if (GDBusMethodInvocation* const unanswered = scope.TakeInvocation()) {
+        zviptv::AnswerCall(unanswered, reply);
+    }
 }
 
 std::string CProxyDBusHelper::GetSenderName()
 {
-    return currentSender == nullptr ? std::string() : std::string(currentSender);
+    IncomingScope const* const incoming = IncomingScope::Current();
+    return incoming == nullptr ? std::string() : std::string(incoming->Sender());
 }

@@ -55,6 +55,14 @@ template <typename Output>
 bool CIPGUtilProxy::m_Query(char const* functionName, zviptv::RequestFields fields, Output& output,
                             zviptv::SourceLocation const& where)
 {
+    zviptv::WriteLogEntry(where);
+    return m_Ask(functionName, fields, output, where);
+}
+
+template <typename Output>
+bool CIPGUtilProxy::m_Ask(char const* functionName, zviptv::RequestFields fields, Output& output,
+                          zviptv::SourceLocation const& where)
+{
     CMessageBuffer reply;
     if (!zviptv::Exchange(*m_pDBusHelper, functionName, nullptr, fields, reply, where)) {
         return false;
@@ -84,9 +92,10 @@ bool CIPGUtilProxy::GetProgram(unsigned int index, std::string& program)
 
 bool CIPGUtilProxy::GetProgram(IPGProgramId id, Program_IPG program, std::string& out)
 {
+    ZV_LOG_ENTRY();
     std::string const json = ToJson(id);
     ZV_LOG_INFO_LINE("%s", json.c_str());
-    return m_Query(function::GetProgramIPG, {{key::InID, json}, {key::Program, program}}, out);
+    return m_Ask(function::GetProgramIPG, {{key::InID, json}, {key::Program, program}}, out, ZV_LOG_HERE);
 }
 
 bool CIPGUtilProxy::GetPresentProgram(unsigned long long inID, std::string& program)

@@ -36,10 +36,15 @@ public:
 private:
     CIPGUtilProxy();
 
-    /// One query: its answer's "data" goes into `output`, whatever result the service sends with it.
+    /// An entry line and one query.
     template <typename Output>
     bool m_Query(char const* functionName, zviptv::RequestFields fields, Output& output,
                  zviptv::SourceLocation const& where = zviptv::SourceLocation::Here());
+
+    /// One query: its answer's "data" goes into `output`, whatever result the service sends with it.
+    template <typename Output>
+    bool m_Ask(char const* functionName, zviptv::RequestFields fields, Output& output,
+               zviptv::SourceLocation const& where);
 
     static CIPGUtilProxy* m_IPGInstance;
     static pthread_rwlock_t m_IPGLock;

@@ -167,6 +167,7 @@ bool CIPTVDataSubscriberProxy::m_Unsubscribe(Subscribers<Record>& subscribers, i
 
 bool CIPTVDataSubscriberProxy::m_RequestCaptionCB(bool on)
 {
+    ZV_LOG_ENTRY();
     CMessageBuffer reply;
     return zviptv::Exchange(*m_pDBusHelper, function::RequestCaptionCB, &m_handleID, {{key::On, on}}, reply,
                             ZV_LOG_HERE);
@@ -174,6 +175,7 @@ bool CIPTVDataSubscriberProxy::m_RequestCaptionCB(bool on)
 
 bool CIPTVDataSubscriberProxy::m_RequestPESCB(bool on)
 {
+    ZV_LOG_ENTRY();
     CMessageBuffer reply;
     return zviptv::Exchange(*m_pDBusHelper, function::RequestPESCB, &m_handleID, {{key::On, on}}, reply,
                             ZV_LOG_HERE);

@@ -69,7 +69,6 @@ void ReplyField::CopyRecord(std::string& value, void* target, std::size_t size)
 bool Exchange(CProxyDBusHelper& channel, char const* functionName, IPTVHandle const* handle,
               RequestFields fields, CMessageBuffer& reply, SourceLocation const& where)
 {
-    WriteLogEntry(where);
     CMessageBuffer request;
     request.AddValue(key::FunctionName, functionName);
     if (handle != nullptr) {
@@ -88,6 +87,7 @@ bool Exchange(CProxyDBusHelper& channel, char const* functionName, IPTVHandle co
 CallOutcome Call(CProxyDBusHelper& channel, char const* functionName, IPTVHandle const* handle,
                  RequestFields fields, ReplyFields outputs, SourceLocation const& where)
 {
+    WriteLogEntry(where);
     CMessageBuffer reply;
     if (!Exchange(channel, functionName, handle, fields, reply, where)) {
         return CallOutcome::NotSent;

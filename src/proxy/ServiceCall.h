@@ -116,7 +116,8 @@ enum class CallOutcome
 bool Exchange(CProxyDBusHelper& channel, char const* functionName, IPTVHandle const* handle,
               RequestFields fields, CMessageBuffer& reply, SourceLocation const& where);
 
-/// An exchange whose reply carries a result and, whatever the result, the values of `outputs`.
+/// An entry line, and an exchange whose reply carries a result and, whatever the result, the values of
+/// `outputs`.
 CallOutcome Call(CProxyDBusHelper& channel, char const* functionName, IPTVHandle const* handle,
                  RequestFields fields, ReplyFields outputs, SourceLocation const& where);
 

@@ -6,6 +6,7 @@ diff <(cd "$prefix/include/zviptv" && ls) - <<'EOF'
 CommonNative.h
 ConnectionHelperDBusClient.h
 ConnectionHelperDBusServer.h
+DeferredReply.h
 Export.h
 IBroadcastData.h
 IConnectionHelper.h

@@ -1,0 +1,52 @@
+#!/bin/bash
+# The library at work, in words and real output. Runs on a private bus that has the simulator on it:
+#   zviptv-sim --ts samples/sample.ts --loop -- examples/demo.sh
+set -euo pipefail
+
+bold=$([ -t 1 ] && printf '\033[1m' || true)
+plain=$([ -t 1 ] && printf '\033[0m' || true)
+
+chapter() { printf '\n%s== %s%s\n' "$bold" "$*" "$plain"; }
+
+# Shows a command and runs it; its exit status has to be the first argument.
+show() {
+    local wanted=$1 status=0
+    shift
+    printf '\n$ %s\n' "$*"
+    "$@" || status=$?
+    if [ "$status" -ne "$wanted" ]; then
+        printf 'The demo expected exit status %s, not %s.\n' "$wanted" "$status" >&2
+        exit 1
+    fi
+}
+
+chapter "Player control: each command creates the proxy, makes one call over the bus and prints what came back"
+show 0 zviptvctl status
+show 0 zviptvctl call MuteAudio true
+show 0 zviptvctl call MuteAudio false
+show 0 zviptvctl call GetSourceState
+show 0 zviptvctl call GetSTCCount
+show 0 zviptvctl call GetFirstPTS
+show 1 zviptvctl call SetCurrentAudioByIndex 99
+printf '(The stream has no track 99: the service refused, exit status 1.)\n'
+
+chapter "PES delivery: the service pushes the stream's packets to the application's callback"
+show 0 zviptvctl pes --count 12
+
+chapter "An application that stays: it watches the service, and after 6 seconds the service is stopped"
+(
+    sleep 6
+    kill "$ZVIPTV_SIM_PID"
+) &
+show 3 zviptvctl watch --seconds 10
+
+chapter "No service any more"
+show 3 zviptvctl call MuteAudio true
+
+cat <<'EOF'
+
+What was shown: a private system bus, the service simulator playing samples/sample.ts on it, and a client of the
+installed library. The client created its proxies, muted and unmuted, read source state, clock and first time stamp,
+was refused what does not exist, received PES packets as they were played, and saw the service go: the player control
+object destroyed itself, and nothing could be created until a service is back.
+EOF

@@ -1,0 +1,60 @@
+#include "dbus/IncomingCall.h"
+
+#include "dbus/PeerMessage.h"
+#include "log/Log.h"
+
+namespace zviptv {
+
+namespace {
+
+thread_local IncomingScope* current = nullptr;
+
+void SendAnswer(GDBusMethodInvocation* invocation, Owned<GDBusMessage> const& answer)
+{
+    GDBusMessage* const call = g_dbus_method_invocation_get_message(invocation);
+    if ((g_dbus_message_get_flags(call) & G_DBUS_MESSAGE_FLAGS_NO_REPLY_EXPECTED) == 0) {
+        g_dbus_connection_send_message(g_dbus_method_invocation_get_connection(invocation), answer.get(),
+                                       G_DBUS_SEND_MESSAGE_FLAGS_NONE, nullptr, nullptr);
+    }
+}
+
+} // namespace
+
+IncomingScope::IncomingScope(char const* sender, GDBusMethodInvocation* invocation)
+    : m_sender(sender), m_invocation(invocation), m_outer(current)
+{
+    current = this;
+}
+
+IncomingScope::~IncomingScope()
+{
+    current = m_outer;
+}
+
+IncomingScope* IncomingScope::Current()
+{
+    return current;
+}
+
+void AnswerCall(GDBusMethodInvocation* invocation, CMessageBuffer const& reply)
+{
+    Error error;
+    Owned<GVariant> const body = EncodePeerMessage(reply, error);
+    if (body == nullptr) {
+        ZV_LOG_ERROR_LINE("Error while sending reply [%d] %s", error.Code(), error.Message());
+        AnswerCallWithError(invocation, "org.freedesktop.DBus.Error.Failed", error.Message());
+        return;
+    }
+    Owned<GDBusMessage> const answer(
+        g_dbus_message_new_method_reply(g_dbus_method_invocation_get_message(invocation)));
+    g_dbus_message_set_body(answer.get(), body.get());
+    SendAnswer(invocation, answer);
+}
+
+void AnswerCallWithError(GDBusMethodInvocation* invocation, char const* name, char const* text)
+{
+    SendAnswer(invocation, Owned<GDBusMessage>(g_dbus_message_new_method_error_literal(
+                               g_dbus_method_invocation_get_message(invocation), name, text)));
+}
+
+} // namespace zviptv

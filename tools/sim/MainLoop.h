@@ -1,0 +1,30 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <memory>
+
+namespace zviptv::sim {
+
+/// The process's main loop. SIGINT and SIGTERM end Run().
+class MainLoop
+{
+public:
+    MainLoop();
+    ~MainLoop();
+    MainLoop(MainLoop const&) = delete;
+    MainLoop& operator=(MainLoop const&) = delete;
+
+    /// Runs until a signal comes, or Quit() is called. Returns the signal's number, or 0.
+    int Run();
+    void Quit();
+
+    /// Calls `work` once after `delay`; called again only when asked for again.
+    void After(std::chrono::milliseconds delay, std::function<void()> work);
+
+private:
+    class Impl;
+    std::unique_ptr<Impl> m_impl;
+};
+
+} // namespace zviptv::sim

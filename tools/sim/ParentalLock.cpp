@@ -1,0 +1,34 @@
+#include "ParentalLock.h"
+
+namespace zviptv::sim {
+
+void ParentalLock::Begin(int minimumAge)
+{
+    m_minimumAge = minimumAge;
+    if (m_unlocked == ZV_PARENTAL_UNLOCKED_PROGRAMME) {
+        m_unlocked = ZV_PARENTAL_LOCKED;
+    }
+}
+
+bool ParentalLock::IsProgrammeLocked() const
+{
+    return !m_factoryMode && m_unlocked == ZV_PARENTAL_LOCKED && m_limit && m_minimumAge > *m_limit;
+}
+
+bool ParentalLock::IsServiceLocked() const
+{
+    bool const unlocked =
+        m_unlocked == ZV_PARENTAL_UNLOCKED_SERVICE || m_unlocked == ZV_PARENTAL_UNLOCKED_ALL;
+    return !m_factoryMode && m_serviceLocked && !unlocked;
+}
+
+bool ParentalLock::EnterPin()
+{
+    bool const wasLocked = IsProgrammeLocked();
+    if (wasLocked) {
+        m_unlocked = ZV_PARENTAL_UNLOCKED_PROGRAMME;
+    }
+    return wasLocked;
+}
+
+} // namespace zviptv::sim

@@ -1,0 +1,71 @@
+#include "PesFilter.h"
+
+#include <array>
+#include <sstream>
+#include <stdexcept>
+#include <utility>
+
+namespace zviptv::sim {
+
+namespace {
+
+constexpr unsigned long HighestPid = 0x1FFF;
+
+constexpr std::array<std::pair<char const*, StreamKind>, 6> KindWords{{
+    {"audio", StreamKind::Audio},
+    {"subtitle", StreamKind::Subtitle},
+    {"teletext", StreamKind::Teletext},
+    {"caption", StreamKind::AribCaption},
+    {"caption", StreamKind::AribSuperimpose},
+    {"video", StreamKind::Video},
+}};
+
+std::uint16_t ParsePid(std::string const& word)
+{
+    std::size_t used = 0;
+    unsigned long pid = HighestPid + 1;
+    try {
+        pid = std::stoul(word, &used, 0);
+    } catch (std::exception const&) {
+        used = 0;
+    }
+    if (used != word.size() || pid > HighestPid) {
+        throw std::invalid_argument(
+            "'" + word +
+            "' is no kind of PES packet: use audio, subtitle, teletext, caption, video, a "
+            "PID up to 0x1FFF, or none alone");
+    }
+    return static_cast<std::uint16_t>(pid);
+}
+
+} // namespace
+
+PesFilter PesFilter::Parse(std::string const& text)
+{
+    PesFilter filter;
+    filter.m_all = text.empty();
+    if (text == "none") {
+        return filter;
+    }
+    std::istringstream words(text);
+    for (std::string word; std::getline(words, word, ',');) {
+        bool isKind = false;
+        for (auto const& [name, kind] : KindWords) {
+            if (word == name) {
+                filter.m_kinds.insert(kind);
+                isKind = true;
+            }
+        }
+        if (!isKind) {
+            filter.m_pids.insert(ParsePid(word));
+        }
+    }
+    return filter;
+}
+
+bool PesFilter::Passes(PesPacket const& pes) const
+{
+    return m_all || m_kinds.count(pes.kind) != 0 || m_pids.count(pes.pid) != 0;
+}
+
+} // namespace zviptv::sim

@@ -1,0 +1,109 @@
+#include "Player.h"
+
+#include "stream/StreamError.h"
+
+#include <utility>
+
+namespace zviptv::sim {
+
+namespace {
+
+std::string KnownProgrammes(Demux const& demux)
+{
+    std::string numbers;
+    for (Programme const& programme : demux.Programmes()) {
+        numbers += (numbers.empty() ? "" : ", ") + std::to_string(programme.number);
+    }
+    return numbers;
+}
+
+} // namespace
+
+Player::Player(PlayerOptions const& options, Listener listener)
+    : m_loop(options.loop), m_listener(std::move(listener)), m_demux(options.path), m_pacer(options.speed)
+{
+    if (m_demux.Programmes().empty()) {
+        throw StreamError(options.path + " holds no programme: no PMT found");
+    }
+    if (options.programme && !m_demux.Select(*options.programme)) {
+        throw StreamError(options.path + " has no programme " + std::to_string(*options.programme) +
+                          ": it has " + KnownProgrammes(m_demux));
+    }
+    m_programme = m_demux.Current();
+}
+
+std::optional<std::chrono::milliseconds> Player::Advance()
+{
+    if (m_state == ZV_SOURCE_STATE_STARTING) {
+        Begin();
+    }
+    while (m_state == ZV_SOURCE_STATE_PLAYING && m_pacer.IsDue(m_next->at.time)) {
+        Deliver(*m_next);
+        if (!Fetch()) {
+            m_state = ZV_SOURCE_STATE_ENDED;
+        }
+    }
+    if (m_state != ZV_SOURCE_STATE_PLAYING) {
+        return std::nullopt;
+    }
+    auto const wait = m_pacer.DueAt(m_next->at.time) - Pacer::Clock::now();
+    return std::max(std::chrono::ceil<std::chrono::milliseconds>(wait), std::chrono::milliseconds(0));
+}
+
+void Player::Begin()
+{
+    if (!Fetch()) {
+        m_state = ZV_SOURCE_STATE_ENDED;
+        return;
+    }
+    m_pacer.Start(m_next->at.time);
+    m_pacer.Follow(m_next->at);
+    m_state = ZV_SOURCE_STATE_PLAYING;
+}
+
+/// The next event; from the start again at the end of a stream that loops. A pass without any event is the
+/// end.
+bool Player::Fetch()
+{
+    m_next = m_demux.Next();
+    if (!m_next && m_loop) {
+        m_demux.Rewind();
+        m_next = m_demux.Next();
+    }
+    return m_next.has_value();
+}
+
+void Player::Deliver(Event const& event)
+{
+    m_pacer.Follow(event.at);
+    if (event.type == EventType::Pes) {
+        LookAtVideo(event.pes);
+        m_listener(event.pes);
+    } else if (event.programme != nullptr) {
+        m_programme = event.programme;
+        m_format.reset();
+    }
+}
+
+void Player::LookAtVideo(PesPacket const& pes)
+{
+    if (!m_format && !m_programme->video.empty() && m_programme->video.front().pid == pes.pid) {
+        m_format = ParseVideoFormat(m_programme->video.front().codec, {pes.bytes.data(), pes.bytes.size()});
+    }
+}
+
+std::optional<std::uint64_t> Player::Stc() const
+{
+    return m_next || m_state == ZV_SOURCE_STATE_ENDED ? std::optional<std::uint64_t>(m_pacer.StcNow())
+                                                      : std::nullopt;
+}
+
+std::optional<std::uint64_t> Player::FirstPts() const
+{
+    if (!m_programme->video.empty()) {
+        return m_demux.FirstPts(m_programme->video.front().pid);
+    }
+    return m_programme->audio.empty() ? std::nullopt : m_demux.FirstPts(m_programme->audio.front().pid);
+}
+
+} // namespace zviptv::sim

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "stream/Demux.h"
+#include "stream/Pacer.h"
+#include "stream/VideoFormat.h"
+
+#include <zviptv/IPTVTypes.h>
+
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace zviptv::sim {
+
+struct PlayerOptions
+{
+    std::string path;
+    std::optional<std::uint16_t> programme; ///< the first one of the stream when empty
+    double speed = 1.0;
+    bool loop = false;
+};
+
+/// Plays a transport stream at its own pace: hands out PES packets when they are due and knows the clock.
+/// Not thread-safe; nothing happens but inside Advance().
+class Player
+{
+public:
+    using Listener = std::function<void(PesPacket const&)>;
+
+    /// @throws StreamError when the file cannot be read or has no such programme
+    Player(PlayerOptions const& options, Listener listener);
+
+    /// Hands out what is due; returns how long until more is, nothing when the stream has ended.
+    std::optional<std::chrono::milliseconds> Advance();
+
+    EZVSourceState State() const { return m_state; }
+
+    /// The programme that is played; never null.
+    Programme const& Current() const { return *m_programme; }
+
+    /// The system time clock, 90 kHz; nothing before the first packet.
+    std::optional<std::uint64_t> Stc() const;
+
+    /// First time stamp of the video, or where there is none of the first audio track, 90 kHz.
+    std::optional<std::uint64_t> FirstPts() const;
+
+    /// What the video's sequence head says; nothing before it has passed.
+    std::optional<VideoFormat> const& Format() const { return m_format; }
+
+private:
+    void Begin();
+    bool Fetch();
+    void Deliver(Event const& event);
+    void LookAtVideo(PesPacket const& pes);
+
+    bool m_loop;
+    Listener m_listener;
+    Demux m_demux;
+    Pacer m_pacer;
+    std::shared_ptr<Programme const> m_programme;
+    std::optional<Event> m_next;
+    EZVSourceState m_state = ZV_SOURCE_STATE_STARTING;
+    std::optional<VideoFormat> m_format;
+};
+
+} // namespace zviptv::sim

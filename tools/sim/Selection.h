@@ -1,0 +1,24 @@
+#pragma once
+
+#include <zviptv/IPTVTypes.h>
+
+#include <array>
+#include <string>
+
+namespace zviptv::sim {
+
+/// What applications have chosen.
+struct Selection
+{
+    bool audioMuted = false;
+    bool videoMuted = false;
+    int audio = 0;
+    unsigned int teletext = 0;
+    unsigned int subtitle = 0;
+    std::array<unsigned int, 2> isdbText{}; ///< by EZVISDBTextType
+    EZVMultiSoundMode dualSound = ZV_MULTI_SOUND_STEREO;
+    EZVAudioEncodeType preferredFormat = ZV_AUDIO_ENCODE_UNKNOWN;
+    std::string appId;
+};
+
+} // namespace zviptv::sim

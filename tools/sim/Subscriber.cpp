@@ -1,0 +1,137 @@
+#include "Subscriber.h"
+
+#include <zviptv/CommonNative.h>
+#include <zviptv/Protocol.h>
+#include <zviptv/ProxyDBusHelper.h>
+
+#include <chrono>
+#include <utility>
+
+namespace zviptv::sim {
+
+/// The path is exported once in the process, by the endpoint that answers calls; this channel only sends.
+class Subscriber::Channel final : public CCommonNative
+{
+public:
+    Channel() : CCommonNative(protocol::type::DataSubscriber) {}
+
+    bool IsConnected() { return m_pDBusHelper->IsConnectionReady(); }
+
+    /// True when the application has answered, and so has worked off what was sent before.
+    bool Confirm()
+    {
+        CMessageBuffer question;
+        CMessageBuffer answer;
+        return m_pDBusHelper->SendMessage(question, answer, 0) != 0;
+    }
+};
+
+Subscriber::Subscriber(std::string const& busName, std::function<void()> onGone)
+    : m_onGone(std::move(onGone)), m_channel(std::make_unique<Channel>())
+{
+    m_channel->SetDisconnectNotiCB(Gone, this);
+    m_channel->Connect(busName);
+    m_thread = std::thread([this] { Run(); });
+}
+
+Subscriber::~Subscriber()
+{
+    Stop();
+    m_thread.join();
+}
+
+void Subscriber::Gone(std::string /*partner*/, std::string /*own*/, void* self)
+{
+    static_cast<Subscriber*>(self)->m_onGone();
+}
+
+void Subscriber::Offer(Notification const& notification, std::size_t size)
+{
+    std::lock_guard<std::mutex> const lock(m_mutex);
+    if (m_queue.size() >= MaxQueued || m_queuedBytes + size > MaxQueuedBytes) {
+        ++m_dropped;
+        return;
+    }
+    m_queue.push_back({notification, size});
+    m_queuedBytes += size;
+    m_changed.notify_all();
+}
+
+void Subscriber::Discard()
+{
+    std::lock_guard<std::mutex> const lock(m_mutex);
+    m_queue.clear();
+    m_queuedBytes = 0;
+}
+
+void Subscriber::Stop()
+{
+    std::lock_guard<std::mutex> const lock(m_mutex);
+    m_stopping = true;
+    m_changed.notify_all();
+}
+
+bool Subscriber::HasStopped() const
+{
+    std::lock_guard<std::mutex> const lock(m_mutex);
+    return m_stopped;
+}
+
+std::uint64_t Subscriber::Sent() const
+{
+    std::lock_guard<std::mutex> const lock(m_mutex);
+    return m_sent;
+}
+
+std::uint64_t Subscriber::Dropped() const
+{
+    std::lock_guard<std::mutex> const lock(m_mutex);
+    return m_dropped;
+}
+
+void Subscriber::Run()
+{
+    std::unique_lock<std::mutex> lock(m_mutex);
+    while (WaitForWork(lock)) {
+        SendWindow(lock);
+        AwaitConsumer(lock);
+    }
+    m_stopped = true;
+}
+
+bool Subscriber::WaitForWork(std::unique_lock<std::mutex>& lock)
+{
+    m_changed.wait(lock, [this] { return m_stopping || !m_queue.empty(); });
+    return !m_stopping;
+}
+
+void Subscriber::SendWindow(std::unique_lock<std::mutex>& lock)
+{
+    std::size_t count = 0;
+    for (std::size_t bytes = 0; count < Window && bytes < WindowBytes && WaitForWork(lock); ++count) {
+        Item const item = std::move(m_queue.front());
+        m_queue.pop_front();
+        m_queuedBytes -= item.size;
+        bytes += item.size;
+        lock.unlock();
+        bool const sent = m_channel->t_SendNotication(*item.notification);
+        lock.lock();
+        ++(sent ? m_sent : m_dropped);
+    }
+}
+
+/// Asks until the application answers. Each question that a standing application leaves open counts against
+/// the bus's limit of open calls, so the pauses grow.
+void Subscriber::AwaitConsumer(std::unique_lock<std::mutex>& lock)
+{
+    for (auto pause = std::chrono::seconds(2); !m_stopping; pause *= 4) {
+        lock.unlock();
+        bool const goOn = m_channel->Confirm() || !m_channel->IsConnected();
+        lock.lock();
+        if (goOn || m_changed.wait_for(lock, pause, [this] { return m_stopping; })) {
+            return;
+        }
+    }
+}
+
+} // namespace zviptv::sim

@@ -1,0 +1,80 @@
+#pragma once
+
+#include <zviptv/MessageBuffer.h>
+
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+
+namespace zviptv::sim {
+
+/// Delivery of notifications to one application, at the application's pace.
+///
+/// A queue and a thread per application: the thread sends a window of notifications and then makes a call,
+/// which the application answers when it has worked them off. So neither the bus nor this process piles up
+/// data for an application that does not run; what the queue cannot hold is dropped and counted.
+class Subscriber
+{
+public:
+    using Notification = std::shared_ptr<CMessageBuffer>;
+
+    static constexpr std::size_t MaxQueued = 1024;
+    static constexpr std::size_t MaxQueuedBytes = 4 * 1024 * 1024;
+    static constexpr std::size_t Window = 64;
+    static constexpr std::size_t WindowBytes = 512 * 1024;
+
+    /// Connects to the application's channel. `onGone` is called, in the main context, when it leaves the
+    /// bus; it must not destroy the subscriber.
+    Subscriber(std::string const& busName, std::function<void()> onGone);
+    ~Subscriber();
+    Subscriber(Subscriber const&) = delete;
+    Subscriber& operator=(Subscriber const&) = delete;
+
+    /// Queues a notification of `size` bytes, or drops it when the queue is full.
+    void Offer(Notification const& notification, std::size_t size);
+
+    /// Drops what waits in the queue, uncounted.
+    void Discard();
+
+    /// Tells the thread to end, without waiting for it: it may wait for the application for up to 2000 ms.
+    void Stop();
+
+    /// The thread has ended, so that the destructor waits for nothing.
+    bool HasStopped() const;
+
+    std::uint64_t Sent() const;
+    std::uint64_t Dropped() const;
+
+private:
+    class Channel;
+    struct Item
+    {
+        Notification notification;
+        std::size_t size;
+    };
+
+    void Run();
+    bool WaitForWork(std::unique_lock<std::mutex>& lock);
+    void SendWindow(std::unique_lock<std::mutex>& lock);
+    void AwaitConsumer(std::unique_lock<std::mutex>& lock);
+    static void Gone(std::string partner, std::string own, void* self);
+
+    std::function<void()> m_onGone;
+    mutable std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::deque<Item> m_queue;
+    std::size_t m_queuedBytes = 0;
+    std::uint64_t m_sent = 0;
+    std::uint64_t m_dropped = 0;
+    bool m_stopping = false;
+    bool m_stopped = false;
+    std::unique_ptr<Channel> m_channel;
+    std::thread m_thread;
+};
+
+} // namespace zviptv::sim

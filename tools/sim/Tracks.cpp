@@ -1,0 +1,132 @@
+#include "Tracks.h"
+
+namespace zviptv::sim {
+
+namespace {
+
+// Types of teletext pages in their descriptor.
+constexpr std::uint8_t TeletextSubtitle = 0x02;
+constexpr std::uint8_t TeletextHardOfHearing = 0x05;
+
+// DVB subtitles for the hard of hearing have types 0x20 to 0x2F.
+constexpr std::uint8_t SubtitleTypeGroup = 0xF0;
+constexpr std::uint8_t HardOfHearingGroup = 0x20;
+
+EZVAudioEncodeType EncodingOf(AudioCodec codec)
+{
+    switch (codec) {
+    case AudioCodec::Mpeg:
+        return ZV_AUDIO_ENCODE_MPEG;
+    case AudioCodec::AacAdts:
+    case AudioCodec::Aac:
+        return ZV_AUDIO_ENCODE_AAC;
+    case AudioCodec::AacLatm:
+        return ZV_AUDIO_ENCODE_LATM;
+    case AudioCodec::Ac3:
+        return ZV_AUDIO_ENCODE_AC3;
+    case AudioCodec::EnhancedAc3:
+        return ZV_AUDIO_ENCODE_EAC3;
+    case AudioCodec::Dts:
+        return ZV_AUDIO_ENCODE_DTS;
+    }
+    return ZV_AUDIO_ENCODE_UNKNOWN;
+}
+
+std::uint8_t StreamTypeOf(Programme const& programme, std::uint16_t pid)
+{
+    for (ElementaryStream const& stream : programme.streams) {
+        if (stream.pid == pid) {
+            return stream.streamType;
+        }
+    }
+    return 0;
+}
+
+} // namespace
+
+std::vector<ZVAudio> AudioTracks(Programme const& programme)
+{
+    std::vector<ZVAudio> records;
+    for (AudioTrack const& track : programme.audio) {
+        ZVAudio record{};
+        record.language = ZVLanguageFromISO639(track.language.c_str());
+        record.encoding = EncodingOf(track.codec);
+        record.pid = track.pid;
+        record.componentTag = track.componentTag.value_or(0);
+        record.audioType = track.audioType;
+        record.dualMono = track.languages.size() == 2 ? 1 : 0;
+        record.streamType = StreamTypeOf(programme, track.pid);
+        records.push_back(record);
+    }
+    return records;
+}
+
+std::vector<ZVTTX> TeletextPages(Programme const& programme)
+{
+    std::vector<ZVTTX> records;
+    for (TeletextEntry const& entry : programme.teletext) {
+        ZVTTX record{};
+        record.language = ZVLanguageFromISO639(entry.page.language.c_str());
+        record.pid = entry.pid;
+        record.magazine = entry.page.magazine;
+        record.page = entry.page.page;
+        record.type = entry.page.type;
+        record.componentTag = entry.componentTag.value_or(0);
+        records.push_back(record);
+    }
+    return records;
+}
+
+std::vector<ZVHybridSBT> Subtitles(Programme const& programme)
+{
+    std::vector<ZVHybridSBT> records;
+    for (SubtitleEntry const& entry : programme.subtitles) {
+        ZVHybridSBT record{};
+        record.language = ZVLanguageFromISO639(entry.page.language.c_str());
+        record.kind = ZV_SUBTITLE_DVB;
+        record.pid = entry.pid;
+        record.compositionPage = entry.page.compositionPage;
+        record.ancillaryPage = entry.page.ancillaryPage;
+        record.type = entry.page.type;
+        record.hardOfHearing = (entry.page.type & SubtitleTypeGroup) == HardOfHearingGroup ? 1 : 0;
+        record.componentTag = entry.componentTag.value_or(0);
+        records.push_back(record);
+    }
+    return records;
+}
+
+std::vector<ZVISDBText> IsdbTexts(Programme const& programme, EZVISDBTextType type)
+{
+    std::vector<ZVISDBText> records;
+    for (AribTrack const& track : programme.arib) {
+        if (track.superimpose != (type == ZV_ISDB_TEXT_SUPERIMPOSE)) {
+            continue;
+        }
+        ZVISDBText record{};
+        record.type = type;
+        record.pid = track.pid;
+        record.dataComponent = track.dataComponent.value_or(0);
+        record.componentTag = track.componentTag.value_or(0);
+        records.push_back(record);
+    }
+    return records;
+}
+
+std::optional<EZVISDBTextType> TextType(Request const& request)
+{
+    std::optional<int> const type = request.Get<int>(protocol::key::Mode);
+    bool const known = type && (*type == ZV_ISDB_TEXT_CAPTION || *type == ZV_ISDB_TEXT_SUPERIMPOSE);
+    return known ? std::optional<EZVISDBTextType>(static_cast<EZVISDBTextType>(*type)) : std::nullopt;
+}
+
+bool IsSubtitle(ZVTTX const& page)
+{
+    return page.type == TeletextSubtitle || page.type == TeletextHardOfHearing;
+}
+
+bool IsForHardOfHearing(ZVTTX const& page)
+{
+    return page.type == TeletextHardOfHearing;
+}
+
+} // namespace zviptv::sim

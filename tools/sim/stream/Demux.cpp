@@ -1,0 +1,176 @@
+#include "stream/Demux.h"
+
+#include "stream/PesHeader.h"
+#include "stream/TsReader.h"
+
+namespace zviptv::sim {
+
+namespace {
+
+constexpr std::uint64_t MaxPacketsToSearch = 50'000; // for the tables: 9.4 MB
+
+} // namespace
+
+Demux::Demux(std::string const& path) : Demux(std::make_unique<TsReader>(path)) {}
+
+Demux::Demux(std::unique_ptr<PacketSource> source) : m_source(std::move(source))
+{
+    FindProgrammes();
+    if (!Programmes().empty())
+        m_current = std::make_shared<Programme const>(Programmes().front());
+    FollowStreams();
+}
+
+/// Reads the tables first, so that no PES packet in front of them is lost.
+void Demux::FindProgrammes()
+{
+    TsBytes bytes;
+    for (std::uint64_t count = 0; count < MaxPacketsToSearch && !m_tables.IsComplete(); ++count) {
+        if (!m_source->Read(bytes))
+            break;
+        if (auto const packet = ParseTsPacket(bytes))
+            m_tables.Push(*packet);
+    }
+    m_tables.Restart();
+    m_source->Rewind();
+}
+
+bool Demux::Select(std::uint16_t programme)
+{
+    Programme const* const found = m_tables.Find(programme);
+    if (!found)
+        return false;
+    m_choice = programme;
+    m_current = std::make_shared<Programme const>(*found);
+    m_tracks.clear();
+    FollowStreams();
+    m_timeline.Clear();
+    m_timeline.EndPass(m_packet);
+    return true;
+}
+
+/// Notices that the programme has changed, appeared or gone.
+void Demux::FollowTables()
+{
+    Programme const* now = nullptr;
+    if (m_choice)
+        now = m_tables.Find(*m_choice);
+    else if (m_current)
+        now = m_tables.Find(m_current->number);
+    if (!now && !m_choice && !Programmes().empty())
+        now = &Programmes().front();
+
+    if (!now && !m_current)
+        return;
+    if (now && m_current && HaveSameContent(*now, *m_current))
+        return;
+    m_current = now ? std::make_shared<Programme const>(*now) : nullptr;
+    FollowStreams();
+    m_timeline.AddProgramme(m_packet, m_current);
+}
+
+/// Keeps the tracks of PIDs that stay, so that packets being put together are not lost.
+void Demux::FollowStreams()
+{
+    std::map<std::uint16_t, Track> tracks;
+    if (m_current) {
+        for (ElementaryStream const& stream : m_current->streams) {
+            if (stream.kind == StreamKind::Sections || stream.pid == NullPid)
+                continue;
+            auto old = m_tracks.extract(stream.pid);
+            if (!old.empty())
+                tracks.insert(std::move(old));
+            tracks.try_emplace(stream.pid, stream.kind).first->second.kind = stream.kind;
+        }
+    }
+    m_tracks = std::move(tracks);
+}
+
+void Demux::AddPes(std::uint16_t pid, StreamKind kind, PesAssembler::Pes bytes)
+{
+    PesPacket packet{pid, kind, {}, {}, std::move(bytes)};
+    if (auto const header = ParsePesHeader(packet.bytes)) {
+        packet.pts = header->pts;
+        packet.dts = header->dts;
+    }
+    m_timeline.AddPes(m_packet, std::move(packet));
+}
+
+void Demux::Handle(TsBytes const& bytes)
+{
+    auto const packet = ParseTsPacket(bytes);
+    if (!packet) {
+        ++m_malformed;
+        return;
+    }
+    if (m_tables.Push(*packet))
+        FollowTables();
+    if (packet->pcr && m_current && packet->pid == m_current->pcrPid)
+        m_timeline.AddPcr(m_packet, *packet->pcr, packet->discontinuity);
+    auto const track = m_tracks.find(packet->pid);
+    if (track == m_tracks.end())
+        return;
+    for (auto& pes : track->second.assembler.Push(*packet))
+        AddPes(packet->pid, track->second.kind, std::move(pes));
+}
+
+/// The stream has ended: nothing more will complete what is open.
+void Demux::Finish()
+{
+    for (auto& [pid, track] : m_tracks)
+        if (auto last = track.assembler.Flush())
+            AddPes(pid, track.kind, std::move(*last));
+    m_timeline.EndPass(m_packet);
+    m_ended = true;
+}
+
+std::optional<Event> Demux::Next()
+{
+    TsBytes bytes;
+    auto event = m_timeline.Take();
+    while (!event && !m_ended) {
+        if (m_source->Read(bytes)) {
+            Handle(bytes);
+            m_timeline.Advance(m_packet);
+            ++m_packet;
+        } else {
+            Finish();
+        }
+        event = m_timeline.Take();
+    }
+    if (event)
+        NoteFirstPts(*event);
+    return event;
+}
+
+void Demux::NoteFirstPts(Event const& event)
+{
+    if (event.type == EventType::Pes && event.pes.pts)
+        m_firstPts.try_emplace(event.pes.pid, *event.pes.pts);
+}
+
+void Demux::Rewind()
+{
+    m_source->Rewind();
+    m_timeline.Clear();
+    if (!m_ended)
+        m_timeline.EndPass(m_packet);
+    for (auto& [pid, track] : m_tracks)
+        track.assembler.Restart();
+    m_tables.Restart();
+    m_ended = false;
+}
+
+std::optional<std::uint64_t> Demux::FirstPts(std::uint16_t pid) const
+{
+    auto const found = m_firstPts.find(pid);
+    return found == m_firstPts.end() ? std::nullopt : std::optional<std::uint64_t>(found->second);
+}
+
+PesCounters const* Demux::Counters(std::uint16_t pid) const
+{
+    auto const found = m_tracks.find(pid);
+    return found == m_tracks.end() ? nullptr : &found->second.assembler.Counters();
+}
+
+} // namespace zviptv::sim

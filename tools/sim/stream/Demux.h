@@ -1,0 +1,79 @@
+#pragma once
+
+#include "stream/PesAssembler.h"
+#include "stream/ProgrammeTable.h"
+#include "stream/Timeline.h"
+#include "stream/TsPacket.h"
+
+namespace zviptv::sim {
+
+/// Plays one programme of a transport stream: hands out its PES packets, each with its time.
+///
+/// Pull style: nothing happens but inside Next(), which reads ahead as far as it has to (a step of the PCR,
+/// as a rule). Memory is bounded whatever the stream holds. Not thread-safe.
+class Demux
+{
+public:
+    /// Opens a file and reads its tables. @throws StreamError as TsReader does
+    explicit Demux(std::string const& path);
+    explicit Demux(std::unique_ptr<PacketSource> source);
+
+    /// All programmes known so far, in the order of the PAT.
+    std::vector<Programme> const& Programmes() const { return m_tables.Programmes(); }
+
+    /// The programme being played: the chosen one, else the first. Null as long as it is not known. It is as
+    /// new as what Next() has read, so a little ahead of the events.
+    std::shared_ptr<Programme const> const& Current() const { return m_current; }
+
+    /// Chooses a programme; false if it is not known, then nothing changes. Events not taken yet are dropped.
+    bool Select(std::uint16_t programme);
+
+    /// The next event in stream order; nothing at the end of the stream. @throws StreamError
+    std::optional<Event> Next();
+
+    /// Plays from the start again; events not taken yet are dropped. Time goes on. @throws StreamError
+    void Rewind();
+
+    /// PTS (90 kHz) of the first PES packet of this PID with one that Next() returned, since the start or
+    /// ForgetFirstPts().
+    std::optional<std::uint64_t> FirstPts(std::uint16_t pid) const;
+    void ForgetFirstPts() { m_firstPts.clear(); }
+
+    /// What became of the packets of this PID; null if it is not of the programme.
+    PesCounters const* Counters(std::uint16_t pid) const;
+
+    /// Packets read so far, those of looking for the tables left out.
+    std::uint64_t Packets() const { return m_packet; }
+
+    /// Packets whose head contradicted itself.
+    std::uint64_t MalformedPackets() const { return m_malformed; }
+
+private:
+    struct Track
+    {
+        explicit Track(StreamKind streamKind) : kind(streamKind) {}
+        StreamKind kind;
+        PesAssembler assembler;
+    };
+
+    void FindProgrammes();
+    void Handle(TsBytes const& bytes);
+    void FollowTables();
+    void FollowStreams();
+    void Finish();
+    void AddPes(std::uint16_t pid, StreamKind kind, PesAssembler::Pes bytes);
+    void NoteFirstPts(Event const& event);
+
+    std::unique_ptr<PacketSource> m_source;
+    ProgrammeTable m_tables;
+    std::optional<std::uint16_t> m_choice;
+    std::shared_ptr<Programme const> m_current;
+    std::map<std::uint16_t, Track> m_tracks; ///< by PID
+    Timeline m_timeline;
+    std::map<std::uint16_t, std::uint64_t> m_firstPts;
+    std::uint64_t m_packet = 0;
+    std::uint64_t m_malformed = 0;
+    bool m_ended = false;
+};
+
+} // namespace zviptv::sim

@@ -1,0 +1,109 @@
+#include "stream/SectionAssembler.h"
+
+namespace zviptv::sim {
+
+namespace {
+
+constexpr std::size_t HeadSize = 3;     // table id and length
+constexpr std::size_t LongHeadSize = 8; // and version, section numbers
+constexpr std::size_t CrcSize = 4;
+constexpr std::uint8_t Stuffing = 0xFF;
+
+std::size_t SectionSize(ByteView head)
+{
+    return HeadSize + (head.U16(1) & 0x0FFFu);
+}
+
+/// CRC-32 of ISO/IEC 13818-1 annex A; 0 over a section that ends with its own CRC.
+std::uint32_t Crc32(ByteView bytes)
+{
+    std::uint32_t crc = 0xFFFFFFFF;
+    for (std::uint8_t const byte : bytes) {
+        crc ^= std::uint32_t{byte} << 24;
+        for (int bit = 0; bit < 8; ++bit)
+            crc = (crc << 1) ^ ((crc & 0x80000000) ? 0x04C11DB7u : 0u);
+    }
+    return crc;
+}
+
+} // namespace
+
+bool IsSoundSection(ByteView section)
+{
+    bool const versioned = (section[1] & 0x80) != 0;
+    bool const sized = section.Size() >= LongHeadSize + CrcSize && section.Size() <= MaxTableSection &&
+                       section.Size() == SectionSize(section);
+    bool const numbered = section[6] <= section[7];
+    return versioned && sized && numbered && Crc32(section) == 0;
+}
+
+void SectionAssembler::Drop()
+{
+    m_open = false;
+    m_bytes.clear();
+}
+
+void SectionAssembler::Reset()
+{
+    Drop();
+    m_continuity.Forget();
+}
+
+std::size_t SectionAssembler::Wanted() const
+{
+    return m_bytes.size() < HeadSize ? HeadSize : SectionSize(m_bytes);
+}
+
+/// Goes on with the open section; what follows its end is dropped.
+void SectionAssembler::Append(ByteView bytes, Sections& done)
+{
+    while (m_open && !bytes.Empty()) {
+        ByteView const piece = bytes.Part(0, Wanted() - m_bytes.size());
+        m_bytes.insert(m_bytes.end(), piece.begin(), piece.end());
+        bytes = bytes.Part(piece.Size());
+        if (m_bytes.size() < HeadSize || m_bytes.size() < Wanted())
+            continue;
+        if (IsSoundSection(m_bytes))
+            done.push_back(m_bytes);
+        Drop();
+    }
+}
+
+/// Sections that begin here, one behind the other, until stuffing or the packet's end.
+void SectionAssembler::Start(ByteView bytes, Sections& done)
+{
+    while (!bytes.Empty() && bytes[0] != Stuffing) {
+        Drop();
+        m_open = true;
+        std::size_t const size = bytes.Size() < HeadSize ? bytes.Size() : SectionSize(bytes);
+        Append(bytes.Part(0, size), done);
+        bytes = bytes.Part(size);
+    }
+}
+
+SectionAssembler::Sections SectionAssembler::Push(TsPacket const& packet)
+{
+    Sections done;
+    if (packet.transportError) {
+        Reset();
+        return done;
+    }
+    Continuity const order = m_continuity.Check(packet);
+    if (!packet.hasPayload || order == Continuity::Duplicate)
+        return done;
+    if (order == Continuity::Gap || packet.scrambled)
+        Drop();
+    if (packet.scrambled)
+        return done;
+    if (!packet.unitStart) {
+        Append(packet.payload, done);
+        return done;
+    }
+    std::size_t const pointer = packet.payload[0];
+    Append(packet.payload.Part(1, pointer), done);
+    Drop();
+    Start(packet.payload.Part(1 + pointer), done);
+    return done;
+}
+
+} // namespace zviptv::sim
