@@ -96,10 +96,7 @@ bool CConnectionHelperDBusClient::m_SendMessage(CMessageBuffer& request, CMessag
     }
     Error error;
     Owned<GVariant> result;
-    GVariant* const body = m_ConvertMsg(request);
-    if (body == nullptr) {
-        error.Set(G_IO_ERROR_INVALID_DATA, "A key or a value of the announcement is not UTF-8 text");
-    } else {
+    if (GVariant* const body = helper::Encode(request, error)) {
         result.reset(g_dbus_connection_call_sync(
             m_pConnection.get(), BUSNAME, helper::ObjectPath, helper::Interface, METHOD, body, nullptr,
             G_DBUS_CALL_FLAGS_NO_AUTO_START, TimeoutMs, nullptr, error.Out()));
@@ -131,5 +128,6 @@ CMessageBuffer CConnectionHelperDBusClient::m_ConvertMsg(GVariant* message)
 
 GVariant* CConnectionHelperDBusClient::m_ConvertMsg(CMessageBuffer& message)
 {
-    return helper::Encode(message);
+    Error error;
+    return helper::Encode(message, error);
 }

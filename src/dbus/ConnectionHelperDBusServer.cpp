@@ -143,11 +143,12 @@ void CConnectionHelperDBusServer::m_MethodCallback(GDBusConnection* connection, 
     }
     CMessageBuffer reply;
     reply.AddValue(key::DBusName, answer.c_str());
-    GVariant* const body = helper::Encode(reply);
+    Error error;
+    GVariant* const body = helper::Encode(reply, error);
     if (body == nullptr) {
-        ZV_LOG_ERROR_LINE("The announcement's answer is not UTF-8 text");
+        ZV_LOG_ERROR_LINE("Error while sending reply [%d] %s", error.Code(), error.Message());
         g_dbus_method_invocation_return_error_literal(owned.release(), G_DBUS_ERROR, G_DBUS_ERROR_FAILED,
-                                                      "The service's answer is not UTF-8 text");
+                                                      error.Message());
         return;
     }
     g_dbus_method_invocation_return_value(owned.release(), body);
@@ -172,5 +173,6 @@ CMessageBuffer CConnectionHelperDBusServer::m_ConvertMsg(GVariant* message)
 
 GVariant* CConnectionHelperDBusServer::m_ConvertMsg(CMessageBuffer& message)
 {
-    return helper::Encode(message);
+    Error error;
+    return helper::Encode(message, error);
 }

@@ -1,19 +1,43 @@
 #include "dbus/HelperMessage.h"
 
+#include "dbus/WireSize.h"
 #include "message/MessageAccess.h"
 
 #include <algorithm>
 
 namespace zviptv::helper {
 
-GVariant* Encode(CMessageBuffer const& message)
+namespace {
+
+bool IsText(MessageEntry const& entry)
+{
+    return g_utf8_validate(entry.key.c_str(), -1, nullptr) != FALSE &&
+           g_utf8_validate(entry.value.c_str(), -1, nullptr) != FALSE;
+}
+
+bool IsTooLarge(std::vector<MessageEntry> const& entries)
+{
+    WireSize size;
+    size.Add(4, 4); // length of the array
+    for (MessageEntry const& entry : entries) {
+        size.Add(8, 0); // a pair begins
+        size.AddString(entry.key.size());
+        size.AddString(entry.value.size());
+    }
+    return size.IsTooLarge();
+}
+
+} // namespace
+
+GVariant* Encode(CMessageBuffer const& message, Error& error)
 {
     auto const& entries = MessageAccess::Entries(message);
-    bool const isText = std::all_of(entries.begin(), entries.end(), [](MessageEntry const& entry) {
-        return g_utf8_validate(entry.key.c_str(), -1, nullptr) != FALSE &&
-               g_utf8_validate(entry.value.c_str(), -1, nullptr) != FALSE;
-    });
-    if (!isText) {
+    if (!std::all_of(entries.begin(), entries.end(), IsText)) {
+        error.Set(G_IO_ERROR_INVALID_DATA, "A key or a value of the message is not UTF-8 text");
+        return nullptr;
+    }
+    if (IsTooLarge(entries)) {
+        error.Set(G_IO_ERROR_MESSAGE_TOO_LARGE, TooLarge);
         return nullptr;
     }
     GVariantBuilder builder;

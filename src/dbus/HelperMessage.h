@@ -12,9 +12,9 @@ constexpr char ObjectPath[] = "/org/corvel/zviptvapi/dbushelper";
 constexpr char Interface[] = "org.corvel.zviptvapi.dbushelper";
 constexpr char Method[] = "SendSignal";
 
-/// A helper-bus message, "(a(ss))", each value cut at its first zero byte; floating. Null when a key or a
-/// value is not UTF-8.
-GVariant* Encode(CMessageBuffer const& message);
+/// A helper-bus message, "(a(ss))", each value cut at its first zero byte; floating. Null, with `error` set,
+/// when a key or a value is not UTF-8 or the message is larger than the bus carries.
+GVariant* Encode(CMessageBuffer const& message, Error& error);
 
 /// The pairs of a helper-bus message as text entries; an empty buffer for null or any other type.
 CMessageBuffer Decode(GVariant* message);

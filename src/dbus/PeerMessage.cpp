@@ -1,31 +1,25 @@
 #include "dbus/PeerMessage.h"
 
+#include "dbus/WireSize.h"
 #include "message/MessageAccess.h"
 
-#include <zviptv/ProxyDBusHelper.h>
-
-#include <cstdint>
 #include <string>
 
 namespace zviptv {
 
 namespace {
 
-std::uint64_t Aligned(std::uint64_t position, std::uint64_t alignment)
+bool IsTooLarge(CMessageBuffer const& message)
 {
-    return (position + alignment - 1) / alignment * alignment;
-}
-
-/// Bytes that the message's body takes on the wire.
-std::uint64_t WireSize(CMessageBuffer const& message)
-{
-    std::uint64_t size = 8; // array length, padded to the first dictionary entry
+    WireSize size;
+    size.Add(4, 4); // length of the array
     for (MessageEntry const& entry : MessageAccess::Entries(message)) {
-        size = Aligned(size, 8) + 4 + entry.key.size() + 1; // key: length, text, zero
-        size += 4;                                          // signature "ay": length, text, zero
-        size = Aligned(size, 4) + 4 + entry.value.size();   // bytes: length, bytes
+        size.Add(8, 0); // a dictionary entry begins
+        size.AddString(entry.key.size());
+        size.Add(1, 4); // signature "ay": length, text, zero
+        size.Add(4, 4 + entry.value.size());
     }
-    return size;
+    return size.IsTooLarge();
 }
 
 GVariant* NewEntry(MessageEntry const& entry)
@@ -39,8 +33,8 @@ GVariant* NewEntry(MessageEntry const& entry)
 
 Owned<GVariant> EncodePeerMessage(CMessageBuffer const& message, Error& error)
 {
-    if (WireSize(message) > static_cast<std::uint64_t>(CProxyDBusHelper::MAX_BODY_SIZE)) {
-        error.Set(G_IO_ERROR_MESSAGE_TOO_LARGE, "The message is larger than the bus carries (32 MiB)");
+    if (IsTooLarge(message)) {
+        error.Set(G_IO_ERROR_MESSAGE_TOO_LARGE, TooLarge);
         return nullptr;
     }
     for (MessageEntry const& entry : MessageAccess::Entries(message)) {

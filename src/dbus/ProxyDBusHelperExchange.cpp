@@ -17,6 +17,21 @@ namespace {
 constexpr int SyncTimeoutMs = 2000;
 constexpr int DefaultTimeout = -1;
 
+/// A signal to `partner` alone; never to everybody, which is what GIO makes of a null destination.
+bool EmitSignal(GDBusConnection* connection, std::string const& partner, std::string const& path,
+                CMessageBuffer const& message, Error& error)
+{
+    if (g_dbus_is_name(partner.c_str()) == FALSE) {
+        error.Set(G_IO_ERROR_INVALID_ARGUMENT, "The partner's name is no bus name");
+        return false;
+    }
+    Owned<GVariant> const body = EncodePeerMessage(message, error);
+    return body != nullptr && g_dbus_connection_emit_signal(connection, partner.c_str(), path.c_str(),
+                                                            CProxyDBusHelper::PROXY_DBUS_HELPER_OBJ_IFACE,
+                                                            CProxyDBusHelper::PROXY_DBUS_HELPER_SIG_NAME,
+                                                            body.get(), error.Out()) != FALSE;
+}
+
 } // namespace
 
 int CProxyDBusHelper::SendMessage(CMessageBuffer& request, CMessageBuffer& reply, int async)
@@ -108,11 +123,7 @@ int CProxyDBusHelper::SendNotification(CMessageBuffer& message)
     }
     ZV_LOG_DEBUG_LINE("Sending signal with %d key-value pairs", message.Size());
     Error error;
-    Owned<GVariant> const body = EncodePeerMessage(message, error);
-    if (body == nullptr ||
-        g_dbus_connection_emit_signal(m_state->m_connection.get(), link.partner.c_str(),
-                                      m_state->m_object_name.c_str(), PROXY_DBUS_HELPER_OBJ_IFACE,
-                                      PROXY_DBUS_HELPER_SIG_NAME, body.get(), error.Out()) == FALSE) {
+    if (!EmitSignal(m_state->m_connection.get(), link.partner, m_state->m_object_name, message, error)) {
         ZV_LOG_ERROR_LINE("Error while sending signal [%d] %s", error.Code(), error.Message());
         return 0;
     }

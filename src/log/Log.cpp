@@ -9,6 +9,8 @@
 #include <cstring>
 #include <mutex>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace zviptv {
 
@@ -20,6 +22,17 @@ enum class Destination
     StandardError,
     None
 };
+
+std::string Prefix(SourceLocation const& where)
+{
+    std::string prefix(BaseName(where.file));
+    prefix += ": ";
+    prefix += where.function;
+    prefix += '(';
+    prefix += std::to_string(where.line);
+    prefix += ") > ";
+    return prefix;
+}
 
 class Logger
 {
@@ -64,18 +77,26 @@ private:
 
     Logger()
     {
+        std::vector<std::string> complaints;
         m_destination = FromEnvironment<Destination>("ZV_IPTV_LOG", Destination::System,
                                                      {{{"system", Destination::System},
                                                        {"stderr", Destination::StandardError},
-                                                       {"none", Destination::None}}});
+                                                       {"none", Destination::None}}},
+                                                     complaints);
         m_threshold = FromEnvironment<EZVLogPriority>(
             "ZV_IPTV_LOG_LEVEL", ZV_LOG_DEBUG,
-            {{{"debug", ZV_LOG_DEBUG}, {"info", ZV_LOG_INFO}, {"error", ZV_LOG_ERROR}}});
+            {{{"debug", ZV_LOG_DEBUG}, {"info", ZV_LOG_INFO}, {"error", ZV_LOG_ERROR}}}, complaints);
+        SourceLocation const where = SourceLocation::Here();
+        for (std::string const& complaint : complaints) {
+            Write(ZV_LOG_ERROR, where, (Prefix(where) + complaint).c_str());
+        }
     }
 
+    /// The value that an environment variable's word stands for; an unknown word adds to the complaints.
     template <typename T>
     static T FromEnvironment(char const* variable, T fallback,
-                             std::array<std::pair<char const*, T>, 3> const& words)
+                             std::array<std::pair<char const*, T>, 3> const& words,
+                             std::vector<std::string>& complaints)
     {
         char const* const text = std::getenv(variable);
         if (text == nullptr || *text == '\0') {
@@ -86,10 +107,8 @@ private:
                 return value;
             }
         }
-        std::string const complaint = std::string(variable) + "=" + text +
-                                      " is not known and is ignored: use " + words[0].first + ", " +
-                                      words[1].first + " or " + words[2].first;
-        WriteToSystemLog(ZV_LOG_ERROR, SourceLocation::Here(), complaint.c_str());
+        complaints.push_back(std::string(variable) + "=" + text + " is not known and is ignored: use " +
+                             words[0].first + ", " + words[1].first + " or " + words[2].first);
         return fallback;
     }
 
@@ -104,17 +123,6 @@ private:
     Destination m_destination;
     EZVLogPriority m_threshold;
 };
-
-std::string Prefix(SourceLocation const& where)
-{
-    std::string prefix(BaseName(where.file));
-    prefix += ": ";
-    prefix += where.function;
-    prefix += '(';
-    prefix += std::to_string(where.line);
-    prefix += ") > ";
-    return prefix;
-}
 
 __attribute__((format(printf, 2, 0))) void AppendFormatted(std::string& line, char const* format,
                                                            va_list arguments)

@@ -17,6 +17,7 @@ CCommonNative::CCommonNative(std::string name)
 CCommonNative::~CCommonNative()
 {
     ZV_LOG_ENTRY();
+    t_StopCallbacks(); // a hook that runs on another thread still finds the channel
     m_pDBusHelper.reset();
 }
 

@@ -42,7 +42,7 @@ CBroadcastDataProxy::CBroadcastDataProxy() : m_pDBusHelper(std::make_unique<CPro
 
 CBroadcastDataProxy::~CBroadcastDataProxy()
 {
-    zviptv::LeaveService(*m_pDBusHelper, TypeWord);
+    zviptv::LeaveService(m_pDBusHelper, TypeWord);
 }
 
 void CBroadcastDataProxy::m_DisconnectedCB(std::string /*partner*/, std::string /*own*/, void* user)

@@ -48,7 +48,7 @@ CIPGUtilProxy::CIPGUtilProxy() : m_pDBusHelper(std::make_unique<CProxyDBusHelper
 
 CIPGUtilProxy::~CIPGUtilProxy()
 {
-    zviptv::LeaveService(*m_pDBusHelper, TypeWord);
+    zviptv::LeaveService(m_pDBusHelper, TypeWord);
 }
 
 template <typename Output>

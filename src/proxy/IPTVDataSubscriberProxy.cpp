@@ -88,8 +88,7 @@ CIPTVDataSubscriberProxy::CIPTVDataSubscriberProxy()
 
 CIPTVDataSubscriberProxy::~CIPTVDataSubscriberProxy()
 {
-    zviptv::LeaveService(*m_pDBusHelper, TypeWord);
-    m_pDBusHelper.reset();
+    zviptv::LeaveService(m_pDBusHelper, TypeWord);
     m_captionSubscribers->Clear();
     m_pesSubscribers->Clear();
 }

@@ -41,7 +41,7 @@ CPlayerControlProxy::CPlayerControlProxy() : m_pDBusHelper(std::make_unique<CPro
 
 CPlayerControlProxy::~CPlayerControlProxy()
 {
-    zviptv::LeaveService(*m_pDBusHelper, TypeWord);
+    zviptv::LeaveService(m_pDBusHelper, TypeWord);
 }
 
 void CPlayerControlProxy::m_DisconnectedCB(std::string /*partner*/, std::string /*own*/, void* user)

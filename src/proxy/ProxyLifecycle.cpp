@@ -22,10 +22,11 @@ void ConnectToService(CProxyDBusHelper& channel, char const* typeWord, SourceLoc
     channel.Connect(partner);
 }
 
-void LeaveService(CProxyDBusHelper& channel, char const* typeWord)
+void LeaveService(std::unique_ptr<CProxyDBusHelper>& channel, char const* typeWord)
 {
     CConnectionHelperDBusClient client;
-    client.Disconnect(channel.GetPublicName(), typeWord);
+    client.Disconnect(channel->GetPublicName(), typeWord);
+    channel.reset();
 }
 
 } // namespace zviptv

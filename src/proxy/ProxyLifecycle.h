@@ -13,8 +13,8 @@ bool IsServiceRunning(SourceLocation const& where);
 /// that cannot be connected stays as it is: its sends fail.
 void ConnectToService(CProxyDBusHelper& channel, char const* typeWord, SourceLocation const& where);
 
-/// Tells the helper bus that `channel` goes away.
-void LeaveService(CProxyDBusHelper& channel, char const* typeWord);
+/// Tells the helper bus that `channel` goes away, and ends it.
+void LeaveService(std::unique_ptr<CProxyDBusHelper>& channel, char const* typeWord);
 
 /// Ends a proxy's singleton; see DestroyInstance.
 template <typename Proxy>
