@@ -10,10 +10,14 @@ namespace zviptv::sim {
 Service::Service(PlayerOptions const& playback, PesFilter filter)
     : m_subscribers(std::move(filter)),
       m_player(playback, [this](PesPacket const& pes) { m_subscribers.Push(pes); }),
-      m_playerControl(m_player, m_selection),
+      m_playerControl(m_player, m_selection), m_broadcastData(m_player, m_selection, m_lock),
       m_playerControlEnd(protocol::type::PlayerControl,
                          [this](CMessageBuffer& message) {
                              return m_playerControl.Answer(Request(message)).value_or(Reply(false));
+                         }),
+      m_broadcastDataEnd(protocol::type::BroadcastData,
+                         [this](CMessageBuffer& message) {
+                             return m_broadcastData.Answer(Request(message)).value_or(Reply(false));
                          }),
       m_subscriberEnd(protocol::type::DataSubscriber, [this](CMessageBuffer& message) {
           return m_subscribers.Answer(Request(message), CProxyDBusHelper::GetSenderName())
@@ -39,6 +43,9 @@ std::string Service::Partner(std::string const& busName, std::string const& type
 {
     if (type == protocol::type::PlayerControl) {
         return m_playerControlEnd.GetPublicName();
+    }
+    if (type == protocol::type::BroadcastData) {
+        return m_broadcastDataEnd.GetPublicName();
     }
     if (type == protocol::type::DataSubscriber) {
         comesUp ? m_subscribers.Add(busName) : m_subscribers.Remove(busName);

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "BroadcastDataService.h"
 #include "DataSubscriberService.h"
 #include "Endpoint.h"
+#include "ParentalLock.h"
 #include "Player.h"
 #include "PlayerControlService.h"
 #include "Selection.h"
@@ -33,8 +35,11 @@ private:
     Selection m_selection;
     DataSubscriberService m_subscribers;
     Player m_player;
+    ParentalLock m_lock{std::nullopt, false};
     PlayerControlService m_playerControl;
+    BroadcastDataService m_broadcastData;
     Endpoint m_playerControlEnd;
+    Endpoint m_broadcastDataEnd;
     Endpoint m_subscriberEnd;
 };
 

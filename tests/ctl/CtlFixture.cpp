@@ -1,0 +1,84 @@
+#include "CtlFixture.h"
+
+#include <json/reader.h>
+
+#include <stdexcept>
+
+namespace zviptv::test {
+
+void PrintTo(CtlResult const& result, std::ostream* out)
+{
+    *out << "exit code " << result.code << "\noutput: " << result.output << "\nerrors: " << result.errors;
+}
+
+std::unique_ptr<ChildProcess> StartCtl(Words const& arguments,
+                                       std::map<std::string, std::string> const& environment)
+{
+    Words command = {ZVIPTVCTL_PATH};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    return std::make_unique<ChildProcess>(command, environment);
+}
+
+CtlResult Finish(ChildProcess& child)
+{
+    auto const status = child.Wait(patience);
+    return {status ? status->code : -1, child.Output(), child.Errors()};
+}
+
+CtlResult RunCtl(Words const& arguments, std::map<std::string, std::string> const& environment)
+{
+    return Finish(*StartCtl(arguments, environment));
+}
+
+Json::Value ParseJson(std::string const& text)
+{
+    Json::CharReaderBuilder builder;
+    Json::CharReaderBuilder::strictMode(&builder.settings_);
+    std::unique_ptr<Json::CharReader> const reader(builder.newCharReader());
+    Json::Value value;
+    std::string errors;
+    if (!reader->parse(text.data(), text.data() + text.size(), &value, &errors)) {
+        throw std::runtime_error("no JSON: " + text + "\n" + errors);
+    }
+    return value;
+}
+
+std::string FromHex(std::string const& hex)
+{
+    std::string bytes;
+    for (std::size_t start = 0; start < hex.size(); start += 3) {
+        bytes += static_cast<char>(std::stoi(hex.substr(start, 2), nullptr, 16));
+    }
+    return bytes;
+}
+
+void PrintTo(CallCase const& call, std::ostream* out)
+{
+    for (std::string const& word : call.arguments) {
+        *out << word << ' ';
+    }
+}
+
+std::string NameOfCase(testing::TestParamInfo<CallCase> const& info)
+{
+    return info.param.arguments.front() + "_" + std::to_string(info.param.arguments.size() - 1);
+}
+
+void CallTest::Check()
+{
+    CallCase const& call = GetParam();
+    m_service.AnswerWith(call.request.front().bytes, call.reply);
+    Words arguments = {"call"};
+    arguments.insert(arguments.end(), call.arguments.begin(), call.arguments.end());
+
+    CtlResult const result = RunCtl(arguments);
+    EXPECT_EQ(0, result.code);
+    EXPECT_EQ(call.output, result.output);
+    EXPECT_EQ("", result.errors);
+    ASSERT_EQ(1U, m_service.Requests().size());
+    EXPECT_EQ(call.request, m_service.LastRequest().entries);
+    EXPECT_EQ("/org/corvel/zviptvapi/DbusCommunication/" + call.type, m_service.LastRequest().path);
+    EXPECT_TRUE(m_service.WaitForAnnouncement(call.type, "n"));
+}
+
+} // namespace zviptv::test

@@ -1,0 +1,107 @@
+#include "CtlFixture.h"
+
+namespace zviptv::test {
+namespace {
+
+constexpr char const* Type = "IPGUTIL";
+
+WireEntries Data(std::string const& data)
+{
+    return Entries({{"data", data}});
+}
+
+std::vector<CallCase> Cases()
+{
+    return {
+        {{"ExistXmlForIPG"},
+         Type,
+         Entries({{"functionname", "ExistXmlForIPG"}}),
+         Data("-3"),
+         "result: true\nexist: true\n"},
+        {{"GetProgramListSize", "18446744073709551615", "1600000000", "3600"},
+         Type,
+         Entries({{"functionname", "GetProgramListSize"},
+                  {"inID", "18446744073709551615"},
+                  {"startTime", "1600000000"},
+                  {"duration", "3600"}}),
+         Data("-1"),
+         "result: true\nsize: -1\n"},
+        {{"GetProgram", "7"},
+         Type,
+         Entries({{"functionname", "GetProgram"}, {"index", "7"}}),
+         Data("News\nat \\ ten\t\x1b[1m"),
+         "result: true\nprogram: News\\nat \\\\ ten\\t\\x1b[1m\n"},
+        {{"GetPresentProgram", "0x10"},
+         Type,
+         Entries({{"functionname", "GetPresentProgram"}, {"inID", "16"}}),
+         Data(""),
+         "result: true\nprogram: \n"},
+        {{"FindProgram", "1", "4294967295"},
+         Type,
+         Entries({{"functionname", "FindProgram"}, {"inID", "1"}, {"eventID", "4294967295"}}),
+         Data("found"),
+         "result: true\nprogram: found\n"},
+        {{"GetRating", "9"},
+         Type,
+         Entries({{"functionname", "GetRating"}, {"eventID", "9"}}),
+         Data("12"),
+         "result: true\nrating: 12\n"},
+        {{"GetGenre", "10"},
+         Type,
+         Entries({{"functionname", "GetGenre"}, {"eventID", "10"}}),
+         Data("drama"),
+         "result: true\ngenre: drama\n"},
+        {{"GetProgramList", "1", "2", "3"},
+         Type,
+         Entries({{"functionname", "GetProgramList"}, {"inID", "1"}, {"startTime", "2"}, {"duration", "3"}}),
+         Data("[a, b]"),
+         "result: true\nlist: [a, b]\n"},
+        {{"CloneUSBToTV", "[/media/usb,1]"},
+         Type,
+         Entries({{"functionname", "CloneUSBToTV"}, {"path", "[/media/usb,1]"}}),
+         Data("0"),
+         "result: true\ndone: false\n"},
+    };
+}
+
+using GuideCallTest = CallTest;
+
+TEST_P(GuideCallTest, SendsTheRequestAndPrintsTheReply)
+{
+    Check();
+}
+
+INSTANTIATE_TEST_SUITE_P(Methods, GuideCallTest, testing::ValuesIn(Cases()), NameOfCase);
+
+/// The programme id travels as JSON text whose indentation is of no account.
+TEST_F(CtlTest, GetProgramByIdSendsTheIdAsJson)
+{
+    m_service.AnswerWith("GetProgramIPG", Data("the one before"));
+    CtlResult const result =
+        RunCtl({"call", "GetProgram", "18446744073709551615", "65535", "1600000000", "3600", "previous"});
+    EXPECT_EQ(0, result.code) << result.errors;
+    EXPECT_EQ("result: true\nout: the one before\n", result.output);
+
+    WireMessage const request = m_service.LastRequest();
+    ASSERT_EQ(3U, request.entries.size());
+    EXPECT_EQ((WireEntry{"functionname", "ay", "GetProgramIPG"}), request.entries[0]);
+    EXPECT_EQ("inID", request.entries[1].key);
+    EXPECT_EQ((WireEntry{"program", "ay", "-1"}), request.entries[2]);
+    Json::Value const id = ParseJson(request.entries[1].bytes);
+    EXPECT_EQ("18446744073709551615", id["service_id"].asString());
+    EXPECT_EQ(65535U, id["event_id"].asUInt());
+    EXPECT_EQ(1600000000U, id["start_time"].asUInt());
+    EXPECT_EQ(3600U, id["duration"].asUInt());
+}
+
+TEST_F(CtlTest, TextsThatStartWithADashFollowTwoDashes)
+{
+    EXPECT_EQ(0, RunCtl({"call", "SetAppID", "--", "--json"}).code);
+    EXPECT_EQ("--json", m_service.LastRequest().Value("AppID"));
+    EXPECT_EQ(0, RunCtl({"call", "SetAppID", ""}).code);
+    EXPECT_TRUE(m_service.LastRequest().Has("AppID"));
+    EXPECT_EQ("", m_service.LastRequest().Value("AppID"));
+}
+
+} // namespace
+} // namespace zviptv::test

@@ -1,0 +1,155 @@
+#include "CtlFixture.h"
+
+namespace zviptv::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+TEST_F(CtlTest, RefusalEndsWithOne)
+{
+    m_service.Answer("MuteAudio", {{"result_internal", "0"}});
+    CtlResult const result = RunCtl({"call", "MuteAudio", "1"});
+    EXPECT_EQ(1, result.code);
+    EXPECT_EQ("result: false\n", result.output);
+    EXPECT_EQ("", result.errors);
+}
+
+TEST_F(CtlTest, NoBusEndsWithThree)
+{
+    CtlResult const result =
+        RunCtl({"call", "MuteAudio", "1"}, {{"DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/bus"}});
+    EXPECT_EQ(3, result.code);
+    EXPECT_EQ("", result.output);
+    EXPECT_THAT(result.errors, StartsWith("zviptvctl: the system bus cannot be reached ("));
+    EXPECT_THAT(result.errors, HasSubstr("set DBUS_SYSTEM_BUS_ADDRESS"));
+}
+
+TEST_F(CtlTest, NoServiceEndsWithThree)
+{
+    m_service.Vanish();
+    for (Words const& command : std::vector<Words>{{"call", "MuteAudio", "1"},
+                                                   {"call", "GetRatingInfo"},
+                                                   {"call", "GetGenre", "1"},
+                                                   {"status"},
+                                                   {"pes"},
+                                                   {"caption"},
+                                                   {"watch"}}) {
+        CtlResult const result = RunCtl(command);
+        EXPECT_EQ(3, result.code) << command.front();
+        EXPECT_EQ("", result.output);
+        EXPECT_EQ(
+            "zviptvctl: no service on this bus: start zviptv-sim, or set DBUS_SYSTEM_BUS_ADDRESS to the bus "
+            "that has it\n",
+            result.errors);
+    }
+    Json::Value const json = ParseJson(RunCtl({"--json", "status"}).output);
+    EXPECT_FALSE(json["result"].asBool());
+    EXPECT_THAT(json["error"].asString(), StartsWith("no service on this bus"));
+    EXPECT_EQ(2U, json.size());
+}
+
+TEST_F(CtlTest, TimeOutEndsWithFour)
+{
+    m_service.AnswerNothing("GetSTCCount");
+    CtlResult const result = RunCtl({"--json", "call", "GetSTCCount"});
+    EXPECT_EQ(4, result.code);
+    EXPECT_THAT(result.errors,
+                StartsWith("zviptvctl: GetSTCCount: no answer from the service ([24] Timeout"));
+    Json::Value const json = ParseJson(result.output);
+    EXPECT_FALSE(json["result"].asBool());
+    EXPECT_THAT(json["error"].asString(), StartsWith("GetSTCCount: no answer"));
+    EXPECT_EQ(2U, json.size());
+}
+
+TEST_F(CtlTest, ErrorReplyEndsWithFour)
+{
+    m_service.AnswerError("GetGenre");
+    CtlResult const result = RunCtl({"call", "GetGenre", "1"});
+    EXPECT_EQ(4, result.code);
+    EXPECT_EQ("", result.output);
+    EXPECT_THAT(result.errors, HasSubstr("org.corvel.test.Failed: scripted error"));
+}
+
+TEST_F(CtlTest, AServiceThatNamesNoEndpointEndsWithFour)
+{
+    m_service.SetPartnerName("");
+    CtlResult const result = RunCtl({"call", "MuteAudio", "1"});
+    EXPECT_EQ(4, result.code);
+    EXPECT_THAT(result.errors, HasSubstr("the service did not take the connection: it named no endpoint"));
+}
+
+TEST_F(CtlTest, AServiceThatHangsEndsWithFour)
+{
+    m_service.AnswerAnnouncements([](Announcement const&) { return WireAnswer::Nothing(); });
+    CtlResult const result = RunCtl({"call", "MuteAudio", "1"});
+    EXPECT_EQ(4, result.code);
+    EXPECT_EQ("zviptvctl: MuteAudio: no answer from the service (the service did not take the connection: no "
+              "answer "
+              "within 2 seconds): see whether it hangs or is overloaded\n",
+              result.errors);
+}
+
+/// It goes while it is asked.
+TEST_F(CtlTest, AServiceThatDiesDuringACallEndsWithThree)
+{
+    m_service.AnswerNothing("MuteAudio");
+    auto const child = StartCtl({"call", "MuteAudio", "1"});
+    ASSERT_TRUE(m_service.WaitForRequest("MuteAudio"));
+    m_service.Vanish();
+    CtlResult const result = Finish(*child);
+    EXPECT_EQ(3, result.code);
+    EXPECT_THAT(result.errors, StartsWith("zviptvctl: MuteAudio: the service left the bus ("));
+}
+
+TEST_F(CtlTest, ABusThatDiesDuringACallEndsWithFour)
+{
+    m_service.AnswerNothing("MuteAudio");
+    auto const child = StartCtl({"call", "MuteAudio", "1"});
+    ASSERT_TRUE(m_service.WaitForRequest("MuteAudio"));
+    m_bus.Kill();
+    CtlResult const result = Finish(*child);
+    EXPECT_EQ(4, result.code);
+    EXPECT_THAT(result.errors, StartsWith("zviptvctl: MuteAudio: the bus closed the connection ("));
+}
+
+struct BadReply
+{
+    Words arguments;
+    WireEntries reply;
+};
+
+TEST_F(CtlTest, MalformedReplyEndsWithFive)
+{
+    std::vector<BadReply> const replies = {
+        {{"MuteAudio", "1"}, Entries({})},
+        {{"GetSTCCount"}, Entries({{"result_internal", "1"}, {"stcCount", "soon"}})},
+        {{"GetSourceState"}, Entries({{"result_internal", "1"}, {"sourcestate", "4294967296"}})},
+        {{"GetCaptionLanguage", "1"},
+         Entries({{"result_internal", "1"}, {"landCode", "0"}, {"koreanCode", ""}})},
+        {{"GetRatingInfo"},
+         Entries({{"result_internal", "1"}, {"ratingInfoSize", "-1"}, {"ratingInfo", ""}})},
+        {{"ExistXmlForIPG"}, Entries({})},
+    };
+    for (BadReply const& bad : replies) {
+        m_service.AnswerWith(bad.arguments.front(), bad.reply);
+        Words words = {"call"};
+        words.insert(words.end(), bad.arguments.begin(), bad.arguments.end());
+        CtlResult const result = RunCtl(words);
+        EXPECT_EQ(5, result.code) << bad.arguments.front();
+        EXPECT_EQ("", result.output);
+        EXPECT_THAT(result.errors,
+                    StartsWith("zviptvctl: " + bad.arguments.front() + ": the service's answer lacks"));
+    }
+}
+
+TEST_F(CtlTest, FullOutputEndsWithSix)
+{
+    ChildProcess child({"sh", "-c", "exec \"$0\" call MuteAudio 1 > /dev/full", ZVIPTVCTL_PATH});
+    CtlResult const result = Finish(child);
+    EXPECT_EQ(6, result.code);
+    EXPECT_EQ("zviptvctl: cannot write standard output: No space left on device\n", result.errors);
+}
+
+} // namespace
+} // namespace zviptv::test

@@ -1,0 +1,119 @@
+#include "StreamFixture.h"
+
+#include <csignal>
+
+namespace zviptv::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class StreamSignalTest : public StreamTest, public testing::WithParamInterface<int>
+{
+};
+
+TEST_P(StreamSignalTest, EndsTheSubscription)
+{
+    auto const child = StartSubscribed({"pes"});
+    PushPes("1", "256", "1", "x");
+    ASSERT_TRUE(child->WaitForOutput("size=1\n", patience));
+    child->Signal(GetParam());
+    EXPECT_EQ(0, Finish(*child).code);
+    EXPECT_TRUE(IsUnsubscribed());
+    EXPECT_THAT(child->Errors(), HasSubstr("1 packet, 1 byte in "));
+}
+
+INSTANTIATE_TEST_SUITE_P(Signals, StreamSignalTest, testing::Values(SIGINT, SIGTERM));
+
+TEST_F(StreamTest, EndsAfterSomeSeconds)
+{
+    auto const child = StartSubscribed({"pes", "--seconds", "0.01"});
+    EXPECT_EQ(0, Finish(*child).code);
+    EXPECT_TRUE(IsUnsubscribed());
+    EXPECT_THAT(child->Errors(), StartsWith("zviptvctl: 0 packets, 0 bytes in 0.0 s"));
+}
+
+TEST_F(StreamTest, EndsWhenTheServiceLeaves)
+{
+    auto const child = StartSubscribed({"pes"});
+    PushPes("1", "256", "1", "x");
+    ASSERT_TRUE(child->WaitForOutput("size=1\n", patience));
+    m_service.Vanish();
+    CtlResult const result = Finish(*child);
+    EXPECT_EQ(3, result.code);
+    EXPECT_THAT(result.errors, HasSubstr("1 packet, 1 byte in "));
+    EXPECT_THAT(result.errors,
+                HasSubstr("zviptvctl: the service left the bus; start it, then run this command again\n"));
+}
+
+/// GLib would end the process otherwise.
+TEST_F(StreamTest, EndsWithFourWhenTheBusCloses)
+{
+    auto const child = StartSubscribed({"pes"});
+    PushPes("1", "256", "1", "x");
+    ASSERT_TRUE(child->WaitForOutput("size=1\n", patience));
+    m_bus.Kill();
+    CtlResult const result = Finish(*child);
+    EXPECT_EQ(4, result.code);
+    EXPECT_THAT(result.errors,
+                HasSubstr("zviptvctl: the bus closed the connection; see whether it still runs\n"));
+}
+
+TEST_F(StreamTest, EndsWithFourWhenTheServiceDoesNotTakeTheSubscription)
+{
+    m_service.AnswerError("requestPESCB");
+    CtlResult const result = RunCtl({"pes"});
+    EXPECT_EQ(4, result.code);
+    EXPECT_THAT(result.errors, StartsWith("zviptvctl: SubscribeForPES: no answer from the service ("));
+}
+
+TEST_F(StreamTest, AFullDiskEndsTheSubscription)
+{
+    auto const child = StartSubscribed({"pes", "--out", "/dev/full"});
+    PushPes("1", "256", "1", "x");
+    CtlResult const result = Finish(*child);
+    EXPECT_EQ(6, result.code);
+    EXPECT_THAT(result.errors, HasSubstr("zviptvctl: cannot write '/dev/full': No space left on device\n"));
+    EXPECT_TRUE(IsUnsubscribed());
+}
+
+TEST_F(StreamTest, AFileThatCannotBeMadeIsToldBeforeSubscribing)
+{
+    CtlResult const result = RunCtl({"pes", "--out", "/nonexistent/file"});
+    EXPECT_EQ(6, result.code);
+    EXPECT_EQ("zviptvctl: cannot write '/nonexistent/file': No such file or directory\n", result.errors);
+    EXPECT_TRUE(m_service.Requests().empty());
+}
+
+TEST_F(StreamTest, AReaderThatHasSeenEnoughEndsTheSubscription)
+{
+    ChildProcess child({"bash", "-c", "\"$0\" pes | head -n 1; exit ${PIPESTATUS[0]}", ZVIPTVCTL_PATH});
+    auto const request = m_service.WaitForRequest("requestPESCB");
+    ASSERT_TRUE(request);
+    m_client = request->sender;
+    m_service.ClearRecords();
+    PushPes("1", "256", "1", "x");
+    ASSERT_TRUE(child.WaitForOutput("size=1\n", patience));
+    // One of the next writes meets the closed pipe.
+    while (!m_service.WaitForRequest("requestPESCB", std::chrono::milliseconds(5))) {
+        PushPes("1", "256", "1", "x");
+    }
+    EXPECT_TRUE(IsUnsubscribed());
+    EXPECT_EQ(0, Finish(child).code);
+}
+
+TEST_F(StreamTest, UnreadableNotificationsAreToldAndSkipped)
+{
+    auto const child = StartSubscribed({"pes", "--count", "1"});
+    Push({{"functionname", "PESCB"}, {"pesType", "1"}});
+    PushPes("1", "256", "1", "x");
+    CtlResult const result = Finish(*child);
+    EXPECT_EQ(5, result.code);
+    EXPECT_EQ("video pid=0x0100 pts=1 size=1\n", result.output);
+    EXPECT_THAT(result.errors, StartsWith("zviptvctl: skipped a notification that cannot be read (stoi)\n"));
+    EXPECT_THAT(result.errors, HasSubstr("zviptvctl: 1 notification could not be read\n"));
+    EXPECT_TRUE(IsUnsubscribed());
+}
+
+} // namespace
+} // namespace zviptv::test

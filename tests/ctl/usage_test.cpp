@@ -1,0 +1,128 @@
+#include "CtlFixture.h"
+
+namespace zviptv::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+/// No bus is there: what is wrong with the command line shows all the same.
+CtlResult RunAlone(Words const& arguments)
+{
+    return RunCtl(arguments, {{"DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/bus"}});
+}
+
+TEST(UsageTest, HelpIsThereOnEveryLevel)
+{
+    for (Words const& command : std::vector<Words>{{},
+                                                   {"call"},
+                                                   {"methods"},
+                                                   {"pes"},
+                                                   {"caption"},
+                                                   {"watch"},
+                                                   {"status"},
+                                                   {"audio"},
+                                                   {"audio", "select"},
+                                                   {"guide", "list"}}) {
+        Words words = command;
+        words.emplace_back("--help");
+        CtlResult const result = RunAlone(words);
+        EXPECT_EQ(0, result.code);
+        EXPECT_THAT(result.output, HasSubstr("Usage: zviptvctl"));
+        EXPECT_EQ("", result.errors);
+    }
+}
+
+TEST(UsageTest, HelpNamesTheExitCodes)
+{
+    std::string const help = RunAlone({"--help"}).output;
+    for (char const* line : {"\n  0  ", "\n  1  ", "\n  2  ", "\n  3  ", "\n  4  ", "\n  5  ", "\n  6  "}) {
+        EXPECT_THAT(help, HasSubstr(line));
+    }
+    EXPECT_THAT(help, HasSubstr("\"languageCode\""));
+}
+
+TEST(UsageTest, Version)
+{
+    CtlResult const result = RunAlone({"--version"});
+    EXPECT_EQ(0, result.code);
+    EXPECT_THAT(result.output, testing::MatchesRegex("zviptvctl [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+}
+
+TEST(UsageTest, MethodsAreListedWithoutAService)
+{
+    CtlResult const methods = RunAlone({"methods"});
+    EXPECT_EQ(0, methods.code);
+    EXPECT_THAT(methods.output, StartsWith("IPlayerControl\n  SetCurrentAudioByIndex(int32 index)\n"));
+    EXPECT_EQ(methods.output, RunAlone({"call", "--list"}).output);
+    Json::Value const json = ParseJson(RunAlone({"methods", "--json"}).output);
+    EXPECT_TRUE(json["result"].asBool());
+    EXPECT_EQ(54U, json["methods"].size());
+}
+
+struct Mistake
+{
+    Words arguments;
+    std::string message;
+};
+
+void PrintTo(Mistake const& mistake, std::ostream* out)
+{
+    *out << mistake.message;
+}
+
+class MistakeTest : public testing::TestWithParam<Mistake>
+{
+};
+
+TEST_P(MistakeTest, IsExplainedAndEndsWithTwo)
+{
+    CtlResult const result = RunAlone(GetParam().arguments);
+    EXPECT_EQ(2, result.code);
+    EXPECT_THAT(result.errors, StartsWith(GetParam().message));
+    EXPECT_EQ("", result.output);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Lines, MistakeTest,
+    testing::Values(
+        Mistake{{}, "zviptvctl: A subcommand is required\n'zviptvctl --help' shows more\n"},
+        Mistake{{"stauts"}, "zviptvctl: unknown command 'stauts'; did you mean status?\n"},
+        Mistake{{"--jsno", "status"}, "zviptvctl: unknown option '--jsno'\n"},
+        Mistake{{"status", "now"}, "zviptvctl status: one argument too many: 'now'\n"},
+        Mistake{{"audio", "selct", "1"}, "zviptvctl audio: unknown command 'selct'; did you mean select?\n"},
+        Mistake{{"audio", "select"}, "zviptvctl audio select: N is required\n"},
+        Mistake{{"audio", "select", "x"},
+                "zviptvctl: argument 'N' of 'audio select' is a signed 32-bit number"},
+        Mistake{{"mute", "audio", "maybe"}, "zviptvctl: argument 'STATE' of 'mute audio' is 1, true or on"},
+        Mistake{{"guide", "now", "-1"},
+                "zviptvctl: argument 'SERVICE' of 'guide now' is an unsigned 64-bit number"},
+        Mistake{{"captions", "select", "text", "0"},
+                "zviptvctl: argument 'TYPE' of 'captions select' is EZVISDBText"},
+        Mistake{{"call"}, "zviptvctl: call which method? 'zviptvctl methods' lists them\n"},
+        Mistake{{"call", "GetSTC"}, "zviptvctl: unknown method 'GetSTC'; did you mean GetSTCCount"},
+        Mistake{{"call", "SetCurrentTTX", "x"},
+                "zviptvctl: argument 'index' of SetCurrentTTX is an unsigned 32-bit number (0 to "
+                "4294967295), not "
+                "'x'\n"},
+        Mistake{{"call", "GetProgram", "1", "65536", "2", "3", "0"},
+                "zviptvctl: argument 'eventId' of GetProgram is an unsigned 16-bit number"},
+        Mistake{{"call", "GetProgram", "1", "2", "3", "4", "5", "6"},
+                "zviptvctl: GetProgram takes 1 argument (index)"},
+        Mistake{{"call", "MuteAudio", "on", "--jsno"},
+                "zviptvctl: unknown option '--jsno'; see zviptvctl call"},
+        Mistake{{"call", "SubscribeForPES"},
+                "zviptvctl: SubscribeForPES needs a callback: use 'zviptvctl pes'\n"},
+        Mistake{{"call", "UnsubscribeForCaption", "1"},
+                "zviptvctl: UnsubscribeForCaption needs a callback: use "
+                "'zviptvctl caption'\n"},
+        Mistake{{"--profile", "x", "status"},
+                "zviptvctl: option '--profile' of zviptvctl is a signed 32-bit number"},
+        Mistake{{"pes", "--count", "0"}, "zviptvctl: option '--count' of pes is a number above 0, not '0'\n"},
+        Mistake{{"pes", "--pid", "65536"}, "zviptvctl: option '--pid' of pes is an unsigned 16-bit number"},
+        Mistake{{"caption", "--pid", "1"}, "zviptvctl caption: unknown option '--pid'\n"},
+        Mistake{{"watch", "--seconds", "0"},
+                "zviptvctl: option '--seconds' of watch is a number of seconds"}));
+
+} // namespace
+} // namespace zviptv::test

@@ -1,0 +1,34 @@
+#include "Answer.h"
+
+#include <json/writer.h>
+
+namespace zviptv::ctl {
+
+std::string Compact(Json::Value const& json)
+{
+    Json::StreamWriterBuilder builder;
+    builder["indentation"] = "";
+    builder["emitUTF8"] = true;
+    return Json::writeString(builder, json);
+}
+
+void Print(std::ostream& out, Answer const& answer, bool asJson)
+{
+    if (!asJson) {
+        out << answer.text;
+        return;
+    }
+    Json::Value json = answer.json;
+    json["result"] = answer.result;
+    out << Compact(json) << '\n';
+}
+
+void PrintError(std::ostream& out, std::string const& message)
+{
+    Json::Value json(Json::objectValue);
+    json["result"] = false;
+    json["error"] = ToJson(message);
+    out << Compact(json) << '\n';
+}
+
+} // namespace zviptv::ctl

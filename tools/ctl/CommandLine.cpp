@@ -1,0 +1,215 @@
+#include "CommandLine.h"
+
+#include "Answer.h"
+#include "Arguments.h"
+#include "Commands.h"
+#include "HelpTexts.h"
+#include "Methods.h"
+#include "Stream.h"
+#include "Watch.h"
+#include "Words.h"
+
+#include <iostream>
+#include <utility>
+
+namespace zviptv::ctl {
+
+namespace {
+
+constexpr std::size_t MostArguments = 5; // GetProgram
+
+std::optional<std::chrono::milliseconds> Duration(std::string const& text, std::string const& command)
+{
+    return text.empty() ? std::nullopt : std::optional(ParseSeconds(text, {command, "--seconds"}));
+}
+
+/// What `call` got beyond its arguments: too many of them, or an option that it does not have.
+void AppendExtras(std::vector<std::string> const& extras, std::vector<std::string>& texts)
+{
+    for (std::string const& extra : extras) {
+        bool const isNumber = extra.size() > 1 && extra[1] >= '0' && extra[1] <= '9';
+        if (extra == "--") {
+            continue;
+        }
+        if (extra[0] == '-' && !isNumber) {
+            throw Failure(ExitCode::Usage, "unknown option '" + extra + "'; see zviptvctl call --help");
+        }
+        texts.push_back(extra);
+    }
+}
+
+} // namespace
+
+CommandLine::CommandLine() : m_app(help::Program, "zviptvctl")
+{
+    m_app.set_version_flag("--version", "zviptvctl " ZVIPTV_VERSION);
+    m_app.set_help_all_flag("--help-all", "Print the help of all commands");
+    m_app.require_subcommand(1);
+    m_app.footer(help::ProgramFooter);
+    AddGlobalOptions(m_app);
+    AddCall();
+    AddMethods();
+    AddStream("pes", "Show PES packets as the service pushes them", true);
+    AddStream("caption", "Show caption data as the service pushes it", false);
+    AddWatch();
+    AddCommands();
+}
+
+/// On every level, so that they may stand anywhere.
+void CommandLine::AddGlobalOptions(CLI::App& app)
+{
+    if (app.get_parent() != nullptr) {
+        app.footer(""); // not the parent's
+    }
+    app.add_flag("--json", m_asJson, "Write JSON");
+    app.add_option("--profile", m_profile, "Profile of the handle; 1 unless given")->type_name("N");
+    app.add_option("--id", m_id, "Id of the handle, of which 16 bits count; 0 unless given")->type_name("N");
+    app.add_flag("--log", m_echoLog, "Write the library's log lines to standard error");
+}
+
+/// One option each: CLI11 would take "[a,b]" apart in an option of many values.
+CommandLine::Texts CommandLine::AddArguments(CLI::App& app, std::vector<std::string> const& names)
+{
+    auto texts = std::make_shared<std::vector<std::string>>();
+    for (std::string const& name : names) {
+        app.add_option_function<std::string>(name,
+                                             [texts](std::string const& text) { texts->push_back(text); })
+            ->type_name("");
+    }
+    return texts;
+}
+
+void CommandLine::AddCall()
+{
+    CLI::App* const call = m_app.add_subcommand("call", "Call a method of the interface by its name");
+    AddGlobalOptions(*call);
+    call->footer(help::CallFooter);
+    call->allow_extras();
+    call->add_flag("--list", m_listsMethods, "List the methods instead");
+    std::vector<std::string> names = {"METHOD"};
+    for (std::size_t number = 1; number <= MostArguments; ++number) {
+        names.push_back("ARG" + std::to_string(number));
+    }
+    Texts const texts = AddArguments(*call, names);
+    call->get_option("METHOD")->description("Name of the method");
+    call->get_option("ARG1")->description("Its arguments");
+    call->callback([this, call, texts] {
+        m_action = [this, call, texts] {
+            AppendExtras(call->remaining(), *texts);
+            return Call(*texts);
+        };
+    });
+}
+
+ExitCode CommandLine::Call(std::vector<std::string> const& texts)
+{
+    if (m_listsMethods) {
+        return AnswerWith([](Session&) { return ListMethods(); });
+    }
+    if (texts.empty()) {
+        throw Failure(ExitCode::Usage, "call which method? 'zviptvctl methods' lists them");
+    }
+    std::vector<std::string> const arguments(texts.begin() + 1, texts.end());
+    Method const& method = FindMethod(texts.front(), arguments.size());
+    return AnswerWith([&](Session& session) { return method.call(method, session, arguments); });
+}
+
+void CommandLine::AddMethods()
+{
+    CLI::App* const methods = m_app.add_subcommand("methods", "List the methods of the interface");
+    AddGlobalOptions(*methods);
+    methods->callback(
+        [this] { m_action = [this] { return AnswerWith([](Session&) { return ListMethods(); }); }; });
+}
+
+void CommandLine::AddCommands()
+{
+    for (CommandGroup const& group : CommandGroups()) {
+        CLI::App* const app = m_app.add_subcommand(group.name, group.help);
+        AddGlobalOptions(*app);
+        app->require_subcommand(1);
+    }
+    for (Command const& command : Commands()) {
+        AddCommand(*command.group == '\0' ? m_app : *m_app.get_subcommand(command.group), command);
+    }
+}
+
+void CommandLine::AddCommand(CLI::App& parent, Command const& command)
+{
+    CLI::App* const app = parent.add_subcommand(command.name, command.help);
+    AddGlobalOptions(*app);
+    Texts const texts = AddArguments(*app, {command.arguments.begin(), command.arguments.end()});
+    for (char const* const name : command.arguments) {
+        app->get_option(name)->required();
+    }
+    app->callback([this, &command, texts] {
+        m_action = [this, &command, texts] {
+            return AnswerWith(
+                [&](Session& session) { return command.run(session, CommandArguments(command, *texts)); });
+        };
+    });
+}
+
+void CommandLine::AddStream(char const* name, char const* help, bool isPes)
+{
+    struct Given
+    {
+        std::string count;
+        std::string seconds;
+        std::string out;
+        std::string pid;
+    };
+    auto const given = std::make_shared<Given>();
+    CLI::App* const app = m_app.add_subcommand(name, help);
+    AddGlobalOptions(*app);
+    app->footer(help::StreamFooter);
+    app->add_option("--count", given->count, "End after N packets")->type_name("N");
+    app->add_option("--seconds", given->seconds, "End after S seconds")->type_name("S");
+    app->add_option("--out", given->out,
+                    "Write the payloads to FILE, one after another; - writes them to "
+                    "standard output, and no lines")
+        ->type_name("FILE");
+    if (isPes) {
+        app->add_option("--pid", given->pid, "Packets of this PID only")->type_name("P");
+    }
+    app->callback([=] {
+        m_answersOnce = false;
+        m_action = [=] {
+            StreamOptions options;
+            options.kind = isPes ? PacketKind::Pes : PacketKind::Caption;
+            options.duration = Duration(given->seconds, name);
+            options.out = given->out;
+            options.asJson = m_asJson;
+            if (!given->count.empty()) {
+                options.count = ParseCount(given->count, {name, "--count"});
+            }
+            if (!given->pid.empty()) {
+                options.pid = ParseArgument<std::uint16_t>(given->pid, {name, "--pid"});
+            }
+            LogCollector log(m_echoLog);
+            Session session(ChosenHandle(), log);
+            return Stream(session, options).Run();
+        };
+    });
+}
+
+void CommandLine::AddWatch()
+{
+    auto const seconds = std::make_shared<std::string>();
+    CLI::App* const app =
+        m_app.add_subcommand("watch", "Watch the service as a long-living application sees it");
+    AddGlobalOptions(*app);
+    app->footer(help::WatchFooter);
+    app->add_option("--seconds", *seconds, "End after S seconds")->type_name("S");
+    app->callback([this, seconds] {
+        m_answersOnce = false;
+        m_action = [this, seconds] {
+            WatchOptions const options{Duration(*seconds, "watch"), m_asJson};
+            LogCollector log(m_echoLog);
+            Session session(ChosenHandle(), log);
+            return Watch(session, options).Run();
+        };
+    });
+}
+
+} // namespace zviptv::ctl

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "ExitCode.h"
+#include "Session.h"
+
+#include <CLI/CLI.hpp>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace zviptv::ctl {
+
+struct Answer;
+struct Command;
+
+/// The program: reads the command line, runs the command it names and tells what went wrong.
+class CommandLine
+{
+public:
+    CommandLine();
+
+    ExitCode Run(int argc, char const* const* argv);
+
+private:
+    using Texts = std::shared_ptr<std::vector<std::string>>;
+
+    void AddGlobalOptions(CLI::App& app);
+    void AddCall();
+    ExitCode Call(std::vector<std::string> const& texts);
+    void AddMethods();
+    void AddCommands();
+    void AddCommand(CLI::App& parent, Command const& command);
+    void AddStream(char const* name, char const* help, bool isPes);
+    void AddWatch();
+    static Texts AddArguments(CLI::App& app, std::vector<std::string> const& names);
+
+    Handle ChosenHandle() const;
+    ExitCode AnswerWith(std::function<Answer(Session& session)> const& command);
+    ExitCode Perform();
+    ExitCode ReportUsage(CLI::ParseError const& error) const;
+
+    CLI::App m_app;
+    bool m_asJson = false;
+    bool m_echoLog = false;
+    std::string m_profile = "1";
+    std::string m_id = "0";
+    bool m_listsMethods = false;
+    bool m_answersOnce = true; ///< the command answers with one JSON object
+    std::function<ExitCode()> m_action;
+};
+
+} // namespace zviptv::ctl

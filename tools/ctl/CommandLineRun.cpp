@@ -1,0 +1,108 @@
+#include "CommandLine.h"
+
+#include "Answer.h"
+#include "Arguments.h"
+#include "OutputFile.h"
+#include "Words.h"
+
+#include <csignal>
+#include <iostream>
+#include <sstream>
+
+namespace zviptv::ctl {
+
+namespace {
+
+/// What is wrong with the words that `app`, the last command that was understood, was given.
+std::string UsageMessage(CLI::App const& app, CLI::ParseError const& error)
+{
+    std::vector<std::string> const unknown = app.remaining();
+    if (unknown.empty()) {
+        return error.what();
+    }
+    std::string const quoted = " '" + unknown.front() + "'";
+    std::vector<std::string> names;
+    for (CLI::App const* command : app.get_subcommands([](CLI::App const*) { return true; })) {
+        names.push_back(command->get_name());
+    }
+    if (unknown.front()[0] == '-') {
+        return "unknown option" + quoted;
+    }
+    if (names.empty()) {
+        return "one argument too many:" + quoted;
+    }
+    std::vector<std::string> const near = NearWords(unknown.front(), names);
+    return "unknown command" + quoted + (near.empty() ? "" : "; did you mean " + Join(near, " or ") + "?");
+}
+
+} // namespace
+
+ExitCode CommandLine::Run(int argc, char const* const* argv)
+{
+    // A reader that goes away shows as a failed write, so that subscriptions are ended properly.
+    std::signal(SIGPIPE, SIG_IGN);
+    try {
+        m_app.parse(argc, argv);
+    } catch (CLI::ParseError const& error) {
+        return ReportUsage(error);
+    }
+    return Perform();
+}
+
+ExitCode CommandLine::Perform()
+{
+    try {
+        return m_action();
+    } catch (Failure const& failure) {
+        std::cerr << "zviptvctl: " << failure.what() << '\n';
+        bool const isAboutService = failure.Code() == ExitCode::NoService ||
+                                    failure.Code() == ExitCode::NoAnswer ||
+                                    failure.Code() == ExitCode::Malformed;
+        if (m_asJson && m_answersOnce && isAboutService) {
+            PrintError(std::cout, failure.what());
+        }
+        return failure.Code();
+    }
+}
+
+ExitCode CommandLine::AnswerWith(std::function<Answer(Session& session)> const& command)
+{
+    std::ostringstream text;
+    ExitCode code = ExitCode::Accepted;
+    {
+        LogCollector log(m_echoLog);
+        Session session(ChosenHandle(), log);
+        Answer const answer = command(session);
+        Print(text, answer, m_asJson);
+        code = answer.Code();
+    }
+    OutputFile out("-");
+    out.Write(text.str().data(), text.str().size());
+    out.Close();
+    return code;
+}
+
+Handle CommandLine::ChosenHandle() const
+{
+    return {static_cast<IPTVProfile>(ParseArgument<std::int32_t>(m_profile, {"zviptvctl", "--profile"})),
+            ParseArgument<int>(m_id, {"zviptvctl", "--id"})};
+}
+
+/// Help and version are exceptions to CLI11 too, with the code 0.
+ExitCode CommandLine::ReportUsage(CLI::ParseError const& error) const
+{
+    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
+        m_app.exit(error);
+        return ExitCode::Accepted;
+    }
+    CLI::App const* app = &m_app;
+    std::string command = "zviptvctl";
+    while (app->remaining().empty() && !app->get_subcommands().empty()) {
+        app = app->get_subcommands().front();
+        command += " " + app->get_name();
+    }
+    std::cerr << command << ": " << UsageMessage(*app, error) << "\n'" << command << " --help' shows more\n";
+    return ExitCode::Usage;
+}
+
+} // namespace zviptv::ctl

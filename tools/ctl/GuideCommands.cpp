@@ -1,0 +1,120 @@
+#include "Commands.h"
+#include "Session.h"
+
+namespace zviptv::ctl {
+
+namespace {
+
+using ServiceId = unsigned long long;
+
+/// A text of the guide, as the service wrote it.
+Answer Text(std::string const& member, std::string const& text, std::string const& nothing)
+{
+    Answer answer;
+    std::string const shown = text.empty() ? nothing : PrintableText(text);
+    answer.text = shown.back() == '\n' ? shown : shown + "\n";
+    answer.json[member] = ToJson(text);
+    return answer;
+}
+
+Answer Exists(Session& session, CommandArguments const& /*arguments*/)
+{
+    bool exists = false;
+    session.Ask("ExistXmlForIPG", [&] { return session.Get<IIPGUtil>().ExistXmlForIPG(exists); });
+    Answer answer;
+    answer.text = exists ? "the guide has data\n" : "the guide has no data\n";
+    answer.json["exist"] = exists;
+    return answer;
+}
+
+Answer Now(Session& session, CommandArguments const& arguments)
+{
+    auto const service = arguments.Get<ServiceId>(0);
+    std::string program;
+    session.Ask("GetPresentProgram",
+                [&] { return session.Get<IIPGUtil>().GetPresentProgram(service, program); });
+    return Text("program", program, "no programme");
+}
+
+Answer List(Session& session, CommandArguments const& arguments)
+{
+    auto const service = arguments.Get<ServiceId>(0);
+    auto const start = arguments.Get<unsigned int>(1);
+    auto const duration = arguments.Get<unsigned int>(2);
+    auto& guide = session.Get<IIPGUtil>();
+    int size = 0;
+    session.Ask("GetProgramListSize",
+                [&] { return guide.GetProgramListSize(service, start, duration, size); });
+    std::string list;
+    session.Ask("GetProgramList", [&] { return guide.GetProgramList(service, start, duration, list); });
+    Answer answer = Text("list", list, "no programmes");
+    answer.json["size"] = size;
+    return answer;
+}
+
+Answer Find(Session& session, CommandArguments const& arguments)
+{
+    auto const service = arguments.Get<ServiceId>(0);
+    auto const event = arguments.Get<unsigned int>(1);
+    std::string program;
+    session.Ask("FindProgram", [&] { return session.Get<IIPGUtil>().FindProgram(service, event, program); });
+    return Text("program", program, "no such programme");
+}
+
+Answer Get(Session& session, CommandArguments const& arguments)
+{
+    auto const index = arguments.Get<unsigned int>(0);
+    std::string program;
+    session.Ask("GetProgram", [&] { return session.Get<IIPGUtil>().GetProgram(index, program); });
+    return Text("program", program, "no such programme");
+}
+
+Answer Rating(Session& session, CommandArguments const& arguments)
+{
+    auto const event = arguments.Get<unsigned int>(0);
+    std::string rating;
+    session.Ask("GetRating", [&] { return session.Get<IIPGUtil>().GetRating(event, rating); });
+    return Text("rating", rating, "no rating");
+}
+
+Answer Genre(Session& session, CommandArguments const& arguments)
+{
+    auto const event = arguments.Get<unsigned int>(0);
+    std::string genre;
+    session.Ask("GetGenre", [&] { return session.Get<IIPGUtil>().GetGenre(event, genre); });
+    return Text("genre", genre, "no genre");
+}
+
+/// Here the service's "not done" is a refusal: nothing else tells it.
+Answer Load(Session& session, CommandArguments const& arguments)
+{
+    auto const path = arguments.Get<std::string>(0);
+    bool done = false;
+    session.Ask("CloneUSBToTV", [&] { return session.Get<IIPGUtil>().CloneUSBToTV(path, done); });
+    Answer answer = Done(done, "guide data copied from " + PrintableText(path),
+                         "copy guide data from " + PrintableText(path));
+    answer.json["done"] = done;
+    return answer;
+}
+
+} // namespace
+
+std::vector<Command> GuideCommands()
+{
+    return {
+        {"guide", "exists", {}, "Tell whether the guide has data", Exists},
+        {"guide", "now", {"SERVICE"}, "Show the present programme of a service", Now},
+        {"guide",
+         "list",
+         {"SERVICE", "START", "DURATION"},
+         "List programmes of a service, from START on, in the guide's units",
+         List},
+        {"guide", "find", {"SERVICE", "EVENT"}, "Show a programme of a service by its event id", Find},
+        {"guide", "get", {"INDEX"}, "Show a programme by its place in the guide", Get},
+        {"guide", "rating", {"EVENT"}, "Show the rating of a programme", Rating},
+        {"guide", "genre", {"EVENT"}, "Show the genre of a programme", Genre},
+        {"guide", "load", {"PATH"}, "Have the service copy guide data from PATH", Load},
+    };
+}
+
+} // namespace zviptv::ctl

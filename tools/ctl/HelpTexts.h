@@ -1,0 +1,65 @@
+#pragma once
+
+// The longer texts of --help.
+namespace zviptv::ctl::help {
+
+constexpr char const* Program =
+    "Talks to the IPTV service: every call of its interface, pushed data, and commands in "
+    "plain words.";
+
+constexpr char const* ProgramFooter = R"(Exit codes:
+  0  the service accepted, or the command ran to its end
+  1  the service answered "false"
+  2  the command line makes no sense
+  3  no bus, no service, or the service went away
+  4  time-out, or the bus reported an error
+  5  the service sent something that cannot be read
+  6  a file or standard output could not be written
+
+With --json a command writes exactly one object to standard output, on one line:
+"result" (bool) and one member for every value. Flags are true or false, other
+numbers and enumerations are numbers, texts are UTF-8 (other bytes as U+FFFD),
+records are objects, lists are arrays. A language is two members: "language",
+its number, and "languageCode", its ISO 639 code or "". What the service does
+not tell is null. When the exit code is 3, 4 or 5 there are "result" (false) and
+"error" (text) alone; after a usage error there is nothing. The commands pes,
+caption and watch write one object a line as it happens instead.
+
+Messages go to standard error.
+)";
+
+constexpr char const* CallFooter =
+    R"(Arguments come in the order of the declaration; 'zviptvctl methods' shows it.
+  numbers       decimal, or hexadecimal after 0x
+  flags         1, true, on; 0, false, off
+  enumerations  a number, or the enumerator's name, with or without its prefix:
+                PLAYING, playing and ZV_SOURCE_STATE_PLAYING are the same
+  texts         as they are; after -- also those that start with a dash
+GetProgram takes 1 argument (index) or 5 (serviceId eventId startTime duration
+program). SetAppID without an argument sends no name.
+
+The answer is one line a value: "result: true", "stc: 123456", a line for every
+field of a record: "audio.language: eng". Line breaks in texts are written \n,
+other control characters \xNN, backslashes \\. With --json the members are named
+as the parameters are. After the result "false" the values are what the service
+sent with it.
+)";
+
+constexpr char const* StreamFooter =
+    R"(Each packet is a line: "audio pid=0x0101 pts=133200 size=2048", or with --json
+{"pid":257,"pts":133200,"size":2048,"type":2}. Captions have neither pid nor pts.
+The types are those of EZVPESType: 0 other, 1 video, 2 audio, 3 subtitle,
+4 teletext, 5 caption. A summary follows on standard error. Ctrl-C ends the
+subscription and the command with exit code 0.
+)";
+
+constexpr char const* WatchFooter =
+    R"(Tells what an application that lives long sees: state and clock once a second,
+traffic of every PID, and step by step what happens when the service goes and
+comes back. On a terminal one line is rewritten in place. With --json every line
+is an object with "event": connected, subscribed, tick, lost,
+player-control-gone, factory-refuses, factory-works, subscriber-fails, waiting,
+back, trouble or unreadable.
+)";
+
+} // namespace zviptv::ctl::help

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <gio/gio.h>
+
+#include <functional>
+
+namespace zviptv::ctl {
+
+/// Follows the service on the bus while the main context is iterated.
+class ServiceWatch
+{
+public:
+    enum class Event
+    {
+        Present,  ///< the service is there, or there again
+        Gone,     ///< the service is not there, or not any more
+        BusClosed ///< the bus closed the connection: nothing will come any more
+    };
+    using Handler = std::function<void(Event event)>;
+
+    /// The first event, soon, tells how it is now.
+    ServiceWatch(GDBusConnection* connection, Handler handler);
+    ~ServiceWatch();
+
+    ServiceWatch(ServiceWatch const&) = delete;
+    ServiceWatch& operator=(ServiceWatch const&) = delete;
+
+private:
+    static void OnAppeared(GDBusConnection* connection, char const* name, char const* owner, gpointer self);
+    static void OnVanished(GDBusConnection* connection, char const* name, gpointer self);
+    static void OnClosed(GDBusConnection* connection, gboolean vanished, GError* error, gpointer self);
+
+    GDBusConnection* m_connection;
+    Handler m_handler;
+    unsigned long m_closed;
+    unsigned m_watch;
+};
+
+} // namespace zviptv::ctl

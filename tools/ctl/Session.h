@@ -1,0 +1,90 @@
+#pragma once
+
+#include "Failure.h"
+#include "LogCollector.h"
+#include "SystemBus.h"
+
+#include <zviptv/IPTVServiceAPI.h>
+
+#include <exception>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+namespace zviptv::ctl {
+
+/// Selects what the service is asked about.
+struct Handle
+{
+    IPTVProfile profile = IPTV_PROFILE_DEFAULT;
+    int id = 0;
+};
+
+/// The interface objects of one run: made when first asked for, released at the end. Everything happens on
+/// the main thread.
+class Session
+{
+public:
+    /// Does nothing yet: what is wrong with the arguments shows also without a service.
+    Session(Handle handle, LogCollector& log);
+    ~Session();
+
+    Session(Session const&) = delete;
+    Session& operator=(Session const&) = delete;
+
+    /// The one object of its kind. Not to be kept while the main context is iterated: objects may destroy
+    /// themselves there. Throws a Failure when the service is gone.
+    template <typename Interface>
+    Interface& Get();
+
+    /// The result of one call of the interface. Throws a Failure when the service was not reached, or when
+    /// its answer cannot be read; the result false then means that the service said no.
+    template <typename Call>
+    bool Ask(std::string const& method, Call call)
+    {
+        m_log.ForgetCall();
+        bool result = false;
+        try {
+            result = call();
+        } catch (std::logic_error const& error) { // invalid_argument, out_of_range, length_error
+            ThrowMalformed(method, error);
+        }
+        if (m_log.SendFailed()) {
+            ThrowUnreached(method);
+        }
+        return result;
+    }
+
+    /// Releases the objects; Get() makes new ones.
+    void Release();
+
+    /// Throws a Failure that says what to do when there is no bus or no service. Get() does this itself.
+    void Start();
+
+    /// After Start().
+    GDBusConnection* Connection() const { return m_bus->Connection(); }
+    LogCollector& Log() { return m_log; }
+    Handle const& HandleOfCalls() const { return m_handle; }
+
+    /// Whether the service is on the bus now.
+    static bool IsServiceRunning();
+
+private:
+    [[noreturn]] static void ThrowMalformed(std::string const& method, std::exception const& error);
+    [[noreturn]] void ThrowUnreached(std::string const& method) const;
+
+    Handle const m_handle;
+    LogCollector& m_log;
+    std::optional<SystemBus> m_bus;
+};
+
+template <>
+IPlayerControl& Session::Get();
+template <>
+IBroadcastData& Session::Get();
+template <>
+IIPTVDataSubscriber& Session::Get();
+template <>
+IIPGUtil& Session::Get();
+
+} // namespace zviptv::ctl

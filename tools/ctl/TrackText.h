@@ -1,0 +1,34 @@
+#pragma once
+
+#include "Commands.h"
+#include "Print.h"
+#include "Session.h"
+
+#include <string>
+
+namespace zviptv::ctl {
+
+/// The ISO 639 code, or a dash.
+std::string LanguageWord(EZVLanguageCode language);
+
+/// "eng, ac3, 2 channels, pid 0x0101"
+std::string AudioText(ZVAudio const& audio);
+
+std::string LockWord(bool locked);
+
+/// Entries of one of the service's lists: asks for each until the service has no more.
+template <typename Record, typename Get>
+std::vector<Record> Collect(Session& session, std::string const& method, unsigned int size, Get get)
+{
+    std::vector<Record> records;
+    for (unsigned int index = 0; index < size; ++index) {
+        Record record{};
+        if (!session.Ask(method, [&] { return get(index, record); })) {
+            break;
+        }
+        records.push_back(record);
+    }
+    return records;
+}
+
+} // namespace zviptv::ctl

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "LiveLine.h"
+#include "Loop.h"
+#include "OutputFile.h"
+#include "PidTraffic.h"
+#include "ServiceWatch.h"
+#include "Session.h"
+#include "Subscription.h"
+
+#include <json/value.h>
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+namespace zviptv::ctl {
+
+struct WatchOptions
+{
+    std::optional<std::chrono::milliseconds> duration;
+    bool asJson = false;
+};
+
+/// The command `watch`: an application that lives long, and tells what it sees when the service comes and
+/// goes.
+class Watch
+{
+public:
+    Watch(Session& session, WatchOptions options);
+
+    /// Until time is over or the user ends it. Throws a Failure when the service is away then.
+    ExitCode Run();
+
+private:
+    enum class State
+    {
+        Connected,
+        Losing, ///< the service is gone, the interface objects have not noticed yet
+        Away
+    };
+
+    void Connect();
+    void Introduce();
+    void Subscribe();
+    void Tick();
+    void OnService(ServiceWatch::Event event);
+    void OnEvents();
+    void TellLoss();
+    void TellFactory();
+    void TellSubscriber();
+    void Conclude();
+
+    void Say(char const* event, std::string const& text);
+    void Write(Json::Value const& json, std::string const& text);
+
+    Session& m_session;
+    WatchOptions const m_options;
+    OutputFile m_out;
+    LiveLine m_live;
+    Loop m_loop;
+    State m_state = State::Away;
+    bool m_isServicePresent = true;
+    bool m_isBusClosed = false;
+    std::string m_lastTrouble;
+    std::optional<Failure> m_writeFailure;
+    std::optional<Subscription> m_subscription;
+    PidTraffic m_traffic;
+};
+
+} // namespace zviptv::ctl
