@@ -92,9 +92,11 @@ CConnectionHelperDBusServer::CConnectionHelperDBusServer() : m_state(std::make_u
         return;
     }
     ZV_LOG_INFO_LINE("XML parsed 3");
-    state.m_Owner.Begin(g_bus_own_name_on_connection(state.m_pServCon.get(), CONNECTION_NAME,
-                                                     G_BUS_NAME_OWNER_FLAGS_NONE, m_NameAcquired, m_NameLost,
-                                                     nullptr, nullptr));
+    if (zviptv::IsOpen(state.m_pServCon)) {
+        state.m_Owner.Begin(g_bus_own_name_on_connection(state.m_pServCon.get(), CONNECTION_NAME,
+                                                         G_BUS_NAME_OWNER_FLAGS_NONE, m_NameAcquired,
+                                                         m_NameLost, nullptr, nullptr));
+    }
     ZV_LOG_INFO_LINE("RegistID:%d, m_pServCon:0x%p", static_cast<int>(state.m_Regist.Id()),
                      static_cast<void*>(state.m_pServCon.get()));
     if (state.m_Owner.Id() == 0) {

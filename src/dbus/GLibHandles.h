@@ -29,6 +29,12 @@ Owned<T> Share(T* object)
     return Owned<T>(object == nullptr ? nullptr : static_cast<T*>(g_object_ref(object)));
 }
 
+/// GIO subscribes and owns names on an open connection only, and takes anything else for a programming error.
+inline bool IsOpen(Owned<GDBusConnection> const& connection)
+{
+    return connection != nullptr && g_dbus_connection_is_closed(connection.get()) == FALSE;
+}
+
 /// Receives and owns a GError.
 class Error
 {

@@ -35,16 +35,6 @@ char const* const CProxyDBusHelper::INTERFACE_XML =
 GDBusInterfaceVTable const CProxyDBusHelper::m_vtable = {
     CProxyDBusHelper::m_MethodCallback, nullptr, nullptr, {}};
 
-namespace {
-
-/// GIO subscribes on an open connection only, and takes anything else for a programming error.
-bool IsOpen(Owned<GDBusConnection> const& connection)
-{
-    return connection != nullptr && g_dbus_connection_is_closed(connection.get()) == FALSE;
-}
-
-} // namespace
-
 CProxyDBusHelper::CProxyDBusHelper(std::string name) : m_state(std::make_unique<State>(this))
 {
     State& state = *m_state;
@@ -111,7 +101,7 @@ int CProxyDBusHelper::m_CreatePartnerProxy()
     std::string const partner = state.CurrentLink().partner;
     ZV_LOG_INFO_LINE("Monitor partner [%s] connection ", partner.c_str());
     guint watch = 0;
-    if (IsOpen(state.m_connection) && g_dbus_is_name(partner.c_str()) != FALSE) {
+    if (zviptv::IsOpen(state.m_connection) && g_dbus_is_name(partner.c_str()) != FALSE) {
         // Under the guard: a loss that another thread handles at once has to find the watch.
         std::lock_guard<std::mutex> const lock(state.m_guard);
         watch = g_bus_watch_name_on_connection(
@@ -128,7 +118,7 @@ int CProxyDBusHelper::m_CreatePartnerProxy()
     Owned<GDBusProxy> proxy;
     if (g_variant_is_object_path(state.m_object_name.c_str()) == FALSE) {
         error.Set(G_IO_ERROR_INVALID_ARGUMENT, "The channel's name makes no valid object path");
-    } else if (!IsOpen(state.m_connection)) {
+    } else if (!zviptv::IsOpen(state.m_connection)) {
         error.Set(G_IO_ERROR_CLOSED, "The connection is closed");
     } else {
         proxy.reset(g_dbus_proxy_new_sync(state.m_connection.get(), G_DBUS_PROXY_FLAGS_DO_NOT_LOAD_PROPERTIES,
@@ -144,7 +134,7 @@ int CProxyDBusHelper::m_CreatePartnerProxy()
                       static_cast<int>(watch), partner.c_str(), state.m_object_name.c_str());
 
     zviptv::SignalSubscription subscription;
-    if (IsOpen(state.m_connection)) {
+    if (zviptv::IsOpen(state.m_connection)) {
         subscription = zviptv::SignalSubscription(
             state.m_connection.get(),
             g_dbus_connection_signal_subscribe(

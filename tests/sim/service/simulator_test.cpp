@@ -1,4 +1,4 @@
-#include "../NaiveReassembly.h"
+#include "../stream/NaiveReassembly.h"
 #include "Application.h"
 
 #include "PrivateBus.h"

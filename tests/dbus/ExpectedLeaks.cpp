@@ -1,0 +1,20 @@
+#include "ExpectedLeaks.h"
+
+namespace {
+bool expected = false;
+}
+
+/// Asked by LeakSanitizer, where there is one, at the end of the process.
+extern "C" __attribute__((visibility("default"))) int __lsan_is_turned_off()
+{
+    return expected ? 1 : 0;
+}
+
+namespace zviptv::test {
+
+void ExpectLeaks()
+{
+    expected = true;
+}
+
+} // namespace zviptv::test

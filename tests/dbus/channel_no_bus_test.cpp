@@ -1,0 +1,148 @@
+#include "ChannelFixture.h"
+#include "GLibObjects.h"
+
+#include <cstdlib>
+
+using namespace zviptv::test;
+using testing::ElementsAre;
+
+namespace {
+
+/// There is no bus where the environment says.
+class ChannelWithoutBus : public testing::Test
+{
+protected:
+    ChannelWithoutBus() { setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/bus", 1); }
+
+    LogCapture m_log;
+};
+
+/// "[code] message" of GIO's own failure to connect.
+std::string ConnectFailure()
+{
+    GError* error = nullptr;
+    EXPECT_EQ(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, &error), nullptr);
+    std::string const text = "[" + std::to_string(error->code) + "] " + error->message;
+    g_error_free(error);
+    return text;
+}
+
+TEST_F(ChannelWithoutBus, IsConstructedAndSaysWhy)
+{
+    CProxyDBusHelper channel("IPGUTIL");
+    std::string const function = "CProxyDBusHelper";
+    EXPECT_THAT(
+        SaidIn(m_log),
+        ElementsAre(Info(function, "Constructor - IPGUTIL"), Info(function, "XML parsed"),
+                    Info(function, "Getting connection to DBUS"),
+                    Failed(function, "Error while connecting to system bus " + ConnectFailure() + "\n")));
+}
+
+TEST_F(ChannelWithoutBus, EverythingFailsQuietly)
+{
+    {
+        CProxyDBusHelper channel("IPGUTIL");
+        EXPECT_EQ(channel.GetPublicName(), "");
+        EXPECT_FALSE(channel.IsConnectionReady());
+        m_log.Clear();
+        EXPECT_EQ(channel.Connect(":1.1"), 0);
+        EXPECT_THAT(SaidIn(m_log),
+                    ElementsAre(Info("Connect", ""),
+                                Info("m_CreatePartnerProxy", "Monitor partner [:1.1] connection "),
+                                Failed("m_CreatePartnerProxy", "Error while g_dbus_proxy_new_sync")));
+        EXPECT_FALSE(channel.IsConnectionReady());
+        m_log.Clear();
+        CMessageBuffer message;
+        CMessageBuffer reply;
+        EXPECT_EQ(channel.SendMessage(message, reply, 0), 0);
+        EXPECT_EQ(channel.SendMessage(message, reply, 1), 0);
+        EXPECT_EQ(channel.SendNotification(message), 0);
+        EXPECT_THAT(SaidIn(m_log), ElementsAre(Failed("m_SendSyncMessage", "Connection not set."),
+                                               Failed("m_SendAsyncMessage", "Connection not set."),
+                                               Failed("SendNotification", "Connection not set.")));
+        m_log.Clear();
+    }
+    EXPECT_THAT(SaidIn(m_log), ElementsAre(Failed("~CProxyDBusHelper", "")));
+    RunPending();
+}
+
+/// A bus that dies with the process living on.
+class ChannelOfADyingBus : public ChannelTest
+{
+protected:
+    void KillTheBus()
+    {
+        m_bus.Kill();
+        ASSERT_TRUE(RunUntil([this] { return g_dbus_connection_is_closed(m_connection.get()) != FALSE; }));
+    }
+
+    ConnectionPtr m_connection = SharedConnection();
+};
+
+TEST_F(ChannelOfADyingBus, LossWithoutConnectionIsAnErrorLineAndChangesNothing)
+{
+    TestChannel channel;
+    int losses = 0;
+    channel.onDisconnect = [&](std::string const&, std::string const&) { ++losses; };
+    ConnectAndSettle(channel);
+    KillTheBus();
+    ASSERT_TRUE(RunUntilSaid(ZV_LOG_ERROR, "Empty user_data or connection not valid."));
+    RunPending();
+    std::string const function = "m_PartnerNameVanishedCallback";
+    EXPECT_THAT(SaidIn(m_log),
+                ElementsAre(Info(function, "m_PartnerNameVanishedCallback name=" + m_partner.Name()),
+                            Failed(function, "Empty user_data or connection not valid.")));
+    EXPECT_TRUE(channel->IsConnectionReady());
+    EXPECT_EQ(losses, 0);
+}
+
+TEST_F(ChannelOfADyingBus, SendsFailAndSayThatTheConnectionIsClosed)
+{
+    TestChannel channel;
+    ConnectAndSettle(channel);
+    KillTheBus();
+    m_log.Clear();
+    CMessageBuffer message = Message({{"k", "v"}});
+    CMessageBuffer reply = Message({{"kept", "as it was"}});
+    EXPECT_EQ(channel->SendMessage(message, reply, 0), 0);
+    EXPECT_TRUE(m_log.Has(ZV_LOG_ERROR, "Error while sending message [18] The connection is closed"));
+    EXPECT_EQ(channel->SendNotification(message), 0);
+    EXPECT_TRUE(m_log.Has(ZV_LOG_ERROR, "Error while sending signal [18] The connection is closed"));
+    EXPECT_EQ(channel->SendMessage(message, reply, 1), 1);
+    EXPECT_TRUE(RunUntilSaid(ZV_LOG_DEBUG, "Error received: 'The connection is closed'"));
+    EXPECT_EQ(EntriesOf(reply), Entries({{"kept", "as it was"}}));
+}
+
+TEST_F(ChannelOfADyingBus, ConstructingAndConnectingDoesNoHarm)
+{
+    KillTheBus();
+    {
+        CProxyDBusHelper channel("IPGUTIL");
+        channel.Connect(m_partner.Name());
+        CMessageBuffer message;
+        EXPECT_EQ(channel.SendNotification(message), 0);
+        EXPECT_EQ(channel.Connect("org.corvel.test.Partner"), 0);
+        EXPECT_FALSE(channel.IsConnectionReady());
+        RunPending();
+    }
+    RunPending();
+}
+
+TEST_F(ChannelOfADyingBus, ASyncSendEndsWhenTheBusDies)
+{
+    CProxyDBusHelper channel("IPGUTIL");
+    ASSERT_EQ(channel.Connect(m_partner.Name()), 1);
+    m_partner.SetHandler([](WireMessage const&) { return WireAnswer::Nothing(); });
+    std::thread killer([this] {
+        m_partner.WaitFor(IsCall("Send"));
+        m_bus.Kill();
+    });
+    CMessageBuffer message;
+    CMessageBuffer reply;
+    auto const start = std::chrono::steady_clock::now();
+    EXPECT_EQ(channel.SendMessage(message, reply, 0), 0);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1900));
+    killer.join();
+}
+
+} // namespace

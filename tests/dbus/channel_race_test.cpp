@@ -1,0 +1,201 @@
+#include "ChannelFixture.h"
+
+#include <atomic>
+#include <thread>
+
+using namespace zviptv::test;
+
+namespace {
+
+constexpr int Rounds = 200;
+
+/// What a channel's handlers touch. It is freed as soon as the channel is gone, so that a memory checker sees
+/// every late call; the counters tell without one.
+struct Probe
+{
+    explicit Probe(std::atomic<int>& ended) : lateCalls(ended) {}
+
+    void Touch()
+    {
+        ++touched;
+        for (int i = 0; i < 20; ++i) { // so that the channel is often destroyed just here
+            std::this_thread::yield();
+        }
+        if (gone) {
+            ++lateCalls;
+        }
+    }
+
+    std::atomic<bool> gone{false};
+    std::atomic<int> touched{0};
+    std::atomic<int>& lateCalls;
+};
+
+CMessageBuffer OnMessage(CMessageBuffer&, void* probe)
+{
+    static_cast<Probe*>(probe)->Touch();
+    return CMessageBuffer();
+}
+
+void OnNotification(CMessageBuffer&, void* probe)
+{
+    static_cast<Probe*>(probe)->Touch();
+}
+
+/// Channels are destroyed by the test's thread while the loop's thread delivers to them.
+class DestroyedMeanwhile : public BusTest
+{
+protected:
+    /// Rounds of: connect, have `flood` sent, wait for a few deliveries, destroy.
+    void Run(std::function<void(WireTarget const&)> const& flood, char const* member)
+    {
+        for (int round = 0; round < Rounds; ++round) {
+            auto probe = std::make_unique<Probe>(m_lateCalls);
+            auto channel = std::make_unique<CProxyDBusHelper>("IPGUTIL");
+            channel->SetCallback(OnMessage, OnNotification, probe.get());
+            ASSERT_EQ(channel->Connect(m_partner.Name()), 1);
+            flood(
+                {channel->GetPublicName(), std::string(ChannelObject) + "IPGUTIL", ChannelInterface, member});
+            int const enough = round % 40;
+            ASSERT_TRUE(WaitUntil([&] { return probe->touched >= enough; }, patience));
+            channel.reset();
+            probe->gone = true;
+            int const touched = probe->touched;
+            m_loop.Run([] {}); // whatever was under way on the loop's thread has ended
+            ASSERT_EQ(probe->touched, touched);
+        }
+        EXPECT_EQ(m_lateCalls, 0);
+    }
+
+    std::atomic<int> m_lateCalls{0};
+    CProxyDBusHelper m_other{"PLAYERCONTROL"}; // keeps the connection
+    LoopThread m_loop;
+};
+
+TEST_F(DestroyedMeanwhile, ByAFloodOfNotifications)
+{
+    m_partner.SetRecording(false);
+    Run(
+        [this](WireTarget const& target) {
+            m_partner.EmitMany(target, Entries({{"k", "v"}}), 100);
+        },
+        "SendSignal");
+}
+
+TEST_F(DestroyedMeanwhile, ByAFloodOfCalls)
+{
+    m_partner.SetRecording(false);
+    auto const flood = [this](WireTarget const& target) {
+        for (int i = 0; i < 100; ++i) {
+            m_partner.CallWithoutReply(target, Entries({{"k", "v"}}));
+        }
+    };
+    Run(flood, "Send");
+}
+
+/// Where the disconnect handler of a channel that another thread destroys finds what it needs.
+std::atomic<int> losses{0};
+
+TEST_F(DestroyedMeanwhile, ByThePartnersLoss)
+{
+    for (int round = 0; round < Rounds; ++round) {
+        losses = 0;
+        WirePeer partner;
+        auto channel = std::make_unique<CProxyDBusHelper>("IPGUTIL");
+        channel->SetDisconnectNotiCB([](std::string, std::string, void*) { ++losses; }, nullptr);
+        ASSERT_EQ(channel->Connect(partner.Name()), 1);
+        partner.Disconnect();
+        if (round % 3 == 0) {
+            ASSERT_TRUE(m_partner.WaitForOwner(partner.Name(), false));
+        }
+        if (round % 3 == 1) {
+            ASSERT_TRUE(WaitUntil([&] { return !channel->IsConnectionReady(); }, patience));
+        }
+        channel.reset();
+        m_loop.Run([] {});
+        ASSERT_LE(losses, 1);
+        if (round % 3 == 1) {
+            ASSERT_EQ(losses, 1);
+        }
+    }
+}
+
+TEST_F(DestroyedMeanwhile, ByCompletionsOfAsynchronousSends)
+{
+    m_partner.SetRecording(false);
+    m_partner.SetHandler([](WireMessage const&) { return Entries({{"k", "v"}}); });
+    for (int round = 0; round < Rounds; ++round) {
+        CProxyDBusHelper channel("IPGUTIL");
+        ASSERT_EQ(channel.Connect(m_partner.Name()), 1);
+        for (int i = 0; i < 20; ++i) {
+            CMessageBuffer message;
+            CMessageBuffer reply;
+            ASSERT_EQ(channel.SendMessage(message, reply, 1), 1);
+        }
+    }
+}
+
+/// The channel as its user holds it: behind a lock that the disconnect handler and others take.
+struct Holder
+{
+    void Destroy()
+    {
+        std::lock_guard<std::mutex> const lock(mutex);
+        channel.reset();
+    }
+
+    std::mutex mutex;
+    std::unique_ptr<CProxyDBusHelper> channel;
+    std::atomic<int> losses{0};
+};
+
+TEST_F(DestroyedMeanwhile, ByItsOwnDisconnectHandlerOnTheLoopsThread)
+{
+    Holder holder;
+    auto const onLoss = [](std::string, std::string, void* data) {
+        auto& self = *static_cast<Holder*>(data);
+        self.Destroy();
+        ++self.losses;
+    };
+    for (int round = 0; round < Rounds; ++round) {
+        WirePeer partner;
+        holder.channel = std::make_unique<CProxyDBusHelper>("IPGUTIL");
+        holder.channel->SetDisconnectNotiCB(onLoss, &holder);
+        ASSERT_EQ(holder.channel->Connect(partner.Name()), 1);
+        partner.Disconnect();
+        if (round % 2 == 0) {
+            ASSERT_TRUE(m_partner.WaitForOwner(partner.Name(), false));
+        }
+        holder.Destroy();
+        m_loop.Run([] {});
+        ASSERT_LE(holder.losses, round + 1);
+    }
+}
+
+/// A sender on one thread, the loss on the loop's, again and again on the same channel.
+TEST_F(DestroyedMeanwhile, NotAtAllButLostWhileSending)
+{
+    CProxyDBusHelper channel("IPGUTIL");
+    std::atomic<bool> stop{false};
+    std::thread sender([&] {
+        while (!stop) {
+            CMessageBuffer message = Message({{"k", "v"}});
+            CMessageBuffer reply;
+            channel.SendMessage(message, reply, 0);
+            channel.SendMessage(message, reply, 1);
+            channel.SendNotification(message);
+        }
+    });
+    for (int round = 0; round < Rounds / 4; ++round) {
+        WirePeer partner;
+        partner.SetHandler([](WireMessage const&) { return WireEntries(); });
+        EXPECT_EQ(channel.Connect(partner.Name()), 1);
+        EXPECT_TRUE(partner.WaitFor(IsCall("Send")));
+        partner.Disconnect();
+        EXPECT_TRUE(WaitUntil([&] { return !channel.IsConnectionReady(); }, patience));
+    }
+    stop = true;
+    sender.join();
+}
+
+} // namespace

@@ -1,0 +1,95 @@
+#pragma once
+
+#include <zviptv/IPTVServiceAPI.h>
+
+#include <gtest/gtest.h>
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace zviptv::test {
+
+/// One of the proxies, for what holds for all of them.
+struct ProxyKind
+{
+    char const* name;
+    char const* type;
+    char const* file;
+    char const* className;
+    /// Creates, and gives the object's address or null.
+    void* (*create)(IPTVProfile profile, int id);
+    int (*destroy)();
+    /// One request that carries the handle, if any does.
+    void (*request)(void* object);
+};
+
+inline void PrintTo(ProxyKind const& kind, std::ostream* out)
+{
+    *out << kind.name;
+}
+
+inline std::string KindName(testing::TestParamInfo<ProxyKind> const& info)
+{
+    return info.param.name;
+}
+
+template <typename Interface, int (*create)(IPTVProfile, int, Interface**)>
+void* CreateWithHandle(IPTVProfile profile, int id)
+{
+    static int const somewhere = 0;
+    auto* out = reinterpret_cast<Interface*>(const_cast<int*>(&somewhere)); // to be overwritten
+    EXPECT_EQ(create(profile, id, &out), 0);
+    return out;
+}
+
+inline void* CreateGuideWithoutHandle(IPTVProfile /*profile*/, int /*id*/)
+{
+    IIPGUtil* guide = nullptr;
+    EXPECT_EQ(CIPTVServiceAPI::CreateIPGUtil(&guide), 0);
+    return guide;
+}
+
+/// The proxies that need the service when they are created, and that have a handle.
+inline std::vector<ProxyKind> KindsWithHandle()
+{
+    using Api = CIPTVServiceAPI;
+    return {
+        {"PlayerControl", "PLAYERCONTROL", "PlayerControlProxy.cpp", "CPlayerControlProxy",
+         CreateWithHandle<IPlayerControl, Api::CreatePlayerControl>, Api::DestroyPlayerControl,
+         [](void* object) { EXPECT_TRUE(static_cast<IPlayerControl*>(object)->MuteAudio(true)); }},
+        {"BroadcastData", "BROADCASTDATA", "BroadcastDataProxy.cpp", "CBroadcastDataProxy",
+         CreateWithHandle<IBroadcastData, Api::CreateBroadcastData>, Api::DestroyBroadcastData,
+         [](void* object) { EXPECT_TRUE(static_cast<IBroadcastData*>(object)->UnMuteByRatingPin()); }},
+        {"DataSubscriber", "IPTVDATASUBSCRIBER", "IPTVDataSubscriberProxy.cpp", "CIPTVDataSubscriberProxy",
+         CreateWithHandle<IIPTVDataSubscriber, Api::CreateIPTVDataSubscriber>, Api::DestroyIPTVDataSubscriber,
+         [](void* object) {
+             int key = 0;
+             EXPECT_TRUE(static_cast<IIPTVDataSubscriber*>(object)->SubscribeForPES([](ZVPESData&, void*) {},
+                                                                                    nullptr, key));
+         }},
+    };
+}
+
+inline ProxyKind GuideKind()
+{
+    return {"ProgramGuide",
+            "IPGUTIL",
+            "IPGUtilProxy.cpp",
+            "CIPGUtilProxy",
+            CreateGuideWithoutHandle,
+            CIPTVServiceAPI::DestroyIPGUtil,
+            [](void* object) {
+                std::string genre;
+                EXPECT_TRUE(static_cast<IIPGUtil*>(object)->GetGenre(1, genre));
+            }};
+}
+
+inline std::vector<ProxyKind> AllKinds()
+{
+    std::vector<ProxyKind> kinds = KindsWithHandle();
+    kinds.push_back(GuideKind());
+    return kinds;
+}
+
+} // namespace zviptv::test

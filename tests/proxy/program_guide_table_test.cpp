@@ -1,0 +1,195 @@
+#include "MethodTable.h"
+
+using namespace zviptv::test;
+
+namespace {
+
+using Row = Method<IIPGUtil>;
+
+constexpr unsigned long long largest = 18446744073709551615ULL;
+
+/// A query that fills a text; "untouched" shows that it did not.
+template <typename Query>
+std::function<Outcome(IIPGUtil&)> TextQuery(Query query)
+{
+    return [query](IIPGUtil& guide) {
+        std::string text = "untouched";
+        bool const result = query(guide, text);
+        return Outcome{result, text};
+    };
+}
+
+Row TextRow(std::function<Outcome(IIPGUtil&)> call, WireEntries request)
+{
+    std::string const function = request.front().bytes;
+    return {
+        function,    function,   std::move(call), std::move(request), {{"data", " a text\n", Decoding::Text}},
+        " a text\n", "untouched"};
+}
+
+std::vector<Row> TextRows()
+{
+    return {
+        TextRow(
+            TextQuery([](IIPGUtil& guide, std::string& text) { return guide.GetProgram(4294967295U, text); }),
+            Entries({{"functionname", "GetProgram"}, {"index", "4294967295"}})),
+        TextRow(TextQuery([](auto& guide, auto& text) { return guide.GetPresentProgram(largest, text); }),
+                Entries({{"functionname", "GetPresentProgram"}, {"inID", "18446744073709551615"}})),
+        TextRow(
+            TextQuery([](auto& guide, auto& text) { return guide.FindProgram(largest, 4294967295U, text); }),
+            Entries({{"functionname", "FindProgram"},
+                     {"inID", "18446744073709551615"},
+                     {"eventID", "4294967295"}})),
+        TextRow(TextQuery([](auto& guide, auto& text) { return guide.GetRating(2147483648U, text); }),
+                Entries({{"functionname", "GetRating"}, {"eventID", "2147483648"}})),
+        TextRow(TextQuery([](auto& guide, auto& text) { return guide.GetGenre(0, text); }),
+                Entries({{"functionname", "GetGenre"}, {"eventID", "0"}})),
+        TextRow(TextQuery([](auto& guide, auto& text) {
+                    return guide.GetProgramList(12345678901ULL, 4000000000U, 3600, text);
+                }),
+                Entries({{"functionname", "GetProgramList"},
+                         {"inID", "12345678901"},
+                         {"startTime", "4000000000"},
+                         {"duration", "3600"}})),
+    };
+}
+
+std::vector<Row> NumberRows()
+{
+    return {
+        {"ExistXmlForIPG",
+         "ExistXmlForIPG",
+         Getter(&IIPGUtil::ExistXmlForIPG, false),
+         Entries({{"functionname", "ExistXmlForIPG"}}),
+         {{"data", "-3", Decoding::Stoi}},
+         "1",
+         "0"},
+        {"GetProgramListSize",
+         "GetProgramListSize",
+         [](IIPGUtil& guide) {
+             int size = 77;
+             bool const result = guide.GetProgramListSize(largest, 4294967295U, 4294967294U, size);
+             return Outcome{result, ShowAll(size)};
+         },
+         Entries({{"functionname", "GetProgramListSize"},
+                  {"inID", "18446744073709551615"},
+                  {"startTime", "4294967295"},
+                  {"duration", "4294967294"}}),
+         {{"data", "-5", Decoding::Stoi}},
+         "-5",
+         "77"},
+        {"CloneUSBToTV",
+         "CloneUSBToTV",
+         [](IIPGUtil& guide) {
+             bool done = false;
+             bool const result = guide.CloneUSBToTV("/media/usb 1/\xc3\xa4", done);
+             return Outcome{result, ShowAll(done)};
+         },
+         Entries({{"functionname", "CloneUSBToTV"}, {"path", "/media/usb 1/\xc3\xa4"}}),
+         {{"data", "2", Decoding::Stoi}},
+         "1",
+         "0"},
+    };
+}
+
+std::vector<Row> All()
+{
+    std::vector<Row> rows = TextRows();
+    for (Row& row : NumberRows()) {
+        rows.push_back(std::move(row));
+    }
+    return rows;
+}
+
+class ProgramGuideTable : public ServiceTest, public testing::WithParamInterface<Row>
+{
+protected:
+    Lines CallLines() const { return LinesOf(m_log, "IPGUtilProxy.cpp: " + GetParam().function); }
+
+    void Answer(WireEntries const& entries)
+    {
+        m_service.AnswerWith(GetParam().request.front().bytes, entries);
+    }
+};
+
+TEST_P(ProgramGuideTable, SendsAndDecodes)
+{
+    IIPGUtil& guide = *CreateGuide();
+    std::string const data = GetParam().reply.front().value;
+    Answer(Entries({{"data", data}}));
+    m_log.Clear();
+    Outcome const outcome = GetParam().call(guide);
+    EXPECT_TRUE(outcome.result);
+    EXPECT_EQ(outcome.outputs, GetParam().decoded);
+    EXPECT_EQ(CallLines(), (Lines{{ZV_LOG_INFO, ""}, {ZV_LOG_INFO, "Receive data : " + data}}));
+    ASSERT_EQ(m_service.Requests().size(), 1U);
+    WireMessage const request = m_service.LastRequest();
+    EXPECT_EQ(request.entries, GetParam().request);
+    EXPECT_TRUE(request.HasOnlyByteArrays());
+    EXPECT_EQ(request.path, "/org/corvel/zviptvapi/DbusCommunication/IPGUTIL");
+}
+
+TEST_P(ProgramGuideTable, ResultOfTheServiceDoesNotCount)
+{
+    IIPGUtil& guide = *CreateGuide();
+    std::string const data = GetParam().reply.front().value;
+    for (std::string const result : {"0", "1", "no number"}) {
+        Answer(Entries({{"result_internal", result}, {"data", data}}));
+        Outcome const outcome = GetParam().call(guide);
+        EXPECT_TRUE(outcome.result);
+        EXPECT_EQ(outcome.outputs, GetParam().decoded);
+    }
+}
+
+TEST_P(ProgramGuideTable, FailedExchangeLeavesOutputsUntouched)
+{
+    IIPGUtil& guide = *CreateGuide();
+    m_service.AnswerError(GetParam().request.front().bytes);
+    m_log.Clear();
+    Outcome const outcome = GetParam().call(guide);
+    EXPECT_FALSE(outcome.result);
+    EXPECT_EQ(outcome.outputs, GetParam().start);
+    EXPECT_EQ(CallLines(), (Lines{{ZV_LOG_INFO, ""}, {ZV_LOG_ERROR, "SendMessage failed."}}));
+}
+
+/// An answer without data is an empty text, and no number.
+TEST_P(ProgramGuideTable, AnswerWithoutData)
+{
+    IIPGUtil& guide = *CreateGuide();
+    Answer({});
+    m_log.Clear();
+    if (HasNumbers(GetParam())) {
+        EXPECT_EQ(FailureOf([&] { GetParam().call(guide); }), "invalid_argument: stoi");
+    } else {
+        Outcome const outcome = GetParam().call(guide);
+        EXPECT_TRUE(outcome.result);
+        EXPECT_EQ(outcome.outputs, "");
+    }
+    EXPECT_EQ(CallLines(), (Lines{{ZV_LOG_INFO, ""}, {ZV_LOG_INFO, "Receive data : "}}));
+}
+
+std::string NameOfRow(testing::TestParamInfo<Row> const& info)
+{
+    return info.param.name;
+}
+
+INSTANTIATE_TEST_SUITE_P(ProgramGuide, ProgramGuideTable, testing::ValuesIn(All()), NameOfRow);
+
+class ProgramGuideNumbers : public ProgramGuideTable
+{
+};
+
+TEST_P(ProgramGuideNumbers, ThrowsOnMalformedNumbers)
+{
+    IIPGUtil& guide = *CreateGuide();
+    Answer(Entries({{"data", "abc"}}));
+    EXPECT_EQ(FailureOf([&] { GetParam().call(guide); }), "invalid_argument: stoi");
+    Answer(Entries({{"data", "2147483648"}}));
+    EXPECT_EQ(FailureOf([&] { GetParam().call(guide); }), "out_of_range: stoi");
+    Answer(Entries({{"data", "  " + GetParam().reply.front().value + "xyz"}}));
+    EXPECT_EQ(GetParam().call(guide).outputs, GetParam().decoded);
+}
+
+INSTANTIATE_TEST_SUITE_P(ProgramGuide, ProgramGuideNumbers, testing::ValuesIn(NumberRows()), NameOfRow);
+
+} // namespace

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "guide/Guide.h"
+#include "guide/GuideWarnings.h"
+#include "guide/ServiceNumbers.h"
+#include "guide/XmlParser.h"
+
+#include <memory>
+
+namespace zviptv::sim {
+
+struct LoadedGuide
+{
+    std::shared_ptr<Guide const> guide;
+    GuideWarnings warnings;
+};
+
+/// Reads an XMLTV document. `name` is the document's in errors. @throws GuideError "name:line:column: …"
+LoadedGuide ReadGuide(std::string const& name, ReadBytes const& read, ServiceNames const& serviceNames = {});
+
+/// Reads an XMLTV file. @throws GuideError when it cannot be read, and as ReadGuide() does
+LoadedGuide LoadGuide(std::string const& path, ServiceNames const& serviceNames = {});
+
+} // namespace zviptv::sim

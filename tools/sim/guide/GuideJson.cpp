@@ -1,0 +1,99 @@
+#include "guide/GuideJson.h"
+
+#include "guide/GuideDetails.h"
+
+#include <json/json.h>
+
+namespace zviptv::sim {
+
+namespace {
+
+Json::Value ToJson(std::string_view text)
+{
+    return Json::Value(text.data(), text.data() + text.size());
+}
+
+Json::Value ToJson(std::vector<std::string_view> const& texts)
+{
+    Json::Value array(Json::arrayValue);
+    for (std::string_view const text : texts)
+        array.append(ToJson(text));
+    return array;
+}
+
+Json::Value ToJson(GuideVersion const& version)
+{
+    Json::Value object(Json::objectValue);
+    object["language"] = ToJson(version.language);
+    object["title"] = ToJson(version.title);
+    object["subtitle"] = ToJson(version.subtitle);
+    object["description"] = ToJson(version.description);
+    object["genres"] = ToJson(version.genres);
+    return object;
+}
+
+Json::Value ToJson(GuideRating const& rating)
+{
+    Json::Value object(Json::objectValue);
+    object["system"] = ToJson(rating.system);
+    object["value"] = ToJson(rating.value);
+    object["minimum_age"] = rating.minimumAge ? Json::Value(*rating.minimumAge) : Json::Value();
+    return object;
+}
+
+Json::Value ToJson(Guide const& guide, std::uint32_t position)
+{
+    GuideEntry const& entry = guide.At(position);
+    GuideService const& service = guide.ServiceOf(entry);
+    GuideDetails const details = Describe(guide, position);
+    Json::Value object = ToJson(details.main);
+    object["service_id"] = std::to_string(service.id);
+    object["channel"] = ToJson(guide.Text(service.name));
+    object["event_id"] = entry.eventId;
+    object["start_time"] = entry.start;
+    object["duration"] = entry.duration;
+    object["rating"] = details.rating ? ToJson(*details.rating) : Json::Value();
+    object["icon"] = ToJson(details.icon);
+    object["episode"] = ToJson(details.episode);
+    object["translations"] = Json::Value(Json::arrayValue);
+    for (GuideVersion const& version : details.translations)
+        object["translations"].append(ToJson(version));
+    return object;
+}
+
+std::string Write(Json::Value const& value)
+{
+    Json::StreamWriterBuilder style;
+    style["indentation"] = "";
+    style["commentStyle"] = "None";
+    style["emitUTF8"] = true;
+    return Json::writeString(style, value);
+}
+
+} // namespace
+
+std::string ProgrammeJson(Guide const& guide, std::uint32_t position)
+{
+    return Write(ToJson(guide, position));
+}
+
+std::string ProgrammesJson(Guide const& guide, GuideRange range)
+{
+    std::string list = "[";
+    for (std::uint32_t i = 0; i < range.count; ++i)
+        list += (i == 0 ? "" : ",") + ProgrammeJson(guide, range.first + i);
+    return list + "]";
+}
+
+std::string RatingJson(Guide const& guide, std::uint32_t position)
+{
+    auto const rating = Describe(guide, position).rating;
+    return rating ? Write(ToJson(*rating)) : std::string();
+}
+
+std::string GenresJson(Guide const& guide, std::uint32_t position)
+{
+    return Write(ToJson(Describe(guide, position).main.genres));
+}
+
+} // namespace zviptv::sim

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "guide/Guide.h"
+
+#include <string>
+
+namespace zviptv::sim {
+
+/// Answers of the guide as one line of JSON in UTF-8. docs/guide.md has their members.
+std::string ProgrammeJson(Guide const& guide, std::uint32_t position);
+std::string ProgrammesJson(Guide const& guide, GuideRange range);
+
+/// Empty when the programme has no rating.
+std::string RatingJson(Guide const& guide, std::uint32_t position);
+std::string GenresJson(Guide const& guide, std::uint32_t position);
+
+} // namespace zviptv::sim

@@ -1,0 +1,89 @@
+#pragma once
+
+#include <cstdint>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+struct XML_ParserStruct;
+
+namespace zviptv::sim {
+
+/// Fills the buffer; 0 at the end. @throws GuideError when reading fails
+using ReadBytes = std::function<std::size_t(char* buffer, std::size_t size)>;
+
+/// The attributes of one element, while its start is handled.
+class XmlAttributes
+{
+public:
+    explicit XmlAttributes(char const* const* pairs) : m_pairs(pairs) {}
+
+    /// Empty when there is none of that name.
+    std::string_view Get(std::string_view name) const;
+
+private:
+    char const* const* m_pairs; ///< name, value, name, value … null
+};
+
+/// Takes what an XmlParser finds. Texts are UTF-8, valid during the call. Exceptions end the parsing.
+class XmlHandler
+{
+public:
+    virtual ~XmlHandler() = default;
+    virtual void OnStart(std::string_view name, XmlAttributes const& attributes) = 0;
+    virtual void OnEnd(std::string_view name) = 0;
+
+    /// A piece of text; it may come in many.
+    virtual void OnText(std::string_view text) = 0;
+};
+
+/// Reads an XML document of any size in pieces. Fetches nothing that a document refers to, and refuses what
+/// would make it grow in memory: entity declarations, tags and comments over MaxTokenSize, deep nesting.
+class XmlParser
+{
+public:
+    static constexpr std::size_t BufferSize = 64 * 1024;
+    static constexpr std::size_t MaxTokenSize = 1024 * 1024;
+    static constexpr unsigned MaxDepth = 64;
+
+    /// `name` is the document's in error messages.
+    XmlParser(std::string name, XmlHandler& handler);
+    XmlParser(XmlParser const&) = delete;
+    XmlParser& operator=(XmlParser const&) = delete;
+    ~XmlParser();
+
+    /// Once only. @throws GuideError "name:line:column: …"
+    void Parse(ReadBytes const& read);
+
+    /// Where parsing is, counting from 1.
+    std::uint64_t Line() const;
+
+    /// @throws GuideError with the name and the place where parsing is
+    [[noreturn]] void Fail(std::string const& text) const;
+
+private:
+    friend struct XmlCallbacks;
+
+    struct Deleter
+    {
+        void operator()(XML_ParserStruct* parser) const noexcept;
+    };
+
+    void ParsePiece(ReadBytes const& read, bool& ended);
+    void CheckTokenSize() const;
+
+    /// Runs a callback of expat's. Exceptions must not pass through it: they stop it and wait in m_failure.
+    template <typename Function>
+    void Guard(Function function) noexcept;
+
+    std::string m_name;
+    XmlHandler& m_handler;
+    std::unique_ptr<XML_ParserStruct, Deleter> m_parser;
+    std::exception_ptr m_failure;
+    std::uint64_t m_fed = 0; ///< bytes
+    unsigned m_depth = 0;
+};
+
+} // namespace zviptv::sim

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "guide/GuideBuilder.h"
+#include "guide/XmlParser.h"
+
+namespace zviptv::sim {
+
+/// Reads an XMLTV document into a builder. Elements that it does not know are passed over.
+class XmltvReader : private XmlHandler
+{
+public:
+    /// Bytes of one text; the rest is left out, with a warning.
+    static constexpr std::size_t MaxTextSize = TextPool::MaxTextSize;
+
+    /// `name` is the document's in error messages.
+    XmltvReader(std::string name, GuideBuilder& builder, GuideWarnings& warnings);
+
+    /// Once only. @throws GuideError when the document is no XMLTV or not well-formed
+    void Read(ReadBytes const& read);
+
+private:
+    enum class Inside
+    {
+        Other,
+        Channel,
+        Programme
+    };
+
+    void OnStart(std::string_view name, XmlAttributes const& attributes) override;
+    void OnEnd(std::string_view name) override;
+    void OnText(std::string_view text) override;
+
+    void StartItem(std::string_view name, XmlAttributes const& attributes);
+    void StartProgramme(XmlAttributes const& attributes);
+    void StartProgrammePart(std::string_view name, XmlAttributes const& attributes);
+    void StartText(GuideField field, std::string_view language);
+    void EndText();
+    void EndProgramme();
+    bool ReadTimes(std::string_view start, std::string_view stop);
+    void AddText(GuideField field, std::string_view text, std::string_view language = {});
+    void Warn(std::string const& text) { m_warnings.Add(m_parser.Line(), text); }
+
+    GuideBuilder& m_builder;
+    GuideWarnings& m_warnings;
+    XmlParser m_parser;
+    unsigned m_depth = 0;
+    Inside m_inside = Inside::Other;
+    bool m_inRating = false;
+    GuideChannel m_channel;
+    ProgrammeDraft m_draft;
+    bool m_keep = false; ///< the programme can be kept
+    std::uint32_t m_programmes = 0;
+    unsigned m_textDepth = 0; ///< of the element whose text is being read; 0: none
+    GuideField m_field = GuideField::Title;
+    std::string m_language;
+    std::string m_text;
+    bool m_cut = false;
+};
+
+} // namespace zviptv::sim
