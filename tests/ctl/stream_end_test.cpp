@@ -30,7 +30,7 @@ TEST_F(StreamTest, EndsAfterSomeSeconds)
     auto const child = StartSubscribed({"pes", "--seconds", "0.01"});
     EXPECT_EQ(0, Finish(*child).code);
     EXPECT_TRUE(IsUnsubscribed());
-    EXPECT_THAT(child->Errors(), StartsWith("zviptvctl: 0 packets, 0 bytes in 0.0 s"));
+    EXPECT_THAT(child->Errors(), StartsWith("zviptvctl: 0 packets, 0 bytes in "));
 }
 
 TEST_F(StreamTest, EndsWhenTheServiceLeaves)

@@ -11,7 +11,7 @@ std::string LanguageWord(EZVLanguageCode language)
 std::string AudioText(ZVAudio const& audio)
 {
     return LanguageWord(audio.language) + ", " + LowerName(audio.encoding) + ", " +
-           std::to_string(audio.channels) + " channels, pid " + ToHex(audio.pid, 4);
+           (audio.channels == 0 ? "" : std::to_string(audio.channels) + " channels, ") + "pid " + ToHex(audio.pid, 4);
 }
 
 std::string LockWord(bool locked)
