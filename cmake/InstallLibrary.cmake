@@ -20,6 +20,7 @@ install(FILES
 
 # Paths relative to the file itself, so that an installation can be moved.
 file(RELATIVE_PATH pc_to_prefix "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
+string(REGEX REPLACE "/$" "" pc_to_prefix "${pc_to_prefix}")
 configure_file("${PROJECT_SOURCE_DIR}/cmake/zv-iptv-service-api.pc.in"
     "${PROJECT_BINARY_DIR}/zv-iptv-service-api.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/zv-iptv-service-api.pc"

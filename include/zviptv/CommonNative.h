@@ -11,6 +11,11 @@ class CProxyDBusHelper;
 /// A general-purpose endpoint: owns one channel, sends through it and receives through two overridable hooks.
 /// The service side of the interface is built from these.
 ///
+/// The bus knows one object per type word in a process: the first endpoint of a type gets the calls of all
+/// applications (CProxyDBusHelper::GetSenderName() tells them apart, CDeferredReply answers later), further ones of
+/// the same type, one for each application to push to, only send. The log then has the line "Error while registering
+/// object" for each of these.
+///
 /// Threads and lifetime are those of CProxyDBusHelper. A subclass that is destroyed on another thread than
 /// the one which iterates the channel's context calls t_StopCallbacks() first thing in its destructor, so
 /// that no hook runs on an object half gone.

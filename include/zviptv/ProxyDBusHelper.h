@@ -24,6 +24,9 @@ struct ChannelAccess;
 /// ends use the same object path. Use: construct, SetCallback, SetDisconnectNotiCB where the loss of the
 /// partner matters, hand GetPublicName() to the partner, Connect(partner), send, destroy.
 ///
+/// A process exports one object per name: of several channels of the same name the first gets the calls, the others
+/// (the log says "Error while registering object") connect and send, and get the notifications of their partners.
+///
 /// Threads: the channel runs no loop of its own. Incoming calls are delivered through the main context that
 /// was the thread default where the channel was constructed, notifications and the loss of the partner
 /// through the one where Connect ran; those contexts must be iterated. Sends may be made from any thread and

@@ -2,7 +2,8 @@
 
 #include <zviptv/Export.h>
 
-/// Priorities of the library's log lines.
+/// Priorities of the library's log lines. Some lines have the error priority although all is well, the one with the
+/// partner's name and the empty one at a channel's end among them: a threshold does not tell good from bad.
 enum EZVLogPriority
 {
     ZV_LOG_DEBUG,

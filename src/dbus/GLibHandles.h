@@ -3,6 +3,7 @@
 #include <gio/gio.h>
 
 #include <memory>
+#include <string>
 #include <utility>
 
 namespace zviptv {
@@ -33,6 +34,17 @@ Owned<T> Share(T* object)
 inline bool IsOpen(Owned<GDBusConnection> const& connection)
 {
     return connection != nullptr && g_dbus_connection_is_closed(connection.get()) == FALSE;
+}
+
+/// A bus name, whole: one with a zero byte would be taken for its beginning.
+inline bool IsBusName(std::string const& name)
+{
+    return name.find('\0') == std::string::npos && g_dbus_is_name(name.c_str()) != FALSE;
+}
+
+inline bool IsObjectPath(std::string const& path)
+{
+    return path.find('\0') == std::string::npos && g_variant_is_object_path(path.c_str()) != FALSE;
 }
 
 /// Receives and owns a GError.

@@ -4,6 +4,7 @@
 #include "message/MessageAccess.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace zviptv::helper {
 
@@ -22,7 +23,7 @@ bool IsTooLarge(std::vector<MessageEntry> const& entries)
     for (MessageEntry const& entry : entries) {
         size.Add(8, 0); // a pair begins
         size.AddString(entry.key.size());
-        size.AddString(entry.value.size());
+        size.AddString(std::strlen(entry.value.c_str()));
     }
     return size.IsTooLarge();
 }

@@ -56,7 +56,7 @@ CProxyDBusHelper::CProxyDBusHelper(std::string name) : m_state(std::make_unique<
     ZV_LOG_INFO_LINE("Working with unique name %s", state.m_unique_name.c_str());
 
     ZV_LOG_INFO_LINE("Registering Object and Interface on path %s", state.m_object_name.c_str());
-    if (g_variant_is_object_path(state.m_object_name.c_str()) == FALSE) {
+    if (!zviptv::IsObjectPath(state.m_object_name)) {
         error.Set(G_IO_ERROR_INVALID_ARGUMENT, "The channel's name makes no valid object path");
     } else {
         state.m_registration.Begin(state.m_connection.get(), state.m_object_name.c_str(),
@@ -101,7 +101,7 @@ int CProxyDBusHelper::m_CreatePartnerProxy()
     std::string const partner = state.CurrentLink().partner;
     ZV_LOG_INFO_LINE("Monitor partner [%s] connection ", partner.c_str());
     guint watch = 0;
-    if (zviptv::IsOpen(state.m_connection) && g_dbus_is_name(partner.c_str()) != FALSE) {
+    if (zviptv::IsOpen(state.m_connection) && zviptv::IsBusName(partner)) {
         // Under the guard: a loss that another thread handles at once has to find the watch.
         std::lock_guard<std::mutex> const lock(state.m_guard);
         watch = g_bus_watch_name_on_connection(
@@ -116,7 +116,7 @@ int CProxyDBusHelper::m_CreatePartnerProxy()
 
     Error error;
     Owned<GDBusProxy> proxy;
-    if (g_variant_is_object_path(state.m_object_name.c_str()) == FALSE) {
+    if (!zviptv::IsObjectPath(state.m_object_name)) {
         error.Set(G_IO_ERROR_INVALID_ARGUMENT, "The channel's name makes no valid object path");
     } else if (!zviptv::IsOpen(state.m_connection)) {
         error.Set(G_IO_ERROR_CLOSED, "The connection is closed");

@@ -21,7 +21,7 @@ constexpr int DefaultTimeout = -1;
 bool EmitSignal(GDBusConnection* connection, std::string const& partner, std::string const& path,
                 CMessageBuffer const& message, Error& error)
 {
-    if (g_dbus_is_name(partner.c_str()) == FALSE) {
+    if (!zviptv::IsBusName(partner)) {
         error.Set(G_IO_ERROR_INVALID_ARGUMENT, "The partner's name is no bus name");
         return false;
     }
@@ -60,6 +60,9 @@ int CProxyDBusHelper::m_SendSyncMessage(CMessageBuffer& request, CMessageBuffer&
         // The channel may be gone when this returns: only what this function holds is touched from here on.
         result.reset(g_dbus_proxy_call_sync(link.proxy.get(), PROXY_DBUS_HELPER_OBJ_METHOD, body.get(),
                                             G_DBUS_CALL_FLAGS_NONE, SyncTimeoutMs, nullptr, error.Out()));
+    }
+    if (result == nullptr && !error) {
+        return 1;
     }
     if (result == nullptr || !DecodePeerMessage(result.get(), decoded, error)) {
         ZV_LOG_ERROR_LINE("Error while sending message [%d] %s", error.Code(), error.Message());

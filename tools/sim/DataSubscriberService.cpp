@@ -1,6 +1,6 @@
 #include "DataSubscriberService.h"
 
-#include <zviptv/IPTVTypes.h>
+#include "Captions.h"
 
 #include <algorithm>
 #include <utility>
@@ -12,40 +12,35 @@ namespace key = protocol::key;
 
 namespace {
 
-EZVPESType TypeOf(StreamKind kind)
+void AddNumber(CMessageBuffer& message, char const* key, std::uint64_t number)
 {
-    switch (kind) {
-    case StreamKind::Video:
-        return ZV_PES_VIDEO;
-    case StreamKind::Audio:
-        return ZV_PES_AUDIO;
-    case StreamKind::Subtitle:
-        return ZV_PES_SUBTITLE;
-    case StreamKind::Teletext:
-        return ZV_PES_TELETEXT;
-    case StreamKind::AribCaption:
-    case StreamKind::AribSuperimpose:
-        return ZV_PES_CAPTION;
-    case StreamKind::Sections:
-    case StreamKind::Other:
-        break;
-    }
-    return ZV_PES_OTHER;
+    message.AddValue(key, std::to_string(number).c_str());
+}
+
+void AddBytes(CMessageBuffer& message, char const* key, std::vector<std::uint8_t> const& bytes)
+{
+    message.AddValue(key, static_cast<int>(bytes.size()), reinterpret_cast<char const*>(bytes.data()));
 }
 
 Subscriber::Notification ToNotification(PesPacket const& pes)
 {
     auto notification = std::make_shared<CMessageBuffer>();
-    auto const addNumber = [&notification](char const* key, auto number) {
-        notification->AddValue(key, std::to_string(number).c_str());
-    };
     notification->AddValue(key::FunctionName, function::PESCB);
-    addNumber(key::PESDataSize, pes.bytes.size());
-    addNumber(key::PESType, static_cast<int>(TypeOf(pes.kind)));
-    addNumber(key::PESPID, pes.pid);
-    addNumber(key::PESPTS, pes.pts.value_or(0));
-    notification->AddValue(key::PESData, static_cast<int>(pes.bytes.size()),
-                           reinterpret_cast<char const*>(pes.bytes.data()));
+    AddNumber(*notification, key::PESDataSize, pes.bytes.size());
+    AddNumber(*notification, key::PESType, static_cast<std::uint64_t>(TypeOf(pes.kind)));
+    AddNumber(*notification, key::PESPID, pes.pid);
+    AddNumber(*notification, key::PESPTS, pes.pts.value_or(0));
+    AddBytes(*notification, key::PESData, pes.bytes);
+    return notification;
+}
+
+Subscriber::Notification ToNotification(ZVCaption const& caption)
+{
+    auto notification = std::make_shared<CMessageBuffer>();
+    notification->AddValue(key::FunctionName, function::CaptionCB);
+    AddNumber(*notification, key::CaptionDataSize, caption.data.size());
+    AddNumber(*notification, key::CaptionType, static_cast<std::uint64_t>(caption.type));
+    AddBytes(*notification, key::CaptionData, caption.data);
     return notification;
 }
 
@@ -80,6 +75,8 @@ void DataSubscriberService::Remove(std::string const& busName)
 /// Never waits: the application that goes away may itself be waiting for our answer.
 void DataSubscriberService::Leave(std::unique_ptr<Subscriber> subscriber)
 {
+    m_gone.sent += subscriber->Sent();
+    m_gone.dropped += subscriber->Dropped();
     subscriber->Stop();
     m_leaving.push_back(std::move(subscriber));
 }
@@ -121,17 +118,41 @@ Reply DataSubscriberService::Turn(Request const& request, std::string const& bus
 void DataSubscriberService::Push(PesPacket const& pes)
 {
     Reap();
-    bool const wanted = std::any_of(m_clients.begin(), m_clients.end(),
-                                    [](auto const& client) { return client.second.wantsPes; });
-    if (!wanted || !m_filter.Passes(pes)) {
-        return;
+    if (IsWanted(&Client::wantsPes) && m_filter.Passes(pes)) {
+        Offer(ToNotification(pes), pes.bytes.size(), &Client::wantsPes);
     }
-    Subscriber::Notification const notification = ToNotification(pes);
-    for (auto& [name, client] : m_clients) {
-        if (client.wantsPes) {
-            client.subscriber->Offer(notification, pes.bytes.size());
+    if (IsWanted(&Client::wantsCaptions)) {
+        if (std::optional<ZVCaption> const caption = CaptionIn(pes)) {
+            Offer(ToNotification(*caption), caption->data.size(), &Client::wantsCaptions);
         }
     }
+}
+
+bool DataSubscriberService::IsWanted(bool Client::*wants) const
+{
+    return std::any_of(m_clients.begin(), m_clients.end(),
+                       [wants](auto const& client) { return client.second.*wants; });
+}
+
+void DataSubscriberService::Offer(Subscriber::Notification const& notification, std::size_t size,
+                                  bool Client::*wants)
+{
+    for (auto& [name, client] : m_clients) {
+        if (client.*wants) {
+            client.subscriber->Offer(notification, size);
+        }
+    }
+}
+
+DataSubscriberService::Counts DataSubscriberService::Count() const
+{
+    Counts counts = m_gone;
+    for (auto const& [name, client] : m_clients) {
+        counts.subscribers += client.wantsPes || client.wantsCaptions ? 1U : 0U;
+        counts.sent += client.subscriber->Sent();
+        counts.dropped += client.subscriber->Dropped();
+    }
+    return counts;
 }
 
 } // namespace zviptv::sim

@@ -11,7 +11,7 @@
 
 namespace zviptv::sim {
 
-/// Pushes PES packets to the applications that asked for them.
+/// Pushes PES packets and captions to the applications that asked for them.
 class DataSubscriberService
 {
 public:
@@ -30,6 +30,14 @@ public:
 
     void Push(PesPacket const& pes);
 
+    struct Counts
+    {
+        std::size_t subscribers = 0; ///< applications that asked for data
+        std::uint64_t sent = 0;      ///< notifications, to all of them together
+        std::uint64_t dropped = 0;   ///< notifications that found a queue full
+    };
+    Counts Count() const;
+
 private:
     struct Client
     {
@@ -40,11 +48,14 @@ private:
 
     void Reap();
     void Leave(std::unique_ptr<Subscriber> subscriber);
+    bool IsWanted(bool Client::*wants) const;
+    void Offer(Subscriber::Notification const& notification, std::size_t size, bool Client::*wants);
     Reply Turn(Request const& request, std::string const& busName, bool Client::*wants);
 
     PesFilter m_filter;
     std::map<std::string, Client> m_clients;
     std::vector<std::unique_ptr<Subscriber>> m_leaving; ///< stopping; nobody waits for them
+    Counts m_gone;                                      ///< of those that left
 };
 
 } // namespace zviptv::sim

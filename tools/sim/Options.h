@@ -1,7 +1,6 @@
 #pragma once
 
-#include "PesFilter.h"
-#include "Player.h"
+#include "Service.h"
 
 #include <optional>
 #include <string>
@@ -11,10 +10,11 @@ namespace zviptv::sim {
 
 struct Options
 {
-    PlayerOptions playback;
-    PesFilter filter;
+    ServiceOptions service;
     bool privateBus = false;
-    std::vector<std::string> command; ///< to run on the private bus; may be empty
+    std::optional<double> dieAfter;     ///< seconds until the service dies
+    std::optional<double> restartAfter; ///< seconds until a dead service comes back; never when empty
+    std::vector<std::string> command;   ///< to run on the private bus; may be empty
 };
 
 /// The command line. When it asks for help or is wrong, that is printed and `exitStatus` is set instead.

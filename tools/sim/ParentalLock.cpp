@@ -2,12 +2,12 @@
 
 namespace zviptv::sim {
 
-void ParentalLock::Begin(int minimumAge)
+void ParentalLock::Follow(int minimumAge)
 {
-    m_minimumAge = minimumAge;
-    if (m_unlocked == ZV_PARENTAL_UNLOCKED_PROGRAMME) {
+    if (m_minimumAge != minimumAge && m_unlocked == ZV_PARENTAL_UNLOCKED_PROGRAMME) {
         m_unlocked = ZV_PARENTAL_LOCKED;
     }
+    m_minimumAge = minimumAge;
 }
 
 bool ParentalLock::IsProgrammeLocked() const

@@ -17,8 +17,9 @@ public:
     {
     }
 
-    /// Another programme begins, with this minimum age, 0 for none.
-    void Begin(int minimumAge);
+    /// The minimum age of the programme that is on, 0 for none. Another age means another programme, for
+    /// which a programme's unlocking does not count.
+    void Follow(int minimumAge);
 
     int MinimumAge() const { return m_minimumAge; }
     bool IsProgrammeLocked() const;

@@ -33,7 +33,7 @@ std::uint16_t ParsePid(std::string const& word)
         throw std::invalid_argument(
             "'" + word +
             "' is no kind of PES packet: use audio, subtitle, teletext, caption, video, a "
-            "PID up to 0x1FFF, or none alone");
+            "PID up to 0x1FFF; or the one word none");
     }
     return static_cast<std::uint16_t>(pid);
 }

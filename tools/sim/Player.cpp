@@ -40,6 +40,7 @@ std::optional<std::chrono::milliseconds> Player::Advance()
     while (m_state == ZV_SOURCE_STATE_PLAYING && m_pacer.IsDue(m_next->at.time)) {
         Deliver(*m_next);
         if (!Fetch()) {
+            m_lastStc = m_pacer.StcNow();
             m_state = ZV_SOURCE_STATE_ENDED;
         }
     }
@@ -94,8 +95,7 @@ void Player::LookAtVideo(PesPacket const& pes)
 
 std::optional<std::uint64_t> Player::Stc() const
 {
-    return m_next || m_state == ZV_SOURCE_STATE_ENDED ? std::optional<std::uint64_t>(m_pacer.StcNow())
-                                                      : std::nullopt;
+    return m_state == ZV_SOURCE_STATE_PLAYING ? std::optional<std::uint64_t>(m_pacer.StcNow()) : m_lastStc;
 }
 
 std::optional<std::uint64_t> Player::FirstPts() const

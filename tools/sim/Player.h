@@ -30,15 +30,21 @@ public:
     /// @throws StreamError when the file cannot be read or has no such programme
     Player(PlayerOptions const& options, Listener listener);
 
+    /// Gets every transport packet as it is read, a little ahead of what is due.
+    void SetPacketListener(Demux::PacketListener listener) { m_demux.SetPacketListener(std::move(listener)); }
+
     /// Hands out what is due; returns how long until more is, nothing when the stream has ended.
     std::optional<std::chrono::milliseconds> Advance();
 
     EZVSourceState State() const { return m_state; }
 
+    /// All programmes of the stream, in the order of the PAT.
+    std::vector<Programme> const& Programmes() const { return m_demux.Programmes(); }
+
     /// The programme that is played; never null.
     Programme const& Current() const { return *m_programme; }
 
-    /// The system time clock, 90 kHz; nothing before the first packet.
+    /// The system time clock, 90 kHz; nothing before the first packet. It stops at the end of the stream.
     std::optional<std::uint64_t> Stc() const;
 
     /// First time stamp of the video, or where there is none of the first audio track, 90 kHz.
@@ -60,6 +66,7 @@ private:
     std::shared_ptr<Programme const> m_programme;
     std::optional<Event> m_next;
     EZVSourceState m_state = ZV_SOURCE_STATE_STARTING;
+    std::optional<std::uint64_t> m_lastStc; ///< where the clock stopped at the end
     std::optional<VideoFormat> m_format;
 };
 

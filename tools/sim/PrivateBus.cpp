@@ -1,6 +1,6 @@
 #include "PrivateBus.h"
 
-#include <unistd.h>
+#include "Pipe.h"
 
 #include <cerrno>
 #include <csignal>
@@ -14,6 +14,8 @@
 namespace zviptv::sim {
 
 namespace {
+
+constexpr std::chrono::seconds StartTimeout{10};
 
 constexpr char Policy[] = R"(
   <policy context="default">
@@ -48,49 +50,6 @@ void WriteConfig(std::string const& directory)
     }
 }
 
-/// The two ends of a pipe.
-struct Pipe
-{
-    Pipe()
-    {
-        if (pipe(ends) != 0) {
-            throw std::runtime_error("cannot make a pipe: " + std::string(std::strerror(errno)));
-        }
-    }
-    ~Pipe()
-    {
-        CloseWriteEnd();
-        close(ends[0]);
-    }
-    Pipe(Pipe const&) = delete;
-    Pipe& operator=(Pipe const&) = delete;
-
-    void CloseWriteEnd()
-    {
-        if (ends[1] >= 0) {
-            close(ends[1]);
-            ends[1] = -1;
-        }
-    }
-
-    int ends[2] = {-1, -1};
-};
-
-/// The first line that comes out of the pipe; empty when it ends before.
-std::string ReadLine(Pipe const& pipe)
-{
-    std::string line;
-    for (char next = 0; next != '\n';) {
-        ssize_t const count = read(pipe.ends[0], &next, 1);
-        if (count == 1 && next != '\n') {
-            line += next;
-        } else if (count == 0 || (count < 0 && errno != EINTR)) {
-            return std::string();
-        }
-    }
-    return line;
-}
-
 std::string Contents(std::string const& path)
 {
     std::ostringstream text;
@@ -105,12 +64,12 @@ PrivateBus::PrivateBus() : m_directory(MakeDirectory())
     try {
         WriteConfig(m_directory);
         Pipe address;
-        m_daemon =
-            Process::Run({"dbus-daemon", "--config-file=" + m_directory + "/bus.conf", "--nofork",
-                          "--nopidfile", "--nosyslog", "--print-address=" + std::to_string(address.ends[1])},
-                         m_directory + "/errors");
+        m_daemon = Process::Run({"dbus-daemon", "--config-file=" + m_directory + "/bus.conf", "--nofork",
+                                 "--nopidfile", "--nosyslog",
+                                 "--print-address=" + std::to_string(address.WriteEnd())},
+                                Process::Group::Own, m_directory + "/errors");
         address.CloseWriteEnd();
-        m_address = ReadLine(address);
+        m_address = address.ReadLine(StartTimeout);
         if (m_address.empty()) {
             throw std::runtime_error(
                 "the private bus did not start (is the package dbus-daemon installed?)\n" +

@@ -24,11 +24,14 @@ int ToStatus(int waited)
 }
 
 /// In the child: die with the parent, also when that is gone already; start with the default signal handling.
-void BeginChild(pid_t parent)
+void BeginChild(pid_t parent, Process::Group group, int deathSignal)
 {
-    prctl(PR_SET_PDEATHSIG, SIGTERM);
+    prctl(PR_SET_PDEATHSIG, deathSignal);
     if (getppid() != parent) {
         _exit(CannotRun);
+    }
+    if (group == Process::Group::Own) {
+        setpgid(0, 0);
     }
     sigset_t none;
     sigemptyset(&none);
@@ -47,7 +50,7 @@ pid_t ForkOrThrow()
 
 } // namespace
 
-Process Process::Run(std::vector<std::string> const& command, std::string const& errors)
+Process Process::Run(std::vector<std::string> const& command, Group group, std::string const& errors)
 {
     std::vector<char*> arguments;
     for (std::string const& word : command) {
@@ -57,7 +60,7 @@ Process Process::Run(std::vector<std::string> const& command, std::string const&
     pid_t const parent = getpid();
     pid_t const pid = ForkOrThrow();
     if (pid == 0) {
-        BeginChild(parent);
+        BeginChild(parent, group, SIGTERM);
         if (!errors.empty() && std::freopen(errors.c_str(), "w", stderr) == nullptr) {
             _exit(CannotRun);
         }
@@ -73,7 +76,7 @@ Process Process::Fork(std::function<int()> const& work)
     pid_t const parent = getpid();
     pid_t const pid = ForkOrThrow();
     if (pid == 0) {
-        BeginChild(parent);
+        BeginChild(parent, Group::Own, SIGKILL);
         int const status = work();
         std::fflush(nullptr);
         _exit(status);

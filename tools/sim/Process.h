@@ -13,12 +13,19 @@ namespace zviptv::sim {
 class Process
 {
 public:
+    /// A terminal sends its Ctrl-C to a whole group: what has to end in order is in one of its own.
+    enum class Group
+    {
+        Ours,
+        Own
+    };
+
     /// Runs a program, searched in PATH; its standard error goes to the file `errors`, or where ours goes.
     /// @throws std::system_error when it cannot be started
-    static Process Run(std::vector<std::string> const& command, std::string const& errors = {});
+    static Process Run(std::vector<std::string> const& command, Group group, std::string const& errors = {});
 
-    /// Runs `work` in a copy of this process, with its result as exit status. To be used before threads
-    /// start.
+    /// Runs `work` in a copy of this process, in a group of its own, with its result as exit status. To be
+    /// used before threads start.
     static Process Fork(std::function<int()> const& work);
 
     Process(Process&& other) noexcept;

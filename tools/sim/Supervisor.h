@@ -4,12 +4,9 @@
 
 namespace zviptv::sim {
 
-/// Plays the stream as the service on the bus that the environment names, until SIGINT or SIGTERM. Exit
-/// status.
-int RunService(Options const& options);
-
-/// Starts a private bus and the service, each in a process of its own, and runs the command, or waits for
-/// SIGINT or SIGTERM where there is none. Ends everything it started. Exit status: the command's.
-int RunPrivately(Options const& options);
+/// Runs what the options ask for: the service on the bus that the environment names or on a private one,
+/// there with a command beside it. Returns, with everything ended that it started, on SIGINT or SIGTERM or
+/// when the command ends. Exit status: the command's where there is one.
+int Run(Options const& options);
 
 } // namespace zviptv::sim

@@ -12,7 +12,7 @@ int main(int argc, char** argv)
         return exitStatus;
     }
     try {
-        return options->privateBus ? zviptv::sim::RunPrivately(*options) : zviptv::sim::RunService(*options);
+        return zviptv::sim::Run(*options);
     } catch (std::exception const& failure) {
         std::fprintf(stderr, "zviptv-sim: %s\n", failure.what());
         return 1;

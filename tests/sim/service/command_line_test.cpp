@@ -118,7 +118,7 @@ TEST(CommandLine, HelpsAndTellsItsVersion)
     EXPECT_THAT(help.Errors(), IsEmpty());
     ChildProcess version(Simulate({"--version"}));
     EXPECT_EQ(EndOf(version), (ExitStatus{0, 0}));
-    EXPECT_EQ(version.Output(), "1.0.0\n");
+    EXPECT_EQ(version.Output(), "zviptv-sim 1.0.0\n");
 }
 
 } // namespace

@@ -220,7 +220,7 @@ TEST_F(Simulator, AnApplicationMayLeaveWhileItIsServed)
 TEST_F(Simulator, SaysWhenTheStreamHasEnded)
 {
     ChildProcess& simulator = Start({"--ts", ZVIPTV_SAMPLE_FILE, "--speed", "100"});
-    ASSERT_TRUE(simulator.WaitForOutput("the stream has ended", Patience));
+    ASSERT_TRUE(simulator.WaitForErrors("the stream has ended", Patience));
     Application application;
     application.Announce("PLAYERCONTROL");
     EXPECT_EQ(Number(application.Ask("PLAYERCONTROL", {{"functionname", "GetSourceState"}}), "sourcestate"),

@@ -103,6 +103,8 @@ void Demux::Handle(TsBytes const& bytes)
         ++m_malformed;
         return;
     }
+    if (m_onPacket)
+        m_onPacket(*packet);
     if (m_tables.Push(*packet))
         FollowTables();
     if (packet->pcr && m_current && packet->pid == m_current->pcrPid)

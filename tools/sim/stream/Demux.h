@@ -5,6 +5,8 @@
 #include "stream/Timeline.h"
 #include "stream/TsPacket.h"
 
+#include <functional>
+
 namespace zviptv::sim {
 
 /// Plays one programme of a transport stream: hands out its PES packets, each with its time.
@@ -14,6 +16,8 @@ namespace zviptv::sim {
 class Demux
 {
 public:
+    using PacketListener = std::function<void(TsPacket const&)>;
+
     /// Opens a file and reads its tables. @throws StreamError as TsReader does
     explicit Demux(std::string const& path);
     explicit Demux(std::unique_ptr<PacketSource> source);
@@ -27,6 +31,9 @@ public:
 
     /// Chooses a programme; false if it is not known, then nothing changes. Events not taken yet are dropped.
     bool Select(std::uint16_t programme);
+
+    /// Called inside Next() for every packet that is sound, before it is worked off.
+    void SetPacketListener(PacketListener listener) { m_onPacket = std::move(listener); }
 
     /// The next event in stream order; nothing at the end of the stream. @throws StreamError
     std::optional<Event> Next();
@@ -65,6 +72,7 @@ private:
     void NoteFirstPts(Event const& event);
 
     std::unique_ptr<PacketSource> m_source;
+    PacketListener m_onPacket;
     ProgrammeTable m_tables;
     std::optional<std::uint16_t> m_choice;
     std::shared_ptr<Programme const> m_current;

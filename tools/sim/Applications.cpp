@@ -1,0 +1,64 @@
+#include "Applications.h"
+
+#include <gio/gio.h>
+
+#include <utility>
+
+namespace zviptv::sim {
+
+/// Watches a bus name. One thread does everything, so that no notice comes after the end.
+class Applications::Watch
+{
+public:
+    Watch(Applications& owner, std::string const& busName)
+        : m_owner(owner),
+          m_id(g_bus_watch_name(G_BUS_TYPE_SYSTEM, busName.c_str(), G_BUS_NAME_WATCHER_FLAGS_NONE, nullptr,
+                                Vanished, this, nullptr))
+    {
+    }
+    ~Watch() { g_bus_unwatch_name(m_id); }
+    Watch(Watch const&) = delete;
+    Watch& operator=(Watch const&) = delete;
+
+private:
+    static void Vanished(GDBusConnection* /*connection*/, char const* name, void* self)
+    {
+        static_cast<Watch*>(self)->m_owner.Gone(name);
+    }
+
+    Applications& m_owner;
+    guint m_id;
+};
+
+Applications::Applications(std::function<void(std::string const&)> onGone) : m_onGone(std::move(onGone)) {}
+
+Applications::~Applications() = default;
+
+void Applications::Add(std::string const& busName, std::string const& type)
+{
+    if (g_dbus_is_unique_name(busName.c_str()) == FALSE) {
+        return;
+    }
+    Application& application = m_applications[busName];
+    application.types.insert(type);
+    if (application.watch == nullptr) {
+        application.watch = std::make_unique<Watch>(*this, busName);
+    }
+}
+
+void Applications::Remove(std::string const& busName, std::string const& type)
+{
+    auto const application = m_applications.find(busName);
+    if (application != m_applications.end() && application->second.types.erase(type) != 0 &&
+        application->second.types.empty()) {
+        m_applications.erase(application);
+    }
+}
+
+void Applications::Gone(std::string busName)
+{
+    m_applications.erase(busName);
+    m_onGone(busName);
+}
+
+} // namespace zviptv::sim

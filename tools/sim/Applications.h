@@ -1,0 +1,40 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+
+namespace zviptv::sim {
+
+/// The applications that have announced channels, until they take them back or leave the bus.
+class Applications
+{
+public:
+    /// `onGone` is called, in the main context, with the bus name of an application that has left the bus.
+    explicit Applications(std::function<void(std::string const&)> onGone);
+    ~Applications();
+    Applications(Applications const&) = delete;
+    Applications& operator=(Applications const&) = delete;
+
+    void Add(std::string const& busName, std::string const& type);
+    void Remove(std::string const& busName, std::string const& type);
+
+    std::size_t Count() const { return m_applications.size(); }
+
+private:
+    class Watch;
+    struct Application
+    {
+        std::set<std::string> types;
+        std::unique_ptr<Watch> watch;
+    };
+
+    void Gone(std::string busName);
+
+    std::function<void(std::string const&)> m_onGone;
+    std::map<std::string, Application> m_applications;
+};
+
+} // namespace zviptv::sim

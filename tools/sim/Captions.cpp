@@ -1,0 +1,70 @@
+#include "Captions.h"
+
+#include "stream/PesHeader.h"
+
+namespace zviptv::sim {
+
+namespace {
+
+constexpr std::uint8_t SubtitleDataUnit = 0x03; // EN 300 472: EBU teletext subtitle data
+constexpr std::size_t UnitHead = 2;             // id and length
+
+/// Of a teletext data field, which begins with its data identifier, the units that carry subtitles.
+std::vector<std::uint8_t> SubtitleUnits(std::uint8_t const* field, std::size_t size)
+{
+    std::vector<std::uint8_t> units;
+    for (std::size_t at = 1; at + UnitHead <= size;) {
+        std::size_t const length = UnitHead + field[at + 1];
+        if (at + length > size) {
+            break;
+        }
+        if (field[at] == SubtitleDataUnit) {
+            units.insert(units.end(), field + at, field + at + length);
+        }
+        at += length;
+    }
+    return units;
+}
+
+} // namespace
+
+EZVPESType TypeOf(StreamKind kind)
+{
+    switch (kind) {
+    case StreamKind::Video:
+        return ZV_PES_VIDEO;
+    case StreamKind::Audio:
+        return ZV_PES_AUDIO;
+    case StreamKind::Subtitle:
+        return ZV_PES_SUBTITLE;
+    case StreamKind::Teletext:
+        return ZV_PES_TELETEXT;
+    case StreamKind::AribCaption:
+    case StreamKind::AribSuperimpose:
+        return ZV_PES_CAPTION;
+    case StreamKind::Sections:
+    case StreamKind::Other:
+        break;
+    }
+    return ZV_PES_OTHER;
+}
+
+std::optional<ZVCaption> CaptionIn(PesPacket const& pes)
+{
+    EZVPESType const type = TypeOf(pes.kind);
+    if (type != ZV_PES_TELETEXT && type != ZV_PES_CAPTION) {
+        return std::nullopt;
+    }
+    std::optional<PesHeader> const header = ParsePesHeader({pes.bytes.data(), pes.bytes.size()});
+    if (!header) {
+        return std::nullopt;
+    }
+    std::uint8_t const* const field = pes.bytes.data() + header->payloadOffset;
+    std::size_t const size = pes.bytes.size() - header->payloadOffset;
+    ZVCaption caption{type, {}};
+    caption.data =
+        type == ZV_PES_TELETEXT ? SubtitleUnits(field, size) : std::vector<std::uint8_t>(field, field + size);
+    return caption.data.empty() ? std::nullopt : std::optional<ZVCaption>(std::move(caption));
+}
+
+} // namespace zviptv::sim

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+
+namespace zviptv::sim {
+
+/// A pipe between this process and a child.
+class Pipe
+{
+public:
+    /// @throws std::system_error
+    Pipe();
+    ~Pipe();
+    Pipe(Pipe const&) = delete;
+    Pipe& operator=(Pipe const&) = delete;
+
+    int WriteEnd() const { return m_write; }
+
+    /// To be called once the child has its own; without it the end of the child is not noticed.
+    void CloseWriteEnd();
+
+    /// The first line that comes; empty when the pipe ends, or the time is over, before.
+    std::string ReadLine(std::chrono::milliseconds timeout);
+
+private:
+    int m_read = -1;
+    int m_write = -1;
+};
+
+} // namespace zviptv::sim

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "Message.h"
+#include "Player.h"
+#include "guide/EitReader.h"
+#include "guide/ProgrammeGuide.h"
+
+#include <ctime>
+#include <functional>
+#include <map>
+#include <string>
+
+namespace zviptv::sim {
+
+/// Answers the requests of program guide objects, from a guide file or from the stream's event information.
+class ProgramGuideService
+{
+public:
+    using Clock = std::function<std::int64_t()>;
+
+    /// `now` is the guide's clock, seconds since 1970.
+    ProgramGuideService(Player const& player, Clock now) : m_player(player), m_now(std::move(now)) {}
+
+    /// @throws GuideError; then the guide so far stays
+    GuideWarnings Load(std::string const& path);
+
+    /// Takes the stream's event information, as long as no file was loaded.
+    void Push(TsPacket const& packet);
+
+    /// Nothing when the function is not one of the program guide. Each application, by its bus name, has its
+    /// own list for GetProgram.
+    std::optional<CMessageBuffer> Answer(Request const& request, std::string const& busName);
+
+    void Forget(std::string const& busName) { m_lists.erase(busName); }
+
+    /// Minimum age of the played programme's present event; 0 for none.
+    int PresentMinimumAge() const;
+
+private:
+    Reply ExistXmlForIPG(Request const& request);
+    Reply GetProgramListSize(Request const& request);
+    Reply GetProgram(Request const& request);
+    Reply GetProgramIPG(Request const& request);
+    Reply GetPresentProgram(Request const& request);
+    Reply FindProgram(Request const& request);
+    Reply GetRating(Request const& request);
+    Reply GetGenre(Request const& request);
+    Reply GetProgramList(Request const& request);
+    Reply CloneUSBToTV(Request const& request);
+
+    ServiceNames NamesOfStream() const;
+    std::int64_t Now(std::uint64_t serviceId) const;
+
+    Player const& m_player;
+    Clock m_now;
+    ProgrammeGuide m_guide;
+    EitReader m_eit;
+    bool m_fromFile = false;
+    std::map<std::string, GuideList> m_lists;
+    std::string m_asking; ///< who asks at the moment
+};
+
+} // namespace zviptv::sim

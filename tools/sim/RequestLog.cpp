@@ -1,0 +1,122 @@
+#include "RequestLog.h"
+
+#include <zviptv/Protocol.h>
+
+#include <json/value.h>
+#include <json/writer.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
+
+namespace zviptv::sim {
+
+namespace key = protocol::key;
+
+namespace {
+
+constexpr std::size_t LongestValue = 60;
+
+/// A value as people read it: text as it is, bytes and long texts by their size.
+std::string Shown(std::string const& value)
+{
+    bool const isText = std::all_of(value.begin(), value.end(), [](char letter) {
+        return std::isprint(static_cast<unsigned char>(letter)) != 0;
+    });
+    return isText && value.size() <= LongestValue ? value : "<" + std::to_string(value.size()) + " bytes>";
+}
+
+/// The entries but for the keys that have a place of their own.
+std::string Entries(CMessageBuffer const& message)
+{
+    std::string text;
+    for (int i = 0; i < message.Size(); ++i) {
+        std::string const key = message.GetKey(i);
+        if (key != key::FunctionName && key != key::HandleID && key != key::Result) {
+            text += " " + key + "=" + Shown(message.GetValue(i));
+        }
+    }
+    return text;
+}
+
+Json::Value JsonEntries(CMessageBuffer const& message)
+{
+    Json::Value json(Json::objectValue);
+    for (int i = 0; i < message.Size(); ++i) {
+        json[message.GetKey(i)] = Shown(message.GetValue(i));
+    }
+    return json;
+}
+
+void WriteJson(Json::Value const& json)
+{
+    Json::StreamWriterBuilder builder;
+    builder["indentation"] = "";
+    std::puts(Json::writeString(builder, json).c_str());
+    std::fflush(stdout);
+}
+
+} // namespace
+
+RequestLog::~RequestLog()
+{
+    if (m_statusShown) {
+        std::fputs("\n", stderr);
+    }
+}
+
+void RequestLog::ClearStatus()
+{
+    if (m_statusShown) {
+        std::fputs("\r\033[K", stderr);
+        m_statusShown = false;
+    }
+}
+
+void RequestLog::Write(Entry const& entry)
+{
+    if (m_form == Form::Json) {
+        Json::Value json;
+        json["event"] = "request";
+        json["endpoint"] = entry.endpoint;
+        json["application"] = entry.busName;
+        json["request"] = JsonEntries(entry.request);
+        json["reply"] = entry.reply == nullptr ? Json::Value() : JsonEntries(*entry.reply);
+        json["microseconds"] = Json::Int64(entry.took.count());
+        if (!entry.note.empty()) {
+            json["fault"] = entry.note;
+        }
+        WriteJson(json);
+    } else if (m_form == Form::Text) {
+        ClearStatus();
+        std::string const result = entry.reply == nullptr ? "no reply" : entry.reply->GetValue(key::Result);
+        std::fprintf(stderr, "%s %s handle=%s %s%s -> %s%s (%.2f ms)%s%s\n", entry.busName.c_str(),
+                     entry.endpoint.c_str(), entry.request.GetValue(key::HandleID).c_str(),
+                     entry.request.GetValue(key::FunctionName).c_str(), Entries(entry.request).c_str(),
+                     result.c_str(), entry.reply == nullptr ? "" : Entries(*entry.reply).c_str(),
+                     static_cast<double>(entry.took.count()) / 1000,
+                     entry.note.empty() ? "" : " fault: ", entry.note.c_str());
+    }
+}
+
+void RequestLog::Write(Status const& status)
+{
+    if (m_form == Form::Json) {
+        Json::Value json;
+        json["event"] = "status";
+        json["clients"] = Json::UInt64(status.clients);
+        json["subscribers"] = Json::UInt64(status.subscribers);
+        json["packetsPerSecond"] = Json::UInt64(status.packetsPerSecond);
+        json["dropped"] = Json::UInt64(status.dropped);
+        WriteJson(json);
+    } else if (m_form == Form::Text && isatty(STDERR_FILENO) != 0) {
+        ClearStatus();
+        std::fprintf(stderr, "%zu clients, %zu subscribers, %llu packets/s, %llu dropped", status.clients,
+                     status.subscribers, static_cast<unsigned long long>(status.packetsPerSecond),
+                     static_cast<unsigned long long>(status.dropped));
+        m_statusShown = true;
+    }
+}
+
+} // namespace zviptv::sim

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <zviptv/MessageBuffer.h>
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+
+namespace zviptv::sim {
+
+/// Shows what the service does: a line a request, and a status line.
+class RequestLog
+{
+public:
+    enum class Form
+    {
+        Quiet,
+        Text, ///< for people: to standard error, the status line in place on a terminal
+        Json  ///< one object a line: to standard output
+    };
+
+    struct Entry
+    {
+        std::string endpoint; ///< type word
+        std::string busName;  ///< of the application
+        CMessageBuffer const& request;
+        CMessageBuffer const* reply; ///< null when there is none
+        std::string note;            ///< what a fault did; may be empty
+        std::chrono::microseconds took;
+    };
+
+    struct Status
+    {
+        std::size_t clients = 0;
+        std::size_t subscribers = 0;
+        std::uint64_t packetsPerSecond = 0;
+        std::uint64_t dropped = 0;
+    };
+
+    explicit RequestLog(Form form) : m_form(form) {}
+    /// Ends the status line.
+    ~RequestLog();
+    RequestLog(RequestLog const&) = delete;
+    RequestLog& operator=(RequestLog const&) = delete;
+
+    bool WantsStatus() const { return m_form != Form::Quiet; }
+    void Write(Entry const& entry);
+    void Write(Status const& status);
+
+private:
+    void ClearStatus();
+
+    Form m_form;
+    bool m_statusShown = false;
+};
+
+} // namespace zviptv::sim
