@@ -1,50 +1,17 @@
 #include "../stream/NaiveReassembly.h"
-#include "Application.h"
-
-#include "PrivateBus.h"
+#include "SimulatorTest.h"
 
 #include <gmock/gmock.h>
 
 #include <algorithm>
 #include <csignal>
-#include <optional>
 
 namespace zviptv::test {
 namespace {
 
-using std::chrono::seconds;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-
-constexpr seconds Patience{20};
-
-/// The simulator in a process of its own, on the test's bus.
-class Simulator : public testing::Test
-{
-protected:
-    ChildProcess& Start(std::vector<std::string> options)
-    {
-        std::vector<std::string> command{ZVIPTV_SIM, "--bus", "system"};
-        command.insert(command.end(), options.begin(), options.end());
-        m_simulator.emplace(command);
-        EXPECT_TRUE(m_watcher.WaitForOwner("org.corvel.zviptvapi.dbushelper", true));
-        return *m_simulator;
-    }
-
-    void StartSample() { Start({"--ts", ZVIPTV_SAMPLE_FILE, "--loop"}); }
-
-    PrivateBus m_bus;
-    WirePeer m_watcher;
-    std::optional<ChildProcess> m_simulator;
-};
-
-std::string Number(WireMessage const& reply, std::string const& key)
-{
-    EXPECT_EQ(reply.kind, WireKind::Reply) << testing::PrintToString(reply);
-    EXPECT_TRUE(reply.HasOnlyByteArrays());
-    return reply.Value(key);
-}
 
 TEST_F(Simulator, AnnouncesItsEndpoints)
 {
@@ -53,6 +20,8 @@ TEST_F(Simulator, AnnouncesItsEndpoints)
     std::string const owner = m_watcher.GetNameOwner("org.corvel.zviptvapi.dbushelper");
     EXPECT_EQ(application.Announce("PLAYERCONTROL"), owner);
     EXPECT_EQ(application.Announce("IPTVDATASUBSCRIBER"), owner);
+    EXPECT_EQ(application.Announce("BROADCASTDATA"), owner);
+    EXPECT_EQ(application.Announce("IPGUTIL"), owner);
     EXPECT_EQ(application.Announce("NOSUCHTYPE"), "");
 }
 

@@ -1,0 +1,145 @@
+#include "SimulatorTest.h"
+
+namespace zviptv::test {
+namespace {
+
+constexpr char Type[] = "BROADCASTDATA";
+
+/// Broadcast data of the sample: two audio tracks, one subtitle.
+class BroadcastData : public Simulator
+{
+protected:
+    void Begin(std::vector<std::string> options = {})
+    {
+        std::vector<std::string> all{"--ts", ZVIPTV_SAMPLE_FILE, "--loop"};
+        all.insert(all.end(), options.begin(), options.end());
+        Start(all);
+        m_application.Announce(Type);
+    }
+
+    WireMessage Ask(std::initializer_list<TextEntry> entries) { return m_application.Ask(Type, entries); }
+
+    Application m_application;
+};
+
+TEST_F(BroadcastData, ListsTheAudioTracksOfThePmt)
+{
+    Begin();
+    EXPECT_EQ(Number(Ask({{"functionname", "SizeOfAudio"}}), "size"), "2");
+    std::string const second = Ask({{"functionname", "GetAudio"}, {"index", "1"}}).Value("audio");
+    ASSERT_EQ(second.size(), 32U);
+    EXPECT_EQ(second.substr(0, 10), std::string("ued\0\1\0\0\0\x02\x01", 10)); // deu, MPEG, PID 0x102
+    WireMessage const third = Ask({{"functionname", "GetAudio"}, {"index", "2"}});
+    EXPECT_EQ(Number(third, "result_internal"), "0");
+    EXPECT_EQ(third.Value("audio"), std::string(32, '\0'));
+}
+
+TEST_F(BroadcastData, SettersChangeWhatGettersSay)
+{
+    Begin();
+    EXPECT_EQ(Number(Ask({{"functionname", "GetCurrentAudioInfo"}}), "landCode"), "6647399"); // eng
+    m_application.Ask("PLAYERCONTROL", {{"functionname", "SetCurrentAudioByIndex"}, {"index", "1"}});
+    WireMessage const current = Ask({{"functionname", "GetCurrentAudioInfo"}});
+    EXPECT_EQ(Number(current, "landCode"), "6579573"); // deu
+    EXPECT_EQ(Number(current, "index"), "1");
+    m_application.Ask("PLAYERCONTROL", {{"functionname", "SetDigitalDualSound"}, {"mode", "2"}});
+    EXPECT_EQ(Ask({{"functionname", "GetDigitalDualSound"}}).Value("currentMode"),
+              std::string("\2\0\0\0\0\0\0\0", 8));
+}
+
+TEST_F(BroadcastData, ListsTheSubtitlesOfThePmt)
+{
+    Begin();
+    EXPECT_EQ(Number(Ask({{"functionname", "SizeOfHybridSBT"}}), "size"), "1");
+    for (char const* const function : {"GetHybridSBT", "GetPreferredHybridSBT"}) {
+        WireMessage const reply = Ask({{"functionname", function}, {"index", "0"}});
+        EXPECT_EQ(Number(reply, "landCode"), "6647399");
+        EXPECT_EQ(reply.Value("hybridSbt").substr(0, 15),
+                  std::string("gne\0\1\0\0\0\x03\x01\1\0\1\0\x10",
+                              15)); // eng, DVB, PID 0x103, pages 1 and 1, type 0x10
+    }
+    EXPECT_EQ(Number(Ask({{"functionname", "CheckHardOfHearingSBT"}}), "exists"), "0");
+    EXPECT_EQ(Number(Ask({{"functionname", "SizeOfTTX"}}), "size"), "0");
+    EXPECT_EQ(Number(Ask({{"functionname", "GetPreferredTTXSubtitle"}}), "result_internal"), "0");
+    EXPECT_EQ(Number(Ask({{"functionname", "SizeOfISDBText"}, {"mode", "0"}}), "size"), "0");
+}
+
+TEST_F(BroadcastData, EveryGetterCarriesItsValuesAlsoWhenItRefuses)
+{
+    Begin();
+    struct Row
+    {
+        char const* function;
+        std::vector<std::string> keys;
+    };
+    for (Row const& row : std::vector<Row>{{"GetAudioFormat", {"encodeType"}},
+                                           {"GetCurrentTTX", {"landCode", "index"}},
+                                           {"GetTTX", {"ttx"}},
+                                           {"GetHybridSBT", {"landCode", "hybridSbt"}},
+                                           {"GetCurrentHybridSBT", {"landCode", "index"}},
+                                           {"GetISDBText", {"isdbText"}},
+                                           {"GetCurrentISDBText", {"landCode", "index"}},
+                                           {"GetCaptionLanguage", {"landCode", "koreanCode"}},
+                                           {"GetRatingInfo", {"ratingInfoSize"}},
+                                           {"FlagServiceLocked", {"outServiceLocked"}}}) {
+        WireMessage const reply =
+            Ask({{"functionname", row.function}, {"index", "99"}, {"mode", "0"}, {"service", "1"}});
+        EXPECT_FALSE(reply.Value("result_internal").empty()) << row.function;
+        for (std::string const& key : row.keys) {
+            EXPECT_FALSE(reply.Value(key).empty()) << row.function << " " << key;
+        }
+    }
+}
+
+/// At this time the sample guide has a programme rated 16 and R, which is 17, on the sample's service.
+class ParentalLock : public BroadcastData
+{
+protected:
+    void Begin(std::vector<std::string> options = {})
+    {
+        options.insert(options.end(), {"--guide", ZVIPTV_SAMPLE_GUIDE, "--time", "1774735200"});
+        BroadcastData::Begin(options);
+    }
+
+    std::string Locked() { return Number(Ask({{"functionname", "GetRatingLockState"}}), "lockState"); }
+};
+
+TEST_F(ParentalLock, FollowsTheGuidesRating)
+{
+    Begin({"--rating-limit", "12"});
+    WireMessage const ratings = Ask({{"functionname", "GetRatingInfo"}});
+    EXPECT_EQ(Number(ratings, "ratingInfoSize"), "1");
+    EXPECT_EQ(ratings.Value("ratingInfo"), std::string("\0\0\x11", 3));
+    EXPECT_EQ(Locked(), "1");
+    EXPECT_EQ(Number(Ask({{"functionname", "UnMuteByRatingPin"}}), "result_internal"), "1");
+    EXPECT_EQ(Locked(), "0");
+    EXPECT_EQ(Number(Ask({{"functionname", "UnMuteByRatingPin"}}), "result_internal"), "0");
+    Ask({{"functionname", "SetUnlockedInfo"}, {"ratingInfo", "0"}});
+    EXPECT_EQ(Locked(), "1");
+    Ask({{"functionname", "SetUnlockedInfo"}, {"ratingInfo", "3"}});
+    EXPECT_EQ(Locked(), "0");
+    EXPECT_EQ(Number(Ask({{"functionname", "SetUnlockedInfo"}, {"ratingInfo", "4"}}), "result_internal"),
+              "0");
+}
+
+TEST_F(ParentalLock, LeavesProgrammesWithinTheLimitAlone)
+{
+    Begin({"--rating-limit", "17"});
+    EXPECT_EQ(Locked(), "0");
+}
+
+TEST_F(ParentalLock, FactoryModeUnlocksEverything)
+{
+    Begin({"--rating-limit", "12", "--lock-service"});
+    EXPECT_EQ(Number(Ask({{"functionname", "FlagServiceLocked"}}), "outServiceLocked"), "1");
+    Ask({{"functionname", "SetUnlockedInfoWhenFactoryMode"}, {"lockState", "1"}});
+    EXPECT_EQ(Locked(), "0");
+    EXPECT_EQ(Number(Ask({{"functionname", "FlagServiceLocked"}}), "outServiceLocked"), "0");
+    Ask({{"functionname", "SetUnlockedInfoWhenFactoryMode"}, {"lockState", "0"}});
+    EXPECT_EQ(Locked(), "1");
+    Ask({{"functionname", "SetUnlockedInfo"}, {"ratingInfo", "2"}});
+    EXPECT_EQ(Number(Ask({{"functionname", "FlagServiceLocked"}}), "outServiceLocked"), "0");
+}
+
+} // namespace
+} // namespace zviptv::test
