@@ -12,13 +12,14 @@ class CProxyDBusHelper;
 /// The service side of the interface is built from these.
 ///
 /// The bus knows one object per type word in a process: the first endpoint of a type gets the calls of all
-/// applications (CProxyDBusHelper::GetSenderName() tells them apart, CDeferredReply answers later), further ones of
-/// the same type, one for each application to push to, only send. The log then has the line "Error while registering
-/// object" for each of these.
+/// applications (CProxyDBusHelper::GetSenderName() tells them apart, CDeferredReply answers later), further
+/// ones of the same type, one for each application to push to, only send. The log then has the line "Error
+/// while registering object" for each of these.
 ///
-/// Threads and lifetime are those of CProxyDBusHelper. A subclass that is destroyed on another thread than
-/// the one which iterates the channel's context calls t_StopCallbacks() first thing in its destructor, so
-/// that no hook runs on an object half gone.
+/// Threads and lifetime are those of CProxyDBusHelper. Construct an endpoint on the thread that iterates the
+/// main context: on another one, calls would reach a subclass while its constructor runs. A subclass that is
+/// destroyed on another thread than the one which iterates the channel's context calls t_StopCallbacks()
+/// first thing in its destructor, so that no hook runs on an object half gone.
 class ZVIPTV_API CCommonNative
 {
 public:

@@ -7,11 +7,11 @@
 
 typedef struct _GDBusMethodInvocation GDBusMethodInvocation;
 
-/// The answer to a call, to be given later, as an error, or not at all: for a service that must not hold up its
-/// main loop until it knows the answer.
+/// The answer to a call, to be given later, as an error, or not at all: for a service that must not hold up
+/// its main loop until it knows the answer.
 ///
-/// Threads: any; one object belongs to one thread at a time. Lifetime: independent of the channel that the call
-/// came in on. When the object goes without an answer sent, the caller runs into its time-out.
+/// Threads: any; one object belongs to one thread at a time. Lifetime: independent of the channel that the
+/// call came in on. When the object goes without an answer sent, the caller runs into its time-out.
 class ZVIPTV_API CDeferredReply
 {
 public:
@@ -30,8 +30,8 @@ public:
     void Send(CMessageBuffer const& reply);
 
     /// Answers with a D-Bus error, which the caller's send reports as a failure. `name` is a D-Bus error name
-    /// ("org.example.Error.Busy"), `text` UTF-8 for people; an invalid one is replaced. Does nothing when nothing
-    /// is pending.
+    /// ("org.example.Error.Busy"), `text` UTF-8 for people; an invalid one is replaced. Does nothing when
+    /// nothing is pending.
     void SendError(char const* name, char const* text);
 
 private:

@@ -12,12 +12,13 @@
 ///
 /// Subscribing and unsubscribing block for at most 2000 ms when the service has to be told (first
 /// subscription of a kind, last one gone) and may be done from any thread, also from inside a callback. A
-/// callback that another thread unsubscribes while it runs is not waited for.
+/// callback that another thread unsubscribes while it runs or is about to run is not waited for.
 ///
 /// A notification with a missing or malformed number reaches no callback: std::invalid_argument or
-/// std::out_of_range ("stoi", "stoll") leaves the dispatch and passes through GLib to whoever iterates the context,
-/// and std::length_error does for an announced size that is negative or more than one bus message carries. Without
-/// a handler around the main loop they end the process. Data that is shorter than announced is filled up with zeros.
+/// std::out_of_range ("stoi", "stoll") leaves the dispatch and passes through GLib to whoever iterates the
+/// context, and std::length_error does for an announced size that is negative or more than one bus message
+/// carries. Without a handler around the main loop they end the process. Data that is shorter than announced
+/// is filled up with zeros.
 ///
 /// The object stays when the service leaves the bus; nothing arrives until it is destroyed and created anew.
 class ZVIPTV_API IIPTVDataSubscriber
@@ -32,8 +33,8 @@ public:
 
     /// Subscribes `callback` for caption data; `userData` is not used. True with the subscription's key in
     /// `key`; false, with `key` unchanged, when no key could be made: keys are drawn from the clock's second,
-    /// so a second subscription of a kind within the same second fails. Try again when std::time has changed. True does not
-    /// promise delivery: a service that does not answer is asked once and not again.
+    /// so a second subscription of a kind within the same second fails. Try again when std::time has changed.
+    /// True does not promise delivery: a service that does not answer is asked once and not again.
     virtual bool SubscribeForCaption(void (*callback)(ZVCaption& caption, void* userData), void* userData,
                                      int& key) = 0;
 

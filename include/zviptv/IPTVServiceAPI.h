@@ -10,22 +10,30 @@
 
 /// The factory of the service interfaces.
 ///
-/// Each interface has one object per process. Create hands out the existing one, or makes it; `profile` and `id`
-/// (of which 16 bits count) count only when it makes one. Every function returns 0; a failure shows as a null
-/// pointer in `out`, and the log says why: the service does not run. CreateIPGUtil does not ask whether it runs.
+/// Each interface has one object per process. Create hands out the existing one, or makes it; `profile` and
+/// `id` (of which 16 bits count) count only when it makes one. Every function returns 0; a failure shows as a
+/// null pointer in `out`, and the log says why: the service does not run. CreateIPGUtil does not ask whether
+/// it runs.
 ///
-/// An object is no promise of a connection: when the service runs but does not answer the announcement in time, or
-/// names no endpoint, Create still hands out an object, whose calls fail and which does not notice the service's
-/// end. When every call of an object fails, Destroy it and Create it anew.
+/// An object is no promise of a connection: when the service runs but does not answer the announcement in
+/// time, or names no endpoint, Create still hands out an object, whose calls fail and which does not notice
+/// the service's end. When every call of an object fails, Destroy it and Create it anew.
 ///
-/// Threads: all functions may be called from any thread, and from inside any callback of the objects. Creating an
-/// object blocks for at most 2000 ms, and so does destroying it, while the service is told. Incoming data and the
-/// loss of the service are delivered through the main context that is the thread default of the creating thread,
-/// normally the process's default context: the process must iterate it.
+/// An object destroys itself from a handler of the service's loss. When that handler is late and the object
+/// has been destroyed and created anew meanwhile, it destroys the new one: Create again when a pointer has
+/// gone stale.
 ///
-/// Lifetime: an object lives until the matching Destroy; never delete it. The player control and the broadcast
-/// data objects also destroy themselves when the service leaves the bus. When a Destroy returns, no callback of
-/// the object runs on another thread and none starts any more. Destroying what does not exist is harmless.
+/// Threads: all functions may be called from any thread, and from inside any callback of the objects.
+/// On a bus that answers, creating an object blocks for at most 2000 ms, and so does destroying it, while the
+/// service is told. Incoming data and the loss of the service are delivered through the main context that is
+/// the thread default of the creating thread, normally the process's default context: the process must
+/// iterate it.
+///
+/// Lifetime: an object lives until the matching Destroy; never delete it. The player control and the
+/// broadcast data objects also destroy themselves when the service leaves the bus. When a Destroy returns, no
+/// callback of the object runs on another thread and none starts any more. Destroying what does not exist is
+/// harmless. Two callbacks on two threads must not each destroy the other's object: they would wait for each
+/// other. After a fork without exec the child must not use the library.
 class ZVIPTV_API CIPTVServiceAPI
 {
 public:

@@ -24,19 +24,23 @@ struct ChannelAccess;
 /// ends use the same object path. Use: construct, SetCallback, SetDisconnectNotiCB where the loss of the
 /// partner matters, hand GetPublicName() to the partner, Connect(partner), send, destroy.
 ///
-/// A process exports one object per name: of several channels of the same name the first gets the calls, the others
-/// (the log says "Error while registering object") connect and send, and get the notifications of their partners.
+/// A process exports one object per name: of several channels of the same name the first gets the calls, the
+/// others (the log says "Error while registering object") connect and send, and get the notifications of
+/// their partners.
 ///
 /// Threads: the channel runs no loop of its own. Incoming calls are delivered through the main context that
 /// was the thread default where the channel was constructed, notifications and the loss of the partner
 /// through the one where Connect ran; those contexts must be iterated. Sends may be made from any thread and
-/// need no loop.
+/// need no loop. What an asynchronous send holds is released when the sending thread's context is iterated.
 ///
 /// Lifetime: a channel may be destroyed from any thread and from inside any of its callbacks. When the
 /// destructor returns, no message or notification callback runs on another thread and none starts any more. A
 /// disconnect handler that has begun is never waited for, so that it may itself destroy things that the
 /// destroying thread guards by a lock: what its user data points to has to outlive it. Do not destroy a
 /// channel while another thread waits for the calling one inside a message or notification callback.
+///
+/// The channels of a process share one bus connection, which closes with the last of them: what was sent just
+/// before may be lost then.
 ///
 /// An exception that leaves a callback passes through GLib's frames to whoever iterates the context; later
 /// messages are still delivered, a call that was being handled stays unanswered.
@@ -67,7 +71,8 @@ public:
     CProxyDBusHelper& operator=(CProxyDBusHelper const&) = delete;
 
     /// Binds the channel to the bus name `partner`: watches it and subscribes to its signals. 1 on success, 0
-    /// on failure. Once per channel, and again after the partner was lost.
+    /// on failure. (0 also when the partner is lost meanwhile, whose handler may then have run; notifications
+    /// may arrive before it returns.) Once per channel, and again after the partner was lost.
     int Connect(std::string partner);
 
     /// True from a successful Connect until the partner leaves the bus.
@@ -77,12 +82,16 @@ public:
     std::string GetPublicName();
 
     /// Sets the handlers of incoming calls (its return value is the reply) and of notifications; `userData`
-    /// is passed to both. Null handlers are allowed: calls are then answered with an empty message.
+    /// is passed to both. Null handlers are allowed: calls are then answered with an empty message. A handler
+    /// that was replaced may still be running, or about to: its user data stays valid until the channel has
+    /// ended.
     void SetCallback(CMessageBuffer (*messageCb)(CMessageBuffer& request, void* userData),
                      void (*notificationCb)(CMessageBuffer& notification, void* userData), void* userData);
 
     /// Sets the handler of the partner's loss; it gets the lost bus name and this channel's name. It runs
-    /// with the channel's partner-loss mutex held and may destroy the channel. Not called on destruction.
+    /// with the channel's partner-loss mutex held and may destroy the channel but must not iterate the main
+    /// context, where a second loss on the same channel would wait for the first for ever. Not called on
+    /// destruction.
     void SetDisconnectNotiCB(void (*cb)(std::string partner, std::string own, void* userData),
                              void* userData);
 

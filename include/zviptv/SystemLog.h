@@ -2,8 +2,9 @@
 
 #include <zviptv/Export.h>
 
-/// Priorities of the library's log lines. Some lines have the error priority although all is well, the one with the
-/// partner's name and the empty one at a channel's end among them: a threshold does not tell good from bad.
+/// Priorities of the library's log lines. Some lines have the error priority although all is well, the one
+/// with the partner's name and the empty one at a channel's end among them: a threshold does not tell good
+/// from bad.
 enum EZVLogPriority
 {
     ZV_LOG_DEBUG,
@@ -16,7 +17,8 @@ enum EZVLogPriority
 /// `tag` is "ZV_IPTV_API"; `line` is the whole formatted line with its prefix "file: function(line) > ", as
 /// long as it may be, with any line breaks that belong to its text. Both are valid during the call only.
 /// Called on whichever thread logs, possibly on several at once, and sometimes while the library holds a
-/// lock: a sink must not call the library.
+/// lock: a sink must not call the library nor take a lock that is held while something of the library is
+/// destroyed.
 using ZVLogSink = void (*)(EZVLogPriority priority, char const* tag, char const* line, void* userData);
 
 /// Sends the library's log lines to `sink` instead of the default sink; null brings the default back.

@@ -16,10 +16,31 @@ namespace {
 
 constexpr int TimeoutMs = 2000;
 
-struct DBusConnectionUnref
+struct DBusRelease
 {
     void operator()(DBusConnection* connection) const { dbus_connection_unref(connection); }
+    void operator()(DBusMessage* message) const { dbus_message_unref(message); }
 };
+
+/// Whether the helper bus has an owner. libdbus's own question waits for 25 s on a bus that stands still.
+bool NameHasOwner(DBusConnection* connection, DBusError& error)
+{
+    char const* const name = helper::BusName;
+    std::unique_ptr<DBusMessage, DBusRelease> const question(
+        dbus_message_new_method_call(DBUS_SERVICE_DBUS, DBUS_PATH_DBUS, DBUS_INTERFACE_DBUS, "NameHasOwner"));
+    if (question == nullptr ||
+        dbus_message_append_args(question.get(), DBUS_TYPE_STRING, &name, DBUS_TYPE_INVALID) == FALSE) {
+        dbus_set_error_const(&error, DBUS_ERROR_NO_MEMORY, nullptr);
+        return false;
+    }
+    std::unique_ptr<DBusMessage, DBusRelease> const answer(
+        dbus_connection_send_with_reply_and_block(connection, question.get(), TimeoutMs, &error));
+    dbus_bool_t owned = FALSE;
+    return answer != nullptr &&
+           dbus_message_get_args(answer.get(), &error, DBUS_TYPE_BOOLEAN, &owned, DBUS_TYPE_INVALID) !=
+               FALSE &&
+           owned != FALSE;
+}
 
 CMessageBuffer Announcement(std::string const& dbusname, std::string const& type, char const* add)
 {
@@ -54,12 +75,12 @@ CConnectionHelperDBusClient::~CConnectionHelperDBusClient()
 
 bool CConnectionHelperDBusClient::CheckConnection()
 {
-    std::unique_ptr<DBusConnection, DBusConnectionUnref> connection(dbus_bus_get(DBUS_BUS_SYSTEM, nullptr));
+    std::unique_ptr<DBusConnection, DBusRelease> connection(dbus_bus_get(DBUS_BUS_SYSTEM, nullptr));
     DBusError error;
     dbus_error_init(&error);
     bool owned = false;
     if (connection != nullptr) {
-        owned = dbus_bus_name_has_owner(connection.get(), BUSNAME, &error) != FALSE;
+        owned = NameHasOwner(connection.get(), error);
     } else {
         dbus_set_error_const(&error, DBUS_ERROR_NO_SERVER, "the system bus cannot be reached");
     }

@@ -133,6 +133,8 @@ void CConnectionHelperDBusServer::m_MethodCallback(GDBusConnection* connection, 
     }
     CallbackGate::Visit<CConnectionHelperDBusServer> const server(CallbackGate::FromToken(userData));
     if (!server) {
+        g_dbus_method_invocation_return_error_literal(
+            owned.release(), G_DBUS_ERROR, G_DBUS_ERROR_UNKNOWN_OBJECT, "The helper bus has ended");
         return;
     }
     CMessageBuffer const request = helper::Decode(parameters);

@@ -84,6 +84,11 @@ CProxyDBusHelper::~CProxyDBusHelper()
 int CProxyDBusHelper::Connect(std::string partner)
 {
     ZV_LOG_ENTRY();
+    // The partner may be lost at once, and its handler, on another thread, may end the channel.
+    CallbackGate::Visit<CProxyDBusHelper> const stay(m_state->m_gate);
+    if (!stay) {
+        return 0;
+    }
     {
         std::lock_guard<std::mutex> const lock(m_state->m_guard);
         m_state->m_partner_name = std::move(partner);

@@ -17,19 +17,20 @@ namespace {
 constexpr int SyncTimeoutMs = 2000;
 constexpr int DefaultTimeout = -1;
 
-/// A signal to `partner` alone; never to everybody, which is what GIO makes of a null destination.
-bool EmitSignal(GDBusConnection* connection, std::string const& partner, std::string const& path,
-                CMessageBuffer const& message, Error& error)
+/// A signal to `partner` alone; never to everybody, which is what GIO makes of a null destination. Connection
+/// and path come from the partner proxy: the channel may be ended meanwhile.
+bool EmitSignal(GDBusProxy* proxy, std::string const& partner, CMessageBuffer const& message, Error& error)
 {
     if (!zviptv::IsBusName(partner)) {
         error.Set(G_IO_ERROR_INVALID_ARGUMENT, "The partner's name is no bus name");
         return false;
     }
     Owned<GVariant> const body = EncodePeerMessage(message, error);
-    return body != nullptr && g_dbus_connection_emit_signal(connection, partner.c_str(), path.c_str(),
-                                                            CProxyDBusHelper::PROXY_DBUS_HELPER_OBJ_IFACE,
-                                                            CProxyDBusHelper::PROXY_DBUS_HELPER_SIG_NAME,
-                                                            body.get(), error.Out()) != FALSE;
+    return body != nullptr &&
+           g_dbus_connection_emit_signal(
+               g_dbus_proxy_get_connection(proxy), partner.c_str(), g_dbus_proxy_get_object_path(proxy),
+               CProxyDBusHelper::PROXY_DBUS_HELPER_OBJ_IFACE, CProxyDBusHelper::PROXY_DBUS_HELPER_SIG_NAME,
+               body.get(), error.Out()) != FALSE;
 }
 
 } // namespace
@@ -126,7 +127,7 @@ int CProxyDBusHelper::SendNotification(CMessageBuffer& message)
     }
     ZV_LOG_DEBUG_LINE("Sending signal with %d key-value pairs", message.Size());
     Error error;
-    if (!EmitSignal(m_state->m_connection.get(), link.partner, m_state->m_object_name, message, error)) {
+    if (!EmitSignal(link.proxy.get(), link.partner, message, error)) {
         ZV_LOG_ERROR_LINE("Error while sending signal [%d] %s", error.Code(), error.Message());
         return 0;
     }
@@ -174,6 +175,8 @@ void CProxyDBusHelper::m_MethodCallback(GDBusConnection* connection, char const*
     }
     CallbackGate::Visit<CProxyDBusHelper> const channel(CallbackGate::FromToken(userData));
     if (!channel) {
+        zviptv::AnswerCallWithError(invocation, "org.freedesktop.DBus.Error.UnknownObject",
+                                    "The channel has ended");
         return;
     }
     ZV_LOG_INFO_LINE("m_object_name: %s", channel->m_state->m_object_name.c_str());

@@ -62,6 +62,9 @@ void CCommonNative::t_HandleNotification(CMessageBuffer& /*msg*/)
 
 void CCommonNative::t_StopCallbacks()
 {
+    if (m_pDBusHelper == nullptr) {
+        return;
+    }
     zviptv::CallbackGate::Pointer const gate = zviptv::ChannelAccess::Gate(*m_pDBusHelper);
     gate->Refuse();
     gate->WaitForOthers();

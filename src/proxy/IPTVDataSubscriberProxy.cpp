@@ -188,7 +188,6 @@ CMessageBuffer CIPTVDataSubscriberProxy::m_MessageCb(CMessageBuffer& message, vo
 
 void CIPTVDataSubscriberProxy::m_NotificationCb(CMessageBuffer& notification, void* self)
 {
-    ZV_LOG_ENTRY();
     static_cast<CIPTVDataSubscriberProxy*>(self)->t_HandleNotification(notification);
 }
 

@@ -5,6 +5,7 @@
 readelf -d "$library" >"$work/dynamic"
 grep -q 'SONAME.*\[libzv-iptv-service-api.so.1\]' "$work/dynamic"
 grep -q 'BIND_NOW' "$work/dynamic"
+grep -q 'NODELETE' "$work/dynamic"
 readelf -lW "$library" >"$work/segments"
 grep -q 'GNU_RELRO' "$work/segments"
 if grep -q 'GNU_STACK.*RWE' "$work/segments"; then
