@@ -6,6 +6,14 @@ set -euo pipefail
 bold=$([ -t 1 ] && printf '\033[1m' || true)
 plain=$([ -t 1 ] && printf '\033[0m' || true)
 
+# Ctrl-C ends the demo quietly, whatever the command that it also reached made of it.
+stopper=
+interrupted() {
+    [ -z "$stopper" ] || kill "$stopper" 2>/dev/null || true
+    exit 130
+}
+trap interrupted INT
+
 chapter() { printf '\n%s== %s%s\n' "$bold" "$*" "$plain"; }
 
 # Shows a command and runs it; its exit status has to be the first argument.
@@ -38,6 +46,7 @@ chapter "An application that stays: it watches the service, and after 6 seconds 
     sleep 6
     kill "$ZVIPTV_SIM_PID"
 ) &
+stopper=$!
 show 3 zviptvctl watch --seconds 10
 
 chapter "No service any more"

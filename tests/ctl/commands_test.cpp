@@ -58,6 +58,8 @@ TEST_F(CommandsTest, AudioListIsATable)
     ASSERT_EQ(2U, json["audio"].size());
     EXPECT_EQ("eng", json["audio"][0]["languageCode"].asString());
     EXPECT_EQ(257, json["audio"][0]["pid"].asInt());
+    EXPECT_EQ(6, json["audio"][0]["channels"].asInt());
+    EXPECT_TRUE(json["audio"][1]["channels"].isNull());
 }
 
 TEST_F(CommandsTest, ARefusedListEndsWithOne)

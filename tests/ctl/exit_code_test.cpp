@@ -69,6 +69,7 @@ TEST_F(CtlTest, ErrorReplyEndsWithFour)
     EXPECT_EQ(4, result.code);
     EXPECT_EQ("", result.output);
     EXPECT_THAT(result.errors, HasSubstr("org.corvel.test.Failed: scripted error"));
+    EXPECT_THAT(result.errors, testing::EndsWith("): --log shows the library's log\n"));
 }
 
 TEST_F(CtlTest, AServiceThatNamesNoEndpointEndsWithFour)
@@ -76,7 +77,10 @@ TEST_F(CtlTest, AServiceThatNamesNoEndpointEndsWithFour)
     m_service.SetPartnerName("");
     CtlResult const result = RunCtl({"call", "MuteAudio", "1"});
     EXPECT_EQ(4, result.code);
-    EXPECT_THAT(result.errors, HasSubstr("the service did not take the connection: it named no endpoint"));
+    EXPECT_EQ("zviptvctl: MuteAudio: this service has no player control endpoint (PLAYERCONTROL)\n",
+              result.errors);
+    EXPECT_EQ("zviptvctl: GetGenre: this service has no programme guide endpoint (IPGUTIL)\n",
+              RunCtl({"guide", "genre", "1"}).errors);
 }
 
 TEST_F(CtlTest, AServiceThatHangsEndsWithFour)
@@ -117,19 +121,26 @@ struct BadReply
 {
     Words arguments;
     WireEntries reply;
+    std::string fault;
 };
 
 TEST_F(CtlTest, MalformedReplyEndsWithFive)
 {
     std::vector<BadReply> const replies = {
-        {{"MuteAudio", "1"}, Entries({})},
-        {{"GetSTCCount"}, Entries({{"result_internal", "1"}, {"stcCount", "soon"}})},
-        {{"GetSourceState"}, Entries({{"result_internal", "1"}, {"sourcestate", "4294967296"}})},
+        {{"MuteAudio", "1"}, Entries({}), "lacks a number or spells it badly (result)\n"},
+        {{"GetSTCCount"},
+         Entries({{"result_internal", "1"}, {"stcCount", "soon"}}),
+         "lacks a number or spells it badly (result or stc)\n"},
+        {{"GetSourceState"},
+         Entries({{"result_internal", "1"}, {"sourcestate", "4294967296"}}),
+         "has a number that is out of range (result or state)\n"},
         {{"GetCaptionLanguage", "1"},
-         Entries({{"result_internal", "1"}, {"landCode", "0"}, {"koreanCode", ""}})},
+         Entries({{"result_internal", "1"}, {"landCode", "0"}, {"koreanCode", ""}}),
+         "lacks a character (koreanCode)\n"},
         {{"GetRatingInfo"},
-         Entries({{"result_internal", "1"}, {"ratingInfoSize", "-1"}, {"ratingInfo", ""}})},
-        {{"ExistXmlForIPG"}, Entries({})},
+         Entries({{"result_internal", "1"}, {"ratingInfoSize", "-1"}, {"ratingInfo", ""}}),
+         "announces a size that no message can have (ratings)\n"},
+        {{"ExistXmlForIPG"}, Entries({}), "lacks a number or spells it badly (exist)\n"},
     };
     for (BadReply const& bad : replies) {
         m_service.AnswerWith(bad.arguments.front(), bad.reply);
@@ -138,9 +149,21 @@ TEST_F(CtlTest, MalformedReplyEndsWithFive)
         CtlResult const result = RunCtl(words);
         EXPECT_EQ(5, result.code) << bad.arguments.front();
         EXPECT_EQ("", result.output);
-        EXPECT_THAT(result.errors,
-                    StartsWith("zviptvctl: " + bad.arguments.front() + ": the service's answer lacks"));
+        EXPECT_THAT(result.errors, StartsWith("zviptvctl: the service's answer to " + bad.arguments.front() +
+                                              " " + bad.fault));
     }
+}
+
+/// Its number must not be given to a connection, which would get the output then.
+TEST_F(CtlTest, ClosedOutputEndsWithSix)
+{
+    for (char const* const command : {"status", "pes", "watch", "methods"}) {
+        ChildProcess child({"sh", "-c", "exec \"$0\" \"$1\" >&-", ZVIPTVCTL_PATH, command});
+        CtlResult const result = Finish(child);
+        EXPECT_EQ(6, result.code) << command;
+        EXPECT_EQ("zviptvctl: cannot write standard output: it is closed\n", result.errors);
+    }
+    EXPECT_TRUE(m_service.Requests().empty());
 }
 
 TEST_F(CtlTest, FullOutputEndsWithSix)

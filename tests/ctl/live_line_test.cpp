@@ -1,60 +1,21 @@
 #include "LiveLine.h"
 
-#include "Handles.h"
+#include "Terminal.h"
 
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
-#include <poll.h>
-#include <stdlib.h>
-#include <sys/ioctl.h>
-
-#include <array>
+#include <unistd.h>
 
 using zviptv::ctl::LiveLine;
 using zviptv::test::FileHandle;
+using zviptv::test::Terminal;
 
 namespace {
 
-/// A terminal of 20 columns.
-class Terminal
-{
-public:
-    Terminal() : m_master(posix_openpt(O_RDWR | O_NOCTTY))
-    {
-        grantpt(m_master.Get());
-        unlockpt(m_master.Get());
-        m_slave = FileHandle(open(ptsname(m_master.Get()), O_RDWR | O_NOCTTY));
-        winsize const size{24, 20, 0, 0};
-        ioctl(m_slave.Get(), TIOCSWINSZ, &size);
-    }
-
-    int Slave() const { return m_slave.Get(); }
-
-    /// What was written to the terminal and not read yet.
-    std::string Read() const
-    {
-        std::string text;
-        pollfd polled{m_master.Get(), POLLIN, 0};
-        while (poll(&polled, 1, 0) == 1) {
-            std::array<char, 256> buffer;
-            ssize_t const size = read(m_master.Get(), buffer.data(), buffer.size());
-            if (size <= 0) {
-                break;
-            }
-            text.append(buffer.data(), static_cast<std::size_t>(size));
-        }
-        return text;
-    }
-
-private:
-    FileHandle m_master;
-    FileHandle m_slave;
-};
-
 TEST(LiveLineTest, IsRewrittenInPlaceAndErased)
 {
-    Terminal const terminal;
+    Terminal const terminal(20);
     ASSERT_GE(terminal.Slave(), 0);
     {
         LiveLine line(terminal.Slave());
@@ -74,10 +35,34 @@ TEST(LiveLineTest, IsRewrittenInPlaceAndErased)
 
 TEST(LiveLineTest, IsCutToTheWidth)
 {
-    Terminal const terminal;
+    Terminal const terminal(20);
     LiveLine line(terminal.Slave());
     line.Show("0123456789012345678901234567890");
-    EXPECT_EQ("\r\033[K0123456789012345678", terminal.Read());
+    EXPECT_EQ("\r\033[K012345678901234 ...", terminal.Read());
+}
+
+TEST(LiveLineTest, ShowsAsManyPartsAsFit)
+{
+    Terminal const terminal(20);
+    LiveLine line(terminal.Slave());
+    line.Show("12 packets", {": 1", ", 234567"});
+    EXPECT_EQ("\r\033[K12 packets: 1 ...", terminal.Read());
+    line.Show("12 packets", {": 1", ", 2345"}); // fills all columns but the last
+    EXPECT_EQ("\r\033[K12 packets: 1, 2345", terminal.Read());
+    line.Show("12 packets", {": 1", ", 2345", ", 6"});
+    EXPECT_EQ("\r\033[K12 packets: 1 ...", terminal.Read());
+}
+
+TEST(LiveLineTest, StaysWhenItEnds)
+{
+    Terminal const terminal(20);
+    LiveLine line(terminal.Slave());
+    line.End();
+    EXPECT_EQ("", terminal.Read());
+    line.Show("last");
+    line.End();
+    line.Erase();
+    EXPECT_EQ("\r\033[Klast\r\n", terminal.Read());
 }
 
 TEST(LiveLineTest, NothingHappensWithoutATerminal)

@@ -24,17 +24,8 @@ TEST_F(LogCollectorTest, KnowsNothingAtFirst)
 {
     EXPECT_FALSE(m_log.SendFailed());
     EXPECT_FALSE(m_log.TakePlayerControlGone());
-    EXPECT_EQ("", m_log.TakeFactoryRefusal());
+    EXPECT_FALSE(m_log.LacksEndpoint());
     EXPECT_EQ("there is no connection to the service's endpoint", m_log.Reason());
-}
-
-TEST_F(LogCollectorTest, SeesTheFactoryRefuse)
-{
-    IPlayerControl* player = nullptr;
-    CIPTVServiceAPI::CreatePlayerControl(IPTV_PROFILE_DEFAULT, 0, &player);
-    EXPECT_EQ(nullptr, player);
-    EXPECT_EQ("iptv-serivce did not launched", m_log.TakeFactoryRefusal());
-    EXPECT_EQ("", m_log.TakeFactoryRefusal());
 }
 
 TEST_F(LogCollectorTest, SeesAnExchangeFailAndWhyTheAnnouncementDid)
@@ -45,6 +36,7 @@ TEST_F(LogCollectorTest, SeesAnExchangeFailAndWhyTheAnnouncementDid)
     EXPECT_FALSE(guide->GetRating(1, rating));
     EXPECT_TRUE(m_log.SendFailed());
     EXPECT_EQ("the service did not take the connection: it does not run", m_log.Reason());
+    EXPECT_FALSE(m_log.LacksEndpoint());
     m_log.ForgetCall();
     EXPECT_FALSE(m_log.SendFailed());
     CIPTVServiceAPI::DestroyIPGUtil();

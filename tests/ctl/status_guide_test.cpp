@@ -34,7 +34,7 @@ TEST_F(CtlTest, StatusTellsWhatIsPlayed)
     Play(m_service);
     EXPECT_EQ("source:         playing\n"
               "clock (STC):    135000 (1.500 s)\n"
-              "first PTS:      90000 (1.000 s)\n"
+              "first PTS:      90000 (1.000 s, time base 1/90000)\n"
               "picture:        hd, 1280x720, 59.94 frames/s, 16:9\n"
               "audio:          0: eng, ac3, 6 channels, pid 0x0101\n"
               "programme:      not locked\n"
@@ -48,6 +48,7 @@ TEST_F(CtlTest, StatusTellsWhatIsPlayed)
     EXPECT_EQ(2, json["resolution"].asInt());
     EXPECT_EQ(1280, json["picture"]["width"].asInt());
     EXPECT_EQ("eng", json["audio"]["languageCode"].asString());
+    EXPECT_EQ(6, json["audio"]["channels"].asInt());
     EXPECT_EQ(0, json["audioIndex"].asInt());
     EXPECT_FALSE(json["programmeLocked"].asBool());
     EXPECT_TRUE(json["serviceLocked"].asBool());
@@ -65,6 +66,30 @@ TEST_F(CtlTest, StatusShowsADashForWhatIsNotTold)
     Json::Value const json = ParseJson(RunCtl({"status", "--json"}).output);
     EXPECT_TRUE(json["stc"].isNull());
     EXPECT_TRUE(json["audio"].isNull());
+}
+
+/// In the words' JSON; `call` gives the record as it came.
+TEST_F(CtlTest, NumbersThatAreNotKnownAreNull)
+{
+    Play(m_service);
+    m_service.Answer("GetAudio",
+                     {{"result_internal", "1"}, {"audio", FromHex("67 6e 65 00 02 00 00 00 01 01")}});
+    m_service.Answer("GetResolution", {{"result_internal", "1"},
+                                       {"resolution", "2"},
+                                       {"resolutioninfo", FromHex("00 05 00 00 d0 02 00 00")}});
+    Json::Value const json = ParseJson(RunCtl({"status", "--json"}).output);
+    for (char const* const member : {"sampleRate", "bitRate", "channels"}) {
+        EXPECT_TRUE(json["audio"].isMember(member) && json["audio"][member].isNull()) << member;
+    }
+    for (char const* const member :
+         {"frameRateNumerator", "frameRateDenominator", "aspectWidth", "aspectHeight"}) {
+        EXPECT_TRUE(json["picture"].isMember(member) && json["picture"][member].isNull()) << member;
+    }
+    EXPECT_EQ(0, json["audio"]["audioType"].asInt());
+    EXPECT_TRUE(json["audio"]["audioType"].isNumeric());
+    EXPECT_EQ(720, json["picture"]["height"].asInt());
+    Json::Value const raw = ParseJson(RunCtl({"call", "GetAudio", "0", "--json"}).output);
+    EXPECT_TRUE(raw["audio"]["channels"].isNumeric());
 }
 
 TEST_F(CtlTest, StatusFailsAsACallDoes)

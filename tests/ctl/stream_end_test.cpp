@@ -102,6 +102,26 @@ TEST_F(StreamTest, AReaderThatHasSeenEnoughEndsTheSubscription)
     EXPECT_EQ(0, Finish(child).code);
 }
 
+TEST_F(StreamTest, TellsOnceThatTheSourceHasEnded)
+{
+    m_service.Answer("GetSourceState", {{"result_internal", "1"}, {"sourcestate", "3"}});
+    auto const child = StartSubscribed({"pes", "--count", "1"});
+    ASSERT_TRUE(child->WaitForErrors("zviptvctl: the source has ended: nothing more will come\n", patience));
+    PushPes("1", "256", "1", "x"); // it waits all the same
+    EXPECT_EQ(0, Finish(*child).code);
+    EXPECT_EQ("video pid=0x0100 pts=1 size=1\n", child->Output());
+}
+
+TEST_F(StreamTest, ASilentSourceThatPlaysIsNotTold)
+{
+    m_service.Answer("GetSourceState", {{"result_internal", "1"}, {"sourcestate", "2"}});
+    auto const child = StartSubscribed({"caption", "--seconds", "4"}, "requestCaptionCB");
+    EXPECT_TRUE(m_service.WaitForRequest("GetSourceState"));
+    CtlResult const result = Finish(*child);
+    EXPECT_EQ(0, result.code);
+    EXPECT_THAT(result.errors, testing::MatchesRegex("zviptvctl: 0 packets, 0 bytes in [^\n]*\n"));
+}
+
 TEST_F(StreamTest, UnreadableNotificationsAreToldAndSkipped)
 {
     auto const child = StartSubscribed({"pes", "--count", "1"});
@@ -110,7 +130,9 @@ TEST_F(StreamTest, UnreadableNotificationsAreToldAndSkipped)
     CtlResult const result = Finish(*child);
     EXPECT_EQ(5, result.code);
     EXPECT_EQ("video pid=0x0100 pts=1 size=1\n", result.output);
-    EXPECT_THAT(result.errors, StartsWith("zviptvctl: skipped a notification that cannot be read (stoi)\n"));
+    EXPECT_THAT(result.errors,
+                StartsWith("zviptvctl: a notification cannot be read: it lacks a number or spells it "
+                           "badly; skipped\n"));
     EXPECT_THAT(result.errors, HasSubstr("zviptvctl: 1 notification could not be read\n"));
     EXPECT_TRUE(IsUnsubscribed());
 }

@@ -4,6 +4,7 @@ namespace zviptv::test {
 namespace {
 
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 /// No bus is there: what is wrong with the command line shows all the same.
@@ -40,6 +41,43 @@ TEST(UsageTest, HelpNamesTheExitCodes)
         EXPECT_THAT(help, HasSubstr(line));
     }
     EXPECT_THAT(help, HasSubstr("\"languageCode\""));
+}
+
+TEST(UsageTest, HelpIsACommandToo)
+{
+    EXPECT_EQ(RunAlone({"--help"}).output, RunAlone({"help"}).output);
+    EXPECT_EQ(RunAlone({"call", "--help"}).output, RunAlone({"help", "call"}).output);
+    CtlResult const help = RunAlone({"help", "guide", "list"});
+    EXPECT_EQ(0, help.code);
+    EXPECT_EQ(RunAlone({"guide", "list", "--help"}).output, help.output);
+    EXPECT_THAT(help.output, HasSubstr("\n  SERVICE REQUIRED            Id of the service"));
+    EXPECT_THAT(help.output,
+                HasSubstr("\n  START REQUIRED              Begin, in the service's units; zviptv-sim: "
+                          "Unix seconds\n"));
+}
+
+TEST(UsageTest, HelpDescribesEveryArgument)
+{
+    for (Words const& command : std::vector<Words>{{"call"},
+                                                   {"audio", "select"},
+                                                   {"subtitle", "select"},
+                                                   {"ttx", "select"},
+                                                   {"captions", "select"},
+                                                   {"mute", "audio"},
+                                                   {"mute", "video"},
+                                                   {"guide", "now"},
+                                                   {"guide", "list"},
+                                                   {"guide", "find"},
+                                                   {"guide", "get"},
+                                                   {"guide", "rating"},
+                                                   {"guide", "genre"},
+                                                   {"guide", "load"}}) {
+        Words words = command;
+        words.emplace_back("--help");
+        std::string const help = RunAlone(words).output;
+        EXPECT_THAT(help, HasSubstr("\nPositionals:\n"));
+        EXPECT_THAT(help, Not(HasSubstr(" \n")));
+    }
 }
 
 TEST(UsageTest, Version)
@@ -119,7 +157,10 @@ INSTANTIATE_TEST_SUITE_P(
         Mistake{{"--profile", "x", "status"},
                 "zviptvctl: option '--profile' of zviptvctl is a signed 32-bit number"},
         Mistake{{"pes", "--count", "0"}, "zviptvctl: option '--count' of pes is a number above 0, not '0'\n"},
-        Mistake{{"pes", "--pid", "65536"}, "zviptvctl: option '--pid' of pes is an unsigned 16-bit number"},
+        Mistake{{"pes", "--pid", "0x2000"},
+                "zviptvctl: option '--pid' of pes is an unsigned 13-bit number (0 to 8191), not '0x2000'\n"},
+        Mistake{{"help", "audio", "selct"},
+                "zviptvctl: unknown command 'selct'; 'zviptvctl help' lists them\n"},
         Mistake{{"caption", "--pid", "1"}, "zviptvctl caption: unknown option '--pid'\n"},
         Mistake{{"watch", "--seconds", "0"},
                 "zviptvctl: option '--seconds' of watch is a number of seconds"}));

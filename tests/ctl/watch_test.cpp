@@ -1,4 +1,4 @@
-#include "CtlFixture.h"
+#include "WatchFixture.h"
 
 #include <csignal>
 
@@ -6,39 +6,6 @@ namespace zviptv::test {
 namespace {
 
 using testing::HasSubstr;
-
-/// A service that plays.
-class WatchTest : public testing::Test
-{
-protected:
-    WatchTest() { StartService(); }
-
-    void StartService()
-    {
-        m_service = std::make_unique<FakeService>(m_bus.Address());
-        m_service->Answer("GetSourceState", {{"result_internal", "1"}, {"sourcestate", "2"}});
-        m_service->Answer("GetSTCCount", {{"result_internal", "1"}, {"stcCount", "123456"}});
-        m_service->Answer("GetFirstPTS", {{"result_internal", "1"},
-                                          {"firstPTS", "90000"},
-                                          {"timebaseden", "90000"},
-                                          {"timebasenum", "1"},
-                                          {"currenttime", "0"}});
-    }
-
-    void PushPes(std::string const& pid, std::string const& data)
-    {
-        m_service->Notify(m_service->ClientOf("IPTVDATASUBSCRIBER"), "IPTVDATASUBSCRIBER",
-                          Entries({{"functionname", "PESCB"},
-                                   {"pesType", "1"},
-                                   {"pesPID", pid},
-                                   {"pesPTS", "1"},
-                                   {"pesDataSize", std::to_string(data.size())},
-                                   {"pesData", data}}));
-    }
-
-    PrivateBus m_bus;
-    std::unique_ptr<FakeService> m_service;
-};
 
 TEST_F(WatchTest, TellsStateClockAndTraffic)
 {
@@ -70,9 +37,7 @@ TEST_F(WatchTest, TellsStepByStepHowTheServiceGoesAndComesBack)
     ASSERT_TRUE(child->WaitForOutput(
         "the service left the bus: no more PES packets come\n"
         "the player control object destroyed itself: pointers to it are invalid now\n"
-        "CreatePlayerControl now gives null; the library's log says \"iptv-serivce did not launched\": the "
-        "service "
-        "does not run\n"
+        "CreatePlayerControl now gives null: no service runs\n"
         "the data subscriber stays, but its calls fail: UnSubscribeForPES was not sent (",
         patience))
         << child->Output();

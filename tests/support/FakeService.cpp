@@ -30,9 +30,11 @@ std::string ChannelPath(std::string const& type)
     return channelBase + type;
 }
 
-FakeService::FakeService(std::string const& address)
+FakeService::FakeService(std::string const& address, std::function<void(FakeService&)> const& script)
     : m_defaultAnswer(Entries({{"result_internal", "1"}})), m_peer(address)
 {
+    if (script)
+        script(*this);
     Begin();
 }
 

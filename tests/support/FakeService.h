@@ -32,7 +32,8 @@ public:
     using AnnouncementHandler = std::function<WireAnswer(Announcement const&)>;
 
     /// Throws std::runtime_error if the bus is not there or the name has an owner already.
-    explicit FakeService(std::string const& address);
+    /// `script` gives the answers before anybody can ask.
+    explicit FakeService(std::string const& address, std::function<void(FakeService&)> const& script = {});
     /// On DBUS_SYSTEM_BUS_ADDRESS.
     FakeService();
     ~FakeService();

@@ -70,7 +70,8 @@ std::vector<Command> CaptionCommands()
          ListCaptions},
         {"captions",
          "select",
-         {"TYPE", "N"},
+         {{"TYPE", "caption or superimpose"},
+          {"N", "Number of the text in the list of its type in 'captions list', from 0"}},
          "Select text N of the list of TYPE: caption or superimpose",
          SelectCaption},
     };

@@ -16,7 +16,8 @@ namespace zviptv::ctl {
 
 namespace {
 
-constexpr std::size_t MostArguments = 5; // GetProgram
+constexpr std::uint64_t LargestPid = 0x1FFF;
+constexpr unsigned PidBits = 13;
 
 std::optional<std::chrono::milliseconds> Duration(std::string const& text, std::string const& command)
 {
@@ -53,6 +54,7 @@ CommandLine::CommandLine() : m_app(help::Program, "zviptvctl")
     AddStream("caption", "Show caption data as the service pushes it", false);
     AddWatch();
     AddCommands();
+    AddHelp();
 }
 
 /// On every level, so that they may stand anywhere.
@@ -68,12 +70,12 @@ void CommandLine::AddGlobalOptions(CLI::App& app)
 }
 
 /// One option each: CLI11 would take "[a,b]" apart in an option of many values.
-CommandLine::Texts CommandLine::AddArguments(CLI::App& app, std::vector<std::string> const& names)
+CommandLine::Texts CommandLine::AddArguments(CLI::App& app, std::vector<CommandArgument> const& arguments)
 {
     auto texts = std::make_shared<std::vector<std::string>>();
-    for (std::string const& name : names) {
-        app.add_option_function<std::string>(name,
-                                             [texts](std::string const& text) { texts->push_back(text); })
+    for (CommandArgument const& argument : arguments) {
+        app.add_option_function<std::string>(
+               argument.name, [texts](std::string const& text) { texts->push_back(text); }, argument.help)
             ->type_name("");
     }
     return texts;
@@ -86,13 +88,12 @@ void CommandLine::AddCall()
     call->footer(help::CallFooter);
     call->allow_extras();
     call->add_flag("--list", m_listsMethods, "List the methods instead");
-    std::vector<std::string> names = {"METHOD"};
-    for (std::size_t number = 1; number <= MostArguments; ++number) {
-        names.push_back("ARG" + std::to_string(number));
-    }
-    Texts const texts = AddArguments(*call, names);
-    call->get_option("METHOD")->description("Name of the method");
-    call->get_option("ARG1")->description("Its arguments");
+    Texts const texts = AddArguments(*call, {{"METHOD", "Name of the method"},
+                                             {"ARG1", "Its first argument, if it takes any"},
+                                             {"ARG2", "Its second argument"},
+                                             {"ARG3", "Its third argument"},
+                                             {"ARG4", "Its fourth argument"},
+                                             {"ARG5", "Its fifth argument"}}); // GetProgram has most
     call->callback([this, call, texts] {
         m_action = [this, call, texts] {
             AppendExtras(call->remaining(), *texts);
@@ -138,9 +139,9 @@ void CommandLine::AddCommand(CLI::App& parent, Command const& command)
 {
     CLI::App* const app = parent.add_subcommand(command.name, command.help);
     AddGlobalOptions(*app);
-    Texts const texts = AddArguments(*app, {command.arguments.begin(), command.arguments.end()});
-    for (char const* const name : command.arguments) {
-        app->get_option(name)->required();
+    Texts const texts = AddArguments(*app, command.arguments);
+    for (CommandArgument const& argument : command.arguments) {
+        app->get_option(argument.name)->required();
     }
     app->callback([this, &command, texts] {
         m_action = [this, &command, texts] {
@@ -170,7 +171,7 @@ void CommandLine::AddStream(char const* name, char const* help, bool isPes)
                     "standard output, and no lines")
         ->type_name("FILE");
     if (isPes) {
-        app->add_option("--pid", given->pid, "Packets of this PID only")->type_name("P");
+        app->add_option("--pid", given->pid, "Packets of this PID only, 0 to 0x1FFF")->type_name("P");
     }
     app->callback([=] {
         m_answersOnce = false;
@@ -184,7 +185,8 @@ void CommandLine::AddStream(char const* name, char const* help, bool isPes)
                 options.count = ParseCount(given->count, {name, "--count"});
             }
             if (!given->pid.empty()) {
-                options.pid = ParseArgument<std::uint16_t>(given->pid, {name, "--pid"});
+                options.pid = static_cast<std::uint16_t>(
+                    ParseUnsigned(given->pid, LargestPid, PidBits, {name, "--pid"}));
             }
             LogCollector log(m_echoLog);
             Session session(ChosenHandle(), log);
@@ -210,6 +212,35 @@ void CommandLine::AddWatch()
             return Watch(session, options).Run();
         };
     });
+}
+
+void CommandLine::AddHelp()
+{
+    CLI::App* const app = m_app.add_subcommand("help", "Print this help, or the help of a command");
+    AddGlobalOptions(*app);
+    auto const words = std::make_shared<std::vector<std::string>>();
+    app->add_option("COMMAND", *words, "Words of the command")->type_name("");
+    app->callback([this, words] { m_action = [this, words] { return Help(*words); }; });
+}
+
+/// As --help behind the same words.
+ExitCode CommandLine::Help(std::vector<std::string> words) const
+{
+    CLI::App const* app = &m_app;
+    for (std::string const& word : words) {
+        auto const found =
+            app->get_subcommands([&](CLI::App const* command) { return command->get_name() == word; });
+        if (found.empty()) {
+            throw Failure(ExitCode::Usage, "unknown command '" + word + "'; 'zviptvctl help' lists them");
+        }
+        app = found.front();
+    }
+    words.emplace_back("--help");
+    std::vector<char const*> argv = {"zviptvctl"};
+    for (std::string const& word : words) {
+        argv.push_back(word.c_str());
+    }
+    return CommandLine().Run(static_cast<int>(argv.size()), argv.data());
 }
 
 } // namespace zviptv::ctl

@@ -14,6 +14,7 @@ namespace zviptv::ctl {
 
 struct Answer;
 struct Command;
+struct CommandArgument;
 
 /// The program: reads the command line, runs the command it names and tells what went wrong.
 class CommandLine
@@ -34,7 +35,9 @@ private:
     void AddCommand(CLI::App& parent, Command const& command);
     void AddStream(char const* name, char const* help, bool isPes);
     void AddWatch();
-    static Texts AddArguments(CLI::App& app, std::vector<std::string> const& names);
+    void AddHelp();
+    ExitCode Help(std::vector<std::string> words) const;
+    static Texts AddArguments(CLI::App& app, std::vector<CommandArgument> const& arguments);
 
     Handle ChosenHandle() const;
     ExitCode AnswerWith(std::function<Answer(Session& session)> const& command);

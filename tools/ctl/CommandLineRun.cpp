@@ -52,6 +52,7 @@ ExitCode CommandLine::Run(int argc, char const* const* argv)
 ExitCode CommandLine::Perform()
 {
     try {
+        OutputFile const probe("-"); // before a closed standard output's number is given to something else
         return m_action();
     } catch (Failure const& failure) {
         std::cerr << "zviptvctl: " << failure.what() << '\n';

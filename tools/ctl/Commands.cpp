@@ -12,7 +12,7 @@ CommandArguments::CommandArguments(Command const& command, std::vector<std::stri
 
 ArgumentPlace CommandArguments::PlaceOf(std::size_t index) const
 {
-    return {"'" + m_command.FullName() + "'", m_command.arguments.at(index)};
+    return {"'" + m_command.FullName() + "'", m_command.arguments.at(index).name};
 }
 
 std::string Command::FullName() const

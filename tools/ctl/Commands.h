@@ -31,12 +31,18 @@ private:
     std::vector<std::string> m_texts;
 };
 
+struct CommandArgument
+{
+    char const* name;
+    char const* help;
+};
+
 /// A command in the words of people, which makes one or several calls of the interface.
 struct Command
 {
     char const* group; ///< the word before the name; empty for a command that stands alone
     char const* name;
-    std::vector<char const*> arguments;
+    std::vector<CommandArgument> arguments;
     char const* help;
     Answer (*run)(Session& session, CommandArguments const& arguments);
 

@@ -101,19 +101,27 @@ Answer Load(Session& session, CommandArguments const& arguments)
 
 std::vector<Command> GuideCommands()
 {
+    CommandArgument const service = {"SERVICE", "Id of the service in the guide"};
+    CommandArgument const event = {"EVENT", "Id of the programme's event"};
+    CommandArgument const start = {"START", "Begin, in the service's units; zviptv-sim: Unix seconds"};
+    CommandArgument const duration = {"DURATION", "Length, in the service's units; zviptv-sim: seconds"};
     return {
         {"guide", "exists", {}, "Tell whether the guide has data", Exists},
-        {"guide", "now", {"SERVICE"}, "Show the present programme of a service", Now},
+        {"guide", "now", {service}, "Show the present programme of a service", Now},
+        {"guide", "list", {service, start, duration}, "List programmes of a service, from START on", List},
+        {"guide", "find", {service, event}, "Show a programme of a service by its event id", Find},
         {"guide",
-         "list",
-         {"SERVICE", "START", "DURATION"},
-         "List programmes of a service, from START on, in the guide's units",
-         List},
-        {"guide", "find", {"SERVICE", "EVENT"}, "Show a programme of a service by its event id", Find},
-        {"guide", "get", {"INDEX"}, "Show a programme by its place in the guide", Get},
-        {"guide", "rating", {"EVENT"}, "Show the rating of a programme", Rating},
-        {"guide", "genre", {"EVENT"}, "Show the genre of a programme", Genre},
-        {"guide", "load", {"PATH"}, "Have the service copy guide data from PATH", Load},
+         "get",
+         {{"INDEX", "Place of the programme, as the service counts"}},
+         "Show a programme by its place in the guide",
+         Get},
+        {"guide", "rating", {event}, "Show the rating of a programme", Rating},
+        {"guide", "genre", {event}, "Show the genre of a programme", Genre},
+        {"guide",
+         "load",
+         {{"PATH", "Path, as the service sees it"}},
+         "Have the service copy guide data from PATH",
+         Load},
     };
 }
 

@@ -21,7 +21,8 @@ With --json a command writes exactly one object to standard output, on one line:
 numbers and enumerations are numbers, texts are UTF-8 (other bytes as U+FFFD),
 records are objects, lists are arrays. A language is two members: "language",
 its number, and "languageCode", its ISO 639 code or "". What the service does
-not tell is null. When the exit code is 3, 4 or 5 there are "result" (false) and
+not tell is null; 'call' gives records as they came, with 0 for a number that is
+not known. When the exit code is 3, 4 or 5 there are "result" (false) and
 "error" (text) alone; after a usage error there is nothing. The commands pes,
 caption and watch write one object a line as it happens instead.
 
@@ -59,7 +60,8 @@ traffic of every PID, and step by step what happens when the service goes and
 comes back. On a terminal one line is rewritten in place. With --json every line
 is an object with "event": connected, subscribed, tick, lost,
 player-control-gone, factory-refuses, factory-works, subscriber-fails, waiting,
-back, trouble or unreadable.
+back, trouble or unreadable. Trouble is told once while it lasts; if it lasts to
+the end, the exit code tells it too.
 )";
 
 } // namespace zviptv::ctl::help

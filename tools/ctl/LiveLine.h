@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace zviptv::ctl {
 
@@ -17,11 +18,15 @@ public:
 
     bool IsTerminal() const { return m_isTerminal; }
 
-    /// Shows the text instead of the former one, cut to the terminal's width.
-    void Show(std::string const& text);
+    /// Shows the text instead of the former one, and as many of `more` behind it as fit in the terminal's
+    /// width; an ellipsis stands for the rest.
+    void Show(std::string const& text, std::vector<std::string> const& more = {});
 
     /// Makes room for other output, which may follow on the same terminal.
     void Erase();
+
+    /// Leaves the line as it is; other output follows below it.
+    void End();
 
 private:
     std::size_t Width() const;

@@ -75,8 +75,12 @@ Answer UnlockPin(Session& session, CommandArguments const& /*arguments*/)
 std::vector<Command> LockCommands()
 {
     return {
-        {"mute", "audio", {"STATE"}, "Mute the sound (on) or let it be heard (off)", MuteAudio},
-        {"mute", "video", {"STATE"}, "Mute the picture (on) or show it (off)", MuteVideo},
+        {"mute",
+         "audio",
+         {{"STATE", "on or off"}},
+         "Mute the sound (on) or let it be heard (off)",
+         MuteAudio},
+        {"mute", "video", {{"STATE", "on or off"}}, "Mute the picture (on) or show it (off)", MuteVideo},
         {"", "rating", {}, "List the ratings of the present programme and what is locked", Rating},
         {"unlock", "programme", {}, "Unlock the present programme", Unlock<ZV_PARENTAL_UNLOCKED_PROGRAMME>},
         {"unlock",

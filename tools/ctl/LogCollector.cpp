@@ -7,6 +7,8 @@ namespace zviptv::ctl {
 
 namespace {
 
+constexpr char const* NoEndpoint = "it named no endpoint for this interface";
+
 /// What follows `prefix` in `text`, if it starts so.
 bool StripPrefix(std::string const& text, std::string const& prefix, std::string& rest)
 {
@@ -66,10 +68,10 @@ bool LogCollector::TakePlayerControlGone()
     return std::exchange(m_playerControlGone, false);
 }
 
-std::string LogCollector::TakeFactoryRefusal()
+bool LogCollector::LacksEndpoint() const
 {
     std::lock_guard<std::mutex> const lock(m_mutex);
-    return std::exchange(m_factoryRefusal, std::string());
+    return m_callReason.empty() && m_announceReason == NoEndpoint;
 }
 
 void LogCollector::Sink(EZVLogPriority priority, char const* /*tag*/, char const* line, void* userData)
@@ -98,8 +100,6 @@ void LogCollector::TakeError(std::string const& message)
         m_callReason = rest;
     } else if (message == "Destroy CPlayerControlProxy") {
         m_playerControlGone = true;
-    } else if (message == "iptv-serivce did not launched") {
-        m_factoryRefusal = message;
     } else if (message == "G_IO_ERROR_TIMED_OUT") {
         m_helperError = "no answer within 2 seconds";
     } else if (message == "G_DBUS_ERROR_NAME_HAS_NO_OWNER") {
@@ -108,7 +108,7 @@ void LogCollector::TakeError(std::string const& message)
         m_helperError = rest;
     } else if (StripPrefix(message, "partner's name: ", rest)) {
         std::string const error = std::exchange(m_helperError, std::string());
-        m_announceReason = error.empty() ? "it named no endpoint for this interface" : error;
+        m_announceReason = error.empty() ? NoEndpoint : error;
         if (!rest.empty()) {
             m_announceReason.clear();
         }

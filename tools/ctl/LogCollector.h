@@ -28,11 +28,11 @@ public:
     /// Why it failed, in words; never empty.
     std::string Reason() const;
 
+    /// Whether it failed because the service gave the object no endpoint.
+    bool LacksEndpoint() const;
+
     /// Whether a player control object destroyed itself since the last question.
     bool TakePlayerControlGone();
-
-    /// The line with which the factory refused to make an object since the last question; empty if none.
-    std::string TakeFactoryRefusal();
 
 private:
     static void Sink(EZVLogPriority priority, char const* tag, char const* line, void* userData);
@@ -47,7 +47,6 @@ private:
     std::string m_callReason;     ///< of the latest exchange
     std::string m_announceReason; ///< why the service gave the latest object no endpoint
     std::string m_helperError;    ///< of the latest announcement, of coming or going
-    std::string m_factoryRefusal;
 };
 
 } // namespace zviptv::ctl

@@ -15,6 +15,25 @@ gboolean RunWork(gpointer work)
     return G_SOURCE_CONTINUE;
 }
 
+struct Timer
+{
+    GSource source;
+    gint64 interval; ///< microseconds
+};
+
+gboolean FireTimer(GSource* source, GSourceFunc work, gpointer data)
+{
+    gint64 const interval = reinterpret_cast<Timer*>(source)->interval;
+    gint64 next = g_source_get_ready_time(source) + interval;
+    for (gint64 const now = g_get_monotonic_time(); next <= now;) {
+        next += interval;
+    }
+    g_source_set_ready_time(source, next);
+    return work(data);
+}
+
+GSourceFuncs timerFunctions = {nullptr, nullptr, FireTimer, nullptr, nullptr, nullptr};
+
 } // namespace
 
 EventSource::EventSource(unsigned id, std::unique_ptr<Work> work) : m_id(id), m_work(std::move(work)) {}
@@ -41,7 +60,13 @@ EventSource& EventSource::operator=(EventSource&& other) noexcept
 EventSource Loop::Every(std::chrono::milliseconds interval, EventSource::Work work)
 {
     auto owned = std::make_unique<EventSource::Work>(std::move(work));
-    unsigned const id = g_timeout_add(static_cast<guint>(interval.count()), RunWork, owned.get());
+    GSource* const source = g_source_new(&timerFunctions, sizeof(Timer));
+    gint64 const microseconds = std::chrono::microseconds(interval).count();
+    reinterpret_cast<Timer*>(source)->interval = microseconds;
+    g_source_set_ready_time(source, g_get_monotonic_time() + microseconds);
+    g_source_set_callback(source, RunWork, owned.get(), nullptr);
+    unsigned const id = g_source_attach(source, nullptr);
+    g_source_unref(source); // the context holds it
     return EventSource(id, std::move(owned));
 }
 

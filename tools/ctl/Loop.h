@@ -31,6 +31,8 @@ public:
     using ErrorHandler = std::function<void(std::exception const& error)>;
     using Hook = std::function<void()>;
 
+    /// Keeps to its times: one event that comes late does not delay those that follow. What was missed is
+    /// left out.
     static EventSource Every(std::chrono::milliseconds interval, EventSource::Work work);
     static EventSource OnSignal(int number, EventSource::Work work);
 

@@ -69,6 +69,18 @@ std::string TypeName()
     }
 }
 
+template <typename Value>
+constexpr Form FormOf()
+{
+    if constexpr (std::is_same_v<Value, char>) {
+        return Form::Character;
+    } else if constexpr (std::is_arithmetic_v<Value> || std::is_enum_v<Value>) {
+        return Form::Number;
+    } else {
+        return ElementOf<Value>::isVector ? Form::List : Form::Bytes;
+    }
+}
+
 /// Takes the arguments of a call one after the other.
 class ArgumentReader
 {
@@ -151,14 +163,14 @@ private:
     {
         using Value = std::decay_t<Parameter>;
         if constexpr (IsOutput<Parameter>) {
-            method.outputs.push_back({TypeName<Value>(), name});
+            method.outputs.push_back({TypeName<Value>(), name, FormOf<Value>()});
         } else if constexpr (IsProgramId<Value>) {
             ForEachField<Value>([&](auto const& field) {
                 using FieldType = std::remove_reference_t<decltype(std::declval<Value&>().*field.member)>;
                 Describe<FieldType>(method, field.name);
             });
         } else {
-            method.inputs.push_back({TypeName<Value>(), name});
+            method.inputs.push_back({TypeName<Value>(), name, FormOf<Value>()});
             method.required += IsOptional<Parameter> ? 0 : 1;
         }
     }

@@ -9,10 +9,20 @@ namespace zviptv::ctl {
 
 class Session;
 
+/// How a value travels.
+enum class Form
+{
+    Number, ///< decimal text; flags and enumerations too
+    Character,
+    List, ///< records, with their number as another value
+    Bytes
+};
+
 struct Parameter
 {
     std::string type;
     std::string name;
+    Form form = Form::Bytes;
 };
 
 /// One method of the interfaces, as a command line sees it.

@@ -16,8 +16,11 @@ OutputFile::OutputFile(std::string const& path)
       m_descriptor(path == "-" ? fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0)
                                : open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666))
 {
+    if (m_descriptor < 0 && IsStandardOutput() && errno == EBADF) {
+        Throw("it is closed");
+    }
     if (m_descriptor < 0) {
-        Throw();
+        Throw(errno);
     }
 }
 
@@ -37,7 +40,7 @@ bool OutputFile::Write(void const* data, std::size_t size)
             return false;
         }
         if (written < 0 && errno != EINTR) {
-            Throw();
+            Throw(errno);
         }
         std::size_t const done = written > 0 ? static_cast<std::size_t>(written) : 0;
         next += done;
@@ -49,13 +52,17 @@ bool OutputFile::Write(void const* data, std::size_t size)
 void OutputFile::Close()
 {
     if (m_descriptor >= 0 && close(std::exchange(m_descriptor, -1)) != 0) {
-        Throw();
+        Throw(errno);
     }
 }
 
-void OutputFile::Throw() const
+void OutputFile::Throw(int error) const
 {
-    std::string const reason = std::system_category().message(errno);
+    Throw(std::system_category().message(error));
+}
+
+void OutputFile::Throw(std::string const& reason) const
+{
     std::string const name = IsStandardOutput() ? "standard output" : "'" + m_path + "'";
     throw Failure(ExitCode::CannotWrite, "cannot write " + name + ": " + reason);
 }

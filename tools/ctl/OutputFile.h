@@ -26,7 +26,8 @@ public:
     bool IsStandardOutput() const { return m_path == "-"; }
 
 private:
-    [[noreturn]] void Throw() const;
+    [[noreturn]] void Throw(int error) const;
+    [[noreturn]] void Throw(std::string const& reason) const;
 
     std::string const m_path;
     int m_descriptor;

@@ -4,6 +4,7 @@
 #include "Words.h"
 
 #include <cmath>
+#include <cstdio>
 
 namespace zviptv::ctl {
 
@@ -18,15 +19,17 @@ void AddNumbers(Json::Value& object, Traffic const& traffic)
 
 } // namespace
 
+PidTraffic::PidTraffic(Clock::time_point start) : m_measured(start), m_all(start) {}
+
 void PidTraffic::Add(std::uint16_t pid, std::size_t bytes)
 {
     m_all.Add(bytes);
-    m_pids[pid].Add(bytes);
+    m_pids.try_emplace(pid, m_measured).first->second.Add(bytes);
 }
 
-void PidTraffic::Measure()
+void PidTraffic::Measure(Clock::time_point now)
 {
-    Traffic::Clock::time_point const now = Traffic::Clock::now();
+    m_measured = now;
     m_all.Measure(now);
     for (auto& [pid, traffic] : m_pids) {
         traffic.Measure(now);
@@ -41,6 +44,22 @@ std::string PidTraffic::Text() const
                 RateText(traffic.BytesPerSecond());
     }
     return text;
+}
+
+std::string PidTraffic::Total() const
+{
+    return Counted(m_all.Packets(), "packet") + ", " + RateText(m_all.BytesPerSecond());
+}
+
+std::vector<std::string> PidTraffic::Rates() const
+{
+    std::vector<std::string> rates;
+    for (auto const& [pid, traffic] : m_pids) {
+        char text[32];
+        std::snprintf(text, sizeof text, " %.1f", traffic.BytesPerSecond() / 1000);
+        rates.push_back((rates.empty() ? ": " : ", ") + ToHex(pid, 4) + text);
+    }
+    return rates;
 }
 
 void PidTraffic::AddTo(Json::Value& object) const

@@ -1,5 +1,7 @@
 #include "Session.h"
 
+#include "Explanations.h"
+
 #include <zviptv/ConnectionHelperDBusClient.h>
 
 namespace zviptv::ctl {
@@ -28,7 +30,9 @@ Session::Session(Handle handle, LogCollector& log) : m_handle(handle), m_log(log
 
 Session::~Session()
 {
-    Release();
+    if (!m_isAbandoned) {
+        Release();
+    }
 }
 
 void Session::Release()
@@ -92,12 +96,10 @@ IIPGUtil& Session::Get()
 
 void Session::ThrowMalformed(std::string const& method, std::exception const& error)
 {
-    throw Failure(ExitCode::Malformed,
-                  method + ": the service's answer lacks a value or has one that cannot be read (" +
-                      error.what() + "); use --log to see the exchange");
+    throw Failure(ExitCode::Malformed, MalformedAnswer(method, error));
 }
 
-void Session::ThrowUnreached(std::string const& method) const
+void Session::ThrowUnreached(std::string const& method)
 {
     std::string const reason = m_log.Reason();
     if (m_bus && m_bus->IsClosed()) {
@@ -108,11 +110,13 @@ void Session::ThrowUnreached(std::string const& method) const
         throw Failure(ExitCode::NoService,
                       method + ": the service left the bus (" + reason + "): start it again");
     }
-    bool const isTimeOut =
-        reason.find("Timeout") != std::string::npos || reason.find("within") != std::string::npos;
-    throw Failure(ExitCode::NoAnswer, method + ": no answer from the service (" + reason + "): " +
-                                          (isTimeOut ? "see whether it hangs or is overloaded"
-                                                     : "use --log to see the exchange"));
+    if (m_log.LacksEndpoint()) {
+        throw Failure(ExitCode::NoAnswer, method + ": " + MissingEndpoint(method));
+    }
+    m_hangs = reason.find("Timeout") != std::string::npos || reason.find("within") != std::string::npos;
+    throw Failure(ExitCode::NoAnswer,
+                  method + ": no answer from the service (" + reason + "): " +
+                      (m_hangs ? "see whether it hangs or is overloaded" : "--log shows the library's log"));
 }
 
 } // namespace zviptv::ctl

@@ -43,6 +43,7 @@ public:
     bool Ask(std::string const& method, Call call)
     {
         m_log.ForgetCall();
+        m_hangs = false;
         bool result = false;
         try {
             result = call();
@@ -58,6 +59,13 @@ public:
     /// Releases the objects; Get() makes new ones.
     void Release();
 
+    /// Whether the latest call waited for an answer in vain.
+    bool Hangs() const { return m_hangs; }
+
+    /// Leaves the objects as they are at the end: to announce to a service that hangs that they go would
+    /// block as long again. That the process goes the bus tells it anyway.
+    void Abandon() { m_isAbandoned = true; }
+
     /// Throws a Failure that says what to do when there is no bus or no service. Get() does this itself.
     void Start();
 
@@ -71,11 +79,13 @@ public:
 
 private:
     [[noreturn]] static void ThrowMalformed(std::string const& method, std::exception const& error);
-    [[noreturn]] void ThrowUnreached(std::string const& method) const;
+    [[noreturn]] void ThrowUnreached(std::string const& method);
 
     Handle const m_handle;
     LogCollector& m_log;
     std::optional<SystemBus> m_bus;
+    bool m_hangs = false;
+    bool m_isAbandoned = false;
 };
 
 template <>

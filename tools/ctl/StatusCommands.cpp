@@ -28,7 +28,11 @@ public:
     {
         m_answer.json[member] = Json::Value();
         if (known) {
-            AddMember(m_answer.json, member, value);
+            if constexpr (std::is_class_v<Value>) {
+                m_answer.json[member] = KnownJson(value);
+            } else {
+                AddMember(m_answer.json, member, value);
+            }
         }
     }
 
@@ -49,6 +53,17 @@ std::string Seconds(unsigned long long ticks, double ticksPerSecond)
     char text[64];
     std::snprintf(text, sizeof text, "%llu (%.3f s)", ticks, static_cast<double>(ticks) / ticksPerSecond);
     return text;
+}
+
+/// With the time base as the service tells it.
+std::string FirstPtsText(unsigned long long pts, int denominator, int numerator)
+{
+    if (denominator <= 0 || numerator <= 0) {
+        return std::to_string(pts);
+    }
+    std::string text = Seconds(pts, static_cast<double>(denominator) / numerator);
+    text.pop_back();
+    return text + ", time base " + std::to_string(numerator) + "/" + std::to_string(denominator) + ")";
 }
 
 std::string PictureText(cvtv_resolution_e resolution, ZVResolution const& info)
@@ -83,9 +98,7 @@ void AddClock(Session& session, Facts& facts)
     int numerator = 0;
     unsigned long now = 0;
     known = session.Ask("GetFirstPTS", [&] { return player.GetFirstPTS(pts, denominator, numerator, now); });
-    bool const hasBase = denominator > 0 && numerator > 0;
-    facts.Add("first PTS", "firstPts", known, pts,
-              hasBase ? Seconds(pts, static_cast<double>(denominator) / numerator) : std::to_string(pts));
+    facts.Add("first PTS", "firstPts", known, pts, FirstPtsText(pts, denominator, numerator));
 }
 
 void AddPicture(Session& session, Facts& facts)

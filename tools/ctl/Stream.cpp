@@ -1,5 +1,6 @@
 #include "Stream.h"
 
+#include "Explanations.h"
 #include "PacketLine.h"
 #include "Words.h"
 
@@ -28,10 +29,7 @@ ExitCode Stream::Run()
     std::optional<Subscription> subscription;
     Subscribe(subscription);
 
-    EventSource const live = Loop::Every(std::chrono::seconds(1), [this] {
-        m_traffic.Measure();
-        m_live.Show(m_traffic.Now());
-    });
+    EventSource const second = Loop::Every(std::chrono::seconds(1), [this] { OnSecond(); });
     EventSource const limit = m_options.duration ? Loop::Every(*m_options.duration, end) : EventSource();
     m_loop.Run([this](std::exception const& error) { OnUnreadable(error); });
     Unsubscribe(*subscription);
@@ -65,6 +63,7 @@ void Stream::Take(Packet const& packet)
         return;
     }
     m_traffic.Add(packet.data.size());
+    m_silentSeconds = 0;
     try {
         bool const isRead = Write(packet);
         if (!isRead || (m_options.count && m_traffic.Packets() >= *m_options.count)) {
@@ -72,6 +71,31 @@ void Stream::Take(Packet const& packet)
         }
     } catch (Failure const& failure) {
         Fail(failure);
+    }
+}
+
+void Stream::OnSecond()
+{
+    constexpr int longSilence = 3;
+    if (!m_ended && ++m_silentSeconds == longSilence && !m_toldEnd) {
+        TellIfEnded();
+    }
+    m_traffic.Measure();
+    m_live.Show(m_traffic.Now());
+}
+
+void Stream::TellIfEnded()
+{
+    EZVSourceState state = ZV_SOURCE_STATE_UNKNOWN;
+    try {
+        auto& player = m_session.Get<IPlayerControl>();
+        m_session.Ask("GetSourceState", [&] { return player.GetSourceState(state); });
+    } catch (Failure const&) {
+        return; // it is a courtesy: packets may come all the same
+    }
+    if (state == ZV_SOURCE_STATE_ENDED) {
+        m_toldEnd = true;
+        Say("the source has ended: nothing more will come");
     }
 }
 
@@ -101,7 +125,7 @@ void Stream::OnService(ServiceWatch::Event event)
 void Stream::OnUnreadable(std::exception const& error)
 {
     ++m_unreadable;
-    Say(std::string("skipped a notification that cannot be read (") + error.what() + ")");
+    Say(UnreadableNotification(error) + "; skipped");
 }
 
 void Stream::End()

@@ -37,6 +37,8 @@ private:
     void Subscribe(std::optional<Subscription>& subscription);
     void Unsubscribe(Subscription& subscription);
     void Take(Packet const& packet);
+    void OnSecond();
+    void TellIfEnded();
     bool Write(Packet const& packet);
     void OnService(ServiceWatch::Event event);
     void OnUnreadable(std::exception const& error);
@@ -54,6 +56,8 @@ private:
     Traffic m_traffic;
     std::optional<Failure> m_failure;
     std::uint64_t m_unreadable = 0;
+    int m_silentSeconds = 0;
+    bool m_toldEnd = false;
     bool m_ended = false;
 };
 

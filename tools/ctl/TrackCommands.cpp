@@ -48,7 +48,7 @@ Answer ListAudio(Session& session, CommandArguments const& /*arguments*/)
                    ToHex(audio.pid, 4)},
                   known && static_cast<long long>(index) == current);
     }
-    Answer answer = Listed(table, "no audio tracks", "audio", ToJson(tracks));
+    Answer answer = Listed(table, "no audio tracks", "audio", KnownJson(tracks));
     if (known) {
         answer.json["current"] = current;
     }
@@ -148,11 +148,23 @@ std::vector<Command> TrackCommands()
 {
     return {
         {"audio", "list", {}, "List the audio tracks; a star marks the one that is heard", ListAudio},
-        {"audio", "select", {"N"}, "Select audio track N of the list", SelectAudio},
+        {"audio",
+         "select",
+         {{"N", "Number of the track in 'audio list', from 0"}},
+         "Select audio track N of the list",
+         SelectAudio},
         {"subtitle", "list", {}, "List the subtitles; a star marks the current one", ListSubtitles},
-        {"subtitle", "select", {"N"}, "Select subtitle N of the list", SelectSubtitle},
+        {"subtitle",
+         "select",
+         {{"N", "Number of the subtitle in 'subtitle list', from 0"}},
+         "Select subtitle N of the list",
+         SelectSubtitle},
         {"ttx", "list", {}, "List the teletext pages; a star marks the current one", ListTeletext},
-        {"ttx", "select", {"N"}, "Select entry N of the list", SelectTeletext},
+        {"ttx",
+         "select",
+         {{"N", "Number of the entry in 'ttx list', from 0; not the page"}},
+         "Select entry N of the list",
+         SelectTeletext},
     };
 }
 

@@ -16,6 +16,12 @@ std::string AudioText(ZVAudio const& audio);
 
 std::string LockWord(bool locked);
 
+// Records as JSON whose numbers are null where 0 stands for "not known".
+
+Json::Value KnownJson(ZVAudio const& audio);
+Json::Value KnownJson(std::vector<ZVAudio> const& tracks);
+Json::Value KnownJson(ZVResolution const& picture);
+
 /// Entries of one of the service's lists: asks for each until the service has no more.
 template <typename Record, typename Get>
 std::vector<Record> Collect(Session& session, std::string const& method, unsigned int size, Get get)

@@ -1,6 +1,7 @@
 #include "Watch.h"
 
 #include "Answer.h"
+#include "Explanations.h"
 
 #include <csignal>
 #include <unistd.h>
@@ -17,20 +18,20 @@ Watch::Watch(Session& session, WatchOptions options)
 ExitCode Watch::Run()
 {
     m_session.Start();
-    auto const end = [this] { m_loop.Quit(); };
+    auto const end = [this] { End(); };
     EventSource const interrupt = Loop::OnSignal(SIGINT, end);
     EventSource const terminate = Loop::OnSignal(SIGTERM, end);
-    EventSource const limit = m_options.duration ? Loop::Every(*m_options.duration, end) : EventSource();
+    EventSource limit; // before the seconds: where both are due the last tick is the limit's
+    if (m_options.duration) {
+        m_deadline = std::chrono::steady_clock::now() + *m_options.duration;
+        limit = Loop::Every(*m_options.duration, [this] { LastTick(); });
+    }
     EventSource const second = Loop::Every(std::chrono::seconds(1), [this] { Tick(); });
     ServiceWatch const watch(m_session.Connection(), [this](ServiceWatch::Event event) { OnService(event); });
     Connect();
-    m_loop.Run(
-        [this](std::exception const& error) {
-            Say("unreadable", std::string("a notification cannot be read (") + error.what() + ")");
-        },
-        [this] { OnEvents(); });
-    Conclude();
-    return ExitCode::Accepted;
+    m_loop.Run([this](std::exception const& error) { Say("unreadable", UnreadableNotification(error)); },
+               [this] { OnEvents(); });
+    return Conclude();
 }
 
 void Watch::Connect()
@@ -38,17 +39,17 @@ void Watch::Connect()
     m_subscription.reset();
     m_session.Release(); // a data subscriber that lost its service stays deaf
     m_session.Log().TakePlayerControlGone();
+    if (m_trouble && IsOver()) {
+        return; // to release may have taken as long
+    }
     try {
         Introduce();
         Subscribe();
         m_state = State::Connected;
-        m_lastTrouble.clear();
+        m_trouble.reset();
     } catch (Failure const& failure) {
         m_state = State::Away;
-        if (m_lastTrouble != failure.what()) {
-            m_lastTrouble = failure.what();
-            Say("trouble", m_lastTrouble);
-        }
+        Tell(failure);
     }
 }
 
@@ -84,44 +85,64 @@ void Watch::Subscribe()
 
 void Watch::Tick()
 {
+    if (IsOver()) {
+        return;
+    }
     m_traffic.Measure();
     if (m_state == State::Away && m_isServicePresent) {
         Connect();
     }
-    if (m_state != State::Connected) {
-        m_live.Show("waiting for the service");
+    if (m_state == State::Connected && !IsOver()) {
+        Report();
+    }
+}
+
+/// At the deadline, unless the service keeps silent: then it has held up the command long enough.
+void Watch::LastTick()
+{
+    if (m_state == State::Connected && !m_isEnding && !m_session.Hangs()) {
+        m_traffic.Measure();
+        Report();
+    }
+    End();
+}
+
+void Watch::Report()
+{
+    EZVSourceState state = ZV_SOURCE_STATE_UNKNOWN;
+    unsigned long long stc = 0;
+    bool hasState = false;
+    bool hasClock = false;
+    try {
+        auto& player = m_session.Get<IPlayerControl>();
+        m_session.Ask("GetSourceState", [&] { return player.GetSourceState(state); });
+        hasState = true;
+        hasClock = m_session.Ask("GetSTCCount", [&] { return player.GetSTCCount(stc); });
+        m_trouble.reset();
+    } catch (Failure const& failure) {
+        if (failure.Code() != ExitCode::NoService) { // that it left is told step by step
+            Tell(failure);
+        }
+    }
+    std::string const text = LowerName(state) + ", STC " + (hasClock ? std::to_string(stc) : "-") + ", ";
+    if (m_live.IsTerminal()) {
+        m_live.Show(text + m_traffic.Total(), m_traffic.Rates());
         return;
     }
     Json::Value json(Json::objectValue);
     json["event"] = "tick";
-    std::string text;
-    try {
-        auto& player = m_session.Get<IPlayerControl>();
-        EZVSourceState state = ZV_SOURCE_STATE_UNKNOWN;
-        unsigned long long stc = 0;
-        m_session.Ask("GetSourceState", [&] { return player.GetSourceState(state); });
-        bool const hasClock = m_session.Ask("GetSTCCount", [&] { return player.GetSTCCount(stc); });
-        json["sourceState"] = ToJson(state);
-        json["stc"] = hasClock ? ToJson(stc) : Json::Value();
-        text = LowerName(state) + ", STC " + (hasClock ? std::to_string(stc) : "-");
-    } catch (Failure const& failure) {
-        json["sourceState"] = Json::Value();
-        json["stc"] = Json::Value();
-        text = failure.what();
-    }
+    json["sourceState"] = hasState ? ToJson(state) : Json::Value();
+    json["stc"] = hasClock ? ToJson(stc) : Json::Value();
     m_traffic.AddTo(json);
-    text += ", PES " + m_traffic.Text();
-    if (m_live.IsTerminal()) {
-        m_live.Show(text);
-    } else {
-        Write(json, text);
-    }
+    Write(json, text + "PES " + m_traffic.Text());
 }
 
 void Watch::OnService(ServiceWatch::Event event)
 {
     m_isServicePresent = event == ServiceWatch::Event::Present;
-    m_lastTrouble = m_isServicePresent ? m_lastTrouble : "";
+    if (!m_isServicePresent) {
+        m_trouble.reset();
+    }
     if (event == ServiceWatch::Event::BusClosed) {
         m_isBusClosed = true;
         m_loop.Quit();
@@ -138,7 +159,7 @@ void Watch::OnEvents()
         m_state = State::Away;
         Say("waiting", "waiting for the service to come back");
     }
-    if (m_state != State::Connected && m_isServicePresent && m_lastTrouble.empty()) {
+    if (m_state != State::Connected && m_isServicePresent && !m_trouble && !IsOver()) {
         Say("back", "the service is back: making new objects");
         Connect();
     }
@@ -153,14 +174,11 @@ void Watch::TellLoss()
 
 void Watch::TellFactory()
 {
-    m_session.Log().TakeFactoryRefusal();
     IPlayerControl* player = nullptr;
     Handle const& handle = m_session.HandleOfCalls();
     CIPTVServiceAPI::CreatePlayerControl(handle.profile, handle.id, &player);
-    std::string const line = m_session.Log().TakeFactoryRefusal();
     if (player == nullptr) {
-        Say("factory-refuses", "CreatePlayerControl now gives null; the library's log says \"" + line +
-                                   "\": the service does not run");
+        Say("factory-refuses", "CreatePlayerControl now gives null: no service runs");
     } else {
         Say("factory-works", "CreatePlayerControl gives a new object already");
     }
@@ -178,20 +196,46 @@ void Watch::TellSubscriber()
     }
 }
 
-void Watch::Conclude()
+/// The live line is left first: what the terminal shows of Ctrl-C stands behind it.
+void Watch::End()
 {
-    m_live.Erase();
+    m_live.End();
+    m_isEnding = true;
+    m_loop.Quit();
+}
+
+bool Watch::IsOver() const
+{
+    return m_isEnding || (m_deadline && std::chrono::steady_clock::now() >= *m_deadline);
+}
+
+ExitCode Watch::Conclude()
+{
+    m_live.End();
     if (m_writeFailure) {
         throw Failure(*m_writeFailure);
     }
     if (m_isBusClosed) {
         throw Failure(ExitCode::NoAnswer, "the bus closed the connection; see whether it still runs");
     }
-    if (m_state != State::Connected) {
-        throw Failure(ExitCode::NoService,
-                      m_lastTrouble.empty() ? "the service did not come back" : m_lastTrouble);
+    if (m_state != State::Connected && !m_trouble) {
+        throw Failure(ExitCode::NoService, "the service did not come back");
     }
-    m_subscription->End(m_session.Get<IIPTVDataSubscriber>());
+    if (m_session.Hangs()) {
+        m_session.Abandon();
+    } else if (m_state == State::Connected) {
+        m_subscription->End(m_session.Get<IIPTVDataSubscriber>());
+    }
+    return m_trouble ? m_trouble->Code() : ExitCode::Accepted;
+}
+
+/// Once, while it lasts.
+void Watch::Tell(Failure const& trouble)
+{
+    if (!m_trouble || std::string(m_trouble->what()) != trouble.what()) {
+        Say("trouble", trouble.what());
+    }
+    m_trouble = trouble;
 }
 
 void Watch::Say(char const* event, std::string const& text)

@@ -29,7 +29,8 @@ class Watch
 public:
     Watch(Session& session, WatchOptions options);
 
-    /// Until time is over or the user ends it. Throws a Failure when the service is away then.
+    /// Until time is over or the user ends it. Throws a Failure when the service is away then; trouble that
+    /// was told and lasts is a code.
     ExitCode Run();
 
 private:
@@ -44,13 +45,18 @@ private:
     void Introduce();
     void Subscribe();
     void Tick();
+    void LastTick();
+    void Report();
     void OnService(ServiceWatch::Event event);
     void OnEvents();
     void TellLoss();
     void TellFactory();
     void TellSubscriber();
-    void Conclude();
+    void End();
+    bool IsOver() const;
+    ExitCode Conclude();
 
+    void Tell(Failure const& trouble);
     void Say(char const* event, std::string const& text);
     void Write(Json::Value const& json, std::string const& text);
 
@@ -62,7 +68,9 @@ private:
     State m_state = State::Away;
     bool m_isServicePresent = true;
     bool m_isBusClosed = false;
-    std::string m_lastTrouble;
+    bool m_isEnding = false;
+    std::optional<std::chrono::steady_clock::time_point> m_deadline;
+    std::optional<Failure> m_trouble; ///< of the latest look at the service
     std::optional<Failure> m_writeFailure;
     std::optional<Subscription> m_subscription;
     PidTraffic m_traffic;

@@ -50,7 +50,8 @@ Service::Service(ServiceOptions const& options, MainLoop& loop)
                         }))
 {
     if (!options.guide.empty()) {
-        for (std::string const& warning : m_programGuide.Load(options.guide).First()) {
+        GuideWarnings const warnings = m_programGuide.Load(options.guide);
+        for (std::string const& warning : warnings.First()) {
             std::fprintf(stderr, "zviptv-sim: %s: %s\n", options.guide.c_str(), warning.c_str());
         }
     }
