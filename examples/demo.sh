@@ -1,6 +1,8 @@
 #!/bin/bash
 # The library at work, in words and real output. Runs on a private bus that has the simulator on it:
-#   zviptv-sim --ts samples/sample.ts --loop -- examples/demo.sh
+# and was given a guide, a rating limit and one fault:
+#   zviptv-sim --ts samples/sample.ts --loop --guide samples/sample.xml --time 1774735200 --rating-limit 12 \
+#       --fault SetAppID=error -- examples/demo.sh
 set -euo pipefail
 
 bold=$([ -t 1 ] && printf '\033[1m' || true)
@@ -38,6 +40,22 @@ show 0 zviptvctl call GetFirstPTS
 show 1 zviptvctl call SetCurrentAudioByIndex 99
 printf '(The stream has no track 99: the service refused, exit status 1.)\n'
 
+chapter "Broadcast data: what the stream carries, and the parental lock"
+show 0 zviptvctl audio list
+show 0 zviptvctl audio select 1
+show 0 zviptvctl call GetCurrentAudioInfo
+show 0 zviptvctl subtitle list
+show 0 zviptvctl rating
+show 0 zviptvctl unlock pin
+show 0 zviptvctl call GetRatingLockState
+
+chapter "Programme guide: what is on, by the guide's clock"
+show 0 zviptvctl call GetPresentProgram 1
+show 0 zviptvctl call GetProgramListSize 1 1774735200 14400
+
+chapter "A fault on demand: the simulator was told to answer SetAppID with an error"
+show 4 zviptvctl call SetAppID org.example.application
+
 chapter "PES delivery: the service pushes the stream's packets to the application's callback"
 show 0 zviptvctl pes --count 12
 
@@ -56,6 +74,7 @@ cat <<'EOF'
 
 What was shown: a private system bus, the service simulator playing samples/sample.ts on it, and a client of the
 installed library. The client created its proxies, muted and unmuted, read source state, clock and first time stamp,
-was refused what does not exist, received PES packets as they were played, and saw the service go: the player control
-object destroyed itself, and nothing could be created until a service is back.
+was refused what does not exist, read the track lists, unlocked a rated programme, asked the guide, met a fault that
+it was promised, received PES packets as they were played, and saw the service go: the player control object
+destroyed itself, and nothing could be created until a service is back.
 EOF

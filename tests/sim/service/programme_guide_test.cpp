@@ -102,6 +102,16 @@ TEST_F(SampleGuide, SaysWhatIsWrongWithAGuide)
     EXPECT_THAT(process.Errors(), testing::HasSubstr(std::string(ZVIPTV_SIM) + ":1:"));
 }
 
+TEST_F(SampleGuide, TellsWhatItLeftOut)
+{
+    std::string const guide = m_bus.Directory() + "/odd.xml";
+    std::ofstream(guide)
+        << "<tv><channel id='1'/>\n<programme start='20260399' channel='1'><title>x</title></programme></tv>";
+    ChildProcess process({ZVIPTV_SIM, "--ts", ZVIPTV_SAMPLE_FILE, "--guide", guide, "--", "true"});
+    EXPECT_EQ(process.Wait(Patience), (ExitStatus{0, 0}));
+    EXPECT_THAT(process.Errors(), testing::HasSubstr("zviptv-sim: " + guide + ": line 2: "));
+}
+
 TEST_F(Simulator, ShowsEveryRequest)
 {
     ChildProcess& simulator = Start({"--ts", ZVIPTV_SAMPLE_FILE, "--loop", "--json"});
