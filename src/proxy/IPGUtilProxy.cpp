@@ -69,6 +69,7 @@ bool CIPGUtilProxy::m_Ask(char const* functionName, zviptv::RequestFields fields
     }
     std::string data = reply.GetValue(key::Data);
     zviptv::WriteLog(ZV_LOG_INFO, where, "Receive data : %s", data.c_str());
+    data = reply.GetValue(key::Data);
     zviptv::ReplyField(key::Data, output).Decode(data);
     return true;
 }

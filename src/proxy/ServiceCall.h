@@ -110,8 +110,8 @@ enum class CallOutcome
     Accepted ///< the service answered with another result
 };
 
-/// The one path of every proxy method to the service: entry line, request ("functionname", "handleID" where
-/// there is a handle, the fields in order), synchronous exchange. False, and a log line, when the exchange
+/// The one path of every proxy method to the service: request ("functionname", "handleID" where there is a
+/// handle, the fields in order), synchronous exchange. False, and a log line, when the exchange
 /// failed.
 bool Exchange(CProxyDBusHelper& channel, char const* functionName, IPTVHandle const* handle,
               RequestFields fields, CMessageBuffer& reply, SourceLocation const& where);

@@ -23,20 +23,20 @@ std::vector<Row> Sizes()
     return {
         NumberRow(Getter(&IBroadcastData::SizeOfAudio, 77U),
                   Entries({{"functionname", "SizeOfAudio"}, {"handleID", "256"}}),
-                  {{"size", "3", Decoding::Stoi}}, "3", "77"),
+                  {{"size", "-3", Decoding::Stoi}}, "4294967293", "77"),
         NumberRow(Getter(&IBroadcastData::SizeOfTTX, 77U),
                   Entries({{"functionname", "SizeOfTTX"}, {"handleID", "256"}}),
                   {{"size", "-1", Decoding::Stoi}}, "4294967295", "77"),
         NumberRow(Getter(&IBroadcastData::SizeOfHybridSBT, 77U),
                   Entries({{"functionname", "SizeOfHybridSBT"}, {"handleID", "256"}}),
-                  {{"size", "2147483647", Decoding::Stoi}}, "2147483647", "77"),
+                  {{"size", "-2147483648", Decoding::Stoi}}, "2147483648", "77"),
         NumberRow(
             [](IBroadcastData& broadcast) {
                 unsigned int size = 77;
-                bool const result = broadcast.SizeOfISDBText(ZV_ISDB_TEXT_SUPERIMPOSE, size);
+                bool const result = broadcast.SizeOfISDBText(static_cast<EZVISDBTextType>(-1), size);
                 return Outcome{result, ShowAll(size)};
             },
-            Entries({{"functionname", "SizeOfISDBText"}, {"handleID", "256"}, {"mode", "1"}}),
+            Entries({{"functionname", "SizeOfISDBText"}, {"handleID", "256"}, {"mode", "-1"}}),
             {{"size", "-1", Decoding::Stoi}}, "4294967295", "77"),
     };
 }
@@ -74,10 +74,11 @@ std::vector<Row> CurrentEntries()
             [](IBroadcastData& broadcast) {
                 EZVLanguageCode language = otherLanguage;
                 char code = '?';
-                bool const result = broadcast.GetCaptionLanguage(ZV_CAPTION_SERVICE_4, language, code);
+                bool const result =
+                    broadcast.GetCaptionLanguage(static_cast<EZVCaptionService>(-4), language, code);
                 return Outcome{result, ShowAll(language, code)};
             },
-            Entries({{"functionname", "GetCaptionLanguage"}, {"handleID", "256"}, {"service", "4"}}),
+            Entries({{"functionname", "GetCaptionLanguage"}, {"handleID", "256"}, {"service", "-4"}}),
             {{"landCode", "7040882", Decoding::Stoi}, {"koreanCode", "KOR", Decoding::Text}}, "7040882, K",
             "77, ?"),
     };
@@ -89,12 +90,12 @@ std::vector<Row> Flags()
         NumberRow(Getter(&IBroadcastData::CheckHardOfHearingSBT, true),
                   Entries({{"functionname", "CheckHardOfHearingSBT"}, {"handleID", "256"}}),
                   {{"exists", "0", Decoding::Stoi}}, "0", "1"),
-        NumberRow(Getter(&IBroadcastData::GetRatingLockState, false),
+        NumberRow(Getter(&IBroadcastData::GetRatingLockState, true),
                   Entries({{"functionname", "GetRatingLockState"}, {"handleID", "256"}}),
-                  {{"lockState", "2", Decoding::Stoi}}, "1", "0"),
-        NumberRow(Getter(&IBroadcastData::FlagServiceLocked, false),
+                  {{"lockState", "0", Decoding::Stoi}}, "0", "1"),
+        NumberRow(Getter(&IBroadcastData::FlagServiceLocked, true),
                   Entries({{"functionname", "FlagServiceLocked"}, {"handleID", "256"}}),
-                  {{"outServiceLocked", "-1", Decoding::Stoi}}, "1", "0"),
+                  {{"outServiceLocked", "0", Decoding::Stoi}}, "0", "1"),
     };
 }
 

@@ -32,10 +32,10 @@ std::vector<Method<IBroadcastData>> BroadcastDataRecordRows()
          "GetAudio",
          [](IBroadcastData& broadcast) {
              auto audio = Untouched<ZVAudio>();
-             bool const result = broadcast.GetAudio(3, audio);
+             bool const result = broadcast.GetAudio(4294967293U, audio);
              return Outcome{result, ShowAll(audio)};
          },
-         Entries({{"functionname", "GetAudio"}, {"handleID", "256"}, {"index", "3"}}),
+         Entries({{"functionname", "GetAudio"}, {"handleID", "256"}, {"index", "4294967293"}}),
          {{"audio", bytes32, Decoding::Record}},
          HexOf(bytes32),
          UntouchedHex(32)},
@@ -55,10 +55,10 @@ std::vector<Method<IBroadcastData>> BroadcastDataRecordRows()
          [](IBroadcastData& broadcast) {
              EZVLanguageCode language = otherLanguage;
              auto subtitle = Untouched<ZVHybridSBT>();
-             bool const result = broadcast.GetHybridSBT(0, language, subtitle);
+             bool const result = broadcast.GetHybridSBT(2147483648U, language, subtitle);
              return Outcome{result, ShowAll(language, subtitle)};
          },
-         Entries({{"functionname", "GetHybridSBT"}, {"handleID", "256"}, {"index", "0"}}),
+         Entries({{"functionname", "GetHybridSBT"}, {"handleID", "256"}, {"index", "2147483648"}}),
          {{"landCode", "-9", Decoding::Stoi}, {"hybridSbt", bytes24, Decoding::Record}},
          "-9, " + HexOf(bytes24),
          "77, " + UntouchedHex(24)},
@@ -80,10 +80,11 @@ std::vector<Method<IBroadcastData>> BroadcastDataRecordRows()
          "GetISDBText",
          [](IBroadcastData& broadcast) {
              auto text = Untouched<ZVISDBText>();
-             bool const result = broadcast.GetISDBText(ZV_ISDB_TEXT_SUPERIMPOSE, 5, text);
+             bool const result = broadcast.GetISDBText(static_cast<EZVISDBTextType>(-1), 4294967295U, text);
              return Outcome{result, ShowAll(text)};
          },
-         Entries({{"functionname", "GetISDBText"}, {"handleID", "256"}, {"mode", "1"}, {"index", "5"}}),
+         Entries(
+             {{"functionname", "GetISDBText"}, {"handleID", "256"}, {"mode", "-1"}, {"index", "4294967295"}}),
          {{"isdbText", bytes16, Decoding::Record}},
          HexOf(bytes16),
          UntouchedHex(16)},

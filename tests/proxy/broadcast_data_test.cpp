@@ -89,7 +89,8 @@ TEST_F(BroadcastData, RatingsBeyondTheCountAreIgnored)
 TEST_F(BroadcastData, HostileCountsAreALengthError)
 {
     IBroadcastData& broadcast = *CreateBroadcast();
-    for (int const count : {-1, INT_MIN, INT_MAX, 12000000}) {
+    constexpr int mostInAMessage = (32 * 1024 * 1024 - 4096) / 3;
+    for (int const count : {-1, INT_MIN, INT_MAX, mostInAMessage + 1}) {
         SCOPED_TRACE(count);
         m_ratings.resize(3);
         AnswerRatings(std::to_string(count), "\1\2\3");

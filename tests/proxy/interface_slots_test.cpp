@@ -86,6 +86,19 @@ TEST(InterfaceSlots, CommonNative)
     Hooks::Expect();
 }
 
+TEST(InterfaceSlots, ConnectionHelper)
+{
+    using I = IConnectionHelper;
+    ExpectSlotsInOrder(&I::SetDbusSignalCb);
+}
+
+#else
+
+TEST(InterfaceSlots, AreKnownToThisTestOnX86_64Only)
+{
+    GTEST_SKIP() << "how a pointer to a virtual function tells its slot is known here for x86-64 only";
+}
+
 #endif
 
 TEST(ProxyClasses, DeriveFromTheirInterfacesAndNotFromTheEndpoint)

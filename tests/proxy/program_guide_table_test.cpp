@@ -42,8 +42,8 @@ std::vector<Row> TextRows()
                      {"eventID", "4294967295"}})),
         TextRow(TextQuery([](auto& guide, auto& text) { return guide.GetRating(2147483648U, text); }),
                 Entries({{"functionname", "GetRating"}, {"eventID", "2147483648"}})),
-        TextRow(TextQuery([](auto& guide, auto& text) { return guide.GetGenre(0, text); }),
-                Entries({{"functionname", "GetGenre"}, {"eventID", "0"}})),
+        TextRow(TextQuery([](auto& guide, auto& text) { return guide.GetGenre(4294967295U, text); }),
+                Entries({{"functionname", "GetGenre"}, {"eventID", "4294967295"}})),
         TextRow(TextQuery([](auto& guide, auto& text) {
                     return guide.GetProgramList(12345678901ULL, 4000000000U, 3600, text);
                 }),
@@ -59,11 +59,11 @@ std::vector<Row> NumberRows()
     return {
         {"ExistXmlForIPG",
          "ExistXmlForIPG",
-         Getter(&IIPGUtil::ExistXmlForIPG, false),
+         Getter(&IIPGUtil::ExistXmlForIPG, true),
          Entries({{"functionname", "ExistXmlForIPG"}}),
-         {{"data", "-3", Decoding::Stoi}},
-         "1",
-         "0"},
+         {{"data", "0", Decoding::Stoi}},
+         "0",
+         "1"},
         {"GetProgramListSize",
          "GetProgramListSize",
          [](IIPGUtil& guide) {
@@ -81,14 +81,14 @@ std::vector<Row> NumberRows()
         {"CloneUSBToTV",
          "CloneUSBToTV",
          [](IIPGUtil& guide) {
-             bool done = false;
+             bool done = true;
              bool const result = guide.CloneUSBToTV("/media/usb 1/\xc3\xa4", done);
              return Outcome{result, ShowAll(done)};
          },
          Entries({{"functionname", "CloneUSBToTV"}, {"path", "/media/usb 1/\xc3\xa4"}}),
-         {{"data", "2", Decoding::Stoi}},
-         "1",
-         "0"},
+         {{"data", "0", Decoding::Stoi}},
+         "0",
+         "1"},
     };
 }
 

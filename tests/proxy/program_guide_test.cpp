@@ -79,10 +79,14 @@ TEST_F(ProgramGuide, FailedQueryByProgrammeIdLeavesTheText)
 {
     m_service.AnswerError("GetProgramIPG");
     IIPGUtil& guide = *CreateGuide();
+    m_log.Clear();
     std::string programme = "untouched";
     EXPECT_FALSE(guide.GetProgram({1, 2, 3, 4}, PROGRAM_IPG_PRESENT, programme));
     EXPECT_EQ(programme, "untouched");
-    EXPECT_TRUE(m_log.Has(ZV_LOG_ERROR, "SendMessage failed."));
+    EXPECT_EQ(LinesOf(m_log, "IPGUtilProxy.cpp: GetProgram"),
+              (Lines{{ZV_LOG_INFO, ""},
+                     {ZV_LOG_INFO, m_service.LastRequest().Value("inID")},
+                     {ZV_LOG_ERROR, "SendMessage failed."}}));
 }
 
 TEST_F(ProgramGuide, EmptyPathIsSent)
@@ -104,12 +108,41 @@ TEST_F(ProgramGuide, FlagsFollowTheNumberOfTheData)
         EXPECT_TRUE(guide.ExistXmlForIPG(exists));
         EXPECT_EQ(exists, expected) << data;
     }
+    m_service.Answer("CloneUSBToTV", {{"data", "2"}});
+    bool done = false;
+    EXPECT_TRUE(guide.CloneUSBToTV("/media", done));
+    EXPECT_TRUE(done);
     for (std::string const data : {"", "abc"}) {
         m_service.Answer("ExistXmlForIPG", {{"data", data}});
         bool exists = true;
         EXPECT_EQ(FailureOf([&] { guide.ExistXmlForIPG(exists); }), "invalid_argument: stoi");
         EXPECT_TRUE(exists);
     }
+}
+
+TEST_F(ProgramGuide, MalformedNumbersLeaveTheOutput)
+{
+    IIPGUtil& guide = *CreateGuide();
+    m_service.Answer("GetProgramListSize", {{"data", "many"}});
+    m_service.Answer("CloneUSBToTV", {{"data", "99999999999"}});
+    int size = 77;
+    EXPECT_EQ(FailureOf([&] { guide.GetProgramListSize(1, 2, 3, size); }), "invalid_argument: stoi");
+    EXPECT_EQ(size, 77);
+    bool done = true;
+    EXPECT_EQ(FailureOf([&] { guide.CloneUSBToTV("/media", done); }), "out_of_range: stoi");
+    EXPECT_TRUE(done);
+}
+
+TEST_F(ProgramGuide, QueryByProgrammeIdTakesAnyAnswer)
+{
+    IIPGUtil& guide = *CreateGuide();
+    std::string programme = "before";
+    m_service.Answer("GetProgramIPG", {{"result_internal", "0"}, {"data", "refused"}});
+    EXPECT_TRUE(guide.GetProgram({1, 2, 3, 4}, PROGRAM_IPG_PRESENT, programme));
+    EXPECT_EQ(programme, "refused");
+    m_service.Answer("GetProgramIPG", {{"result_internal", "1"}});
+    EXPECT_TRUE(guide.GetProgram({1, 2, 3, 4}, PROGRAM_IPG_PRESENT, programme));
+    EXPECT_EQ(programme, "");
 }
 
 TEST_F(ProgramGuide, TextsMayHoldAnyBytes)

@@ -25,14 +25,6 @@ TEST(Types, RatingsLieSideBySide)
     EXPECT_EQ(reinterpret_cast<char const*>(&ratings[1] + 1) - reinterpret_cast<char const*>(&ratings[0]), 6);
 }
 
-TEST(Types, NewRatingIsZero)
-{
-    ZVRatingInfo const rating{};
-    EXPECT_EQ(rating.region, 0);
-    EXPECT_EQ(rating.dimension, 0);
-    EXPECT_EQ(rating.value, 0);
-}
-
 template <typename Enumeration>
 constexpr bool Is32BitSigned = std::is_same_v<std::underlying_type_t<Enumeration>, std::int32_t>;
 

@@ -1,0 +1,82 @@
+#include "MethodTable.h"
+
+using namespace zviptv::test;
+
+namespace {
+
+constexpr auto otherLanguage = static_cast<EZVLanguageCode>(77);
+
+/// Values are stored one after the other: what comes before a malformed one is kept, the rest is not touched.
+class BroadcastDecodeOrder : public ServiceTest
+{
+protected:
+    /// The call's failure, with what its out-parameters were then.
+    template <typename... Outputs>
+    std::string Fail(bool (IBroadcastData::*method)(Outputs&...), WireEntries const& answer,
+                     std::string const& function, Outputs... outputs)
+    {
+        m_service.AnswerWith(function, answer);
+        IBroadcastData& broadcast = *CreateBroadcast();
+        std::string const failure = FailureOf([&] { (broadcast.*method)(outputs...); });
+        return failure + " | " + ShowAll(outputs...);
+    }
+
+    static WireEntries LanguageThenBadIndex()
+    {
+        return Entries({{"result_internal", "1"}, {"landCode", "12"}, {"index", "none"}});
+    }
+
+    static WireEntries BadLanguageThenRecord()
+    {
+        return Entries({{"result_internal", "1"}, {"landCode", "none"}, {"hybridSbt", PatternBytes(24)}});
+    }
+};
+
+TEST_F(BroadcastDecodeOrder, LanguageThenIndex)
+{
+    EXPECT_EQ(Fail(&IBroadcastData::GetCurrentAudioInfo, LanguageThenBadIndex(), "GetCurrentAudioInfo",
+                   otherLanguage, 77),
+              "invalid_argument: stoi | 12, 77");
+    EXPECT_EQ(
+        Fail(&IBroadcastData::GetCurrentTTX, LanguageThenBadIndex(), "GetCurrentTTX", otherLanguage, 77U),
+        "invalid_argument: stoi | 12, 77");
+    EXPECT_EQ(Fail(&IBroadcastData::GetCurrentHybridSBT, LanguageThenBadIndex(), "GetCurrentHybridSBT",
+                   otherLanguage, 77U),
+              "invalid_argument: stoi | 12, 77");
+}
+
+TEST_F(BroadcastDecodeOrder, LanguageThenIndexOfIsdbText)
+{
+    m_service.AnswerWith("GetCurrentISDBText", LanguageThenBadIndex());
+    IBroadcastData& broadcast = *CreateBroadcast();
+    EZVLanguageCode language = otherLanguage;
+    unsigned int index = 77;
+    EXPECT_EQ(FailureOf([&] { broadcast.GetCurrentISDBText(ZV_ISDB_TEXT_CAPTION, language, index); }),
+              "invalid_argument: stoi");
+    EXPECT_EQ(ShowAll(language, index), "12, 77");
+}
+
+TEST_F(BroadcastDecodeOrder, LanguageThenSubtitle)
+{
+    auto subtitle = Untouched<ZVHybridSBT>();
+    EXPECT_EQ(Fail(&IBroadcastData::GetPreferredHybridSBT, BadLanguageThenRecord(), "GetPreferredHybridSBT",
+                   otherLanguage, subtitle),
+              "invalid_argument: stoi | 77, " + HexOf(BytesOf(subtitle)));
+    m_service.AnswerWith("GetHybridSBT", BadLanguageThenRecord());
+    IBroadcastData& broadcast = *CreateBroadcast();
+    EZVLanguageCode language = otherLanguage;
+    EXPECT_EQ(FailureOf([&] { broadcast.GetHybridSBT(0, language, subtitle); }), "invalid_argument: stoi");
+    EXPECT_EQ(BytesOf(subtitle), BytesOf(Untouched<ZVHybridSBT>()));
+}
+
+TEST_F(BroadcastDecodeOrder, ResultBeforeEverything)
+{
+    EXPECT_EQ(Fail(&IBroadcastData::SizeOfAudio, Entries({{"result_internal", "yes"}, {"size", "3"}}),
+                   "SizeOfAudio", 77U),
+              "invalid_argument: stoi | 77");
+    EXPECT_EQ(Fail(&IBroadcastData::GetRatingLockState,
+                   Entries({{"result_internal", ""}, {"lockState", "1"}}), "GetRatingLockState", false),
+              "invalid_argument: stoi | 0");
+}
+
+} // namespace
