@@ -1,6 +1,6 @@
 #!/bin/bash
-# The library at work, in words and real output. Runs on a private bus that has the simulator on it:
-# and was given a guide, a rating limit and one fault:
+# The library at work, in words and real output. Runs on a private bus on which the simulator plays the sample, with
+# a guide, a rating limit and one fault:
 #   zviptv-sim --ts samples/sample.ts --loop --guide samples/sample.xml --time 1774735200 --rating-limit 12 \
 #       --fault SetAppID=error -- examples/demo.sh
 set -euo pipefail
@@ -30,6 +30,9 @@ show() {
     fi
 }
 
+# Whoever types sees a picture before the first command; so does the demo.
+zviptvctl pes --pid 0x102 --count 1 >/dev/null 2>&1 || true
+
 chapter "Player control: each command creates the proxy, makes one call over the bus and prints what came back"
 show 0 zviptvctl status
 show 0 zviptvctl call MuteAudio true
@@ -44,10 +47,19 @@ chapter "Broadcast data: what the stream carries, and the parental lock"
 show 0 zviptvctl audio list
 show 0 zviptvctl audio select 1
 show 0 zviptvctl call GetCurrentAudioInfo
-show 0 zviptvctl subtitle list
 show 0 zviptvctl rating
 show 0 zviptvctl unlock pin
 show 0 zviptvctl call GetRatingLockState
+
+chapter "Captions: DVB subtitles and teletext in one list, teletext pages, ARIB captions"
+show 0 zviptvctl subtitle list
+show 0 zviptvctl ttx list
+show 0 zviptvctl captions list
+show 0 zviptvctl call GetPreferredTTXSubtitle
+printf '(Track 1, German, is heard: the German page is preferred.)\n'
+show 0 zviptvctl caption --count 4
+printf '(Captions come to a callback as broadcast: teletext is the data units of the subtitle pages, caption a data\n'
+printf 'group of the ARIB caption. They say One and Eins, いち, and so on to five.)\n'
 
 chapter "Programme guide: what is on, by the guide's clock"
 show 0 zviptvctl call GetPresentProgram 1
@@ -74,7 +86,7 @@ cat <<'EOF'
 
 What was shown: a private system bus, the service simulator playing samples/sample.ts on it, and a client of the
 installed library. The client created its proxies, muted and unmuted, read source state, clock and first time stamp,
-was refused what does not exist, read the track lists, unlocked a rated programme, asked the guide, met a fault that
-it was promised, received PES packets as they were played, and saw the service go: the player control object
-destroyed itself, and nothing could be created until a service is back.
+was refused what does not exist, read the track lists, unlocked a rated programme, received captions, asked the guide,
+met a fault that it was promised, received PES packets as they were played, and saw the service go: the player control
+object destroyed itself, and nothing could be created until a service is back.
 EOF

@@ -1,6 +1,6 @@
 #!/bin/bash
-# Makes sample.ts, the transport stream that the simulator and the tests play. Needs ffmpeg and bash.
-# The same ffmpeg version writes the same bytes every time: no dates, no version texts, one thread.
+# Makes sample.ts, the transport stream that the simulator and the tests play. Needs ffmpeg, bash
+# and python3. The same ffmpeg version writes the same bytes every time: no dates, no version texts, one thread.
 #
 # usage: make-sample.sh [OUT.ts]
 set -euo pipefail
@@ -30,6 +30,7 @@ exact=(-flags:v +bitexact -flags:a +bitexact -fflags +bitexact -map_metadata -1)
 
 ffmpeg -hide_banner -loglevel error -nostdin -y "${inputs[@]}" \
     -map 0:v -map 1:a -map 2:a -map 3:s -t 12 \
-    "${video[@]}" "${audio[@]}" -c:s dvbsub "${exact[@]}" "${labels[@]}" "${multiplex[@]}" "$out"
+    "${video[@]}" "${audio[@]}" -c:s dvbsub "${exact[@]}" "${labels[@]}" "${multiplex[@]}" "$work/sample.ts"
+"$here/add-captions.py" "$work/sample.ts" "$out"
 
 ls -l "$out"

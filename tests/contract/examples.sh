@@ -17,9 +17,11 @@ diff "$work/out" - <<'EOF'
 audio 0: eng, PID 257
 audio 1: deu, PID 258
 subtitle 0: eng, PID 259
+subtitle 1: eng, PID 260
+subtitle 2: deu, PID 260
 EOF
 on_the_sample receive_pes | tee "$work/out"
-test "$(grep -cE '^PID (256|257|258|259), PTS [0-9]+, [0-9]+ bytes$' "$work/out")" = 10
+test "$(grep -cE '^PID (256|257|258|259|260|261), PTS [0-9]+, [0-9]+ bytes$' "$work/out")" = 10
 
 # The minimal service on a private bus of its own, muted and unmuted by the first example.
 cat >"$work/bus.conf" <<EOF

@@ -46,6 +46,17 @@ protected:
     }
 };
 
+TEST_F(CommandsTest, AListThatCannotBeIsNotAskedFor)
+{
+    m_service.Answer("SizeOfAudio", {{"result_internal", "1"}, {"size", "-1"}});
+    CtlResult const result = RunCtl({"audio", "list"});
+    EXPECT_EQ(5, result.code);
+    EXPECT_EQ(
+        "zviptvctl: the service announces 4294967295 entries for GetAudio, more than a programme can have\n",
+        result.errors);
+    EXPECT_EQ(1U, m_service.Requests().size());
+}
+
 TEST_F(CommandsTest, AudioListIsATable)
 {
     EXPECT_EQ("  #  language  coding  channels  sample rate  bit rate      pid\n"

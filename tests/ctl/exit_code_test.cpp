@@ -68,8 +68,29 @@ TEST_F(CtlTest, ErrorReplyEndsWithFour)
     CtlResult const result = RunCtl({"call", "GetGenre", "1"});
     EXPECT_EQ(4, result.code);
     EXPECT_EQ("", result.output);
-    EXPECT_THAT(result.errors, HasSubstr("org.corvel.test.Failed: scripted error"));
+    EXPECT_EQ(
+        "zviptvctl: GetGenre: the service answered with the error org.corvel.test.Failed: scripted error\n",
+        result.errors);
+}
+
+TEST_F(CtlTest, AnErrorOfTheBusEndsWithFour)
+{
+    m_service.AnswerError("GetGenre", "org.freedesktop.DBus.Error.LimitsExceeded");
+    CtlResult const result = RunCtl({"call", "GetGenre", "1"});
+    EXPECT_EQ(4, result.code);
+    EXPECT_THAT(result.errors, HasSubstr("GetGenre: no answer from the service ("));
     EXPECT_THAT(result.errors, testing::EndsWith("): --log shows the library's log\n"));
+}
+
+TEST_F(CtlTest, ADenialOfTheBusSaysWhoMayCall)
+{
+    m_service.AnswerError("GetGenre", "org.freedesktop.DBus.Error.AccessDenied");
+    CtlResult const result = RunCtl({"call", "GetGenre", "1"});
+    EXPECT_EQ(4, result.code);
+    EXPECT_EQ(
+        "zviptvctl: GetGenre: the bus's policy does not let this user call the service (AccessDenied): be a "
+        "member of the group zviptv-apps\n",
+        result.errors);
 }
 
 TEST_F(CtlTest, AServiceThatNamesNoEndpointEndsWithFour)
@@ -164,6 +185,19 @@ TEST_F(CtlTest, ClosedOutputEndsWithSix)
         EXPECT_EQ("zviptvctl: cannot write standard output: it is closed\n", result.errors);
     }
     EXPECT_TRUE(m_service.Requests().empty());
+}
+
+/// What is meant for the user must not get into the connection either.
+TEST_F(CtlTest, ClosedInputAndErrorsChangeNothing)
+{
+    m_service.Answer("MuteAudio", {{"result_internal", "1"}});
+    for (std::string const closed : {"2>&-", "<&-", "<&- 2>&-"}) {
+        ChildProcess child({"sh", "-c", "exec \"$0\" --log call MuteAudio 1 " + closed, ZVIPTVCTL_PATH});
+        CtlResult const result = Finish(child);
+        EXPECT_EQ(0, result.code) << closed;
+        EXPECT_EQ("result: true\n", result.output) << closed;
+    }
+    EXPECT_EQ(3U, m_service.Requests().size());
 }
 
 TEST_F(CtlTest, FullOutputEndsWithSix)

@@ -55,6 +55,13 @@ TEST(PrintTest, TextsStayOnOneLine)
     EXPECT_EQ("x: a\\nb\\\\\\t\\x00\\x7f\n", Lines(std::string("a\nb\\\t\0\x7f", 7)));
     EXPECT_EQ("x: \xed\x95\x9c\n", Lines(std::string("\xed\x95\x9c")));
     EXPECT_EQ("a\nb\t\\x1b[0m", PrintableText("a\nb\t\x1b[0m"));
+    EXPECT_EQ("x: a\\xc2\\x9b1m\\x7f\n", Lines(std::string("a\xc2\x9b\x31m\x7f")));
+}
+
+TEST(PrintTest, TextsAreUtf8WhateverTheServiceSends)
+{
+    EXPECT_EQ("x: a\\xff\xc3\xa9\\xc3\n", Lines(std::string("a\xff\xc3\xa9\xc3")));
+    EXPECT_EQ("\\xed\\xa0\\x80\n\\xe2\\x82", PrintableText("\xed\xa0\x80\n\xe2\x82"));
 }
 
 TEST(PrintTest, Characters)

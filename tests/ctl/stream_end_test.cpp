@@ -64,7 +64,10 @@ TEST_F(StreamTest, EndsWithFourWhenTheServiceDoesNotTakeTheSubscription)
     m_service.AnswerError("requestPESCB");
     CtlResult const result = RunCtl({"pes"});
     EXPECT_EQ(4, result.code);
-    EXPECT_THAT(result.errors, StartsWith("zviptvctl: SubscribeForPES: no answer from the service ("));
+    EXPECT_EQ(
+        "zviptvctl: SubscribeForPES: the service answered with the error org.corvel.test.Failed: scripted "
+        "error\n",
+        result.errors);
 }
 
 TEST_F(StreamTest, AFullDiskEndsTheSubscription)

@@ -34,6 +34,28 @@ TEST(UsageTest, HelpIsThereOnEveryLevel)
     }
 }
 
+TEST(UsageTest, HelpHasNoStrayBlanks)
+{
+    for (Words const& words : std::vector<Words>{
+             {"--help-all"}, {"--help"}, {"help"}, {"audio", "--help"}, {"call", "--help"}, {"--version"}}) {
+        std::string const text = RunAlone(words).output;
+        EXPECT_THAT(text, Not(HasSubstr(" \n"))) << words.front();
+        EXPECT_THAT(text, Not(HasSubstr("\n\n\n"))) << words.front();
+        EXPECT_THAT(text, Not(testing::EndsWith("\n\n"))) << words.front();
+        EXPECT_THAT(text, testing::EndsWith("\n")) << words.front();
+    }
+}
+
+TEST(UsageTest, HelpThatCannotBeWrittenEndsWithSix)
+{
+    for (char const* const output : {">&-", ">/dev/full"}) {
+        ChildProcess child({"sh", "-c", std::string("exec \"$0\" --help ") + output, ZVIPTVCTL_PATH});
+        CtlResult const result = Finish(child);
+        EXPECT_EQ(6, result.code) << output;
+        EXPECT_THAT(result.errors, StartsWith("zviptvctl: cannot write standard output")) << output;
+    }
+}
+
 TEST(UsageTest, HelpNamesTheExitCodes)
 {
     std::string const help = RunAlone({"--help"}).output;
@@ -124,7 +146,7 @@ TEST_P(MistakeTest, IsExplainedAndEndsWithTwo)
 INSTANTIATE_TEST_SUITE_P(
     Lines, MistakeTest,
     testing::Values(
-        Mistake{{}, "zviptvctl: A subcommand is required\n'zviptvctl --help' shows more\n"},
+        Mistake{{}, "zviptvctl: a command is required\n'zviptvctl --help' shows more\n"},
         Mistake{{"stauts"}, "zviptvctl: unknown command 'stauts'; did you mean status?\n"},
         Mistake{{"--jsno", "status"}, "zviptvctl: unknown option '--jsno'\n"},
         Mistake{{"status", "now"}, "zviptvctl status: one argument too many: 'now'\n"},

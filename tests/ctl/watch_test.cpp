@@ -102,13 +102,14 @@ TEST_F(WatchTest, JsonIsOneEventALine)
                                              "factory-refuses", "subscriber-fails", "waiting"));
 }
 
-/// A service that hangs is not a service that left.
-TEST_F(WatchTest, TellsThatTheServiceDoesNotAnswer)
+/// A service that answers with errors is not a service that left.
+TEST_F(WatchTest, TellsThatTheServiceAnswersWithAnError)
 {
     auto const child = StartCtl({"watch"});
     ASSERT_TRUE(child->WaitForOutput("subscribed to PES packets\n", patience));
     m_service->AnswerError("GetSTCCount");
-    ASSERT_TRUE(child->WaitForOutput("GetSTCCount: no answer from the service (", patience));
+    ASSERT_TRUE(child->WaitForOutput(
+        "GetSTCCount: the service answered with the error org.corvel.test.Failed", patience));
     m_service->Answer("GetSTCCount", {{"result_internal", "1"}, {"stcCount", "777"}});
     ASSERT_TRUE(child->WaitForOutput("playing, STC 777", patience));
     child->Signal(SIGINT);

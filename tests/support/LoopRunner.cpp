@@ -2,6 +2,7 @@
 
 #include <glib.h>
 
+#include <atomic>
 #include <future>
 #include <thread>
 
@@ -69,15 +70,19 @@ public:
     {
         std::packaged_task<void()> task(std::move(work));
         std::future<void> done = task.get_future();
+        // Atomic for tools that do not see how GLib hands it to the other thread.
+        std::atomic<std::packaged_task<void()>*> handed;
+        handed = &task;
         SourcePtr const source(g_idle_source_new());
         g_source_set_priority(source.get(), G_PRIORITY_DEFAULT);
         g_source_set_callback(
             source.get(),
             [](gpointer data) -> gboolean {
-                (*static_cast<std::packaged_task<void()>*>(data))();
+                auto* const ready = static_cast<std::atomic<std::packaged_task<void()>*>*>(data)->load();
+                (*ready)();
                 return G_SOURCE_REMOVE;
             },
-            &task, nullptr);
+            &handed, nullptr);
         g_source_attach(source.get(), nullptr);
         done.get();
     }

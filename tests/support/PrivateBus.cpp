@@ -43,6 +43,14 @@ std::string NewDirectory()
     return path;
 }
 
+/// The daemon keeps the test's user: one that changes it would outlive a killed test.
+std::string BaseConfig(std::string const& file)
+{
+    return file.empty()
+               ? std::string()
+               : "  <include>" + file + "</include>\n  <user>" + std::to_string(getuid()) + "</user>\n";
+}
+
 /// The first line that comes out of the pipe; empty if the writer ends, or stays silent, instead.
 std::string ReadLine(int descriptor)
 {
@@ -121,7 +129,8 @@ void PrivateBus::WriteConfig() const
     config << "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-BUS Bus Configuration 1.0//EN\"\n"
               " \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
               "<busconfig>\n"
-              "  <type>system</type>\n"
+           << BaseConfig(m_options.baseConfig)
+           << "  <type>system</type>\n"
               "  <listen>"
            << m_address
            << "</listen>\n"
@@ -141,7 +150,7 @@ void PrivateBus::Start()
     FileHandle const log(open(LogFile().c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600));
     try {
         m_pid = Spawn({{m_options.program, "--config-file=" + m_directory + "/bus.conf", "--nofork",
-                        "--nopidfile", "--nosyslog", "--print-address=3"},
+                        "--nopidfile", "--nosyslog", "--print-address=3", "--address=" + m_address},
                        {},
                        {{log.Get(), STDERR_FILENO}, {writeEnd.Get(), 3}}});
     } catch (std::system_error const& failure) {

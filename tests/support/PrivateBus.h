@@ -11,6 +11,8 @@ struct BusOptions
 {
     /// XML put at the end of <busconfig>: limits, policies. Later policies win over earlier ones.
     std::string extraConfig;
+    /// A configuration file to begin with, of which only the address and the user are not used.
+    std::string baseConfig;
     /// Allow everybody to own, send and receive everything. Without it nothing is allowed except
     /// what extraConfig allows, as on a stock system bus.
     bool openPolicy = true;

@@ -3,6 +3,7 @@
 #include "Answer.h"
 #include "Arguments.h"
 #include "OutputFile.h"
+#include "UsageText.h"
 #include "Words.h"
 
 #include <csignal>
@@ -18,7 +19,7 @@ std::string UsageMessage(CLI::App const& app, CLI::ParseError const& error)
 {
     std::vector<std::string> const unknown = app.remaining();
     if (unknown.empty()) {
-        return error.what();
+        return UsageText(error);
     }
     std::string const quoted = " '" + unknown.front() + "'";
     std::vector<std::string> names;
@@ -89,11 +90,15 @@ Handle CommandLine::ChosenHandle() const
             ParseArgument<int>(m_id, {"zviptvctl", "--id"})};
 }
 
-/// Help and version are exceptions to CLI11 too, with the code 0.
+/// Help and version come here, too, with the code 0.
 ExitCode CommandLine::ReportUsage(CLI::ParseError const& error) const
 {
     if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
-        m_app.exit(error);
+        std::cout << HelpText(m_app, error) << std::flush;
+        if (!std::cout) {
+            std::cerr << "zviptvctl: cannot write standard output: see whether it is closed or full\n";
+            return ExitCode::CannotWrite;
+        }
         return ExitCode::Accepted;
     }
     CLI::App const* app = &m_app;

@@ -73,6 +73,21 @@ std::string UnreadableNotification(std::exception const& error)
     return std::string("a notification cannot be read: it ") + FaultOf(error).text;
 }
 
+std::string ErrorAnswer(std::string const& reason)
+{
+    static std::string const mark = "GDBus.Error:";
+    std::size_t const found = reason.find(mark);
+    std::string const error = found == std::string::npos ? "" : reason.substr(found + mark.size());
+    return error.rfind("org.freedesktop.DBus.Error.", 0) == 0 ? "" : error;
+}
+
+std::string ForbiddenByPolicy()
+{
+    return "the bus's policy does not let this user call the service (AccessDenied): be a member of the "
+           "group "
+           "zviptv-apps";
+}
+
 std::string MissingEndpoint(std::string const& method)
 {
     struct Endpoint

@@ -15,6 +15,13 @@ std::string MalformedAnswer(std::string const& method, std::exception const& err
 /// The same of a notification.
 std::string UnreadableNotification(std::exception const& error);
 
+/// "name: text" where the reason of a failed exchange is an error that the service answered with; empty where
+/// it is one of the bus's own.
+std::string ErrorAnswer(std::string const& reason);
+
+/// The bus does not let this user call the service.
+std::string ForbiddenByPolicy();
+
 /// The service serves other interfaces, but not the method's.
 std::string MissingEndpoint(std::string const& method);
 

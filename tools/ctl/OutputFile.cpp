@@ -16,11 +16,13 @@ OutputFile::OutputFile(std::string const& path)
       m_descriptor(path == "-" ? fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0)
                                : open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666))
 {
-    if (m_descriptor < 0 && IsStandardOutput() && errno == EBADF) {
-        Throw("it is closed");
-    }
     if (m_descriptor < 0) {
         Throw(errno);
+    }
+    // A standard output that was closed when the program started is open for reading by now.
+    if (IsStandardOutput() && (fcntl(m_descriptor, F_GETFL) & O_ACCMODE) == O_RDONLY) {
+        close(m_descriptor);
+        Throw("it is closed");
     }
 }
 

@@ -8,15 +8,24 @@ namespace zviptv::ctl {
 
 namespace {
 
-bool IsControl(char character)
-{
-    auto const byte = static_cast<unsigned char>(character);
-    return byte < 0x20 || byte == 0x7F;
-}
+// As HexEscape() writes them.
+constexpr char LineBreak[] = "\\x0a";
+constexpr char Tab[] = "\\x09";
 
 std::string HexEscape(char character)
 {
     return "\\x" + ToHex(static_cast<unsigned char>(character), 2).substr(2);
+}
+
+/// Takes the first character off the text; \xNN for the first byte of a control character or of no character.
+std::string TakeCharacter(std::string_view& text)
+{
+    gunichar const code = g_utf8_get_char_validated(text.data(), static_cast<gssize>(text.size()));
+    bool const isPrintable = g_unichar_validate(code) != FALSE && g_unichar_iscntrl(code) == FALSE;
+    std::size_t const size = isPrintable ? static_cast<std::size_t>(g_unichar_to_utf8(code, nullptr)) : 1;
+    std::string const character = isPrintable ? std::string(text.substr(0, size)) : HexEscape(text.front());
+    text.remove_prefix(size);
+    return character;
 }
 
 } // namespace
@@ -35,15 +44,16 @@ std::string ToHex(std::uint64_t number, unsigned digits)
 std::string EscapeText(std::string_view text)
 {
     std::string escaped;
-    for (char const character : text) {
-        if (character == '\\') {
+    while (!text.empty()) {
+        std::string const character = TakeCharacter(text);
+        if (character == "\\") {
             escaped += "\\\\";
-        } else if (character == '\n') {
+        } else if (character == LineBreak) {
             escaped += "\\n";
-        } else if (character == '\t') {
+        } else if (character == Tab) {
             escaped += "\\t";
         } else {
-            escaped += IsControl(character) ? HexEscape(character) : std::string(1, character);
+            escaped += character;
         }
     }
     return escaped;
@@ -52,9 +62,9 @@ std::string EscapeText(std::string_view text)
 std::string PrintableText(std::string_view text)
 {
     std::string printable;
-    for (char const character : text) {
-        bool const isLayout = character == '\n' || character == '\t';
-        printable += IsControl(character) && !isLayout ? HexEscape(character) : std::string(1, character);
+    while (!text.empty()) {
+        std::string const character = TakeCharacter(text);
+        printable += character == LineBreak ? "\n" : character == Tab ? "\t" : character;
     }
     return printable;
 }
@@ -79,8 +89,8 @@ std::string ToText(bool flag)
 
 std::string ToText(char character)
 {
-    bool const isAscii = static_cast<unsigned char>(character) < 0x80;
-    return isAscii && !IsControl(character) ? std::string(1, character) : HexEscape(character);
+    std::string_view text(&character, 1);
+    return TakeCharacter(text);
 }
 
 std::string ToText(std::string const& text)

@@ -113,6 +113,13 @@ void Session::ThrowUnreached(std::string const& method)
     if (m_log.LacksEndpoint()) {
         throw Failure(ExitCode::NoAnswer, method + ": " + MissingEndpoint(method));
     }
+    if (reason.find("org.freedesktop.DBus.Error.AccessDenied") != std::string::npos) {
+        throw Failure(ExitCode::NoAnswer, method + ": " + ForbiddenByPolicy());
+    }
+    std::string const error = ErrorAnswer(reason);
+    if (!error.empty()) {
+        throw Failure(ExitCode::NoAnswer, method + ": the service answered with the error " + error);
+    }
     m_hangs = reason.find("Timeout") != std::string::npos || reason.find("within") != std::string::npos;
     throw Failure(ExitCode::NoAnswer,
                   method + ": no answer from the service (" + reason + "): " +

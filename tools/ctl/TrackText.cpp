@@ -1,5 +1,7 @@
 #include "TrackText.h"
 
+#include "Words.h"
+
 namespace zviptv::ctl {
 
 namespace {
@@ -24,8 +26,17 @@ std::string LanguageWord(EZVLanguageCode language)
 std::string AudioText(ZVAudio const& audio)
 {
     return LanguageWord(audio.language) + ", " + LowerName(audio.encoding) + ", " +
-           (audio.channels == 0 ? "" : std::to_string(audio.channels) + " channels, ") + "pid " +
+           (audio.channels == 0 ? "" : Counted(audio.channels, "channel") + ", ") + "pid " +
            ToHex(audio.pid, 4);
+}
+
+void RequirePlausible(std::string const& method, unsigned int size)
+{
+    constexpr unsigned int most = 1024; // bytes of the section that describes a programme
+    if (size > most) {
+        throw Failure(ExitCode::Malformed, "the service announces " + std::to_string(size) + " entries for " +
+                                               method + ", more than a programme can have");
+    }
 }
 
 std::string LockWord(bool locked)

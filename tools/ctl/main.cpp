@@ -1,6 +1,8 @@
 #include "CommandLine.h"
+#include "StandardStreams.h"
 
 int main(int argc, char* argv[])
 {
+    zviptv::OccupyStandardStreams();
     return static_cast<int>(zviptv::ctl::CommandLine().Run(argc, argv));
 }

@@ -111,7 +111,7 @@ std::optional<CMessageBuffer> BroadcastDataService::Answer(Request const& reques
 
 std::optional<ZVAudio> BroadcastDataService::CurrentAudio() const
 {
-    return At(AudioTracks(m_player.Current()), std::optional<int>(m_selection.audio));
+    return At(AudioTracks(m_player.Current(), m_player.Sounds()), std::optional<int>(m_selection.audio));
 }
 
 EZVLanguageCode BroadcastDataService::PreferredLanguage() const
@@ -137,18 +137,18 @@ Reply BroadcastDataService::GetDigitalDualSound(Request const& /*request*/)
 
 Reply BroadcastDataService::GetCurrentAudioInfo(Request const& /*request*/)
 {
-    return LanguageAndIndex(AudioTracks(m_player.Current()), m_selection.audio);
+    return LanguageAndIndex(AudioTracks(m_player.Current(), m_player.Sounds()), m_selection.audio);
 }
 
 Reply BroadcastDataService::SizeOfAudio(Request const& /*request*/)
 {
-    return SizeReply(AudioTracks(m_player.Current()));
+    return SizeReply(AudioTracks(m_player.Current(), m_player.Sounds()));
 }
 
 Reply BroadcastDataService::GetAudio(Request const& request)
 {
-    return RecordReply(key::Audio,
-                       At(AudioTracks(m_player.Current()), request.Get<unsigned int>(key::Index)));
+    return RecordReply(key::Audio, At(AudioTracks(m_player.Current(), m_player.Sounds()),
+                                      request.Get<unsigned int>(key::Index)));
 }
 
 Reply BroadcastDataService::SizeOfTTX(Request const& /*request*/)
@@ -169,38 +169,35 @@ Reply BroadcastDataService::GetCurrentTTX(Request const& /*request*/)
 
 Reply BroadcastDataService::SizeOfHybridSBT(Request const& /*request*/)
 {
-    return SizeReply(Subtitles(m_player.Current()));
+    return SizeReply(HybridSubtitles(m_player.Current()));
 }
 
 Reply BroadcastDataService::GetHybridSBT(Request const& request)
 {
     return LanguageAndRecord(key::HybridSbt,
-                             At(Subtitles(m_player.Current()), request.Get<unsigned int>(key::Index)));
+                             At(HybridSubtitles(m_player.Current()), request.Get<unsigned int>(key::Index)));
 }
 
 Reply BroadcastDataService::CheckHardOfHearingSBT(Request const& /*request*/)
 {
-    std::vector<ZVHybridSBT> const subtitles = Subtitles(m_player.Current());
-    std::vector<ZVTTX> const pages = TeletextPages(m_player.Current());
-    bool const exists =
-        std::any_of(subtitles.begin(), subtitles.end(),
-                    [](ZVHybridSBT const& subtitle) { return subtitle.hardOfHearing != 0; }) ||
-        std::any_of(pages.begin(), pages.end(), IsForHardOfHearing);
+    std::vector<ZVHybridSBT> const subtitles = HybridSubtitles(m_player.Current());
+    bool const exists = std::any_of(subtitles.begin(), subtitles.end(),
+                                    [](ZVHybridSBT const& subtitle) { return subtitle.hardOfHearing != 0; });
     return Reply(true).Add(key::Exists, static_cast<int>(exists));
 }
 
 Reply BroadcastDataService::GetPreferredHybridSBT(Request const& /*request*/)
 {
     EZVLanguageCode const language = PreferredLanguage();
-    return LanguageAndRecord(
-        key::HybridSbt, Preferred(Subtitles(m_player.Current()), [language](ZVHybridSBT const& subtitle) {
-            return subtitle.language == language;
-        }));
+    return LanguageAndRecord(key::HybridSbt, Preferred(HybridSubtitles(m_player.Current()),
+                                                       [language](ZVHybridSBT const& subtitle) {
+                                                           return subtitle.language == language;
+                                                       }));
 }
 
 Reply BroadcastDataService::GetCurrentHybridSBT(Request const& /*request*/)
 {
-    return LanguageAndIndex(Subtitles(m_player.Current()), m_selection.subtitle);
+    return LanguageAndIndex(HybridSubtitles(m_player.Current()), m_selection.subtitle);
 }
 
 Reply BroadcastDataService::GetPreferredTTXSubtitle(Request const& /*request*/)
@@ -217,21 +214,23 @@ Reply BroadcastDataService::GetPreferredTTXSubtitle(Request const& /*request*/)
 Reply BroadcastDataService::SizeOfISDBText(Request const& request)
 {
     std::optional<EZVISDBTextType> const type = TextType(request);
-    return type ? SizeReply(IsdbTexts(m_player.Current(), *type)) : Reply(false).Add(key::Size, 0);
+    return type ? SizeReply(IsdbTexts(m_player.Current(), *type, m_player.TextLanguages()))
+                : Reply(false).Add(key::Size, 0);
 }
 
 Reply BroadcastDataService::GetISDBText(Request const& request)
 {
     std::optional<EZVISDBTextType> const type = TextType(request);
-    return RecordReply(key::IsdbText,
-                       type ? At(IsdbTexts(m_player.Current(), *type), request.Get<unsigned int>(key::Index))
-                            : std::nullopt);
+    return RecordReply(key::IsdbText, type
+                                          ? At(IsdbTexts(m_player.Current(), *type, m_player.TextLanguages()),
+                                               request.Get<unsigned int>(key::Index))
+                                          : std::nullopt);
 }
 
 Reply BroadcastDataService::GetCurrentISDBText(Request const& request)
 {
     std::optional<EZVISDBTextType> const type = TextType(request);
-    return type ? LanguageAndIndex(IsdbTexts(m_player.Current(), *type),
+    return type ? LanguageAndIndex(IsdbTexts(m_player.Current(), *type, m_player.TextLanguages()),
                                    m_selection.isdbText.at(static_cast<std::size_t>(*type)))
                 : LanguageAndIndex(std::vector<ZVISDBText>(), 0U);
 }

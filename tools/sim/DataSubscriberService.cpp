@@ -75,8 +75,9 @@ void DataSubscriberService::Remove(std::string const& busName)
 /// Never waits: the application that goes away may itself be waiting for our answer.
 void DataSubscriberService::Leave(std::unique_ptr<Subscriber> subscriber)
 {
-    m_gone.sent += subscriber->Sent();
-    m_gone.dropped += subscriber->Dropped();
+    Subscriber::Counts const counts = subscriber->Count();
+    m_gone.sent += counts.sent;
+    m_gone.dropped += counts.dropped;
     subscriber->Stop();
     m_leaving.push_back(std::move(subscriber));
 }
@@ -148,9 +149,12 @@ DataSubscriberService::Counts DataSubscriberService::Count() const
 {
     Counts counts = m_gone;
     for (auto const& [name, client] : m_clients) {
-        counts.subscribers += client.wantsPes || client.wantsCaptions ? 1U : 0U;
-        counts.sent += client.subscriber->Sent();
-        counts.dropped += client.subscriber->Dropped();
+        Subscriber::Counts const own = client.subscriber->Count();
+        counts.sent += own.sent;
+        counts.dropped += own.dropped;
+        if (client.wantsPes || client.wantsCaptions) {
+            counts.subscribers.push_back({name, own.sent, own.dropped, own.queued});
+        }
     }
     return counts;
 }

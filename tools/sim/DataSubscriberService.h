@@ -2,6 +2,7 @@
 
 #include "Message.h"
 #include "PesFilter.h"
+#include "RequestLog.h"
 #include "Subscriber.h"
 
 #include <map>
@@ -32,9 +33,9 @@ public:
 
     struct Counts
     {
-        std::size_t subscribers = 0; ///< applications that asked for data
-        std::uint64_t sent = 0;      ///< notifications, to all of them together
-        std::uint64_t dropped = 0;   ///< notifications that found a queue full
+        std::uint64_t sent = 0;                          ///< notifications, to all applications together
+        std::uint64_t dropped = 0;                       ///< notifications that found a queue full
+        std::vector<RequestLog::Subscriber> subscribers; ///< applications that asked for data
     };
     Counts Count() const;
 

@@ -20,6 +20,7 @@ public:
     void Quit();
 
     /// Calls `work` once after `delay`; called again only when asked for again.
+    /// May be called from any thread.
     void After(std::chrono::milliseconds delay, std::function<void()> work);
 
 private:

@@ -1,7 +1,10 @@
 #include "Options.h"
 
+#include "UsageText.h"
+
 #include <CLI/CLI.hpp>
 
+#include <cmath>
 #include <iostream>
 #include <stdexcept>
 
@@ -9,6 +12,7 @@ namespace zviptv::sim {
 
 namespace {
 
+constexpr int CannotWrite = 1;
 constexpr int UsageError = 2;
 
 constexpr char Description[] =
@@ -33,22 +37,60 @@ struct Texts
     bool json = false;
 };
 
+enum class Fractions
+{
+    Allowed,
+    Refused
+};
+
+/// Takes what is a number and in the range; `words` say what that is.
+CLI::Validator Number(double least, double most, Fractions fractions, std::string const& words)
+{
+    return CLI::Validator(
+        [=](std::string& text) {
+            double number = 0;
+            bool const isNumber =
+                CLI::detail::lexical_cast(text, number) && number >= least && number <= most;
+            bool const isTaken =
+                isNumber && (fractions == Fractions::Allowed || number == std::floor(number));
+            return isTaken ? std::string() : "'" + text + "' is not " + words;
+        },
+        "");
+}
+
+CLI::Validator WholeNumber(double least, double most, std::string const& words)
+{
+    return Number(least, most, Fractions::Refused, words);
+}
+
+CLI::Validator Seconds(double least)
+{
+    constexpr double Longest = 1000000;
+    return Number(least, Longest, Fractions::Allowed,
+                  "a number of seconds, " + std::string(least > 0 ? "0.001" : "0") + " to 1000000");
+}
+
 void AddPlayback(CLI::App& app, Options& options, Texts& texts)
 {
     PlayerOptions& playback = options.service.playback;
     app.add_option("--ts", playback.path, "Transport stream to play")->required()->type_name("FILE");
     app.add_option("--program", playback.programme, "Programme to play; the first one by default")
-        ->type_name("N");
-    app.add_option("--speed", playback.speed, "Seconds of the stream played in a second")
+        ->type_name("N")
+        ->check(WholeNumber(0, 65535, "a programme number, 0 to 65535"));
+    app.add_option("--speed", playback.speed, "Seconds of the stream played in a second, 0.01 to 1000")
         ->type_name("X")
         ->capture_default_str()
-        ->check(CLI::Range(0.01, 1000.0));
+        ->check(Number(0.01, 1000, Fractions::Allowed, "a speed from 0.01 to 1000"));
     app.add_flag("--loop", playback.loop, "Start again at the end of the stream");
     app.add_option("--pes", texts.pes,
                    "What subscribers get: audio, subtitle, teletext, caption, video and PIDs, separated by "
                    "commas, or "
                    "none; everything by default")
         ->type_name("LIST");
+    app.add_option("--wait-for", options.service.awaitedSubscribers,
+                   "Begin to play when so many applications have subscribed, so that they miss nothing")
+        ->type_name("N")
+        ->check(WholeNumber(0, 1000, "a number of applications, 0 to 1000"));
 }
 
 void AddGuide(CLI::App& app, ServiceOptions& service)
@@ -57,10 +99,12 @@ void AddGuide(CLI::App& app, ServiceOptions& service)
         ->type_name("XMLTV");
     app.add_option("--time", service.now,
                    "What the guide's clock shows at the start; the real time by default")
-        ->type_name("UNIX-SECONDS");
+        ->type_name("UNIX-SECONDS")
+        ->check(WholeNumber(0, 4294967295.0, "a number of seconds since 1970, 0 to 4294967295"));
     app.add_option("--rating-limit", service.ratingLimit,
                    "Lock programmes whose minimum age is above this until a PIN unlocks them")
-        ->type_name("AGE");
+        ->type_name("AGE")
+        ->check(WholeNumber(0, 99, "an age in years, 0 to 99"));
     app.add_flag("--lock-service", service.serviceLocked, "Lock the service until it is unlocked");
 }
 
@@ -73,11 +117,11 @@ void AddFaults(CLI::App& app, Options& options, Texts& texts)
         ->allow_extra_args(false);
     app.add_option("--die-after", options.dieAfter, "The service dies after so many seconds")
         ->type_name("SECONDS")
-        ->check(CLI::PositiveNumber);
+        ->check(Seconds(0.001));
     app.add_option("--restart-after", options.restartAfter,
                    "A service that died comes back after so many seconds")
         ->type_name("SECONDS")
-        ->check(CLI::NonNegativeNumber);
+        ->check(Seconds(0));
 }
 
 void AddOutput(CLI::App& app, Options& options, Texts& texts)
@@ -85,7 +129,12 @@ void AddOutput(CLI::App& app, Options& options, Texts& texts)
     app.add_option("--bus", texts.bus,
                    "The machine's system bus, or a private one; private when a command is given")
         ->type_name("system|private")
-        ->check(CLI::IsMember({"system", "private"}));
+        ->check(CLI::Validator(
+            [](std::string& text) {
+                bool const isKnown = text == "system" || text == "private";
+                return isKnown ? std::string() : "'" + text + "' is neither system nor private";
+            },
+            ""));
     app.add_flag("--verbose", texts.verbose, "Show every request, also beside a command");
     app.add_flag("--quiet", texts.quiet, "Show no requests");
     app.add_flag("--json", texts.json,
@@ -122,6 +171,24 @@ void Understand(Texts const& texts, Options& options)
     options.service.log = LogForm(texts, !options.command.empty());
 }
 
+/// Help and version come here, too, with the code 0.
+int ReportUsage(CLI::App const& app, CLI::ParseError const& error)
+{
+    if (error.get_exit_code() == 0) {
+        std::cout << HelpText(app, error) << std::flush;
+        if (std::cout) {
+            return 0;
+        }
+        std::cerr << "zviptv-sim: cannot write standard output: see whether it is closed or full\n";
+        return CannotWrite;
+    }
+    std::vector<std::string> const unknown = app.remaining();
+    std::cerr << "zviptv-sim: "
+              << (unknown.empty() ? UsageText(error) : "unknown option '" + unknown.front() + "'")
+              << "\n'zviptv-sim --help' shows more\n";
+    return UsageError;
+}
+
 } // namespace
 
 std::optional<Options> ParseCommandLine(int argc, char** argv, int& exitStatus)
@@ -140,10 +207,7 @@ std::optional<Options> ParseCommandLine(int argc, char** argv, int& exitStatus)
         Understand(texts, options);
         return options;
     } catch (CLI::ParseError const& failure) {
-        bool const isHelp = failure.get_exit_code() == 0;
-        std::cerr << (isHelp ? "" : "zviptv-sim: ");
-        app.exit(failure);
-        exitStatus = isHelp ? 0 : UsageError;
+        exitStatus = ReportUsage(app, failure);
     } catch (std::invalid_argument const& failure) {
         std::cerr << "zviptv-sim: " << failure.what() << "\n";
         exitStatus = UsageError;

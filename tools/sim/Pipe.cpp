@@ -1,5 +1,6 @@
 #include "Pipe.h"
 
+#include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
 
@@ -11,7 +12,7 @@ namespace zviptv::sim {
 Pipe::Pipe()
 {
     int ends[2];
-    if (pipe(ends) != 0) {
+    if (pipe2(ends, O_CLOEXEC) != 0) {
         throw std::system_error(errno, std::generic_category(), "cannot make a pipe");
     }
     m_read = ends[0];
@@ -22,6 +23,11 @@ Pipe::~Pipe()
 {
     CloseWriteEnd();
     close(m_read);
+}
+
+void Pipe::PassOn()
+{
+    fcntl(m_write, F_SETFD, 0);
 }
 
 void Pipe::CloseWriteEnd()

@@ -17,6 +17,9 @@ public:
 
     int WriteEnd() const { return m_write; }
 
+    /// A program that is run from now on gets the write end; without it, it gets none of the two.
+    void PassOn();
+
     /// To be called once the child has its own; without it the end of the child is not noticed.
     void CloseWriteEnd();
 

@@ -8,6 +8,9 @@ namespace zviptv::sim {
 
 namespace {
 
+/// Others have their turn after it.
+constexpr std::chrono::milliseconds LongestTurn{20};
+
 std::string KnownProgrammes(Demux const& demux)
 {
     std::string numbers;
@@ -37,10 +40,13 @@ std::optional<std::chrono::milliseconds> Player::Advance()
     if (m_state == ZV_SOURCE_STATE_STARTING) {
         Begin();
     }
-    while (m_state == ZV_SOURCE_STATE_PLAYING && m_pacer.IsDue(m_next->at.time)) {
+    auto const turnEnds = Pacer::Clock::now() + LongestTurn; // a machine too slow for the speed is late
+    while (m_state == ZV_SOURCE_STATE_PLAYING && m_pacer.IsDue(m_next->at.time) &&
+           Pacer::Clock::now() < turnEnds) {
+        ClockPoint const last = m_next->at;
         Deliver(*m_next);
         if (!Fetch()) {
-            m_lastStc = m_pacer.StcNow();
+            m_lastStc = last.stc / 300;
             m_state = ZV_SOURCE_STATE_ENDED;
         }
     }
@@ -79,10 +85,14 @@ void Player::Deliver(Event const& event)
     m_pacer.Follow(event.at);
     if (event.type == EventType::Pes) {
         LookAtVideo(event.pes);
+        ListenToAudio(event.pes);
+        ReadText(event.pes);
         m_listener(event.pes);
     } else if (event.programme != nullptr) {
         m_programme = event.programme;
         m_format.reset();
+        m_sounds.clear();
+        m_textLanguages.clear();
     }
 }
 
@@ -93,8 +103,33 @@ void Player::LookAtVideo(PesPacket const& pes)
     }
 }
 
+void Player::ListenToAudio(PesPacket const& pes)
+{
+    for (AudioTrack const& track : m_programme->audio) {
+        if (track.pid != pes.pid) {
+            continue;
+        }
+        if (auto const format = ParseAudioFormat(track.codec, {pes.bytes.data(), pes.bytes.size()})) {
+            m_sounds[track.pid] = *format;
+        }
+        return;
+    }
+}
+
+void Player::ReadText(PesPacket const& pes)
+{
+    if (pes.kind == StreamKind::AribCaption || pes.kind == StreamKind::AribSuperimpose) {
+        if (auto languages = ParseAribLanguages({pes.bytes.data(), pes.bytes.size()})) {
+            m_textLanguages[pes.pid] = std::move(*languages);
+        }
+    }
+}
+
 std::optional<std::uint64_t> Player::Stc() const
 {
+    if (!m_demux.HasClock()) {
+        return std::nullopt;
+    }
     return m_state == ZV_SOURCE_STATE_PLAYING ? std::optional<std::uint64_t>(m_pacer.StcNow()) : m_lastStc;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "stream/AribLanguages.h"
+#include "stream/AudioFormat.h"
 #include "stream/Demux.h"
 #include "stream/Pacer.h"
 #include "stream/VideoFormat.h"
@@ -44,7 +46,8 @@ public:
     /// The programme that is played; never null.
     Programme const& Current() const { return *m_programme; }
 
-    /// The system time clock, 90 kHz; nothing before the first packet. It stops at the end of the stream.
+    /// The system time clock, 90 kHz; nothing before the first packet, or when the stream has no clock. It
+    /// stops at the end of the stream.
     std::optional<std::uint64_t> Stc() const;
 
     /// First time stamp of the video, or where there is none of the first audio track, 90 kHz.
@@ -53,11 +56,19 @@ public:
     /// What the video's sequence head says; nothing before it has passed.
     std::optional<VideoFormat> const& Format() const { return m_format; }
 
+    /// What the audio frames that have passed say, the latest of each track.
+    AudioFormats const& Sounds() const { return m_sounds; }
+
+    /// Languages of the ARIB texts, as far as their management data has passed.
+    AribLanguages const& TextLanguages() const { return m_textLanguages; }
+
 private:
     void Begin();
     bool Fetch();
     void Deliver(Event const& event);
     void LookAtVideo(PesPacket const& pes);
+    void ListenToAudio(PesPacket const& pes);
+    void ReadText(PesPacket const& pes);
 
     bool m_loop;
     Listener m_listener;
@@ -68,6 +79,8 @@ private:
     EZVSourceState m_state = ZV_SOURCE_STATE_STARTING;
     std::optional<std::uint64_t> m_lastStc; ///< where the clock stopped at the end
     std::optional<VideoFormat> m_format;
+    AudioFormats m_sounds;
+    AribLanguages m_textLanguages;
 };
 
 } // namespace zviptv::sim

@@ -28,6 +28,30 @@ Reply Choose(std::optional<Index> index, std::size_t count, Index& chosen)
     return Reply(true);
 }
 
+/// The track with this coding that suits best: the one that plays, else one in its language, else the first.
+std::optional<int> TrackOfFormat(std::vector<ZVAudio> const& tracks, int current, int encoding)
+{
+    std::optional<int> best;
+    bool bestSpeaks = false;
+    EZVLanguageCode const language = static_cast<std::size_t>(current) < tracks.size()
+                                         ? tracks[static_cast<std::size_t>(current)].language
+                                         : ZV_LANGUAGE_UNKNOWN;
+    for (std::size_t i = 0; i < tracks.size(); ++i) {
+        if (tracks[i].encoding != encoding) {
+            continue;
+        }
+        if (static_cast<int>(i) == current) {
+            return current;
+        }
+        bool const speaks = tracks[i].language == language;
+        if (!best || (speaks && !bestSpeaks)) {
+            best = static_cast<int>(i);
+            bestSpeaks = speaks;
+        }
+    }
+    return best;
+}
+
 cvtv_resolution_e ResolutionClass(std::uint32_t lines)
 {
     struct Class
@@ -95,9 +119,9 @@ Reply PlayerControlService::SetAudioFormat(Request const& request)
     if (!type || !preferred) {
         return Reply(false);
     }
-    m_selection.preferredFormat =
-        *preferred ? static_cast<EZVAudioEncodeType>(*type) : ZV_AUDIO_ENCODE_UNKNOWN;
-    return Reply(true);
+    std::optional<int> const track = TrackOfFormat(AudioTracks(m_player.Current()), m_selection.audio, *type);
+    m_selection.audio = track.value_or(m_selection.audio);
+    return Reply(*preferred || track.has_value()); // what is preferred need not be there
 }
 
 Reply PlayerControlService::SetDigitalDualSound(Request const& request)
@@ -118,7 +142,7 @@ Reply PlayerControlService::SetCurrentTTX(Request const& request)
 
 Reply PlayerControlService::SetCurrentHybridSBT(Request const& request)
 {
-    return Choose(request.Get<unsigned int>(key::Index), m_player.Current().subtitles.size(),
+    return Choose(request.Get<unsigned int>(key::Index), HybridSubtitles(m_player.Current()).size(),
                   m_selection.subtitle);
 }
 
@@ -134,7 +158,8 @@ Reply PlayerControlService::SetCurrentISDBText(Request const& request)
     if (!type) {
         return Reply(false);
     }
-    return Choose(request.Get<unsigned int>(key::Index), IsdbTexts(m_player.Current(), *type).size(),
+    return Choose(request.Get<unsigned int>(key::Index),
+                  IsdbTexts(m_player.Current(), *type, m_player.TextLanguages()).size(),
                   m_selection.isdbText.at(static_cast<std::size_t>(*type)));
 }
 
@@ -145,7 +170,7 @@ Reply PlayerControlService::SetCurrentISDBTextService(Request const& request)
     if (!type || !tag) {
         return Reply(false);
     }
-    std::vector<ZVISDBText> const texts = IsdbTexts(m_player.Current(), *type);
+    std::vector<ZVISDBText> const texts = IsdbTexts(m_player.Current(), *type, m_player.TextLanguages());
     auto const found = std::find_if(texts.begin(), texts.end(),
                                     [&tag](ZVISDBText const& text) { return text.componentTag == *tag; });
     if (found == texts.end()) {
@@ -158,7 +183,8 @@ Reply PlayerControlService::SetCurrentISDBTextService(Request const& request)
 
 Reply PlayerControlService::GetCaptionDataMode(Request const& /*request*/)
 {
-    bool const captions = !IsdbTexts(m_player.Current(), ZV_ISDB_TEXT_CAPTION).empty();
+    bool const captions = !IsdbTexts(m_player.Current(), ZV_ISDB_TEXT_CAPTION).empty() ||
+                          !CaptionServices(m_player.Current()).empty();
     return Reply(true).Add(
         key::Mode, static_cast<int>(captions ? ZV_CAPTION_DATA_MODE_SELECTABLE : ZV_CAPTION_DATA_MODE_NONE));
 }

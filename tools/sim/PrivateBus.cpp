@@ -1,13 +1,10 @@
 #include "PrivateBus.h"
 
+#include "MemoryFile.h"
 #include "Pipe.h"
 
-#include <cerrno>
-#include <csignal>
 #include <cstdlib>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
+#include <random>
 #include <sstream>
 #include <stdexcept>
 
@@ -17,9 +14,11 @@ namespace {
 
 constexpr std::chrono::seconds StartTimeout{10};
 
+/// Whoever is let in may do everything. Without a rule that is the user of the daemon.
 constexpr char Policy[] = R"(
+  <auth>EXTERNAL</auth>
   <policy context="default">
-    <allow user="*"/>
+    <allow user="root"/>
     <allow own="*"/>
     <allow send_destination="*" eavesdrop="true"/>
     <allow receive_sender="*" eavesdrop="true"/>
@@ -28,66 +27,42 @@ constexpr char Policy[] = R"(
 </busconfig>
 )";
 
-std::string MakeDirectory()
+/// An abstract socket address, which is no file: it vanishes with the daemon.
+std::string NewAddress()
 {
-    std::string path = (std::filesystem::temp_directory_path() / "zviptv-bus-XXXXXX").string();
-    if (mkdtemp(path.data()) == nullptr) {
-        throw std::runtime_error("cannot make a directory for the private bus: " +
-                                 std::string(std::strerror(errno)));
-    }
-    return path;
+    std::random_device random;
+    std::ostringstream address;
+    address << "unix:abstract=zviptv-bus-" << std::hex << random() << random();
+    return address.str();
 }
 
-void WriteConfig(std::string const& directory)
+std::string Config(std::string const& address)
 {
-    std::ofstream config(directory + "/bus.conf");
-    config << "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\"\n"
-              " \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n<busconfig>\n"
-              "  <type>system</type>\n  <listen>unix:path="
-           << directory << "/bus</listen>\n  <auth>EXTERNAL</auth>" << Policy;
-    if (!config.flush()) {
-        throw std::runtime_error("cannot write " + directory + "/bus.conf");
-    }
-}
-
-std::string Contents(std::string const& path)
-{
-    std::ostringstream text;
-    text << std::ifstream(path).rdbuf();
-    return text.str();
+    return "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\"\n"
+           " \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n<busconfig>\n"
+           "  <type>system</type>\n  <listen>" +
+           address + "</listen>" + Policy;
 }
 
 } // namespace
 
-PrivateBus::PrivateBus() : m_directory(MakeDirectory())
+PrivateBus::PrivateBus()
 {
-    try {
-        WriteConfig(m_directory);
-        Pipe address;
-        m_daemon = Process::Run({"dbus-daemon", "--config-file=" + m_directory + "/bus.conf", "--nofork",
-                                 "--nopidfile", "--nosyslog",
-                                 "--print-address=" + std::to_string(address.WriteEnd())},
-                                Process::Group::Own, m_directory + "/errors");
-        address.CloseWriteEnd();
-        m_address = address.ReadLine(StartTimeout);
-        if (m_address.empty()) {
-            throw std::runtime_error(
-                "the private bus did not start (is the package dbus-daemon installed?)\n" +
-                Contents(m_directory + "/errors"));
-        }
-    } catch (...) {
-        std::filesystem::remove_all(m_directory);
-        throw;
+    MemoryFile const config(Config(NewAddress()));
+    MemoryFile const errors;
+    Pipe address;
+    address.PassOn();
+    m_daemon = Process::Run({"dbus-daemon", "--config-file=" + config.Path(), "--nofork", "--nopidfile",
+                             "--nosyslog", "--print-address=" + std::to_string(address.WriteEnd())},
+                            Process::Group::Own, errors.Descriptor());
+    address.CloseWriteEnd();
+    m_address = address.ReadLine(StartTimeout);
+    if (m_address.empty()) {
+        throw std::runtime_error("the private bus did not start: install the package dbus-daemon, or see "
+                                 "what it said:\n" +
+                                 errors.Contents());
     }
     setenv("DBUS_SYSTEM_BUS_ADDRESS", m_address.c_str(), 1);
-}
-
-PrivateBus::~PrivateBus()
-{
-    m_daemon->Signal(SIGTERM);
-    m_daemon->Wait();
-    std::error_code ignored;
-    std::filesystem::remove_all(m_directory, ignored);
 }
 
 } // namespace zviptv::sim

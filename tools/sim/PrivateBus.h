@@ -7,22 +7,18 @@
 
 namespace zviptv::sim {
 
-/// A system bus of one's own: a dbus-daemon that everybody on it may use, in a directory of its own.
+/// A system bus of one's own: a dbus-daemon for the user who started it, and root. It has no file anywhere,
+/// and ends with this process however that ends, so nothing is ever left behind.
 class PrivateBus
 {
 public:
     /// Returns when the bus answers; from then on DBUS_SYSTEM_BUS_ADDRESS names it.
     /// @throws std::runtime_error with a line for the user
     PrivateBus();
-    /// Ends the bus and removes its directory.
-    ~PrivateBus();
-    PrivateBus(PrivateBus const&) = delete;
-    PrivateBus& operator=(PrivateBus const&) = delete;
 
     std::string const& Address() const { return m_address; }
 
 private:
-    std::string m_directory;
     std::string m_address;
     std::optional<Process> m_daemon;
 };

@@ -24,9 +24,9 @@ int ToStatus(int waited)
 }
 
 /// In the child: die with the parent, also when that is gone already; start with the default signal handling.
-void BeginChild(pid_t parent, Process::Group group, int deathSignal)
+void BeginChild(pid_t parent, Process::Group group)
 {
-    prctl(PR_SET_PDEATHSIG, deathSignal);
+    prctl(PR_SET_PDEATHSIG, group == Process::Group::Own ? SIGKILL : SIGTERM);
     if (getppid() != parent) {
         _exit(CannotRun);
     }
@@ -50,7 +50,7 @@ pid_t ForkOrThrow()
 
 } // namespace
 
-Process Process::Run(std::vector<std::string> const& command, Group group, std::string const& errors)
+Process Process::Run(std::vector<std::string> const& command, Group group, int errors)
 {
     std::vector<char*> arguments;
     for (std::string const& word : command) {
@@ -60,10 +60,8 @@ Process Process::Run(std::vector<std::string> const& command, Group group, std::
     pid_t const parent = getpid();
     pid_t const pid = ForkOrThrow();
     if (pid == 0) {
-        BeginChild(parent, group, SIGTERM);
-        if (!errors.empty() && std::freopen(errors.c_str(), "w", stderr) == nullptr) {
-            _exit(CannotRun);
-        }
+        BeginChild(parent, group);
+        dup2(errors, STDERR_FILENO);
         execvp(arguments[0], arguments.data());
         std::fprintf(stderr, "zviptv-sim: cannot run %s: %s\n", arguments[0], std::strerror(errno));
         _exit(CannotRun);
@@ -76,7 +74,7 @@ Process Process::Fork(std::function<int()> const& work)
     pid_t const parent = getpid();
     pid_t const pid = ForkOrThrow();
     if (pid == 0) {
-        BeginChild(parent, Group::Own, SIGKILL);
+        BeginChild(parent, Group::Own);
         int const status = work();
         std::fflush(nullptr);
         _exit(status);

@@ -13,16 +13,17 @@ namespace zviptv::sim {
 class Process
 {
 public:
-    /// A terminal sends its Ctrl-C to a whole group: what has to end in order is in one of its own.
+    /// A terminal sends its Ctrl-C to a whole group: what has to end in order is in one of its own. When this
+    /// process ends, what is in our group is asked to end, too; what is in a group of its own is killed.
     enum class Group
     {
         Ours,
         Own
     };
 
-    /// Runs a program, searched in PATH; its standard error goes to the file `errors`, or where ours goes.
+    /// Runs a program, searched in PATH; its standard error goes to the descriptor `errors`.
     /// @throws std::system_error when it cannot be started
-    static Process Run(std::vector<std::string> const& command, Group group, std::string const& errors = {});
+    static Process Run(std::vector<std::string> const& command, Group group, int errors = 2);
 
     /// Runs `work` in a copy of this process, in a group of its own, with its result as exit status. To be
     /// used before threads start.

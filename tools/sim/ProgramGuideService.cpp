@@ -5,8 +5,10 @@
 #include "guide/GuideDetails.h"
 #include "guide/GuideError.h"
 
+#include <zviptv/ProxyDBusHelper.h>
+
 #include <array>
-#include <cstdio>
+#include <stdexcept>
 
 namespace zviptv::sim {
 
@@ -15,26 +17,67 @@ namespace key = protocol::key;
 
 namespace {
 
-Reply TextReply(std::string const& text)
-{
-    return Reply(!text.empty()).Add(key::Data, text);
-}
+/// Longest text that an answer can carry, with room for the rest of the message.
+constexpr std::size_t LargestText = CProxyDBusHelper::MAX_BODY_SIZE - 1024;
 
 /// A text that takes one 64-bit id and nothing else.
 template <typename Query>
-Reply ById(Request const& request, Query query)
+std::string ById(Request const& request, Query query)
 {
     std::optional<std::uint64_t> const id = request.Get<std::uint64_t>(key::InID);
-    return TextReply(id ? query(*id) : std::string());
+    return id ? query(*id) : std::string();
 }
 
 } // namespace
 
-GuideWarnings ProgramGuideService::Load(std::string const& path)
+void ProgramGuideService::Load(std::string const& path)
 {
-    GuideWarnings warnings = m_guide.Load(path, NamesOfStream());
+    try {
+        Use(path, LoadGuide(path, NamesOfStream()));
+    } catch (GuideError const& failure) {
+        throw std::runtime_error(std::string("cannot load the guide: ") + failure.what());
+    }
+}
+
+void ProgramGuideService::Use(std::string const& path, LoadedGuide const& loaded)
+{
+    m_guide.Use(loaded.guide);
     m_fromFile = true;
-    return warnings;
+    std::vector<std::string> const& first = loaded.warnings.First();
+    for (std::string const& warning : first) {
+        m_say(path + ": " + warning);
+    }
+    if (loaded.warnings.Count() > first.size()) {
+        m_say(path + ": " + std::to_string(loaded.warnings.Count() - first.size()) + " more warnings");
+    }
+}
+
+void ProgramGuideService::Clone(Request const& request, std::function<void(Reply const&)> const& answer)
+{
+    std::string const path = request.Text(key::Path);
+    auto const finish = [this, path, answer](GuideLoader::Result const& result) {
+        if (result.loaded) {
+            Use(path, *result.loaded);
+        } else {
+            m_say("cannot load the guide: " + result.error + "; the one before stays");
+        }
+        answer(Reply(result.loaded.has_value()).Add(key::Data, static_cast<int>(result.loaded.has_value())));
+    };
+    if (!m_loader.Load(path, NamesOfStream(), finish)) {
+        m_say("not loading " + path + ": another guide is being loaded; ask again later");
+        answer(Reply(false).Add(key::Data, 0));
+    }
+}
+
+/// Nothing found is an empty text, and so is what no message can carry.
+Reply ProgramGuideService::TextReply(Request const& request, std::string const& text) const
+{
+    if (text.size() > LargestText) {
+        m_say(request.Function() + ": the answer has " + std::to_string(text.size()) +
+              " bytes, more than a message carries");
+        return Reply(false).Add(key::Data, std::string());
+    }
+    return Reply(!text.empty()).Add(key::Data, text);
 }
 
 void ProgramGuideService::Push(TsPacket const& packet)
@@ -81,7 +124,7 @@ int ProgramGuideService::PresentMinimumAge() const
 std::optional<CMessageBuffer> ProgramGuideService::Answer(Request const& request, std::string const& busName)
 {
     using Self = ProgramGuideService;
-    static constexpr std::array<RequestRow<Self>, 10> rows{{
+    static constexpr std::array<RequestRow<Self>, 9> rows{{
         {function::ExistXmlForIPG, &Self::ExistXmlForIPG},
         {function::GetProgramListSize, &Self::GetProgramListSize},
         {function::GetProgram, &Self::GetProgram},
@@ -91,7 +134,6 @@ std::optional<CMessageBuffer> ProgramGuideService::Answer(Request const& request
         {function::GetRating, &Self::GetRating},
         {function::GetGenre, &Self::GetGenre},
         {function::GetProgramList, &Self::GetProgramList},
-        {function::CloneUSBToTV, &Self::CloneUSBToTV},
     }};
     m_asking = busName;
     return AnswerFrom(rows, *this, request);
@@ -118,56 +160,49 @@ Reply ProgramGuideService::GetProgramListSize(Request const& request)
 Reply ProgramGuideService::GetProgram(Request const& request)
 {
     std::optional<std::uint32_t> const index = request.Get<std::uint32_t>(key::Index);
-    return TextReply(index ? m_guide.Programme(m_lists[m_asking], *index) : std::string());
+    return TextReply(request, index ? m_guide.Programme(m_lists[m_asking], *index) : std::string());
 }
 
 Reply ProgramGuideService::GetProgramIPG(Request const& request)
 {
     std::optional<int> const step = request.Get<int>(key::Program);
-    return TextReply(step ? m_guide.Programme(request.Text(key::InID), *step) : std::string());
+    return TextReply(request, step ? m_guide.Programme(request.Text(key::InID), *step) : std::string());
 }
 
 Reply ProgramGuideService::GetPresentProgram(Request const& request)
 {
-    return ById(request, [this](std::uint64_t id) { return m_guide.Present(id, Now(id)); });
+    return TextReply(request,
+                     ById(request, [this](std::uint64_t id) { return m_guide.Present(id, Now(id)); }));
 }
 
 Reply ProgramGuideService::FindProgram(Request const& request)
 {
     std::optional<std::uint32_t> const event = request.Get<std::uint32_t>(key::EventID);
-    return ById(request, [&](std::uint64_t id) { return event ? m_guide.Find(id, *event) : std::string(); });
+    return TextReply(request, ById(request, [&](std::uint64_t id) {
+                         return event ? m_guide.Find(id, *event) : std::string();
+                     }));
 }
 
 Reply ProgramGuideService::GetRating(Request const& request)
 {
     std::optional<std::uint32_t> const event = request.Get<std::uint32_t>(key::EventID);
-    return TextReply(event ? m_guide.Rating(*event) : std::string());
+    return TextReply(request, event ? m_guide.Rating(*event) : std::string());
 }
 
 Reply ProgramGuideService::GetGenre(Request const& request)
 {
     std::optional<std::uint32_t> const event = request.Get<std::uint32_t>(key::EventID);
-    return TextReply(event ? m_guide.Genre(*event) : std::string());
+    return TextReply(request, event ? m_guide.Genre(*event) : std::string());
 }
 
 Reply ProgramGuideService::GetProgramList(Request const& request)
 {
     std::optional<std::uint32_t> const start = request.Get<std::uint32_t>(key::StartTime);
     std::optional<std::uint32_t> const duration = request.Get<std::uint32_t>(key::Duration);
-    return ById(request, [&](std::uint64_t id) {
-        return start && duration ? m_guide.List(id, *start, *duration) : std::string();
-    });
-}
-
-Reply ProgramGuideService::CloneUSBToTV(Request const& request)
-{
-    try {
-        Load(request.Text(key::Path));
-        return Reply(true).Add(key::Data, 1);
-    } catch (GuideError const& failure) {
-        std::fprintf(stderr, "zviptv-sim: %s\n", failure.what());
-        return Reply(false).Add(key::Data, 0);
-    }
+    return TextReply(request, ById(request, [&](std::uint64_t id) {
+                         return start && duration ? m_guide.List(id, *start, *duration, LargestText)
+                                                  : std::string();
+                     }));
 }
 
 } // namespace zviptv::sim

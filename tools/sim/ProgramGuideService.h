@@ -1,5 +1,6 @@
 #pragma once
 
+#include "GuideLoader.h"
 #include "Message.h"
 #include "Player.h"
 #include "guide/EitReader.h"
@@ -18,17 +19,26 @@ class ProgramGuideService
 public:
     using Clock = std::function<std::int64_t()>;
 
-    /// `now` is the guide's clock, seconds since 1970.
-    ProgramGuideService(Player const& player, Clock now) : m_player(player), m_now(std::move(now)) {}
+    /// Tells the user something.
+    using Say = std::function<void(std::string const& text)>;
 
-    /// @throws GuideError; then the guide so far stays
-    GuideWarnings Load(std::string const& path);
+    /// `now` is the guide's clock, seconds since 1970.
+    ProgramGuideService(Player const& player, Clock now, MainLoop& loop, Say say)
+        : m_player(player), m_now(std::move(now)), m_say(std::move(say)), m_loader(loop)
+    {
+    }
+
+    /// @throws std::runtime_error with a line for the user
+    void Load(std::string const& path);
+
+    /// Answers CloneUSBToTV, when the guide has been loaded or could not be; then the guide so far stays.
+    void Clone(Request const& request, std::function<void(Reply const&)> const& answer);
 
     /// Takes the stream's event information, as long as no file was loaded.
     void Push(TsPacket const& packet);
 
-    /// Nothing when the function is not one of the program guide. Each application, by its bus name, has its
-    /// own list for GetProgram.
+    /// Nothing when the function is none of the program guide, or CloneUSBToTV. Each application, by its bus
+    /// name, has its own list for GetProgram.
     std::optional<CMessageBuffer> Answer(Request const& request, std::string const& busName);
 
     void Forget(std::string const& busName) { m_lists.erase(busName); }
@@ -46,13 +56,16 @@ private:
     Reply GetRating(Request const& request);
     Reply GetGenre(Request const& request);
     Reply GetProgramList(Request const& request);
-    Reply CloneUSBToTV(Request const& request);
 
+    Reply TextReply(Request const& request, std::string const& text) const;
+    void Use(std::string const& path, LoadedGuide const& loaded);
     ServiceNames NamesOfStream() const;
     std::int64_t Now(std::uint64_t serviceId) const;
 
     Player const& m_player;
     Clock m_now;
+    Say m_say;
+    GuideLoader m_loader;
     ProgrammeGuide m_guide;
     EitReader m_eit;
     bool m_fromFile = false;

@@ -57,6 +57,21 @@ void WriteJson(Json::Value const& json)
     std::fflush(stdout);
 }
 
+std::string Counted(std::size_t count, std::string const& what)
+{
+    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
+Json::Value ToJson(RequestLog::Subscriber const& subscriber)
+{
+    Json::Value json;
+    json["application"] = subscriber.busName;
+    json["sent"] = Json::UInt64(subscriber.sent);
+    json["dropped"] = Json::UInt64(subscriber.dropped);
+    json["queued"] = Json::UInt64(subscriber.queued);
+    return json;
+}
+
 } // namespace
 
 RequestLog::~RequestLog()
@@ -74,6 +89,12 @@ void RequestLog::ClearStatus()
     }
 }
 
+void RequestLog::Say(std::string const& text)
+{
+    ClearStatus();
+    std::fprintf(stderr, "zviptv-sim: %s\n", text.c_str());
+}
+
 void RequestLog::Write(Entry const& entry)
 {
     if (m_form == Form::Json) {
@@ -84,9 +105,7 @@ void RequestLog::Write(Entry const& entry)
         json["request"] = JsonEntries(entry.request);
         json["reply"] = entry.reply == nullptr ? Json::Value() : JsonEntries(*entry.reply);
         json["microseconds"] = Json::Int64(entry.took.count());
-        if (!entry.note.empty()) {
-            json["fault"] = entry.note;
-        }
+        json["fault"] = entry.note;
         WriteJson(json);
     } else if (m_form == Form::Text) {
         ClearStatus();
@@ -106,14 +125,19 @@ void RequestLog::Write(Status const& status)
         Json::Value json;
         json["event"] = "status";
         json["clients"] = Json::UInt64(status.clients);
-        json["subscribers"] = Json::UInt64(status.subscribers);
         json["packetsPerSecond"] = Json::UInt64(status.packetsPerSecond);
         json["dropped"] = Json::UInt64(status.dropped);
+        json["subscribers"] = Json::Value(Json::arrayValue);
+        for (Subscriber const& subscriber : status.subscribers) {
+            json["subscribers"].append(ToJson(subscriber));
+        }
         WriteJson(json);
     } else if (m_form == Form::Text && isatty(STDERR_FILENO) != 0) {
         ClearStatus();
-        std::fprintf(stderr, "%zu clients, %zu subscribers, %llu packets/s, %llu dropped", status.clients,
-                     status.subscribers, static_cast<unsigned long long>(status.packetsPerSecond),
+        std::fprintf(stderr, "%s, %s, %llu packets/s, %llu dropped",
+                     Counted(status.clients, "client").c_str(),
+                     Counted(status.subscribers.size(), "subscriber").c_str(),
+                     static_cast<unsigned long long>(status.packetsPerSecond),
                      static_cast<unsigned long long>(status.dropped));
         m_statusShown = true;
     }

@@ -5,10 +5,11 @@
 #include <chrono>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace zviptv::sim {
 
-/// Shows what the service does: a line a request, and a status line.
+/// Shows what the service does: a line a request, and a status line. docs/simulator.md has the JSON members.
 class RequestLog
 {
 public:
@@ -29,12 +30,21 @@ public:
         std::chrono::microseconds took;
     };
 
+    /// An application that asked for data.
+    struct Subscriber
+    {
+        std::string busName;
+        std::uint64_t sent = 0;    ///< notifications since it came
+        std::uint64_t dropped = 0; ///< notifications that found its queue full
+        std::size_t queued = 0;    ///< notifications that wait for it
+    };
+
     struct Status
     {
-        std::size_t clients = 0;
-        std::size_t subscribers = 0;
+        std::size_t clients = 0; ///< applications that have announced themselves
         std::uint64_t packetsPerSecond = 0;
-        std::uint64_t dropped = 0;
+        std::uint64_t dropped = 0; ///< in all, those of applications that have left included
+        std::vector<Subscriber> subscribers;
     };
 
     explicit RequestLog(Form form) : m_form(form) {}
@@ -46,6 +56,9 @@ public:
     bool WantsStatus() const { return m_form != Form::Quiet; }
     void Write(Entry const& entry);
     void Write(Status const& status);
+
+    /// A line for the user, in every form: to standard error.
+    void Say(std::string const& text);
 
 private:
     void ClearStatus();

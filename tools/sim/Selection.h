@@ -17,7 +17,6 @@ struct Selection
     unsigned int subtitle = 0;
     std::array<unsigned int, 2> isdbText{}; ///< by EZVISDBTextType
     EZVMultiSoundMode dualSound = ZV_MULTI_SOUND_STEREO;
-    EZVAudioEncodeType preferredFormat = ZV_AUDIO_ENCODE_UNKNOWN;
     std::string appId;
 };
 

@@ -3,7 +3,7 @@
 #include <zviptv/IPTVServiceAPI.h>
 #include <zviptv/ProxyDBusHelper.h>
 
-#include <cstdio>
+#include <cmath>
 #include <memory>
 #include <utility>
 
@@ -14,6 +14,8 @@ namespace type = protocol::type;
 namespace {
 
 constexpr std::chrono::milliseconds StatusPeriod{1000};
+constexpr char DropNote[] = "drop";
+constexpr char ErrorNote[] = "error";
 
 /// The guide's clock: runs on from `start`, or shows the real time.
 ProgramGuideService::Clock ClockFrom(std::optional<std::int64_t> start)
@@ -25,11 +27,12 @@ ProgramGuideService::Clock ClockFrom(std::optional<std::int64_t> start)
 } // namespace
 
 Service::Service(ServiceOptions const& options, MainLoop& loop)
-    : m_loop(loop), m_faults(options.faults), m_log(options.log),
+    : m_loop(loop), m_awaited(options.awaitedSubscribers), m_faults(options.faults), m_log(options.log),
       m_lock(options.ratingLimit, options.serviceLocked), m_subscribers(options.filter),
       m_player(options.playback, [this](PesPacket const& pes) { m_subscribers.Push(pes); }),
-      m_programGuide(m_player, ClockFrom(options.now)), m_playerControl(m_player, m_selection),
-      m_broadcastData(m_player, m_selection, m_lock),
+      m_programGuide(m_player, ClockFrom(options.now), loop,
+                     [this](std::string const& text) { m_log.Say(text); }),
+      m_playerControl(m_player, m_selection), m_broadcastData(m_player, m_selection, m_lock),
       m_applications([this](std::string const& busName) { m_programGuide.Forget(busName); }),
       m_playerControlEnd(type::PlayerControl, HandlerOf(type::PlayerControl,
                                                         [this](Request const& request) {
@@ -40,20 +43,17 @@ Service::Service(ServiceOptions const& options, MainLoop& loop)
                                                             m_lock.Follow(m_programGuide.PresentMinimumAge());
                                                             return m_broadcastData.Answer(request);
                                                         })),
-      m_subscriberEnd(type::DataSubscriber,
-                      HandlerOf(type::DataSubscriber,
-                                [this](Request const& request) {
-                                    return m_subscribers.Answer(request, CProxyDBusHelper::GetSenderName());
-                                })),
-      m_programGuideEnd(type::ProgramGuide, HandlerOf(type::ProgramGuide, [this](Request const& request) {
-                            return m_programGuide.Answer(request, CProxyDBusHelper::GetSenderName());
-                        }))
+      m_subscriberEnd(type::DataSubscriber, HandlerOf(type::DataSubscriber,
+                                                      [this](Request const& request) {
+                                                          auto const reply = m_subscribers.Answer(
+                                                              request, CProxyDBusHelper::GetSenderName());
+                                                          PlayWhenAwaited();
+                                                          return reply;
+                                                      })),
+      m_programGuideEnd(type::ProgramGuide, [this](CMessageBuffer& message) { return AnswerGuide(message); })
 {
     if (!options.guide.empty()) {
-        GuideWarnings const warnings = m_programGuide.Load(options.guide);
-        for (std::string const& warning : warnings.First()) {
-            std::fprintf(stderr, "zviptv-sim: %s: %s\n", options.guide.c_str(), warning.c_str());
-        }
+        m_programGuide.Load(options.guide);
     }
     m_player.SetPacketListener([this](TsPacket const& packet) { m_programGuide.Push(packet); });
     IConnectionHelper* helper = nullptr;
@@ -68,9 +68,20 @@ Service::~Service()
 
 void Service::Start()
 {
-    Play();
+    m_isStarted = true;
+    PlayWhenAwaited();
     if (m_log.WantsStatus()) {
+        m_statusAt = std::chrono::steady_clock::now();
         m_loop.After(StatusPeriod, [this] { ShowStatus(); });
+    }
+}
+
+/// Begins once everybody is there who is waited for.
+void Service::PlayWhenAwaited()
+{
+    if (m_isStarted && !m_isPlaying && m_subscribers.Count().subscribers.size() >= m_awaited) {
+        m_isPlaying = true;
+        m_loop.After(std::chrono::milliseconds(0), [this] { Play(); });
     }
 }
 
@@ -80,16 +91,20 @@ void Service::Play()
     if (std::optional<std::chrono::milliseconds> const wait = m_player.Advance()) {
         m_loop.After(*wait, [this] { Play(); });
     } else {
-        std::fputs("zviptv-sim: the stream has ended; the service goes on answering\n", stderr);
+        m_log.Say("the stream has ended; the service goes on answering");
     }
 }
 
 void Service::ShowStatus()
 {
-    DataSubscriberService::Counts const counts = m_subscribers.Count();
-    m_log.Write(RequestLog::Status{m_applications.Count(), counts.subscribers, counts.sent - m_packets,
-                                   counts.dropped});
+    DataSubscriberService::Counts counts = m_subscribers.Count();
+    auto const now = std::chrono::steady_clock::now();
+    double const seconds = std::chrono::duration<double>(now - m_statusAt).count();
+    auto const rate = std::llround(static_cast<double>(counts.sent - m_packets) / seconds);
     m_packets = counts.sent;
+    m_statusAt = now;
+    m_log.Write(RequestLog::Status{m_applications.Count(), static_cast<std::uint64_t>(rate), counts.dropped,
+                                   std::move(counts.subscribers)});
     m_loop.After(StatusPeriod, [this] { ShowStatus(); });
 }
 
@@ -115,43 +130,72 @@ std::string Service::Partner(std::string const& busName, std::string const& type
     return endpoint->GetPublicName();
 }
 
+Service::Call Service::Begin(char const* type, CMessageBuffer const& message)
+{
+    return Call{type, CProxyDBusHelper::GetSenderName(), message, std::chrono::steady_clock::now(), {}};
+}
+
 Endpoint::Handler Service::HandlerOf(char const* type, Answerer answer)
 {
     return [this, type, answer = std::move(answer)](CMessageBuffer& message) {
-        return Handle(type, message, answer);
+        Call call = Begin(type, message);
+        return Finish(call, answer(Request(message)).value_or(Reply(false)));
     };
 }
 
-/// Answers one request, with the faults that were asked for, and shows it.
-CMessageBuffer Service::Handle(char const* type, CMessageBuffer const& message, Answerer const& answer)
+/// A guide file is loaded beside everything else and answered for when that is done.
+CMessageBuffer Service::AnswerGuide(CMessageBuffer const& message)
 {
-    auto const begin = std::chrono::steady_clock::now();
+    Call call = Begin(type::ProgramGuide, message);
     Request const request(message);
-    std::string const function = request.Function();
-    CMessageBuffer const honest = answer(request).value_or(Reply(false));
-    CMessageBuffer const reply = m_faults.Spoil(function, honest);
-    std::chrono::milliseconds const delay = m_faults.Delay(function);
-    std::string note;
-    bool answered = false;
-    if (m_faults.IsDropped(function)) {
-        CDeferredReply::Take();
-        note = "drop";
-    } else if (m_faults.IsError(function)) {
-        CDeferredReply::Take().SendError("org.corvel.zviptvapi.Error.Injected",
-                                         "An error as asked for with --fault");
-        note = "error";
-    } else {
-        answered = true;
-        if (delay.count() > 0) {
-            note = "delay:" + std::to_string(delay.count());
-            auto const deferred = std::make_shared<CDeferredReply>(CDeferredReply::Take());
-            m_loop.After(delay, [deferred, reply] { deferred->Send(reply); });
-        }
+    if (request.Function() != protocol::function::CloneUSBToTV) {
+        return Finish(call, m_programGuide.Answer(request, call.busName).value_or(Reply(false)));
     }
-    m_log.Write(RequestLog::Entry{
-        type, CProxyDBusHelper::GetSenderName(), message, answered ? &reply : nullptr, note,
-        std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - begin)});
+    call.later.emplace(CDeferredReply::Take());
+    auto const waiting = std::make_shared<Call>(std::move(call));
+    m_programGuide.Clone(request, [this, waiting](Reply const& reply) { Finish(*waiting, reply); });
+    return CMessageBuffer();
+}
+
+/// Answers one request, with the faults that were asked for, and shows it.
+CMessageBuffer Service::Finish(Call& call, CMessageBuffer const& honest)
+{
+    CMessageBuffer const reply = m_faults.Spoil(Request(call.message).Function(), honest);
+    std::string const note = Deliver(call, reply);
+    bool const answered = note != DropNote && note != ErrorNote;
+    m_log.Write(RequestLog::Entry{call.type, call.busName, call.message, answered ? &reply : nullptr, note,
+                                  std::chrono::duration_cast<std::chrono::microseconds>(
+                                      std::chrono::steady_clock::now() - call.begin)});
     return reply;
+}
+
+/// Sends the reply, unless the handler does by returning it. Returns what a fault made of that.
+std::string Service::Deliver(Call& call, CMessageBuffer const& reply)
+{
+    std::string const function = Request(call.message).Function();
+    std::chrono::milliseconds const delay = m_faults.Delay(function);
+    bool const isDropped = m_faults.IsDropped(function);
+    bool const isError = m_faults.IsError(function);
+    if (!call.later && (isDropped || isError || delay.count() > 0)) {
+        call.later.emplace(CDeferredReply::Take());
+    }
+    if (isDropped) {
+        call.later.reset();
+        return DropNote;
+    }
+    if (isError) {
+        call.later->SendError("org.corvel.zviptvapi.Error.Injected", "An error as asked for with --fault");
+        return ErrorNote;
+    }
+    if (delay.count() > 0) {
+        auto const later = std::make_shared<CDeferredReply>(std::move(*call.later));
+        m_loop.After(delay, [later, reply] { later->Send(reply); });
+        return "delay:" + std::to_string(delay.count());
+    }
+    if (call.later) {
+        call.later->Send(reply);
+    }
+    return {};
 }
 
 } // namespace zviptv::sim

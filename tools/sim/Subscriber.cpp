@@ -9,6 +9,12 @@
 
 namespace zviptv::sim {
 
+namespace {
+
+constexpr std::chrono::seconds AskAgain{1};
+
+} // namespace
+
 /// The path is exported once in the process, by the endpoint that answers calls; this channel only sends.
 class Subscriber::Channel final : public CCommonNative
 {
@@ -16,18 +22,10 @@ public:
     Channel() : CCommonNative(protocol::type::DataSubscriber) {}
 
     bool IsConnected() { return m_pDBusHelper->IsConnectionReady(); }
-
-    /// True when the application has answered, and so has worked off what was sent before.
-    bool Confirm()
-    {
-        CMessageBuffer question;
-        CMessageBuffer answer;
-        return m_pDBusHelper->SendMessage(question, answer, 0) != 0;
-    }
 };
 
 Subscriber::Subscriber(std::string const& busName, std::function<void()> onGone)
-    : m_onGone(std::move(onGone)), m_channel(std::make_unique<Channel>())
+    : m_onGone(std::move(onGone)), m_channel(std::make_unique<Channel>()), m_question(busName)
 {
     m_channel->SetDisconnectNotiCB(Gone, this);
     m_channel->Connect(busName);
@@ -49,7 +47,7 @@ void Subscriber::Offer(Notification const& notification, std::size_t size)
 {
     std::lock_guard<std::mutex> const lock(m_mutex);
     if (m_queue.size() >= MaxQueued || m_queuedBytes + size > MaxQueuedBytes) {
-        ++m_dropped;
+        ++m_counts.dropped;
         return;
     }
     m_queue.push_back({notification, size});
@@ -68,6 +66,7 @@ void Subscriber::Stop()
 {
     std::lock_guard<std::mutex> const lock(m_mutex);
     m_stopping = true;
+    m_question.Cancel();
     m_changed.notify_all();
 }
 
@@ -77,16 +76,12 @@ bool Subscriber::HasStopped() const
     return m_stopped;
 }
 
-std::uint64_t Subscriber::Sent() const
+Subscriber::Counts Subscriber::Count() const
 {
     std::lock_guard<std::mutex> const lock(m_mutex);
-    return m_sent;
-}
-
-std::uint64_t Subscriber::Dropped() const
-{
-    std::lock_guard<std::mutex> const lock(m_mutex);
-    return m_dropped;
+    Counts counts = m_counts;
+    counts.queued = m_queue.size();
+    return counts;
 }
 
 void Subscriber::Run()
@@ -116,21 +111,22 @@ void Subscriber::SendWindow(std::unique_lock<std::mutex>& lock)
         lock.unlock();
         bool const sent = m_channel->t_SendNotication(*item.notification);
         lock.lock();
-        ++(sent ? m_sent : m_dropped);
+        ++(sent ? m_counts.sent : m_counts.dropped);
     }
 }
 
-/// Asks until the application answers. Each question that a standing application leaves open counts against
-/// the bus's limit of open calls, so the pauses grow.
+/// Asks until the application answers; again after a pause when the bus has too many open calls to take one
+/// more.
 void Subscriber::AwaitConsumer(std::unique_lock<std::mutex>& lock)
 {
-    for (auto pause = std::chrono::seconds(2); !m_stopping; pause *= 4) {
+    while (!m_stopping) {
         lock.unlock();
-        bool const goOn = m_channel->Confirm() || !m_channel->IsConnected();
+        bool const goOn = m_question.Ask() || !m_channel->IsConnected();
         lock.lock();
-        if (goOn || m_changed.wait_for(lock, pause, [this] { return m_stopping; })) {
+        if (goOn) {
             return;
         }
+        m_changed.wait_for(lock, AskAgain, [this] { return m_stopping; });
     }
 }
 

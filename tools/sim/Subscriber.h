@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Question.h"
+
 #include <zviptv/MessageBuffer.h>
 
 #include <condition_variable>
@@ -17,7 +19,8 @@ namespace zviptv::sim {
 ///
 /// A queue and a thread per application: the thread sends a window of notifications and then makes a call,
 /// which the application answers when it has worked them off. So neither the bus nor this process piles up
-/// data for an application that does not run; what the queue cannot hold is dropped and counted.
+/// data for an application that does not run; what the queue cannot hold is dropped and counted. Once the
+/// application goes on, it answers, and gets what waits in the queue.
 class Subscriber
 {
 public:
@@ -41,14 +44,19 @@ public:
     /// Drops what waits in the queue, uncounted.
     void Discard();
 
-    /// Tells the thread to end, without waiting for it: it may wait for the application for up to 2000 ms.
+    /// Tells the thread to end, without waiting for it.
     void Stop();
 
     /// The thread has ended, so that the destructor waits for nothing.
     bool HasStopped() const;
 
-    std::uint64_t Sent() const;
-    std::uint64_t Dropped() const;
+    struct Counts
+    {
+        std::uint64_t sent = 0;
+        std::uint64_t dropped = 0; ///< found the queue full, or could not be sent
+        std::size_t queued = 0;
+    };
+    Counts Count() const;
 
 private:
     class Channel;
@@ -69,11 +77,11 @@ private:
     std::condition_variable m_changed;
     std::deque<Item> m_queue;
     std::size_t m_queuedBytes = 0;
-    std::uint64_t m_sent = 0;
-    std::uint64_t m_dropped = 0;
+    Counts m_counts;
     bool m_stopping = false;
     bool m_stopped = false;
     std::unique_ptr<Channel> m_channel;
+    Question m_question;
     std::thread m_thread;
 };
 

@@ -4,6 +4,7 @@
 #include "Pipe.h"
 #include "PrivateBus.h"
 #include "Process.h"
+#include "SystemBus.h"
 
 #include <zviptv/ConnectionHelperDBusClient.h>
 
@@ -14,7 +15,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <exception>
+#include <stdexcept>
 
 namespace zviptv::sim {
 
@@ -25,36 +26,39 @@ using Clock = std::chrono::steady_clock;
 constexpr int Failure = 1;
 constexpr char ReadyLine[] = "ready\n";
 constexpr std::chrono::seconds StartTimeout{10};
+constexpr std::chrono::seconds StopTimeout{5};
 constexpr std::chrono::hours Forever{24};
-constexpr std::chrono::milliseconds LookAgain{1};
 
-/// Calls `ready` once the service owns its name.
-void WhenOwned(MainLoop& loop, std::function<void()> const& ready)
+/// @throws std::runtime_error when the bus cannot be used
+void RequireBus()
 {
+    std::string const reason = WhyNoSystemBus();
+    if (!reason.empty()) {
+        throw std::runtime_error("the system bus cannot be reached (" + reason +
+                                 "): start it, set DBUS_SYSTEM_BUS_ADDRESS to a bus that runs, or use --bus "
+                                 "private");
+    }
     if (CConnectionHelperDBusClient::CheckConnection()) {
-        ready();
-    } else {
-        loop.After(LookAgain, [&loop, ready] { WhenOwned(loop, ready); });
+        throw std::runtime_error("a service runs on this bus already: stop it, or use --bus private");
     }
 }
 
 /// Plays the stream as the service on the bus that the environment names, until SIGINT or SIGTERM.
 int RunService(ServiceOptions const& options, std::function<void()> const& ready)
 {
-    if (CConnectionHelperDBusClient::CheckConnection()) {
-        std::fputs("zviptv-sim: a service runs on this bus already: stop it, or use --bus private\n", stderr);
-        return Failure;
-    }
+    RequireBus();
     MainLoop loop;
     Service service(options, loop);
     if (!service.IsOnBus()) {
-        std::fputs("zviptv-sim: the system bus cannot be reached: set DBUS_SYSTEM_BUS_ADDRESS, or use --bus "
-                   "private\n",
-                   stderr);
-        return Failure;
+        throw std::runtime_error("the system bus went away: start again, or use --bus private");
+    }
+    if (!OwnsServiceName()) {
+        throw std::runtime_error(
+            "this user may not own org.corvel.zviptvapi.dbushelper on this bus: install its "
+            "policy and be the user whom that names, or use --bus private");
     }
     service.Start();
-    WhenOwned(loop, ready);
+    ready();
     loop.Run();
     return 0;
 }
@@ -105,9 +109,19 @@ public:
 
     pid_t Pid() const { return m_process->Pid(); }
 
+    /// Asks it to end, and kills it when it does not.
     void Stop()
     {
         m_process->Signal(SIGTERM);
+        sigset_t ended;
+        sigemptyset(&ended);
+        sigaddset(&ended, SIGCHLD);
+        auto const deadline = Clock::now() + StopTimeout;
+        while (!m_process->Poll() && Clock::now() < deadline) {
+            timespec const pause{0, 100'000'000}; // in case the signal was for another child
+            sigtimedwait(&ended, nullptr, &pause);
+        }
+        m_process->Signal(SIGKILL);
         m_process->Wait();
     }
 

@@ -42,9 +42,19 @@ std::uint8_t StreamTypeOf(Programme const& programme, std::uint16_t pid)
     return 0;
 }
 
+void AddFormat(ZVAudio& record, AudioFormat const& format)
+{
+    record.sampleRate = format.sampleRate;
+    record.bitRate = format.bitRate;
+    record.channels = format.channels;
+    if (format.dualMono) {
+        record.dualMono = *format.dualMono ? 1 : 0;
+    }
+}
+
 } // namespace
 
-std::vector<ZVAudio> AudioTracks(Programme const& programme)
+std::vector<ZVAudio> AudioTracks(Programme const& programme, AudioFormats const& formats)
 {
     std::vector<ZVAudio> records;
     for (AudioTrack const& track : programme.audio) {
@@ -56,6 +66,10 @@ std::vector<ZVAudio> AudioTracks(Programme const& programme)
         record.audioType = track.audioType;
         record.dualMono = track.languages.size() == 2 ? 1 : 0;
         record.streamType = StreamTypeOf(programme, track.pid);
+        auto const format = formats.find(track.pid);
+        if (format != formats.end()) {
+            AddFormat(record, format->second);
+        }
         records.push_back(record);
     }
     return records;
@@ -95,7 +109,29 @@ std::vector<ZVHybridSBT> Subtitles(Programme const& programme)
     return records;
 }
 
-std::vector<ZVISDBText> IsdbTexts(Programme const& programme, EZVISDBTextType type)
+std::vector<ZVHybridSBT> HybridSubtitles(Programme const& programme)
+{
+    std::vector<ZVHybridSBT> records = Subtitles(programme);
+    for (ZVTTX const& page : TeletextPages(programme)) {
+        if (!IsSubtitle(page)) {
+            continue;
+        }
+        ZVHybridSBT record{};
+        record.language = page.language;
+        record.kind = ZV_SUBTITLE_TELETEXT;
+        record.pid = page.pid;
+        record.type = page.type;
+        record.hardOfHearing = IsForHardOfHearing(page) ? 1 : 0;
+        record.magazine = page.magazine;
+        record.page = page.page;
+        record.componentTag = page.componentTag;
+        records.push_back(record);
+    }
+    return records;
+}
+
+std::vector<ZVISDBText> IsdbTexts(Programme const& programme, EZVISDBTextType type,
+                                  AribLanguages const& languages)
 {
     std::vector<ZVISDBText> records;
     for (AribTrack const& track : programme.arib) {
@@ -107,7 +143,16 @@ std::vector<ZVISDBText> IsdbTexts(Programme const& programme, EZVISDBTextType ty
         record.pid = track.pid;
         record.dataComponent = track.dataComponent.value_or(0);
         record.componentTag = track.componentTag.value_or(0);
-        records.push_back(record);
+        auto const known = languages.find(track.pid);
+        if (known == languages.end() || known->second.empty()) {
+            records.push_back(record);
+            continue;
+        }
+        for (AribLanguage const& language : known->second) {
+            record.language = ZVLanguageFromISO639(language.language.c_str());
+            record.languageTag = language.tag;
+            records.push_back(record);
+        }
     }
     return records;
 }

@@ -1,7 +1,8 @@
 #pragma once
 
 #include "Message.h"
-#include "stream/Programme.h"
+#include "stream/AribLanguages.h"
+#include "stream/AudioFormat.h"
 
 #include <zviptv/IPTVTypes.h>
 
@@ -11,10 +12,19 @@ namespace zviptv::sim {
 
 // What a programme announces, as the records that applications get, in the order of the PMT.
 
-std::vector<ZVAudio> AudioTracks(Programme const& programme);
+/// With what is known of the tracks' frames.
+std::vector<ZVAudio> AudioTracks(Programme const& programme, AudioFormats const& formats = {});
 std::vector<ZVTTX> TeletextPages(Programme const& programme);
+
+/// DVB subtitles.
 std::vector<ZVHybridSBT> Subtitles(Programme const& programme);
-std::vector<ZVISDBText> IsdbTexts(Programme const& programme, EZVISDBTextType type);
+
+/// All subtitles: the DVB ones, then the teletext pages that carry some.
+std::vector<ZVHybridSBT> HybridSubtitles(Programme const& programme);
+
+/// One a stream; one a language where the stream's languages are known.
+std::vector<ZVISDBText> IsdbTexts(Programme const& programme, EZVISDBTextType type,
+                                  AribLanguages const& languages = {});
 
 /// The type of ISDB text that a request names; nothing for another number.
 std::optional<EZVISDBTextType> TextType(Request const& request);

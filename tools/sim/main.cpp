@@ -1,3 +1,4 @@
+#include "StandardStreams.h"
 #include "Supervisor.h"
 
 #include <cstdio>
@@ -5,6 +6,7 @@
 
 int main(int argc, char** argv)
 {
+    zviptv::OccupyStandardStreams();
     std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ); // a line is seen at once, in a pipe too
     int exitStatus = 0;
     auto const options = zviptv::sim::ParseCommandLine(argc, argv, exitStatus);

@@ -226,7 +226,7 @@ TEST(EitCapture, SectionsOfABroadcastAreWhole)
     if (!file)
         GTEST_SKIP() << path << " is not there";
     Bytes const stream((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-    sim::EitSections sections;
+    sim::SectionAssembler sections(sim::EventSections);
     std::vector<std::pair<unsigned, std::size_t>> found;
     ForEachPacket(stream, [&](sim::TsPacket const& packet) {
         if (packet.pid == EitReader::Pid)

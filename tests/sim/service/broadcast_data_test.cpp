@@ -1,11 +1,15 @@
 #include "SimulatorTest.h"
 
+#include "../stream/StreamBuilder.h"
+
+#include <fstream>
+
 namespace zviptv::test {
 namespace {
 
 constexpr char Type[] = "BROADCASTDATA";
 
-/// Broadcast data of the sample: two audio tracks, one subtitle.
+/// Broadcast data of the sample: two audio tracks, DVB subtitles, three teletext pages, an ARIB caption.
 class BroadcastData : public Simulator
 {
 protected:
@@ -50,7 +54,7 @@ TEST_F(BroadcastData, SettersChangeWhatGettersSay)
 TEST_F(BroadcastData, ListsTheSubtitlesOfThePmt)
 {
     Begin();
-    EXPECT_EQ(Number(Ask({{"functionname", "SizeOfHybridSBT"}}), "size"), "1");
+    EXPECT_EQ(Number(Ask({{"functionname", "SizeOfHybridSBT"}}), "size"), "3"); // two are teletext
     for (char const* const function : {"GetHybridSBT", "GetPreferredHybridSBT"}) {
         WireMessage const reply = Ask({{"functionname", function}, {"index", "0"}});
         EXPECT_EQ(Number(reply, "landCode"), "6647399");
@@ -58,10 +62,64 @@ TEST_F(BroadcastData, ListsTheSubtitlesOfThePmt)
                   std::string("gne\0\1\0\0\0\x03\x01\1\0\1\0\x10",
                               15)); // eng, DVB, PID 0x103, pages 1 and 1, type 0x10
     }
+}
+
+TEST_F(BroadcastData, ListsTheTeletextPagesOfThePmt)
+{
+    Begin();
+    EXPECT_EQ(Number(Ask({{"functionname", "SizeOfTTX"}}), "size"), "3");
+    EXPECT_EQ(Number(Ask({{"functionname", "CheckHardOfHearingSBT"}}), "exists"), "1");
+    std::vector<std::string> const records{
+        std::string("gne\0\x04\x01\x01\x00\x01", 9),  // eng, PID 0x104, page 100, initial
+        std::string("gne\0\x04\x01\x08\x88\x02", 9),  // eng, page 888, subtitles
+        std::string("ued\0\x04\x01\x08\x89\x05", 9)}; // deu, page 889, for the hard of hearing
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        std::string const index = std::to_string(i);
+        EXPECT_EQ(Ask({{"functionname", "GetTTX"}, {"index", index}}).Value("ttx").substr(0, 9), records[i]);
+    }
+    std::string const english = Ask({{"functionname", "GetPreferredTTXSubtitle"}}).Value("ttxSubtitle");
+    EXPECT_EQ(english.substr(0, 9), records[1]);
+    m_application.Ask("PLAYERCONTROL", {{"functionname", "SetCurrentAudioByIndex"}, {"index", "1"}});
+    std::string const german = Ask({{"functionname", "GetPreferredTTXSubtitle"}}).Value("ttxSubtitle");
+    EXPECT_EQ(german.substr(0, 9), records[2]);
+}
+
+TEST_F(BroadcastData, ListsTheAribCaptionOfThePmt)
+{
+    Begin();
+    EXPECT_EQ(Number(Ask({{"functionname", "SizeOfISDBText"}, {"mode", "0"}}), "size"), "1");
+    EXPECT_EQ(Number(Ask({{"functionname", "SizeOfISDBText"}, {"mode", "1"}}), "size"), "0");
+    WireMessage const reply = Ask({{"functionname", "GetISDBText"}, {"mode", "0"}, {"index", "0"}});
+    EXPECT_EQ(reply.Value("isdbText").substr(4, 9),
+              std::string("\0\0\0\0\x05\x01\x08\x00\x30", 9)); // caption, PID 0x105, component 8, tag 0x30
+    WireMessage const mode = m_application.Ask("PLAYERCONTROL", {{"functionname", "GetCaptionDataMode"}});
+    EXPECT_EQ(Number(mode, "mode"), "1"); // selectable
+}
+
+/// A stream of sound alone.
+TEST_F(BroadcastData, WhatTheStreamDoesNotCarryIsNotListed)
+{
+    std::string const path = m_bus.Directory() + "/sound.ts";
+    StreamBuilder builder;
+    builder.Section(0, MakePat({{1, 0x1000}})).Section(0x1000, MakePmt(1, 0x101, {{0x03, 0x101, {}}}));
+    builder.Pcr(0x101, 27'000'000).Pes(0x101, MakePes(90'000, Noise(100)));
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<char const*>(builder.Stream().data()),
+               static_cast<std::streamsize>(builder.Stream().size()));
+    Start({"--ts", path, "--loop"});
+    m_application.Announce(Type);
+    for (char const* const function : {"SizeOfTTX", "SizeOfHybridSBT", "SizeOfISDBText"}) {
+        EXPECT_EQ(Number(Ask({{"functionname", function}, {"mode", "0"}}), "size"), "0") << function;
+    }
+    for (char const* const function : {"GetPreferredTTXSubtitle", "GetPreferredHybridSBT"}) {
+        EXPECT_EQ(Number(Ask({{"functionname", function}}), "result_internal"), "0") << function;
+    }
     EXPECT_EQ(Number(Ask({{"functionname", "CheckHardOfHearingSBT"}}), "exists"), "0");
-    EXPECT_EQ(Number(Ask({{"functionname", "SizeOfTTX"}}), "size"), "0");
-    EXPECT_EQ(Number(Ask({{"functionname", "GetPreferredTTXSubtitle"}}), "result_internal"), "0");
-    EXPECT_EQ(Number(Ask({{"functionname", "SizeOfISDBText"}, {"mode", "0"}}), "size"), "0");
+    WireMessage const chosen =
+        m_application.Ask("PLAYERCONTROL", {{"functionname", "SetCurrentTTX"}, {"index", "0"}});
+    EXPECT_EQ(Number(chosen, "result_internal"), "0");
+    WireMessage const mode = m_application.Ask("PLAYERCONTROL", {{"functionname", "GetCaptionDataMode"}});
+    EXPECT_EQ(Number(mode, "mode"), "0"); // none
 }
 
 TEST_F(BroadcastData, EveryGetterCarriesItsValuesAlsoWhenItRefuses)

@@ -45,7 +45,8 @@ TEST_F(Simulator, AnswersPlayerControl)
     EXPECT_EQ(Number(ask({{"functionname", "SetCurrentAudioByIndex"}, {"index", "-1"}}), "result_internal"),
               "0");
     EXPECT_EQ(Number(ask({{"functionname", "SetCurrentHybridSBT"}, {"index", "0"}}), "result_internal"), "1");
-    EXPECT_EQ(Number(ask({{"functionname", "SetCurrentTTX"}, {"index", "0"}}), "result_internal"), "0");
+    EXPECT_EQ(Number(ask({{"functionname", "SetCurrentTTX"}, {"index", "2"}}), "result_internal"), "1");
+    EXPECT_EQ(Number(ask({{"functionname", "SetCurrentTTX"}, {"index", "3"}}), "result_internal"), "0");
     EXPECT_EQ(Number(ask({{"functionname", "NoSuchFunction"}}), "result_internal"), "0");
 }
 
@@ -194,6 +195,21 @@ TEST_F(Simulator, SaysWhenTheStreamHasEnded)
     application.Announce("PLAYERCONTROL");
     EXPECT_EQ(Number(application.Ask("PLAYERCONTROL", {{"functionname", "GetSourceState"}}), "sourcestate"),
               "3");
+    simulator.Signal(SIGTERM);
+    EXPECT_EQ(simulator.Wait(Patience), (ExitStatus{0, 0}));
+}
+
+/// More than a machine can play: it plays as fast as it can, and answers and ends all the same.
+TEST_F(Simulator, AnswersAtAnySpeed)
+{
+    ChildProcess& simulator = Start({"--ts", ZVIPTV_SAMPLE_FILE, "--loop", "--speed", "1000"});
+    Application application;
+    application.Announce("IPTVDATASUBSCRIBER");
+    application.Ask("IPTVDATASUBSCRIBER", {{"functionname", "requestPESCB"}, {"on", "1"}});
+    ASSERT_TRUE(application.WaitForPackets("256", 100));
+    application.Announce("PLAYERCONTROL");
+    EXPECT_EQ(Number(application.Ask("PLAYERCONTROL", {{"functionname", "GetSourceState"}}), "sourcestate"),
+              "2");
     simulator.Signal(SIGTERM);
     EXPECT_EQ(simulator.Wait(Patience), (ExitStatus{0, 0}));
 }

@@ -54,13 +54,24 @@ inline std::unique_ptr<sim::PacketSource> InMemory(Bytes stream)
     return std::make_unique<MemorySource>(std::move(stream));
 }
 
-/// All events up to the end of the stream.
+/// All events up to the end of the stream, but those that only tell the time.
 inline std::vector<sim::Event> Drain(sim::Demux& demux)
 {
     std::vector<sim::Event> events;
     while (auto event = demux.Next())
-        events.push_back(std::move(*event));
+        if (event->type != sim::EventType::Clock)
+            events.push_back(std::move(*event));
     return events;
+}
+
+/// The times told up to the end of the stream by events that tell nothing else.
+inline std::vector<sim::ClockPoint> DrainClock(sim::Demux& demux)
+{
+    std::vector<sim::ClockPoint> points;
+    while (auto event = demux.Next())
+        if (event->type == sim::EventType::Clock)
+            points.push_back(event->at);
+    return points;
 }
 
 /// Null for an event of another type.

@@ -185,3 +185,44 @@ TEST(DemuxClock, AnEndlessStreamWhosePcrStopsGoesOnByItsTimeStamps)
     }
     EXPECT_GT(last, StreamTime(2700));
 }
+
+TEST(DemuxClock, RunsWithoutAnyPes)
+{
+    StreamBuilder builder;
+    AddTables(builder).Pcr(Video, 27'000'000).Null(9).Pcr(Video, 27'027'000).Null(9);
+    Demux demux(InMemory(builder.Stream()));
+    EXPECT_FALSE(demux.HasClock());
+    auto const points = DrainClock(demux);
+    ASSERT_EQ(points.size(), 3u) << "two PCRs and the end";
+    EXPECT_EQ(points[0].stc, 27'000'000u);
+    EXPECT_EQ(points[1].stc, 27'027'000u);
+    EXPECT_EQ(points[1].time - points[0].time, StreamTime(27'000));
+    EXPECT_EQ(points[2].stc, 27'054'000u) << "ten packets on, at the pace so far";
+    EXPECT_TRUE(demux.HasClock());
+}
+
+TEST(DemuxClock, OnePcrIsFollowedAtTheAssumedPace)
+{
+    StreamBuilder builder;
+    AddTables(builder).Pcr(Video, 27'000'000).Null(99);
+    Demux demux(InMemory(builder.Stream()));
+    auto const points = DrainClock(demux);
+    ASSERT_EQ(points.size(), 2u);
+    EXPECT_EQ(points[0].stc, 27'000'000u);
+    EXPECT_EQ(points[1].stc - points[0].stc, 100u * 8122u);
+}
+
+TEST(DemuxClock, WithoutPcrAndPesThereIsTimeButNoClock)
+{
+    StreamBuilder builder;
+    AddTables(builder).Null(100);
+    Demux demux(InMemory(builder.Stream()));
+    auto const first = DrainClock(demux);
+    ASSERT_EQ(first.size(), 1u);
+    EXPECT_GE(first[0].time, StreamTime(100 * 8122));
+    demux.Rewind();
+    auto const second = DrainClock(demux);
+    ASSERT_EQ(second.size(), 1u);
+    EXPECT_GT(second[0].time, first[0].time);
+    EXPECT_FALSE(demux.HasClock());
+}

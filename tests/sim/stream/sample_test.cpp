@@ -18,6 +18,15 @@ double Seconds(StreamTime time)
     return std::chrono::duration<double>(time).count();
 }
 
+void ExpectPage(TeletextEntry const& entry, char const* language, int type, int magazine, int page)
+{
+    EXPECT_EQ(entry.pid, 0x104);
+    EXPECT_EQ(entry.page.language, language);
+    EXPECT_EQ(entry.page.type, type);
+    EXPECT_EQ(entry.page.magazine, magazine);
+    EXPECT_EQ(entry.page.page, page);
+}
+
 } // namespace
 
 TEST(Sample, AnnouncesItsStreams)
@@ -45,7 +54,16 @@ TEST(Sample, AnnouncesItsStreams)
     EXPECT_EQ(programme.subtitles[0].page.language, "eng");
     EXPECT_EQ(programme.subtitles[0].page.type, 0x10);
     EXPECT_EQ(programme.subtitles[0].page.compositionPage, 1);
-    EXPECT_TRUE(programme.teletext.empty());
+
+    ASSERT_EQ(programme.teletext.size(), 3u);
+    ExpectPage(programme.teletext[0], "eng", 1, 1, 0x00);
+    ExpectPage(programme.teletext[1], "eng", 2, 8, 0x88);
+    ExpectPage(programme.teletext[2], "deu", 5, 8, 0x89);
+    ASSERT_EQ(programme.arib.size(), 1u);
+    EXPECT_EQ(programme.arib[0].pid, 0x105);
+    EXPECT_FALSE(programme.arib[0].superimpose);
+    EXPECT_EQ(programme.arib[0].componentTag, 0x30);
+    EXPECT_EQ(programme.arib[0].dataComponent, 0x0008);
 }
 
 TEST(Sample, GivesEveryPesPacketByteForByte)
@@ -53,13 +71,14 @@ TEST(Sample, GivesEveryPesPacketByteForByte)
     Bytes const whole = ReadWholeFile(File);
     Demux demux{std::string(File)};
     auto const events = Drain(demux);
-    std::map<std::uint16_t, std::size_t> const counts{{0x100, 300}, {0x101, 34}, {0x102, 34}, {0x103, 10}};
+    std::map<std::uint16_t, std::size_t> const counts{{0x100, 300}, {0x101, 34}, {0x102, 34},
+                                                      {0x103, 10},  {0x104, 14}, {0x105, 14}};
     for (auto const& [pid, count] : counts) {
         auto const packets = PesOf(events, pid);
         EXPECT_EQ(packets.size(), count) << pid;
         EXPECT_TRUE(packets == ReassembleNaively(whole, pid)) << pid;
     }
-    EXPECT_EQ(events.size(), 378u);
+    EXPECT_EQ(events.size(), 406u);
     EXPECT_EQ(demux.Packets(), whole.size() / 188);
 }
 
@@ -81,6 +100,8 @@ TEST(Sample, TakesTwelveSecondsAndTheClockRunsAheadOfTheStamps)
     EXPECT_NEAR(Seconds(last), 12.0, 0.2);
     EXPECT_EQ(demux.FirstPts(0x100), 133'200u);
     EXPECT_EQ(demux.FirstPts(0x103), 223'200u) << "a second later";
+    EXPECT_EQ(demux.FirstPts(0x104), 178'200u) << "half a second later";
+    EXPECT_EQ(demux.FirstPts(0x105), 178'200u);
 }
 
 TEST(Sample, LoopsWithoutASeam)
@@ -125,8 +146,8 @@ TEST(Sample, IsSmallAndWhole)
     Bytes const whole = ReadWholeFile(File);
     EXPECT_LT(whole.size(), 600u * 1024u);
     EXPECT_EQ(whole.size() % 188, 0u);
-    EXPECT_EQ(PidsOf(whole),
-              (std::vector<std::uint16_t>{0x0000, 0x0011, 0x0100, 0x0101, 0x0102, 0x0103, 0x1000}));
+    EXPECT_EQ(PidsOf(whole), (std::vector<std::uint16_t>{0x0000, 0x0011, 0x0100, 0x0101, 0x0102, 0x0103,
+                                                         0x0104, 0x0105, 0x1000}));
 }
 
 TEST(Demux, SaysWhyAFileCannotBePlayed)

@@ -119,3 +119,28 @@ TEST(SoundSection, NeedsAVersionAndNumbersInOrder)
     EXPECT_FALSE(IsSoundSection(Bytes{}));
     EXPECT_FALSE(IsSoundSection(Bytes{0x00, 0xB0, 0x00}));
 }
+
+TEST(SoundSection, OfEventsMayBeLongerAndItsNumbersMayJump)
+{
+    EXPECT_TRUE(IsSoundSection(MakeSection(0x4E, 1, 0, Noise(8), 2, 1), EventSections));
+    EXPECT_TRUE(IsSoundSection(MakeSection(0x4E, 1, 0, Noise(4084)), EventSections)) << "4096 bytes";
+    EXPECT_FALSE(IsSoundSection(MakeSection(0x4E, 1, 0, Noise(4085)), EventSections)) << "4097 bytes";
+    EXPECT_FALSE(IsSoundSection(Bytes{}, EventSections));
+}
+
+TEST(SoundSection, RulesAreThoseOfTheAssembler)
+{
+    Bytes const section = MakeSection(0x4E, 1, 0, Noise(4084));
+    StreamBuilder stream;
+    stream.Section(0x12, section);
+    SectionAssembler events(EventSections);
+    SectionAssembler services;
+    std::vector<Bytes> found;
+    MemorySource source(stream.Stream());
+    for (TsBytes packet{}; source.Read(packet);) {
+        EXPECT_TRUE(services.Push(*ParseTsPacket(packet)).empty());
+        for (Bytes const& one : events.Push(*ParseTsPacket(packet)))
+            found.push_back(one);
+    }
+    EXPECT_EQ(found, std::vector<Bytes>{section});
+}

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "guide/EitSections.h"
 #include "guide/EitTable.h"
+#include "stream/SectionAssembler.h"
 
 namespace zviptv::sim {
 
@@ -18,7 +18,7 @@ public:
     EitTable const& Table() const { return m_table; }
 
 private:
-    EitSections m_sections;
+    SectionAssembler m_sections{EventSections};
     EitTable m_table;
 };
 

@@ -14,7 +14,7 @@ public:
     /// Sections that are kept; more are ignored.
     static constexpr std::size_t MaxSections = 16384;
 
-    /// A sound section (see IsSoundEitSection). True when it brings something new.
+    /// A sound section (see IsSoundSection). True when it brings something new.
     bool Add(ByteView section);
 
     /// Null when the stream does not tell.

@@ -82,12 +82,17 @@ LoadedGuide ReadGuide(std::string const& name, ReadBytes const& read, ServiceNam
     return loaded;
 }
 
-LoadedGuide LoadGuide(std::string const& path, ServiceNames const& serviceNames)
+LoadedGuide LoadGuide(std::string const& path, ServiceNames const& serviceNames,
+                      std::atomic<bool> const* stop)
 {
     InputFile file(path);
     file.RequireRegular();
-    return ReadGuide(
-        path, [&file](char* buffer, std::size_t size) { return file.Read(buffer, size); }, serviceNames);
+    auto const read = [&](char* buffer, std::size_t size) {
+        if (stop != nullptr && *stop)
+            throw GuideError(path + ": given up");
+        return file.Read(buffer, size);
+    };
+    return ReadGuide(path, read, serviceNames);
 }
 
 } // namespace zviptv::sim

@@ -5,6 +5,7 @@
 #include "guide/ServiceNumbers.h"
 #include "guide/XmlParser.h"
 
+#include <atomic>
 #include <memory>
 
 namespace zviptv::sim {
@@ -18,7 +19,9 @@ struct LoadedGuide
 /// Reads an XMLTV document. `name` is the document's in errors. @throws GuideError "name:line:column: …"
 LoadedGuide ReadGuide(std::string const& name, ReadBytes const& read, ServiceNames const& serviceNames = {});
 
-/// Reads an XMLTV file. @throws GuideError when it cannot be read, and as ReadGuide() does
-LoadedGuide LoadGuide(std::string const& path, ServiceNames const& serviceNames = {});
+/// Reads an XMLTV file; gives up soon after `stop`, when there is one, has become true. @throws GuideError
+/// when it cannot be read or was given up, and as ReadGuide() does
+LoadedGuide LoadGuide(std::string const& path, ServiceNames const& serviceNames = {},
+                      std::atomic<bool> const* stop = nullptr);
 
 } // namespace zviptv::sim

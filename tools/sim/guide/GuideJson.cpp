@@ -77,11 +77,16 @@ std::string ProgrammeJson(Guide const& guide, std::uint32_t position)
     return Write(ToJson(guide, position));
 }
 
-std::string ProgrammesJson(Guide const& guide, GuideRange range)
+std::string ProgrammesJson(Guide const& guide, GuideRange range, std::size_t largest)
 {
+    constexpr std::size_t Signs = 2; // a comma and the closing bracket
     std::string list = "[";
-    for (std::uint32_t i = 0; i < range.count; ++i)
-        list += (i == 0 ? "" : ",") + ProgrammeJson(guide, range.first + i);
+    for (std::uint32_t i = 0; i < range.count; ++i) {
+        std::string const programme = ProgrammeJson(guide, range.first + i);
+        if (list.size() + programme.size() + Signs > largest)
+            break;
+        list += (i == 0 ? "" : ",") + programme;
+    }
     return list + "]";
 }
 

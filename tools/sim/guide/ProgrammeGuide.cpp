@@ -61,10 +61,12 @@ std::string ProgrammeGuide::Genre(std::uint32_t eventId) const
     return position ? GenresJson(*m_guide, *position) : std::string();
 }
 
-std::string ProgrammeGuide::List(std::uint64_t serviceId, std::uint32_t start, std::uint32_t duration) const
+std::string ProgrammeGuide::List(std::uint64_t serviceId, std::uint32_t start, std::uint32_t duration,
+                                 std::size_t largest) const
 {
     bool const known = m_guide && m_guide->FindService(serviceId);
-    return known ? ProgrammesJson(*m_guide, m_guide->List(serviceId, start, duration)) : std::string();
+    return known ? ProgrammesJson(*m_guide, m_guide->List(serviceId, start, duration), largest)
+                 : std::string();
 }
 
 } // namespace zviptv::sim

@@ -21,7 +21,7 @@ public:
     /// Takes the guide of this XMLTV file. @throws GuideError, then the guide so far stays
     GuideWarnings Load(std::string const& path, ServiceNames const& serviceNames = {});
 
-    /// Takes a guide from elsewhere, from the stream for example.
+    /// Takes a guide that was made elsewhere, of the stream for example.
     void Use(std::shared_ptr<Guide const> guide) { m_guide = std::move(guide); }
 
     /// Null before the first.
@@ -51,8 +51,10 @@ public:
     /// GetGenre. An array, empty for a programme without genres.
     std::string Genre(std::uint32_t eventId) const;
 
-    /// GetProgramList. An array, empty when a service of the guide has nothing at that time.
-    std::string List(std::uint64_t serviceId, std::uint32_t start, std::uint32_t duration) const;
+    /// GetProgramList. An array, empty when a service of the guide has nothing at that time; as many of the
+    /// programmes as `largest` bytes hold.
+    std::string List(std::uint64_t serviceId, std::uint32_t start, std::uint32_t duration,
+                     std::size_t largest = SIZE_MAX) const;
 
 private:
     std::string Json(std::optional<std::uint32_t> position) const;

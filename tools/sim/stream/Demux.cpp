@@ -107,8 +107,10 @@ void Demux::Handle(TsBytes const& bytes)
         m_onPacket(*packet);
     if (m_tables.Push(*packet))
         FollowTables();
-    if (packet->pcr && m_current && packet->pid == m_current->pcrPid)
+    if (packet->pcr && m_current && packet->pid == m_current->pcrPid) {
+        m_timeline.AddClock(m_packet);
         m_timeline.AddPcr(m_packet, *packet->pcr, packet->discontinuity);
+    }
     auto const track = m_tracks.find(packet->pid);
     if (track == m_tracks.end())
         return;
@@ -122,6 +124,7 @@ void Demux::Finish()
     for (auto& [pid, track] : m_tracks)
         if (auto last = track.assembler.Flush())
             AddPes(pid, track.kind, std::move(*last));
+    m_timeline.AddClock(m_packet);
     m_timeline.EndPass(m_packet);
     m_ended = true;
 }

@@ -9,7 +9,7 @@
 
 namespace zviptv::sim {
 
-/// Plays one programme of a transport stream: hands out its PES packets, each with its time.
+/// Plays one programme of a transport stream: hands out its PES packets, each with its time, and its clock.
 ///
 /// Pull style: nothing happens but inside Next(), which reads ahead as far as it has to (a step of the PCR,
 /// as a rule). Memory is bounded whatever the stream holds. Not thread-safe.
@@ -45,6 +45,10 @@ public:
     /// ForgetFirstPts().
     std::optional<std::uint64_t> FirstPts(std::uint16_t pid) const;
     void ForgetFirstPts() { m_firstPts.clear(); }
+
+    /// The stream has shown a clock. Without one the STC of events means nothing, and time passes at the pace
+    /// of a 5 Mbit/s stream.
+    bool HasClock() const { return m_timeline.HasClock(); }
 
     /// What became of the packets of this PID; null if it is not of the programme.
     PesCounters const* Counters(std::uint16_t pid) const;

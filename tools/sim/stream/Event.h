@@ -19,8 +19,9 @@ struct PesPacket
 
 enum class EventType
 {
-    Pes,             ///< `pes` has arrived
-    ProgrammeChanged ///< the programme being played is now `programme`
+    Pes,              ///< `pes` has arrived
+    ProgrammeChanged, ///< the programme being played is now `programme`
+    Clock             ///< nothing but `at`: a PCR, or the end of a pass over the stream
 };
 
 /// Something that happens at `at`: when the last packet that it needs has arrived.

@@ -48,7 +48,8 @@ private:
     std::vector<PatEntry> m_entries;
     std::map<std::uint16_t, std::unique_ptr<Pmt>> m_pmts; ///< by programme number
     std::map<std::uint16_t, ServiceName> m_names;
-    std::map<std::uint16_t, SectionAssembler> m_assemblers{{0x0000, {}}, {0x0011, {}}};
+    std::map<std::uint16_t, SectionAssembler> m_assemblers{{0x0000, SectionAssembler()},
+                                                           {0x0011, SectionAssembler()}};
     std::vector<Programme> m_programmes;
 };
 

@@ -28,13 +28,13 @@ std::uint32_t Crc32(ByteView bytes)
 
 } // namespace
 
-bool IsSoundSection(ByteView section)
+bool IsSoundSection(ByteView section, SectionRules const& rules)
 {
-    bool const versioned = (section[1] & 0x80) != 0;
-    bool const sized = section.Size() >= LongHeadSize + CrcSize && section.Size() <= MaxTableSection &&
+    bool const sized = section.Size() >= LongHeadSize + CrcSize && section.Size() <= rules.largest &&
                        section.Size() == SectionSize(section);
-    bool const numbered = section[6] <= section[7];
-    return versioned && sized && numbered && Crc32(section) == 0;
+    bool const versioned = sized && (section[1] & 0x80) != 0;
+    bool const numbered = versioned && (section[6] <= section[7] || !rules.numbersAreTight);
+    return numbered && Crc32(section) == 0;
 }
 
 void SectionAssembler::Drop()
@@ -63,7 +63,7 @@ void SectionAssembler::Append(ByteView bytes, Sections& done)
         bytes = bytes.Part(piece.Size());
         if (m_bytes.size() < HeadSize || m_bytes.size() < Wanted())
             continue;
-        if (IsSoundSection(m_bytes))
+        if (IsSoundSection(m_bytes, m_rules))
             done.push_back(m_bytes);
         Drop();
     }

@@ -4,16 +4,28 @@
 
 namespace zviptv::sim {
 
-/// Largest section of a PAT, PMT or SDT, head and CRC included.
-constexpr std::size_t MaxTableSection = 1024;
+/// What the sections of a table may be.
+struct SectionRules
+{
+    std::size_t largest;  ///< bytes, head and CRC included
+    bool numbersAreTight; ///< no section number is above the last one that the section names
+};
+
+/// A PAT, PMT or SDT.
+constexpr SectionRules ServiceSections{1024, true};
+
+/// An EIT, whose segments let the numbers jump.
+constexpr SectionRules EventSections{4096, false};
 
 /// Whether this is one complete section of a table with versions: lengths agree, the CRC is right.
-bool IsSoundSection(ByteView section);
+bool IsSoundSection(ByteView section, SectionRules const& rules = ServiceSections);
 
 /// Cuts the sections out of the packets of one PID. Holds at most one section.
 class SectionAssembler
 {
 public:
+    explicit SectionAssembler(SectionRules const& rules = ServiceSections) : m_rules(rules) {}
+
     /// The sections that this packet completes, sound ones only.
     std::vector<std::vector<std::uint8_t>> Push(TsPacket const& packet);
 
@@ -28,6 +40,7 @@ private:
     std::size_t Wanted() const;
     void Drop();
 
+    SectionRules m_rules;
     ContinuityCheck m_continuity;
     std::vector<std::uint8_t> m_bytes;
     bool m_open = false;

@@ -75,6 +75,7 @@ void StreamClock::Next(Mark mark, bool jump)
 
 bool StreamClock::Sample(std::uint64_t packet, std::uint64_t value, bool jump)
 {
+    m_hasSamples = true;
     Mark const mark{packet, value % PcrModulus};
     auto const& before = m_waiting ? m_waiting : m_last;
     if (!before)

@@ -30,6 +30,9 @@ public:
     /// The pace was measured.
     bool IsMeasured() const { return m_measured; }
 
+    /// There was a sample; before, the STC of At() means nothing.
+    bool HasSamples() const { return m_hasSamples; }
+
 private:
     struct Pace
     {
@@ -58,6 +61,7 @@ private:
 
     Pace m_pace; // measured last
     bool m_measured = false;
+    bool m_hasSamples = false;
     std::optional<Mark> m_waiting; // the first sample, as long as no pace is known
     std::optional<Mark> m_last;
 };

@@ -7,9 +7,10 @@ namespace {
 /// Memory that an event stands for, roughly.
 std::size_t CostOf(Event const& event)
 {
-    constexpr std::size_t PesCost = 256;
+    constexpr std::size_t EventCost = 256;
     constexpr std::size_t ProgrammeCost = 32 * 1024;
-    return event.type == EventType::Pes ? PesCost + event.pes.bytes.size() : ProgrammeCost;
+    return EventCost + event.pes.bytes.size() +
+           (event.type == EventType::ProgrammeChanged ? ProgrammeCost : 0);
 }
 
 /// The decoding time of a PES packet in units of the PCR.
@@ -44,6 +45,11 @@ void Timeline::Hold(std::uint64_t packet, Event event)
 void Timeline::AddProgramme(std::uint64_t packet, std::shared_ptr<Programme const> programme)
 {
     Hold(packet, {EventType::ProgrammeChanged, {}, {}, std::move(programme)});
+}
+
+void Timeline::AddClock(std::uint64_t packet)
+{
+    Hold(packet, {EventType::Clock, {}, {}, nullptr});
 }
 
 void Timeline::AddPes(std::uint64_t packet, PesPacket pes)

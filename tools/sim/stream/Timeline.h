@@ -21,6 +21,9 @@ public:
     void AddPes(std::uint64_t packet, PesPacket pes);
     void AddProgramme(std::uint64_t packet, std::shared_ptr<Programme const> programme);
 
+    /// An event that tells nothing but the time of this packet.
+    void AddClock(std::uint64_t packet);
+
     /// To be called after every packet.
     void Advance(std::uint64_t packet);
 
@@ -29,6 +32,10 @@ public:
 
     /// Drops all events that were not taken.
     void Clear();
+
+    /// The stream has shown a clock: PCR, or time stamps in its place. Without one the STC of events means
+    /// nothing.
+    bool HasClock() const { return m_clock.HasSamples(); }
 
     /// The next event whose time is known, in stream order; times never decrease.
     std::optional<Event> Take();

@@ -1,0 +1,160 @@
+#include "../guide/GuideGenerator.h"
+#include "SimulatorTest.h"
+#include "WaitUntil.h"
+
+#include <csignal>
+#include <cstdio>
+#include <fstream>
+
+namespace zviptv::test {
+namespace {
+
+constexpr char Type[] = "IPGUTIL";
+constexpr std::uint64_t BigGuide = 40'000'000; // bytes; takes many times as long as the requests meanwhile
+
+std::string Clone(std::string const& path)
+{
+    Application application;
+    application.Announce(Type);
+    WireMessage const reply = application.Ask(Type, {{"functionname", "CloneUSBToTV"}, {"path", path}});
+    EXPECT_EQ(reply.Value("result_internal"), reply.Value("data"));
+    return reply.Value("data");
+}
+
+/// The simulator with a small guide, and a big one to load.
+class GuideLoading : public Simulator
+{
+protected:
+    void Begin(std::vector<std::string> options = {})
+    {
+        WriteGuide(m_big, BigGuide);
+        options.insert(options.end(), {"--ts", ZVIPTV_SAMPLE_FILE, "--loop", "--guide", ZVIPTV_SAMPLE_GUIDE});
+        Start(options);
+        m_application.Announce(Type);
+    }
+
+    /// The big one is the next that the service is asked to load.
+    void StartLoading()
+    {
+        Application leaving;
+        std::string const service = leaving.Announce(Type);
+        leaving.Peer().CallWithoutReply(
+            {service, ChannelPath(Type), "org.corvel.zviptvapi.DbusCommunication", "Send"},
+            Entries({{"functionname", "CloneUSBToTV"}, {"path", m_big}}));
+        leaving.Peer().Sync();
+    }
+
+    /// Asks for a guide that cannot be loaded: while another one is being loaded, that is not even tried.
+    bool IsLoading()
+    {
+        std::string const path = "/no/such/guide" + std::to_string(++m_probes);
+        EXPECT_EQ(Clone(path), "0");
+        EXPECT_TRUE(m_simulator->WaitForErrors(path + ": ", Patience));
+        return m_simulator->Errors().find("not loading " + path + ": another guide is being loaded") !=
+               std::string::npos;
+    }
+
+    /// Of a service that only the guide of this test's file has.
+    std::string ProgrammesOf200()
+    {
+        return m_application
+            .Ask(Type, {{"functionname", "GetProgramListSize"},
+                        {"inID", "200"},
+                        {"startTime", "0"},
+                        {"duration", "4294967295"}})
+            .Value("data");
+    }
+
+    std::string const m_big = m_bus.Directory() + "/big.xml";
+    Application m_application;
+    int m_probes = 0;
+};
+
+TEST_F(GuideLoading, OthersAreServedMeanwhile)
+{
+    Begin();
+    StartLoading();
+    ASSERT_TRUE(IsLoading());
+    EXPECT_EQ(ProgrammesOf200(), "0") << "the guide so far answers";
+    Application player;
+    player.Announce("PLAYERCONTROL");
+    EXPECT_EQ(Number(player.Ask("PLAYERCONTROL", {{"functionname", "GetSourceState"}}), "sourcestate"), "2");
+    ASSERT_TRUE(IsLoading()) << "all that happened meanwhile";
+    // Who asked has gone; the guide comes all the same.
+    EXPECT_TRUE(WaitUntil([this] { return ProgrammesOf200() != "0"; }, Patience));
+    EXPECT_FALSE(IsLoading());
+}
+
+TEST_F(GuideLoading, WhoAsksForTheSameFileWaitsForTheSameLoading)
+{
+    Begin();
+    StartLoading();
+    ASSERT_TRUE(IsLoading());
+    EXPECT_EQ(Clone(m_big), "1");
+    EXPECT_FALSE(IsLoading());
+    EXPECT_NE(ProgrammesOf200(), "0");
+    EXPECT_EQ(Clone(ZVIPTV_SAMPLE_GUIDE), "1") << "and then another one";
+    EXPECT_EQ(ProgrammesOf200(), "0");
+}
+
+TEST_F(GuideLoading, AFileThatCannotBeLoadedChangesNothing)
+{
+    Begin();
+    std::ofstream(m_big, std::ios::app) << "</surplus>";
+    EXPECT_EQ(Clone(m_big), "0");
+    EXPECT_TRUE(m_simulator->WaitForErrors("zviptv-sim: cannot load the guide: " + m_big + ":", Patience));
+    EXPECT_TRUE(m_simulator->WaitForErrors("; the one before stays\n", Patience));
+    EXPECT_EQ(m_application.Ask(Type, {{"functionname", "ExistXmlForIPG"}}).Value("data"), "1");
+    EXPECT_EQ(ProgrammesOf200(), "0");
+}
+
+TEST_F(GuideLoading, EndsInOrderMeanwhile)
+{
+    Begin();
+    StartLoading();
+    ASSERT_TRUE(IsLoading());
+    m_simulator->Signal(SIGTERM);
+    EXPECT_EQ(m_simulator->Wait(Patience), (ExitStatus{0, 0}));
+}
+
+TEST_F(GuideLoading, MeetsTheFaultsOfOtherRequests)
+{
+    Begin({"--fault", "CloneUSBToTV=error"});
+    WireMessage const reply =
+        m_application.Ask(Type, {{"functionname", "CloneUSBToTV"}, {"path", ZVIPTV_SAMPLE_GUIDE}});
+    EXPECT_EQ(reply.errorName, "org.corvel.zviptvapi.Error.Injected");
+}
+
+/// Programmes with long texts: a list of them all has more bytes than a message carries.
+TEST_F(GuideLoading, AListEndsWhereTheMessageDoes)
+{
+    Start({"--ts", ZVIPTV_SAMPLE_FILE, "--loop"});
+    m_application.Announce(Type);
+    std::string const path = m_bus.Directory() + "/long.xml";
+    std::ofstream file(path);
+    file << "<tv>";
+    std::string const text(60'000, 'x');
+    for (int hour = 0; hour < 600; ++hour) { // 36 MB
+        char start[32];
+        std::snprintf(start, sizeof start, "202603%02d%02d0000", 1 + hour / 24, hour % 24);
+        file << "<programme channel='1' start='" << start << "'><title>" << hour << "</title><desc>" << text
+             << "</desc></programme>\n";
+    }
+    file << "</tv>";
+    file.close();
+    ASSERT_EQ(Clone(path), "1");
+    auto const ask = [&](char const* function) {
+        return m_application
+            .Ask(Type,
+                 {{"functionname", function}, {"inID", "1"}, {"startTime", "0"}, {"duration", "4294967295"}})
+            .Value("data");
+    };
+    EXPECT_EQ(ask("GetProgramListSize"), "600");
+    std::string const list = ask("GetProgramList");
+    EXPECT_LE(list.size(), 32U * 1024 * 1024);
+    EXPECT_GT(list.size(), 32U * 1024 * 1024 - 2 * text.size());
+    EXPECT_EQ(list.substr(list.size() - 19), "\"translations\":[]}]");
+}
+
+} // namespace
+} // namespace zviptv::test
