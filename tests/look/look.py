@@ -1,0 +1,120 @@
+#!/usr/bin/env python3
+"""Plays a transport stream on the simulator and compares the answers of all methods, and every PES packet, with an
+independent look at the same stream and guide: ffprobe, and readers of our own that share no code with the simulator.
+
+usage: look.py --sim ZVIPTV-SIM --ctl ZVIPTVCTL --guide XMLTV [--programme N] STREAM|--make KIND
+
+With --make a stream of codings that no file at hand has is made first, see made_streams.sh.
+
+Exit status 77 when the stream is not there.
+"""
+
+import argparse
+import json
+import os
+import subprocess
+import sys
+import tempfile
+import xml.etree.ElementTree as ElementTree
+
+from seen import check_requests
+from ctl import Findings
+from subject import Subject
+from xmltv import Guide
+
+PLAYING_TIME = 3  # seconds, at whatever speed that takes
+PATIENCE = 100  # seconds for all of it
+SKIPPED = 77
+
+
+def arguments():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--sim", required=True)
+    parser.add_argument("--ctl", required=True)
+    parser.add_argument("--guide", required=True)
+    parser.add_argument("--programme", type=int)
+    parser.add_argument("--make")
+    parser.add_argument("stream", nargs="?")
+    return parser.parse_args()
+
+
+def beside(name):
+    """A file of this folder."""
+    return os.path.join(os.path.dirname(os.path.abspath(__file__)), name)
+
+
+def write_guides(source, number, names, folder):
+    """A guide for this service, and another one with every second programme.
+
+    Where no channel has the service's number the first one gets it."""
+    tree = ElementTree.parse(source)
+    root = tree.getroot()
+    if number not in Guide(source, names).services:
+        first = root.find("channel").get("id")
+        root.find("channel").set("id", str(number))
+        for programme in root.iter("programme"):
+            if programme.get("channel") == first:
+                programme.set("channel", str(number))
+    paths = [f"{folder}/guide.xml", f"{folder}/another.xml"]
+    tree.write(paths[0], encoding="utf-8")
+    for programme in root.findall("programme")[::2]:
+        root.remove(programme)
+    tree.write(paths[1], encoding="utf-8")
+    return paths
+
+
+def rated_programme(guide, number):
+    return next(one for one in guide.services[number] if one["rating"] and one["rating"]["minimum_age"])
+
+
+def prepare(given, folder):
+    """Everything that the command inside needs to know."""
+    subject = Subject(given.stream, given.programme)
+    number = subject.programme.number
+    guide, another = write_guides(given.guide, number, subject.probe.names, folder)
+    rated = rated_programme(Guide(guide, subject.probe.names), number)
+    return {"stream": given.stream, "programme": number, "ctl": given.ctl, "guide": guide, "another guide": another,
+            "now": rated["start_time"] + 60, "age": rated["rating"]["minimum_age"], "folder": folder,
+            "speed": min(max(subject.seconds() / PLAYING_TIME, 0.01), 1000)}
+
+
+def simulate(given, parameters, folder):
+    """Runs the simulator with the command; returns its exit status and the requests that it saw."""
+    with open(f"{folder}/parameters.json", "w", encoding="utf-8") as file:
+        json.dump(parameters, file)
+    command = [given.sim, "--ts", given.stream, "--program", str(parameters["programme"]),
+               "--guide", parameters["guide"], "--time", str(parameters["now"]),
+               "--rating-limit", str(parameters["age"] - 1), "--lock-service", "--wait-for", "2",
+               "--speed", str(parameters["speed"]), "--json",
+               "--", sys.executable, beside("inside.py"), f"{folder}/parameters.json"]
+    with subprocess.Popen(command, stdout=subprocess.PIPE) as simulator:
+        try:
+            output, _ = simulator.communicate(timeout=PATIENCE)
+        except subprocess.TimeoutExpired:
+            print(f"FAILED: no end after {PATIENCE} s")
+            simulator.terminate()  # which ends the command inside, too
+            output, _ = simulator.communicate()
+    lines = output.decode().splitlines()
+    for line in lines:
+        if not line.startswith("{"):
+            print(line)
+    return simulator.returncode, [json.loads(line) for line in lines if line.startswith("{")]
+
+
+def main():
+    given = arguments()
+    if not given.make and not os.path.exists(given.stream):
+        print(f"skipped: {given.stream} is not there (CMake variable ZVIPTV_MEDIA_DIR)")
+        return SKIPPED
+    with tempfile.TemporaryDirectory() as folder:
+        if given.make:
+            given.stream = f"{folder}/{given.make}.ts"
+            subprocess.run([beside("made_streams.sh"), given.make, given.stream], check=True)
+        status, shown = simulate(given, prepare(given, folder), folder)
+    findings = Findings()
+    check_requests([one for one in shown if one.get("event") == "request"], findings)
+    return status or (1 if findings.failed else 0)
+
+
+if __name__ == "__main__":
+    sys.exit(main())
