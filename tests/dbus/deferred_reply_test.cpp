@@ -86,6 +86,18 @@ TEST_F(DeferredReply, ReplacesAnErrorThatTheBusWouldRefuse)
     EXPECT_EQ(reply.strings, std::vector<std::string>{"The service reports an error"});
 }
 
+TEST_F(DeferredReply, TakesThePlaceOfAnEmptyOne)
+{
+    WireMessage reply;
+    std::thread caller = Call(reply);
+    CDeferredReply later = CDeferredReply::Take();
+    later = std::move(*m_deferred);
+    EXPECT_FALSE(m_deferred->IsPending());
+    later.Send(Message({{"k", "moved"}}));
+    caller.join();
+    EXPECT_EQ(reply.entries, Entries({{"k", "moved"}}));
+}
+
 TEST_F(DeferredReply, OutlivesTheChannel)
 {
     TestChannel const other("IPGUTIL"); // keeps the connection

@@ -5,6 +5,7 @@
 #include <climits>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -151,6 +152,19 @@ TEST(MessageBuffer, CopiesAreIndependent)
     EXPECT_EQ(target.Size(), 2);
     EXPECT_EQ(target.GetValue("old"), "");
     EXPECT_EQ(target.GetValue("b"), "2");
+}
+
+TEST(MessageBuffer, MovesWhatItHas)
+{
+    CMessageBuffer source;
+    source.AddValue("a", "1");
+    CMessageBuffer taken(std::move(source));
+    EXPECT_EQ(taken.GetValue("a"), "1");
+    CMessageBuffer target;
+    target.AddValue("old", "x");
+    target = std::move(taken);
+    EXPECT_EQ(target.Size(), 1);
+    EXPECT_EQ(target.GetValue("a"), "1");
 }
 
 TEST(MessageBuffer, RefusesNegativeSizesAndKeepsWhatItHas)

@@ -1,5 +1,8 @@
 #include "EndpointTest.h"
+
 #include "WaitUntil.h"
+
+#include <zviptv/ProxyDBusHelper.h>
 
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -168,6 +171,21 @@ TEST_F(EndpointTest, StopCallbacksMayBeCalledInsideAHook)
     ASSERT_TRUE(endpoint.Connect(m_partner.Name()));
     Notify(endpoint, Entries({{"functionname", "Tell"}}));
     EXPECT_TRUE(RunUntil([&] { return count == 1; }));
+}
+
+TEST_F(EndpointTest, StopCallbacksIsHarmlessOnceTheChannelIsGone)
+{
+    struct Closed : CCommonNative
+    {
+        Closed() : CCommonNative("CLOSED") {}
+        void Close()
+        {
+            m_pDBusHelper.reset();
+            t_StopCallbacks();
+        }
+    };
+    Closed endpoint;
+    endpoint.Close();
 }
 
 /// Whether the thread waits for something.

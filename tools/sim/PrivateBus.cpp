@@ -20,8 +20,8 @@ constexpr char Policy[] = R"(
   <policy context="default">
     <allow user="root"/>
     <allow own="*"/>
-    <allow send_destination="*" eavesdrop="true"/>
-    <allow receive_sender="*" eavesdrop="true"/>
+    <allow send_destination="*"/>
+    <allow receive_sender="*"/>
   </policy>
   <limit name="max_replies_per_connection">50000</limit>
 </busconfig>

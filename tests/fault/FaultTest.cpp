@@ -1,0 +1,118 @@
+#include "FaultTest.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+
+namespace zviptv::test {
+
+namespace {
+
+std::string Row(std::string const& fault, int rounds, bool passed, Footprint const& before,
+                Footprint const& after, double seconds, std::string const& remark)
+{
+    char row[400];
+    std::snprintf(row, sizeof row, "%-58s %6d  %-7s %8ld %8ld %6zu %6zu %8.1f  %s", fault.c_str(), rounds,
+                  passed ? "held" : "FAILED", before.memory, after.memory, before.descriptors,
+                  after.descriptors, seconds, remark.c_str());
+    return row;
+}
+
+} // namespace
+
+bool IsLongForm()
+{
+    char const* const form = std::getenv("ZVIPTV_FAULTS");
+    return form != nullptr && std::strcmp(form, "long") == 0;
+}
+
+void FaultTest::Begin()
+{
+    m_before = CurrentFootprint();
+}
+
+void FaultTest::End()
+{
+    // Other threads may be about to give back what the last round took.
+    auto const isBack = [this] {
+        m_after = CurrentFootprint();
+        return m_after->descriptors <= m_before->descriptors &&
+               (!MemoryCounts() || m_after->memory - m_before->memory < m_allowed);
+    };
+    EXPECT_TRUE(WaitUntil(isBack, patience))
+        << m_after->memory - m_before->memory << " KiB more, and " << m_after->descriptors
+        << " descriptors after " << m_before->descriptors;
+}
+
+void FaultTest::Repeat(int rounds, std::function<void()> const& round)
+{
+    for (int i = 0; i < std::min(rounds, 2) && !HasFatalFailure(); ++i) {
+        round();
+    }
+    Begin();
+    for (m_rounds = 0; m_rounds < rounds && !HasFatalFailure(); ++m_rounds) {
+        round();
+    }
+    End();
+}
+
+void FaultTest::RepeatFor(std::chrono::milliseconds duration, std::function<void()> const& round)
+{
+    auto const end = std::chrono::steady_clock::now() + duration;
+    while (std::chrono::steady_clock::now() < end - duration * 9 / 10 && !HasFatalFailure()) {
+        round();
+    }
+    Begin();
+    for (m_rounds = 0; (m_rounds < 3 || std::chrono::steady_clock::now() < end) && !HasFatalFailure();
+         ++m_rounds) {
+        round();
+    }
+    End();
+}
+
+void FaultTest::TearDown()
+{
+    testing::TestInfo const& info = *testing::UnitTest::GetInstance()->current_test_info();
+    Footprint const nothing{0, 0};
+    double const seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - m_start).count();
+    std::string const row = Row(info.name(), m_rounds, !HasFailure(), m_before.value_or(nothing),
+                                m_after.value_or(nothing), seconds, m_remark);
+    std::printf("%s\n", row.c_str());
+    if (char const* const table = std::getenv("ZVIPTV_FAULTS_TABLE")) {
+        std::ofstream(table, std::ios::app) << row << '\n';
+    }
+}
+
+int PartnerTest::Order(TestChannel& channel, std::initializer_list<TextEntry> entries, int async)
+{
+    CMessageBuffer request = Message(entries);
+    CMessageBuffer reply;
+    return channel->SendMessage(request, reply, async);
+}
+
+CMessageBuffer PartnerTest::Ask(TestChannel& channel, std::initializer_list<TextEntry> entries)
+{
+    CMessageBuffer request = Message(entries);
+    CMessageBuffer reply;
+    EXPECT_EQ(channel->SendMessage(request, reply, 0), 1);
+    return reply;
+}
+
+void PartnerTest::OrderEvents(TestChannel& channel, std::string const& member,
+                              std::initializer_list<TextEntry> more)
+{
+    WireTarget const target = channel.Target(member);
+    CMessageBuffer request = Message({{"do", member == "Send" ? "call" : "emit"},
+                                      {"to", target.destination},
+                                      {"path", target.path},
+                                      {"member", member}});
+    for (auto const& [key, value] : more) {
+        request.AddValue(key.c_str(), static_cast<int>(value.size()), value.data());
+    }
+    CMessageBuffer reply;
+    EXPECT_EQ(channel->SendMessage(request, reply, 0), 1);
+}
+
+} // namespace zviptv::test

@@ -1,0 +1,50 @@
+#include "Footprint.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace zviptv::test {
+
+namespace {
+
+/// The number behind a word of /proc/self/status, KiB.
+long Status(std::string const& word)
+{
+    std::ifstream file("/proc/self/status");
+    for (std::string line; std::getline(file, line);) {
+        if (line.compare(0, word.size(), word) == 0) {
+            return std::stol(line.substr(word.size()));
+        }
+    }
+    return 0;
+}
+
+} // namespace
+
+Footprint CurrentFootprint()
+{
+    std::filesystem::directory_iterator const descriptors("/proc/self/fd");
+    return {Status("VmRSS:"),
+            static_cast<std::size_t>(std::distance(begin(descriptors), end(descriptors))) - 1};
+}
+
+long PeakMemory()
+{
+    return Status("VmHWM:");
+}
+
+bool MemoryCounts()
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    return false;
+#else
+    char const* const preloaded = std::getenv("LD_PRELOAD");
+    return preloaded == nullptr || std::strstr(preloaded, "vgpreload") == nullptr;
+#endif
+}
+
+} // namespace zviptv::test

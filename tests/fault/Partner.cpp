@@ -1,0 +1,84 @@
+#include "PeerModes.h"
+
+#include "Bytes.h"
+#include "WirePeer.h"
+
+#include <signal.h>
+#include <unistd.h>
+
+namespace zviptv::test {
+
+namespace {
+
+constexpr std::size_t Mebibyte = 1024 * 1024;
+
+std::size_t Number(WireMessage const& order, char const* key)
+{
+    std::string const text = order.Value(key);
+    return text.empty() ? 0 : std::stoul(text);
+}
+
+/// That much in values that libdbus carries.
+WireEntries Load(std::size_t mebibytes)
+{
+    WireEntries entries;
+    while (mebibytes > 0) {
+        std::size_t const part = mebibytes > 64 ? 43 : mebibytes;
+        entries.push_back({"v", "ay", std::string(part * Mebibyte, 'x')});
+        mebibytes -= part;
+    }
+    return entries;
+}
+
+/// What is no message: every type but an "ay" in it, or no dictionary at all.
+WireBody Malformed(std::string const& kind)
+{
+    if (kind == "variants") {
+        return WireBody::Variants({TextVariant("t", "text"), NumberVariant("n", 1), BytesVariant("k", "v")});
+    }
+    return kind == "strings" ? WireBody::Strings({"no", "dictionary"}) : WireBody();
+}
+
+/// Large as ordered, or malformed.
+WireBody BodyOf(WireMessage const& order)
+{
+    return order.Has("kind") ? Malformed(order.Value("kind")) : WireBody(Load(Number(order, "mebibytes")));
+}
+
+WireTarget TargetOf(WireMessage const& order)
+{
+    return {order.Value("to"), order.Value("path"), "org.corvel.zviptvapi.DbusCommunication",
+            order.Value("member")};
+}
+
+WireAnswer Obey(WirePeer& peer, WireMessage const& order)
+{
+    std::string const what = order.Value("do");
+    if (what == "die") {
+        raise(SIGKILL);
+    } else if (what == "nothing") {
+        return WireAnswer::Nothing();
+    } else if (what == "answer") {
+        return BodyOf(order);
+    } else if (what == "emit") {
+        peer.EmitMany(TargetOf(order), BodyOf(order), Number(order, "count"));
+    } else if (what == "call") {
+        peer.CallWithoutReply(TargetOf(order), BodyOf(order));
+    }
+    return Entries({{"id", order.Value("id")}, {"size", std::to_string(order.Value("v").size())}});
+}
+
+} // namespace
+
+void BePartner()
+{
+    WirePeer peer;
+    peer.SetRecording(false);
+    peer.SetHandler([&peer](WireMessage const& order) { return Obey(peer, order); });
+    Tell(peer.Name());
+    for (;;) {
+        pause();
+    }
+}
+
+} // namespace zviptv::test

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace zviptv::test {
+
+/// What follows the mode on the command line.
+using Arguments = std::vector<std::string>;
+
+// What a peer process can be. Each prints its unique bus name as soon as it is ready and runs until it is
+// killed.
+
+/// Answers calls, and does what they order.
+[[noreturn]] void BePartner();
+
+/// Owns the helper bus's name and says yes to every request.
+[[noreturn]] void BeService();
+
+/// Sends at a steady rate and prints every 100 ms how many messages those were: kind ("signals", "calls", or
+/// "names", which takes and gives back a bus name), destination or that name, object path, rate a second.
+[[noreturn]] void BeFlood(Arguments const& arguments);
+
+/// Claims to be others: victim's bus name, object path, partner's bus name. Prints "done" at the end.
+[[noreturn]] void BeStranger(Arguments const& arguments);
+
+/// Prints a line at once.
+void Tell(std::string const& line);
+
+} // namespace zviptv::test

@@ -1,0 +1,67 @@
+#include "PeerModes.h"
+
+#include "BusLink.h"
+#include "Bytes.h"
+#include "WireSend.h"
+
+#include <unistd.h>
+
+namespace zviptv::test {
+
+namespace {
+
+constexpr char ChannelInterface[] = "org.corvel.zviptvapi.DbusCommunication";
+constexpr dbus_uint32_t GuessedSerials = 300;
+
+/// The partner's notice that it has left, as the bus would word it.
+WireBody LeaveNotice(std::string const& partner)
+{
+    return WireBody::Strings({partner, partner, ""});
+}
+
+/// An answer to every call that the victim may have made.
+void ForgeAnswers(BusLink& link, std::string const& victim)
+{
+    for (dbus_uint32_t serial = 1; serial <= GuessedSerials; ++serial) {
+        MessageHandle const answer(dbus_message_new(DBUS_MESSAGE_TYPE_METHOD_RETURN));
+        dbus_message_set_destination(answer.get(), victim.c_str());
+        dbus_message_set_reply_serial(answer.get(), serial);
+        WireBody(Entries({{"id", "forged"}})).AppendTo(answer.get());
+        link.Send(answer);
+    }
+}
+
+} // namespace
+
+void BeStranger(Arguments const& arguments)
+{
+    std::string const victim = arguments[0];
+    std::string const path = arguments[1];
+    std::string const partner = arguments[2];
+    BusLink link;
+    Tell(link.Name());
+    for (bool const forged : {false, true}) {
+        MessageHandle const signal =
+            NewSignal({victim, path, ChannelInterface, "SendSignal"}, Entries({{"from", "stranger"}}));
+        MessageHandle const left = NewSignal(
+            {victim, DBUS_PATH_DBUS, DBUS_INTERFACE_DBUS, "NameOwnerChanged"}, LeaveNotice(partner));
+        if (forged) {
+            dbus_message_set_sender(signal.get(), partner.c_str());
+            dbus_message_set_sender(left.get(), DBUS_SERVICE_DBUS);
+        }
+        link.Send(signal);
+        link.Send(left);
+    }
+    ForgeAnswers(link, victim);
+    MessageHandle const call =
+        NewCall({victim, path, ChannelInterface, "Send"}, Entries({{"from", "stranger"}}), false, true);
+    dbus_message_set_sender(call.get(), partner.c_str());
+    link.Send(call);
+    link.Sync();
+    Tell("done");
+    for (;;) {
+        pause();
+    }
+}
+
+} // namespace zviptv::test

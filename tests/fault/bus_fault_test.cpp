@@ -1,0 +1,156 @@
+#include "FaultTest.h"
+#include "GLibObjects.h"
+
+#include <zviptv/ConnectionHelperDBusClient.h>
+#include <zviptv/ConnectionHelperDBusServer.h>
+#include <zviptv/IPTVServiceAPI.h>
+
+#include <future>
+
+using namespace zviptv::test;
+using namespace std::chrono_literals;
+
+namespace {
+
+/// The bus is killed, and started anew, for real. The application keeps the process alive by clearing
+/// exit-on-close on the shared connection, a new one after each restart.
+class BusFault : public FaultTest
+{
+protected:
+    /// What every use of a channel without a bus comes to.
+    static void ExpectNothingWorks(CProxyDBusHelper& channel)
+    {
+        CMessageBuffer message = Message({{"k", "v"}});
+        CMessageBuffer reply;
+        EXPECT_EQ(channel.SendMessage(message, reply, 0), 0);
+        channel.SendMessage(message, reply, 1);
+        EXPECT_EQ(channel.SendNotification(message), 0);
+        EXPECT_EQ(channel.Connect("org.corvel.test.Partner"), 0);
+        RunPending();
+    }
+
+    static void ExpectNoObjects()
+    {
+        IPlayerControl* player = nullptr;
+        IBroadcastData* broadcast = nullptr;
+        EXPECT_FALSE(CConnectionHelperDBusClient::CheckConnection());
+        CIPTVServiceAPI::CreatePlayerControl(IPTV_PROFILE_DEFAULT, 0, &player);
+        CIPTVServiceAPI::CreateBroadcastData(IPTV_PROFILE_DEFAULT, 0, &broadcast);
+        EXPECT_EQ(player, nullptr);
+        EXPECT_EQ(broadcast, nullptr);
+        EXPECT_EQ(CConnectionHelperDBusClient().Connect(":1.1", "IPGUTIL"), "");
+        IConnectionHelper* helper = nullptr;
+        CIPTVServiceAPI::CreateConnectionHelper(&helper);
+        CIPTVServiceAPI::DestroyConnectionHelper();
+    }
+
+    /// A bus that has just started, a partner on it and a channel that is connected.
+    void Begin()
+    {
+        m_bus.Restart();
+        m_connection = SharedConnection();
+        ASSERT_NE(m_connection, nullptr);
+        m_partner = std::make_unique<PeerProcess>();
+        m_channel = std::make_unique<CProxyDBusHelper>("IPGUTIL");
+        ASSERT_EQ(m_channel->Connect(m_partner->Name()), 1);
+    }
+
+    void KillTheBus()
+    {
+        m_bus.Kill();
+        ASSERT_TRUE(RunUntil([this] { return g_dbus_connection_is_closed(m_connection.get()) != FALSE; }));
+    }
+
+    void End()
+    {
+        m_channel.reset();
+        m_connection.reset();
+        m_partner.reset();
+        RunPending();
+    }
+
+    ConnectionPtr m_connection;
+    std::unique_ptr<PeerProcess> m_partner;
+    std::unique_ptr<CProxyDBusHelper> m_channel;
+};
+
+TEST_F(BusFault, F07_BusAbsentAtConstructConnectSendDestroyAndOwnerCheck)
+{
+    m_bus.Kill();
+    Repeat(ShortOrLong(10, 500), [] {
+        {
+            CProxyDBusHelper channel("IPGUTIL");
+            EXPECT_EQ(channel.GetPublicName(), "");
+            ExpectNothingWorks(channel);
+        }
+        ExpectNoObjects();
+        RunPending();
+    });
+}
+
+TEST_F(BusFault, F07_BusDiesBeforeConstructConnectSendDestroyAndOwnerCheck)
+{
+    Repeat(ShortOrLong(5, 100), [this] {
+        Begin();
+        KillTheBus();
+        ExpectNothingWorks(*m_channel);
+        {
+            CProxyDBusHelper late("PLAYERCONTROL");
+            ExpectNothingWorks(late);
+        }
+        ExpectNoObjects();
+        End();
+    });
+}
+
+TEST_F(BusFault, F07_BusDiesDuringSends)
+{
+    Repeat(ShortOrLong(5, 100), [this] {
+        Begin();
+        CMessageBuffer request = Message({{"do", "nothing"}});
+        CMessageBuffer reply;
+        ASSERT_EQ(m_channel->SendMessage(request, reply, 1), 1);
+        auto killed = std::async(std::launch::async, [this] {
+            std::this_thread::sleep_for(20ms); // in the middle of the send, or just before
+            m_bus.Kill();
+        });
+        auto const start = std::chrono::steady_clock::now();
+        ASSERT_EQ(m_channel->SendMessage(request, reply, 0), 0);
+        ASSERT_LT(std::chrono::steady_clock::now() - start, 1900ms);
+        killed.get();
+        RunPending();
+        End();
+    });
+}
+
+TEST_F(BusFault, F07_BusDiesAfterTheDestroyOfAChannelWithCallsOutstanding)
+{
+    Repeat(ShortOrLong(5, 100), [this] {
+        Begin();
+        CMessageBuffer request = Message({{"do", "nothing"}});
+        CMessageBuffer reply;
+        for (int i = 0; i < 20; ++i) {
+            ASSERT_EQ(m_channel->SendMessage(request, reply, 1), 1);
+        }
+        m_channel.reset();
+        KillTheBus();
+        End();
+    });
+}
+
+/// The bus stands still with the owner check on its way, and dies.
+TEST_F(BusFault, F07_BusDiesDuringTheOwnerCheck)
+{
+    Repeat(ShortOrLong(5, 100), [this] {
+        m_bus.Restart();
+        EXPECT_FALSE(CConnectionHelperDBusClient::CheckConnection());
+        m_bus.Stop();
+        auto check =
+            std::async(std::launch::async, [] { return CConnectionHelperDBusClient::CheckConnection(); });
+        check.wait_for(20ms);
+        m_bus.Kill();
+        EXPECT_FALSE(check.get());
+    });
+}
+
+} // namespace

@@ -1,0 +1,50 @@
+// The other end as a process of its own, so that it can be killed and stopped for real. Made of nothing but
+// libdbus.
+#include "PeerModes.h"
+
+#include "FakeService.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+
+namespace zviptv::test {
+
+void Tell(std::string const& line)
+{
+    std::printf("%s\n", line.c_str());
+    std::fflush(stdout);
+}
+
+void BeService()
+{
+    FakeService const service;
+    Tell(service.Name());
+    for (;;) {
+        pause();
+    }
+}
+
+} // namespace zviptv::test
+
+int main(int count, char** arguments)
+{
+    using namespace zviptv::test;
+    Arguments const rest(arguments + (count > 1 ? 2 : 1), arguments + count);
+    std::string const mode = count > 1 ? arguments[1] : "";
+    if (mode == "partner") {
+        BePartner();
+    }
+    if (mode == "service") {
+        BeService();
+    }
+    if (mode == "flood" && rest.size() == 4) {
+        BeFlood(rest);
+    }
+    if (mode == "stranger" && rest.size() == 3) {
+        BeStranger(rest);
+    }
+    std::fprintf(stderr,
+                 "fault_peer: partner | service | flood KIND TO PATH RATE | stranger VICTIM PATH PARTNER\n");
+    return 2;
+}

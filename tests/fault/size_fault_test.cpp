@@ -1,0 +1,164 @@
+#include "FaultTest.h"
+
+#include <malloc.h>
+
+using namespace zviptv::test;
+
+namespace {
+
+constexpr int Largest = 31; // MiB that the bus carries, of those that are tried
+
+/// Messages of 31, 32, 64 and 129 MiB. The bus ends the connection of whoever sends more than 32 MiB; it must
+/// never be ours.
+class SizeFault : public PartnerTest, public testing::WithParamInterface<int>
+{
+protected:
+    SizeFault()
+    {
+        mallopt(M_MMAP_THRESHOLD, 1024 * 1024);
+    } // freed is given back, however often it was needed
+
+    static std::string Value()
+    {
+        return std::string(static_cast<std::size_t>(GetParam()) * 1024 * 1024, 'x');
+    }
+    static bool IsCarried() { return GetParam() <= Largest; }
+
+    void ExpectConnected(TestChannel& channel)
+    {
+        ASSERT_TRUE(channel->IsConnectionReady());
+        ASSERT_EQ(Ask(channel, {{"id", "still here"}}).GetValue("id"), "still here");
+        ASSERT_EQ(channel->GetPublicName(), m_ownName);
+        ASSERT_EQ(m_observer.GetNameOwner(m_ownName), m_ownName);
+    }
+
+    std::string const m_ownName = m_other.GetPublicName();
+};
+
+INSTANTIATE_TEST_SUITE_P(MiB, SizeFault, testing::Values(31, 32, 64, 129), testing::PrintToStringParamName());
+
+TEST_P(SizeFault, F09_RequestsAndNotifications)
+{
+    PeerProcess partner;
+    TestChannel channel;
+    ASSERT_EQ(channel->Connect(partner.Name()), 1);
+    CMessageBuffer message;
+    message.AddValue("v", GetParam() * 1024 * 1024, Value().data());
+    CMessageBuffer reply;
+    Repeat(ShortOrLong(1, 10), [&] {
+        // A request that travels may take longer than the send waits for its answer.
+        int const sent = channel->SendMessage(message, reply, 0);
+        ASSERT_TRUE(IsCarried() || sent == 0);
+        ASSERT_EQ(channel->SendMessage(message, reply, 1), IsCarried() ? 1 : 0);
+        ASSERT_EQ(channel->SendNotification(message), IsCarried() ? 1 : 0);
+        ASSERT_TRUE(RunUntil([&] { return Order(channel, {{"id", "1"}}) == 1; })); // it has worked them off
+        RunPending();
+    });
+    ExpectConnected(channel);
+}
+
+TEST_P(SizeFault, F09_AnswersToThePartner)
+{
+    LoopThread loop;
+    WirePeer caller; // here, to see the answer
+    TestChannel channel;
+    std::string const value = Value();
+    channel.onMessage = [&](CMessageBuffer&) { return Message({{"v", value}}); };
+    Repeat(ShortOrLong(1, 10), [&] {
+        WireMessage const answer = caller.Call(channel.Target("Send"), WireEntries());
+        ASSERT_EQ(answer.kind, IsCarried() ? WireKind::Reply : WireKind::Error);
+        ASSERT_EQ(answer.Value("v").size(), IsCarried() ? value.size() : 0U);
+    });
+    channel->Connect(caller.Name());
+    EXPECT_TRUE(channel->IsConnectionReady());
+    EXPECT_EQ(m_observer.GetNameOwner(m_ownName), m_ownName);
+}
+
+/// What the partner sends: it arrives, or the bus throws the partner out and the channel tells its loss.
+class IncomingSizeFault : public SizeFault
+{
+protected:
+    /// One message by a partner that lives just for it.
+    void Receive(std::function<void(TestChannel&)> const& order)
+    {
+        PeerProcess partner;
+        TestChannel channel;
+        std::size_t received = 0;
+        int losses = 0;
+        auto const count = [&](CMessageBuffer& message) {
+            for (int i = 0; i < message.Size(); ++i) {
+                received += static_cast<std::size_t>(message.GetValueOfSize(i));
+            }
+            return CMessageBuffer();
+        };
+        channel.onMessage = count;
+        channel.onNotification = count;
+        channel.onDisconnect = [&](std::string const&, std::string const&) { ++losses; };
+        ASSERT_EQ(channel->Connect(partner.Name()), 1);
+        order(channel);
+        ASSERT_TRUE(RunUntil([&] { return losses > 0 || received > 0; }));
+        ASSERT_EQ(received, IsCarried() ? Value().size() : 0U);
+        ASSERT_EQ(losses, IsCarried() ? 0 : 1);
+        ASSERT_EQ(m_observer.GetNameOwner(m_ownName), m_ownName);
+    }
+
+    static std::string Size() { return std::to_string(GetParam()); }
+};
+
+INSTANTIATE_TEST_SUITE_P(MiB, IncomingSizeFault, testing::Values(31, 32, 64, 129),
+                         testing::PrintToStringParamName());
+
+TEST_P(IncomingSizeFault, F09_SignalsOfThePartner)
+{
+    Repeat(ShortOrLong(1, 10), [&] {
+        Receive([](TestChannel& channel) {
+            WireTarget const target = channel.Target("SendSignal");
+            Order(channel,
+                  {{"do", "emit"},
+                   {"to", target.destination},
+                   {"path", target.path},
+                   {"member", "SendSignal"},
+                   {"count", "1"},
+                   {"mebibytes", Size()}},
+                  1);
+        });
+    });
+}
+
+TEST_P(IncomingSizeFault, F09_CallsOfThePartner)
+{
+    Repeat(ShortOrLong(1, 10), [&] {
+        Receive([](TestChannel& channel) {
+            WireTarget const target = channel.Target("Send");
+            Order(channel,
+                  {{"do", "call"},
+                   {"to", target.destination},
+                   {"path", target.path},
+                   {"member", "Send"},
+                   {"mebibytes", Size()}},
+                  1);
+        });
+    });
+}
+
+TEST_P(IncomingSizeFault, F09_AnswersOfThePartner)
+{
+    Repeat(ShortOrLong(1, 10), [&] {
+        PeerProcess partner;
+        TestChannel channel;
+        ASSERT_EQ(channel->Connect(partner.Name()), 1);
+        CMessageBuffer request = Message({{"do", "answer"}, {"mebibytes", Size()}});
+        CMessageBuffer reply;
+        int sent = 0;
+        for (int i = 0; i < (IsCarried() ? 10 : 1) && sent == 0;
+             ++i) { // a busy machine needs more than two seconds
+            sent = channel->SendMessage(request, reply, 0);
+        }
+        ASSERT_EQ(sent, IsCarried() ? 1 : 0);
+        ASSERT_EQ(reply.GetValue("v").size(), IsCarried() ? Value().size() : 0U);
+        ASSERT_TRUE(RunUntil([&] { return channel->IsConnectionReady() == IsCarried(); }));
+        ASSERT_EQ(m_observer.GetNameOwner(m_ownName), m_ownName);
+    });
+}
+
+} // namespace

@@ -1,0 +1,64 @@
+#include "FaultTest.h"
+
+#include <future>
+
+using namespace zviptv::test;
+
+namespace {
+
+/// Everybody may do everything, but for answers that nobody asked for: those no bus lets through.
+BusOptions OpenBus()
+{
+    BusOptions options;
+    options.openPolicy = false;
+    options.extraConfig = R"(<policy context="default">
+        <allow user="*"/><allow own="*"/><allow send_destination="*"/><allow receive_sender="*"/>
+        </policy>)";
+    return options;
+}
+
+class StrangerFault : public PartnerTest
+{
+protected:
+    StrangerFault() : PartnerTest(OpenBus()) {}
+};
+
+/// A third process on an open bus pretends to be the partner, the bus, or nobody in particular.
+TEST_F(StrangerFault, F11_StrangersSignalsCallsAndForgeries)
+{
+    PeerProcess partner;
+    TestChannel channel;
+    std::vector<std::string> callers;
+    int signals = 0;
+    int losses = 0;
+    channel.onNotification = [&](CMessageBuffer&) { ++signals; };
+    channel.onMessage = [&](CMessageBuffer&) {
+        callers.push_back(CProxyDBusHelper::GetSenderName());
+        return CMessageBuffer();
+    };
+    channel.onDisconnect = [&](std::string const&, std::string const&) { ++losses; };
+    ASSERT_EQ(channel->Connect(partner.Name()), 1);
+    Repeat(ShortOrLong(1, 40), [&] {
+        callers.clear();
+        signals = 0;
+        auto waiting = std::async(std::launch::async, [&] {
+            CMessageBuffer request = Message({{"do", "nothing"}});
+            CMessageBuffer reply;
+            return channel->SendMessage(request, reply, 0); // answered by a forger only
+        });
+        PeerProcess const stranger(
+            {"stranger", channel->GetPublicName(), channel.Target("Send").path, partner.Name()});
+        ASSERT_TRUE(stranger.WaitForDone());
+        ASSERT_EQ(Ask(channel, {{"id", "mine"}}).GetValue("id"), "mine");
+        OrderEvents(channel, "SendSignal", {{"count", "1"}}); // all of the stranger's was before
+        ASSERT_TRUE(RunUntil([&] { return signals > 0 && !callers.empty(); }));
+        RunPending();
+        ASSERT_EQ(signals, 1) << "the partner's own";
+        ASSERT_EQ(callers, std::vector<std::string>{stranger.Name()}) << "not the name that it had written";
+        ASSERT_EQ(losses, 0) << "a forged notice counts";
+        ASSERT_EQ(waiting.get(), 0) << "a forged answer counts";
+        ASSERT_TRUE(channel->IsConnectionReady());
+    });
+}
+
+} // namespace
