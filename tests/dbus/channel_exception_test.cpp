@@ -1,37 +1,19 @@
 #include "ChannelFixture.h"
 #include "ExpectedLeaks.h"
+#include "Thrown.h"
 
 #include <future>
-#include <stdexcept>
 
 using namespace zviptv::test;
 using namespace std::chrono_literals;
 
 namespace {
 
-constexpr int Throws = 20;
-
-struct Thrown : std::runtime_error
-{
-    Thrown() : std::runtime_error("out of a handler") {}
-};
-
-/// Iterates like RunUntil, but counts the exceptions that come out of the loop.
+/// Counts the exceptions that come out of the loop.
 class Exceptions : public BusTest
 {
 protected:
     Exceptions() { ExpectLeaks(); }
-
-    bool RunCounting(std::function<bool()> const& condition)
-    {
-        for (;;) {
-            try {
-                return RunUntil(condition);
-            } catch (Thrown const&) {
-                ++m_caught;
-            }
-        }
-    }
 
     int m_caught = 0;
 };
@@ -47,7 +29,7 @@ TEST_F(Exceptions, OutOfNotificationHandlersLeaveLaterMessagesDelivered)
         }
     };
     m_partner.EmitMany(channel.Target("SendSignal"), WireEntries(), Throws + 5);
-    EXPECT_TRUE(RunCounting([&] { return notifications == Throws + 5; }));
+    EXPECT_TRUE(RunCounting(m_caught, [&] { return notifications == Throws + 5; }));
     EXPECT_EQ(m_caught, Throws);
     EXPECT_EQ(CProxyDBusHelper::GetSenderName(), "");
 }
@@ -72,7 +54,7 @@ TEST_F(Exceptions, OutOfMessageHandlersLeaveTheCallUnansweredAndLaterOnesAnswere
         both.push_back(m_partner.Call(target, WireEntries()));
         return both;
     });
-    EXPECT_TRUE(RunCounting([&] { return replies.wait_for(0s) == std::future_status::ready; }));
+    EXPECT_TRUE(RunCounting(m_caught, [&] { return replies.wait_for(0s) == std::future_status::ready; }));
     std::vector<WireMessage> const both = replies.get();
     EXPECT_EQ(both[0].errorName, "org.freedesktop.DBus.Error.NoReply");
     EXPECT_EQ(both[1].Value("n"), std::to_string(Throws + 1));
@@ -91,10 +73,11 @@ TEST_F(Exceptions, OutOfDisconnectHandlersReleaseTheLock)
         WirePeer partner;
         ASSERT_EQ(channel->Connect(partner.Name()), 1);
         partner.Disconnect();
-        ASSERT_TRUE(RunCounting([&] { return losses == round; })); // for ever, if the lock were still held
+        ASSERT_TRUE(
+            RunCounting(m_caught, [&] { return losses == round; })); // for ever, if the lock were still held
         EXPECT_FALSE(channel->IsConnectionReady());
     }
-    EXPECT_TRUE(RunCounting([&] { return m_caught == Throws; }));
+    EXPECT_TRUE(RunCounting(m_caught, [&] { return m_caught == Throws; }));
 }
 
 TEST_F(Exceptions, DoNotHoldUpTheDestructor)
@@ -104,7 +87,7 @@ TEST_F(Exceptions, DoNotHoldUpTheDestructor)
         ASSERT_EQ(channel->Connect(m_partner.Name()), 1);
         channel.onNotification = [](CMessageBuffer&) { throw Thrown(); };
         m_partner.Emit(channel.Target("SendSignal"), WireEntries());
-        EXPECT_TRUE(RunCounting([&] { return m_caught == 1; }));
+        EXPECT_TRUE(RunCounting(m_caught, [&] { return m_caught == 1; }));
     }
     auto destroyed = std::async(std::launch::async, [this] {
         CProxyDBusHelper channel("IPGUTIL");
