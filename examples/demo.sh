@@ -1,9 +1,12 @@
 #!/bin/bash
-# The library at work, in words and real output. Runs on a private bus on which the simulator plays the sample, with
-# a guide, a rating limit and one fault:
-#   zviptv-sim --ts samples/sample.ts --loop --guide samples/sample.xml --time 1774735200 --rating-limit 12 \
-#       --fault SetAppID=error -- examples/demo.sh
+# The library at work, in words and real output: starts the simulator, which runs this script again as its command.
 set -euo pipefail
+
+if [ -z "${ZVIPTV_SIM_PID+set}" ]; then
+    samples=$(dirname "$0")/../samples
+    exec zviptv-sim --ts "$samples/sample.ts" --loop --guide "$samples/sample.xml" --time 1774735200 --rating-limit 12 \
+        --fault SetAppID=error -- "$0"
+fi
 
 bold=$([ -t 1 ] && printf '\033[1m' || true)
 plain=$([ -t 1 ] && printf '\033[0m' || true)
