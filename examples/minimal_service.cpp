@@ -1,4 +1,4 @@
-// A service that can be muted, made of the library's building blocks. Runs until it is killed.
+// A service that plays and can be muted, made of the library's building blocks. Runs until it is killed.
 #include <zviptv/CommonNative.h>
 #include <zviptv/IPTVServiceAPI.h>
 #include <zviptv/Protocol.h>
@@ -6,6 +6,7 @@
 #include <glib.h>
 
 #include <iostream>
+#include <string>
 
 namespace {
 
@@ -19,13 +20,18 @@ public:
 private:
     CMessageBuffer t_HandleMessage(CMessageBuffer& request) override
     {
-        bool const isMute = request.GetValue(protocol::key::FunctionName) == protocol::function::MuteAudio;
+        std::string const function = request.GetValue(protocol::key::FunctionName);
         bool const on = request.GetValue(protocol::key::OnOff) == "1";
-        if (isMute) {
-            std::cout << (on ? "muted" : "unmuted") << std::endl;
-        }
         CMessageBuffer reply;
-        reply.SetResult(isMute ? 1 : 0);
+        if (function == protocol::function::MuteAudio) {
+            std::cout << (on ? "muted" : "unmuted") << std::endl;
+            reply.SetResult(1);
+        } else if (function == protocol::function::GetSourceState) {
+            reply.SetResult(1);
+            reply.AddValue(protocol::key::SourceState, std::to_string(ZV_SOURCE_STATE_PLAYING).c_str());
+        } else {
+            reply.SetResult(0);
+        }
         return reply;
     }
 };
@@ -45,5 +51,9 @@ int main()
     IConnectionHelper* helper = nullptr;
     CIPTVServiceAPI::CreateConnectionHelper(&helper);
     helper->SetDbusSignalCb(OnAnnouncement, &endpoint);
+    if (endpoint.GetPublicName().empty()) {
+        std::cerr << "No bus: set DBUS_SYSTEM_BUS_ADDRESS.\n";
+        return 3;
+    }
     g_main_loop_run(g_main_loop_new(nullptr, FALSE));
 }

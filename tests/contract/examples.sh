@@ -40,8 +40,8 @@ until dbus-send --system --print-reply --dest=org.freedesktop.DBus / org.freedes
     string:org.corvel.zviptvapi.dbushelper | grep -q true; do
     kill -0 "$service"
 done
-zviptvctl call MuteAudio true
-zviptvctl call MuteAudio false
+hello_player | tee "$work/out"
+grep -qx 'muted: 1, source state: 2, unmuted: 1' "$work/out"
 kill "$service"
 diff "$work/service" - <<'EOF'
 muted

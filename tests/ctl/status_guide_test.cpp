@@ -192,6 +192,20 @@ TEST_F(CtlTest, GuideListAsksForTheSizeToo)
               RunCtl({"guide", "list", "1", "2", "3", "--json"}).output);
 }
 
+TEST_F(CtlTest, AGuideListThatIsCutSaysSo)
+{
+    m_service.Answer("GetProgramListSize", {{"data", "3"}});
+    m_service.Answer("GetProgramList", {{"data", "[{},{}]"}});
+    CtlResult const cut = RunCtl({"guide", "list", "1", "2", "3"});
+    EXPECT_EQ("[{},{}]\n", cut.output);
+    EXPECT_EQ("zviptvctl: the list ends after 2 of 3 programmes, since a message takes no more: ask again "
+              "from a later "
+              "START\n",
+              cut.errors);
+    m_service.Answer("GetProgramListSize", {{"data", "2"}});
+    EXPECT_EQ("", RunCtl({"guide", "list", "1", "2", "3"}).errors);
+}
+
 TEST_F(CtlTest, GuideDataThatIsNotCopiedEndsWithOne)
 {
     m_service.Answer("CloneUSBToTV", {{"data", "0"}});

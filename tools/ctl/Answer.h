@@ -16,6 +16,7 @@ struct Answer
     bool result = true;
     std::string text;
     Json::Value json = Json::Value(Json::objectValue);
+    std::string warning; ///< for standard error
 
     template <typename Value>
     void Add(std::string const& name, Value const& value)

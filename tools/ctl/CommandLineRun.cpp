@@ -76,6 +76,9 @@ ExitCode CommandLine::AnswerWith(std::function<Answer(Session& session)> const& 
         Session session(ChosenHandle(), log);
         Answer const answer = command(session);
         Print(text, answer, m_asJson);
+        if (!answer.warning.empty()) {
+            std::cerr << "zviptvctl: " << answer.warning << '\n';
+        }
         code = answer.Code();
     }
     OutputFile out("-");

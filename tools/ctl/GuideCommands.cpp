@@ -1,6 +1,10 @@
 #include "Commands.h"
 #include "Session.h"
 
+#include <json/reader.h>
+
+#include <sstream>
+
 namespace zviptv::ctl {
 
 namespace {
@@ -36,6 +40,20 @@ Answer Now(Session& session, CommandArguments const& arguments)
     return Text("program", program, "no programme");
 }
 
+/// What is missing of a list that had to fit into one message; empty when nothing is, or when the service
+/// writes its lists in another form than an array.
+std::string Shortage(std::string const& list, int size)
+{
+    Json::Value programmes;
+    std::istringstream text(list);
+    if (!Json::parseFromStream(Json::CharReaderBuilder(), text, &programmes, nullptr) ||
+        !programmes.isArray() || static_cast<int>(programmes.size()) >= size) {
+        return std::string();
+    }
+    return "the list ends after " + std::to_string(programmes.size()) + " of " + std::to_string(size) +
+           " programmes, since a message takes no more: ask again from a later START";
+}
+
 Answer List(Session& session, CommandArguments const& arguments)
 {
     auto const service = arguments.Get<ServiceId>(0);
@@ -49,6 +67,7 @@ Answer List(Session& session, CommandArguments const& arguments)
     session.Ask("GetProgramList", [&] { return guide.GetProgramList(service, start, duration, list); });
     Answer answer = Text("list", list, "no programmes");
     answer.json["size"] = size;
+    answer.warning = Shortage(list, size);
     return answer;
 }
 

@@ -95,7 +95,7 @@ void Stream::TellIfEnded()
     }
     if (state == ZV_SOURCE_STATE_ENDED) {
         m_toldEnd = true;
-        Say("the source has ended: nothing more will come");
+        Say("the source has ended: packets come only if it starts again; Ctrl-C ends");
     }
 }
 
