@@ -32,6 +32,12 @@ public:
     /// To open the slave by.
     std::string Name() const { return ptsname(m_master.Get()); }
 
+    /// As if typed on its keyboard.
+    bool Type(std::string const& text) const
+    {
+        return write(m_master.Get(), text.data(), text.size()) == static_cast<ssize_t>(text.size());
+    }
+
     /// What was written to the terminal and not read yet; waits so long for the first of it.
     std::string Read(std::chrono::milliseconds wait = {}) const
     {

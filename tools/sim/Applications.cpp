@@ -51,7 +51,7 @@ void Applications::Remove(std::string const& busName, std::string const& type)
     auto const application = m_applications.find(busName);
     if (application != m_applications.end() && application->second.types.erase(type) != 0 &&
         application->second.types.empty()) {
-        m_applications.erase(application);
+        Gone(busName);
     }
 }
 

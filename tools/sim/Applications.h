@@ -12,7 +12,8 @@ namespace zviptv::sim {
 class Applications
 {
 public:
-    /// `onGone` is called, in the main context, with the bus name of an application that has left the bus.
+    /// `onGone` is called, in the main context, with the bus name of an application that has taken back its
+    /// last channel or left the bus.
     explicit Applications(std::function<void(std::string const&)> onGone);
     ~Applications();
     Applications(Applications const&) = delete;
@@ -22,6 +23,9 @@ public:
     void Remove(std::string const& busName, std::string const& type);
 
     std::size_t Count() const { return m_applications.size(); }
+
+    /// Whether it has announced a channel.
+    bool Has(std::string const& busName) const { return m_applications.count(busName) != 0; }
 
 private:
     class Watch;

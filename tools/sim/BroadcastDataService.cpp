@@ -1,10 +1,8 @@
 #include "BroadcastDataService.h"
 
 #include "CaptionServices.h"
-#include "RequestTable.h"
 #include "Tracks.h"
 
-#include <array>
 #include <vector>
 
 namespace zviptv::sim {
@@ -77,36 +75,41 @@ EZVMultiSoundMode Next(EZVMultiSoundMode mode)
 
 } // namespace
 
+RequestRow<BroadcastDataService> const BroadcastDataService::Rows[] = {
+    {function::GetAudioFormat, &BroadcastDataService::GetAudioFormat},
+    {function::GetDigitalDualSound, &BroadcastDataService::GetDigitalDualSound},
+    {function::GetCurrentAudioInfo, &BroadcastDataService::GetCurrentAudioInfo},
+    {function::SizeOfAudio, &BroadcastDataService::SizeOfAudio},
+    {function::GetAudio, &BroadcastDataService::GetAudio},
+    {function::SizeOfTTX, &BroadcastDataService::SizeOfTTX},
+    {function::GetTTX, &BroadcastDataService::GetTTX},
+    {function::GetCurrentTTX, &BroadcastDataService::GetCurrentTTX},
+    {function::SizeOfHybridSBT, &BroadcastDataService::SizeOfHybridSBT},
+    {function::GetHybridSBT, &BroadcastDataService::GetHybridSBT},
+    {function::CheckHardOfHearingSBT, &BroadcastDataService::CheckHardOfHearingSBT},
+    {function::GetPreferredHybridSBT, &BroadcastDataService::GetPreferredHybridSBT},
+    {function::GetCurrentHybridSBT, &BroadcastDataService::GetCurrentHybridSBT},
+    {function::GetPreferredTTXSubtitle, &BroadcastDataService::GetPreferredTTXSubtitle},
+    {function::SizeOfISDBText, &BroadcastDataService::SizeOfISDBText},
+    {function::GetISDBText, &BroadcastDataService::GetISDBText},
+    {function::GetCurrentISDBText, &BroadcastDataService::GetCurrentISDBText},
+    {function::GetCaptionLanguage, &BroadcastDataService::GetCaptionLanguage},
+    {function::GetRatingInfo, &BroadcastDataService::GetRatingInfo},
+    {function::SetUnlockedInfo, &BroadcastDataService::SetUnlockedInfo},
+    {function::GetRatingLockState, &BroadcastDataService::GetRatingLockState},
+    {function::UnMuteByRatingPin, &BroadcastDataService::UnMuteByRatingPin},
+    {function::SetUnlockedInfoWhenFactoryMode, &BroadcastDataService::SetUnlockedInfoWhenFactoryMode},
+    {function::FlagServiceLocked, &BroadcastDataService::FlagServiceLocked},
+};
+
+std::vector<std::string> BroadcastDataService::Functions()
+{
+    return FunctionsOf(Rows);
+}
+
 std::optional<CMessageBuffer> BroadcastDataService::Answer(Request const& request)
 {
-    using Self = BroadcastDataService;
-    static constexpr std::array<RequestRow<Self>, 24> rows{{
-        {function::GetAudioFormat, &Self::GetAudioFormat},
-        {function::GetDigitalDualSound, &Self::GetDigitalDualSound},
-        {function::GetCurrentAudioInfo, &Self::GetCurrentAudioInfo},
-        {function::SizeOfAudio, &Self::SizeOfAudio},
-        {function::GetAudio, &Self::GetAudio},
-        {function::SizeOfTTX, &Self::SizeOfTTX},
-        {function::GetTTX, &Self::GetTTX},
-        {function::GetCurrentTTX, &Self::GetCurrentTTX},
-        {function::SizeOfHybridSBT, &Self::SizeOfHybridSBT},
-        {function::GetHybridSBT, &Self::GetHybridSBT},
-        {function::CheckHardOfHearingSBT, &Self::CheckHardOfHearingSBT},
-        {function::GetPreferredHybridSBT, &Self::GetPreferredHybridSBT},
-        {function::GetCurrentHybridSBT, &Self::GetCurrentHybridSBT},
-        {function::GetPreferredTTXSubtitle, &Self::GetPreferredTTXSubtitle},
-        {function::SizeOfISDBText, &Self::SizeOfISDBText},
-        {function::GetISDBText, &Self::GetISDBText},
-        {function::GetCurrentISDBText, &Self::GetCurrentISDBText},
-        {function::GetCaptionLanguage, &Self::GetCaptionLanguage},
-        {function::GetRatingInfo, &Self::GetRatingInfo},
-        {function::SetUnlockedInfo, &Self::SetUnlockedInfo},
-        {function::GetRatingLockState, &Self::GetRatingLockState},
-        {function::UnMuteByRatingPin, &Self::UnMuteByRatingPin},
-        {function::SetUnlockedInfoWhenFactoryMode, &Self::SetUnlockedInfoWhenFactoryMode},
-        {function::FlagServiceLocked, &Self::FlagServiceLocked},
-    }};
-    return AnswerFrom(rows, *this, request);
+    return AnswerFrom(Rows, *this, request);
 }
 
 std::optional<ZVAudio> BroadcastDataService::CurrentAudio() const

@@ -3,6 +3,7 @@
 #include "Message.h"
 #include "ParentalLock.h"
 #include "Player.h"
+#include "RequestTable.h"
 #include "Selection.h"
 
 namespace zviptv::sim {
@@ -19,7 +20,12 @@ public:
     /// Nothing when the function is not one of broadcast data.
     std::optional<CMessageBuffer> Answer(Request const& request);
 
+    /// What it answers.
+    static std::vector<std::string> Functions();
+
 private:
+    static RequestRow<BroadcastDataService> const Rows[];
+
     Reply GetAudioFormat(Request const& request);
     Reply GetDigitalDualSound(Request const& request);
     Reply GetCurrentAudioInfo(Request const& request);

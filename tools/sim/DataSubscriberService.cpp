@@ -46,7 +46,10 @@ Subscriber::Notification ToNotification(ZVCaption const& caption)
 
 } // namespace
 
-DataSubscriberService::DataSubscriberService(PesFilter filter) : m_filter(std::move(filter)) {}
+DataSubscriberService::DataSubscriberService(PesFilter filter, MainLoop& loop)
+    : m_filter(std::move(filter)), m_loop(loop)
+{
+}
 
 DataSubscriberService::~DataSubscriberService()
 {
@@ -58,7 +61,9 @@ DataSubscriberService::~DataSubscriberService()
 void DataSubscriberService::Add(std::string const& busName)
 {
     Client client;
-    client.subscriber = std::make_unique<Subscriber>(busName, [this, busName] { Remove(busName); });
+    client.subscriber = std::make_unique<Subscriber>(
+        busName, [this, busName] { Remove(busName); },
+        [this] { m_loop.After(std::chrono::milliseconds(0), [this] { Reap(); }); });
     Remove(busName);
     m_clients.emplace(busName, std::move(client));
 }
@@ -72,7 +77,8 @@ void DataSubscriberService::Remove(std::string const& busName)
     }
 }
 
-/// Never waits: the application that goes away may itself be waiting for our answer.
+/// Never waits: the application that goes away may itself be waiting for our answer. The subscriber's thread
+/// says when it has stopped.
 void DataSubscriberService::Leave(std::unique_ptr<Subscriber> subscriber)
 {
     Subscriber::Counts const counts = subscriber->Count();
@@ -118,7 +124,6 @@ Reply DataSubscriberService::Turn(Request const& request, std::string const& bus
 
 void DataSubscriberService::Push(PesPacket const& pes)
 {
-    Reap();
     if (IsWanted(&Client::wantsPes) && m_filter.Passes(pes)) {
         Offer(ToNotification(pes), pes.bytes.size(), &Client::wantsPes);
     }

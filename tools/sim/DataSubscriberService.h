@@ -1,5 +1,6 @@
 #pragma once
 
+#include "MainLoop.h"
 #include "Message.h"
 #include "PesFilter.h"
 #include "RequestLog.h"
@@ -16,7 +17,7 @@ namespace zviptv::sim {
 class DataSubscriberService
 {
 public:
-    explicit DataSubscriberService(PesFilter filter);
+    DataSubscriberService(PesFilter filter, MainLoop& loop);
     ~DataSubscriberService();
     DataSubscriberService(DataSubscriberService const&) = delete;
     DataSubscriberService& operator=(DataSubscriberService const&) = delete;
@@ -54,6 +55,7 @@ private:
     Reply Turn(Request const& request, std::string const& busName, bool Client::*wants);
 
     PesFilter m_filter;
+    MainLoop& m_loop;
     std::map<std::string, Client> m_clients;
     std::vector<std::unique_ptr<Subscriber>> m_leaving; ///< stopping; nobody waits for them
     Counts m_gone;                                      ///< of those that left

@@ -1,5 +1,7 @@
 #include "Faults.h"
 
+#include "ServiceFunctions.h"
+
 #include <zviptv/Protocol.h>
 
 #include <algorithm>
@@ -10,6 +12,7 @@ namespace zviptv::sim {
 
 namespace {
 
+constexpr char All[] = "*";
 constexpr char Usage[] =
     "METHOD=delay:MS, drop, error, result:N, missing:KEY, garbage:KEY or short:KEY, METHOD a "
     "method's name or *";
@@ -34,25 +37,32 @@ constexpr Word Words[] = {
     throw std::invalid_argument("'" + text + "' is no fault: use " + Usage);
 }
 
-bool Applies(Fault const& fault, std::string const& function)
+std::string RequireFunction(std::string const& function, std::string const& text)
 {
-    return fault.function == "*" || fault.function == function;
+    std::vector<std::string> const functions = ServiceFunctions();
+    if (function == All || std::find(functions.begin(), functions.end(), function) != functions.end()) {
+        return function;
+    }
+    std::string known;
+    for (std::string const& one : functions) {
+        known += (known.empty() ? "" : ", ") + one;
+    }
+    throw std::invalid_argument("'" + text + "' is no fault: '" + function +
+                                "' is no method of the service: use * for all, or one of " + known);
 }
 
-void AddSpoiled(CMessageBuffer& reply, Fault const* fault, std::string const& key, std::string const& value)
+std::string Spoilt(Fault const& fault, std::string const& value)
 {
-    if (fault != nullptr && fault->kind == Fault::Kind::Missing) {
-        return;
+    switch (fault.kind) {
+    case Fault::Kind::Result:
+        return std::to_string(fault.result);
+    case Fault::Kind::Garbage:
+        return "garbage";
+    case Fault::Kind::Short:
+        return value.substr(0, value.size() / 2);
+    default:
+        return value;
     }
-    std::string sent = value;
-    if (fault != nullptr && fault->kind == Fault::Kind::Garbage) {
-        sent = "garbage";
-    } else if (fault != nullptr && fault->kind == Fault::Kind::Short) {
-        sent.resize(sent.size() / 2);
-    } else if (fault != nullptr && fault->kind == Fault::Kind::Result) {
-        sent = std::to_string(fault->result);
-    }
-    reply.AddValue(key.c_str(), static_cast<int>(sent.size()), sent.data());
 }
 
 } // namespace
@@ -73,7 +83,7 @@ void Faults::Add(std::string const& text)
         Refuse(text);
     }
     Fault fault;
-    fault.function = text.substr(0, equals);
+    fault.function = RequireFunction(text.substr(0, equals), text);
     fault.kind = word->kind;
     fault.key = word->kind == Fault::Kind::Result ? protocol::key::Result : argument;
     if (word->takesNumber) {
@@ -90,29 +100,46 @@ void Faults::Add(std::string const& text)
     m_faults.push_back(fault);
 }
 
-Fault const* Faults::Find(std::string const& function, Fault::Kind kind) const
+Damage Faults::To(std::string const& function) const
 {
-    auto const found = std::find_if(m_faults.begin(), m_faults.end(), [&](Fault const& fault) {
-        return fault.kind == kind && Applies(fault, function);
-    });
-    return found == m_faults.end() ? nullptr : &*found;
+    Damage damage;
+    for (std::string const& wanted : {std::string(All), function}) {
+        for (Fault const& fault : m_faults) {
+            if (fault.function == wanted) {
+                damage.Add(fault);
+            }
+        }
+    }
+    return damage;
 }
 
-std::chrono::milliseconds Faults::Delay(std::string const& function) const
+void Damage::Add(Fault const& fault)
 {
-    Fault const* const fault = Find(function, Fault::Kind::Delay);
-    return fault == nullptr ? std::chrono::milliseconds(0) : fault->delay;
+    if (fault.kind == Fault::Kind::Delay) {
+        m_delay = fault.delay;
+    } else if (fault.kind == Fault::Kind::Drop || fault.kind == Fault::Kind::Error) {
+        m_whole = fault.kind == Fault::Kind::Drop ? Whole::Drop : Whole::Error;
+        m_values.clear();
+    } else {
+        m_whole = Whole::Reply;
+        m_values[fault.key] = fault;
+    }
 }
 
-CMessageBuffer Faults::Spoil(std::string const& function, CMessageBuffer const& reply) const
+CMessageBuffer Damage::Spoil(CMessageBuffer const& reply) const
 {
     CMessageBuffer spoiled;
     for (int i = 0; i < reply.Size(); ++i) {
         std::string const key = reply.GetKey(i);
-        auto const fault = std::find_if(m_faults.begin(), m_faults.end(), [&](Fault const& candidate) {
-            return Applies(candidate, function) && candidate.key == key;
-        });
-        AddSpoiled(spoiled, fault == m_faults.end() ? nullptr : &*fault, key, reply.GetValue(i));
+        std::string value = reply.GetValue(i);
+        auto const fault = m_values.find(key);
+        if (fault != m_values.end()) {
+            if (fault->second.kind == Fault::Kind::Missing) {
+                continue;
+            }
+            value = Spoilt(fault->second, value);
+        }
+        spoiled.AddValue(key.c_str(), static_cast<int>(value.size()), value.data());
     }
     return spoiled;
 }

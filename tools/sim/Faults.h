@@ -3,13 +3,13 @@
 #include <zviptv/MessageBuffer.h>
 
 #include <chrono>
-#include <optional>
+#include <map>
 #include <string>
 #include <vector>
 
 namespace zviptv::sim {
 
-/// One fault that requests of a function meet.
+/// A rule: what the answers of a function suffer.
 struct Fault
 {
     enum class Kind
@@ -30,26 +30,48 @@ struct Fault
     std::string key;
 };
 
+/// What all rules together do to the answer of one request.
+class Damage
+{
+public:
+    /// How late the answer comes; zero for at once.
+    std::chrono::milliseconds Delay() const { return m_delay; }
+
+    bool IsDrop() const { return m_whole == Whole::Drop; }
+    bool IsError() const { return m_whole == Whole::Error; }
+
+    /// What is left of the reply.
+    CMessageBuffer Spoil(CMessageBuffer const& reply) const;
+
+    /// One more rule, which counts instead of those that contradict it.
+    void Add(Fault const& fault);
+
+private:
+    enum class Whole
+    {
+        Reply,
+        Drop,
+        Error
+    };
+
+    std::chrono::milliseconds m_delay{};
+    Whole m_whole = Whole::Reply;
+    std::map<std::string, Fault> m_values; ///< by their keys
+};
+
 /// Faults on demand, so that applications can test their error paths.
 class Faults
 {
 public:
-    /// Adds "METHOD=delay:MS|drop|error|result:N|missing:KEY|garbage:KEY|short:KEY".
+    /// Adds "METHOD=delay:MS|drop|error|result:N|missing:KEY|garbage:KEY|short:KEY", METHOD a function of the
+    /// service or *.
     /// @throws std::invalid_argument with a line for the user
     void Add(std::string const& text);
 
-    bool IsDropped(std::string const& function) const { return Find(function, Fault::Kind::Drop) != nullptr; }
-    bool IsError(std::string const& function) const { return Find(function, Fault::Kind::Error) != nullptr; }
-
-    /// How late an answer comes; zero for at once.
-    std::chrono::milliseconds Delay(std::string const& function) const;
-
-    /// The reply as the faults leave it.
-    CMessageBuffer Spoil(std::string const& function, CMessageBuffer const& reply) const;
+    /// The rules for all functions come first, then those for this one, so that these count.
+    Damage To(std::string const& function) const;
 
 private:
-    Fault const* Find(std::string const& function, Fault::Kind kind) const;
-
     std::vector<Fault> m_faults;
 };
 

@@ -3,44 +3,40 @@
 #include <glib-unix.h>
 
 #include <csignal>
+#include <exception>
 #include <utility>
+#include <vector>
 
 namespace zviptv::sim {
-
-namespace {
-
-gboolean CallOnce(gpointer work)
-{
-    (*static_cast<std::function<void()>*>(work))();
-    return G_SOURCE_REMOVE;
-}
-
-void Delete(gpointer work)
-{
-    delete static_cast<std::function<void()>*>(work);
-}
-
-} // namespace
 
 class MainLoop::Impl
 {
 public:
-    Impl()
-        : m_loop(g_main_loop_new(nullptr, FALSE), g_main_loop_unref),
-          m_interrupt(g_unix_signal_add(SIGINT, OnInterrupt, this)),
-          m_terminate(g_unix_signal_add(SIGTERM, OnTerminate, this))
-    {
-    }
+    Impl() : m_loop(g_main_loop_new(nullptr, FALSE), g_main_loop_unref) {}
 
     ~Impl()
     {
-        g_source_remove(m_interrupt);
-        g_source_remove(m_terminate);
+        for (guint const source : m_signalSources) {
+            g_source_remove(source);
+        }
+    }
+
+    void CatchSignals()
+    {
+        if (m_signalSources.empty()) {
+            m_signalSources = {g_unix_signal_add(SIGINT, OnInterrupt, this),
+                               g_unix_signal_add(SIGTERM, OnTerminate, this)};
+        }
     }
 
     int Run()
     {
-        g_main_loop_run(m_loop.get());
+        if (!m_failure) {
+            g_main_loop_run(m_loop.get());
+        }
+        if (m_failure) {
+            std::rethrow_exception(std::exchange(m_failure, nullptr));
+        }
         return m_signal;
     }
 
@@ -48,6 +44,19 @@ public:
     {
         m_signal = signal;
         g_main_loop_quit(m_loop.get());
+    }
+
+    /// An exception must not get into GLib: it waits for the end of Run().
+    void Call(std::function<void()> const& work) noexcept
+    {
+        try {
+            work();
+        } catch (...) {
+            if (!m_failure) {
+                m_failure = std::current_exception();
+            }
+            g_main_loop_quit(m_loop.get());
+        }
     }
 
 private:
@@ -65,13 +74,34 @@ private:
 
     std::unique_ptr<GMainLoop, void (*)(GMainLoop*)> m_loop;
     int m_signal = 0;
-    guint m_interrupt;
-    guint m_terminate;
+    std::vector<guint> m_signalSources;
+    std::exception_ptr m_failure;
+};
+
+/// Something to do later.
+struct MainLoop::Work
+{
+    Impl& loop;
+    std::function<void()> function;
+
+    static gboolean CallOnce(gpointer self)
+    {
+        auto const* const work = static_cast<Work*>(self);
+        work->loop.Call(work->function);
+        return G_SOURCE_REMOVE;
+    }
+
+    static void Delete(gpointer self) { delete static_cast<Work*>(self); }
 };
 
 MainLoop::MainLoop() : m_impl(std::make_unique<Impl>()) {}
 
 MainLoop::~MainLoop() = default;
+
+void MainLoop::CatchSignals()
+{
+    m_impl->CatchSignals();
+}
 
 int MainLoop::Run()
 {
@@ -85,8 +115,8 @@ void MainLoop::Quit()
 
 void MainLoop::After(std::chrono::milliseconds delay, std::function<void()> work)
 {
-    g_timeout_add_full(G_PRIORITY_DEFAULT, static_cast<guint>(delay.count()), CallOnce,
-                       new std::function<void()>(std::move(work)), Delete);
+    g_timeout_add_full(G_PRIORITY_DEFAULT, static_cast<guint>(delay.count()), Work::CallOnce,
+                       new Work{*m_impl, std::move(work)}, Work::Delete);
 }
 
 } // namespace zviptv::sim

@@ -6,7 +6,7 @@
 
 namespace zviptv::sim {
 
-/// The process's main loop. SIGINT and SIGTERM end Run().
+/// The process's main loop.
 class MainLoop
 {
 public:
@@ -15,7 +15,11 @@ public:
     MainLoop(MainLoop const&) = delete;
     MainLoop& operator=(MainLoop const&) = delete;
 
-    /// Runs until a signal comes, or Quit() is called. Returns the signal's number, or 0.
+    /// From now on SIGINT and SIGTERM end Run(); before they end the process.
+    void CatchSignals();
+
+    /// Runs until a caught signal comes, or Quit() is called. Returns the signal's number, or 0.
+    /// @throws what `work` of After() has thrown, which ends it, too
     int Run();
     void Quit();
 
@@ -25,6 +29,7 @@ public:
 
 private:
     class Impl;
+    struct Work;
     std::unique_ptr<Impl> m_impl;
 };
 

@@ -83,9 +83,8 @@ void AddPlayback(CLI::App& app, Options& options, Texts& texts)
         ->check(Number(0.01, 1000, Fractions::Allowed, "a speed from 0.01 to 1000"));
     app.add_flag("--loop", playback.loop, "Start again at the end of the stream");
     app.add_option("--pes", texts.pes,
-                   "What subscribers get: audio, subtitle, teletext, caption, video and PIDs, separated by "
-                   "commas, or "
-                   "none; everything by default")
+                   "What subscribers get: audio, subtitle, teletext, caption, video and PIDs (257 or 0x101), "
+                   "separated by commas, or none; everything by default")
         ->type_name("LIST");
     app.add_option("--wait-for", options.service.awaitedSubscribers,
                    "Begin to play when so many applications have subscribed, so that they miss nothing")
@@ -112,7 +111,8 @@ void AddFaults(CLI::App& app, Options& options, Texts& texts)
 {
     app.add_option("--fault", texts.faults,
                    "METHOD=delay:MS|drop|error|result:N|missing:KEY|garbage:KEY|short:KEY, METHOD by its "
-                   "\"functionname\" or * for all; may be given several times")
+                   "\"functionname\" or * for all; may be given several times: a METHOD's goes before "
+                   "one for all, a later before an earlier one")
         ->type_name("FAULT")
         ->allow_extra_args(false);
     app.add_option("--die-after", options.dieAfter, "The service dies after so many seconds")
@@ -171,6 +171,13 @@ void Understand(Texts const& texts, Options& options)
     options.service.log = LogForm(texts, !options.command.empty());
 }
 
+/// Empty if there is none. What is not understood may also be the mark before the command, and the command.
+std::string UnknownOption(CLI::App const& app)
+{
+    std::vector<std::string> const rest = app.remaining();
+    return rest.empty() || rest.front() == "--" ? std::string() : rest.front();
+}
+
 /// Help and version come here, too, with the code 0.
 int ReportUsage(CLI::App const& app, CLI::ParseError const& error)
 {
@@ -182,9 +189,8 @@ int ReportUsage(CLI::App const& app, CLI::ParseError const& error)
         std::cerr << "zviptv-sim: cannot write standard output: see whether it is closed or full\n";
         return CannotWrite;
     }
-    std::vector<std::string> const unknown = app.remaining();
-    std::cerr << "zviptv-sim: "
-              << (unknown.empty() ? UsageText(error) : "unknown option '" + unknown.front() + "'")
+    std::string const unknown = UnknownOption(app);
+    std::cerr << "zviptv-sim: " << (unknown.empty() ? UsageText(error) : "unknown option '" + unknown + "'")
               << "\n'zviptv-sim --help' shows more\n";
     return UsageError;
 }

@@ -2,17 +2,19 @@
 
 namespace zviptv::sim {
 
-void ParentalLock::Follow(int minimumAge)
+void ParentalLock::Follow(RatedProgramme const& present)
 {
-    if (m_minimumAge != minimumAge && m_unlocked == ZV_PARENTAL_UNLOCKED_PROGRAMME) {
+    bool const isSame = m_present.service == present.service && m_present.start == present.start &&
+                        m_present.minimumAge == present.minimumAge;
+    if (!isSame && m_unlocked == ZV_PARENTAL_UNLOCKED_PROGRAMME) {
         m_unlocked = ZV_PARENTAL_LOCKED;
     }
-    m_minimumAge = minimumAge;
+    m_present = present;
 }
 
 bool ParentalLock::IsProgrammeLocked() const
 {
-    return !m_factoryMode && m_unlocked == ZV_PARENTAL_LOCKED && m_limit && m_minimumAge > *m_limit;
+    return !m_factoryMode && m_unlocked == ZV_PARENTAL_LOCKED && m_limit && m_present.minimumAge > *m_limit;
 }
 
 bool ParentalLock::IsServiceLocked() const

@@ -7,6 +7,14 @@
 
 namespace zviptv::sim {
 
+/// A programme of the guide.
+struct RatedProgramme
+{
+    std::uint64_t service = 0;
+    std::optional<std::int64_t> start; ///< seconds since 1970; nothing when the guide knows no programme
+    int minimumAge = 0;                ///< 0 for none
+};
+
 /// The viewer's lock: programmes above an age, and the service as a whole, until they are unlocked.
 class ParentalLock
 {
@@ -17,16 +25,12 @@ public:
     {
     }
 
-    /// The minimum age of the programme that is on, 0 for none. Another age means another programme, for
-    /// which a programme's unlocking does not count.
-    void Follow(int minimumAge);
+    /// The programme that is on. For another one, or another age, a programme's unlocking does not count.
+    void Follow(RatedProgramme const& present);
 
-    int MinimumAge() const { return m_minimumAge; }
+    int MinimumAge() const { return m_present.minimumAge; }
     bool IsProgrammeLocked() const;
     bool IsServiceLocked() const;
-
-    /// A locked programme is mute until it is unlocked.
-    bool IsMuted() const { return IsProgrammeLocked() || IsServiceLocked(); }
 
     void Unlock(EZVParentalLock lock) { m_unlocked = lock; }
 
@@ -38,7 +42,7 @@ public:
 private:
     std::optional<int> m_limit;
     bool m_serviceLocked;
-    int m_minimumAge = 0;
+    RatedProgramme m_present;
     EZVParentalLock m_unlocked = ZV_PARENTAL_LOCKED;
     bool m_factoryMode = false;
 };

@@ -1,6 +1,7 @@
 #include "PesFilter.h"
 
 #include <array>
+#include <charconv>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
@@ -9,7 +10,7 @@ namespace zviptv::sim {
 
 namespace {
 
-constexpr unsigned long HighestPid = 0x1FFF;
+constexpr std::uint16_t HighestPid = 0x1FFF;
 
 constexpr std::array<std::pair<char const*, StreamKind>, 6> KindWords{{
     {"audio", StreamKind::Audio},
@@ -22,20 +23,18 @@ constexpr std::array<std::pair<char const*, StreamKind>, 6> KindWords{{
 
 std::uint16_t ParsePid(std::string const& word)
 {
-    std::size_t used = 0;
-    unsigned long pid = HighestPid + 1;
-    try {
-        pid = std::stoul(word, &used, 0);
-    } catch (std::exception const&) {
-        used = 0;
-    }
-    if (used != word.size() || pid > HighestPid) {
+    bool const isHex = word.rfind("0x", 0) == 0 || word.rfind("0X", 0) == 0;
+    char const* const digits = word.data() + (isHex ? 2 : 0);
+    char const* const wordEnd = word.data() + word.size();
+    std::uint16_t pid = 0;
+    auto const [end, failure] = std::from_chars(digits, wordEnd, pid, isHex ? 16 : 10);
+    if (failure != std::errc() || end != wordEnd || pid > HighestPid) {
         throw std::invalid_argument(
             "'" + word +
             "' is no kind of PES packet: use audio, subtitle, teletext, caption, video, a "
-            "PID up to 0x1FFF; or the one word none");
+            "PID up to 8191 or 0x1FFF; or the one word none");
     }
-    return static_cast<std::uint16_t>(pid);
+    return pid;
 }
 
 } // namespace

@@ -12,7 +12,8 @@ namespace zviptv::sim {
 class PesFilter
 {
 public:
-    /// From a list of kinds and PIDs, "audio,subtitle,0x1FF", or "none"; everything when empty.
+    /// From a list of kinds and PIDs, "audio,subtitle,0x1FF", or "none"; everything when empty. PIDs are
+    /// decimal, or hexadecimal behind 0x.
     /// @throws std::invalid_argument with a line for the user
     static PesFilter Parse(std::string const& text);
 

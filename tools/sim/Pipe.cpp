@@ -38,6 +38,12 @@ void Pipe::CloseWriteEnd()
     }
 }
 
+bool Pipe::HasInput() const
+{
+    pollfd waited{m_read, POLLIN, 0};
+    return poll(&waited, 1, 0) == 1;
+}
+
 std::string Pipe::ReadLine(std::chrono::milliseconds timeout)
 {
     auto const deadline = std::chrono::steady_clock::now() + timeout;

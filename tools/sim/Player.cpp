@@ -11,6 +11,15 @@ namespace {
 /// Others have their turn after it.
 constexpr std::chrono::milliseconds LongestTurn{20};
 
+/// The PID whose first time stamp is the programme's.
+std::optional<std::uint16_t> FirstPtsStream(Programme const& programme)
+{
+    if (!programme.video.empty()) {
+        return programme.video.front().pid;
+    }
+    return programme.audio.empty() ? std::nullopt : std::optional<std::uint16_t>(programme.audio.front().pid);
+}
+
 std::string KnownProgrammes(Demux const& demux)
 {
     std::string numbers;
@@ -68,12 +77,13 @@ void Player::Begin()
     m_state = ZV_SOURCE_STATE_PLAYING;
 }
 
-/// The next event; from the start again at the end of a stream that loops. A pass without any event is the
-/// end.
+/// The next event; from the start again at the end of a stream that loops. A pass without any packet is the
+/// end: the file has been cut.
 bool Player::Fetch()
 {
     m_next = m_demux.Next();
-    if (!m_next && m_loop) {
+    if (!m_next && m_loop && m_demux.Packets() > m_passBegan) {
+        m_passBegan = m_demux.Packets();
         m_demux.Rewind();
         m_next = m_demux.Next();
     }
@@ -89,11 +99,23 @@ void Player::Deliver(Event const& event)
         ReadText(event.pes);
         m_listener(event.pes);
     } else if (event.programme != nullptr) {
-        m_programme = event.programme;
-        m_format.reset();
-        m_sounds.clear();
-        m_textLanguages.clear();
+        Change(event.programme);
     }
+}
+
+/// Time stamps of another programme, or of what else a PID carried before, say nothing of this one.
+void Player::Change(std::shared_ptr<Programme const> const& next)
+{
+    if (m_onProgramme) {
+        m_onProgramme(*next);
+    }
+    if (next->number != m_programme->number || FirstPtsStream(*next) != FirstPtsStream(*m_programme)) {
+        m_demux.ForgetFirstPts();
+    }
+    m_programme = next;
+    m_format.reset();
+    m_sounds.clear();
+    m_textLanguages.clear();
 }
 
 void Player::LookAtVideo(PesPacket const& pes)
@@ -135,10 +157,8 @@ std::optional<std::uint64_t> Player::Stc() const
 
 std::optional<std::uint64_t> Player::FirstPts() const
 {
-    if (!m_programme->video.empty()) {
-        return m_demux.FirstPts(m_programme->video.front().pid);
-    }
-    return m_programme->audio.empty() ? std::nullopt : m_demux.FirstPts(m_programme->audio.front().pid);
+    std::optional<std::uint16_t> const pid = FirstPtsStream(*m_programme);
+    return pid ? m_demux.FirstPts(*pid) : std::nullopt;
 }
 
 } // namespace zviptv::sim

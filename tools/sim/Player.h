@@ -35,6 +35,11 @@ public:
     /// Gets every transport packet as it is read, a little ahead of what is due.
     void SetPacketListener(Demux::PacketListener listener) { m_demux.SetPacketListener(std::move(listener)); }
 
+    /// Gets what the programme that is played becomes, as long as Current() and what was learnt of it still
+    /// are those before.
+    using ProgrammeListener = std::function<void(Programme const& next)>;
+    void SetProgrammeListener(ProgrammeListener listener) { m_onProgramme = std::move(listener); }
+
     /// Hands out what is due; returns how long until more is, nothing when the stream has ended.
     std::optional<std::chrono::milliseconds> Advance();
 
@@ -66,16 +71,19 @@ private:
     void Begin();
     bool Fetch();
     void Deliver(Event const& event);
+    void Change(std::shared_ptr<Programme const> const& next);
     void LookAtVideo(PesPacket const& pes);
     void ListenToAudio(PesPacket const& pes);
     void ReadText(PesPacket const& pes);
 
     bool m_loop;
     Listener m_listener;
+    ProgrammeListener m_onProgramme;
     Demux m_demux;
     Pacer m_pacer;
     std::shared_ptr<Programme const> m_programme;
     std::optional<Event> m_next;
+    std::uint64_t m_passBegan = 0; ///< packets read before this pass over the stream
     EZVSourceState m_state = ZV_SOURCE_STATE_STARTING;
     std::optional<std::uint64_t> m_lastStc; ///< where the clock stopped at the end
     std::optional<VideoFormat> m_format;

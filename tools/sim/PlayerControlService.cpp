@@ -1,7 +1,6 @@
 #include "PlayerControlService.h"
 
 #include "CaptionServices.h"
-#include "RequestTable.h"
 #include "Tracks.h"
 
 #include <algorithm>
@@ -83,28 +82,33 @@ ZVResolution ToRecord(VideoFormat const& format)
 
 } // namespace
 
+RequestRow<PlayerControlService> const PlayerControlService::Rows[] = {
+    {function::SetCurrentAudioByIndex, &PlayerControlService::SetCurrentAudioByIndex},
+    {function::SetAudioFormat, &PlayerControlService::SetAudioFormat},
+    {function::SetDigitalDualSound, &PlayerControlService::SetDigitalDualSound},
+    {function::SetCurrentTTX, &PlayerControlService::SetCurrentTTX},
+    {function::SetCurrentHybridSBT, &PlayerControlService::SetCurrentHybridSBT},
+    {function::GetSTCCount, &PlayerControlService::GetSTCCount},
+    {function::SetCurrentISDBText, &PlayerControlService::SetCurrentISDBText},
+    {function::SetCurrentISDBTextService, &PlayerControlService::SetCurrentISDBTextService},
+    {function::GetCaptionDataMode, &PlayerControlService::GetCaptionDataMode},
+    {function::GetDefaultCaptionService, &PlayerControlService::GetDefaultCaptionService},
+    {function::MuteAudio, &PlayerControlService::MuteAudio},
+    {function::MuteVideo, &PlayerControlService::MuteVideo},
+    {function::GetResolution, &PlayerControlService::GetResolution},
+    {function::SetAppID, &PlayerControlService::SetAppID},
+    {function::GetSourceState, &PlayerControlService::GetSourceState},
+    {function::GetFirstPTS, &PlayerControlService::GetFirstPTS},
+};
+
+std::vector<std::string> PlayerControlService::Functions()
+{
+    return FunctionsOf(Rows);
+}
+
 std::optional<CMessageBuffer> PlayerControlService::Answer(Request const& request)
 {
-    using Self = PlayerControlService;
-    static constexpr std::array<RequestRow<Self>, 16> rows{{
-        {function::SetCurrentAudioByIndex, &Self::SetCurrentAudioByIndex},
-        {function::SetAudioFormat, &Self::SetAudioFormat},
-        {function::SetDigitalDualSound, &Self::SetDigitalDualSound},
-        {function::SetCurrentTTX, &Self::SetCurrentTTX},
-        {function::SetCurrentHybridSBT, &Self::SetCurrentHybridSBT},
-        {function::GetSTCCount, &Self::GetSTCCount},
-        {function::SetCurrentISDBText, &Self::SetCurrentISDBText},
-        {function::SetCurrentISDBTextService, &Self::SetCurrentISDBTextService},
-        {function::GetCaptionDataMode, &Self::GetCaptionDataMode},
-        {function::GetDefaultCaptionService, &Self::GetDefaultCaptionService},
-        {function::MuteAudio, &Self::MuteAudio},
-        {function::MuteVideo, &Self::MuteVideo},
-        {function::GetResolution, &Self::GetResolution},
-        {function::SetAppID, &Self::SetAppID},
-        {function::GetSourceState, &Self::GetSourceState},
-        {function::GetFirstPTS, &Self::GetFirstPTS},
-    }};
-    return AnswerFrom(rows, *this, request);
+    return AnswerFrom(Rows, *this, request);
 }
 
 Reply PlayerControlService::SetCurrentAudioByIndex(Request const& request)

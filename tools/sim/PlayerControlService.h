@@ -2,6 +2,7 @@
 
 #include "Message.h"
 #include "Player.h"
+#include "RequestTable.h"
 #include "Selection.h"
 
 namespace zviptv::sim {
@@ -18,7 +19,12 @@ public:
     /// Nothing when the function is not one of player control.
     std::optional<CMessageBuffer> Answer(Request const& request);
 
+    /// What it answers.
+    static std::vector<std::string> Functions();
+
 private:
+    static RequestRow<PlayerControlService> const Rows[];
+
     Reply SetCurrentAudioByIndex(Request const& request);
     Reply SetAudioFormat(Request const& request);
     Reply SetDigitalDualSound(Request const& request);

@@ -26,7 +26,7 @@ int ToStatus(int waited)
 /// In the child: die with the parent, also when that is gone already; start with the default signal handling.
 void BeginChild(pid_t parent, Process::Group group)
 {
-    prctl(PR_SET_PDEATHSIG, group == Process::Group::Own ? SIGKILL : SIGTERM);
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() != parent) {
         _exit(CannotRun);
     }

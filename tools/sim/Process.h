@@ -9,12 +9,12 @@
 
 namespace zviptv::sim {
 
-/// A child process, which dies with this one. Killed and reaped by the destructor.
+/// A child process. It is killed when this one ends, however that happens, but not what it has started
+/// itself. Killed and reaped by the destructor.
 class Process
 {
 public:
-    /// A terminal sends its Ctrl-C to a whole group: what has to end in order is in one of its own. When this
-    /// process ends, what is in our group is asked to end, too; what is in a group of its own is killed.
+    /// A terminal sends its Ctrl-C to a whole group: what has to end in order is in one of its own.
     enum class Group
     {
         Ours,

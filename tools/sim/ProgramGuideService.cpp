@@ -1,13 +1,11 @@
 #include "ProgramGuideService.h"
 
-#include "RequestTable.h"
 #include "guide/EitGuide.h"
 #include "guide/GuideDetails.h"
 #include "guide/GuideError.h"
 
 #include <zviptv/ProxyDBusHelper.h>
 
-#include <array>
 #include <stdexcept>
 
 namespace zviptv::sim {
@@ -108,35 +106,45 @@ std::int64_t ProgramGuideService::Now(std::uint64_t serviceId) const
     return present != nullptr && present->start ? *present->start : m_now();
 }
 
-int ProgramGuideService::PresentMinimumAge() const
+RatedProgramme ProgramGuideService::Present() const
 {
-    std::uint64_t const service = m_player.Current().number;
+    RatedProgramme present;
+    present.service = m_player.Current().number;
     std::shared_ptr<Guide const> const guide = m_guide.Current();
     std::optional<std::uint32_t> const position =
-        guide ? guide->Present(service, Now(service)) : std::nullopt;
+        guide ? guide->Present(present.service, Now(present.service)) : std::nullopt;
     if (!position) {
-        return 0;
+        return present;
     }
+    present.start = guide->At(*position).start;
     std::optional<GuideRating> const rating = Describe(*guide, *position).rating;
-    return rating ? static_cast<int>(rating->minimumAge.value_or(0)) : 0;
+    present.minimumAge = rating ? static_cast<int>(rating->minimumAge.value_or(0)) : 0;
+    return present;
+}
+
+RequestRow<ProgramGuideService> const ProgramGuideService::Rows[] = {
+    {function::ExistXmlForIPG, &ProgramGuideService::ExistXmlForIPG},
+    {function::GetProgramListSize, &ProgramGuideService::GetProgramListSize},
+    {function::GetProgram, &ProgramGuideService::GetProgram},
+    {function::GetProgramIPG, &ProgramGuideService::GetProgramIPG},
+    {function::GetPresentProgram, &ProgramGuideService::GetPresentProgram},
+    {function::FindProgram, &ProgramGuideService::FindProgram},
+    {function::GetRating, &ProgramGuideService::GetRating},
+    {function::GetGenre, &ProgramGuideService::GetGenre},
+    {function::GetProgramList, &ProgramGuideService::GetProgramList},
+};
+
+std::vector<std::string> ProgramGuideService::Functions()
+{
+    std::vector<std::string> functions = FunctionsOf(Rows);
+    functions.emplace_back(function::CloneUSBToTV);
+    return functions;
 }
 
 std::optional<CMessageBuffer> ProgramGuideService::Answer(Request const& request, std::string const& busName)
 {
-    using Self = ProgramGuideService;
-    static constexpr std::array<RequestRow<Self>, 9> rows{{
-        {function::ExistXmlForIPG, &Self::ExistXmlForIPG},
-        {function::GetProgramListSize, &Self::GetProgramListSize},
-        {function::GetProgram, &Self::GetProgram},
-        {function::GetProgramIPG, &Self::GetProgramIPG},
-        {function::GetPresentProgram, &Self::GetPresentProgram},
-        {function::FindProgram, &Self::FindProgram},
-        {function::GetRating, &Self::GetRating},
-        {function::GetGenre, &Self::GetGenre},
-        {function::GetProgramList, &Self::GetProgramList},
-    }};
     m_asking = busName;
-    return AnswerFrom(rows, *this, request);
+    return AnswerFrom(Rows, *this, request);
 }
 
 Reply ProgramGuideService::ExistXmlForIPG(Request const& /*request*/)
@@ -160,7 +168,9 @@ Reply ProgramGuideService::GetProgramListSize(Request const& request)
 Reply ProgramGuideService::GetProgram(Request const& request)
 {
     std::optional<std::uint32_t> const index = request.Get<std::uint32_t>(key::Index);
-    return TextReply(request, index ? m_guide.Programme(m_lists[m_asking], *index) : std::string());
+    auto const list = m_lists.find(m_asking);
+    GuideList const& own = list == m_lists.end() ? GuideList() : list->second;
+    return TextReply(request, index ? m_guide.Programme(own, *index) : std::string());
 }
 
 Reply ProgramGuideService::GetProgramIPG(Request const& request)

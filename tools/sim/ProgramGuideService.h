@@ -2,7 +2,9 @@
 
 #include "GuideLoader.h"
 #include "Message.h"
+#include "ParentalLock.h"
 #include "Player.h"
+#include "RequestTable.h"
 #include "guide/EitReader.h"
 #include "guide/ProgrammeGuide.h"
 
@@ -41,12 +43,17 @@ public:
     /// name, has its own list for GetProgram.
     std::optional<CMessageBuffer> Answer(Request const& request, std::string const& busName);
 
+    /// What Answer and Clone answer.
+    static std::vector<std::string> Functions();
+
     void Forget(std::string const& busName) { m_lists.erase(busName); }
 
-    /// Minimum age of the played programme's present event; 0 for none.
-    int PresentMinimumAge() const;
+    /// What is on now on the played service.
+    RatedProgramme Present() const;
 
 private:
+    static RequestRow<ProgramGuideService> const Rows[];
+
     Reply ExistXmlForIPG(Request const& request);
     Reply GetProgramListSize(Request const& request);
     Reply GetProgram(Request const& request);

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
+#include <stdexcept>
 
 namespace zviptv::sim {
 
@@ -60,6 +61,13 @@ void WriteJson(Json::Value const& json)
 std::string Counted(std::size_t count, std::string const& what)
 {
     return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
+/// What is out of the ordinary, at the end of the status line.
+std::string Conditions(RequestLog::Status const& status)
+{
+    return std::string(status.audioMuted ? ", audio muted" : "") +
+           (status.videoMuted ? ", video muted" : "") + (status.locked ? ", locked" : "");
 }
 
 Json::Value ToJson(RequestLog::Subscriber const& subscriber)
@@ -119,6 +127,24 @@ void RequestLog::Write(Entry const& entry)
     }
 }
 
+void RequestLog::WriteBus(std::string const& address)
+{
+    if (m_form == Form::Json) {
+        Json::Value json;
+        json["event"] = "bus";
+        json["address"] = address;
+        WriteJson(json);
+    } else {
+        std::printf("The service runs on a private bus until Ctrl-C. For applications in another terminal:\n"
+                    "  export DBUS_SYSTEM_BUS_ADDRESS='%s'\n",
+                    address.c_str());
+    }
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+        throw std::runtime_error(
+            "cannot write the bus's address to standard output: see whether it is closed or full");
+    }
+}
+
 void RequestLog::Write(Status const& status)
 {
     if (m_form == Form::Json) {
@@ -131,14 +157,18 @@ void RequestLog::Write(Status const& status)
         for (Subscriber const& subscriber : status.subscribers) {
             json["subscribers"].append(ToJson(subscriber));
         }
+        json["appId"] = Shown(status.appId);
+        json["audioMuted"] = status.audioMuted;
+        json["videoMuted"] = status.videoMuted;
+        json["locked"] = status.locked;
         WriteJson(json);
     } else if (m_form == Form::Text && isatty(STDERR_FILENO) != 0) {
         ClearStatus();
-        std::fprintf(stderr, "%s, %s, %llu packets/s, %llu dropped",
+        std::fprintf(stderr, "%s, %s, %llu packets/s, %llu dropped%s",
                      Counted(status.clients, "client").c_str(),
                      Counted(status.subscribers.size(), "subscriber").c_str(),
                      static_cast<unsigned long long>(status.packetsPerSecond),
-                     static_cast<unsigned long long>(status.dropped));
+                     static_cast<unsigned long long>(status.dropped), Conditions(status).c_str());
         m_statusShown = true;
     }
 }

@@ -45,6 +45,10 @@ public:
         std::uint64_t packetsPerSecond = 0;
         std::uint64_t dropped = 0; ///< in all, those of applications that have left included
         std::vector<Subscriber> subscribers;
+        std::string appId;       ///< that SetAppID has told last; may be empty
+        bool audioMuted = false; ///< by MuteAudio
+        bool videoMuted = false; ///< by MuteVideo
+        bool locked = false;     ///< the programme or the service, until it is unlocked
     };
 
     explicit RequestLog(Form form) : m_form(form) {}
@@ -56,6 +60,8 @@ public:
     bool WantsStatus() const { return m_form != Form::Quiet; }
     void Write(Entry const& entry);
     void Write(Status const& status);
+    /// Where applications find the private bus.
+    void WriteBus(std::string const& address);
 
     /// A line for the user, in every form: to standard error.
     void Say(std::string const& text);

@@ -3,7 +3,10 @@
 #include "Message.h"
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace zviptv::sim {
 
@@ -20,10 +23,22 @@ template <typename Service, typename Rows>
 std::optional<CMessageBuffer> AnswerFrom(Rows const& rows, Service& service, Request const& request)
 {
     std::string const name = request.Function();
-    auto const row = std::find_if(rows.begin(), rows.end(), [&name](RequestRow<Service> const& candidate) {
-        return name == candidate.function;
-    });
-    return row == rows.end() ? std::nullopt : std::optional<CMessageBuffer>((service.*row->answer)(request));
+    auto const row =
+        std::find_if(std::begin(rows), std::end(rows),
+                     [&name](RequestRow<Service> const& candidate) { return name == candidate.function; });
+    return row == std::end(rows) ? std::nullopt
+                                 : std::optional<CMessageBuffer>((service.*row->answer)(request));
+}
+
+/// The functions of the rows, in their order.
+template <typename Rows>
+std::vector<std::string> FunctionsOf(Rows const& rows)
+{
+    std::vector<std::string> functions;
+    for (auto const& row : rows) {
+        functions.emplace_back(row.function);
+    }
+    return functions;
 }
 
 } // namespace zviptv::sim

@@ -7,6 +7,9 @@
 
 namespace zviptv::sim {
 
+class Player;
+struct Programme;
+
 /// What applications have chosen.
 struct Selection
 {
@@ -18,6 +21,10 @@ struct Selection
     std::array<unsigned int, 2> isdbText{}; ///< by EZVISDBTextType
     EZVMultiSoundMode dualSound = ZV_MULTI_SOUND_STEREO;
     std::string appId;
+
+    /// The player is about to play `next`: what is chosen stays chosen where that has it, too, at whatever
+    /// place; else the first is.
+    void Follow(Player const& player, Programme const& next);
 };
 
 } // namespace zviptv::sim

@@ -16,6 +16,8 @@ namespace {
 constexpr std::chrono::milliseconds StatusPeriod{1000};
 constexpr char DropNote[] = "drop";
 constexpr char ErrorNote[] = "error";
+constexpr char InjectedError[] = "org.corvel.zviptvapi.Error.Injected";
+constexpr char InjectedText[] = "An error as asked for with --fault";
 
 /// The guide's clock: runs on from `start`, or shows the real time.
 ProgramGuideService::Clock ClockFrom(std::optional<std::int64_t> start)
@@ -28,7 +30,7 @@ ProgramGuideService::Clock ClockFrom(std::optional<std::int64_t> start)
 
 Service::Service(ServiceOptions const& options, MainLoop& loop)
     : m_loop(loop), m_awaited(options.awaitedSubscribers), m_faults(options.faults), m_log(options.log),
-      m_lock(options.ratingLimit, options.serviceLocked), m_subscribers(options.filter),
+      m_lock(options.ratingLimit, options.serviceLocked), m_subscribers(options.filter, loop),
       m_player(options.playback, [this](PesPacket const& pes) { m_subscribers.Push(pes); }),
       m_programGuide(m_player, ClockFrom(options.now), loop,
                      [this](std::string const& text) { m_log.Say(text); }),
@@ -40,7 +42,7 @@ Service::Service(ServiceOptions const& options, MainLoop& loop)
                                                         })),
       m_broadcastDataEnd(type::BroadcastData, HandlerOf(type::BroadcastData,
                                                         [this](Request const& request) {
-                                                            m_lock.Follow(m_programGuide.PresentMinimumAge());
+                                                            m_lock.Follow(m_programGuide.Present());
                                                             return m_broadcastData.Answer(request);
                                                         })),
       m_subscriberEnd(type::DataSubscriber, HandlerOf(type::DataSubscriber,
@@ -56,6 +58,8 @@ Service::Service(ServiceOptions const& options, MainLoop& loop)
         m_programGuide.Load(options.guide);
     }
     m_player.SetPacketListener([this](TsPacket const& packet) { m_programGuide.Push(packet); });
+    m_player.SetProgrammeListener([this](Programme const& next) { m_selection.Follow(m_player, next); });
+    loop.CatchSignals(); // applications are about to know of the service: it has to end in order now
     IConnectionHelper* helper = nullptr;
     CIPTVServiceAPI::CreateConnectionHelper(&helper);
     helper->SetDbusSignalCb(Announced, this);
@@ -103,8 +107,11 @@ void Service::ShowStatus()
     auto const rate = std::llround(static_cast<double>(counts.sent - m_packets) / seconds);
     m_packets = counts.sent;
     m_statusAt = now;
+    m_lock.Follow(m_programGuide.Present());
     m_log.Write(RequestLog::Status{m_applications.Count(), static_cast<std::uint64_t>(rate), counts.dropped,
-                                   std::move(counts.subscribers)});
+                                   std::move(counts.subscribers), m_selection.appId, m_selection.audioMuted,
+                                   m_selection.videoMuted,
+                                   m_lock.IsProgrammeLocked() || m_lock.IsServiceLocked()});
     m_loop.After(StatusPeriod, [this] { ShowStatus(); });
 }
 
@@ -124,6 +131,9 @@ std::string Service::Partner(std::string const& busName, std::string const& type
         return std::string();
     }
     comesUp ? m_applications.Add(busName, type) : m_applications.Remove(busName, type);
+    if (endpoint == &m_programGuideEnd && !comesUp) {
+        m_programGuide.Forget(busName);
+    }
     if (endpoint == &m_subscriberEnd) {
         comesUp ? m_subscribers.Add(busName) : m_subscribers.Remove(busName);
     }
@@ -149,7 +159,11 @@ CMessageBuffer Service::AnswerGuide(CMessageBuffer const& message)
     Call call = Begin(type::ProgramGuide, message);
     Request const request(message);
     if (request.Function() != protocol::function::CloneUSBToTV) {
-        return Finish(call, m_programGuide.Answer(request, call.busName).value_or(Reply(false)));
+        CMessageBuffer const reply = m_programGuide.Answer(request, call.busName).value_or(Reply(false));
+        if (!m_applications.Has(call.busName)) {
+            m_programGuide.Forget(call.busName); // nobody would tell when it goes
+        }
+        return Finish(call, reply);
     }
     call.later.emplace(CDeferredReply::Take());
     auto const waiting = std::make_shared<Call>(std::move(call));
@@ -160,9 +174,10 @@ CMessageBuffer Service::AnswerGuide(CMessageBuffer const& message)
 /// Answers one request, with the faults that were asked for, and shows it.
 CMessageBuffer Service::Finish(Call& call, CMessageBuffer const& honest)
 {
-    CMessageBuffer const reply = m_faults.Spoil(Request(call.message).Function(), honest);
-    std::string const note = Deliver(call, reply);
-    bool const answered = note != DropNote && note != ErrorNote;
+    Damage const damage = m_faults.To(Request(call.message).Function());
+    CMessageBuffer const reply = damage.Spoil(honest);
+    std::string const note = Deliver(call, reply, damage);
+    bool const answered = !damage.IsDrop() && !damage.IsError();
     m_log.Write(RequestLog::Entry{call.type, call.busName, call.message, answered ? &reply : nullptr, note,
                                   std::chrono::duration_cast<std::chrono::microseconds>(
                                       std::chrono::steady_clock::now() - call.begin)});
@@ -170,32 +185,29 @@ CMessageBuffer Service::Finish(Call& call, CMessageBuffer const& honest)
 }
 
 /// Sends the reply, unless the handler does by returning it. Returns what a fault made of that.
-std::string Service::Deliver(Call& call, CMessageBuffer const& reply)
+std::string Service::Deliver(Call& call, CMessageBuffer const& reply, Damage const& damage)
 {
-    std::string const function = Request(call.message).Function();
-    std::chrono::milliseconds const delay = m_faults.Delay(function);
-    bool const isDropped = m_faults.IsDropped(function);
-    bool const isError = m_faults.IsError(function);
-    if (!call.later && (isDropped || isError || delay.count() > 0)) {
+    bool const isLate = damage.Delay().count() > 0;
+    if (!call.later && (damage.IsDrop() || damage.IsError() || isLate)) {
         call.later.emplace(CDeferredReply::Take());
     }
-    if (isDropped) {
+    if (damage.IsDrop()) {
         call.later.reset();
         return DropNote;
     }
-    if (isError) {
-        call.later->SendError("org.corvel.zviptvapi.Error.Injected", "An error as asked for with --fault");
-        return ErrorNote;
+    if (!call.later) {
+        return {};
     }
-    if (delay.count() > 0) {
-        auto const later = std::make_shared<CDeferredReply>(std::move(*call.later));
-        m_loop.After(delay, [later, reply] { later->Send(reply); });
-        return "delay:" + std::to_string(delay.count());
+    auto const send = [later = std::make_shared<CDeferredReply>(std::move(*call.later)), reply,
+                       isError = damage.IsError()] {
+        isError ? later->SendError(InjectedError, InjectedText) : later->Send(reply);
+    };
+    if (!isLate) {
+        send();
+        return damage.IsError() ? ErrorNote : "";
     }
-    if (call.later) {
-        call.later->Send(reply);
-    }
-    return {};
+    m_loop.After(damage.Delay(), send);
+    return "delay:" + std::to_string(damage.Delay().count()) + (damage.IsError() ? " error" : "");
 }
 
 } // namespace zviptv::sim

@@ -70,7 +70,7 @@ private:
     static Call Begin(char const* type, CMessageBuffer const& message);
     CMessageBuffer AnswerGuide(CMessageBuffer const& message);
     CMessageBuffer Finish(Call& call, CMessageBuffer const& honest);
-    std::string Deliver(Call& call, CMessageBuffer const& reply);
+    std::string Deliver(Call& call, CMessageBuffer const& reply, Damage const& damage);
     void PlayWhenAwaited();
     void Play();
     void ShowStatus();

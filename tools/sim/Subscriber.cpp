@@ -24,8 +24,10 @@ public:
     bool IsConnected() { return m_pDBusHelper->IsConnectionReady(); }
 };
 
-Subscriber::Subscriber(std::string const& busName, std::function<void()> onGone)
-    : m_onGone(std::move(onGone)), m_channel(std::make_unique<Channel>()), m_question(busName)
+Subscriber::Subscriber(std::string const& busName, std::function<void()> onGone,
+                       std::function<void()> onStopped)
+    : m_onGone(std::move(onGone)), m_onStopped(std::move(onStopped)), m_channel(std::make_unique<Channel>()),
+      m_question(busName)
 {
     m_channel->SetDisconnectNotiCB(Gone, this);
     m_channel->Connect(busName);
@@ -92,6 +94,8 @@ void Subscriber::Run()
         AwaitConsumer(lock);
     }
     m_stopped = true;
+    lock.unlock();
+    m_onStopped();
 }
 
 bool Subscriber::WaitForWork(std::unique_lock<std::mutex>& lock)

@@ -32,8 +32,9 @@ public:
     static constexpr std::size_t WindowBytes = 512 * 1024;
 
     /// Connects to the application's channel. `onGone` is called, in the main context, when it leaves the
-    /// bus; it must not destroy the subscriber.
-    Subscriber(std::string const& busName, std::function<void()> onGone);
+    /// bus; it must not destroy the subscriber. `onStopped` is called, on the subscriber's own thread, as the
+    /// last that happens there.
+    Subscriber(std::string const& busName, std::function<void()> onGone, std::function<void()> onStopped);
     ~Subscriber();
     Subscriber(Subscriber const&) = delete;
     Subscriber& operator=(Subscriber const&) = delete;
@@ -73,6 +74,7 @@ private:
     static void Gone(std::string partner, std::string own, void* self);
 
     std::function<void()> m_onGone;
+    std::function<void()> m_onStopped;
     mutable std::mutex m_mutex;
     std::condition_variable m_changed;
     std::deque<Item> m_queue;

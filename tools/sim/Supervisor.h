@@ -5,8 +5,9 @@
 namespace zviptv::sim {
 
 /// Runs what the options ask for: the service on the bus that the environment names or on a private one,
-/// there with a command beside it. Returns, with everything ended that it started, on SIGINT or SIGTERM or
-/// when the command ends. Exit status: the command's where there is one.
+/// there with a command beside it. Returns, with everything ended that it started, on SIGINT or SIGTERM, or
+/// when the command or a service without one ends. Exit status: the command's where there is one.
+/// @throws std::exception with a line for the user
 int Run(Options const& options);
 
 } // namespace zviptv::sim

@@ -39,6 +39,14 @@ TEST(CommandLine, ComplainsInWords)
              {{}, 2, "--ts is required\n'zviptv-sim --help' shows more\n"},
              {{"--ts"}, 2, "--ts needs a value\n'zviptv-sim --help' shows more\n"},
              {{"--ts", sample, "--lopp"}, 2, "unknown option '--lopp'\n'zviptv-sim --help' shows more\n"},
+             {{"--", "true"}, 2, "--ts is required\n'zviptv-sim --help' shows more\n"},
+             {{"--ts", sample, "--speed", "0", "--", "true"},
+              2,
+              "--speed: '0' is not a speed from 0.01 to 1000\n"},
+             {{"--", "true"}, 2, "--ts is required\n'zviptv-sim --help' shows more\n"},
+             {{"--ts", sample, "--speed", "0", "--", "true"},
+              2,
+              "--speed: '0' is not a speed from 0.01 to 1000\n"},
              {{"--ts", "/no/such/file", "--bus", "private"}, 1, "cannot open /no/such/file: No such file"},
              {{"--ts", ZVIPTV_SIM, "--", "true"}, 1, ZVIPTV_SIM " holds no transport stream"},
              {{"--ts", sample, "--program", "7", "--", "true"},
@@ -114,6 +122,24 @@ TEST(CommandLine, EndsWhenItIsTold)
         process.Signal(number);
         EXPECT_EQ(EndOf(process), (ExitStatus{0, 0}));
     }
+}
+
+TEST(CommandLine, TellsTheBusInJsonToo)
+{
+    ChildProcess process(Simulate({"--ts", ZVIPTV_SAMPLE_FILE, "--bus", "private", "--json"}));
+    ASSERT_TRUE(process.WaitForOutput("\"event\":\"bus\"}\n", Patience));
+    process.Signal(SIGTERM);
+    EXPECT_EQ(EndOf(process), (ExitStatus{0, 0}));
+    EXPECT_THAT(process.Output(), HasSubstr("{\"address\":\"unix:abstract="));
+    EXPECT_THAT(process.Output(), Not(HasSubstr("export")));
+}
+
+TEST(CommandLine, EndsWhenTheBusCannotBeTold)
+{
+    ChildProcess process(
+        {"sh", "-c", "exec \"$0\" --ts \"$1\" --bus private >/dev/full", ZVIPTV_SIM, ZVIPTV_SAMPLE_FILE});
+    EXPECT_EQ(EndOf(process), (ExitStatus{1, 0}));
+    EXPECT_THAT(process.Errors(), HasSubstr("zviptv-sim: cannot write the bus's address to standard output"));
 }
 
 TEST(CommandLine, EndsTheCommandWhenItIsTerminated)

@@ -1,4 +1,5 @@
 #include "ChildProcess.h"
+#include "Processes.h"
 #include "WaitUntil.h"
 #include "WirePeer.h"
 
@@ -7,9 +8,6 @@
 
 #include <csignal>
 #include <cstdio>
-#include <fstream>
-#include <iterator>
-#include <sstream>
 
 namespace zviptv::test {
 namespace {
@@ -19,19 +17,6 @@ using testing::IsEmpty;
 using testing::Not;
 
 constexpr std::chrono::seconds Patience{20};
-
-std::string Contents(std::string const& path)
-{
-    std::ifstream file(path);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-/// Neither there nor waiting for its parent to look after it.
-bool HasEnded(pid_t pid)
-{
-    std::string const stat = Contents("/proc/" + std::to_string(pid) + "/stat");
-    return stat.empty() || stat.at(stat.rfind(')') + 2) == 'Z';
-}
 
 /// A simulator with a private bus, and everything that belongs to it.
 class PrivateSimulator : public testing::Test
@@ -43,9 +28,7 @@ protected:
         std::string const output = m_process.Output();
         std::size_t const at = output.find("='") + 2;
         m_address = output.substr(at, output.find('\'', at) - at);
-        std::string const pid = std::to_string(m_process.Pid());
-        std::istringstream children(Contents("/proc/" + pid + "/task/" + pid + "/children"));
-        m_children.assign(std::istream_iterator<pid_t>(children), {});
+        m_children = ChildrenOf(m_process.Pid());
     }
 
     /// The name of the bus's socket.

@@ -71,10 +71,20 @@ TEST_F(StatusLine, MakesRoomForOtherLines)
     ASSERT_TRUE(Shows("0 dropped"));
     Application application;
     application.Announce("PLAYERCONTROL");
-    application.Ask("PLAYERCONTROL", {{"functionname", "MuteAudio"}, {"onoff", "1"}});
-    EXPECT_TRUE(
-        Shows("0 dropped\r\x1b\\[K:1\\.[0-9]+ PLAYERCONTROL handle= MuteAudio onoff=1 -> 1 [^\n]*\r?\n"))
+    application.Ask("PLAYERCONTROL", {{"functionname", "MuteAudio"}, {"handleID", "256"}, {"onoff", "1"}});
+    EXPECT_TRUE(Shows("0 dropped\r\x1b\\[K:1\\.[0-9]+ PLAYERCONTROL handle=256 MuteAudio onoff=1 -> 1 "
+                      "\\([0-9]+\\.[0-9][0-9] ms\\)\r?\n"))
         << m_shown;
+}
+
+TEST_F(StatusLine, TellsWhatIsMutedOrLocked)
+{
+    PlayOnTerminal({}, {"--lock-service"});
+    Application application;
+    application.Announce("PLAYERCONTROL");
+    application.Ask("PLAYERCONTROL", {{"functionname", "MuteAudio"}, {"onoff", "1"}});
+    application.Ask("PLAYERCONTROL", {{"functionname", "MuteVideo"}, {"onoff", "1"}});
+    EXPECT_TRUE(Shows("0 dropped, audio muted, video muted, locked")) << m_shown;
 }
 
 TEST_F(StatusLine, TellsWhatAStandingApplicationLost)
@@ -125,25 +135,34 @@ std::set<std::string> MembersOf(Json::Value const& object)
 
 TEST_F(Crowd, JsonHasTheDocumentedMembers)
 {
-    ChildProcess& simulator = Play({}, {"--json", "--fault", "MuteVideo=drop"});
+    ChildProcess& simulator =
+        Play({}, {"--json", "--fault", "MuteVideo=error", "--fault", "MuteVideo=delay:1"});
     Application application;
     Subscribe(application);
     application.Announce("PLAYERCONTROL");
     application.Ask("PLAYERCONTROL", {{"functionname", "MuteAudio"}, {"handleID", "256"}, {"onoff", "1"}});
+    EXPECT_EQ(application.Ask("PLAYERCONTROL", {{"functionname", "MuteVideo"}, {"onoff", "1"}}).kind,
+              WireKind::Error);
     ASSERT_TRUE(WaitForSubscribers(1));
     simulator.Signal(SIGTERM);
     ASSERT_EQ(simulator.Wait(Patience), (ExitStatus{0, 0}));
 
     std::set<std::string> kinds;
+    std::set<std::string> faults;
     for (Json::Value const& line : JsonLines(simulator.Output())) {
         std::string const kind = line["event"].asString();
         kinds.insert(kind);
+        if (kind == "request") {
+            faults.insert(line["fault"].asString());
+            EXPECT_EQ(line["reply"].isNull(), line["request"]["functionname"] == "MuteVideo");
+        }
         EXPECT_EQ(MembersOf(line), Documented("### Line of a " + kind)) << line.toStyledString();
         for (Json::Value const& subscriber : line["subscribers"]) {
             EXPECT_EQ(MembersOf(subscriber), Documented("### One of `subscribers`"));
         }
     }
     EXPECT_EQ(kinds, (std::set<std::string>{"request", "status"}));
+    EXPECT_EQ(faults, (std::set<std::string>{"", "delay:1 error"}));
 }
 
 TEST_F(Crowd, JsonTellsRequestsAndReplies)

@@ -153,12 +153,11 @@ TEST(TsReader, SaysWhyAFileCannotBeOpened)
 {
     EXPECT_EQ(ErrorOf("/nowhere/at/all.ts"), "cannot open /nowhere/at/all.ts: No such file or directory");
     EXPECT_EQ(ErrorOf("/"), "cannot read /: Is a directory");
+    EXPECT_EQ(ErrorOf("/dev/null"), "/dev/null is not a regular file: save the stream in one first");
 }
 
 TEST(TsReader, SaysThatAFileHoldsNoTransportStream)
 {
-    EXPECT_EQ(ErrorOf("/dev/null"),
-              "/dev/null holds no transport stream: no sync byte 0x47 at a 188-byte distance");
     EXPECT_THROW(ReaderOf(Bytes(20'000, 0x00)), StreamError);
     EXPECT_THROW(ReaderOf(Bytes(187, 0x47)), StreamError) << "too short for one packet";
     EXPECT_THROW(ReaderOf(Bytes{'t', 'e', 'x', 't', 'G', '\n'} + Bytes(300, 'x')), StreamError);

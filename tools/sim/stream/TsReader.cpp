@@ -2,6 +2,9 @@
 
 #include "stream/StreamError.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <cerrno>
 #include <cstring>
 
@@ -21,9 +24,16 @@ std::string Reason()
 
 TsReader::File Open(std::string const& path)
 {
-    TsReader::File file(std::fopen(path.c_str(), "rbe"));
-    if (!file)
+    // Without blocking, in case it is a pipe.
+    int const descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    TsReader::File file(descriptor < 0 ? nullptr : fdopen(descriptor, "rb"));
+    struct stat status
+    {
+    };
+    if (!file || fstat(descriptor, &status) != 0)
         throw StreamError("cannot open " + path + ": " + Reason());
+    if (!S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode))
+        throw StreamError(path + " is not a regular file: save the stream in one first");
     return file;
 }
 

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <dirent.h>
+#include <sys/types.h>
+#include <unistd.h>
+
+#include <climits>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace zviptv::test {
+
+inline std::string Contents(std::string const& path)
+{
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// Neither there nor waiting for its parent to look after it.
+inline bool HasEnded(pid_t pid)
+{
+    std::string const stat = Contents("/proc/" + std::to_string(pid) + "/stat");
+    return stat.empty() || stat.at(stat.rfind(')') + 2) == 'Z';
+}
+
+inline std::vector<pid_t> ChildrenOf(pid_t pid)
+{
+    std::string const number = std::to_string(pid);
+    std::ifstream children("/proc/" + number + "/task/" + number + "/children");
+    return {std::istream_iterator<pid_t>(children), {}};
+}
+
+/// Whether the process has the file open.
+inline bool HasOpen(pid_t pid, std::string const& path)
+{
+    std::string const folder = "/proc/" + std::to_string(pid) + "/fd/";
+    std::unique_ptr<DIR, int (*)(DIR*)> const descriptors(opendir(folder.c_str()), closedir);
+    while (dirent const* const entry = descriptors ? readdir(descriptors.get()) : nullptr) {
+        char target[PATH_MAX];
+        ssize_t const size = readlink((folder + entry->d_name).c_str(), target, sizeof(target));
+        if (size > 0 && path == std::string(target, static_cast<std::size_t>(size))) {
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace zviptv::test

@@ -1,0 +1,86 @@
+#include "SimulatorTest.h"
+
+namespace zviptv::test {
+namespace {
+
+constexpr char Type[] = "IPGUTIL";
+
+/// Which applications have a list of their own for GetProgram. The others count through the whole guide,
+/// whose programmes are more than the list's two.
+class GuideList : public Simulator
+{
+protected:
+    GuideList()
+    {
+        Start({"--ts", ZVIPTV_SAMPLE_FILE, "--loop", "--guide", ZVIPTV_SAMPLE_GUIDE});
+        m_service = m_application.Announce(Type);
+    }
+
+    void MakeList()
+    {
+        EXPECT_EQ(Ask({{"functionname", "GetProgramListSize"},
+                       {"inID", "1"},
+                       {"startTime", "1774733400"},
+                       {"duration", "10801"}}),
+                  "2");
+    }
+
+    bool HasList() { return Ask({{"functionname", "GetProgram"}, {"index", "2"}}).empty(); }
+
+    std::string Ask(std::initializer_list<TextEntry> entries)
+    {
+        return m_application.Ask(Type, entries).Value("data");
+    }
+
+    Application m_application;
+    std::string m_service;
+};
+
+TEST_F(GuideList, GoesWithItsApplication)
+{
+    EXPECT_FALSE(HasList());
+    MakeList();
+    EXPECT_TRUE(HasList());
+    m_application.Announce(Type, "n");
+    m_application.Announce(Type);
+    EXPECT_FALSE(HasList());
+}
+
+/// Other channels of the application stay.
+TEST_F(GuideList, GoesWithItsChannel)
+{
+    m_application.Announce("PLAYERCONTROL");
+    MakeList();
+    m_application.Announce(Type, "n");
+    m_application.Announce(Type);
+    EXPECT_FALSE(HasList());
+}
+
+TEST_F(GuideList, StaysWhenAnotherChannelGoes)
+{
+    m_application.Announce("PLAYERCONTROL");
+    MakeList();
+    m_application.Announce("PLAYERCONTROL", "n");
+    EXPECT_TRUE(HasList());
+}
+
+/// It would be kept for good: nobody tells when such an application goes.
+TEST_F(GuideList, IsNotKeptForWhoHasNotAnnouncedItself)
+{
+    WirePeer stranger;
+    auto const ask = [&](std::initializer_list<TextEntry> entries) {
+        return stranger
+            .Call({m_service, ChannelPath(Type), "org.corvel.zviptvapi.DbusCommunication", "Send"},
+                  Entries(entries))
+            .Value("data");
+    };
+    EXPECT_EQ(ask({{"functionname", "GetProgramListSize"},
+                   {"inID", "1"},
+                   {"startTime", "1774733400"},
+                   {"duration", "10801"}}),
+              "2");
+    EXPECT_NE(ask({{"functionname", "GetProgram"}, {"index", "2"}}), "");
+}
+
+} // namespace
+} // namespace zviptv::test

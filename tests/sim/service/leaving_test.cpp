@@ -1,0 +1,95 @@
+#include "DenseStream.h"
+#include "SimulatorTest.h"
+#include "WaitUntil.h"
+
+#include <cstdio>
+#include <fstream>
+
+namespace zviptv::test {
+namespace {
+
+constexpr char Type[] = "IPTVDATASUBSCRIBER";
+constexpr std::size_t Many = 20;
+constexpr std::size_t StackMegabytes = 8;
+
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+constexpr bool TellsAddresses = false;
+#else
+constexpr bool TellsAddresses = true;
+#endif
+
+/// Applications that leave while no packet is sent.
+class Leaving : public Simulator
+{
+protected:
+    void Begin(std::vector<std::string> options)
+    {
+        std::string const path = m_bus.Directory() + "/short.ts";
+        WriteDenseStream(path, {});
+        options.insert(options.end(), {"--ts", path, "--speed", "1000"});
+        Start(options);
+    }
+
+    /// Address space of the simulator, in megabytes. A thread that has ended keeps its stack there until
+    /// somebody joins it.
+    std::size_t Megabytes() const
+    {
+        std::ifstream status("/proc/" + std::to_string(m_simulator->Pid()) + "/status");
+        std::size_t kilobytes = 0;
+        for (std::string word; status >> word && kilobytes == 0;) {
+            if (word == "VmSize:") {
+                status >> kilobytes;
+            }
+        }
+        return kilobytes / 1024;
+    }
+
+    /// Many come, and leave by leaving the bus, or in order.
+    static void ComeAndGo(bool inOrder)
+    {
+        std::vector<Application> applications(Many);
+        for (Application& application : applications) {
+            application.Announce(Type);
+        }
+        for (std::size_t i = 0; inOrder && i < Many; ++i) {
+            applications[i].Announce(Type, "n");
+        }
+    }
+
+    void ExpectNothingKept(bool inOrder = false)
+    {
+        ComeAndGo(inOrder); // what stays of the first ones is for those that come after them
+        std::size_t const before = Megabytes();
+        for (int round = 0; round < 4; ++round) {
+            ComeAndGo(inOrder);
+        }
+        if (!TellsAddresses) {
+            std::puts("The address space is not looked at: under a sanitizer it tells nothing.");
+            return;
+        }
+        EXPECT_TRUE(WaitUntil([&] { return Megabytes() < before + 2 * Many * StackMegabytes; }, Patience))
+            << Megabytes() << " MB, " << before << " before";
+    }
+};
+
+TEST_F(Leaving, AfterTheEndOfTheStream)
+{
+    Begin({});
+    ASSERT_TRUE(m_simulator->WaitForErrors("the stream has ended", Patience));
+    ExpectNothingKept();
+}
+
+TEST_F(Leaving, BeforeTheStreamBegins)
+{
+    Begin({"--wait-for", "1", "--quiet"}); // no status, either
+    ExpectNothingKept();
+}
+
+TEST_F(Leaving, InOrder)
+{
+    Begin({"--wait-for", "1", "--quiet"});
+    ExpectNothingKept(true);
+}
+
+} // namespace
+} // namespace zviptv::test

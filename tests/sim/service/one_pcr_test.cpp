@@ -1,0 +1,51 @@
+#include "MadeStreamTest.h"
+
+namespace zviptv::test {
+namespace {
+
+constexpr std::uint64_t Second = 90'000;
+constexpr std::uint16_t Audio = 0x101;
+
+/// A stream whose only PCR says one second.
+class OnePcr : public MadeStream
+{
+protected:
+    static StreamBuilder Begin()
+    {
+        StreamBuilder builder;
+        builder.Section(0, MakePat({{1, 0x1000}})).Section(0x1000, MakePmt(1, Audio, {{0x03, Audio, {}}}));
+        builder.Pcr(Audio, Second * 300);
+        return builder;
+    }
+
+    std::uint64_t StcAtTheEnd()
+    {
+        m_application.Announce("PLAYERCONTROL");
+        return std::stoull(
+            Number(m_application.Ask("PLAYERCONTROL", {{"functionname", "GetSTCCount"}}), "stcCount"));
+    }
+};
+
+TEST_F(OnePcr, GivesWayToTimeStamps)
+{
+    StreamBuilder builder = Begin();
+    for (std::uint64_t second = 10; second <= 40; ++second) {
+        builder.Pes(Audio, MakePes(second * Second, Noise(100), false, {}, 0xC0));
+    }
+    PlayToTheEnd(builder);
+    std::uint64_t const stc = StcAtTheEnd();
+    EXPECT_GE(stc, 40 * Second);
+    EXPECT_LE(stc, 41 * Second);
+}
+
+TEST_F(OnePcr, IsFollowedAtFiveMegabitsWithoutThem)
+{
+    StreamBuilder builder = Begin();
+    builder.Null(10000);
+    PlayToTheEnd(builder);
+    constexpr double seconds = 10000 * 188 * 8 / 5e6;
+    EXPECT_NEAR(static_cast<double>(StcAtTheEnd()), (1 + seconds) * Second, 100);
+}
+
+} // namespace
+} // namespace zviptv::test

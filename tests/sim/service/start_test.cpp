@@ -1,0 +1,107 @@
+#include "../guide/GuideGenerator.h"
+#include "Processes.h"
+#include "SimulatorTest.h"
+#include "WaitUntil.h"
+
+#include <sys/stat.h>
+
+#include <csignal>
+
+namespace zviptv::test {
+namespace {
+
+constexpr std::uint64_t BigGuide = 40'000'000; // bytes; takes many times as long as a signal
+
+/// A simulator that has much to load before it is ready.
+class SlowStart : public Simulator
+{
+protected:
+    SlowStart() { WriteGuide(m_guide, BigGuide); }
+
+    std::vector<std::string> Command(std::vector<std::string> const& more) const
+    {
+        std::vector<std::string> command{ZVIPTV_SIM, "--ts", ZVIPTV_SAMPLE_FILE, "--guide", m_guide};
+        command.insert(command.end(), more.begin(), more.end());
+        return command;
+    }
+
+    /// True when the process, a simulator, reads the guide.
+    bool Reads(pid_t pid) const { return HasOpen(pid, m_guide); }
+
+    /// Of the service's process, once it reads the guide.
+    pid_t Loading(ChildProcess const& simulator) const
+    {
+        pid_t found = 0;
+        WaitUntil(
+            [&] {
+                for (pid_t const child : ChildrenOf(simulator.Pid())) {
+                    found = Reads(child) ? child : found;
+                }
+                return found != 0;
+            },
+            Patience);
+        return found;
+    }
+
+    std::string const m_guide = m_bus.Directory() + "/big.xml";
+};
+
+/// As on a machine that is very slow: the service stands still for longer than anyone would wait.
+TEST_F(SlowStart, IsAwaited)
+{
+    ChildProcess process(Command({"--", "echo", "ready"}));
+    pid_t const service = Loading(process);
+    ASSERT_NE(service, 0);
+    ASSERT_EQ(kill(service, SIGSTOP), 0);
+    EXPECT_FALSE(process.Wait(std::chrono::seconds(12)));
+    EXPECT_EQ(process.Output(), "");
+    ASSERT_EQ(kill(service, SIGCONT), 0);
+    EXPECT_EQ(process.Wait(3 * Patience), (ExitStatus{0, 0})) << process.Errors();
+    EXPECT_EQ(process.Output(), "ready\n");
+}
+
+TEST_F(SlowStart, IsGivenUpWhenItIsTold)
+{
+    for (int const number : {SIGINT, SIGTERM}) {
+        ChildProcess process(Command({"--", "echo", "ready"}));
+        ASSERT_NE(Loading(process), 0);
+        process.Signal(number);
+        EXPECT_EQ(process.Wait(Patience), (ExitStatus{128 + number, 0}));
+        EXPECT_EQ(process.Errors(), "zviptv-sim: told to end before the service was ready\n");
+        EXPECT_EQ(process.Output(), "");
+    }
+}
+
+TEST_F(SlowStart, EndsAtOnceOnASystemBus)
+{
+    for (int const number : {SIGINT, SIGTERM}) {
+        ChildProcess process(Command({"--bus", "system"}));
+        ASSERT_TRUE(WaitUntil([&] { return Reads(process.Pid()); }, Patience));
+        process.Signal(number);
+        EXPECT_EQ(process.Wait(Patience), (ExitStatus{-1, number}));
+    }
+}
+
+TEST_F(SlowStart, SaysWhenTheServiceIsKilled)
+{
+    ChildProcess process(Command({"--", "echo", "ready"}));
+    pid_t const service = Loading(process);
+    ASSERT_NE(service, 0);
+    ASSERT_EQ(kill(service, SIGKILL), 0);
+    EXPECT_EQ(process.Wait(Patience), (ExitStatus{128 + SIGKILL, 0}));
+    EXPECT_EQ(process.Errors(), "zviptv-sim: the service was ended by signal 9 (Killed)\n");
+}
+
+/// Nobody writes to it: opening it must not wait for that.
+TEST_F(Simulator, RefusesAPipeAsAStream)
+{
+    std::string const path = m_bus.Directory() + "/pipe.ts";
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    ChildProcess process({ZVIPTV_SIM, "--ts", path, "--", "true"});
+    EXPECT_EQ(process.Wait(Patience), (ExitStatus{1, 0}));
+    EXPECT_EQ(process.Errors(),
+              "zviptv-sim: " + path + " is not a regular file: save the stream in one first\n");
+}
+
+} // namespace
+} // namespace zviptv::test

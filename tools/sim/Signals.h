@@ -1,0 +1,37 @@
+#pragma once
+
+#include <chrono>
+
+namespace zviptv::sim {
+
+/// The signals that concern the supervisor: SIGINT, SIGTERM, SIGHUP and SIGCHLD. They are blocked in this
+/// process from now on, and waited for one by one.
+class Signals
+{
+public:
+    using Clock = std::chrono::steady_clock;
+    static constexpr Clock::time_point Never = Clock::time_point::max();
+
+    struct Signal
+    {
+        int number = 0;
+        bool fromProcess = false; ///< sent with kill(), not by the terminal or the kernel
+
+        bool AsksToEnd() const;
+    };
+
+    /// @throws std::system_error
+    Signals();
+    ~Signals();
+    Signals(Signals const&) = delete;
+    Signals& operator=(Signals const&) = delete;
+
+    /// The next signal. Its number is 0 when there is none by `deadline`, or before the pipe `readEnd` (-1
+    /// for none) has something to read or has ended.
+    Signal Next(int readEnd, Clock::time_point deadline) const;
+
+private:
+    int m_descriptor;
+};
+
+} // namespace zviptv::sim
