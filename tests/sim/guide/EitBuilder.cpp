@@ -23,6 +23,8 @@ Bytes FromText(std::string const& text)
     return Bytes(text.begin(), text.end());
 }
 
+EitEventParts::EitEventParts() = default;
+
 Bytes MakeEvent(EitEventParts const& parts)
 {
     std::size_t const size = parts.descriptors.size();

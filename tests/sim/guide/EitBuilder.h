@@ -12,6 +12,8 @@ constexpr std::uint8_t Schedule = 0x50;
 
 struct EitEventParts
 {
+    EitEventParts(); // in the .cpp: g++ 12 warns of its initializers where it is inlined
+
     std::uint16_t id = 1;
     Bytes start{0xEE, 0xC5, 0x12, 0x00, 0x00}; ///< 2026-03-26 12:00:00 UTC
     Bytes duration{0x01, 0x30, 0x00};
