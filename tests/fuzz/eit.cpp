@@ -1,6 +1,5 @@
 #include "GuideChecks.h"
 #include "Sections.h"
-#include "StreamTestSupport.h"
 
 #include "guide/EitGuide.h"
 #include "guide/EitReader.h"
@@ -10,10 +9,9 @@
 
 using namespace zviptv::sim;
 using namespace zviptv::fuzz;
+namespace test = zviptv::test;
 
 namespace {
-
-constexpr std::size_t LargestSection = 4096;
 
 void Check(EitEvent const& event)
 {
@@ -21,7 +19,7 @@ void Check(EitEvent const& event)
         Require(text.language.size() == 3 && IsUtf8(text.language), "a language is three characters");
         for (std::string const& part : {text.title, text.summary, text.description}) {
             Require(IsUtf8(part) && !HasControls(part), "texts are UTF-8 without control characters");
-            Require(part.size() <= 4 * LargestSection, "texts do not grow without bound");
+            Require(part.size() <= 4 * EventSections.largest, "texts do not grow without bound");
         }
     }
     for (EitRating const& rating : event.ratings) {
@@ -31,13 +29,29 @@ void Check(EitEvent const& event)
     Require(event.duration.value_or(0) < 100 * 3600, "a duration has two digits of hours");
 }
 
+test::Bytes Packets(FuzzedDataProvider& input)
+{
+    test::Bytes stream = Rest(input);
+    CheckSections(stream, EitReader::Pid, EventSections);
+    CheckSections(stream, EitReader::Pid, ServiceSections);
+    return stream;
+}
+
+test::Bytes Sections(FuzzedDataProvider& input)
+{
+    auto const sections = ConsumeSections(input, {EitReader::Pid}, EventSections.largest);
+    test::Bytes stream = StreamOf(sections);
+    CheckArrival(sections, stream, EitReader::Pid, EventSections);
+    return stream;
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
 {
     FuzzedDataProvider input(data, size);
     bool const arePackets = input.ConsumeBool();
-    auto const stream = arePackets ? Rest(input) : ConsumeSections(input, {EitReader::Pid}, LargestSection);
+    test::Bytes const stream = arePackets ? Packets(input) : Sections(input);
     EitReader reader;
     bool changed = false;
     zviptv::test::ForEachPacket(stream,

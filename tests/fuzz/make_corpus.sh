@@ -21,11 +21,18 @@ ttx list
 captions list
 rating
 unlock pin
+captions select caption 0
+ttx select 0
+subtitle select 0
 mute audio on
+mute video on
+unlock programme
 guide exists
 guide now 1
 guide list 1 1774735200 3600
 guide genre 1
+guide find 1 1
+guide get 0
 guide rating 1
 pes --count 12
 call SetAudioFormat AC3 1
@@ -97,6 +104,9 @@ text_seeds() {
     seed xmltv sample "$(sed 's/[%\\]/&&/g' "$root/samples/sample.xml")\n\377"
     seed xmltv programme '<tv><channel id="1.a"><display-name lang="de">Eins</display-name></channel><programme start="20260329010000 +0100" stop="20260329020000 CET" channel="1.a"><title lang="de">T</title><category>News</category><rating system="FSK"><value>12</value></rating></programme></tv>\004'
     seed xmltv latin "<?xml version='1.0' encoding='ISO-8859-1'?><tv><programme start='202603290100' channel='x'><title>\351</title></programme></tv>\020"
+    seed xmltv bytes "<?xml version='1.0' encoding='windows-1252'?><tv><programme start='202603290100' channel='x'><title>\200</title></programme></tv>\020"
+    seed xmltv entity '<!DOCTYPE tv [<!ENTITY e "x">]><tv><programme start="2026" channel="1"><title>&e;</title></programme></tv>\001'
+    seed xmltv unread '<!DOCTYPE tv SYSTEM "xmltv.dtd"><tv><programme start="2026" channel="1"><title>&nbsp;</title></programme></tv>\001'
     seed xmltv wide '\377\376<\0t\0v\0/\0>\0\001'
     seed xmltv overlap '<tv><programme start="2026" channel="1"/><programme start="2026" channel="1"/><programme start="20260101000100" stop="20251231" channel="1"/></tv>\001'
     for text in 'Tonight' '\005Caf\351' '\020\000\002\341' '\021\000A\004\020' '\025\303\251' 'A\312e\341\212\206x\207' \

@@ -2,6 +2,7 @@
 #include "StreamTestSupport.h"
 
 #include "Captions.h"
+#include "stream/AribLanguages.h"
 #include "stream/AudioFormat.h"
 #include "stream/PesAssembler.h"
 #include "stream/PesHeader.h"
@@ -16,6 +17,33 @@ using zviptv::test::Bytes;
 namespace {
 
 constexpr std::size_t Limit = 2000;
+
+/// What the head of a frame tells is possible, or 0.
+void CheckSounds(Bytes const& pes)
+{
+    for (auto const codec : {AudioCodec::Mpeg, AudioCodec::AacAdts, AudioCodec::AacLatm, AudioCodec::Aac,
+                             AudioCodec::Ac3, AudioCodec::EnhancedAc3, AudioCodec::Dts}) {
+        auto const format = ParseAudioFormat(codec, pes);
+        Require(!format || codec != AudioCodec::Dts, "no head of a DTS frame is known");
+        Require(!format || (format->sampleRate > 0 && format->sampleRate <= 192000), "a sound's rate");
+        Require(!format || (format->channels <= 8 && format->bitRate <= 10000000), "and channels and bits");
+    }
+}
+
+/// Every language takes five bytes at least.
+void CheckLanguages(Bytes const& pes)
+{
+    auto const languages = ParseAribLanguages(pes);
+    if (!languages) {
+        return;
+    }
+    constexpr std::size_t LanguageSize = 5;
+    Require(languages->size() * LanguageSize < pes.size(), "no language comes from nowhere");
+    for (AribLanguage const& language : *languages) {
+        Require(language.tag < 8 && language.language.size() == 3,
+                "a language has a tag and three characters");
+    }
+}
 
 void CheckContent(Bytes const& pes)
 {
@@ -35,12 +63,8 @@ void CheckContent(Bytes const& pes)
         Require(!format || (format->frameRate.numerator == 0) == (format->frameRate.denominator == 0),
                 "a rate is a number or not known");
     }
-    for (auto const codec : {AudioCodec::Mpeg, AudioCodec::AacAdts, AudioCodec::AacLatm, AudioCodec::Aac,
-                             AudioCodec::Ac3, AudioCodec::EnhancedAc3, AudioCodec::Dts}) {
-        auto const format = ParseAudioFormat(codec, pes);
-        Require(!format || (format->sampleRate <= 192000 && format->channels <= 64),
-                "a sound's rate and channels");
-    }
+    CheckSounds(pes);
+    CheckLanguages(pes);
 }
 
 /// From packets of any kind no more comes out than the limit lets.

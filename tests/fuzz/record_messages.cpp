@@ -118,7 +118,7 @@ public:
     /// The command with all the answers that it got.
     void Finish()
     {
-        if (m_command.rfind("pes", 0) == 0 || m_replies.empty() || m_replies.size() > 5) {
+        if (m_command.rfind("pes", 0) == 0 || m_replies.empty() || m_replies.size() > 15) {
             return;
         }
         SeedWriter seed;

@@ -1,4 +1,5 @@
 #include "EitBuilder.h"
+#include "PesSeeds.h"
 #include "SeedWriter.h"
 #include "StreamTestSupport.h"
 
@@ -64,6 +65,15 @@ void WriteTables(std::filesystem::path const& corpus, Bytes const& sample)
     Bytes const teletext{0x56, 0x0A, 'e', 'n', 'g', 0x09, 0x00, 'd', 'e', 'u', 0x11, 0x88};
     Bytes const arib{0x52, 0x01, 0x30, 0xFD, 0x03, 0x00, 0x08, 0x3D};
     Bytes const captions{0x86, 0x0D, 0xC2, 'e', 'n', 'g', 0xC1, 0x3F, 0xFF, 'k', 'o', 'r', 0xC2, 0x7F, 0xFF};
+    Bytes const utf8{0x00, 0x01, 0xFF, 0x00, 0x01, 0xFC, 0x80, 0x0C, 0x48, 0x0A,
+                     0x01, 0x01, 'P',  0x06, 0x15, 'C',  'a',  'f',  0xC3, 0xA9};
+    Bytes const latin{0x00, 0x01, 0xFF, 0x00, 0x01, 0xFC, 0x80, 0x0D, 0x48, 0x0B, 0x01,
+                      0x01, 'P',  0x07, 0x10, 0x00, 0x01, 'C',  'a',  'f',  0xE9};
+    WriteSeed(corpus / "tables", "names",
+              SeedOf({{0, MakePat({{1, 0x1000}})},
+                      {1, MakePmt(1, 0x100, {{0x1B, 0x100, {}}})},
+                      {2, MakeSection(0x42, 1, 0, utf8)},
+                      {2, MakeSection(0x42, 1, 1, latin)}}));
     WriteSeed(corpus / "tables", "many-kinds",
               SeedOf({{0, MakePat({{1, 0x1000}, {2, 0x0100}})},
                       {1, MakePmt(1, 0x100,
@@ -90,6 +100,10 @@ void WriteFiles(std::filesystem::path const& corpus, Bytes const& sample)
     }
     WriteSeed(corpus / "ts_file", "distance-192", stamped);
     WriteSeed(corpus / "ts_file", "distance-204", protectedByParity);
+    std::ptrdiff_t const lost = 15 * TsPacketSize;
+    WriteSeed(corpus / "ts_file", "out-of-step-inside",
+              TextOf(Bytes(sample.begin(), sample.begin() + lost) +
+                     Bytes(sample.begin() + lost + 50, sample.begin() + 2 * lost)));
     StreamBuilder jumps;
     jumps.Section(0, MakePat({{1, 0x1000}}))
         .Section(0x1000, MakePmt(1, 0x100, {{0x06, 0x102, {0x56, 0x05, 'e', 'n', 'g', 0x11, 0x88}}}))
@@ -101,6 +115,33 @@ void WriteFiles(std::filesystem::path const& corpus, Bytes const& sample)
         .Pcr(0x100, 5);
     WriteSeed(corpus / "ts_file", "jumps", TextOf(jumps.Stream()));
     WriteSeed(corpus / "pes", "packets", TextOf(jumps.Stream()) + '\x01');
+}
+
+/// A programme of one track of every coding, with small packets of it.
+void WriteTracks(std::filesystem::path const& corpus)
+{
+    std::map<std::string, PmtStream> const tracks{
+        {"mpeg-layer-2-dual", {0x03, 0x110, {}}},
+        {"adts", {0x0F, 0x111, {}}},
+        {"latm", {0x11, 0x112, {}}},
+        {"ac3", {0x06, 0x113, {0x6A, 0x01, 0x00}}},
+        {"eac3", {0x06, 0x114, {0x7A, 0x01, 0x00}}},
+        {"arib-superimposed", {0x06, 0x115, {0x52, 0x01, 0x38, 0xFD, 0x03, 0x00, 0x08, 0x3C}}},
+        {"arib-languages", {0x06, 0x116, {0x52, 0x01, 0x30, 0xFD, 0x03, 0x00, 0x08, 0x3D}}}};
+    std::vector<PmtStream> streams{{0x02, 0x100, {}}};
+    for (auto const& [name, stream] : tracks) {
+        streams.push_back(stream);
+    }
+    StreamBuilder all;
+    all.Section(0, MakePat({{1, 0x1000}})).Section(0x1000, MakePmt(1, 0x100, streams)).Pcr(0x100, 1000);
+    for (NamedPes const& pes : SmallPesPackets()) {
+        WriteSeed(corpus / "pes", pes.name, TextOf(pes.bytes) + '\x00');
+        auto const track = tracks.find(pes.name);
+        if (track != tracks.end()) {
+            all.Pes(track->second.pid, pes.bytes).Pes(track->second.pid, pes.bytes);
+        }
+    }
+    WriteSeed(corpus / "ts_file", "tracks", TextOf(all.Pcr(0x100, 90000).Stream()));
 }
 
 void WritePes(std::filesystem::path const& corpus, Bytes const& sample)
@@ -153,6 +194,7 @@ int main(int argc, char* argv[])
     Bytes const sample(std::istreambuf_iterator<char>(file), {});
     WriteTables(argv[1], sample);
     WriteFiles(argv[1], sample);
+    WriteTracks(argv[1]);
     WritePes(argv[1], sample);
     WriteEvents(argv[1]);
     return 0;

@@ -1,5 +1,4 @@
 #include "Sections.h"
-#include "StreamTestSupport.h"
 
 #include "CaptionServices.h"
 #include "Tracks.h"
@@ -13,7 +12,7 @@ using zviptv::fuzz::Require;
 
 namespace {
 
-constexpr std::size_t LargestSection = 1024;
+std::vector<std::uint16_t> const Pids{0x0000, 0x1000, 0x0011, 0x0100};
 
 /// Three characters, or none at all.
 bool IsLanguage(std::string const& language)
@@ -38,6 +37,14 @@ void Check(Programme const& programme)
     }
     Require(AudioTracks(programme).size() == programme.audio.size(), "every audio track becomes a record");
     Require(Subtitles(programme).size() == programme.subtitles.size(), "every subtitle");
+    std::size_t const pages = TeletextPages(programme).size();
+    Require(pages == programme.teletext.size(), "every teletext page");
+    Require(HybridSubtitles(programme).size() <= programme.subtitles.size() + pages,
+            "and those with subtitles");
+    Require(IsdbTexts(programme, ZV_ISDB_TEXT_CAPTION).size() +
+                    IsdbTexts(programme, ZV_ISDB_TEXT_SUPERIMPOSE).size() ==
+                programme.arib.size(),
+            "every ISDB text");
     CaptionServices(programme);
     Require(HaveSameContent(programme, programme), "a programme is like itself");
 }
@@ -47,8 +54,11 @@ void Check(Programme const& programme)
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
 {
     FuzzedDataProvider input(data, size);
-    auto const stream =
-        zviptv::fuzz::ConsumeSections(input, {0x0000, 0x1000, 0x0011, 0x0100}, LargestSection);
+    auto const sections = zviptv::fuzz::ConsumeSections(input, Pids, ServiceSections.largest);
+    auto const stream = zviptv::fuzz::StreamOf(sections);
+    for (std::uint16_t const pid : Pids) {
+        zviptv::fuzz::CheckArrival(sections, stream, pid, ServiceSections);
+    }
     ProgrammeTable table;
     zviptv::test::ForEachPacket(stream, [&](TsPacket const& packet) { table.Push(packet); });
     Require(table.Programmes().size() <= ProgrammeTable::MaxProgrammes, "so many programmes at most");

@@ -18,18 +18,54 @@ namespace {
 
 constexpr std::uint64_t PtsModulus = std::uint64_t{1} << 33;
 
-void Check(Programme const& programme)
+/// What is known of the programme's frames, as the player keeps it.
+struct Heard
+{
+    AudioFormats sounds;
+    AribLanguages texts;
+};
+
+void CheckTexts(Programme const& programme, AribLanguages const& languages)
+{
+    std::size_t wanted = 0;
+    for (AribTrack const& track : programme.arib) {
+        auto const known = languages.find(track.pid);
+        wanted += known == languages.end() ? 1 : std::max<std::size_t>(known->second.size(), 1);
+    }
+    Require(IsdbTexts(programme, ZV_ISDB_TEXT_CAPTION, languages).size() +
+                    IsdbTexts(programme, ZV_ISDB_TEXT_SUPERIMPOSE, languages).size() ==
+                wanted,
+            "every ISDB text in each language");
+}
+
+void Check(Programme const& programme, Heard const& heard)
 {
     Require(IsUtf8(programme.name) && IsUtf8(programme.provider), "names are UTF-8");
-    Require(AudioTracks(programme).size() == programme.audio.size(), "every audio track becomes a record");
+    Require(AudioTracks(programme, heard.sounds).size() == programme.audio.size(),
+            "every audio track becomes a record");
     Require(TeletextPages(programme).size() == programme.teletext.size(), "every teletext page");
     Require(Subtitles(programme).size() == programme.subtitles.size(), "every subtitle");
-    Require(IsdbTexts(programme, ZV_ISDB_TEXT_CAPTION).size() +
-                    IsdbTexts(programme, ZV_ISDB_TEXT_SUPERIMPOSE).size() ==
-                programme.arib.size(),
-            "every ISDB text");
+    CheckTexts(programme, heard.texts);
     for (CaptionService const& service : CaptionServices(programme)) {
         Require(service.number >= 0 && service.number < 64, "a caption service has six bits");
+    }
+}
+
+/// Reads the packet's head as what its programme says it is.
+void Listen(Programme const& programme, PesPacket const& pes, Heard& heard)
+{
+    for (AudioTrack const& track : programme.audio) {
+        if (track.pid == pes.pid) {
+            if (auto const format = ParseAudioFormat(track.codec, pes.bytes)) {
+                Require(format->sampleRate > 0, "a sound has a rate");
+                heard.sounds[track.pid] = *format;
+            }
+        }
+    }
+    if (pes.kind == StreamKind::AribCaption || pes.kind == StreamKind::AribSuperimpose) {
+        if (auto languages = ParseAribLanguages(pes.bytes)) {
+            heard.texts[pes.pid] = std::move(*languages);
+        }
     }
 }
 
@@ -53,15 +89,21 @@ void Check(PesPacket const& pes)
 void Play(Demux& demux, std::size_t size, StreamTime& last)
 {
     std::size_t delivered = 0;
+    Heard heard;
     while (auto const event = demux.Next()) {
         Require(event->at.time >= last && event->at.stc < PcrModulus, "time does not run back");
         last = event->at.time;
         if (event->type == EventType::Pes) {
             Check(event->pes);
+            Require(demux.Current() != nullptr, "a packet belongs to a programme");
+            Listen(*demux.Current(), event->pes, heard);
             delivered += event->pes.bytes.size();
         } else if (event->programme) {
-            Check(*event->programme);
+            Check(*event->programme, heard);
         }
+    }
+    if (demux.Current()) {
+        Check(*demux.Current(), heard);
     }
     Require(delivered <= size, "no more comes out than went in");
 }
@@ -80,7 +122,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
         demux.Rewind();
         Require(demux.Programmes().size() <= ProgrammeTable::MaxProgrammes, "so many programmes at most");
         for (Programme const& programme : std::vector<Programme>(demux.Programmes())) {
-            Check(programme);
+            Check(programme, {});
         }
         if (!demux.Programmes().empty()) {
             std::uint16_t const number = demux.Programmes().back().number;

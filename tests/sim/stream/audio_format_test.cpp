@@ -122,6 +122,19 @@ TEST(AudioFormat, ReadsLatm)
                  48000, 0, 2, false);
 }
 
+TEST(AudioFormat, ReadsARateThatLatmSpellsOut)
+{
+    // rate code 15, and behind it the rate itself in 24 bits
+    auto const spelledOut = [](Bytes const& rate) {
+        return FormatIn(AudioCodec::AacLatm, Frame(Join({0x56, 0xE0, 0x11, 0x20, 0x00, 0x17}, rate), 20));
+    };
+    ExpectFormat(spelledOut({0x80, 0x5D, 0xC0, 0x10}), 48000, 0, 2, false);
+    ExpectFormat(spelledOut({0x81, 0x77, 0x00, 0x10}), 192000, 0, 2, false);
+    EXPECT_FALSE(spelledOut({0x81, 0x77, 0x00, 0x90})) << "192001 Hz, which no sound has";
+    EXPECT_FALSE(spelledOut({0xFF, 0xFF, 0xFF, 0x90}));
+    EXPECT_FALSE(spelledOut({0x80, 0x00, 0x00, 0x10})) << "0 Hz";
+}
+
 TEST(AudioFormat, ReadsAc3)
 {
     // 48 kHz, 384 kbit/s: 1536 bytes; bsid 8; three and two channels, effects

@@ -15,11 +15,28 @@ void ExpectTimesNeverDecrease(std::vector<Event> const& events)
         EXPECT_LE(events[i - 1].at.time, events[i].at.time) << "event " << i;
 }
 
-/// Makes packets for ever.
+/// Takes so many events of a stream that never ends; the time of the last.
+StreamTime TimeAfter(Demux& demux, int events)
+{
+    StreamTime last{};
+    for (int i = 0; i < events; ++i) {
+        auto const event = demux.Next();
+        if (!event || event->at.time < last) {
+            ADD_FAILURE() << "event " << i << (event ? " goes back in time" : " is missing");
+            break;
+        }
+        last = event->at.time;
+    }
+    return last;
+}
+
+/// After the head, makes audio packets for ever.
 class EndlessSource : public PacketSource
 {
 public:
-    explicit EndlessSource(Bytes const& head, Bytes const& packet) : m_head(head), m_packet(ToTsBytes(packet))
+    EndlessSource(StreamBuilder const& head, std::optional<std::uint64_t> pts)
+        : m_head(head.Stream()),
+          m_packet(ToTsBytes(MakePacket({Audio, 0, true, MakePes(pts, Noise(100)), false, false, false, {}})))
     {
     }
 
@@ -153,37 +170,20 @@ TEST(DemuxClock, AnEndlessStreamWithoutClockIsNotReadForEver)
 {
     StreamBuilder head;
     AddTables(head);
-    auto source = std::make_unique<EndlessSource>(
-        head.Stream(), MakePacket({Audio, 0, true, MakePes({}, Noise(100)), false, false, false, {}}));
+    auto source = std::make_unique<EndlessSource>(head, std::nullopt);
     EndlessSource const& counting = *source;
     Demux demux(std::move(source));
     ASSERT_TRUE(demux.Next());
     EXPECT_LE(counting.Reads(), Timeline::MaxPacketsWithoutClock + 10);
-    StreamTime last{};
-    for (int i = 0; i < 100'000; ++i) {
-        auto const event = demux.Next();
-        ASSERT_TRUE(event);
-        ASSERT_GE(event->at.time, last);
-        last = event->at.time;
-    }
-    EXPECT_GT(last, StreamTime(0));
+    EXPECT_GT(TimeAfter(demux, 100'000), StreamTime(0));
 }
 
 TEST(DemuxClock, AnEndlessStreamWhosePcrStopsGoesOnByItsTimeStamps)
 {
     StreamBuilder head;
     AddTables(head).Pcr(Video, 0).Null(9).Pcr(Video, 2700).Null(9);
-    auto source = std::make_unique<EndlessSource>(
-        head.Stream(), MakePacket({Audio, 0, true, MakePes(5, Noise(100)), false, false, false, {}}));
-    Demux demux(std::move(source));
-    StreamTime last{};
-    for (int i = 0; i < 50'000; ++i) {
-        auto const event = demux.Next();
-        ASSERT_TRUE(event);
-        ASSERT_GE(event->at.time, last);
-        last = event->at.time;
-    }
-    EXPECT_GT(last, StreamTime(2700));
+    Demux demux(std::make_unique<EndlessSource>(head, 5));
+    EXPECT_GT(TimeAfter(demux, 50'000), StreamTime(2700));
 }
 
 TEST(DemuxClock, RunsWithoutAnyPes)

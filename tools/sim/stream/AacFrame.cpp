@@ -51,9 +51,11 @@ AudioFormat ReadSpecificConfig(BitReader& bits)
     return FormatOf(sampleRate, type == ParametricStereo ? 2 : channels);
 }
 
-/// Of the plain form, which has one programme of one layer; other forms tell nothing.
+/// Of the plain form, which has one programme of one layer; other forms tell nothing, nor does a rate that no
+/// sound has.
 std::optional<AudioFormat> ReadStreamMuxConfig(BitReader& bits)
 {
+    constexpr std::uint32_t HighestRate = 192000;
     bool const version = bits.Flag();
     bool const sameTiming = bits.Flag();
     bits.Skip(6); // frames in an element
@@ -62,7 +64,8 @@ std::optional<AudioFormat> ReadStreamMuxConfig(BitReader& bits)
     if (version || !sameTiming || programmes != 0 || layers != 0)
         return std::nullopt;
     AudioFormat const format = ReadSpecificConfig(bits);
-    return bits.Ok() && format.sampleRate != 0 ? std::optional<AudioFormat>(format) : std::nullopt;
+    bool const isSound = bits.Ok() && format.sampleRate != 0 && format.sampleRate <= HighestRate;
+    return isSound ? std::optional<AudioFormat>(format) : std::nullopt;
 }
 
 } // namespace
