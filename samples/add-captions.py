@@ -18,6 +18,17 @@ WORDS = [("One", "Eins", "いち"), ("Two", "Zwei", "に"), ("Three", "Drei", "�
 FRONT_PAGE = ["", "  ZV Sample One", "", "  This is page 100.", "", "  888  Subtitles in English",
               "  889  Untertitel auf Deutsch"]
 ENGLISH, GERMAN = 0, 1          # national character sets
+CRC16, CRC32 = (2, 0x11021, 0), (4, 0x104C11DB7, 0xFFFFFFFF)   # bytes, polynomial, start
+
+
+def checksum(data, size, polynomial, start):
+    """A cyclic redundancy check: CRC16 or CRC32."""
+    crc = start
+    for byte in data:
+        crc ^= byte << 8 * size - 8
+        for _ in range(8):
+            crc = crc << 1 ^ (polynomial if crc >> 8 * size - 1 else 0)
+    return crc.to_bytes(size, "big")
 
 
 # Teletext sends the least significant bit first: teletext_pes turns the bytes around.
@@ -83,18 +94,9 @@ def teletext_pes(pts, unit_id, packets):
 
 # ARIB captions
 
-def crc16(data):
-    crc = 0
-    for byte in data:
-        crc ^= byte << 8
-        for _ in range(8):
-            crc = crc << 1 ^ (0x11021 if crc & 0x8000 else 0)
-    return crc.to_bytes(2, "big")
-
-
 def arib_pes(pts, group, data):
     group = bytes([group << 2, 0, 0]) + len(data).to_bytes(2, "big") + data
-    return pes(pts, b"\x80\xFF\xF0" + group + crc16(group), header_size=5)
+    return pes(pts, b"\x80\xFF\xF0" + group + checksum(group, *CRC16), header_size=5)
 
 
 def management():
@@ -115,15 +117,6 @@ def pes(pts, payload, header_size):
     stamp = [0x21 | pts >> 29 & 14, pts >> 22 & 255, pts >> 14 & 255 | 1, pts >> 7 & 255, pts << 1 & 255 | 1]
     rest = bytes([0x84, 0x80, header_size]) + bytes(stamp).ljust(header_size, b"\xFF") + payload
     return b"\0\0\1\xBD" + len(rest).to_bytes(2, "big") + rest
-
-
-def crc32(data):
-    crc = 0xFFFFFFFF
-    for byte in data:
-        crc ^= byte << 24
-        for _ in range(8):
-            crc = crc << 1 ^ (0x104C11DB7 if crc & 0x80000000 else 0)
-    return crc.to_bytes(4, "big")
 
 
 def ts_packets(pid, payload, counter):
@@ -162,7 +155,7 @@ def announce(packet):
         ARIB_PID, descriptor(0x52, b"\x30") + descriptor(0xFD, b"\x00\x08\x3D"))
     rest = packet[8:end] + entries
     section = packet[5:6] + (0xB000 | len(rest) + 4).to_bytes(2, "big") + rest
-    return (packet[:5] + section + crc32(section)).ljust(188, b"\xFF")
+    return (packet[:5] + section + checksum(section, *CRC32)).ljust(188, b"\xFF")
 
 
 def schedule():

@@ -27,3 +27,11 @@ for header in "$prefix"/include/zviptv/*.h; do
     printf '#include <%s>\n#include <%s>\nint main() {}\n' "$name" "$name" >"$work/one.cpp"
     "$CXX" -std=c++17 -Wall -Wextra -Wpedantic -Werror -fsyntax-only -I "$prefix/include" "$work/one.cpp"
 done
+
+# An older language is told in a sentence, before anything else.
+printf '#include <zviptv/IPTVServiceAPI.h>\n' >"$work/old.cpp"
+if "$CXX" -std=c++14 -fsyntax-only -I "$prefix/include" "$work/old.cpp" 2>"$work/errors"; then
+    echo "the headers take C++14"
+    exit 1
+fi
+grep -m1 'error:' "$work/errors" | grep -q 'compile with -std=c++17 or later'

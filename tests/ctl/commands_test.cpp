@@ -78,8 +78,13 @@ TEST_F(CommandsTest, ARefusedListEndsWithOne)
     m_service.Answer("SizeOfAudio", {{"result_internal", "0"}, {"size", "0"}});
     CtlResult const result = RunCtl({"audio", "list"});
     EXPECT_EQ(1, result.code);
-    EXPECT_EQ("the service refused to list the audio tracks\n", result.output);
-    EXPECT_EQ("{\"result\":false}\n", RunCtl({"audio", "list", "--json"}).output);
+    EXPECT_EQ("", result.output);
+    EXPECT_EQ("zviptvctl: the service refused to list the audio tracks: 'zviptvctl status' shows whether it "
+              "plays\n",
+              result.errors);
+    CtlResult const json = RunCtl({"audio", "list", "--json"});
+    EXPECT_EQ("{\"result\":false}\n", json.output);
+    EXPECT_EQ(result.errors, json.errors);
 }
 
 TEST_F(CommandsTest, SelectingAsksForTheIndex)
@@ -93,10 +98,27 @@ TEST_F(CommandsTest, SelectingAsksForTheIndex)
     EXPECT_EQ(
         Entries({{"functionname", "SetCurrentISDBText"}, {"handleID", "256"}, {"mode", "1"}, {"index", "0"}}),
         RequestOf({"captions", "select", "superimpose", "0"}, "superimpose 0 selected\n"));
+}
+
+TEST_F(CommandsTest, ARefusalSaysWhatToLookAt)
+{
     m_service.AnswerByDefault(Entries({{"result_internal", "0"}}));
-    CtlResult const refused = RunCtl({"audio", "select", "9"});
-    EXPECT_EQ(1, refused.code);
-    EXPECT_EQ("the service refused to select audio track 9\n", refused.output);
+    std::vector<std::pair<Words, std::string>> const refusals = {
+        {{"audio", "select", "9"}, "select audio track 9: 'zviptvctl audio list' shows which there are"},
+        {{"ttx", "select", "9"}, "select teletext entry 9: 'zviptvctl ttx list' shows which there are"},
+        {{"subtitle", "select", "9"}, "select subtitle 9: 'zviptvctl subtitle list' shows which there are"},
+        {{"captions", "select", "caption", "9"},
+         "select caption 9: 'zviptvctl captions list' shows which there are"},
+        {{"mute", "video", "on"}, "mute the video: 'zviptvctl status' shows whether it plays"},
+        {{"unlock", "all"}, "change the lock: 'zviptvctl rating' shows what is locked"},
+        {{"unlock", "pin"}, "lift the mute: 'zviptvctl rating' shows what is locked"},
+    };
+    for (auto const& [command, words] : refusals) {
+        CtlResult const refused = RunCtl(command);
+        EXPECT_EQ(1, refused.code);
+        EXPECT_EQ("", refused.output);
+        EXPECT_EQ("zviptvctl: the service refused to " + words + "\n", refused.errors);
+    }
 }
 
 TEST_F(CommandsTest, MuteAndUnlock)

@@ -6,6 +6,15 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
+/// The JSON object of a command that failed has nothing else.
+void ExpectErrorAlone(std::string const& output, std::string const& start)
+{
+    Json::Value const json = ParseJson(output);
+    EXPECT_FALSE(json["result"].asBool());
+    EXPECT_THAT(json["error"].asString(), StartsWith(start));
+    EXPECT_EQ(2U, json.size());
+}
+
 TEST_F(CtlTest, RefusalEndsWithOne)
 {
     m_service.Answer("MuteAudio", {{"result_internal", "0"}});
@@ -43,10 +52,7 @@ TEST_F(CtlTest, NoServiceEndsWithThree)
             "that has it\n",
             result.errors);
     }
-    Json::Value const json = ParseJson(RunCtl({"--json", "status"}).output);
-    EXPECT_FALSE(json["result"].asBool());
-    EXPECT_THAT(json["error"].asString(), StartsWith("no service on this bus"));
-    EXPECT_EQ(2U, json.size());
+    ExpectErrorAlone(RunCtl({"--json", "status"}).output, "no service on this bus");
 }
 
 TEST_F(CtlTest, TimeOutEndsWithFour)
@@ -56,10 +62,7 @@ TEST_F(CtlTest, TimeOutEndsWithFour)
     EXPECT_EQ(4, result.code);
     EXPECT_THAT(result.errors,
                 StartsWith("zviptvctl: GetSTCCount: no answer from the service ([24] Timeout"));
-    Json::Value const json = ParseJson(result.output);
-    EXPECT_FALSE(json["result"].asBool());
-    EXPECT_THAT(json["error"].asString(), StartsWith("GetSTCCount: no answer"));
-    EXPECT_EQ(2U, json.size());
+    ExpectErrorAlone(result.output, "GetSTCCount: no answer");
 }
 
 TEST_F(CtlTest, ErrorReplyEndsWithFour)

@@ -116,14 +116,30 @@ TEST_F(StreamTest, TellsOnceThatTheSourceHasEnded)
     EXPECT_EQ("video pid=0x0100 pts=1 size=1\n", child->Output());
 }
 
-TEST_F(StreamTest, ASilentSourceThatPlaysIsNotTold)
+/// Each of the two is told once.
+TEST_F(StreamTest, TellsOfSilenceAndThenOfTheEnd)
 {
     m_service.Answer("GetSourceState", {{"result_internal", "1"}, {"sourcestate", "2"}});
-    auto const child = StartSubscribed({"caption", "--seconds", "4"}, "requestCaptionCB");
-    EXPECT_TRUE(m_service.WaitForRequest("GetSourceState"));
+    auto const child = StartSubscribed({"caption"}, "requestCaptionCB");
+    ASSERT_TRUE(child->WaitForErrors("zviptvctl: nothing has come for 5 seconds; Ctrl-C ends\n", patience));
+    m_service.ClearRecords();
+    ASSERT_TRUE(m_service.WaitForRequest("GetSourceState")); // five seconds later
+    m_service.Answer("GetSourceState", {{"result_internal", "1"}, {"sourcestate", "3"}});
+    ASSERT_TRUE(child->WaitForErrors("zviptvctl: the source has ended", patience));
+    child->Signal(SIGINT);
     CtlResult const result = Finish(*child);
     EXPECT_EQ(0, result.code);
-    EXPECT_THAT(result.errors, testing::MatchesRegex("zviptvctl: 0 packets, 0 bytes in [^\n]*\n"));
+    EXPECT_THAT(result.errors, testing::MatchesRegex("zviptvctl: nothing has [^\n]*\nzviptvctl: the source "
+                                                     "[^\n]*\nzviptvctl: 0 packets, [^\n]*\n"));
+}
+
+TEST_F(StreamTest, TellsOfSilenceWithoutASourceStateToo)
+{
+    m_service.AnswerError("GetSourceState");
+    auto const child = StartSubscribed({"pes", "--seconds", "6"});
+    CtlResult const result = Finish(*child);
+    EXPECT_EQ(0, result.code);
+    EXPECT_THAT(result.errors, StartsWith("zviptvctl: nothing has come for 5 seconds; Ctrl-C ends\n"));
 }
 
 TEST_F(StreamTest, UnreadableNotificationsAreToldAndSkipped)

@@ -56,6 +56,20 @@ TEST(UsageTest, HelpThatCannotBeWrittenEndsWithSix)
     }
 }
 
+TEST(UsageTest, AReaderWhoHasSeenEnoughHelpIsNoFailure)
+{
+    for (char const* const help : {"--help-all", "--help", "help", "--version", "methods"}) {
+        // The reader has gone before the program writes.
+        ChildProcess child({"bash", "-c",
+                            "coproc read -r; reader=$COPROC_PID; exec 3>&\"${COPROC[1]}\"; echo >&3;"
+                            " wait $reader; exec \"$0\" \"$1\" >&3",
+                            ZVIPTVCTL_PATH, help});
+        CtlResult const result = Finish(child);
+        EXPECT_EQ(0, result.code) << help;
+        EXPECT_EQ("", result.errors) << help;
+    }
+}
+
 TEST(UsageTest, HelpNamesTheExitCodes)
 {
     std::string const help = RunAlone({"--help"}).output;
@@ -152,6 +166,8 @@ INSTANTIATE_TEST_SUITE_P(
         Mistake{{"status", "now"}, "zviptvctl status: one argument too many: 'now'\n"},
         Mistake{{"audio", "selct", "1"}, "zviptvctl audio: unknown command 'selct'; did you mean select?\n"},
         Mistake{{"audio", "select"}, "zviptvctl audio select: N is required\n"},
+        Mistake{{"pes", "--count"}, "zviptvctl pes: --count needs a value\n"},
+        Mistake{{"pes", "--count", "1", "--count", "2"}, "zviptvctl pes: --count is given more than once\n"},
         Mistake{{"audio", "select", "x"},
                 "zviptvctl: argument 'N' of 'audio select' is a signed 32-bit number"},
         Mistake{{"mute", "audio", "maybe"}, "zviptvctl: argument 'STATE' of 'mute audio' is 1, true or on"},

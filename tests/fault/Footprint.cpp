@@ -1,5 +1,7 @@
 #include "Footprint.h"
 
+#include "Sanitizers.h"
+
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -39,12 +41,9 @@ long PeakMemory()
 
 bool MemoryCounts()
 {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    return false;
-#else
     char const* const preloaded = std::getenv("LD_PRELOAD");
-    return preloaded == nullptr || std::strstr(preloaded, "vgpreload") == nullptr;
-#endif
+    bool const underValgrind = preloaded != nullptr && std::strstr(preloaded, "vgpreload") != nullptr;
+    return !UnderAddressSanitizer && !UnderThreadSanitizer && !underValgrind;
 }
 
 } // namespace zviptv::test

@@ -1,8 +1,5 @@
 #include "Bytes.h"
-#include "PrivateBus.h"
-#include "WirePeer.h"
-
-#include <gtest/gtest.h>
+#include "TwoPeersTest.h"
 
 #include <atomic>
 #include <stdexcept>
@@ -13,17 +10,8 @@ using namespace std::chrono_literals;
 
 namespace {
 
-class WirePeerFaultsTest : public testing::Test
+class WirePeerFaultsTest : public TwoPeersTest
 {
-protected:
-    PrivateBus m_bus;
-    WirePeer m_one;
-    WirePeer m_two;
-
-    WireTarget Two(std::string const& member = "Send") const
-    {
-        return {m_two.Name(), "/org/corvel/object", "org.corvel.interface", member};
-    }
 };
 
 } // namespace

@@ -1,8 +1,5 @@
 #include "Bytes.h"
-#include "PrivateBus.h"
-#include "WirePeer.h"
-
-#include <gtest/gtest.h>
+#include "TwoPeersTest.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -14,17 +11,8 @@ using namespace std::chrono_literals;
 
 namespace {
 
-class WirePeerTest : public testing::Test
+class WirePeerTest : public TwoPeersTest
 {
-protected:
-    PrivateBus m_bus;
-    WirePeer m_one;
-    WirePeer m_two;
-
-    WireTarget Two(std::string const& member = "Send") const
-    {
-        return {m_two.Name(), "/org/corvel/object", "org.corvel.interface", member};
-    }
 };
 
 } // namespace

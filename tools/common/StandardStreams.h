@@ -3,7 +3,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <initializer_list>
+#include <stdexcept>
 
 namespace zviptv {
 
@@ -17,6 +19,16 @@ inline void OccupyStandardStreams()
             // The lowest free number, which is this one. To be read is what cannot be read, and so on.
             static_cast<void>(open("/dev/null", number == STDIN_FILENO ? O_WRONLY : O_RDONLY));
         }
+    }
+}
+
+/// To be called after writing. @throws std::runtime_error with a line for the user when standard output has
+/// not taken everything so far
+inline void RequireOutput()
+{
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+        throw std::runtime_error(
+            "cannot write standard output: see whether it is closed or full, or its reader has gone");
     }
 }
 

@@ -12,7 +12,8 @@ inline std::string UsageText(CLI::ParseError const& error)
 {
     std::string const text = error.what();
     if (dynamic_cast<CLI::ArgumentMismatch const*>(&error) != nullptr) {
-        return text.substr(0, text.find(':')) + " needs a value";
+        bool const isRepeated = text.find(": At Most ") != std::string::npos;
+        return text.substr(0, text.find(':')) + (isRepeated ? " is given more than once" : " needs a value");
     }
     if (dynamic_cast<CLI::RequiredError const*>(&error) != nullptr && text == "A subcommand is required") {
         return "a command is required";

@@ -12,6 +12,11 @@ std::string Compact(Json::Value const& json)
     return Json::writeString(builder, json);
 }
 
+ExitCode Answer::Code() const
+{
+    return !failures.empty() ? failures.front().Code() : result ? ExitCode::Accepted : ExitCode::Refused;
+}
+
 void Print(std::ostream& out, Answer const& answer, bool asJson)
 {
     if (!asJson) {
@@ -19,7 +24,11 @@ void Print(std::ostream& out, Answer const& answer, bool asJson)
         return;
     }
     Json::Value json = answer.json;
-    json["result"] = answer.result;
+    json["result"] = answer.Code() == ExitCode::Accepted;
+    for (Failure const& failure : answer.failures) {
+        std::string const former = json["error"].asString();
+        json["error"] = ToJson((former.empty() ? "" : former + "; ") + failure.what());
+    }
     out << Compact(json) << '\n';
 }
 

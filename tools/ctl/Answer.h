@@ -1,12 +1,13 @@
 #pragma once
 
-#include "ExitCode.h"
+#include "Failure.h"
 #include "Print.h"
 
 #include <json/value.h>
 
 #include <ostream>
 #include <string>
+#include <vector>
 
 namespace zviptv::ctl {
 
@@ -16,7 +17,8 @@ struct Answer
     bool result = true;
     std::string text;
     Json::Value json = Json::Value(Json::objectValue);
-    std::string warning; ///< for standard error
+    std::string warning;           ///< for standard error
+    std::vector<Failure> failures; ///< of calls that it has to do without
 
     template <typename Value>
     void Add(std::string const& name, Value const& value)
@@ -25,13 +27,13 @@ struct Answer
         AddMember(json, name, value);
     }
 
-    ExitCode Code() const { return result ? ExitCode::Accepted : ExitCode::Refused; }
+    ExitCode Code() const;
 };
 
 /// One line, without trailing line break.
 std::string Compact(Json::Value const& json);
 
-/// The text, or the JSON object with "result" on one line.
+/// The text, or the JSON object with "result" on one line, which is false after failures, and "error".
 void Print(std::ostream& out, Answer const& answer, bool asJson);
 
 /// The JSON object of a command that failed: "result" false, and the message under "error".

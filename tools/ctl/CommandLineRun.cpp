@@ -36,6 +36,19 @@ std::string UsageMessage(CLI::App const& app, CLI::ParseError const& error)
     return "unknown command" + quoted + (near.empty() ? "" : "; did you mean " + Join(near, " or ") + "?");
 }
 
+void Say(std::string const& text)
+{
+    std::cerr << "zviptvctl: " << text << '\n';
+}
+
+/// A reader that has seen enough is no failure.
+void WriteOutput(std::string const& text)
+{
+    OutputFile out("-");
+    out.Write(text.data(), text.size());
+    out.Close();
+}
+
 } // namespace
 
 ExitCode CommandLine::Run(int argc, char const* const* argv)
@@ -45,7 +58,13 @@ ExitCode CommandLine::Run(int argc, char const* const* argv)
     try {
         m_app.parse(argc, argv);
     } catch (CLI::ParseError const& error) {
-        return ReportUsage(error);
+        if (error.get_exit_code() != static_cast<int>(CLI::ExitCodes::Success)) {
+            return ReportUsage(error);
+        }
+        m_action = [text = HelpText(m_app, error)] { // or the version
+            WriteOutput(text);
+            return ExitCode::Accepted;
+        };
     }
     return Perform();
 }
@@ -56,7 +75,7 @@ ExitCode CommandLine::Perform()
         OutputFile const probe("-"); // before a closed standard output's number is given to something else
         return m_action();
     } catch (Failure const& failure) {
-        std::cerr << "zviptvctl: " << failure.what() << '\n';
+        Say(failure.what());
         bool const isAboutService = failure.Code() == ExitCode::NoService ||
                                     failure.Code() == ExitCode::NoAnswer ||
                                     failure.Code() == ExitCode::Malformed;
@@ -77,13 +96,14 @@ ExitCode CommandLine::AnswerWith(std::function<Answer(Session& session)> const& 
         Answer const answer = command(session);
         Print(text, answer, m_asJson);
         if (!answer.warning.empty()) {
-            std::cerr << "zviptvctl: " << answer.warning << '\n';
+            Say(answer.warning);
+        }
+        for (Failure const& failure : answer.failures) {
+            Say(failure.what());
         }
         code = answer.Code();
     }
-    OutputFile out("-");
-    out.Write(text.str().data(), text.str().size());
-    out.Close();
+    WriteOutput(text.str());
     return code;
 }
 
@@ -93,17 +113,8 @@ Handle CommandLine::ChosenHandle() const
             ParseArgument<int>(m_id, {"zviptvctl", "--id"})};
 }
 
-/// Help and version come here, too, with the code 0.
 ExitCode CommandLine::ReportUsage(CLI::ParseError const& error) const
 {
-    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
-        std::cout << HelpText(m_app, error) << std::flush;
-        if (!std::cout) {
-            std::cerr << "zviptvctl: cannot write standard output: see whether it is closed or full\n";
-            return ExitCode::CannotWrite;
-        }
-        return ExitCode::Accepted;
-    }
     CLI::App const* app = &m_app;
     std::string command = "zviptvctl";
     while (app->remaining().empty() && !app->get_subcommands().empty()) {

@@ -48,17 +48,22 @@ std::vector<Command> const& Commands()
     return commands;
 }
 
-Answer Done(bool accepted, std::string const& did, std::string const& wish)
+Answer Done(bool accepted, std::string const& did, std::string const& wish, std::string const& next)
 {
+    if (!accepted) {
+        return Refused(wish, next);
+    }
     Answer answer;
-    answer.result = accepted;
-    answer.text = (accepted ? did : "the service refused to " + wish) + "\n";
+    answer.text = did + "\n";
     return answer;
 }
 
-Answer Refused(std::string const& wish)
+Answer Refused(std::string const& wish, std::string const& next)
 {
-    return Done(false, "", wish);
+    Answer answer;
+    answer.result = false;
+    answer.warning = "the service refused to " + wish + ": " + next;
+    return answer;
 }
 
 } // namespace zviptv::ctl

@@ -66,11 +66,13 @@ std::vector<Command> CaptionCommands();
 std::vector<Command> LockCommands();
 std::vector<Command> GuideCommands();
 
-/// The answer of a command that changes something: what it `did`, or that the service refused to do its
-/// `wish`.
-Answer Done(bool accepted, std::string const& did, std::string const& wish);
+constexpr char WhetherItPlays[] = "'zviptvctl status' shows whether it plays";
+
+/// The answer of a command that changes something: what it `did`, or that the service refused its `wish`, and
+/// what `next` to look at.
+Answer Done(bool accepted, std::string const& did, std::string const& wish, std::string const& next);
 
 /// The answer of a command whose first call the service refused.
-Answer Refused(std::string const& wish);
+Answer Refused(std::string const& wish, std::string const& next = WhetherItPlays);
 
 } // namespace zviptv::ctl

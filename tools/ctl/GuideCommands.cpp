@@ -1,9 +1,10 @@
 #include "Commands.h"
 #include "Session.h"
 
+#include <glib.h>
 #include <json/reader.h>
 
-#include <sstream>
+#include <memory>
 
 namespace zviptv::ctl {
 
@@ -11,13 +12,33 @@ namespace {
 
 using ServiceId = unsigned long long;
 
+/// The JSON object or array that a text of the guide is; the text itself when it is none, null when it is
+/// empty.
+Json::Value GuideValue(std::string const& text)
+{
+    Json::Value const plain = ToJson(text);
+    std::string const utf8 = plain.asString();
+    Json::CharReaderBuilder builder;
+    Json::CharReaderBuilder::strictMode(&builder.settings_);
+    std::unique_ptr<Json::CharReader> const reader(builder.newCharReader());
+    try {
+        Json::Value value;
+        if (reader->parse(utf8.data(), utf8.data() + utf8.size(), &value, nullptr) &&
+            g_utf8_validate(Compact(value).c_str(), -1, nullptr) != FALSE) { // halves of surrogates are not
+            return value;
+        }
+    } catch (Json::Exception const&) { // nested too deep
+    }
+    return text.empty() ? Json::Value() : plain;
+}
+
 /// A text of the guide, as the service wrote it.
 Answer Text(std::string const& member, std::string const& text, std::string const& nothing)
 {
     Answer answer;
     std::string const shown = text.empty() ? nothing : PrintableText(text);
     answer.text = shown.back() == '\n' ? shown : shown + "\n";
-    answer.json[member] = ToJson(text);
+    answer.json[member] = GuideValue(text);
     return answer;
 }
 
@@ -42,12 +63,9 @@ Answer Now(Session& session, CommandArguments const& arguments)
 
 /// What is missing of a list that had to fit into one message; empty when nothing is, or when the service
 /// writes its lists in another form than an array.
-std::string Shortage(std::string const& list, int size)
+std::string Shortage(Json::Value const& programmes, int size)
 {
-    Json::Value programmes;
-    std::istringstream text(list);
-    if (!Json::parseFromStream(Json::CharReaderBuilder(), text, &programmes, nullptr) ||
-        !programmes.isArray() || static_cast<int>(programmes.size()) >= size) {
+    if (!programmes.isArray() || static_cast<int>(programmes.size()) >= size) {
         return std::string();
     }
     return "the list ends after " + std::to_string(programmes.size()) + " of " + std::to_string(size) +
@@ -67,7 +85,7 @@ Answer List(Session& session, CommandArguments const& arguments)
     session.Ask("GetProgramList", [&] { return guide.GetProgramList(service, start, duration, list); });
     Answer answer = Text("list", list, "no programmes");
     answer.json["size"] = size;
-    answer.warning = Shortage(list, size);
+    answer.warning = Shortage(answer.json["list"], size);
     return answer;
 }
 
@@ -111,7 +129,8 @@ Answer Load(Session& session, CommandArguments const& arguments)
     bool done = false;
     session.Ask("CloneUSBToTV", [&] { return session.Get<IIPGUtil>().CloneUSBToTV(path, done); });
     Answer answer = Done(done, "guide data copied from " + PrintableText(path),
-                         "copy guide data from " + PrintableText(path));
+                         "copy guide data from " + PrintableText(path),
+                         "it reads the path as its own user, and may say more itself");
     answer.json["done"] = done;
     return answer;
 }

@@ -21,10 +21,12 @@ With --json a command writes exactly one object to standard output, on one line:
 numbers and enumerations are numbers, texts are UTF-8 (other bytes as U+FFFD),
 records are objects, lists are arrays. A language is two members: "language",
 its number, and "languageCode", its ISO 639 code or "". What the service does
-not tell is null; 'call' gives records as they came, with 0 for a number that is
-not known. When the exit code is 3, 4 or 5 there are "result" (false) and
-"error" (text) alone; after a usage error there is nothing. The commands pes,
-caption and watch write one object a line as it happens instead.
+not tell is null. The guide commands give the guide's own JSON as such, a guide
+that is no JSON as texts. 'call' gives records and texts as they came, with 0 for
+a number that is not known. When the exit code is 3, 4 or 5 there are "result"
+(false) and "error" (text) alone, but status adds what it knows; after a usage
+error there is nothing. The commands pes, caption and watch write one object a
+line as it happens instead.
 
 Messages go to standard error.
 )";
@@ -51,7 +53,8 @@ constexpr char const* StreamFooter =
 {"pid":257,"pts":133200,"size":2048,"type":2}. Captions have neither pid nor pts.
 The types are those of EZVPESType: 0 other, 1 video, 2 audio, 3 subtitle,
 4 teletext, 5 caption. A summary follows on standard error. Ctrl-C ends the
-subscription and the command with exit code 0.
+subscription and the command with exit code 0. The end of the source does not;
+standard error tells it once, and once that nothing has come for 5 seconds.
 )";
 
 constexpr char const* WatchFooter =

@@ -5,12 +5,15 @@ namespace zviptv::ctl {
 
 namespace {
 
+constexpr char WhatIsLocked[] = "'zviptvctl rating' shows what is locked";
+
 Answer MuteAudio(Session& session, CommandArguments const& arguments)
 {
     bool const on = arguments.Get<bool>(0);
     auto& player = session.Get<IPlayerControl>();
     return Done(session.Ask("MuteAudio", [&] { return player.MuteAudio(on); }),
-                on ? "audio muted" : "audio not muted", on ? "mute the audio" : "let the audio be heard");
+                on ? "audio muted" : "audio not muted", on ? "mute the audio" : "let the audio be heard",
+                WhetherItPlays);
 }
 
 Answer MuteVideo(Session& session, CommandArguments const& arguments)
@@ -18,7 +21,8 @@ Answer MuteVideo(Session& session, CommandArguments const& arguments)
     bool const on = arguments.Get<bool>(0);
     auto& player = session.Get<IPlayerControl>();
     return Done(session.Ask("MuteVideo", [&] { return player.MuteVideo(on); }),
-                on ? "video muted" : "video not muted", on ? "mute the video" : "show the video");
+                on ? "video muted" : "video not muted", on ? "mute the video" : "show the video",
+                WhetherItPlays);
 }
 
 /// "locked", or a dash when the service does not tell; null in JSON.
@@ -60,14 +64,14 @@ Answer Unlock(Session& session, CommandArguments const& /*arguments*/)
                                        "everything is unlocked until the set is switched off"};
     auto& broadcast = session.Get<IBroadcastData>();
     return Done(session.Ask("SetUnlockedInfo", [&] { return broadcast.SetUnlockedInfo(Lock); }), done[Lock],
-                "change the lock");
+                "change the lock", WhatIsLocked);
 }
 
 Answer UnlockPin(Session& session, CommandArguments const& /*arguments*/)
 {
     auto& broadcast = session.Get<IBroadcastData>();
     return Done(session.Ask("UnMuteByRatingPin", [&] { return broadcast.UnMuteByRatingPin(); }),
-                "the mute of the locked programme is lifted", "lift the mute");
+                "the mute of the locked programme is lifted", "lift the mute", WhatIsLocked);
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "TrackText.h"
 
 #include <cstdio>
+#include <utility>
 
 namespace zviptv::ctl {
 
@@ -12,7 +13,27 @@ namespace {
 class Facts
 {
 public:
-    explicit Facts(Answer& answer) : m_answer(answer) {}
+    explicit Facts(Session& session) : m_session(session) {}
+
+    /// The result of a call; false, and the failure is kept, when it fails. A service that has gone, or has
+    /// kept silent twice, is not asked again.
+    template <typename Interface, typename Call>
+    bool Ask(std::string const& method, Call call)
+    {
+        if (m_isGivenUp) {
+            return false;
+        }
+        try {
+            bool const result = m_session.Ask(method, [&] { return call(m_session.Get<Interface>()); });
+            m_isAnswered = true;
+            return result;
+        } catch (Failure const& failure) {
+            m_answer.failures.push_back(failure);
+            m_silences += m_session.Hangs() ? 1 : 0;
+            m_isGivenUp = m_silences == 2 || !Session::IsServiceRunning();
+            return false;
+        }
+    }
 
     void Add(std::string const& label, std::string const& text)
     {
@@ -44,8 +65,21 @@ public:
         AddJson(member, known, value);
     }
 
+    /// Throws a Failure when no call was answered.
+    Answer Take()
+    {
+        if (!m_isAnswered) {
+            throw Failure(m_answer.failures.front());
+        }
+        return std::move(m_answer);
+    }
+
 private:
-    Answer& m_answer;
+    Session& m_session;
+    Answer m_answer;
+    bool m_isAnswered = false;
+    bool m_isGivenUp = false;
+    int m_silences = 0;
 };
 
 std::string Seconds(unsigned long long ticks, double ticksPerSecond)
@@ -82,69 +116,73 @@ std::string PictureText(cvtv_resolution_e resolution, ZVResolution const& info)
     return text;
 }
 
-void AddClock(Session& session, Facts& facts)
+void AddClock(Facts& facts)
 {
-    auto& player = session.Get<IPlayerControl>();
     EZVSourceState state = ZV_SOURCE_STATE_UNKNOWN;
-    bool known = session.Ask("GetSourceState", [&] { return player.GetSourceState(state); });
+    bool known = facts.Ask<IPlayerControl>(
+        "GetSourceState", [&](IPlayerControl& player) { return player.GetSourceState(state); });
     facts.Add("source", "sourceState", known, state, LowerName(state));
 
     unsigned long long stc = 0;
-    known = session.Ask("GetSTCCount", [&] { return player.GetSTCCount(stc); });
+    known = facts.Ask<IPlayerControl>("GetSTCCount",
+                                      [&](IPlayerControl& player) { return player.GetSTCCount(stc); });
     facts.Add("clock (STC)", "stc", known, stc, Seconds(stc, 90000));
 
     unsigned long long pts = 0;
     int denominator = 0;
     int numerator = 0;
     unsigned long now = 0;
-    known = session.Ask("GetFirstPTS", [&] { return player.GetFirstPTS(pts, denominator, numerator, now); });
+    known = facts.Ask<IPlayerControl>("GetFirstPTS", [&](IPlayerControl& player) {
+        return player.GetFirstPTS(pts, denominator, numerator, now);
+    });
     facts.Add("first PTS", "firstPts", known, pts, FirstPtsText(pts, denominator, numerator));
 }
 
-void AddPicture(Session& session, Facts& facts)
+void AddPicture(Facts& facts)
 {
-    auto& player = session.Get<IPlayerControl>();
     cvtv_resolution_e resolution = CVTV_RESOLUTION_UNKNOWN;
     ZVResolution info{};
-    bool const known = session.Ask("GetResolution", [&] { return player.GetResolution(resolution, info); });
+    bool const known = facts.Ask<IPlayerControl>(
+        "GetResolution", [&](IPlayerControl& player) { return player.GetResolution(resolution, info); });
     facts.Add("picture", "picture", known, info, PictureText(resolution, info));
     facts.AddJson("resolution", known, resolution);
 }
 
-void AddSound(Session& session, Facts& facts)
+void AddSound(Facts& facts)
 {
-    auto& broadcast = session.Get<IBroadcastData>();
     EZVLanguageCode language = ZV_LANGUAGE_UNKNOWN;
     int index = 0;
-    bool known =
-        session.Ask("GetCurrentAudioInfo", [&] { return broadcast.GetCurrentAudioInfo(language, index); });
+    bool known = facts.Ask<IBroadcastData>("GetCurrentAudioInfo", [&](IBroadcastData& broadcast) {
+        return broadcast.GetCurrentAudioInfo(language, index);
+    });
     ZVAudio audio{};
-    known = known && index >= 0 && session.Ask("GetAudio", [&] {
+    known = known && index >= 0 && facts.Ask<IBroadcastData>("GetAudio", [&](IBroadcastData& broadcast) {
         return broadcast.GetAudio(static_cast<unsigned int>(index), audio);
     });
     facts.Add("audio", "audio", known, audio, std::to_string(index) + ": " + AudioText(audio));
     facts.AddJson("audioIndex", known, index);
 }
 
-void AddLocks(Session& session, Facts& facts)
+void AddLocks(Facts& facts)
 {
-    auto& broadcast = session.Get<IBroadcastData>();
     bool locked = false;
-    bool known = session.Ask("GetRatingLockState", [&] { return broadcast.GetRatingLockState(locked); });
+    bool known = facts.Ask<IBroadcastData>("GetRatingLockState", [&](IBroadcastData& broadcast) {
+        return broadcast.GetRatingLockState(locked);
+    });
     facts.Add("programme", "programmeLocked", known, locked, LockWord(locked));
-    known = session.Ask("FlagServiceLocked", [&] { return broadcast.FlagServiceLocked(locked); });
+    known = facts.Ask<IBroadcastData>(
+        "FlagServiceLocked", [&](IBroadcastData& broadcast) { return broadcast.FlagServiceLocked(locked); });
     facts.Add("service", "serviceLocked", known, locked, LockWord(locked));
 }
 
 Answer Status(Session& session, CommandArguments const& /*arguments*/)
 {
-    Answer answer;
-    Facts facts(answer);
-    AddClock(session, facts);
-    AddPicture(session, facts);
-    AddSound(session, facts);
-    AddLocks(session, facts);
-    return answer;
+    Facts facts(session);
+    AddClock(facts);
+    AddPicture(facts);
+    AddSound(facts);
+    AddLocks(facts);
+    return facts.Take();
 }
 
 } // namespace

@@ -11,6 +11,12 @@
 
 namespace zviptv::ctl {
 
+namespace {
+
+constexpr int LongSilence = 5; // seconds
+
+} // namespace
+
 Stream::Stream(Session& session, StreamOptions options)
     : m_session(session), m_options(std::move(options)), m_lines("-"), m_live(STDERR_FILENO)
 {
@@ -76,27 +82,35 @@ void Stream::Take(Packet const& packet)
 
 void Stream::OnSecond()
 {
-    constexpr int longSilence = 3;
-    if (!m_ended && ++m_silentSeconds == longSilence && !m_toldEnd) {
-        TellIfEnded();
+    if (!m_ended && ++m_silentSeconds % LongSilence == 0) {
+        TellSilence();
     }
     m_traffic.Measure();
     m_live.Show(m_traffic.Now());
 }
 
-void Stream::TellIfEnded()
+/// Each of the two once: the source may end later.
+void Stream::TellSilence()
+{
+    if (!m_toldEnd && HasSourceEnded()) {
+        m_toldEnd = m_toldSilence = true;
+        Say("the source has ended: packets come only if it starts again; Ctrl-C ends");
+    } else if (!m_toldSilence) {
+        m_toldSilence = true;
+        Say("nothing has come for " + std::to_string(LongSilence) + " seconds; Ctrl-C ends");
+    }
+}
+
+bool Stream::HasSourceEnded()
 {
     EZVSourceState state = ZV_SOURCE_STATE_UNKNOWN;
     try {
         auto& player = m_session.Get<IPlayerControl>();
         m_session.Ask("GetSourceState", [&] { return player.GetSourceState(state); });
     } catch (Failure const&) {
-        return; // it is a courtesy: packets may come all the same
+        return false; // to know is a courtesy: packets may come all the same
     }
-    if (state == ZV_SOURCE_STATE_ENDED) {
-        m_toldEnd = true;
-        Say("the source has ended: packets come only if it starts again; Ctrl-C ends");
-    }
+    return state == ZV_SOURCE_STATE_ENDED;
 }
 
 /// False when nobody reads the output any more.

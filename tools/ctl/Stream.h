@@ -38,7 +38,8 @@ private:
     void Unsubscribe(Subscription& subscription);
     void Take(Packet const& packet);
     void OnSecond();
-    void TellIfEnded();
+    bool HasSourceEnded();
+    void TellSilence();
     bool Write(Packet const& packet);
     void OnService(ServiceWatch::Event event);
     void OnUnreadable(std::exception const& error);
@@ -58,6 +59,7 @@ private:
     std::uint64_t m_unreadable = 0;
     int m_silentSeconds = 0;
     bool m_toldEnd = false;
+    bool m_toldSilence = false;
     bool m_ended = false;
 };
 

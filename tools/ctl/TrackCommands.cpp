@@ -61,7 +61,8 @@ Answer SelectAudio(Session& session, CommandArguments const& arguments)
     auto& player = session.Get<IPlayerControl>();
     return Done(session.Ask("SetCurrentAudioByIndex", [&] { return player.SetCurrentAudioByIndex(index); }),
                 "audio track " + std::to_string(index) + " selected",
-                "select audio track " + std::to_string(index));
+                "select audio track " + std::to_string(index),
+                "'zviptvctl audio list' shows which there are");
 }
 
 Answer ListTeletext(Session& session, CommandArguments const& /*arguments*/)
@@ -98,7 +99,8 @@ Answer SelectTeletext(Session& session, CommandArguments const& arguments)
     auto& player = session.Get<IPlayerControl>();
     return Done(session.Ask("SetCurrentTTX", [&] { return player.SetCurrentTTX(index); }),
                 "teletext entry " + std::to_string(index) + " selected",
-                "select teletext entry " + std::to_string(index));
+                "select teletext entry " + std::to_string(index),
+                "'zviptvctl ttx list' shows which there are");
 }
 
 Answer ListSubtitles(Session& session, CommandArguments const& /*arguments*/)
@@ -138,8 +140,8 @@ Answer SelectSubtitle(Session& session, CommandArguments const& arguments)
     auto const index = arguments.Get<unsigned int>(0);
     auto& player = session.Get<IPlayerControl>();
     return Done(session.Ask("SetCurrentHybridSBT", [&] { return player.SetCurrentHybridSBT(index); }),
-                "subtitle " + std::to_string(index) + " selected",
-                "select subtitle " + std::to_string(index));
+                "subtitle " + std::to_string(index) + " selected", "select subtitle " + std::to_string(index),
+                "'zviptvctl subtitle list' shows which there are");
 }
 
 } // namespace

@@ -95,23 +95,22 @@ void DataSubscriberService::Reap()
                     m_leaving.end());
 }
 
-std::optional<CMessageBuffer> DataSubscriberService::Answer(Request const& request,
-                                                            std::string const& busName)
+std::optional<CMessageBuffer> DataSubscriberService::Answer(Request const& request)
 {
     std::string const name = request.Function();
     if (name == function::RequestPESCB) {
-        return Turn(request, busName, &Client::wantsPes);
+        return Turn(request, &Client::wantsPes);
     }
     if (name == function::RequestCaptionCB) {
-        return Turn(request, busName, &Client::wantsCaptions);
+        return Turn(request, &Client::wantsCaptions);
     }
     return std::nullopt;
 }
 
-Reply DataSubscriberService::Turn(Request const& request, std::string const& busName, bool Client::*wants)
+Reply DataSubscriberService::Turn(Request const& request, bool Client::*wants)
 {
     std::optional<int> const on = request.Get<int>(key::On);
-    auto const client = m_clients.find(busName);
+    auto const client = m_clients.find(request.Sender());
     if (!on || client == m_clients.end()) {
         return Reply(false);
     }

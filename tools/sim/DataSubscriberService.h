@@ -26,9 +26,8 @@ public:
     void Add(std::string const& busName);
     void Remove(std::string const& busName);
 
-    /// Answers a request of the application `busName`; nothing when the function is not one of the
-    /// subscriber.
-    std::optional<CMessageBuffer> Answer(Request const& request, std::string const& busName);
+    /// Nothing when the function is not one of the subscriber.
+    std::optional<CMessageBuffer> Answer(Request const& request);
 
     void Push(PesPacket const& pes);
 
@@ -52,7 +51,7 @@ private:
     void Leave(std::unique_ptr<Subscriber> subscriber);
     bool IsWanted(bool Client::*wants) const;
     void Offer(Subscriber::Notification const& notification, std::size_t size, bool Client::*wants);
-    Reply Turn(Request const& request, std::string const& busName, bool Client::*wants);
+    Reply Turn(Request const& request, bool Client::*wants);
 
     PesFilter m_filter;
     MainLoop& m_loop;

@@ -4,6 +4,8 @@
 
 #include <csignal>
 #include <exception>
+#include <mutex>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -17,6 +19,9 @@ public:
     ~Impl()
     {
         for (guint const source : m_signalSources) {
+            g_source_remove(source);
+        }
+        for (guint const source : m_workSources) {
             g_source_remove(source);
         }
     }
@@ -40,6 +45,8 @@ public:
         return m_signal;
     }
 
+    void Add(std::chrono::milliseconds delay, std::unique_ptr<Work> work);
+
     void End(int signal)
     {
         m_signal = signal;
@@ -47,8 +54,12 @@ public:
     }
 
     /// An exception must not get into GLib: it waits for the end of Run().
-    void Call(std::function<void()> const& work) noexcept
+    void Call(guint source, std::function<void()> const& work) noexcept
     {
+        {
+            std::lock_guard<std::mutex> const lock(m_mutex);
+            m_workSources.erase(source);
+        }
         try {
             work();
         } catch (...) {
@@ -75,6 +86,8 @@ private:
     std::unique_ptr<GMainLoop, void (*)(GMainLoop*)> m_loop;
     int m_signal = 0;
     std::vector<guint> m_signalSources;
+    std::mutex m_mutex; ///< of the next one: work comes from any thread
+    std::set<guint> m_workSources;
     std::exception_ptr m_failure;
 };
 
@@ -87,12 +100,19 @@ struct MainLoop::Work
     static gboolean CallOnce(gpointer self)
     {
         auto const* const work = static_cast<Work*>(self);
-        work->loop.Call(work->function);
+        work->loop.Call(g_source_get_id(g_main_current_source()), work->function);
         return G_SOURCE_REMOVE;
     }
 
     static void Delete(gpointer self) { delete static_cast<Work*>(self); }
 };
+
+void MainLoop::Impl::Add(std::chrono::milliseconds delay, std::unique_ptr<Work> work)
+{
+    std::lock_guard<std::mutex> const lock(m_mutex); // it may be due before its number is known
+    m_workSources.insert(g_timeout_add_full(G_PRIORITY_DEFAULT, static_cast<guint>(delay.count()),
+                                            Work::CallOnce, work.release(), Work::Delete));
+}
 
 MainLoop::MainLoop() : m_impl(std::make_unique<Impl>()) {}
 
@@ -115,8 +135,7 @@ void MainLoop::Quit()
 
 void MainLoop::After(std::chrono::milliseconds delay, std::function<void()> work)
 {
-    g_timeout_add_full(G_PRIORITY_DEFAULT, static_cast<guint>(delay.count()), Work::CallOnce,
-                       new Work{*m_impl, std::move(work)}, Work::Delete);
+    m_impl->Add(delay, std::make_unique<Work>(Work{*m_impl, std::move(work)}));
 }
 
 } // namespace zviptv::sim

@@ -10,12 +10,16 @@
 
 namespace zviptv::sim {
 
-/// Reads the arguments of a request.
+/// Reads the arguments of a request of the application `busName`.
 class Request
 {
 public:
-    explicit Request(CMessageBuffer const& message) : m_message(message) {}
+    Request(CMessageBuffer const& message, std::string const& busName)
+        : m_message(message), m_busName(busName)
+    {
+    }
 
+    std::string const& Sender() const { return m_busName; }
     std::string Function() const { return m_message.GetValue(protocol::key::FunctionName); }
     std::string Text(char const* key) const { return m_message.GetValue(key); }
 
@@ -39,6 +43,7 @@ public:
 
 private:
     CMessageBuffer const& m_message;
+    std::string const& m_busName;
 };
 
 /// Builds a reply, the result first.

@@ -92,10 +92,13 @@ void AddPlayback(CLI::App& app, Options& options, Texts& texts)
         ->check(WholeNumber(0, 1000, "a number of applications, 0 to 1000"));
 }
 
-void AddGuide(CLI::App& app, ServiceOptions& service)
+void AddGuide(CLI::App& app, Options& options)
 {
+    ServiceOptions& service = options.service;
     app.add_option("--guide", service.guide, "Programme guide; the stream's own event information by default")
         ->type_name("XMLTV");
+    app.add_flag("--list-services", options.listServices,
+                 "List the guide's services, by the ids that applications ask with, and end");
     app.add_option("--time", service.now,
                    "What the guide's clock shows at the start; the real time by default")
         ->type_name("UNIX-SECONDS")
@@ -205,7 +208,7 @@ std::optional<Options> ParseCommandLine(int argc, char** argv, int& exitStatus)
     app.footer(Examples);
     app.set_version_flag("--version", "zviptv-sim " ZVIPTV_VERSION);
     AddPlayback(app, options, texts);
-    AddGuide(app, options.service);
+    AddGuide(app, options);
     AddFaults(app, options, texts);
     AddOutput(app, options, texts);
     try {

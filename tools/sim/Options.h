@@ -11,6 +11,7 @@ namespace zviptv::sim {
 struct Options
 {
     ServiceOptions service;
+    bool listServices = false; ///< of the guide, and nothing else
     bool privateBus = false;
     std::optional<double> dieAfter;     ///< seconds until the service dies
     std::optional<double> restartAfter; ///< seconds until a dead service comes back; never when empty

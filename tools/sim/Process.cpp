@@ -61,6 +61,7 @@ Process Process::Run(std::vector<std::string> const& command, Group group, int e
     pid_t const pid = ForkOrThrow();
     if (pid == 0) {
         BeginChild(parent, group);
+        std::signal(SIGPIPE, SIG_DFL);
         dup2(errors, STDERR_FILENO);
         execvp(arguments[0], arguments.data());
         std::fprintf(stderr, "zviptv-sim: cannot run %s: %s\n", arguments[0], std::strerror(errno));

@@ -1,12 +1,10 @@
 #include "ProgramGuideService.h"
 
+#include "StreamGuide.h"
 #include "guide/EitGuide.h"
 #include "guide/GuideDetails.h"
-#include "guide/GuideError.h"
 
 #include <zviptv/ProxyDBusHelper.h>
-
-#include <stdexcept>
 
 namespace zviptv::sim {
 
@@ -30,11 +28,7 @@ std::string ById(Request const& request, Query query)
 
 void ProgramGuideService::Load(std::string const& path)
 {
-    try {
-        Use(path, LoadGuide(path, NamesOfStream()));
-    } catch (GuideError const& failure) {
-        throw std::runtime_error(std::string("cannot load the guide: ") + failure.what());
-    }
+    Use(path, LoadGuideOf(m_player, path));
 }
 
 void ProgramGuideService::Use(std::string const& path, LoadedGuide const& loaded)
@@ -61,7 +55,7 @@ void ProgramGuideService::Clone(Request const& request, std::function<void(Reply
         }
         answer(Reply(result.loaded.has_value()).Add(key::Data, static_cast<int>(result.loaded.has_value())));
     };
-    if (!m_loader.Load(path, NamesOfStream(), finish)) {
+    if (!m_loader.Load(path, NamesOf(m_player), finish)) {
         m_say("not loading " + path + ": another guide is being loaded; ask again later");
         answer(Reply(false).Add(key::Data, 0));
     }
@@ -81,19 +75,8 @@ Reply ProgramGuideService::TextReply(Request const& request, std::string const& 
 void ProgramGuideService::Push(TsPacket const& packet)
 {
     if (!m_fromFile && m_eit.Push(packet)) {
-        m_guide.Use(MakeGuide(m_eit.Table(), NamesOfStream()).guide);
+        m_guide.Use(MakeGuide(m_eit.Table(), NamesOf(m_player)).guide);
     }
-}
-
-ServiceNames ProgramGuideService::NamesOfStream() const
-{
-    ServiceNames names;
-    for (Programme const& programme : m_player.Programmes()) {
-        if (!programme.name.empty()) {
-            names.emplace(programme.name, programme.number);
-        }
-    }
-    return names;
 }
 
 /// What the stream calls present is present, whatever our clock says: a recording's events are of its own
@@ -141,9 +124,8 @@ std::vector<std::string> ProgramGuideService::Functions()
     return functions;
 }
 
-std::optional<CMessageBuffer> ProgramGuideService::Answer(Request const& request, std::string const& busName)
+std::optional<CMessageBuffer> ProgramGuideService::Answer(Request const& request)
 {
-    m_asking = busName;
     return AnswerFrom(Rows, *this, request);
 }
 
@@ -161,14 +143,14 @@ Reply ProgramGuideService::GetProgramListSize(Request const& request)
         return Reply(false).Add(key::Data, 0);
     }
     GuideList const list = m_guide.Select(*id, *start, *duration);
-    m_lists[m_asking] = list;
+    m_lists[request.Sender()] = list;
     return Reply(true).Add(key::Data, list.range.count);
 }
 
 Reply ProgramGuideService::GetProgram(Request const& request)
 {
     std::optional<std::uint32_t> const index = request.Get<std::uint32_t>(key::Index);
-    auto const list = m_lists.find(m_asking);
+    auto const list = m_lists.find(request.Sender());
     GuideList const& own = list == m_lists.end() ? GuideList() : list->second;
     return TextReply(request, index ? m_guide.Programme(own, *index) : std::string());
 }

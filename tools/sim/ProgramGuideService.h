@@ -39,9 +39,9 @@ public:
     /// Takes the stream's event information, as long as no file was loaded.
     void Push(TsPacket const& packet);
 
-    /// Nothing when the function is none of the program guide, or CloneUSBToTV. Each application, by its bus
-    /// name, has its own list for GetProgram.
-    std::optional<CMessageBuffer> Answer(Request const& request, std::string const& busName);
+    /// Nothing when the function is none of the program guide, or CloneUSBToTV. Each application has its own
+    /// list for GetProgram.
+    std::optional<CMessageBuffer> Answer(Request const& request);
 
     /// What Answer and Clone answer.
     static std::vector<std::string> Functions();
@@ -66,7 +66,6 @@ private:
 
     Reply TextReply(Request const& request, std::string const& text) const;
     void Use(std::string const& path, LoadedGuide const& loaded);
-    ServiceNames NamesOfStream() const;
     std::int64_t Now(std::uint64_t serviceId) const;
 
     Player const& m_player;
@@ -77,7 +76,6 @@ private:
     EitReader m_eit;
     bool m_fromFile = false;
     std::map<std::string, GuideList> m_lists;
-    std::string m_asking; ///< who asks at the moment
 };
 
 } // namespace zviptv::sim

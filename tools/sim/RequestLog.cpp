@@ -1,5 +1,7 @@
 #include "RequestLog.h"
 
+#include "StandardStreams.h"
+
 #include <zviptv/Protocol.h>
 
 #include <json/value.h>
@@ -9,7 +11,6 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
-#include <stdexcept>
 
 namespace zviptv::sim {
 
@@ -139,10 +140,7 @@ void RequestLog::WriteBus(std::string const& address)
                     "  export DBUS_SYSTEM_BUS_ADDRESS='%s'\n",
                     address.c_str());
     }
-    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
-        throw std::runtime_error(
-            "cannot write the bus's address to standard output: see whether it is closed or full");
-    }
+    RequireOutput();
 }
 
 void RequestLog::Write(Status const& status)
@@ -162,6 +160,7 @@ void RequestLog::Write(Status const& status)
         json["videoMuted"] = status.videoMuted;
         json["locked"] = status.locked;
         WriteJson(json);
+        RequireOutput();
     } else if (m_form == Form::Text && isatty(STDERR_FILENO) != 0) {
         ClearStatus();
         std::fprintf(stderr, "%s, %s, %llu packets/s, %llu dropped%s",

@@ -59,8 +59,10 @@ public:
 
     bool WantsStatus() const { return m_form != Form::Quiet; }
     void Write(Entry const& entry);
+    /// @throws std::runtime_error with a line for the user when standard output does not take it, or has not
+    /// taken what came before
     void Write(Status const& status);
-    /// Where applications find the private bus.
+    /// Where applications find the private bus. @throws as Write(Status) does
     void WriteBus(std::string const& address);
 
     /// A line for the user, in every form: to standard error.

@@ -47,8 +47,7 @@ Service::Service(ServiceOptions const& options, MainLoop& loop)
                                                         })),
       m_subscriberEnd(type::DataSubscriber, HandlerOf(type::DataSubscriber,
                                                       [this](Request const& request) {
-                                                          auto const reply = m_subscribers.Answer(
-                                                              request, CProxyDBusHelper::GetSenderName());
+                                                          auto const reply = m_subscribers.Answer(request);
                                                           PlayWhenAwaited();
                                                           return reply;
                                                       })),
@@ -149,7 +148,7 @@ Endpoint::Handler Service::HandlerOf(char const* type, Answerer answer)
 {
     return [this, type, answer = std::move(answer)](CMessageBuffer& message) {
         Call call = Begin(type, message);
-        return Finish(call, answer(Request(message)).value_or(Reply(false)));
+        return Finish(call, answer(Request(message, call.busName)).value_or(Reply(false)));
     };
 }
 
@@ -157,9 +156,9 @@ Endpoint::Handler Service::HandlerOf(char const* type, Answerer answer)
 CMessageBuffer Service::AnswerGuide(CMessageBuffer const& message)
 {
     Call call = Begin(type::ProgramGuide, message);
-    Request const request(message);
+    Request const request(message, call.busName);
     if (request.Function() != protocol::function::CloneUSBToTV) {
-        CMessageBuffer const reply = m_programGuide.Answer(request, call.busName).value_or(Reply(false));
+        CMessageBuffer const reply = m_programGuide.Answer(request).value_or(Reply(false));
         if (!m_applications.Has(call.busName)) {
             m_programGuide.Forget(call.busName); // nobody would tell when it goes
         }
@@ -167,14 +166,15 @@ CMessageBuffer Service::AnswerGuide(CMessageBuffer const& message)
     }
     call.later.emplace(CDeferredReply::Take());
     auto const waiting = std::make_shared<Call>(std::move(call));
-    m_programGuide.Clone(request, [this, waiting](Reply const& reply) { Finish(*waiting, reply); });
+    m_programGuide.Clone(Request(waiting->message, waiting->busName),
+                         [this, waiting](Reply const& reply) { Finish(*waiting, reply); });
     return CMessageBuffer();
 }
 
 /// Answers one request, with the faults that were asked for, and shows it.
 CMessageBuffer Service::Finish(Call& call, CMessageBuffer const& honest)
 {
-    Damage const damage = m_faults.To(Request(call.message).Function());
+    Damage const damage = m_faults.To(Request(call.message, call.busName).Function());
     CMessageBuffer const reply = damage.Spoil(honest);
     std::string const note = Deliver(call, reply, damage);
     bool const answered = !damage.IsDrop() && !damage.IsError();

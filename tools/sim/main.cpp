@@ -1,6 +1,8 @@
 #include "StandardStreams.h"
+#include "StreamGuide.h"
 #include "Supervisor.h"
 
+#include <csignal>
 #include <cstdio>
 #include <exception>
 
@@ -14,6 +16,11 @@ int main(int argc, char** argv)
         return exitStatus;
     }
     try {
+        if (options->listServices) {
+            zviptv::sim::ListServices(options->service.playback, options->service.guide);
+            return 0;
+        }
+        std::signal(SIGPIPE, SIG_IGN); // a reader that goes away shows as a failed write
         return zviptv::sim::Run(*options);
     } catch (std::exception const& failure) {
         std::fprintf(stderr, "zviptv-sim: %s\n", failure.what());

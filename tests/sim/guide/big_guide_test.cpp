@@ -1,4 +1,5 @@
 #include "GuideGenerator.h"
+#include "Sanitizers.h"
 #include "TestSupport.h"
 #include "guide/ProgrammeGuide.h"
 
@@ -6,14 +7,6 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iostream>
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define ZVIPTV_TEST_SANITIZED 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define ZVIPTV_TEST_SANITIZED 1
-#endif
-#endif
 
 namespace zviptv::test {
 namespace {
@@ -46,9 +39,8 @@ std::uint64_t Megabytes()
 
 TEST(BigGuide, PeakMemoryIsWhatIsKeptAndALittleMore)
 {
-#ifdef ZVIPTV_TEST_SANITIZED
-    GTEST_SKIP() << "sanitizers keep freed memory; peaks mean nothing";
-#endif
+    if (UnderAddressSanitizer || UnderThreadSanitizer)
+        GTEST_SKIP() << "sanitizers keep freed memory; peaks mean nothing";
     TempFile const file;
     auto const written = WriteGuide(file.Path(), Megabytes() * 1'000'000);
     if (!ResetPeak())

@@ -12,8 +12,8 @@ namespace zviptv::test {
 class MadeStream : public Simulator
 {
 protected:
-    /// Plays the stream to its end.
-    void PlayToTheEnd(StreamBuilder const& builder, std::vector<std::string> const& options = {})
+    /// Starts to play the stream.
+    ChildProcess& Play(StreamBuilder const& builder, std::vector<std::string> const& options = {})
     {
         std::string const path = m_bus.Directory() + "/made.ts";
         Bytes const& stream = builder.Stream();
@@ -21,7 +21,13 @@ protected:
             .write(reinterpret_cast<char const*>(stream.data()), static_cast<std::streamsize>(stream.size()));
         std::vector<std::string> all{"--ts", path, "--speed", "1000"};
         all.insert(all.end(), options.begin(), options.end());
-        ASSERT_TRUE(Start(all).WaitForErrors("the stream has ended", Patience));
+        return Start(all);
+    }
+
+    /// Plays the stream to its end.
+    void PlayToTheEnd(StreamBuilder const& builder, std::vector<std::string> const& options = {})
+    {
+        ASSERT_TRUE(Play(builder, options).WaitForErrors("the stream has ended", Patience));
     }
 
     Application m_application;

@@ -43,10 +43,10 @@ TEST(CommandLine, ComplainsInWords)
              {{"--ts", sample, "--speed", "0", "--", "true"},
               2,
               "--speed: '0' is not a speed from 0.01 to 1000\n"},
-             {{"--", "true"}, 2, "--ts is required\n'zviptv-sim --help' shows more\n"},
-             {{"--ts", sample, "--speed", "0", "--", "true"},
-              2,
-              "--speed: '0' is not a speed from 0.01 to 1000\n"},
+             {{"--ts", sample, "--ts", sample}, 2, "--ts is given more than once\n"},
+             {{"--ts", sample, "--guide", "/no/such", "--list-services"},
+              1,
+              "cannot load the guide: /no/such: No such file"},
              {{"--ts", "/no/such/file", "--bus", "private"}, 1, "cannot open /no/such/file: No such file"},
              {{"--ts", ZVIPTV_SIM, "--", "true"}, 1, ZVIPTV_SIM " holds no transport stream"},
              {{"--ts", sample, "--program", "7", "--", "true"},
@@ -139,7 +139,41 @@ TEST(CommandLine, EndsWhenTheBusCannotBeTold)
     ChildProcess process(
         {"sh", "-c", "exec \"$0\" --ts \"$1\" --bus private >/dev/full", ZVIPTV_SIM, ZVIPTV_SAMPLE_FILE});
     EXPECT_EQ(EndOf(process), (ExitStatus{1, 0}));
-    EXPECT_THAT(process.Errors(), HasSubstr("zviptv-sim: cannot write the bus's address to standard output"));
+    EXPECT_THAT(process.Errors(), HasSubstr("zviptv-sim: cannot write standard output: see whether"));
+}
+
+/// The reader reads the line of the bus, and no more.
+TEST(CommandLine, EndsWhenTheReaderOfItsJsonGoes)
+{
+    ChildProcess process({"bash", "-c",
+                          "\"$0\" --json --ts \"$1\" --loop --bus private | head -n 1; exit ${PIPESTATUS[0]}",
+                          ZVIPTV_SIM, ZVIPTV_SAMPLE_FILE});
+    EXPECT_EQ(EndOf(process), (ExitStatus{1, 0}));
+    EXPECT_THAT(process.Output(), EndsWith("\"event\":\"bus\"}\n"));
+    EXPECT_THAT(process.Errors(),
+                StartsWith("zviptv-sim: cannot write standard output: see whether it is closed or "
+                           "full, or its reader has gone\n"));
+}
+
+/// As a shell expects of what it starts.
+TEST(CommandLine, GivesTheCommandTheUsualHandlingOfABrokenPipe)
+{
+    ChildProcess process(Simulate({"--ts", ZVIPTV_SAMPLE_FILE, "--", "sh", "-c", "kill -PIPE $$"}));
+    EXPECT_EQ(EndOf(process), (ExitStatus{128 + SIGPIPE, 0}));
+}
+
+TEST(CommandLine, ListsTheServicesOfTheGuide)
+{
+    ChildProcess file(
+        Simulate({"--ts", ZVIPTV_SAMPLE_FILE, "--guide", ZVIPTV_SAMPLE_GUIDE, "--list-services"}));
+    EXPECT_EQ(EndOf(file), (ExitStatus{0, 0}));
+    EXPECT_EQ(file.Output(), "1  ZV Sample One\n2  ZV Beispiel Zwei\n3  ZV Exemple Trois\n");
+    ChildProcess stream(Simulate({"--ts", ZVIPTV_SAMPLE_FILE, "--list-services"}));
+    EXPECT_EQ(EndOf(stream), (ExitStatus{0, 0}));
+    EXPECT_EQ(stream.Output(), "1  ZV Sample One\n");
+    ChildProcess full(
+        {"sh", "-c", "exec \"$0\" --ts \"$1\" --list-services >/dev/full", ZVIPTV_SIM, ZVIPTV_SAMPLE_FILE});
+    EXPECT_EQ(EndOf(full), (ExitStatus{1, 0}));
 }
 
 TEST(CommandLine, EndsTheCommandWhenItIsTerminated)

@@ -63,5 +63,23 @@ TEST(MainLoop, RunsAgainAfterAFailure)
     EXPECT_TRUE(called);
 }
 
+/// It must not run in a loop to come, whose thread and time it knows nothing of.
+TEST(MainLoop, LetsGoOfWorkThatIsNotDueAtItsEnd)
+{
+    auto held = std::make_shared<int>();
+    std::weak_ptr<int> const isHeld = held;
+    bool called = false;
+    {
+        MainLoop loop;
+        loop.After(std::chrono::hours(1), [held = std::move(held)] {});
+        loop.After(milliseconds(0), [&] { called = true; });
+    }
+    EXPECT_TRUE(isHeld.expired());
+    MainLoop next;
+    next.After(milliseconds(0), [&] { next.Quit(); });
+    EXPECT_EQ(next.Run(), 0);
+    EXPECT_FALSE(called);
+}
+
 } // namespace
 } // namespace zviptv::sim

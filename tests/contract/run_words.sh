@@ -1,0 +1,20 @@
+#!/bin/bash
+# What ./run is told and does not know is named: run_words.sh BUILD SOURCE
+set -euo pipefail
+root=$(cd "$2/../.." && pwd)
+
+refuses() {
+    local wanted=$1 said
+    shift
+    if said=$("$root/run" "$@" 2>&1); then
+        echo "./run $* does not fail"
+        exit 1
+    fi
+    test "$said" = "$wanted" || { echo "./run $* says: $said"; exit 1; }
+}
+
+refuses 'No such command: tset. ./run help lists them.' tset
+refuses 'One word too many: --asan. ./run help shows what build takes.' build --asan
+refuses 'One word too many: --tsan. ./run help shows what test takes.' test --asan --tsan
+refuses 'One word too many: 20. ./run help shows what fuzz takes.' fuzz 10 20
+diff <("$root/run") <("$root/run" help)
