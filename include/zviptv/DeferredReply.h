@@ -11,7 +11,12 @@ typedef struct _GDBusMethodInvocation GDBusMethodInvocation;
 /// its main loop until it knows the answer.
 ///
 /// Threads: any; one object belongs to one thread at a time. Lifetime: independent of the channel that the
-/// call came in on. When the object goes without an answer sent, the caller runs into its time-out.
+/// call came in on. When the object goes, or another one takes its place, without an answer sent, the caller
+/// gets the error "org.freedesktop.DBus.Error.NoReply".
+///
+/// The bus counts the calls of a connection that are still unanswered, those whose caller has given up
+/// included, and refuses every further one from 128 on: an answer that takes longer than the callers wait is
+/// to be given all the same.
 class ZVIPTV_API CDeferredReply
 {
 public:
@@ -30,9 +35,13 @@ public:
     void Send(CMessageBuffer const& reply);
 
     /// Answers with a D-Bus error, which the caller's send reports as a failure. `name` is a D-Bus error name
-    /// ("org.example.Error.Busy"), `text` UTF-8 for people; an invalid one is replaced. Does nothing when
-    /// nothing is pending.
+    /// ("org.example.Error.Busy"), `text` UTF-8 for people; an invalid one, and a text that is larger than a
+    /// message may be, is replaced. Does nothing when nothing is pending.
     void SendError(char const* name, char const* text);
+
+    /// Sends no answer: the caller runs into its time-out, and the bus counts the call until one of the two
+    /// leaves. For tests of applications.
+    void LeaveUnanswered();
 
 private:
     explicit CDeferredReply(std::shared_ptr<GDBusMethodInvocation> call);

@@ -13,7 +13,8 @@
 /// units. A number or flag that the service leaves out or spells badly makes the method throw
 /// std::invalid_argument or std::out_of_range ("stoi").
 ///
-/// The object stays when the service leaves the bus; its calls fail until it is destroyed and created anew.
+/// The object stays when the service leaves the bus; its calls fail until it is destroyed and created anew. A
+/// call under way on another thread ends safely when it is destroyed.
 class ZVIPTV_API IIPGUtil
 {
 protected:

@@ -12,7 +12,9 @@
 ///
 /// Subscribing and unsubscribing block for at most 2000 ms when the service has to be told (first
 /// subscription of a kind, last one gone) and may be done from any thread, also from inside a callback. A
-/// callback that another thread unsubscribes while it runs or is about to run is not waited for.
+/// callback that another thread unsubscribes while it runs or is about to run is not waited for. Such a call
+/// that waits when the object is destroyed ends safely, and then subscribes to nothing; one that begins later
+/// has nothing to be called on.
 ///
 /// A notification with a missing or malformed number reaches no callback: std::invalid_argument or
 /// std::out_of_range ("stoi", "stoll") leaves the dispatch and passes through GLib to whoever iterates the

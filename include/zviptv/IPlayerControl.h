@@ -14,7 +14,8 @@
 ///
 /// The object destroys itself when the service leaves the bus, on the thread that iterates the main context
 /// in which it was created: do not keep the pointer beyond that. A call under way on another thread ends
-/// safely; one that begins later has nothing to be called on. Calls on the iterating thread never meet that.
+/// safely, as it does on Destroy; one that begins later has nothing to be called on. Calls on the iterating
+/// thread never meet that.
 class ZVIPTV_API IPlayerControl
 {
 protected:

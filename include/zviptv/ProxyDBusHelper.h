@@ -43,7 +43,8 @@ struct ChannelAccess;
 /// before may be lost then.
 ///
 /// An exception that leaves a callback passes through GLib's frames to whoever iterates the context; later
-/// messages are still delivered, a call that was being handled stays unanswered.
+/// messages are still delivered, and a call that was being handled is answered with the error
+/// "org.freedesktop.DBus.Error.NoReply".
 class ZVIPTV_API CProxyDBusHelper
 {
 public:
@@ -63,7 +64,8 @@ public:
     static constexpr int MAX_BODY_SIZE = 32 * 1024 * 1024 - 4096;
 
     /// Attaches to the system bus and exports the object. Without a bus, or with a name that makes no object
-    /// path, the channel is constructed all the same (the log tells) and everything on it fails.
+    /// path or makes one of more than 512 characters, the channel is constructed all the same (the log tells)
+    /// and everything on it fails.
     explicit CProxyDBusHelper(std::string name);
     virtual ~CProxyDBusHelper();
 
@@ -99,7 +101,8 @@ public:
     /// value returns as soon as the call is on its way, leaves `reply` alone and drops the answer when it
     /// comes. 1 on success; 0, with `reply` unchanged, when the channel is not connected, the partner does
     /// not answer in time or answers with an error, or the message cannot travel (a key that is not UTF-8,
-    /// over MAX_BODY_SIZE).
+    /// over MAX_BODY_SIZE). The bus answers with an error itself when 128 calls of the process have no answer
+    /// yet, those whose time is over included.
     int SendMessage(CMessageBuffer& request, CMessageBuffer& reply, int async);
 
     /// Sends a notification to the partner alone. 1 once it is queued, 0 when it cannot be sent.

@@ -42,9 +42,13 @@ inline bool IsBusName(std::string const& name)
     return name.find('\0') == std::string::npos && g_dbus_is_name(name.c_str()) != FALSE;
 }
 
+/// A path that a subscription can name: the bus takes match rules of up to 1,024 bytes, of which the rest of
+/// a channel's needs less than half. It also leaves MAX_BODY_SIZE the room beside the header.
 inline bool IsObjectPath(std::string const& path)
 {
-    return path.find('\0') == std::string::npos && g_variant_is_object_path(path.c_str()) != FALSE;
+    std::size_t const longest = 512;
+    return path.size() <= longest && path.find('\0') == std::string::npos &&
+           g_variant_is_object_path(path.c_str()) != FALSE;
 }
 
 /// Receives and owns a GError.

@@ -29,6 +29,9 @@ IncomingScope::IncomingScope(char const* sender, GDBusMethodInvocation* invocati
 IncomingScope::~IncomingScope()
 {
     current = m_outer;
+    if (m_invocation != nullptr) {
+        AnswerCallWithNothing(m_invocation);
+    }
 }
 
 IncomingScope* IncomingScope::Current()
@@ -49,6 +52,11 @@ void AnswerCall(GDBusMethodInvocation* invocation, CMessageBuffer const& reply)
         g_dbus_message_new_method_reply(g_dbus_method_invocation_get_message(invocation)));
     g_dbus_message_set_body(answer.get(), body.get());
     SendAnswer(invocation, answer);
+}
+
+void AnswerCallWithNothing(GDBusMethodInvocation* invocation)
+{
+    AnswerCallWithError(invocation, "org.freedesktop.DBus.Error.NoReply", "The service gives no answer");
 }
 
 void AnswerCallWithError(GDBusMethodInvocation* invocation, char const* name, char const* text)

@@ -6,7 +6,9 @@
 
 namespace zviptv {
 
-/// What the calling thread is handling, a call or a notification, for as long as the object lives.
+/// What the calling thread is handling, a call or a notification, for as long as the object lives. A call
+/// whose answer is still open then, because of an exception, is answered with an error: the bus lets nobody
+/// have more than 128 unanswered ones.
 class IncomingScope
 {
 public:
@@ -33,6 +35,9 @@ private:
 /// Answers a call with `reply`, or with an error when that cannot travel. Not through the invocation: that
 /// would refuse a reply to the declared method SendSignal, which is answered like Send.
 void AnswerCall(GDBusMethodInvocation* invocation, CMessageBuffer const& reply);
+
+/// Answers a call that nobody has answered, with an error.
+void AnswerCallWithNothing(GDBusMethodInvocation* invocation);
 
 /// Answers a call with a D-Bus error.
 void AnswerCallWithError(GDBusMethodInvocation* invocation, char const* name, char const* text);

@@ -2,14 +2,27 @@
 
 #include <zviptv/MessageBuffer.h>
 
+#include <utility>
+
 namespace zviptv {
 
-/// Lets the wire encoders read entries in place; applications get copies only.
+/// Lets the library read entries in place and take their values; applications get copies only.
 struct MessageAccess
 {
     static std::vector<MessageEntry> const& Entries(CMessageBuffer const& message)
     {
         return message.m_entries;
+    }
+
+    /// What GetValue() would copy. It is taken out of the message: the next to ask for it gets nothing.
+    static std::string TakeValue(CMessageBuffer& message, char const* key)
+    {
+        for (MessageEntry& entry : message.m_entries) {
+            if (entry.key == key) {
+                return std::exchange(entry.value, std::string());
+            }
+        }
+        return std::string();
     }
 };
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <stdexcept>
 #include <string>
@@ -11,22 +12,39 @@
 
 namespace zviptv {
 
+/// Empties `target` and returns how many elements a value of `carried` bytes was announced to have. A
+/// negative number, and more than one bus message can carry, is a std::length_error.
+template <typename Element>
+std::size_t ClearForAnnounced(std::vector<Element>& target, int announced, std::size_t carried)
+{
+    std::size_t const most = static_cast<std::size_t>(CProxyDBusHelper::MAX_BODY_SIZE);
+    target.clear();
+    if (announced < 0 || static_cast<std::size_t>(announced) > std::max(most, carried) / sizeof(Element)) {
+        throw std::length_error("vector::_M_default_append");
+    }
+    return static_cast<std::size_t>(announced);
+}
+
 /// Makes `target` hold the first `announced` elements of `bytes`; what the value is too short for is zero.
-/// A negative number, and more than one bus message can carry, is a std::length_error.
+/// Throws as ClearForAnnounced() does.
 template <typename Element>
 void TakeAnnounced(std::vector<Element>& target, int announced, std::string const& bytes)
 {
-    std::size_t const carried = static_cast<std::size_t>(CProxyDBusHelper::MAX_BODY_SIZE);
-    std::size_t const most = std::max(carried, bytes.size()) / sizeof(Element);
-    target.clear();
-    if (announced < 0 || static_cast<std::size_t>(announced) > most) {
-        throw std::length_error("vector::_M_default_append");
-    }
-    target.resize(static_cast<std::size_t>(announced));
+    target.resize(ClearForAnnounced(target, announced, bytes.size()));
     std::size_t const count = std::min(target.size() * sizeof(Element), bytes.size());
     if (count > 0) {
         std::memcpy(target.data(), bytes.data(), count);
     }
+}
+
+/// The same of bytes, of which there may be many: none is written twice.
+inline void TakeAnnounced(std::vector<std::uint8_t>& target, int announced, std::string const& bytes)
+{
+    std::size_t const count = ClearForAnnounced(target, announced, bytes.size());
+    auto const* const first = reinterpret_cast<std::uint8_t const*>(bytes.data());
+    target.reserve(count);
+    target.assign(first, first + std::min(count, bytes.size()));
+    target.resize(count);
 }
 
 } // namespace zviptv

@@ -1,5 +1,6 @@
 #include "proxy/IPGUtilProxy.h"
 
+#include "message/MessageAccess.h"
 #include "proxy/ProxyLifecycle.h"
 
 #include <zviptv/Protocol.h>
@@ -69,7 +70,7 @@ bool CIPGUtilProxy::m_Ask(char const* functionName, zviptv::RequestFields fields
     }
     std::string data = reply.GetValue(key::Data);
     zviptv::WriteLog(ZV_LOG_INFO, where, "Receive data : %s", data.c_str());
-    data = reply.GetValue(key::Data);
+    data = zviptv::MessageAccess::TakeValue(reply, key::Data);
     zviptv::ReplyField(key::Data, output).Decode(data);
     return true;
 }

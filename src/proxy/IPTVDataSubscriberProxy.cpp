@@ -1,5 +1,6 @@
 #include "proxy/IPTVDataSubscriberProxy.h"
 
+#include "message/MessageAccess.h"
 #include "proxy/AnnouncedSize.h"
 #include "proxy/ProxyLifecycle.h"
 #include "proxy/ServiceCall.h"
@@ -9,9 +10,12 @@
 #include <cstdlib>
 #include <ctime>
 #include <optional>
+#include <utility>
+#include <vector>
 
 namespace function = zviptv::protocol::function;
 namespace key = zviptv::protocol::key;
+using zviptv::MessageAccess;
 using zviptv::SourceLocation;
 using zviptv::Subscribers;
 
@@ -35,23 +39,25 @@ std::optional<int> MakeKey(Subscribers<Record> const& subscribers)
     return std::nullopt;
 }
 
-ZVCaption CaptionOf(CMessageBuffer const& notification)
+ZVCaption CaptionOf(CMessageBuffer& notification)
 {
     ZVCaption caption{};
     int const size = std::stoi(notification.GetValue(key::CaptionDataSize));
     caption.type = std::stoi(notification.GetValue(key::CaptionType));
-    zviptv::TakeAnnounced(caption.data, size, notification.GetValue(key::CaptionData));
+    zviptv::TakeAnnounced(caption.data, size, MessageAccess::TakeValue(notification, key::CaptionData));
     return caption;
 }
 
-ZVPESData PESOf(CMessageBuffer const& notification)
+/// The bytes go into `memory`.
+ZVPESData PESOf(CMessageBuffer& notification, std::vector<std::uint8_t> memory)
 {
     ZVPESData pes{};
+    pes.data = std::move(memory);
     int const size = std::stoi(notification.GetValue(key::PESDataSize));
     pes.type = std::stoi(notification.GetValue(key::PESType));
     pes.pid = static_cast<std::int16_t>(std::stoi(notification.GetValue(key::PESPID)));
     pes.pts = static_cast<std::uint32_t>(std::stoll(notification.GetValue(key::PESPTS)));
-    zviptv::TakeAnnounced(pes.data, size, notification.GetValue(key::PESData));
+    zviptv::TakeAnnounced(pes.data, size, MessageAccess::TakeValue(notification, key::PESData));
     return pes;
 }
 
@@ -78,9 +84,7 @@ void CIPTVDataSubscriberProxy::Destroy()
 }
 
 CIPTVDataSubscriberProxy::CIPTVDataSubscriberProxy()
-    : m_pDBusHelper(std::make_unique<CProxyDBusHelper>(TypeWord)),
-      m_captionSubscribers(std::make_shared<Subscribers<ZVCaption>>()),
-      m_pesSubscribers(std::make_shared<Subscribers<ZVPESData>>())
+    : m_pDBusHelper(std::make_unique<CProxyDBusHelper>(TypeWord))
 {
     m_pDBusHelper->SetCallback(m_MessageCb, m_NotificationCb, this);
     zviptv::ConnectToService(*m_pDBusHelper, TypeWord, ZV_LOG_HERE);
@@ -88,23 +92,24 @@ CIPTVDataSubscriberProxy::CIPTVDataSubscriberProxy()
 
 CIPTVDataSubscriberProxy::~CIPTVDataSubscriberProxy()
 {
+    m_subscriptions->ended = true;
     zviptv::LeaveService(m_pDBusHelper, TypeWord);
-    m_captionSubscribers->Clear();
-    m_pesSubscribers->Clear();
+    m_subscriptions->caption.Clear();
+    m_subscriptions->pes.Clear();
 }
 
 bool CIPTVDataSubscriberProxy::SubscribeForCaption(void (*callback)(ZVCaption&, void*), void* /*userData*/,
                                                    int& key)
 {
     ZV_LOG_ENTRY();
-    return m_Subscribe(*m_captionSubscribers, callback, key, &CIPTVDataSubscriberProxy::m_RequestCaptionCB,
+    return m_Subscribe(&Subscriptions::caption, callback, key, &CIPTVDataSubscriberProxy::m_RequestCaptionCB,
                        ZV_LOG_HERE);
 }
 
 bool CIPTVDataSubscriberProxy::UnsubscribeForCaption(int key)
 {
     ZV_LOG_ENTRY();
-    return m_Unsubscribe(*m_captionSubscribers, key, &CIPTVDataSubscriberProxy::m_RequestCaptionCB,
+    return m_Unsubscribe(&Subscriptions::caption, key, &CIPTVDataSubscriberProxy::m_RequestCaptionCB,
                          ZV_LOG_HERE);
 }
 
@@ -112,25 +117,27 @@ bool CIPTVDataSubscriberProxy::SubscribeForPES(void (*callback)(ZVPESData&, void
                                                int& key)
 {
     ZV_LOG_ENTRY();
-    return m_Subscribe(*m_pesSubscribers, callback, key, &CIPTVDataSubscriberProxy::m_RequestPESCB,
+    return m_Subscribe(&Subscriptions::pes, callback, key, &CIPTVDataSubscriberProxy::m_RequestPESCB,
                        ZV_LOG_HERE);
 }
 
 bool CIPTVDataSubscriberProxy::UnSubscribeForPES(int key)
 {
     ZV_LOG_ENTRY();
-    return m_Unsubscribe(*m_pesSubscribers, key, &CIPTVDataSubscriberProxy::m_RequestPESCB, ZV_LOG_HERE);
+    return m_Unsubscribe(&Subscriptions::pes, key, &CIPTVDataSubscriberProxy::m_RequestPESCB, ZV_LOG_HERE);
 }
 
 template <typename Record>
-bool CIPTVDataSubscriberProxy::m_Subscribe(Subscribers<Record>& subscribers, void (*callback)(Record&, void*),
-                                           int& key, Request request, SourceLocation const& where)
+bool CIPTVDataSubscriberProxy::m_Subscribe(Kind<Record> kind, void (*callback)(Record&, void*), int& key,
+                                           Request request, SourceLocation const& where)
 {
     if (callback == nullptr) {
         zviptv::WriteLog(ZV_LOG_ERROR, where, "No callback to subscribe");
         return false;
     }
-    std::lock_guard<std::mutex> const changing(m_changing);
+    auto const subscriptions = m_subscriptions;
+    Subscribers<Record>& subscribers = subscriptions.get()->*kind;
+    std::lock_guard<std::mutex> const changing(subscriptions->changing);
     std::optional<int> const made = MakeKey(subscribers);
     if (!made) {
         zviptv::WriteLog(ZV_LOG_ERROR, where, "Can not make a key");
@@ -140,17 +147,21 @@ bool CIPTVDataSubscriberProxy::m_Subscribe(Subscribers<Record>& subscribers, voi
     key = *made;
     subscribers.Add(key, callback);
     if (!subscribers.IsRequested()) {
-        (this->*request)(true);
+        if (!subscriptions->ended) {
+            (this->*request)(true);
+        }
         subscribers.SetRequested(true);
     }
     return true;
 }
 
 template <typename Record>
-bool CIPTVDataSubscriberProxy::m_Unsubscribe(Subscribers<Record>& subscribers, int key, Request request,
+bool CIPTVDataSubscriberProxy::m_Unsubscribe(Kind<Record> kind, int key, Request request,
                                              SourceLocation const& where)
 {
-    std::lock_guard<std::mutex> const changing(m_changing);
+    auto const subscriptions = m_subscriptions;
+    Subscribers<Record>& subscribers = subscriptions.get()->*kind;
+    std::lock_guard<std::mutex> const changing(subscriptions->changing);
     if (!subscribers.Contains(key)) {
         zviptv::WriteLog(ZV_LOG_ERROR, where, "Can not find a key");
         return false;
@@ -158,7 +169,9 @@ bool CIPTVDataSubscriberProxy::m_Unsubscribe(Subscribers<Record>& subscribers, i
     zviptv::WriteLog(ZV_LOG_INFO, where, "find a key : %d", key);
     subscribers.Remove(key);
     if (subscribers.IsEmpty() && subscribers.IsRequested()) {
-        (this->*request)(false);
+        if (!subscriptions->ended) {
+            (this->*request)(false);
+        }
         subscribers.SetRequested(false);
     }
     return false;
@@ -202,16 +215,17 @@ void CIPTVDataSubscriberProxy::t_HandleNotification(CMessageBuffer& notification
     SourceLocation const where = ZV_LOG_HERE;
     std::string const name = notification.GetValue(key::FunctionName);
     zviptv::WriteLog(ZV_LOG_DEBUG, where, "type : %s", name.c_str());
-    if (name == function::CaptionCB && m_captionSubscribers->IsRequested()) {
-        auto const subscribers = m_captionSubscribers;
+    auto const subscriptions = m_subscriptions;
+    if (name == function::CaptionCB && subscriptions->caption.IsRequested()) {
         ZVCaption caption = CaptionOf(notification);
-        subscribers->Deliver(caption, [&] { zviptv::WriteLog(ZV_LOG_DEBUG, where, "Call Caption CB"); });
-    } else if (name == function::PESCB && m_pesSubscribers->IsRequested()) {
-        auto const subscribers = m_pesSubscribers;
-        ZVPESData pes = PESOf(notification);
-        subscribers->Deliver(pes, [&] {
+        subscriptions->caption.Deliver(caption,
+                                       [&] { zviptv::WriteLog(ZV_LOG_DEBUG, where, "Call Caption CB"); });
+    } else if (name == function::PESCB && subscriptions->pes.IsRequested()) {
+        ZVPESData pes = PESOf(notification, subscriptions->pes.TakeSpare());
+        subscriptions->pes.Deliver(pes, [&] {
             zviptv::WriteLog(ZV_LOG_DEBUG, where, "Call PES CB - type:%d, pid:%d, pts:%lu", pes.type, pes.pid,
                              static_cast<unsigned long>(pes.pts));
         });
+        subscriptions->pes.KeepSpare(std::move(pes.data));
     }
 }

@@ -8,6 +8,7 @@
 
 #include <pthread.h>
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 
@@ -29,6 +30,20 @@ public:
 private:
     using Request = bool (CIPTVDataSubscriberProxy::*)(bool);
 
+    /// Shared with the calls and dispatches under way: the proxy may be destroyed while a call waits for the
+    /// service or for another call, and by the callbacks of a dispatch.
+    struct Subscriptions
+    {
+        zviptv::Subscribers<ZVCaption> caption;
+        zviptv::Subscribers<ZVPESData> pes;
+        /// Held while a subscription is made or ended, so that the service is asked once and in order.
+        std::mutex changing;
+        /// The proxy is gone, and with it the channel to ask the service through.
+        std::atomic<bool> ended{false};
+    };
+    template <typename Record>
+    using Kind = zviptv::Subscribers<Record> Subscriptions::*;
+
     CIPTVDataSubscriberProxy();
 
     static CMessageBuffer m_MessageCb(CMessageBuffer& message, void* self);
@@ -40,22 +55,15 @@ private:
     bool m_RequestPESCB(bool on);
 
     template <typename Record>
-    bool m_Subscribe(zviptv::Subscribers<Record>& subscribers, void (*callback)(Record&, void*), int& key,
-                     Request request, zviptv::SourceLocation const& where);
+    bool m_Subscribe(Kind<Record> kind, void (*callback)(Record&, void*), int& key, Request request,
+                     zviptv::SourceLocation const& where);
     template <typename Record>
-    bool m_Unsubscribe(zviptv::Subscribers<Record>& subscribers, int key, Request request,
-                       zviptv::SourceLocation const& where);
+    bool m_Unsubscribe(Kind<Record> kind, int key, Request request, zviptv::SourceLocation const& where);
 
     static CIPTVDataSubscriberProxy* m_pInstance;
     static pthread_rwlock_t m_rwlock;
     static IPTVHandle m_handleID;
 
     std::unique_ptr<CProxyDBusHelper> m_pDBusHelper;
-
-    /// Shared with a dispatch under way, which may outlive the proxy when a callback ends it.
-    std::shared_ptr<zviptv::Subscribers<ZVCaption>> m_captionSubscribers;
-    std::shared_ptr<zviptv::Subscribers<ZVPESData>> m_pesSubscribers;
-
-    /// Held while a subscription is made or ended, so that the service is asked once and in order.
-    std::mutex m_changing;
+    std::shared_ptr<Subscriptions> m_subscriptions = std::make_shared<Subscriptions>();
 };

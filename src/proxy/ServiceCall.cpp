@@ -1,5 +1,7 @@
 #include "proxy/ServiceCall.h"
 
+#include "message/MessageAccess.h"
+
 #include <zviptv/Protocol.h>
 #include <zviptv/ProxyDBusHelper.h>
 
@@ -94,7 +96,7 @@ CallOutcome Call(CProxyDBusHelper& channel, char const* functionName, IPTVHandle
     }
     CallOutcome const outcome = reply.GetResult() != 0 ? CallOutcome::Accepted : CallOutcome::Refused;
     for (ReplyField const& output : outputs) {
-        std::string value = reply.GetValue(output.Key());
+        std::string value = MessageAccess::TakeValue(reply, output.Key());
         output.Decode(value);
     }
     return outcome;

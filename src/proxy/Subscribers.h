@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -16,6 +17,7 @@ class Subscribers
 {
 public:
     using Callback = void (*)(Record&, void*);
+    using Bytes = decltype(Record::data);
 
     bool Contains(int key) const
     {
@@ -59,6 +61,25 @@ public:
     {
         std::lock_guard<std::mutex> const lock(m_mutex);
         m_isRequested = requested;
+        Bytes().swap(m_spare);
+    }
+
+    /// Memory for the next record's bytes: that of the last one, if it was kept and nobody else has it.
+    Bytes TakeSpare()
+    {
+        std::lock_guard<std::mutex> const lock(m_mutex);
+        return std::exchange(m_spare, Bytes());
+    }
+
+    /// Keeps a record's memory for the next one. Malloc would hand it back to the system and fetch it anew,
+    /// page by page, which costs more than the record. Not kept: what is unusually large, and when nobody
+    /// waits for more.
+    void KeepSpare(Bytes&& bytes)
+    {
+        std::lock_guard<std::mutex> const lock(m_mutex);
+        if (m_isRequested && bytes.capacity() <= LargestSpare) {
+            m_spare = std::move(bytes);
+        }
     }
 
     /// Hands `record` to every subscriber with a null user-data pointer; `announce` runs before each.
@@ -72,6 +93,8 @@ public:
     }
 
 private:
+    static constexpr std::size_t LargestSpare = 2 * 1024 * 1024;
+
     using Subscription = std::pair<int, Callback>;
 
     std::optional<Subscription> First() const
@@ -89,6 +112,7 @@ private:
 
     mutable std::mutex m_mutex;
     std::map<int, Callback> m_callbacks;
+    Bytes m_spare;
     bool m_isRequested = false;
 };
 

@@ -4,7 +4,7 @@ set -euo pipefail
 build=$1
 page=$2/../../docs/reliability.md
 listed=$(ctest --test-dir "$build" -N | sed -n 's/^ *Test *#[0-9]*: //p')
-named=$(grep -oE '`[a-z_]+\.[A-Za-z0-9]+(\.[A-Za-z0-9]+)?`' "$page" | tr -d '`' | sort -u)
+named=$(grep -oE '`[a-z_]+\.[A-Za-z0-9]+(\.[A-Za-z0-9_]+)?`' "$page" | tr -d '`' | sort -u)
 [ -n "$named" ] || { echo "docs/reliability.md names no test" >&2; exit 1; }
 status=0
 while read -r test; do

@@ -112,12 +112,17 @@ TEST_F(AsyncSend, ThePartnersLossComesBeforeTheFailure)
 {
     m_partner.SetHandler([](WireMessage const&) { return WireAnswer::Nothing(); });
     int losses = 0;
-    m_channel.onDisconnect = [&](std::string const&, std::string const&) { ++losses; };
+    std::size_t endedAtLoss = 0;
+    m_channel.onDisconnect = [&](std::string const&, std::string const&) {
+        ++losses;
+        endedAtLoss = m_log.Count("Enter");
+    };
     EXPECT_EQ(Send(CMessageBuffer()), 1);
     ASSERT_TRUE(m_partner.WaitFor(IsCall("Send")));
     m_partner.Disconnect();
     ASSERT_TRUE(RunUntilSaid(ZV_LOG_DEBUG, "Enter"));
     EXPECT_TRUE(RunUntil([&] { return losses == 1; }));
+    EXPECT_EQ(endedAtLoss, 0U);
     EXPECT_THAT(m_log.Messages(ZV_LOG_DEBUG).back(), testing::StartsWith("Error received: '"));
 }
 

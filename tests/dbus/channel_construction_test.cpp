@@ -1,6 +1,7 @@
 #include "ChannelFixture.h"
 #include "GLibObjects.h"
 
+#include <atomic>
 #include <cstdlib>
 
 using namespace zviptv::test;
@@ -137,16 +138,23 @@ TEST_P(OddChannelName, IsConstructedButNothingWorks)
 }
 
 INSTANTIATE_TEST_SUITE_P(Channel, OddChannelName,
-                         testing::Values("", "a-b", "a b", "a//b", "/a", "a/", "\xff\xfe", "a.b", "50%s%n"));
+                         testing::Values("", "a-b", "a b", "a//b", "/a", "a/", "\xff\xfe", "a.b", "50%s%n",
+                                         std::string(513 - sizeof ChannelObject + 1, 'x'),
+                                         std::string(8000, 'x')));
 
 TEST_F(LoopedChannelTest, LongNamesAndPathsBelowAreObjectPaths)
 {
-    for (std::string const& name : {std::string(256, 'A'), std::string("A/B_9")}) {
+    std::string const longest(512 - sizeof ChannelObject + 1, 'A');
+    for (std::string const& name : {longest, std::string("A/B_9")}) {
         m_log.Clear();
-        TestChannel const channel(name);
+        TestChannel channel(name);
+        std::atomic<bool> notified{false};
+        channel.onNotification = [&](CMessageBuffer&) { notified = true; };
         EXPECT_EQ(m_log.Messages(ZV_LOG_ERROR), std::vector<std::string>());
-        EXPECT_EQ(m_partner.Call(channel.Target("Send"), WireEntries()).kind, WireKind::Reply);
         EXPECT_EQ(channel->Connect(m_partner.Name()), 1);
+        m_partner.Emit(channel.Target("SendSignal"), WireEntries());
+        EXPECT_EQ(m_partner.Call(channel.Target("Send"), WireEntries()).kind, WireKind::Reply);
+        EXPECT_TRUE(notified) << "the signal came before the call";
     }
 }
 

@@ -1,4 +1,5 @@
 #include "ChannelFixture.h"
+#include "LateCallProbe.h"
 
 #include <atomic>
 #include <thread>
@@ -9,39 +10,6 @@ namespace {
 
 constexpr int Rounds = 200;
 
-/// What a channel's handlers touch. It is freed as soon as the channel is gone, so that a memory checker sees
-/// every late call; the counters tell without one.
-struct Probe
-{
-    explicit Probe(std::atomic<int>& ended) : lateCalls(ended) {}
-
-    void Touch()
-    {
-        ++touched;
-        for (int i = 0; i < 20; ++i) { // so that the channel is often destroyed just here
-            std::this_thread::yield();
-        }
-        if (gone) {
-            ++lateCalls;
-        }
-    }
-
-    std::atomic<bool> gone{false};
-    std::atomic<int> touched{0};
-    std::atomic<int>& lateCalls;
-};
-
-CMessageBuffer OnMessage(CMessageBuffer&, void* probe)
-{
-    static_cast<Probe*>(probe)->Touch();
-    return CMessageBuffer();
-}
-
-void OnNotification(CMessageBuffer&, void* probe)
-{
-    static_cast<Probe*>(probe)->Touch();
-}
-
 /// Channels are destroyed by the test's thread while the loop's thread delivers to them.
 class DestroyedMeanwhile : public BusTest
 {
@@ -50,9 +18,9 @@ protected:
     void Run(std::function<void(WireTarget const&)> const& flood, char const* member)
     {
         for (int round = 0; round < Rounds; ++round) {
-            auto probe = std::make_unique<Probe>(m_lateCalls);
+            auto probe = std::make_unique<LateCallProbe>(m_lateCalls, 20);
             auto channel = std::make_unique<CProxyDBusHelper>("IPGUTIL");
-            channel->SetCallback(OnMessage, OnNotification, probe.get());
+            channel->SetCallback(LateCallProbe::OnMessage, LateCallProbe::OnNotification, probe.get());
             ASSERT_EQ(channel->Connect(m_partner.Name()), 1);
             flood(
                 {channel->GetPublicName(), std::string(ChannelObject) + "IPGUTIL", ChannelInterface, member});

@@ -109,15 +109,58 @@ TEST_F(DeferredReply, OutlivesTheChannel)
     EXPECT_EQ(reply.entries, Entries({{"k", "late"}}));
 }
 
-TEST_F(DeferredReply, ThatIsDroppedLeavesTheCallUnanswered)
+TEST_F(DeferredReply, ReplacesATextThatIsLargerThanTheBusCarries)
+{
+    WireMessage reply;
+    std::thread caller = Call(reply);
+    std::string const text(static_cast<std::size_t>(CProxyDBusHelper::MAX_BODY_SIZE) - 4, 'x');
+    m_deferred->SendError("org.example.Error", text.c_str());
+    caller.join();
+    EXPECT_EQ(reply.errorName, "org.example.Error");
+    EXPECT_EQ(reply.strings, std::vector<std::string>{"The service reports an error"});
+}
+
+/// More than the bus lets one connection leave unanswered.
+constexpr int ManyCalls = 150;
+
+TEST_F(DeferredReply, ThatIsDroppedIsAnError)
+{
+    m_channel.onMessage = [](CMessageBuffer& request) {
+        if (request.Size() == 0) {
+            CDeferredReply::Take();
+        }
+        return CMessageBuffer();
+    };
+    for (int i = 0; i < ManyCalls; ++i) {
+        WireMessage const reply = m_partner.Call(m_channel.Target("Send"), WireEntries());
+        ASSERT_EQ(reply.errorName, "org.freedesktop.DBus.Error.NoReply");
+        ASSERT_EQ(reply.strings, std::vector<std::string>{"The service gives no answer"});
+        ASSERT_EQ(reply.sender, m_channel->GetPublicName()) << "not the time-out";
+    }
+    EXPECT_EQ(m_partner.Call(m_channel.Target("Send"), Entries({{"k", "v"}})).kind, WireKind::Reply);
+}
+
+TEST_F(DeferredReply, ThatIsReplacedIsAnError)
+{
+    WireMessage reply;
+    std::thread caller = Call(reply);
+    *m_deferred = CDeferredReply::Take();
+    caller.join();
+    EXPECT_EQ(reply.strings, std::vector<std::string>{"The service gives no answer"});
+}
+
+TEST_F(DeferredReply, MayBeLeftUnanswered)
 {
     m_channel.onMessage = [](CMessageBuffer&) {
-        CDeferredReply::Take();
+        CDeferredReply reply = CDeferredReply::Take();
+        reply.LeaveUnanswered();
+        EXPECT_FALSE(reply.IsPending());
         return CMessageBuffer();
     };
     WireMessage const reply = m_partner.Call(m_channel.Target("Send"), WireEntries(),
                                              CallOptions{std::chrono::milliseconds(200), false});
     EXPECT_EQ(reply.errorName, "org.freedesktop.DBus.Error.NoReply");
+    EXPECT_EQ(reply.sender, "") << "made by the caller at its time-out";
 }
 
 } // namespace

@@ -51,6 +51,16 @@ WireTarget TargetOf(WireMessage const& order)
             order.Value("member")};
 }
 
+/// How many messages with a value of that size have come since the recording began, which ends.
+WireEntries Report(WirePeer& peer, std::size_t size)
+{
+    peer.SetRecording(false);
+    std::size_t const count = peer.Received().Count(
+        [size](WireMessage const& message) { return message.Value("v").size() == size; });
+    peer.Received().Clear();
+    return Entries({{"count", std::to_string(count)}});
+}
+
 WireAnswer Obey(WirePeer& peer, WireMessage const& order)
 {
     std::string const what = order.Value("do");
@@ -64,6 +74,10 @@ WireAnswer Obey(WirePeer& peer, WireMessage const& order)
         peer.EmitMany(TargetOf(order), BodyOf(order), Number(order, "count"));
     } else if (what == "call") {
         peer.CallWithoutReply(TargetOf(order), BodyOf(order));
+    } else if (what == "record") {
+        peer.SetRecording(true);
+    } else if (what == "report") {
+        return Report(peer, Number(order, "mebibytes") * Mebibyte);
     }
     return Entries({{"id", order.Value("id")}, {"size", std::to_string(order.Value("v").size())}});
 }

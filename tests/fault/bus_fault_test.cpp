@@ -1,10 +1,11 @@
+#include "FactoryObjects.h"
 #include "FaultTest.h"
 #include "GLibObjects.h"
 
 #include <zviptv/ConnectionHelperDBusClient.h>
 #include <zviptv/ConnectionHelperDBusServer.h>
-#include <zviptv/IPTVServiceAPI.h>
 
+#include <atomic>
 #include <future>
 
 using namespace zviptv::test;
@@ -136,6 +137,55 @@ TEST_F(BusFault, F07_BusDiesAfterTheDestroyOfAChannelWithCallsOutstanding)
         KillTheBus();
         End();
     });
+}
+
+/// The bus stands still with Connect's question for the partner's owner on its way, and dies.
+TEST_F(BusFault, F07_BusDiesDuringConnect)
+{
+    Repeat(ShortOrLong(5, 100), [this] {
+        Begin();
+        CProxyDBusHelper channel("PLAYERCONTROL");
+        m_bus.Stop();
+        auto connected =
+            std::async(std::launch::async, [&] { return channel.Connect("org.corvel.test.Partner"); });
+        EXPECT_EQ(connected.wait_for(20ms), std::future_status::timeout);
+        KillTheBus();
+        EXPECT_EQ(connected.get(), 0);
+        ExpectNothingWorks(channel);
+        End();
+    });
+}
+
+/// Once only: a process does not come back to a bus that was started anew.
+TEST_F(BusFault, F07_BusDiesWithObjectsInUse)
+{
+    Begin();
+    FactoryObjects objects;
+    PeerProcess const service({"service"});
+    objects.Create();
+    ASSERT_TRUE(objects.AreThere());
+    ASSERT_EQ(objects.Answered(), 3);
+    std::atomic<bool> stop{false};
+    std::atomic<int> turns{0};
+    std::vector<std::future<void>> users;
+    for (bool const subscribes : {false, true}) {
+        users.push_back(std::async(std::launch::async, [&, subscribes] {
+            while (!stop) {
+                subscribes ? objects.Subscribe(true) : objects.Answered() > 0;
+                ++turns;
+            }
+        }));
+    }
+    EXPECT_TRUE(WaitUntil([&] { return turns > 20; }, patience));
+    KillTheBus();
+    EXPECT_EQ(objects.Answered(), 0);
+    stop = true;
+    users.clear();
+    auto destroyed = std::async(std::launch::async, FactoryObjects::Destroy);
+    FactoryObjects::Destroy();
+    destroyed.get();
+    ExpectNoObjects();
+    End();
 }
 
 /// The bus stands still with the owner check on its way, and dies.

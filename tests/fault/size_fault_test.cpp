@@ -46,12 +46,16 @@ TEST_P(SizeFault, F09_RequestsAndNotifications)
     message.AddValue("v", GetParam() * 1024 * 1024, Value().data());
     CMessageBuffer reply;
     Repeat(ShortOrLong(1, 10), [&] {
+        ASSERT_EQ(Order(channel, {{"do", "record"}}), 1);
         // A request that travels may take longer than the send waits for its answer.
         int const sent = channel->SendMessage(message, reply, 0);
         ASSERT_TRUE(IsCarried() || sent == 0);
         ASSERT_EQ(channel->SendMessage(message, reply, 1), IsCarried() ? 1 : 0);
         ASSERT_EQ(channel->SendNotification(message), IsCarried() ? 1 : 0);
         ASSERT_TRUE(RunUntil([&] { return Order(channel, {{"id", "1"}}) == 1; })); // it has worked them off
+        CMessageBuffer const report =
+            Ask(channel, {{"do", "report"}, {"mebibytes", std::to_string(GetParam())}});
+        ASSERT_EQ(report.GetValue("count"), IsCarried() ? "3" : "0") << "both requests and the notification";
         RunPending();
     });
     ExpectConnected(channel);

@@ -101,6 +101,12 @@ std::unique_ptr<WirePeer> PolicyBus::Connect(Account const& account) const
     return std::make_unique<WirePeer>(Address());
 }
 
+void PolicyBus::As(Account const& account, std::function<void()> const& work)
+{
+    ActingAs const acting(account);
+    work();
+}
+
 std::string WhyNot()
 {
     if (getuid() != 0)

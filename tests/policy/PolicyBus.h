@@ -3,6 +3,7 @@
 #include "PrivateBus.h"
 #include "WirePeer.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -37,6 +38,8 @@ public:
     std::string const& Directory() const { return m_bus.Directory(); }
     /// A connection whose credentials, as the kernel tells them to the daemon, are the account's.
     std::unique_ptr<WirePeer> Connect(Account const& account) const;
+    /// Does `work` with the account's effective ids.
+    static void As(Account const& account, std::function<void()> const& work);
 
 private:
     PrivateBus m_bus;

@@ -1,3 +1,4 @@
+#include "MatchRules.h"
 #include "ProxyKinds.h"
 #include "ProxyTest.h"
 
@@ -106,8 +107,10 @@ TEST_P(SelfEndingProxy, DestroyedBeforeTheLossIsHandledThereIsNothingLeftToEnd)
     Kind().destroy();
 }
 
-TEST_P(SelfEndingProxy, SurvivesManyRestartsOfTheService)
+TEST_P(SelfEndingProxy, LeavesNothingOnTheBusOverManyRestartsOfTheService)
 {
+    ConnectionPtr const connection = SharedConnection(); // keeps it
+    unsigned const before = MatchRules();
     m_service.Vanish();
     for (std::size_t round = 1; round <= 40; ++round) {
         FakeService service(m_bus.Address());
@@ -117,6 +120,7 @@ TEST_P(SelfEndingProxy, SurvivesManyRestartsOfTheService)
         service.Vanish();
         ASSERT_TRUE(RunUntil([&] { return Ends(m_log) == round; }));
     }
+    EXPECT_EQ(MatchRules(), before);
 }
 
 std::vector<ProxyKind> SelfEnding()

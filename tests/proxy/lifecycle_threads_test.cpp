@@ -244,6 +244,7 @@ TEST_F(LifecycleThreads, CallbackDestroysAProxyThatVanishesWithTheService)
         ASSERT_TRUE(m_observer.WaitForOwner("org.corvel.zviptvapi.dbushelper", false));
         DestroyAll();
     }
+    EXPECT_GT(calls, 0);
     ExpectNoChannelLeft();
 }
 

@@ -2,7 +2,8 @@
 """The soak: applications call, and are pushed to, for minutes while the service dies and comes back at random.
 
 Prints a report and writes samples.csv, report.json and soak.svg. Ends with status 1 when an application died, got
-damaged data or an exception, or grew.
+damaged data or an exception, or grew, when calls failed that the service's end does not explain, or when a part of
+the time went by without an answered call or without a packet.
 """
 
 import argparse
@@ -24,6 +25,9 @@ BUS_CONFIG = """<busconfig><type>system</type><listen>unix:path={folder}/bus</li
 <allow eavesdrop="true"/></policy></busconfig>"""
 WARM_UP = 0.1  # of the time; growth is measured from its end
 MEMORY_LIMIT = 1.10  # growth of the clients' mean memory that is still called flat
+PARTS = 10  # of the time; in each of them applications are served
+SHORTEST_PART = 6  # seconds: the service may be away for two of them
+FAILURES_PER_RESTART = 5  # calls of one application that may fail when the service goes: those before it is told
 FIGURES = ("calls", "refused", "absent", "exceptions", "packets", "damaged", "losses")
 
 
@@ -148,6 +152,23 @@ def mean(samples, name):
     return statistics.mean(entry[name] for entry in samples)
 
 
+def working_calls(entry):
+    return entry["calls"] - entry["refused"] - entry["absent"] - entry["exceptions"]
+
+
+def idle_parts(samples):
+    """What did not happen, and when."""
+    end = samples[-1]["seconds"]
+    parts = max(1, min(PARTS, int(end / SHORTEST_PART)))
+    marks = [min(samples, key=lambda entry: abs(entry["seconds"] - end * i / parts)) for i in range(parts + 1)]
+    for start, stop in zip(marks, marks[1:]):
+        when = f"between second {start['seconds']:g} and {stop['seconds']:g}"
+        if working_calls(stop) <= working_calls(start):
+            yield f"no call was answered {when}"
+        if stop["packets"] <= start["packets"]:
+            yield f"no packet came {when}"
+
+
 def judge(samples, statuses, restarts, total, any_memory):
     """The report, and what is wrong."""
     warm = samples[int(len(samples) * WARM_UP):]
@@ -161,7 +182,10 @@ def judge(samples, statuses, restarts, total, any_memory):
               "service_rss_max_kib": max(entry["service_rss_kib"] for entry in samples)}
     wrong = [f"application {number} ended with status {status}" for number, status in enumerate(statuses) if status]
     wrong += [f"{total[name]} {name}" for name in ("exceptions", "damaged") if total[name]]
-    wrong += [f"no {name}" for name in ("calls", "packets") if not total[name]]
+    wrong += idle_parts(samples)
+    failures = total["refused"] + total["absent"]
+    if failures > FAILURES_PER_RESTART * len(statuses) * (sum(restarts.values()) + 1):
+        wrong.append(f"{failures} calls failed over {sum(restarts.values())} restarts of the service")
     if not any_memory and report["rss_mean_kib"][1] > report["rss_mean_kib"][0] * MEMORY_LIMIT:
         wrong.append("the memory of the applications grew")
     if report["fds_mean"][1] > report["fds_mean"][0] + 1:

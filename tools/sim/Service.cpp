@@ -192,7 +192,7 @@ std::string Service::Deliver(Call& call, CMessageBuffer const& reply, Damage con
         call.later.emplace(CDeferredReply::Take());
     }
     if (damage.IsDrop()) {
-        call.later.reset();
+        call.later->LeaveUnanswered();
         return DropNote;
     }
     if (!call.later) {

@@ -1,0 +1,85 @@
+#include "Bytes.h"
+#include "LoopRunner.h"
+#include "PolicyBus.h"
+
+#include <zviptv/ProxyDBusHelper.h>
+
+#include <gtest/gtest.h>
+
+namespace zviptv::test {
+
+namespace {
+
+constexpr char const* channelInterface = "org.corvel.zviptvapi.DbusCommunication";
+constexpr char const* channelPath = "/org/corvel/zviptvapi/DbusCommunication/PLAYERCONTROL";
+
+/// What an application's channel was told, and by whom.
+struct Heard
+{
+    static CMessageBuffer OnMessage(CMessageBuffer& /*request*/, void* self)
+    {
+        static_cast<Heard*>(self)->callers.push_back(CProxyDBusHelper::GetSenderName());
+        return CMessageBuffer();
+    }
+    static void OnNotification(CMessageBuffer& /*notification*/, void* self)
+    {
+        static_cast<Heard*>(self)->notifiers.push_back(CProxyDBusHelper::GetSenderName());
+    }
+    static void OnLoss(std::string /*partner*/, std::string /*own*/, void* self)
+    {
+        ++static_cast<Heard*>(self)->losses;
+    }
+
+    std::vector<std::string> callers;
+    std::vector<std::string> notifiers;
+    int losses = 0;
+};
+
+/// What the service may do, and here somebody else tries.
+void Spoof(WirePeer& peer, WireTarget target, WireTarget busNotice, std::string const& partner)
+{
+    target.member = "SendSignal";
+    peer.Emit(target);
+    peer.Emit(busNotice, WireBody::Strings({partner, partner, ""}));
+    target.member = "Send";
+    EXPECT_EQ(peer.Call(target).errorName, "org.freedesktop.DBus.Error.AccessDenied");
+    peer.Sync();
+}
+
+} // namespace
+
+TEST(PolicyLibraryTest, AnApplicationsChannelHearsTheServiceAndNobodyElse)
+{
+    if (auto const reason = WhyNot(); !reason.empty())
+        GTEST_SKIP() << reason;
+    PolicyBus const bus;
+    auto const partner = bus.Connect(service);
+    partner->SetHandler([](WireMessage const&) { return WireAnswer(Entries({{"said", "yes"}})); });
+    ASSERT_TRUE(partner->OwnName("org.corvel.zviptvapi.dbushelper"));
+
+    Heard heard;
+    std::unique_ptr<CProxyDBusHelper> channel;
+    PolicyBus::As(application, [&] { channel = std::make_unique<CProxyDBusHelper>("PLAYERCONTROL"); });
+    channel->SetCallback(Heard::OnMessage, Heard::OnNotification, &heard);
+    channel->SetDisconnectNotiCB(Heard::OnLoss, &heard);
+    ASSERT_EQ(channel->Connect(partner->Name()), 1);
+    CMessageBuffer request;
+    CMessageBuffer reply;
+    EXPECT_EQ(channel->SendMessage(request, reply, 0), 1);
+    EXPECT_EQ(reply.GetValue("said"), "yes");
+
+    std::string const own = channel->GetPublicName();
+    WireTarget const target{own, channelPath, channelInterface, "SendSignal"};
+    for (Account const& account : {stranger, secondApplication, root})
+        Spoof(*bus.Connect(account), target,
+              {own, "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameOwnerChanged"}, partner->Name());
+    partner->CallWithoutReply({own, channelPath, channelInterface, "Send"}, WireEntries());
+    partner->Emit(target, WireEntries());
+    ASSERT_TRUE(RunUntil([&] { return !heard.callers.empty() && !heard.notifiers.empty(); }));
+    RunPending();
+    EXPECT_EQ(heard.callers, std::vector<std::string>{partner->Name()});
+    EXPECT_EQ(heard.notifiers, std::vector<std::string>{partner->Name()});
+    EXPECT_EQ(heard.losses, 0);
+}
+
+} // namespace zviptv::test
