@@ -1,0 +1,187 @@
+#include "Service.h"
+
+#include "LibdbusBody.h"
+
+#include <memory>
+#include <stdexcept>
+
+namespace zviptv::bench {
+
+namespace {
+
+struct Unref
+{
+    void operator()(DBusMessage* message) const { dbus_message_unref(message); }
+};
+using Message = std::unique_ptr<DBusMessage, Unref>;
+
+struct Request
+{
+    std::string_view function;
+    std::string_view on;
+};
+
+Request Read(DBusMessage* call)
+{
+    Request request;
+    ForEachEntry(call, [&request](std::string_view key, std::string_view value) {
+        if (key == "functionname") {
+            request.function = value;
+        } else if (key == "on") {
+            request.on = value;
+        }
+    });
+    return request;
+}
+
+DBusConnection* Connect()
+{
+    DBusError error;
+    dbus_error_init(&error);
+    DBusConnection* const connection = dbus_bus_get(DBUS_BUS_SYSTEM, &error);
+    if (connection == nullptr) {
+        throw std::runtime_error(error.message);
+    }
+    if (dbus_bus_request_name(connection, wire::HelperName, DBUS_NAME_FLAG_DO_NOT_QUEUE, &error) !=
+        DBUS_REQUEST_NAME_REPLY_PRIMARY_OWNER) {
+        throw std::runtime_error("the helper bus has an owner already");
+    }
+    return connection;
+}
+
+} // namespace
+
+Service::Service() : m_connection(Connect())
+{
+    for (int i = 0; i < wire::Ratings; ++i) {
+        m_ratings.insert(m_ratings.end(), {0, 0, static_cast<char>(i)});
+    }
+    dbus_connection_add_filter(m_connection, OnMessage, this, nullptr);
+}
+
+Service::~Service()
+{
+    dbus_connection_remove_filter(m_connection, OnMessage, this);
+    dbus_connection_unref(m_connection);
+}
+
+int Service::Descriptor() const
+{
+    int descriptor = -1;
+    dbus_connection_get_unix_fd(m_connection, &descriptor);
+    return descriptor;
+}
+
+bool Service::WantsToWrite() const
+{
+    return dbus_connection_has_messages_to_send(m_connection) != FALSE;
+}
+
+void Service::Work()
+{
+    if (dbus_connection_read_write(m_connection, 0) == FALSE) {
+        throw std::runtime_error("the bus has gone");
+    }
+    while (dbus_connection_dispatch(m_connection) == DBUS_DISPATCH_DATA_REMAINS) {
+    }
+    while (m_left > 0 && m_onTheirWay < 2 * m_batch * m_subscribers.size() && !WantsToWrite()) {
+        for (std::string const& subscriber : m_subscribers) {
+            PushOne(subscriber);
+        }
+        --m_left;
+    }
+}
+
+DBusHandlerResult Service::OnMessage(DBusConnection* /*connection*/, DBusMessage* message, void* self)
+{
+    auto* const service = static_cast<Service*>(self);
+    if (dbus_message_is_method_call(message, wire::HelperInterface, wire::Signal) != FALSE) {
+        service->AnswerHelper(message);
+    } else if (dbus_message_is_method_call(message, wire::Interface, wire::Method) != FALSE) {
+        service->AnswerRequest(message);
+    } else {
+        return DBUS_HANDLER_RESULT_NOT_YET_HANDLED;
+    }
+    return DBUS_HANDLER_RESULT_HANDLED;
+}
+
+void Service::Send(DBusMessage* message)
+{
+    dbus_connection_send(m_connection, message, nullptr);
+}
+
+void Service::AnswerHelper(DBusMessage* call)
+{
+    Message const answer(dbus_message_new_method_return(call));
+    DBusMessageIter body;
+    DBusMessageIter array;
+    DBusMessageIter pair;
+    char const* const key = "dbusname";
+    char const* const name = dbus_bus_get_unique_name(m_connection);
+    dbus_message_iter_init_append(answer.get(), &body);
+    dbus_message_iter_open_container(&body, DBUS_TYPE_ARRAY, "(ss)", &array);
+    dbus_message_iter_open_container(&array, DBUS_TYPE_STRUCT, nullptr, &pair);
+    dbus_message_iter_append_basic(&pair, DBUS_TYPE_STRING, &key);
+    dbus_message_iter_append_basic(&pair, DBUS_TYPE_STRING, &name);
+    dbus_message_iter_close_container(&array, &pair);
+    dbus_message_iter_close_container(&body, &array);
+    Send(answer.get());
+}
+
+void Service::AnswerRequest(DBusMessage* call)
+{
+    Request const request = Read(call);
+    Message const answer(dbus_message_new_method_return(call));
+    if (request.function == "GetRatingInfo") {
+        AppendEntries(answer.get(), {{"result_internal", "1"},
+                                     {"ratingInfoSize", "100"},
+                                     {"ratingInfo", {m_ratings.data(), m_ratings.size()}}});
+    } else if (request.function == "ExistXmlForIPG") {
+        AppendEntries(answer.get(), {{"result_internal", "1"}, {"data", "1"}});
+    } else {
+        AppendEntries(answer.get(), {{"result_internal", "1"}});
+    }
+    if (request.function == "requestPESCB" && request.on == "1") {
+        m_subscribers.insert(dbus_message_get_sender(call));
+    } else if (request.function == "requestPESCB") {
+        m_subscribers.erase(dbus_message_get_sender(call));
+    }
+    Send(answer.get());
+}
+
+void Service::Push(std::size_t count, std::size_t size, std::size_t batch)
+{
+    if (m_subscribers.empty() || m_left > 0) {
+        throw std::runtime_error(m_left > 0 ? "still pushing" : "nobody to push to");
+    }
+    m_packet.assign(size, '\0');
+    m_left = count;
+    m_batch = batch;
+    m_onTheirWay = 0;
+}
+
+void Service::Credit(std::size_t batches)
+{
+    m_onTheirWay -= batches * m_batch;
+}
+
+// The packet's time stamp says what its first and its last byte are.
+void Service::PushOne(std::string const& subscriber)
+{
+    auto const number = static_cast<unsigned char>(m_left);
+    m_packet.front() = m_packet.back() = static_cast<char>(number);
+    std::string const size = std::to_string(m_packet.size());
+    std::string const pts = std::to_string((std::uint64_t{1} << 32) + number);
+    Message const signal(dbus_message_new_signal(wire::SubscriberPath, wire::Interface, wire::Signal));
+    dbus_message_set_destination(signal.get(), subscriber.c_str());
+    AppendEntries(signal.get(), {{"functionname", "PESCB"},
+                                 {"pesDataSize", size},
+                                 {"pesType", "1"},
+                                 {"pesPID", "256"},
+                                 {"pesPTS", pts},
+                                 {"pesData", m_packet}});
+    Send(signal.get());
+    ++m_onTheirWay;
+}
+
+} // namespace zviptv::bench

@@ -1,0 +1,80 @@
+// The service. It prints its unique name, then obeys the lines that it reads: "push COUNT SIZE BATCH". A byte
+// on descriptor 3 is the credit of one subscriber for one batch.
+#include "Process.h"
+#include "Service.h"
+
+#include <poll.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdio>
+#include <exception>
+#include <sstream>
+#include <stdexcept>
+
+namespace {
+
+using zviptv::bench::Service;
+
+std::string ReadSome(int descriptor)
+{
+    std::array<char, 4096> bytes;
+    auto const size = read(descriptor, bytes.data(), bytes.size());
+    return std::string(bytes.data(), size > 0 ? static_cast<std::size_t>(size) : 0);
+}
+
+void Obey(Service& service, std::string const& text)
+{
+    std::istringstream line(text);
+    std::string command;
+    std::size_t count = 0;
+    std::size_t size = 0;
+    std::size_t batch = 0;
+    if (!(line >> command >> count >> size >> batch) || command != "push" || size == 0 || batch == 0) {
+        throw std::runtime_error("what is " + text + "?");
+    }
+    service.Push(count, size, batch);
+}
+
+/// Until standard input ends. A command is one write of its sender, far shorter than a pipe.
+void Serve(Service& service, int creditPipe)
+{
+    while (true) {
+        service.Work();
+        short const events = service.WantsToWrite() ? POLLIN | POLLOUT : POLLIN;
+        std::array<pollfd, 3> polled{
+            {{service.Descriptor(), events, 0}, {creditPipe, POLLIN, 0}, {STDIN_FILENO, POLLIN, 0}}};
+        poll(polled.data(), polled.size(), -1);
+        if ((polled[1].revents & POLLIN) != 0) {
+            service.Credit(ReadSome(creditPipe).size());
+        }
+        if (polled[2].revents != 0) {
+            std::string const text = ReadSome(STDIN_FILENO);
+            if (text.empty()) {
+                return;
+            }
+            Obey(service, text);
+        }
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc != 2) {
+        std::fprintf(stderr, "usage: bench_service DESCRIPTOR-OF-THE-PIPE\n");
+        return 2;
+    }
+    zviptv::bench::DieWithParent();
+    try {
+        Service service;
+        std::printf("%s\n", service.Name().c_str());
+        std::fflush(stdout);
+        Serve(service, std::stoi(argv[1]));
+    } catch (std::exception const& failure) {
+        std::fprintf(stderr, "bench_service: %s\n", failure.what());
+        return 1;
+    }
+    return 0;
+}

@@ -1,0 +1,62 @@
+#!/usr/bin/env python3
+"""What the library costs across a bus, beside what else there is; written as JSON."""
+
+import argparse
+import json
+import pathlib
+import sys
+import time
+
+import calls
+import lives
+import pushes
+from processes import Bench, why_no_journal
+from variants import ALL, BASELINE, LIBRARY
+
+# Generations of processes and rounds of each, where there are two.
+FULL = {"call": ((6, 16), 250), "instructions": (tuple(calls.METHODS), ALL, 200, 700), "push": (5, 5),
+        "crowd": ((2, 3), (4, 16)), "callbacks": 10, "objects": 15, "starts": 20, "growth": (1_000_000, 100_000)}
+QUICK = {"call": ((2, 5), 150), "instructions": (("mute",), (LIBRARY, BASELINE), 100, 300), "push": (1, 2),
+         "crowd": ((1, 1), (4,)), "callbacks": 2, "objects": 3, "starts": 3, "growth": (20_000, 1_000)}
+
+
+def parts(bench, variants, form):
+    """What is measured, by its name in the results."""
+    few = [variant for variant in variants if variant in form["instructions"][1]]
+    return {
+        "call": lambda: calls.measure_calls(bench, variants, *form["call"]),
+        "instructions": lambda: calls.measure_instructions(bench, few, form["instructions"][0],
+                                                           *form["instructions"][2:]),
+        "push": lambda: pushes.measure_pushes(bench, variants, form["push"]),
+        "crowd": lambda: pushes.measure_crowds(bench, variants, *form["crowd"]),
+        "callbacks": lambda: pushes.measure_callbacks(bench, form["callbacks"]),
+        "objects": lambda: lives.measure_objects(bench, form["objects"]),
+        "starts": lambda: lives.measure_starts(bench, variants, form["starts"]),
+        "growth": lambda: lives.measure_growth(bench, *form["growth"]),
+    }
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("programs", help="the folder of the programs that were built")
+    parser.add_argument("out", type=pathlib.Path, help="the file to write")
+    parser.add_argument("--quick", action="store_true", help="short blocks and few: a look, no result")
+    parser.add_argument("--only", action="append", help="measure this part alone; may be repeated")
+    options = parser.parse_args()
+    no_journal = why_no_journal()
+    variants = [variant for variant in ALL if not (variant.journal and no_journal)]
+    if no_journal:
+        print(f"left out: the library with a system log, which {no_journal}", file=sys.stderr)
+    results = {"quick": options.quick, "journal": no_journal or "systemd-journald of the client's own",
+               "variants": {variant.key: variant.title for variant in variants}}
+    with Bench(options.programs) as bench:
+        wanted = parts(bench, variants, QUICK if options.quick else FULL)
+        for name in options.only or wanted:
+            start = time.monotonic()
+            results[name] = wanted[name]()
+            print(f"{name:14} {time.monotonic() - start:6.1f} s", file=sys.stderr, flush=True)
+    options.out.write_text(json.dumps(results, indent=1) + "\n")
+
+
+if __name__ == "__main__":
+    main()

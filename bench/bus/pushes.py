@@ -1,0 +1,72 @@
+"""Pushes: packets from the service to the receivers."""
+
+from blocks import alternate, over_generations, summaries
+from variants import LIBRARY, SDBUSCPP
+
+# Size of a packet; packets of a batch, of which two may be on their way; batches of a block.
+SIZES = {188: (100, 20), 4096: (100, 10), 65536: (8, 40), 1048576: (1, 60)}
+SLOW_BLOCK = {188: (100, 5), 4096: (20, 4), 65536: (1, 6), 1048576: (1, 2)}
+CALLBACKS = (1, 2, 4, 8, 16, 32, 64)
+CROWD_SIZE = 65536
+
+
+def block_of(variant, size):
+    """Packets of a block and of a batch. Who copies byte by byte gets fewer."""
+    batch, batches = (SLOW_BLOCK if variant == SDBUSCPP else SIZES)[size]
+    return batch * batches, batch
+
+
+def push_block(bench, clients, variant, size):
+    """One block; the clock runs from the first packet's arrival to the last one's."""
+    count, batch = block_of(variant, size)
+    for client in clients:
+        client.ask("forget-peak")
+        client.ask("subscribe 1")
+    heard = bench.push(clients, count, size, batch)
+    for client in clients:
+        client.ask("unsubscribe")
+    seconds = (max(one["last"] for one in heard) - min(one["first"] for one in heard)) / 1e9
+    return {"packets_a_second": (count - 1) * len(clients) / seconds, "size": size,
+            "cpu_a_packet": sum(one["cpu"] for one in heard) / 1e9 / count / len(clients),
+            "peak_kib": max(client.ask("memory")["peak_kib"] for client in clients)}
+
+
+FIGURES = {"messages": lambda block: block["packets_a_second"],
+           "bytes": lambda block: block["packets_a_second"] * block["size"],
+           "cpu_a_mb": lambda block: block["cpu_a_packet"] / block["size"] * 1e6,
+           "peak_kib": lambda block: block["peak_kib"]}
+
+
+def pushed(bench, variants, form, size, number=1):
+    return summaries(over_generations(bench, variants, form, lambda variant, clients: push_block(
+        bench, clients, variant, size), number), FIGURES)
+
+
+def measure_pushes(bench, variants, form):
+    return {"form": form, **{str(size): pushed(bench, variants, form, size) for size in SIZES}}
+
+
+def measure_crowds(bench, variants, form, crowds):
+    """Several processes, each of which gets every packet."""
+    return {"form": form, "size": CROWD_SIZE,
+            **{str(number): pushed(bench, variants, form, CROWD_SIZE, number) for number in crowds}}
+
+
+def measure_callbacks(bench, rounds, size=4096):
+    """More and more callbacks in one process of the library: seconds a message, and of the processor."""
+    count, batch = block_of(LIBRARY, size)
+    measured = {"rounds": rounds, "size": size, "callbacks": {}}
+
+    def block(number):
+        client.ask(f"subscribe {number}")
+        heard = bench.push([client], count, size, batch)[0]
+        client.ask("unsubscribe")
+        return {"wall": (heard["last"] - heard["first"]) / (count - 1), "cpu": heard["cpu"] / count}
+
+    with bench.clients([LIBRARY]) as clients:
+        client = clients[LIBRARY][0]
+        results = alternate(CALLBACKS, rounds, block)
+    for number, blocks in results.items():
+        figures = {name: sorted(one[name] for one in blocks) for name in ("wall", "cpu")}
+        measured["callbacks"][str(number)] = {name: values[len(values) // 2] for name, values in figures.items()}
+    return measured

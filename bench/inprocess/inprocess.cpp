@@ -1,0 +1,146 @@
+#include "Allocations.h"
+#include "LocalChannel.h"
+#include "Messages.h"
+#include "Workloads.h"
+
+#include <benchmark/benchmark.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+// Each benchmark is named <what>/<entries>/<bytes of a value>, or workload/<name>. With G_SLICE=always-malloc
+// in the environment, which makes GLib's slices visible, each also tells what one round asks the heap for.
+
+using namespace zviptv;
+using namespace zviptv::test;
+
+namespace {
+
+using Run = std::function<void()>;
+
+/// A round of something on messages of so many entries with so many bytes each.
+using Maker = Run (*)(std::size_t entries, std::size_t size);
+
+std::size_t BytesOf(std::size_t entries, std::size_t size)
+{
+    return entries * size;
+}
+
+/// A plain copy of the values' bytes, between two buffers that are there.
+Run Copying(std::size_t entries, std::size_t size)
+{
+    auto const from = std::make_shared<std::vector<char>>(BytesOf(entries, size), 'v');
+    auto const to = std::make_shared<std::vector<char>>(BytesOf(entries, size), '\0');
+    return [=] {
+        benchmark::DoNotOptimize(std::memcpy(to->data(), from->data(), to->size()));
+        benchmark::ClobberMemory();
+    };
+}
+
+/// The same into a buffer that is made for it: what has to be paid wherever the copy is somebody else's.
+Run CopyingIntoNew(std::size_t entries, std::size_t size)
+{
+    auto const from = std::make_shared<std::vector<char>>(BytesOf(entries, size), 'v');
+    return [=] {
+        std::unique_ptr<void, decltype(&std::free)> const to(std::malloc(from->size()), std::free);
+        benchmark::DoNotOptimize(std::memcpy(to.get(), from->data(), from->size()));
+        benchmark::ClobberMemory();
+    };
+}
+
+template <Owned<GVariant> (*Encode)(CMessageBuffer const&)>
+Run Encoding(std::size_t entries, std::size_t size)
+{
+    auto const message = std::make_shared<CMessageBuffer>(MakeMessage(entries, size));
+    return [=] { benchmark::DoNotOptimize(Encode(*message)); };
+}
+
+template <Owned<GVariant> (*Encode)(CMessageBuffer const&), CMessageBuffer (*Decode)(GVariant*)>
+Run Decoding(std::size_t entries, std::size_t size)
+{
+    std::shared_ptr<GVariant> const body = Arrived(Encode(MakeMessage(entries, size)).get());
+    return [=] { benchmark::DoNotOptimize(Decode(body.get())); };
+}
+
+/// GIO's part: the encoded body put on the wire and read from it, without the sending.
+Run PassingGIO(std::size_t entries, std::size_t size)
+{
+    std::shared_ptr<GVariant> const body = EncodeForPeer(MakeMessage(entries, size));
+    return [=] { benchmark::DoNotOptimize(Arrived(body.get())); };
+}
+
+bool CountsAllocations()
+{
+    char const* const slices = std::getenv("G_SLICE");
+    return slices != nullptr && std::strcmp(slices, "always-malloc") == 0;
+}
+
+void Repeat(benchmark::State& state, Run const& run)
+{
+    run();
+    for (auto _ : state) {
+        run();
+    }
+    if (CountsAllocations()) {
+        Allocations const before = Allocations::SoFar();
+        run();
+        Allocations const spent = Allocations::SoFar() - before;
+        state.counters["allocations"] = static_cast<double>(spent.count);
+        state.counters["allocated_bytes"] = static_cast<double>(spent.bytes);
+    }
+}
+
+void Register(std::string const& what, Maker make, std::size_t entries, std::size_t size)
+{
+    std::string const name = what + '/' + std::to_string(entries) + '/' + std::to_string(size);
+    benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
+        Repeat(state, make(entries, size));
+        state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) *
+                                static_cast<std::int64_t>(BytesOf(entries, size)));
+    });
+}
+
+void RegisterAll(std::size_t entries, std::size_t size)
+{
+    Register("memcpy", Copying, entries, size);
+    Register("memcpy_new", CopyingIntoNew, entries, size);
+    Register("peer_encode", Encoding<EncodeForPeer>, entries, size);
+    Register("peer_decode", Decoding<EncodeForPeer, DecodeFromPeer>, entries, size);
+    Register("helper_encode", Encoding<EncodeForHelper>, entries, size);
+    Register("helper_decode", Decoding<EncodeForHelper, DecodeFromHelper>, entries, size);
+    Register("gio", PassingGIO, entries, size);
+}
+
+void RegisterWorkloads()
+{
+    for (Workload const& workload : AllWorkloads()) {
+        benchmark::RegisterBenchmark(("workload/" + workload.name).c_str(), [=](benchmark::State& state) {
+            workload.prepare();
+            Repeat(state, workload.run);
+        });
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    for (std::size_t const size : {1U, 16U, 256U, 4096U, 65536U, 262144U, 1048576U, 4194304U, 8388608U}) {
+        RegisterAll(1, size);
+    }
+    for (std::size_t const entries : {10U, 100U, 1000U}) {
+        RegisterAll(entries, 16);
+    }
+    RegisterWorkloads();
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+        return 2;
+    }
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

@@ -1,0 +1,122 @@
+"""The tables that the results make, as rows of text."""
+
+from bus.variants import BASELINE, LIBRARY, SDBUSCPP
+
+SIZES = {"188": "188 B", "4096": "4 KiB", "65536": "64 KiB", "1048576": "1 MiB"}
+METHODS = {"mute": "`MuteAudio`", "ratings": "`GetRatingInfo`, 100 ratings"}
+
+
+def number(value, digits=1):
+    """Three figures that count, with a thousands separator."""
+    return f"{value:,.{0 if abs(value) >= 100 else digits if abs(value) >= 10 else 2}f}"
+
+
+def between(figure, unit=1.0):
+    return f"{number(figure['median'] / unit)} ({number(figure['low'] / unit)}–{number(figure['high'] / unit)})"
+
+
+def ratio(figure):
+    found = figure.get("ratio")
+    return f"{found['median']:.3f} ({found['low']:.3f}–{found['high']:.3f})" if found else ""
+
+
+def variants_of(bus, part):
+    return [(key, title) for key, title in bus["variants"].items() if key in part]
+
+
+def where(results):
+    machine = results["machine"]
+    rows = [["date", machine["date"]], ["processor", f"{machine['processor']}, {machine['cores']} cores"],
+            ["kernel", machine["kernel"]], ["load when it began", str(machine["load"])],
+            ["system log", results["bus"]["journal"]]]
+    rows += [[f"`{package}`", version] for package, version in machine["versions"].items()]
+    return ["measured on", ""], rows
+
+
+def calls(results, method):
+    part = results["bus"]["call"][method]
+    rows = [[title, between(part[key]["p50"], 1e3), number(part[key]["p99"]["median"] / 1e3), ratio(part[key]["p50"]),
+             between(part[key]["cpu"], 1e3), ratio(part[key]["cpu"])]
+            for key, title in variants_of(results["bus"], part)]
+    return [METHODS[method], "p50, µs", "p99, µs", "p50, ratio", "processor, µs a call", "processor, ratio"], rows
+
+
+def instructions(results):
+    part = results["bus"]["instructions"]
+    methods = [method for method in METHODS if method in part]
+    rows = [[title, *(text for method in methods for text in (f"{part[method][key]['instructions']:,.0f}",
+                                                               f"{part[method][key]['ratio']:.3f}"))]
+            for key, title in variants_of(results["bus"], part[methods[0]])]
+    return ["instructions a call", *(text for method in methods for text in (METHODS[method], "ratio"))], rows
+
+
+def pushes(results, size):
+    part = results["bus"]["push"][size]
+    rows = [[title, number(part[key]["messages"]["median"]), between(part[key]["bytes"], 1e6),
+             ratio(part[key]["bytes"]), number(part[key]["cpu_a_mb"]["median"] * 1e6), ratio(part[key]["cpu_a_mb"]),
+             number(part[key]["peak_kib"]["median"] / 1024)]
+            for key, title in variants_of(results["bus"], part)]
+    return [f"packets of {SIZES[size]}", "packets/s", "MB/s", "MB/s, ratio", "processor, µs a MB",
+            "processor, ratio", "peak, MiB"], rows
+
+
+def crowds(results):
+    part = results["bus"]["crowd"]
+    counts = [key for key in part if key.isdigit()]
+    rows = [[title, *(text for count in counts for text in (between(part[count][key]["bytes"], 1e6),
+                                                             ratio(part[count][key]["bytes"])))]
+            for key, title in variants_of(results["bus"], part[counts[0]])]
+    return ["packets of 64 KiB to", *(text for count in counts for text in (f"{count} processes, MB/s", "ratio"))], rows
+
+
+def callbacks(results):
+    rows = [[count, number(one["wall"] / 1e3), number(one["cpu"] / 1e3)]
+            for count, one in results["bus"]["callbacks"]["callbacks"].items()]
+    return ["callbacks", "µs a packet of 4 KiB", "processor, µs a packet"], rows
+
+
+def starts(results):
+    part = results["bus"]["starts"]
+    rows = [[title, between(part[key], 1e6)] for key, title in variants_of(results["bus"], part)]
+    return ["new process", "ms to the first answered call"], rows
+
+
+def objects(results):
+    rows = [[f"`{name}`", number(one["first"] / 1e6), number(one["further"] / 1e6), f"{one['heap']:,.0f}",
+             "not told by the daemon" if one["matches"] < 0 else f"{one['matches']:.0f}"]
+            for name, one in results["bus"]["objects"].items()]
+    return ["object", "first of a process, ms", "beside another, ms", "heap it adds, bytes",
+            "match rules it adds"], rows
+
+
+def growth(results):
+    part = results["bus"]["growth"]
+    line = part["line"]
+    rows = [[f"{point['calls']:,}", number(point["p50"] / 1e3), number(point["round"] / 1e3), f"{point['heap']:,}",
+             f"{point['rss_kib']:,}"] for point in (line[0], line[len(line) // 2], line[-1])]
+    return ["calls", "p50 of a call, µs", "subscribing and unsubscribing, µs", "heap, bytes", "resident, KiB"], rows
+
+
+def targets(results):
+    """What was aimed at, and whether it was reached."""
+    bus = results["bus"]
+
+    def line(what, found, limit, at_most=True):
+        reached = found <= limit if at_most else found >= limit
+        return [what, f"{'≤' if at_most else '≥'} {limit:g}", f"{found:.3f}", "yes" if reached else "**no**"]
+
+    rows = []
+    for method, title in METHODS.items():
+        part = bus["call"][method]
+        rows.append(line(f"p50 of {title}, log off", part[LIBRARY.key]["p50"]["ratio"]["median"], 1.05))
+        if "library-log" in part:
+            rows.append(line(f"p50 of {title}, system log", part["library-log"]["p50"]["ratio"]["median"], 1.15))
+        rows.append(line(f"processor time of {title}, log off", part[LIBRARY.key]["cpu"]["ratio"]["median"], 1.10))
+    part = bus["push"]["65536"]
+    rows.append(line("push of 64 KiB", part[LIBRARY.key]["bytes"]["ratio"]["median"], 0.95, False))
+    rows.append(line(f"push of 64 KiB, to {SDBUSCPP.title}",
+                     part[LIBRARY.key]["bytes"]["median"] / part[SDBUSCPP.key]["bytes"]["median"], 30, False))
+    rows.append(line("a call after all calls and subscriptions, to one of a new process",
+                     bus["growth"]["ratio"]["median"], 1.05))
+    return [f"ratio to {BASELINE.title}, or as it says", "wanted", "found", "reached"], rows
+

@@ -1,0 +1,56 @@
+"""That the guard fails when it should, and reads profiles right."""
+
+import unittest
+
+import guard
+
+BASELINE = {"instructions": 1000.0, "own instructions": 100.0, "allocations": 20.0, "allocated bytes": 4000.0}
+
+# main, of the program, calls g_free, of GLib, twice: 5 lines of its own, 40 of g_free and what that calls.
+PROFILE = """events: Ir
+ob=(1) /program
+fl=(1) main.cpp
+fn=(0) main
+30 2
+cob=(2) /lib/libglib
+cfn=(3) g_free
+calls=2 0
+-1 40
++1 3
+
+ob=(2)
+fn=(3)
+0 30
+* 10
+"""
+
+
+class Compare(unittest.TestCase):
+    def test_equal_counts_pass(self):
+        self.assertEqual(guard.compare(BASELINE, BASELINE), ([], []))
+
+    def test_each_measure_may_grow_by_the_limit_and_no_more(self):
+        for name in guard.MEASURES:
+            over, _ = guard.compare({**BASELINE, name: BASELINE[name] * 1.05}, BASELINE)
+            self.assertEqual(over, [], name)
+            over, _ = guard.compare({**BASELINE, name: BASELINE[name] * 1.051}, BASELINE)
+            self.assertEqual(len(over), 1, name)
+            self.assertIn(name, over[0])
+
+    def test_what_cost_nothing_may_not_begin_to(self):
+        over, _ = guard.compare({**BASELINE, "allocations": 1.0}, {**BASELINE, "allocations": 0.0})
+        self.assertEqual(len(over), 1)
+
+    def test_what_got_cheaper_is_told(self):
+        over, under = guard.compare({**BASELINE, "allocations": 18.0}, BASELINE)
+        self.assertEqual(over, [])
+        self.assertIn("-10.0%", under[0])
+
+
+class Profile(unittest.TestCase):
+    def test_calls_are_counted_once(self):
+        self.assertEqual(guard.instructions(PROFILE.splitlines(True), "/program"), (45, 5))
+
+
+if __name__ == "__main__":
+    unittest.main()
