@@ -58,6 +58,9 @@ def instructions(profile, program):
                 total += int(match[1])
                 own += int(match[1]) if here else 0
             called = False
+        elif match := re.match(r"totals: (\d+)$", line):
+            if int(match[1]) != total:
+                raise ValueError(f"{total} instructions read from a profile of {match[1]}")
     return total, own
 
 
@@ -70,7 +73,10 @@ def measure(program, workload):
             program, workload).split())
         with open(profile, encoding="utf-8") as file:
             total, own = instructions(file, program)
-    return {name: round(value / rounds, 1) for name, value in zip(MEASURES, (total, own, allocations, size))}
+    measured = {name: round(value / rounds, 1) for name, value in zip(MEASURES, (total, own, allocations, size))}
+    if not all(measured.values()):
+        raise ValueError(f"{workload} cannot cost nothing: {measured}")
+    return measured
 
 
 def versions(program):

@@ -22,6 +22,7 @@ ob=(2)
 fn=(3)
 0 30
 * 10
+totals: 45
 """
 
 
@@ -50,6 +51,10 @@ class Compare(unittest.TestCase):
 class Profile(unittest.TestCase):
     def test_calls_are_counted_once(self):
         self.assertEqual(guard.instructions(PROFILE.splitlines(True), "/program"), (45, 5))
+
+    def test_a_profile_that_is_read_wrongly_is_an_error(self):
+        with self.assertRaises(ValueError):
+            guard.instructions(PROFILE.replace("totals: 45", "totals: 46").splitlines(True), "/program")
 
 
 if __name__ == "__main__":
