@@ -1,0 +1,62 @@
+#!/bin/bash
+# Builds the Debian packages twice, in folders, time zones and with umasks that differ, and keeps the first ones if the
+# second are the same to the byte: build.sh OUT
+set -euo pipefail
+cd "$(dirname "$0")/.."
+mkdir -p "$1"
+out=$(realpath "$1")
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+say() { printf '\n== %s\n' "$*"; }
+
+# What belongs to the project: all that git does not ignore, or of a source package all that was not built.
+files() {
+    if [ -e .git ]; then
+        git ls-files -z --cached --others --exclude-standard | while IFS= read -r -d '' file; do
+            [ ! -e "$file" ] || printf '%s\0' "$file"
+        done
+    else
+        find . -path ./build -prune -o -path ./debian -prune -o -type f -print0
+    fi
+}
+
+# build FOLDER TIMEZONE UMASK: the packages are beside FOLDER then. Nothing of the caller's environment gets in.
+build() (
+    cd "$1"
+    umask "$3"
+    env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME="$work" LC_ALL=C.UTF-8 TZ="$2" \
+        DEB_BUILD_OPTIONS="parallel=$(nproc)" dpkg-buildpackage -us -uc >"$1.log" 2>&1 || {
+        tail -n 50 "$1.log" >&2
+        exit 1
+    }
+)
+
+version=$(dpkg-parsechangelog -l packaging/debian/changelog -S Version)
+if [ "$(date +%s)" -lt "$(dpkg-parsechangelog -l packaging/debian/changelog -S Timestamp)" ]; then
+    echo "The clock shows a time before that of packaging/debian/changelog; it is wrong, or that is." >&2
+    exit 1
+fi
+first=$work/one/libzv-iptv-service-api-$version
+second=$work/another-place/of-another-length/libzv-iptv-service-api-$version
+mkdir -p "$first" "$second"
+files | tar -c --null --files-from=- | tar -x -C "$first"
+cp -r "$first/packaging/debian" "$first/debian"
+cp -a "$first/." "$second"
+
+say "Building the packages"
+build "$first" UTC 022
+say "Building them again, elsewhere"
+build "$second" Asia/Kathmandu 077
+for file in "$work"/one/*.deb "$work"/one/*.dsc "$work"/one/*.tar.xz; do
+    cmp "$file" "$(dirname "$second")/$(basename "$file")"
+done
+echo "The same to the byte."
+
+say "lintian"
+lintian --allow-root --fail-on error,warning --info --display-info "$work"/one/*.changes
+
+rm -f "$out"/*.{deb,dsc,tar.xz,changes,buildinfo}
+find "$work/one" -maxdepth 1 -type f ! -name '*.log' -exec cp -t "$out" {} +
+say "In ${out#"$PWD"/}"
+(cd "$out" && ls -1 ./*.deb)

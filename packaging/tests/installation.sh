@@ -1,0 +1,63 @@
+# shellcheck shell=bash disable=SC2154
+# Sourced by installed.sh: puts packages and an account on the machine and takes them away again.
+tester=zviptv-tester
+packages_before='' accounts_before='' ours=''
+
+list_packages() { dpkg-query -W -f '${db:Status-Status} ${binary:Package}\n' | sed -n 's/^installed //p' | sort; }
+list_accounts() { { getent passwd | sed 's/:.*//; s/^/user /'; getent group | sed 's/:.*//; s/^/group /'; } | sort; }
+
+# install_packages DEB...
+install_packages() {
+    local deb
+    packages_before=$(list_packages)
+    accounts_before=$(list_accounts)
+    for deb in "$@"; do
+        ours+=" $(dpkg-deb -f "$deb" Package)"
+    done
+    # A system bus is recommended only. Images for containers leave documentation out.
+    DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends --reinstall \
+        -o DPkg::Options::='--path-include=/usr/share/doc/zv-iptv-doc/*' \
+        -o DPkg::Options::='--path-include=/usr/share/man/*/zv*' "$@" dbus >"$work/apt.log" 2>&1 || {
+        cat "$work/apt.log" >&2
+        return 1
+    }
+}
+
+add_tester() { useradd --system --no-create-home --home-dir "$work/home" --groups zviptv-apps "$tester"; }
+
+# What came with the packages goes with them, and none of their files stays.
+remove_packages() {
+    [ -n "$ours" ] || return 0
+    local files package added file status=0
+    for package in $ours; do
+        files+=$(dpkg -L "$package" 2>/dev/null)$'\n'
+    done
+    mapfile -t added < <(comm -13 <(echo "$packages_before") <(list_packages))
+    [ ${#added[@]} -eq 0 ] ||
+        DEBIAN_FRONTEND=noninteractive apt-get purge -y -q "${added[@]}" >"$work/apt.log" 2>&1 || {
+        cat "$work/apt.log" >&2
+        status=1
+    }
+    while read -r file; do
+        if [ -f "$file" ] || [ -L "$file" ] && ! dpkg -S "$file" >/dev/null 2>&1; then
+            echo "left behind: $file" >&2
+            status=1
+        fi
+    done <<<"$files"
+    return "$status"
+}
+
+# Packages leave their accounts on the machine, so that a number does not get another owner. A test does not.
+remove_accounts() {
+    if getent passwd "$tester" >/dev/null; then
+        userdel "$tester"
+    fi
+    [ -n "$ours" ] || return 0
+    local kind name
+    while read -r kind name; do
+        case $kind:$name in
+        user:zviptv) userdel zviptv ;;
+        group:zviptv-apps) groupdel zviptv-apps ;;
+        esac
+    done < <(comm -13 <(echo "$accounts_before") <(list_accounts))
+}

@@ -1,0 +1,32 @@
+#!/bin/bash
+# The manual pages name the options and commands that --help does, no more and no less: man_pages.sh BUILD SOURCE
+. "$(dirname "$0")/install.sh"
+
+pages=$(cd "$source/../../docs/man" && pwd)
+export LD_LIBRARY_PATH=$libdir
+options() { grep -oE -- '--[a-z][a-z-]*' | sort -u; }
+
+for tool in zviptv-sim zviptvctl; do
+    "$prefix/bin/$tool" --help >"$work/help"
+    # What stands at the beginning of a line; of the command line's page, what is before its commands.
+    grep -E '^ *-' "$work/help" | sed -E 's/^ *(-[a-z],)?(--[a-z-]+).*/\2/' | options >"$work/in-help"
+    sed '/^# COMMANDS/,$d' "$pages/$tool.1.scd" | grep -E '^\*-' | options >"$work/in-page"
+    echo "$tool:"
+    diff "$work/in-help" "$work/in-page"
+done
+
+sed -n '/^Subcommands:/,/^$/s/^  \([a-z]*\) .*/\1/p' "$work/help" | sort >"$work/in-help"
+sed -n '/^# COMMANDS/,/^# EXIT/s/^\*\([a-z]*\)\*.*/\1/p' "$pages/zviptvctl.1.scd" | sort -u >"$work/in-page"
+test -s "$work/in-help"
+diff "$work/in-help" "$work/in-page"
+
+"$prefix/bin/zviptvctl" --help | sed -n 's/^  \([0-6]\)  \(.*\)/\1 \2/p' >"$work/in-help"
+sed -n '/^# EXIT/,/^# ENV/p' "$pages/zviptvctl.1.scd" | sed -n '/^\*[0-6]\*$/{s/\*//g;N;s/\n\t/ /;p}' >"$work/in-page"
+test -s "$work/in-help"
+diff "$work/in-help" "$work/in-page"
+
+if command -v scdoc >/dev/null; then
+    for page in "$pages"/*.scd; do
+        scdoc <"$page" >"$work/page"
+    done
+fi
