@@ -1,12 +1,13 @@
 #!/usr/bin/env python3
 """Runs all benchmarks of a build, prints their tables and draws their pictures.
 
-Everything is written to the folder of the build: results.json, tables.md and the pictures. --docs also takes them into
-docs/performance.md.
+Everything is written to the folder of the build: results.json, tables.md and the pictures. --docs also takes the tables
+into docs/performance.md, and the others into the folder beside it.
 """
 
 import argparse
 import json
+import os
 import pathlib
 import subprocess
 import sys
@@ -14,6 +15,7 @@ import sys
 import machine
 import plots
 import report
+from inprocess import encoding
 
 HERE = pathlib.Path(__file__).parent
 
@@ -27,9 +29,18 @@ def run_bus(build, out, quick):
 
 def run_inprocess(build, out, quick):
     form = ["--benchmark_repetitions=3", "--benchmark_min_time=0.002"] if quick else []
-    subprocess.run([HERE / "inprocess/inprocess.sh", build / "bench/inprocess/bench_inprocess", out, *form],
-                   stdout=subprocess.DEVNULL, check=True)
-    return json.loads((out / "inprocess.json").read_text())
+    subprocess.run([HERE / "inprocess/inprocess.sh", build / "bench/inprocess/bench_inprocess", out, *form], check=True)
+    return {"times": encoding.rounds_by_name(json.loads((out / "inprocess.json").read_text())),
+            "heap": encoding.heap_by_name(json.loads((out / "inprocess-allocations.json").read_text()))}
+
+
+def refuse_when_busy():
+    """There is no way to force it: what a busy machine finds is no figure."""
+    print("Waiting for the machine to come to rest, for at most two minutes", file=sys.stderr, flush=True)
+    load = machine.busy(120)
+    if load is not None:
+        sys.exit(f"The load is {load:.1f}, more than half of the {os.cpu_count()} processors: what this machine would "
+                 "find now is nothing to write down. Let it come to rest; without --docs it is measured all the same.")
 
 
 def main():
@@ -40,18 +51,20 @@ def main():
     options = parser.parse_args()
     if options.quick and options.docs:
         parser.error("what --quick finds is nothing to write down")
+    if options.docs:
+        report.check(report.PAGE)
+        refuse_when_busy()
     out = options.build
     results = {"machine": machine.describe(), "quick": options.quick,
                "inprocess": run_inprocess(options.build, out, options.quick),
                "bus": run_bus(options.build, out, options.quick)}
     (out / "results.json").write_text(json.dumps(results, indent=1) + "\n")
-    inprocess = (out / "inprocess.md").read_text()
-    text = report.text(results, inprocess)
+    text = report.text(results)
     (out / "tables.md").write_text(text)
-    pictures = [*plots.draw(results, out), *sorted(out.glob("inprocess-*.svg"))]
+    pictures = plots.draw(results, out)
     print(text)
     if options.docs:
-        report.fill(report.PAGE, results, inprocess, pictures)
+        report.fill(report.PAGE, results, [*pictures, out / "results.json"])
     print(f"written: {out}/results.json, tables.md and {len(pictures)} pictures")
 
 

@@ -19,6 +19,17 @@ def version(package):
     return run.stdout or "not a Debian package here"
 
 
+def busy(patience):
+    """The load if it stays above half of the processors for that many seconds, in which a build's has time to fall; None
+    if it does not."""
+    end = time.monotonic() + patience
+    while (load := os.getloadavg()[0]) > os.cpu_count() / 2:
+        if time.monotonic() > end:
+            return load
+        time.sleep(1)
+    return None
+
+
 def describe():
     return {"date": time.strftime("%-d %B %Y"), "processor": processor(), "cores": os.cpu_count(),
             "kernel": platform.release(), "load": round(os.getloadavg()[0], 2),

@@ -1,9 +1,12 @@
 """The pictures that the results make, drawn by gnuplot."""
 
+import pathlib
 import subprocess
 
-import tables
+from bus.variants import METHODS, PACKETS
+from inprocess import encoding
 
+HERE = pathlib.Path(__file__).parent
 STYLE = """set terminal svg size 900,{height} background "white" font "sans,13"
 set output "{file}"
 set border 3
@@ -31,7 +34,7 @@ def draw_calls(bus, file):
     """The distribution of all calls, up to where the slowest thousandth begins."""
     script = ("set multiplot layout 1,2\nset logscale x\nset xrange [10:10000]\nset xlabel \"µs\"\nset yrange [0:1]\n"
               "set ylabel \"share of the calls\"\nset key inside bottom right\n")
-    for method, title in (("mute", "MuteAudio"), ("ratings", "GetRatingInfo, 100 ratings")):
+    for method, title in METHODS.items():
         part = bus["call"][method]
         lines = []
         for number, (key, one) in enumerate(part.items()):
@@ -43,9 +46,9 @@ def draw_calls(bus, file):
 
 def draw_pushes(bus, file):
     """Medians, and where the middle half of the blocks lies."""
-    rows = [[quoted(title), *(bus["push"][size][key]["bytes"][value] / 1e6
+    rows = [[quoted(title), *(bus["push"][str(size)][key]["bytes"][value] / 1e6
                               for key in bus["variants"] for value in ("median", "low", "high"))]
-            for size, title in tables.SIZES.items()]
+            for size, title in PACKETS.items()]
     columns = [f"$push using {2 + 3 * number}:{3 + 3 * number}:{4 + 3 * number}:xtic(1) title {quoted(title)}"
                for number, title in enumerate(bus["variants"].values())]
     return gnuplot(file, data("push", rows) + "set style data histogram\nset style histogram errorbars gap 1 lw 1\n"
@@ -69,7 +72,14 @@ def draw_growth(bus, file):
                    "$growth using 1:3 axes x1y2 with lines lw 2 title \"resident memory\"\n", 340)
 
 
+def draw_inprocess(times, folder):
+    encoding.write_plots(times, folder)
+    subprocess.run(["gnuplot", "-e", f"folder='{folder}'", HERE / "inprocess/inprocess.gnuplot"], check=True)
+    return [folder / f"inprocess-{name}.svg" for name in ("bytes", "entries")]
+
+
 def draw(results, folder):
     """All pictures, into the folder; their files."""
     pictures = {"calls": draw_calls, "pushes": draw_pushes, "callbacks": draw_callbacks, "growth": draw_growth}
-    return [picture(results["bus"], folder / f"{name}.svg") for name, picture in pictures.items()]
+    return [*(picture(results["bus"], folder / f"{name}.svg") for name, picture in pictures.items()),
+            *draw_inprocess(results["inprocess"]["times"], folder)]

@@ -9,44 +9,50 @@ import re
 import shutil
 
 import tables
+import targets
+from bus.variants import METHODS, PACKETS
+from inprocess import encoding
+from markdown import render
 
+BLOCK = re.compile(r"<!-- figures: (\S+) -->\n.*?<!-- end of figures -->", re.DOTALL)
 PAGE = pathlib.Path(__file__).parent.parent / "docs/performance.md"
-BUS_TABLES = {"targets": tables.targets, "call-mute": functools.partial(tables.calls, method="mute"),
-              "call-ratings": functools.partial(tables.calls, method="ratings"), "instructions": tables.instructions,
-              **{f"push-{size}": functools.partial(tables.pushes, size=size) for size in tables.SIZES},
-              "crowds": tables.crowds, "callbacks": tables.callbacks, "starts": tables.starts,
-              "objects": tables.objects, "growth": tables.growth}
+TABLES = {"machine": tables.where, "targets": targets.targets,
+          **{f"call-{method}": functools.partial(tables.calls, method=method) for method in METHODS},
+          "instructions": tables.instructions,
+          **{f"push-{size}": functools.partial(tables.pushes, size=size) for size in PACKETS},
+          "crowds": tables.crowds, "callbacks": tables.callbacks, "starts": tables.starts, "objects": tables.objects,
+          "growth": tables.growth, "age": tables.age}
 
 
-def render(header, rows):
-    widths = [max(len(row[column]) for row in [header, *rows]) for column in range(len(header))]
-    lines = [[cell.ljust(width) for cell, width in zip(row, widths)] for row in [header, *rows]]
-    lines.insert(1, ["-" * width for width in widths])
-    return "\n".join("| " + " | ".join(line) + " |" for line in lines)
-
-
-def blocks(results, inprocess):
+def blocks(results):
     """The tables by their names."""
-    made = {name: render(*table(results)) for name, table in BUS_TABLES.items()}
-    return {"machine": render(*tables.where(results)), **made, "inprocess": inprocess.strip()}
+    made = {name: render(*table(results)) for name, table in TABLES.items()}
+    return {**made, "inprocess": encoding.text(**results["inprocess"])}
 
 
-def text(results, inprocess):
+def text(results):
     note = "A quick look: too short for figures to quote.\n\n" if results["quick"] else ""
-    return note + "\n\n".join(blocks(results, inprocess).values()) + "\n"
+    return note + "\n\n".join(blocks(results).values()) + "\n"
 
 
-def fill(page, results, inprocess, pictures):
-    """Puts the tables into the page, and the pictures into the folder beside it that has its name."""
-    made = blocks(results, inprocess)
+def check(page):
+    """A table that the page has no block for, or a block that there is no table for, is an error."""
+    marked = sorted(BLOCK.findall(page.read_text()))
+    made = sorted([*TABLES, "inprocess"])
+    if marked != made:
+        raise RuntimeError(f"{page} has the blocks {marked}, but the tables are {made}")
+
+
+def fill(page, results, files):
+    """Puts the tables into the page, and the files into the folder beside it that has its name."""
+    check(page)
+    made = blocks(results)
 
     def replace(match):
         return f"<!-- figures: {match[1]} -->\n{made[match[1]]}\n<!-- end of figures -->"
 
-    pattern = r"<!-- figures: (\S+) -->\n.*?<!-- end of figures -->"
-    page.write_text(re.sub(pattern, replace, page.read_text(), flags=re.DOTALL))
+    page.write_text(BLOCK.sub(replace, page.read_text()))
     folder = page.with_suffix("")
     folder.mkdir(exist_ok=True)
-    for picture in pictures:
-        shutil.copy(picture, folder)
-
+    for file in files:
+        shutil.copy(file, folder)

@@ -1,9 +1,6 @@
 """The tables that the results make, as rows of text."""
 
-from bus.variants import BASELINE, LIBRARY, SDBUSCPP
-
-SIZES = {"188": "188 B", "4096": "4 KiB", "65536": "64 KiB", "1048576": "1 MiB"}
-METHODS = {"mute": "`MuteAudio`", "ratings": "`GetRatingInfo`, 100 ratings"}
+from bus.variants import BASELINE, LIBRARY, METHODS, PACKETS
 
 
 def number(value, digits=1):
@@ -15,9 +12,12 @@ def between(figure, unit=1.0):
     return f"{number(figure['median'] / unit)} ({number(figure['low'] / unit)}–{number(figure['high'] / unit)})"
 
 
+def ratio_text(found):
+    return f"{found['median']:.3f} ({found['low']:.3f}–{found['high']:.3f})"
+
+
 def ratio(figure):
-    found = figure.get("ratio")
-    return f"{found['median']:.3f} ({found['low']:.3f}–{found['high']:.3f})" if found else ""
+    return ratio_text(figure["to"][BASELINE.key])
 
 
 def variants_of(bus, part):
@@ -35,10 +35,11 @@ def where(results):
 
 def calls(results, method):
     part = results["bus"]["call"][method]
-    rows = [[title, between(part[key]["p50"], 1e3), number(part[key]["p99"]["median"] / 1e3), ratio(part[key]["p50"]),
-             between(part[key]["cpu"], 1e3), ratio(part[key]["cpu"])]
+    rows = [[title, between(part[key]["p50"], 1e3), number(part[key]["distribution"]["0.99"] / 1e3),
+             ratio(part[key]["p50"]), between(part[key]["cpu"], 1e3), ratio(part[key]["cpu"])]
             for key, title in variants_of(results["bus"], part)]
-    return [METHODS[method], "p50, µs", "p99, µs", "p50, ratio", "processor, µs a call", "processor, ratio"], rows
+    return [METHODS[method], "p50, µs", "p99 of all calls, µs", "p50, ratio", "processor, µs a call",
+            "processor, ratio"], rows
 
 
 def instructions(results):
@@ -51,12 +52,12 @@ def instructions(results):
 
 
 def pushes(results, size):
-    part = results["bus"]["push"][size]
+    part = results["bus"]["push"][str(size)]
     rows = [[title, number(part[key]["messages"]["median"]), between(part[key]["bytes"], 1e6),
              ratio(part[key]["bytes"]), number(part[key]["cpu_a_mb"]["median"] * 1e6), ratio(part[key]["cpu_a_mb"]),
              number(part[key]["peak_kib"]["median"] / 1024)]
             for key, title in variants_of(results["bus"], part)]
-    return [f"packets of {SIZES[size]}", "packets/s", "MB/s", "MB/s, ratio", "processor, µs a MB",
+    return [f"packets of {PACKETS[size]}", "packets/s", "MB/s", "MB/s, ratio", "processor, µs a MB",
             "processor, ratio", "peak, MiB"], rows
 
 
@@ -97,26 +98,11 @@ def growth(results):
     return ["calls", "p50 of a call, µs", "subscribing and unsubscribing, µs", "heap, bytes", "resident, KiB"], rows
 
 
-def targets(results):
-    """What was aimed at, and whether it was reached."""
-    bus = results["bus"]
-
-    def line(what, found, limit, at_most=True):
-        reached = found <= limit if at_most else found >= limit
-        return [what, f"{'≤' if at_most else '≥'} {limit:g}", f"{found:.3f}", "yes" if reached else "**no**"]
-
-    rows = []
-    for method, title in METHODS.items():
-        part = bus["call"][method]
-        rows.append(line(f"p50 of {title}, log off", part[LIBRARY.key]["p50"]["ratio"]["median"], 1.05))
-        if "library-log" in part:
-            rows.append(line(f"p50 of {title}, system log", part["library-log"]["p50"]["ratio"]["median"], 1.15))
-        rows.append(line(f"processor time of {title}, log off", part[LIBRARY.key]["cpu"]["ratio"]["median"], 1.10))
-    part = bus["push"]["65536"]
-    rows.append(line("push of 64 KiB", part[LIBRARY.key]["bytes"]["ratio"]["median"], 0.95, False))
-    rows.append(line(f"push of 64 KiB, to {SDBUSCPP.title}",
-                     part[LIBRARY.key]["bytes"]["median"] / part[SDBUSCPP.key]["bytes"]["median"], 30, False))
-    rows.append(line("a call after all calls and subscriptions, to one of a new process",
-                     bus["growth"]["ratio"]["median"], 1.05))
-    return [f"ratio to {BASELINE.title}, or as it says", "wanted", "found", "reached"], rows
-
+def age(results):
+    """The old process beside new ones."""
+    part = results["bus"]["growth"]
+    figures = {"p50": "p50 of a call", "round": "subscribing and unsubscribing", "rss_kib": "resident memory",
+               "heap": "heap"}
+    rows = [[title, ratio_text(part["old to new"][figure]), ratio_text(part["other new to new"][figure])]
+            for figure, title in figures.items()]
+    return ["ratio to a new process", "of the old one", "of another new one"], rows

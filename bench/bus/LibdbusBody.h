@@ -6,8 +6,35 @@
 
 #include <cstring>
 #include <initializer_list>
+#include <memory>
 
 namespace zviptv::bench {
+
+struct LibdbusRelease
+{
+    void operator()(DBusMessage* message) const { dbus_message_unref(message); }
+    void operator()(DBusConnection* connection) const { dbus_connection_unref(connection); }
+};
+
+/// Owns one reference of a message or a connection of libdbus.
+template <typename T>
+using LibdbusOwned = std::unique_ptr<T, LibdbusRelease>;
+
+/// Frees what libdbus says of a failure.
+class LibdbusError
+{
+public:
+    LibdbusError() { dbus_error_init(&m_error); }
+    ~LibdbusError() { dbus_error_free(&m_error); }
+    LibdbusError(LibdbusError const&) = delete;
+    LibdbusError& operator=(LibdbusError const&) = delete;
+
+    DBusError* Out() { return &m_error; }
+    char const* Text() const { return m_error.message; }
+
+private:
+    DBusError m_error;
+};
 
 inline void AppendEntry(DBusMessageIter& entries, wire::Entry const& entry)
 {

@@ -2,18 +2,13 @@
 
 #include "LibdbusBody.h"
 
-#include <memory>
 #include <stdexcept>
 
 namespace zviptv::bench {
 
 namespace {
 
-struct Unref
-{
-    void operator()(DBusMessage* message) const { dbus_message_unref(message); }
-};
-using Message = std::unique_ptr<DBusMessage, Unref>;
+using Message = LibdbusOwned<DBusMessage>;
 
 struct Request
 {
@@ -34,15 +29,21 @@ Request Read(DBusMessage* call)
     return request;
 }
 
-DBusConnection* Connect()
+RequestEntries ReadAll(DBusMessage* call)
 {
-    DBusError error;
-    dbus_error_init(&error);
-    DBusConnection* const connection = dbus_bus_get(DBUS_BUS_SYSTEM, &error);
+    RequestEntries entries;
+    ForEachEntry(call, [&entries](char const* key, std::string_view value) { entries.emplace(key, value); });
+    return entries;
+}
+
+LibdbusOwned<DBusConnection> Connect()
+{
+    LibdbusError error;
+    LibdbusOwned<DBusConnection> connection(dbus_bus_get(DBUS_BUS_SYSTEM, error.Out()));
     if (connection == nullptr) {
-        throw std::runtime_error(error.message);
+        throw std::runtime_error(error.Text());
     }
-    if (dbus_bus_request_name(connection, wire::HelperName, DBUS_NAME_FLAG_DO_NOT_QUEUE, &error) !=
+    if (dbus_bus_request_name(connection.get(), wire::HelperName, DBUS_NAME_FLAG_DO_NOT_QUEUE, error.Out()) !=
         DBUS_REQUEST_NAME_REPLY_PRIMARY_OWNER) {
         throw std::runtime_error("the helper bus has an owner already");
     }
@@ -56,39 +57,38 @@ Service::Service() : m_connection(Connect())
     for (int i = 0; i < wire::Ratings; ++i) {
         m_ratings.insert(m_ratings.end(), {0, 0, static_cast<char>(i)});
     }
-    dbus_connection_add_filter(m_connection, OnMessage, this, nullptr);
+    dbus_connection_add_filter(m_connection.get(), OnMessage, this, nullptr);
 }
 
 Service::~Service()
 {
-    dbus_connection_remove_filter(m_connection, OnMessage, this);
-    dbus_connection_unref(m_connection);
+    dbus_connection_remove_filter(m_connection.get(), OnMessage, this);
 }
 
 int Service::Descriptor() const
 {
     int descriptor = -1;
-    dbus_connection_get_unix_fd(m_connection, &descriptor);
+    dbus_connection_get_unix_fd(m_connection.get(), &descriptor);
     return descriptor;
 }
 
 bool Service::WantsToWrite() const
 {
-    return dbus_connection_has_messages_to_send(m_connection) != FALSE;
+    return dbus_connection_has_messages_to_send(m_connection.get()) != FALSE;
 }
 
 void Service::Work()
 {
-    if (dbus_connection_read_write(m_connection, 0) == FALSE) {
+    if (dbus_connection_read_write(m_connection.get(), 0) == FALSE) {
         throw std::runtime_error("the bus has gone");
     }
-    while (dbus_connection_dispatch(m_connection) == DBUS_DISPATCH_DATA_REMAINS) {
+    while (dbus_connection_dispatch(m_connection.get()) == DBUS_DISPATCH_DATA_REMAINS) {
     }
-    while (m_left > 0 && m_onTheirWay < 2 * m_batch * m_subscribers.size() && !WantsToWrite()) {
+    while (m_sent < m_count && m_onTheirWay < 2 * m_batch * m_subscribers.size() && !WantsToWrite()) {
         for (std::string const& subscriber : m_subscribers) {
             PushOne(subscriber);
         }
-        --m_left;
+        ++m_sent;
     }
 }
 
@@ -107,7 +107,7 @@ DBusHandlerResult Service::OnMessage(DBusConnection* /*connection*/, DBusMessage
 
 void Service::Send(DBusMessage* message)
 {
-    dbus_connection_send(m_connection, message, nullptr);
+    dbus_connection_send(m_connection.get(), message, nullptr);
 }
 
 void Service::AnswerHelper(DBusMessage* call)
@@ -117,7 +117,7 @@ void Service::AnswerHelper(DBusMessage* call)
     DBusMessageIter array;
     DBusMessageIter pair;
     char const* const key = "dbusname";
-    char const* const name = dbus_bus_get_unique_name(m_connection);
+    char const* const name = dbus_bus_get_unique_name(m_connection.get());
     dbus_message_iter_init_append(answer.get(), &body);
     dbus_message_iter_open_container(&body, DBUS_TYPE_ARRAY, "(ss)", &array);
     dbus_message_iter_open_container(&array, DBUS_TYPE_STRUCT, nullptr, &pair);
@@ -131,31 +131,48 @@ void Service::AnswerHelper(DBusMessage* call)
 void Service::AnswerRequest(DBusMessage* call)
 {
     Request const request = Read(call);
+    std::string const sender = dbus_message_get_sender(call);
     Message const answer(dbus_message_new_method_return(call));
-    if (request.function == "GetRatingInfo") {
+    bool const isAccepted = m_checks.Accept(sender, request.function, dbus_message_get_path(call),
+                                            [call] { return ReadAll(call); });
+    if (!isAccepted) {
+        AppendEntries(answer.get(), {{"result_internal", "0"}});
+    } else if (request.function == "GetRatingInfo") {
         AppendEntries(answer.get(), {{"result_internal", "1"},
-                                     {"ratingInfoSize", "100"},
+                                     {"ratingInfoSize", std::to_string(wire::Ratings)},
                                      {"ratingInfo", {m_ratings.data(), m_ratings.size()}}});
     } else if (request.function == "ExistXmlForIPG") {
         AppendEntries(answer.get(), {{"result_internal", "1"}, {"data", "1"}});
     } else {
         AppendEntries(answer.get(), {{"result_internal", "1"}});
     }
-    if (request.function == "requestPESCB" && request.on == "1") {
-        m_subscribers.insert(dbus_message_get_sender(call));
-    } else if (request.function == "requestPESCB") {
-        m_subscribers.erase(dbus_message_get_sender(call));
+    if (isAccepted && request.function == "requestPESCB") {
+        Register(sender, request.on == "1");
     }
     Send(answer.get());
 }
 
+void Service::Register(std::string const& sender, bool subscribes)
+{
+    if (subscribes) {
+        m_subscribers.insert(sender);
+    } else {
+        m_subscribers.erase(sender);
+    }
+}
+
 void Service::Push(std::size_t count, std::size_t size, std::size_t batch)
 {
-    if (m_subscribers.empty() || m_left > 0) {
-        throw std::runtime_error(m_left > 0 ? "still pushing" : "nobody to push to");
+    bool const isPushing = m_sent < m_count;
+    if (m_subscribers.empty() || isPushing) {
+        throw std::runtime_error(isPushing ? "still pushing" : "nobody to push to");
     }
-    m_packet.assign(size, '\0');
-    m_left = count;
+    m_packet.resize(size);
+    for (std::size_t i = 0; i < size; ++i) {
+        m_packet[i] = wire::ByteOf(0, i, size);
+    }
+    m_sent = 0;
+    m_count = count;
     m_batch = batch;
     m_onTheirWay = 0;
 }
@@ -165,13 +182,12 @@ void Service::Credit(std::size_t batches)
     m_onTheirWay -= batches * m_batch;
 }
 
-// The packet's time stamp says what its first and its last byte are.
+// The packet's time stamp is its number.
 void Service::PushOne(std::string const& subscriber)
 {
-    auto const number = static_cast<unsigned char>(m_left);
-    m_packet.front() = m_packet.back() = static_cast<char>(number);
+    m_packet.front() = m_packet.back() = wire::ByteOf(m_sent, 0, m_packet.size());
     std::string const size = std::to_string(m_packet.size());
-    std::string const pts = std::to_string((std::uint64_t{1} << 32) + number);
+    std::string const pts = std::to_string((std::uint64_t{1} << 32) + m_sent);
     Message const signal(dbus_message_new_signal(wire::SubscriberPath, wire::Interface, wire::Signal));
     dbus_message_set_destination(signal.get(), subscriber.c_str());
     AppendEntries(signal.get(), {{"functionname", "PESCB"},

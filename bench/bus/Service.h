@@ -1,6 +1,7 @@
 #pragma once
 
-#include "Wire.h"
+#include "Checks.h"
+#include "LibdbusBody.h"
 
 #include <dbus/dbus.h>
 
@@ -21,13 +22,14 @@ public:
     Service(Service const&) = delete;
     Service& operator=(Service const&) = delete;
 
-    std::string Name() const { return dbus_bus_get_unique_name(m_connection); }
+    std::string Name() const { return dbus_bus_get_unique_name(m_connection.get()); }
     int Descriptor() const;
     bool WantsToWrite() const;
     /// Reads, answers, writes, and pushes what may be pushed.
     void Work();
 
-    /// To every subscriber `count` packets of `size` bytes; never more than two batches on their way to each.
+    /// To every subscriber `count` packets of `size` bytes; on average never more than two batches on their
+    /// way to each.
     void Push(std::size_t count, std::size_t size, std::size_t batch);
     /// So many subscribers have each received a batch.
     void Credit(std::size_t batches);
@@ -38,13 +40,16 @@ private:
     void Send(DBusMessage* message);
     void AnswerHelper(DBusMessage* call);
     void AnswerRequest(DBusMessage* call);
+    void Register(std::string const& sender, bool subscribes);
     void PushOne(std::string const& subscriber);
 
-    DBusConnection* m_connection = nullptr;
+    LibdbusOwned<DBusConnection> const m_connection;
+    Checks m_checks;
     std::set<std::string> m_subscribers;
     std::vector<char> m_ratings;
     std::string m_packet;
-    std::size_t m_left = 0;
+    std::size_t m_sent = 0;
+    std::size_t m_count = 0;
     std::size_t m_batch = 1;
     std::size_t m_onTheirWay = 0;
 };

@@ -14,6 +14,7 @@ constexpr char Interface[] = "org.corvel.zviptvapi.DbusCommunication";
 constexpr char PlayerPath[] = "/org/corvel/zviptvapi/DbusCommunication/PLAYERCONTROL";
 constexpr char BroadcastPath[] = "/org/corvel/zviptvapi/DbusCommunication/BROADCASTDATA";
 constexpr char SubscriberPath[] = "/org/corvel/zviptvapi/DbusCommunication/IPTVDATASUBSCRIBER";
+constexpr char GuidePath[] = "/org/corvel/zviptvapi/DbusCommunication/IPGUTIL";
 constexpr char Method[] = "Send";
 constexpr char Signal[] = "SendSignal";
 
@@ -35,6 +36,14 @@ struct Rating
     std::uint8_t value;
 };
 static_assert(sizeof(Rating) == 3);
+
+/// What packet `number` holds at `position`: the number at both ends, in between a pattern that no shift by a
+/// page or a block of memory leaves as it is.
+inline char ByteOf(std::size_t number, std::size_t position, std::size_t size)
+{
+    bool const isEnd = position == 0 || position + 1 == size;
+    return static_cast<char>(isEnd ? number : position % 251);
+}
 
 template <typename Ratings>
 unsigned int SumOf(Ratings const& ratings)

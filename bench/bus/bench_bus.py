@@ -11,13 +11,13 @@ import calls
 import lives
 import pushes
 from processes import Bench, why_no_journal
-from variants import ALL, BASELINE, LIBRARY
+from variants import ALL, BASELINE, LIBRARY, LOGGING, METHODS
 
 # Generations of processes and rounds of each, where there are two.
-FULL = {"call": ((6, 16), 250), "instructions": (tuple(calls.METHODS), ALL, 200, 700), "push": (5, 5),
-        "crowd": ((2, 3), (4, 16)), "callbacks": 10, "objects": 15, "starts": 20, "growth": (1_000_000, 100_000)}
-QUICK = {"call": ((2, 5), 150), "instructions": (("mute",), (LIBRARY, BASELINE), 100, 300), "push": (1, 2),
-         "crowd": ((1, 1), (4,)), "callbacks": 2, "objects": 3, "starts": 3, "growth": (20_000, 1_000)}
+FULL = {"call": ((6, 12), 250), "instructions": (tuple(METHODS), ALL, 100, 400, 3), "push": (5, 4),
+        "crowd": ((2, 3), (4, 16)), "callbacks": 8, "objects": 15, "starts": 20, "growth": (1_000_000, 100_000, (6, 7))}
+QUICK = {"call": ((2, 5), 150), "instructions": (("mute",), (LIBRARY, BASELINE), 100, 200, 1), "push": (1, 2),
+         "crowd": ((1, 1), (4,)), "callbacks": 2, "objects": 3, "starts": 3, "growth": (20_000, 1_000, (2, 2))}
 
 
 def parts(bench, variants, form):
@@ -50,6 +50,8 @@ def main():
     results = {"quick": options.quick, "journal": no_journal or "systemd-journald of the client's own",
                "variants": {variant.key: variant.title for variant in variants}}
     with Bench(options.programs) as bench:
+        if not no_journal:
+            results["journal_lines"] = bench.count_journal_lines(LOGGING)
         wanted = parts(bench, variants, QUICK if options.quick else FULL)
         for name in options.only or wanted:
             start = time.monotonic()

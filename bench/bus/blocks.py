@@ -1,24 +1,26 @@
 """Alternating blocks and what is made of them.
 
-Every round gives each variant one block; each round begins with the next variant, so that none always follows the same
-one. A ratio is that of two blocks of one round, and the median of the rounds is what is told.
+Every round gives each variant one block, in an order that is drawn anew for each round, so that none always follows the
+same one. The draw is the same in every run. A ratio is that of two blocks of one round, and the median of the rounds is
+what is told.
 
 Where the system puts the threads of a process, and so how fast it is, often stays as it was from one block to the next.
 So there are several generations of processes, each with its share of the rounds.
 """
 
+import random
 import statistics
 
-from variants import BASELINE
+from variants import BASELINE, SDBUSCPP
 
 
-def alternate(variants, rounds, block):
+def alternate(variants, rounds, block, seed=0):
     """block(variant) for all variants, round after round; lists of results by variant. One round warms up."""
     variants = list(variants)
     results = {variant: [] for variant in variants}
+    draw = random.Random(seed)
     for number in range(rounds + 1):
-        first = number % len(variants)
-        for variant in variants[first:] + variants[:first]:
+        for variant in draw.sample(variants, len(variants)):
             result = block(variant)
             if number > 0:
                 results[variant].append(result)
@@ -30,10 +32,11 @@ def over_generations(bench, variants, form, block, number=1):
     number of the generations and of their rounds."""
     generations, rounds = form
     results = {variant: [] for variant in variants}
-    for _ in range(generations):
+    for generation in range(generations):
         with bench.clients(variants, number) as clients:
-            for variant, blocks in alternate(variants, rounds, lambda one: block(one, clients[one])).items():
-                results[variant] += blocks
+            blocks = alternate(variants, rounds, lambda one: block(one, clients[one]), generation)
+        for variant in variants:
+            results[variant] += blocks[variant]
     return results
 
 
@@ -47,14 +50,20 @@ def spread(values):
     return {"median": statistics.median(ordered), "low": quantile(ordered, 0.25), "high": quantile(ordered, 0.75)}
 
 
+def ratios(own, others):
+    """The spread of the ratios of blocks, pair by pair."""
+    if not all(others):
+        raise RuntimeError("a block has cost nothing: there is no ratio to it")
+    return spread([mine / other for mine, other in zip(own, others, strict=True)])
+
+
 def summaries(results, figures):
-    """By variant's key: for each figure, made of one block's result, its spread and that of its ratios."""
+    """By variant's key: for each figure, made of one block's result, its spread and those of its ratios."""
     summary = {variant.key: {} for variant in results}
     for name, figure in figures.items():
         values = {variant: [figure(result) for result in blocks] for variant, blocks in results.items()}
+        bases = [base for base in (BASELINE, SDBUSCPP) if base in values]
         for variant, own in values.items():
-            summary[variant.key][name] = spread(own)
-            if BASELINE in values:
-                ratios = [mine / other for mine, other in zip(own, values[BASELINE]) if other]
-                summary[variant.key][name]["ratio"] = spread(ratios) if ratios else None
+            summary[variant.key][name] = {**spread(own),
+                                          "to": {base.key: ratios(own, values[base]) for base in bases}}
     return summary

@@ -7,18 +7,13 @@ import tempfile
 
 from blocks import over_generations, quantile, summaries
 from processes import mortal
-from variants import BASELINE
+from variants import BASELINE, METHODS
 
-METHODS = {"mute": "MuteAudio", "ratings": "GetRatingInfo, 100 ratings"}
 QUANTILES = [0.01, 0.05, *(part / 100 for part in range(10, 100, 5)), 0.975, 0.99, 0.995, 0.999]
 
 
 def p50(block):
     return statistics.median(block["ns"])
-
-
-def p99(block):
-    return quantile(sorted(block["ns"]), 0.99)
 
 
 def distribution(blocks):
@@ -28,7 +23,7 @@ def distribution(blocks):
 
 
 def measure_calls(bench, variants, form, calls):
-    figures = {"p50": p50, "p99": p99, "cpu": lambda block: block["cpu"] / len(block["ns"])}
+    figures = {"p50": p50, "cpu": lambda block: block["cpu"] / len(block["ns"])}
     measured = {"form": form, "calls_a_block": calls}
     for method in METHODS:
         results = over_generations(bench, variants, form,
@@ -52,13 +47,16 @@ def instructions(bench, variant, method, count):
     return int(collected[1])
 
 
-def measure_instructions(bench, variants, methods, few, many):
-    """A call's instructions: what more calls add, so that neither start nor end counts."""
-    measured = {"calls": many - few}
+def measure_instructions(bench, variants, methods, few, many, runs):
+    """A call's instructions: what more calls add, so that neither start nor end counts. Medians of several runs: how
+    often threads wait for each other is not always the same."""
+    def of_call(variant, method):
+        return statistics.median(instructions(bench, variant, method, many) - instructions(bench, variant, method, few)
+                                 for _ in range(runs)) / (many - few)
+
+    measured = {"calls": many - few, "runs": runs}
     for method in methods:
-        a_call = {variant.key: (instructions(bench, variant, method, many)
-                                - instructions(bench, variant, method, few)) / (many - few)
-                  for variant in variants if not variant.journal}
+        a_call = {variant.key: of_call(variant, method) for variant in variants if not variant.journal}
         measured[method] = {key: {"instructions": own, "ratio": own / a_call[BASELINE.key]}
                             for key, own in a_call.items()}
     return measured

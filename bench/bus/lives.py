@@ -4,7 +4,7 @@ import json
 import statistics
 import subprocess
 
-from blocks import alternate, spread
+from blocks import alternate, ratios, spread
 from processes import mortal
 from variants import LIBRARY
 
@@ -35,28 +35,44 @@ def measure_starts(bench, variants, rounds):
     return {variant.key: spread(values) for variant, values in results.items()}
 
 
-def measure_growth(bench, calls, subscriptions, slices=50):
-    """Many calls and subscriptions in one process, which is then compared with a new one."""
+def live(old, calls, subscriptions, slices):
+    """Many calls and subscriptions in one process, with a look at it after each slice."""
+    part, rounds = calls // slices, subscriptions // slices
+    for number in range(slices):
+        timed = old.ask(f"call mute {min(part, 1000)}")
+        old.ask(f"repeat mute {max(0, part - 1000)}")
+        subscribing = old.ask(f"rounds {rounds}")["ns"]
+        yield {"calls": (number + 1) * part, "p50": statistics.median(timed["ns"]), "round": subscribing / rounds,
+               **old.ask("memory")}
+
+
+def measure_growth(bench, calls, subscriptions, form, slices=50):
+    """One process, and how it compares with new ones when it is old."""
     with bench.clients([LIBRARY]) as clients:
         old = clients[LIBRARY][0]
         old.ask("call mute 2000")
         old.ask("rounds 100")
-        line = []
-        for number in range(slices):
-            part = calls // slices
-            timed = old.ask(f"call mute {min(part, 1000)}")
-            old.ask(f"repeat mute {max(0, part - 1000)}")
-            rounds = old.ask(f"rounds {subscriptions // slices}")
-            memory = old.ask("memory")
-            line.append({"calls": (number + 1) * part, "p50": statistics.median(timed["ns"]),
-                         "round": rounds["ns"] / (subscriptions // slices), **memory})
-        return {"calls": calls, "subscriptions": subscriptions, "line": line, "ratio": compare(bench, old)}
+        line = list(live(old, calls, subscriptions, slices))
+        return {"calls": calls, "subscriptions": subscriptions, "line": line, **compare(bench, old, form)}
 
 
-def compare(bench, old, rounds=40, calls=300):
-    """The cost of a call of the old process to that of a new one, in alternating blocks."""
-    with bench.clients([LIBRARY]) as clients:
-        both = {"old": old, "new": clients[LIBRARY][0]}
-        results = alternate(both, rounds, lambda which: both[which].ask(f"call mute {calls}"))
-    medians = {which: [statistics.median(block["ns"]) for block in blocks] for which, blocks in results.items()}
-    return spread([old_one / new_one for old_one, new_one in zip(medians["old"], medians["new"])])
+def compare(bench, old, form, calls=250, subscriptions=50):
+    """The ratios of the old process to new ones, several of them one after the other, and of new ones to new ones."""
+    def block(client):
+        timed = client.ask(f"call mute {calls}")["ns"]
+        subscribing = client.ask(f"rounds {subscriptions}")["ns"]
+        memory = client.ask("memory")
+        return {"p50": statistics.median(timed), "round": subscribing / subscriptions, "rss_kib": memory["rss_kib"],
+                "heap": memory["heap"]}
+
+    generations, rounds = form
+    results = {which: [] for which in ("old", "new", "other new")}
+    for generation in range(generations):
+        with bench.clients([LIBRARY], 2) as clients:
+            processes = {"old": old, "new": clients[LIBRARY][0], "other new": clients[LIBRARY][1]}
+            blocks = alternate(processes, rounds, lambda which: block(processes[which]), generation)
+        for which, own in blocks.items():
+            results[which] += own
+    return {f"{which} to new": {figure: ratios([one[figure] for one in results[which]],
+                                               [one[figure] for one in results["new"]]) for figure in results["new"][0]}
+            for which in ("old", "other new")}

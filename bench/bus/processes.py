@@ -55,9 +55,19 @@ class Process:
             raise RuntimeError(f"{self.name} has ended with status {self.process.wait()}")
         return line.decode().strip()
 
-    def end(self):
+    def __enter__(self):
+        return self
+
+    def __exit__(self, failure, *_):
+        """Ends it; that it ends badly is a failure, unless there is another one already."""
         self.process.stdin.close()
-        self.process.wait()
+        try:
+            status = self.process.wait(PATIENCE)
+        except subprocess.TimeoutExpired:
+            self.process.kill()
+            status = self.process.wait()
+        if status != 0 and failure is None:
+            raise RuntimeError(f"{self.name} has ended with status {status}")
 
 
 class Client(Process):
@@ -97,14 +107,13 @@ class Bench:
             hears, self.credit = os.pipe()
             stack.callback(os.close, hears)
             stack.callback(os.close, self.credit)
-            self.service = Process([self.programs / "bench_service"], hears, self.environment)
-            stack.callback(self.service.end)
+            self.service = stack.enter_context(Process([self.programs / "bench_service"], hears, self.environment))
             self.service_name = self.service.hear()
             self.stack = stack.pop_all()
         return self
 
     def __exit__(self, *what):
-        self.stack.close()
+        return self.stack.__exit__(*what)
 
     def command(self, variant):
         """How a client of that variant is run, and in which environment."""
@@ -120,10 +129,20 @@ class Bench:
             made = {}
             for variant in variants:
                 command, environment = self.command(variant)
-                made[variant] = [Client(command, self.credit, environment) for _ in range(number)]
-                for client in made[variant]:
-                    stack.callback(client.end)
+                made[variant] = [stack.enter_context(Client(command, self.credit, environment)) for _ in range(number)]
             yield made
+
+    def count_journal_lines(self, variant):
+        """How many lines of a client that makes ten calls come to the journal of its own; none is a failure."""
+        command, environment = self.command(variant)
+        looking = ["sh", "-c", '"$@" >/dev/null; journalctl --directory=/run/log/journal --quiet --output=cat', "sh"]
+        run = subprocess.run([*map(str, [*command[:3], *looking, *command[3:], self.credit])], text=True, check=True,
+                             env=environment, pass_fds=[self.credit], timeout=PATIENCE, capture_output=True,
+                             input="repeat mute 10\n")
+        lines = sum("MuteAudio" in line for line in run.stdout.splitlines())
+        if lines < 10:
+            raise RuntimeError(f"of ten calls {lines} lines have come to the journal: {run.stderr}")
+        return lines
 
     def push(self, clients, count, size, batch):
         """Pushes to clients that have subscribed; what each of them says of it."""

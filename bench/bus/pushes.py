@@ -1,24 +1,40 @@
 """Pushes: packets from the service to the receivers."""
 
-from blocks import alternate, over_generations, summaries
-from variants import LIBRARY, SDBUSCPP
+import itertools
+import statistics
 
-# Size of a packet; packets of a batch, of which two may be on their way; batches of a block.
-SIZES = {188: (100, 20), 4096: (100, 10), 65536: (8, 40), 1048576: (1, 60)}
-SLOW_BLOCK = {188: (100, 5), 4096: (20, 4), 65536: (1, 6), 1048576: (1, 2)}
+from blocks import alternate, over_generations, summaries
+from variants import LIBRARY, PACKETS, SDBUSCPP
+
+# By the size of a packet: packets of a batch, of which two may be on their way, and batches of a block.
+SHAPES = {188: (100, 20), 4096: (100, 10), 65536: (8, 40), 1048576: (1, 60)}
+SLOW_BATCHES = {188: 5, 4096: 1, 65536: 2, 1048576: 6}
 CALLBACKS = (1, 2, 4, 8, 16, 32, 64)
 CROWD_SIZE = 65536
 
 
-def block_of(variant, size):
-    """Packets of a block and of a batch. Who copies byte by byte gets fewer."""
-    batch, batches = (SLOW_BLOCK if variant == SDBUSCPP else SIZES)[size]
-    return batch * batches, batch
+def block_of(variant, size, clients=1):
+    """Packets of a block and of a batch. Who copies byte by byte gets fewer of the same batches, and so do several
+    clients at a time."""
+    batch, batches = SHAPES[size]
+    if variant == SDBUSCPP:
+        return batch * SLOW_BATCHES[size], batch
+    return batch * (batches if clients == 1 else batches // 4), batch
+
+
+def inspect(bench, variants):
+    """A packet of each size that comes alone, so that the client compares all its bytes."""
+    with bench.clients(variants) as clients:
+        for variant, size in itertools.product(variants, PACKETS):
+            client = clients[variant][0]
+            client.ask("subscribe 1")
+            bench.push([client], 1, size, 1)
+            client.ask("unsubscribe")
 
 
 def push_block(bench, clients, variant, size):
     """One block; the clock runs from the first packet's arrival to the last one's."""
-    count, batch = block_of(variant, size)
+    count, batch = block_of(variant, size, len(clients))
     for client in clients:
         client.ask("forget-peak")
         client.ask("subscribe 1")
@@ -43,7 +59,8 @@ def pushed(bench, variants, form, size, number=1):
 
 
 def measure_pushes(bench, variants, form):
-    return {"form": form, **{str(size): pushed(bench, variants, form, size) for size in SIZES}}
+    inspect(bench, variants)
+    return {"form": form, **{str(size): pushed(bench, variants, form, size) for size in PACKETS}}
 
 
 def measure_crowds(bench, variants, form, crowds):
@@ -67,6 +84,6 @@ def measure_callbacks(bench, rounds, size=4096):
         client = clients[LIBRARY][0]
         results = alternate(CALLBACKS, rounds, block)
     for number, blocks in results.items():
-        figures = {name: sorted(one[name] for one in blocks) for name in ("wall", "cpu")}
-        measured["callbacks"][str(number)] = {name: values[len(values) // 2] for name, values in figures.items()}
+        measured["callbacks"][str(number)] = {name: statistics.median(one[name] for one in blocks)
+                                              for name in ("wall", "cpu")}
     return measured

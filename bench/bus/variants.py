@@ -1,4 +1,4 @@
-"""What is compared. The ratios are to the second."""
+"""What is compared, and at what. The ratios are to GDBus, and some to sdbus-c++."""
 
 from typing import NamedTuple
 
@@ -16,3 +16,6 @@ LOGGING = Variant("library-log", "this library, into the journal", "zviptv", Tru
 SDBUSCPP = Variant("sdbuscpp", "sdbus-c++", "sdbuscpp")
 ALL = (LIBRARY, LOGGING, BASELINE, Variant("sdbus", "sd-bus", "sdbus"), Variant("libdbus", "libdbus", "libdbus"),
        SDBUSCPP)
+
+METHODS = {"mute": "MuteAudio", "ratings": "GetRatingInfo, 100 ratings"}
+PACKETS = {188: "188 B", 4096: "4 KiB", 65536: "64 KiB", 1048576: "1 MiB"}

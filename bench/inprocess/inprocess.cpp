@@ -41,8 +41,9 @@ Run Copying(std::size_t entries, std::size_t size)
     };
 }
 
-/// The same into a buffer that is made for it: what has to be paid wherever the copy is somebody else's.
-Run CopyingIntoNew(std::size_t entries, std::size_t size)
+/// The same into memory that the heap hands out for it: what has to be paid wherever somebody keeps the copy.
+/// The heap may hand out what it was given back before.
+Run CopyingIntoHeap(std::size_t entries, std::size_t size)
 {
     auto const from = std::make_shared<std::vector<char>>(BytesOf(entries, size), 'v');
     return [=] {
@@ -107,7 +108,7 @@ void Register(std::string const& what, Maker make, std::size_t entries, std::siz
 void RegisterAll(std::size_t entries, std::size_t size)
 {
     Register("memcpy", Copying, entries, size);
-    Register("memcpy_new", CopyingIntoNew, entries, size);
+    Register("memcpy_heap", CopyingIntoHeap, entries, size);
     Register("peer_encode", Encoding<EncodeForPeer>, entries, size);
     Register("peer_decode", Decoding<EncodeForPeer, DecodeFromPeer>, entries, size);
     Register("helper_encode", Encoding<EncodeForHelper>, entries, size);

@@ -4,7 +4,7 @@ set logscale xy
 set key left top
 set grid
 set ylabel "CPU time of a message, ns"
-titles = "'memcpy' 'memcpy into new memory' encode decode 'helper bus: encode' 'helper bus: decode' 'GIO, both ways'"
+titles = "memcpy 'memcpy into the heap’s memory' encode decode 'helper bus: encode' 'helper bus: decode' 'GIO, both ways'"
 
 set output folder."/inprocess-bytes.svg"
 set title "One entry"

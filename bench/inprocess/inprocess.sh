@@ -1,10 +1,9 @@
 #!/bin/bash
 # inprocess.sh PROGRAM FOLDER [OPTION...]: measures what encoding and decoding cost, and leaves the figures
-# (inprocess.json), what they ask the heap for (inprocess-allocations.json), tables (inprocess.md) and plots
-# (inprocess-*.svg) in FOLDER. The options are Google Benchmark's and override those here.
+# (inprocess.json) and what they ask the heap for (inprocess-allocations.json) in FOLDER. The options are Google
+# Benchmark's and override those here.
 set -euo pipefail
 program=$1 folder=$2
-here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 mkdir -p "$folder"
 export ZV_IPTV_LOG=none
 
@@ -14,6 +13,3 @@ export ZV_IPTV_LOG=none
     { cat "$folder/inprocess.log"; exit 1; }
 G_SLICE=always-malloc "$program" --benchmark_min_time=0 --benchmark_out="$folder/inprocess-allocations.json" \
     --benchmark_out_format=json >>"$folder/inprocess.log" 2>&1 || { cat "$folder/inprocess.log"; exit 1; }
-
-python3 -B "$here/report.py" "$folder"
-gnuplot -e "folder='$folder'" "$here/inprocess.gnuplot"

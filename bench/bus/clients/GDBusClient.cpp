@@ -1,45 +1,57 @@
+#include "GioOwned.h"
 #include "PlainClient.h"
-
-#include <gio/gio.h>
 
 namespace zviptv::bench {
 
 namespace {
 
+GVariant* NewEntry(wire::Entry const& entry)
+{
+    GVariant* const bytes =
+        g_variant_new_fixed_array(G_VARIANT_TYPE_BYTE, entry.value.data(), entry.value.size(), 1);
+    return g_variant_new_dict_entry(g_variant_new_string(entry.key), g_variant_new_variant(bytes));
+}
+
+/// Without format strings, which would have to be read anew for each entry.
 GVariant* Encode(std::initializer_list<wire::Entry> entries)
 {
     GVariantBuilder builder;
     g_variant_builder_init(&builder, G_VARIANT_TYPE("a{sv}"));
     for (wire::Entry const& entry : entries) {
-        g_variant_builder_add(
-            &builder, "{sv}", entry.key,
-            g_variant_new_fixed_array(G_VARIANT_TYPE_BYTE, entry.value.data(), entry.value.size(), 1));
+        g_variant_builder_add_value(&builder, NewEntry(entry));
     }
-    return g_variant_new("(a{sv})", &builder);
+    GVariant* array = g_variant_builder_end(&builder);
+    return g_variant_new_tuple(&array, 1);
+}
+
+void DecodeEntry(GVariant* entry, EntryReader& reader)
+{
+    GioOwned<GVariant> const key(g_variant_get_child_value(entry, 0));
+    GioOwned<GVariant> const boxed(g_variant_get_child_value(entry, 1));
+    GioOwned<GVariant> const value(g_variant_get_variant(boxed.get()));
+    if (g_variant_is_of_type(value.get(), G_VARIANT_TYPE_BYTESTRING) != FALSE) {
+        gsize size = 0;
+        auto const* const bytes = static_cast<char const*>(g_variant_get_fixed_array(value.get(), &size, 1));
+        reader.Take(g_variant_get_string(key.get(), nullptr), std::string_view(bytes, size));
+    }
 }
 
 void Decode(GVariant* body, EntryReader& reader)
 {
-    GVariantIter* entries = nullptr;
-    g_variant_get(body, "(a{sv})", &entries);
-    char const* key = nullptr;
-    GVariant* value = nullptr;
-    while (g_variant_iter_next(entries, "{&sv}", &key, &value) != FALSE) {
-        if (g_variant_is_of_type(value, G_VARIANT_TYPE_BYTESTRING) != FALSE) {
-            gsize size = 0;
-            auto const* const bytes = static_cast<char const*>(g_variant_get_fixed_array(value, &size, 1));
-            reader.Take(key, std::string_view(bytes, size));
-        }
-        g_variant_unref(value);
+    GioOwned<GVariant> const entries(g_variant_get_child_value(body, 0));
+    gsize const count = g_variant_n_children(entries.get());
+    for (gsize i = 0; i < count; ++i) {
+        GioOwned<GVariant> const entry(g_variant_get_child_value(entries.get(), i));
+        DecodeEntry(entry.get(), reader);
     }
-    g_variant_iter_free(entries);
     reader.Finish(); // the body still holds all values
 }
 
-GDBusConnection* Connect()
+GioOwned<GDBusConnection> Connect()
 {
-    GError* error = nullptr;
-    GDBusConnection* const connection = g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, &error);
+    GError* failure = nullptr;
+    GioOwned<GDBusConnection> connection(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, &failure));
+    GioOwned<GError> const error(failure);
     if (connection == nullptr) {
         Fail("g_bus_get_sync", error->message);
     }
@@ -52,31 +64,27 @@ public:
     explicit GDBusClient(std::string const& service)
         : m_service(service), m_connection(Connect()),
           m_subscription(g_dbus_connection_signal_subscribe(
-              m_connection, service.c_str(), wire::Interface, wire::Signal, wire::SubscriberPath, nullptr,
-              G_DBUS_SIGNAL_FLAGS_NONE, OnSignal, this, nullptr))
+              m_connection.get(), service.c_str(), wire::Interface, wire::Signal, wire::SubscriberPath,
+              nullptr, G_DBUS_SIGNAL_FLAGS_NONE, OnSignal, this, nullptr))
     {
     }
 
-    ~GDBusClient() override
-    {
-        g_dbus_connection_signal_unsubscribe(m_connection, m_subscription);
-        g_object_unref(m_connection);
-    }
+    ~GDBusClient() override { g_dbus_connection_signal_unsubscribe(m_connection.get(), m_subscription); }
 
     void Dispatch() override { g_main_context_iteration(nullptr, TRUE); }
 
 private:
     void Exchange(char const* path, Entries request, EntryReader& reader) override
     {
-        GError* error = nullptr;
-        GVariant* const answer = g_dbus_connection_call_sync(
-            m_connection, m_service.c_str(), path, wire::Interface, wire::Method, Encode(request),
-            G_VARIANT_TYPE("(a{sv})"), G_DBUS_CALL_FLAGS_NONE, wire::TimeoutMs, nullptr, &error);
+        GError* failure = nullptr;
+        GioOwned<GVariant> const answer(g_dbus_connection_call_sync(
+            m_connection.get(), m_service.c_str(), path, wire::Interface, wire::Method, Encode(request),
+            G_VARIANT_TYPE("(a{sv})"), G_DBUS_CALL_FLAGS_NONE, wire::TimeoutMs, nullptr, &failure));
+        GioOwned<GError> const error(failure);
         if (answer == nullptr) {
             Fail("g_dbus_connection_call_sync", error->message);
         }
-        Decode(answer, reader);
-        g_variant_unref(answer);
+        Decode(answer.get(), reader);
     }
 
     static void OnSignal(GDBusConnection* /*connection*/, char const* /*sender*/, char const* /*path*/,
@@ -89,7 +97,7 @@ private:
     }
 
     std::string const m_service;
-    GDBusConnection* const m_connection;
+    GioOwned<GDBusConnection> const m_connection;
     guint const m_subscription;
 };
 

@@ -7,13 +7,12 @@ namespace zviptv::bench {
 
 namespace {
 
-DBusConnection* Connect()
+LibdbusOwned<DBusConnection> Connect()
 {
-    DBusError error;
-    dbus_error_init(&error);
-    DBusConnection* const connection = dbus_bus_get(DBUS_BUS_SYSTEM, &error);
+    LibdbusError error;
+    LibdbusOwned<DBusConnection> connection(dbus_bus_get(DBUS_BUS_SYSTEM, error.Out()));
     if (connection == nullptr) {
-        Fail("dbus_bus_get", error.message);
+        Fail("dbus_bus_get", error.Text());
     }
     return connection;
 }
@@ -29,33 +28,26 @@ class LibdbusClient final : public PlainClient
 public:
     explicit LibdbusClient(std::string const& service) : m_service(service), m_connection(Connect())
     {
-        dbus_connection_add_filter(m_connection, OnMessage, this, nullptr);
+        dbus_connection_add_filter(m_connection.get(), OnMessage, this, nullptr);
     }
 
-    ~LibdbusClient() override
-    {
-        dbus_connection_remove_filter(m_connection, OnMessage, this);
-        dbus_connection_unref(m_connection);
-    }
+    ~LibdbusClient() override { dbus_connection_remove_filter(m_connection.get(), OnMessage, this); }
 
-    void Dispatch() override { dbus_connection_read_write_dispatch(m_connection, -1); }
+    void Dispatch() override { dbus_connection_read_write_dispatch(m_connection.get(), -1); }
 
 private:
     void Exchange(char const* path, Entries request, EntryReader& reader) override
     {
-        DBusMessage* const call =
-            dbus_message_new_method_call(m_service.c_str(), path, wire::Interface, wire::Method);
-        AppendEntries(call, request);
-        DBusError error;
-        dbus_error_init(&error);
-        DBusMessage* const answer =
-            dbus_connection_send_with_reply_and_block(m_connection, call, wire::TimeoutMs, &error);
-        dbus_message_unref(call);
+        LibdbusOwned<DBusMessage> const call(
+            dbus_message_new_method_call(m_service.c_str(), path, wire::Interface, wire::Method));
+        AppendEntries(call.get(), request);
+        LibdbusError error;
+        LibdbusOwned<DBusMessage> const answer(dbus_connection_send_with_reply_and_block(
+            m_connection.get(), call.get(), wire::TimeoutMs, error.Out()));
         if (answer == nullptr) {
-            Fail("dbus_connection_send_with_reply_and_block", error.message);
+            Fail("dbus_connection_send_with_reply_and_block", error.Text());
         }
-        ReadEntries(answer, reader);
-        dbus_message_unref(answer);
+        ReadEntries(answer.get(), reader);
     }
 
     static DBusHandlerResult OnMessage(DBusConnection* /*connection*/, DBusMessage* message, void* self)
@@ -72,7 +64,7 @@ private:
     }
 
     std::string const m_service;
-    DBusConnection* const m_connection;
+    LibdbusOwned<DBusConnection> const m_connection;
 };
 
 } // namespace

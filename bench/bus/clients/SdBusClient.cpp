@@ -16,6 +16,37 @@ int Check(int result, char const* what)
     return result;
 }
 
+struct Release
+{
+    void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
+    void operator()(sd_bus* bus) const { sd_bus_flush_close_unref(bus); }
+};
+using Message = std::unique_ptr<sd_bus_message, Release>;
+using Bus = std::unique_ptr<sd_bus, Release>;
+
+Bus Connect()
+{
+    sd_bus* bus = nullptr;
+    Check(sd_bus_open_system(&bus), "sd_bus_open_system");
+    return Bus(bus);
+}
+
+Message NewCall(sd_bus* bus, std::string const& service, char const* path)
+{
+    sd_bus_message* call = nullptr;
+    Check(sd_bus_message_new_method_call(bus, &call, service.c_str(), path, wire::Interface, wire::Method),
+          "sd_bus_message_new_method_call");
+    return Message(call);
+}
+
+Message Call(sd_bus* bus, sd_bus_message* call)
+{
+    sd_bus_message* answer = nullptr;
+    Check(sd_bus_call(bus, call, static_cast<std::uint64_t>(wire::TimeoutMs) * 1000, nullptr, &answer),
+          "sd_bus_call");
+    return Message(answer);
+}
+
 void Append(sd_bus_message* message, std::initializer_list<wire::Entry> entries)
 {
     Check(sd_bus_message_open_container(message, 'a', "{sv}"), "open array");
@@ -63,38 +94,27 @@ void Read(sd_bus_message* message, EntryReader& reader)
 class SdBusClient final : public PlainClient
 {
 public:
-    explicit SdBusClient(std::string const& service) : m_service(service)
+    explicit SdBusClient(std::string const& service) : m_service(service), m_bus(Connect())
     {
-        Check(sd_bus_open_system(&m_bus), "sd_bus_open_system");
-        Check(sd_bus_match_signal(m_bus, nullptr, service.c_str(), wire::SubscriberPath, wire::Interface,
-                                  wire::Signal, OnSignal, this),
+        Check(sd_bus_match_signal(m_bus.get(), nullptr, service.c_str(), wire::SubscriberPath,
+                                  wire::Interface, wire::Signal, OnSignal, this),
               "sd_bus_match_signal");
     }
 
-    ~SdBusClient() override { sd_bus_flush_close_unref(m_bus); }
-
     void Dispatch() override
     {
-        while (Check(sd_bus_process(m_bus, nullptr), "sd_bus_process") == 0) {
-            Check(sd_bus_wait(m_bus, UINT64_MAX), "sd_bus_wait");
+        while (Check(sd_bus_process(m_bus.get(), nullptr), "sd_bus_process") == 0) {
+            Check(sd_bus_wait(m_bus.get(), UINT64_MAX), "sd_bus_wait");
         }
     }
 
 private:
     void Exchange(char const* path, Entries request, EntryReader& reader) override
     {
-        sd_bus_message* call = nullptr;
-        Check(sd_bus_message_new_method_call(m_bus, &call, m_service.c_str(), path, wire::Interface,
-                                             wire::Method),
-              "sd_bus_message_new_method_call");
-        Append(call, request);
-        sd_bus_message* answer = nullptr;
-        int const result =
-            sd_bus_call(m_bus, call, static_cast<std::uint64_t>(wire::TimeoutMs) * 1000, nullptr, &answer);
-        sd_bus_message_unref(call);
-        Check(result, "sd_bus_call");
-        Read(answer, reader);
-        sd_bus_message_unref(answer);
+        Message const call = NewCall(m_bus.get(), m_service, path);
+        Append(call.get(), request);
+        Message const answer = Call(m_bus.get(), call.get());
+        Read(answer.get(), reader);
     }
 
     static int OnSignal(sd_bus_message* message, void* self, sd_bus_error* /*error*/)
@@ -105,7 +125,7 @@ private:
     }
 
     std::string const m_service;
-    sd_bus* m_bus = nullptr;
+    Bus const m_bus;
 };
 
 } // namespace

@@ -26,7 +26,7 @@ void Read(Dictionary const& entries, EntryReader& reader)
     reader.Finish();
 }
 
-/// One proxy for each of the service's objects, as the library wants it.
+/// One proxy for each of the service's objects, as sdbus-c++ wants it.
 class SdbusCppClient final : public PlainClient
 {
 public:

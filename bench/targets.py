@@ -1,0 +1,50 @@
+"""What was aimed at, and whether it was reached."""
+
+from bus.variants import BASELINE, LIBRARY, LOGGING, METHODS, SDBUSCPP
+from inprocess import encoding
+
+
+def line(what, found, limit, at_most=True):
+    reached = found <= limit if at_most else found >= limit
+    return [what, f"{'≤' if at_most else '≥'} {limit:g}", f"{found:.3f}", "yes" if reached else "**no**"]
+
+
+def ratio(figure, base=BASELINE):
+    return figure["to"][base.key]["median"]
+
+
+def of_calls(bus):
+    for method, title in METHODS.items():
+        part = bus["call"][method]
+        yield line(f"p50 of {title}, log off", ratio(part[LIBRARY.key]["p50"]), 1.05)
+        if LOGGING.key in part:
+            yield line(f"p50 of {title}, system log", ratio(part[LOGGING.key]["p50"]), 1.15)
+        yield line(f"processor time of {title}, log off", ratio(part[LIBRARY.key]["cpu"]), 1.10)
+
+
+def of_pushes(bus):
+    rate = bus["push"]["65536"][LIBRARY.key]["bytes"]
+    yield line("push of 64 KiB", ratio(rate), 0.95, at_most=False)
+    yield line(f"push of 64 KiB, to {SDBUSCPP.title}", ratio(rate, SDBUSCPP), 30, at_most=False)
+
+
+def of_encoding(times):
+    for name in ("peer_encode", "peer_decode"):
+        yield line(f"{encoding.TITLES[name]} of 1 MiB, to memcpy", encoding.large_ratio(times, name), 3)
+
+
+def of_growth(growth):
+    titles = {"p50": "a call", "round": "subscribing and unsubscribing"}
+    for figure, title in titles.items():
+        yield line(f"{title} after all calls and subscriptions, to one of a new process",
+                   growth["old to new"][figure]["median"], 1.05)
+    first, last = growth["line"][0], growth["line"][-1]
+    for figure, title in {"rss_kib": "resident memory", "heap": "heap"}.items():
+        yield line(f"{title} after all calls and subscriptions, to that after a fiftieth", last[figure] / first[figure],
+                   1.05)
+
+
+def targets(results):
+    bus = results["bus"]
+    rows = [*of_calls(bus), *of_pushes(bus), *of_encoding(results["inprocess"]["times"]), *of_growth(bus["growth"])]
+    return [f"ratio to {BASELINE.title}, or as it says", "wanted", "found", "reached"], rows
