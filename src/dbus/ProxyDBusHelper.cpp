@@ -57,7 +57,7 @@ CProxyDBusHelper::CProxyDBusHelper(std::string name) : m_state(std::make_unique<
 
     ZV_LOG_INFO_LINE("Registering Object and Interface on path %s", state.m_object_name.c_str());
     if (!zviptv::IsObjectPath(state.m_object_name)) {
-        error.Set(G_IO_ERROR_INVALID_ARGUMENT, "The channel's name makes no valid object path");
+        error.Set(G_IO_ERROR_INVALID_ARGUMENT, "The channel's name makes no object path that the bus takes");
     } else {
         state.m_registration.Begin(state.m_connection.get(), state.m_object_name.c_str(),
                                    state.m_node_info.get(), m_vtable, CallbackGate::NewToken(state.m_gate),
@@ -122,7 +122,7 @@ int CProxyDBusHelper::m_CreatePartnerProxy()
     Error error;
     Owned<GDBusProxy> proxy;
     if (!zviptv::IsObjectPath(state.m_object_name)) {
-        error.Set(G_IO_ERROR_INVALID_ARGUMENT, "The channel's name makes no valid object path");
+        error.Set(G_IO_ERROR_INVALID_ARGUMENT, "The channel's name makes no object path that the bus takes");
     } else if (!zviptv::IsOpen(state.m_connection)) {
         error.Set(G_IO_ERROR_CLOSED, "The connection is closed");
     } else {

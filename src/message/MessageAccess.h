@@ -19,6 +19,7 @@ struct MessageAccess
     {
         for (MessageEntry& entry : message.m_entries) {
             if (entry.key == key) {
+                entry.size = 0;
                 return std::exchange(entry.value, std::string());
             }
         }

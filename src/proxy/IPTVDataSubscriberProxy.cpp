@@ -94,8 +94,8 @@ CIPTVDataSubscriberProxy::~CIPTVDataSubscriberProxy()
 {
     m_subscriptions->ended = true;
     zviptv::LeaveService(m_pDBusHelper, TypeWord);
-    m_subscriptions->caption.Clear();
-    m_subscriptions->pes.Clear();
+    m_subscriptions->caption.Close();
+    m_subscriptions->pes.Close();
 }
 
 bool CIPTVDataSubscriberProxy::SubscribeForCaption(void (*callback)(ZVCaption&, void*), void* /*userData*/,

@@ -25,10 +25,13 @@ public:
         return m_callbacks.count(key) != 0;
     }
 
+    /// Does nothing after Close().
     void Add(int key, Callback callback)
     {
         std::lock_guard<std::mutex> const lock(m_mutex);
-        m_callbacks.emplace(key, callback);
+        if (!m_isClosed) {
+            m_callbacks.emplace(key, callback);
+        }
     }
 
     /// False when there is no such key.
@@ -38,9 +41,11 @@ public:
         return m_callbacks.erase(key) != 0;
     }
 
-    void Clear()
+    /// Ends all subscriptions, for good: a dispatch under way finds nobody any more.
+    void Close()
     {
         std::lock_guard<std::mutex> const lock(m_mutex);
+        m_isClosed = true;
         m_callbacks.clear();
     }
 
@@ -114,6 +119,7 @@ private:
     std::map<int, Callback> m_callbacks;
     Bytes m_spare;
     bool m_isRequested = false;
+    bool m_isClosed = false;
 };
 
 } // namespace zviptv

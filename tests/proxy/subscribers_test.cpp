@@ -1,0 +1,37 @@
+#include "proxy/Subscribers.h"
+
+#include <zviptv/IPTVTypes.h>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using Captions = zviptv::Subscribers<ZVCaption>;
+
+Captions* table = nullptr;
+int late = 0;
+
+void Late(ZVCaption& /*caption*/, void* /*userData*/)
+{
+    ++late;
+}
+
+void CloseAndAdd(ZVCaption& /*caption*/, void* /*userData*/)
+{
+    table->Close();
+    table->Add(2, Late);
+}
+
+// As when one thread's callback destroys the proxy that another thread is about to subscribe at.
+TEST(SubscribersTable, NobodyJoinsADispatchAfterItsEnd)
+{
+    Captions captions;
+    table = &captions;
+    captions.Add(1, CloseAndAdd);
+    ZVCaption caption{};
+    captions.Deliver(caption, [] {});
+    EXPECT_EQ(late, 0);
+    EXPECT_TRUE(captions.IsEmpty());
+}
+
+} // namespace
