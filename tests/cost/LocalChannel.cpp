@@ -1,7 +1,6 @@
 #include "LocalChannel.h"
 
 #include "Require.h"
-#include "dbus/HelperMessage.h"
 #include "dbus/PeerChannelState.h"
 #include "dbus/PeerMessage.h"
 
@@ -57,31 +56,12 @@ Owned<GVariant> test::Arrived(GVariant* body)
     return Owned<GVariant>(g_variant_ref(g_dbus_message_get_body(arrived.get())));
 }
 
-CProxyDBusHelper::CProxyDBusHelper(std::string name) : m_state(std::make_unique<State>(this))
-{
-    m_state->m_name = std::move(name);
-}
-
-CProxyDBusHelper::~CProxyDBusHelper() = default;
-
-int CProxyDBusHelper::Connect(std::string /*partner*/)
-{
-    return 1;
-}
-
-std::string CProxyDBusHelper::GetPublicName()
-{
-    return ":1.1";
-}
-
 void CProxyDBusHelper::SetCallback(CMessageBuffer (*)(CMessageBuffer&, void*),
                                    void (*notificationCb)(CMessageBuffer&, void*), void* userData)
 {
     service.notify = notificationCb;
     service.userData = userData;
 }
-
-void CProxyDBusHelper::SetDisconnectNotiCB(void (*)(std::string, std::string, void*), void*) {}
 
 int CProxyDBusHelper::SendMessage(CMessageBuffer& request, CMessageBuffer& reply, int /*async*/)
 {
@@ -99,20 +79,7 @@ int CProxyDBusHelper::SendNotification(CMessageBuffer& message)
     return 1;
 }
 
-char const* const CConnectionHelperDBusClient::BUSNAME = helper::BusName;
-char const* const CConnectionHelperDBusClient::METHOD = helper::Method;
-
-CConnectionHelperDBusClient::CConnectionHelperDBusClient() = default;
-CConnectionHelperDBusClient::~CConnectionHelperDBusClient() = default;
-
 bool CConnectionHelperDBusClient::CheckConnection()
 {
     return true;
 }
-
-std::string CConnectionHelperDBusClient::Connect(std::string /*dbusname*/, std::string /*type*/)
-{
-    return ":1.2";
-}
-
-void CConnectionHelperDBusClient::Disconnect(std::string /*dbusname*/, std::string /*type*/) {}

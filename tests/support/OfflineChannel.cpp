@@ -1,0 +1,42 @@
+#include "dbus/HelperMessage.h"
+#include "dbus/PeerChannelState.h"
+
+#include <zviptv/ConnectionHelperDBusClient.h>
+
+// What is the same of every channel that takes the place of the library's own and needs no bus: it connects
+// to whoever is asked for. What travels through it, and whether a service runs, is for those who link this to
+// define.
+
+using namespace zviptv;
+
+CProxyDBusHelper::CProxyDBusHelper(std::string name) : m_state(std::make_unique<State>(this))
+{
+    m_state->m_name = std::move(name);
+}
+
+CProxyDBusHelper::~CProxyDBusHelper() = default;
+
+int CProxyDBusHelper::Connect(std::string /*partner*/)
+{
+    return 1;
+}
+
+std::string CProxyDBusHelper::GetPublicName()
+{
+    return ":1.1";
+}
+
+void CProxyDBusHelper::SetDisconnectNotiCB(void (*)(std::string, std::string, void*), void*) {}
+
+char const* const CConnectionHelperDBusClient::BUSNAME = helper::BusName;
+char const* const CConnectionHelperDBusClient::METHOD = helper::Method;
+
+CConnectionHelperDBusClient::CConnectionHelperDBusClient() = default;
+CConnectionHelperDBusClient::~CConnectionHelperDBusClient() = default;
+
+std::string CConnectionHelperDBusClient::Connect(std::string /*dbusname*/, std::string /*type*/)
+{
+    return ":1.2";
+}
+
+void CConnectionHelperDBusClient::Disconnect(std::string /*dbusname*/, std::string /*type*/) {}
