@@ -3,6 +3,7 @@
 #include "dbus/WireSize.h"
 #include "message/MessageAccess.h"
 
+#include <array>
 #include <string>
 
 namespace zviptv {
@@ -20,6 +21,20 @@ bool IsTooLarge(CMessageBuffer const& message)
         size.Add(4, 4 + entry.value.size());
     }
     return size.IsTooLarge();
+}
+
+Owned<GVariant> EmptyArray(char const* elementType)
+{
+    return Owned<GVariant>(g_variant_ref_sink(g_variant_new_array(G_VARIANT_TYPE(elementType), nullptr, 0)));
+}
+
+/// GLib works out the description of a container type anew whenever there is no value of it. A value of each
+/// type that a message, its header included, consists of, kept as long as the process lives, spares every
+/// message that.
+void KeepTypeDescriptions()
+{
+    static std::array<Owned<GVariant>, 3> const values{EmptyArray("{sv}"), EmptyArray("y"),
+                                                       EmptyArray("{yv}")};
 }
 
 GVariant* NewEntry(MessageEntry const& entry)
@@ -43,12 +58,14 @@ Owned<GVariant> EncodePeerMessage(CMessageBuffer const& message, Error& error)
             return nullptr;
         }
     }
+    KeepTypeDescriptions();
     GVariantBuilder builder;
     g_variant_builder_init(&builder, G_VARIANT_TYPE("a{sv}"));
     for (MessageEntry const& entry : MessageAccess::Entries(message)) {
         g_variant_builder_add_value(&builder, NewEntry(entry));
     }
-    return Owned<GVariant>(g_variant_ref_sink(g_variant_new("(@a{sv})", g_variant_builder_end(&builder))));
+    GVariant* entries = g_variant_builder_end(&builder);
+    return Owned<GVariant>(g_variant_ref_sink(g_variant_new_tuple(&entries, 1)));
 }
 
 bool DecodePeerMessage(GVariant* body, CMessageBuffer& message, Error& error)

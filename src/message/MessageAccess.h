@@ -14,6 +14,9 @@ struct MessageAccess
         return message.m_entries;
     }
 
+    /// Room for so many entries in all.
+    static void Reserve(CMessageBuffer& message, std::size_t count) { message.m_entries.reserve(count); }
+
     /// What GetValue() would copy. It is taken out of the message: the next to ask for it gets nothing.
     static std::string TakeValue(CMessageBuffer& message, char const* key)
     {

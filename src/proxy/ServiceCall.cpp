@@ -72,6 +72,7 @@ bool Exchange(CProxyDBusHelper& channel, char const* functionName, IPTVHandle co
               RequestFields fields, CMessageBuffer& reply, SourceLocation const& where)
 {
     CMessageBuffer request;
+    MessageAccess::Reserve(request, fields.size() + 2);
     request.AddValue(key::FunctionName, functionName);
     if (handle != nullptr) {
         request.AddValue(key::HandleID, std::to_string(IPTVHandleNumber(*handle)).c_str());
