@@ -57,11 +57,13 @@ def draw_pushes(bus, file):
 
 
 def draw_callbacks(bus, file):
-    rows = [(count, one["wall"] / 1e3, one["cpu"] / 1e3) for count, one in bus["callbacks"]["callbacks"].items()]
+    """Medians, and where the middle half of the blocks lies."""
+    rows = [(count, *(one[figure][value] / 1e3 for figure in ("wall", "cpu") for value in ("median", "low", "high")))
+            for count, one in bus["callbacks"]["callbacks"].items()]
     return gnuplot(file, data("callbacks", rows) + "set logscale x 2\nset yrange [0:*]\nset xlabel \"callbacks\"\n"
                    "set ylabel \"µs a packet of 4 KiB\"\n"
-                   "plot $callbacks using 1:2 with linespoints lw 2 title \"from packet to packet\", "
-                   "$callbacks using 1:3 with linespoints lw 2 title \"processor time\"\n", 340)
+                   "plot $callbacks using 1:2:3:4 with yerrorlines lw 2 title \"from packet to packet\", "
+                   "$callbacks using 1:5:6:7 with yerrorlines lw 2 title \"processor time\"\n", 340)
 
 
 def draw_growth(bus, file):

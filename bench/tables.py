@@ -71,7 +71,7 @@ def crowds(results):
 
 
 def callbacks(results):
-    rows = [[count, number(one["wall"] / 1e3), number(one["cpu"] / 1e3)]
+    rows = [[count, between(one["wall"], 1e3), between(one["cpu"], 1e3)]
             for count, one in results["bus"]["callbacks"]["callbacks"].items()]
     return ["callbacks", "µs a packet of 4 KiB", "processor, µs a packet"], rows
 
@@ -83,8 +83,8 @@ def starts(results):
 
 
 def objects(results):
-    rows = [[f"`{name}`", number(one["first"] / 1e6), number(one["further"] / 1e6), f"{one['heap']:,.0f}",
-             "not told by the daemon" if one["matches"] < 0 else f"{one['matches']:.0f}"]
+    rows = [[f"`{name}`", between(one["first"], 1e6), between(one["further"], 1e6), f"{one['heap']['median']:,.0f}",
+             "not told by the daemon" if one["matches"]["median"] < 0 else f"{one['matches']['median']:.0f}"]
             for name, one in results["bus"]["objects"].items()]
     return ["object", "first of a process, ms", "beside another, ms", "heap it adds, bytes",
             "match rules it adds"], rows

@@ -20,7 +20,7 @@ def probe(bench, name):
 def measure_objects(bench, rounds):
     """Of each of the library's objects, in processes of their own."""
     results = alternate(OBJECTS, rounds, lambda name: probe(bench, name))
-    return {name: {figure: statistics.median(one[figure] for one in probes)
+    return {name: {figure: spread([one[figure] for one in probes])
                    for figure in ("first", "further", "heap", "matches")} for name, probes in results.items()}
 
 

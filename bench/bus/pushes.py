@@ -1,9 +1,8 @@
 """Pushes: packets from the service to the receivers."""
 
 import itertools
-import statistics
 
-from blocks import alternate, over_generations, summaries
+from blocks import alternate, over_generations, spread, summaries
 from variants import LIBRARY, PACKETS, SDBUSCPP
 
 # By the size of a packet: packets of a batch, of which two may be on their way, and batches of a block.
@@ -84,6 +83,5 @@ def measure_callbacks(bench, rounds, size=4096):
         client = clients[LIBRARY][0]
         results = alternate(CALLBACKS, rounds, block)
     for number, blocks in results.items():
-        measured["callbacks"][str(number)] = {name: statistics.median(one[name] for one in blocks)
-                                              for name in ("wall", "cpu")}
+        measured["callbacks"][str(number)] = {name: spread([one[name] for one in blocks]) for name in ("wall", "cpu")}
     return measured
