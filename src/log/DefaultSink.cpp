@@ -1,5 +1,7 @@
 #include "log/DefaultSink.h"
 
+#include "log/JournalSocket.h"
+
 #include <glib.h>
 #include <syslog.h>
 
@@ -30,19 +32,34 @@ PriorityNames const& NamesOf(EZVLogPriority priority)
     return names.at(static_cast<std::size_t>(priority));
 }
 
+using Fields = std::array<GLogField, 6>;
+
+/// As a file, which is how the journal takes what is too long for a datagram.
+bool WriteToJournalAtLength(EZVLogPriority priority, Fields const& fields)
+{
+    return g_log_writer_journald(NamesOf(priority).glib, fields.data(), fields.size(), nullptr) ==
+           G_LOG_WRITER_HANDLED;
+}
+
 bool WriteToJournal(EZVLogPriority priority, SourceLocation const& where, char const* line)
 {
-    PriorityNames const& names = NamesOf(priority);
+    static JournalSocket* const journal = new JournalSocket; // objects that outlive main still log
     std::string const lineNumber = std::to_string(where.line);
-    std::array<GLogField, 6> const fields{{
+    Fields const fields{{
         {"MESSAGE", line, -1},
-        {"PRIORITY", names.number, -1},
+        {"PRIORITY", NamesOf(priority).number, -1},
         {"SYSLOG_IDENTIFIER", LogTag, -1},
         {"CODE_FILE", BaseName(where.file), -1},
         {"CODE_LINE", lineNumber.c_str(), -1},
         {"CODE_FUNC", where.function, -1},
     }};
-    return g_log_writer_journald(names.glib, fields.data(), fields.size(), nullptr) == G_LOG_WRITER_HANDLED;
+    std::string entry;
+    for (GLogField const& field : fields) {
+        AppendJournalField(entry, field.key, static_cast<char const*>(field.value));
+    }
+    JournalSocket::Outcome const outcome = journal->Send(entry);
+    return outcome == JournalSocket::Outcome::Sent ||
+           (outcome == JournalSocket::Outcome::TooLong && WriteToJournalAtLength(priority, fields));
 }
 
 } // namespace

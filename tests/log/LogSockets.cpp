@@ -16,6 +16,8 @@ namespace zviptv::test {
 
 namespace {
 
+constexpr char JournalPath[] = "/run/systemd/journal/socket";
+
 void Check(bool succeeded, char const* what)
 {
     if (!succeeded) {
@@ -114,7 +116,7 @@ LogSockets::LogSockets(bool withJournal)
     m_syslog = Bind("/dev/log");
     if (withJournal) {
         Check(mkdir("/run/systemd", 0755) == 0 && mkdir("/run/systemd/journal", 0755) == 0, "mkdir");
-        m_journal = Bind("/run/systemd/journal/socket");
+        m_journal = Bind(JournalPath);
     }
 }
 
@@ -124,6 +126,21 @@ LogSockets::~LogSockets()
     if (m_journal >= 0) {
         close(m_journal);
     }
+}
+
+void LogSockets::EndJournal()
+{
+    close(m_journal);
+    m_journal = -1;
+    Check(unlink(JournalPath) == 0, "unlink");
+}
+
+void LogSockets::RenewJournal()
+{
+    if (m_journal >= 0) {
+        EndJournal();
+    }
+    m_journal = Bind(JournalPath);
 }
 
 std::vector<std::string> LogSockets::TakeSyslog()

@@ -22,6 +22,11 @@ public:
     /// from it.
     std::vector<std::string> TakeJournal();
 
+    /// The journal ends, and with it its socket.
+    void EndJournal();
+    /// A journal that has been started anew, with another socket.
+    void RenewJournal();
+
 private:
     int m_syslog = -1;
     int m_journal = -1;

@@ -2,6 +2,12 @@
 
 #include "log/Log.h"
 
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -33,6 +39,16 @@ void PrintEntry(std::string const& kind, std::string const& datagram)
     std::printf("\n");
 }
 
+void PrintLogs(zviptv::test::LogSockets& sockets)
+{
+    for (std::string const& datagram : sockets.TakeSyslog()) {
+        PrintEntry("syslog", datagram);
+    }
+    for (std::string const& datagram : sockets.TakeJournal()) {
+        PrintEntry("journal", datagram);
+    }
+}
+
 int Logged(bool withJournal, std::size_t longSize)
 {
     zviptv::test::LogSockets sockets(withJournal);
@@ -41,18 +57,52 @@ int Logged(bool withJournal, std::size_t longSize)
     } else {
         WriteLongLine(longSize);
     }
-    for (std::string const& datagram : sockets.TakeSyslog()) {
-        PrintEntry("syslog", datagram);
-    }
-    for (std::string const& datagram : sockets.TakeJournal()) {
-        PrintEntry("journal", datagram);
-    }
+    PrintLogs(sockets);
     return 0;
+}
+
+int LoggedToANewJournal()
+{
+    zviptv::test::LogSockets sockets(true);
+    ZV_LOG_INFO_LINE("to the first");
+    PrintLogs(sockets);
+    sockets.RenewJournal();
+    ZV_LOG_INFO_LINE("to the second");
+    PrintLogs(sockets);
+    sockets.EndJournal();
+    ZV_LOG_INFO_LINE("to none");
+    PrintLogs(sockets);
+    sockets.RenewJournal();
+    ZV_LOG_INFO_LINE("to the last");
+    PrintLogs(sockets);
+    return 0;
+}
+
+/// What a program does that becomes a daemon: everything it knows nothing of is closed, and others get its
+/// numbers.
+int LoggedAfterClosing()
+{
+    zviptv::test::LogSockets sockets(true);
+    int const next = dup(0);
+    close(next);
+    ZV_LOG_INFO_LINE("opens the journal");
+    close(next);
+    std::array<int, 2> ends{};
+    if (socketpair(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK, 0, ends.data()) != 0 || ends[0] != next) {
+        std::fprintf(stderr, "the journal's descriptor was not %d\n", next);
+        return 1;
+    }
+    ZV_LOG_INFO_LINE("for the journal alone");
+    PrintLogs(sockets);
+    char byte = 0;
+    bool const isUntouched =
+        recv(ends[1], &byte, 1, 0) < 0 && errno == EAGAIN && fcntl(ends[0], F_GETFD) >= 0;
+    return isUntouched ? 0 : 1;
 }
 
 } // namespace
 
-/// log_probe lines | syslog [size] | journal [size]
+/// log_probe lines | syslog [size] | journal [size] | new-journal | closed-journal
 int main(int count, char** arguments)
 {
     std::string const command = count > 1 ? arguments[1] : "";
@@ -62,7 +112,10 @@ int main(int count, char** arguments)
         return 0;
     }
     try {
-        return Logged(command == "journal", longSize);
+        if (command == "new-journal") {
+            return LoggedToANewJournal();
+        }
+        return command == "closed-journal" ? LoggedAfterClosing() : Logged(command == "journal", longSize);
     } catch (std::runtime_error const& failure) {
         std::fprintf(stderr, "%s", failure.what());
         return NotPermitted;

@@ -11,6 +11,7 @@
 
 using namespace zviptv::test;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::MatchesRegex;
 using testing::StartsWith;
@@ -130,7 +131,7 @@ TEST_F(SystemLog, SyslogGetsLongLinesWhole)
         return;
     }
     ASSERT_EQ(m_entries.size(), 1U);
-    EXPECT_THAT(m_entries[0].datagram, testing::EndsWith(") > " + std::string(100000, 'x')));
+    EXPECT_THAT(m_entries[0].datagram, EndsWith(") > " + std::string(100000, 'x')));
 }
 
 TEST_F(SystemLog, TheJournalGetsStructuredFieldsAndSyslogNothing)
@@ -167,6 +168,32 @@ TEST_F(SystemLog, TheJournalGetsLongLinesWhole)
     ASSERT_EQ(m_entries.size(), 1U);
     EXPECT_EQ(m_entries[0].kind, "journal");
     EXPECT_TRUE(m_entries[0].Field("MESSAGE").find(std::string(3000000, 'x')) != std::string::npos);
+}
+
+TEST_F(SystemLog, LinesFollowTheJournalToItsNewSocketAndFindItAfterAPause)
+{
+    ASSERT_NO_FATAL_FAILURE(Run("new-journal"));
+    if (IsSkipped()) {
+        return;
+    }
+    ASSERT_EQ(m_entries.size(), 4U);
+    EXPECT_THAT(m_entries[0].Field("MESSAGE"), EndsWith(" > to the first"));
+    EXPECT_THAT(m_entries[1].Field("MESSAGE"), EndsWith(" > to the second"));
+    EXPECT_EQ(m_entries[2].kind, "syslog");
+    EXPECT_THAT(m_entries[2].datagram, EndsWith(" > to none"));
+    EXPECT_EQ(m_entries[3].kind, "journal");
+    EXPECT_THAT(m_entries[3].Field("MESSAGE"), EndsWith(" > to the last"));
+}
+
+TEST_F(SystemLog, WhoGetsTheNumberOfTheClosedSocketGetsNoLines)
+{
+    ASSERT_NO_FATAL_FAILURE(Run("closed-journal"));
+    if (IsSkipped()) {
+        return;
+    }
+    ASSERT_EQ(m_entries.size(), 2U);
+    EXPECT_THAT(m_entries[1].Field("MESSAGE"), EndsWith(" > for the journal alone"));
+    EXPECT_EQ(m_entries[1].kind, "journal");
 }
 
 TEST_F(SystemLog, UnknownWordsAreAnErrorLineAndTheLinesFollow)
