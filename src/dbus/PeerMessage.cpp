@@ -29,8 +29,8 @@ Owned<GVariant> EmptyArray(char const* elementType)
 }
 
 /// GLib works out the description of a container type anew whenever there is no value of it. A value of each
-/// type that a message, its header included, consists of, kept as long as the process lives, spares every
-/// message that.
+/// type that the entries of a body and the fields of a header have, kept as long as the process lives, spares
+/// every message that.
 void KeepTypeDescriptions()
 {
     static std::array<Owned<GVariant>, 3> const values{EmptyArray("{sv}"), EmptyArray("y"),

@@ -10,20 +10,18 @@ using namespace zviptv;
 
 namespace {
 
+using Token = std::unique_ptr<void, decltype(&CallbackGate::ReleaseToken)>;
+
 struct Service
 {
     Owned<GVariant> reply;
-    void (*notify)(CMessageBuffer&, void*) = nullptr;
-    void* userData = nullptr;
+    GDBusSignalCallback notify = nullptr;
+    Token channel{nullptr, CallbackGate::ReleaseToken};
 };
 
 Service service;
 
-void Encode(CMessageBuffer const& message)
-{
-    Error error;
-    test::Require(EncodePeerMessage(message, error) != nullptr, "a proxy's message can be sent");
-}
+constexpr char ObjectName[] = "/local";
 
 } // namespace
 
@@ -35,48 +33,64 @@ void test::SetReply(CMessageBuffer const& reply)
 
 void test::Notify(GVariant* body)
 {
-    CMessageBuffer notification;
-    Error error;
-    Require(DecodePeerMessage(body, notification, error), "a notification can be read");
-    service.notify(notification, service.userData);
+    static Owned<GObject> const connection(G_OBJECT(g_object_new(G_TYPE_OBJECT, nullptr)));
+    service.notify(reinterpret_cast<GDBusConnection*>(connection.get()), ":1.2", ObjectName,
+                   CProxyDBusHelper::PROXY_DBUS_HELPER_OBJ_IFACE,
+                   CProxyDBusHelper::PROXY_DBUS_HELPER_SIG_NAME, body, service.channel.get());
+}
+
+test::Wire test::ToWire(GVariant* body)
+{
+    Owned<GDBusMessage> const message(g_dbus_message_new_signal("/a", "a.b", "C"));
+    g_dbus_message_set_serial(message.get(), 1);
+    g_dbus_message_set_body(message.get(), body);
+    gsize size = 0;
+    std::unique_ptr<unsigned char, decltype(&g_free)> bytes(
+        g_dbus_message_to_blob(message.get(), &size, G_DBUS_CAPABILITY_FLAGS_NONE, nullptr), g_free);
+    Require(bytes != nullptr, "a message can be put on the wire");
+    return {std::move(bytes), size};
+}
+
+Owned<GVariant> test::FromWire(Wire const& wire)
+{
+    Owned<GDBusMessage> const message(
+        g_dbus_message_new_from_blob(wire.bytes.get(), wire.size, G_DBUS_CAPABILITY_FLAGS_NONE, nullptr));
+    Require(message != nullptr, "a message can be read from the wire");
+    return Owned<GVariant>(g_variant_ref(g_dbus_message_get_body(message.get())));
 }
 
 Owned<GVariant> test::Arrived(GVariant* body)
 {
-    Owned<GDBusMessage> const sent(g_dbus_message_new_signal("/a", "a.b", "C"));
-    g_dbus_message_set_serial(sent.get(), 1);
-    g_dbus_message_set_body(sent.get(), body);
-    gsize size = 0;
-    std::unique_ptr<guchar, decltype(&g_free)> const wire(
-        g_dbus_message_to_blob(sent.get(), &size, G_DBUS_CAPABILITY_FLAGS_NONE, nullptr), g_free);
-    Require(wire != nullptr, "a message can be put on the wire");
-    Owned<GDBusMessage> const arrived(
-        g_dbus_message_new_from_blob(wire.get(), size, G_DBUS_CAPABILITY_FLAGS_NONE, nullptr));
-    Require(arrived != nullptr, "a message can be read from the wire");
-    return Owned<GVariant>(g_variant_ref(g_dbus_message_get_body(arrived.get())));
+    return FromWire(ToWire(body));
 }
 
-void CProxyDBusHelper::SetCallback(CMessageBuffer (*)(CMessageBuffer&, void*),
+char const* const CProxyDBusHelper::PROXY_DBUS_HELPER_OBJ_IFACE = "org.corvel.zviptvapi.DbusCommunication";
+char const* const CProxyDBusHelper::PROXY_DBUS_HELPER_OBJ_METHOD = "Send";
+char const* const CProxyDBusHelper::PROXY_DBUS_HELPER_SIG_NAME = "SendSignal";
+
+int CProxyDBusHelper::Connect(std::string /*partner*/)
+{
+    m_state->m_object_name = ObjectName;
+    m_state->m_partner_proxy.reset(reinterpret_cast<GDBusProxy*>(g_object_new(G_TYPE_OBJECT, nullptr)));
+    m_state->m_connection_ready = 1;
+    return 1;
+}
+
+void CProxyDBusHelper::SetCallback(CMessageBuffer (*messageCb)(CMessageBuffer&, void*),
                                    void (*notificationCb)(CMessageBuffer&, void*), void* userData)
 {
-    service.notify = notificationCb;
-    service.userData = userData;
+    m_state->m_message_cb = {messageCb, userData};
+    m_state->m_notification_cb = {notificationCb, userData};
+    service.channel.reset(CallbackGate::NewToken(m_state->m_gate));
+    service.notify = m_SignalCallback;
 }
 
-int CProxyDBusHelper::SendMessage(CMessageBuffer& request, CMessageBuffer& reply, int /*async*/)
+/// In GIO's place, since it comes first: the service's answer to every request.
+GVariant* g_dbus_proxy_call_sync(GDBusProxy* /*proxy*/, gchar const* /*method*/, GVariant* /*parameters*/,
+                                 GDBusCallFlags /*flags*/, gint /*timeout*/, GCancellable* /*cancellable*/,
+                                 GError** /*error*/)
 {
-    Encode(request);
-    CMessageBuffer decoded;
-    Error error;
-    test::Require(DecodePeerMessage(service.reply.get(), decoded, error), "a reply can be read");
-    reply = std::move(decoded);
-    return 1;
-}
-
-int CProxyDBusHelper::SendNotification(CMessageBuffer& message)
-{
-    Encode(message);
-    return 1;
+    return g_variant_ref(service.reply.get());
 }
 
 bool CConnectionHelperDBusClient::CheckConnection()

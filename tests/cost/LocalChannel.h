@@ -4,17 +4,29 @@
 
 #include <zviptv/MessageBuffer.h>
 
+#include <memory>
+
 namespace zviptv::test {
 
-// LocalChannel.cpp stands in for the channel and for the helper bus, so that a call takes its whole way
-// through the library and none through a bus: the request is encoded, and what SetReply has put in place is
-// decoded.
+// LocalChannel.cpp stands in for the partner's proxy and for the helper bus, so that a call takes its whole
+// way through the library and none through a bus: the request is encoded, and what SetReply has put in place
+// is decoded.
 
 /// The service's answer to every request from now on.
 void SetReply(CMessageBuffer const& reply);
 
-/// The service sends a notification to the channel that was made last. It is decoded as the channel does.
+/// The service sends a notification to the channel whose callbacks were set last.
 void Notify(GVariant* body);
+
+/// The bytes of a message.
+struct Wire
+{
+    std::unique_ptr<unsigned char, decltype(&g_free)> bytes;
+    gsize size;
+};
+
+Wire ToWire(GVariant* body);
+Owned<GVariant> FromWire(Wire const& wire);
 
 /// The body of a message as a receiver gets it: put on the wire and read from it by GIO.
 Owned<GVariant> Arrived(GVariant* body);

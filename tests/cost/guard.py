@@ -8,10 +8,11 @@
 import argparse
 import json
 import os
-import re
 import subprocess
 import sys
 import tempfile
+
+import callgrind
 
 BASELINE = os.path.join(os.path.dirname(os.path.abspath(__file__)), "baseline.json")
 LIMIT = 0.05
@@ -43,25 +44,8 @@ def run(*command):
 
 def instructions(profile, program):
     """All that a profile counted, and those in the program itself, where the library's code is."""
-    total, own, here, called = 0, 0, False, False
-    objects = {}
-    for line in profile:
-        if match := re.match(r"ob=\((\d+)\)(?: (.*))?", line):
-            objects.setdefault(match[1], match[2])
-            here = os.path.realpath(objects[match[1]] or "") == program
-        elif match := re.match(r"cob=\((\d+)\) (.*)", line):
-            objects[match[1]] = match[2]
-        elif line.startswith("calls="):
-            called = True
-        elif match := re.match(r"[+\-*\d]\S* (\d+)$", line):
-            if not called:  # what follows a call is the cost of the called function, which has lines of its own
-                total += int(match[1])
-                own += int(match[1]) if here else 0
-            called = False
-        elif match := re.match(r"totals: (\d+)$", line):
-            if int(match[1]) != total:
-                raise ValueError(f"{total} instructions read from a profile of {match[1]}")
-    return total, own
+    counts = callgrind.by_object(profile)
+    return counts.total(), sum(count for file, count in counts.items() if os.path.realpath(file) == program)
 
 
 def measure(program, workload):

@@ -1,6 +1,9 @@
 """That the guard fails when it should, and reads profiles right."""
 
+import contextlib
+import io
 import unittest
+from unittest import mock
 
 import guard
 
@@ -46,6 +49,25 @@ class Compare(unittest.TestCase):
         over, under = guard.compare({**BASELINE, "allocations": 18.0}, BASELINE)
         self.assertEqual(over, [])
         self.assertIn("-10.0%", under[0])
+
+
+class Check(unittest.TestCase):
+    def verdict(self, measured):
+        with (mock.patch.object(guard, "measure", return_value=measured),
+              mock.patch.object(guard, "versions", return_value=[]),
+              contextlib.redirect_stdout(io.StringIO()) as said):
+            return guard.check("program", "one", {"versions": [], "workloads": {"one": BASELINE}}), said.getvalue()
+
+    def test_within_the_limit_it_passes_and_says_what_it_found(self):
+        passed, said = self.verdict(BASELINE)
+        self.assertTrue(passed)
+        self.assertIn("instructions: 1000.0", said)
+
+    def test_over_the_limit_it_fails_and_says_how_to_renew(self):
+        passed, said = self.verdict({**BASELINE, "instructions": 1100.0})
+        self.assertFalse(passed)
+        self.assertIn("OVER THE LIMIT of +5%: instructions: 1100.0 a round", said)
+        self.assertIn("guard.py --program program renew", said)
 
 
 class Profile(unittest.TestCase):

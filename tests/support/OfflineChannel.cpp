@@ -3,9 +3,8 @@
 
 #include <zviptv/ConnectionHelperDBusClient.h>
 
-// What is the same of every channel that takes the place of the library's own and needs no bus: it connects
-// to whoever is asked for. What travels through it, and whether a service runs, is for those who link this to
-// define.
+// What is the same of every channel that takes the place of the library's own and needs no bus. Whom it
+// connects to, what travels through it and whether a service runs is for those who link this to define.
 
 using namespace zviptv;
 
@@ -15,11 +14,6 @@ CProxyDBusHelper::CProxyDBusHelper(std::string name) : m_state(std::make_unique<
 }
 
 CProxyDBusHelper::~CProxyDBusHelper() = default;
-
-int CProxyDBusHelper::Connect(std::string /*partner*/)
-{
-    return 1;
-}
 
 std::string CProxyDBusHelper::GetPublicName()
 {
