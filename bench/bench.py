@@ -15,6 +15,7 @@ import sys
 import machine
 import plots
 import report
+from bus import processes
 from inprocess import encoding
 
 HERE = pathlib.Path(__file__).parent
@@ -32,6 +33,14 @@ def run_inprocess(build, out, quick):
     subprocess.run([HERE / "inprocess/inprocess.sh", build / "bench/inprocess/bench_inprocess", out, *form], check=True)
     return {"times": encoding.rounds_by_name(json.loads((out / "inprocess.json").read_text())),
             "heap": encoding.heap_by_name(json.loads((out / "inprocess-allocations.json").read_text()))}
+
+
+def refuse_what_nobody_can_measure_again():
+    if machine.revision().endswith("-dirty"):
+        sys.exit("What is measured is not what was committed: commit it first, so that the page can say what it is of. "
+                 "Without --docs it is measured all the same.")
+    if reason := processes.why_no_journal():
+        sys.exit(f"The page also says what the system's log costs, which {reason}.")
 
 
 def refuse_when_busy():
@@ -53,9 +62,10 @@ def main():
         parser.error("what --quick finds is nothing to write down")
     if options.docs:
         report.check(report.PAGE)
+        refuse_what_nobody_can_measure_again()
         refuse_when_busy()
     out = options.build
-    results = {"machine": machine.describe(), "quick": options.quick,
+    results = {"machine": machine.describe(options.build), "quick": options.quick,
                "inprocess": run_inprocess(options.build, out, options.quick),
                "bus": run_bus(options.build, out, options.quick)}
     (out / "results.json").write_text(json.dumps(results, indent=1) + "\n")

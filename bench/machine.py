@@ -1,11 +1,14 @@
 """What was measured on: the figures are worth nothing without it."""
 
 import os
+import pathlib
 import platform
+import re
 import subprocess
 import time
 
-PACKAGES = ("libglib2.0-0", "dbus-daemon", "libdbus-1-3", "libsystemd0", "libsdbus-c++1", "libc6", "g++-12")
+PACKAGES = ("libglib2.0-0", "dbus-daemon", "libdbus-1-3", "libsystemd0", "libsdbus-c++1", "libc6")
+ROOT = pathlib.Path(__file__).parent.parent
 
 
 def processor():
@@ -30,7 +33,22 @@ def busy(patience):
     return None
 
 
-def describe():
-    return {"date": time.strftime("%-d %B %Y"), "processor": processor(), "cores": os.cpu_count(),
+def revision():
+    """The commit that is measured; it ends in -dirty when something else is."""
+    run = subprocess.run(["git", "-C", ROOT, "describe", "--always", "--dirty"], capture_output=True, text=True,
+                         check=False)
+    return run.stdout.strip() or "no checkout"
+
+
+def compiler(build):
+    """The one that the build's programs were made by."""
+    cache = pathlib.Path(build, "CMakeCache.txt").read_text()
+    path = re.search(r"^CMAKE_CXX_COMPILER:\w+=(.+)$", cache, re.MULTILINE)[1]
+    return subprocess.run([path, "--version"], capture_output=True, text=True, check=True).stdout.splitlines()[0]
+
+
+def describe(build):
+    return {"revision": revision(), "compiler": compiler(build),
+            "date": time.strftime("%-d %B %Y"), "processor": processor(), "cores": os.cpu_count(),
             "kernel": platform.release(), "load": round(os.getloadavg()[0], 2),
             "versions": {package: version(package) for package in PACKAGES}}

@@ -10,7 +10,7 @@ import shutil
 
 import tables
 import targets
-from bus.variants import METHODS, PACKETS
+from bus.variants import CROWD_SIZES, METHODS, PACKETS
 from inprocess import encoding
 from markdown import render
 
@@ -18,9 +18,11 @@ BLOCK = re.compile(r"<!-- figures: (\S+) -->\n.*?<!-- end of figures -->", re.DO
 PAGE = pathlib.Path(__file__).parent.parent / "docs/performance.md"
 TABLES = {"machine": tables.where, "targets": targets.targets,
           **{f"call-{method}": functools.partial(tables.calls, method=method) for method in METHODS},
-          "instructions": tables.instructions,
+          "others": functools.partial(tables.others, method="mute"),
+          "instructions": tables.instructions, "owners": tables.owners,
           **{f"push-{size}": functools.partial(tables.pushes, size=size) for size in PACKETS},
-          "crowds": tables.crowds, "callbacks": tables.callbacks, "starts": tables.starts, "objects": tables.objects,
+          **{f"crowd-{size}": functools.partial(tables.crowds, size=size) for size in CROWD_SIZES},
+          "callbacks": tables.callbacks, "starts": tables.starts, "objects": tables.objects,
           "growth": tables.growth, "age": tables.age}
 
 

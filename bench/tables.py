@@ -26,7 +26,8 @@ def variants_of(bus, part):
 
 def where(results):
     machine = results["machine"]
-    rows = [["date", machine["date"]], ["processor", f"{machine['processor']}, {machine['cores']} cores"],
+    rows = [["date", machine["date"]], ["revision", f"`{machine['revision']}`"], ["compiler", machine["compiler"]],
+            ["processor", f"{machine['processor']}, {machine['cores']} cores"],
             ["kernel", machine["kernel"]], ["load when it began", str(machine["load"])],
             ["system log", results["bus"]["journal"]]]
     rows += [[f"`{package}`", version] for package, version in machine["versions"].items()]
@@ -35,11 +36,21 @@ def where(results):
 
 def calls(results, method):
     part = results["bus"]["call"][method]
-    rows = [[title, between(part[key]["p50"], 1e3), number(part[key]["distribution"]["0.99"] / 1e3),
-             ratio(part[key]["p50"]), between(part[key]["cpu"], 1e3), ratio(part[key]["cpu"])]
+    rows = [[title, between(part[key]["p50"], 1e3), ratio(part[key]["p50"]), between(part[key]["p99"], 1e3),
+             ratio(part[key]["p99"]), between(part[key]["cpu"], 1e3), ratio(part[key]["cpu"])]
             for key, title in variants_of(results["bus"], part)]
-    return [METHODS[method], "p50, µs", "p99 of all calls, µs", "p50, ratio", "processor, µs a call",
+    return [METHODS[method], "p50, µs", "p50, ratio", "p99, µs", "p99, ratio", "processor, µs a call",
             "processor, ratio"], rows
+
+
+def others(results, method):
+    """What the other processes work for a call."""
+    part = results["bus"]["call"][method]
+    rows = [[title, between(part[key]["cpu"], 1e3), *(between(part[key]["others"][other], 1e3)
+                                                      if part[key]["others"][other]["median"] else "–"
+                                                      for other in ("daemon", "service", "journal"))]
+            for key, title in variants_of(results["bus"], part)]
+    return [f"processor, µs a call of {METHODS[method]}", "client", "daemon", "service", "journal"], rows
 
 
 def instructions(results):
@@ -51,23 +62,37 @@ def instructions(results):
     return ["instructions a call", *(text for method in methods for text in (METHODS[method], "ratio"))], rows
 
 
+def owners(results):
+    part = results["bus"]["instructions"]
+    titles = results["bus"]["variants"]
+    names = ("client", "library", "bus library", "C and C++")
+    rows = [[f"{METHODS[method]}, {titles[key]}", *(f"{part[method][key]['owners'].get(name, 0):,.0f}" for name in names)]
+            for method in METHODS if method in part for key in (LIBRARY.key, BASELINE.key)]
+    return ["instructions a call", "the program", "this library", "GLib and GIO", "the C and C++ libraries"], rows
+
+
+def received(part, variants):
+    """Of one size of packets and one number of receivers."""
+    rows = [[title, number(part[key]["messages"]["median"]), between(part[key]["bytes"], 1e6),
+             ratio(part[key]["bytes"]), between(part[key]["cpu_a_mb"], 1e-6), ratio(part[key]["cpu_a_mb"]),
+             number(part[key]["peak_kib"]["median"] / 1024), f"{part[key]['peak_kib']['to'][BASELINE.key]['median']:.2f}"]
+            for key, title in variants]
+    return ["packets/s", "MB/s", "MB/s, ratio", "processor, µs a MB", "processor, ratio", "peak, MiB",
+            "peak, ratio"], rows
+
+
 def pushes(results, size):
     part = results["bus"]["push"][str(size)]
-    rows = [[title, number(part[key]["messages"]["median"]), between(part[key]["bytes"], 1e6),
-             ratio(part[key]["bytes"]), number(part[key]["cpu_a_mb"]["median"] * 1e6), ratio(part[key]["cpu_a_mb"]),
-             number(part[key]["peak_kib"]["median"] / 1024)]
-            for key, title in variants_of(results["bus"], part)]
-    return [f"packets of {PACKETS[size]}", "packets/s", "MB/s", "MB/s, ratio", "processor, µs a MB",
-            "processor, ratio", "peak, MiB"], rows
+    header, rows = received(part, variants_of(results["bus"], part))
+    return [f"packets of {PACKETS[size]}", *header], rows
 
 
-def crowds(results):
-    part = results["bus"]["crowd"]
-    counts = [key for key in part if key.isdigit()]
-    rows = [[title, *(text for count in counts for text in (between(part[count][key]["bytes"], 1e6),
-                                                             ratio(part[count][key]["bytes"])))]
-            for key, title in variants_of(results["bus"], part[counts[0]])]
-    return ["packets of 64 KiB to", *(text for count in counts for text in (f"{count} processes, MB/s", "ratio"))], rows
+def crowds(results, size):
+    rows = []
+    for count, part in results["bus"]["crowd"][str(size)].items():
+        header, found = received(part, variants_of(results["bus"], part))
+        rows += [[f"{row[0]}, {count}", *row[1:]] for row in found]
+    return [f"packets of {PACKETS[size]}, receiving processes", *header], rows
 
 
 def callbacks(results):
@@ -78,8 +103,9 @@ def callbacks(results):
 
 def starts(results):
     part = results["bus"]["starts"]
-    rows = [[title, between(part[key], 1e6)] for key, title in variants_of(results["bus"], part)]
-    return ["new process", "ms to the first answered call"], rows
+    rows = [[title, between(part[key]["start"], 1e6), ratio(part[key]["start"])]
+            for key, title in variants_of(results["bus"], part)]
+    return ["new process", "ms to the first answered call", "ratio"], rows
 
 
 def objects(results):

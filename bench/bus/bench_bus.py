@@ -14,8 +14,8 @@ from processes import Bench, why_no_journal
 from variants import ALL, BASELINE, LIBRARY, LOGGING, METHODS
 
 # Generations of processes and rounds of each, where there are two.
-FULL = {"call": ((6, 12), 250), "instructions": (tuple(METHODS), ALL, 100, 400, 3), "push": (5, 4),
-        "crowd": ((2, 3), (4, 16)), "callbacks": 8, "objects": 15, "starts": 20, "growth": (1_000_000, 100_000, (6, 7))}
+FULL = {"call": ((14, 5), 250), "instructions": (tuple(METHODS), ALL, 100, 400, 3), "push": (8, 3),
+        "crowd": ((3, 2), (4, 16)), "callbacks": 8, "objects": 15, "starts": 20, "growth": (1_000_000, 100_000, (6, 7))}
 QUICK = {"call": ((2, 5), 150), "instructions": (("mute",), (LIBRARY, BASELINE), 100, 200, 1), "push": (1, 2),
          "crowd": ((1, 1), (4,)), "callbacks": 2, "objects": 3, "starts": 3, "growth": (20_000, 1_000, (2, 2))}
 

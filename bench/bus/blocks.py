@@ -8,6 +8,7 @@ Where the system puts the threads of a process, and so how fast it is, often sta
 So there are several generations of processes, each with its share of the rounds.
 """
 
+import math
 import random
 import statistics
 
@@ -29,15 +30,19 @@ def alternate(variants, rounds, block, seed=0):
 
 def over_generations(bench, variants, form, block, number=1):
     """block(variant, clients) as above, with `number` new clients of each variant in every generation. The form is the
-    number of the generations and of their rounds."""
+    number of the generations and of their rounds. By variant, a list of results for each generation."""
     generations, rounds = form
     results = {variant: [] for variant in variants}
     for generation in range(generations):
         with bench.clients(variants, number) as clients:
             blocks = alternate(variants, rounds, lambda one: block(one, clients[one]), generation)
         for variant in variants:
-            results[variant] += blocks[variant]
+            results[variant].append(blocks[variant])
     return results
+
+
+def flat(generations):
+    return [result for generation in generations for result in generation]
 
 
 def quantile(ordered, part):
@@ -50,20 +55,35 @@ def spread(values):
     return {"median": statistics.median(ordered), "low": quantile(ordered, 0.25), "high": quantile(ordered, 0.75)}
 
 
-def ratios(own, others):
-    """The spread of the ratios of blocks, pair by pair."""
+def certainty(generations):
+    """Where the median lies with a probability of 95 %, by the order of the generations' medians: the blocks of one
+    generation resemble each other, and so do not count for themselves."""
+    ordered = sorted(statistics.median(generation) for generation in generations)
+    outside = max(0, int(len(ordered) / 2 - 0.98 * math.sqrt(len(ordered))))
+    return [ordered[outside], ordered[-1 - outside]]
+
+
+def quotients(own, others):
     if not all(others):
         raise RuntimeError("a block has cost nothing: there is no ratio to it")
-    return spread([mine / other for mine, other in zip(own, others, strict=True)])
+    return [mine / other for mine, other in zip(own, others, strict=True)]
+
+
+def ratios(own, others):
+    """The spread of the ratios of blocks, pair by pair, and how certain their median is. Lists by generation."""
+    found = [quotients(*generation) for generation in zip(own, others, strict=True)]
+    return {**spread(flat(found)), "certain": certainty(found)}
 
 
 def summaries(results, figures):
-    """By variant's key: for each figure, made of one block's result, its spread and those of its ratios."""
+    """By variant's key: for each figure, made of one block's result, its spread, those of its ratios, and the figures
+    of the single blocks."""
     summary = {variant.key: {} for variant in results}
     for name, figure in figures.items():
-        values = {variant: [figure(result) for result in blocks] for variant, blocks in results.items()}
+        values = {variant: [[figure(result) for result in blocks] for blocks in generations]
+                  for variant, generations in results.items()}
         bases = [base for base in (BASELINE, SDBUSCPP) if base in values]
         for variant, own in values.items():
-            summary[variant.key][name] = {**spread(own),
+            summary[variant.key][name] = {**spread(flat(own)), "blocks": own,
                                           "to": {base.key: ratios(own, values[base]) for base in bases}}
     return summary

@@ -4,7 +4,7 @@ import json
 import statistics
 import subprocess
 
-from blocks import alternate, ratios, spread
+from blocks import alternate, ratios, spread, summaries
 from processes import mortal
 from variants import LIBRARY
 
@@ -32,7 +32,8 @@ def start_of(bench, variant):
 def measure_starts(bench, variants, rounds):
     """To the first answered call in a new process, whose loading does not count."""
     results = alternate(variants, rounds, lambda variant: start_of(bench, variant))
-    return {variant.key: spread(values) for variant, values in results.items()}
+    return summaries({variant: [[start] for start in starts] for variant, starts in results.items()},
+                     {"start": lambda start: start})
 
 
 def live(old, calls, subscriptions, slices):
@@ -72,7 +73,10 @@ def compare(bench, old, form, calls=250, subscriptions=50):
             processes = {"old": old, "new": clients[LIBRARY][0], "other new": clients[LIBRARY][1]}
             blocks = alternate(processes, rounds, lambda which: block(processes[which]), generation)
         for which, own in blocks.items():
-            results[which] += own
-    return {f"{which} to new": {figure: ratios([one[figure] for one in results[which]],
-                                               [one[figure] for one in results["new"]]) for figure in results["new"][0]}
-            for which in ("old", "other new")}
+            results[which].append(own)
+
+    def figures(which, figure):
+        return [[one[figure] for one in generation] for generation in results[which]]
+
+    return {f"{which} to new": {figure: ratios(figures(which, figure), figures("new", figure))
+                                for figure in ("p50", "round", "rss_kib", "heap")} for which in ("old", "other new")}

@@ -82,6 +82,11 @@ class Client(Process):
         return json.loads(self.hear())
 
 
+def processor_time(pid):
+    """What the process's threads have worked, in nanoseconds."""
+    return sum(int(file.read_text().split()[0]) for file in pathlib.Path(f"/proc/{pid}/task").glob("*/schedstat"))
+
+
 class Bench:
     """A bus and the service on it, for as long as the `with` lasts."""
 
@@ -98,6 +103,7 @@ class Bench:
             daemon = subprocess.Popen(mortal(["dbus-daemon", f"--config-file={config}", "--nofork", "--nopidfile",
                                               "--nosyslog", "--print-address"]),
                                       stdout=subprocess.PIPE, stderr=open(folder + "/log", "w"))
+            self.daemon = daemon.pid
             stack.callback(daemon.wait)
             stack.callback(daemon.kill)
             address = daemon.stdout.readline().decode().strip()
@@ -131,6 +137,12 @@ class Bench:
                 command, environment = self.command(variant)
                 made[variant] = [stack.enter_context(Client(command, self.credit, environment)) for _ in range(number)]
             yield made
+
+    def processor_times(self, client):
+        """What the others have worked that a call of this client keeps busy, in nanoseconds."""
+        times = {"daemon": processor_time(self.daemon), "service": processor_time(self.service.process.pid)}
+        journal = pathlib.Path(f"/proc/{client.process.pid}/task/{client.process.pid}/children").read_text().split()
+        return {**times, "journal": sum(map(processor_time, journal))}
 
     def count_journal_lines(self, variant):
         """How many lines of a client that makes ten calls come to the journal of its own; none is a failure."""

@@ -6,7 +6,7 @@ from markdown import render
 
 TITLES = {"memcpy": "memcpy", "memcpy_heap": "memcpy into the heap's memory", "peer_encode": "encode",
           "peer_decode": "decode", "helper_encode": "helper bus: encode", "helper_decode": "helper bus: decode",
-          "gio": "GIO's part, both ways"}
+          "gio_write": "GIO: write", "gio_read": "GIO: read"}
 SERIES = tuple(TITLES)
 LARGE = "1/1048576"
 
@@ -29,6 +29,26 @@ def heap_by_name(result):
 def large_ratio(times, name):
     """How many times a memcpy of 1 MiB it takes, from median to median."""
     return statistics.median(times[f"{name}/{LARGE}"]) / statistics.median(times[f"memcpy/{LARGE}"])
+
+
+def growths(times):
+    """How the cost grows: 1 where it is linear in the entries, and follows memcpy in the bytes."""
+    def median(name, shape):
+        return statistics.median(times[f"{name}/{shape}"])
+
+    def entry(name, few, many):
+        return (median(name, f"{many}/16") - median(name, f"{few}/16")) / (many - few)
+
+    def factor(name, size):
+        return median(name, f"1/{size}") / median("memcpy", f"1/{size}")
+
+    found = {}
+    for name in ("peer_encode", "peer_decode"):
+        title = TITLES[name]
+        found[f"{title}: an entry more between 100 and 1,000, to one between 10 and 100"] = (
+            entry(name, 100, 1000) / entry(name, 10, 100))
+        found[f"{title}: times memcpy at 8 MiB, to times memcpy at 1 MiB"] = factor(name, 8 << 20) / factor(name, 1 << 20)
+    return found
 
 
 def quartiles(values):

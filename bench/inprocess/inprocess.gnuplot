@@ -4,16 +4,16 @@ set logscale xy
 set key left top
 set grid
 set ylabel "CPU time of a message, ns"
-titles = "memcpy 'memcpy into the heap’s memory' encode decode 'helper bus: encode' 'helper bus: decode' 'GIO, both ways'"
+titles = "memcpy 'memcpy into the heap’s memory' encode decode 'helper bus: encode' 'helper bus: decode' 'GIO: write' 'GIO: read'"
 
 set output folder."/inprocess-bytes.svg"
 set title "One entry"
 set xlabel "bytes of its value"
-plot for [i=1:7] folder."/inprocess-bytes.dat" using 1:(column(i+1)) with linespoints pt 7 ps 0.5 \
+plot for [i=1:8] folder."/inprocess-bytes.dat" using 1:(column(i+1)) with linespoints pt 7 ps 0.5 \
     title word(titles, i)
 
 set output folder."/inprocess-entries.svg"
 set title "Values of 16 bytes"
 set xlabel "entries"
-plot for [i=1:7] folder."/inprocess-entries.dat" using 1:(column(i+1)) with linespoints pt 7 ps 0.5 \
+plot for [i=1:8] folder."/inprocess-entries.dat" using 1:(column(i+1)) with linespoints pt 7 ps 0.5 \
     title word(titles, i)
