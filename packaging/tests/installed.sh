@@ -81,6 +81,15 @@ chown "$tester" "$work/home"
 step "The unit: disabled, without mistakes, exposed to little"
 . "$here/unit.sh"
 
+step "Bash completes the tools' words"
+for words in "zviptvctl sta status" "zviptv-sim --lo --loop --lock-service"; do
+    read -r tool typed offered <<<"$words"
+    # shellcheck disable=SC2016 # for the shell inside
+    as "$tester" bash -c '. "/usr/share/bash-completion/completions/$1" && COMP_WORDS=("$1" "$2") COMP_CWORD=1 &&
+        _zviptv && echo "${COMPREPLY[@]}"' bash "$tool" "$typed" | tee "$work/out"
+    grep -qx -- "$offered" "$work/out" || fail "bash offers something else for $tool $typed"
+done
+
 step "The simulator, as the user zviptv"
 start_service() {
     become zviptv zviptv-sim --bus system --quiet --ts "$stream" --loop 2>"$work/service.log" &
@@ -91,6 +100,10 @@ start_service() {
 }
 start_service
 bus_method GetConnectionUnixUser "string:$helper" | grep -qw "uint32 $(id -u zviptv)" || fail "another user owns the name"
+
+step "The API reference"
+reference=/usr/share/doc/zv-iptv-doc/reference/html
+grep -q 'Selects the audio track at' "$reference/classIPlayerControl.html" || fail "no API reference"
 
 step "Examples, built by an ordinary user from the development files"
 examples=/usr/share/doc/zv-iptv-doc/examples
@@ -120,8 +133,22 @@ status=0
 as nobody zviptvctl call MuteAudio true 2>&1 | tee "$work/out" || status=${PIPESTATUS[0]}
 [ "$status" -ge 3 ] || fail "nobody has called the service: exit status $status"
 grep -q AccessDenied "$work/out" || fail "nobody is told something else than AccessDenied"
+
+step "The doctor tells each of them why"
+as "$tester" zviptvctl doctor
+zviptvctl doctor >"$work/out" || fail "root is told: $(cat "$work/out")"
+diagnose() { # USER STATUS LINE
+    local status=0
+    as "$1" zviptvctl doctor >"$work/out" || status=$?
+    if [ "$status" -ne "$2" ] || ! grep -q -- "$3" "$work/out"; then
+        fail "$1 is told: $(cat "$work/out")"
+    fi
+}
+diagnose nobody 4 '^        sudo adduser nobody zviptv-apps$'
+diagnose zviptv 0 '^ok       policy     loaded (/usr/share/dbus-1/system.d/'
 stop "$service"
 service=''
+diagnose "$tester" 3 '^wrong: service$'
 for user in nobody root "$tester"; do
     status=0
     as "$user" timeout 20 zviptv-sim --bus system --ts "$stream" 2>"$work/out" || status=$?

@@ -3,8 +3,6 @@
 namespace zviptv::test {
 namespace {
 
-using testing::HasSubstr;
-
 // eng, AC-3, pid 0x0101, 48000 Hz, 384000 bit/s, 6 channels
 std::string English()
 {

@@ -61,8 +61,8 @@ TEST(UsageTest, AReaderWhoHasSeenEnoughHelpIsNoFailure)
     for (char const* const help : {"--help-all", "--help", "help", "--version", "methods"}) {
         // The reader has gone before the program writes.
         ChildProcess child({"bash", "-c",
-                            "coproc read -r; reader=$COPROC_PID; exec 3>&\"${COPROC[1]}\"; echo >&3;"
-                            " wait $reader; exec \"$0\" \"$1\" >&3",
+                            ("coproc read -r; reader=$COPROC_PID; exec 3>&\"${COPROC[1]}\"; echo >&3;"
+                             " wait $reader; exec \"$0\" \"$1\" >&3"),
                             ZVIPTVCTL_PATH, help});
         CtlResult const result = Finish(child);
         EXPECT_EQ(0, result.code) << help;

@@ -8,6 +8,7 @@
 #include "Stream.h"
 #include "Watch.h"
 #include "Words.h"
+#include "doctor/Doctor.h"
 
 #include <iostream>
 #include <utility>
@@ -53,6 +54,7 @@ CommandLine::CommandLine() : m_app(help::Program, "zviptvctl")
     AddStream("pes", "Show PES packets as the service pushes them", true);
     AddStream("caption", "Show caption data as the service pushes it", false);
     AddWatch();
+    AddDoctor();
     AddCommands();
     AddHelp();
 }
@@ -212,6 +214,20 @@ void CommandLine::AddWatch()
             return Watch(session, options).Run();
         };
     });
+}
+
+void CommandLine::AddDoctor()
+{
+    auto const names = std::make_shared<doctor::Names>();
+    CLI::App* const app =
+        m_app.add_subcommand("doctor", "Say what is wrong on this machine, and what mends it");
+    AddGlobalOptions(*app);
+    app->footer(help::DoctorFooter);
+    app->add_option("--user", names->user, "The user as whom the service runs; zviptv unless given")
+        ->type_name("USER");
+    app->add_option("--group", names->group, "The group of applications; zviptv-apps unless given")
+        ->type_name("GROUP");
+    app->callback([this, names] { m_action = [this, names] { return doctor::Run(*names, m_asJson); }; });
 }
 
 void CommandLine::AddHelp()

@@ -35,6 +35,7 @@ private:
     void AddCommand(CLI::App& parent, Command const& command);
     void AddStream(char const* name, char const* help, bool isPes);
     void AddWatch();
+    void AddDoctor();
     void AddHelp();
     ExitCode Help(std::vector<std::string> words) const;
     static Texts AddArguments(CLI::App& app, std::vector<CommandArgument> const& arguments);

@@ -24,9 +24,9 @@ its number, and "languageCode", its ISO 639 code or "". What the service does
 not tell is null. The guide commands give the guide's own JSON as such, a guide
 that is no JSON as texts. 'call' gives records and texts as they came, with 0 for
 a number that is not known. When the exit code is 3, 4 or 5 there are "result"
-(false) and "error" (text) alone, but status adds what it knows; after a usage
-error there is nothing. The commands pes, caption and watch write one object a
-line as it happens instead.
+(false) and "error" (text) alone, but status and doctor add what they know; after
+a usage error there is nothing. The commands pes, caption and watch write one
+object a line as it happens instead.
 
 Messages go to standard error.
 )";
@@ -65,6 +65,26 @@ is an object with "event": connected, subscribed, tick, lost,
 player-control-gone, factory-refuses, factory-works, subscriber-fails, waiting,
 back, trouble or unreadable. Trouble is told once while it lasts; if it lasts to
 the end, the exit code tells it too.
+)";
+
+constexpr char const* DoctorFooter =
+    R"(One line a check, in the order in which they depend on each other: bus, accounts,
+policy, group, service, owner, main loop, protocol, version. Each is ok, wrong or
+unknown, which it is while something else keeps it from being looked at. Below
+what is wrong stand what it means for an application and the commands that mend
+it. Accounts, policy and group matter on a bus that denies by default, as a
+machine's system bus does. Policies are found out by trying: two connections of
+the command's own call and signal each other. The service gets one question,
+which leaves nothing behind.
+
+Who asks gets an answer for their own user. Root also learns whether the bus
+knows the service's user.
+
+The exit code is that of the first thing that is wrong: 3 for a bus or service
+that is missing, 4 for one that refuses or does not answer, 5 for versions that
+do not fit. With --json "checks" is an array of objects: "check", "state",
+"text", and of what is wrong "meaning", "commands" and "note"; "summary" and, if
+something is wrong, "error" are texts.
 )";
 
 } // namespace zviptv::ctl::help

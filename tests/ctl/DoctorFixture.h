@@ -1,0 +1,49 @@
+#pragma once
+
+#include "CtlFixture.h"
+
+#include <map>
+
+namespace zviptv::test {
+
+/// A run of the command, understood.
+struct Diagnosis
+{
+    CtlResult result;
+    std::map<std::string, Json::Value> checks;
+
+    std::string State(std::string const& check) const { return checks.at(check)["state"].asString(); }
+    std::string Text(std::string const& check) const { return checks.at(check)["text"].asString(); }
+    std::string Command(std::string const& check, Json::ArrayIndex index = 0) const
+    {
+        return checks.at(check)["commands"][index].asString();
+    }
+    /// "service", or "group service", the names of what is wrong.
+    std::string Wrong() const
+    {
+        std::string names;
+        for (auto const& [name, check] : checks) {
+            if (check["state"].asString() == "wrong") {
+                names += (names.empty() ? "" : " ") + name;
+            }
+        }
+        return names;
+    }
+};
+
+inline Diagnosis Understood(CtlResult const& result)
+{
+    Diagnosis diagnosis{result, {}};
+    Json::Value const json = ParseJson(result.output);
+    for (Json::Value const& check : json["checks"]) {
+        diagnosis.checks[check["check"].asString()] = check;
+    }
+    return diagnosis;
+}
+
+inline Diagnosis Diagnose(std::map<std::string, std::string> const& environment = {})
+{
+    return Understood(RunCtl({"doctor", "--json"}, environment));
+}
+
+} // namespace zviptv::test

@@ -1,0 +1,157 @@
+#include "DoctorFacts.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace zviptv::test {
+namespace {
+
+using namespace ctl::doctor;
+using testing::StartsWith;
+
+Finding FindingOf(Facts const& facts, std::string const& check)
+{
+    for (Finding const& finding : Judge(facts)) {
+        if (finding.check == check) {
+            return finding;
+        }
+    }
+    throw std::logic_error("no such check: " + check);
+}
+
+void ExpectFinding(Facts const& facts, std::string const& check, State state, std::string const& text)
+{
+    Finding const finding = FindingOf(facts, check);
+    EXPECT_EQ(static_cast<int>(state), static_cast<int>(finding.state)) << check;
+    EXPECT_EQ(text, finding.text);
+    EXPECT_EQ(0, static_cast<int>(finding.code));
+    EXPECT_TRUE(finding.commands.empty());
+}
+
+TEST(DoctorJudge, AHealthyMachineIsOkInEveryPoint)
+{
+    for (Facts const& facts : {HealthyMachine(), HealthyDesk()}) {
+        for (Finding const& finding : Judge(facts)) {
+            EXPECT_EQ(static_cast<int>(State::Ok), static_cast<int>(finding.state)) << finding.check;
+            EXPECT_NE("", finding.text) << finding.check;
+        }
+    }
+}
+
+TEST(DoctorJudge, WithoutABusOnlyTheVersionIsLookedAt)
+{
+    for (Finding const& finding : Judge(WithoutBus(HealthyMachine(), Reach::Absent, "no such file"))) {
+        bool const isLookedAt = finding.check == "bus" || finding.check == "version";
+        EXPECT_EQ(isLookedAt, finding.state != State::Unknown) << finding.check;
+        EXPECT_EQ(!isLookedAt, finding.text == "not looked at: no bus is reached") << finding.check;
+    }
+}
+
+TEST(DoctorJudge, WithoutAServiceItsOwnChecksAreNotLookedAt)
+{
+    for (char const* const check : {"owner", "main loop", "protocol"}) {
+        ExpectFinding(MachineWithoutService(), check, State::Unknown, "not looked at: there is no service");
+    }
+    ExpectFinding(MachineWithoutService(), "group", State::Ok, "user jo belongs to the group zviptv-apps");
+}
+
+TEST(DoctorJudge, ABusThatKeepsSilentLaterLeavesMuchUnknown)
+{
+    Facts facts = HealthyMachine();
+    facts.policy.deniesByDefault.reset();
+    facts.service = {};
+    ExpectFinding(facts, "policy", State::Unknown, "the bus does not tell whether it needs a policy");
+    ExpectFinding(facts, "service", State::Unknown, "the bus does not tell whether there is a service");
+    facts = HealthyMachine();
+    facts.policy.isLoaded.reset();
+    ExpectFinding(facts, "policy", State::Unknown, "the bus does not tell whether it is loaded");
+    facts.service.userId.reset();
+    ExpectFinding(facts, "owner", State::Unknown, "the bus does not tell as whom the service runs");
+}
+
+TEST(DoctorJudge, AnOpenBusNeedsNoPolicy)
+{
+    for (char const* const check : {"accounts", "policy", "group"}) {
+        ExpectFinding(HealthyDesk(), check, State::Ok, "not needed: this bus lets everybody call everybody");
+    }
+    ExpectFinding(HealthyDesk(), "owner", State::Ok, "user jo; on this bus the service may be anybody's");
+}
+
+/// What an integrator puts into /etc/dbus-1/system.d counts by what it does.
+TEST(DoctorJudge, APolicyOfAnothersThatLetsTheUserCallIsNotWrong)
+{
+    Facts facts = HealthyMachine();
+    facts.caller.isListed = facts.caller.isMember = false;
+    facts.policy.isLoaded = false;
+    ExpectFinding(facts, "group", State::Ok, "not needed: the bus lets user jo call the service");
+    ExpectFinding(facts, "policy", State::Ok, "another one than the packages' lets user jo call the service");
+}
+
+TEST(DoctorJudge, RootNeedsNoGroup)
+{
+    Facts facts = MachineWithoutService();
+    facts.caller = {"root", true, false, false, false};
+    ExpectFinding(facts, "group", State::Ok, "root needs none");
+}
+
+TEST(DoctorJudge, TheServicesUserIsNoApplication)
+{
+    Facts facts = HealthyMachine();
+    facts.caller = {"zviptv", false, true, false, false};
+    facts.service.outcome = Outcome::Forbidden;
+    ExpectFinding(facts, "group", State::Unknown,
+                  "not looked at: user zviptv is the service's own, not an application's");
+    ExpectFinding(facts, "main loop", State::Unknown,
+                  "not looked at: the bus does not let the service's own user call it; ask as root");
+    ExpectFinding(facts, "policy", State::Ok,
+                  "loaded (/usr/share/dbus-1/system.d/org.corvel.zviptvapi.dbushelper.conf)");
+}
+
+TEST(DoctorJudge, WhoIsRefusedLearnsNothingOfTheMainLoop)
+{
+    Facts facts = HealthyMachine();
+    facts.caller.isListed = facts.caller.isMember = false;
+    facts.service.outcome = Outcome::Forbidden;
+    ExpectFinding(facts, "main loop", State::Unknown,
+                  "not looked at: the bus does not let user jo ask the service");
+    ExpectFinding(facts, "protocol", State::Unknown, "not looked at: the service has not answered");
+}
+
+/// GLib's own thread says that there is no such method.
+TEST(DoctorJudge, AnErrorTellsNothingOfTheMainLoop)
+{
+    Facts facts = HealthyMachine();
+    facts.service.outcome = Outcome::Failed;
+    ExpectFinding(facts, "main loop", State::Unknown,
+                  "the service answered with an error, which tells nothing of it");
+}
+
+TEST(DoctorJudge, ALibraryWhoseNameTellsNoVersionIsUnknown)
+{
+    Facts facts = HealthyMachine();
+    facts.versions.library = "";
+    facts.versions.libraryFile = "/opt/tv/application";
+    ExpectFinding(facts, "version", State::Unknown,
+                  "zviptvctl 1.4.0; the name of /opt/tv/application tells no version");
+}
+
+TEST(DoctorJudge, OtherNamesAreUsedThroughout)
+{
+    Facts facts = MachineWithoutService();
+    facts.accounts.names = {"tvd", "tvapps"};
+    facts.machine.runsSystemd = false;
+    EXPECT_THAT(FindingOf(facts, "service").commands.front(), StartsWith("sudo -u tvd zviptv-sim "));
+    facts.caller.isListed = facts.caller.isMember = false;
+    EXPECT_EQ("sudo adduser jo tvapps", FindingOf(facts, "group").commands.front());
+}
+
+TEST(DoctorJudge, CommandsAreQuoted)
+{
+    Facts facts = MachineWithoutService();
+    facts.caller.isListed = facts.caller.isMember = false;
+    facts.caller.name = "jo; reboot";
+    EXPECT_EQ("sudo adduser 'jo; reboot' zviptv-apps", FindingOf(facts, "group").commands.front());
+}
+
+} // namespace
+} // namespace zviptv::test

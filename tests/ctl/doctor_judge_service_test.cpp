@@ -1,0 +1,120 @@
+#include "DoctorCases.h"
+
+namespace zviptv::test {
+namespace {
+
+using namespace ctl::doctor;
+
+INSTANTIATE_TEST_SUITE_P(
+    Service, DoctorOnAWrongMachine,
+    testing::Values(
+        WrongCase{"NotStarted",
+                  MachineWithoutService(),
+                  "service",
+                  3,
+                  "nobody owns the name org.corvel.zviptvapi.dbushelper",
+                  {"sudo systemctl start zviptv-sim"},
+                  "gets null instead of objects",
+                  "systemctl status zviptv-sim"},
+        WrongCase{"NotStartedWithoutSystemd",
+                  Changed(MachineWithoutService(), [](Facts& facts) { facts.machine.runsSystemd = false; }),
+                  "service",
+                  3,
+                  "nobody owns the name org.corvel.zviptvapi.dbushelper",
+                  {"sudo -u zviptv zviptv-sim --bus system --ts /usr/share/zv-iptv/samples/sample.ts --loop"},
+                  "",
+                  ""},
+        WrongCase{"NotStartedAsRoot",
+                  Changed(MachineWithoutService(),
+                          [](Facts& facts) {
+                              facts.machine.runsSystemd = false;
+                              facts.caller.isRoot = true;
+                          }),
+                  "service",
+                  3,
+                  "nobody owns the name org.corvel.zviptvapi.dbushelper",
+                  {"runuser -u zviptv -- zviptv-sim --bus system --ts /usr/share/zv-iptv/samples/sample.ts "
+                   "--loop"},
+                  "",
+                  ""},
+        WrongCase{"NotStartedOnADesk",
+                  Changed(HealthyDesk(),
+                          [](Facts& facts) {
+                              facts.service = {};
+                              facts.service.isOwned = false;
+                          }),
+                  "service",
+                  3,
+                  "nobody owns the name org.corvel.zviptvapi.dbushelper",
+                  {"zviptv-sim --bus system --ts samples/sample.ts --loop"},
+                  "",
+                  "starts as its maker says"},
+        WrongCase{"OfTheWrongUser",
+                  Changed(HealthyMachine(),
+                          [](Facts& facts) {
+                              facts.service.userId = 0;
+                              facts.service.userName = "root";
+                              facts.service.unit = "televisiond";
+                          }),
+                  "owner",
+                  4,
+                  "the service runs as user root, not as zviptv",
+                  {"sudo systemctl stop televisiond", "sudo systemctl start zviptv-sim"},
+                  "packets and captions do not arrive",
+                  "--user USER --group GROUP"},
+        WrongCase{"OfTheWrongUserWithoutAUnit",
+                  Changed(HealthyMachine(),
+                          [](Facts& facts) {
+                              facts.service.userId = 1000;
+                              facts.service.userName = "jo";
+                              facts.service.unit = "";
+                          }),
+                  "owner",
+                  4,
+                  "the service runs as user jo, not as zviptv",
+                  {"kill -KILL 811", "sudo systemctl start zviptv-sim"},
+                  "",
+                  ""},
+        WrongCase{"StoppedProcess",
+                  Changed(HealthyMachine(),
+                          [](Facts& facts) {
+                              facts.service.outcome = Outcome::Silent;
+                              facts.service.isStopped = true;
+                          }),
+                  "main loop",
+                  4,
+                  "process 811 (zviptv-sim) is stopped",
+                  {"sudo kill -CONT 811"},
+                  "waits 2 seconds",
+                  ""},
+        WrongCase{"NoMainLoop",
+                  Changed(HealthyMachine(),
+                          [](Facts& facts) {
+                              facts.service.outcome = Outcome::Silent;
+                              facts.service.isConnectionAlive = true;
+                          }),
+                  "main loop",
+                  4,
+                  "process 811 (zviptv-sim) answers a ping, but no application within 2 seconds",
+                  {"sudo systemctl restart zviptv-sim"},
+                  "",
+                  "the main loop stands still"},
+        WrongCase{"NoMainLoopOnADesk",
+                  Changed(HealthyDesk(), [](Facts& facts) { facts.service.outcome = Outcome::Silent; }),
+                  "main loop",
+                  4,
+                  "process 811 (zviptv-sim) answers nothing within 2 seconds, not even a ping",
+                  {"kill -KILL 811", "zviptv-sim --bus system --ts samples/sample.ts --loop"},
+                  "",
+                  ""},
+        WrongCase{"LeavesTheBus",
+                  Changed(HealthyMachine(), [](Facts& facts) { facts.service.outcome = Outcome::Gone; }),
+                  "main loop",
+                  3,
+                  "the service left the bus when it was asked",
+                  {"sudo systemctl start zviptv-sim"},
+                  "",
+                  ""}));
+
+} // namespace
+} // namespace zviptv::test

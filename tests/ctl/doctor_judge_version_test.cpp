@@ -1,0 +1,108 @@
+#include "DoctorCases.h"
+
+namespace zviptv::test {
+namespace {
+
+using namespace ctl::doctor;
+
+INSTANTIATE_TEST_SUITE_P(
+    Versions, DoctorOnAWrongMachine,
+    testing::Values(
+        WrongCase{"AnswerOfAnotherType",
+                  Changed(HealthyMachine(),
+                          [](Facts& facts) {
+                              facts.service.outcome = Outcome::Unreadable;
+                              facts.service.error = "an answer of the type (s)";
+                          }),
+                  "protocol",
+                  5,
+                  "the service's answer is none that this version of the library reads: an answer of the "
+                  "type (s)",
+                  {"sudo systemctl stop zviptv-sim", "sudo systemctl start zviptv-sim"},
+                  "",
+                  ""},
+        WrongCase{"UnknownMethod",
+                  Changed(HealthyMachine(),
+                          [](Facts& facts) {
+                              facts.service.outcome = Outcome::Failed;
+                              facts.service.error = "UnknownMethod: no such method";
+                          }),
+                  "protocol",
+                  5,
+                  "the service does not know a call that this version of the library makes: UnknownMethod: "
+                  "no such method",
+                  {"sudo systemctl stop zviptv-sim", "sudo systemctl start zviptv-sim"},
+                  "",
+                  ""},
+        WrongCase{"LibraryOfTheLibraryPath",
+                  Changed(HealthyMachine(),
+                          [](Facts& facts) {
+                              facts.versions.library = "1.0.0";
+                              facts.versions.libraryFile = "/opt/tv/libzv-iptv-service-api.so.1.0.0";
+                              facts.versions.isFromLibraryPath = true;
+                          }),
+                  "version",
+                  5,
+                  "zviptvctl is 1.4.0, but /opt/tv/libzv-iptv-service-api.so.1.0.0, which it has loaded, is "
+                  "1.0.0",
+                  {"unset LD_LIBRARY_PATH"},
+                  "other answers than its headers say",
+                  "/opt/tv/libzv-iptv-service-api.so.1.0.0 is in the way"},
+        WrongCase{"LibraryLeftInUsrLocal",
+                  Changed(HealthyMachine(),
+                          [](Facts& facts) {
+                              facts.versions.library = "1.0.0";
+                              facts.versions.libraryFile = "/usr/local/lib/libzv-iptv-service-api.so.1.0.0";
+                          }),
+                  "version",
+                  5,
+                  "zviptvctl is 1.4.0, but /usr/local/lib/libzv-iptv-service-api.so.1.0.0, which it has "
+                  "loaded, is 1.0.0",
+                  {"sudo rm /usr/local/lib/libzv-iptv-service-api.so*", "sudo ldconfig"},
+                  "",
+                  "left by an earlier installation"},
+        WrongCase{"ToolLeftInUsrLocal",
+                  Changed(HealthyMachine(),
+                          [](Facts& facts) {
+                              facts.versions.tool = "1.0.0";
+                              facts.versions.toolFile = "/usr/local/bin/zviptvctl";
+                          }),
+                  "version",
+                  5,
+                  "zviptvctl is 1.0.0, but /usr/lib/x86_64-linux-gnu/libzv-iptv-service-api.so.1.4.0, which "
+                  "it has loaded, is 1.4.0",
+                  {"sudo rm /usr/local/bin/zviptvctl"},
+                  "",
+                  "/usr/local/bin/zviptvctl is in the way"},
+        WrongCase{"HalfAnUpgrade",
+                  Changed(HealthyMachine(), [](Facts& facts) { facts.versions.tool = "1.5.0"; }),
+                  "version",
+                  5,
+                  "zviptvctl is 1.5.0, but /usr/lib/x86_64-linux-gnu/libzv-iptv-service-api.so.1.4.0, which "
+                  "it has loaded, is 1.4.0",
+                  {"sudo apt-get install --reinstall libzv-iptv-service-api1 zv-iptv-tools"},
+                  "",
+                  ""},
+        WrongCase{"ServiceNotRestarted",
+                  Changed(HealthyMachine(),
+                          [](Facts& facts) {
+                              facts.service.library = "1.4.0";
+                              facts.service.isLibraryReplaced = true;
+                          }),
+                  "version",
+                  5,
+                  "the service still runs the library that has been replaced since it started",
+                  {"sudo systemctl restart zviptv-sim"},
+                  "",
+                  ""},
+        WrongCase{"ServiceOfAnotherVersion",
+                  Changed(HealthyMachine(), [](Facts& facts) { facts.service.library = "1.3.9"; }),
+                  "version",
+                  5,
+                  "the service runs the library 1.3.9, applications run 1.4.0",
+                  {"sudo systemctl restart zviptv-sim"},
+                  "",
+                  ""}));
+
+} // namespace
+} // namespace zviptv::test

@@ -1,0 +1,103 @@
+#include "CtlFixture.h"
+#include "DoctorFacts.h"
+#include "doctor/Report.h"
+
+#include <fstream>
+#include <iterator>
+
+namespace zviptv::test {
+namespace {
+
+using namespace ctl::doctor;
+using testing::EndsWith;
+using testing::HasSubstr;
+
+/// The example of the page on packages: a user who is not in the group, on a machine without a service.
+Facts PackagingExample()
+{
+    Facts facts = MachineWithoutService();
+    facts.caller.isListed = facts.caller.isMember = false;
+    facts.versions.tool = facts.versions.library = "1.0.0";
+    facts.versions.libraryFile = "/usr/lib/x86_64-linux-gnu/libzv-iptv-service-api.so.1.0.0";
+    return facts;
+}
+
+TEST(DoctorReport, IsTheExampleOfThePageOnPackages)
+{
+    std::ifstream page(PACKAGING_PAGE);
+    std::string const text(std::istreambuf_iterator<char>(page), {});
+    EXPECT_THAT(text, HasSubstr("\n$ zviptvctl doctor\n" + TextOf(Judge(PackagingExample())) + "```\n"));
+}
+
+TEST(DoctorReport, PutsWhatMendsItBelowWhatIsWrong)
+{
+    std::string const text = TextOf(Judge(PackagingExample()));
+    EXPECT_THAT(text,
+                HasSubstr("\n"
+                          "wrong    group      user jo does not belong to the group zviptv-apps\n"
+                          "    The bus refuses every call that an application of this user makes. To "
+                          "mend it:\n"
+                          "        sudo adduser jo zviptv-apps\n"
+                          "        newgrp zviptv-apps\n"
+                          "    The second command does for one shell. For everything, log out and in "
+                          "again.\n"
+                          "wrong    service    nobody owns the name org.corvel.zviptvapi.dbushelper\n"));
+    EXPECT_THAT(text, EndsWith("\n2 things are wrong: group, service; mend the first one first\n"));
+    EXPECT_EQ(4, static_cast<int>(CodeOf(Judge(PackagingExample()))));
+}
+
+TEST(DoctorReport, SumsUp)
+{
+    EXPECT_THAT(TextOf(Judge(HealthyMachine())), EndsWith("so.1.4.0)\nnothing is wrong\n"));
+    EXPECT_THAT(TextOf(Judge(MachineWithoutService())), EndsWith("\nwrong: service\n"));
+    Facts facts = HealthyMachine();
+    facts.service.userId.reset();
+    EXPECT_THAT(TextOf(Judge(facts)), EndsWith("\nnothing is wrong, as far as is known; unknown: owner\n"));
+}
+
+TEST(DoctorReport, SaysTheSameInJson)
+{
+    Json::Value const json = JsonOf(Judge(PackagingExample()));
+    EXPECT_FALSE(json["result"].asBool());
+    EXPECT_EQ("user jo does not belong to the group zviptv-apps; nobody owns the name "
+              "org.corvel.zviptvapi.dbushelper",
+              json["error"].asString());
+    EXPECT_EQ("2 things are wrong: group, service; mend the first one first", json["summary"].asString());
+    ASSERT_EQ(9U, json["checks"].size());
+    Json::Value const& group = json["checks"][3];
+    EXPECT_EQ("group", group["check"].asString());
+    EXPECT_EQ("wrong", group["state"].asString());
+    EXPECT_EQ("user jo does not belong to the group zviptv-apps", group["text"].asString());
+    EXPECT_EQ("The bus refuses every call that an application of this user makes.",
+              group["meaning"].asString());
+    EXPECT_EQ("sudo adduser jo zviptv-apps", group["commands"][0].asString());
+    EXPECT_EQ("newgrp zviptv-apps", group["commands"][1].asString());
+    EXPECT_THAT(group["note"].asString(), EndsWith("log out and in again."));
+    Json::Value const& bus = json["checks"][0];
+    EXPECT_EQ("ok", bus["state"].asString());
+    EXPECT_TRUE(bus["meaning"].isNull());
+    EXPECT_TRUE(bus["note"].isNull());
+    EXPECT_EQ(0U, bus["commands"].size());
+    EXPECT_EQ("unknown", json["checks"][5]["state"].asString());
+}
+
+TEST(DoctorReport, HasNoErrorInJsonWhenNothingIsWrong)
+{
+    Json::Value const json = JsonOf(Judge(HealthyMachine()));
+    EXPECT_TRUE(json["result"].asBool());
+    EXPECT_EQ("nothing is wrong", json["summary"].asString());
+    EXPECT_FALSE(json.isMember("error"));
+}
+
+/// What a bus or a service says must not upset a terminal.
+TEST(DoctorReport, EscapesWhatComesFromElsewhere)
+{
+    Facts facts = HealthyMachine();
+    facts.service.outcome = Outcome::Failed;
+    facts.service.error = "no\x1b[2J\nway";
+    EXPECT_THAT(TextOf(Judge(facts)), HasSubstr("no\\x1b[2J\\nway\n"));
+    EXPECT_THAT(JsonOf(Judge(facts))["error"].asString(), EndsWith("no\x1b[2J\nway"));
+}
+
+} // namespace
+} // namespace zviptv::test

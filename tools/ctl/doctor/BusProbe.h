@@ -1,0 +1,85 @@
+#pragma once
+
+#include "doctor/Facts.h"
+
+#include <gio/gio.h>
+
+#include <memory>
+#include <string>
+
+namespace zviptv::ctl::doctor {
+
+struct Release
+{
+    void operator()(GDBusConnection* connection) const { g_object_unref(connection); }
+    void operator()(GDBusMessage* message) const { g_object_unref(message); }
+    void operator()(GCancellable* cancellable) const { g_object_unref(cancellable); }
+    void operator()(GVariant* value) const { g_variant_unref(value); }
+    void operator()(GError* error) const { g_error_free(error); }
+    void operator()(char* text) const { g_free(text); }
+};
+
+template <typename Handle>
+using Owned = std::unique_ptr<Handle, Release>;
+
+/// As long as the library waits for an answer.
+constexpr int PatienceMs = 2000;
+
+/// What came back for a call.
+struct Reply
+{
+    enum class Kind
+    {
+        Answer,
+        Error, ///< with `error`
+        Silence
+    };
+
+    Kind kind = Kind::Silence;
+    Owned<GVariant> body;   ///< of an answer; never null then
+    std::string error;      ///< "org.freedesktop.DBus.Error.AccessDenied"
+    std::string text;       ///< the error's
+    bool isFromBus = false; ///< the bus said it, not whom the call was for
+
+    bool IsDenied() const;
+};
+
+struct Address
+{
+    std::string destination;
+    std::string path;
+    std::string interface;
+    std::string member;
+};
+
+/// A connection of the doctor's own, which neither ends the process nor is known to the library. Nothing that
+/// it does takes longer than the library waits.
+class BusProbe
+{
+public:
+    /// Without a connection, `facts` say why.
+    explicit BusProbe(BusFacts& facts);
+    ~BusProbe();
+
+    BusProbe(BusProbe const&) = delete;
+    BusProbe& operator=(BusProbe const&) = delete;
+
+    bool IsOpen() const { return m_connection != nullptr; }
+    GDBusConnection* Connection() const { return m_connection.get(); }
+    std::string Name() const;
+
+    /// `body` may be floating, or null for none. Silence at once when the bus itself has kept silent before.
+    Reply Call(Address const& to, GVariant* body);
+
+    /// A call of the bus itself.
+    Reply CallBus(char const* member, GVariant* body = nullptr);
+
+    /// A signal to one connection.
+    void Emit(Address const& to);
+
+private:
+    Owned<GDBusConnection> m_connection;
+    bool m_isBusSilent = false;
+};
+
+} // namespace zviptv::ctl::doctor

@@ -1,0 +1,20 @@
+#include "doctor/Doctor.h"
+
+#include "Answer.h"
+#include "OutputFile.h"
+#include "doctor/Gather.h"
+#include "doctor/Report.h"
+
+namespace zviptv::ctl::doctor {
+
+ExitCode Run(Names const& names, bool asJson)
+{
+    std::vector<Finding> const findings = Judge(Gather(names));
+    std::string const text = asJson ? Compact(JsonOf(findings)) + "\n" : TextOf(findings);
+    OutputFile out("-");
+    out.Write(text.data(), text.size());
+    out.Close();
+    return CodeOf(findings);
+}
+
+} // namespace zviptv::ctl::doctor

@@ -1,0 +1,11 @@
+#pragma once
+
+#include "ExitCode.h"
+#include "doctor/Facts.h"
+
+namespace zviptv::ctl::doctor {
+
+/// Looks, judges and writes the report to standard output.
+ExitCode Run(Names const& names, bool asJson);
+
+} // namespace zviptv::ctl::doctor

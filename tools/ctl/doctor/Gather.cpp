@@ -1,0 +1,75 @@
+#include "doctor/Gather.h"
+
+#include <cstdlib>
+#include <filesystem>
+
+namespace zviptv::ctl::doctor {
+
+namespace {
+
+bool Exists(char const* path)
+{
+    std::error_code ignored;
+    return std::filesystem::exists(path, ignored);
+}
+
+BusFacts LookUpBus()
+{
+    BusFacts bus;
+    bus.isFromEnvironment = std::getenv("DBUS_SYSTEM_BUS_ADDRESS") != nullptr;
+    GError* raw = nullptr;
+    Owned<char> const address(g_dbus_address_get_for_bus_sync(G_BUS_TYPE_SYSTEM, nullptr, &raw));
+    Owned<GError> const error(raw);
+    bus.address = address == nullptr ? "" : address.get();
+    return bus;
+}
+
+} // namespace
+
+Facts Gather(Names const& names)
+{
+    Facts facts;
+    facts.bus = LookUpBus();
+    facts.accounts = LookUpAccounts(names);
+    facts.caller = LookUpCaller(facts.accounts);
+    facts.versions = LookUpVersions();
+    facts.machine = LookUpMachine();
+    facts.policy.files = PolicyFiles({"/usr/share/dbus-1/system.d", "/etc/dbus-1/system.d"});
+    BusProbe bus(facts.bus);
+    if (bus.IsOpen()) {
+        ProbePolicy(bus, facts);
+        ProbeService(bus, facts.service);
+        LookUpProcess(facts.service);
+    }
+    return facts;
+}
+
+MachineFacts LookUpMachine()
+{
+    MachineFacts machine;
+    machine.hasDBus = Exists("/usr/share/dbus-1/system.conf");
+    machine.runsSystemd = Exists("/run/systemd/system");
+    machine.hasUnit = Exists("/lib/systemd/system/zviptv-sim.service") ||
+                      Exists("/usr/local/lib/systemd/system/zviptv-sim.service") ||
+                      Exists("/etc/systemd/system/zviptv-sim.service");
+    machine.hasSysusers = Exists("/usr/lib/sysusers.d/zv-iptv.conf") && Exists("/usr/bin/systemd-sysusers");
+    constexpr char Sample[] = "/usr/share/zv-iptv/samples/sample.ts";
+    if (Exists(Sample)) {
+        machine.sample = Sample;
+    }
+    return machine;
+}
+
+std::vector<std::string> PolicyFiles(std::vector<std::string> const& folders)
+{
+    std::vector<std::string> files;
+    for (std::string const& folder : folders) {
+        std::string const file = folder + "/org.corvel.zviptvapi.dbushelper.conf";
+        if (Exists(file.c_str())) {
+            files.push_back(file);
+        }
+    }
+    return files;
+}
+
+} // namespace zviptv::ctl::doctor

@@ -1,0 +1,78 @@
+#include "doctor/Judge.h"
+
+namespace zviptv::ctl::doctor {
+
+namespace {
+
+constexpr char Check[] = "bus";
+constexpr char Unset[] = "unset DBUS_SYSTEM_BUS_ADDRESS";
+
+std::string Place(Facts const& facts)
+{
+    return (facts.bus.address.empty() ? "\"\"" : facts.bus.address) +
+           (facts.bus.isFromEnvironment ? " (DBUS_SYSTEM_BUS_ADDRESS)" : "");
+}
+
+std::string DeskInstead(Facts const& facts)
+{
+    return "For a bus and a service of one's own: " + StartDesk(facts);
+}
+
+Finding Absent(Facts const& facts)
+{
+    std::string const text = "no bus at " + Place(facts) + ": " + facts.bus.reason;
+    std::string const meaning = "An application finds no service and gets null instead of objects.";
+    if (facts.bus.isFromEnvironment) {
+        return Wrong(Check, ExitCode::NoService, text, meaning, {Unset},
+                     "The machine's own bus is used then. " + DeskInstead(facts));
+    }
+    std::vector<std::string> commands;
+    if (!facts.machine.hasDBus) {
+        commands.push_back(AsRoot(facts, "apt-get install dbus"));
+    }
+    commands.push_back(
+        AsRoot(facts, facts.machine.runsSystemd ? "systemctl start dbus" : "service dbus start"));
+    return Wrong(Check, ExitCode::NoService, text, meaning, commands, DeskInstead(facts));
+}
+
+Finding Refused(Facts const& facts)
+{
+    std::string const text =
+        "the bus at " + Place(facts) + " does not let user " + facts.caller.name + " in: " + facts.bus.reason;
+    std::string const meaning = "An application of this user finds no service.";
+    if (facts.bus.isFromEnvironment) {
+        return Wrong(Check, ExitCode::NoService, text, meaning, {Unset},
+                     "Or be the user who started that bus. " + DeskInstead(facts));
+    }
+    return Wrong(Check, ExitCode::NoService, text, meaning,
+                 {AsRoot(facts, "chmod a+rw /run/dbus/system_bus_socket")},
+                 "Everybody has to reach the system bus; what each may do there the policy says.");
+}
+
+Finding Silent(Facts const& facts)
+{
+    return Wrong(Check, ExitCode::NoAnswer,
+                 "the bus at " + Place(facts) + " takes connections and does not answer: " + facts.bus.reason,
+                 "An application hangs as soon as it creates an object.",
+                 {facts.bus.isFromEnvironment ? "pkill -CONT dbus-" : AsRoot(facts, "pkill -CONT dbus-")},
+                 "That lets a stopped bus run on. One that still does not answer has to be started anew.");
+}
+
+} // namespace
+
+Finding JudgeBus(Facts const& facts)
+{
+    switch (facts.bus.reach) {
+    case Reach::Absent:
+        return Absent(facts);
+    case Reach::Refused:
+        return Refused(facts);
+    case Reach::Silent:
+        return Silent(facts);
+    case Reach::Reached:
+        break;
+    }
+    return Ok(Check, Place(facts));
+}
+
+} // namespace zviptv::ctl::doctor

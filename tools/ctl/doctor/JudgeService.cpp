@@ -1,0 +1,114 @@
+#include "doctor/Judge.h"
+
+namespace zviptv::ctl::doctor {
+
+namespace {
+
+constexpr char Name[] = "org.corvel.zviptvapi.dbushelper";
+
+std::string Owner(Facts const& facts)
+{
+    std::string const process = ProcessText(facts.service);
+    return facts.service.owner + (process.empty() ? "" : ", " + process);
+}
+
+/// What an application waits for in vain.
+constexpr char NoAnswer[] = "An application waits 2 seconds for an answer; then its calls answer false.";
+
+Finding Silence(Facts const& facts)
+{
+    ServiceFacts const& service = facts.service;
+    std::string const process =
+        service.process == 0 ? "the process of " + service.owner : ProcessText(service);
+    if (service.isStopped) {
+        return Wrong("main loop", ExitCode::NoAnswer, process + " is stopped", NoAnswer,
+                     {ContinueService(facts)});
+    }
+    if (service.isConnectionAlive) {
+        return Wrong("main loop", ExitCode::NoAnswer,
+                     process + " answers a ping, but no application within 2 seconds", NoAnswer,
+                     RestartService(facts),
+                     "In a service with GLib the main loop stands still: a thread beside it answers pings.");
+    }
+    return Wrong("main loop", ExitCode::NoAnswer,
+                 process + " answers nothing within 2 seconds, not even a ping", NoAnswer,
+                 RestartService(facts));
+}
+
+} // namespace
+
+Finding JudgeService(Facts const& facts)
+{
+    if (facts.bus.reach != Reach::Reached || !facts.service.isOwned) {
+        return *NoOwner(facts, "service");
+    }
+    if (*facts.service.isOwned) {
+        return Ok("service", std::string(Name) + " is " + Owner(facts));
+    }
+    bool const hasUnit = facts.machine.runsSystemd && facts.machine.hasUnit && !facts.bus.isFromEnvironment;
+    return Wrong("service", ExitCode::NoService, std::string("nobody owns the name ") + Name,
+                 "An application finds no service and gets null instead of objects.", StartService(facts),
+                 hasUnit ? "That is the simulator. If it does not start: systemctl status zviptv-sim"
+                         : "That is the simulator; a service of one's own starts as its maker says.");
+}
+
+Finding JudgeOwner(Facts const& facts)
+{
+    if (auto const finding = NoOwner(facts, "owner")) {
+        return *finding;
+    }
+    ServiceFacts const& service = facts.service;
+    Names const& names = facts.accounts.names;
+    if (!service.userId) {
+        return Unknown("owner", "the bus does not tell as whom the service runs");
+    }
+    if (!facts.policy.deniesByDefault) {
+        return Unknown("owner",
+                       "user " + service.userName + "; the bus does not tell whether it needs a policy");
+    }
+    if (!*facts.policy.deniesByDefault) {
+        return Ok("owner", "user " + service.userName + "; on this bus the service may be anybody's");
+    }
+    if (!facts.accounts.userId) {
+        return NotLookedAt("owner", "there is no user " + names.user);
+    }
+    if (*service.userId != *facts.accounts.userId) {
+        return Wrong("owner", ExitCode::NoAnswer,
+                     "the service runs as user " + service.userName + ", not as " + names.user,
+                     "The policy lets " + names.user +
+                         " alone push data: packets and captions do not arrive, whatever the calls answer.",
+                     ReplaceService(facts), OtherNames);
+    }
+    return Ok("owner", "user " + service.userName);
+}
+
+Finding JudgeLoop(Facts const& facts)
+{
+    constexpr char Check[] = "main loop";
+    if (auto const finding = NoOwner(facts, Check)) {
+        return *finding;
+    }
+    switch (facts.service.outcome) {
+    case Outcome::Answered:
+    case Outcome::Unreadable:
+        return Ok(Check, "the service answers");
+    case Outcome::Silent:
+        return Silence(facts);
+    case Outcome::Gone:
+        return Wrong(Check, ExitCode::NoService, "the service left the bus when it was asked",
+                     "An application's call fails and answers false, and its objects are gone.",
+                     StartService(facts));
+    case Outcome::Failed:
+        return Unknown(Check, "the service answered with an error, which tells nothing of it");
+    case Outcome::Forbidden:
+        return facts.caller.isServiceUser
+                   ? NotLookedAt(Check, "the bus does not let the service's own user call it; ask as root")
+                   : NotLookedAt(Check,
+                                 "the bus does not let user " + facts.caller.name + " ask the service");
+    case Outcome::NotAsked:
+        break;
+    }
+    return NotLookedAt(Check, "the service was not asked");
+}
+
+} // namespace zviptv::ctl::doctor

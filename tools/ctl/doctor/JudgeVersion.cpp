@@ -1,0 +1,102 @@
+#include "doctor/Judge.h"
+
+namespace zviptv::ctl::doctor {
+
+namespace {
+
+constexpr char Meaning[] = "An application may get other answers than its headers say, or none.";
+
+bool IsBelow(std::string const& file, std::string const& folder)
+{
+    return file.compare(0, folder.size(), folder) == 0;
+}
+
+std::string FolderOf(std::string const& file)
+{
+    return file.substr(0, file.rfind('/') + 1);
+}
+
+Finding WrongLibrary(Facts const& facts)
+{
+    VersionFacts const& versions = facts.versions;
+    std::string const text = "zviptvctl is " + versions.tool + ", but " + versions.libraryFile +
+                             ", which it has loaded, is " + versions.library;
+    bool const isLocalTool = IsBelow(versions.toolFile, "/usr/local/");
+    bool const isLocalLibrary = IsBelow(versions.libraryFile, "/usr/local/");
+    if (versions.isFromLibraryPath) {
+        return Wrong("version", ExitCode::Malformed, text, Meaning, {"unset LD_LIBRARY_PATH"},
+                     versions.libraryFile + " is in the way: LD_LIBRARY_PATH names its folder.");
+    }
+    if (isLocalLibrary && !isLocalTool) {
+        return Wrong("version", ExitCode::Malformed, text, Meaning,
+                     {AsRoot(facts, "rm " + FolderOf(versions.libraryFile) + "libzv-iptv-service-api.so*"),
+                      AsRoot(facts, "ldconfig")},
+                     versions.libraryFile + " is in the way, left by an earlier installation.");
+    }
+    if (isLocalTool && !isLocalLibrary) {
+        return Wrong("version", ExitCode::Malformed, text, Meaning,
+                     {AsRoot(facts, "rm " + Quoted(versions.toolFile))},
+                     versions.toolFile + " is in the way, left by an earlier installation.");
+    }
+    return Wrong("version", ExitCode::Malformed, text, Meaning,
+                 {AsRoot(facts, "apt-get install --reinstall libzv-iptv-service-api1 zv-iptv-tools")},
+                 "Where they do not come from packages, build and install both anew.");
+}
+
+Finding WrongService(Facts const& facts)
+{
+    ServiceFacts const& service = facts.service;
+    std::string const text =
+        service.isLibraryReplaced
+            ? "the service still runs the library that has been replaced since it started"
+            : "the service runs the library " + service.library + ", applications run " +
+                  facts.versions.library;
+    return Wrong("version", ExitCode::Malformed, text, Meaning, RestartService(facts));
+}
+
+} // namespace
+
+Finding JudgeProtocol(Facts const& facts)
+{
+    constexpr char Check[] = "protocol";
+    if (auto const finding = NoOwner(facts, Check)) {
+        return *finding;
+    }
+    std::string text;
+    switch (facts.service.outcome) {
+    case Outcome::Answered:
+        return Ok(Check, "the service answers as this version of the library expects");
+    case Outcome::Unreadable:
+        text = "the service's answer is none that this version of the library reads: " + facts.service.error;
+        break;
+    case Outcome::Failed:
+        text =
+            "the service does not know a call that this version of the library makes: " + facts.service.error;
+        break;
+    default:
+        return NotLookedAt(Check, "the service has not answered");
+    }
+    return Wrong(Check, ExitCode::Malformed, text, "An application gets objects whose calls answer false.",
+                 ReplaceService(facts), "What owns the name now is no service for this version.");
+}
+
+Finding JudgeVersion(Facts const& facts)
+{
+    VersionFacts const& versions = facts.versions;
+    if (versions.library.empty()) {
+        return Unknown("version", "zviptvctl " + versions.tool + "; the name of " + versions.libraryFile +
+                                      " tells no version");
+    }
+    if (versions.library != versions.tool) {
+        return WrongLibrary(facts);
+    }
+    ServiceFacts const& service = facts.service;
+    if (service.isLibraryReplaced || (!service.library.empty() && service.library != versions.library)) {
+        return WrongService(facts);
+    }
+    return Ok("version", "zviptvctl " + versions.tool + ", library " + versions.library + " (" +
+                             versions.libraryFile + ")" +
+                             (service.library.empty() ? "" : ", service " + service.library));
+}
+
+} // namespace zviptv::ctl::doctor

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "doctor/Facts.h"
+
+#include <string>
+#include <vector>
+
+namespace zviptv::ctl::doctor {
+
+// Commands, ready to be copied.
+
+/// What only root may do.
+std::string AsRoot(Facts const& facts, std::string const& command);
+
+/// Has the bus read its policies again.
+std::string ReloadBus(Facts const& facts);
+
+/// The simulator in the service's place, on the bus that is used.
+std::vector<std::string> StartService(Facts const& facts);
+
+/// Ends what owns the name, whatever it is, and starts the service.
+std::vector<std::string> ReplaceService(Facts const& facts);
+
+/// Ends the service and starts it again.
+std::vector<std::string> RestartService(Facts const& facts);
+
+/// The simulator with a bus of its own.
+std::string StartDesk(Facts const& facts);
+
+/// Lets a stopped process run on.
+std::string ContinueService(Facts const& facts);
+
+/// "process 1234 (zviptv-sim)"; empty when the bus does not tell the process.
+std::string ProcessText(ServiceFacts const& service);
+
+/// A word of a command.
+std::string Quoted(std::string const& word);
+
+} // namespace zviptv::ctl::doctor

@@ -1,0 +1,144 @@
+#include "doctor/Gather.h"
+
+#include <zviptv/ConnectionHelperDBusClient.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+
+#include <unistd.h>
+
+namespace zviptv::ctl::doctor {
+
+namespace {
+
+constexpr char Path[] = "/org/corvel/zviptvapi/doctor";
+constexpr char ChannelInterface[] = "org.corvel.zviptvapi.DbusCommunication";
+constexpr char FreeInterface[] = "org.corvel.zviptvapi.Doctor"; ///< no policy speaks of it
+
+/// Which signals get through to a connection.
+class Listener
+{
+public:
+    explicit Listener(GDBusConnection* connection)
+        : m_connection(connection), m_heard(std::make_shared<Heard>()),
+          m_filter(
+              g_dbus_connection_add_filter(connection, Listen, new std::shared_ptr<Heard>(m_heard), Drop))
+    {
+    }
+    ~Listener() { g_dbus_connection_remove_filter(m_connection, m_filter); }
+    Listener(Listener const&) = delete;
+    Listener& operator=(Listener const&) = delete;
+
+    bool HasHeardGuarded() const { return m_heard->guarded; }
+    bool HasHeardFree() const { return m_heard->free; }
+
+private:
+    struct Heard
+    {
+        std::atomic<bool> guarded{false};
+        std::atomic<bool> free{false};
+    };
+
+    /// On a thread of GLib's.
+    static GDBusMessage* Listen(GDBusConnection* /*connection*/, GDBusMessage* message, gboolean incoming,
+                                gpointer heard)
+    {
+        char const* const interface = g_dbus_message_get_interface(message);
+        if (incoming != FALSE && interface != nullptr &&
+            g_dbus_message_get_message_type(message) == G_DBUS_MESSAGE_TYPE_SIGNAL) {
+            Heard& all = **static_cast<std::shared_ptr<Heard>*>(heard);
+            all.guarded = all.guarded || std::strcmp(interface, ChannelInterface) == 0;
+            all.free = all.free || std::strcmp(interface, FreeInterface) == 0;
+        }
+        return message;
+    }
+    static void Drop(gpointer heard) { delete static_cast<std::shared_ptr<Heard>*>(heard); }
+
+    GDBusConnection* m_connection;
+    std::shared_ptr<Heard> m_heard;
+    guint m_filter;
+};
+
+/// Root as another user towards whatever connects while this lives.
+class ActingAs
+{
+public:
+    explicit ActingAs(uid_t user) : m_isActing(seteuid(user) == 0) {}
+    ~ActingAs()
+    {
+        if (m_isActing && seteuid(0) != 0) {
+            std::abort(); // nothing after this would be what it says
+        }
+    }
+    ActingAs(ActingAs const&) = delete;
+    ActingAs& operator=(ActingAs const&) = delete;
+
+    bool IsActing() const { return m_isActing; }
+
+private:
+    bool m_isActing;
+};
+
+/// Whether the bus lets a call through: "nobody has such a method" is said by GLib's thread behind it.
+std::optional<bool> MayCall(BusProbe& from, BusProbe const& to, char const* interface)
+{
+    Reply const reply = from.Call({to.Name(), Path, interface, "Send"}, nullptr);
+    if (reply.kind == Reply::Kind::Silence) {
+        return std::nullopt;
+    }
+    return !reply.IsDenied();
+}
+
+/// The policy forbids everybody but the service's user one signal, which a bus without it lets through. That
+/// a file is there tells nothing: the bus may not have read it.
+std::optional<bool> IsSignalGuarded(BusProbe& from, BusProbe& to)
+{
+    Listener const listener(to.Connection());
+    from.Emit({to.Name(), Path, ChannelInterface, "SendSignal"});
+    from.Emit({to.Name(), Path, FreeInterface, "Last"});
+    // The bus works off what each sends in order, so that afterwards all has arrived that will.
+    from.CallBus("GetId");
+    to.CallBus("GetId");
+    return listener.HasHeardFree() ? std::optional(!listener.HasHeardGuarded()) : std::nullopt;
+}
+
+/// What only the service's user may: call an application's channel.
+std::optional<bool> MayServiceCall(BusProbe& from, BusProbe const& to, Facts const& facts)
+{
+    if (facts.caller.isServiceUser) {
+        return MayCall(from, to, ChannelInterface);
+    }
+    if (!facts.caller.isRoot || !facts.accounts.userId) {
+        return std::nullopt;
+    }
+    ActingAs const acting(*facts.accounts.userId);
+    BusFacts ignored = facts.bus;
+    BusProbe service(ignored);
+    return acting.IsActing() && service.IsOpen() ? MayCall(service, to, ChannelInterface) : std::nullopt;
+}
+
+} // namespace
+
+void ProbePolicy(BusProbe& from, Facts& facts)
+{
+    BusFacts ignored = facts.bus;
+    BusProbe to(ignored);
+    PolicyFacts& policy = facts.policy;
+    std::optional<bool> const mayCall =
+        to.IsOpen() ? MayCall(from, to, CConnectionHelperDBusClient::BUSNAME) : std::nullopt;
+    if (!mayCall) {
+        return;
+    }
+    policy.deniesByDefault = !*mayCall;
+    if (*mayCall) {
+        return;
+    }
+    policy.isServiceAllowed = MayServiceCall(from, to, facts);
+    policy.isLoaded = IsSignalGuarded(from, to);
+    if (facts.caller.isServiceUser && policy.isServiceAllowed.value_or(false)) {
+        policy.isLoaded = true; // this user's signals are let through
+    }
+}
+
+} // namespace zviptv::ctl::doctor

@@ -1,0 +1,69 @@
+#include "doctor/Gather.h"
+
+#include <zviptv/ConnectionHelperDBusClient.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <sstream>
+
+#include <dlfcn.h>
+
+namespace zviptv::ctl::doctor {
+
+namespace {
+
+std::string Resolved(std::string const& path)
+{
+    std::error_code failed;
+    std::filesystem::path const resolved = std::filesystem::canonical(path, failed);
+    return failed ? path : resolved.string();
+}
+
+/// The file that the library in this process came from. A text of the library's tells it: a function's
+/// address may be one in the program, which only leads there.
+std::string LoadedLibrary()
+{
+    Dl_info info = {};
+    if (dladdr(CConnectionHelperDBusClient::BUSNAME, &info) == 0 || info.dli_fname == nullptr) {
+        return {};
+    }
+    return info.dli_fname;
+}
+
+bool IsInLibraryPath(std::string const& file)
+{
+    char const* const variable = std::getenv("LD_LIBRARY_PATH");
+    std::string const folder = Resolved(std::filesystem::path(file).parent_path().string());
+    std::istringstream folders(variable == nullptr ? "" : variable);
+    for (std::string named; std::getline(folders, named, ':');) {
+        if (!named.empty() && Resolved(named) == folder) {
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
+std::string VersionOf(std::string const& libraryFile)
+{
+    constexpr char Stem[] = "libzv-iptv-service-api.so.";
+    std::string const name = libraryFile.substr(libraryFile.rfind('/') + 1);
+    std::string const version =
+        name.compare(0, sizeof Stem - 1, Stem) == 0 ? name.substr(sizeof Stem - 1) : "";
+    return version.find('.') == std::string::npos ? "" : version;
+}
+
+VersionFacts LookUpVersions()
+{
+    VersionFacts versions;
+    versions.tool = ZVIPTV_VERSION;
+    versions.toolFile = Resolved("/proc/self/exe");
+    std::string const loaded = LoadedLibrary();
+    versions.libraryFile = Resolved(loaded);
+    versions.library = VersionOf(versions.libraryFile);
+    versions.isFromLibraryPath = IsInLibraryPath(loaded);
+    return versions;
+}
+
+} // namespace zviptv::ctl::doctor
