@@ -1,3 +1,6 @@
+/// @file
+/// An endpoint to make services of.
+
 #pragma once
 
 #include <zviptv/Export.h>
@@ -25,6 +28,8 @@ class ZVIPTV_API CCommonNative
 public:
     /// `name` is the endpoint's type word, "PLAYERCONTROL" for example.
     explicit CCommonNative(std::string name);
+
+    /// Stops the hooks, as t_StopCallbacks() does, and ends the channel.
     virtual ~CCommonNative();
 
     CCommonNative(CCommonNative const&) = delete;
@@ -56,6 +61,8 @@ protected:
     /// From its return on no hook runs on another thread and none starts any more.
     void t_StopCallbacks();
 
+    /// The channel, from the constructor to the destructor. For subclasses that need more of it than this
+    /// class passes on.
     std::unique_ptr<CProxyDBusHelper> m_pDBusHelper;
 
 private:

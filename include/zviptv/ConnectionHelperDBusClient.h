@@ -1,3 +1,6 @@
+/// @file
+/// How a channel finds its partner in the service.
+
 #pragma once
 
 #include <zviptv/Export.h>
@@ -16,11 +19,13 @@ typedef struct _GVariant GVariant;
 class ZVIPTV_API CConnectionHelperDBusClient
 {
 public:
-    static char const* const BUSNAME;
-    static char const* const METHOD;
+    static char const* const BUSNAME; ///< well-known name of the helper bus
+    static char const* const METHOD;  ///< its one method, "SendSignal"
 
     /// Attaches to the system bus. Without a bus the object stays usable and every send fails.
     CConnectionHelperDBusClient();
+
+    /// Lets go of the bus; announces nothing.
     virtual ~CConnectionHelperDBusClient();
 
     CConnectionHelperDBusClient(CConnectionHelperDBusClient const&) = delete;

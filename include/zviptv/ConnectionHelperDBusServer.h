@@ -1,3 +1,6 @@
+/// @file
+/// Where applications find the endpoints of the service.
+
 #pragma once
 
 #include <zviptv/Export.h>
@@ -22,9 +25,9 @@ typedef struct _GVariant GVariant;
 class ZVIPTV_API CConnectionHelperDBusServer final : public IConnectionHelper
 {
 public:
-    static char const* const CONNECTION_NAME;
-    static char const* const INTERFACE_XML;
-    static GDBusInterfaceVTable const m_vtable;
+    static char const* const CONNECTION_NAME;   ///< the well-known name
+    static char const* const INTERFACE_XML;     ///< introspection data of the helper bus's object
+    static GDBusInterfaceVTable const m_vtable; ///< what GIO calls for the object
 
     /// The instance of the process, created on first use. Thread-safe. Announcements are delivered through
     /// the main context that is the thread default of the thread which creates it; that context must be
@@ -35,6 +38,7 @@ public:
     /// from inside the announcement handler; from another thread it returns when a running handler has ended.
     static void Destroy();
 
+    /// Installs the announcement handler; see IConnectionHelper::SetDbusSignalCb.
     void SetDbusSignalCb(std::string (*cb)(std::string dbusname, std::string type, std::string add,
                                            void* userData),
                          void* userData) override;

@@ -1,3 +1,6 @@
+/// @file
+/// The answer to a call, given later.
+
 #pragma once
 
 #include <zviptv/Export.h>
@@ -24,8 +27,13 @@ public:
     /// then not sent. Empty outside a message callback, and when the answer was taken before.
     static CDeferredReply Take();
 
+    /// Takes over what is pending; the other object is empty then.
     CDeferredReply(CDeferredReply&&) noexcept;
+
+    /// Takes over what is pending. What was pending here before is answered with the error.
     CDeferredReply& operator=(CDeferredReply&&) noexcept;
+
+    /// Answers what is still pending with the error.
     ~CDeferredReply();
 
     /// True until an answer was sent.

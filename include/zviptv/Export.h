@@ -1,3 +1,6 @@
+/// @file
+/// What the library exports, and the language it needs.
+
 #pragma once
 
 #if __cplusplus < 201703L

@@ -1,3 +1,6 @@
+/// @file
+/// Audio, teletext, subtitles, ratings and locks.
+
 #pragma once
 
 #include <zviptv/Export.h>
@@ -29,6 +32,7 @@ public:
     IBroadcastData(IBroadcastData const&) = delete;
     IBroadcastData& operator=(IBroadcastData const&) = delete;
 
+    /// Coding of the audio track that is heard.
     virtual bool GetAudioFormat(EZVAudioEncodeType& encodeType) = 0;
 
     /// The dual-sound choice as it is and as it will be after the next change.
@@ -37,22 +41,47 @@ public:
     /// Language and list index, from 0, of the audio track that is heard.
     virtual bool GetCurrentAudioInfo(EZVLanguageCode& language, int& index) = 0;
 
+    /// Number of audio tracks.
     virtual bool SizeOfAudio(unsigned int& size) = 0;
+
+    /// The audio track at `index`, 0 to SizeOfAudio() - 1. A list changes with the programme: an index that
+    /// was good may be refused a moment later. So it is with all lists here.
     virtual bool GetAudio(unsigned int index, ZVAudio& audio) = 0;
+
+    /// Number of teletext pages that the service announces.
     virtual bool SizeOfTTX(unsigned int& size) = 0;
+
+    /// The teletext page at `index`, 0 to SizeOfTTX() - 1.
     virtual bool GetTTX(unsigned int index, ZVTTX& ttx) = 0;
+
+    /// Language and list index of the teletext page that is selected.
     virtual bool GetCurrentTTX(EZVLanguageCode& language, unsigned int& index) = 0;
+
+    /// Number of subtitles, DVB and teletext together.
     virtual bool SizeOfHybridSBT(unsigned int& size) = 0;
+
+    /// The subtitle at `index`, 0 to SizeOfHybridSBT() - 1, and its language.
     virtual bool GetHybridSBT(unsigned int index, EZVLanguageCode& language, ZVHybridSBT& subtitle) = 0;
 
     /// Whether there is a subtitle for the hard of hearing.
     virtual bool CheckHardOfHearingSBT(bool& exists) = 0;
 
+    /// The subtitle that the service would choose, and its language.
     virtual bool GetPreferredHybridSBT(EZVLanguageCode& language, ZVHybridSBT& subtitle) = 0;
+
+    /// Language and list index of the subtitle that is selected.
     virtual bool GetCurrentHybridSBT(EZVLanguageCode& language, unsigned int& index) = 0;
+
+    /// The teletext page with subtitles that the service would choose.
     virtual bool GetPreferredTTXSubtitle(ZVTTX& ttx) = 0;
+
+    /// Number of ISDB texts of the given type.
     virtual bool SizeOfISDBText(EZVISDBTextType type, unsigned int& size) = 0;
+
+    /// The ISDB text of the given type at `index`, 0 to SizeOfISDBText() - 1.
     virtual bool GetISDBText(EZVISDBTextType type, unsigned int index, ZVISDBText& text) = 0;
+
+    /// Language and list index of the ISDB text of the given type that is selected.
     virtual bool GetCurrentISDBText(EZVISDBTextType type, EZVLanguageCode& language, unsigned int& index) = 0;
 
     /// Language of a caption service and its one-character Korean code. Throws std::out_of_range, with
@@ -64,6 +93,7 @@ public:
     /// service announces a negative number of ratings or more than one bus message can carry.
     virtual bool GetRatingInfo(std::vector<ZVRatingInfo>& ratings) = 0;
 
+    /// Unlocks the programme, the service or everything, or locks it again.
     virtual bool SetUnlockedInfo(EZVParentalLock lock) = 0;
 
     /// Whether the current programme is locked for its rating.
@@ -72,6 +102,7 @@ public:
     /// Lifts the mute of a locked programme after the PIN was entered.
     virtual bool UnMuteByRatingPin() = 0;
 
+    /// Unlocks everything, or locks it again, on a set in factory mode.
     virtual bool SetUnlockedInfoWhenFactoryMode(bool unlocked) = 0;
 
     /// Whether the current service is locked.

@@ -1,3 +1,6 @@
+/// @file
+/// The helper bus, as a service sees it.
+
 #pragma once
 
 #include <zviptv/Export.h>

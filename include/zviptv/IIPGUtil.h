@@ -1,3 +1,6 @@
+/// @file
+/// The programme guide.
+
 #pragma once
 
 #include <zviptv/Export.h>
@@ -10,7 +13,8 @@
 /// Every method is one blocking exchange with the service: at most 2000 ms, from any thread, no main loop
 /// needed. It returns true when the service answered, false, with out-parameters untouched, when the exchange
 /// failed. Texts are the service's own and handed over as they are; times and durations are in the service's
-/// units. A number or flag that the service leaves out or spells badly makes the method throw
+/// units. The simulator's, JSON and seconds since 1970, are in docs/guide.md, and what it answers when
+/// nothing is found. A number or flag that the service leaves out or spells badly makes the method throw
 /// std::invalid_argument or std::out_of_range ("stoi").
 ///
 /// The object stays when the service leaves the bus; its calls fail until it is destroyed and created anew. A
@@ -32,19 +36,32 @@ public:
     virtual bool GetProgramListSize(unsigned long long inID, unsigned int startTime, unsigned int duration,
                                     int& size) = 0;
 
+    /// Programme number `index`, from 0, of the list that GetProgramListSize counted last; before that, of
+    /// the whole guide.
     virtual bool GetProgram(unsigned int index, std::string& program) = 0;
 
     /// The programme named by `id`, or the one before or after it.
     virtual bool GetProgram(IPGProgramId id, Program_IPG program, std::string& out) = 0;
 
+    /// The programme that is on now on the service `inID`.
     virtual bool GetPresentProgram(unsigned long long inID, std::string& program) = 0;
+
+    /// The programme of the service `inID` with the event id `eventID`, 32 bits.
     virtual bool FindProgram(unsigned long long inID, unsigned int eventID, std::string& program) = 0;
+
+    /// The rating of the programme with the event id `eventID`.
     virtual bool GetRating(unsigned int eventID, std::string& rating) = 0;
+
+    /// The genres of the programme with the event id `eventID`.
     virtual bool GetGenre(unsigned int eventID, std::string& genre) = 0;
+
+    /// The programmes that GetProgramListSize counts. A message holds 32 MiB: a longer list ends earlier.
     virtual bool GetProgramList(unsigned long long inID, unsigned int startTime, unsigned int duration,
                                 std::string& list) = 0;
 
-    /// Has the service copy guide data from `path`; `done` tells whether it did.
+    /// Has the service load guide data from the file `path`, which the service opens, not the application;
+    /// `done` tells whether it did. A large file takes longer than the call waits: it then fails, and the
+    /// loading goes on.
     virtual bool CloneUSBToTV(std::string path, bool& done) = 0;
 
 protected:

@@ -1,3 +1,6 @@
+/// @file
+/// PES packets and captions.
+
 #pragma once
 
 #include <zviptv/Export.h>

@@ -1,3 +1,6 @@
+/// @file
+/// The factory; includes the interfaces that it makes.
+
 #pragma once
 
 #include <zviptv/Export.h>
@@ -37,17 +40,33 @@
 class ZVIPTV_API CIPTVServiceAPI
 {
 public:
+    /// The player control object.
     static int CreatePlayerControl(IPTVProfile profile, int id, IPlayerControl** out);
+
+    /// The broadcast data object.
     static int CreateBroadcastData(IPTVProfile profile, int id, IBroadcastData** out);
+
+    /// The data subscriber.
     static int CreateIPTVDataSubscriber(IPTVProfile profile, int id, IIPTVDataSubscriber** out);
+
+    /// The programme guide, also while no service runs.
     static int CreateIPGUtil(IIPGUtil** out);
 
     /// For the service process: the helper bus through which applications find its endpoints.
     static int CreateConnectionHelper(IConnectionHelper** out);
 
+    /// Ends the player control object. From another thread it waits for its callbacks.
     static int DestroyPlayerControl();
+
+    /// Ends the broadcast data object, as DestroyPlayerControl().
     static int DestroyBroadcastData();
+
+    /// Ends the data subscriber and all subscriptions, as DestroyPlayerControl().
     static int DestroyIPTVDataSubscriber();
+
+    /// Ends the programme guide object.
     static int DestroyIPGUtil();
+
+    /// Ends the helper bus: the name is released, and applications find no service.
     static int DestroyConnectionHelper();
 };

@@ -1,3 +1,6 @@
+/// @file
+/// Enumerations and records of the interfaces, and how languages and handles become numbers.
+
 #pragma once
 
 #include <cstddef>
@@ -12,57 +15,57 @@
 /// Profile part of a handle. Only its low 16 bits travel.
 enum IPTVProfile : std::int32_t
 {
-    IPTV_PROFILE_DEFAULT = 1
+    IPTV_PROFILE_DEFAULT = 1 ///< the one that every application uses, unless told otherwise
 };
 
 /// Coding of an audio track.
 enum EZVAudioEncodeType : std::int32_t
 {
-    ZV_AUDIO_ENCODE_UNKNOWN = 0,
-    ZV_AUDIO_ENCODE_MPEG = 1, ///< MPEG-1 or MPEG-2 audio, layers I to III
-    ZV_AUDIO_ENCODE_AC3 = 2,
-    ZV_AUDIO_ENCODE_EAC3 = 3,
-    ZV_AUDIO_ENCODE_AAC = 4,  ///< AAC in ADTS framing
-    ZV_AUDIO_ENCODE_LATM = 5, ///< AAC or HE-AAC in LATM framing
-    ZV_AUDIO_ENCODE_DTS = 6,
-    ZV_AUDIO_ENCODE_AC4 = 7,
-    ZV_AUDIO_ENCODE_PCM = 8
+    ZV_AUDIO_ENCODE_UNKNOWN = 0, ///< not known
+    ZV_AUDIO_ENCODE_MPEG = 1,    ///< MPEG-1 or MPEG-2 audio, layers I to III
+    ZV_AUDIO_ENCODE_AC3 = 2,     ///< AC-3
+    ZV_AUDIO_ENCODE_EAC3 = 3,    ///< Enhanced AC-3
+    ZV_AUDIO_ENCODE_AAC = 4,     ///< AAC in ADTS framing
+    ZV_AUDIO_ENCODE_LATM = 5,    ///< AAC or HE-AAC in LATM framing
+    ZV_AUDIO_ENCODE_DTS = 6,     ///< DTS
+    ZV_AUDIO_ENCODE_AC4 = 7,     ///< AC-4
+    ZV_AUDIO_ENCODE_PCM = 8      ///< uncompressed
 };
 
 /// A language: the three lower-case letters of its ISO 639-2 code, first letter in bits 16 to 23, last in
 /// bits 0 to 7. Every code passes; the enumerators are a few common ones. See ZVLanguageFromISO639.
 enum EZVLanguageCode : std::int32_t
 {
-    ZV_LANGUAGE_UNKNOWN = 0,
-    ZV_LANGUAGE_DEU = 0x646575,
-    ZV_LANGUAGE_ENG = 0x656e67,
-    ZV_LANGUAGE_FRA = 0x667261,
-    ZV_LANGUAGE_ITA = 0x697461,
-    ZV_LANGUAGE_JPN = 0x6a706e,
-    ZV_LANGUAGE_KOR = 0x6b6f72,
-    ZV_LANGUAGE_POR = 0x706f72,
+    ZV_LANGUAGE_UNKNOWN = 0,    ///< no language
+    ZV_LANGUAGE_DEU = 0x646575, ///< German
+    ZV_LANGUAGE_ENG = 0x656e67, ///< English
+    ZV_LANGUAGE_FRA = 0x667261, ///< French
+    ZV_LANGUAGE_ITA = 0x697461, ///< Italian
+    ZV_LANGUAGE_JPN = 0x6a706e, ///< Japanese
+    ZV_LANGUAGE_KOR = 0x6b6f72, ///< Korean
+    ZV_LANGUAGE_POR = 0x706f72, ///< Portuguese
     ZV_LANGUAGE_QAA = 0x716161, ///< by convention the original language
-    ZV_LANGUAGE_SPA = 0x737061,
-    ZV_LANGUAGE_UND = 0x756e64 ///< undetermined
+    ZV_LANGUAGE_SPA = 0x737061, ///< Spanish
+    ZV_LANGUAGE_UND = 0x756e64  ///< undetermined
 };
 
 /// Caption service number, as in CEA-708.
 enum EZVCaptionService : std::int32_t
 {
-    ZV_CAPTION_SERVICE_UNKNOWN = 0,
-    ZV_CAPTION_SERVICE_1 = 1,
-    ZV_CAPTION_SERVICE_2 = 2,
-    ZV_CAPTION_SERVICE_3 = 3,
-    ZV_CAPTION_SERVICE_4 = 4,
-    ZV_CAPTION_SERVICE_5 = 5,
-    ZV_CAPTION_SERVICE_6 = 6
+    ZV_CAPTION_SERVICE_UNKNOWN = 0, ///< none
+    ZV_CAPTION_SERVICE_1 = 1,       ///< primary captions
+    ZV_CAPTION_SERVICE_2 = 2,       ///< secondary captions
+    ZV_CAPTION_SERVICE_3 = 3,       ///< service 3
+    ZV_CAPTION_SERVICE_4 = 4,       ///< service 4
+    ZV_CAPTION_SERVICE_5 = 5,       ///< service 5
+    ZV_CAPTION_SERVICE_6 = 6        ///< service 6
 };
 
 /// Kind of ISDB text.
 enum EZVISDBTextType : std::int32_t
 {
-    ZV_ISDB_TEXT_CAPTION = 0,
-    ZV_ISDB_TEXT_SUPERIMPOSE = 1
+    ZV_ISDB_TEXT_CAPTION = 0,    ///< caption
+    ZV_ISDB_TEXT_SUPERIMPOSE = 1 ///< superimposed text
 };
 
 /// What SetUnlockedInfo unlocks.
@@ -77,27 +80,27 @@ enum EZVParentalLock : std::int32_t
 /// Which of two sounds is heard.
 enum EZVMultiSoundMode : std::int32_t
 {
-    ZV_MULTI_SOUND_STEREO = 0,
-    ZV_MULTI_SOUND_MAIN = 1, ///< the left channel of dual mono
-    ZV_MULTI_SOUND_SUB = 2,  ///< the right channel of dual mono
-    ZV_MULTI_SOUND_BOTH = 3
+    ZV_MULTI_SOUND_STEREO = 0, ///< both channels as they are
+    ZV_MULTI_SOUND_MAIN = 1,   ///< the left channel of dual mono
+    ZV_MULTI_SOUND_SUB = 2,    ///< the right channel of dual mono
+    ZV_MULTI_SOUND_BOTH = 3    ///< both sounds of dual mono
 };
 
 /// State of the source that is played.
 enum EZVSourceState : std::int32_t
 {
-    ZV_SOURCE_STATE_UNKNOWN = -1,
-    ZV_SOURCE_STATE_STOPPED = 0,
+    ZV_SOURCE_STATE_UNKNOWN = -1, ///< the service did not say
+    ZV_SOURCE_STATE_STOPPED = 0,  ///< nothing is played
     ZV_SOURCE_STATE_STARTING = 1, ///< opened, nothing presented yet
-    ZV_SOURCE_STATE_PLAYING = 2,
-    ZV_SOURCE_STATE_ENDED = 3, ///< the source has no more data
-    ZV_SOURCE_STATE_ERROR = 4
+    ZV_SOURCE_STATE_PLAYING = 2,  ///< being presented
+    ZV_SOURCE_STATE_ENDED = 3,    ///< the source has no more data
+    ZV_SOURCE_STATE_ERROR = 4     ///< the source cannot be played
 };
 
 /// How captions of the current service are shown.
 enum EZVCaptionDataMode : std::int32_t
 {
-    ZV_CAPTION_DATA_MODE_UNKNOWN = -1,
+    ZV_CAPTION_DATA_MODE_UNKNOWN = -1,   ///< the service did not say
     ZV_CAPTION_DATA_MODE_NONE = 0,       ///< the service carries no captions
     ZV_CAPTION_DATA_MODE_SELECTABLE = 1, ///< shown when the viewer asks for them
     ZV_CAPTION_DATA_MODE_AUTOMATIC = 2   ///< shown always
@@ -106,39 +109,39 @@ enum EZVCaptionDataMode : std::int32_t
 /// Class of a video resolution, by its lines.
 enum cvtv_resolution_e : std::int32_t
 {
-    CVTV_RESOLUTION_UNKNOWN = 0,
-    CVTV_RESOLUTION_SD = 1,  ///< up to 576 lines
-    CVTV_RESOLUTION_HD = 2,  ///< up to 720 lines
-    CVTV_RESOLUTION_FHD = 3, ///< up to 1088 lines
-    CVTV_RESOLUTION_UHD = 4, ///< up to 2176 lines
-    CVTV_RESOLUTION_8K = 5
+    CVTV_RESOLUTION_UNKNOWN = 0, ///< not known
+    CVTV_RESOLUTION_SD = 1,      ///< up to 576 lines
+    CVTV_RESOLUTION_HD = 2,      ///< up to 720 lines
+    CVTV_RESOLUTION_FHD = 3,     ///< up to 1088 lines
+    CVTV_RESOLUTION_UHD = 4,     ///< up to 2176 lines
+    CVTV_RESOLUTION_8K = 5       ///< more than 2176 lines
 };
 
 /// Which programme, seen from the one that is named, GetProgram returns.
 enum Program_IPG : std::int32_t
 {
-    PROGRAM_IPG_PREVIOUS = -1,
-    PROGRAM_IPG_PRESENT = 0,
-    PROGRAM_IPG_NEXT = 1
+    PROGRAM_IPG_PREVIOUS = -1, ///< the one before it
+    PROGRAM_IPG_PRESENT = 0,   ///< itself
+    PROGRAM_IPG_NEXT = 1       ///< the one after it
 };
 
 /// Values of ZVPESData::type: what the elementary stream carries.
 enum EZVPESType : std::int32_t
 {
-    ZV_PES_OTHER = 0,
-    ZV_PES_VIDEO = 1,
-    ZV_PES_AUDIO = 2,
+    ZV_PES_OTHER = 0,    ///< anything else
+    ZV_PES_VIDEO = 1,    ///< video
+    ZV_PES_AUDIO = 2,    ///< audio
     ZV_PES_SUBTITLE = 3, ///< DVB subtitles
-    ZV_PES_TELETEXT = 4,
-    ZV_PES_CAPTION = 5 ///< ARIB captions
+    ZV_PES_TELETEXT = 4, ///< teletext
+    ZV_PES_CAPTION = 5   ///< ARIB captions
 };
 
 /// Values of ZVHybridSBT::kind: what a hybrid subtitle is made of.
 enum EZVSubtitleKind : std::int32_t
 {
-    ZV_SUBTITLE_UNKNOWN = 0,
-    ZV_SUBTITLE_DVB = 1,
-    ZV_SUBTITLE_TELETEXT = 2
+    ZV_SUBTITLE_UNKNOWN = 0, ///< not known
+    ZV_SUBTITLE_DVB = 1,     ///< bitmaps
+    ZV_SUBTITLE_TELETEXT = 2 ///< a teletext page
 };
 
 // The records below travel as they lie in memory: sizes, offsets and the byte order of the platform (little
@@ -147,10 +150,10 @@ enum EZVSubtitleKind : std::int32_t
 /// An audio track.
 struct ZVAudio
 {
-    EZVLanguageCode language; ///< ZV_LANGUAGE_UNKNOWN when the stream names none
-    EZVAudioEncodeType encoding;
-    std::uint16_t pid;
-    std::uint8_t componentTag; ///< 0 when the stream has none
+    EZVLanguageCode language;    ///< ZV_LANGUAGE_UNKNOWN when the stream names none
+    EZVAudioEncodeType encoding; ///< coding of the track
+    std::uint16_t pid;           ///< of the elementary stream
+    std::uint8_t componentTag;   ///< 0 when the stream has none
     std::uint8_t
         audioType; ///< ISO 639 audio type: 0 undefined, 1 clean effects, 2 hearing impaired, 3 commentary
     std::uint32_t sampleRate; ///< Hz, 0 when not known
@@ -158,28 +161,28 @@ struct ZVAudio
     std::uint8_t channels;    ///< 0 when not known
     std::uint8_t dualMono;    ///< 1 while the track carries two independent sounds
     std::uint8_t streamType;  ///< stream type of the PMT
-    std::uint8_t reserved[9];
+    std::uint8_t reserved[9]; ///< zero
 };
 
 /// A teletext page that the PMT announces.
 struct ZVTTX
 {
-    EZVLanguageCode language;
-    std::uint16_t pid;
-    std::uint8_t magazine; ///< 1 to 8
-    std::uint8_t page;     ///< the page's two digits, hexadecimal: 0x88 with magazine 8 is page 888
+    EZVLanguageCode language; ///< ZV_LANGUAGE_UNKNOWN when the stream names none
+    std::uint16_t pid;        ///< of the teletext stream
+    std::uint8_t magazine;    ///< 1 to 8
+    std::uint8_t page;        ///< the page's two digits, hexadecimal: 0x88 with magazine 8 is page 888
     std::uint8_t
         type; ///< 1 initial page, 2 subtitle, 3 information, 4 schedule, 5 subtitle for the hard of hearing
     std::uint8_t componentTag; ///< 0 when the stream has none
-    std::uint8_t reserved[6];
+    std::uint8_t reserved[6];  ///< zero
 };
 
 /// A subtitle of the service, DVB bitmap or teletext.
 struct ZVHybridSBT
 {
-    EZVLanguageCode language;
-    EZVSubtitleKind kind;
-    std::uint16_t pid;
+    EZVLanguageCode language;      ///< ZV_LANGUAGE_UNKNOWN when the stream names none
+    EZVSubtitleKind kind;          ///< which of the members below count
+    std::uint16_t pid;             ///< of the subtitle or teletext stream
     std::uint16_t compositionPage; ///< DVB subtitles only
     std::uint16_t ancillaryPage;   ///< DVB subtitles only
     std::uint8_t type;             ///< type as in the subtitling or teletext descriptor
@@ -187,27 +190,27 @@ struct ZVHybridSBT
     std::uint8_t magazine;         ///< teletext only, 1 to 8
     std::uint8_t page;             ///< teletext only, as in ZVTTX
     std::uint8_t componentTag;     ///< 0 when the stream has none
-    std::uint8_t reserved[5];
+    std::uint8_t reserved[5];      ///< zero
 };
 
 /// An ISDB caption or superimposed text.
 struct ZVISDBText
 {
-    EZVLanguageCode language;
-    EZVISDBTextType type;
-    std::uint16_t pid;
+    EZVLanguageCode language;    ///< ZV_LANGUAGE_UNKNOWN until the stream has named it
+    EZVISDBTextType type;        ///< caption or superimposed text
+    std::uint16_t pid;           ///< of the caption stream
     std::uint16_t dataComponent; ///< data component id: 0x0008 for captions, 0x0012 for one-segment captions
     std::uint8_t componentTag;   ///< 0x30 to 0x37 captions, 0x38 to 0x3F superimposed text
     std::uint8_t languageTag;    ///< 0 to 7, the language's number within the stream
-    std::uint8_t reserved[2];
+    std::uint8_t reserved[2];    ///< zero
 };
 
 /// State of the dual-sound choice.
 struct ZVDualSound
 {
-    EZVMultiSoundMode mode;
-    std::uint8_t available; ///< 1 when the current track carries two sounds
-    std::uint8_t reserved[3];
+    EZVMultiSoundMode mode;   ///< which sound is heard
+    std::uint8_t available;   ///< 1 when the current track carries two sounds
+    std::uint8_t reserved[3]; ///< zero
 };
 
 /// One rating of the current programme.
@@ -221,21 +224,21 @@ struct ZVRatingInfo
 /// The picture that is played.
 struct ZVResolution
 {
-    std::uint32_t width;              ///< pixels
-    std::uint32_t height;             ///< lines
-    std::uint32_t frameRateNumerator; ///< frames a second are numerator / denominator; 0/0 when not known
-    std::uint32_t frameRateDenominator;
-    std::uint16_t aspectWidth; ///< display aspect ratio, 16 : 9 for example; 0 : 0 when not known
-    std::uint16_t aspectHeight;
-    std::uint8_t interlaced; ///< 1 for interlaced pictures
-    std::uint8_t reserved[11];
+    std::uint32_t width;                ///< pixels
+    std::uint32_t height;               ///< lines
+    std::uint32_t frameRateNumerator;   ///< frames a second are numerator / denominator; 0/0 when not known
+    std::uint32_t frameRateDenominator; ///< see frameRateNumerator
+    std::uint16_t aspectWidth;          ///< display aspect ratio, 16 : 9 for example; 0 : 0 when not known
+    std::uint16_t aspectHeight;         ///< see aspectWidth
+    std::uint8_t interlaced;            ///< 1 for interlaced pictures
+    std::uint8_t reserved[11];          ///< zero
 };
 
 /// One PES packet that the service pushed. Owned by the library, valid during the callback.
 struct ZVPESData
 {
-    std::int32_t type; ///< EZVPESType
-    std::int16_t pid;
+    std::int32_t type;              ///< EZVPESType
+    std::int16_t pid;               ///< 13 bits; as an unsigned number `pid & 0xFFFF`
     std::uint32_t pts;              ///< low 32 bits of the presentation time stamp, 90 kHz
     std::vector<std::uint8_t> data; ///< the whole PES packet with its header
 };
@@ -244,14 +247,15 @@ struct ZVPESData
 struct ZVCaption
 {
     std::int32_t type; ///< kind of caption data; the service's EZVPESType for the stream it came from
-    std::vector<std::uint8_t> data;
+    std::vector<std::uint8_t>
+        data; ///< as it was broadcast: data units of teletext, a data group of ARIB captions
 };
 
 /// Names a programme of the guide.
 struct IPGProgramId
 {
-    std::uint64_t serviceId;
-    std::uint16_t eventId;
+    std::uint64_t serviceId; ///< as in the methods' `inID`
+    std::uint16_t eventId;   ///< low 16 bits of the event id
     std::uint32_t startTime; ///< unit of the guide's service
     std::uint32_t duration;  ///< unit of the guide's service
 };
@@ -259,8 +263,8 @@ struct IPGProgramId
 /// Selects what a proxy talks about: sent with every request as one number.
 struct IPTVHandle
 {
-    IPTVProfile profile;
-    std::uint16_t id;
+    IPTVProfile profile; ///< low 16 bits count
+    std::uint16_t id;    ///< number within the profile
 };
 
 /// The number under which a handle travels. An id above 255 carries into the profile's part.

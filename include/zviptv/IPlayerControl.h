@@ -1,3 +1,6 @@
+/// @file
+/// Muting, tracks, clocks, the state of the source.
+
 #pragma once
 
 #include <zviptv/Export.h>
@@ -56,7 +59,10 @@ public:
     /// The default caption service. Start value: ZV_CAPTION_SERVICE_UNKNOWN (0).
     virtual bool GetDefaultCaptionService(EZVCaptionService& service) = 0;
 
+    /// Silences the sound, or lets it be heard again.
     virtual bool MuteAudio(bool on) = 0;
+
+    /// Blanks the picture, or shows it again.
     virtual bool MuteVideo(bool on) = 0;
 
     /// The picture's resolution class and its details. Start value of `res`: CVTV_RESOLUTION_UNKNOWN (0);

@@ -1,3 +1,6 @@
+/// @file
+/// The message that every request, reply and notification is.
+
 #pragma once
 
 #include <zviptv/Export.h>
@@ -15,7 +18,7 @@ struct MessageEntry
 {
     std::string value; ///< value bytes, zero bytes included
     std::int32_t size; ///< number of value bytes, as declared when the entry was added
-    std::string key;
+    std::string key;   ///< UTF-8 without zero bytes, or the message cannot travel
 };
 
 /// Ordered list of key/value entries: every request, reply and notification is one.
@@ -28,12 +31,22 @@ struct MessageEntry
 class ZVIPTV_API CMessageBuffer
 {
 public:
+    /// An empty message.
     CMessageBuffer();
+
+    /// Frees the entries.
     virtual ~CMessageBuffer();
 
+    /// Copies all entries.
     CMessageBuffer(CMessageBuffer const&);
+
+    /// Takes the entries over; the other message may be destroyed or assigned to.
     CMessageBuffer(CMessageBuffer&&) noexcept;
+
+    /// Copies all entries in place of its own.
     CMessageBuffer& operator=(CMessageBuffer const&);
+
+    /// Takes the entries over in place of its own.
     CMessageBuffer& operator=(CMessageBuffer&&) noexcept;
 
     /// Number of entries.

@@ -1,3 +1,6 @@
+/// @file
+/// A mutex, and its holder for a scope.
+
 #pragma once
 
 #include <zviptv/Export.h>
@@ -8,7 +11,10 @@
 class ZVIPTV_API CMutexDBus
 {
 public:
+    /// Free at first.
     CMutexDBus();
+
+    /// The mutex must be free.
     ~CMutexDBus();
 
     CMutexDBus(CMutexDBus const&) = delete;
@@ -16,6 +22,8 @@ public:
 
     /// Blocks until the calling thread holds the mutex.
     void Lock();
+
+    /// Releases the mutex, which the calling thread must hold.
     void Unlock();
 
     /// True when the mutex was free and is now held by the calling thread; false, without waiting, otherwise.
@@ -29,7 +37,10 @@ private:
 class ZVIPTV_API CAutoLockDBus
 {
 public:
+    /// Blocks until the calling thread holds `mutex`.
     explicit CAutoLockDBus(CMutexDBus& mutex);
+
+    /// Releases the mutex.
     virtual ~CAutoLockDBus();
 
     CAutoLockDBus(CAutoLockDBus const&) = delete;

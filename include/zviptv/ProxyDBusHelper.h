@@ -1,3 +1,6 @@
+/// @file
+/// One end of a channel between an application and the service.
+
 #pragma once
 
 #include <zviptv/Export.h>
@@ -20,9 +23,9 @@ struct ChannelAccess;
 
 /// One end of a point-to-point channel on the system bus, between a proxy and its partner in the service.
 ///
-/// The channel exports the object PROXY_DBUS_HELPER_OBJ_NAME/<name> under its connection's unique name; both
-/// ends use the same object path. Use: construct, SetCallback, SetDisconnectNotiCB where the loss of the
-/// partner matters, hand GetPublicName() to the partner, Connect(partner), send, destroy.
+/// The channel exports the object PROXY_DBUS_HELPER_OBJ_NAME + "/" + its name under its connection's unique
+/// name; both ends use the same object path. Use: construct, SetCallback, SetDisconnectNotiCB where the loss
+/// of the partner matters, hand GetPublicName() to the partner, Connect(partner), send, destroy.
 ///
 /// A process exports one object per name: of several channels of the same name the first gets the calls, the
 /// others (the log says "Error while registering object") connect and send, and get the notifications of
@@ -48,16 +51,16 @@ struct ChannelAccess;
 class ZVIPTV_API CProxyDBusHelper
 {
 public:
-    static char const* const PROXY_DBUS_HELPER_PREFIX;
-    static char const* const PROXY_DBUS_HELPER_OBJ_NAME;
-    static char const* const PROXY_DBUS_HELPER_OBJ_IFACE;
-    static char const* const PROXY_DBUS_HELPER_OBJ_METHOD;
-    static char const* const PROXY_DBUS_HELPER_SIG_NAME;
-    static char const* const PROXY_DBUS_HELPER_SYN_SUFFIX;
-    static char const* const PROXY_DBUS_HELPER_SYNACK_SUFFIX;
-    static char const* const PROXY_DBUS_HELPER_ACK_SUFFIX;
-    static char const* const INTERFACE_XML;
-    static GDBusInterfaceVTable const m_vtable;
+    static char const* const PROXY_DBUS_HELPER_PREFIX;     ///< what all names begin with
+    static char const* const PROXY_DBUS_HELPER_OBJ_NAME;   ///< object path without the channel's name
+    static char const* const PROXY_DBUS_HELPER_OBJ_IFACE;  ///< interface of the object
+    static char const* const PROXY_DBUS_HELPER_OBJ_METHOD; ///< method of requests, "Send"
+    static char const* const PROXY_DBUS_HELPER_SIG_NAME;   ///< signal of notifications, "SendSignal"
+    static char const* const PROXY_DBUS_HELPER_SYN_SUFFIX; ///< "_SYN"; reserved, the library does not use it
+    static char const* const PROXY_DBUS_HELPER_SYNACK_SUFFIX; ///< "_SYN_ACK"; reserved
+    static char const* const PROXY_DBUS_HELPER_ACK_SUFFIX;    ///< "_ACK"; reserved
+    static char const* const INTERFACE_XML;                   ///< introspection data of the object
+    static GDBusInterfaceVTable const m_vtable;               ///< what GIO calls for the object
 
     /// Largest message body in bytes, as it stands on the wire, that a send accepts: the bus disconnects
     /// whoever sends more than 32 MiB, so larger messages are refused here.
@@ -67,6 +70,8 @@ public:
     /// path or makes one of more than 512 characters, the channel is constructed all the same (the log tells)
     /// and everything on it fails.
     explicit CProxyDBusHelper(std::string name);
+
+    /// Withdraws the object and all callbacks; what it waits for is said above.
     virtual ~CProxyDBusHelper();
 
     CProxyDBusHelper(CProxyDBusHelper const&) = delete;

@@ -1,3 +1,6 @@
+/// @file
+/// The library's log lines, taken into the application.
+
 #pragma once
 
 #include <zviptv/Export.h>
@@ -7,9 +10,9 @@
 /// from bad.
 enum EZVLogPriority
 {
-    ZV_LOG_DEBUG,
-    ZV_LOG_INFO,
-    ZV_LOG_ERROR
+    ZV_LOG_DEBUG, ///< single messages and pushes
+    ZV_LOG_INFO,  ///< steps of setting up and calling
+    ZV_LOG_ERROR  ///< what failed, and a few that did not
 };
 
 /// Receives one log line.
