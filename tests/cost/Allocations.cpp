@@ -39,16 +39,16 @@ ZVIPTV_HEAP void* malloc(std::size_t size)
     return __libc_malloc(size);
 }
 
-ZVIPTV_HEAP void* calloc(std::size_t count, std::size_t size)
+ZVIPTV_HEAP void* calloc(std::size_t nmemb, std::size_t size)
 {
-    Count(count * size);
-    return __libc_calloc(count, size);
+    Count(nmemb * size);
+    return __libc_calloc(nmemb, size);
 }
 
-ZVIPTV_HEAP void* realloc(void* block, std::size_t size)
+ZVIPTV_HEAP void* realloc(void* ptr, std::size_t size)
 {
     Count(size);
-    return __libc_realloc(block, size);
+    return __libc_realloc(ptr, size);
 }
 
 ZVIPTV_HEAP void* memalign(std::size_t alignment, std::size_t size)
@@ -63,14 +63,14 @@ ZVIPTV_HEAP void* aligned_alloc(std::size_t alignment, std::size_t size)
     return __libc_memalign(alignment, size);
 }
 
-ZVIPTV_HEAP int posix_memalign(void** block, std::size_t alignment, std::size_t size)
+ZVIPTV_HEAP int posix_memalign(void** memptr, std::size_t alignment, std::size_t size)
 {
     Count(size);
-    *block = __libc_memalign(alignment, size);
-    return *block == nullptr ? ENOMEM : 0;
+    *memptr = __libc_memalign(alignment, size);
+    return *memptr == nullptr ? ENOMEM : 0;
 }
 
-ZVIPTV_HEAP void free(void* block)
+ZVIPTV_HEAP void free(void* ptr)
 {
-    __libc_free(block);
+    __libc_free(ptr);
 }

@@ -5,9 +5,7 @@
 #include <cstdlib>
 
 using namespace zviptv::test;
-using testing::AllOf;
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::StartsWith;
 
 namespace {

@@ -6,7 +6,6 @@
 using namespace zviptv::test;
 using namespace std::chrono_literals;
 using testing::ElementsAre;
-using testing::StartsWith;
 
 namespace {
 

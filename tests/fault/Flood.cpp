@@ -33,7 +33,7 @@ MessageHandle NameRequest(char const* member, std::string const& name)
 /// The message number `i` of a flood.
 std::function<MessageHandle(std::size_t)> Ammunition(Arguments const& arguments)
 {
-    std::string const kind = arguments[0];
+    std::string const& kind = arguments[0];
     WireTarget const target{arguments[1], arguments[2], "org.corvel.zviptvapi.DbusCommunication",
                             kind == "calls" ? "Send" : "SendSignal"};
     if (kind == "names") {

@@ -35,9 +35,9 @@ void ForgeAnswers(BusLink& link, std::string const& victim)
 
 void BeStranger(Arguments const& arguments)
 {
-    std::string const victim = arguments[0];
-    std::string const path = arguments[1];
-    std::string const partner = arguments[2];
+    std::string const& victim = arguments[0];
+    std::string const& path = arguments[1];
+    std::string const& partner = arguments[2];
     BusLink link;
     Tell(link.Name());
     for (bool const forged : {false, true}) {

@@ -3,7 +3,7 @@
 namespace zviptv::fuzz {
 
 using test::Bytes;
-using test::operator+;
+using test::operator+; // NOLINT(misc-unused-using-decls): it is used
 
 namespace {
 

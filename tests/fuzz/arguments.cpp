@@ -62,7 +62,8 @@ void CheckSeconds(std::string const& text)
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
 {
-    std::string const text = std::string(data, data + size).c_str(); // an argument ends at a zero byte
+    // An argument ends at a zero byte. NOLINTNEXTLINE(readability-redundant-string-cstr)
+    std::string const text = std::string(data, data + size).c_str();
     CheckNumber<std::int32_t>(text);
     CheckNumber<std::int64_t>(text);
     CheckNumber<std::uint16_t>(text);

@@ -37,8 +37,8 @@ inline std::string KindName(testing::TestParamInfo<ProxyKind> const& info)
 template <typename Interface, int (*create)(IPTVProfile, int, Interface**)>
 void* CreateWithHandle(IPTVProfile profile, int id)
 {
-    static int const somewhere = 0;
-    auto* out = reinterpret_cast<Interface*>(const_cast<int*>(&somewhere)); // to be overwritten
+    static int somewhere = 0;
+    auto* out = reinterpret_cast<Interface*>(&somewhere); // to be overwritten
     EXPECT_EQ(create(profile, id, &out), 0);
     return out;
 }

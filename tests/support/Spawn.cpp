@@ -155,7 +155,7 @@ public:
         auto result = task->get_future();
         {
             std::lock_guard const lock(m_mutex);
-            m_tasks.push_back([task] { (*task)(); });
+            m_tasks.emplace_back([task] { (*task)(); });
         }
         m_changed.notify_all();
         return result.get();

@@ -11,6 +11,7 @@ constexpr char const* Pes = "pes";
 constexpr char const* Caption = "caption";
 
 // One row a method: its name and the names of its parameters. All else follows from its type.
+// NOLINTBEGIN(bugprone-macro-parentheses): a type, braces and names.
 #define METHOD(Interface, Name)                                                                              \
     MethodRow<&Interface::Name>                                                                              \
     {                                                                                                        \
@@ -26,6 +27,7 @@ constexpr char const* Caption = "caption";
     {                                                                                                        \
 #Interface, #Name, Command                                                                           \
     }
+// NOLINTEND(bugprone-macro-parentheses)
 
 std::vector<Method> MakeTable()
 {

@@ -5,13 +5,11 @@
 
 #include <csignal>
 #include <unistd.h>
-#include <utility>
 
 namespace zviptv::ctl {
 
 Watch::Watch(Session& session, WatchOptions options)
-    : m_session(session), m_options(std::move(options)), m_out("-"),
-      m_live(m_options.asJson ? -1 : STDOUT_FILENO)
+    : m_session(session), m_options(options), m_out("-"), m_live(m_options.asJson ? -1 : STDOUT_FILENO)
 {
 }
 

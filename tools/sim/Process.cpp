@@ -54,6 +54,7 @@ Process Process::Run(std::vector<std::string> const& command, Group group, int e
 {
     std::vector<char*> arguments;
     for (std::string const& word : command) {
+        // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): exec leaves the texts alone
         arguments.push_back(const_cast<char*>(word.c_str()));
     }
     arguments.push_back(nullptr);

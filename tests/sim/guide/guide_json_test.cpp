@@ -7,8 +7,6 @@
 namespace zviptv::test {
 namespace {
 
-using testing::ElementsAre;
-
 TEST(GuideJson, EveryMemberIsThereEvenWhenThereIsNothingToSay)
 {
     auto const guide = ReadText(Tv(Programme("1", "20260101", "20260102", ""))).guide;

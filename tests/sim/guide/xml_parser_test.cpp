@@ -111,7 +111,7 @@ TEST(XmlParser, Utf16)
     std::string xml = "\xFF\xFE";
     for (char const c : "<tv>" + Programme("1", "2026", "", "<title>A") + "</tv>")
         (xml += c) += '\0';
-    xml.insert(xml.find("A") + 2, "\x3D\xD8\x00\xDE", 4); // one character outside the base plane
+    xml.insert(xml.find('A') + 2, "\x3D\xD8\x00\xDE", 4); // one character outside the base plane
     xml.replace(xml.find(std::string("<\0/\0p\0", 6)), 0, std::string("<\0/\0t\0i\0t\0l\0e\0>\0", 16));
     auto const loaded = ReadText(xml);
     EXPECT_EQ(loaded.guide->Text(loaded.guide->TextAt(0).text), "A😀");

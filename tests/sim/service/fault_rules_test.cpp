@@ -9,7 +9,6 @@ namespace zviptv::test {
 namespace {
 
 using testing::HasSubstr;
-using testing::Not;
 
 constexpr char Known[] = "use * for all, or one of ";
 

@@ -20,6 +20,7 @@ public:
             iconv_close(m_handle);
     }
 
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): so iconv_open says that there is none
     bool Ok() const { return m_handle != iconv_t(-1); }
 
     /// Nothing when the text is no whole and valid text, or has more than `limit` bytes then.

@@ -1,0 +1,79 @@
+#!/bin/bash
+# What tools say of the sources without running them: lint.sh BUILD [FILE...]
+# All of the project's files, or those that are named. Sources are compiled as the release in BUILD does; a header is
+# looked at with the sources that include it.
+set -uo pipefail
+root=$(cd "$(dirname "$0")/../.." && pwd)
+build=$(realpath "$1")
+shift
+[ $# -eq 0 ] || mapfile -t named < <(realpath -s --relative-to="$root" "$@")
+cd "$root" || exit 1
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+failed=0
+
+all() { git ls-files --cached --others --exclude-standard; }
+chosen() { if [ -v named ]; then printf '%s\n' "${named[@]}"; else all; fi; }
+# What is meant: files that are there.
+mapfile -t files < <(chosen | while read -r file; do [ ! -f "$file" ] || printf '%s\n' "$file"; done)
+
+# matching PATTERN: of these.
+matching() { printf '%s\n' "${files[@]}" | grep -E "$1"; }
+
+# say TOOL FILE...: what is looked at.
+say() { printf '%s: %s files\n' "$1" "$(($# - 1))"; }
+
+check() { "$@" || failed=1; }
+
+# What .editorconfig says of all texts. Markdown may end lines with spaces; seeds and samples are no texts of ours.
+mapfile -t texts < <(matching . | grep -vE '^(tests/fuzz/corpus|samples)/|\.(md|svg)$' | xargs -d '\n' grep -lI .)
+if [ ${#texts[@]} -gt 0 ]; then
+    say "ends of lines" "${texts[@]}"
+    ! grep -nE '[[:space:]]$' /dev/null "${texts[@]}" || failed=1
+    for text in "${texts[@]}"; do
+        [ -z "$(tail -c 1 "$text")" ] || { echo "$text: the last line does not end" && failed=1; }
+    done
+fi
+
+mapfile -t sources < <(matching '\.(cpp|h)$')
+if [ ${#sources[@]} -gt 0 ]; then
+    say clang-format "${sources[@]}"
+    check clang-format-14 --dry-run -Werror "${sources[@]}"
+fi
+
+# Bash's scripts are known by their names or their first lines.
+mapfile -t scripts < <(for file in "${files[@]}"; do
+    case $file in
+    *.sh | *.bash) printf '%s\n' "$file" ;;
+    *.*) ;;
+    *) head -n 1 "$file" | grep -qaE '^#!/bin/(ba)?sh' && printf '%s\n' "$file" ;;
+    esac
+done)
+if [ ${#scripts[@]} -gt 0 ]; then
+    say shellcheck "${scripts[@]}"
+    check shellcheck --severity=warning "${scripts[@]}"
+fi
+
+mapfile -t modules < <(matching '\.py$')
+if [ ${#modules[@]} -gt 0 ]; then
+    say "Python's compiler" "${modules[@]}"
+    check python3 -B -c 'import sys
+for name in sys.argv[1:]:
+    compile(open(name, encoding="utf-8").read(), name, "exec")' "${modules[@]}"
+fi
+
+# The commands of the build, without what g++ alone understands.
+sed 's/ -femit-class-debug-always//g' "$build/compile_commands.json" >"$work/compile_commands.json"
+mapfile -t sources < <(matching '\.cpp$' | while read -r file; do
+    ! grep -qF "\"$root/$file\"" "$work/compile_commands.json" || printf '%s\n' "$root/$file"
+done)
+others=$(($(matching '\.cpp$' | wc -l) - ${#sources[@]}))
+[ "$others" -eq 0 ] || echo "clang-tidy: $others files are left out, which the release does not build"
+if [ ${#sources[@]} -gt 0 ]; then
+    say clang-tidy "${sources[@]}"
+    printf '%s\0' "${sources[@]}" | xargs -0 -P "$(nproc)" -n 1 clang-tidy-14 -p "$work" --quiet \
+        2> >(grep -v 'warnings\? generated' >&2) || failed=1
+fi
+
+[ "$failed" -eq 0 ] && echo "No findings."
+exit "$failed"
