@@ -6,11 +6,16 @@
 #include "proxy/PlayerControlProxy.h"
 
 #include <zviptv/CommonNative.h>
+#include <zviptv/ConnectionHelperDBusClient.h>
+#include <zviptv/DeferredReply.h>
+#include <zviptv/MutexDBus.h>
+#include <zviptv/ProxyDBusHelper.h>
 
 #include <gtest/gtest.h>
 
 #include <cstddef>
 #include <cstring>
+#include <initializer_list>
 #include <type_traits>
 #include <vector>
 
@@ -28,42 +33,51 @@ std::size_t SlotOf(Operation operation)
     return (offset - 1) / sizeof(void*);
 }
 
-template <typename... Operations>
+/// What follows the virtual functions of a class.
+template <typename Class>
+struct Following : Class
+{
+    virtual void Next() = 0;
+};
+
+/// The destructor comes first, then these, and nothing else.
+template <typename Class, typename... Operations>
 void ExpectSlotsInOrder(Operations... operations)
 {
     std::size_t expected = 2;
-    for (std::size_t const slot : {SlotOf(operations)...}) {
+    for (std::size_t const slot : std::initializer_list<std::size_t>{SlotOf(operations)...}) {
         EXPECT_EQ(slot, expected++);
     }
+    EXPECT_EQ(SlotOf(&Following<Class>::Next), expected);
 }
 
 TEST(InterfaceSlots, PlayerControl)
 {
     using I = IPlayerControl;
-    ExpectSlotsInOrder(&I::SetCurrentAudioByIndex, &I::SetAudioFormat, &I::SetDigitalDualSound,
-                       &I::SetCurrentTTX, &I::SetCurrentHybridSBT, &I::GetSTCCount, &I::SetCurrentISDBText,
-                       &I::SetCurrentISDBTextService, &I::GetCaptionDataMode, &I::GetDefaultCaptionService,
-                       &I::MuteAudio, &I::MuteVideo, &I::GetResolution, &I::SetAppID, &I::GetSourceState,
-                       &I::GetFirstPTS);
+    ExpectSlotsInOrder<I>(&I::SetCurrentAudioByIndex, &I::SetAudioFormat, &I::SetDigitalDualSound,
+                          &I::SetCurrentTTX, &I::SetCurrentHybridSBT, &I::GetSTCCount, &I::SetCurrentISDBText,
+                          &I::SetCurrentISDBTextService, &I::GetCaptionDataMode, &I::GetDefaultCaptionService,
+                          &I::MuteAudio, &I::MuteVideo, &I::GetResolution, &I::SetAppID, &I::GetSourceState,
+                          &I::GetFirstPTS);
 }
 
 TEST(InterfaceSlots, BroadcastData)
 {
     using I = IBroadcastData;
-    ExpectSlotsInOrder(&I::GetAudioFormat, &I::GetDigitalDualSound, &I::GetCurrentAudioInfo, &I::SizeOfAudio,
-                       &I::GetAudio, &I::SizeOfTTX, &I::GetTTX, &I::GetCurrentTTX, &I::SizeOfHybridSBT,
-                       &I::GetHybridSBT, &I::CheckHardOfHearingSBT, &I::GetPreferredHybridSBT,
-                       &I::GetCurrentHybridSBT, &I::GetPreferredTTXSubtitle, &I::SizeOfISDBText,
-                       &I::GetISDBText, &I::GetCurrentISDBText, &I::GetCaptionLanguage, &I::GetRatingInfo,
-                       &I::SetUnlockedInfo, &I::GetRatingLockState, &I::UnMuteByRatingPin,
-                       &I::SetUnlockedInfoWhenFactoryMode, &I::FlagServiceLocked);
+    ExpectSlotsInOrder<I>(&I::GetAudioFormat, &I::GetDigitalDualSound, &I::GetCurrentAudioInfo,
+                          &I::SizeOfAudio, &I::GetAudio, &I::SizeOfTTX, &I::GetTTX, &I::GetCurrentTTX,
+                          &I::SizeOfHybridSBT, &I::GetHybridSBT, &I::CheckHardOfHearingSBT,
+                          &I::GetPreferredHybridSBT, &I::GetCurrentHybridSBT, &I::GetPreferredTTXSubtitle,
+                          &I::SizeOfISDBText, &I::GetISDBText, &I::GetCurrentISDBText, &I::GetCaptionLanguage,
+                          &I::GetRatingInfo, &I::SetUnlockedInfo, &I::GetRatingLockState,
+                          &I::UnMuteByRatingPin, &I::SetUnlockedInfoWhenFactoryMode, &I::FlagServiceLocked);
 }
 
 TEST(InterfaceSlots, DataSubscriber)
 {
     using I = IIPTVDataSubscriber;
-    ExpectSlotsInOrder(&I::SubscribeForCaption, &I::UnsubscribeForCaption, &I::SubscribeForPES,
-                       &I::UnSubscribeForPES);
+    ExpectSlotsInOrder<I>(&I::SubscribeForCaption, &I::UnsubscribeForCaption, &I::SubscribeForPES,
+                          &I::UnSubscribeForPES);
 }
 
 TEST(InterfaceSlots, ProgramGuide)
@@ -71,14 +85,17 @@ TEST(InterfaceSlots, ProgramGuide)
     using I = IIPGUtil;
     using ByIndex = bool (I::*)(unsigned int, std::string&);
     using ById = bool (I::*)(IPGProgramId, Program_IPG, std::string&);
-    ExpectSlotsInOrder(&I::ExistXmlForIPG, &I::GetProgramListSize, static_cast<ByIndex>(&I::GetProgram),
-                       static_cast<ById>(&I::GetProgram), &I::GetPresentProgram, &I::FindProgram,
-                       &I::GetRating, &I::GetGenre, &I::GetProgramList, &I::CloneUSBToTV);
+    ExpectSlotsInOrder<I>(&I::ExistXmlForIPG, &I::GetProgramListSize, static_cast<ByIndex>(&I::GetProgram),
+                          static_cast<ById>(&I::GetProgram), &I::GetPresentProgram, &I::FindProgram,
+                          &I::GetRating, &I::GetGenre, &I::GetProgramList, &I::CloneUSBToTV);
 }
 
 struct Hooks : CCommonNative
 {
-    static void Expect() { ExpectSlotsInOrder(&Hooks::t_HandleMessage, &Hooks::t_HandleNotification); }
+    static void Expect()
+    {
+        ExpectSlotsInOrder<CCommonNative>(&Hooks::t_HandleMessage, &Hooks::t_HandleNotification);
+    }
 };
 
 TEST(InterfaceSlots, CommonNative)
@@ -89,7 +106,26 @@ TEST(InterfaceSlots, CommonNative)
 TEST(InterfaceSlots, ConnectionHelper)
 {
     using I = IConnectionHelper;
-    ExpectSlotsInOrder(&I::SetDbusSignalCb);
+    ExpectSlotsInOrder<I>(&I::SetDbusSignalCb);
+}
+
+TEST(InterfaceSlots, ClassesWithNothingVirtualButTheirDestructor)
+{
+    ExpectSlotsInOrder<CAutoLockDBus>();
+    ExpectSlotsInOrder<CConnectionHelperDBusClient>();
+    ExpectSlotsInOrder<CMessageBuffer>();
+    ExpectSlotsInOrder<CProxyDBusHelper>();
+}
+
+template <typename... Classes>
+void ExpectNothingVirtual()
+{
+    EXPECT_FALSE((std::is_polymorphic_v<Classes> || ...));
+}
+
+TEST(InterfaceSlots, ClassesWithNothingVirtual)
+{
+    ExpectNothingVirtual<CDeferredReply, CIPTVServiceAPI, CMutexDBus>();
 }
 
 #else

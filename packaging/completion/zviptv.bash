@@ -1,0 +1,91 @@
+# shellcheck shell=bash
+# Bash completes the words of zviptvctl and zviptv-sim. What they take is asked of their --help, so that nothing is
+# listed twice.
+
+# Lines of an option and what it takes, if anything: "--ts FILE".
+_zviptv_options()
+{
+    sed -nE 's/^  (-[a-z],)?(--[a-z-]+)( ([^ ]+))?( .*)?$/\2 \4/p' <<<"$1"
+}
+
+_zviptv_subcommands()
+{
+    sed -nE '/^Subcommands:/,/^$/s/^  ([^ ]+) .*/\1/p' <<<"$1"
+}
+
+# What the Nth positional argument takes: its name, or the words of which its description consists: "on or off".
+_zviptv_positional()
+{
+    sed -nE '/^Positionals:/,/^$/s/^  ([^ ]+)( REQUIRED)? +(.*)$/\1 \3/p' <<<"$1" |
+        sed -nE "$2{s/^[^ ]+ ([a-z]+) or ([a-z]+)$/\1|\2/;s/ .*//;p}"
+}
+
+# What an option, or a positional argument, may be: files, the alternatives that its help spells, methods.
+_zviptv_values()
+{
+    local kind=${1%%=*} tool=$2 cur=$3 methods
+    case $kind in
+    FILE | PATH | XMLTV)
+        compopt -o filenames 2>/dev/null
+        mapfile -t COMPREPLY < <(compgen -f -- "$cur")
+        ;;
+    METHOD)
+        methods=$("$tool" methods 2>/dev/null | sed -n 's/^  \([A-Za-z]*\)(.*/\1/p')
+        mapfile -t COMPREPLY < <(compgen -W "$methods" -- "$cur")
+        ;;
+    *\|*)
+        mapfile -t COMPREPLY < <(compgen -W "${kind//|/ }" -- "$cur")
+        ;;
+    esac
+}
+
+# What stands behind --: a command and its arguments.
+_zviptv_command()
+{
+    if declare -F _command_offset >/dev/null; then
+        _command_offset "$1"
+    elif [ "$1" -eq "$COMP_CWORD" ]; then
+        mapfile -t COMPREPLY < <(compgen -c -- "${COMP_WORDS[COMP_CWORD]}")
+    else
+        compopt -o filenames 2>/dev/null
+        mapfile -t COMPREPLY < <(compgen -f -- "${COMP_WORDS[COMP_CWORD]}")
+    fi
+}
+
+_zviptv()
+{
+    local tool=${COMP_WORDS[0]/#\~/$HOME} cur=${COMP_WORDS[COMP_CWORD]} path=() awaited='' positionals=0
+    local help word i
+    COMPREPLY=()
+    help=$("$tool" --help 2>/dev/null) || return
+    for ((i = 1; i < COMP_CWORD; i++)); do
+        word=${COMP_WORDS[i]}
+        if [ "$word" = = ]; then
+            continue # bash parts --option=value at the sign
+        elif [ -n "$awaited" ]; then
+            awaited=''
+        elif [ "$word" = -- ]; then
+            [ ${#path[@]} -gt 0 ] || _zviptv_command $((i + 1))
+            return
+        elif [[ $word == -* ]]; then
+            awaited=$(_zviptv_options "$help" | sed -n "s/^$word //p")
+        elif _zviptv_subcommands "$help" | grep -qxF -e "$word"; then
+            path+=("$word")
+            help=$("$tool" "${path[@]}" --help 2>/dev/null) || return
+        else
+            positionals=$((positionals + 1))
+        fi
+    done
+    [ "$cur" != = ] || cur=''
+    if [ -n "$awaited" ]; then
+        _zviptv_values "$awaited" "$tool" "$cur"
+    elif [[ $cur == -* ]]; then
+        mapfile -t COMPREPLY < <(compgen -W "$(_zviptv_options "$help" | sed 's/ .*//')" -- "$cur")
+    elif [ "$positionals" -eq 0 ] && [ -n "$(_zviptv_subcommands "$help")" ]; then
+        mapfile -t COMPREPLY < <(compgen -W "$(_zviptv_subcommands "$help")" -- "$cur")
+    else
+        _zviptv_values "$(_zviptv_positional "$help" $((positionals + 1)))" "$tool" "$cur"
+    fi
+}
+
+complete -F _zviptv zviptvctl zviptv-sim

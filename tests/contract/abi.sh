@@ -1,0 +1,40 @@
+#!/bin/bash
+# The binary interface is the committed one: abi.sh BUILD SOURCE
+. "$(dirname "$0")/install.sh"
+
+if ! command -v abidw >/dev/null; then
+    echo "skipped: abidw is not installed (package abigail-tools)"
+    exit 77
+fi
+root=$(cd "$source/../.." && pwd)
+baseline=$root/packaging/abi/$(basename "$library").abi
+check() { "$root/packaging/abi/abi.sh" check "$library" "$root/include/zviptv" "$1"; }
+
+check "$baseline"
+if grep -nF "$build" "$baseline" || grep -nE "(path|name)='/" "$baseline"; then
+    echo "the baseline knows where it was made"
+    exit 1
+fi
+
+# The check notices what it is for: each time the baseline is that of a library which differs in one thing.
+notices() {
+    local what=$1
+    sed -E "$2" "$baseline" >"$work/other.abi"
+    ! cmp -s "$baseline" "$work/other.abi" || { echo "the baseline has changed its form: $what"; exit 1; }
+    if check "$work/other.abi" >"$work/said" 2>&1; then
+        echo "passes unnoticed: $what"
+        exit 1
+    fi
+    echo "noticed: $what"
+}
+within() { printf "/<%s name='%s'/,/<\\/%s>/" "$1" "$2" "$1"; }
+notices "a structure of another size" "$(within class-decl ZVTTX)s/size-in-bits='128'/size-in-bits='96'/"
+notices "a field at another place" "$(within class-decl ZVTTX)s/layout-offset-in-bits='80'/layout-offset-in-bits='88'/"
+notices "a field fewer" "$(within class-decl ZVPESData){/bits='64'/,/<\\/data-member>/d}"
+notices "an enumerator of another value" "$(within enum-decl EZVSourceState)s/value='3'/value='5'/"
+notices "an enumerator fewer" "$(within enum-decl EZVSourceState)"'{/SOURCE_STATE_ERROR/d}'
+notices "two virtual functions that change places" \
+    "$(within class-decl IIPTVDataSubscriber){s/vtable-offset='4'/vtable-offset='x'/;s/='5'/='4'/;s/='x'/='5'/}"
+notices "a virtual function fewer" "$(within class-decl IPlayerControl){/vtable-offset='17'/,/<\\/member-function>/d}"
+notices "a symbol fewer" "/name='_ZN10CMutexDBus7TryLockEv' type='func-type'/d"
+notices "a symbol more" "s/(.*name='_ZN10CMutexDBus7TryLock)(Ev' type='func-type'.*)/&\\n\\1Soon\\2/"

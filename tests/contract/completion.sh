@@ -1,0 +1,83 @@
+#!/bin/bash
+# What bash offers to complete, with the installed files and without bash-completion's own functions: completion.sh
+# BUILD SOURCE
+. "$(dirname "$0")/install.sh"
+
+export PATH=$prefix/bin:$PATH LD_LIBRARY_PATH=$libdir
+completions=$prefix/share/bash-completion/completions
+cd "$work"
+mkdir empty media
+touch media/one.ts media/two.ts media/guide.xml
+cd media
+
+# offered WORD...: what may stand in the last one's place, as bash calls the function; words are parted at "=".
+offered() (
+    # shellcheck source=../../packaging/completion/zviptv.bash
+    . "$completions/$1"
+    [ "$(complete -p "$1")" = "complete -F _zviptv $1" ] || { echo "$1 has no completion"; exit 1; }
+    COMP_WORDS=("$@")
+    COMP_CWORD=$(($# - 1))
+    _zviptv "$1" "${*: -1}" "${*: -2:1}"
+    printf '%s\n' "${COMPREPLY[@]}"
+)
+
+# expect 'WORD...' 'LAST WORD' 'OFFERED...'
+expect() {
+    local typed=() words
+    read -ra typed <<<"$1"
+    words=$(offered "${typed[@]}" "$2" | sort | tr '\n' ' ')
+    [ "${words% }" = "$3" ] || { printf '%s\n' "$1 $2: offered: $words" "expected: $3"; exit 1; }
+    echo "$1 $2: $words"
+}
+
+expect zviptvctl st status
+expect zviptvctl doc doctor
+expect zviptvctl ca 'call caption captions'
+expect zviptvctl --js --json
+expect 'zviptvctl --profile 2 --json' mu mute
+expect 'zviptvctl --profile' '' ''
+expect 'zviptvctl audio' '' 'list select'
+expect 'zviptvctl --log audio' se select
+expect 'zviptvctl guide' l 'list load'
+expect 'zviptvctl guide' -- '--help --help-all --id --json --log --profile'
+expect 'zviptvctl pes' --c --count
+expect 'zviptvctl pes --out' '' 'guide.xml one.ts two.ts'
+expect 'zviptvctl pes --out' t two.ts
+expect 'zviptvctl pes --count 3 --o' --o --out
+expect 'zviptvctl pes --count 3' -- '--count --help --help-all --id --json --log --out --pid --profile --seconds'
+expect 'zviptvctl mute' '' 'audio video'
+expect 'zviptvctl mute audio' '' 'off on'
+expect 'zviptvctl captions select' c caption
+expect 'zviptvctl unlock' p 'pin programme'
+expect 'zviptvctl call' Mute 'MuteAudio MuteVideo'
+expect 'zviptvctl call --json' GetFirst GetFirstPTS
+expect 'zviptvctl call MuteAudio' '' ''
+expect 'zviptvctl guide load' g guide.xml
+expect 'zviptvctl nonsense' '' ''
+
+expect zviptv-sim --t '--time --ts'
+expect 'zviptv-sim --ts' '' 'guide.xml one.ts two.ts'
+expect 'zviptv-sim --ts =' o one.ts
+expect 'zviptv-sim --ts one.ts --guide' g guide.xml
+expect 'zviptv-sim --ts one.ts --loop --bus' '' 'private system'
+expect 'zviptv-sim --bus' = 'private system'
+expect 'zviptv-sim --bus =' s system
+expect 'zviptv-sim --ts one.ts --' zviptvct zviptvctl
+expect 'zviptv-sim --ts one.ts -- cat' o one.ts
+
+# With bash-completion, what stands behind -- is that package's.
+_command_offset() { COMPREPLY=("offset $1"); }
+expect 'zviptv-sim --ts one.ts -- zviptvctl' au 'offset 4'
+
+# Every subcommand and option of the tools is offered.
+for tool in zviptvctl zviptv-sim; do
+    offered "$tool" -- | sort >"$work/offered"
+    "$tool" --help | sed -nE 's/^  (-h,)?(--[a-z-]+).*/\2/p' | sort >"$work/named"
+    test "$(wc -l <"$work/named")" -gt 6
+    diff "$work/offered" "$work/named"
+done
+offered zviptvctl '' | sort >"$work/offered"
+"$prefix/bin/zviptvctl" --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z]*\) .*/\1/p' | sort | diff - "$work/offered"
+
+# A tool that is gone offers nothing and says nothing.
+[ -z "$(PATH=$work/empty offered zviptvctl '' 2>&1)" ]
