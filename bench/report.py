@@ -14,7 +14,7 @@ from bus.variants import CROWD_SIZES, METHODS, PACKETS
 from inprocess import encoding
 from markdown import render
 
-BLOCK = re.compile(r"<!-- figures: (\S+) -->\n.*?<!-- end of figures -->", re.DOTALL)
+BLOCK = re.compile(r"<!-- figures: (\S+) -->\n(.*?)<!-- end of figures -->", re.DOTALL)
 PAGE = pathlib.Path(__file__).parent.parent / "docs/performance.md"
 TABLES = {"machine": tables.where, "targets": targets.targets,
           **{f"call-{method}": functools.partial(tables.calls, method=method) for method in METHODS},
@@ -37,9 +37,14 @@ def text(results):
     return note + "\n\n".join(blocks(results).values()) + "\n"
 
 
+def filled(page):
+    """What stands in the blocks of the page."""
+    return {name: text.rstrip("\n") for name, text in BLOCK.findall(page.read_text())}
+
+
 def check(page):
     """A table that the page has no block for, or a block that there is no table for, is an error."""
-    marked = sorted(BLOCK.findall(page.read_text()))
+    marked = sorted(filled(page))
     made = sorted([*TABLES, "inprocess"])
     if marked != made:
         raise RuntimeError(f"{page} has the blocks {marked}, but the tables are {made}")

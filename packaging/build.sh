@@ -1,8 +1,14 @@
 #!/bin/bash
 # Builds the Debian packages twice, in folders, time zones and with umasks that differ, and keeps the first ones if the
-# second are the same to the byte: build.sh OUT
+# second are the same to the byte: build.sh OUT. With --once before OUT, once and without their judge: for a test of
+# what they install.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+once=''
+if [ "$1" = --once ]; then
+    once=yes
+    shift
+fi
 mkdir -p "$1"
 out=$(realpath "$1")
 work=$(mktemp -d)
@@ -10,23 +16,24 @@ trap 'rm -rf "$work"' EXIT
 
 say() { printf '\n== %s\n' "$*"; }
 
-# What belongs to the project: all that git does not ignore, or of a source package all that was not built.
+# What belongs to the project: all that git does not ignore, or, where there is no git to ask, all that was not built.
 files() {
-    if [ -e .git ]; then
+    if [ -e .git ] && git ls-files >/dev/null 2>&1; then
         git ls-files -z --cached --others --exclude-standard | while IFS= read -r -d '' file; do
             [ ! -e "$file" ] || printf '%s\0' "$file"
         done
     else
-        find . -path ./build -prune -o -path ./debian -prune -o -type f -print0
+        find . \( -path ./build -o -path ./debian -o -path ./.git \) -prune -o -type f -print0
     fi
 }
 
-# build FOLDER TIMEZONE UMASK: the packages are beside FOLDER then. Nothing of the caller's environment gets in.
+# build FOLDER TIMEZONE UMASK [OPTION...]: the packages are beside FOLDER then. Nothing of the caller's environment gets
+# in.
 build() (
     cd "$1"
     umask "$3"
     env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME="$work" LC_ALL=C.UTF-8 TZ="$2" \
-        DEB_BUILD_OPTIONS="parallel=$(nproc)" dpkg-buildpackage -us -uc >"$1.log" 2>&1 || {
+        DEB_BUILD_OPTIONS="parallel=$(nproc)" dpkg-buildpackage -us -uc "${@:4}" >"$1.log" 2>&1 || {
         tail -n 50 "$1.log" >&2
         exit 1
     }
@@ -42,9 +49,22 @@ second=$work/another-place/of-another-length/libzv-iptv-service-api-$version
 mkdir -p "$first" "$second"
 files | tar -c --null --files-from=- | tar -x -C "$first"
 cp -r "$first/packaging/debian" "$first/debian"
-cp -a "$first/." "$second"
+
+# keep: the built packages, in the place of those of before.
+keep() {
+    rm -f "$out"/*.{deb,dsc,tar.xz,changes,buildinfo}
+    find "$work/one" -maxdepth 1 -type f ! -name '*.log' -exec cp -t "$out" {} +
+    say "In ${out#"$PWD"/}"
+    (cd "$out" && ls -1 ./*.deb)
+}
 
 say "Building the packages"
+if [ -n "$once" ]; then
+    build "$first" UTC 022 --build=binary
+    keep
+    exit
+fi
+cp -a "$first/." "$second"
 build "$first" UTC 022
 say "Building them again, elsewhere"
 build "$second" Asia/Kathmandu 077
@@ -56,7 +76,4 @@ echo "The same to the byte."
 say "lintian"
 lintian --allow-root --fail-on error,warning --info --display-info "$work"/one/*.changes
 
-rm -f "$out"/*.{deb,dsc,tar.xz,changes,buildinfo}
-find "$work/one" -maxdepth 1 -type f ! -name '*.log' -exec cp -t "$out" {} +
-say "In ${out#"$PWD"/}"
-(cd "$out" && ls -1 ./*.deb)
+keep

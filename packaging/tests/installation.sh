@@ -14,10 +14,12 @@ install_packages() {
     for deb in "$@"; do
         ours+=" $(dpkg-deb -f "$deb" Package)"
     done
-    # A system bus is recommended only. Images for containers leave documentation out.
+    # A system bus is recommended only. What is there already is not asked of a mirror again. Images for containers
+    # leave documentation out.
+    dpkg-query -W -f '${Status}' dbus 2>/dev/null | grep -q 'ok installed' || set -- "$@" dbus
     DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends --reinstall \
         -o DPkg::Options::='--path-include=/usr/share/doc/zv-iptv-doc/*' \
-        -o DPkg::Options::='--path-include=/usr/share/man/*/zv*' "$@" dbus >"$work/apt.log" 2>&1 || {
+        -o DPkg::Options::='--path-include=/usr/share/man/*/zv*' "$@" >"$work/apt.log" 2>&1 || {
         cat "$work/apt.log" >&2
         return 1
     }

@@ -26,3 +26,13 @@ if grep -E 'Proxy::|zviptv::' "$work/exported" | grep -v '^CProxyDBusHelper'; th
     echo "internal, but exported"
     exit 1
 fi
+
+# Each is declared in the header of its class, by its name.
+sed -nE 's/^(C[A-Za-z]+)::~?([A-Za-z0-9_]+|operator=)(\[abi:cxx11\])?(\(.*)?$/\1 \2/p' "$work/exported" | sort -u >"$work/members"
+test "$(wc -l <"$work/members")" -gt 50
+test "$(grep -cE '^C[A-Za-z]+::' "$work/exported")" = "$(grep -cE '^C[A-Za-z]+::~?([A-Za-z0-9_]+|operator=)(\[|\(|$)' "$work/exported")"
+while read -r class member; do
+    header=$(grep -lE "^class ZVIPTV_API $class( |\$)" "$prefix"/include/zviptv/*.h) || { echo "no header has $class"; exit 1; }
+    grep -qwF -- "$member" "$header" || { echo "$class::$member is exported, and not in $(basename "$header")"; exit 1; }
+done <"$work/members"
+echo "$(wc -l <"$work/members") members of classes are exported"

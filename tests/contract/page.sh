@@ -1,0 +1,23 @@
+#!/bin/bash
+# Types the commands of a page, builds its programs and compares what comes out: page.sh BUILD SOURCE PAGE
+. "$(dirname "$0")/install.sh"
+
+root=$(cd "$source/../.." && pwd)
+mkdir "$work/bin"
+printf '#!/bin/sh\nexec "%s" "$@" %s\n' "$CXX" "$sanitize" >"$work/bin/g++"
+# Whoever types waits until a service is there; so does the script.
+cat >"$work/bin/wait-for-service" <<'END'
+#!/bin/sh
+until dbus-send --system --print-reply --dest=org.freedesktop.DBus / org.freedesktop.DBus.NameHasOwner \
+    string:org.corvel.zviptvapi.dbushelper | grep -q true; do
+    sleep 0.05
+done
+END
+# In a container the bus complains of its limits.
+printf '#!/bin/sh\nexec dbus-daemon "$@" 2>>"%s"\n' "$work/bus.log" >"$work/bin/bus"
+printf '#!/bin/sh\nexec "%s" --dbus-daemon="%s" "$@"\n' "$(command -v dbus-run-session)" "$work/bin/bus" \
+    >"$work/bin/dbus-run-session"
+chmod +x "$work"/bin/*
+export PATH=$work/bin:$prefix/bin:$PATH LD_LIBRARY_PATH=$libdir PKG_CONFIG_PATH=$libdir/pkgconfig ZV_IPTV_LOG=none
+export CMAKE_PREFIX_PATH=$prefix CXX=$work/bin/g++ DBUS_SYSTEM_BUS_ADDRESS=unix:path=$work/no-bus
+python3 -B "$source/pages/page.py" "$3" "$root" "$work"

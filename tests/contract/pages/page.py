@@ -1,0 +1,122 @@
+"""Does what a page says and compares what comes out: page.py PAGE ROOT WORK
+
+Every block of the page is run here, or marked with the reason why not, or the test that does it is named; anything
+else is an error. MARKERS in blocks.py are the markers. PATH leads to an installation.
+"""
+import difflib
+import os
+import re
+import shutil
+import subprocess
+import sys
+from pathlib import Path
+
+from blocks import PageError, read_page
+from checks import check_drop_in, check_links, check_run_by, check_run_words
+from typed import Script, inside_main
+
+SEPARATOR = re.compile(r", (the same as|inside main|as:)\s*")
+
+
+def without_numbers(text, page_markers):
+    """Numbers that may differ, in what the page's markers name or from there to the line's end, become #."""
+    for name, pattern in page_markers:
+        if name.startswith("numbers"):
+            rest = ".*" if name.endswith("after") else ""
+            text = re.sub(f"(?:{pattern}){rest}", lambda found: re.sub(r"\d+", "#", found[0]), text,
+                          flags=re.MULTILINE)
+    return text.split("\n")
+
+
+def write_file(script, block, root):
+    name, *rest = SEPARATOR.split(block.marker("file"))
+    text = block.text
+    if rest and rest[0] == "the same as":
+        if (root / rest[1]).read_text() != text:
+            raise PageError(f"{block}: not the same as {rest[1]}")
+    elif rest:
+        text = inside_main(text)
+    script.file(name, text)
+
+
+def take(script, block, root):
+    """Has the block run or checked; says what became of it."""
+    for name, value in block.markers:
+        if name == "unseen":
+            script.unseen(value)
+    script.unseen_in_the_shell += [value for name, value in block.markers if name == "unseen in the shell"]
+    if block.marker("not run") is not None:
+        if len(block.marker("not run")) < 10:
+            raise PageError(f"{block}: not run, for what reason?")
+        return f"not run: {block.marker('not run')}"
+    if block.marker("run by"):
+        return check_run_by(block, root)
+    if block.marker("drop-in of"):
+        return check_drop_in(block, root)
+    if block.marker("file"):
+        write_file(script, block, root)
+        return f"written to {block.marker('file')}"
+    if block.marker("comes from"):
+        script.comes_from(block.marker("comes from"), block.text)
+        return "compared"
+    if block.language == "console":
+        if not block.text.startswith("$ "):
+            raise PageError(f"{block}: does not begin with '$ '")
+        script.typed(block.text)
+        return "typed"
+    if block.language == "end of page":
+        return "typed"
+    if block.language == "commands":
+        script.succeed(block.text)
+        return "run"
+    raise PageError(f"{block}: neither run nor marked")
+
+
+def prepare(root, work, is_empty):
+    """The folder where the page's reader is: one like the project's, or an empty one."""
+    here = work / "here"
+    here.mkdir()
+    share = work / "share"
+    share.mkdir()
+    for name in ("samples", "examples"):
+        (share / name).symlink_to(root / name)
+    if not is_empty:
+        (here / "build").mkdir()
+        for name in ("samples", "examples"):
+            shutil.copytree(root / name, here / name)
+    return here
+
+
+def main(name, root, work):
+    page = (root / name).read_text()
+    blocks, page_markers = read_page(name, page)
+    check_run_words(name, page, root)
+    check_links(name, page, root)
+    here = prepare(root, work, any(key == "typed in an empty folder" for key, _ in page_markers))
+    script = Script(str(work / "share"))
+    failed = False
+    for block in blocks:
+        try:
+            print(f"{block}: {take(script, block, root)}")
+        except PageError as error:
+            print(error, file=sys.stderr)
+            failed = True
+    commands, expected = script.finish()
+    if failed:
+        return 1
+    (work / "commands").write_text(commands)
+    with open(work / "run", "wb") as out:
+        subprocess.run(["bash", str(work / "commands")], cwd=here, stdin=subprocess.DEVNULL, stdout=out,
+                       env={**os.environ, "PAGES_WORK": str(work)}, check=False)
+    came = (work / "run").read_text(errors="replace")
+    diff = list(difflib.unified_diff(without_numbers(expected, page_markers),
+                                     without_numbers(came, page_markers), name, "what comes out", lineterm=""))
+    print("\n".join(diff))
+    return 1 if diff else 0
+
+
+if __name__ == "__main__":
+    try:
+        sys.exit(main(sys.argv[1], Path(sys.argv[2]), Path(sys.argv[3])))
+    except PageError as error:
+        sys.exit(str(error))

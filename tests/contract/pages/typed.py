@@ -1,0 +1,95 @@
+"""The shell script that does what a page tells its reader to do, and what has to come out of it.
+
+Commands begin with "$ ". What follows a command that ends in "-- bash" is typed in that shell, up to "exit".
+"""
+import re
+
+from blocks import PageError
+
+MAIN = "#include <zviptv/IPTVServiceAPI.h>\n{includes}\nint main()\n{{\n{statements}}}\n"
+
+
+def inside_main(text):
+    """A whole program of lines that stand in main; their includes come first."""
+    lines = text.split("\n")
+    includes = "\n".join(line for line in lines if line.startswith("#include"))
+    return MAIN.format(includes=includes,
+                       statements="\n".join(line for line in lines if not line.startswith("#include")))
+
+
+class Script:
+    """Written from the page's blocks, one after the other."""
+
+    def __init__(self, share):
+        self.share = share  # what /usr/share/zv-iptv is here
+        self.lines = ["exec 2>&1"]
+        self.expected = []
+        self.shells = []
+        self.unseen_in_the_shell = []
+
+    def _do(self, command, redirection=""):
+        command = command.replace("/usr/share/zv-iptv", self.share)
+        if not command.endswith("-- bash"):
+            self.lines.append(command + redirection)
+            return
+        mark = f"SHELL{len(self.shells)}"
+        self.shells.append(mark)
+        self.lines.append(f"{command} <<'{mark}'")
+        for unseen in self.unseen_in_the_shell:
+            self.unseen(unseen)
+        self.unseen_in_the_shell = []
+
+    def _leave(self):
+        if not self.shells:
+            raise PageError("exit, and no shell to leave")
+        self.lines.append(self.shells.pop())
+
+    def unseen(self, command):
+        if command == "exit":
+            self._leave()
+        elif command.endswith("-- bash") or re.match(r"(export|cd) |\w+=\S*$", command):
+            self._do(command)
+        else:
+            self._do("{ " + command + "; }", ' >"$PAGES_WORK/unseen" 2>&1 || cat "$PAGES_WORK/unseen"')
+
+    def _show(self, text):
+        self.lines += ["status=$?", "cat <<'TYPED'", text, "TYPED", "(exit $status)"]
+
+    def typed(self, text):
+        self.expected.append(text)
+        lines = iter(text.split("\n"))
+        for line in lines:
+            if not line.startswith("$ "):
+                continue
+            shown = line
+            while line.endswith("\\"):
+                line = next(lines)
+                shown += "\n" + line
+            self._show(shown)
+            if shown == "$ exit":
+                self._leave()
+            else:
+                self._do(shown[2:])
+
+    def succeed(self, text):
+        """Commands of which the page shows no output: they have to end well."""
+        for command in text.strip().split("\n"):
+            self.expected.append(f"{command}: 0\n")
+            self._do(command.replace("-- bash", "-- bash </dev/null"), " >/dev/null 2>&1")
+            self.lines += ["status=$?", "cat <<'TYPED' | tr -d '\\n'", command, "TYPED", 'echo ": $status"']
+
+    def comes_from(self, command, text):
+        self.expected.append(text)
+        self._do(command)
+
+    def file(self, name, text):
+        folder = "/".join(name.split("/")[:-1])
+        self.lines += ([f"mkdir -p '{folder}'"] if folder else []) + [f"cat >'{name}' <<'END-OF-FILE'"]
+        self.lines += text.split("\n")[:-1] + ["END-OF-FILE"]
+        if text.startswith("#!"):
+            self.lines.append(f"chmod +x '{name}'")
+
+    def finish(self):
+        while self.shells:
+            self._leave()
+        return "\n".join(self.lines) + "\n", "".join(self.expected)

@@ -1,0 +1,51 @@
+#!/bin/bash
+# The API reference is made without a warning, and every public entity is documented: reference.sh BUILD SOURCE
+set -euo pipefail
+root=$(cd "$2/../.." && pwd)
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+if ! command -v doxygen >/dev/null; then
+    echo "skipped: doxygen is not installed (package doxygen)"
+    exit 77
+fi
+
+# make_reference FOLDER: of a folder that looks like the project's.
+make_reference() {
+    mkdir -p "$work/out"
+    printf '%s\n' '@INCLUDE = docs/reference/Doxyfile' "OUTPUT_DIRECTORY = $work/out" GENERATE_XML=YES |
+        (cd "$1" && doxygen -) 2>&1
+}
+make_reference "$root"
+
+# Enumerators and macros are not warned of: they are looked up in what was made.
+python3 - "$work/out/xml" <<'PYTHON'
+import glob, sys, xml.etree.ElementTree as tree
+def bare(node):
+    return not any("".join(text.itertext()).strip()
+                   for kind in ("briefdescription", "detaileddescription") for text in node.findall(kind))
+seen, missing = 0, []
+for file in glob.glob(sys.argv[1] + "/*.xml"):
+    root = tree.parse(file).getroot()
+    for node in [*root.iter("enumvalue"), *root.iter("memberdef")]:
+        if node.tag == "enumvalue" or node.get("kind") in ("define", "enum", "typedef"):
+            seen += 1
+            if bare(node):
+                missing.append(node.findtext("name"))
+print(seen, "enumerators, enumerations, macros and types")
+if missing or seen < 80:
+    sys.exit("not documented: " + ", ".join(missing))
+PYTHON
+
+# What is not documented, and what is documented wrongly, is noticed.
+copy=$work/copy
+mkdir -p "$copy/docs"
+cp -r "$root/include" "$root/examples" "$copy"
+cp -r "$root/docs/reference" "$copy/docs"
+for wrong in 'ZVIPTV_API void ZVNothingSaid();' $'/// Takes `a`.\n/// @param b what is not there\nZVIPTV_API void ZVWrong(int a);'; do
+    { cat "$root/include/zviptv/SystemLog.h" && echo "$wrong"; } >"$copy/include/zviptv/SystemLog.h"
+    if make_reference "$copy" >"$work/said"; then
+        echo "passes: $wrong"
+        exit 1
+    fi
+    grep -q 'SystemLog.h:[0-9]*: error:' "$work/said" || { cat "$work/said" && exit 1; }
+done
