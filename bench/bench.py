@@ -9,6 +9,7 @@ import argparse
 import json
 import os
 import pathlib
+import re
 import subprocess
 import sys
 
@@ -33,6 +34,12 @@ def run_inprocess(build, out, quick):
     subprocess.run([HERE / "inprocess/inprocess.sh", build / "bench/inprocess/bench_inprocess", out, *form], check=True)
     return {"times": encoding.rounds_by_name(json.loads((out / "inprocess.json").read_text())),
             "heap": encoding.heap_by_name(json.loads((out / "inprocess-allocations.json").read_text()))}
+
+
+def as_json(results):
+    """Indented, with a list of numbers in one line."""
+    return re.sub(r"\[\s+([^][{}]*?)\s+\]", lambda numbers: "[" + " ".join(numbers[1].split()) + "]",
+                  json.dumps(results, indent=1)) + "\n"
 
 
 def refuse_what_nobody_can_measure_again():
@@ -68,7 +75,7 @@ def main():
     results = {"machine": machine.describe(options.build), "quick": options.quick,
                "inprocess": run_inprocess(options.build, out, options.quick),
                "bus": run_bus(options.build, out, options.quick)}
-    (out / "results.json").write_text(json.dumps(results, indent=1) + "\n")
+    (out / "results.json").write_text(as_json(results))
     text = report.text(results)
     (out / "tables.md").write_text(text)
     pictures = plots.draw(results, out)
