@@ -43,7 +43,7 @@ def as_json(results):
 
 
 def refuse_what_nobody_can_measure_again():
-    if machine.revision().endswith("-dirty"):
+    if not machine.is_committed():
         sys.exit("What is measured is not what was committed: commit it first, so that the page can say what it is of. "
                  "Without --docs it is measured all the same.")
     if reason := processes.why_no_journal():

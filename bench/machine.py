@@ -4,6 +4,7 @@ import os
 import pathlib
 import platform
 import re
+import shutil
 import subprocess
 import time
 
@@ -35,9 +36,16 @@ def busy(patience):
 
 def revision():
     """The commit that is measured; it ends in -dirty when something else is."""
-    run = subprocess.run(["git", "-C", ROOT, "describe", "--always", "--dirty"], capture_output=True, text=True,
-                         check=False)
-    return run.stdout.strip() or "no checkout"
+    git = shutil.which("git")
+    if git is None:
+        return "not told: git is not installed"
+    run = subprocess.run([git, "-c", "safe.directory=*", "-C", ROOT, "describe", "--always", "--dirty"],
+                         capture_output=True, text=True, check=False)
+    return run.stdout.strip() or "not told: no checkout"
+
+
+def is_committed():
+    return re.fullmatch(r"[0-9a-f]{7,40}", revision()) is not None
 
 
 def compiler(build):

@@ -1,16 +1,19 @@
 """What was aimed at, and whether it was reached."""
 
+import math
+
 from bus.variants import BASELINE, LIBRARY, LOGGING, METHODS, SDBUSCPP
 from inprocess import encoding
 
 
 def line(what, found, limit, at_most=True):
-    """The found one may have an interval, in which it certainly lies."""
-    low, high = found.get("certain", (found["median"],) * 2)
-    reached = "yes" if (found["median"] <= limit) == at_most else "**no**"
-    doubt = ", but not certainly" if low < limit < high else ""
-    interval = f" ({low:.3f}–{high:.3f})" if "certain" in found else ""
-    return [what, f"{'≤' if at_most else '≥'} {limit:g}", f"{found['median']:.3f}{interval}", reached + doubt]
+    """The found one may have an interval, in which it certainly lies; None if nothing is certain."""
+    median, certain = found["median"], found.get("certain", [found["median"]])
+    low, high = min(certain or [-math.inf]), max(certain or [math.inf])
+    reached = "yes" if (median <= limit) == at_most else "**no**"
+    doubt = ", but not certainly" if min(low, median) < limit < max(high, median) else ""
+    interval = f" ({low:.3f}–{high:.3f})" if low < high < math.inf else ""
+    return [what, f"{'≤' if at_most else '≥'} {limit:g}", f"{median:.3f}{interval}", reached + doubt]
 
 
 def ratio(figure, base=BASELINE):

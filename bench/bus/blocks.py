@@ -56,11 +56,13 @@ def spread(values):
 
 
 def certainty(generations):
-    """Where the median lies with a probability of 95 %, by the order of the generations' medians: the blocks of one
-    generation resemble each other, and so do not count for themselves."""
+    """Where the median lies with a probability of 95 % or more, by the order of the generations' medians: the blocks of
+    one generation resemble each other, and so do not count for themselves. None with fewer than six of them."""
     ordered = sorted(statistics.median(generation) for generation in generations)
-    outside = max(0, int(len(ordered) / 2 - 0.98 * math.sqrt(len(ordered))))
-    return [ordered[outside], ordered[-1 - outside]]
+    number, outside, chance = len(ordered), 0, 0.0
+    while (chance := chance + 2 * math.comb(number, outside) / 2**number) <= 0.05:
+        outside += 1
+    return [ordered[outside - 1], ordered[-outside]] if outside > 0 else None
 
 
 def quotients(own, others):

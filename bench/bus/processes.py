@@ -27,8 +27,9 @@ def why_no_journal():
         return "needs root, to give the client a journal of its own"
     if not os.path.exists("/lib/systemd/systemd-journald"):
         return "needs the package systemd"
-    probe = subprocess.run(["unshare", "--mount", "true"], capture_output=True, check=False)
-    return "needs a mount namespace, which is not allowed here" if probe.returncode else None
+    probe = subprocess.run(["unshare", "--mount", HERE / "with_journal.sh", "true"], capture_output=True, text=True,
+                           check=False)
+    return f"cannot be started here: {probe.stderr.strip()}" if probe.returncode else None
 
 
 class Process:
@@ -83,8 +84,12 @@ class Client(Process):
 
 
 def processor_time(pid):
-    """What the process's threads have worked, in nanoseconds."""
-    return sum(int(file.read_text().split()[0]) for file in pathlib.Path(f"/proc/{pid}/task").glob("*/schedstat"))
+    """What the process's threads have worked, in nanoseconds. One may end meanwhile."""
+    worked = 0
+    for file in pathlib.Path(f"/proc/{pid}/task").glob("*/schedstat"):
+        with contextlib.suppress(FileNotFoundError, ProcessLookupError):
+            worked += int(file.read_text().split()[0])
+    return worked
 
 
 class Bench:
@@ -141,7 +146,8 @@ class Bench:
     def processor_times(self, client):
         """What the others have worked that a call of this client keeps busy, in nanoseconds."""
         times = {"daemon": processor_time(self.daemon), "service": processor_time(self.service.process.pid)}
-        journal = pathlib.Path(f"/proc/{client.process.pid}/task/{client.process.pid}/children").read_text().split()
+        children = pathlib.Path(f"/proc/{client.process.pid}/task/{client.process.pid}/children")
+        journal = children.read_text().split() if children.exists() else []
         return {**times, "journal": sum(map(processor_time, journal))}
 
     def count_journal_lines(self, variant):

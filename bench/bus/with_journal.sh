@@ -11,7 +11,7 @@ setpriv --pdeathsig KILL /lib/systemd/systemd-journald </dev/null >/dev/null 2>&
 tries=0
 until [ -S /run/systemd/journal/socket ]; do
     tries=$((tries + 1))
-    [ "$tries" -lt 100 ] || { echo "the journal does not start" >&2; exit 1; }
+    [ "$tries" -lt 600 ] || { echo "the journal does not start" >&2; exit 1; }
     sleep 0.05
 done
 exec "$@"

@@ -1,7 +1,8 @@
 #!/bin/bash
 # Runs a command as root on a copy of this machine that vanishes with it, or on the machine itself where that cannot be
-# (a container without the right to mount): aside.sh [--root FOLDER] COMMAND...
-# With --root the copy is of another installation of Debian, as debootstrap makes it.
+# (a container without the right to mount): aside.sh [--root FOLDER | --copy-only] COMMAND...
+# With --root the copy is of another installation of Debian, as debootstrap makes it. With --copy-only the machine itself
+# is never taken: status 77 where there can be no copy.
 set -euo pipefail
 
 # make_copy LOWER MOUNTPOINT: what is written stays in memory.
@@ -13,10 +14,6 @@ make_copy() {
 
 # The calls of this script to itself, in a mount namespace of its own.
 case $1 in
---try)
-    make_copy "$2" "$3"
-    exit
-    ;;
 --inside)
     make_copy "$2" "$3"
     root=$3/root
@@ -36,19 +33,42 @@ case $1 in
     ;;
 esac
 
-lower=/
-if [ "$1" = --root ]; then
+lower=/ copy_only=''
+case $1 in
+--root)
     lower=$(realpath "$2")
     shift 2
-fi
+    ;;
+--copy-only)
+    copy_only=yes
+    shift
+    ;;
+esac
 mountpoint=$(mktemp -d)
-trap 'rmdir "$mountpoint"' EXIT
-if unshare --mount "$0" --try "$lower" "$mountpoint" 2>/dev/null; then
-    unshare --mount --pid --fork --kill-child "$0" --inside "$lower" "$mountpoint" "$@"
-elif [ "$lower" = / ]; then
-    echo "No copy can be mounted here: on the machine itself." >&2
+inside=''
+cleanup() {
+    [ -z "$inside" ] || { kill -KILL "$inside" && wait "$inside"; } 2>/dev/null || true
+    rmdir "$mountpoint"
+}
+trap cleanup EXIT
+trap 'exit 130' INT TERM HUP
+
+# on_copy COMMAND...
+on_copy() {
+    unshare --mount --pid --fork --kill-child "$0" --inside "$lower" "$mountpoint" "$@" &
+    inside=$!
+    local status=0
+    wait "$inside" || status=$?
+    inside=''
+    return "$status"
+}
+
+if reason=$(on_copy dpkg-query -W dpkg 2>&1 >/dev/null); then
+    on_copy "$@"
+elif [ "$lower" = / ] && [ -z "$copy_only" ]; then
+    echo "No copy can be mounted here: on the machine itself. ($reason)" >&2
     "$@"
 else
-    echo "No copy can be mounted here." >&2
-    exit 1
+    echo "No copy can be mounted here: $reason" >&2
+    exit 77
 fi

@@ -94,8 +94,10 @@ step "The simulator, as the user zviptv"
 start_service() {
     become zviptv zviptv-sim --bus system --quiet --ts "$stream" --loop 2>"$work/service.log" &
     service=$!
+    local end=$((SECONDS + 60))
     until bus_method NameHasOwner "string:$helper" | grep -q true; do
-        kill -0 "$service" 2>/dev/null || fail "the service does not own its name"
+        kill -0 "$service" 2>/dev/null && [ "$SECONDS" -lt "$end" ] || fail "the service does not own its name"
+        sleep 0.05
     done
 }
 start_service

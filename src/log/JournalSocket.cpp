@@ -13,86 +13,97 @@
 
 namespace zviptv {
 
-namespace {
-
-constexpr char Path[] = "/run/systemd/journal/socket";
-
-bool SendAll(int socket, std::string const& entry)
+/// A connected descriptor, closed at the end.
+class JournalSocket::Connection
 {
-    ssize_t sent = -1;
-    do {
-        sent = send(socket, entry.data(), entry.size(), MSG_NOSIGNAL);
-    } while (sent < 0 && errno == EINTR);
-    return sent >= 0;
-}
+public:
+    /// Null where no journal runs.
+    static Handle Open();
 
-bool IsTooLong(int error)
+    Connection(int descriptor, struct stat const& identity) : m_descriptor(descriptor), m_identity(identity)
+    {
+    }
+    ~Connection()
+    {
+        if (IsOurs()) {
+            close(m_descriptor);
+        }
+    }
+    Connection(Connection const&) = delete;
+    Connection& operator=(Connection const&) = delete;
+
+    /// Whether the descriptor is still this socket: an application that becomes a daemon closes all that it
+    /// knows nothing of, and then opens others of the same number.
+    bool IsOurs() const
+    {
+        struct stat status = {};
+        return fstat(m_descriptor, &status) == 0 && status.st_dev == m_identity.st_dev &&
+               status.st_ino == m_identity.st_ino;
+    }
+
+    Outcome Send(std::string const& entry) const
+    {
+        ssize_t sent = -1;
+        do {
+            sent = send(m_descriptor, entry.data(), entry.size(), MSG_NOSIGNAL);
+        } while (sent < 0 && errno == EINTR);
+        if (sent >= 0) {
+            return Outcome::Sent;
+        }
+        return errno == EMSGSIZE || errno == ENOBUFS ? Outcome::TooLong : Outcome::Absent;
+    }
+
+private:
+    int m_descriptor;
+    struct stat m_identity;
+};
+
+JournalSocket::Handle JournalSocket::Connection::Open()
 {
-    return error == EMSGSIZE || error == ENOBUFS;
-}
-
-} // namespace
-
-JournalSocket::~JournalSocket()
-{
-    Close();
+    constexpr char path[] = "/run/systemd/journal/socket";
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    static_assert(sizeof path <= sizeof address.sun_path);
+    std::memcpy(address.sun_path, path, sizeof path);
+    struct stat status = {};
+    int const descriptor = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    if (descriptor < 0) {
+        return nullptr;
+    }
+    if (connect(descriptor, reinterpret_cast<sockaddr const*>(&address), sizeof address) != 0 ||
+        fstat(descriptor, &status) != 0) {
+        close(descriptor);
+        return nullptr;
+    }
+    return std::make_shared<Connection>(descriptor, status);
 }
 
 JournalSocket::Outcome JournalSocket::Send(std::string const& entry)
 {
+    Handle const kept = Current();
+    Outcome const outcome = kept == nullptr ? Outcome::Absent : kept->Send(entry);
+    if (outcome != Outcome::Absent) {
+        return outcome;
+    }
+    // The journal may have come, or have another socket, since the last line.
+    Handle const renewed = Renewed(kept);
+    return renewed == nullptr ? Outcome::Absent : renewed->Send(entry);
+}
+
+JournalSocket::Handle JournalSocket::Current()
+{
     std::lock_guard<std::mutex> const lock(m_mutex);
-    bool const isKept = IsOpen();
-    if (!isKept && !Open()) {
-        return Outcome::Absent;
-    }
-    bool sent = SendAll(m_socket, entry);
-    if (!sent && !IsTooLong(errno) && isKept) { // the journal has another socket since
-        Close();
-        sent = Open() && SendAll(m_socket, entry);
-    }
-    if (sent) {
-        return Outcome::Sent;
-    }
-    return IsTooLong(errno) ? Outcome::TooLong : Outcome::Absent;
+    return m_connection != nullptr && m_connection->IsOurs() ? m_connection : nullptr;
 }
 
-/// Whether the descriptor is still the socket: an application that becomes a daemon closes all that it knows
-/// nothing of, and then opens others of the same number.
-bool JournalSocket::IsOpen() const
+/// Another connection than the one that failed: a new one, unless another thread has made it already.
+JournalSocket::Handle JournalSocket::Renewed(Handle const& failed)
 {
-    struct stat status = {};
-    return m_socket >= 0 && fstat(m_socket, &status) == 0 && status.st_dev == m_device &&
-           status.st_ino == m_inode;
-}
-
-bool JournalSocket::Open()
-{
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    static_assert(sizeof Path <= sizeof address.sun_path);
-    std::memcpy(address.sun_path, Path, sizeof Path);
-    struct stat status = {};
-    int const opened = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    if (opened < 0) {
-        return false;
+    std::lock_guard<std::mutex> const lock(m_mutex);
+    if (m_connection == nullptr || m_connection == failed || !m_connection->IsOurs()) {
+        m_connection = Connection::Open();
     }
-    if (connect(opened, reinterpret_cast<sockaddr const*>(&address), sizeof address) != 0 ||
-        fstat(opened, &status) != 0) {
-        close(opened);
-        return false;
-    }
-    m_socket = opened;
-    m_device = status.st_dev;
-    m_inode = status.st_ino;
-    return true;
-}
-
-void JournalSocket::Close()
-{
-    if (IsOpen()) {
-        close(m_socket);
-    }
-    m_socket = -1;
+    return m_connection;
 }
 
 void AppendJournalField(std::string& entry, char const* name, char const* value)

@@ -1,14 +1,13 @@
 #pragma once
 
-#include <sys/types.h>
-
+#include <memory>
 #include <mutex>
 #include <string>
 
 namespace zviptv {
 
 /// The journal's socket, connected once: to look its path up for each line would cost as much as the rest.
-/// May be used from any thread.
+/// May be used from any thread; no lock is held while one waits for the journal.
 class JournalSocket
 {
 public:
@@ -19,23 +18,18 @@ public:
         Absent   ///< no journal runs
     };
 
-    JournalSocket() = default;
-    ~JournalSocket();
-    JournalSocket(JournalSocket const&) = delete;
-    JournalSocket& operator=(JournalSocket const&) = delete;
-
     /// Sends one entry in the journal's own form. Waits while the journal's queue is full.
     Outcome Send(std::string const& entry);
 
 private:
-    bool IsOpen() const;
-    bool Open();
-    void Close();
+    class Connection;
+    using Handle = std::shared_ptr<Connection const>;
+
+    Handle Current();
+    Handle Renewed(Handle const& failed);
 
     std::mutex m_mutex;
-    int m_socket = -1;
-    dev_t m_device = 0;
-    ino_t m_inode = 0;
+    Handle m_connection;
 };
 
 /// Appends a field to an entry; a value with line breaks takes the form that gives its length.

@@ -25,7 +25,7 @@ offered() (
 expect() {
     local typed=() words
     read -ra typed <<<"$1"
-    words=$(offered "${typed[@]}" "$2" | sort | tr '\n' ' ')
+    words=$(offered "${typed[@]}" "$2" | sort -u | tr '\n' ' ')
     [ "${words% }" = "$3" ] || { printf '%s\n' "$1 $2: offered: $words" "expected: $3"; exit 1; }
     echo "$1 $2: $words"
 }

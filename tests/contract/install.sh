@@ -7,6 +7,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 prefix=$work/prefix
 "$CMAKE_COMMAND" --install "$build" --prefix "$prefix" >"$work/install.log"
-library=$(find "$prefix" -name 'libzv-iptv-service-api.so.1')
-libdir=$(dirname "$library")
+linked=$(find "$prefix" -name libzv-iptv-service-api.so)
+libdir=$(dirname "$linked")
+library=$libdir/$(readelf -d "$linked" | sed -n 's/.*SONAME.*\[\(.*\)\]/\1/p')
 sanitize=${SANITIZE:+-fsanitize=$SANITIZE}

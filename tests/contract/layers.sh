@@ -8,14 +8,17 @@ status=0
 may() {
     local folder=$1 layer found
     shift
+    [ -d "$folder" ] || { echo "$folder is no folder" && status=1; }
     found=$({ grep -rhoE '#include "[a-z]+/' "$folder" || true; } | sed 's/.*"//; s/\/$//' | sort -u)
-    for layer in message log dbus native proxy; do
+    for layer in $layers; do
         if grep -qx "$layer" <<<"$found" && ! grep -qw "$layer" <<<"$*"; then
             echo "$folder includes src/$layer"
             status=1
         fi
     done
 }
+layers=$(cd src && find . -mindepth 1 -maxdepth 1 -type d -printf '%f ')
+[ "$(wc -w <<<"$layers")" -eq 5 ] || { echo "say here what each of these may include: $layers" && status=1; }
 may src/message message
 may src/log log
 may src/dbus dbus message log

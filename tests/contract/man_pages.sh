@@ -29,4 +29,6 @@ if command -v scdoc >/dev/null; then
     for page in "$pages"/*.scd; do
         scdoc <"$page" >"$work/page"
     done
+else
+    echo "The pages are not compiled: scdoc is not installed."
 fi

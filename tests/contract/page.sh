@@ -8,8 +8,11 @@ printf '#!/bin/sh\nexec "%s" "$@" %s\n' "$CXX" "$sanitize" >"$work/bin/g++"
 # Whoever types waits until a service is there; so does the script.
 cat >"$work/bin/wait-for-service" <<'END'
 #!/bin/sh
+tries=0
 until dbus-send --system --print-reply --dest=org.freedesktop.DBus / org.freedesktop.DBus.NameHasOwner \
     string:org.corvel.zviptvapi.dbushelper | grep -q true; do
+    tries=$((tries + 1))
+    [ "$tries" -lt 600 ] || { echo "no service has come" >&2; exit 1; }
     sleep 0.05
 done
 END

@@ -29,6 +29,9 @@ struct Entry
         std::size_t at = 0;
         while (at < datagram.size()) {
             std::size_t const end = datagram.find('\n', at);
+            if (end == std::string::npos) {
+                return "(a field without an end)";
+            }
             std::string const line = datagram.substr(at, end - at);
             std::size_t const equals = line.find('=');
             std::string const key = line.substr(0, equals);
@@ -40,6 +43,9 @@ struct Entry
                 std::uint64_t size = 0;
                 for (std::size_t i = 8; i > 0; --i) {
                     size = size << 8U | static_cast<unsigned char>(datagram.at(end + i));
+                }
+                if (datagram.size() - end - 9 <= size) {
+                    return "(a field longer than the entry)";
                 }
                 value = datagram.substr(end + 9, size);
                 at = end + 9 + size + 1;
