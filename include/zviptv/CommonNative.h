@@ -52,7 +52,8 @@ public:
     bool t_SendNotication(CMessageBuffer& msg);
 
 protected:
-    /// Answers an incoming call; the default answers with an empty message.
+    /// Answers an incoming call; the default answers with an empty message, from which an application's calls
+    /// of player control and broadcast data throw (no "result_internal").
     virtual CMessageBuffer t_HandleMessage(CMessageBuffer& msg);
 
     /// Takes an incoming notification; the default drops it.

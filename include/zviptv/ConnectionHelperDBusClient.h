@@ -14,8 +14,9 @@ typedef struct _GVariant GVariant;
 
 /// Announces a channel on the helper bus and learns the bus name of its partner in the service.
 ///
-/// Threads: no locks, no main loop needed; every call blocks the calling thread for at most 2000 ms and one
-/// instance belongs to one thread at a time.
+/// Threads: no locks, no main loop needed; one instance belongs to one thread at a time. Every call blocks
+/// the calling thread for at most 2000 ms once the process is connected to the bus; connecting, in the
+/// constructor and in CheckConnection, takes as long as the bus takes.
 class ZVIPTV_API CConnectionHelperDBusClient
 {
 public:
@@ -51,7 +52,7 @@ public:
     CMessageBuffer m_ConvertMsg(GVariant* message);
 
     /// Encodes a helper-bus message as a new floating "(a(ss))"; values are cut at their first zero byte.
-    /// Null when a key or a value is not UTF-8.
+    /// Null when a key or a value is not UTF-8, or the message is over CProxyDBusHelper::MAX_BODY_SIZE.
     GVariant* m_ConvertMsg(CMessageBuffer& message);
 
 private:

@@ -47,7 +47,7 @@ public:
     CMessageBuffer m_ConvertMsg(GVariant* message);
 
     /// Encodes a helper-bus message as a new floating "(a(ss))"; values are cut at their first zero byte.
-    /// Null when a key or a value is not UTF-8.
+    /// Null when a key or a value is not UTF-8, or the message is over CProxyDBusHelper::MAX_BODY_SIZE.
     GVariant* m_ConvertMsg(CMessageBuffer& message);
 
 private:

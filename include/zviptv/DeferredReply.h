@@ -36,7 +36,7 @@ public:
     /// Answers what is still pending with the error.
     ~CDeferredReply();
 
-    /// True until an answer was sent.
+    /// True while an answer is owed: false when empty, answered, or left unanswered.
     bool IsPending() const;
 
     /// Answers with a message. Does nothing when nothing is pending.

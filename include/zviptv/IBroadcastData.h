@@ -16,7 +16,9 @@
 /// the exchange failed. Out-parameters are untouched on a failed exchange; on an answer, true or false, they
 /// hold what the service sent, and are worth reading only after true. An answer with a missing or malformed
 /// number makes the method throw std::invalid_argument or std::out_of_range ("stoi"); a record that arrives
-/// short is filled up with zeros.
+/// short is filled up with zeros. Out-parameters are stored in their order: when a number throws, those
+/// before it are stored. A negative size or index arrives as a large unsigned number where the parameter is
+/// unsigned.
 ///
 /// The object destroys itself when the service leaves the bus, on the thread that iterates the main context
 /// in which it was created: do not keep the pointer beyond that. A call under way on another thread ends
@@ -54,7 +56,7 @@ public:
     /// The teletext page at `index`, 0 to SizeOfTTX() - 1.
     virtual bool GetTTX(unsigned int index, ZVTTX& ttx) = 0;
 
-    /// Language and list index of the teletext page that is selected.
+    /// Language and list index of the teletext page that is selected; false when there is none.
     virtual bool GetCurrentTTX(EZVLanguageCode& language, unsigned int& index) = 0;
 
     /// Number of subtitles, DVB and teletext together.
@@ -69,7 +71,7 @@ public:
     /// The subtitle that the service would choose, and its language.
     virtual bool GetPreferredHybridSBT(EZVLanguageCode& language, ZVHybridSBT& subtitle) = 0;
 
-    /// Language and list index of the subtitle that is selected.
+    /// Language and list index of the subtitle that is selected; false when there is none.
     virtual bool GetCurrentHybridSBT(EZVLanguageCode& language, unsigned int& index) = 0;
 
     /// The teletext page with subtitles that the service would choose.
@@ -81,7 +83,7 @@ public:
     /// The ISDB text of the given type at `index`, 0 to SizeOfISDBText() - 1.
     virtual bool GetISDBText(EZVISDBTextType type, unsigned int index, ZVISDBText& text) = 0;
 
-    /// Language and list index of the ISDB text of the given type that is selected.
+    /// Language and list index of the ISDB text of the given type that is selected; false when there is none.
     virtual bool GetCurrentISDBText(EZVISDBTextType type, EZVLanguageCode& language, unsigned int& index) = 0;
 
     /// Language of a caption service and its one-character Korean code. Throws std::out_of_range, with
@@ -90,7 +92,8 @@ public:
                                     char& koreanCode) = 0;
 
     /// Ratings of the current programme; replaces the vector's content. Throws std::length_error when the
-    /// service announces a negative number of ratings or more than one bus message can carry.
+    /// service announces a negative number of ratings or more than one bus message can carry; the vector is
+    /// empty then.
     virtual bool GetRatingInfo(std::vector<ZVRatingInfo>& ratings) = 0;
 
     /// Unlocks the programme, the service or everything, or locks it again.

@@ -32,7 +32,8 @@ public:
     /// Whether the guide's data file exists.
     virtual bool ExistXmlForIPG(bool& exist) = 0;
 
-    /// Number of programmes of the service `inID` between `startTime` and `startTime + duration`.
+    /// Number of programmes of the service `inID` that are on at some time from `startTime` up to, not
+    /// including, `startTime + duration`; a duration of 0 selects none.
     virtual bool GetProgramListSize(unsigned long long inID, unsigned int startTime, unsigned int duration,
                                     int& size) = 0;
 

@@ -14,10 +14,10 @@
 /// get is valid during the call: copy what is needed later.
 ///
 /// Subscribing and unsubscribing block for at most 2000 ms when the service has to be told (first
-/// subscription of a kind, last one gone) and may be done from any thread, also from inside a callback. A
-/// callback that another thread unsubscribes while it runs or is about to run is not waited for. Such a call
-/// that waits when the object is destroyed ends safely, and then subscribes to nothing; one that begins later
-/// has nothing to be called on.
+/// subscription of a kind, last one gone), and as long again for each other thread that is doing the same.
+/// They may be done from any thread, also from inside a callback. A callback that another thread unsubscribes
+/// while it runs or is about to run is not waited for. A call that waits when the object is destroyed ends
+/// safely, and then subscribes to nothing; one that begins later has nothing to be called on.
 ///
 /// A notification with a missing or malformed number reaches no callback: std::invalid_argument or
 /// std::out_of_range ("stoi", "stoll") leaves the dispatch and passes through GLib to whoever iterates the
@@ -37,9 +37,10 @@ public:
     IIPTVDataSubscriber& operator=(IIPTVDataSubscriber const&) = delete;
 
     /// Subscribes `callback` for caption data; `userData` is not used. True with the subscription's key in
-    /// `key`; false, with `key` unchanged, when no key could be made: keys are drawn from the clock's second,
-    /// so a second subscription of a kind within the same second fails. Try again when std::time has changed.
-    /// True does not promise delivery: a service that does not answer is asked once and not again.
+    /// `key`; false, with `key` unchanged, when `callback` is null or no key could be made: keys are drawn
+    /// from the clock's second, so a second subscription of a kind within the same second fails. Try again
+    /// when std::time has changed. True does not promise delivery: a service that does not answer is asked
+    /// once and not again.
     virtual bool SubscribeForCaption(void (*callback)(ZVCaption& caption, void* userData), void* userData,
                                      int& key) = 0;
 

@@ -16,7 +16,7 @@
 /// Each interface has one object per process. Create hands out the existing one, or makes it; `profile` and
 /// `id` (of which 16 bits count) count only when it makes one. Every function returns 0; a failure shows as a
 /// null pointer in `out`, and the log says why: the service does not run. CreateIPGUtil does not ask whether
-/// it runs.
+/// it runs. With a null `out` nothing is made, and the log tells.
 ///
 /// An object is no promise of a connection: when the service runs but does not answer the announcement in
 /// time, or names no endpoint, Create still hands out an object, whose calls fail and which does not notice
@@ -31,6 +31,10 @@
 /// service is told. Incoming data and the loss of the service are delivered through the main context that is
 /// the thread default of the creating thread, normally the process's default context: the process must
 /// iterate it.
+///
+/// When the bus itself goes, GIO ends the process by SIGTERM under a running main loop, unless the
+/// application turns that off with g_dbus_connection_set_exit_on_close; the process finds no service any more
+/// until it is started anew.
 ///
 /// Lifetime: an object lives until the matching Destroy; never delete it. The player control and the
 /// broadcast data objects also destroy themselves when the service leaves the bus. When a Destroy returns, no

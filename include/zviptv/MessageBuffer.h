@@ -53,11 +53,12 @@ public:
     int Size() const;
 
     /// Appends a text entry: the bytes of `value` without its terminating zero. Does nothing when `key` or
-    /// `value` is null.
+    /// `value` is null. Throws std::length_error for a text of 2 GiB or more.
     void AddValue(char const* key, char const* value);
 
-    /// Appends `size` bytes starting at `value`, zero bytes included; a size of 0 appends an empty entry.
-    /// Does nothing when `key` or `value` is null. Throws std::length_error for a negative size.
+    /// Appends `size` bytes starting at `value`, zero bytes included; a size of 0 appends an empty entry. The
+    /// other end of a channel gets no empty entries: there the key is absent. Does nothing when `key` or
+    /// `value` is null. Throws std::length_error for a negative size.
     void AddValue(char const* key, int size, char const* value);
 
     /// Copy of the first value under `key`; empty when the key is null or absent.

@@ -93,7 +93,7 @@ constexpr char CompTag[] = "compTag";                 ///< component tag of an I
 constexpr char CurrentMode[] = "currentMode";         ///< ZVDualSound, 8 bytes: as it is
 constexpr char CurrentTime[] = "currenttime";         ///< the service's time, ms
 constexpr char Data[] = "data";             ///< the one value of the guide's replies: text, number or flag
-constexpr char Duration[] = "duration";     ///< seconds
+constexpr char Duration[] = "duration";     ///< seconds, in the simulator's guide
 constexpr char EncodeType[] = "encodeType"; ///< EZVAudioEncodeType
 constexpr char EventID[] = "eventID";       ///< number of a programme within its service
 constexpr char Exists[] = "exists";         ///< flag: there is a subtitle for the hard of hearing
@@ -126,7 +126,7 @@ constexpr char ResolutionInfo[] = "resolutioninfo"; ///< ZVResolution, 32 bytes
 constexpr char Service[] = "service";               ///< EZVCaptionService
 constexpr char Size[] = "size";                     ///< how many entries the list has
 constexpr char SourceState[] = "sourcestate";       ///< EZVSourceState
-constexpr char StartTime[] = "startTime";           ///< seconds since 1970-01-01 00:00:00 UTC
+constexpr char StartTime[] = "startTime";           ///< seconds since 1970, UTC, in the simulator's guide
 constexpr char STCCount[] = "stcCount";             ///< system time clock, unsigned, 90 kHz
 constexpr char TimeBaseDen[] = "timebaseden";       ///< denominator of the time base, 90000 for 90 kHz
 constexpr char TimeBaseNum[] = "timebasenum";       ///< numerator of the time base, 1 for 90 kHz
@@ -136,8 +136,8 @@ constexpr char TtxSubtitle[] = "ttxSubtitle";       ///< ZVTTX, 16 bytes
 // Members of the JSON text of a programme id.
 constexpr char JsonServiceId[] = "service_id"; ///< text: decimal digits
 constexpr char JsonEventId[] = "event_id";     ///< number, 16 bits
-constexpr char JsonStartTime[] = "start_time"; ///< number: seconds since 1970, UTC; 0 for any
-constexpr char JsonDuration[] = "duration";    ///< number: seconds
+constexpr char JsonStartTime[] = "start_time"; ///< number, as StartTime; 0 for any in the simulator's guide
+constexpr char JsonDuration[] = "duration";    ///< number, as Duration
 
 // Of the helper bus.
 constexpr char Add[] = "add";           ///< "y" when the channel comes up, "n" when it goes away

@@ -82,7 +82,8 @@ public:
     /// may arrive before it returns.) Once per channel, and again after the partner was lost.
     int Connect(std::string partner);
 
-    /// True from a successful Connect until the partner leaves the bus.
+    /// True from a successful Connect until the loss of the partner is handled, by the thread that iterates
+    /// the main context.
     bool IsConnectionReady();
 
     /// The unique bus name of this end; empty without a bus.

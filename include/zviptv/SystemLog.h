@@ -27,7 +27,7 @@ using ZVLogSink = void (*)(EZVLogPriority priority, char const* tag, char const*
 /// Sends the library's log lines to `sink` instead of the default sink; null brings the default back.
 ///
 /// The default is the system's own log: the journal, with structured fields, where one runs, else syslog(3).
-/// Two environment variables, read at the first log line, change it:
+/// Two environment variables, read at the first log line or the first ZVSetLogSink, change it:
 ///   ZV_IPTV_LOG        `system` (the default), `stderr` or `none`; a sink set here comes before it
 ///   ZV_IPTV_LOG_LEVEL  `debug` (the default: no line is lost), `info` or `error`; holds for every sink
 ///

@@ -1,17 +1,25 @@
 #!/bin/bash
-# Every test that the page of promises names exists: promises.sh BUILD SOURCE
+# Every test that the pages of promises name exists: promises.sh BUILD SOURCE
 set -euo pipefail
 build=$1
-page=$2/../../docs/reliability.md
+docs=$2/../../docs
 listed=$(ctest --test-dir "$build" -N | sed -n 's/^ *Test *#[0-9]*: //p')
-named=$(grep -oE '`[a-z_]+\.[A-Za-z0-9]+(\.[A-Za-z0-9_]+)?`' "$page" | tr -d '`' | sort -u)
-[ -n "$named" ] || { echo "docs/reliability.md names no test" >&2; exit 1; }
 status=0
-while read -r test; do
-    grep -qxE "${test%%.*}\.([A-Za-z0-9]+/)?${test#*.}(/.*)?" <<<"$listed" || {
-        echo "docs/reliability.md names $test, which is no test" >&2
-        status=1
-    }
-done <<<"$named"
-echo "$(wc -l <<<"$named") tests named"
+
+# A page names a test, the suite it belongs to, or the whole program.
+is_test() {
+    local program=${1%%.*} rest=''
+    [ "$program" = "$1" ] || rest="\.([A-Za-z0-9]+/)?${1#*.}"
+    grep -qxE "$program$rest([./].*)?" <<<"$listed"
+}
+
+for page in reliability.md compatibility.md; do
+    # shellcheck disable=SC2016 # the marks are those of the page
+    named=$(grep -oE '`([a-z_]+_tests|contract)(\.[A-Za-z0-9_]+)*`' "$docs/$page" | tr -d '`' | sort -u)
+    [ -n "$named" ] || { echo "docs/$page names no test" >&2; exit 1; }
+    while read -r test; do
+        is_test "$test" || { echo "docs/$page names $test, which is no test" >&2; status=1; }
+    done <<<"$named"
+    echo "docs/$page: $(wc -l <<<"$named") tests named"
+done
 exit $status

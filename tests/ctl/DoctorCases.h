@@ -37,6 +37,9 @@ inline ctl::doctor::Facts Changed(ctl::doctor::Facts facts, void (*change)(ctl::
 constexpr char ReloadConfig[] = "sudo dbus-send --system --print-reply --dest=org.freedesktop.DBus / "
                                 "org.freedesktop.DBus.ReloadConfig";
 
+constexpr char StartsTheSimulator[] =
+    "The last command starts the simulator; a service of one's own starts as its maker says.";
+
 class DoctorOnAWrongMachine : public testing::TestWithParam<WrongCase>
 {
 };

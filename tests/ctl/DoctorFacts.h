@@ -30,7 +30,7 @@ inline ctl::doctor::Facts HealthyMachine()
     facts.versions.toolFile = "/usr/bin/zviptvctl";
     facts.versions.library = "1.4.0";
     facts.versions.libraryFile = "/usr/lib/x86_64-linux-gnu/libzv-iptv-service-api.so.1.4.0";
-    facts.machine = {true, true, true, true, "/usr/share/zv-iptv/samples/sample.ts"};
+    facts.machine = {true, true, true, true, "/usr/share/zv-iptv/samples/sample.ts", "/usr/bin/zviptv-sim"};
     return facts;
 }
 
@@ -58,7 +58,8 @@ inline ctl::doctor::Facts HealthyDesk()
     facts.service.userId = 1000;
     facts.service.userName = "jo";
     facts.service.unit = "";
-    facts.machine.sample = "samples/sample.ts";
+    facts.machine.sample = "FILE.ts";
+    facts.machine.simulator = "zviptv-sim";
     return facts;
 }
 

@@ -140,7 +140,7 @@ TEST(DoctorJudge, OtherNamesAreUsedThroughout)
     Facts facts = MachineWithoutService();
     facts.accounts.names = {"tvd", "tvapps"};
     facts.machine.runsSystemd = false;
-    EXPECT_THAT(FindingOf(facts, "service").commands.front(), StartsWith("sudo -u tvd zviptv-sim "));
+    EXPECT_THAT(FindingOf(facts, "service").commands.front(), StartsWith("sudo -u tvd /usr/bin/zviptv-sim "));
     facts.caller.isListed = facts.caller.isMember = false;
     EXPECT_EQ("sudo adduser jo tvapps", FindingOf(facts, "group").commands.front());
 }

@@ -46,6 +46,33 @@ INSTANTIATE_TEST_SUITE_P(
                   {"sudo addgroup --system zviptv-apps", ReloadConfig},
                   "",
                   ""},
+        WrongCase{"NoAccountsOfOtherNames",
+                  Changed(MachineWithoutService(),
+                          [](Facts& facts) {
+                              facts.service.isOwned.reset();
+                              facts.accounts.names = {"tvd", "tvapps"};
+                              facts.accounts.userId.reset();
+                              facts.accounts.hasGroup = false;
+                              facts.caller.isMember = facts.caller.isListed = false;
+                          }),
+                  "accounts",
+                  4,
+                  "there is no user tvd and no group tvapps",
+                  {"sudo adduser --system --group tvd", "sudo addgroup --system tvapps", ReloadConfig},
+                  "",
+                  ""},
+        WrongCase{"NoGroupOfAnotherName",
+                  Changed(HealthyMachine(),
+                          [](Facts& facts) {
+                              facts.accounts.names.group = "tvapps";
+                              facts.accounts.hasGroup = false;
+                          }),
+                  "accounts",
+                  4,
+                  "there is no group tvapps",
+                  {"sudo addgroup --system tvapps", ReloadConfig},
+                  "",
+                  ""},
         WrongCase{"NotRead",
                   Changed(HealthyMachine(),
                           [](Facts& facts) {

@@ -20,7 +20,7 @@ INSTANTIATE_TEST_SUITE_P(
                   "type (s)",
                   {"sudo systemctl stop zviptv-sim", "sudo systemctl start zviptv-sim"},
                   "",
-                  ""},
+                  StartsTheSimulator},
         WrongCase{"UnknownMethod",
                   Changed(HealthyMachine(),
                           [](Facts& facts) {
@@ -33,7 +33,7 @@ INSTANTIATE_TEST_SUITE_P(
                   "no such method",
                   {"sudo systemctl stop zviptv-sim", "sudo systemctl start zviptv-sim"},
                   "",
-                  ""},
+                  StartsTheSimulator},
         WrongCase{"LibraryOfTheLibraryPath",
                   Changed(HealthyMachine(),
                           [](Facts& facts) {
@@ -95,6 +95,18 @@ INSTANTIATE_TEST_SUITE_P(
                   {"sudo systemctl restart zviptv-sim"},
                   "",
                   ""},
+        WrongCase{"ServiceNotRestartedWithoutAUnit",
+                  Changed(HealthyMachine(),
+                          [](Facts& facts) {
+                              facts.service.isLibraryReplaced = true;
+                              facts.service.unit = "";
+                          }),
+                  "version",
+                  5,
+                  "the service still runs the library that has been replaced since it started",
+                  {"sudo kill -KILL 811", "sudo systemctl start zviptv-sim"},
+                  "",
+                  StartsTheSimulator},
         WrongCase{"ServiceOfAnotherVersion",
                   Changed(HealthyMachine(), [](Facts& facts) { facts.service.library = "1.3.9"; }),
                   "version",

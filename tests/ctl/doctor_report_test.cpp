@@ -46,6 +46,12 @@ TEST(DoctorReport, PutsWhatMendsItBelowWhatIsWrong)
     EXPECT_EQ(4, static_cast<int>(CodeOf(Judge(PackagingExample()))));
 }
 
+TEST(DoctorReport, PutsTheNoteAloneWhereNoCommandMends)
+{
+    EXPECT_THAT(TextOf(Judge(WithoutBus(HealthyMachine(), Reach::Refused, "closed"))),
+                HasSubstr("\n    An application of this user finds no service.\n    A policy in "));
+}
+
 TEST(DoctorReport, SumsUp)
 {
     EXPECT_THAT(TextOf(Judge(HealthyMachine())), EndsWith("so.1.4.0)\nnothing is wrong\n"));

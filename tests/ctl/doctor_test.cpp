@@ -1,14 +1,18 @@
+#include "DoctorBus.h"
 #include "DoctorFixture.h"
+#include "doctor/BusProbe.h"
 
 #include <zviptv/ConnectionHelperDBusServer.h>
 
 #include <csignal>
+#include <filesystem>
 #include <future>
 #include <unistd.h>
 
 namespace zviptv::test {
 namespace {
 
+using ctl::doctor::Reach;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -69,6 +73,55 @@ TEST_F(CtlTest, TheDoctorSaysThatThereIsNoBus)
         EXPECT_EQ("not looked at: no bus is reached", diagnosis.Text("policy")) << address;
         EXPECT_EQ("", diagnosis.result.errors) << address;
     }
+}
+
+ctl::doctor::BusFacts Probe(std::string const& address)
+{
+    ctl::doctor::BusFacts facts;
+    facts.address = address;
+    EXPECT_FALSE(ctl::doctor::BusProbe(facts).IsOpen());
+    return facts;
+}
+
+void ExpectReach(Reach expected, ctl::doctor::BusFacts const& facts)
+{
+    EXPECT_EQ(static_cast<int>(expected), static_cast<int>(facts.reach)) << facts.reason;
+    EXPECT_NE("", facts.reason);
+}
+
+/// The bus takes the connection, and hangs up.
+TEST(DoctorBus, APolicyThatForbidsTheUserIsNoClosedSocket)
+{
+    BusOptions options;
+    options.extraConfig = "<policy context=\"mandatory\"><deny user=\"*\"/></policy>";
+    ExpectReach(Reach::Refused, Probe(PrivateBus(options).Address()));
+}
+
+TEST(DoctorBus, ARefusedAuthenticationIsNoMissingBus)
+{
+    ScriptedBus const bus({"REJECTED KERBEROS_V4"}); // which GIO does not know
+    ExpectReach(Reach::Refused, Probe(bus.Address()));
+}
+
+TEST(DoctorBus, ABusThatLetsInAndThenSaysNothingIsSilentAndNotWaitedFor)
+{
+    ScriptedBus const bus({"REJECTED EXTERNAL", "OK 0123456789abcdef0123456789abcdef", "AGREE_UNIX_FD"});
+    auto const begin = std::chrono::steady_clock::now();
+    ExpectReach(Reach::Silent, Probe(bus.Address()));
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20)); // GLib's own way takes 25
+}
+
+TEST(DoctorBus, ASocketThatMayNotBeOpenedIsClosed)
+{
+    PrivateBus const bus;
+    for (std::filesystem::directory_entry const& entry :
+         std::filesystem::directory_iterator(bus.Directory())) {
+        if (entry.is_socket()) {
+            std::filesystem::permissions(entry, std::filesystem::perms::none);
+        }
+    }
+    AsNobody const nobody;
+    ExpectReach(Reach::Closed, Probe(bus.Address()));
 }
 
 TEST_F(CtlTest, TheDoctorDoesNotHangOnABusThatStandsStill)

@@ -3,6 +3,7 @@
 #include "doctor/Gather.h"
 
 #include <filesystem>
+#include <fstream>
 
 namespace zviptv::test {
 namespace {
@@ -91,6 +92,15 @@ TEST_F(DoctorVersion, PolicyFilesAreThoseThatAreThere)
     std::string const file = folder + "/org.corvel.zviptvapi.dbushelper.conf";
     fs::copy_file(m_file, file);
     EXPECT_EQ(std::vector<std::string>{file}, PolicyFiles({"/nonexistent", folder}));
+}
+
+TEST(DoctorMachine, TheSimulatorBesideTheToolIsNamedWithItsFolder)
+{
+    PrivateBus const bus;
+    std::string const tool = bus.Directory() + "/zviptvctl";
+    EXPECT_EQ("zviptv-sim", ctl::doctor::LookUpMachine(tool).simulator);
+    std::ofstream(bus.Directory() + "/zviptv-sim") << "#!/bin/sh\n";
+    EXPECT_EQ(bus.Directory() + "/zviptv-sim", ctl::doctor::LookUpMachine(tool).simulator);
 }
 
 } // namespace

@@ -8,21 +8,17 @@ namespace {
 
 constexpr char Bus[] = "org.freedesktop.DBus";
 
-Reach ReachOf(GError const& error)
+/// Whoever does not want this user says no, or just hangs up, within the handshake.
+Reach ReachOf(GError const& error, bool isSocketOpen)
 {
     if (g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_CANCELLED) != FALSE) {
         return Reach::Silent;
     }
-    // A daemon that does not want this user says no, or just hangs up, within the handshake.
-    for (int const code : {G_IO_ERROR_PERMISSION_DENIED, G_IO_ERROR_CLOSED, G_IO_ERROR_CONNECTION_CLOSED,
-                           G_IO_ERROR_BROKEN_PIPE, G_IO_ERROR_PARTIAL_INPUT}) {
-        if (g_error_matches(&error, G_IO_ERROR, code) != FALSE) {
-            return Reach::Refused;
-        }
+    if (isSocketOpen) {
+        return Reach::Refused;
     }
-    bool const isDenied = g_error_matches(&error, G_DBUS_ERROR, G_DBUS_ERROR_ACCESS_DENIED) != FALSE ||
-                          g_error_matches(&error, G_DBUS_ERROR, G_DBUS_ERROR_AUTH_FAILED) != FALSE;
-    return isDenied ? Reach::Refused : Reach::Absent;
+    bool const isDenied = g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_PERMISSION_DENIED) != FALSE;
+    return isDenied ? Reach::Closed : Reach::Absent;
 }
 
 Owned<GDBusMessage> MessageTo(Address const& to, GVariant* body)
@@ -67,33 +63,54 @@ BusProbe::BusProbe(BusFacts& facts)
 {
     Deadline const deadline;
     GError* raw = nullptr;
-    auto const flags = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-                                                         G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
-    m_connection.reset(
-        g_dbus_connection_new_for_address_sync(facts.address.c_str(), flags, nullptr, deadline.Get(), &raw));
+    Owned<GIOStream> const stream(
+        g_dbus_address_get_stream_sync(facts.address.c_str(), nullptr, deadline.Get(), &raw));
+    if (stream != nullptr) {
+        m_connection.reset(g_dbus_connection_new_sync(stream.get(), nullptr,
+                                                      G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT, nullptr,
+                                                      deadline.Get(), &raw));
+    }
     Owned<GError> const error(raw);
     if (m_connection != nullptr) {
-        facts.reach = Reach::Reached;
+        SayHello(facts);
         return;
     }
-    facts.reach = error == nullptr ? Reach::Absent : ReachOf(*error);
+    facts.reach = error == nullptr ? Reach::Absent : ReachOf(*error, stream != nullptr);
     facts.reason = facts.reach == Reach::Silent ? "no answer within 2 seconds"
                    : error == nullptr           ? "no reason is told"
                                                 : error->message;
 }
 
-BusProbe::~BusProbe()
+/// GLib's own greeting of a bus cannot be given up, and waits for 25 seconds.
+void BusProbe::SayHello(BusFacts& facts)
 {
-    if (m_connection != nullptr) {
-        // Sync, so that GLib's thread is done with it; there is nothing left to be written.
-        g_dbus_connection_close_sync(m_connection.get(), nullptr, nullptr);
+    Reply const reply = CallBus("Hello");
+    if (reply.kind == Reply::Kind::Answer &&
+        g_variant_is_of_type(reply.body.get(), G_VARIANT_TYPE("(s)")) != FALSE) {
+        char const* name = nullptr;
+        g_variant_get(reply.body.get(), "(&s)", &name);
+        m_name = name;
+        facts.reach = Reach::Reached;
+        return;
     }
+    bool const isRefused = reply.kind == Reply::Kind::Error || !reply.text.empty(); // or it has hung up
+    facts.reach = isRefused ? Reach::Refused : Reach::Silent;
+    facts.reason = isRefused ? reply.text : "no answer within 2 seconds";
+    Close();
 }
 
-std::string BusProbe::Name() const
+BusProbe::~BusProbe()
 {
-    char const* const name = g_dbus_connection_get_unique_name(m_connection.get());
-    return name == nullptr ? "" : name;
+    Close();
+}
+
+/// Sync, so that GLib's thread is done with it; there is nothing left to be written.
+void BusProbe::Close()
+{
+    if (m_connection != nullptr) {
+        g_dbus_connection_close_sync(m_connection.get(), nullptr, nullptr);
+        m_connection.reset();
+    }
 }
 
 Reply BusProbe::Call(Address const& to, GVariant* body)
@@ -113,7 +130,9 @@ Reply BusProbe::Call(Address const& to, GVariant* body)
     }
     bool const isSilence = g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_TIMED_OUT) != FALSE;
     m_isBusSilent = !isSilence || to.destination == Bus;
-    return {};
+    Reply reply;
+    reply.text = isSilence || error == nullptr ? "" : error->message;
+    return reply;
 }
 
 Reply BusProbe::CallBus(char const* member, GVariant* body)

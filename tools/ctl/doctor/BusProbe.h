@@ -12,6 +12,7 @@ namespace zviptv::ctl::doctor {
 struct Release
 {
     void operator()(GDBusConnection* connection) const { g_object_unref(connection); }
+    void operator()(GIOStream* stream) const { g_object_unref(stream); }
     void operator()(GDBusMessage* message) const { g_object_unref(message); }
     void operator()(GCancellable* cancellable) const { g_object_unref(cancellable); }
     void operator()(GVariant* value) const { g_variant_unref(value); }
@@ -38,7 +39,7 @@ struct Reply
     Kind kind = Kind::Silence;
     Owned<GVariant> body;   ///< of an answer; never null then
     std::string error;      ///< "org.freedesktop.DBus.Error.AccessDenied"
-    std::string text;       ///< the error's
+    std::string text;       ///< the error's; of a silence, why there can be no answer
     bool isFromBus = false; ///< the bus said it, not whom the call was for
 
     bool IsDenied() const;
@@ -66,7 +67,7 @@ public:
 
     bool IsOpen() const { return m_connection != nullptr; }
     GDBusConnection* Connection() const { return m_connection.get(); }
-    std::string Name() const;
+    std::string const& Name() const { return m_name; }
 
     /// `body` may be floating, or null for none. Silence at once when the bus itself has kept silent before.
     Reply Call(Address const& to, GVariant* body);
@@ -78,7 +79,11 @@ public:
     void Emit(Address const& to);
 
 private:
+    void SayHello(BusFacts& facts);
+    void Close();
+
     Owned<GDBusConnection> m_connection;
+    std::string m_name;
     bool m_isBusSilent = false;
 };
 

@@ -19,6 +19,7 @@ enum class Reach
 {
     Reached,
     Absent,  ///< nothing listens at the address
+    Closed,  ///< this user may not open its socket
     Refused, ///< what listens does not let this user in
     Silent   ///< what listens does not answer
 };
@@ -102,9 +103,10 @@ struct MachineFacts
 {
     bool hasDBus = false; ///< the configuration of a system bus is installed
     bool runsSystemd = false;
-    bool hasUnit = false;                     ///< zviptv-sim.service
-    bool hasSysusers = false;                 ///< the accounts, for systemd-sysusers
-    std::string sample = "samples/sample.ts"; ///< a stream for the simulator
+    bool hasUnit = false;                 ///< zviptv-sim.service
+    bool hasSysusers = false;             ///< the accounts, for systemd-sysusers
+    std::string sample = "FILE.ts";       ///< a stream for the simulator
+    std::string simulator = "zviptv-sim"; ///< with its folder where it is known: sudo has a PATH of its own
 };
 
 struct Facts

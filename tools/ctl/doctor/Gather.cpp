@@ -33,7 +33,7 @@ Facts Gather(Names const& names)
     facts.accounts = LookUpAccounts(names);
     facts.caller = LookUpCaller(facts.accounts);
     facts.versions = LookUpVersions();
-    facts.machine = LookUpMachine();
+    facts.machine = LookUpMachine(facts.versions.toolFile);
     facts.policy.files = PolicyFiles({"/usr/share/dbus-1/system.d", "/etc/dbus-1/system.d"});
     BusProbe bus(facts.bus);
     if (bus.IsOpen()) {
@@ -44,7 +44,7 @@ Facts Gather(Names const& names)
     return facts;
 }
 
-MachineFacts LookUpMachine()
+MachineFacts LookUpMachine(std::string const& tool)
 {
     MachineFacts machine;
     machine.hasDBus = Exists("/usr/share/dbus-1/system.conf");
@@ -56,6 +56,10 @@ MachineFacts LookUpMachine()
     constexpr char Sample[] = "/usr/share/zv-iptv/samples/sample.ts";
     if (Exists(Sample)) {
         machine.sample = Sample;
+    }
+    std::string const simulator = tool.substr(0, tool.rfind('/') + 1) + machine.simulator;
+    if (Exists(simulator.c_str())) {
+        machine.simulator = simulator;
     }
     return machine;
 }

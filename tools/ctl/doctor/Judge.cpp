@@ -33,6 +33,13 @@ Finding Wrong(char const* check, ExitCode code, std::string const& text, std::st
     return {check, State::Wrong, text, meaning, std::move(commands), note, code};
 }
 
+Finding Wrong(char const* check, ExitCode code, std::string const& text, std::string const& meaning,
+              Remedy const& remedy, std::string const& note)
+{
+    char const* const between = note.empty() || remedy.note.empty() ? "" : " ";
+    return Wrong(check, code, text, meaning, remedy.commands, note + between + remedy.note);
+}
+
 bool IsLetThrough(Facts const& facts)
 {
     Outcome const outcome = facts.service.outcome;

@@ -44,6 +44,12 @@ Finding Refused(Facts const& facts)
         return Wrong(Check, ExitCode::NoService, text, meaning, {Unset},
                      "Or be the user who started that bus. " + DeskInstead(facts));
     }
+    if (facts.bus.reach == Reach::Refused) {
+        return Wrong(
+            Check, ExitCode::NoService, text, meaning, std::vector<std::string>(),
+            "A policy in /etc/dbus-1/system.conf or system.d forbids this user; it has to let user=\"" +
+                facts.caller.name + "\" connect.");
+    }
     return Wrong(Check, ExitCode::NoService, text, meaning,
                  {AsRoot(facts, "chmod a+rw /run/dbus/system_bus_socket")},
                  "Everybody has to reach the system bus; what each may do there the policy says.");
@@ -65,6 +71,7 @@ Finding JudgeBus(Facts const& facts)
     switch (facts.bus.reach) {
     case Reach::Absent:
         return Absent(facts);
+    case Reach::Closed:
     case Reach::Refused:
         return Refused(facts);
     case Reach::Silent:

@@ -17,14 +17,15 @@ std::vector<std::string> MakeAccounts(Facts const& facts)
 {
     std::vector<std::string> commands;
     Names const& names = facts.accounts.names;
-    if (facts.machine.hasSysusers) {
+    Names const own;
+    if (facts.machine.hasSysusers && names.user == own.user && names.group == own.group) {
         commands.push_back(AsRoot(facts, "systemd-sysusers"));
     } else {
         if (!facts.accounts.userId) {
-            commands.push_back(AsRoot(facts, "adduser --system --group " + names.user));
+            commands.push_back(AsRoot(facts, "adduser --system --group " + Quoted(names.user)));
         }
         if (!facts.accounts.hasGroup) {
-            commands.push_back(AsRoot(facts, "addgroup --system " + names.group));
+            commands.push_back(AsRoot(facts, "addgroup --system " + Quoted(names.group)));
         }
     }
     commands.push_back(ReloadBus(facts));
@@ -127,11 +128,13 @@ Finding JudgeGroup(Facts const& facts)
     if (caller.isListed) {
         return Wrong("group", ExitCode::NoAnswer,
                      user + " was put into the group " + group + " after this process's login", Meaning,
-                     {"newgrp " + group}, "That does for one shell. For everything, log out and in again.");
+                     {"newgrp " + Quoted(group)},
+                     "That does for one shell. For everything, log out and in again.");
     }
-    return Wrong("group", ExitCode::NoAnswer, user + " does not belong to the group " + group, Meaning,
-                 {AsRoot(facts, "adduser " + Quoted(caller.name) + " " + group), "newgrp " + group},
-                 "The second command does for one shell. For everything, log out and in again.");
+    return Wrong(
+        "group", ExitCode::NoAnswer, user + " does not belong to the group " + group, Meaning,
+        {AsRoot(facts, "adduser " + Quoted(caller.name) + " " + Quoted(group)), "newgrp " + Quoted(group)},
+        "The second command does for one shell. For everything, log out and in again.");
 }
 
 } // namespace zviptv::ctl::doctor

@@ -45,11 +45,8 @@ Finding JudgeService(Facts const& facts)
     if (*facts.service.isOwned) {
         return Ok("service", std::string(Name) + " is " + Owner(facts));
     }
-    bool const hasUnit = facts.machine.runsSystemd && facts.machine.hasUnit && !facts.bus.isFromEnvironment;
     return Wrong("service", ExitCode::NoService, std::string("nobody owns the name ") + Name,
-                 "An application finds no service and gets null instead of objects.", StartService(facts),
-                 hasUnit ? "That is the simulator. If it does not start: systemctl status zviptv-sim"
-                         : "That is the simulator; a service of one's own starts as its maker says.");
+                 "An application finds no service and gets null instead of objects.", StartService(facts));
 }
 
 Finding JudgeOwner(Facts const& facts)
@@ -73,11 +70,12 @@ Finding JudgeOwner(Facts const& facts)
         return NotLookedAt("owner", "there is no user " + names.user);
     }
     if (*service.userId != *facts.accounts.userId) {
+        Remedy const remedy = ChangeServiceUser(facts);
         return Wrong("owner", ExitCode::NoAnswer,
                      "the service runs as user " + service.userName + ", not as " + names.user,
                      "The policy lets " + names.user +
                          " alone push data: packets and captions do not arrive, whatever the calls answer.",
-                     ReplaceService(facts), OtherNames);
+                     remedy.commands, remedy.note + " " + OtherNames);
     }
     return Ok("owner", "user " + service.userName);
 }

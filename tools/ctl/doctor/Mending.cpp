@@ -8,6 +8,8 @@ namespace zviptv::ctl::doctor {
 
 namespace {
 
+constexpr char OwnService[] = "a service of one's own starts as its maker says.";
+
 /// A process of somebody else takes signals from root alone.
 std::string Signal(Facts const& facts, char const* name)
 {
@@ -17,11 +19,23 @@ std::string Signal(Facts const& facts, char const* name)
 
 std::string AsServiceUser(Facts const& facts, std::string const& command)
 {
-    std::string const& user = facts.accounts.names.user;
+    std::string const user = Quoted(facts.accounts.names.user);
     if (facts.caller.isServiceUser) {
         return command;
     }
     return (facts.caller.isRoot ? "runuser -u " + user + " -- " : "sudo -u " + user + " ") + command;
+}
+
+/// On the machine's own bus systemd starts the simulator.
+bool HasUnit(Facts const& facts)
+{
+    return !facts.bus.isFromEnvironment && facts.machine.runsSystemd && facts.machine.hasUnit;
+}
+
+std::string StreamNote(Facts const& facts)
+{
+    bool const isNamed = HasUnit(facts) || facts.machine.sample != MachineFacts().sample;
+    return isNamed ? "" : " " + facts.machine.sample + " stands for a stream of one's own.";
 }
 
 } // namespace
@@ -37,35 +51,49 @@ std::string ReloadBus(Facts const& facts)
                          "org.freedesktop.DBus.ReloadConfig");
 }
 
-std::vector<std::string> StartService(Facts const& facts)
+Remedy StartService(Facts const& facts)
 {
-    bool const isMachinesBus = !facts.bus.isFromEnvironment;
-    if (isMachinesBus && facts.machine.runsSystemd && facts.machine.hasUnit) {
-        return {AsRoot(facts, "systemctl start zviptv-sim")};
+    if (HasUnit(facts)) {
+        return {{AsRoot(facts, "systemctl start zviptv-sim")},
+                "That is the simulator. If it does not start: systemctl status zviptv-sim"};
     }
-    std::string const simulator = "zviptv-sim --bus system --ts " + facts.machine.sample + " --loop";
-    bool const denies = facts.policy.deniesByDefault.value_or(isMachinesBus);
-    return {denies ? AsServiceUser(facts, simulator) : simulator};
+    std::string const simulator =
+        Quoted(facts.machine.simulator) + " --bus system --ts " + Quoted(facts.machine.sample) + " --loop";
+    bool const denies = facts.policy.deniesByDefault.value_or(!facts.bus.isFromEnvironment);
+    return {{denies ? AsServiceUser(facts, simulator) : simulator},
+            std::string("That is the simulator; ") + OwnService + StreamNote(facts)};
 }
 
-std::vector<std::string> ReplaceService(Facts const& facts)
+Remedy ReplaceService(Facts const& facts)
 {
-    std::vector<std::string> commands = StartService(facts);
+    std::vector<std::string> commands = StartService(facts).commands;
     if (!facts.service.unit.empty()) {
-        commands.insert(commands.begin(), AsRoot(facts, "systemctl stop " + facts.service.unit));
+        commands.insert(commands.begin(), AsRoot(facts, "systemctl stop " + Quoted(facts.service.unit)));
     } else if (facts.service.process != 0) {
         // What does not run its main loop does not hear a polite request either.
         commands.insert(commands.begin(), Signal(facts, "KILL"));
     }
-    return commands;
+    return {commands,
+            std::string("The last command starts the simulator; ") + OwnService + StreamNote(facts)};
 }
 
-std::vector<std::string> RestartService(Facts const& facts)
+Remedy RestartService(Facts const& facts)
 {
     if (!facts.service.unit.empty()) {
-        return {AsRoot(facts, "systemctl restart " + facts.service.unit)};
+        return {{AsRoot(facts, "systemctl restart " + Quoted(facts.service.unit))}, {}};
     }
     return ReplaceService(facts);
+}
+
+Remedy ChangeServiceUser(Facts const& facts)
+{
+    if (facts.service.unit.empty()) {
+        return ReplaceService(facts);
+    }
+    std::string const& user = facts.accounts.names.user;
+    return {{AsRoot(facts, "systemctl edit " + Quoted(facts.service.unit)),
+             AsRoot(facts, "systemctl restart " + Quoted(facts.service.unit))},
+            "In the editor: [Service], User=" + user + ", Group=" + user + "."};
 }
 
 std::string StartDesk(Facts const& facts)

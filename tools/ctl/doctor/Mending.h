@@ -9,6 +9,12 @@ namespace zviptv::ctl::doctor {
 
 // Commands, ready to be copied.
 
+struct Remedy
+{
+    std::vector<std::string> commands;
+    std::string note;
+};
+
 /// What only root may do.
 std::string AsRoot(Facts const& facts, std::string const& command);
 
@@ -16,13 +22,16 @@ std::string AsRoot(Facts const& facts, std::string const& command);
 std::string ReloadBus(Facts const& facts);
 
 /// The simulator in the service's place, on the bus that is used.
-std::vector<std::string> StartService(Facts const& facts);
+Remedy StartService(Facts const& facts);
 
-/// Ends what owns the name, whatever it is, and starts the service.
-std::vector<std::string> ReplaceService(Facts const& facts);
+/// Ends what owns the name, whatever it is, and starts the simulator.
+Remedy ReplaceService(Facts const& facts);
 
-/// Ends the service and starts it again.
-std::vector<std::string> RestartService(Facts const& facts);
+/// Ends the service and starts it again, or the simulator where nothing tells how it is started.
+Remedy RestartService(Facts const& facts);
+
+/// Has the service run as the user whom the policy names.
+Remedy ChangeServiceUser(Facts const& facts);
 
 /// The simulator with a bus of its own.
 std::string StartDesk(Facts const& facts);

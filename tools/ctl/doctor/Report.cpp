@@ -24,10 +24,11 @@ std::string Line(Finding const& finding)
     return Padded(Word(finding.state), 9) + Padded(finding.check, 11) + EscapeText(finding.text) + "\n";
 }
 
-/// Commands stand alone on their lines, to be copied.
+/// Commands stand alone on their lines, to be copied. There may be none, but a note.
 std::string Below(Finding const& finding)
 {
-    std::string text = "    " + EscapeText(finding.meaning) + " To mend it:\n";
+    std::string text =
+        "    " + EscapeText(finding.meaning) + (finding.commands.empty() ? "\n" : " To mend it:\n");
     for (std::string const& command : finding.commands) {
         text += "        " + command + "\n";
     }
