@@ -1,5 +1,9 @@
 #!/bin/bash
-# The binary interface is the committed one: abi.sh BUILD SOURCE
+# The binary interface is the committed one: abi.sh BUILD SOURCE [left-out]
+if [ "${3-}" = left-out ]; then
+    echo "skipped: the committed interface is that of the release build by g++ on x86-64, without sanitizers"
+    exit 77
+fi
 . "$(dirname "$0")/install.sh"
 
 if ! command -v abidw >/dev/null; then
