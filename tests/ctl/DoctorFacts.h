@@ -28,8 +28,8 @@ inline ctl::doctor::Facts HealthyMachine()
     facts.service.outcome = Outcome::Answered;
     facts.versions.tool = "1.4.0";
     facts.versions.toolFile = "/usr/bin/zviptvctl";
-    facts.versions.library = "1.4.0";
-    facts.versions.libraryFile = "/usr/lib/x86_64-linux-gnu/libzv-iptv-service-api.so.1.4.0";
+    facts.versions.loaded = "1.4.0";
+    facts.versions.loadedFile = "/usr/lib/x86_64-linux-gnu/libzv-iptv-service-api.so.1.4.0";
     facts.machine = {true, true, true, true, "/usr/share/zv-iptv/samples/sample.ts", "/usr/bin/zviptv-sim"};
     return facts;
 }

@@ -129,8 +129,8 @@ TEST(DoctorJudge, AnErrorTellsNothingOfTheMainLoop)
 TEST(DoctorJudge, ALibraryWhoseNameTellsNoVersionIsUnknown)
 {
     Facts facts = HealthyMachine();
-    facts.versions.library = "";
-    facts.versions.libraryFile = "/opt/tv/application";
+    facts.versions.loaded = "";
+    facts.versions.loadedFile = "/opt/tv/application";
     ExpectFinding(facts, "version", State::Unknown,
                   "zviptvctl 1.4.0; the name of /opt/tv/application tells no version");
 }

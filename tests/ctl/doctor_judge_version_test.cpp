@@ -37,8 +37,8 @@ INSTANTIATE_TEST_SUITE_P(
         WrongCase{"LibraryOfTheLibraryPath",
                   Changed(HealthyMachine(),
                           [](Facts& facts) {
-                              facts.versions.library = "1.0.0";
-                              facts.versions.libraryFile = "/opt/tv/libzv-iptv-service-api.so.1.0.0";
+                              facts.versions.loaded = "1.0.0";
+                              facts.versions.loadedFile = "/opt/tv/libzv-iptv-service-api.so.1.0.0";
                               facts.versions.isFromLibraryPath = true;
                           }),
                   "version",
@@ -51,8 +51,8 @@ INSTANTIATE_TEST_SUITE_P(
         WrongCase{"LibraryLeftInUsrLocal",
                   Changed(HealthyMachine(),
                           [](Facts& facts) {
-                              facts.versions.library = "1.0.0";
-                              facts.versions.libraryFile = "/usr/local/lib/libzv-iptv-service-api.so.1.0.0";
+                              facts.versions.loaded = "1.0.0";
+                              facts.versions.loadedFile = "/usr/local/lib/libzv-iptv-service-api.so.1.0.0";
                           }),
                   "version",
                   5,
@@ -86,7 +86,7 @@ INSTANTIATE_TEST_SUITE_P(
         WrongCase{"ServiceNotRestarted",
                   Changed(HealthyMachine(),
                           [](Facts& facts) {
-                              facts.service.library = "1.4.0";
+                              facts.service.loaded = "1.4.0";
                               facts.service.isLibraryReplaced = true;
                           }),
                   "version",
@@ -108,7 +108,7 @@ INSTANTIATE_TEST_SUITE_P(
                   "",
                   StartsTheSimulator},
         WrongCase{"ServiceOfAnotherVersion",
-                  Changed(HealthyMachine(), [](Facts& facts) { facts.service.library = "1.3.9"; }),
+                  Changed(HealthyMachine(), [](Facts& facts) { facts.service.loaded = "1.3.9"; }),
                   "version",
                   5,
                   "the service runs the library 1.3.9, applications run 1.4.0",

@@ -82,7 +82,7 @@ struct ServiceFacts
     std::string program;
     std::string unit; ///< of the machine's systemd, without ".service"
     bool isStopped = false;
-    std::string library; ///< version of the library that it has loaded
+    std::string loaded; ///< version of the library that it has loaded
     bool isLibraryReplaced = false;
 
     Outcome outcome = Outcome::NotAsked;
@@ -94,8 +94,8 @@ struct VersionFacts
 {
     std::string tool;
     std::string toolFile;
-    std::string library;     ///< of the library in this process; empty when its file's name does not tell
-    std::string libraryFile; ///< without symbolic links
+    std::string loaded;     ///< of the library in this process; empty when its file's name does not tell
+    std::string loadedFile; ///< without symbolic links
     bool isFromLibraryPath = false; ///< LD_LIBRARY_PATH names its folder
 };
 

@@ -31,7 +31,7 @@ void ProbeService(BusProbe& bus, ServiceFacts& service);
 void LookUpProcess(ServiceFacts& service);
 
 /// "1.0.0" behind "libzv-iptv-service-api.so."; empty where the file is named otherwise.
-std::string VersionOf(std::string const& libraryFile);
+std::string VersionOf(std::string const& loadedFile);
 
 /// "name", or "1234" for a user without one.
 std::string UserName(unsigned id);

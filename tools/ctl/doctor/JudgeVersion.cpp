@@ -19,19 +19,19 @@ std::string FolderOf(std::string const& file)
 Finding WrongLibrary(Facts const& facts)
 {
     VersionFacts const& versions = facts.versions;
-    std::string const text = "zviptvctl is " + versions.tool + ", but " + versions.libraryFile +
-                             ", which it has loaded, is " + versions.library;
+    std::string const text = "zviptvctl is " + versions.tool + ", but " + versions.loadedFile +
+                             ", which it has loaded, is " + versions.loaded;
     bool const isLocalTool = IsBelow(versions.toolFile, "/usr/local/");
-    bool const isLocalLibrary = IsBelow(versions.libraryFile, "/usr/local/");
+    bool const isLocalLibrary = IsBelow(versions.loadedFile, "/usr/local/");
     if (versions.isFromLibraryPath) {
         return Wrong("version", ExitCode::Malformed, text, Meaning, {"unset LD_LIBRARY_PATH"},
-                     versions.libraryFile + " is in the way: LD_LIBRARY_PATH names its folder.");
+                     versions.loadedFile + " is in the way: LD_LIBRARY_PATH names its folder.");
     }
     if (isLocalLibrary && !isLocalTool) {
         return Wrong("version", ExitCode::Malformed, text, Meaning,
-                     {AsRoot(facts, "rm " + FolderOf(versions.libraryFile) + "libzv-iptv-service-api.so*"),
+                     {AsRoot(facts, "rm " + FolderOf(versions.loadedFile) + "libzv-iptv-service-api.so*"),
                       AsRoot(facts, "ldconfig")},
-                     versions.libraryFile + " is in the way, left by an earlier installation.");
+                     versions.loadedFile + " is in the way, left by an earlier installation.");
     }
     if (isLocalTool && !isLocalLibrary) {
         return Wrong("version", ExitCode::Malformed, text, Meaning,
@@ -49,8 +49,8 @@ Finding WrongService(Facts const& facts)
     std::string const text =
         service.isLibraryReplaced
             ? "the service still runs the library that has been replaced since it started"
-            : "the service runs the library " + service.library + ", applications run " +
-                  facts.versions.library;
+            : "the service runs the library " + service.loaded + ", applications run " +
+                  facts.versions.loaded;
     return Wrong("version", ExitCode::Malformed, text, Meaning, RestartService(facts));
 }
 
@@ -83,20 +83,20 @@ Finding JudgeProtocol(Facts const& facts)
 Finding JudgeVersion(Facts const& facts)
 {
     VersionFacts const& versions = facts.versions;
-    if (versions.library.empty()) {
-        return Unknown("version", "zviptvctl " + versions.tool + "; the name of " + versions.libraryFile +
+    if (versions.loaded.empty()) {
+        return Unknown("version", "zviptvctl " + versions.tool + "; the name of " + versions.loadedFile +
                                       " tells no version");
     }
-    if (versions.library != versions.tool) {
+    if (versions.loaded != versions.tool) {
         return WrongLibrary(facts);
     }
     ServiceFacts const& service = facts.service;
-    if (service.isLibraryReplaced || (!service.library.empty() && service.library != versions.library)) {
+    if (service.isLibraryReplaced || (!service.loaded.empty() && service.loaded != versions.loaded)) {
         return WrongService(facts);
     }
-    return Ok("version", "zviptvctl " + versions.tool + ", library " + versions.library + " (" +
-                             versions.libraryFile + ")" +
-                             (service.library.empty() ? "" : ", service " + service.library));
+    return Ok("version", "zviptvctl " + versions.tool + ", library " + versions.loaded + " (" +
+                             versions.loadedFile + ")" +
+                             (service.loaded.empty() ? "" : ", service " + service.loaded));
 }
 
 } // namespace zviptv::ctl::doctor

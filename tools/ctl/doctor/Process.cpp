@@ -51,7 +51,7 @@ void LookUpLibrary(std::string const& maps, ServiceFacts& service)
         if (line.find(Library) != std::string::npos) {
             service.isLibraryReplaced = EndsWith(line, Replaced);
             std::size_t const end = service.isLibraryReplaced ? line.rfind(Replaced) : line.size();
-            service.library = VersionOf(line.substr(0, end));
+            service.loaded = VersionOf(line.substr(0, end));
             return;
         }
     }

@@ -45,10 +45,10 @@ bool IsInLibraryPath(std::string const& file)
 
 } // namespace
 
-std::string VersionOf(std::string const& libraryFile)
+std::string VersionOf(std::string const& loadedFile)
 {
     constexpr char Stem[] = "libzv-iptv-service-api.so.";
-    std::string const name = libraryFile.substr(libraryFile.rfind('/') + 1);
+    std::string const name = loadedFile.substr(loadedFile.rfind('/') + 1);
     std::string const version =
         name.compare(0, sizeof Stem - 1, Stem) == 0 ? name.substr(sizeof Stem - 1) : "";
     return version.find('.') == std::string::npos ? "" : version;
@@ -60,8 +60,8 @@ VersionFacts LookUpVersions()
     versions.tool = ZVIPTV_VERSION;
     versions.toolFile = Resolved("/proc/self/exe");
     std::string const loaded = LoadedLibrary();
-    versions.libraryFile = Resolved(loaded);
-    versions.library = VersionOf(versions.libraryFile);
+    versions.loadedFile = Resolved(loaded);
+    versions.loaded = VersionOf(versions.loadedFile);
     versions.isFromLibraryPath = IsInLibraryPath(loaded);
     return versions;
 }

@@ -1,5 +1,5 @@
 #!/bin/bash
-# The library file: soname, what it exports, hardening: library.sh BUILD SOURCE
+# The library file: soname, what it exports, hardening: shared_object.sh BUILD SOURCE
 . "$(dirname "$0")/install.sh"
 
 readelf -d "$library" >"$work/dynamic"
