@@ -1,6 +1,6 @@
-#include "Arguments.h"
+#include "commands/Arguments.h"
 
-#include "Failure.h"
+#include "session/Failure.h"
 
 #include <gmock/gmock.h>
 

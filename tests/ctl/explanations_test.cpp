@@ -1,4 +1,4 @@
-#include "Explanations.h"
+#include "session/Explanations.h"
 
 #include <gtest/gtest.h>
 

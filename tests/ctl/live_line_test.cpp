@@ -1,4 +1,4 @@
-#include "LiveLine.h"
+#include "output/LiveLine.h"
 
 #include "Terminal.h"
 

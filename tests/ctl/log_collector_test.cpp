@@ -1,4 +1,4 @@
-#include "LogCollector.h"
+#include "session/LogCollector.h"
 
 #include "PrivateBus.h"
 

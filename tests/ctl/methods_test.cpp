@@ -1,6 +1,6 @@
-#include "Methods.h"
+#include "commands/Methods.h"
 
-#include "Failure.h"
+#include "session/Failure.h"
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-#include "PidTraffic.h"
+#include "output/PidTraffic.h"
 
 #include <gmock/gmock.h>
 

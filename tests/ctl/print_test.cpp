@@ -1,7 +1,7 @@
-#include "Answer.h"
-#include "PacketLine.h"
-#include "Table.h"
-#include "Traffic.h"
+#include "output/Answer.h"
+#include "output/PacketLine.h"
+#include "output/Table.h"
+#include "output/Traffic.h"
 
 #include <gmock/gmock.h>
 

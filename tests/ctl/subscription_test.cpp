@@ -1,6 +1,6 @@
-#include "Subscription.h"
+#include "session/Subscription.h"
 
-#include "Failure.h"
+#include "session/Failure.h"
 
 #include <gtest/gtest.h>
 

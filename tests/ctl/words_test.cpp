@@ -1,4 +1,4 @@
-#include "Words.h"
+#include "output/Words.h"
 
 #include <gmock/gmock.h>
 

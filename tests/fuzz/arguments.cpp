@@ -1,9 +1,9 @@
 #include "Fuzz.h"
 
-#include "Arguments.h"
-#include "Failure.h"
-#include "Methods.h"
-#include "Words.h"
+#include "commands/Arguments.h"
+#include "commands/Methods.h"
+#include "output/Words.h"
+#include "session/Failure.h"
 
 #include <optional>
 

@@ -1,10 +1,10 @@
 #include "ScriptedChannel.h"
 #include "Variants.h"
 
-#include "Commands.h"
-#include "Methods.h"
-#include "Session.h"
-#include "SystemBus.h"
+#include "commands/Commands.h"
+#include "commands/Methods.h"
+#include "session/Session.h"
+#include "session/SystemBus.h"
 
 #include <algorithm>
 #include <sstream>

@@ -2,8 +2,8 @@
 #include "ScriptedChannel.h"
 
 #include "CommandLine.h"
-#include "Failure.h"
-#include "SystemBus.h"
+#include "session/Failure.h"
+#include "session/SystemBus.h"
 
 #include <sys/mman.h>
 #include <unistd.h>

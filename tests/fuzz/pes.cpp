@@ -1,7 +1,7 @@
 #include "Fuzz.h"
 #include "StreamTestSupport.h"
 
-#include "Captions.h"
+#include "playback/Captions.h"
 #include "stream/AribLanguages.h"
 #include "stream/AudioFormat.h"
 #include "stream/PesAssembler.h"

@@ -1,10 +1,10 @@
 #include "Fuzz.h"
 
-#include "Answer.h"
-#include "PacketLine.h"
-#include "Table.h"
-#include "TrackText.h"
-#include "Words.h"
+#include "output/Answer.h"
+#include "output/PacketLine.h"
+#include "output/Table.h"
+#include "output/TrackText.h"
+#include "output/Words.h"
 
 #include <algorithm>
 #include <cstring>

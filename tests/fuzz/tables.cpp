@@ -1,7 +1,7 @@
 #include "Sections.h"
 
-#include "CaptionServices.h"
-#include "Tracks.h"
+#include "playback/CaptionServices.h"
+#include "playback/Tracks.h"
 #include "stream/ProgrammeTable.h"
 
 // PAT, PMT and SDT whose check sums are right, whatever they say.

@@ -1,8 +1,8 @@
 #include "Fuzz.h"
 
-#include "CaptionServices.h"
-#include "Captions.h"
-#include "Tracks.h"
+#include "playback/CaptionServices.h"
+#include "playback/Captions.h"
+#include "playback/Tracks.h"
 #include "stream/Demux.h"
 #include "stream/StreamError.h"
 #include "stream/TsReader.h"

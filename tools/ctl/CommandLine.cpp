@@ -1,14 +1,14 @@
 #include "CommandLine.h"
 
-#include "Answer.h"
-#include "Arguments.h"
-#include "Commands.h"
 #include "HelpTexts.h"
-#include "Methods.h"
-#include "Stream.h"
-#include "Watch.h"
-#include "Words.h"
+#include "commands/Arguments.h"
+#include "commands/Commands.h"
+#include "commands/Methods.h"
+#include "commands/Stream.h"
+#include "commands/Watch.h"
 #include "doctor/Doctor.h"
+#include "output/Answer.h"
+#include "output/Words.h"
 
 #include <iostream>
 #include <utility>

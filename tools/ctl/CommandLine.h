@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ExitCode.h"
-#include "Session.h"
+#include "session/ExitCode.h"
+#include "session/Session.h"
 
 #include <CLI/CLI.hpp>
 

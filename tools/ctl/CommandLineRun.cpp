@@ -1,10 +1,10 @@
 #include "CommandLine.h"
 
-#include "Answer.h"
-#include "Arguments.h"
-#include "OutputFile.h"
 #include "UsageText.h"
-#include "Words.h"
+#include "commands/Arguments.h"
+#include "output/Answer.h"
+#include "output/OutputFile.h"
+#include "output/Words.h"
 
 #include <csignal>
 #include <iostream>

@@ -1,6 +1,6 @@
 #include "StandardStreams.h"
-#include "StreamGuide.h"
-#include "Supervisor.h"
+#include "host/Supervisor.h"
+#include "playback/StreamGuide.h"
 
 #include <csignal>
 #include <cstdio>

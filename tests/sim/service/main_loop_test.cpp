@@ -1,4 +1,4 @@
-#include "MainLoop.h"
+#include "host/MainLoop.h"
 
 #include <gmock/gmock.h>
 

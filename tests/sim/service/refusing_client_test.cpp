@@ -2,7 +2,7 @@
 #include "SimulatorTest.h"
 #include "WaitUntil.h"
 
-#include "tools/sim/Subscriber.h"
+#include "tools/sim/endpoints/Subscriber.h"
 
 namespace zviptv::test {
 namespace {

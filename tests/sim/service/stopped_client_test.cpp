@@ -2,7 +2,7 @@
 #include "Sanitizers.h"
 #include "WaitUntil.h"
 
-#include "tools/sim/Subscriber.h"
+#include "tools/sim/endpoints/Subscriber.h"
 
 #include <algorithm>
 #include <csignal>

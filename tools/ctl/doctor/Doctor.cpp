@@ -1,9 +1,9 @@
 #include "doctor/Doctor.h"
 
-#include "Answer.h"
-#include "OutputFile.h"
 #include "doctor/Gather.h"
 #include "doctor/Report.h"
+#include "output/Answer.h"
+#include "output/OutputFile.h"
 
 namespace zviptv::ctl::doctor {
 

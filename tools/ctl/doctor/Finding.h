@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ExitCode.h"
 #include "doctor/Facts.h"
+#include "session/ExitCode.h"
 
 #include <string>
 #include <vector>

@@ -1,6 +1,6 @@
 #include "doctor/Report.h"
 
-#include "Print.h"
+#include "output/Print.h"
 
 #include <algorithm>
 

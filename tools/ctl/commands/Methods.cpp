@@ -1,0 +1,110 @@
+#include "Methods.h"
+
+#include "output/Words.h"
+#include "session/Failure.h"
+
+#include <cstring>
+
+namespace zviptv::ctl {
+
+namespace {
+
+std::string List(std::vector<Parameter> const& parameters)
+{
+    std::vector<std::string> parts;
+    for (Parameter const& parameter : parameters) {
+        parts.push_back(parameter.type + " " + parameter.name);
+    }
+    return Join(parts);
+}
+
+Json::Value ToJson(std::vector<Parameter> const& parameters)
+{
+    Json::Value list(Json::arrayValue);
+    for (Parameter const& parameter : parameters) {
+        Json::Value entry;
+        entry["type"] = parameter.type;
+        entry["name"] = parameter.name;
+        list.append(entry);
+    }
+    return list;
+}
+
+/// "2 arguments (type preferred)"
+std::string ArityOf(Method const& method)
+{
+    std::vector<std::string> names;
+    for (std::size_t index = 0; index < method.inputs.size(); ++index) {
+        std::string const& name = method.inputs[index].name;
+        names.push_back(index < method.required ? name : "[" + name + "]");
+    }
+    return names.empty() ? "no arguments" : Counted(names.size(), "argument") + " (" + Join(names, " ") + ")";
+}
+
+[[noreturn]] void ThrowUnknown(std::string const& name)
+{
+    std::vector<std::string> names;
+    for (Method const& method : Methods()) {
+        names.emplace_back(method.name);
+    }
+    std::vector<std::string> const near = NearWords(name, names);
+    throw Failure(ExitCode::Usage, "unknown method '" + name + "'; " +
+                                       (near.empty() ? "'zviptvctl methods' lists all of them"
+                                                     : "did you mean " + Join(near, " or ") + "?"));
+}
+
+} // namespace
+
+std::string Signature(Method const& method)
+{
+    std::string signature = std::string(method.name) + "(" + List(method.inputs) + ")";
+    return method.outputs.empty() ? signature : signature + " -> " + List(method.outputs);
+}
+
+Method const& FindMethod(std::string const& name, std::size_t argumentCount)
+{
+    std::vector<std::string> arities;
+    for (Method const& method : Methods()) {
+        if (name != method.name) {
+            continue;
+        }
+        if (method.call == nullptr) {
+            throw Failure(ExitCode::Usage,
+                          name + " needs a callback: use 'zviptvctl " + method.instead + "'");
+        }
+        if (method.Takes(argumentCount)) {
+            return method;
+        }
+        arities.push_back(ArityOf(method));
+    }
+    if (arities.empty()) {
+        ThrowUnknown(name);
+    }
+    throw Failure(ExitCode::Usage,
+                  name + " takes " + Join(arities, " or ") + ", not " + std::to_string(argumentCount));
+}
+
+Answer ListMethods()
+{
+    Answer answer;
+    char const* interface = "";
+    for (Method const& method : Methods()) {
+        if (std::strcmp(interface, method.interface) != 0) {
+            interface = method.interface;
+            answer.text += std::string(answer.text.empty() ? "" : "\n") + interface + "\n";
+        }
+        answer.text += "  " + Signature(method);
+        answer.text +=
+            method.call == nullptr ? std::string("   (use 'zviptvctl ") + method.instead + "')\n" : "\n";
+        Json::Value entry;
+        entry["interface"] = method.interface;
+        entry["name"] = method.name;
+        entry["in"] = ToJson(method.inputs);
+        entry["out"] = ToJson(method.outputs);
+        entry["callable"] = method.call != nullptr;
+        answer.json["methods"].append(entry);
+    }
+    return answer;
+}
+
+} // namespace zviptv::ctl

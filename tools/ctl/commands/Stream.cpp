@@ -1,0 +1,180 @@
+#include "Stream.h"
+
+#include "output/PacketLine.h"
+#include "output/Words.h"
+#include "session/Explanations.h"
+
+#include <csignal>
+#include <cstdio>
+#include <unistd.h>
+#include <utility>
+
+namespace zviptv::ctl {
+
+namespace {
+
+constexpr int LongSilence = 5; // seconds
+
+} // namespace
+
+Stream::Stream(Session& session, StreamOptions options)
+    : m_session(session), m_options(std::move(options)), m_lines("-"), m_live(STDERR_FILENO)
+{
+    if (!m_options.out.empty()) {
+        m_payloads.emplace(m_options.out);
+    }
+}
+
+ExitCode Stream::Run()
+{
+    m_session.Start();
+    auto const end = [this] { End(); };
+    EventSource const interrupt = Loop::OnSignal(SIGINT, end);
+    EventSource const terminate = Loop::OnSignal(SIGTERM, end);
+    ServiceWatch const watch(m_session.Connection(), [this](ServiceWatch::Event event) { OnService(event); });
+    std::optional<Subscription> subscription;
+    Subscribe(subscription);
+
+    EventSource const second = Loop::Every(std::chrono::seconds(1), [this] { OnSecond(); });
+    EventSource const limit = m_options.duration ? Loop::Every(*m_options.duration, end) : EventSource();
+    m_loop.Run([this](std::exception const& error) { OnUnreadable(error); });
+    Unsubscribe(*subscription);
+    return Conclude();
+}
+
+void Stream::Subscribe(std::optional<Subscription>& subscription)
+{
+    auto& subscriber = m_session.Get<IIPTVDataSubscriber>();
+    char const* const method = m_options.kind == PacketKind::Pes ? "SubscribeForPES" : "SubscribeForCaption";
+    m_session.Ask(method, [&] {
+        subscription.emplace(subscriber, m_options.kind, [this](Packet const& packet) { Take(packet); });
+        return true;
+    });
+    m_traffic = Traffic();
+}
+
+/// Where the service is gone there is nobody to tell.
+void Stream::Unsubscribe(Subscription& subscription)
+{
+    bool const isServiceLost = m_failure && m_failure->Code() != ExitCode::CannotWrite;
+    if (!isServiceLost) {
+        subscription.End(m_session.Get<IIPTVDataSubscriber>());
+    }
+}
+
+// A packet may come with the same batch of events after the end.
+void Stream::Take(Packet const& packet)
+{
+    if (m_ended || (m_options.pid && packet.pid != m_options.pid)) {
+        return;
+    }
+    m_traffic.Add(packet.data.size());
+    m_silentSeconds = 0;
+    try {
+        bool const isRead = Write(packet);
+        if (!isRead || (m_options.count && m_traffic.Packets() >= *m_options.count)) {
+            End();
+        }
+    } catch (Failure const& failure) {
+        Fail(failure);
+    }
+}
+
+void Stream::OnSecond()
+{
+    if (!m_ended && ++m_silentSeconds % LongSilence == 0) {
+        TellSilence();
+    }
+    m_traffic.Measure();
+    m_live.Show(m_traffic.Now());
+}
+
+/// Each of the two once: the source may end later.
+void Stream::TellSilence()
+{
+    if (!m_toldEnd && HasSourceEnded()) {
+        m_toldEnd = m_toldSilence = true;
+        Say("the source has ended: packets come only if it starts again; Ctrl-C ends");
+    } else if (!m_toldSilence) {
+        m_toldSilence = true;
+        Say("nothing has come for " + std::to_string(LongSilence) + " seconds; Ctrl-C ends");
+    }
+}
+
+bool Stream::HasSourceEnded()
+{
+    EZVSourceState state = ZV_SOURCE_STATE_UNKNOWN;
+    try {
+        auto& player = m_session.Get<IPlayerControl>();
+        m_session.Ask("GetSourceState", [&] { return player.GetSourceState(state); });
+    } catch (Failure const&) {
+        return false; // to know is a courtesy: packets may come all the same
+    }
+    return state == ZV_SOURCE_STATE_ENDED;
+}
+
+/// False when nobody reads the output any more.
+bool Stream::Write(Packet const& packet)
+{
+    if (m_payloads && !m_payloads->Write(packet.data.data(), packet.data.size())) {
+        return false;
+    }
+    if (m_payloads && m_payloads->IsStandardOutput()) {
+        return true;
+    }
+    m_live.Erase();
+    std::string const line = PacketLine(packet, m_options.asJson);
+    return m_lines.Write(line.data(), line.size());
+}
+
+void Stream::OnService(ServiceWatch::Event event)
+{
+    if (event == ServiceWatch::Event::Gone) {
+        Fail(Failure(ExitCode::NoService, "the service left the bus; start it, then run this command again"));
+    } else if (event == ServiceWatch::Event::BusClosed) {
+        Fail(Failure(ExitCode::NoAnswer, "the bus closed the connection; see whether it still runs"));
+    }
+}
+
+void Stream::OnUnreadable(std::exception const& error)
+{
+    ++m_unreadable;
+    Say(UnreadableNotification(error) + "; skipped");
+}
+
+void Stream::End()
+{
+    m_ended = true;
+    m_loop.Quit();
+}
+
+void Stream::Fail(Failure const& failure)
+{
+    if (!m_failure) {
+        m_failure = failure;
+    }
+    End();
+}
+
+void Stream::Say(std::string const& text)
+{
+    m_live.Erase();
+    std::fprintf(stderr, "zviptvctl: %s\n", text.c_str());
+}
+
+ExitCode Stream::Conclude()
+{
+    Say(m_traffic.Summary());
+    if (m_failure) {
+        throw *m_failure;
+    }
+    if (m_payloads) {
+        m_payloads->Close();
+    }
+    if (m_unreadable > 0) {
+        throw Failure(ExitCode::Malformed, Counted(m_unreadable, "notification") + " could not be read");
+    }
+    return ExitCode::Accepted;
+}
+
+} // namespace zviptv::ctl

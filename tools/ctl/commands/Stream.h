@@ -1,0 +1,66 @@
+#pragma once
+
+#include "output/LiveLine.h"
+#include "output/OutputFile.h"
+#include "output/Traffic.h"
+#include "session/Loop.h"
+#include "session/ServiceWatch.h"
+#include "session/Session.h"
+#include "session/Subscription.h"
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+namespace zviptv::ctl {
+
+struct StreamOptions
+{
+    PacketKind kind = PacketKind::Pes;
+    std::optional<std::uint64_t> count;
+    std::optional<std::chrono::milliseconds> duration;
+    std::optional<std::uint16_t> pid;
+    std::string out; ///< file for the payloads, "-" for standard output instead of lines; empty for none
+    bool asJson = false;
+};
+
+/// The commands `pes` and `caption`: a line a packet until enough came, time is over, the user or the service
+/// ends it.
+class Stream
+{
+public:
+    Stream(Session& session, StreamOptions options);
+
+    ExitCode Run();
+
+private:
+    void Subscribe(std::optional<Subscription>& subscription);
+    void Unsubscribe(Subscription& subscription);
+    void Take(Packet const& packet);
+    void OnSecond();
+    bool HasSourceEnded();
+    void TellSilence();
+    bool Write(Packet const& packet);
+    void OnService(ServiceWatch::Event event);
+    void OnUnreadable(std::exception const& error);
+    void End();
+    void Fail(Failure const& failure);
+    void Say(std::string const& text);
+    ExitCode Conclude();
+
+    Session& m_session;
+    StreamOptions const m_options;
+    OutputFile m_lines;
+    std::optional<OutputFile> m_payloads;
+    LiveLine m_live;
+    Loop m_loop;
+    Traffic m_traffic;
+    std::optional<Failure> m_failure;
+    std::uint64_t m_unreadable = 0;
+    int m_silentSeconds = 0;
+    bool m_toldEnd = false;
+    bool m_toldSilence = false;
+    bool m_ended = false;
+};
+
+} // namespace zviptv::ctl

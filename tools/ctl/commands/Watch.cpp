@@ -1,0 +1,261 @@
+#include "Watch.h"
+
+#include "output/Answer.h"
+#include "session/Explanations.h"
+
+#include <csignal>
+#include <unistd.h>
+
+namespace zviptv::ctl {
+
+Watch::Watch(Session& session, WatchOptions options)
+    : m_session(session), m_options(options), m_out("-"), m_live(m_options.asJson ? -1 : STDOUT_FILENO)
+{
+}
+
+ExitCode Watch::Run()
+{
+    m_session.Start();
+    auto const end = [this] { End(); };
+    EventSource const interrupt = Loop::OnSignal(SIGINT, end);
+    EventSource const terminate = Loop::OnSignal(SIGTERM, end);
+    EventSource limit; // before the seconds: where both are due the last tick is the limit's
+    if (m_options.duration) {
+        m_deadline = std::chrono::steady_clock::now() + *m_options.duration;
+        limit = Loop::Every(*m_options.duration, [this] { LastTick(); });
+    }
+    EventSource const second = Loop::Every(std::chrono::seconds(1), [this] { Tick(); });
+    ServiceWatch const watch(m_session.Connection(), [this](ServiceWatch::Event event) { OnService(event); });
+    Connect();
+    m_loop.Run([this](std::exception const& error) { Say("unreadable", UnreadableNotification(error)); },
+               [this] { OnEvents(); });
+    return Conclude();
+}
+
+void Watch::Connect()
+{
+    m_subscription.reset();
+    m_session.Release(); // a data subscriber that lost its service stays deaf
+    m_session.Log().TakePlayerControlGone();
+    if (m_trouble && IsOver()) {
+        return; // to release may have taken as long
+    }
+    try {
+        Introduce();
+        Subscribe();
+        m_state = State::Connected;
+        m_trouble.reset();
+    } catch (Failure const& failure) {
+        m_state = State::Away;
+        Tell(failure);
+    }
+}
+
+void Watch::Introduce()
+{
+    auto& player = m_session.Get<IPlayerControl>();
+    EZVSourceState state = ZV_SOURCE_STATE_UNKNOWN;
+    unsigned long long stc = 0;
+    unsigned long long pts = 0;
+    int denominator = 0;
+    int numerator = 0;
+    unsigned long now = 0;
+    m_session.Ask("GetSourceState", [&] { return player.GetSourceState(state); });
+    bool const hasClock = m_session.Ask("GetSTCCount", [&] { return player.GetSTCCount(stc); });
+    bool const hasStart =
+        m_session.Ask("GetFirstPTS", [&] { return player.GetFirstPTS(pts, denominator, numerator, now); });
+    Say("connected", "connected: source " + LowerName(state) + ", STC " +
+                         (hasClock ? std::to_string(stc) : "-") + ", first PTS " +
+                         (hasStart ? std::to_string(pts) : "-"));
+}
+
+void Watch::Subscribe()
+{
+    auto& subscriber = m_session.Get<IIPTVDataSubscriber>();
+    m_session.Ask("SubscribeForPES", [&] {
+        m_subscription.emplace(subscriber, PacketKind::Pes, [this](Packet const& packet) {
+            m_traffic.Add(packet.pid.value_or(0), packet.data.size());
+        });
+        return true;
+    });
+    Say("subscribed", "subscribed to PES packets");
+}
+
+void Watch::Tick()
+{
+    if (IsOver()) {
+        return;
+    }
+    m_traffic.Measure();
+    if (m_state == State::Away && m_isServicePresent) {
+        Connect();
+    }
+    if (m_state == State::Connected && !IsOver()) {
+        Report();
+    }
+}
+
+/// At the deadline, unless the service keeps silent: then it has held up the command long enough.
+void Watch::LastTick()
+{
+    if (m_state == State::Connected && !m_isEnding && !m_session.Hangs()) {
+        m_traffic.Measure();
+        Report();
+    }
+    End();
+}
+
+void Watch::Report()
+{
+    EZVSourceState state = ZV_SOURCE_STATE_UNKNOWN;
+    unsigned long long stc = 0;
+    bool hasState = false;
+    bool hasClock = false;
+    try {
+        auto& player = m_session.Get<IPlayerControl>();
+        m_session.Ask("GetSourceState", [&] { return player.GetSourceState(state); });
+        hasState = true;
+        hasClock = m_session.Ask("GetSTCCount", [&] { return player.GetSTCCount(stc); });
+        m_trouble.reset();
+    } catch (Failure const& failure) {
+        if (failure.Code() != ExitCode::NoService) { // that it left is told step by step
+            Tell(failure);
+        }
+    }
+    std::string const text = LowerName(state) + ", STC " + (hasClock ? std::to_string(stc) : "-") + ", ";
+    if (m_live.IsTerminal()) {
+        m_live.Show(text + m_traffic.Total(), m_traffic.Rates());
+        return;
+    }
+    Json::Value json(Json::objectValue);
+    json["event"] = "tick";
+    json["sourceState"] = hasState ? ToJson(state) : Json::Value();
+    json["stc"] = hasClock ? ToJson(stc) : Json::Value();
+    m_traffic.AddTo(json);
+    Write(json, text + "PES " + m_traffic.Text());
+}
+
+void Watch::OnService(ServiceWatch::Event event)
+{
+    m_isServicePresent = event == ServiceWatch::Event::Present;
+    if (!m_isServicePresent) {
+        m_trouble.reset();
+    }
+    if (event == ServiceWatch::Event::BusClosed) {
+        m_isBusClosed = true;
+        m_loop.Quit();
+    } else if (event == ServiceWatch::Event::Gone && m_state == State::Connected) {
+        m_state = State::Losing;
+        Say("lost", "the service left the bus: no more PES packets come");
+    }
+}
+
+void Watch::OnEvents()
+{
+    if (m_state == State::Losing && m_session.Log().TakePlayerControlGone()) {
+        TellLoss();
+        m_state = State::Away;
+        Say("waiting", "waiting for the service to come back");
+    }
+    if (m_state != State::Connected && m_isServicePresent && !m_trouble && !IsOver()) {
+        Say("back", "the service is back: making new objects");
+        Connect();
+    }
+}
+
+void Watch::TellLoss()
+{
+    Say("player-control-gone", "the player control object destroyed itself: pointers to it are invalid now");
+    TellFactory();
+    TellSubscriber();
+}
+
+void Watch::TellFactory()
+{
+    IPlayerControl* player = nullptr;
+    Handle const& handle = m_session.HandleOfCalls();
+    CIPTVServiceAPI::CreatePlayerControl(handle.profile, handle.id, &player);
+    if (player == nullptr) {
+        Say("factory-refuses", "CreatePlayerControl now gives null: no service runs");
+    } else {
+        Say("factory-works", "CreatePlayerControl gives a new object already");
+    }
+}
+
+void Watch::TellSubscriber()
+{
+    LogCollector& log = m_session.Log();
+    log.ForgetCall();
+    m_subscription->End(m_session.Get<IIPTVDataSubscriber>());
+    if (log.SendFailed()) {
+        Say("subscriber-fails",
+            "the data subscriber stays, but its calls fail: UnSubscribeForPES was not sent (" + log.Reason() +
+                ")");
+    }
+}
+
+/// The live line is left first: what the terminal shows of Ctrl-C stands behind it.
+void Watch::End()
+{
+    m_live.End();
+    m_isEnding = true;
+    m_loop.Quit();
+}
+
+bool Watch::IsOver() const
+{
+    return m_isEnding || (m_deadline && std::chrono::steady_clock::now() >= *m_deadline);
+}
+
+ExitCode Watch::Conclude()
+{
+    m_live.End();
+    if (m_writeFailure) {
+        throw Failure(*m_writeFailure);
+    }
+    if (m_isBusClosed) {
+        throw Failure(ExitCode::NoAnswer, "the bus closed the connection; see whether it still runs");
+    }
+    if (m_state != State::Connected && !m_trouble) {
+        throw Failure(ExitCode::NoService, "the service did not come back");
+    }
+    if (m_session.Hangs()) {
+        m_session.Abandon();
+    } else if (m_state == State::Connected) {
+        m_subscription->End(m_session.Get<IIPTVDataSubscriber>());
+    }
+    return m_trouble ? m_trouble->Code() : ExitCode::Accepted;
+}
+
+/// Once, while it lasts.
+void Watch::Tell(Failure const& trouble)
+{
+    if (!m_trouble || std::string(m_trouble->what()) != trouble.what()) {
+        Say("trouble", trouble.what());
+    }
+    m_trouble = trouble;
+}
+
+void Watch::Say(char const* event, std::string const& text)
+{
+    Json::Value json(Json::objectValue);
+    json["event"] = event;
+    json["text"] = ToJson(text);
+    m_live.Erase();
+    Write(json, text);
+}
+
+void Watch::Write(Json::Value const& json, std::string const& text)
+{
+    std::string const line = (m_options.asJson ? Compact(json) : text) + "\n";
+    try {
+        if (!m_writeFailure && m_out.Write(line.data(), line.size())) {
+            return;
+        }
+    } catch (Failure const& failure) {
+        m_writeFailure = failure;
+    }
+    m_loop.Quit(); // also when nobody reads it any more
+}
+
+} // namespace zviptv::ctl

@@ -1,0 +1,79 @@
+#pragma once
+
+#include "output/LiveLine.h"
+#include "output/OutputFile.h"
+#include "output/PidTraffic.h"
+#include "session/Loop.h"
+#include "session/ServiceWatch.h"
+#include "session/Session.h"
+#include "session/Subscription.h"
+
+#include <json/value.h>
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+namespace zviptv::ctl {
+
+struct WatchOptions
+{
+    std::optional<std::chrono::milliseconds> duration;
+    bool asJson = false;
+};
+
+/// The command `watch`: an application that lives long, and tells what it sees when the service comes and
+/// goes.
+class Watch
+{
+public:
+    Watch(Session& session, WatchOptions options);
+
+    /// Until time is over or the user ends it. Throws a Failure when the service is away then; trouble that
+    /// was told and lasts is a code.
+    ExitCode Run();
+
+private:
+    enum class State
+    {
+        Connected,
+        Losing, ///< the service is gone, the interface objects have not noticed yet
+        Away
+    };
+
+    void Connect();
+    void Introduce();
+    void Subscribe();
+    void Tick();
+    void LastTick();
+    void Report();
+    void OnService(ServiceWatch::Event event);
+    void OnEvents();
+    void TellLoss();
+    void TellFactory();
+    void TellSubscriber();
+    void End();
+    bool IsOver() const;
+    ExitCode Conclude();
+
+    void Tell(Failure const& trouble);
+    void Say(char const* event, std::string const& text);
+    void Write(Json::Value const& json, std::string const& text);
+
+    Session& m_session;
+    WatchOptions const m_options;
+    OutputFile m_out;
+    LiveLine m_live;
+    Loop m_loop;
+    State m_state = State::Away;
+    bool m_isServicePresent = true;
+    bool m_isBusClosed = false;
+    bool m_isEnding = false;
+    std::optional<std::chrono::steady_clock::time_point> m_deadline;
+    std::optional<Failure> m_trouble; ///< of the latest look at the service
+    std::optional<Failure> m_writeFailure;
+    std::optional<Subscription> m_subscription;
+    PidTraffic m_traffic;
+};
+
+} // namespace zviptv::ctl

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "Print.h"
+#include "session/Failure.h"
+
+#include <json/value.h>
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace zviptv::ctl {
+
+/// What a command has to say: the same facts as lines of text and as members of one JSON object.
+struct Answer
+{
+    bool result = true;
+    std::string text;
+    Json::Value json = Json::Value(Json::objectValue);
+    std::string warning;           ///< for standard error
+    std::vector<Failure> failures; ///< of calls that it has to do without
+
+    template <typename Value>
+    void Add(std::string const& name, Value const& value)
+    {
+        AddLines(text, name, value);
+        AddMember(json, name, value);
+    }
+
+    ExitCode Code() const;
+};
+
+/// One line, without trailing line break.
+std::string Compact(Json::Value const& json);
+
+/// The text, or the JSON object with "result" on one line, which is false after failures, and "error".
+void Print(std::ostream& out, Answer const& answer, bool asJson);
+
+/// The JSON object of a command that failed: "result" false, and the message under "error".
+void PrintError(std::ostream& out, std::string const& message);
+
+} // namespace zviptv::ctl

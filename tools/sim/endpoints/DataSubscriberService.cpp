@@ -1,0 +1,166 @@
+#include "DataSubscriberService.h"
+
+#include "playback/Captions.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace zviptv::sim {
+
+namespace function = protocol::function;
+namespace key = protocol::key;
+
+namespace {
+
+void AddNumber(CMessageBuffer& message, char const* key, std::uint64_t number)
+{
+    message.AddValue(key, std::to_string(number).c_str());
+}
+
+void AddBytes(CMessageBuffer& message, char const* key, std::vector<std::uint8_t> const& bytes)
+{
+    message.AddValue(key, static_cast<int>(bytes.size()), reinterpret_cast<char const*>(bytes.data()));
+}
+
+Subscriber::Notification ToNotification(PesPacket const& pes)
+{
+    auto notification = std::make_shared<CMessageBuffer>();
+    notification->AddValue(key::FunctionName, function::PESCB);
+    AddNumber(*notification, key::PESDataSize, pes.bytes.size());
+    AddNumber(*notification, key::PESType, static_cast<std::uint64_t>(TypeOf(pes.kind)));
+    AddNumber(*notification, key::PESPID, pes.pid);
+    AddNumber(*notification, key::PESPTS, pes.pts.value_or(0));
+    AddBytes(*notification, key::PESData, pes.bytes);
+    return notification;
+}
+
+Subscriber::Notification ToNotification(ZVCaption const& caption)
+{
+    auto notification = std::make_shared<CMessageBuffer>();
+    notification->AddValue(key::FunctionName, function::CaptionCB);
+    AddNumber(*notification, key::CaptionDataSize, caption.data.size());
+    AddNumber(*notification, key::CaptionType, static_cast<std::uint64_t>(caption.type));
+    AddBytes(*notification, key::CaptionData, caption.data);
+    return notification;
+}
+
+} // namespace
+
+DataSubscriberService::DataSubscriberService(PesFilter filter, MainLoop& loop)
+    : m_filter(std::move(filter)), m_loop(loop)
+{
+}
+
+DataSubscriberService::~DataSubscriberService()
+{
+    for (auto& [name, client] : m_clients) {
+        client.subscriber->Stop();
+    }
+}
+
+void DataSubscriberService::Add(std::string const& busName)
+{
+    Client client;
+    client.subscriber = std::make_unique<Subscriber>(
+        busName, [this, busName] { Remove(busName); },
+        [this] { m_loop.After(std::chrono::milliseconds(0), [this] { Reap(); }); });
+    Remove(busName);
+    m_clients.emplace(busName, std::move(client));
+}
+
+void DataSubscriberService::Remove(std::string const& busName)
+{
+    auto const client = m_clients.find(busName);
+    if (client != m_clients.end()) {
+        Leave(std::move(client->second.subscriber));
+        m_clients.erase(client);
+    }
+}
+
+/// Never waits: the application that goes away may itself be waiting for our answer. The subscriber's thread
+/// says when it has stopped.
+void DataSubscriberService::Leave(std::unique_ptr<Subscriber> subscriber)
+{
+    Subscriber::Counts const counts = subscriber->Count();
+    m_gone.sent += counts.sent;
+    m_gone.dropped += counts.dropped;
+    subscriber->Stop();
+    m_leaving.push_back(std::move(subscriber));
+}
+
+void DataSubscriberService::Reap()
+{
+    m_leaving.erase(std::remove_if(m_leaving.begin(), m_leaving.end(),
+                                   [](auto const& subscriber) { return subscriber->HasStopped(); }),
+                    m_leaving.end());
+}
+
+std::optional<CMessageBuffer> DataSubscriberService::Answer(Request const& request)
+{
+    std::string const name = request.Function();
+    if (name == function::RequestPESCB) {
+        return Turn(request, &Client::wantsPes);
+    }
+    if (name == function::RequestCaptionCB) {
+        return Turn(request, &Client::wantsCaptions);
+    }
+    return std::nullopt;
+}
+
+Reply DataSubscriberService::Turn(Request const& request, bool Client::*wants)
+{
+    std::optional<int> const on = request.Get<int>(key::On);
+    auto const client = m_clients.find(request.Sender());
+    if (!on || client == m_clients.end()) {
+        return Reply(false);
+    }
+    client->second.*wants = *on != 0;
+    if (!client->second.wantsPes && !client->second.wantsCaptions) {
+        client->second.subscriber->Discard();
+    }
+    return Reply(true);
+}
+
+void DataSubscriberService::Push(PesPacket const& pes)
+{
+    if (IsWanted(&Client::wantsPes) && m_filter.Passes(pes)) {
+        Offer(ToNotification(pes), pes.bytes.size(), &Client::wantsPes);
+    }
+    if (IsWanted(&Client::wantsCaptions)) {
+        if (std::optional<ZVCaption> const caption = CaptionIn(pes)) {
+            Offer(ToNotification(*caption), caption->data.size(), &Client::wantsCaptions);
+        }
+    }
+}
+
+bool DataSubscriberService::IsWanted(bool Client::*wants) const
+{
+    return std::any_of(m_clients.begin(), m_clients.end(),
+                       [wants](auto const& client) { return client.second.*wants; });
+}
+
+void DataSubscriberService::Offer(Subscriber::Notification const& notification, std::size_t size,
+                                  bool Client::*wants)
+{
+    for (auto& [name, client] : m_clients) {
+        if (client.*wants) {
+            client.subscriber->Offer(notification, size);
+        }
+    }
+}
+
+DataSubscriberService::Counts DataSubscriberService::Count() const
+{
+    Counts counts = m_gone;
+    for (auto const& [name, client] : m_clients) {
+        Subscriber::Counts const own = client.subscriber->Count();
+        counts.sent += own.sent;
+        counts.dropped += own.dropped;
+        if (client.wantsPes || client.wantsCaptions) {
+            counts.subscribers.push_back({name, own.sent, own.dropped, own.queued});
+        }
+    }
+    return counts;
+}
+
+} // namespace zviptv::sim

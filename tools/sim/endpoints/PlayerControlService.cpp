@@ -1,0 +1,249 @@
+#include "PlayerControlService.h"
+
+#include "playback/CaptionServices.h"
+#include "playback/Tracks.h"
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+namespace zviptv::sim {
+
+namespace function = protocol::function;
+namespace key = protocol::key;
+
+namespace {
+
+constexpr int TimeBase = 90000;
+
+/// Stores a chosen list entry; the result is 0 when the list has no such entry.
+template <typename Index>
+Reply Choose(std::optional<Index> index, std::size_t count, Index& chosen)
+{
+    if (!index || *index < Index{} || static_cast<std::size_t>(*index) >= count) {
+        return Reply(false);
+    }
+    chosen = *index;
+    return Reply(true);
+}
+
+/// The track with this coding that suits best: the one that plays, else one in its language, else the first.
+std::optional<int> TrackOfFormat(std::vector<ZVAudio> const& tracks, int current, int encoding)
+{
+    std::optional<int> best;
+    bool bestSpeaks = false;
+    EZVLanguageCode const language = static_cast<std::size_t>(current) < tracks.size()
+                                         ? tracks[static_cast<std::size_t>(current)].language
+                                         : ZV_LANGUAGE_UNKNOWN;
+    for (std::size_t i = 0; i < tracks.size(); ++i) {
+        if (tracks[i].encoding != encoding) {
+            continue;
+        }
+        if (static_cast<int>(i) == current) {
+            return current;
+        }
+        bool const speaks = tracks[i].language == language;
+        if (!best || (speaks && !bestSpeaks)) {
+            best = static_cast<int>(i);
+            bestSpeaks = speaks;
+        }
+    }
+    return best;
+}
+
+cvtv_resolution_e ResolutionClass(std::uint32_t lines)
+{
+    struct Class
+    {
+        std::uint32_t lines;
+        cvtv_resolution_e value;
+    };
+    constexpr std::array<Class, 4> classes{{{576, CVTV_RESOLUTION_SD},
+                                            {720, CVTV_RESOLUTION_HD},
+                                            {1088, CVTV_RESOLUTION_FHD},
+                                            {2176, CVTV_RESOLUTION_UHD}}};
+    auto const found =
+        std::find_if(classes.begin(), classes.end(), [lines](Class const& c) { return lines <= c.lines; });
+    return found == classes.end() ? CVTV_RESOLUTION_8K : found->value;
+}
+
+ZVResolution ToRecord(VideoFormat const& format)
+{
+    ZVResolution record{};
+    record.width = format.width;
+    record.height = format.height;
+    record.frameRateNumerator = format.frameRate.numerator;
+    record.frameRateDenominator = format.frameRate.denominator;
+    record.aspectWidth = static_cast<std::uint16_t>(format.displayAspect.numerator);
+    record.aspectHeight = static_cast<std::uint16_t>(format.displayAspect.denominator);
+    record.interlaced = format.interlaced ? 1 : 0;
+    return record;
+}
+
+} // namespace
+
+RequestRow<PlayerControlService> const PlayerControlService::Rows[] = {
+    {function::SetCurrentAudioByIndex, &PlayerControlService::SetCurrentAudioByIndex},
+    {function::SetAudioFormat, &PlayerControlService::SetAudioFormat},
+    {function::SetDigitalDualSound, &PlayerControlService::SetDigitalDualSound},
+    {function::SetCurrentTTX, &PlayerControlService::SetCurrentTTX},
+    {function::SetCurrentHybridSBT, &PlayerControlService::SetCurrentHybridSBT},
+    {function::GetSTCCount, &PlayerControlService::GetSTCCount},
+    {function::SetCurrentISDBText, &PlayerControlService::SetCurrentISDBText},
+    {function::SetCurrentISDBTextService, &PlayerControlService::SetCurrentISDBTextService},
+    {function::GetCaptionDataMode, &PlayerControlService::GetCaptionDataMode},
+    {function::GetDefaultCaptionService, &PlayerControlService::GetDefaultCaptionService},
+    {function::MuteAudio, &PlayerControlService::MuteAudio},
+    {function::MuteVideo, &PlayerControlService::MuteVideo},
+    {function::GetResolution, &PlayerControlService::GetResolution},
+    {function::SetAppID, &PlayerControlService::SetAppID},
+    {function::GetSourceState, &PlayerControlService::GetSourceState},
+    {function::GetFirstPTS, &PlayerControlService::GetFirstPTS},
+};
+
+std::vector<std::string> PlayerControlService::Functions()
+{
+    return FunctionsOf(Rows);
+}
+
+std::optional<CMessageBuffer> PlayerControlService::Answer(Request const& request)
+{
+    return AnswerFrom(Rows, *this, request);
+}
+
+Reply PlayerControlService::SetCurrentAudioByIndex(Request const& request)
+{
+    return Choose(request.Get<int>(key::Index), m_player.Current().audio.size(), m_selection.audio);
+}
+
+Reply PlayerControlService::SetAudioFormat(Request const& request)
+{
+    std::optional<int> const type = request.Get<int>(key::EncodeType);
+    std::optional<bool> const preferred = request.Flag(key::IsPreferred);
+    if (!type || !preferred) {
+        return Reply(false);
+    }
+    std::optional<int> const track = TrackOfFormat(AudioTracks(m_player.Current()), m_selection.audio, *type);
+    m_selection.audio = track.value_or(m_selection.audio);
+    return Reply(*preferred || track.has_value()); // what is preferred need not be there
+}
+
+Reply PlayerControlService::SetDigitalDualSound(Request const& request)
+{
+    std::optional<int> const mode = request.Get<int>(key::Mode);
+    if (!mode || *mode < ZV_MULTI_SOUND_STEREO || *mode > ZV_MULTI_SOUND_BOTH) {
+        return Reply(false);
+    }
+    m_selection.dualSound = static_cast<EZVMultiSoundMode>(*mode);
+    return Reply(true);
+}
+
+Reply PlayerControlService::SetCurrentTTX(Request const& request)
+{
+    return Choose(request.Get<unsigned int>(key::Index), m_player.Current().teletext.size(),
+                  m_selection.teletext);
+}
+
+Reply PlayerControlService::SetCurrentHybridSBT(Request const& request)
+{
+    return Choose(request.Get<unsigned int>(key::Index), HybridSubtitles(m_player.Current()).size(),
+                  m_selection.subtitle);
+}
+
+Reply PlayerControlService::GetSTCCount(Request const& /*request*/)
+{
+    std::optional<std::uint64_t> const stc = m_player.Stc();
+    return Reply(stc.has_value()).Add(key::STCCount, stc.value_or(0));
+}
+
+Reply PlayerControlService::SetCurrentISDBText(Request const& request)
+{
+    std::optional<EZVISDBTextType> const type = TextType(request);
+    if (!type) {
+        return Reply(false);
+    }
+    return Choose(request.Get<unsigned int>(key::Index),
+                  IsdbTexts(m_player.Current(), *type, m_player.TextLanguages()).size(),
+                  m_selection.isdbText.at(static_cast<std::size_t>(*type)));
+}
+
+Reply PlayerControlService::SetCurrentISDBTextService(Request const& request)
+{
+    std::optional<EZVISDBTextType> const type = TextType(request);
+    std::optional<int> const tag = request.Get<int>(key::CompTag);
+    if (!type || !tag) {
+        return Reply(false);
+    }
+    std::vector<ZVISDBText> const texts = IsdbTexts(m_player.Current(), *type, m_player.TextLanguages());
+    auto const found = std::find_if(texts.begin(), texts.end(),
+                                    [&tag](ZVISDBText const& text) { return text.componentTag == *tag; });
+    if (found == texts.end()) {
+        return Reply(false);
+    }
+    m_selection.isdbText.at(static_cast<std::size_t>(*type)) =
+        static_cast<unsigned int>(found - texts.begin());
+    return Reply(true);
+}
+
+Reply PlayerControlService::GetCaptionDataMode(Request const& /*request*/)
+{
+    bool const captions = !IsdbTexts(m_player.Current(), ZV_ISDB_TEXT_CAPTION).empty() ||
+                          !CaptionServices(m_player.Current()).empty();
+    return Reply(true).Add(
+        key::Mode, static_cast<int>(captions ? ZV_CAPTION_DATA_MODE_SELECTABLE : ZV_CAPTION_DATA_MODE_NONE));
+}
+
+Reply PlayerControlService::GetDefaultCaptionService(Request const& /*request*/)
+{
+    std::vector<CaptionService> const services = CaptionServices(m_player.Current());
+    EZVCaptionService const first = services.empty() ? ZV_CAPTION_SERVICE_UNKNOWN : services.front().number;
+    return Reply(!services.empty()).Add(key::Service, static_cast<int>(first));
+}
+
+Reply PlayerControlService::MuteAudio(Request const& request)
+{
+    std::optional<bool> const on = request.Flag(key::OnOff);
+    m_selection.audioMuted = on.value_or(m_selection.audioMuted);
+    return Reply(on.has_value());
+}
+
+Reply PlayerControlService::MuteVideo(Request const& request)
+{
+    std::optional<bool> const on = request.Flag(key::OnOff);
+    m_selection.videoMuted = on.value_or(m_selection.videoMuted);
+    return Reply(on.has_value());
+}
+
+Reply PlayerControlService::GetResolution(Request const& /*request*/)
+{
+    std::optional<VideoFormat> const& format = m_player.Format();
+    cvtv_resolution_e const res = format ? ResolutionClass(format->height) : CVTV_RESOLUTION_UNKNOWN;
+    return Reply(format.has_value())
+        .Add(key::Resolution, static_cast<int>(res))
+        .AddRecord(key::ResolutionInfo, ToRecord(format.value_or(VideoFormat())));
+}
+
+Reply PlayerControlService::SetAppID(Request const& request)
+{
+    m_selection.appId = request.Text(key::AppID);
+    return Reply(true);
+}
+
+Reply PlayerControlService::GetSourceState(Request const& /*request*/)
+{
+    return Reply(true).Add(key::SourceState, static_cast<int>(m_player.State()));
+}
+
+Reply PlayerControlService::GetFirstPTS(Request const& /*request*/)
+{
+    std::optional<std::uint64_t> const pts = m_player.FirstPts();
+    auto const now =
+        std::chrono::duration_cast<std::chrono::milliseconds>(Pacer::Clock::now().time_since_epoch());
+    return Reply(pts.has_value())
+        .Add(key::FirstPTS, pts.value_or(0))
+        .Add(key::TimeBaseDen, TimeBase)
+        .Add(key::TimeBaseNum, 1)
+        .Add(key::CurrentTime, now.count());
+}
+
+} // namespace zviptv::sim

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "endpoints/Service.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace zviptv::sim {
+
+struct Options
+{
+    ServiceOptions service;
+    bool listServices = false; ///< of the guide, and nothing else
+    bool privateBus = false;
+    std::optional<double> dieAfter;     ///< seconds until the service dies
+    std::optional<double> restartAfter; ///< seconds until a dead service comes back; never when empty
+    std::vector<std::string> command;   ///< to run on the private bus; may be empty
+};
+
+/// The command line. When it asks for help or is wrong, that is printed and `exitStatus` is set instead.
+std::optional<Options> ParseCommandLine(int argc, char** argv, int& exitStatus);
+
+} // namespace zviptv::sim
