@@ -44,7 +44,8 @@ class Protocol:
             if value.tag != "endpoint" and value.get("type") not in FIELD_SIZES:
                 self._check_type(value)
         for record in self.records.values():
-            self._lay_out(record)
+            if record.get("form") != "json":
+                self._lay_out(record)
 
     def _lay_out(self, record):
         offset = 0
@@ -52,9 +53,8 @@ class Protocol:
             field.set("offset", str(offset))
             if field.tag == "field":
                 field.set("size", str(FIELD_SIZES.get(field.get("type"), 4)))
-                field.attrib.setdefault("key", field.get("name"))
             offset += int(field.get("size"))
-        if record.get("form") != "json" and offset != int(record.get("size")):
+        if offset != int(record.get("size")):
             raise SystemExit(f"zviptv.xml: the fields of {record.get('name')} have {offset} bytes, not {record.get('size')}")
 
     def _check_type(self, value):
@@ -160,36 +160,131 @@ def protocol_header(protocol):
         "} // namespace zviptv::protocol", ""])
 
 
+# Code of the tools and of the fuzz targets
+
+
+def types_header(protocol):
+    """ctl/ProtocolTypes.h: names of enumerators, fields of records; the compiler compares them with IPTVTypes.h"""
+    lines = [f"// {NOTICE}", "#pragma once", '#include "output/Enumerations.h"', '#include "output/Records.h"',
+             "#include <zviptv/IPTVTypes.h>", "#include <cstddef>", "", "namespace zviptv::ctl {", ""]
+    for name, enumeration in protocol.enumerations.items():
+        prefix = enumeration.get("prefix")
+        lines += ["template <>", f"inline EnumInfo const& InfoOf<{name}>()", "{", "    static constexpr EnumName names[] = {"]
+        lines += [f"        {{{prefix}{value.get('name')}, {quote(value.get('name'))}}}," for value in enumeration]
+        lines += ["    };", f"    static constexpr EnumInfo info({quote(name)}, {quote(prefix)}, names);", "    return info;", "}"]
+        lines += [f"static_assert({prefix}{value.get('name')} == {value.get('value')});" for value in enumeration]
+    for name, record in protocol.records.items():
+        fields = [f"Field{{{quote(f.get('name'))}, &{name}::{f.get('name')}"
+                  + (", Notation::Hexadecimal}" if f.get("notation") == "hex" else "}") for f in record.findall("field")]
+        lines += ["template <>", f"struct RecordInfo<{name}>", "{",
+                  "    static constexpr auto fields = std::make_tuple(", "        " + ",\n        ".join(fields) + ");", "};"]
+        if record.get("form") != "json":
+            lines += [f"static_assert(sizeof({name}) == {record.get('size')});"]
+            lines += [f"static_assert(offsetof({name}, {f.get('name')}) == {f.get('offset')} && "
+                      f"sizeof({name}::{f.get('name')}) == {f.get('size')});" for f in record.findall("field")]
+    return "\n".join(lines + ["", "} // namespace zviptv::ctl", ""])
+
+
+def method_table(protocol):
+    """ctl/MethodTable.cpp: what zviptvctl calls"""
+
+    def form(value):
+        name = value.get("type", "")
+        number = name in protocol.enumerations or (name in BASIC and name not in ("text", "bytes", "character"))
+        return "Number" if number else "Character" if name == "character" else "List" if name.endswith("[]") else "Bytes"
+
+    def listed(entry, tag):
+        return ", ".join(f"{{{quote(protocol.shown_type(v))}, {quote(name)}, Form::{form(v)}}}"
+                         for name, v in protocol.parameters(entry, tag, flat=True))
+
+    def take(name, value):
+        if value.get("optional"):
+            return [f"auto const {name} = call.TakeOptional();"], f"{name} ? {name}->c_str() : nullptr"
+        if protocol.is_json(value):
+            fields = [f"{name}.{field.get('name')}" for field in protocol.records[value.get("type")]]
+            return [f"{protocol.c_type(value)} {name}{{}};", *(f"{f} = call.Take<decltype({f})>();" for f in fields)], name
+        return [f"auto const {name} = call.Take<{protocol.c_type(value)}>();"], name
+
+    def call(endpoint, entry):
+        taken = [take(name, value) for name, value in protocol.parameters(entry, "in")]
+        outputs = protocol.parameters(entry, "out")
+        arguments = [argument for _, argument in taken] + [name for name, _ in outputs]
+        method = entry.get("method", entry.get("name"))
+        return ["    [](Call& call) {", *(f"        {line}" for lines, _ in taken for line in lines),
+                *(f"        {protocol.c_type(value)} {name}{{}};" for name, value in outputs),
+                f"        call.Ask<{endpoint.get('interface')}>(",
+                f"            [&](auto& object) {{ return object.{method}({', '.join(arguments)}); }});",
+                *(f"        call.Add({name});" for name, _ in outputs), "    }, nullptr},"]
+
+    rows = []
+    for endpoint, entry in protocol.methods():
+        required = sum(not value.get("optional") for _, value in protocol.parameters(entry, "in", flat=True))
+        name = entry.get("method", entry.get("name"))
+        rows += [f"    {{{quote(endpoint.get('interface'))}, {quote(name)},",
+                 f"     {{{listed(entry, 'in')}}},", f"     {{{listed(entry, 'out')}}}, {required},"]
+        rows += [f"     nullptr, {quote(entry.get('command'))}}},"] if entry.tag == "method" else call(endpoint, entry)
+    return "\n".join([f"// {NOTICE}", '#include "commands/Call.h"', "", "namespace zviptv::ctl {", "",
+                      "std::vector<Method> const& Methods()", "{", "    static std::vector<Method> const table = {",
+                      *(f"    {row}" for row in rows), "    };", "    return table;", "}", "", "} // namespace zviptv::ctl", ""])
+
+
+def schema(protocol):
+    """The description as JSON, for tools in other languages."""
+
+    def plain(element, *leave):
+        numbers = ("value", "offset", "size")
+        return {key: int(text, 0) if key in numbers else True if key == "optional" else text for key, text in element.attrib.items()
+                if key not in ("constant", "c", "prefix", "parameter", *leave)}
+
+    def call(element):
+        return {**plain(element, "handle", "method"), **{tag: [plain(v) for v in element.findall(tag)] for tag in ("in", "out")}}
+
+    def shown(entry, tag):
+        return [{"type": protocol.shown_type(v), "name": name} for name, v in protocol.parameters(entry, tag, flat=True)]
+
+    return {
+        "helper": call(protocol.helper),
+        "channel": call(protocol.channel),
+        "endpoints": [{
+            **plain(endpoint, "handle", "result"), "result": endpoint.get("result") == "yes",
+            "functions": [{**call(f), "handle": protocol.has_handle(endpoint, f)} for f in endpoint.findall("function")],
+            "notifications": [call(n) for n in endpoint.findall("notification")]} for endpoint in protocol.endpoints],
+        "enumerations": [{**plain(e), "values": [plain(v) for v in e]} for e in protocol.enumerations.values()],
+        "records": [{**plain(r), "fields": [plain(f) for f in r.findall("field")]} for r in protocol.records.values()],
+        "methods": [{"interface": endpoint.get("interface"), "name": m.get("method", m.get("name")),
+                     "callable": m.tag == "function", "in": shown(m, "in"), "out": shown(m, "out")}
+                    for endpoint, m in protocol.methods()],
+    }
+
+
+def schema_source(protocol):
+    """tools/ProtocolSchema.inc: the description as JSON in a string literal"""
+    return f'// {NOTICE}\nR"json({json.dumps(schema(protocol), ensure_ascii=False, indent=0)})json"\n'
+
+
 def dissector(protocol):
-    """zviptv.lua, the Wireshark dissector: the tables that the file of that name here works on."""
+    """wireshark/zviptv.lua: the file of that name here, with the description as a table"""
 
     def lua(value):
         if isinstance(value, dict):
-            return "{" + ", ".join(f"[{lua(key)}] = {lua(entry)}" for key, entry in value.items()) + "}"
-        if isinstance(value, list):
-            return "{" + ", ".join(map(lua, value)) + "}"
-        return quote(value) if isinstance(value, str) else str(value)
+            return "{" + ", ".join(f"[{quote(key)}] = {lua(entry)}" for key, entry in value.items()) + "}"
+        return "{\n" + "".join(f"{lua(entry)},\n" for entry in value) + "}" if isinstance(value, list) else quote(value)
 
-    def table(name, entries):
-        return [f"local {name} = {{", *(f"    [{lua(key)}] = {lua(value)}," for key, value in entries.items()), "}", ""]
+    code = (HERE / "zviptv.lua").read_text(encoding="utf-8")
+    return code.replace("local schema = {}\n", f"-- {NOTICE}\nlocal schema = {lua(schema(protocol))}\n")
 
-    def types(function, tag):
-        return {value.get("key"): value.get("type") for value in function.findall(tag)}
 
-    functions = {e.get("type"): {f.get("name"): {"request": types(f, "in"), "reply": types(f, "out"), "summary": f.get("summary")}
-                                 for f in e if f.tag in ("function", "notification")} for e in protocol.endpoints}
-    enumerations = {name: {int(v.get("value"), 0): v.get("name") for v in e} for name, e in protocol.enumerations.items()}
-    records = {name: {"size": int(r.get("size")),
-                      "fields": [{"name": f.get("name"), "offset": int(f.get("offset")), "size": int(f.get("size")),
-                                  "type": f.get("type"), "hex": "yes" if f.get("notation") == "hex" else "no"}
-                                 for f in r.findall("field")]}
-               for name, r in protocol.records.items() if r.get("form") != "json"}
-    channel = {**types(protocol.channel, "in"), **types(protocol.channel, "out")}
-    lines = [f"-- {NOTICE}", *table("functions", functions), *table("enumerations", enumerations),
-             *table("records", records), *table("common_keys", channel),
-             *table("helper", {**protocol.helper.attrib, "keys": types(protocol.helper, "in")}),
-             *table("channel", protocol.channel.attrib)]
-    return (HERE / "zviptv.lua").read_text(encoding="utf-8").replace("-- TABLES\n", "\n".join(lines))
+def fuzz_table(protocol):
+    """fuzz/ProxyMethodTable.h: calls of all methods that send one request, with zeros"""
+    lines = [f"// {NOTICE}", "#pragma once", ""]
+    for endpoint, entry in protocol.methods():
+        if entry.tag == "function":
+            parameters = [part for tag in ("in", "out") for part in protocol.parameters(entry, tag)]
+            values = " ".join(f"{protocol.c_type(value)} {name}{{}};" for name, value in parameters)
+            call = f"{entry.get('method', entry.get('name'))}({', '.join(name for name, _ in parameters)})"
+            lines += [f"{{{quote(entry.get('name'))},", f" [] {{ {values} return Object<{endpoint.get('interface')}>().{call}; }},",
+                      f" {str(endpoint.get('result') == 'yes').lower()}}},"]
+    return "\n".join(lines + [""])
 
 
 # Tables of docs/protocol.md
@@ -266,6 +361,10 @@ def renew_page(protocol, text):
 
 OUTPUTS = {
     "include/zviptv/Protocol.h": protocol_header,
+    "ctl/MethodTable.cpp": method_table,
+    "ctl/ProtocolTypes.h": types_header,
+    "fuzz/ProxyMethodTable.h": fuzz_table,
+    "tools/ProtocolSchema.inc": schema_source,
     "wireshark/zviptv.lua": dissector,
 }
 

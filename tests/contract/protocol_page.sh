@@ -1,14 +1,39 @@
 #!/bin/bash
-# docs/protocol.md names every word of the protocol: protocol_page.sh BUILD SOURCE
+# The tables of docs/protocol.md are those of protocol/zviptv.xml: protocol_page.sh BUILD SOURCE
 set -euo pipefail
 root=$(cd "$2/../.." && pwd)
-words=$(sed -n 's/^constexpr char .*\[\] = "\(.*\)";.*/\1/p' "$root/include/zviptv/Protocol.h")
-test "$(wc -l <<<"$words")" -gt 100
-status=0
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+check() { python3 -B "$root/protocol/generate.py" page --check "$1"; }
+
+check "$root/docs/protocol.md"
+
+# refused PATTERN SED-EXPRESSION: a page that was changed like this fails with such a line.
+refused() {
+    sed -E "$2" "$root/docs/protocol.md" >"$work/page.md"
+    if check "$work/page.md" >"$work/said" 2>&1; then
+        echo "passes: $2"
+        exit 1
+    fi
+    grep -qE "$1" "$work/said" || { cat "$work/said" && exit 1; }
+}
+refused 'tables are out of date; renew them with ./run protocol' '/^\| `onoff` /s/flag/u32/'
+refused "no table 'functions of NOBODY'; there are: " 's/functions of IPGUTIL/functions of NOBODY/'
+refused 'has no .* for: record ZVTTX$' '/^<!-- table: record ZVTTX -->$/,/^<!-- end of table -->$/d'
+
+# Renewing a page is all that it takes to pass.
+sed -E '/^\| `onoff` /d' "$root/docs/protocol.md" >"$work/page.md"
+python3 -B "$root/protocol/generate.py" page "$work/page.md"
+diff "$root/docs/protocol.md" "$work/page.md"
+
+# Every record and enumeration of the headers is described.
+words=$(sed -nE 's/^(struct|enum) (ZV[A-Za-z]*|EZV[A-Za-z]*|IPGProgramId|Program_IPG|cvtv_resolution_e|IPTVProfile)( : .*)?$/\2/p' \
+    "$root/include/zviptv/IPTVTypes.h" | grep -v -e PESData -e Caption$)
+[ "$(wc -l <<<"$words")" -eq 21 ] || { echo "unexpected types: $words" && exit 1; }
 for word in $words; do
-    grep -qF "\`$word\`" "$root/docs/protocol.md" || { echo "docs/protocol.md does not name $word"; status=1; }
+    grep -qE "name=\"$word\"" "$root/protocol/zviptv.xml" || { echo "protocol/zviptv.xml does not describe $word" && exit 1; }
 done
-for field in $(sed -n 's/^struct \(ZV[A-Za-z]*\)$/\1/p' "$root/include/zviptv/IPTVTypes.h" | grep -v -e PESData -e Caption); do
-    grep -qF "**$field**" "$root/docs/protocol.md" || { echo "docs/protocol.md does not lay out $field"; status=1; }
-done
-exit $status
+
+named=$(grep -cE '^ {4}(ZV|CVTV|IPTV|PROGRAM)_[A-Z0-9_]* = ' "$root/include/zviptv/IPTVTypes.h")
+described=$(grep -c '<value ' "$root/protocol/zviptv.xml")
+[ "$named" -eq "$described" ] || { echo "IPTVTypes.h has $named enumerators, protocol/zviptv.xml $described" && exit 1; }

@@ -2,6 +2,7 @@
 # The API reference is made without a warning, and every public entity is documented: reference.sh BUILD SOURCE
 set -euo pipefail
 root=$(cd "$2/../.." && pwd)
+generated=$1/protocol/generated/include
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 if ! command -v doxygen >/dev/null; then
@@ -12,7 +13,7 @@ fi
 # make_reference FOLDER: of a folder that looks like the project's.
 make_reference() {
     mkdir -p "$work/out"
-    printf '%s\n' '@INCLUDE = docs/reference/Doxyfile' "OUTPUT_DIRECTORY = $work/out" GENERATE_XML=YES |
+    printf '%s\n' '@INCLUDE = docs/reference/Doxyfile' "INPUT += $generated/zviptv" "STRIP_FROM_PATH += $generated" "OUTPUT_DIRECTORY = $work/out" GENERATE_XML=YES |
         (cd "$1" && doxygen -) 2>&1
 }
 make_reference "$root"

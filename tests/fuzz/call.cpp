@@ -44,7 +44,7 @@ Answer Run(std::vector<std::string> const& words, Session& session)
     }
     std::vector<std::string> const arguments(words.begin() + 1, words.end());
     Method const& method = FindMethod(words.front(), arguments.size());
-    return method.call(method, session, arguments);
+    return CallMethod(method, session, arguments);
 }
 
 void CheckPrinted(Answer const& answer)

@@ -139,7 +139,7 @@ dictionaries() {
         ' encoding=' 20260329 ' +0100' >"$here/dictionaries/xmltv.dict"
     "$build/tools/ctl/zviptvctl" --help-all | grep -oE -e '--[a-z-]+|^ *[a-z]+' | tr -d ' ' | sort -u | sed 's/.*/"&"/' \
         >"$here/dictionaries/command_line.dict"
-    sed -n 's/^constexpr char [A-Za-z]*\[\] = \("[^"]*"\);.*/\1/p' "$root/include/zviptv/Protocol.h" | sort -u \
+    sed -n 's/^constexpr char [A-Za-z]*\[\] = \("[^"]*"\);.*/\1/p' "$build/protocol/generated/include/zviptv/Protocol.h" | sort -u \
         >"$here/dictionaries/messages.dict"
     printf '"%s"\n' -1 2147483648 33550336 18446744073709551615 >>"$here/dictionaries/messages.dict"
 }

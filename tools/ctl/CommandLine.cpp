@@ -114,7 +114,7 @@ ExitCode CommandLine::Call(std::vector<std::string> const& texts)
     }
     std::vector<std::string> const arguments(texts.begin() + 1, texts.end());
     Method const& method = FindMethod(texts.front(), arguments.size());
-    return AnswerWith([&](Session& session) { return method.call(method, session, arguments); });
+    return AnswerWith([&](Session& session) { return CallMethod(method, session, arguments); });
 }
 
 void CommandLine::AddMethods()

@@ -1,8 +1,6 @@
 #include "FaultTest.h"
 
 #include <cctype>
-#include <fstream>
-#include <iterator>
 #include <set>
 
 namespace zviptv::test {
@@ -43,19 +41,19 @@ TEST(FaultMethods, ThatTheServiceLacksAreRefused)
     }
 }
 
-/// The requests of the protocol: what the header spells before the notifications.
 TEST(FaultMethods, AreAllRequestsOfTheProtocol)
 {
-    std::ifstream file(ZVIPTV_PROTOCOL_HEADER);
-    std::string const header{std::istreambuf_iterator<char>(file), {}};
-    std::size_t const begin = header.find("namespace function {");
-    std::string const requests = header.substr(begin, header.find("// Notifications", begin) - begin);
-    std::string const before = "[] = \"";
-    std::set<std::string> wanted;
-    for (auto at = requests.find(before); at != std::string::npos; at = requests.find(before, at)) {
-        at += before.size();
-        wanted.insert(requests.substr(at, requests.find('"', at) - at));
-    }
+    std::set<std::string> const wanted = Words(
+        "SetCurrentAudioByIndex SetAudioFormat SetDigitalDualSound SetCurrentTTX SetCurrentHybridSBT "
+        "GetSTCCount SetCurrentISDBText SetCurrentISDBTextService GetCaptionDataMode "
+        "GetDefaultCaptionService MuteAudio MuteVideo GetResolution SetAppID GetSourceState "
+        "GetFirstPTS GetAudioFormat GetDigitalDualSound GetCurrentAudioInfo SizeOfAudio GetAudio "
+        "SizeOfTTX GetTTX GetCurrentTTX SizeOfHybridSBT GetHybridSBT CheckHardOfHearingSBT "
+        "GetPreferredHybridSBT GetCurrentHybridSBT GetPreferredTTXSubtitle SizeOfISDBText GetISDBText "
+        "GetCurrentISDBText GetCaptionLanguage GetRatingInfo SetUnlockedInfo GetRatingLockState "
+        "UnMuteByRatingPin SetUnlockedInfoWhenFactoryMode FlagServiceLocked requestCaptionCB "
+        "requestPESCB ExistXmlForIPG GetProgramListSize GetProgram GetProgramIPG GetPresentProgram "
+        "FindProgram GetRating GetGenre GetProgramList CloneUSBToTV ");
     ASSERT_EQ(wanted.size(), 52U);
 
     std::string const refusal = Refusal("x=drop");

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "output/Enumerations.h"
+#include "ProtocolTypes.h"
 
 #include <chrono>
 #include <cstdint>

@@ -1,5 +1,7 @@
 #include "Methods.h"
 
+#include "Call.h"
+#include "ProtocolSchema.h"
 #include "output/Words.h"
 #include "session/Failure.h"
 
@@ -16,18 +18,6 @@ std::string List(std::vector<Parameter> const& parameters)
         parts.push_back(parameter.type + " " + parameter.name);
     }
     return Join(parts);
-}
-
-Json::Value ToJson(std::vector<Parameter> const& parameters)
-{
-    Json::Value list(Json::arrayValue);
-    for (Parameter const& parameter : parameters) {
-        Json::Value entry;
-        entry["type"] = parameter.type;
-        entry["name"] = parameter.name;
-        list.append(entry);
-    }
-    return list;
 }
 
 /// "2 arguments (type preferred)"
@@ -84,9 +74,17 @@ Method const& FindMethod(std::string const& name, std::size_t argumentCount)
                   name + " takes " + Join(arities, " or ") + ", not " + std::to_string(argumentCount));
 }
 
+Answer CallMethod(Method const& method, Session& session, std::vector<std::string> const& arguments)
+{
+    Call call(method, session, arguments);
+    method.call(call);
+    return call.Result();
+}
+
 Answer ListMethods()
 {
     Answer answer;
+    answer.json = ProtocolSchema();
     char const* interface = "";
     for (Method const& method : Methods()) {
         if (std::strcmp(interface, method.interface) != 0) {
@@ -96,13 +94,6 @@ Answer ListMethods()
         answer.text += "  " + Signature(method);
         answer.text +=
             method.call == nullptr ? std::string("   (use 'zviptvctl ") + method.instead + "')\n" : "\n";
-        Json::Value entry;
-        entry["interface"] = method.interface;
-        entry["name"] = method.name;
-        entry["in"] = ToJson(method.inputs);
-        entry["out"] = ToJson(method.outputs);
-        entry["callable"] = method.call != nullptr;
-        answer.json["methods"].append(entry);
     }
     return answer;
 }

@@ -7,6 +7,7 @@
 
 namespace zviptv::ctl {
 
+class Call;
 class Session;
 
 /// How a value travels.
@@ -28,21 +29,18 @@ struct Parameter
 /// One method of the interfaces, as a command line sees it.
 struct Method
 {
-    using Call = Answer (*)(Method const& method, Session& session,
-                            std::vector<std::string> const& arguments);
-
     char const* interface;
     char const* name;
     std::vector<Parameter> inputs; ///< the arguments; a programme id counts as its fields
     std::vector<Parameter> outputs;
     std::size_t required; ///< so many of the arguments may not be left out
-    Call call;            ///< null when the method takes a callback
+    void (*call)(Call&);  ///< null when the method takes a callback
     char const* instead;  ///< the command that does what the method is for, where `call` is null
 
     bool Takes(std::size_t count) const { return count >= required && count <= inputs.size(); }
 };
 
-/// All of them, in the order of the interfaces' declarations.
+/// All of them, in the order of the interfaces' declarations. Generated from the description of the protocol.
 std::vector<Method> const& Methods();
 
 /// "GetTTX(unsigned int index) -> ZVTTX ttx"
@@ -51,7 +49,10 @@ std::string Signature(Method const& method);
 /// The method that `name` and the number of arguments mean. Throws a Failure that helps when there is none.
 Method const& FindMethod(std::string const& name, std::size_t argumentCount);
 
-/// Signatures of all methods, by interface.
+/// Calls the method with the arguments of the command line.
+Answer CallMethod(Method const& method, Session& session, std::vector<std::string> const& arguments);
+
+/// Signatures of all methods, by interface; in JSON the whole description of the protocol.
 Answer ListMethods();
 
 } // namespace zviptv::ctl

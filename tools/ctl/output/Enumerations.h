@@ -42,33 +42,9 @@ private:
     std::size_t m_count;
 };
 
+/// Of the enumerations of the protocol: ProtocolTypes.h, which is generated.
 template <typename Enumeration>
 EnumInfo const& InfoOf();
-
-template <>
-EnumInfo const& InfoOf<EZVAudioEncodeType>();
-template <>
-EnumInfo const& InfoOf<EZVCaptionDataMode>();
-template <>
-EnumInfo const& InfoOf<EZVCaptionService>();
-template <>
-EnumInfo const& InfoOf<EZVISDBTextType>();
-template <>
-EnumInfo const& InfoOf<EZVLanguageCode>();
-template <>
-EnumInfo const& InfoOf<EZVMultiSoundMode>();
-template <>
-EnumInfo const& InfoOf<EZVParentalLock>();
-template <>
-EnumInfo const& InfoOf<EZVPESType>();
-template <>
-EnumInfo const& InfoOf<EZVSourceState>();
-template <>
-EnumInfo const& InfoOf<EZVSubtitleKind>();
-template <>
-EnumInfo const& InfoOf<Program_IPG>();
-template <>
-EnumInfo const& InfoOf<cvtv_resolution_e>();
 
 /// The name in lower case, for tables and sentences; the number when it has none.
 std::string LowerName(EnumInfo const& info, std::int32_t value);

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "Enumerations.h"
-#include "Records.h"
+#include "ProtocolTypes.h"
 
 #include <json/value.h>
 

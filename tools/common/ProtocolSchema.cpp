@@ -1,0 +1,38 @@
+#include "ProtocolSchema.h"
+
+#include <json/reader.h>
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace zviptv {
+
+namespace {
+
+// A string literal, generated from the description.
+constexpr std::string_view Text =
+#include "ProtocolSchema.inc"
+    ;
+
+Json::Value Parse()
+{
+    std::unique_ptr<Json::CharReader> const reader(Json::CharReaderBuilder().newCharReader());
+    Json::Value schema;
+    std::string errors;
+    if (!reader->parse(Text.data(), Text.data() + Text.size(), &schema, &errors)) {
+        throw std::logic_error("the description of the protocol is not JSON: " + errors);
+    }
+    return schema;
+}
+
+} // namespace
+
+Json::Value const& ProtocolSchema()
+{
+    static Json::Value const schema = Parse();
+    return schema;
+}
+
+} // namespace zviptv
