@@ -43,17 +43,17 @@ TEST(FaultMethods, ThatTheServiceLacksAreRefused)
 
 TEST(FaultMethods, AreAllRequestsOfTheProtocol)
 {
-    std::set<std::string> const wanted = Words(
-        "SetCurrentAudioByIndex SetAudioFormat SetDigitalDualSound SetCurrentTTX SetCurrentHybridSBT "
-        "GetSTCCount SetCurrentISDBText SetCurrentISDBTextService GetCaptionDataMode "
-        "GetDefaultCaptionService MuteAudio MuteVideo GetResolution SetAppID GetSourceState "
-        "GetFirstPTS GetAudioFormat GetDigitalDualSound GetCurrentAudioInfo SizeOfAudio GetAudio "
-        "SizeOfTTX GetTTX GetCurrentTTX SizeOfHybridSBT GetHybridSBT CheckHardOfHearingSBT "
-        "GetPreferredHybridSBT GetCurrentHybridSBT GetPreferredTTXSubtitle SizeOfISDBText GetISDBText "
-        "GetCurrentISDBText GetCaptionLanguage GetRatingInfo SetUnlockedInfo GetRatingLockState "
-        "UnMuteByRatingPin SetUnlockedInfoWhenFactoryMode FlagServiceLocked requestCaptionCB "
-        "requestPESCB ExistXmlForIPG GetProgramListSize GetProgram GetProgramIPG GetPresentProgram "
-        "FindProgram GetRating GetGenre GetProgramList CloneUSBToTV ");
+    std::set<std::string> const wanted =
+        Words("SetCurrentAudioByIndex SetAudioFormat SetDigitalDualSound SetCurrentTTX SetCurrentHybridSBT "
+              "GetSTCCount SetCurrentISDBText SetCurrentISDBTextService GetCaptionDataMode "
+              "GetDefaultCaptionService MuteAudio MuteVideo GetResolution SetAppID GetSourceState "
+              "GetFirstPTS GetAudioFormat GetDigitalDualSound GetCurrentAudioInfo SizeOfAudio GetAudio "
+              "SizeOfTTX GetTTX GetCurrentTTX SizeOfHybridSBT GetHybridSBT CheckHardOfHearingSBT "
+              "GetPreferredHybridSBT GetCurrentHybridSBT GetPreferredTTXSubtitle SizeOfISDBText GetISDBText "
+              "GetCurrentISDBText GetCaptionLanguage GetRatingInfo SetUnlockedInfo GetRatingLockState "
+              "UnMuteByRatingPin SetUnlockedInfoWhenFactoryMode FlagServiceLocked requestCaptionCB "
+              "requestPESCB ExistXmlForIPG GetProgramListSize GetProgram GetProgramIPG GetPresentProgram "
+              "FindProgram GetRating GetGenre GetProgramList CloneUSBToTV ");
     ASSERT_EQ(wanted.size(), 52U);
 
     std::string const refusal = Refusal("x=drop");

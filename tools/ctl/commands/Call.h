@@ -12,8 +12,8 @@
 
 namespace zviptv::ctl {
 
-/// One call of a method: takes the arguments of the command line one after the other, asks the service, and collects
-/// what it answers.
+/// One call of a method: takes the arguments of the command line one after the other, asks the service, and
+/// collects what it answers.
 class Call
 {
 public:

@@ -1,6 +1,7 @@
 #include "BroadcastDataService.h"
 
 #include "RecordReplies.h"
+#include "RequestTable.h"
 #include "playback/Tracks.h"
 
 namespace zviptv::sim {
@@ -24,129 +25,126 @@ EZVMultiSoundMode Next(EZVMultiSoundMode mode)
     return static_cast<EZVMultiSoundMode>((static_cast<int>(mode) + 1) % (ZV_MULTI_SOUND_BOTH + 1));
 }
 
-} // namespace
+/// The track that is heard; nothing when there is none.
+std::optional<ZVAudio> CurrentAudio(Player const& player, Selection const& selection)
+{
+    return At(AudioTracks(player.Current(), player.Sounds()), std::optional<int>(selection.audio));
+}
 
-RequestRow<BroadcastDataService> const BroadcastDataService::Rows[] = {
-    {function::GetAudioFormat, &BroadcastDataService::GetAudioFormat},
-    {function::GetDigitalDualSound, &BroadcastDataService::GetDigitalDualSound},
-    {function::GetCurrentAudioInfo, &BroadcastDataService::GetCurrentAudioInfo},
-    {function::SizeOfAudio, &BroadcastDataService::SizeOfAudio},
-    {function::GetAudio, &BroadcastDataService::GetAudio},
-    {function::SizeOfTTX, &BroadcastDataService::SizeOfTTX},
-    {function::GetTTX, &BroadcastDataService::GetTTX},
-    {function::GetCurrentTTX, &BroadcastDataService::GetCurrentTTX},
-    {function::SizeOfHybridSBT, &BroadcastDataService::SizeOfHybridSBT},
-    {function::GetHybridSBT, &BroadcastDataService::GetHybridSBT},
-    {function::CheckHardOfHearingSBT, &BroadcastDataService::CheckHardOfHearingSBT},
-    {function::GetPreferredHybridSBT, &BroadcastDataService::GetPreferredHybridSBT},
-    {function::GetCurrentHybridSBT, &BroadcastDataService::GetCurrentHybridSBT},
-    {function::GetPreferredTTXSubtitle, &BroadcastDataService::GetPreferredTTXSubtitle},
-    {function::SizeOfISDBText, &BroadcastDataService::SizeOfISDBText},
-    {function::GetISDBText, &BroadcastDataService::GetISDBText},
-    {function::GetCurrentISDBText, &BroadcastDataService::GetCurrentISDBText},
-    {function::GetCaptionLanguage, &BroadcastDataService::GetCaptionLanguage},
-    {function::GetRatingInfo, &BroadcastDataService::GetRatingInfo},
-    {function::SetUnlockedInfo, &BroadcastDataService::SetUnlockedInfo},
-    {function::GetRatingLockState, &BroadcastDataService::GetRatingLockState},
-    {function::UnMuteByRatingPin, &BroadcastDataService::UnMuteByRatingPin},
-    {function::SetUnlockedInfoWhenFactoryMode, &BroadcastDataService::SetUnlockedInfoWhenFactoryMode},
-    {function::FlagServiceLocked, &BroadcastDataService::FlagServiceLocked},
+/// The functions of broadcast data but for those of teletext, subtitles and captions.
+class BroadcastData
+{
+public:
+    BroadcastData(Player const& player, Selection const& selection, ParentalLock& lock)
+        : m_player(player), m_selection(selection), m_lock(lock)
+    {
+    }
+
+    Reply GetAudioFormat(Request const& /*request*/)
+    {
+        std::optional<ZVAudio> const audio = CurrentAudio(m_player, m_selection);
+        return Reply(audio.has_value())
+            .Add(key::EncodeType, static_cast<int>(audio.value_or(ZVAudio{}).encoding));
+    }
+
+    Reply GetDigitalDualSound(Request const& /*request*/)
+    {
+        bool const available = CurrentAudio(m_player, m_selection).value_or(ZVAudio{}).dualMono != 0;
+        EZVMultiSoundMode const mode = m_selection.dualSound;
+        return Reply(true)
+            .AddRecord(key::CurrentMode, DualSound(mode, available))
+            .AddRecord(key::NextMode, DualSound(available ? Next(mode) : mode, available));
+    }
+
+    Reply GetCurrentAudioInfo(Request const& /*request*/)
+    {
+        return LanguageAndIndex(AudioTracks(m_player.Current(), m_player.Sounds()), m_selection.audio);
+    }
+
+    Reply SizeOfAudio(Request const& /*request*/)
+    {
+        return SizeReply(AudioTracks(m_player.Current(), m_player.Sounds()));
+    }
+
+    Reply GetAudio(Request const& request)
+    {
+        return RecordReply(key::Audio, At(AudioTracks(m_player.Current(), m_player.Sounds()),
+                                          request.Get<unsigned int>(key::Index)));
+    }
+
+    Reply GetRatingInfo(Request const& /*request*/)
+    {
+        int const age = m_lock.MinimumAge();
+        Reply reply = Reply(true).Add(key::RatingInfoSize, age > 0 ? 1 : 0);
+        if (age > 0) {
+            reply.AddRecord(key::RatingInfo, ZVRatingInfo{0, 0, static_cast<std::uint8_t>(age)});
+        }
+        return reply;
+    }
+
+    Reply SetUnlockedInfo(Request const& request)
+    {
+        std::optional<int> const lock = request.Get<int>(key::RatingInfo);
+        bool const known = lock && *lock >= ZV_PARENTAL_LOCKED && *lock <= ZV_PARENTAL_UNLOCKED_ALL;
+        if (known) {
+            m_lock.Unlock(static_cast<EZVParentalLock>(*lock));
+        }
+        return Reply(known);
+    }
+
+    Reply GetRatingLockState(Request const& /*request*/)
+    {
+        return Reply(true).Add(key::LockState, static_cast<int>(m_lock.IsProgrammeLocked()));
+    }
+
+    Reply UnMuteByRatingPin(Request const& /*request*/) { return Reply(m_lock.EnterPin()); }
+
+    Reply SetUnlockedInfoWhenFactoryMode(Request const& request)
+    {
+        std::optional<bool> const on = request.Flag(key::LockState);
+        if (on) {
+            m_lock.SetFactoryMode(*on);
+        }
+        return Reply(on.has_value());
+    }
+
+    Reply FlagServiceLocked(Request const& /*request*/)
+    {
+        return Reply(true).Add(key::OutServiceLocked, static_cast<int>(m_lock.IsServiceLocked()));
+    }
+
+private:
+    Player const& m_player;
+    Selection const& m_selection;
+    ParentalLock& m_lock;
 };
 
-std::vector<std::string> BroadcastDataService::Functions()
-{
-    return FunctionsOf(Rows);
-}
+constexpr RequestRow<BroadcastData> Rows[] = {
+    {function::GetAudioFormat, &BroadcastData::GetAudioFormat},
+    {function::GetDigitalDualSound, &BroadcastData::GetDigitalDualSound},
+    {function::GetCurrentAudioInfo, &BroadcastData::GetCurrentAudioInfo},
+    {function::SizeOfAudio, &BroadcastData::SizeOfAudio},
+    {function::GetAudio, &BroadcastData::GetAudio},
+    {function::GetRatingInfo, &BroadcastData::GetRatingInfo},
+    {function::SetUnlockedInfo, &BroadcastData::SetUnlockedInfo},
+    {function::GetRatingLockState, &BroadcastData::GetRatingLockState},
+    {function::UnMuteByRatingPin, &BroadcastData::UnMuteByRatingPin},
+    {function::SetUnlockedInfoWhenFactoryMode, &BroadcastData::SetUnlockedInfoWhenFactoryMode},
+    {function::FlagServiceLocked, &BroadcastData::FlagServiceLocked},
+};
+
+} // namespace
 
 std::optional<CMessageBuffer> BroadcastDataService::Answer(Request const& request)
 {
-    return AnswerFrom(Rows, *this, request);
-}
-
-std::optional<ZVAudio> BroadcastDataService::CurrentAudio() const
-{
-    return At(AudioTracks(m_player.Current(), m_player.Sounds()), std::optional<int>(m_selection.audio));
+    BroadcastData functions(m_player, m_selection, m_lock);
+    std::optional<CMessageBuffer> const reply = AnswerFrom(Rows, functions, request);
+    return reply ? reply : AnswerTexts(request);
 }
 
 EZVLanguageCode BroadcastDataService::PreferredLanguage() const
 {
-    return CurrentAudio().value_or(ZVAudio{}).language;
-}
-
-Reply BroadcastDataService::GetAudioFormat(Request const& /*request*/)
-{
-    std::optional<ZVAudio> const audio = CurrentAudio();
-    return Reply(audio.has_value())
-        .Add(key::EncodeType, static_cast<int>(audio.value_or(ZVAudio{}).encoding));
-}
-
-Reply BroadcastDataService::GetDigitalDualSound(Request const& /*request*/)
-{
-    bool const available = CurrentAudio().value_or(ZVAudio{}).dualMono != 0;
-    EZVMultiSoundMode const mode = m_selection.dualSound;
-    return Reply(true)
-        .AddRecord(key::CurrentMode, DualSound(mode, available))
-        .AddRecord(key::NextMode, DualSound(available ? Next(mode) : mode, available));
-}
-
-Reply BroadcastDataService::GetCurrentAudioInfo(Request const& /*request*/)
-{
-    return LanguageAndIndex(AudioTracks(m_player.Current(), m_player.Sounds()), m_selection.audio);
-}
-
-Reply BroadcastDataService::SizeOfAudio(Request const& /*request*/)
-{
-    return SizeReply(AudioTracks(m_player.Current(), m_player.Sounds()));
-}
-
-Reply BroadcastDataService::GetAudio(Request const& request)
-{
-    return RecordReply(key::Audio, At(AudioTracks(m_player.Current(), m_player.Sounds()),
-                                      request.Get<unsigned int>(key::Index)));
-}
-
-Reply BroadcastDataService::GetRatingInfo(Request const& /*request*/)
-{
-    int const age = m_lock.MinimumAge();
-    Reply reply = Reply(true).Add(key::RatingInfoSize, age > 0 ? 1 : 0);
-    if (age > 0) {
-        reply.AddRecord(key::RatingInfo, ZVRatingInfo{0, 0, static_cast<std::uint8_t>(age)});
-    }
-    return reply;
-}
-
-Reply BroadcastDataService::SetUnlockedInfo(Request const& request)
-{
-    std::optional<int> const lock = request.Get<int>(key::RatingInfo);
-    bool const known = lock && *lock >= ZV_PARENTAL_LOCKED && *lock <= ZV_PARENTAL_UNLOCKED_ALL;
-    if (known) {
-        m_lock.Unlock(static_cast<EZVParentalLock>(*lock));
-    }
-    return Reply(known);
-}
-
-Reply BroadcastDataService::GetRatingLockState(Request const& /*request*/)
-{
-    return Reply(true).Add(key::LockState, static_cast<int>(m_lock.IsProgrammeLocked()));
-}
-
-Reply BroadcastDataService::UnMuteByRatingPin(Request const& /*request*/)
-{
-    return Reply(m_lock.EnterPin());
-}
-
-Reply BroadcastDataService::SetUnlockedInfoWhenFactoryMode(Request const& request)
-{
-    std::optional<bool> const on = request.Flag(key::LockState);
-    if (on) {
-        m_lock.SetFactoryMode(*on);
-    }
-    return Reply(on.has_value());
-}
-
-Reply BroadcastDataService::FlagServiceLocked(Request const& /*request*/)
-{
-    return Reply(true).Add(key::OutServiceLocked, static_cast<int>(m_lock.IsServiceLocked()));
+    return CurrentAudio(m_player, m_selection).value_or(ZVAudio{}).language;
 }
 
 } // namespace zviptv::sim

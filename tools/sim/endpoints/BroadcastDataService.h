@@ -1,7 +1,6 @@
 #pragma once
 
 #include "Message.h"
-#include "RequestTable.h"
 #include "playback/ParentalLock.h"
 #include "playback/Player.h"
 #include "playback/Selection.h"
@@ -20,39 +19,8 @@ public:
     /// Nothing when the function is not one of broadcast data.
     std::optional<CMessageBuffer> Answer(Request const& request);
 
-    /// What it answers.
-    static std::vector<std::string> Functions();
-
 private:
-    static RequestRow<BroadcastDataService> const Rows[];
-
-    Reply GetAudioFormat(Request const& request);
-    Reply GetDigitalDualSound(Request const& request);
-    Reply GetCurrentAudioInfo(Request const& request);
-    Reply SizeOfAudio(Request const& request);
-    Reply GetAudio(Request const& request);
-    Reply SizeOfTTX(Request const& request);
-    Reply GetTTX(Request const& request);
-    Reply GetCurrentTTX(Request const& request);
-    Reply SizeOfHybridSBT(Request const& request);
-    Reply GetHybridSBT(Request const& request);
-    Reply CheckHardOfHearingSBT(Request const& request);
-    Reply GetPreferredHybridSBT(Request const& request);
-    Reply GetCurrentHybridSBT(Request const& request);
-    Reply GetPreferredTTXSubtitle(Request const& request);
-    Reply SizeOfISDBText(Request const& request);
-    Reply GetISDBText(Request const& request);
-    Reply GetCurrentISDBText(Request const& request);
-    Reply GetCaptionLanguage(Request const& request);
-    Reply GetRatingInfo(Request const& request);
-    Reply SetUnlockedInfo(Request const& request);
-    Reply GetRatingLockState(Request const& request);
-    Reply UnMuteByRatingPin(Request const& request);
-    Reply SetUnlockedInfoWhenFactoryMode(Request const& request);
-    Reply FlagServiceLocked(Request const& request);
-
-    /// The track that is heard; nothing when there is none.
-    std::optional<ZVAudio> CurrentAudio() const;
+    std::optional<CMessageBuffer> AnswerTexts(Request const& request);
     EZVLanguageCode PreferredLanguage() const;
 
     Player const& m_player;

@@ -1,6 +1,6 @@
 #include "Faults.h"
 
-#include "ServiceFunctions.h"
+#include "RequestCheck.h"
 
 #include <zviptv/Protocol.h>
 
@@ -39,7 +39,7 @@ constexpr Word Words[] = {
 
 std::string RequireFunction(std::string const& function, std::string const& text)
 {
-    std::vector<std::string> const functions = ServiceFunctions();
+    std::vector<std::string> const functions = DescribedFunctions();
     if (function == All || std::find(functions.begin(), functions.end(), function) != functions.end()) {
         return function;
     }

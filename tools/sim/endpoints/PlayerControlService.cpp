@@ -1,5 +1,6 @@
 #include "PlayerControlService.h"
 
+#include "RequestTable.h"
 #include "playback/CaptionServices.h"
 #include "playback/Tracks.h"
 
@@ -80,170 +81,179 @@ ZVResolution ToRecord(VideoFormat const& format)
     return record;
 }
 
-} // namespace
+/// The functions of player control.
+class PlayerControl
+{
+public:
+    PlayerControl(Player const& player, Selection& selection) : m_player(player), m_selection(selection) {}
 
-RequestRow<PlayerControlService> const PlayerControlService::Rows[] = {
-    {function::SetCurrentAudioByIndex, &PlayerControlService::SetCurrentAudioByIndex},
-    {function::SetAudioFormat, &PlayerControlService::SetAudioFormat},
-    {function::SetDigitalDualSound, &PlayerControlService::SetDigitalDualSound},
-    {function::SetCurrentTTX, &PlayerControlService::SetCurrentTTX},
-    {function::SetCurrentHybridSBT, &PlayerControlService::SetCurrentHybridSBT},
-    {function::GetSTCCount, &PlayerControlService::GetSTCCount},
-    {function::SetCurrentISDBText, &PlayerControlService::SetCurrentISDBText},
-    {function::SetCurrentISDBTextService, &PlayerControlService::SetCurrentISDBTextService},
-    {function::GetCaptionDataMode, &PlayerControlService::GetCaptionDataMode},
-    {function::GetDefaultCaptionService, &PlayerControlService::GetDefaultCaptionService},
-    {function::MuteAudio, &PlayerControlService::MuteAudio},
-    {function::MuteVideo, &PlayerControlService::MuteVideo},
-    {function::GetResolution, &PlayerControlService::GetResolution},
-    {function::SetAppID, &PlayerControlService::SetAppID},
-    {function::GetSourceState, &PlayerControlService::GetSourceState},
-    {function::GetFirstPTS, &PlayerControlService::GetFirstPTS},
+    Reply SetCurrentAudioByIndex(Request const& request)
+    {
+        return Choose(request.Get<int>(key::Index), m_player.Current().audio.size(), m_selection.audio);
+    }
+
+    Reply SetAudioFormat(Request const& request)
+    {
+        std::optional<int> const type = request.Get<int>(key::EncodeType);
+        std::optional<bool> const preferred = request.Flag(key::IsPreferred);
+        if (!type || !preferred) {
+            return Reply(false);
+        }
+        std::optional<int> const track =
+            TrackOfFormat(AudioTracks(m_player.Current()), m_selection.audio, *type);
+        m_selection.audio = track.value_or(m_selection.audio);
+        return Reply(*preferred || track.has_value()); // what is preferred need not be there
+    }
+
+    Reply SetDigitalDualSound(Request const& request)
+    {
+        std::optional<int> const mode = request.Get<int>(key::Mode);
+        if (!mode || *mode < ZV_MULTI_SOUND_STEREO || *mode > ZV_MULTI_SOUND_BOTH) {
+            return Reply(false);
+        }
+        m_selection.dualSound = static_cast<EZVMultiSoundMode>(*mode);
+        return Reply(true);
+    }
+
+    Reply SetCurrentTTX(Request const& request)
+    {
+        return Choose(request.Get<unsigned int>(key::Index), m_player.Current().teletext.size(),
+                      m_selection.teletext);
+    }
+
+    Reply SetCurrentHybridSBT(Request const& request)
+    {
+        return Choose(request.Get<unsigned int>(key::Index), HybridSubtitles(m_player.Current()).size(),
+                      m_selection.subtitle);
+    }
+
+    Reply GetSTCCount(Request const& /*request*/)
+    {
+        std::optional<std::uint64_t> const stc = m_player.Stc();
+        return Reply(stc.has_value()).Add(key::STCCount, stc.value_or(0));
+    }
+
+    Reply SetCurrentISDBText(Request const& request)
+    {
+        std::optional<EZVISDBTextType> const type = TextType(request);
+        if (!type) {
+            return Reply(false);
+        }
+        return Choose(request.Get<unsigned int>(key::Index),
+                      IsdbTexts(m_player.Current(), *type, m_player.TextLanguages()).size(),
+                      m_selection.isdbText.at(static_cast<std::size_t>(*type)));
+    }
+
+    Reply SetCurrentISDBTextService(Request const& request)
+    {
+        std::optional<EZVISDBTextType> const type = TextType(request);
+        std::optional<int> const tag = request.Get<int>(key::CompTag);
+        if (!type || !tag) {
+            return Reply(false);
+        }
+        std::vector<ZVISDBText> const texts = IsdbTexts(m_player.Current(), *type, m_player.TextLanguages());
+        auto const found = std::find_if(texts.begin(), texts.end(),
+                                        [&tag](ZVISDBText const& text) { return text.componentTag == *tag; });
+        if (found == texts.end()) {
+            return Reply(false);
+        }
+        m_selection.isdbText.at(static_cast<std::size_t>(*type)) =
+            static_cast<unsigned int>(found - texts.begin());
+        return Reply(true);
+    }
+
+    Reply GetCaptionDataMode(Request const& /*request*/)
+    {
+        bool const captions = !IsdbTexts(m_player.Current(), ZV_ISDB_TEXT_CAPTION).empty() ||
+                              !CaptionServices(m_player.Current()).empty();
+        return Reply(true).Add(key::Mode, static_cast<int>(captions ? ZV_CAPTION_DATA_MODE_SELECTABLE
+                                                                    : ZV_CAPTION_DATA_MODE_NONE));
+    }
+
+    Reply GetDefaultCaptionService(Request const& /*request*/)
+    {
+        std::vector<CaptionService> const services = CaptionServices(m_player.Current());
+        EZVCaptionService const first =
+            services.empty() ? ZV_CAPTION_SERVICE_UNKNOWN : services.front().number;
+        return Reply(!services.empty()).Add(key::Service, static_cast<int>(first));
+    }
+
+    Reply MuteAudio(Request const& request)
+    {
+        std::optional<bool> const on = request.Flag(key::OnOff);
+        m_selection.audioMuted = on.value_or(m_selection.audioMuted);
+        return Reply(on.has_value());
+    }
+
+    Reply MuteVideo(Request const& request)
+    {
+        std::optional<bool> const on = request.Flag(key::OnOff);
+        m_selection.videoMuted = on.value_or(m_selection.videoMuted);
+        return Reply(on.has_value());
+    }
+
+    Reply GetResolution(Request const& /*request*/)
+    {
+        std::optional<VideoFormat> const& format = m_player.Format();
+        cvtv_resolution_e const res = format ? ResolutionClass(format->height) : CVTV_RESOLUTION_UNKNOWN;
+        return Reply(format.has_value())
+            .Add(key::Resolution, static_cast<int>(res))
+            .AddRecord(key::ResolutionInfo, ToRecord(format.value_or(VideoFormat())));
+    }
+
+    Reply SetAppID(Request const& request)
+    {
+        m_selection.appId = request.Text(key::AppID);
+        return Reply(true);
+    }
+
+    Reply GetSourceState(Request const& /*request*/)
+    {
+        return Reply(true).Add(key::SourceState, static_cast<int>(m_player.State()));
+    }
+
+    Reply GetFirstPTS(Request const& /*request*/)
+    {
+        std::optional<std::uint64_t> const pts = m_player.FirstPts();
+        auto const now =
+            std::chrono::duration_cast<std::chrono::milliseconds>(Pacer::Clock::now().time_since_epoch());
+        return Reply(pts.has_value())
+            .Add(key::FirstPTS, pts.value_or(0))
+            .Add(key::TimeBaseDen, TimeBase)
+            .Add(key::TimeBaseNum, 1)
+            .Add(key::CurrentTime, now.count());
+    }
+
+private:
+    Player const& m_player;
+    Selection& m_selection;
 };
 
-std::vector<std::string> PlayerControlService::Functions()
-{
-    return FunctionsOf(Rows);
-}
+constexpr RequestRow<PlayerControl> Rows[] = {
+    {function::SetCurrentAudioByIndex, &PlayerControl::SetCurrentAudioByIndex},
+    {function::SetAudioFormat, &PlayerControl::SetAudioFormat},
+    {function::SetDigitalDualSound, &PlayerControl::SetDigitalDualSound},
+    {function::SetCurrentTTX, &PlayerControl::SetCurrentTTX},
+    {function::SetCurrentHybridSBT, &PlayerControl::SetCurrentHybridSBT},
+    {function::GetSTCCount, &PlayerControl::GetSTCCount},
+    {function::SetCurrentISDBText, &PlayerControl::SetCurrentISDBText},
+    {function::SetCurrentISDBTextService, &PlayerControl::SetCurrentISDBTextService},
+    {function::GetCaptionDataMode, &PlayerControl::GetCaptionDataMode},
+    {function::GetDefaultCaptionService, &PlayerControl::GetDefaultCaptionService},
+    {function::MuteAudio, &PlayerControl::MuteAudio},
+    {function::MuteVideo, &PlayerControl::MuteVideo},
+    {function::GetResolution, &PlayerControl::GetResolution},
+    {function::SetAppID, &PlayerControl::SetAppID},
+    {function::GetSourceState, &PlayerControl::GetSourceState},
+    {function::GetFirstPTS, &PlayerControl::GetFirstPTS},
+};
+
+} // namespace
 
 std::optional<CMessageBuffer> PlayerControlService::Answer(Request const& request)
 {
-    return AnswerFrom(Rows, *this, request);
-}
-
-Reply PlayerControlService::SetCurrentAudioByIndex(Request const& request)
-{
-    return Choose(request.Get<int>(key::Index), m_player.Current().audio.size(), m_selection.audio);
-}
-
-Reply PlayerControlService::SetAudioFormat(Request const& request)
-{
-    std::optional<int> const type = request.Get<int>(key::EncodeType);
-    std::optional<bool> const preferred = request.Flag(key::IsPreferred);
-    if (!type || !preferred) {
-        return Reply(false);
-    }
-    std::optional<int> const track = TrackOfFormat(AudioTracks(m_player.Current()), m_selection.audio, *type);
-    m_selection.audio = track.value_or(m_selection.audio);
-    return Reply(*preferred || track.has_value()); // what is preferred need not be there
-}
-
-Reply PlayerControlService::SetDigitalDualSound(Request const& request)
-{
-    std::optional<int> const mode = request.Get<int>(key::Mode);
-    if (!mode || *mode < ZV_MULTI_SOUND_STEREO || *mode > ZV_MULTI_SOUND_BOTH) {
-        return Reply(false);
-    }
-    m_selection.dualSound = static_cast<EZVMultiSoundMode>(*mode);
-    return Reply(true);
-}
-
-Reply PlayerControlService::SetCurrentTTX(Request const& request)
-{
-    return Choose(request.Get<unsigned int>(key::Index), m_player.Current().teletext.size(),
-                  m_selection.teletext);
-}
-
-Reply PlayerControlService::SetCurrentHybridSBT(Request const& request)
-{
-    return Choose(request.Get<unsigned int>(key::Index), HybridSubtitles(m_player.Current()).size(),
-                  m_selection.subtitle);
-}
-
-Reply PlayerControlService::GetSTCCount(Request const& /*request*/)
-{
-    std::optional<std::uint64_t> const stc = m_player.Stc();
-    return Reply(stc.has_value()).Add(key::STCCount, stc.value_or(0));
-}
-
-Reply PlayerControlService::SetCurrentISDBText(Request const& request)
-{
-    std::optional<EZVISDBTextType> const type = TextType(request);
-    if (!type) {
-        return Reply(false);
-    }
-    return Choose(request.Get<unsigned int>(key::Index),
-                  IsdbTexts(m_player.Current(), *type, m_player.TextLanguages()).size(),
-                  m_selection.isdbText.at(static_cast<std::size_t>(*type)));
-}
-
-Reply PlayerControlService::SetCurrentISDBTextService(Request const& request)
-{
-    std::optional<EZVISDBTextType> const type = TextType(request);
-    std::optional<int> const tag = request.Get<int>(key::CompTag);
-    if (!type || !tag) {
-        return Reply(false);
-    }
-    std::vector<ZVISDBText> const texts = IsdbTexts(m_player.Current(), *type, m_player.TextLanguages());
-    auto const found = std::find_if(texts.begin(), texts.end(),
-                                    [&tag](ZVISDBText const& text) { return text.componentTag == *tag; });
-    if (found == texts.end()) {
-        return Reply(false);
-    }
-    m_selection.isdbText.at(static_cast<std::size_t>(*type)) =
-        static_cast<unsigned int>(found - texts.begin());
-    return Reply(true);
-}
-
-Reply PlayerControlService::GetCaptionDataMode(Request const& /*request*/)
-{
-    bool const captions = !IsdbTexts(m_player.Current(), ZV_ISDB_TEXT_CAPTION).empty() ||
-                          !CaptionServices(m_player.Current()).empty();
-    return Reply(true).Add(
-        key::Mode, static_cast<int>(captions ? ZV_CAPTION_DATA_MODE_SELECTABLE : ZV_CAPTION_DATA_MODE_NONE));
-}
-
-Reply PlayerControlService::GetDefaultCaptionService(Request const& /*request*/)
-{
-    std::vector<CaptionService> const services = CaptionServices(m_player.Current());
-    EZVCaptionService const first = services.empty() ? ZV_CAPTION_SERVICE_UNKNOWN : services.front().number;
-    return Reply(!services.empty()).Add(key::Service, static_cast<int>(first));
-}
-
-Reply PlayerControlService::MuteAudio(Request const& request)
-{
-    std::optional<bool> const on = request.Flag(key::OnOff);
-    m_selection.audioMuted = on.value_or(m_selection.audioMuted);
-    return Reply(on.has_value());
-}
-
-Reply PlayerControlService::MuteVideo(Request const& request)
-{
-    std::optional<bool> const on = request.Flag(key::OnOff);
-    m_selection.videoMuted = on.value_or(m_selection.videoMuted);
-    return Reply(on.has_value());
-}
-
-Reply PlayerControlService::GetResolution(Request const& /*request*/)
-{
-    std::optional<VideoFormat> const& format = m_player.Format();
-    cvtv_resolution_e const res = format ? ResolutionClass(format->height) : CVTV_RESOLUTION_UNKNOWN;
-    return Reply(format.has_value())
-        .Add(key::Resolution, static_cast<int>(res))
-        .AddRecord(key::ResolutionInfo, ToRecord(format.value_or(VideoFormat())));
-}
-
-Reply PlayerControlService::SetAppID(Request const& request)
-{
-    m_selection.appId = request.Text(key::AppID);
-    return Reply(true);
-}
-
-Reply PlayerControlService::GetSourceState(Request const& /*request*/)
-{
-    return Reply(true).Add(key::SourceState, static_cast<int>(m_player.State()));
-}
-
-Reply PlayerControlService::GetFirstPTS(Request const& /*request*/)
-{
-    std::optional<std::uint64_t> const pts = m_player.FirstPts();
-    auto const now =
-        std::chrono::duration_cast<std::chrono::milliseconds>(Pacer::Clock::now().time_since_epoch());
-    return Reply(pts.has_value())
-        .Add(key::FirstPTS, pts.value_or(0))
-        .Add(key::TimeBaseDen, TimeBase)
-        .Add(key::TimeBaseNum, 1)
-        .Add(key::CurrentTime, now.count());
+    PlayerControl functions(m_player, m_selection);
+    return AnswerFrom(Rows, functions, request);
 }
 
 } // namespace zviptv::sim

@@ -1,5 +1,6 @@
 #include "ProgramGuideService.h"
 
+#include "RequestTable.h"
 #include "guide/EitGuide.h"
 #include "guide/GuideDetails.h"
 #include "playback/StreamGuide.h"
@@ -105,96 +106,102 @@ RatedProgramme ProgramGuideService::Present() const
     return present;
 }
 
-RequestRow<ProgramGuideService> const ProgramGuideService::Rows[] = {
-    {function::ExistXmlForIPG, &ProgramGuideService::ExistXmlForIPG},
-    {function::GetProgramListSize, &ProgramGuideService::GetProgramListSize},
-    {function::GetProgram, &ProgramGuideService::GetProgram},
-    {function::GetProgramIPG, &ProgramGuideService::GetProgramIPG},
-    {function::GetPresentProgram, &ProgramGuideService::GetPresentProgram},
-    {function::FindProgram, &ProgramGuideService::FindProgram},
-    {function::GetRating, &ProgramGuideService::GetRating},
-    {function::GetGenre, &ProgramGuideService::GetGenre},
-    {function::GetProgramList, &ProgramGuideService::GetProgramList},
-};
-
-std::vector<std::string> ProgramGuideService::Functions()
+/// The functions of the programme guide.
+class ProgramGuideService::Functions
 {
-    std::vector<std::string> functions = FunctionsOf(Rows);
-    functions.emplace_back(function::CloneUSBToTV);
-    return functions;
-}
+public:
+    explicit Functions(ProgramGuideService& service) : m_service(service) {}
+
+    Reply ExistXmlForIPG(Request const& /*request*/)
+    {
+        return Reply(true).Add(key::Data, static_cast<int>(m_service.m_guide.Exists()));
+    }
+
+    Reply GetProgramListSize(Request const& request)
+    {
+        std::optional<std::uint64_t> const id = request.Get<std::uint64_t>(key::InID);
+        std::optional<std::uint32_t> const start = request.Get<std::uint32_t>(key::StartTime);
+        std::optional<std::uint32_t> const duration = request.Get<std::uint32_t>(key::Duration);
+        if (!id || !start || !duration) {
+            return Reply(false).Add(key::Data, 0);
+        }
+        GuideList const list = m_service.m_guide.Select(*id, *start, *duration);
+        m_service.m_lists[request.Sender()] = list;
+        return Reply(true).Add(key::Data, list.range.count);
+    }
+
+    Reply GetProgram(Request const& request)
+    {
+        std::optional<std::uint32_t> const index = request.Get<std::uint32_t>(key::Index);
+        auto const list = m_service.m_lists.find(request.Sender());
+        GuideList const& own = list == m_service.m_lists.end() ? GuideList() : list->second;
+        return m_service.TextReply(request, index ? m_service.m_guide.Programme(own, *index) : std::string());
+    }
+
+    Reply GetProgramIPG(Request const& request)
+    {
+        std::optional<int> const step = request.Get<int>(key::Program);
+        return m_service.TextReply(request, step ? m_service.m_guide.Programme(request.Text(key::InID), *step)
+                                                 : std::string());
+    }
+
+    Reply GetPresentProgram(Request const& request)
+    {
+        return m_service.TextReply(request, ById(request, [this](std::uint64_t id) {
+                                       return m_service.m_guide.Present(id, m_service.Now(id));
+                                   }));
+    }
+
+    Reply FindProgram(Request const& request)
+    {
+        std::optional<std::uint32_t> const event = request.Get<std::uint32_t>(key::EventID);
+        return m_service.TextReply(request, ById(request, [&](std::uint64_t id) {
+                                       return event ? m_service.m_guide.Find(id, *event) : std::string();
+                                   }));
+    }
+
+    Reply GetRating(Request const& request)
+    {
+        std::optional<std::uint32_t> const event = request.Get<std::uint32_t>(key::EventID);
+        return m_service.TextReply(request, event ? m_service.m_guide.Rating(*event) : std::string());
+    }
+
+    Reply GetGenre(Request const& request)
+    {
+        std::optional<std::uint32_t> const event = request.Get<std::uint32_t>(key::EventID);
+        return m_service.TextReply(request, event ? m_service.m_guide.Genre(*event) : std::string());
+    }
+
+    Reply GetProgramList(Request const& request)
+    {
+        std::optional<std::uint32_t> const start = request.Get<std::uint32_t>(key::StartTime);
+        std::optional<std::uint32_t> const duration = request.Get<std::uint32_t>(key::Duration);
+        return m_service.TextReply(request, ById(request, [&](std::uint64_t id) {
+                                       return start && duration
+                                                  ? m_service.m_guide.List(id, *start, *duration, LargestText)
+                                                  : std::string();
+                                   }));
+    }
+
+private:
+    ProgramGuideService& m_service;
+};
 
 std::optional<CMessageBuffer> ProgramGuideService::Answer(Request const& request)
 {
-    return AnswerFrom(Rows, *this, request);
-}
-
-Reply ProgramGuideService::ExistXmlForIPG(Request const& /*request*/)
-{
-    return Reply(true).Add(key::Data, static_cast<int>(m_guide.Exists()));
-}
-
-Reply ProgramGuideService::GetProgramListSize(Request const& request)
-{
-    std::optional<std::uint64_t> const id = request.Get<std::uint64_t>(key::InID);
-    std::optional<std::uint32_t> const start = request.Get<std::uint32_t>(key::StartTime);
-    std::optional<std::uint32_t> const duration = request.Get<std::uint32_t>(key::Duration);
-    if (!id || !start || !duration) {
-        return Reply(false).Add(key::Data, 0);
-    }
-    GuideList const list = m_guide.Select(*id, *start, *duration);
-    m_lists[request.Sender()] = list;
-    return Reply(true).Add(key::Data, list.range.count);
-}
-
-Reply ProgramGuideService::GetProgram(Request const& request)
-{
-    std::optional<std::uint32_t> const index = request.Get<std::uint32_t>(key::Index);
-    auto const list = m_lists.find(request.Sender());
-    GuideList const& own = list == m_lists.end() ? GuideList() : list->second;
-    return TextReply(request, index ? m_guide.Programme(own, *index) : std::string());
-}
-
-Reply ProgramGuideService::GetProgramIPG(Request const& request)
-{
-    std::optional<int> const step = request.Get<int>(key::Program);
-    return TextReply(request, step ? m_guide.Programme(request.Text(key::InID), *step) : std::string());
-}
-
-Reply ProgramGuideService::GetPresentProgram(Request const& request)
-{
-    return TextReply(request,
-                     ById(request, [this](std::uint64_t id) { return m_guide.Present(id, Now(id)); }));
-}
-
-Reply ProgramGuideService::FindProgram(Request const& request)
-{
-    std::optional<std::uint32_t> const event = request.Get<std::uint32_t>(key::EventID);
-    return TextReply(request, ById(request, [&](std::uint64_t id) {
-                         return event ? m_guide.Find(id, *event) : std::string();
-                     }));
-}
-
-Reply ProgramGuideService::GetRating(Request const& request)
-{
-    std::optional<std::uint32_t> const event = request.Get<std::uint32_t>(key::EventID);
-    return TextReply(request, event ? m_guide.Rating(*event) : std::string());
-}
-
-Reply ProgramGuideService::GetGenre(Request const& request)
-{
-    std::optional<std::uint32_t> const event = request.Get<std::uint32_t>(key::EventID);
-    return TextReply(request, event ? m_guide.Genre(*event) : std::string());
-}
-
-Reply ProgramGuideService::GetProgramList(Request const& request)
-{
-    std::optional<std::uint32_t> const start = request.Get<std::uint32_t>(key::StartTime);
-    std::optional<std::uint32_t> const duration = request.Get<std::uint32_t>(key::Duration);
-    return TextReply(request, ById(request, [&](std::uint64_t id) {
-                         return start && duration ? m_guide.List(id, *start, *duration, LargestText)
-                                                  : std::string();
-                     }));
+    static constexpr RequestRow<Functions> rows[] = {
+        {function::ExistXmlForIPG, &Functions::ExistXmlForIPG},
+        {function::GetProgramListSize, &Functions::GetProgramListSize},
+        {function::GetProgram, &Functions::GetProgram},
+        {function::GetProgramIPG, &Functions::GetProgramIPG},
+        {function::GetPresentProgram, &Functions::GetPresentProgram},
+        {function::FindProgram, &Functions::FindProgram},
+        {function::GetRating, &Functions::GetRating},
+        {function::GetGenre, &Functions::GetGenre},
+        {function::GetProgramList, &Functions::GetProgramList},
+    };
+    Functions functions(*this);
+    return AnswerFrom(rows, functions, request);
 }
 
 } // namespace zviptv::sim

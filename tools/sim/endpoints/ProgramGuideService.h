@@ -1,7 +1,6 @@
 #pragma once
 
 #include "Message.h"
-#include "RequestTable.h"
 #include "guide/EitReader.h"
 #include "guide/ProgrammeGuide.h"
 #include "host/GuideLoader.h"
@@ -43,26 +42,13 @@ public:
     /// list for GetProgram.
     std::optional<CMessageBuffer> Answer(Request const& request);
 
-    /// What Answer and Clone answer.
-    static std::vector<std::string> Functions();
-
     void Forget(std::string const& busName) { m_lists.erase(busName); }
 
     /// What is on now on the played service.
     RatedProgramme Present() const;
 
 private:
-    static RequestRow<ProgramGuideService> const Rows[];
-
-    Reply ExistXmlForIPG(Request const& request);
-    Reply GetProgramListSize(Request const& request);
-    Reply GetProgram(Request const& request);
-    Reply GetProgramIPG(Request const& request);
-    Reply GetPresentProgram(Request const& request);
-    Reply FindProgram(Request const& request);
-    Reply GetRating(Request const& request);
-    Reply GetGenre(Request const& request);
-    Reply GetProgramList(Request const& request);
+    class Functions;
 
     Reply TextReply(Request const& request, std::string const& text) const;
     void Use(std::string const& path, LoadedGuide const& loaded);

@@ -1,5 +1,6 @@
 #include "RequestLog.h"
 
+#include "RequestCheck.h"
 #include "StandardStreams.h"
 
 #include <zviptv/Protocol.h>
@@ -17,17 +18,6 @@ namespace zviptv::sim {
 namespace key = protocol::key;
 
 namespace {
-
-constexpr std::size_t LongestValue = 60;
-
-/// A value as people read it: text as it is, bytes and long texts by their size.
-std::string Shown(std::string const& value)
-{
-    bool const isText = std::all_of(value.begin(), value.end(), [](char letter) {
-        return std::isprint(static_cast<unsigned char>(letter)) != 0;
-    });
-    return isText && value.size() <= LongestValue ? value : "<" + std::to_string(value.size()) + " bytes>";
-}
 
 /// The entries but for the keys that have a place of their own.
 std::string Entries(CMessageBuffer const& message)
@@ -49,6 +39,18 @@ Json::Value JsonEntries(CMessageBuffer const& message)
         json[message.GetKey(i)] = Shown(message.GetValue(i));
     }
     return json;
+}
+
+/// The line about a request that is not as the protocol describes it; else nothing.
+std::string WarningLine(RequestLog::Entry const& entry)
+{
+    std::string text;
+    for (std::string const& warning : WarningsOf(entry.endpoint, entry.request)) {
+        text += (text.empty() ? "" : "; ") + warning;
+    }
+    return text.empty() ? ""
+                        : "warning: " + entry.busName + " " + entry.endpoint + " " +
+                              Shown(entry.request.GetValue(key::FunctionName)) + ": " + text + "\n";
 }
 
 void WriteJson(Json::Value const& json)
@@ -83,6 +85,15 @@ Json::Value ToJson(RequestLog::Subscriber const& subscriber)
 
 } // namespace
 
+std::string Shown(std::string const& value)
+{
+    constexpr std::size_t longest = 60;
+    bool const isText = std::all_of(value.begin(), value.end(), [](char letter) {
+        return std::isprint(static_cast<unsigned char>(letter)) != 0;
+    });
+    return isText && value.size() <= longest ? value : "<" + std::to_string(value.size()) + " bytes>";
+}
+
 RequestLog::~RequestLog()
 {
     if (m_statusShown) {
@@ -115,16 +126,20 @@ void RequestLog::Write(Entry const& entry)
         json["reply"] = entry.reply == nullptr ? Json::Value() : JsonEntries(*entry.reply);
         json["microseconds"] = Json::Int64(entry.took.count());
         json["fault"] = entry.note;
+        json["warnings"] = Json::Value(Json::arrayValue);
+        for (std::string const& warning : WarningsOf(entry.endpoint, entry.request)) {
+            json["warnings"].append(warning);
+        }
         WriteJson(json);
     } else if (m_form == Form::Text) {
         ClearStatus();
         std::string const result = entry.reply == nullptr ? "no reply" : entry.reply->GetValue(key::Result);
-        std::fprintf(stderr, "%s %s handle=%s %s%s -> %s%s (%.2f ms)%s%s\n", entry.busName.c_str(),
+        std::fprintf(stderr, "%s %s handle=%s %s%s -> %s%s (%.2f ms)%s%s\n%s", entry.busName.c_str(),
                      entry.endpoint.c_str(), entry.request.GetValue(key::HandleID).c_str(),
                      entry.request.GetValue(key::FunctionName).c_str(), Entries(entry.request).c_str(),
                      result.c_str(), entry.reply == nullptr ? "" : Entries(*entry.reply).c_str(),
                      static_cast<double>(entry.took.count()) / 1000,
-                     entry.note.empty() ? "" : " fault: ", entry.note.c_str());
+                     entry.note.empty() ? "" : " fault: ", entry.note.c_str(), WarningLine(entry).c_str());
     }
 }
 

@@ -9,6 +9,9 @@
 
 namespace zviptv::sim {
 
+/// A value as people read it: text as it is, bytes and long texts by their size.
+std::string Shown(std::string const& value);
+
 /// Shows what the service does: a line a request, and a status line. docs/simulator.md has the JSON members.
 class RequestLog
 {

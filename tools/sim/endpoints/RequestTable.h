@@ -6,11 +6,10 @@
 #include <iterator>
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace zviptv::sim {
 
-/// One function that a service class answers.
+/// One function and what answers it.
 template <typename Service>
 struct RequestRow
 {
@@ -28,17 +27,6 @@ std::optional<CMessageBuffer> AnswerFrom(Rows const& rows, Service& service, Req
                      [&name](RequestRow<Service> const& candidate) { return name == candidate.function; });
     return row == std::end(rows) ? std::nullopt
                                  : std::optional<CMessageBuffer>((service.*row->answer)(request));
-}
-
-/// The functions of the rows, in their order.
-template <typename Rows>
-std::vector<std::string> FunctionsOf(Rows const& rows)
-{
-    std::vector<std::string> functions;
-    for (auto const& row : rows) {
-        functions.emplace_back(row.function);
-    }
-    return functions;
 }
 
 } // namespace zviptv::sim

@@ -1,0 +1,157 @@
+#include "RequestCheck.h"
+
+#include "ProtocolSchema.h"
+#include "RequestLog.h"
+
+#include <zviptv/Protocol.h>
+
+#include <json/reader.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <memory>
+
+namespace zviptv::sim {
+
+namespace key = protocol::key;
+
+namespace {
+
+/// The entry of a list of the description that has this text as its member `name`; null if none has.
+Json::Value const& Find(Json::Value const& list, char const* name, std::string const& text)
+{
+    auto const found =
+        std::find_if(list.begin(), list.end(), [&](Json::Value const& entry) { return entry[name] == text; });
+    return found == list.end() ? Json::Value::nullSingleton() : *found;
+}
+
+template <typename Number>
+bool IsNumber(std::string const& text)
+{
+    Number number{};
+    auto const [end, failure] = std::from_chars(text.data(), text.data() + text.size(), number);
+    return failure == std::errc() && end == text.data() + text.size();
+}
+
+bool IsOfType(std::string const& type, std::string const& text);
+
+/// A JSON object with exactly the fields of the record.
+bool IsJsonRecord(Json::Value const& record, std::string const& text)
+{
+    std::unique_ptr<Json::CharReader> const reader(Json::CharReaderBuilder().newCharReader());
+    Json::Value object;
+    if (!reader->parse(text.data(), text.data() + text.size(), &object, nullptr) || !object.isObject()) {
+        return false;
+    }
+    Json::Value const& fields = record["fields"];
+    return object.size() == fields.size() &&
+           std::all_of(fields.begin(), fields.end(), [&](Json::Value const& field) {
+               Json::Value const& member = object[field["key"].asString()];
+               bool const isRightJson = field["json"] == "string" ? member.isString() : member.isUInt64();
+               return isRightJson && IsOfType(field["type"].asString(), member.asString());
+           });
+}
+
+bool IsOfType(std::string const& type, std::string const& text)
+{
+    if (type == "flag") {
+        return text == "0" || text == "1";
+    }
+    if (type == "u16") {
+        return IsNumber<std::uint16_t>(text);
+    }
+    if (type == "u32") {
+        return IsNumber<std::uint32_t>(text);
+    }
+    if (type == "u64") {
+        return IsNumber<std::uint64_t>(text);
+    }
+    if (type == "i64") {
+        return IsNumber<std::int64_t>(text);
+    }
+    Json::Value const& record = Find(ProtocolSchema()["records"], "name", type);
+    if (!record.isNull()) {
+        return IsJsonRecord(record, text);
+    }
+    bool const isEnumeration = !Find(ProtocolSchema()["enumerations"], "name", type).isNull();
+    return !(type == "i32" || isEnumeration) || IsNumber<std::int32_t>(text);
+}
+
+std::string UnknownFunction(std::string const& name)
+{
+    for (Json::Value const& endpoint : ProtocolSchema()["endpoints"]) {
+        if (!Find(endpoint["functions"], "name", name).isNull()) {
+            return name + " is a function of " + endpoint["type"].asString();
+        }
+    }
+    return "unknown function " + Shown(name);
+}
+
+/// The keys that a request may have besides "functionname".
+Json::Value KeysOf(Json::Value const& function)
+{
+    Json::Value keys = function["in"];
+    if (function["handle"].asBool()) {
+        keys.insert(0, Find(ProtocolSchema()["channel"]["in"], "key", key::HandleID));
+    }
+    return keys;
+}
+
+bool HasKey(CMessageBuffer const& request, std::string const& key)
+{
+    for (int i = 0; i < request.Size(); ++i) {
+        if (key == request.GetKey(i)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
+std::vector<std::string> WarningsOf(std::string const& endpoint, CMessageBuffer const& request)
+{
+    if (!HasKey(request, key::FunctionName)) {
+        return {std::string("missing key ") + key::FunctionName};
+    }
+    std::string const name = request.GetValue(key::FunctionName);
+    Json::Value const& functions = Find(ProtocolSchema()["endpoints"], "type", endpoint)["functions"];
+    Json::Value const& function = Find(functions, "name", name);
+    if (function.isNull()) {
+        return {UnknownFunction(name)};
+    }
+    std::vector<std::string> warnings;
+    Json::Value const keys = KeysOf(function);
+    for (Json::Value const& described : keys) {
+        std::string const key = described["key"].asString();
+        std::string const type = described["type"].asString();
+        if (!HasKey(request, key)) {
+            if (!described["optional"].asBool()) {
+                warnings.push_back("missing key " + key);
+            }
+        } else if (!IsOfType(type, request.GetValue(key.c_str()))) {
+            warnings.push_back(key + " is not of the type " + type);
+        }
+    }
+    for (int i = 0; i < request.Size(); ++i) {
+        std::string const key = request.GetKey(i);
+        if (key != key::FunctionName && Find(keys, "key", key).isNull()) {
+            warnings.push_back("unexpected key " + Shown(key));
+        }
+    }
+    return warnings;
+}
+
+std::vector<std::string> DescribedFunctions()
+{
+    std::vector<std::string> names;
+    for (Json::Value const& endpoint : ProtocolSchema()["endpoints"]) {
+        for (Json::Value const& function : endpoint["functions"]) {
+            names.push_back(function["name"].asString());
+        }
+    }
+    return names;
+}
+
+} // namespace zviptv::sim
