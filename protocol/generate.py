@@ -263,14 +263,15 @@ def schema_source(protocol):
 
 
 def dissector(protocol):
-    """wireshark/zviptv.lua: the file of that name here, with the description as a table"""
+    """wireshark/zviptv.lua: the files of the folder wireshark, with the description as a table"""
 
     def lua(value):
         if isinstance(value, dict):
             return "{" + ", ".join(f"[{quote(key)}] = {lua(entry)}" for key, entry in value.items()) + "}"
         return "{\n" + "".join(f"{lua(entry)},\n" for entry in value) + "}" if isinstance(value, list) else quote(value)
 
-    code = (HERE / "zviptv.lua").read_text(encoding="utf-8")
+    files = [HERE / "wireshark" / f"{name}.lua" for name in ("fields", "message", "values", "dissector")]
+    code = "\n".join(file.read_text(encoding="utf-8") for file in files)
     return code.replace("local schema = {}\n", f"-- {NOTICE}\nlocal schema = {lua(schema(protocol))}\n")
 
 
