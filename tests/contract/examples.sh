@@ -24,22 +24,10 @@ on_the_sample receive_pes | tee "$work/out"
 test "$(grep -cE '^PID (256|257|258|259|260|261), PTS [0-9]+, [0-9]+ bytes$' "$work/out")" = 10
 
 # The minimal service on a private bus of its own, muted and unmuted by the first example.
-cat >"$work/bus.conf" <<EOF
-<busconfig><type>system</type><listen>unix:path=$work/bus</listen><auth>EXTERNAL</auth><policy context="default">
-<allow user="*"/><allow own="*"/><allow send_destination="*"/><allow receive_sender="*"/></policy></busconfig>
-EOF
-exec 3< <(exec dbus-daemon --config-file="$work/bus.conf" --nofork --nopidfile --print-address 2>"$work/bus.log")
-daemon=$!
-trap 'kill "$daemon"; rm -rf "$work"' EXIT
-read -r DBUS_SYSTEM_BUS_ADDRESS <&3
-export DBUS_SYSTEM_BUS_ADDRESS
+. "$source/private_bus.sh"
 minimal_service >"$work/service" &
 service=$!
-dbus-send --system --print-reply --dest=org.freedesktop.DBus / org.freedesktop.DBus.GetId >"$work/id"
-until dbus-send --system --print-reply --dest=org.freedesktop.DBus / org.freedesktop.DBus.NameHasOwner \
-    string:org.corvel.zviptvapi.dbushelper | grep -q true; do
-    kill -0 "$service"
-done
+wait_for_service "$service"
 hello_player | tee "$work/out"
 grep -qx 'muted: 1, source state: 2, unmuted: 1' "$work/out"
 kill "$service"
