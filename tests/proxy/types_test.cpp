@@ -79,6 +79,7 @@ TEST(Types, HandleNumberAddsTheIdToTheShiftedProfile)
     EXPECT_EQ(NumberOf(65537, 0), 256U);
     EXPECT_EQ(NumberOf(0, 256), 256U);
     EXPECT_EQ(NumberOf(1, 300), 556U);
+    EXPECT_EQ(NumberOf(2, 44), 556U);
     EXPECT_EQ(NumberOf(-1, 0), 16776960U);
     EXPECT_EQ(NumberOf(65535, 65535), 16842495U);
 }
