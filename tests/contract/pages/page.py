@@ -80,6 +80,7 @@ def prepare(root, work, is_empty):
     share.mkdir()
     for name in ("samples", "examples"):
         (share / name).symlink_to(root / name)
+    (share / "wireshark").symlink_to(work / "prefix/share/zv-iptv/wireshark")
     if not is_empty:
         (here / "build").mkdir()
         for name in ("samples", "examples"):

@@ -1,0 +1,133 @@
+#!/bin/bash
+# tshark reads with zviptv.lua what dbus-monitor recorded of the simulator's bus: dissector.sh BUILD SOURCE
+. "$(dirname "$0")/install.sh"
+. "$source/private_bus.sh"
+
+samples=$(cd "$source/../../samples" && pwd)
+export LD_LIBRARY_PATH=$libdir PATH=$prefix/bin:$PATH ZV_IPTV_LOG=none
+cd "$work"
+
+# tick NAME: something for the monitor to see.
+tick() {
+    dbus-send --system --print-reply --dest=org.freedesktop.DBus / org.freedesktop.DBus.NameHasOwner "string:$1" >tick.out
+}
+
+# A capture begins with a head of 24 bytes; more comes when the monitor sees messages.
+dbus-monitor --pcap --address "$DBUS_SYSTEM_BUS_ADDRESS" >bus.pcap &
+monitor=$!
+until [ "$(stat -c %s bus.pcap)" -gt 24 ]; do
+    kill -0 "$monitor"
+    tick the.recording.begins
+done
+
+zviptv-sim --bus system --quiet --ts "$samples/sample.ts" --loop --guide "$samples/sample.xml" --time 1774735200 &
+service=$!
+wait_for_service "$service"
+{
+    zviptvctl --id 5 call MuteAudio true
+    zviptvctl call MuteVideo false
+    zviptvctl call SetDigitalDualSound MAIN
+    zviptvctl call GetAudio 0
+    zviptvctl call GetAudio 77 || [ $? = 1 ]
+    zviptvctl call GetCurrentAudioInfo
+    zviptvctl call GetRatingInfo
+    zviptvctl call SetAppID org.example
+    zviptvctl call GetProgram 18446744073709551615 65535 4294967295 7 PREVIOUS
+    zviptvctl call FindProgram 18446744073709551615 4294967295
+    zviptvctl call GetGenre 4
+    zviptvctl pes --pid 0x101 --count 1
+    zviptvctl caption --count 1
+} >calls.out 2>&1
+
+# send MESSAGE: a request to the service that is not of the protocol.
+send() {
+    gdbus call --address "$DBUS_SYSTEM_BUS_ADDRESS" --dest org.corvel.zviptvapi.dbushelper \
+        --object-path /org/corvel/zviptvapi/DbusCommunication/PLAYERCONTROL \
+        --method org.corvel.zviptvapi.DbusCommunication.Send "$1" >>calls.out
+}
+send "{'functionname': <'MuteAudio'>}"
+send "{'functionname': <[byte 0x57, 0x68, 0x6f]>}"
+
+kill "$service"
+wait "$service" || true
+until grep -aq the.recording.ends bus.pcap; do
+    tick the.recording.ends
+done
+kill "$monitor"
+wait "$monitor" || true
+
+# shown FILTER FIELD...: the filter, and under it the fields of every message that passes it.
+shown() {
+    local filter=$1 fields=() field
+    shift
+    for field in "$@"; do
+        fields+=(-e "zviptv.$field")
+    done
+    printf '%s\n' "$filter"
+    tshark -X lua_script:"$prefix/share/zv-iptv/wireshark/zviptv.lua" -r bus.pcap -Y "$filter" \
+        -T fields -E separator=' ' "${fields[@]}" 2>tshark.log | sed 's/^/    /'
+    ! grep -i 'lua\|error\|invalid' tshark.log
+}
+
+{
+    shown 'zviptv.function == "MuteAudio" && zviptv.onoff == 1' message endpoint handleID onoff
+    shown 'zviptv.MuteVideo' message function
+    shown 'zviptv.mode.name == "MAIN"' function mode
+    shown 'zviptv.ZVAudio.pid == 0x101' function message result_internal ZVAudio.language.name ZVAudio.encoding
+    shown 'zviptv.result_internal == 0 && zviptv.endpoint == "BROADCASTDATA"' function
+    shown 'zviptv.index == 77' function message index
+    shown 'zviptv.landCode.name == "eng"' function landCode index
+    shown 'zviptv.ZVRatingInfo.value > 12' function ratingInfoSize ZVRatingInfo.region ZVRatingInfo.value
+    shown 'zviptv.AppID contains "example"' function AppID
+    shown 'zviptv.IPGProgramId.eventId == 65535' IPGProgramId.serviceId IPGProgramId.startTime program.name
+    shown 'zviptv.eventID == 4294967295' function inID
+    shown 'zviptv.data contains "Horror"' function data
+    shown 'zviptv.pesPID == 0x101 && zviptv.pesDataSize > 0' message pesType.name | uniq
+    shown 'zviptv.CaptionCB && zviptv.captionDataSize > 0' message function | uniq
+    shown 'zviptv.on == 1' function endpoint
+    shown 'zviptv.message == "announcement" && zviptv.type == "IPTVDATASUBSCRIBER"' add
+    shown 'zviptv.problem' message problem
+} | tee shown
+diff shown - <<'END'
+zviptv.function == "MuteAudio" && zviptv.onoff == 1
+    request PLAYERCONTROL 261 1
+zviptv.MuteVideo
+    request MuteVideo
+    reply MuteVideo
+zviptv.mode.name == "MAIN"
+    SetDigitalDualSound 1
+zviptv.ZVAudio.pid == 0x101
+    GetAudio reply 1 eng 1
+zviptv.result_internal == 0 && zviptv.endpoint == "BROADCASTDATA"
+    GetAudio
+zviptv.index == 77
+    GetAudio request 77
+zviptv.landCode.name == "eng"
+    GetCurrentAudioInfo 6647399 0
+zviptv.ZVRatingInfo.value > 12
+    GetRatingInfo 1 0 17
+zviptv.AppID contains "example"
+    SetAppID org.example
+zviptv.IPGProgramId.eventId == 65535
+    18446744073709551615 4294967295 PREVIOUS
+zviptv.eventID == 4294967295
+    FindProgram 18446744073709551615
+zviptv.data contains "Horror"
+    GetGenre ["Movie","Horror"]
+zviptv.pesPID == 0x101 && zviptv.pesDataSize > 0
+    notification AUDIO
+zviptv.CaptionCB && zviptv.captionDataSize > 0
+    notification CaptionCB
+zviptv.on == 1
+    requestPESCB IPTVDATASUBSCRIBER
+    requestCaptionCB IPTVDATASUBSCRIBER
+zviptv.message == "announcement" && zviptv.type == "IPTVDATASUBSCRIBER"
+    y
+    n
+    y
+    n
+zviptv.problem
+    request not a message of the protocol: a value has the D-Bus type s, not ay
+    request unknown function Who
+    reply unknown function Who
+END
