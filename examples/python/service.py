@@ -111,7 +111,7 @@ class Playback:
             "MuteAudio": lambda _: {}, "MuteVideo": lambda _: {}, "SetAppID": lambda _: {},
             "GetSourceState": lambda _: {"sourcestate": 2}, "GetSTCCount": lambda _: {"stcCount": self.stc},
             "GetFirstPTS": lambda _: {"firstPTS": FIRST_PTS, "timebaseden": 90000, "timebasenum": 1,
-                                      "currenttime": time.monotonic() * 1000},
+                                      "currenttime": time.monotonic() * 1000 % 2**32},
             "GetResolution": lambda _: {
                 "resolution": 3, "resolutioninfo": RESOLUTION.pack(1920, 1080, 50, 1, 16, 9, 0)},
             "GetAudioFormat": lambda _: {"encodeType": TRACKS["audio", 0][self._chosen["audio", 0]][4]},
