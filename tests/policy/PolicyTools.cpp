@@ -30,7 +30,7 @@ void PolicyToolsTest::SetUp()
 {
     if (auto const reason = WhyNot(); !reason.empty())
         GTEST_SKIP() << reason;
-    for (auto const program : {ZVIPTV_SIM, ZVIPTV_CTL})
+    for (auto const program : {ZVIPTV_SIM, ZVIPTV_CTL, ZVIPTV_PYTHON_SERVICE})
         if (!IsOpenToAll(program))
             GTEST_SKIP() << "other users cannot reach " << program;
     m_bus = std::make_unique<PolicyBus>();
