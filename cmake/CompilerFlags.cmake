@@ -10,6 +10,11 @@ target_compile_options(zviptv_flags INTERFACE
     "-ffile-prefix-map=${CMAKE_SOURCE_DIR}/=")
 target_link_options(zviptv_flags INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)
 
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+    # Streams over 2 GiB are read, too.
+    target_compile_definitions(zviptv_flags INTERFACE _FILE_OFFSET_BITS=64)
+endif()
+
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|amd64|AMD64")
     target_compile_options(zviptv_flags INTERFACE -fstack-clash-protection -fcf-protection)
 endif()

@@ -251,13 +251,13 @@ struct ZVCaption
         data; ///< as it was broadcast: data units of teletext, a data group of ARIB captions
 };
 
-/// Names a programme of the guide.
+/// Names a programme of the guide. Laid out alike on 32 and 64 bits.
 struct IPGProgramId
 {
-    std::uint64_t serviceId; ///< as in the methods' `inID`
-    std::uint16_t eventId;   ///< low 16 bits of the event id
-    std::uint32_t startTime; ///< unit of the guide's service
-    std::uint32_t duration;  ///< unit of the guide's service
+    alignas(8) std::uint64_t serviceId; ///< as in the methods' `inID`
+    std::uint16_t eventId;              ///< low 16 bits of the event id
+    std::uint32_t startTime;            ///< unit of the guide's service
+    std::uint32_t duration;             ///< unit of the guide's service
 };
 
 /// Selects what a proxy talks about: sent with every request as one number.

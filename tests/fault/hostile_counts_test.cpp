@@ -43,7 +43,7 @@ protected:
 INSTANTIATE_TEST_SUITE_P(Count, HostileCounts, testing::Values(-1, 0, INT_MAX, INT_MIN),
                          [](auto const& parameter) {
                              return parameter.param < 0
-                                        ? "Minus" + std::to_string(-static_cast<long>(parameter.param))
+                                        ? "Minus" + std::to_string(-std::int64_t{parameter.param})
                                         : std::to_string(parameter.param);
                          });
 

@@ -47,8 +47,8 @@ struct Entry
                 if (datagram.size() - end - 9 <= size) {
                     return "(a field longer than the entry)";
                 }
-                value = datagram.substr(end + 9, size);
-                at = end + 9 + size + 1;
+                value = datagram.substr(end + 9, static_cast<std::size_t>(size));
+                at = end + 9 + value.size() + 1;
             }
             if (key == name) {
                 return value;

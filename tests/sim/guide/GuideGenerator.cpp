@@ -13,7 +13,7 @@ constexpr std::uint32_t HalfHour = 1800;
 
 std::string Time(std::uint32_t seconds)
 {
-    std::time_t const time = seconds;
+    auto const time = static_cast<std::time_t>(seconds);
     std::tm parts{};
     gmtime_r(&time, &parts);
     char text[32];

@@ -1,7 +1,9 @@
 #include "guide/XmltvTime.h"
 
+#include <algorithm>
 #include <ctime>
 #include <gtest/gtest.h>
+#include <limits>
 #include <random>
 
 namespace zviptv::sim {
@@ -96,7 +98,9 @@ TEST(XmltvTime, EveryDayOfFourCenturiesFollowsTheOneBefore)
 TEST(XmltvTime, AgreesWithTheSystemsCalendar)
 {
     std::mt19937 random(1);
-    std::uniform_int_distribution<std::time_t> any(0, 0xFFFFFFFF);
+    // Where it has 32 bits, the calendar ends in 2038.
+    constexpr std::int64_t end = std::min<std::int64_t>(0xFFFFFFFF, std::numeric_limits<std::time_t>::max());
+    std::uniform_int_distribution<std::time_t> any(0, static_cast<std::time_t>(end));
     for (int i = 0; i < 10000; ++i) {
         std::time_t const time = any(random);
         std::tm parts{};

@@ -3,7 +3,9 @@
 #include "stream/StreamError.h"
 #include "stream/TsReader.h"
 
+#include <filesystem>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 using namespace zviptv::sim;
 using namespace zviptv::test;
@@ -68,6 +70,17 @@ TEST(TsReader, ReadsPacketAfterPacket)
     EXPECT_EQ(reader.Marks(), (Bytes{1, 2, 3, 4, 5, 6}));
     EXPECT_EQ(reader->PacketDistance(), 188u);
     EXPECT_EQ(reader->SkippedBytes(), 0u);
+}
+
+TEST(TsReader, ReadsFilesOver2GiB)
+{
+    std::string const path = testing::TempDir() + "large." + std::to_string(getpid()) + ".ts";
+    std::filesystem::copy_file(ZVIPTV_SAMPLE_FILE, path);
+    std::filesystem::resize_file(path, 3ULL << 30U); // a hole that takes no space
+    TsBytes packet;
+    EXPECT_EQ(ErrorOf(path), "no error");
+    EXPECT_TRUE(TsReader(path).Read(packet));
+    std::filesystem::remove(path);
 }
 
 TEST(TsReader, ReadsAFileOfOnePacket)

@@ -21,9 +21,15 @@ struct Timer
     gint64 interval; ///< microseconds
 };
 
+/// GLib allocated it for any type.
+Timer& TimerOf(GSource* source)
+{
+    return *static_cast<Timer*>(static_cast<void*>(source));
+}
+
 gboolean FireTimer(GSource* source, GSourceFunc work, gpointer data)
 {
-    gint64 const interval = reinterpret_cast<Timer*>(source)->interval;
+    gint64 const interval = TimerOf(source).interval;
     gint64 next = g_source_get_ready_time(source) + interval;
     for (gint64 const now = g_get_monotonic_time(); next <= now;) {
         next += interval;
@@ -62,7 +68,7 @@ EventSource Loop::Every(std::chrono::milliseconds interval, EventSource::Work wo
     auto owned = std::make_unique<EventSource::Work>(std::move(work));
     GSource* const source = g_source_new(&timerFunctions, sizeof(Timer));
     gint64 const microseconds = std::chrono::microseconds(interval).count();
-    reinterpret_cast<Timer*>(source)->interval = microseconds;
+    TimerOf(source).interval = microseconds;
     g_source_set_ready_time(source, g_get_monotonic_time() + microseconds);
     g_source_set_callback(source, RunWork, owned.get(), nullptr);
     unsigned const id = g_source_attach(source, nullptr);

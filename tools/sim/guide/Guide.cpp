@@ -17,8 +17,9 @@ GuideService const* Guide::FindService(std::uint64_t serviceId) const
 template <typename IsBefore>
 std::uint32_t Guide::Partition(GuideService const& service, IsBefore isBefore) const
 {
-    auto const first = m_data.entries.begin() + service.first;
-    auto const found = std::partition_point(first, first + service.count, isBefore);
+    auto const first = m_data.entries.begin() + static_cast<std::ptrdiff_t>(service.first);
+    auto const last = first + static_cast<std::ptrdiff_t>(service.count);
+    auto const found = std::partition_point(first, last, isBefore);
     return static_cast<std::uint32_t>(found - m_data.entries.begin());
 }
 
