@@ -122,12 +122,13 @@ void XmlParser::Fail(std::string const& text) const
     throw GuideError(m_name + ":" + std::to_string(Line()) + ":" + std::to_string(column) + ": " + text);
 }
 
-/// A token that is not finished yet is kept by expat as a whole.
+/// A token that is not finished yet is kept by expat as a whole. Expat from 2.6.0 on, and Debian's 2.5.0 with
+/// the security updates, parse it again only when there is twice as much of it.
 void XmlParser::CheckTokenSize() const
 {
     XML_Index const done = XML_GetCurrentByteIndex(m_parser.get());
     std::uint64_t const taken = done < 0 ? 0 : static_cast<std::uint64_t>(done);
-    if (m_fed > taken && m_fed - taken > MaxTokenSize)
+    if (m_fed > taken && m_fed - taken > 2 * MaxTokenSize + BufferSize)
         Fail("a tag, comment or declaration over 1 MiB");
 }
 
