@@ -221,7 +221,7 @@ public:
             .Add(key::FirstPTS, pts.value_or(0))
             .Add(key::TimeBaseDen, TimeBase)
             .Add(key::TimeBaseNum, 1)
-            .Add(key::CurrentTime, now.count());
+            .Add(key::CurrentTime, static_cast<std::uint32_t>(now.count())); // all that 32 bits read
     }
 
 private:
