@@ -1,0 +1,66 @@
+#!/bin/bash
+# Builds library and tools for another architecture and tests them in QEMU: cross.sh ARCHITECTURE PACKAGE...
+# The packages are what the sysroot has. All files are in build/cross/ARCHITECTURE.
+set -euo pipefail
+architecture=$1
+shift
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
+folder=$root/build/cross/$architecture
+build=$folder/build
+jobs=$(nproc)
+
+say() { printf '\n== %s\n' "$*"; }
+
+# quietly LOG COMMAND...: shows what the command printed if it fails.
+quietly() {
+    local log=$1
+    shift
+    "$@" >"$log" 2>&1 || { cat "$log"; exit 1; }
+}
+
+# The test programs that run alone or beside a dbus-daemon of this machine.
+programs=(message_tests dbus_tests native_tests proxy_tests log_tests support_tests
+    sim_stream_tests sim_guide_tests sim_service_loop_tests)
+
+# leave_out REASON NAME...: tests by the beginning of their names.
+names=() reasons=()
+leave_out() {
+    reasons+=("$*")
+    names+=("${@:2}")
+}
+
+leave_out 'they start programs of the architecture, which this machine cannot run by itself:' \
+    fault_tests. ctl_tests. sim_service_tests. policy_tests. soak. log_tests.LogEnvironment. log_tests.SystemLog.
+leave_out 'they look at the installed files or the tools of this machine:' contract. look. cost.
+leave_out 'QEMU does not know PR_SET_CHILD_SUBREAPER:' support_tests.ChildProcessTest.DiesWithTheProcessThatStartedIt
+if [ "$architecture" = armhf ]; then
+    leave_out 'exceptions cannot pass through GLib, which has no unwind tables on armhf:' dbus_tests.Exceptions. \
+        dbus_tests.HelperServerLife.ExceptionsOfTheHandlerLeaveLaterAnnouncementsAnswered \
+        proxy_tests.DispatchFaults.MalformedPESThrowsOutOfTheDispatch \
+        proxy_tests.DispatchFaults.MalformedCaptionThrowsOutOfTheDispatch \
+        proxy_tests.DispatchFaults.FirstMalformedNumberCounts proxy_tests.DispatchFaults.ProxyWorksOnAfterManyFailures \
+        proxy_tests.DispatchFaults.FailureOfACallbackLeavesTheDispatch
+fi
+
+# beginning NAME...: a regular expression of tests that begin so.
+beginning() {
+    local IFS='|'
+    local alternatives="$*"
+    printf '^(%s)' "${alternatives//./\\.}"
+}
+
+say "Making the sysroot: $architecture"
+"$root/packaging/cross/sysroot.sh" "$architecture" "$folder/sysroot" "$@"
+
+say "Building: $architecture"
+quietly "$folder/configure.log" cmake -S "$root" -B "$build" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$root/cmake/cross.cmake" \
+    -DZVIPTV_CROSS="$architecture" -DZVIPTV_SYSROOT="$folder/sysroot" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+    -DZVIPTV_WERROR=ON -DZVIPTV_TOOLS=ON -DZVIPTV_BENCH=OFF -DBUILD_TESTING=ON
+cmake --build "$build" -j "$jobs" --target ServiceApi zviptv-sim zviptvctl fuzz_targets "${programs[@]}"
+
+say "Testing: $architecture, in QEMU"
+ctest --test-dir "$build" -j $((jobs * 2)) --output-on-failure \
+    -R "$(beginning "${programs[@]/%/.}" fuzz_replay. cross.)" -E "$(beginning "${names[@]}")"
+
+say "Left out on $architecture"
+printf -- '- %s\n' "${reasons[@]}"
