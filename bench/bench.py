@@ -1,21 +1,21 @@
 #!/usr/bin/env python3
 """Runs all benchmarks of a build, prints their tables and draws their pictures.
 
-Everything is written to the folder of the build: results.json, tables.md and the pictures. --docs also takes the tables
-into docs/performance.md, and the others into the folder beside it.
+Everything is written to the folder of the build: results.json, summary.json, tables.md and the pictures. --docs also
+puts the tables into docs/performance.md, and the summary and the pictures into the folder beside it.
 """
 
 import argparse
 import json
 import os
 import pathlib
-import re
 import subprocess
 import sys
 
 import machine
 import plots
 import report
+import summary
 from bus import processes
 from inprocess import encoding
 
@@ -34,12 +34,6 @@ def run_inprocess(build, out, quick):
     subprocess.run([HERE / "inprocess/inprocess.sh", build / "bench/inprocess/bench_inprocess", out, *form], check=True)
     return {"times": encoding.rounds_by_name(json.loads((out / "inprocess.json").read_text())),
             "heap": encoding.heap_by_name(json.loads((out / "inprocess-allocations.json").read_text()))}
-
-
-def as_json(results):
-    """Indented, with a list of numbers in one line."""
-    return re.sub(r"\[\s+([^][{}]*?)\s+\]", lambda numbers: "[" + " ".join(numbers[1].split()) + "]",
-                  json.dumps(results, indent=1)) + "\n"
 
 
 def refuse_what_nobody_can_measure_again():
@@ -75,14 +69,16 @@ def main():
     results = {"machine": machine.describe(options.build), "quick": options.quick,
                "inprocess": run_inprocess(options.build, out, options.quick),
                "bus": run_bus(options.build, out, options.quick)}
-    (out / "results.json").write_text(as_json(results))
-    text = report.text(results)
+    (out / "results.json").write_text(json.dumps(results) + "\n")
+    found = summary.of(results)
+    (out / "summary.json").write_text(summary.as_json(found) + "\n")
+    text = report.text(found)
     (out / "tables.md").write_text(text)
     pictures = plots.draw(results, out)
     print(text)
     if options.docs:
-        report.fill(report.PAGE, results, [*pictures, out / "results.json"])
-    print(f"written: {out}/results.json, tables.md and {len(pictures)} pictures")
+        report.fill(report.PAGE, found, [*pictures, out / "summary.json"])
+    print(f"written: {out}/results.json, summary.json, tables.md and {len(pictures)} pictures")
 
 
 if __name__ == "__main__":

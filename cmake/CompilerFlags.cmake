@@ -7,7 +7,7 @@ target_compile_options(zviptv_flags INTERFACE
     $<$<BOOL:${ZVIPTV_WERROR}>:-Werror>
     -fvisibility=hidden -fvisibility-inlines-hidden
     -fstack-protector-strong
-    "-ffile-prefix-map=${CMAKE_SOURCE_DIR}/=")
+    "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
 target_link_options(zviptv_flags INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)
 
 if(CMAKE_SIZEOF_VOID_P EQUAL 4)

@@ -15,7 +15,9 @@ refuses() {
 
 refuses 'No such command: tset. ./run help lists them.' tset
 refuses 'One word too many: --asan. ./run help shows what build takes.' build --asan
-refuses 'One word too many: --tsan. ./run help shows what test takes.' test --asan --tsan
+refuses 'One word too many: --asan. ./run help shows what test takes.' test --asan
+refuses 'One word too many: --tsan. ./run help shows what check takes.' check --asan --tsan
+refuses 'Which check? ./run check [--asan | --tsan | --valgrind]' check --msan
 refuses 'One word too many: 20. ./run help shows what fuzz takes.' fuzz 10 20
 refuses 'One word too many: i386. ./run help shows what cross takes.' cross armhf i386
 refuses 'For which architecture? ./run cross armhf | arm64 | i386' cross

@@ -62,8 +62,9 @@ for name in sys.argv[1:]:
     compile(open(name, encoding="utf-8").read(), name, "exec")' "${modules[@]}"
 fi
 
-# The commands of the build, without what g++ alone understands.
-sed 's/ -femit-class-debug-always//g' "$build/compile_commands.json" >"$work/compile_commands.json"
+# The commands of the build, without what g++ alone understands and without precompiled headers, which would hide that
+# an include is missing.
+sed -E 's/ -(femit-class-debug-always|fpch-preprocess|Winvalid-pch)//g; s/ -include [^ ]*cmake_pch\.hxx//g' "$build/compile_commands.json" >"$work/compile_commands.json"
 mapfile -t sources < <(matching '\.cpp$' | while read -r file; do
     ! grep -qF "\"$root/$file\"" "$work/compile_commands.json" || printf '%s\n' "$root/$file"
 done)

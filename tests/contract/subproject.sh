@@ -1,0 +1,34 @@
+#!/bin/bash
+# Builds a user's program together with the project's sources: subproject.sh BUILD SOURCE
+set -euo pipefail
+source=$2
+root=$(cd "$source/../.." && pwd)
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+sanitize=${SANITIZE:+-fsanitize=$SANITIZE}
+
+cp "$source/consumer.cpp" "$work"
+cat >"$work/CMakeLists.txt" <<'EOF'
+cmake_minimum_required(VERSION 3.25)
+project(consumer CXX)
+include(CTest)
+include(FetchContent)
+FetchContent_Declare(zviptv SOURCE_DIR "${ZVIPTV_SOURCE}")
+FetchContent_MakeAvailable(zviptv)
+add_executable(consumer consumer.cpp)
+target_link_libraries(consumer PRIVATE ZvIptv::ServiceApi)
+EOF
+"$CMAKE_COMMAND" -G Ninja -S "$work" -B "$work/build" -DZVIPTV_SOURCE="$root" -DCMAKE_CXX_FLAGS="$sanitize"
+"$CMAKE_COMMAND" --build "$work/build"
+
+# The library alone is built, and a warning of a newer compiler does not stop the user's build.
+grep -x 'ZVIPTV_WERROR:BOOL=OFF' "$work/build/CMakeCache.txt"
+for target in zviptvctl zviptv-sim man_pages library_tests; do
+    if "$CMAKE_COMMAND" --build "$work/build" --target help | grep -q "^$target:"; then
+        echo "The subproject has the target $target."
+        exit 1
+    fi
+done
+
+DBUS_SYSTEM_BUS_ADDRESS=unix:path=$work/no-bus "$work/build/consumer" >"$work/output"
+diff "$work/output" "$source/consumer.txt"
