@@ -138,6 +138,17 @@ Bytes MakePmt(std::uint16_t programme, std::uint16_t pcrPid, std::vector<PmtStre
     return MakeSection(0x02, programme, version, body);
 }
 
+Bytes MakeSdt(std::uint16_t service, std::string const& name, std::uint8_t version)
+{
+    Bytes const text(name.begin(), name.end());
+    Bytes const descriptor = Bytes{0x48, Low(text.size() + 5), 0x01, 2, 'Z', 'V', Low(text.size())} + text;
+    Bytes body{0xFF, 0x01, 0xFF};
+    Put16(body, service);
+    body.push_back(0xFC);
+    Put16(body, 0x8000u | static_cast<unsigned>(descriptor.size()));
+    return MakeSection(0x42, 1, version, body + descriptor);
+}
+
 Bytes MakePes(std::optional<std::uint64_t> pts, Bytes const& payload, bool open,
               std::optional<std::uint64_t> dts, std::uint8_t streamId)
 {

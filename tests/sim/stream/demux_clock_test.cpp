@@ -173,8 +173,10 @@ TEST(DemuxClock, AnEndlessStreamWithoutClockIsNotReadForEver)
     auto source = std::make_unique<EndlessSource>(head, std::nullopt);
     EndlessSource const& counting = *source;
     Demux demux(std::move(source));
+    auto const atStart = counting.Reads();
+    EXPECT_LE(atStart, 50'000u) << "in search of the names";
     ASSERT_TRUE(demux.Next());
-    EXPECT_LE(counting.Reads(), Timeline::MaxPacketsWithoutClock + 10);
+    EXPECT_LE(counting.Reads() - atStart, Timeline::MaxPacketsWithoutClock + 10);
     EXPECT_GT(TimeAfter(demux, 100'000), StreamTime(0));
 }
 

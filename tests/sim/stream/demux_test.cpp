@@ -43,6 +43,17 @@ TEST(Demux, LosesNothingInFrontOfTheTables)
     EXPECT_EQ(PesOf(Drain(demux), Audio), std::vector<Bytes>{audio});
 }
 
+TEST(Demux, NamesMayComeLate)
+{
+    StreamBuilder builder;
+    AddTables(builder).Null(2000);
+    builder.Section(0x1000, MakePmt(1, Video, {}, 1)).Section(0x0011, MakeSdt(1, "Late"));
+    Demux const demux(InMemory(builder.Stream()));
+    ASSERT_TRUE(demux.Current());
+    EXPECT_EQ(demux.Current()->name, "Late");
+    EXPECT_EQ(demux.Current()->version, 0) << "as it is at the start";
+}
+
 TEST(Demux, LoopingDamagesNothing)
 {
     // The counters do not meet at the seam, and the stream begins in the middle of a packet.

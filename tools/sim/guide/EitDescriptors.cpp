@@ -1,6 +1,6 @@
 #include "guide/EitDescriptors.h"
 
-#include "guide/DvbText.h"
+#include "stream/DvbText.h"
 
 #include <algorithm>
 #include <array>

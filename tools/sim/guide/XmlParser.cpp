@@ -1,7 +1,7 @@
 #include "guide/XmlParser.h"
 
-#include "guide/CharacterSet.h"
 #include "guide/GuideError.h"
+#include "stream/CharacterSet.h"
 
 #include <expat.h>
 #include <new>

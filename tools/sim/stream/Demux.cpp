@@ -21,15 +21,20 @@ Demux::Demux(std::unique_ptr<PacketSource> source) : m_source(std::move(source))
     FollowStreams();
 }
 
-/// Reads the tables first, so that no PES packet in front of them is lost.
+/// Reads the tables first, so that no PES packet in front of them is lost. Names may come seconds after the
+/// rest, which then stays as it was at the start.
 void Demux::FindProgrammes()
 {
     TsBytes bytes;
-    for (std::uint64_t count = 0; count < MaxPacketsToSearch && !m_tables.IsComplete(); ++count) {
-        if (!m_source->Read(bytes))
+    for (std::uint64_t count = 0; count < MaxPacketsToSearch && m_source->Read(bytes); ++count) {
+        bool const isComplete = m_tables.IsComplete();
+        if (isComplete && m_tables.HasNames()) {
             break;
-        if (auto const packet = ParseTsPacket(bytes))
+        }
+        auto const packet = ParseTsPacket(bytes);
+        if (packet && (!isComplete || packet->pid == ProgrammeTable::SdtPid)) {
             m_tables.Push(*packet);
+        }
     }
     m_tables.Restart();
     m_source->Rewind();

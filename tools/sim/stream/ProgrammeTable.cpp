@@ -7,9 +7,9 @@ namespace zviptv::sim {
 namespace {
 
 constexpr std::uint16_t PatPid = 0x0000;
-constexpr std::uint16_t SdtPid = 0x0011;
 constexpr std::uint8_t PatTable = 0x00;
 constexpr std::uint8_t PmtTable = 0x02;
+constexpr std::uint8_t SdtActual = 0x42;
 
 /// At most MaxProgrammes, each number once.
 std::vector<PatEntry> Trim(std::vector<PatEntry> const& entries)
@@ -35,9 +35,14 @@ bool ProgrammeTable::Push(TsPacket const& packet)
     if (assembler == m_assemblers.end())
         return false;
     bool changed = false;
-    for (auto const& section : assembler->second.Push(packet))
-        if (IsCurrent(section))
-            changed = PushSection(packet.pid, section) || changed;
+    std::uint64_t const damaged = assembler->second.Damaged();
+    auto sections = assembler->second.Push(packet);
+    m_damaged += assembler->second.Damaged() - damaged;
+    for (auto& section : sections) {
+        if (IsCurrent(section)) {
+            changed = PushSection(packet.pid, std::move(section)) || changed;
+        }
+    }
     if (changed)
         Collect();
     return changed;
@@ -61,22 +66,26 @@ bool ProgrammeTable::IsComplete() const
     return m_havePat && m_programmes.size() == m_entries.size();
 }
 
-bool ProgrammeTable::PushSection(std::uint16_t pid, ByteView section)
+bool ProgrammeTable::PushSection(std::uint16_t pid, std::vector<std::uint8_t> section)
 {
-    if (pid == PatPid && section[0] == PatTable)
-        return PushPat(section);
-    if (pid == SdtPid)
-        return PushSdt(section);
-    return section[0] == PmtTable && PushPmt(pid, section);
+    std::uint8_t const table = section[0];
+    if (pid == PatPid && table == PatTable) {
+        return PushPat(std::move(section));
+    }
+    if (pid == SdtPid) {
+        return table == SdtActual && PushSdt(std::move(section));
+    }
+    return table == PmtTable && PushPmt(pid, std::move(section));
 }
 
-bool ProgrammeTable::PushPat(ByteView section)
+bool ProgrammeTable::PushPat(std::vector<std::uint8_t> section)
 {
-    auto const entries = m_patDecoder.Push(section);
-    if (!entries)
+    auto const* const table = HasWholePatEntries(section) ? m_pat.Push(std::move(section)) : nullptr;
+    if (table == nullptr) {
         return false;
+    }
     m_havePat = true;
-    m_entries = Trim(*entries);
+    m_entries = Trim(ParsePat(*table));
     FollowPmtPids();
     return true;
 }
@@ -84,13 +93,13 @@ bool ProgrammeTable::PushPat(ByteView section)
 /// Drops the programmes that are gone or have moved, and listens to the PIDs of the others.
 void ProgrammeTable::FollowPmtPids()
 {
-    std::map<std::uint16_t, std::unique_ptr<Pmt>> pmts;
+    std::map<std::uint16_t, Pmt> pmts;
     std::set<std::uint16_t> pids{PatPid, SdtPid};
     for (PatEntry const& entry : m_entries) {
         pids.insert(entry.pid);
-        auto& old = m_pmts[entry.programme];
-        bool const moved = old && old->programme && old->programme->pmtPid != entry.pid;
-        pmts[entry.programme] = old && !moved ? std::move(old) : std::make_unique<Pmt>(entry.programme);
+        Pmt& old = m_pmts[entry.programme];
+        bool const moved = old.programme && old.programme->pmtPid != entry.pid;
+        pmts[entry.programme] = moved ? Pmt() : std::move(old);
     }
     m_pmts = std::move(pmts);
 
@@ -100,29 +109,33 @@ void ProgrammeTable::FollowPmtPids()
         m_assemblers.try_emplace(pid);
 }
 
-bool ProgrammeTable::PushPmt(std::uint16_t pid, ByteView section)
+bool ProgrammeTable::PushPmt(std::uint16_t pid, std::vector<std::uint8_t> section)
 {
-    std::uint16_t const number = section.U16(3);
+    std::uint16_t const number = ByteView(section).U16(3);
     bool const expected = std::any_of(m_entries.begin(), m_entries.end(), [=](PatEntry const& entry) {
         return entry.programme == number && entry.pid == pid;
     });
-    if (!expected)
+    if (!expected || !HasWholePmtHead(section)) {
         return false;
-    Pmt& pmt = *m_pmts.at(number);
-    auto programme = pmt.decoder.Push(section);
-    if (!programme)
+    }
+    Pmt& pmt = m_pmts[number];
+    auto const* const table = pmt.table.Push(std::move(section));
+    if (table == nullptr) {
         return false;
-    programme->pmtPid = pid;
-    pmt.programme = std::move(programme);
+    }
+    pmt.programme = ParsePmt(*table);
+    pmt.programme->pmtPid = pid;
     return true;
 }
 
-bool ProgrammeTable::PushSdt(ByteView section)
+bool ProgrammeTable::PushSdt(std::vector<std::uint8_t> section)
 {
-    auto names = m_sdtDecoder.Push(section);
-    if (!names)
+    auto const* const table = HasWholeSdtHead(section) ? m_sdt.Push(std::move(section)) : nullptr;
+    if (table == nullptr) {
         return false;
-    m_names = std::move(*names);
+    }
+    m_haveSdt = true;
+    m_names = ParseSdt(*table);
     return true;
 }
 
@@ -130,7 +143,7 @@ void ProgrammeTable::Collect()
 {
     m_programmes.clear();
     for (PatEntry const& entry : m_entries) {
-        auto const& programme = m_pmts.at(entry.programme)->programme;
+        auto const& programme = m_pmts.at(entry.programme).programme;
         if (!programme)
             continue;
         m_programmes.push_back(*programme);

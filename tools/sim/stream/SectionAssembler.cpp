@@ -63,8 +63,11 @@ void SectionAssembler::Append(ByteView bytes, Sections& done)
         bytes = bytes.Part(piece.Size());
         if (m_bytes.size() < HeadSize || m_bytes.size() < Wanted())
             continue;
-        if (IsSoundSection(m_bytes, m_rules))
+        if (IsSoundSection(m_bytes, m_rules)) {
             done.push_back(m_bytes);
+        } else {
+            ++m_damaged;
+        }
         Drop();
     }
 }
