@@ -155,11 +155,52 @@ TEST(VideoFormat, Hevc)
     ExpectFormat(Parse(VideoCodec::Hevc,
                        "0000000142010101600000030090000003000003007ba003c08010e596566924caf016808000"
                        "0003008000001904"),
-                 1920, 1080, {0, 0}, {0, 0}, false);
+                 1920, 1080, {50, 1}, {16, 9}, false);
     ExpectFormat(Parse(VideoCodec::Hevc,
                        "000000014201010408000003009d0800000300005ab006b201e1d796566924caf01680800000"
                        "03008000000c84"),
-                 854, 480, {0, 0}, {0, 0}, false);
+                 854, 480, {25, 1}, {427, 240}, false);
+}
+
+TEST(VideoFormat, HevcWithEverythingInFrontOfTheTiming)
+{
+    BitWriter set;
+    auto const codes = [&set](unsigned count) {
+        for (unsigned i = 0; i < count; ++i) {
+            set.Ue(1);
+        }
+    };
+    auto const profile = [&set] { set.Bits(UINT64_MAX, 64).Bits(UINT64_MAX, 32); };
+    set.Bits(0, 4).Bits(1, 3).Bits(1, 1); // two temporal layers
+    profile();
+    set.Bits(3, 2).Bits(0x3FFF, 14);
+    profile();
+    set.Ue(0).Ue(3).Bits(1, 1).Ue(320).Ue(240); // planes coded one by one
+    set.Bits(1, 1).Ue(1).Ue(2).Ue(3).Ue(4);     // crop 3 columns, 7 rows
+    set.Ue(2).Ue(2).Ue(4).Bits(1, 1);           // picture order has 8 bits
+    codes(6 + 6);                               // buffers of both layers, block sizes
+    set.Bits(3, 2);                             // scaling lists:
+    for (unsigned size = 0; size < 4; ++size) { // the first of every size is a copy
+        set.Bits(0, 1).Ue(1);
+        for (unsigned list = 1; list < (size == 3 ? 2 : 6); ++list) {
+            set.Bits(1, 1);
+            codes((size == 0 ? 16u : 64u) + (size >= 2 ? 1u : 0u));
+        }
+    }
+    set.Bits(3, 2).Bits(1, 1).Bits(0x77, 8).Ue(0).Ue(1).Bits(1, 1); // uncoded blocks
+    set.Ue(3).Ue(2).Ue(1);                                          // three sets of reference pictures: three
+    set.Ue(0).Bits(1, 1).Ue(0).Bits(1, 1).Ue(0).Bits(1, 1);         // pictures,
+    set.Bits(1, 1).Bits(1, 1).Ue(0).Bits(0b1'01'00'1, 6);           // three of these four,
+    set.Bits(1, 1).Bits(0, 1).Ue(0).Bits(0b1111, 4);                // and those and one more
+    set.Bits(1, 1).Ue(2).Bits(0x5A, 8).Bits(1, 1).Bits(0x5A, 8).Bits(0, 1); // long-term pictures
+    set.Bits(3, 2).Bits(1, 1);
+    set.Bits(1, 1).Bits(255, 8).Bits(4, 16).Bits(3, 16).Bits(3, 2); // pixels are 4:3
+    set.Bits(1, 1).Bits(0b0101'1, 5).Bits(0x010101, 24).Bits(1, 1).Ue(1).Ue(1);
+    set.Bits(0, 3).Bits(1, 1);
+    codes(4); // a display window
+    set.Bits(1, 1).Bits(0x01010101, 32).Bits(0x19191919, 32);
+    Bytes const pes = MakePes(1, Bytes{0, 0, 1, 0x42, 0x01} + set.Take(), true, {}, 0xE0);
+    ExpectFormat(ParseVideoFormat(VideoCodec::Hevc, pes), 317, 233, {25, 1}, {1268, 699}, false);
 }
 
 TEST(VideoFormat, NothingWithoutASequenceHead)

@@ -1,12 +1,11 @@
-#include "stream/BitReader.h"
+#include "stream/H264Sps.h"
+
 #include "stream/NalUnit.h"
-#include "stream/SequenceHeads.h"
+#include "stream/VideoUsability.h"
 
 namespace zviptv::sim {
 
 namespace {
-
-constexpr std::uint32_t LargestSide = 16384;
 
 bool HasChromaFormat(std::uint32_t profile)
 {
@@ -92,56 +91,13 @@ bool ReadSize(BitReader& bits, std::uint32_t chroma, VideoFormat& format)
     std::uint64_t const unitY = (chroma == 1 ? 2u : 1u) * (framesOnly ? 1u : 2u);
     std::uint64_t const cropX = (crop[0] + crop[1]) * unitX;
     std::uint64_t const cropY = (crop[2] + crop[3]) * unitY;
-    if (!bits.Ok() || width > LargestSide || height > LargestSide || cropX >= width || cropY >= height)
+    if (!bits.Ok() || width > LargestVideoSide || height > LargestVideoSide || cropX >= width ||
+        cropY >= height)
         return false;
     format.width = static_cast<std::uint32_t>(width - cropX);
     format.height = static_cast<std::uint32_t>(height - cropY);
     format.interlaced = !framesOnly;
     return true;
-}
-
-Ratio PixelAspectOf(BitReader& bits)
-{
-    constexpr Ratio Aspects[] = {{0, 0},   {1, 1},    {12, 11}, {10, 11}, {16, 11}, {40, 33},
-                                 {24, 11}, {20, 11},  {32, 11}, {80, 33}, {18, 11}, {15, 11},
-                                 {64, 33}, {160, 99}, {4, 3},   {3, 2},   {2, 1}};
-    constexpr std::uint32_t Extended = 255;
-    std::uint32_t const code = bits.Bits(8);
-    if (code == Extended) {
-        std::uint32_t const horizontal = bits.Bits(16);
-        return {horizontal, bits.Bits(16)};
-    }
-    return code < std::size(Aspects) ? Aspects[code] : Ratio{};
-}
-
-/// Aspect and frame rate; what is cut off stays untold.
-void ReadUsability(BitReader& bits, VideoFormat& format)
-{
-    if (bits.Flag()) {
-        Ratio const pixel = PixelAspectOf(bits);
-        if (bits.Ok() && pixel.numerator != 0)
-            format.displayAspect = Reduce(std::uint64_t{format.width} * pixel.numerator,
-                                          std::uint64_t{format.height} * pixel.denominator);
-    }
-    if (bits.Flag()) // overscan
-        bits.Skip(1);
-    if (bits.Flag()) // video signal
-    {
-        bits.Skip(4);
-        if (bits.Flag())
-            bits.Skip(24);
-    }
-    if (bits.Flag()) // chroma location
-    {
-        bits.Ue();
-        bits.Ue();
-    }
-    if (!bits.Flag()) // timing
-        return;
-    std::uint32_t const fieldTicks = bits.Bits(32);
-    std::uint32_t const scale = bits.Bits(32);
-    if (bits.Ok())
-        format.frameRate = Reduce(scale, std::uint64_t{fieldTicks} * 2);
 }
 
 } // namespace
@@ -166,8 +122,10 @@ std::optional<VideoFormat> ParseH264Sps(ByteView bytes)
     if (chroma > 3 || !ReadSize(bits, chroma, format))
         return std::nullopt;
     format.displayAspect = Reduce(format.width, format.height); // square pixels unless told otherwise
-    if (bits.Flag())
-        ReadUsability(bits, format);
+    if (bits.Flag()) {
+        ReadDisplay(bits, format);
+        ReadTiming(bits, 2, format); // fields have a tick each
+    }
     return format;
 }
 

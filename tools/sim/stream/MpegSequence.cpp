@@ -1,6 +1,7 @@
+#include "stream/MpegSequence.h"
+
 #include "stream/BitReader.h"
 #include "stream/NalUnit.h"
-#include "stream/SequenceHeads.h"
 
 namespace zviptv::sim {
 

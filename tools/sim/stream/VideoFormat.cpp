@@ -1,7 +1,9 @@
 #include "stream/VideoFormat.h"
 
+#include "stream/H264Sps.h"
+#include "stream/HevcSps.h"
+#include "stream/MpegSequence.h"
 #include "stream/PesHeader.h"
-#include "stream/SequenceHeads.h"
 
 #include <limits>
 #include <numeric>
