@@ -34,8 +34,9 @@ void ExpectOrder(Guide const& guide)
         if (i == 0)
             continue;
         auto const& before = guide.At(i - 1);
-        ASSERT_LE(before.service, entry.service);
-        if (before.service == entry.service) {
+        std::uint64_t const service = guide.ServiceAt(i).id;
+        ASSERT_LE(guide.ServiceAt(i - 1).id, service);
+        if (guide.ServiceAt(i - 1).id == service) {
             ASSERT_LE(before.Stop(), entry.start);
         }
     }
@@ -49,7 +50,7 @@ void ExpectQueries(Guide const& guide, std::uint64_t service, std::uint32_t time
     std::uint32_t count = 0;
     for (std::uint32_t i = 0; i < guide.All().count; ++i) {
         auto const& entry = guide.At(i);
-        if (guide.ServiceOf(entry).id != service)
+        if (guide.ServiceAt(i).id != service)
             continue;
         if (entry.start <= time && time < entry.Stop())
             present = i;
@@ -85,7 +86,7 @@ TEST(GuideProperty, EveryProgrammeIsFoundByItsIds)
         auto const guide = RandomGuide(random);
         for (std::uint32_t i = 0; i < guide->All().count; ++i) {
             auto const& entry = guide->At(i);
-            std::uint64_t const service = guide->ServiceOf(entry).id;
+            std::uint64_t const service = guide->ServiceAt(i).id;
             ASSERT_EQ(guide->Find(entry.eventId), i);
             ASSERT_EQ(guide->Find(service, entry.eventId), i);
             ASSERT_EQ(guide->Find({service, static_cast<std::uint16_t>(entry.eventId), entry.start}), i);

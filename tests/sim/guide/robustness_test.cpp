@@ -18,7 +18,7 @@ void ExpectSound(sim::Guide const& guide)
         std::string const json = sim::ProgrammeJson(guide, i);
         ASSERT_TRUE(IsUtf8(json));
         ASSERT_EQ(ParseJson(json)["start_time"].asUInt(), guide.At(i).start);
-        ASSERT_EQ(guide.Present(guide.ServiceOf(guide.At(i)).id, guide.At(i).start), i);
+        ASSERT_EQ(guide.Present(guide.ServiceAt(i).id, guide.At(i).start), i);
         ASSERT_TRUE(guide.Find(guide.At(i).eventId));
     }
 }

@@ -30,7 +30,7 @@ TEST_F(SampleGuide, HasThreeServicesWithOrWithoutTheStreamsNames)
     auto const names = [](sim::Guide const& guide) {
         std::vector<std::string> result;
         for (auto const& service : guide.Services())
-            result.push_back(std::to_string(service.id) + " " + std::string(guide.Text(service.name)));
+            result.push_back(std::to_string(service.id) + " " + service.name);
         return result;
     };
     auto const expected = ElementsAre("1 ZV Sample One", "2 ZV Beispiel Zwei", "3 ZV Exemple Trois");

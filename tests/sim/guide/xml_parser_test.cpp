@@ -47,7 +47,7 @@ TEST(XmlParser, ExternalDtdIsNotFetchedAndItsEntitiesStayAsWritten)
     auto const loaded =
         ReadText("<!DOCTYPE tv SYSTEM \"/nowhere/xmltv.dtd\">" +
                  Tv(Programme("1", "2026", "", "<title>Caf&eacute; &amp; Bar</title>")).substr(38));
-    EXPECT_EQ(loaded.guide->Text(loaded.guide->TextAt(0).text), "Caf&eacute; & Bar");
+    EXPECT_EQ(loaded.guide->At(0).main.title, "Caf&eacute; & Bar");
 }
 
 TEST(XmlParser, UndeclaredEntityWithoutDtdIsAnError)
@@ -91,7 +91,7 @@ TEST(XmlParser, OtherEncodings)
 {
     auto const title = [](std::string const& xml) {
         auto const loaded = ReadText(xml);
-        return std::string(loaded.guide->Text(loaded.guide->TextAt(0).text));
+        return loaded.guide->At(0).main.title;
     };
     auto const document = [](std::string const& encoding, std::string const& text) {
         return "<?xml version=\"1.0\" encoding=\"" + encoding + "\"?><tv>" +
@@ -114,7 +114,7 @@ TEST(XmlParser, Utf16)
     xml.insert(xml.find('A') + 2, "\x3D\xD8\x00\xDE", 4); // one character outside the base plane
     xml.replace(xml.find(std::string("<\0/\0p\0", 6)), 0, std::string("<\0/\0t\0i\0t\0l\0e\0>\0", 16));
     auto const loaded = ReadText(xml);
-    EXPECT_EQ(loaded.guide->Text(loaded.guide->TextAt(0).text), "A😀");
+    EXPECT_EQ(loaded.guide->At(0).main.title, "A😀");
 }
 
 } // namespace

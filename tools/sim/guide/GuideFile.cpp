@@ -6,7 +6,7 @@
 
 #include <cerrno>
 #include <fcntl.h>
-#include <stdexcept>
+#include <new>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -74,8 +74,6 @@ LoadedGuide ReadGuide(std::string const& name, ReadBytes const& read, ServiceNam
     try {
         XmltvReader(name, builder, loaded.warnings).Read(read);
         loaded.guide = builder.Build(serviceNames, loaded.warnings);
-    } catch (std::length_error const& error) {
-        throw GuideError(name + ": " + error.what());
     } catch (std::bad_alloc const&) {
         throw GuideError(name + ": not enough memory");
     }

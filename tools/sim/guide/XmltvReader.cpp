@@ -13,7 +13,7 @@ namespace zviptv::sim {
 namespace {
 
 constexpr std::size_t MaxIdSize = 1024;
-constexpr std::size_t MaxLanguageSize = 64; // the builder takes less
+constexpr std::size_t MaxLanguageSize = 64; // Describe() takes less
 
 // Depth of elements: 1 tv, 2 channel or programme, 3 what these are made of, 4 a rating's value.
 constexpr unsigned ItemDepth = 2;
@@ -150,9 +150,9 @@ void XmltvReader::EndText()
 void XmltvReader::AddText(GuideField field, std::string_view text, std::string_view language)
 {
     std::size_t const count = m_draft.texts.size();
-    if (count < GuideBuilder::MaxTexts && (!text.empty() || field == GuideField::RatingSystem))
+    if (count < MaxTexts && (!text.empty() || field == GuideField::RatingSystem))
         m_draft.texts.push_back({field, std::string(language), std::string(CutUtf8(text, MaxTextSize))});
-    else if (count == GuideBuilder::MaxTexts)
+    else if (count == MaxTexts)
         Warn("programme with more than 1000 texts, cut");
 }
 
@@ -179,7 +179,7 @@ void XmltvReader::EndProgramme()
                                       [](auto const& text) { return text.field == GuideField::Title; });
     if (!hasTitle)
         Warn("programme without title");
-    m_builder.AddProgramme(m_draft);
+    m_builder.AddProgramme(std::move(m_draft));
 }
 
 } // namespace zviptv::sim

@@ -1,7 +1,5 @@
 #include "guide/XmltvText.h"
 
-#include "guide/TextPool.h"
-
 namespace zviptv::sim {
 
 namespace {
@@ -24,6 +22,17 @@ void TidyText(std::string& text)
     if (size > 0 && text[size - 1] == ' ')
         --size;
     text.resize(size);
+}
+
+std::string_view CutUtf8(std::string_view text, std::size_t limit)
+{
+    if (text.size() <= limit) {
+        return text;
+    }
+    while (limit > 0 && (static_cast<unsigned char>(text[limit]) & 0xC0) == 0x80) {
+        --limit;
+    }
+    return text.substr(0, limit);
 }
 
 std::string Quoted(std::string_view text)

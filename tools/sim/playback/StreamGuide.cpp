@@ -47,7 +47,7 @@ void ListServices(PlayerOptions const& stream, std::string const& path)
     } else {
         std::shared_ptr<Guide const> const guide = LoadGuideOf(player, path).guide;
         for (GuideService const& service : guide->Services()) {
-            Print(service.id, std::string(guide->Text(service.name)));
+            Print(service.id, service.name);
         }
     }
     RequireOutput();
