@@ -1,6 +1,6 @@
 #include "TestSupport.h"
 
-#include "guide/GuideError.h"
+#include "guide/GuideProblems.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,5 +1,5 @@
 #include "TestSupport.h"
-#include "guide/GuideError.h"
+#include "guide/GuideProblems.h"
 #include "guide/ProgrammeGuide.h"
 
 #include <gmock/gmock.h>

@@ -2,8 +2,8 @@
 #include "TestSupport.h"
 #include "guide/EitGuide.h"
 #include "guide/EitReader.h"
-#include "guide/GuideError.h"
 #include "guide/GuideJson.h"
+#include "guide/GuideProblems.h"
 
 #include <gtest/gtest.h>
 #include <random>

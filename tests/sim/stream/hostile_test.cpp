@@ -2,7 +2,6 @@
 #include "StreamTestSupport.h"
 
 #include "stream/PesHeader.h"
-#include "stream/StreamError.h"
 #include "stream/TsReader.h"
 #include "stream/VideoFormat.h"
 

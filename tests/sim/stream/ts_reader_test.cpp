@@ -1,6 +1,5 @@
 #include "StreamTestSupport.h"
 
-#include "stream/StreamError.h"
 #include "stream/TsReader.h"
 
 #include <filesystem>

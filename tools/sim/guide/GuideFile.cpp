@@ -1,7 +1,7 @@
 #include "guide/GuideFile.h"
 
 #include "guide/GuideBuilder.h"
-#include "guide/GuideError.h"
+#include "guide/GuideProblems.h"
 #include "guide/XmltvReader.h"
 
 #include <cerrno>

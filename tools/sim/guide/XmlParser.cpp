@@ -1,6 +1,6 @@
 #include "guide/XmlParser.h"
 
-#include "guide/GuideError.h"
+#include "guide/GuideProblems.h"
 #include "stream/CharacterSet.h"
 
 #include <expat.h>

@@ -1,7 +1,5 @@
 #include "Player.h"
 
-#include "stream/StreamError.h"
-
 #include <utility>
 
 namespace zviptv::sim {

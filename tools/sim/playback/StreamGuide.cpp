@@ -1,7 +1,7 @@
 #include "StreamGuide.h"
 
 #include "StandardStreams.h"
-#include "guide/GuideError.h"
+#include "guide/GuideProblems.h"
 
 #include <cstdio>
 #include <stdexcept>

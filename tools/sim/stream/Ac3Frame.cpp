@@ -1,4 +1,5 @@
-#include "stream/AudioFrames.h"
+#include "stream/Ac3Frame.h"
+
 #include "stream/BitReader.h"
 
 namespace zviptv::sim {

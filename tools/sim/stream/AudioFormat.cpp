@@ -1,6 +1,8 @@
 #include "stream/AudioFormat.h"
 
-#include "stream/AudioFrames.h"
+#include "stream/AacFrame.h"
+#include "stream/Ac3Frame.h"
+#include "stream/MpegAudioFrame.h"
 #include "stream/PesHeader.h"
 
 namespace zviptv::sim {

@@ -1,4 +1,5 @@
-#include "stream/AudioFrames.h"
+#include "stream/MpegAudioFrame.h"
+
 #include "stream/BitReader.h"
 
 namespace zviptv::sim {

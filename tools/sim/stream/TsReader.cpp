@@ -1,7 +1,5 @@
 #include "stream/TsReader.h"
 
-#include "stream/StreamError.h"
-
 #include <fcntl.h>
 #include <sys/stat.h>
 

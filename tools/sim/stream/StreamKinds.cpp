@@ -1,4 +1,4 @@
-#include "stream/Programme.h"
+#include "stream/StreamKinds.h"
 
 namespace zviptv::sim {
 
