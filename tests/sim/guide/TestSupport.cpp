@@ -70,8 +70,9 @@ TempFile::TempFile(std::string const& content)
     char const* const folder = std::getenv("TMPDIR");
     m_path = std::string(folder ? folder : "/tmp") + "/zviptv-guide-XXXXXX";
     int const file = mkstemp(m_path.data());
-    if (file < 0)
+    if (file < 0) {
         throw std::runtime_error("no temporary file");
+    }
     close(file);
     std::ofstream(m_path, std::ios::binary) << content;
 }

@@ -17,9 +17,11 @@ constexpr std::uint64_t MiB = 1024 * 1024;
 std::uint64_t StatusField(std::string const& name)
 {
     std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);)
-        if (line.compare(0, name.size(), name) == 0)
+    for (std::string line; std::getline(status, line);) {
+        if (line.compare(0, name.size(), name) == 0) {
             return std::stoull(line.substr(name.size() + 1)) * 1024;
+        }
+    }
     return 0;
 }
 
@@ -39,12 +41,14 @@ std::uint64_t Megabytes()
 
 TEST(BigGuide, PeakMemoryIsBelowTwiceTheFile)
 {
-    if (UnderAddressSanitizer || UnderThreadSanitizer)
+    if (UnderAddressSanitizer || UnderThreadSanitizer) {
         GTEST_SKIP() << "sanitizers keep freed memory; peaks mean nothing";
+    }
     TempFile const file;
     auto const written = WriteGuide(file.Path(), Megabytes() * 1'000'000);
-    if (!ResetPeak())
+    if (!ResetPeak()) {
         GTEST_SKIP() << "the kernel does not let the peak be reset";
+    }
     std::uint64_t const before = StatusField("VmRSS:");
 
     auto const begin = std::chrono::steady_clock::now();

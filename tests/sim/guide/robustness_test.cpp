@@ -90,8 +90,9 @@ TEST(Robustness, AnyEitSectionGivesASoundGuide)
                 MakeDescriptor(static_cast<std::uint8_t>(0x4D + random() % 9), Noise(random() % 30));
             events = events + MakeEvent(parts);
         }
-        for (auto changes = random() % 20; changes > 0; --changes)
+        for (auto changes = random() % 20; changes > 0; --changes) {
             events[random() % events.size()] = static_cast<std::uint8_t>(random());
+        }
         EitSectionParts section;
         section.service = static_cast<std::uint16_t>(random() % 8);
         section.table = static_cast<std::uint8_t>(0x4E + random() % 20);

@@ -93,8 +93,9 @@ TEST(XmltvReader, InvalidDatesAreWarningsWithLines)
 TEST(XmltvReader, ManyWarningsAreCountedAndTheFirstKept)
 {
     std::string programmes;
-    for (int i = 0; i < 1000; ++i)
+    for (int i = 0; i < 1000; ++i) {
         programmes += Programme("1", "never", "");
+    }
     auto const loaded = ReadText(Tv(programmes));
     EXPECT_EQ(loaded.warnings.Count(), 1000u);
     EXPECT_THAT(loaded.warnings.First(), SizeIs(sim::GuideWarnings::MaxKept));
@@ -127,8 +128,9 @@ TEST(XmltvReader, AbsurdTextsAreCut)
 TEST(XmltvReader, TooManyTextsAreLeftOut)
 {
     std::string genres = "<title>T</title>";
-    for (int i = 0; i < 1200; ++i)
+    for (int i = 0; i < 1200; ++i) {
         genres += "<category>" + std::to_string(i) + "</category>";
+    }
     auto const loaded = ReadText(Tv(Programme("1", "2026", "", genres)), {}, 4096);
     EXPECT_THAT(loaded.guide->At(0).main.genres, SizeIs(999));
     EXPECT_EQ(loaded.warnings.Count(), 201u);
@@ -176,8 +178,9 @@ TEST(XmltvReader, PiecesOfAnySizeGiveTheSame)
         return all;
     };
     auto const whole = texts(65536);
-    for (std::size_t step : {1u, 2u, 3u, 13u, 1000u})
+    for (std::size_t step : {1u, 2u, 3u, 13u, 1000u}) {
         EXPECT_EQ(texts(step), whole) << step;
+    }
 }
 
 TEST(CutUtf8, StaysBetweenCharacters)

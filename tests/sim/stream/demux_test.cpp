@@ -77,8 +77,9 @@ TEST(Demux, RewindInTheMiddleDropsWhatWasNotTaken)
 {
     StreamBuilder builder;
     AddTables(builder).Pcr(Video, 0);
-    for (std::uint8_t i = 0; i < 5; ++i)
+    for (std::uint8_t i = 0; i < 5; ++i) {
         builder.Pes(Audio, MakePes(i, {i}));
+    }
     builder.Pcr(Video, 27'000'000);
     Demux demux(InMemory(builder.Stream()));
     auto const first = demux.Next();
@@ -196,8 +197,9 @@ TEST(Demux, TablesThatComeLateAreUsedFromThereOn)
     AddTables(tail).Pes(Audio, MakePes(2, {2}));
     Bytes stream = head.Stream();
     Bytes const null = MakePacket({0x1FFF, 0, false, Bytes(184, 0), false, false, false, {}});
-    for (int i = 0; i < 50'000; ++i)
+    for (int i = 0; i < 50'000; ++i) {
         stream.insert(stream.end(), null.begin(), null.end());
+    }
     Demux demux(InMemory(stream + tail.Stream()));
     EXPECT_FALSE(demux.Current()) << "further than the tables are looked for";
     auto const events = Drain(demux);

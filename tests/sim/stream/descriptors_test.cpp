@@ -54,8 +54,9 @@ TEST(Descriptors, SubtitlePagesKeepAllTheirEntries)
 TEST(Descriptors, FiftyOneTeletextPagesAreNotTooMany)
 {
     Bytes data;
-    for (std::uint8_t page = 0; page < 51; ++page) // 255 bytes, all that a descriptor holds
+    for (std::uint8_t page = 0; page < 51; ++page) { // 255 bytes, all that a descriptor holds
         data = data + Bytes{'e', 'n', 'g', 0x11, page};
+    }
     auto const pages = ParseTeletextPages(data);
     ASSERT_EQ(pages.size(), 51u);
     EXPECT_EQ(pages.back().page, 50);

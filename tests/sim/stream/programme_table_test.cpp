@@ -25,8 +25,9 @@ protected:
     std::vector<std::uint16_t> Numbers() const
     {
         std::vector<std::uint16_t> numbers;
-        for (auto const& programme : m_tables.Programmes())
+        for (auto const& programme : m_tables.Programmes()) {
             numbers.push_back(programme.number);
+        }
         return numbers;
     }
 
@@ -187,7 +188,8 @@ TEST_F(Tables, AFloodOfProgrammesIsBounded)
         }
         Send(0x0000, MakeSection(0x00, 1, 0, body, section, 7));
     }
-    for (std::uint16_t number = 1; number <= 300; ++number)
+    for (std::uint16_t number = 1; number <= 300; ++number) {
         Send(0x1000, MakePmt(number, 0x100, {}));
+    }
     EXPECT_EQ(Numbers().size(), ProgrammeTable::MaxProgrammes);
 }

@@ -14,8 +14,9 @@ namespace {
 Bytes FromHex(std::string const& text)
 {
     Bytes bytes;
-    for (std::size_t i = 0; i + 1 < text.size(); i += 2)
+    for (std::size_t i = 0; i + 1 < text.size(); i += 2) {
         bytes.push_back(static_cast<std::uint8_t>(std::stoul(text.substr(i, 2), nullptr, 16)));
+    }
     return bytes;
 }
 
@@ -43,16 +44,18 @@ class BitWriter
 public:
     BitWriter& Bits(std::uint64_t value, unsigned count)
     {
-        for (unsigned i = count; i > 0; --i)
+        for (unsigned i = count; i > 0; --i) {
             m_bits += (value >> (i - 1)) & 1 ? '1' : '0';
+        }
         return *this;
     }
 
     BitWriter& Ue(std::uint64_t value)
     {
         unsigned length = 0;
-        while ((value + 1) >> (length + 1))
+        while ((value + 1) >> (length + 1)) {
             ++length;
+        }
         return Bits(0, length).Bits(value + 1, length + 1);
     }
 
@@ -60,8 +63,9 @@ public:
     {
         Bytes bytes;
         std::string const padded = m_bits + "1" + std::string(7, '0');
-        for (std::size_t i = 0; i + 8 <= padded.size(); i += 8)
+        for (std::size_t i = 0; i + 8 <= padded.size(); i += 8) {
             bytes.push_back(static_cast<std::uint8_t>(std::stoul(padded.substr(i, 8), nullptr, 2)));
+        }
         return bytes;
     }
 
@@ -101,8 +105,9 @@ TEST(VideoFormat, H264WithScalingListsAndPictureOrderOne)
     set.Bits(100, 8).Bits(0, 16).Ue(0);
     set.Ue(1).Ue(0).Ue(0).Bits(0, 1).Bits(1, 1); // 4:2:0, 8 bits, a scaling matrix:
     set.Bits(1, 1);                              // the first list is sent: 16 equal steps of 0
-    for (int i = 0; i < 16; ++i)
+    for (int i = 0; i < 16; ++i) {
         set.Ue(0);
+    }
     set.Bits(0, 7);                                           // the other seven are not
     set.Ue(4).Ue(1).Bits(0, 1).Ue(0).Ue(0).Ue(2).Ue(1).Ue(2); // picture order 1, a cycle of two
     set.Ue(4).Bits(0, 1).Ue(19).Ue(14).Bits(1, 1).Bits(1, 1); // 20 x 15 macroblocks

@@ -37,13 +37,15 @@ EitEvent ParseEvent(ByteView bytes, std::uint16_t serviceId)
 std::vector<EitEvent> ParseEitEvents(ByteView section)
 {
     std::vector<EitEvent> events;
-    if (section.Size() < HeadSize + CrcSize)
+    if (section.Size() < HeadSize + CrcSize) {
         return events;
+    }
     ByteView rest = section.Part(HeadSize, section.Size() - HeadSize - CrcSize);
     while (rest.Size() >= EventHeadSize) {
         std::size_t const size = EventHeadSize + (rest.U16(10) & 0x0FFFu);
-        if (size > rest.Size())
+        if (size > rest.Size()) {
             break;
+        }
         events.push_back(ParseEvent(rest.Part(0, size), section.U16(3)));
         rest = rest.Part(size);
     }
@@ -53,8 +55,9 @@ std::vector<EitEvent> ParseEitEvents(ByteView section)
 bool EitTable::Add(ByteView section)
 {
     bool const current = (section[5] & 0x01) != 0;
-    if (!IsOfActualStream(section[0]) || !current || section.Size() < HeadSize + CrcSize)
+    if (!IsOfActualStream(section[0]) || !current || section.Size() < HeadSize + CrcSize) {
         return false;
+    }
     std::uint8_t const version = (section[5] >> 1) & 0x1F;
     std::uint32_t const crc = section.U32(section.Size() - CrcSize);
     SubtableId const id(section.U16(3), section[0]);
@@ -62,8 +65,9 @@ bool EitTable::Add(ByteView section)
     ForgetOther(id, version);
     auto const subtable = m_subtables.find(id);
     Section const* const old = subtable == m_subtables.end() ? nullptr : subtable->second.Find(section[6]);
-    if (old ? old->crc == crc : m_sections == MaxSections)
+    if (old ? old->crc == crc : m_sections == MaxSections) {
         return false;
+    }
     m_sections += old ? 0 : 1;
     m_subtables[id].version = version;
     m_subtables[id].sections[section[6]] = {crc, ParseEitEvents(section)};
@@ -74,8 +78,9 @@ bool EitTable::Add(ByteView section)
 void EitTable::ForgetOther(SubtableId id, std::uint8_t version)
 {
     auto const known = m_subtables.find(id);
-    if (known == m_subtables.end() || known->second.version == version)
+    if (known == m_subtables.end() || known->second.version == version) {
         return;
+    }
     m_sections -= known->second.sections.size();
     m_subtables.erase(known);
 }
@@ -96,23 +101,29 @@ EitEvent const* EitTable::PresentOrFollowing(std::uint16_t serviceId, std::uint8
 std::vector<EitEvent> EitTable::Events() const
 {
     std::map<std::pair<std::uint16_t, std::uint16_t>, EitEvent> events;
-    for (auto const& [id, subtable] : m_subtables) // table 0x4E comes first
-        for (auto const& [number, section] : subtable.sections)
-            for (EitEvent const& event : section.events)
+    for (auto const& [id, subtable] : m_subtables) { // table 0x4E comes first
+        for (auto const& [number, section] : subtable.sections) {
+            for (EitEvent const& event : section.events) {
                 events.emplace(std::pair(event.serviceId, event.eventId), event);
+            }
+        }
+    }
     std::vector<EitEvent> result;
-    for (auto& [id, event] : events)
+    for (auto& [id, event] : events) {
         result.push_back(std::move(event));
+    }
     return result;
 }
 
 bool EitReader::Push(TsPacket const& packet)
 {
-    if (packet.pid != Pid)
+    if (packet.pid != Pid) {
         return false;
+    }
     bool changed = false;
-    for (auto const& section : m_sections.Push(packet))
+    for (auto const& section : m_sections.Push(packet)) {
         changed = m_table.Add(section) || changed;
+    }
     return changed;
 }
 

@@ -49,8 +49,9 @@ Json::Value ToJson(Guide const& guide, std::uint32_t position)
     object["icon"] = entry.icon;
     object["episode"] = entry.episode;
     object["translations"] = Json::Value(Json::arrayValue);
-    for (GuideVersion const& version : entry.translations)
+    for (GuideVersion const& version : entry.translations) {
         object["translations"].append(ToJson(version));
+    }
     return object;
 }
 
@@ -76,8 +77,9 @@ std::string ProgrammesJson(Guide const& guide, GuideRange range, std::size_t lar
     std::string list = "[";
     for (std::uint32_t i = 0; i < range.count; ++i) {
         std::string const programme = ProgrammeJson(guide, range.first + i);
-        if (list.size() + programme.size() + Signs > largest)
+        if (list.size() + programme.size() + Signs > largest) {
             break;
+        }
         list += (i == 0 ? "" : ",") + programme;
     }
     return list + "]";

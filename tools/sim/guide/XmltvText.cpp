@@ -16,11 +16,13 @@ void TidyText(std::string& text)
     std::size_t size = 0;
     for (char const c : text) {
         bool const needless = IsBlank(c) && (size == 0 || text[size - 1] == ' ');
-        if (!needless)
+        if (!needless) {
             text[size++] = IsBlank(c) ? ' ' : c;
+        }
     }
-    if (size > 0 && text[size - 1] == ' ')
+    if (size > 0 && text[size - 1] == ' ') {
         --size;
+    }
     text.resize(size);
 }
 

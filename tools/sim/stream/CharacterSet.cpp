@@ -19,8 +19,9 @@ public:
     Converter& operator=(Converter const&) = delete;
     ~Converter()
     {
-        if (Ok())
+        if (Ok()) {
             iconv_close(m_handle);
+        }
     }
 
     // NOLINTNEXTLINE(performance-no-int-to-ptr): so iconv_open says that there is none
@@ -93,11 +94,13 @@ std::u32string ToUnicode(char const* charset, std::string_view bytes, std::size_
 std::optional<std::array<int, 256>> ByteCharacters(char const* charset)
 {
     Converter converter(charset);
-    if (!converter.Ok())
+    if (!converter.Ok()) {
         return std::nullopt;
+    }
     std::array<int, 256> table{};
-    for (std::size_t byte = 0; byte < table.size(); ++byte)
+    for (std::size_t byte = 0; byte < table.size(); ++byte) {
         table[byte] = Character(converter, static_cast<char>(byte));
+    }
     bool const isAscii = table['<'] == '<' && table['a'] == 'a';
     bool const isWhole = std::count(table.begin(), table.end(), HalfCharacter) == 0;
     return isAscii && isWhole ? std::optional(table) : std::nullopt;

@@ -12,8 +12,9 @@ bool IsPrintable(std::uint8_t byte)
 std::string ParseLanguage(ByteView data)
 {
     std::string code;
-    for (std::size_t i = 0; i < 3; ++i)
+    for (std::size_t i = 0; i < 3; ++i) {
         code += IsPrintable(data[i]) ? static_cast<char>(data[i]) : '?';
+    }
     return code;
 }
 
@@ -22,8 +23,9 @@ template <typename Entry, typename Parse>
 std::vector<Entry> ParseEntries(ByteView data, std::size_t entrySize, Parse parse)
 {
     std::vector<Entry> entries;
-    for (std::size_t at = 0; at + entrySize <= data.Size(); at += entrySize)
+    for (std::size_t at = 0; at + entrySize <= data.Size(); at += entrySize) {
         entries.push_back(parse(data.Part(at, entrySize)));
+    }
     return entries;
 }
 

@@ -34,8 +34,9 @@ void SkipScalingList(BitReader& bits, unsigned size)
     std::int64_t last = 8;
     std::int64_t next = 8;
     for (unsigned i = 0; i < size && bits.Ok(); ++i) {
-        if (next != 0)
+        if (next != 0) {
             next = (last + bits.Se() + 256) % 256;
+        }
         last = next == 0 ? last : next;
     }
 }
@@ -50,9 +51,11 @@ std::uint32_t ReadChroma(BitReader& bits)
     bits.Skip(1); // transform bypass
     if (bits.Flag()) {
         unsigned const lists = chroma == 3 ? 12 : 8;
-        for (unsigned i = 0; i < lists; ++i)
-            if (bits.Flag())
+        for (unsigned i = 0; i < lists; ++i) {
+            if (bits.Flag()) {
                 SkipScalingList(bits, i < 6 ? 16 : 64);
+            }
+        }
     }
     return separate ? 0 : chroma;
 }
@@ -60,16 +63,19 @@ std::uint32_t ReadChroma(BitReader& bits)
 void SkipPictureOrder(BitReader& bits)
 {
     std::uint32_t const type = bits.Ue();
-    if (type == 0)
+    if (type == 0) {
         bits.Ue();
-    if (type != 1)
+    }
+    if (type != 1) {
         return;
+    }
     bits.Skip(1);
     bits.Se();
     bits.Se();
     std::uint32_t const cycle = bits.Ue();
-    for (std::uint32_t i = 0; i < cycle && bits.Ok(); ++i)
+    for (std::uint32_t i = 0; i < cycle && bits.Ok(); ++i) {
         bits.Se();
+    }
 }
 
 /// Picture size in pixels, cropped; false if it makes no sense.
@@ -78,22 +84,26 @@ bool ReadSize(BitReader& bits, std::uint32_t chroma, VideoFormat& format)
     std::uint64_t const width = (std::uint64_t{bits.Ue()} + 1) * 16;
     std::uint64_t const mapHeight = (std::uint64_t{bits.Ue()} + 1) * 16;
     bool const framesOnly = bits.Flag();
-    if (!framesOnly)
+    if (!framesOnly) {
         bits.Skip(1);
+    }
     bits.Skip(1);
     std::uint64_t const height = framesOnly ? mapHeight : mapHeight * 2;
 
     std::uint64_t crop[4] = {}; // left, right, top, bottom
-    if (bits.Flag())
-        for (std::uint64_t& side : crop)
+    if (bits.Flag()) {
+        for (std::uint64_t& side : crop) {
             side = bits.Ue();
+        }
+    }
     std::uint64_t const unitX = chroma == 1 || chroma == 2 ? 2 : 1;
     std::uint64_t const unitY = (chroma == 1 ? 2u : 1u) * (framesOnly ? 1u : 2u);
     std::uint64_t const cropX = (crop[0] + crop[1]) * unitX;
     std::uint64_t const cropY = (crop[2] + crop[3]) * unitY;
     if (!bits.Ok() || width > LargestVideoSide || height > LargestVideoSide || cropX >= width ||
-        cropY >= height)
+        cropY >= height) {
         return false;
+    }
     format.width = static_cast<std::uint32_t>(width - cropX);
     format.height = static_cast<std::uint32_t>(height - cropY);
     format.interlaced = !framesOnly;
@@ -106,8 +116,9 @@ std::optional<VideoFormat> ParseH264Sps(ByteView bytes)
 {
     constexpr std::uint8_t SequenceParameters = 7;
     auto const unit = FindUnit(bytes, [](std::uint8_t head) { return (head & 0x1F) == SequenceParameters; });
-    if (!unit)
+    if (!unit) {
         return std::nullopt;
+    }
     auto const plain = Unescape(unit->Part(1));
     BitReader bits(plain);
     std::uint32_t const profile = bits.Bits(8);
@@ -119,8 +130,9 @@ std::optional<VideoFormat> ParseH264Sps(ByteView bytes)
     bits.Ue();    // reference frames
     bits.Skip(1); // gaps
     VideoFormat format;
-    if (chroma > 3 || !ReadSize(bits, chroma, format))
+    if (chroma > 3 || !ReadSize(bits, chroma, format)) {
         return std::nullopt;
+    }
     format.displayAspect = Reduce(format.width, format.height); // square pixels unless told otherwise
     if (bits.Flag()) {
         ReadDisplay(bits, format);

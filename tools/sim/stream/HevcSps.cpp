@@ -13,8 +13,9 @@ void SkipProfiles(BitReader& bits, std::uint32_t subLayers)
     constexpr std::size_t ProfileBits = 88;
     constexpr std::size_t LevelBits = 8;
     bits.Skip(ProfileBits + LevelBits);
-    if (subLayers == 0)
+    if (subLayers == 0) {
         return;
+    }
     std::size_t rest = 0;
     for (std::uint32_t i = 0; i < subLayers; ++i) {
         rest += bits.Flag() ? ProfileBits : 0;
@@ -130,8 +131,9 @@ std::optional<VideoFormat> ParseHevcSps(ByteView bytes)
     constexpr std::uint8_t SequenceParameters = 33;
     auto const unit =
         FindUnit(bytes, [](std::uint8_t head) { return ((head >> 1) & 0x3F) == SequenceParameters; });
-    if (!unit)
+    if (!unit) {
         return std::nullopt;
+    }
     auto const plain = Unescape(unit->Part(2));
     BitReader bits(plain);
     bits.Skip(4); // video parameter set

@@ -16,9 +16,11 @@ std::vector<PatEntry> Trim(std::vector<PatEntry> const& entries)
 {
     std::vector<PatEntry> trimmed;
     std::set<std::uint16_t> numbers;
-    for (PatEntry const& entry : entries)
-        if (trimmed.size() < ProgrammeTable::MaxProgrammes && numbers.insert(entry.programme).second)
+    for (PatEntry const& entry : entries) {
+        if (trimmed.size() < ProgrammeTable::MaxProgrammes && numbers.insert(entry.programme).second) {
             trimmed.push_back(entry);
+        }
+    }
     return trimmed;
 }
 
@@ -32,8 +34,9 @@ bool IsCurrent(ByteView section)
 bool ProgrammeTable::Push(TsPacket const& packet)
 {
     auto const assembler = m_assemblers.find(packet.pid);
-    if (assembler == m_assemblers.end())
+    if (assembler == m_assemblers.end()) {
         return false;
+    }
     bool changed = false;
     std::uint64_t const damaged = assembler->second.Damaged();
     auto sections = assembler->second.Push(packet);
@@ -43,15 +46,17 @@ bool ProgrammeTable::Push(TsPacket const& packet)
             changed = PushSection(packet.pid, std::move(section)) || changed;
         }
     }
-    if (changed)
+    if (changed) {
         Collect();
+    }
     return changed;
 }
 
 void ProgrammeTable::Restart()
 {
-    for (auto& [pid, assembler] : m_assemblers)
+    for (auto& [pid, assembler] : m_assemblers) {
         assembler.Reset();
+    }
 }
 
 Programme const* ProgrammeTable::Find(std::uint16_t number) const
@@ -103,10 +108,12 @@ void ProgrammeTable::FollowPmtPids()
     }
     m_pmts = std::move(pmts);
 
-    for (auto it = m_assemblers.begin(); it != m_assemblers.end();)
+    for (auto it = m_assemblers.begin(); it != m_assemblers.end();) {
         it = pids.count(it->first) ? std::next(it) : m_assemblers.erase(it);
-    for (std::uint16_t const pid : pids)
+    }
+    for (std::uint16_t const pid : pids) {
         m_assemblers.try_emplace(pid);
+    }
 }
 
 bool ProgrammeTable::PushPmt(std::uint16_t pid, std::vector<std::uint8_t> section)
@@ -144,12 +151,14 @@ void ProgrammeTable::Collect()
     m_programmes.clear();
     for (PatEntry const& entry : m_entries) {
         auto const& programme = m_pmts.at(entry.programme).programme;
-        if (!programme)
+        if (!programme) {
             continue;
+        }
         m_programmes.push_back(*programme);
         auto const name = m_names.find(entry.programme);
-        if (name == m_names.end())
+        if (name == m_names.end()) {
             continue;
+        }
         m_programmes.back().name = name->second.name;
         m_programmes.back().provider = name->second.provider;
     }
