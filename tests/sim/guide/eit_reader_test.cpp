@@ -1,4 +1,5 @@
 #include "EitBuilder.h"
+#include "StreamTestSupport.h"
 #include "guide/EitReader.h"
 
 #include <fstream>

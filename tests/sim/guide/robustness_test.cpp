@@ -1,4 +1,5 @@
 #include "EitBuilder.h"
+#include "StreamTestSupport.h"
 #include "TestSupport.h"
 #include "guide/EitGuide.h"
 #include "guide/EitReader.h"

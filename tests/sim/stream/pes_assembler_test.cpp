@@ -34,13 +34,10 @@ protected:
     }
 
     PesAssembler m_assembler{1000};
-
-    // 300 bytes in all, in two packets.
-    Bytes const m_bounded = MakePes(1, Noise(286));
+    Bytes const m_bounded = MakePes(1, Noise(286)); // 300 bytes in all, in two packets
     Bytes const m_first = Cut(m_bounded, 0, 184);
     Bytes const m_second = Cut(m_bounded, 184, 300);
-    // Open length, one packet.
-    Bytes const m_open = MakePes(2, Noise(50), true);
+    Bytes const m_open = MakePes(2, Noise(50), true); // of open length, in one packet
 
 private:
     TsBytes m_bytes{};

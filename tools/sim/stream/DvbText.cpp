@@ -88,28 +88,16 @@ std::u32string Decode(ByteView text)
 /// Adds the character as UTF-8, but no control; a line break as a blank.
 void Append(std::string& text, char32_t character)
 {
-    auto const add = [&text](char32_t lead, char32_t bits) { text += static_cast<char>(lead | bits); };
-    auto const addRest = [&](unsigned shift) { add(0x80, (character >> shift) & 0x3F); };
     char32_t const block = character & ~0x1Fu;
-    bool const isControl = block == 0 || character == 0x7F || block == 0x80 || block == 0xE080;
     if (character == 0x8A || character == 0xE08A) {
         text += ' ';
-    } else if (isControl) {
-        return;
-    } else if (character < 0x80) {
-        add(0, character);
-    } else if (character < 0x800) {
-        add(0xC0, character >> 6);
-        addRest(0);
-    } else if (character < 0x10000) {
-        add(0xE0, character >> 12);
-        addRest(6);
-        addRest(0);
-    } else {
-        add(0xF0, character >> 18);
-        addRest(12);
-        addRest(6);
-        addRest(0);
+    } else if (block != 0 && character != 0x7F && block != 0x80 && block != 0xE080) {
+        constexpr char32_t Leads[] = {0, 0xC0, 0xE0, 0xF0};
+        unsigned const more = character < 0x80 ? 0 : character < 0x800 ? 1 : character < 0x10000 ? 2 : 3;
+        text += static_cast<char>(Leads[more] | (character >> (6 * more)));
+        for (unsigned i = more; i > 0; --i) {
+            text += static_cast<char>(0x80 | ((character >> (6 * (i - 1))) & 0x3F));
+        }
     }
 }
 

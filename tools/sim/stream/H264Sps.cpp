@@ -9,24 +9,8 @@ namespace {
 
 bool HasChromaFormat(std::uint32_t profile)
 {
-    switch (profile) {
-    case 44:
-    case 83:
-    case 86:
-    case 100:
-    case 110:
-    case 118:
-    case 122:
-    case 128:
-    case 134:
-    case 135:
-    case 138:
-    case 139:
-    case 244:
-        return true;
-    default:
-        return false;
-    }
+    constexpr std::uint32_t Profiles[] = {44, 83, 86, 100, 110, 118, 122, 128, 134, 135, 138, 139, 244};
+    return std::find(std::begin(Profiles), std::end(Profiles), profile) != std::end(Profiles);
 }
 
 void SkipScalingList(BitReader& bits, unsigned size)

@@ -1,5 +1,7 @@
 #include "stream/Programme.h"
 
+#include <map>
+
 namespace zviptv::sim {
 
 namespace {
@@ -30,33 +32,15 @@ bool Has(ElementaryStream const& stream, std::uint8_t tagWanted)
 
 Formats FormatOfType(std::uint8_t streamType)
 {
-    switch (streamType) {
-    case 0x01:
-        return {VideoCodec::Mpeg1, {}};
-    case 0x02:
-        return {VideoCodec::Mpeg2, {}};
-    case 0x10:
-        return {VideoCodec::Mpeg4, {}};
-    case 0x1B:
-        return {VideoCodec::H264, {}};
-    case 0x24:
-        return {VideoCodec::Hevc, {}};
-    case 0x03:
-    case 0x04:
-        return {{}, AudioCodec::Mpeg};
-    case 0x0F:
-        return {{}, AudioCodec::AacAdts};
-    case 0x11:
-        return {{}, AudioCodec::AacLatm};
-    case 0x81:
-        return {{}, AudioCodec::Ac3};
-    case 0x87:
-        return {{}, AudioCodec::EnhancedAc3};
-    case 0x8A:
-        return {{}, AudioCodec::Dts};
-    default:
-        return {};
-    }
+    static std::map<std::uint8_t, Formats> const types{
+        {0x01, {VideoCodec::Mpeg1, {}}},       {0x02, {VideoCodec::Mpeg2, {}}},
+        {0x10, {VideoCodec::Mpeg4, {}}},       {0x1B, {VideoCodec::H264, {}}},
+        {0x24, {VideoCodec::Hevc, {}}},        {0x03, {{}, AudioCodec::Mpeg}},
+        {0x04, {{}, AudioCodec::Mpeg}},        {0x0F, {{}, AudioCodec::AacAdts}},
+        {0x11, {{}, AudioCodec::AacLatm}},     {0x81, {{}, AudioCodec::Ac3}},
+        {0x87, {{}, AudioCodec::EnhancedAc3}}, {0x8A, {{}, AudioCodec::Dts}}};
+    auto const found = types.find(streamType);
+    return found != types.end() ? found->second : Formats();
 }
 
 Formats FormatOfRegistration(ByteView data)
