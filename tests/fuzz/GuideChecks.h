@@ -10,7 +10,7 @@ namespace zviptv::fuzz {
 inline void CheckProgramme(sim::Guide const& guide, std::uint32_t position)
 {
     sim::GuideEntry const& entry = guide.At(position);
-    std::uint64_t const service = guide.ServiceOf(entry).id;
+    std::uint64_t const service = guide.ServiceAt(position).id;
     Require(entry.duration > 0, "a programme lasts");
     Json::Value json;
     Require(ParseJsonLine(sim::ProgrammeJson(guide, position), json), "a programme's JSON");
@@ -37,11 +37,11 @@ inline void CheckGuide(sim::Guide const& guide)
         Require(&service == &guide.Services().front() || service.id > lastId, "services are in order");
         lastId = service.id;
         Require(guide.FindService(service.id) == &service, "a service is found by its id");
-        Require(service.count == 0 || service.first == count, "a service's programmes are together");
-        count += service.count;
-        for (std::uint32_t at = service.first; at < service.first + service.count; ++at) {
+        Require(service.first == count, "a service's programmes are together");
+        count = service.End();
+        for (std::uint32_t at = service.first; at < service.End(); ++at) {
             CheckProgramme(guide, at);
-            bool const hasNext = at + 1 < service.first + service.count;
+            bool const hasNext = at + 1 < service.End();
             Require(!hasNext || guide.At(at).Stop() <= guide.At(at + 1).start, "programmes do not overlap");
         }
     }

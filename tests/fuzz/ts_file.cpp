@@ -4,7 +4,6 @@
 #include "playback/Captions.h"
 #include "playback/Tracks.h"
 #include "stream/Demux.h"
-#include "stream/StreamError.h"
 #include "stream/TsReader.h"
 #include "stream/VideoFormat.h"
 

@@ -1,5 +1,5 @@
 #include "GuideChecks.h"
-#include "guide/GuideError.h"
+#include "guide/GuideProblems.h"
 #include "guide/Rating.h"
 #include "guide/XmltvTime.h"
 

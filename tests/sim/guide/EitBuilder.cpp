@@ -56,14 +56,4 @@ Bytes MakeEit(EitSectionParts const& parts, Bytes const& events)
                        parts.current);
 }
 
-void ForEachPacket(Bytes const& stream, std::function<void(sim::TsPacket const&)> const& handle)
-{
-    for (std::size_t at = 0; at + sim::TsPacketSize <= stream.size(); at += sim::TsPacketSize) {
-        sim::TsBytes bytes{};
-        std::copy_n(stream.begin() + static_cast<std::ptrdiff_t>(at), bytes.size(), bytes.begin());
-        if (auto const packet = sim::ParseTsPacket(bytes))
-            handle(*packet);
-    }
-}
-
 } // namespace zviptv::test

@@ -1,9 +1,6 @@
 #pragma once
 
 #include "StreamBuilder.h"
-#include "stream/TsPacket.h"
-
-#include <functional>
 
 namespace zviptv::test {
 
@@ -40,8 +37,5 @@ struct EitSectionParts
 Bytes MakeEit(EitSectionParts const& parts, Bytes const& events);
 
 Bytes FromText(std::string const& text);
-
-/// Hands over every packet of a stream.
-void ForEachPacket(Bytes const& stream, std::function<void(sim::TsPacket const&)> const& handle);
 
 } // namespace zviptv::test

@@ -26,8 +26,9 @@ std::string Words(std::mt19937& random, unsigned count)
     static char const* const Some[] = {"harbour", "night", "König", "über",  "signal", "deep", "été",
                                        "river",   "light", "house", "storm", "train",  "sea",  "voice"};
     std::string text;
-    for (unsigned i = 0; i < count; ++i)
+    for (unsigned i = 0; i < count; ++i) {
         text += Some[random() % (sizeof Some / sizeof *Some)] + std::string(i + 1 < count ? " " : "");
+    }
     return text;
 }
 
@@ -56,11 +57,13 @@ GeneratedGuide WriteGuide(std::string const& path, std::uint64_t bytes)
         written.bytes += text.size();
     };
     write("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<tv>\n");
-    for (std::uint32_t i = 1; i <= Channels; ++i)
+    for (std::uint32_t i = 1; i <= Channels; ++i) {
         write("  <channel id=\"" + std::to_string(i) + ".example\"><display-name>Channel " +
               std::to_string(i) + "</display-name></channel>\n");
-    while (written.bytes < bytes)
+    }
+    while (written.bytes < bytes) {
         write(ProgrammeText(random, written.programmes++));
+    }
     write("</tv>\n");
     return written;
 }

@@ -1,11 +1,12 @@
 #include "TestSupport.h"
 
-#include "guide/GuideError.h"
+#include "guide/GuideProblems.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <glib.h>
 #include <gtest/gtest.h>
 #include <sstream>
 #include <unistd.h>
@@ -59,33 +60,9 @@ Json::Value ParseJson(std::string const& text)
     return value;
 }
 
-/// Decodes and encodes again: only the one right spelling of valid characters comes out as it went in.
 bool IsUtf8(std::string const& text)
 {
-    for (std::size_t at = 0; at < text.size();) {
-        auto const byte = [&](std::size_t i) {
-            return i < text.size() ? static_cast<unsigned char>(text[i]) : 0u;
-        };
-        unsigned const lead = byte(at);
-        std::size_t const size = lead < 0x80       ? 1
-                                 : lead >> 5 == 6  ? 2
-                                 : lead >> 4 == 14 ? 3
-                                 : lead >> 3 == 30 ? 4
-                                                   : 0;
-        if (size == 0)
-            return false;
-        unsigned value = size == 1 ? lead : lead & (0xFFu >> (size + 1));
-        for (std::size_t i = 1; i < size; ++i) {
-            if (byte(at + i) >> 6 != 2)
-                return false;
-            value = value << 6 | (byte(at + i) & 0x3F);
-        }
-        unsigned const least = size == 1 ? 0 : size == 2 ? 0x80 : size == 3 ? 0x800 : 0x10000;
-        if (value < least || value > 0x10FFFF || (value >= 0xD800 && value <= 0xDFFF))
-            return false;
-        at += size;
-    }
-    return true;
+    return g_utf8_validate(text.data(), static_cast<gssize>(text.size()), nullptr) != FALSE;
 }
 
 TempFile::TempFile(std::string const& content)
@@ -93,8 +70,9 @@ TempFile::TempFile(std::string const& content)
     char const* const folder = std::getenv("TMPDIR");
     m_path = std::string(folder ? folder : "/tmp") + "/zviptv-guide-XXXXXX";
     int const file = mkstemp(m_path.data());
-    if (file < 0)
+    if (file < 0) {
         throw std::runtime_error("no temporary file");
+    }
     close(file);
     std::ofstream(m_path, std::ios::binary) << content;
 }

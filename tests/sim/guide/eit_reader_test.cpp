@@ -1,4 +1,5 @@
 #include "EitBuilder.h"
+#include "StreamTestSupport.h"
 #include "guide/EitReader.h"
 
 #include <fstream>
@@ -172,8 +173,9 @@ TEST_F(Eit, ALostPacketCostsOneSection)
 {
     Bytes const large = MakeEit({}, [] {
         Bytes events;
-        for (std::uint16_t id = 1; id < 20; ++id)
+        for (std::uint16_t id = 1; id < 20; ++id) {
             events = events + Named(id, "Some event");
+        }
         return events;
     }());
     StreamBuilder builder;
@@ -223,15 +225,18 @@ TEST(EitCapture, SectionsOfABroadcastAreWhole)
 {
     std::string const path = ZVIPTV_MEDIA_DIR "/isdb-arib-caption.ts";
     std::ifstream file(path, std::ios::binary);
-    if (!file)
+    if (!file) {
         GTEST_SKIP() << path << " is not there";
+    }
     Bytes const stream((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
     sim::SectionAssembler sections(sim::EventSections);
     std::vector<std::pair<unsigned, std::size_t>> found;
     ForEachPacket(stream, [&](sim::TsPacket const& packet) {
-        if (packet.pid == EitReader::Pid)
-            for (auto const& section : sections.Push(packet))
+        if (packet.pid == EitReader::Pid) {
+            for (auto const& section : sections.Push(packet)) {
                 found.emplace_back(section[0], section.size());
+            }
+        }
     });
     using Section = std::pair<unsigned, std::size_t>; // table id and size
     EXPECT_THAT(found, testing::ElementsAre(Section(0x60, 781), Section(0x60, 18), Section(0x4F, 149)));

@@ -31,11 +31,13 @@ void ExpectOrder(Guide const& guide)
     for (std::uint32_t i = 0; i < guide.All().count; ++i) {
         auto const& entry = guide.At(i);
         ASSERT_GT(entry.duration, 0u);
-        if (i == 0)
+        if (i == 0) {
             continue;
+        }
         auto const& before = guide.At(i - 1);
-        ASSERT_LE(before.service, entry.service);
-        if (before.service == entry.service) {
+        std::uint64_t const service = guide.ServiceAt(i).id;
+        ASSERT_LE(guide.ServiceAt(i - 1).id, service);
+        if (guide.ServiceAt(i - 1).id == service) {
             ASSERT_LE(before.Stop(), entry.start);
         }
     }
@@ -49,10 +51,12 @@ void ExpectQueries(Guide const& guide, std::uint64_t service, std::uint32_t time
     std::uint32_t count = 0;
     for (std::uint32_t i = 0; i < guide.All().count; ++i) {
         auto const& entry = guide.At(i);
-        if (guide.ServiceOf(entry).id != service)
+        if (guide.ServiceAt(i).id != service) {
             continue;
-        if (entry.start <= time && time < entry.Stop())
+        }
+        if (entry.start <= time && time < entry.Stop()) {
             present = i;
+        }
         bool const overlaps = entry.start < time + duration && entry.Stop() > time;
         first = overlaps && !first ? i : first;
         count += overlaps ? 1 : 0;
@@ -71,10 +75,13 @@ TEST(GuideProperty, QueriesAgreeWithLookingAtEveryProgramme)
     for (int round = 0; round < 200; ++round) {
         auto const guide = RandomGuide(random);
         ASSERT_NO_FATAL_FAILURE(ExpectOrder(*guide));
-        for (std::uint64_t service = 0; service <= 4; ++service)
-            for (std::uint32_t time = 0; time < 240; time += 3)
-                for (std::uint32_t duration : {1u, 2u, 17u, 300u})
+        for (std::uint64_t service = 0; service <= 4; ++service) {
+            for (std::uint32_t time = 0; time < 240; time += 3) {
+                for (std::uint32_t duration : {1u, 2u, 17u, 300u}) {
                     ASSERT_NO_FATAL_FAILURE(ExpectQueries(*guide, service, time, duration));
+                }
+            }
+        }
     }
 }
 
@@ -85,7 +92,7 @@ TEST(GuideProperty, EveryProgrammeIsFoundByItsIds)
         auto const guide = RandomGuide(random);
         for (std::uint32_t i = 0; i < guide->All().count; ++i) {
             auto const& entry = guide->At(i);
-            std::uint64_t const service = guide->ServiceOf(entry).id;
+            std::uint64_t const service = guide->ServiceAt(i).id;
             ASSERT_EQ(guide->Find(entry.eventId), i);
             ASSERT_EQ(guide->Find(service, entry.eventId), i);
             ASSERT_EQ(guide->Find({service, static_cast<std::uint16_t>(entry.eventId), entry.start}), i);

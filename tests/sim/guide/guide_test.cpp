@@ -14,8 +14,9 @@ using testing::IsEmpty;
 std::vector<std::pair<unsigned, unsigned>> Times(Guide const& guide)
 {
     std::vector<std::pair<unsigned, unsigned>> times;
-    for (std::uint32_t i = 0; i < guide.All().count; ++i)
+    for (std::uint32_t i = 0; i < guide.All().count; ++i) {
         times.emplace_back(guide.At(i).start / 60, static_cast<unsigned>(guide.At(i).Stop() / 60));
+    }
     return times;
 }
 

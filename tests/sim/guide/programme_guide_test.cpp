@@ -1,5 +1,5 @@
 #include "TestSupport.h"
-#include "guide/GuideError.h"
+#include "guide/GuideProblems.h"
 #include "guide/ProgrammeGuide.h"
 
 #include <gmock/gmock.h>
@@ -116,8 +116,9 @@ TEST_F(ProgrammeGuide, OddRequestsFindNothing)
           "{\"service_id\":\"5\",\"event_id\":1.5}", "{\"service_id\":\"5\",\"event_id\":\"1\"}",
           "{\"service_id\":\"5\",\"event_id\":1,\"start_time\":\"600\"}",
           "{\"service_id\":\"5\",\"event_id\":1,\"start_time\":4294967296}",
-          "{\"service_id\":\"5\",\"event_id\":1} x", "{\"service_id\":\"5\",\"event_id\":1"})
+          "{\"service_id\":\"5\",\"event_id\":1} x", "{\"service_id\":\"5\",\"event_id\":1"}) {
         EXPECT_EQ(m_guide.Programme(request, 0), "") << request;
+    }
     EXPECT_EQ(m_guide.Programme(std::string(2000, '['), 0), "");
     EXPECT_EQ(m_guide.Programme(std::string(1 << 20, ' ') + Request("5", 1), 0), "");
     EXPECT_EQ(Title(m_guide.Programme(R"({"service_id":"5","event_id":1})", 0)), "A");
@@ -164,8 +165,9 @@ TEST_F(ProgrammeGuide, AFailedLoadLosesNothing)
     std::string const answer = m_guide.List(5, 0, 10000);
     TempFile const broken(Tv(Programme("5", "2026", "")) + "<more/>");
     for (std::string const& path : {broken.Path(), std::string("/nowhere/guide.xml"), std::string("/tmp"),
-                                    std::string("/dev/null"), std::string()})
+                                    std::string("/dev/null"), std::string()}) {
         EXPECT_THROW(m_guide.Load(path), sim::GuideError) << path;
+    }
     EXPECT_EQ(m_guide.Current(), before);
     EXPECT_EQ(m_guide.List(5, 0, 10000), answer);
 }

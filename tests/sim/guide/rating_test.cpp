@@ -29,8 +29,9 @@ TEST(Rating, WordsThatStandForAnAge)
 
 TEST(Rating, OtherValuesNameNoAge)
 {
-    for (char const* value : {"", "PG", "TV-PG", "Not rated", "22", "120", "1984 classic", "x"})
+    for (char const* value : {"", "PG", "TV-PG", "Not rated", "22", "120", "1984 classic", "x"}) {
         EXPECT_EQ(MinimumAge(value), std::nullopt) << value;
+    }
 }
 
 } // namespace

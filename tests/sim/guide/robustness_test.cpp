@@ -1,9 +1,10 @@
 #include "EitBuilder.h"
+#include "StreamTestSupport.h"
 #include "TestSupport.h"
 #include "guide/EitGuide.h"
 #include "guide/EitReader.h"
-#include "guide/GuideError.h"
 #include "guide/GuideJson.h"
+#include "guide/GuideProblems.h"
 
 #include <gtest/gtest.h>
 #include <random>
@@ -18,7 +19,7 @@ void ExpectSound(sim::Guide const& guide)
         std::string const json = sim::ProgrammeJson(guide, i);
         ASSERT_TRUE(IsUtf8(json));
         ASSERT_EQ(ParseJson(json)["start_time"].asUInt(), guide.At(i).start);
-        ASSERT_EQ(guide.Present(guide.ServiceOf(guide.At(i)).id, guide.At(i).start), i);
+        ASSERT_EQ(guide.Present(guide.ServiceAt(i).id, guide.At(i).start), i);
         ASSERT_TRUE(guide.Find(guide.At(i).eventId));
     }
 }
@@ -90,8 +91,9 @@ TEST(Robustness, AnyEitSectionGivesASoundGuide)
                 MakeDescriptor(static_cast<std::uint8_t>(0x4D + random() % 9), Noise(random() % 30));
             events = events + MakeEvent(parts);
         }
-        for (auto changes = random() % 20; changes > 0; --changes)
+        for (auto changes = random() % 20; changes > 0; --changes) {
             events[random() % events.size()] = static_cast<std::uint8_t>(random());
+        }
         EitSectionParts section;
         section.service = static_cast<std::uint16_t>(random() % 8);
         section.table = static_cast<std::uint8_t>(0x4E + random() % 20);

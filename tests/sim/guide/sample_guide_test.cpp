@@ -29,8 +29,9 @@ TEST_F(SampleGuide, HasThreeServicesWithOrWithoutTheStreamsNames)
 {
     auto const names = [](sim::Guide const& guide) {
         std::vector<std::string> result;
-        for (auto const& service : guide.Services())
-            result.push_back(std::to_string(service.id) + " " + std::string(guide.Text(service.name)));
+        for (auto const& service : guide.Services()) {
+            result.push_back(std::to_string(service.id) + " " + service.name);
+        }
         return result;
     };
     auto const expected = ElementsAre("1 ZV Sample One", "2 ZV Beispiel Zwei", "3 ZV Exemple Trois");
@@ -42,9 +43,10 @@ TEST_F(SampleGuide, ServiceOneIsOnAirWithoutAGap)
 {
     auto const list = ParseJson(m_guide.List(1, 0, 0xFFFFFFFF));
     ASSERT_EQ(list.size(), 10u);
-    for (Json::ArrayIndex i = 1; i < list.size(); ++i)
+    for (Json::ArrayIndex i = 1; i < list.size(); ++i) {
         EXPECT_EQ(list[i - 1]["start_time"].asUInt() + list[i - 1]["duration"].asUInt(),
                   list[i]["start_time"].asUInt());
+    }
 }
 
 TEST_F(SampleGuide, TheHourThatTheClocksSkipIsNotThere)

@@ -19,17 +19,19 @@ TEST(XmlParser, ErrorsNameFileLineAndColumn)
 
 TEST(XmlParser, InvalidUtf8IsAnError)
 {
-    for (char const* bytes : {"\xC0\x80", "\xED\xA0\x80", "\xF5\x80\x80\x80", "\xE2\x82", "\x80", "\x01"})
+    for (char const* bytes : {"\xC0\x80", "\xED\xA0\x80", "\xF5\x80\x80\x80", "\xE2\x82", "\x80", "\x01"}) {
         EXPECT_THAT(ErrorOf(Tv(Programme("1", "2026", "", std::string("<title>") + bytes + "</title>"))),
                     HasSubstr("not well-formed"));
+    }
 }
 
 TEST(XmlParser, EntityBombIsRefusedAtItsFirstDeclaration)
 {
     std::string bomb = "<?xml version=\"1.0\"?>\n<!DOCTYPE tv [\n<!ENTITY a \"aaaaaaaaaa\">\n";
-    for (char c = 'b'; c <= 'z'; ++c)
+    for (char c = 'b'; c <= 'z'; ++c) {
         bomb += std::string("<!ENTITY ") + c + " \"&" + static_cast<char>(c - 1) + ";&" +
                 static_cast<char>(c - 1) + ";\">\n";
+    }
     EXPECT_THAT(ErrorOf(bomb + "]>\n<tv>&z;</tv>"), StartsWith("test.xml:3:"));
     EXPECT_THAT(ErrorOf(bomb + "]>\n<tv>&z;</tv>"), HasSubstr("entity declarations are not allowed"));
 }
@@ -47,7 +49,7 @@ TEST(XmlParser, ExternalDtdIsNotFetchedAndItsEntitiesStayAsWritten)
     auto const loaded =
         ReadText("<!DOCTYPE tv SYSTEM \"/nowhere/xmltv.dtd\">" +
                  Tv(Programme("1", "2026", "", "<title>Caf&eacute; &amp; Bar</title>")).substr(38));
-    EXPECT_EQ(loaded.guide->Text(loaded.guide->TextAt(0).text), "Caf&eacute; & Bar");
+    EXPECT_EQ(loaded.guide->At(0).main.title, "Caf&eacute; & Bar");
 }
 
 TEST(XmlParser, UndeclaredEntityWithoutDtdIsAnError)
@@ -59,8 +61,9 @@ TEST(XmlParser, AbsurdTokensAreRefused)
 {
     std::string const huge(3 << 20, 'x');
     for (std::string const& xml :
-         {"<tv source=\"" + huge + "\"></tv>", "<tv><!--" + huge + "--></tv>", "<tv><" + huge + "/></tv>"})
+         {"<tv source=\"" + huge + "\"></tv>", "<tv><!--" + huge + "--></tv>", "<tv><" + huge + "/></tv>"}) {
         EXPECT_THAT(ErrorOf(xml), HasSubstr("a tag, comment or declaration over 1 MiB")) << xml.substr(0, 20);
+    }
 }
 
 TEST(XmlParser, LargeTokensBelowTheLimitAreNot)
@@ -72,11 +75,13 @@ TEST(XmlParser, LargeTokensBelowTheLimitAreNot)
 TEST(XmlParser, DeepNestingIsRefused)
 {
     std::string deep = "<tv>";
-    for (int i = 0; i < 63; ++i)
+    for (int i = 0; i < 63; ++i) {
         deep += "<a>";
+    }
     std::string end;
-    for (int i = 0; i < 63; ++i)
+    for (int i = 0; i < 63; ++i) {
         end += "</a>";
+    }
     EXPECT_NO_THROW(ReadText(deep + end + "</tv>"));
     EXPECT_THAT(ErrorOf(deep + "<a></a>" + end + "</tv>"), HasSubstr("elements are nested too deeply"));
 }
@@ -91,7 +96,7 @@ TEST(XmlParser, OtherEncodings)
 {
     auto const title = [](std::string const& xml) {
         auto const loaded = ReadText(xml);
-        return std::string(loaded.guide->Text(loaded.guide->TextAt(0).text));
+        return loaded.guide->At(0).main.title;
     };
     auto const document = [](std::string const& encoding, std::string const& text) {
         return "<?xml version=\"1.0\" encoding=\"" + encoding + "\"?><tv>" +
@@ -109,12 +114,13 @@ TEST(XmlParser, OtherEncodings)
 TEST(XmlParser, Utf16)
 {
     std::string xml = "\xFF\xFE";
-    for (char const c : "<tv>" + Programme("1", "2026", "", "<title>A") + "</tv>")
+    for (char const c : "<tv>" + Programme("1", "2026", "", "<title>A") + "</tv>") {
         (xml += c) += '\0';
+    }
     xml.insert(xml.find('A') + 2, "\x3D\xD8\x00\xDE", 4); // one character outside the base plane
     xml.replace(xml.find(std::string("<\0/\0p\0", 6)), 0, std::string("<\0/\0t\0i\0t\0l\0e\0>\0", 16));
     auto const loaded = ReadText(xml);
-    EXPECT_EQ(loaded.guide->Text(loaded.guide->TextAt(0).text), "A😀");
+    EXPECT_EQ(loaded.guide->At(0).main.title, "A😀");
 }
 
 } // namespace

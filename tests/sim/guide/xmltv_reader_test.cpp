@@ -1,12 +1,11 @@
 #include "TestSupport.h"
-#include "guide/GuideDetails.h"
+#include "guide/XmltvText.h"
 
 #include <gmock/gmock.h>
 
 namespace zviptv::test {
 namespace {
 
-using sim::Describe;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -29,7 +28,7 @@ TEST(XmltvReader, EveryTextOfAProgramme)
           <star-rating><value>3/4</value></star-rating>
         </programme>)"));
     EXPECT_THAT(loaded.warnings.First(), IsEmpty());
-    auto const details = Describe(*loaded.guide, 0);
+    auto const& details = loaded.guide->At(0);
     EXPECT_EQ(details.main.language, "en");
     EXPECT_EQ(details.main.title, "Title");
     EXPECT_EQ(details.main.subtitle, "Sub");
@@ -42,7 +41,7 @@ TEST(XmltvReader, EveryTextOfAProgramme)
     EXPECT_EQ(details.rating->value, "12");
     EXPECT_EQ(details.rating->minimumAge, 12u);
     EXPECT_THAT(details.translations, IsEmpty());
-    EXPECT_EQ(loaded.guide->Text(loaded.guide->Services().front().name), "One");
+    EXPECT_EQ(loaded.guide->Services().front().name, "One");
 }
 
 TEST(XmltvReader, LanguagesAreKeptApart)
@@ -50,7 +49,7 @@ TEST(XmltvReader, LanguagesAreKeptApart)
     auto const loaded = ReadText(Tv(Programme("1", "2026", "", R"(
         <title lang="de">Titel</title><title lang="fr">Titre</title><title lang="de">Noch einer</title>
         <desc lang="fr">Texte</desc><category>News</category><category lang="fr">Infos</category>)")));
-    auto const details = Describe(*loaded.guide, 0);
+    auto const& details = loaded.guide->At(0);
     EXPECT_EQ(details.main.language, "de");
     EXPECT_EQ(details.main.title, "Titel");
     EXPECT_EQ(details.main.description, "Texte") << "there is none in German";
@@ -68,7 +67,7 @@ TEST(XmltvReader, StrictestRatingCounts)
         <rating><value>PG</value></rating><rating system="FSK"><value>12</value></rating>
         <rating system="X"><value>12</value></rating><rating system="Y"><value>6</value></rating>
         <rating system="Z"/>)")));
-    auto const rating = Describe(*loaded.guide, 0).rating;
+    auto const rating = loaded.guide->At(0).rating;
     ASSERT_TRUE(rating);
     EXPECT_EQ(rating->system, "FSK");
 }
@@ -94,8 +93,9 @@ TEST(XmltvReader, InvalidDatesAreWarningsWithLines)
 TEST(XmltvReader, ManyWarningsAreCountedAndTheFirstKept)
 {
     std::string programmes;
-    for (int i = 0; i < 1000; ++i)
+    for (int i = 0; i < 1000; ++i) {
         programmes += Programme("1", "never", "");
+    }
     auto const loaded = ReadText(Tv(programmes));
     EXPECT_EQ(loaded.warnings.Count(), 1000u);
     EXPECT_THAT(loaded.warnings.First(), SizeIs(sim::GuideWarnings::MaxKept));
@@ -118,7 +118,7 @@ TEST(XmltvReader, AbsurdTextsAreCut)
                                               "<title>" + std::string(65534, 'x') + "€</title><desc>" +
                                                   std::string(1 << 20, 'y') + "</desc>")),
                                  {}, 4096);
-    auto const details = Describe(*loaded.guide, 0);
+    auto const& details = loaded.guide->At(0);
     EXPECT_EQ(details.main.title, std::string(65534, 'x'));
     EXPECT_EQ(details.main.description, std::string(65535, 'y'));
     EXPECT_THAT(loaded.warnings.First(), ElementsAre(HasSubstr("text over 65535 bytes, cut"),
@@ -128,10 +128,11 @@ TEST(XmltvReader, AbsurdTextsAreCut)
 TEST(XmltvReader, TooManyTextsAreLeftOut)
 {
     std::string genres = "<title>T</title>";
-    for (int i = 0; i < 1200; ++i)
+    for (int i = 0; i < 1200; ++i) {
         genres += "<category>" + std::to_string(i) + "</category>";
+    }
     auto const loaded = ReadText(Tv(Programme("1", "2026", "", genres)), {}, 4096);
-    EXPECT_THAT(Describe(*loaded.guide, 0).main.genres, SizeIs(999));
+    EXPECT_THAT(loaded.guide->At(0).main.genres, SizeIs(999));
     EXPECT_EQ(loaded.warnings.Count(), 201u);
 }
 
@@ -143,9 +144,9 @@ TEST(XmltvReader, ElementsInOddPlacesArePassedOver)
         <value>no</value></programme>text)"));
     auto const& guide = *loaded.guide;
     ASSERT_EQ(guide.All().count, 1u);
-    EXPECT_EQ(Describe(guide, 0).main.title, "A bold one");
-    EXPECT_FALSE(Describe(guide, 0).rating);
-    EXPECT_EQ(guide.Text(guide.Services().front().name), "Five TV");
+    EXPECT_EQ(guide.At(0).main.title, "A bold one");
+    EXPECT_FALSE(guide.At(0).rating);
+    EXPECT_EQ(guide.Services().front().name, "Five TV");
 }
 
 TEST(XmltvReader, ChannelsMayComeLateTwiceOrNotAtAll)
@@ -170,15 +171,26 @@ TEST(XmltvReader, PiecesOfAnySizeGiveTheSame)
         auto const loaded = ReadText(xml, {}, step);
         std::vector<std::string> all;
         for (std::uint32_t i = 0; i < loaded.guide->All().count; ++i) {
-            auto const details = Describe(*loaded.guide, i);
+            auto const& details = loaded.guide->At(i);
             all.emplace_back(details.main.title);
             all.emplace_back(details.main.description);
         }
         return all;
     };
     auto const whole = texts(65536);
-    for (std::size_t step : {1u, 2u, 3u, 13u, 1000u})
+    for (std::size_t step : {1u, 2u, 3u, 13u, 1000u}) {
         EXPECT_EQ(texts(step), whole) << step;
+    }
+}
+
+TEST(CutUtf8, StaysBetweenCharacters)
+{
+    EXPECT_EQ(sim::CutUtf8("aé€😀", 100), "aé€😀");
+    EXPECT_EQ(sim::CutUtf8("aé€😀", 9), "aé€");
+    EXPECT_EQ(sim::CutUtf8("aé€😀", 6), "aé€");
+    EXPECT_EQ(sim::CutUtf8("aé€😀", 5), "aé");
+    EXPECT_EQ(sim::CutUtf8("aé€😀", 2), "a");
+    EXPECT_EQ(sim::CutUtf8("aé€😀", 0), "");
 }
 
 } // namespace

@@ -85,8 +85,9 @@ TEST(XmltvTime, EveryDayOfFourCenturiesFollowsTheOneBefore)
                 std::snprintf(text, sizeof text, "%04u%02u%02u", static_cast<unsigned>(year) % 10000u,
                               static_cast<unsigned>(month) % 100u, static_cast<unsigned>(day) % 100u);
                 auto const time = ParseXmltvTime(text);
-                if (!time)
+                if (!time) {
                     continue;
+                }
                 ASSERT_EQ(*time, expected) << text;
                 expected += Day;
             }

@@ -1,8 +1,11 @@
 #include "ChildProcess.h"
+#include "StreamBuilder.h"
 
 #include <gmock/gmock.h>
 
 #include <csignal>
+#include <filesystem>
+#include <fstream>
 
 namespace zviptv::test {
 namespace {
@@ -82,6 +85,29 @@ TEST(CommandLine, ComplainsInWords)
         EXPECT_EQ(EndOf(process), (ExitStatus{one.status, 0})) << one.words << "\n" << process.Errors();
         EXPECT_THAT(process.Errors(), StartsWith(std::string("zviptv-sim: ") + one.words));
     }
+}
+
+TEST(CommandLine, SaysHowManySectionsOfAStreamWithoutProgrammesAreDamaged)
+{
+    std::string const path = testing::TempDir() + "damaged-" + std::to_string(getpid()) + ".ts";
+    Bytes damaged = MakePmt(1, 0x101, {});
+    damaged.back() ^= 1;
+    std::string const refused = "zviptv-sim: " + path + " holds no programme: no PMT found";
+    for (auto const& [count, words] : std::map<int, std::string>{
+             {0, "; play a stream that has a PAT and a PMT\n"},
+             {3, ", but 3 damaged sections of PAT, PMT or SDT; record the stream again\n"}}) {
+        StreamBuilder builder;
+        builder.Section(0, MakePat({{1, 0x1000}})).Null(10);
+        for (int i = 0; i < count; ++i) {
+            builder.Section(0x1000, damaged);
+        }
+        Bytes const& stream = builder.Stream();
+        std::ofstream(path, std::ios::binary) << std::string(stream.begin(), stream.end());
+        ChildProcess process(Simulate({"--ts", path, "--", "true"}));
+        EXPECT_EQ(EndOf(process), (ExitStatus{1, 0}));
+        EXPECT_EQ(process.Errors(), refused + words);
+    }
+    std::filesystem::remove(path);
 }
 
 TEST(CommandLine, SaysThatTheBusCannotBeReached)

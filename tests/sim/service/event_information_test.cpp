@@ -119,5 +119,21 @@ TEST_F(EventInformation, WithinTheLimitLocksNothing)
     EXPECT_EQ(Lock("UnMuteByRatingPin", "result_internal"), "0");
 }
 
+TEST_F(MadeStream, AGuideFileFindsAServiceByItsNameInTheDefaultCharacterTable)
+{
+    StreamBuilder builder;
+    builder.Section(0, MakePat({{4660, 0x1000}})).Section(0x1000, MakePmt(4660, 0x101, {}));
+    builder.Section(0x11, MakeSdt(4660, "Z\xC8urich")).Pes(0x101, MakePes(90'000, Noise(100)));
+    std::string const guide = m_bus.Directory() + "/guide.xml";
+    std::ofstream(guide)
+        << "<tv><channel id=\"zh\"><display-name>Zürich</display-name></channel>"
+           "<programme channel=\"zh\" start=\"20260326120000\"><title>Limmat</title></programme></tv>";
+    PlayToTheEnd(builder, {"--guide", guide, "--time", std::to_string(Noon)});
+    m_application.Announce(Guide);
+    WireMessage const present =
+        m_application.Ask(Guide, {{"functionname", "GetPresentProgram"}, {"inID", "4660"}});
+    EXPECT_THAT(present.Value("data"), testing::HasSubstr("\"title\":\"Limmat\""));
+}
+
 } // namespace
 } // namespace zviptv::test

@@ -13,23 +13,26 @@ constexpr std::size_t RowSize = 42;
 
 void Require(bool isTrue, char const* what)
 {
-    if (!isTrue)
+    if (!isTrue) {
         throw std::runtime_error(what);
+    }
 }
 
 std::uint8_t Mirror(std::uint8_t byte)
 {
     unsigned mirrored = 0;
-    for (unsigned bit = 0; bit < 8; ++bit)
+    for (unsigned bit = 0; bit < 8; ++bit) {
         mirrored |= (unsigned{byte} >> bit & 1u) << (7 - bit);
+    }
     return static_cast<std::uint8_t>(mirrored);
 }
 
 /// Four bits of a Hamming 8/4 byte; its four parity sums have to be odd.
 unsigned Nibble(std::uint8_t byte)
 {
-    for (unsigned const sum : {0xA3u, 0x8Eu, 0x3Au, 0xFFu})
+    for (unsigned const sum : {0xA3u, 0x8Eu, 0x3Au, 0xFFu}) {
         Require(std::bitset<8>(byte & sum).count() % 2 == 1, "wrong Hamming code");
+    }
     return (byte >> 1 & 1u) | (byte >> 2 & 2u) | (byte >> 3 & 4u) | (byte >> 4 & 8u);
 }
 
@@ -96,12 +99,14 @@ std::vector<TeletextRow> ReadTeletext(Bytes const& units)
     std::vector<TeletextRow> rows;
     for (std::size_t at = 0; at < units.size(); at += UnitSize) {
         Require(units[at + 1] == UnitSize - 2, "wrong unit length");
-        if (units[at] == 0xFF)
+        if (units[at] == 0xFF) {
             continue;
+        }
         Require(units[at + 3] == 0xE4, "wrong framing code");
         Bytes packet;
-        for (std::size_t i = 0; i < RowSize; ++i)
+        for (std::size_t i = 0; i < RowSize; ++i) {
             packet.push_back(Mirror(units[at + 4 + i]));
+        }
         rows.push_back(reader.Read(packet));
     }
     return rows;
@@ -116,8 +121,9 @@ std::pair<unsigned, Bytes> ReadAribGroup(Bytes const& field)
     unsigned crc = 0;
     for (std::size_t i = 3; i < field.size(); ++i) {
         crc ^= static_cast<unsigned>(field[i] << 8);
-        for (int bit = 0; bit < 8; ++bit)
+        for (int bit = 0; bit < 8; ++bit) {
             crc = (crc << 1 ^ (crc & 0x8000 ? 0x1021u : 0u)) & 0xFFFF;
+        }
     }
     Require(crc == 0, "wrong check sum");
     return {field[3] >> 2, Bytes(field.begin() + head, field.end() - checkSum)};

@@ -26,8 +26,9 @@ std::uint32_t Crc(Bytes const& bytes)
             bool const in = (byte >> bit) & 1;
             bool const out = (crc >> 31) & 1;
             crc <<= 1;
-            if (in != out)
+            if (in != out) {
                 crc ^= 0x04C11DB7;
+            }
         }
     }
     return crc;
@@ -37,11 +38,13 @@ Bytes AdaptationField(PacketParts const& parts)
 {
     std::size_t const room = 184 - parts.payload.size();
     bool const needed = parts.pcr || parts.discontinuity || room > 0;
-    if (!needed)
+    if (!needed) {
         return {};
+    }
     Bytes field{Low(room - 1)};
-    if (room == 1)
+    if (room == 1) {
         return field;
+    }
     field.push_back(Low((parts.discontinuity ? 0x80u : 0u) | (parts.pcr ? 0x10u : 0u)));
     if (parts.pcr) {
         std::uint64_t const base = *parts.pcr / 300;
@@ -138,14 +141,27 @@ Bytes MakePmt(std::uint16_t programme, std::uint16_t pcrPid, std::vector<PmtStre
     return MakeSection(0x02, programme, version, body);
 }
 
+Bytes MakeSdt(std::uint16_t service, std::string const& name, std::uint8_t version)
+{
+    Bytes const text(name.begin(), name.end());
+    Bytes const descriptor = Bytes{0x48, Low(text.size() + 5), 0x01, 2, 'Z', 'V', Low(text.size())} + text;
+    Bytes body{0xFF, 0x01, 0xFF};
+    Put16(body, service);
+    body.push_back(0xFC);
+    Put16(body, 0x8000u | static_cast<unsigned>(descriptor.size()));
+    return MakeSection(0x42, 1, version, body + descriptor);
+}
+
 Bytes MakePes(std::optional<std::uint64_t> pts, Bytes const& payload, bool open,
               std::optional<std::uint64_t> dts, std::uint8_t streamId)
 {
     Bytes options;
-    if (pts)
+    if (pts) {
         PutStamp(options, dts ? 3 : 2, *pts);
-    if (dts)
+    }
+    if (dts) {
         PutStamp(options, 1, *dts);
+    }
     Bytes pes{0x00, 0x00, 0x01, streamId};
     Put16(pes, open ? 0 : static_cast<unsigned>(3 + options.size() + payload.size()));
     pes.push_back(0x80);
@@ -157,8 +173,9 @@ Bytes MakePes(std::optional<std::uint64_t> pts, Bytes const& payload, bool open,
 StreamBuilder& StreamBuilder::Packet(PacketParts parts)
 {
     std::uint8_t& counter = m_counters[parts.pid];
-    if (!parts.payload.empty())
+    if (!parts.payload.empty()) {
         parts.counter = counter++;
+    }
     m_stream = std::move(m_stream) + MakePacket(parts);
     return *this;
 }

@@ -45,6 +45,9 @@ struct PmtStream
 Bytes MakePmt(std::uint16_t programme, std::uint16_t pcrPid, std::vector<PmtStream> const& streams,
               std::uint8_t version = 0, Bytes const& descriptors = {});
 
+/// A service with a name as a broadcaster codes it, of the provider "ZV".
+Bytes MakeSdt(std::uint16_t service, std::string const& name, std::uint8_t version = 0);
+
 /// A PES packet of stream id 0xBD (or another) with a PTS (and a DTS); its length is told unless `open`.
 Bytes MakePes(std::optional<std::uint64_t> pts, Bytes const& payload, bool open = false,
               std::optional<std::uint64_t> dts = {}, std::uint8_t streamId = 0xBD);

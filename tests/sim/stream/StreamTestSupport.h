@@ -16,8 +16,9 @@ public:
 
     bool Read(sim::TsBytes& packet) override
     {
-        if (m_at + packet.size() > m_stream.size())
+        if (m_at + packet.size() > m_stream.size()) {
             return false;
+        }
         std::memcpy(packet.data(), m_stream.data() + m_at, packet.size());
         m_at += packet.size();
         return true;
@@ -44,9 +45,11 @@ void ForEachPacket(Bytes const& stream, Use use)
 {
     MemorySource source(stream);
     sim::TsBytes bytes;
-    while (source.Read(bytes))
-        if (auto const packet = sim::ParseTsPacket(bytes))
+    while (source.Read(bytes)) {
+        if (auto const packet = sim::ParseTsPacket(bytes)) {
             use(*packet);
+        }
+    }
 }
 
 inline std::unique_ptr<sim::PacketSource> InMemory(Bytes stream)
@@ -58,9 +61,11 @@ inline std::unique_ptr<sim::PacketSource> InMemory(Bytes stream)
 inline std::vector<sim::Event> Drain(sim::Demux& demux)
 {
     std::vector<sim::Event> events;
-    while (auto event = demux.Next())
-        if (event->type != sim::EventType::Clock)
+    while (auto event = demux.Next()) {
+        if (event->type != sim::EventType::Clock) {
             events.push_back(std::move(*event));
+        }
+    }
     return events;
 }
 
@@ -68,9 +73,11 @@ inline std::vector<sim::Event> Drain(sim::Demux& demux)
 inline std::vector<sim::ClockPoint> DrainClock(sim::Demux& demux)
 {
     std::vector<sim::ClockPoint> points;
-    while (auto event = demux.Next())
-        if (event->type == sim::EventType::Clock)
+    while (auto event = demux.Next()) {
+        if (event->type == sim::EventType::Clock) {
             points.push_back(event->at);
+        }
+    }
     return points;
 }
 
@@ -84,9 +91,11 @@ inline sim::PesPacket const* AsPes(sim::Event const& event)
 inline std::vector<Bytes> PesOf(std::vector<sim::Event> const& events, std::uint16_t pid)
 {
     std::vector<Bytes> packets;
-    for (sim::Event const& event : events)
-        if (auto const* pes = AsPes(event); pes && pes->pid == pid)
+    for (sim::Event const& event : events) {
+        if (auto const* pes = AsPes(event); pes && pes->pid == pid) {
             packets.push_back(pes->bytes);
+        }
+    }
     return packets;
 }
 

@@ -54,6 +54,7 @@ TEST(AribLanguages, LeavesTheRestAlone)
     EXPECT_FALSE(ParseAribLanguages(MakePes(1, {0x10, 0xFF, 0xF0, 0, 0, 0, 0, 10}))) << "teletext";
     EXPECT_FALSE(ParseAribLanguages(MakePes(1, {})));
     EXPECT_FALSE(ParseAribLanguages(Bytes{}));
-    for (std::size_t size = 0; size < 300; ++size)
+    for (std::size_t size = 0; size < 300; ++size) {
         ParseAribLanguages(Caption(0x00, Noise(size)));
+    }
 }

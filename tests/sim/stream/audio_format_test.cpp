@@ -71,19 +71,21 @@ TEST(AudioFormat, ReadsAnything)
 {
     for (AudioCodec const codec :
          {AudioCodec::Mpeg, AudioCodec::AacAdts, AudioCodec::AacLatm, AudioCodec::Aac, AudioCodec::Ac3,
-          AudioCodec::EnhancedAc3, AudioCodec::Dts})
+          AudioCodec::EnhancedAc3, AudioCodec::Dts}) {
         for (std::size_t size = 0; size < 3000; size += size < 20 ? 1 : 97) {
             auto const format = FormatIn(codec, Noise(size));
             EXPECT_TRUE(!format || format->sampleRate != 0);
         }
+    }
 }
 
 TEST(AudioFormat, RefusesWhatIsForbidden)
 {
     for (Bytes const& head : {Bytes{0xFF, 0xED, 0xA4, 0x00}, Bytes{0xFF, 0xF9, 0xA4, 0x00}, // version, layer
                               Bytes{0xFF, 0xFD, 0xF4, 0x00}, Bytes{0xFF, 0xFD, 0x04, 0x00}, // rates
-                              Bytes{0xFF, 0xFD, 0xAC, 0x00}, Bytes{0xFF, 0xFD}, Bytes{}})
+                              Bytes{0xFF, 0xFD, 0xAC, 0x00}, Bytes{0xFF, 0xFD}, Bytes{}}) {
         EXPECT_FALSE(FormatIn(AudioCodec::Mpeg, head));
+    }
     EXPECT_FALSE(FormatIn(AudioCodec::Dts, LayerTwo));
     EXPECT_FALSE(ParseAudioFormat(AudioCodec::Mpeg, LayerTwo)) << "no PES packet";
 }

@@ -19,8 +19,9 @@ protected:
     void Open(std::string const& name)
     {
         m_path = std::string(ZVIPTV_MEDIA_DIR) + "/" + name;
-        if (!std::ifstream(m_path))
+        if (!std::ifstream(m_path)) {
             GTEST_SKIP() << "no capture " << m_path << " (CMake variable ZVIPTV_MEDIA_DIR)";
+        }
         m_demux = std::make_unique<Demux>(m_path);
         m_programme = *m_demux->Current();
         m_events = Drain(*m_demux);
@@ -32,8 +33,9 @@ protected:
         Bytes const whole = ReadWholeFile(m_path);
         std::size_t total = 0;
         for (ElementaryStream const& stream : m_programme.streams) {
-            if (stream.kind == StreamKind::Sections)
+            if (stream.kind == StreamKind::Sections) {
                 continue;
+            }
             auto const packets = PesOf(m_events, stream.pid);
             EXPECT_TRUE(packets == ReassembleNaively(whole, stream.pid)) << stream.pid;
             total += packets.size();
@@ -43,8 +45,9 @@ protected:
 
     void ExpectTimesNeverDecrease()
     {
-        for (std::size_t i = 1; i < m_events.size(); ++i)
+        for (std::size_t i = 1; i < m_events.size(); ++i) {
             EXPECT_LE(m_events[i - 1].at.time, m_events[i].at.time);
+        }
     }
 
     std::string m_path;
@@ -158,8 +161,9 @@ TEST_F(SubtitleCapture, RunsByItsPcr)
     ExpectTimesNeverDecrease();
     for (Event const& event : m_events) {
         auto const* pes = AsPes(event);
-        if (!pes->pts)
+        if (!pes->pts) {
             continue;
+        }
         auto const ahead =
             (static_cast<double>(pes->dts.value_or(*pes->pts)) - static_cast<double>(event.at.stc) / 300) /
             90'000;
@@ -171,9 +175,11 @@ TEST_F(SubtitleCapture, RunsByItsPcr)
 TEST_F(SubtitleCapture, TellsItsPictureFormat)
 {
     std::optional<VideoFormat> format;
-    for (Bytes const& pes : PesOf(m_events, 0x78))
-        if (!format)
+    for (Bytes const& pes : PesOf(m_events, 0x78)) {
+        if (!format) {
             format = ParseVideoFormat(VideoCodec::H264, pes);
+        }
+    }
     ASSERT_TRUE(format);
     EXPECT_EQ(format->width, 1920u);
     EXPECT_EQ(format->height, 1080u);

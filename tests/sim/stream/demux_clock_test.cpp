@@ -11,8 +11,9 @@ constexpr std::int64_t Second = 27'000'000;
 
 void ExpectTimesNeverDecrease(std::vector<Event> const& events)
 {
-    for (std::size_t i = 1; i < events.size(); ++i)
+    for (std::size_t i = 1; i < events.size(); ++i) {
         EXPECT_LE(events[i - 1].at.time, events[i].at.time) << "event " << i;
+    }
 }
 
 /// Takes so many events of a stream that never ends; the time of the last.
@@ -43,8 +44,9 @@ public:
     bool Read(TsBytes& packet) override
     {
         ++m_reads;
-        if (m_head.Read(packet))
+        if (m_head.Read(packet)) {
             return true;
+        }
         packet = m_packet;
         packet[3] = static_cast<std::uint8_t>((packet[3] & 0xF0) | (m_counter++ & 0x0F));
         return true;
@@ -136,8 +138,9 @@ TEST(DemuxClock, LoopsOfAStreamWithoutPcrGoOnInTime)
 {
     StreamBuilder builder;
     AddTables(builder, 0x1FFF);
-    for (unsigned i = 0; i < 10; ++i)
+    for (unsigned i = 0; i < 10; ++i) {
         builder.Pes(Audio, MakePes(1000 + i * 9000, Noise(100))); // a packet every 100 ms
+    }
     Demux demux(InMemory(builder.Stream()));
     std::vector<StreamTime> starts;
     for (int loop = 0; loop < 3; ++loop) {
@@ -173,8 +176,10 @@ TEST(DemuxClock, AnEndlessStreamWithoutClockIsNotReadForEver)
     auto source = std::make_unique<EndlessSource>(head, std::nullopt);
     EndlessSource const& counting = *source;
     Demux demux(std::move(source));
+    auto const atStart = counting.Reads();
+    EXPECT_LE(atStart, 50'000u) << "in search of the names";
     ASSERT_TRUE(demux.Next());
-    EXPECT_LE(counting.Reads(), Timeline::MaxPacketsWithoutClock + 10);
+    EXPECT_LE(counting.Reads() - atStart, Timeline::MaxPacketsWithoutClock + 10);
     EXPECT_GT(TimeAfter(demux, 100'000), StreamTime(0));
 }
 

@@ -43,6 +43,17 @@ TEST(Demux, LosesNothingInFrontOfTheTables)
     EXPECT_EQ(PesOf(Drain(demux), Audio), std::vector<Bytes>{audio});
 }
 
+TEST(Demux, NamesMayComeLate)
+{
+    StreamBuilder builder;
+    AddTables(builder).Null(2000);
+    builder.Section(0x1000, MakePmt(1, Video, {}, 1)).Section(0x0011, MakeSdt(1, "Late"));
+    Demux const demux(InMemory(builder.Stream()));
+    ASSERT_TRUE(demux.Current());
+    EXPECT_EQ(demux.Current()->name, "Late");
+    EXPECT_EQ(demux.Current()->version, 0) << "as it is at the start";
+}
+
 TEST(Demux, LoopingDamagesNothing)
 {
     // The counters do not meet at the seam, and the stream begins in the middle of a packet.
@@ -66,8 +77,9 @@ TEST(Demux, RewindInTheMiddleDropsWhatWasNotTaken)
 {
     StreamBuilder builder;
     AddTables(builder).Pcr(Video, 0);
-    for (std::uint8_t i = 0; i < 5; ++i)
+    for (std::uint8_t i = 0; i < 5; ++i) {
         builder.Pes(Audio, MakePes(i, {i}));
+    }
     builder.Pcr(Video, 27'000'000);
     Demux demux(InMemory(builder.Stream()));
     auto const first = demux.Next();
@@ -185,8 +197,9 @@ TEST(Demux, TablesThatComeLateAreUsedFromThereOn)
     AddTables(tail).Pes(Audio, MakePes(2, {2}));
     Bytes stream = head.Stream();
     Bytes const null = MakePacket({0x1FFF, 0, false, Bytes(184, 0), false, false, false, {}});
-    for (int i = 0; i < 50'000; ++i)
+    for (int i = 0; i < 50'000; ++i) {
         stream.insert(stream.end(), null.begin(), null.end());
+    }
     Demux demux(InMemory(stream + tail.Stream()));
     EXPECT_FALSE(demux.Current()) << "further than the tables are looked for";
     auto const events = Drain(demux);

@@ -54,8 +54,9 @@ TEST(Descriptors, SubtitlePagesKeepAllTheirEntries)
 TEST(Descriptors, FiftyOneTeletextPagesAreNotTooMany)
 {
     Bytes data;
-    for (std::uint8_t page = 0; page < 51; ++page) // 255 bytes, all that a descriptor holds
+    for (std::uint8_t page = 0; page < 51; ++page) { // 255 bytes, all that a descriptor holds
         data = data + Bytes{'e', 'n', 'g', 0x11, page};
+    }
     auto const pages = ParseTeletextPages(data);
     ASSERT_EQ(pages.size(), 51u);
     EXPECT_EQ(pages.back().page, 50);
@@ -84,22 +85,13 @@ TEST(Descriptors, SupplementaryAudioTellsItsLanguageIfItHasOne)
     EXPECT_FALSE(ParseSupplementaryAudioLanguage(Bytes{}));
 }
 
-TEST(Descriptors, TextIsTurnedIntoUtf8)
+TEST(Descriptors, AListEndsWithTheLastWholeOne)
 {
-    EXPECT_EQ(ParseDvbText(Bytes{'O', 'n', 'e'}), "One");
-    EXPECT_EQ(ParseDvbText(Bytes{0x05, 'O', 'n', 'e'}), "One") << "another Latin table, but ASCII";
-    EXPECT_EQ(ParseDvbText(Bytes{0x10, 0x00, 0x01, 'Z', 0xFC}), "Z\xC3\xBC");
-    EXPECT_EQ(ParseDvbText(Bytes{0x15, 'Z', 0xC3, 0xBC}), "Z\xC3\xBC");
-    EXPECT_EQ(ParseDvbText(Bytes{0x86, 'O', 0x87, 'n', '\n'}), "On") << "control codes";
-    EXPECT_EQ(ParseDvbText(Bytes{}), "");
-    EXPECT_EQ(ParseDvbText(Bytes{0x10}), "");
-}
-
-TEST(Descriptors, TextIsNeverInvalidUtf8)
-{
-    EXPECT_EQ(ParseDvbText(Bytes{0x15, 0xC0, 0x80}), "??") << "overlong";
-    EXPECT_EQ(ParseDvbText(Bytes{0x15, 0xED, 0xA0, 0x80}), "???") << "surrogate";
-    EXPECT_EQ(ParseDvbText(Bytes{0x15, 'a', 0xE2, 0x82}), "a??") << "cut off";
-    EXPECT_EQ(ParseDvbText(Bytes{0x15, 0xF5, 'b'}), "?b");
-    EXPECT_EQ(ParseDvbText(Bytes{'a', 0xE9}), "a?") << "a table that is not read";
+    auto const list = ParseDescriptors(Bytes{0x0A, 1, 'x', 0x52, 0, 0x48, 3, 'y', 'z'});
+    ASSERT_EQ(list.size(), 2u);
+    EXPECT_EQ(list[0].tag, 0x0A);
+    EXPECT_EQ(list[0].data, Bytes{'x'});
+    EXPECT_EQ(list[1].tag, 0x52);
+    EXPECT_TRUE(list[1].data.empty());
+    EXPECT_TRUE(ParseDescriptors(Bytes{0x0A}).empty());
 }

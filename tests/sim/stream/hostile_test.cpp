@@ -2,7 +2,6 @@
 #include "StreamTestSupport.h"
 
 #include "stream/PesHeader.h"
-#include "stream/StreamError.h"
 #include "stream/TsReader.h"
 #include "stream/VideoFormat.h"
 
@@ -27,8 +26,9 @@ public:
 
     void Damage(Bytes& bytes, std::size_t places)
     {
-        for (std::size_t i = 0; i < places && !bytes.empty(); ++i)
+        for (std::size_t i = 0; i < places && !bytes.empty(); ++i) {
             bytes[Below(bytes.size())] = Byte();
+        }
     }
 
 private:
@@ -53,8 +53,9 @@ void PlayTwice(Demux& demux, std::size_t size)
             ASSERT_GE(event->at.time, last);
             ASSERT_LT(event->at.stc, PcrModulus);
             last = event->at.time;
-            if (auto const* pes = AsPes(*event))
+            if (auto const* pes = AsPes(*event)) {
                 delivered += pes->bytes.size();
+            }
         }
         ASSERT_LE(delivered, size);
         demux.Rewind();
@@ -71,8 +72,9 @@ TEST(Hostile, DamagedBytesAnywhere)
         Chance chance(seed);
         Bytes stream = sample;
         chance.Damage(stream, 1 + chance.Below(2000));
-        for (std::size_t at = 0; at < stream.size(); at += 188)
+        for (std::size_t at = 0; at < stream.size(); at += 188) {
             stream[at] = 0x47;
+        }
         Demux demux(InMemory(stream));
         PlayTwice(demux, stream.size());
     }
@@ -84,8 +86,9 @@ TEST(Hostile, DamagedHeadsOfPackets)
     for (unsigned seed = 0; seed < 60; ++seed) {
         Chance chance(seed);
         Bytes stream = sample;
-        for (int i = 0; i < 300; ++i)
+        for (int i = 0; i < 300; ++i) {
             stream[chance.Below(320) * 188 + 1 + chance.Below(24)] = chance.Byte();
+        }
         Demux demux(InMemory(stream));
         PlayTwice(demux, stream.size());
     }
@@ -99,10 +102,11 @@ TEST(Hostile, FilesOutOfStep)
         Bytes stream = sample;
         for (int i = 0; i < 10; ++i) {
             auto const at = stream.begin() + static_cast<std::ptrdiff_t>(chance.Below(stream.size() - 300));
-            if (chance.Below(2))
+            if (chance.Below(2)) {
                 stream.erase(at, at + static_cast<std::ptrdiff_t>(chance.Below(300)));
-            else
+            } else {
                 stream.insert(at, chance.Below(300), chance.Byte());
+            }
         }
         TsReader::File file(fmemopen(stream.data(), stream.size(), "rb"));
         Demux demux(std::make_unique<TsReader>(std::move(file), "memory"));
@@ -116,8 +120,9 @@ TEST(Hostile, FilesOfNoise)
     for (unsigned seed = 0; seed < 60; ++seed) {
         Chance chance(seed);
         Bytes stream(1 + chance.Below(30'000));
-        for (std::uint8_t& byte : stream)
+        for (std::uint8_t& byte : stream) {
             byte = chance.Below(3) ? chance.Byte() : 0x47;
+        }
         try {
             TsReader::File file(fmemopen(stream.data(), stream.size(), "rb"));
             Demux demux(std::make_unique<TsReader>(std::move(file), "memory"));
@@ -147,16 +152,18 @@ TEST(Hostile, TablesWithARightCrcAndWrongContent)
         std::uint8_t const tableId = isPmt ? 0x02 : body.size() == 8 ? 0x00 : 0x42;
         std::uint16_t const pid = isPmt ? 0x1000 : tableId == 0x42 ? 0x0011 : 0x0000;
         chance.Damage(body, chance.Below(6));
-        if (chance.Below(4) == 0)
+        if (chance.Below(4) == 0) {
             body.resize(chance.Below(body.size()));
+        }
         std::uint8_t const last = static_cast<std::uint8_t>(chance.Below(3));
         std::uint8_t const number = static_cast<std::uint8_t>(chance.Below(3));
         auto const version = static_cast<std::uint8_t>(chance.Below(4));
         auto const extension = static_cast<std::uint16_t>(chance.Below(3));
         builder.Section(0x0000, pat)
             .Section(pid, MakeSection(tableId, extension, version, body, number, last));
-        if (builder.Packets() < 100)
+        if (builder.Packets() < 100) {
             continue;
+        }
         ForEachPacket(builder.Stream(), [&](TsPacket const& packet) { table.Push(packet); });
         builder = StreamBuilder();
         ASSERT_LE(table.Programmes().size(), ProgrammeTable::MaxProgrammes);

@@ -34,13 +34,10 @@ protected:
     }
 
     PesAssembler m_assembler{1000};
-
-    // 300 bytes in all, in two packets.
-    Bytes const m_bounded = MakePes(1, Noise(286));
+    Bytes const m_bounded = MakePes(1, Noise(286)); // 300 bytes in all, in two packets
     Bytes const m_first = Cut(m_bounded, 0, 184);
     Bytes const m_second = Cut(m_bounded, 184, 300);
-    // Open length, one packet.
-    Bytes const m_open = MakePes(2, Noise(50), true);
+    Bytes const m_open = MakePes(2, Noise(50), true); // of open length, in one packet
 
 private:
     TsBytes m_bytes{};
@@ -78,8 +75,9 @@ TEST_F(Assembler, TheLargestToldLength)
     builder.Pes(0x100, largest);
     List packets;
     ForEachPacket(builder.Stream(), [&](TsPacket const& packet) {
-        for (auto& pes : assembler.Push(packet))
+        for (auto& pes : assembler.Push(packet)) {
             packets.push_back(std::move(pes));
+        }
     });
     EXPECT_EQ(packets, List{largest});
 }
@@ -241,8 +239,9 @@ TEST_F(Assembler, PayloadWithoutAStartCodeIsDropped)
 TEST_F(Assembler, TheHeadMayBeSpreadOverPackets)
 {
     std::uint8_t counter = 0;
-    for (std::size_t at = 0; at < 10; ++at)
+    for (std::size_t at = 0; at < 10; ++at) {
         EXPECT_EQ(Push(counter++, at == 0, Cut(m_bounded, at, at + 1)), List{});
+    }
     EXPECT_EQ(Push(counter++, false, Cut(m_bounded, 10, 184)), List{});
     EXPECT_EQ(Push(counter++, false, m_second), List{m_bounded});
 }
@@ -262,8 +261,9 @@ TEST_F(Assembler, APacketShorterThanToldIsCounted)
 TEST_F(Assembler, APacketOfOpenLengthOverTheLimitIsDropped)
 {
     Push(0, true, MakePes({}, Noise(175), true)); // 184 bytes
-    for (std::uint8_t counter = 1; counter < 12; ++counter)
+    for (std::uint8_t counter = 1; counter < 12; ++counter) {
         EXPECT_EQ(Push(counter, false, Noise(184)), List{});
+    }
     EXPECT_EQ(Counters().oversized, 1u);
     EXPECT_EQ(Push(12, true, m_first), List{});
     EXPECT_EQ(Push(13, false, m_second), List{m_bounded});

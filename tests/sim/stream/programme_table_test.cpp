@@ -25,8 +25,9 @@ protected:
     std::vector<std::uint16_t> Numbers() const
     {
         std::vector<std::uint16_t> numbers;
-        for (auto const& programme : m_tables.Programmes())
+        for (auto const& programme : m_tables.Programmes()) {
             numbers.push_back(programme.number);
+        }
         return numbers;
     }
 
@@ -37,22 +38,6 @@ private:
 };
 
 using Numbers_t = std::vector<std::uint16_t>;
-
-Bytes MakeSdt(std::uint16_t service, std::string const& name, std::uint8_t version = 0)
-{
-    auto const size = static_cast<std::uint8_t>(name.size());
-    Bytes const text(name.begin(), name.end());
-    Bytes const descriptor = Bytes{0x48, static_cast<std::uint8_t>(size + 5), 0x01, 2, 'Z', 'V', size} + text;
-    Bytes const body = Bytes{0xFF,
-                             0x01,
-                             0xFF,
-                             static_cast<std::uint8_t>(service >> 8),
-                             static_cast<std::uint8_t>(service & 0xFF),
-                             0xFC,
-                             0x80,
-                             static_cast<std::uint8_t>(descriptor.size())};
-    return MakeSection(0x42, 1, version, body + descriptor);
-}
 
 } // namespace
 
@@ -149,6 +134,7 @@ TEST_F(Tables, NamesComeFromTheSdt)
     Send(0x0000, MakePat({{1, 0x1000}, {2, 0x1001}}));
     Send(0x1000, MakePmt(1, 0x101, {}));
     Send(0x1001, MakePmt(2, 0x102, {}));
+    EXPECT_FALSE(Send(0x0011, MakeSection(0x46, 2, 0, {0xFF, 0x01, 0xFF}))) << "another stream's names";
     EXPECT_TRUE(Send(0x0011, MakeSdt(2, "Second")));
     EXPECT_EQ(m_tables.Find(1)->name, "");
     EXPECT_EQ(m_tables.Find(2)->name, "Second");
@@ -156,6 +142,20 @@ TEST_F(Tables, NamesComeFromTheSdt)
     EXPECT_FALSE(Send(0x0011, MakeSdt(2, "Second")));
     EXPECT_TRUE(Send(0x0011, MakeSdt(2, "Renamed", 1)));
     EXPECT_EQ(m_tables.Find(2)->name, "Renamed");
+    EXPECT_TRUE(Send(0x0011, MakeSdt(2, "Z\xC8urich", 2)));
+    EXPECT_EQ(m_tables.Find(2)->name, "Zürich") << "in the default character table";
+}
+
+TEST_F(Tables, DamagedSectionsAreCounted)
+{
+    Bytes damaged = MakePat({{1, 0x1000}});
+    damaged.back() ^= 1;
+    EXPECT_FALSE(Send(0x0000, damaged));
+    EXPECT_FALSE(Send(0x0011, damaged));
+    EXPECT_FALSE(Send(0x0012, damaged)) << "none of the tables";
+    EXPECT_EQ(m_tables.DamagedSections(), 2u);
+    EXPECT_TRUE(Send(0x0000, MakePat({{1, 0x1000}})));
+    EXPECT_EQ(m_tables.DamagedSections(), 2u);
 }
 
 TEST_F(Tables, LengthsThatLieAreHarmless)
@@ -188,7 +188,8 @@ TEST_F(Tables, AFloodOfProgrammesIsBounded)
         }
         Send(0x0000, MakeSection(0x00, 1, 0, body, section, 7));
     }
-    for (std::uint16_t number = 1; number <= 300; ++number)
+    for (std::uint16_t number = 1; number <= 300; ++number) {
         Send(0x1000, MakePmt(number, 0x100, {}));
+    }
     EXPECT_EQ(Numbers().size(), ProgrammeTable::MaxProgrammes);
 }

@@ -185,10 +185,3 @@ TEST(Programme, KeepsDescriptorsAsSent)
     EXPECT_EQ(descriptors[1].data, (Bytes{1, 2, 3}));
     EXPECT_EQ(programme.streams[0].componentTag, 0x55);
 }
-
-TEST(Programme, HasWordsForEverything)
-{
-    EXPECT_STREQ(NameOf(StreamKind::AribCaption), "ARIB captions");
-    EXPECT_STREQ(NameOf(VideoCodec::H264), "H.264");
-    EXPECT_STREQ(NameOf(AudioCodec::EnhancedAc3), "E-AC-3");
-}

@@ -57,12 +57,15 @@ TEST(SampleCaptions, SubtitlePagesCountInTwoLanguages)
     std::vector<std::string> shown;
     for (Bytes const& pes : PesOfSample(0x104)) {
         auto const rows = RowsOf(pes, 0x03);
-        if (rows.empty())
+        if (rows.empty()) {
             continue;
+        }
         std::string text;
-        for (TeletextRow const& row : rows)
-            if (row.row != 0)
+        for (TeletextRow const& row : rows) {
+            if (row.row != 0) {
                 text += (row.page == 0x888 ? "E " : row.page == 0x889 ? "D " : "? ") + row.text + ". ";
+            }
+        }
         shown.push_back(text);
     }
     EXPECT_THAT(shown, testing::ElementsAre("E One. D Eins. ", "", "E Two. D Zwei. ", "", "E Three. D Drei. ",

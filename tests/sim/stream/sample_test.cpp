@@ -1,7 +1,6 @@
 #include "NaiveReassembly.h"
 #include "StreamTestSupport.h"
 
-#include "stream/StreamError.h"
 #include "stream/VideoFormat.h"
 
 #include <gtest/gtest.h>

@@ -139,8 +139,9 @@ TEST(SoundSection, RulesAreThoseOfTheAssembler)
     MemorySource source(stream.Stream());
     for (TsBytes packet{}; source.Read(packet);) {
         EXPECT_TRUE(services.Push(*ParseTsPacket(packet)).empty());
-        for (Bytes const& one : events.Push(*ParseTsPacket(packet)))
+        for (Bytes const& one : events.Push(*ParseTsPacket(packet))) {
             found.push_back(one);
+        }
     }
     EXPECT_EQ(found, std::vector<Bytes>{section});
 }

@@ -16,8 +16,9 @@ PesPacket Pes(std::uint16_t pid, std::optional<std::uint64_t> pts = {}, std::siz
 std::vector<Event> TakeAll(Timeline& timeline)
 {
     std::vector<Event> events;
-    while (auto event = timeline.Take())
+    while (auto event = timeline.Take()) {
         events.push_back(std::move(*event));
+    }
     return events;
 }
 

@@ -1,6 +1,5 @@
 #include "StreamTestSupport.h"
 
-#include "stream/StreamError.h"
 #include "stream/TsReader.h"
 
 #include <filesystem>
@@ -28,8 +27,9 @@ public:
     {
         std::vector<std::uint8_t> marks;
         TsBytes packet;
-        while (m_reader.Read(packet))
+        while (m_reader.Read(packet)) {
             marks.push_back(packet[4]);
+        }
         return marks;
     }
 
@@ -47,8 +47,9 @@ Bytes Marked(std::uint8_t mark)
 Bytes Joined(std::vector<Bytes> const& parts)
 {
     Bytes all;
-    for (Bytes const& part : parts)
+    for (Bytes const& part : parts) {
         all = all + part;
+    }
     return all;
 }
 

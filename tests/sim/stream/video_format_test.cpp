@@ -14,8 +14,9 @@ namespace {
 Bytes FromHex(std::string const& text)
 {
     Bytes bytes;
-    for (std::size_t i = 0; i + 1 < text.size(); i += 2)
+    for (std::size_t i = 0; i + 1 < text.size(); i += 2) {
         bytes.push_back(static_cast<std::uint8_t>(std::stoul(text.substr(i, 2), nullptr, 16)));
+    }
     return bytes;
 }
 
@@ -43,16 +44,18 @@ class BitWriter
 public:
     BitWriter& Bits(std::uint64_t value, unsigned count)
     {
-        for (unsigned i = count; i > 0; --i)
+        for (unsigned i = count; i > 0; --i) {
             m_bits += (value >> (i - 1)) & 1 ? '1' : '0';
+        }
         return *this;
     }
 
     BitWriter& Ue(std::uint64_t value)
     {
         unsigned length = 0;
-        while ((value + 1) >> (length + 1))
+        while ((value + 1) >> (length + 1)) {
             ++length;
+        }
         return Bits(0, length).Bits(value + 1, length + 1);
     }
 
@@ -60,8 +63,9 @@ public:
     {
         Bytes bytes;
         std::string const padded = m_bits + "1" + std::string(7, '0');
-        for (std::size_t i = 0; i + 8 <= padded.size(); i += 8)
+        for (std::size_t i = 0; i + 8 <= padded.size(); i += 8) {
             bytes.push_back(static_cast<std::uint8_t>(std::stoul(padded.substr(i, 8), nullptr, 2)));
+        }
         return bytes;
     }
 
@@ -101,8 +105,9 @@ TEST(VideoFormat, H264WithScalingListsAndPictureOrderOne)
     set.Bits(100, 8).Bits(0, 16).Ue(0);
     set.Ue(1).Ue(0).Ue(0).Bits(0, 1).Bits(1, 1); // 4:2:0, 8 bits, a scaling matrix:
     set.Bits(1, 1);                              // the first list is sent: 16 equal steps of 0
-    for (int i = 0; i < 16; ++i)
+    for (int i = 0; i < 16; ++i) {
         set.Ue(0);
+    }
     set.Bits(0, 7);                                           // the other seven are not
     set.Ue(4).Ue(1).Bits(0, 1).Ue(0).Ue(0).Ue(2).Ue(1).Ue(2); // picture order 1, a cycle of two
     set.Ue(4).Bits(0, 1).Ue(19).Ue(14).Bits(1, 1).Bits(1, 1); // 20 x 15 macroblocks
@@ -155,11 +160,52 @@ TEST(VideoFormat, Hevc)
     ExpectFormat(Parse(VideoCodec::Hevc,
                        "0000000142010101600000030090000003000003007ba003c08010e596566924caf016808000"
                        "0003008000001904"),
-                 1920, 1080, {0, 0}, {0, 0}, false);
+                 1920, 1080, {50, 1}, {16, 9}, false);
     ExpectFormat(Parse(VideoCodec::Hevc,
                        "000000014201010408000003009d0800000300005ab006b201e1d796566924caf01680800000"
                        "03008000000c84"),
-                 854, 480, {0, 0}, {0, 0}, false);
+                 854, 480, {25, 1}, {427, 240}, false);
+}
+
+TEST(VideoFormat, HevcWithEverythingInFrontOfTheTiming)
+{
+    BitWriter set;
+    auto const codes = [&set](unsigned count) {
+        for (unsigned i = 0; i < count; ++i) {
+            set.Ue(1);
+        }
+    };
+    auto const profile = [&set] { set.Bits(UINT64_MAX, 64).Bits(UINT64_MAX, 32); };
+    set.Bits(0, 4).Bits(1, 3).Bits(1, 1); // two temporal layers
+    profile();
+    set.Bits(3, 2).Bits(0x3FFF, 14);
+    profile();
+    set.Ue(0).Ue(3).Bits(1, 1).Ue(320).Ue(240); // planes coded one by one
+    set.Bits(1, 1).Ue(1).Ue(2).Ue(3).Ue(4);     // crop 3 columns, 7 rows
+    set.Ue(2).Ue(2).Ue(4).Bits(1, 1);           // picture order has 8 bits
+    codes(6 + 6);                               // buffers of both layers, block sizes
+    set.Bits(3, 2);                             // scaling lists:
+    for (unsigned size = 0; size < 4; ++size) { // the first of every size is a copy
+        set.Bits(0, 1).Ue(1);
+        for (unsigned list = 1; list < (size == 3 ? 2 : 6); ++list) {
+            set.Bits(1, 1);
+            codes((size == 0 ? 16u : 64u) + (size >= 2 ? 1u : 0u));
+        }
+    }
+    set.Bits(3, 2).Bits(1, 1).Bits(0x77, 8).Ue(0).Ue(1).Bits(1, 1); // uncoded blocks
+    set.Ue(3).Ue(2).Ue(1);                                          // three sets of reference pictures: three
+    set.Ue(0).Bits(1, 1).Ue(0).Bits(1, 1).Ue(0).Bits(1, 1);         // pictures,
+    set.Bits(1, 1).Bits(1, 1).Ue(0).Bits(0b1'01'00'1, 6);           // three of these four,
+    set.Bits(1, 1).Bits(0, 1).Ue(0).Bits(0b1111, 4);                // and those and one more
+    set.Bits(1, 1).Ue(2).Bits(0x5A, 8).Bits(1, 1).Bits(0x5A, 8).Bits(0, 1); // long-term pictures
+    set.Bits(3, 2).Bits(1, 1);
+    set.Bits(1, 1).Bits(255, 8).Bits(4, 16).Bits(3, 16).Bits(3, 2); // pixels are 4:3
+    set.Bits(1, 1).Bits(0b0101'1, 5).Bits(0x010101, 24).Bits(1, 1).Ue(1).Ue(1);
+    set.Bits(0, 3).Bits(1, 1);
+    codes(4); // a display window
+    set.Bits(1, 1).Bits(0x01010101, 32).Bits(0x19191919, 32);
+    Bytes const pes = MakePes(1, Bytes{0, 0, 1, 0x42, 0x01} + set.Take(), true, {}, 0xE0);
+    ExpectFormat(ParseVideoFormat(VideoCodec::Hevc, pes), 317, 233, {25, 1}, {1268, 699}, false);
 }
 
 TEST(VideoFormat, NothingWithoutASequenceHead)

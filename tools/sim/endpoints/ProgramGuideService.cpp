@@ -2,7 +2,6 @@
 
 #include "RequestTable.h"
 #include "guide/EitGuide.h"
-#include "guide/GuideDetails.h"
 #include "playback/StreamGuide.h"
 
 #include <zviptv/ProxyDBusHelper.h>
@@ -101,7 +100,7 @@ RatedProgramme ProgramGuideService::Present() const
         return present;
     }
     present.start = guide->At(*position).start;
-    std::optional<GuideRating> const rating = Describe(*guide, *position).rating;
+    std::optional<GuideRating> const& rating = guide->At(*position).rating;
     present.minimumAge = rating ? static_cast<int>(rating->minimumAge.value_or(0)) : 0;
     return present;
 }

@@ -1,6 +1,6 @@
 #include "guide/EitDescriptors.h"
 
-#include "guide/DvbText.h"
+#include "stream/DvbText.h"
 
 #include <algorithm>
 #include <array>
@@ -31,8 +31,9 @@ constexpr std::array<char const*, 11> Genres{"Movie/Drama",
 std::string ParseCode(ByteView data)
 {
     std::string code;
-    for (std::size_t i = 0; i < 3; ++i)
+    for (std::size_t i = 0; i < 3; ++i) {
         code += std::isalpha(data[i]) ? static_cast<char>(data[i]) : '?';
+    }
     return code;
 }
 
@@ -67,20 +68,24 @@ void AddContent(ByteView data, EitEvent& event)
 {
     for (; data.Size() >= 2; data = data.Part(2)) {
         std::size_t const level = data[0] >> 4;
-        if (level == 0 || level > Genres.size())
+        if (level == 0 || level > Genres.size()) {
             continue;
+        }
         std::string const genre = Genres[level - 1];
-        if (std::find(event.genres.begin(), event.genres.end(), genre) == event.genres.end())
+        if (std::find(event.genres.begin(), event.genres.end(), genre) == event.genres.end()) {
             event.genres.push_back(genre);
+        }
     }
 }
 
 /// Codes over 15 are the broadcaster's own.
 void AddRatings(ByteView data, EitEvent& event)
 {
-    for (; data.Size() >= 4; data = data.Part(4))
-        if (data[3] >= 1 && data[3] <= 0x0F)
+    for (; data.Size() >= 4; data = data.Part(4)) {
+        if (data[3] >= 1 && data[3] <= 0x0F) {
             event.ratings.push_back({ParseCode(data), data[3] + 3u});
+        }
+    }
 }
 
 std::optional<unsigned> ParseBcd(std::uint8_t byte, unsigned limit)
@@ -96,8 +101,9 @@ std::optional<std::uint32_t> ParseBcdTime(ByteView bytes, unsigned maxHour)
     auto const hour = ParseBcd(bytes[0], maxHour);
     auto const minute = ParseBcd(bytes[1], 59);
     auto const second = ParseBcd(bytes[2], 59);
-    if (!hour || !minute || !second)
+    if (!hour || !minute || !second) {
         return std::nullopt;
+    }
     return *hour * 3600 + *minute * 60 + *second;
 }
 
@@ -132,8 +138,9 @@ std::optional<std::uint32_t> ParseMjdTime(ByteView bytes)
     constexpr std::uint32_t EpochMjd = 40587;
     auto const time = ParseBcdTime(bytes.Part(2), 23);
     std::uint32_t const day = bytes.U16(0);
-    if (!time || day < EpochMjd)
+    if (!time || day < EpochMjd) {
         return std::nullopt;
+    }
     return (day - EpochMjd) * 86400 + *time;
 }
 

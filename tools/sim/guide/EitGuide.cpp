@@ -18,8 +18,9 @@ std::uint32_t StopOf(EitEvent const& event)
 
 void AddText(ProgrammeDraft& draft, GuideField field, std::string const& language, std::string const& text)
 {
-    if (!text.empty())
+    if (!text.empty()) {
         draft.texts.push_back({field, language, text});
+    }
 }
 
 ProgrammeDraft MakeDraft(EitEvent const& event)
@@ -35,8 +36,9 @@ ProgrammeDraft MakeDraft(EitEvent const& event)
         AddText(draft, GuideField::Subtitle, text.language, hasBoth ? text.summary : std::string());
         AddText(draft, GuideField::Description, text.language, hasBoth ? text.description : text.summary);
     }
-    for (std::string const& genre : event.genres)
+    for (std::string const& genre : event.genres) {
         AddText(draft, GuideField::Genre, {}, genre);
+    }
     for (EitRating const& rating : event.ratings) {
         draft.texts.push_back({GuideField::RatingSystem, {}, rating.country});
         AddText(draft, GuideField::RatingValue, {}, std::to_string(rating.minimumAge));
@@ -50,11 +52,14 @@ LoadedGuide MakeGuide(EitTable const& table, ServiceNames const& serviceNames)
 {
     LoadedGuide made;
     GuideBuilder builder;
-    for (auto const& [name, id] : serviceNames)
+    for (auto const& [name, id] : serviceNames) {
         builder.AddChannel({std::to_string(id), {name}});
-    for (EitEvent const& event : table.Events())
-        if (event.start)
+    }
+    for (EitEvent const& event : table.Events()) {
+        if (event.start) {
             builder.AddProgramme(MakeDraft(event));
+        }
+    }
     made.guide = builder.Build({}, made.warnings);
     return made;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "guide/EitTable.h"
+#include "guide/EitReader.h"
 #include "guide/GuideFile.h"
 
 namespace zviptv::sim {

@@ -4,30 +4,57 @@
 
 namespace zviptv::sim {
 
-Guide::Guide(GuideData data) : m_data(std::move(data)) {}
+namespace {
+
+/// Position of the service's first entry for which `isBefore` is false.
+template <typename IsBefore>
+std::uint32_t Partition(GuideService const& service, IsBefore isBefore)
+{
+    auto const begin = service.entries.begin();
+    auto const found = std::partition_point(begin, service.entries.end(), isBefore);
+    return service.first + static_cast<std::uint32_t>(found - begin);
+}
+
+} // namespace
+
+Guide::Guide(std::vector<GuideService> services) : m_services(std::move(services))
+{
+    std::uint32_t position = 0;
+    for (GuideService& service : m_services) {
+        service.first = position;
+        for (GuideEntry const& entry : service.entries) {
+            m_byEvent.emplace_back(entry.eventId, position++);
+        }
+    }
+    std::sort(m_byEvent.begin(), m_byEvent.end());
+}
+
+GuideService const& Guide::ServiceAt(std::uint32_t position) const
+{
+    return *std::partition_point(m_services.begin(), m_services.end(),
+                                 [=](GuideService const& service) { return service.End() <= position; });
+}
+
+GuideEntry const& Guide::At(std::uint32_t position) const
+{
+    GuideService const& service = ServiceAt(position);
+    return service.entries[position - service.first];
+}
 
 GuideService const* Guide::FindService(std::uint64_t serviceId) const
 {
     auto const found =
-        std::lower_bound(m_data.services.begin(), m_data.services.end(), serviceId,
+        std::lower_bound(m_services.begin(), m_services.end(), serviceId,
                          [](GuideService const& service, std::uint64_t id) { return service.id < id; });
-    return found != m_data.services.end() && found->id == serviceId ? &*found : nullptr;
-}
-
-template <typename IsBefore>
-std::uint32_t Guide::Partition(GuideService const& service, IsBefore isBefore) const
-{
-    auto const first = m_data.entries.begin() + static_cast<std::ptrdiff_t>(service.first);
-    auto const last = first + static_cast<std::ptrdiff_t>(service.count);
-    auto const found = std::partition_point(first, last, isBefore);
-    return static_cast<std::uint32_t>(found - m_data.entries.begin());
+    return found != m_services.end() && found->id == serviceId ? &*found : nullptr;
 }
 
 GuideRange Guide::List(std::uint64_t serviceId, std::uint32_t start, std::uint32_t duration) const
 {
     GuideService const* const service = FindService(serviceId);
-    if (!service || duration == 0)
+    if (service == nullptr || duration == 0) {
         return {};
+    }
     std::uint64_t const end = std::uint64_t{start} + duration;
     auto const first = Partition(*service, [=](GuideEntry const& entry) { return entry.Stop() <= start; });
     auto const last = Partition(*service, [=](GuideEntry const& entry) { return entry.start < end; });
@@ -37,72 +64,57 @@ GuideRange Guide::List(std::uint64_t serviceId, std::uint32_t start, std::uint32
 std::optional<std::uint32_t> Guide::Present(std::uint64_t serviceId, std::int64_t now) const
 {
     GuideService const* const service = FindService(serviceId);
-    if (!service || now < 0)
+    if (service == nullptr || now < 0) {
         return std::nullopt;
+    }
     auto const time = static_cast<std::uint64_t>(now);
     auto const position = Partition(*service, [=](GuideEntry const& entry) { return entry.Stop() <= time; });
-    bool const on = position < service->first + service->count && At(position).start <= time;
+    bool const on = position < service->End() && At(position).start <= time;
     return on ? std::optional<std::uint32_t>(position) : std::nullopt;
+}
+
+/// The first of the event at a position in [begin, end).
+std::optional<std::uint32_t> Guide::FindEvent(std::uint32_t eventId, std::uint32_t begin,
+                                              std::uint32_t end) const
+{
+    auto const found = std::lower_bound(m_byEvent.begin(), m_byEvent.end(), std::pair(eventId, begin));
+    bool const known = found != m_byEvent.end() && found->first == eventId && found->second < end;
+    return known ? std::optional<std::uint32_t>(found->second) : std::nullopt;
 }
 
 std::optional<std::uint32_t> Guide::Find(std::uint32_t eventId) const
 {
-    auto const found = std::lower_bound(
-        m_data.byEvent.begin(), m_data.byEvent.end(), eventId,
-        [this](std::uint32_t position, std::uint32_t id) { return At(position).eventId < id; });
-    bool const known = found != m_data.byEvent.end() && At(*found).eventId == eventId;
-    return known ? std::optional<std::uint32_t>(*found) : std::nullopt;
+    return FindEvent(eventId, 0, All().count);
 }
 
 std::optional<std::uint32_t> Guide::Find(std::uint64_t serviceId, std::uint32_t eventId) const
 {
     GuideService const* const service = FindService(serviceId);
-    if (!service)
-        return std::nullopt;
-    auto const found =
-        std::lower_bound(m_data.byEvent.begin(), m_data.byEvent.end(), std::pair(eventId, service->first),
-                         [this](std::uint32_t position, auto const& id) {
-                             return std::pair(At(position).eventId, position) < id;
-                         });
-    bool const known = found != m_data.byEvent.end() && At(*found).eventId == eventId &&
-                       *found < service->first + service->count;
-    return known ? std::optional<std::uint32_t>(*found) : std::nullopt;
+    return service != nullptr ? FindEvent(eventId, service->first, service->End()) : std::nullopt;
 }
 
 std::optional<std::uint32_t> Guide::Find(ProgrammeKey const& key) const
 {
     GuideService const* const service = FindService(key.serviceId);
-    if (!service)
+    if (service == nullptr) {
         return std::nullopt;
-    auto const matches = [&key](GuideEntry const& entry) {
+    }
+    auto const& entries = service->entries;
+    auto const found = std::find_if(entries.begin(), entries.end(), [&key](GuideEntry const& entry) {
         return (entry.eventId & 0xFFFF) == key.eventId &&
                (key.startTime == 0 || key.startTime == entry.start);
-    };
-    if (key.startTime != 0) {
-        auto const position =
-            Partition(*service, [&key](GuideEntry const& entry) { return entry.start < key.startTime; });
-        bool const found = position < service->first + service->count && matches(At(position));
-        return found ? std::optional<std::uint32_t>(position) : std::nullopt;
-    }
-    for (std::uint32_t position = service->first; position < service->first + service->count; ++position)
-        if (matches(At(position)))
-            return position;
-    return std::nullopt;
+    });
+    return found == entries.end()
+               ? std::nullopt
+               : std::optional(service->first + static_cast<std::uint32_t>(found - entries.begin()));
 }
 
 std::optional<std::uint32_t> Guide::Neighbour(std::uint32_t position, int steps) const
 {
-    GuideService const& service = ServiceOf(At(position));
+    GuideService const& service = ServiceAt(position);
     std::int64_t const other = std::int64_t{position} + steps;
-    bool const inside = other >= service.first && other < std::int64_t{service.first} + service.count;
+    bool const inside = other >= service.first && other < service.End();
     return inside ? std::optional<std::uint32_t>(static_cast<std::uint32_t>(other)) : std::nullopt;
-}
-
-std::size_t Guide::KeptBytes() const
-{
-    return m_data.pool.KeptBytes() + m_data.texts.size() * sizeof(GuideText) +
-           m_data.entries.size() * sizeof(GuideEntry) + m_data.services.size() * sizeof(GuideService) +
-           m_data.languages.size() * sizeof(TextRef) + m_data.byEvent.size() * sizeof(std::uint32_t);
 }
 
 } // namespace zviptv::sim

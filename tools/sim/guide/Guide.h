@@ -1,13 +1,58 @@
 #pragma once
 
-#include "guide/GuideData.h"
-
 #include <cstdint>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace zviptv::sim {
 
-/// Programmes that lie behind one another in the guide's order.
+/// A programme's texts in one language.
+struct GuideVersion
+{
+    std::string language;
+    std::string title;
+    std::string subtitle;
+    std::string description;
+    std::vector<std::string> genres;
+};
+
+struct GuideRating
+{
+    std::string system;
+    std::string value;
+    std::optional<unsigned> minimumAge; ///< years; nothing when the value names no age
+};
+
+/// One programme. Times are seconds since 1970, UTC.
+struct GuideEntry
+{
+    std::uint32_t eventId = 0;
+    std::uint32_t start = 0;
+    std::uint32_t duration = 0; ///< seconds; never 0 in a finished guide
+
+    /// In the language of the first title. Texts without a language belong to it, and what it lacks comes
+    /// from the first other language that has it.
+    GuideVersion main;
+    std::vector<GuideVersion> translations; ///< the other languages, in the order of their first text
+    std::optional<GuideRating> rating;      ///< the one with the highest age, the first of those
+    std::string icon;
+    std::string episode;
+
+    std::uint64_t Stop() const { return std::uint64_t{start} + duration; }
+};
+
+struct GuideService
+{
+    std::uint64_t id = 0;
+    std::string name;
+    std::vector<GuideEntry> entries; ///< by start; no two overlap
+    std::uint32_t first = 0;         ///< position of the first entry in the guide
+
+    std::uint32_t End() const { return first + static_cast<std::uint32_t>(entries.size()); }
+};
+
+/// Programmes that follow one another in the guide's order.
 struct GuideRange
 {
     std::uint32_t first = 0;
@@ -27,15 +72,15 @@ struct ProgrammeKey
 class Guide
 {
 public:
-    /// `data` as GuideBuilder makes it.
-    explicit Guide(GuideData data);
+    /// @param services by id, their entries in order; `first` is set here
+    explicit Guide(std::vector<GuideService> services);
     Guide(Guide const&) = delete;
     Guide& operator=(Guide const&) = delete;
 
-    GuideRange All() const { return {0, static_cast<std::uint32_t>(m_data.entries.size())}; }
-    GuideEntry const& At(std::uint32_t position) const { return m_data.entries[position]; }
-    GuideService const& ServiceOf(GuideEntry const& entry) const { return m_data.services[entry.service]; }
-    std::vector<GuideService> const& Services() const { return m_data.services; }
+    GuideRange All() const { return {0, static_cast<std::uint32_t>(m_byEvent.size())}; }
+    GuideEntry const& At(std::uint32_t position) const;
+    GuideService const& ServiceAt(std::uint32_t position) const;
+    std::vector<GuideService> const& Services() const { return m_services; }
 
     /// Null when the guide has no such service.
     GuideService const* FindService(std::uint64_t serviceId) const;
@@ -54,19 +99,12 @@ public:
     /// The programme `steps` later of the same service; earlier when negative.
     std::optional<std::uint32_t> Neighbour(std::uint32_t position, int steps) const;
 
-    std::string_view Text(TextRef ref) const { return m_data.pool.Get(ref); }
-    GuideText const& TextAt(std::uint32_t number) const { return m_data.texts[number]; }
-    std::string_view Language(GuideText const& text) const { return Text(m_data.languages[text.language]); }
-
-    /// Memory that the guide holds, in bytes.
-    std::size_t KeptBytes() const;
-
 private:
-    /// First position of the service's for which `isBefore` is false.
-    template <typename IsBefore>
-    std::uint32_t Partition(GuideService const& service, IsBefore isBefore) const;
+    std::optional<std::uint32_t> FindEvent(std::uint32_t eventId, std::uint32_t begin,
+                                           std::uint32_t end) const;
 
-    GuideData m_data;
+    std::vector<GuideService> m_services;
+    std::vector<std::pair<std::uint32_t, std::uint32_t>> m_byEvent; ///< event id and position, in order
 };
 
 } // namespace zviptv::sim

@@ -1,32 +1,75 @@
 #include "guide/GuideBuilder.h"
 
-#include "guide/GuideSchedule.h"
-
 #include <algorithm>
-#include <limits>
-#include <numeric>
-#include <stdexcept>
+#include <tuple>
 
 namespace zviptv::sim {
 
 namespace {
 
-constexpr std::size_t MaxLanguageSize = 35;
-constexpr std::size_t MaxTextItems = std::numeric_limits<std::uint32_t>::max();
+/// Length of a programme that has no stop and none after it, in seconds.
+constexpr std::uint32_t DefaultDuration = 30 * 60;
+
+std::string NameOf(GuideService const& service, GuideEntry const& entry)
+{
+    return "service " + std::to_string(service.id) + ": programme " + std::to_string(entry.eventId);
+}
+
+void DropDuplicates(GuideService& service, GuideWarnings& warnings)
+{
+    auto const isDuplicate = [&](GuideEntry const& kept, GuideEntry const& entry) {
+        bool const same = kept.start == entry.start;
+        if (same) {
+            warnings.Add(0, NameOf(service, entry) + " starts with programme " +
+                                std::to_string(kept.eventId) + ", left out");
+        }
+        return same;
+    };
+    auto& entries = service.entries;
+    entries.erase(std::unique(entries.begin(), entries.end(), isDuplicate), entries.end());
+}
+
+void FitTogether(GuideService& service, GuideWarnings& warnings)
+{
+    GuideEntry* before = nullptr;
+    for (GuideEntry& entry : service.entries) {
+        std::uint32_t const room = before != nullptr ? entry.start - before->start : 0;
+        if (before != nullptr && before->duration > room) {
+            warnings.Add(0, NameOf(service, *before) + " runs into programme " +
+                                std::to_string(entry.eventId) + ", cut");
+        }
+        if (before != nullptr && (before->duration == 0 || before->duration > room)) {
+            before->duration = room;
+        }
+        before = &entry;
+    }
+    if (before != nullptr && before->duration == 0) {
+        before->duration = DefaultDuration;
+    }
+}
+
+/// Sorts the service's programmes by their start and makes sure that at most one is on at a time: of two that
+/// start together the one with the lower event id stays; one that runs into the next ends where that begins;
+/// one without a stop ends there, too.
+void OrderSchedule(GuideService& service, GuideWarnings& warnings)
+{
+    std::sort(service.entries.begin(), service.entries.end(),
+              [](GuideEntry const& left, GuideEntry const& right) {
+                  return std::tie(left.start, left.eventId) < std::tie(right.start, right.eventId);
+              });
+    DropDuplicates(service, warnings);
+    FitTogether(service, warnings);
+}
 
 } // namespace
 
-GuideBuilder::GuideBuilder()
+std::size_t GuideBuilder::ChannelNumber(std::string const& id)
 {
-    m_data.languages.push_back(0);
-    m_languageNumbers.emplace("", 0);
-}
-
-std::uint32_t GuideBuilder::ChannelNumber(std::string const& id)
-{
-    auto const [known, isNew] = m_channelNumbers.emplace(id, m_channels.size());
-    if (isNew)
+    auto const [known, isNew] = m_numbers.emplace(id, m_channels.size());
+    if (isNew) {
         m_channels.push_back({id, {}});
+        m_services.emplace_back();
+    }
     return known->second;
 }
 
@@ -36,88 +79,25 @@ void GuideBuilder::AddChannel(GuideChannel channel)
     std::move(channel.names.begin(), channel.names.end(), std::back_inserter(names));
 }
 
-/// Absurdly long ones, and those beyond what the number can count, are "none".
-std::uint16_t GuideBuilder::LanguageNumber(std::string const& language)
+void GuideBuilder::AddProgramme(ProgrammeDraft draft)
 {
-    auto const known = m_languageNumbers.find(language);
-    if (known != m_languageNumbers.end())
-        return known->second;
-    std::size_t const number = m_data.languages.size();
-    if (language.size() > MaxLanguageSize || number > std::numeric_limits<std::uint16_t>::max())
-        return 0;
-    m_data.languages.push_back(m_data.pool.Add(language));
-    return m_languageNumbers[language] = static_cast<std::uint16_t>(number);
-}
-
-void GuideBuilder::AddTexts(ProgrammeDraft const& draft)
-{
-    std::size_t const count = std::min(draft.texts.size(), MaxTexts);
-    if (m_data.texts.size() + count > MaxTextItems)
-        throw std::length_error("the guide holds too many texts");
-    std::for_each_n(draft.texts.begin(), count, [this](ProgrammeDraft::Text const& text) {
-        m_data.texts.push_back({m_interner.Add(text.text), LanguageNumber(text.language), text.field});
-    });
-}
-
-void GuideBuilder::AddProgramme(ProgrammeDraft const& draft)
-{
-    GuideEntry entry;
-    entry.eventId = draft.eventId;
-    entry.service = ChannelNumber(draft.channel);
-    entry.start = draft.start;
-    entry.duration = draft.stop > draft.start ? draft.stop - draft.start : 0;
-    entry.firstText = static_cast<std::uint32_t>(m_data.texts.size());
-    AddTexts(draft);
-    entry.textCount = static_cast<std::uint32_t>(m_data.texts.size() - entry.firstText);
-    m_data.entries.push_back(entry);
-}
-
-/// The services, by id; returns the service of every channel.
-std::vector<std::uint32_t> GuideBuilder::MakeServices(ServiceNames const& serviceNames,
-                                                      GuideWarnings& warnings)
-{
-    auto const ids = AssignServiceNumbers(m_channels, serviceNames, warnings);
-    std::vector<std::uint32_t> order(ids.size());
-    std::iota(order.begin(), order.end(), 0u);
-    std::sort(order.begin(), order.end(), [&ids](auto left, auto right) { return ids[left] < ids[right]; });
-
-    std::vector<std::uint32_t> serviceOf(ids.size());
-    for (std::uint32_t const channel : order) {
-        serviceOf[channel] = static_cast<std::uint32_t>(m_data.services.size());
-        auto const& names = m_channels[channel].names;
-        m_data.services.push_back({ids[channel], names.empty() ? 0 : m_interner.Add(names.front()), 0, 0});
-    }
-    return serviceOf;
-}
-
-void GuideBuilder::IndexServices()
-{
-    for (std::size_t at = m_data.entries.size(); at-- > 0;) {
-        GuideService& service = m_data.services[m_data.entries[at].service];
-        service.first = static_cast<std::uint32_t>(at);
-        ++service.count;
-    }
-}
-
-void GuideBuilder::IndexEvents()
-{
-    m_data.byEvent.resize(m_data.entries.size());
-    std::iota(m_data.byEvent.begin(), m_data.byEvent.end(), 0u);
-    std::sort(m_data.byEvent.begin(), m_data.byEvent.end(), [this](std::uint32_t left, std::uint32_t right) {
-        return std::pair(m_data.entries[left].eventId, left) <
-               std::pair(m_data.entries[right].eventId, right);
-    });
+    auto& entries = m_services[ChannelNumber(draft.channel)].entries;
+    entries.push_back(Describe(std::move(draft)));
 }
 
 std::shared_ptr<Guide const> GuideBuilder::Build(ServiceNames const& serviceNames, GuideWarnings& warnings)
 {
-    auto const serviceOf = MakeServices(serviceNames, warnings);
-    for (GuideEntry& entry : m_data.entries)
-        entry.service = serviceOf[entry.service];
-    OrderSchedule(m_data, warnings);
-    IndexServices();
-    IndexEvents();
-    return std::make_shared<Guide const>(std::move(m_data));
+    auto const ids = AssignServiceNumbers(m_channels, serviceNames, warnings);
+    for (std::size_t i = 0; i < ids.size(); ++i) {
+        m_services[i].id = ids[i];
+        m_services[i].name = m_channels[i].names.empty() ? std::string() : m_channels[i].names.front();
+    }
+    std::sort(m_services.begin(), m_services.end(),
+              [](GuideService const& left, GuideService const& right) { return left.id < right.id; });
+    for (GuideService& service : m_services) {
+        OrderSchedule(service, warnings);
+    }
+    return std::make_shared<Guide const>(std::move(m_services));
 }
 
 } // namespace zviptv::sim

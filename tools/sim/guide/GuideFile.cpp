@@ -1,12 +1,12 @@
 #include "guide/GuideFile.h"
 
 #include "guide/GuideBuilder.h"
-#include "guide/GuideError.h"
+#include "guide/GuideProblems.h"
 #include "guide/XmltvReader.h"
 
 #include <cerrno>
 #include <fcntl.h>
-#include <stdexcept>
+#include <new>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -22,15 +22,17 @@ public:
     explicit InputFile(std::string const& path)
         : m_path(path), m_descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY))
     {
-        if (m_descriptor < 0)
+        if (m_descriptor < 0) {
             Fail(errno);
+        }
     }
     InputFile(InputFile const&) = delete;
     InputFile& operator=(InputFile const&) = delete;
     ~InputFile()
     {
-        if (m_descriptor >= 0)
+        if (m_descriptor >= 0) {
             close(m_descriptor);
+        }
     }
 
     void RequireRegular() const
@@ -38,20 +40,24 @@ public:
         struct stat status
         {
         };
-        if (fstat(m_descriptor, &status) != 0)
+        if (fstat(m_descriptor, &status) != 0) {
             Fail(errno);
-        if (!S_ISREG(status.st_mode))
+        }
+        if (!S_ISREG(status.st_mode)) {
             throw GuideError(m_path + ": not a regular file");
+        }
     }
 
     std::size_t Read(char* buffer, std::size_t size)
     {
         for (;;) {
             ssize_t const count = read(m_descriptor, buffer, size);
-            if (count >= 0)
+            if (count >= 0) {
                 return static_cast<std::size_t>(count);
-            if (errno != EINTR)
+            }
+            if (errno != EINTR) {
                 Fail(errno);
+            }
         }
     }
 
@@ -74,8 +80,6 @@ LoadedGuide ReadGuide(std::string const& name, ReadBytes const& read, ServiceNam
     try {
         XmltvReader(name, builder, loaded.warnings).Read(read);
         loaded.guide = builder.Build(serviceNames, loaded.warnings);
-    } catch (std::length_error const& error) {
-        throw GuideError(name + ": " + error.what());
     } catch (std::bad_alloc const&) {
         throw GuideError(name + ": not enough memory");
     }
@@ -88,8 +92,9 @@ LoadedGuide LoadGuide(std::string const& path, ServiceNames const& serviceNames,
     InputFile file(path);
     file.RequireRegular();
     auto const read = [&](char* buffer, std::size_t size) {
-        if (stop != nullptr && *stop)
+        if (stop != nullptr && *stop) {
             throw GuideError(path + ": given up");
+        }
         return file.Read(buffer, size);
     };
     return ReadGuide(path, read, serviceNames);

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "guide/Guide.h"
-#include "guide/GuideWarnings.h"
+#include "guide/GuideProblems.h"
 #include "guide/ServiceNumbers.h"
 #include "guide/XmlParser.h"
 

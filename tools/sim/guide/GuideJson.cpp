@@ -1,33 +1,27 @@
 #include "guide/GuideJson.h"
 
-#include "guide/GuideDetails.h"
-
 #include <json/json.h>
 
 namespace zviptv::sim {
 
 namespace {
 
-Json::Value ToJson(std::string_view text)
-{
-    return Json::Value(text.data(), text.data() + text.size());
-}
-
-Json::Value ToJson(std::vector<std::string_view> const& texts)
+Json::Value ToJson(std::vector<std::string> const& texts)
 {
     Json::Value array(Json::arrayValue);
-    for (std::string_view const text : texts)
-        array.append(ToJson(text));
+    for (std::string const& text : texts) {
+        array.append(text);
+    }
     return array;
 }
 
 Json::Value ToJson(GuideVersion const& version)
 {
     Json::Value object(Json::objectValue);
-    object["language"] = ToJson(version.language);
-    object["title"] = ToJson(version.title);
-    object["subtitle"] = ToJson(version.subtitle);
-    object["description"] = ToJson(version.description);
+    object["language"] = version.language;
+    object["title"] = version.title;
+    object["subtitle"] = version.subtitle;
+    object["description"] = version.description;
     object["genres"] = ToJson(version.genres);
     return object;
 }
@@ -35,8 +29,8 @@ Json::Value ToJson(GuideVersion const& version)
 Json::Value ToJson(GuideRating const& rating)
 {
     Json::Value object(Json::objectValue);
-    object["system"] = ToJson(rating.system);
-    object["value"] = ToJson(rating.value);
+    object["system"] = rating.system;
+    object["value"] = rating.value;
     object["minimum_age"] = rating.minimumAge ? Json::Value(*rating.minimumAge) : Json::Value();
     return object;
 }
@@ -44,20 +38,20 @@ Json::Value ToJson(GuideRating const& rating)
 Json::Value ToJson(Guide const& guide, std::uint32_t position)
 {
     GuideEntry const& entry = guide.At(position);
-    GuideService const& service = guide.ServiceOf(entry);
-    GuideDetails const details = Describe(guide, position);
-    Json::Value object = ToJson(details.main);
+    GuideService const& service = guide.ServiceAt(position);
+    Json::Value object = ToJson(entry.main);
     object["service_id"] = std::to_string(service.id);
-    object["channel"] = ToJson(guide.Text(service.name));
+    object["channel"] = service.name;
     object["event_id"] = entry.eventId;
     object["start_time"] = entry.start;
     object["duration"] = entry.duration;
-    object["rating"] = details.rating ? ToJson(*details.rating) : Json::Value();
-    object["icon"] = ToJson(details.icon);
-    object["episode"] = ToJson(details.episode);
+    object["rating"] = entry.rating ? ToJson(*entry.rating) : Json::Value();
+    object["icon"] = entry.icon;
+    object["episode"] = entry.episode;
     object["translations"] = Json::Value(Json::arrayValue);
-    for (GuideVersion const& version : details.translations)
+    for (GuideVersion const& version : entry.translations) {
         object["translations"].append(ToJson(version));
+    }
     return object;
 }
 
@@ -83,8 +77,9 @@ std::string ProgrammesJson(Guide const& guide, GuideRange range, std::size_t lar
     std::string list = "[";
     for (std::uint32_t i = 0; i < range.count; ++i) {
         std::string const programme = ProgrammeJson(guide, range.first + i);
-        if (list.size() + programme.size() + Signs > largest)
+        if (list.size() + programme.size() + Signs > largest) {
             break;
+        }
         list += (i == 0 ? "" : ",") + programme;
     }
     return list + "]";
@@ -92,13 +87,13 @@ std::string ProgrammesJson(Guide const& guide, GuideRange range, std::size_t lar
 
 std::string RatingJson(Guide const& guide, std::uint32_t position)
 {
-    auto const rating = Describe(guide, position).rating;
+    auto const& rating = guide.At(position).rating;
     return rating ? Write(ToJson(*rating)) : std::string();
 }
 
 std::string GenresJson(Guide const& guide, std::uint32_t position)
 {
-    return Write(ToJson(Describe(guide, position).main.genres));
+    return Write(ToJson(guide.At(position).main.genres));
 }
 
 } // namespace zviptv::sim

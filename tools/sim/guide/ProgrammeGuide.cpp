@@ -24,8 +24,9 @@ GuideList ProgrammeGuide::Select(std::uint64_t serviceId, std::uint32_t start, s
 std::string ProgrammeGuide::Programme(GuideList const& list, std::uint32_t index) const
 {
     Guide const* const guide = list.guide ? list.guide.get() : m_guide.get();
-    if (!guide)
+    if (!guide) {
         return {};
+    }
     GuideRange const range = list.guide ? list.range : guide->All();
     return index < range.count ? ProgrammeJson(*guide, range.first + index) : std::string();
 }
@@ -33,8 +34,9 @@ std::string ProgrammeGuide::Programme(GuideList const& list, std::uint32_t index
 std::string ProgrammeGuide::Programme(std::string const& request, int step) const
 {
     auto const key = ParseProgrammeKey(request);
-    if (!m_guide || !key || step < -1 || step > 1)
+    if (!m_guide || !key || step < -1 || step > 1) {
         return {};
+    }
     auto const position = m_guide->Find(*key);
     return position ? Json(m_guide->Neighbour(*position, step)) : std::string();
 }

@@ -12,16 +12,18 @@ constexpr std::size_t MaxRequestSize = 4096;
 
 std::optional<Json::Value> ParseObject(std::string const& text)
 {
-    if (text.size() > MaxRequestSize)
+    if (text.size() > MaxRequestSize) {
         return std::nullopt;
+    }
     Json::CharReaderBuilder rules;
     Json::CharReaderBuilder::strictMode(&rules.settings_);
     rules["stackLimit"] = 16;
     std::unique_ptr<Json::CharReader> const reader(rules.newCharReader());
     Json::Value value;
     try {
-        if (!reader->parse(text.data(), text.data() + text.size(), &value, nullptr) || !value.isObject())
+        if (!reader->parse(text.data(), text.data() + text.size(), &value, nullptr) || !value.isObject()) {
             return std::nullopt;
+        }
     } catch (Json::Exception const&) { // nested too deeply
         return std::nullopt;
     }
@@ -48,14 +50,16 @@ std::optional<ProgrammeKey> ParseProgrammeKey(std::string const& json)
 {
     constexpr std::uint32_t Any = std::numeric_limits<std::uint32_t>::max();
     auto const object = ParseObject(json);
-    if (!object || !(*object)["service_id"].isString())
+    if (!object || !(*object)["service_id"].isString()) {
         return std::nullopt;
+    }
     auto const serviceId = ParseDigits((*object)["service_id"].asString());
     auto const eventId = Number((*object)["event_id"], std::numeric_limits<std::uint16_t>::max());
     auto const start = Number(object->get("start_time", 0u), Any);
     auto const duration = Number(object->get("duration", 0u), Any);
-    if (!serviceId || !eventId || !start || !duration)
+    if (!serviceId || !eventId || !start || !duration) {
         return std::nullopt;
+    }
     return ProgrammeKey{*serviceId, static_cast<std::uint16_t>(*eventId), *start};
 }
 

@@ -37,11 +37,13 @@ std::optional<unsigned> FirstNumber(std::string_view value)
 {
     auto const first = std::find_if(value.begin(), value.end(), IsDigit);
     auto const last = std::find_if_not(first, value.end(), IsDigit);
-    if (first == last || last - first > 2)
+    if (first == last || last - first > 2) {
         return std::nullopt;
+    }
     unsigned number = 0;
-    for (auto digit = first; digit != last; ++digit)
+    for (auto digit = first; digit != last; ++digit) {
         number = number * 10 + static_cast<unsigned>(*digit - '0');
+    }
     return number <= MaxAge ? std::optional<unsigned>(number) : std::nullopt;
 }
 

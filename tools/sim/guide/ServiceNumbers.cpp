@@ -24,9 +24,11 @@ std::optional<std::uint64_t> LeadingNumber(std::string_view text, char end)
 
 std::optional<std::uint64_t> NumberInNames(GuideChannel const& channel)
 {
-    for (std::string const& name : channel.names)
-        if (auto const number = LeadingNumber(name, '\0'))
+    for (std::string const& name : channel.names) {
+        if (auto const number = LeadingNumber(name, '\0')) {
             return number;
+        }
+    }
     return std::nullopt;
 }
 
@@ -40,9 +42,11 @@ public:
 
     void Apply(Rule const& rule)
     {
-        for (std::size_t i = 0; i < m_channels.size(); ++i)
-            if (auto const number = m_numbers[i] ? std::nullopt : rule(m_channels[i]))
+        for (std::size_t i = 0; i < m_channels.size(); ++i) {
+            if (auto const number = m_numbers[i] ? std::nullopt : rule(m_channels[i])) {
                 Claim(i, *number);
+            }
+        }
     }
 
     std::vector<std::uint64_t> Finish()
@@ -50,8 +54,9 @@ public:
         std::vector<std::uint64_t> result;
         std::uint64_t next = 1;
         for (auto const& number : m_numbers) {
-            while (!number && m_taken.count(next) != 0)
+            while (!number && m_taken.count(next) != 0) {
                 ++next;
+            }
             result.push_back(number ? *number : next++);
         }
         return result;
@@ -60,11 +65,12 @@ public:
 private:
     void Claim(std::size_t channel, std::uint64_t number)
     {
-        if (m_taken.insert(number).second)
+        if (m_taken.insert(number).second) {
             m_numbers[channel] = number;
-        else
+        } else {
             m_warnings.Add(0, "channel \"" + m_channels[channel].id + "\": service id " +
                                   std::to_string(number) + " belongs to another channel");
+        }
     }
 
     std::vector<GuideChannel> const& m_channels;
@@ -80,9 +86,11 @@ std::vector<std::uint64_t> AssignServiceNumbers(std::vector<GuideChannel> const&
 {
     Assignment assignment(channels, warnings);
     assignment.Apply([&names](GuideChannel const& channel) -> std::optional<std::uint64_t> {
-        for (std::string const& name : channel.names)
-            if (auto const known = names.find(name); known != names.end())
+        for (std::string const& name : channel.names) {
+            if (auto const known = names.find(name); known != names.end()) {
                 return known->second;
+            }
+        }
         return std::nullopt;
     });
     assignment.Apply([](GuideChannel const& channel) { return LeadingNumber(channel.id, '.'); });

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "guide/GuideWarnings.h"
+#include "guide/GuideProblems.h"
 
 #include <map>
 #include <string>

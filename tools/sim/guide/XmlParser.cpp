@@ -1,7 +1,7 @@
 #include "guide/XmlParser.h"
 
-#include "guide/CharacterSet.h"
-#include "guide/GuideError.h"
+#include "guide/GuideProblems.h"
+#include "stream/CharacterSet.h"
 
 #include <expat.h>
 #include <new>
@@ -10,17 +10,20 @@ namespace zviptv::sim {
 
 std::string_view XmlAttributes::Get(std::string_view name) const
 {
-    for (char const* const* pair = m_pairs; *pair; pair += 2)
-        if (name == *pair)
+    for (char const* const* pair = m_pairs; *pair; pair += 2) {
+        if (name == *pair) {
             return *(pair + 1);
+        }
+    }
     return {};
 }
 
 template <typename Function>
 void XmlParser::Guard(Function function) noexcept
 {
-    if (m_failure)
+    if (m_failure) {
         return;
+    }
     try {
         function();
     } catch (...) {
@@ -38,8 +41,9 @@ struct XmlCallbacks
     {
         XmlParser& self = Self(data);
         self.Guard([&] {
-            if (++self.m_depth > XmlParser::MaxDepth)
+            if (++self.m_depth > XmlParser::MaxDepth) {
                 self.Fail("elements are nested too deeply");
+            }
             self.m_handler.OnStart(name, XmlAttributes(attributes));
         });
     }
@@ -71,8 +75,9 @@ struct XmlCallbacks
     {
         XmlParser& self = Self(data);
         self.Guard([&] {
-            if (isParameterEntity == 0)
+            if (isParameterEntity == 0) {
                 self.m_handler.OnText("&" + std::string(name) + ";");
+            }
         });
     }
 
@@ -80,10 +85,12 @@ struct XmlCallbacks
     static int OnUnknownEncoding(void*, XML_Char const* name, XML_Encoding* info)
     {
         auto const table = ByteCharacters(name);
-        if (!table)
+        if (!table) {
             return XML_STATUS_ERROR;
-        for (std::size_t i = 0; i < table->size(); ++i)
+        }
+        for (std::size_t i = 0; i < table->size(); ++i) {
             info->map[i] = (*table)[i];
+        }
         info->data = nullptr;
         info->convert = nullptr;
         info->release = nullptr;
@@ -99,8 +106,9 @@ void XmlParser::Deleter::operator()(XML_Parser parser) const noexcept
 XmlParser::XmlParser(std::string name, XmlHandler& handler)
     : m_name(std::move(name)), m_handler(handler), m_parser(XML_ParserCreate(nullptr))
 {
-    if (!m_parser)
+    if (!m_parser) {
         throw std::bad_alloc();
+    }
     XML_SetUserData(m_parser.get(), this);
     XML_SetElementHandler(m_parser.get(), &XmlCallbacks::OnStart, &XmlCallbacks::OnEnd);
     XML_SetCharacterDataHandler(m_parser.get(), &XmlCallbacks::OnText);
@@ -128,30 +136,35 @@ void XmlParser::CheckTokenSize() const
 {
     XML_Index const done = XML_GetCurrentByteIndex(m_parser.get());
     std::uint64_t const taken = done < 0 ? 0 : static_cast<std::uint64_t>(done);
-    if (m_fed > taken && m_fed - taken > 2 * MaxTokenSize + BufferSize)
+    if (m_fed > taken && m_fed - taken > 2 * MaxTokenSize + BufferSize) {
         Fail("a tag, comment or declaration over 1 MiB");
+    }
 }
 
 void XmlParser::ParsePiece(ReadBytes const& read, bool& ended)
 {
     void* const buffer = XML_GetBuffer(m_parser.get(), static_cast<int>(BufferSize));
-    if (!buffer)
+    if (!buffer) {
         throw std::bad_alloc();
+    }
     std::size_t const size = read(static_cast<char*>(buffer), BufferSize);
     m_fed += size;
     ended = size == 0;
     auto const status = XML_ParseBuffer(m_parser.get(), static_cast<int>(size), ended ? XML_TRUE : XML_FALSE);
-    if (m_failure)
+    if (m_failure) {
         std::rethrow_exception(m_failure);
-    if (status != XML_STATUS_OK)
+    }
+    if (status != XML_STATUS_OK) {
         Fail(XML_ErrorString(XML_GetErrorCode(m_parser.get())));
+    }
     CheckTokenSize();
 }
 
 void XmlParser::Parse(ReadBytes const& read)
 {
-    for (bool ended = false; !ended;)
+    for (bool ended = false; !ended;) {
         ParsePiece(read, ended);
+    }
 }
 
 } // namespace zviptv::sim

@@ -13,7 +13,7 @@ namespace zviptv::sim {
 namespace {
 
 constexpr std::size_t MaxIdSize = 1024;
-constexpr std::size_t MaxLanguageSize = 64; // the builder takes less
+constexpr std::size_t MaxLanguageSize = 64; // Describe() takes less
 
 // Depth of elements: 1 tv, 2 channel or programme, 3 what these are made of, 4 a rating's value.
 constexpr unsigned ItemDepth = 2;
@@ -50,15 +50,17 @@ void XmltvReader::Read(ReadBytes const& read)
 void XmltvReader::OnStart(std::string_view name, XmlAttributes const& attributes)
 {
     ++m_depth;
-    if (m_depth < ItemDepth && name != "tv")
+    if (m_depth < ItemDepth && name != "tv") {
         m_parser.Fail("the document is not a programme guide: <" + std::string(CutUtf8(name, 60)) +
                       ">, not <tv>");
-    if (m_depth == ItemDepth)
+    }
+    if (m_depth == ItemDepth) {
         StartItem(name, attributes);
-    else if (m_inside == Inside::Channel && m_depth == PartDepth && name == "display-name")
+    } else if (m_inside == Inside::Channel && m_depth == PartDepth && name == "display-name") {
         StartText(GuideField::Title, {});
-    else if (m_inside == Inside::Programme && m_depth >= PartDepth && m_textDepth == 0)
+    } else if (m_inside == Inside::Programme && m_depth >= PartDepth && m_textDepth == 0) {
         StartProgrammePart(name, attributes);
+    }
 }
 
 void XmltvReader::StartItem(std::string_view name, XmlAttributes const& attributes)
@@ -92,10 +94,12 @@ bool XmltvReader::ReadTimes(std::string_view start, std::string_view stop)
         return false;
     }
     auto const stopTime = ParseTime(stop);
-    if (!stop.empty() && !stopTime)
+    if (!stop.empty() && !stopTime) {
         Warn("no valid stop time: " + Quoted(stop) + ", ignored");
-    if (stopTime && *stopTime <= *startTime)
+    }
+    if (stopTime && *stopTime <= *startTime) {
         Warn("stop time " + Quoted(stop) + " is not after the start, ignored");
+    }
     m_draft.start = *startTime;
     m_draft.stop = stopTime ? *stopTime : 0;
     return true;
@@ -111,9 +115,11 @@ void XmltvReader::StartProgrammePart(std::string_view name, XmlAttributes const&
     } else if (m_inRating && m_depth == PartDepth + 1 && name == "value") {
         StartText(GuideField::RatingValue, {});
     } else if (m_depth == PartDepth) {
-        for (auto const& [element, field] : TextFields)
-            if (element == name)
+        for (auto const& [element, field] : TextFields) {
+            if (element == name) {
                 StartText(field, attributes.Get("lang"));
+            }
+        }
     }
 }
 
@@ -128,58 +134,69 @@ void XmltvReader::StartText(GuideField field, std::string_view language)
 
 void XmltvReader::OnText(std::string_view text)
 {
-    if (m_textDepth == 0 || m_cut)
+    if (m_textDepth == 0 || m_cut) {
         return;
+    }
     std::string_view const piece = CutUtf8(text, MaxTextSize - m_text.size());
     m_text += piece;
     m_cut = piece.size() < text.size();
-    if (m_cut)
+    if (m_cut) {
         Warn("text over 65535 bytes, cut");
+    }
 }
 
 void XmltvReader::EndText()
 {
     m_textDepth = 0;
     TidyText(m_text);
-    if (m_inside == Inside::Channel && !m_text.empty())
+    if (m_inside == Inside::Channel && !m_text.empty()) {
         m_channel.names.push_back(m_text);
-    else if (m_inside == Inside::Programme)
+    } else if (m_inside == Inside::Programme) {
         AddText(m_field, m_text, m_language);
+    }
 }
 
 void XmltvReader::AddText(GuideField field, std::string_view text, std::string_view language)
 {
     std::size_t const count = m_draft.texts.size();
-    if (count < GuideBuilder::MaxTexts && (!text.empty() || field == GuideField::RatingSystem))
+    if (count < MaxTexts && (!text.empty() || field == GuideField::RatingSystem)) {
         m_draft.texts.push_back({field, std::string(language), std::string(CutUtf8(text, MaxTextSize))});
-    else if (count == GuideBuilder::MaxTexts)
+    } else if (count == MaxTexts) {
         Warn("programme with more than 1000 texts, cut");
+    }
 }
 
 void XmltvReader::OnEnd(std::string_view)
 {
-    if (m_depth == m_textDepth)
+    if (m_depth == m_textDepth) {
         EndText();
-    if (m_depth == PartDepth)
+    }
+    if (m_depth == PartDepth) {
         m_inRating = false;
-    if (m_depth == ItemDepth && m_inside == Inside::Channel)
+    }
+    if (m_depth == ItemDepth && m_inside == Inside::Channel) {
         m_builder.AddChannel(std::move(m_channel));
-    if (m_depth == ItemDepth && m_inside == Inside::Programme)
+    }
+    if (m_depth == ItemDepth && m_inside == Inside::Programme) {
         EndProgramme();
-    if (m_depth == ItemDepth)
+    }
+    if (m_depth == ItemDepth) {
         m_inside = Inside::Other;
+    }
     --m_depth;
 }
 
 void XmltvReader::EndProgramme()
 {
-    if (!m_keep)
+    if (!m_keep) {
         return;
+    }
     bool const hasTitle = std::any_of(m_draft.texts.begin(), m_draft.texts.end(),
                                       [](auto const& text) { return text.field == GuideField::Title; });
-    if (!hasTitle)
+    if (!hasTitle) {
         Warn("programme without title");
-    m_builder.AddProgramme(m_draft);
+    }
+    m_builder.AddProgramme(std::move(m_draft));
 }
 
 } // namespace zviptv::sim

@@ -10,7 +10,10 @@ class XmltvReader : private XmlHandler
 {
 public:
     /// Bytes of one text; the rest is left out, with a warning.
-    static constexpr std::size_t MaxTextSize = TextPool::MaxTextSize;
+    static constexpr std::size_t MaxTextSize = 65535;
+
+    /// Texts of one programme; more are left out, with a warning.
+    static constexpr std::size_t MaxTexts = 1000;
 
     /// `name` is the document's in error messages.
     XmltvReader(std::string name, GuideBuilder& builder, GuideWarnings& warnings);

@@ -34,10 +34,12 @@ constexpr bool IsBlank(char c)
 
 std::string_view Trim(std::string_view text)
 {
-    while (!text.empty() && IsBlank(text.front()))
+    while (!text.empty() && IsBlank(text.front())) {
         text.remove_prefix(1);
-    while (!text.empty() && IsBlank(text.back()))
+    }
+    while (!text.empty() && IsBlank(text.back())) {
         text.remove_suffix(1);
+    }
     return text;
 }
 
@@ -50,11 +52,13 @@ std::string_view LeadingDigits(std::string_view text)
 /// Takes `count` digits off the front; `fallback` when there are none left.
 int Take(std::string_view& digits, std::size_t count, int fallback)
 {
-    if (digits.empty())
+    if (digits.empty()) {
         return fallback;
+    }
     int value = 0;
-    for (char const digit : digits.substr(0, count))
+    for (char const digit : digits.substr(0, count)) {
         value = value * 10 + (digit - '0');
+    }
     digits.remove_prefix(std::min(count, digits.size()));
     return value;
 }
@@ -82,18 +86,21 @@ static_assert(DaysSinceEpoch(1970, 1, 1) == 0 && DaysSinceEpoch(2000, 3, 1) == 1
 
 std::optional<std::int64_t> ParseClock(std::string_view digits)
 {
-    if (digits.size() < 4 || digits.size() > 14 || digits.size() % 2 != 0)
+    if (digits.size() < 4 || digits.size() > 14 || digits.size() % 2 != 0) {
         return std::nullopt;
+    }
     int const year = Take(digits, 4, 0);
     int const month = Take(digits, 2, 1);
     int const day = Take(digits, 2, 1);
     int const hour = Take(digits, 2, 0);
     int const minute = Take(digits, 2, 0);
     int const second = Take(digits, 2, 0);
-    if (year < 1 || month < 1 || month > 12 || day < 1 || day > DaysInMonth(year, month))
+    if (year < 1 || month < 1 || month > 12 || day < 1 || day > DaysInMonth(year, month)) {
         return std::nullopt;
-    if (hour > 23 || minute > 59 || second > 59)
+    }
+    if (hour > 23 || minute > 59 || second > 59) {
         return std::nullopt;
+    }
     return DaysSinceEpoch(year, month, day) * 86400 + hour * 3600 + minute * 60 + second;
 }
 
@@ -102,11 +109,13 @@ std::optional<int> ParseOffset(std::string_view text)
 {
     int const sign = text.front() == '-' ? -1 : 1;
     std::string digits(text.substr(1));
-    if (digits.size() == 5 && digits[2] == ':')
+    if (digits.size() == 5 && digits[2] == ':') {
         digits.erase(2, 1);
+    }
     std::string_view left = digits;
-    if ((digits.size() != 2 && digits.size() != 4) || LeadingDigits(left) != left)
+    if ((digits.size() != 2 && digits.size() != 4) || LeadingDigits(left) != left) {
         return std::nullopt;
+    }
     int const hour = Take(left, 2, 0);
     int const minute = Take(left, 2, 0);
     return hour <= 14 && minute <= 59 ? std::optional<int>(sign * (hour * 60 + minute)) : std::nullopt;
@@ -120,10 +129,12 @@ char ToUpper(char c)
 /// Minutes east of UTC.
 std::optional<int> ParseZone(std::string_view text)
 {
-    if (text.empty())
+    if (text.empty()) {
         return 0;
-    if (text.front() == '+' || text.front() == '-')
+    }
+    if (text.front() == '+' || text.front() == '-') {
         return ParseOffset(text);
+    }
     auto const zone = std::find_if(Zones.begin(), Zones.end(), [text](Zone const& candidate) {
         return std::equal(text.begin(), text.end(), candidate.name.begin(), candidate.name.end(),
                           [](char left, char right) { return ToUpper(left) == right; });
@@ -139,8 +150,9 @@ std::optional<std::int64_t> ParseXmltvTime(std::string_view text)
     std::string_view const digits = LeadingDigits(text);
     auto const clock = ParseClock(digits);
     auto const zone = ParseZone(Trim(text.substr(digits.size())));
-    if (!clock || !zone)
+    if (!clock || !zone) {
         return std::nullopt;
+    }
     return *clock - *zone * 60;
 }
 

@@ -1,7 +1,5 @@
 #include "Player.h"
 
-#include "stream/StreamError.h"
-
 #include <utility>
 
 namespace zviptv::sim {
@@ -29,13 +27,22 @@ std::string KnownProgrammes(Demux const& demux)
     return numbers;
 }
 
+std::string AdviceOn(Demux const& demux)
+{
+    std::uint64_t const damaged = demux.DamagedSections();
+    return damaged == 0 ? "; play a stream that has a PAT and a PMT"
+                        : ", but " + std::to_string(damaged) +
+                              (damaged == 1 ? " damaged section" : " damaged sections") +
+                              " of PAT, PMT or SDT; record the stream again";
+}
+
 } // namespace
 
 Player::Player(PlayerOptions const& options, Listener listener)
     : m_loop(options.loop), m_listener(std::move(listener)), m_demux(options.path), m_pacer(options.speed)
 {
     if (m_demux.Programmes().empty()) {
-        throw StreamError(options.path + " holds no programme: no PMT found");
+        throw StreamError(options.path + " holds no programme: no PMT found" + AdviceOn(m_demux));
     }
     if (options.programme && !m_demux.Select(*options.programme)) {
         throw StreamError(options.path + " has no programme " + std::to_string(*options.programme) +

@@ -1,7 +1,7 @@
 #include "StreamGuide.h"
 
 #include "StandardStreams.h"
-#include "guide/GuideError.h"
+#include "guide/GuideProblems.h"
 
 #include <cstdio>
 #include <stdexcept>
@@ -47,7 +47,7 @@ void ListServices(PlayerOptions const& stream, std::string const& path)
     } else {
         std::shared_ptr<Guide const> const guide = LoadGuideOf(player, path).guide;
         for (GuideService const& service : guide->Services()) {
-            Print(service.id, std::string(guide->Text(service.name)));
+            Print(service.id, service.name);
         }
     }
     RequireOutput();

@@ -1,4 +1,5 @@
-#include "stream/AudioFrames.h"
+#include "stream/AacFrame.h"
+
 #include "stream/BitReader.h"
 
 namespace zviptv::sim {
@@ -27,8 +28,9 @@ AudioFormat FormatOf(std::uint32_t sampleRate, std::uint32_t channels)
     AudioFormat format;
     format.sampleRate = sampleRate;
     format.channels = static_cast<std::uint8_t>(channels < 7 ? channels : channels == 7 ? 8 : 0);
-    if (channels != 0)
+    if (channels != 0) {
         format.dualMono = false;
+    }
     return format;
 }
 
@@ -46,8 +48,9 @@ AudioFormat ReadSpecificConfig(BitReader& bits)
     std::uint32_t const type = ReadObjectType(bits);
     std::uint32_t sampleRate = ReadSampleRate(bits);
     std::uint32_t const channels = bits.Bits(4);
-    if (type == BandReplication || type == ParametricStereo)
+    if (type == BandReplication || type == ParametricStereo) {
         sampleRate = ReadSampleRate(bits);
+    }
     return FormatOf(sampleRate, type == ParametricStereo ? 2 : channels);
 }
 
@@ -61,8 +64,9 @@ std::optional<AudioFormat> ReadStreamMuxConfig(BitReader& bits)
     bits.Skip(6); // frames in an element
     std::uint32_t const programmes = bits.Bits(4);
     std::uint32_t const layers = bits.Bits(3);
-    if (version || !sameTiming || programmes != 0 || layers != 0)
+    if (version || !sameTiming || programmes != 0 || layers != 0) {
         return std::nullopt;
+    }
     AudioFormat const format = ReadSpecificConfig(bits);
     bool const isSound = bits.Ok() && format.sampleRate != 0 && format.sampleRate <= HighestRate;
     return isSound ? std::optional<AudioFormat>(format) : std::nullopt;
@@ -75,8 +79,9 @@ std::optional<AudioFrame> ParseAdtsFrame(ByteView bytes)
     constexpr std::uint32_t Sync = 0xFFF;
     constexpr std::size_t HeadSize = 7;
     BitReader bits(bytes);
-    if (bits.Bits(12) != Sync)
+    if (bits.Bits(12) != Sync) {
         return std::nullopt;
+    }
     bits.Skip(1); // MPEG-2 or MPEG-4
     bool const isLayer = bits.Bits(2) == 0;
     bits.Skip(1 + 2); // no checksum, profile
@@ -85,8 +90,9 @@ std::optional<AudioFrame> ParseAdtsFrame(ByteView bytes)
     std::uint32_t const channels = bits.Bits(3);
     bits.Skip(4);
     std::size_t const size = bits.Bits(13);
-    if (!bits.Ok() || !isLayer || sampleRate == 0 || size < HeadSize)
+    if (!bits.Ok() || !isLayer || sampleRate == 0 || size < HeadSize) {
         return std::nullopt;
+    }
     return AudioFrame{size, FormatOf(sampleRate, channels)};
 }
 
@@ -95,11 +101,13 @@ std::optional<AudioFrame> ParseLatmFrame(ByteView bytes)
     constexpr std::uint32_t Sync = 0x2B7;
     constexpr std::size_t HeadSize = 3;
     BitReader bits(bytes);
-    if (bits.Bits(11) != Sync)
+    if (bits.Bits(11) != Sync) {
         return std::nullopt;
+    }
     std::size_t const size = HeadSize + bits.Bits(13);
-    if (!bits.Ok())
+    if (!bits.Ok()) {
         return std::nullopt;
+    }
     bool const sameAsBefore = bits.Flag();
     return AudioFrame{size, sameAsBefore ? std::nullopt : ReadStreamMuxConfig(bits)};
 }

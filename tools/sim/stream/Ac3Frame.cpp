@@ -1,4 +1,5 @@
-#include "stream/AudioFrames.h"
+#include "stream/Ac3Frame.h"
+
 #include "stream/BitReader.h"
 
 namespace zviptv::sim {
@@ -24,12 +25,15 @@ AudioFormat FormatOf(std::uint32_t sampleRate, std::uint32_t bitRate, std::uint3
 void SkipMixLevels(BitReader& bits, std::uint32_t mode)
 {
     constexpr std::uint32_t Stereo = 2;
-    if ((mode & 1) != 0 && mode != 1)
+    if ((mode & 1) != 0 && mode != 1) {
         bits.Skip(2);
-    if ((mode & 4) != 0)
+    }
+    if ((mode & 4) != 0) {
         bits.Skip(2);
-    if (mode == Stereo)
+    }
+    if (mode == Stereo) {
         bits.Skip(2);
+    }
 }
 
 std::size_t Ac3Size(std::uint32_t kilobits, std::uint32_t rateCode, std::uint32_t sizeCode)
@@ -51,8 +55,9 @@ std::optional<AudioFrame> ParsePlain(ByteView bytes, std::uint32_t identificatio
     std::uint32_t const mode = bits.Bits(3);
     SkipMixLevels(bits, mode);
     bool const effects = bits.Flag();
-    if (!bits.Ok() || rateCode == Reserved || sizeCode / 2 >= std::size(Kilobits))
+    if (!bits.Ok() || rateCode == Reserved || sizeCode / 2 >= std::size(Kilobits)) {
         return std::nullopt;
+    }
     std::uint32_t const kilobits = Kilobits[sizeCode / 2];
     unsigned const halvings = identification > 8 ? identification - 8 : 0; // 9: half the rates, 10: a quarter
     return AudioFrame{
@@ -73,8 +78,9 @@ std::optional<AudioFrame> ParseEnhanced(ByteView bytes)
     std::uint32_t const mode = bits.Bits(3);
     bool const effects = bits.Flag();
     bool const isHalf = rateCode == Reserved;
-    if (!bits.Ok() || type == Reserved || (isHalf && secondCode == Reserved))
+    if (!bits.Ok() || type == Reserved || (isHalf && secondCode == Reserved)) {
         return std::nullopt;
+    }
     std::uint32_t const sampleRate = isHalf ? SampleRates[secondCode] / 2 : SampleRates[rateCode];
     std::uint32_t const samples = SamplesPerBlock * (isHalf ? 6 : BlocksOf[secondCode]);
     auto const bitRate = static_cast<std::uint32_t>(size * 8 * sampleRate / samples);
@@ -88,8 +94,9 @@ std::optional<AudioFrame> ParseAc3Frame(ByteView bytes)
     constexpr std::uint32_t LastPlain = 10;
     constexpr std::uint32_t LastEnhanced = 16;
     std::uint32_t const identification = bytes[5] >> 3;
-    if (bytes.U16(0) != Sync || identification > LastEnhanced)
+    if (bytes.U16(0) != Sync || identification > LastEnhanced) {
         return std::nullopt;
+    }
     return identification <= LastPlain ? ParsePlain(bytes, identification) : ParseEnhanced(bytes);
 }
 

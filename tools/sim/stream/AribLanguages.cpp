@@ -15,11 +15,13 @@ ByteView GroupOf(ByteView pes)
     constexpr std::uint8_t Caption = 0x80;
     constexpr std::uint8_t Superimpose = 0x81;
     auto const header = ParsePesHeader(pes);
-    if (!header)
+    if (!header) {
         return {};
+    }
     ByteView const data = pes.Part(header->payloadOffset);
-    if (data[0] != Caption && data[0] != Superimpose)
+    if (data[0] != Caption && data[0] != Superimpose) {
         return {};
+    }
     return data.Part(std::size_t{3} + (data[2] & 0x0F));
 }
 
@@ -39,10 +41,12 @@ AribLanguage ReadLanguage(BitReader& bits)
     language.tag = static_cast<std::uint8_t>(bits.Bits(3));
     bits.Skip(1);
     std::uint32_t const mode = bits.Bits(4);
-    if (mode >= FirstConditional && mode <= LastConditional)
+    if (mode >= FirstConditional && mode <= LastConditional) {
         bits.Skip(8);
-    for (int i = 0; i < 3; ++i)
+    }
+    for (int i = 0; i < 3; ++i) {
         language.language += static_cast<char>(bits.Bits(8));
+    }
     bits.Skip(8); // format, coding, roll-up
     return language;
 }
@@ -52,18 +56,21 @@ AribLanguage ReadLanguage(BitReader& bits)
 std::optional<std::vector<AribLanguage>> ParseAribLanguages(ByteView pes)
 {
     ByteView const group = GroupOf(pes);
-    if (!IsManagement(group))
+    if (!IsManagement(group)) {
         return std::nullopt;
+    }
     BitReader bits(group.Part(GroupHead, group.U16(3)));
     constexpr std::uint32_t OffsetTime = 2;
     std::uint32_t const timeMode = bits.Bits(2);
     bits.Skip(6);
-    if (timeMode == OffsetTime)
+    if (timeMode == OffsetTime) {
         bits.Skip(40);
+    }
     std::uint32_t const count = bits.Bits(8);
     std::vector<AribLanguage> languages;
-    for (std::uint32_t i = 0; i < count && bits.Ok(); ++i)
+    for (std::uint32_t i = 0; i < count && bits.Ok(); ++i) {
         languages.push_back(ReadLanguage(bits));
+    }
     return bits.Ok() ? std::optional(std::move(languages)) : std::nullopt;
 }
 

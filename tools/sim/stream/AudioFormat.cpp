@@ -1,6 +1,8 @@
 #include "stream/AudioFormat.h"
 
-#include "stream/AudioFrames.h"
+#include "stream/AacFrame.h"
+#include "stream/Ac3Frame.h"
+#include "stream/MpegAudioFrame.h"
 #include "stream/PesHeader.h"
 
 namespace zviptv::sim {
@@ -41,16 +43,18 @@ std::optional<AudioFormat> ParseAudioFormat(AudioCodec codec, ByteView pes)
 {
     auto const header = ParsePesHeader(pes);
     FrameParser const parse = ParserOf(codec);
-    if (!header || parse == nullptr)
+    if (!header || parse == nullptr) {
         return std::nullopt;
+    }
     constexpr std::size_t Searched = 64 * 1024; // many frames
     ByteView rest = pes.Part(header->payloadOffset, Searched);
     while (!rest.Empty()) {
         auto const frame = parse(rest);
         bool const isFollowed = frame && frame->size <= rest.Size() &&
                                 (frame->size == rest.Size() || parse(rest.Part(frame->size)));
-        if (isFollowed && frame->format)
+        if (isFollowed && frame->format) {
             return frame->format;
+        }
         rest = rest.Part(isFollowed ? frame->size : 1);
     }
     return std::nullopt;

@@ -15,6 +15,13 @@ struct AudioFormat
     std::optional<bool> dualMono; ///< two independent sounds
 };
 
+/// One frame of audio; it may end after the bytes that it was read from.
+struct AudioFrame
+{
+    std::size_t size = 0;              ///< in bytes, head included; never 0
+    std::optional<AudioFormat> format; ///< nothing where the frame refers to one before it
+};
+
 using AudioFormats = std::map<std::uint16_t, AudioFormat>; ///< by PID
 
 /// Looks for a whole frame at the beginning of a PES packet, another one or the packet's end behind it. Gives

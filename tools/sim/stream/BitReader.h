@@ -14,8 +14,9 @@ public:
     std::uint32_t Bits(unsigned count)
     {
         std::uint32_t value = 0;
-        for (unsigned i = 0; i < count; ++i)
+        for (unsigned i = 0; i < count; ++i) {
             value = (value << 1) | Bit();
+        }
         return value;
     }
 
@@ -31,10 +32,12 @@ public:
     std::uint32_t Ue()
     {
         unsigned zeros = 0;
-        while (m_ok && !Flag())
+        while (m_ok && !Flag()) {
             ++zeros;
-        if (zeros > 31)
+        }
+        if (zeros > 31) {
             m_ok = false;
+        }
         return m_ok ? ((std::uint32_t{1} << zeros) - 1) + Bits(zeros) : 0;
     }
 

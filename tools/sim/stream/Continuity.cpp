@@ -21,10 +21,10 @@ void ContinuityCheck::Remember(TsPacket const& packet)
 
 Continuity ContinuityCheck::Check(TsPacket const& packet)
 {
-    if (!packet.hasPayload) // such packets do not count
-    {
-        if (packet.discontinuity)
+    if (!packet.hasPayload) { // such packets do not count
+        if (packet.discontinuity) {
             Forget();
+        }
         return Continuity::InOrder;
     }
     if (m_known && !m_repeated && IsRepeat(packet)) {

@@ -16,20 +16,26 @@ Demux::Demux(std::string const& path) : Demux(std::make_unique<TsReader>(path)) 
 Demux::Demux(std::unique_ptr<PacketSource> source) : m_source(std::move(source))
 {
     FindProgrammes();
-    if (!Programmes().empty())
+    if (!Programmes().empty()) {
         m_current = std::make_shared<Programme const>(Programmes().front());
+    }
     FollowStreams();
 }
 
-/// Reads the tables first, so that no PES packet in front of them is lost.
+/// Reads the tables first, so that no PES packet in front of them is lost. Names may come seconds after the
+/// rest, which then stays as it was at the start.
 void Demux::FindProgrammes()
 {
     TsBytes bytes;
-    for (std::uint64_t count = 0; count < MaxPacketsToSearch && !m_tables.IsComplete(); ++count) {
-        if (!m_source->Read(bytes))
+    for (std::uint64_t count = 0; count < MaxPacketsToSearch && m_source->Read(bytes); ++count) {
+        bool const isComplete = m_tables.IsComplete();
+        if (isComplete && m_tables.HasNames()) {
             break;
-        if (auto const packet = ParseTsPacket(bytes))
+        }
+        auto const packet = ParseTsPacket(bytes);
+        if (packet && (!isComplete || packet->pid == ProgrammeTable::SdtPid)) {
             m_tables.Push(*packet);
+        }
     }
     m_tables.Restart();
     m_source->Rewind();
@@ -38,8 +44,9 @@ void Demux::FindProgrammes()
 bool Demux::Select(std::uint16_t programme)
 {
     Programme const* const found = m_tables.Find(programme);
-    if (!found)
+    if (!found) {
         return false;
+    }
     m_choice = programme;
     m_current = std::make_shared<Programme const>(*found);
     m_tracks.clear();
@@ -53,17 +60,21 @@ bool Demux::Select(std::uint16_t programme)
 void Demux::FollowTables()
 {
     Programme const* now = nullptr;
-    if (m_choice)
+    if (m_choice) {
         now = m_tables.Find(*m_choice);
-    else if (m_current)
+    } else if (m_current) {
         now = m_tables.Find(m_current->number);
-    if (!now && !m_choice && !Programmes().empty())
+    }
+    if (!now && !m_choice && !Programmes().empty()) {
         now = &Programmes().front();
+    }
 
-    if (!now && !m_current)
+    if (!now && !m_current) {
         return;
-    if (now && m_current && HaveSameContent(*now, *m_current))
+    }
+    if (now && m_current && HaveSameContent(*now, *m_current)) {
         return;
+    }
     m_current = now ? std::make_shared<Programme const>(*now) : nullptr;
     FollowStreams();
     m_timeline.AddProgramme(m_packet, m_current);
@@ -75,11 +86,13 @@ void Demux::FollowStreams()
     std::map<std::uint16_t, Track> tracks;
     if (m_current) {
         for (ElementaryStream const& stream : m_current->streams) {
-            if (stream.kind == StreamKind::Sections || stream.pid == NullPid)
+            if (stream.kind == StreamKind::Sections || stream.pid == NullPid) {
                 continue;
+            }
             auto old = m_tracks.extract(stream.pid);
-            if (!old.empty())
+            if (!old.empty()) {
                 tracks.insert(std::move(old));
+            }
             tracks.try_emplace(stream.pid, stream.kind).first->second.kind = stream.kind;
         }
     }
@@ -103,27 +116,33 @@ void Demux::Handle(TsBytes const& bytes)
         ++m_malformed;
         return;
     }
-    if (m_onPacket)
+    if (m_onPacket) {
         m_onPacket(*packet);
-    if (m_tables.Push(*packet))
+    }
+    if (m_tables.Push(*packet)) {
         FollowTables();
+    }
     if (packet->pcr && m_current && packet->pid == m_current->pcrPid) {
         m_timeline.AddClock(m_packet);
         m_timeline.AddPcr(m_packet, *packet->pcr, packet->discontinuity);
     }
     auto const track = m_tracks.find(packet->pid);
-    if (track == m_tracks.end())
+    if (track == m_tracks.end()) {
         return;
-    for (auto& pes : track->second.assembler.Push(*packet))
+    }
+    for (auto& pes : track->second.assembler.Push(*packet)) {
         AddPes(packet->pid, track->second.kind, std::move(pes));
+    }
 }
 
 /// The stream has ended: nothing more will complete what is open.
 void Demux::Finish()
 {
-    for (auto& [pid, track] : m_tracks)
-        if (auto last = track.assembler.Flush())
+    for (auto& [pid, track] : m_tracks) {
+        if (auto last = track.assembler.Flush()) {
             AddPes(pid, track.kind, std::move(*last));
+        }
+    }
     m_timeline.AddClock(m_packet);
     m_timeline.EndPass(m_packet);
     m_ended = true;
@@ -143,25 +162,29 @@ std::optional<Event> Demux::Next()
         }
         event = m_timeline.Take();
     }
-    if (event)
+    if (event) {
         NoteFirstPts(*event);
+    }
     return event;
 }
 
 void Demux::NoteFirstPts(Event const& event)
 {
-    if (event.type == EventType::Pes && event.pes.pts)
+    if (event.type == EventType::Pes && event.pes.pts) {
         m_firstPts.try_emplace(event.pes.pid, *event.pes.pts);
+    }
 }
 
 void Demux::Rewind()
 {
     m_source->Rewind();
     m_timeline.Clear();
-    if (!m_ended)
+    if (!m_ended) {
         m_timeline.EndPass(m_packet);
-    for (auto& [pid, track] : m_tracks)
+    }
+    for (auto& [pid, track] : m_tracks) {
         track.assembler.Restart();
+    }
     m_tables.Restart();
     m_ended = false;
 }

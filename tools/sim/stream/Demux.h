@@ -56,6 +56,10 @@ public:
     /// Packets read so far, those of looking for the tables left out.
     std::uint64_t Packets() const { return m_packet; }
 
+    /// Sections of the tables so far, those read in looking for them included, whose check sum or length was
+    /// wrong.
+    std::uint64_t DamagedSections() const { return m_tables.DamagedSections(); }
+
     /// Packets whose head contradicted itself.
     std::uint64_t MalformedPackets() const { return m_malformed; }
 

@@ -54,6 +54,9 @@ struct SubtitlePage
     std::uint16_t ancillaryPage = 0;
 };
 
+/// The descriptors of a list, up to one that runs past its end.
+std::vector<Descriptor> ParseDescriptors(ByteView list);
+
 /// An entry for each that the descriptor holds in full; a rest at its end is left out.
 std::vector<LanguageEntry> ParseLanguages(ByteView data);
 std::vector<TeletextPage> ParseTeletextPages(ByteView data);
@@ -61,8 +64,5 @@ std::vector<SubtitlePage> ParseSubtitlePages(ByteView data);
 
 /// The language of a supplementary audio descriptor (an Extension descriptor), where it names one.
 std::optional<std::string> ParseSupplementaryAudioLanguage(ByteView data);
-
-/// Text of EN 300 468 annex A as UTF-8: ASCII, Latin-1 and UTF-8 are read, other characters become '?'.
-std::string ParseDvbText(ByteView text);
 
 } // namespace zviptv::sim

@@ -1,33 +1,16 @@
-#include "stream/BitReader.h"
+#include "stream/H264Sps.h"
+
 #include "stream/NalUnit.h"
-#include "stream/SequenceHeads.h"
+#include "stream/VideoUsability.h"
 
 namespace zviptv::sim {
 
 namespace {
 
-constexpr std::uint32_t LargestSide = 16384;
-
 bool HasChromaFormat(std::uint32_t profile)
 {
-    switch (profile) {
-    case 44:
-    case 83:
-    case 86:
-    case 100:
-    case 110:
-    case 118:
-    case 122:
-    case 128:
-    case 134:
-    case 135:
-    case 138:
-    case 139:
-    case 244:
-        return true;
-    default:
-        return false;
-    }
+    constexpr std::uint32_t Profiles[] = {44, 83, 86, 100, 110, 118, 122, 128, 134, 135, 138, 139, 244};
+    return std::find(std::begin(Profiles), std::end(Profiles), profile) != std::end(Profiles);
 }
 
 void SkipScalingList(BitReader& bits, unsigned size)
@@ -35,8 +18,9 @@ void SkipScalingList(BitReader& bits, unsigned size)
     std::int64_t last = 8;
     std::int64_t next = 8;
     for (unsigned i = 0; i < size && bits.Ok(); ++i) {
-        if (next != 0)
+        if (next != 0) {
             next = (last + bits.Se() + 256) % 256;
+        }
         last = next == 0 ? last : next;
     }
 }
@@ -51,9 +35,11 @@ std::uint32_t ReadChroma(BitReader& bits)
     bits.Skip(1); // transform bypass
     if (bits.Flag()) {
         unsigned const lists = chroma == 3 ? 12 : 8;
-        for (unsigned i = 0; i < lists; ++i)
-            if (bits.Flag())
+        for (unsigned i = 0; i < lists; ++i) {
+            if (bits.Flag()) {
                 SkipScalingList(bits, i < 6 ? 16 : 64);
+            }
+        }
     }
     return separate ? 0 : chroma;
 }
@@ -61,16 +47,19 @@ std::uint32_t ReadChroma(BitReader& bits)
 void SkipPictureOrder(BitReader& bits)
 {
     std::uint32_t const type = bits.Ue();
-    if (type == 0)
+    if (type == 0) {
         bits.Ue();
-    if (type != 1)
+    }
+    if (type != 1) {
         return;
+    }
     bits.Skip(1);
     bits.Se();
     bits.Se();
     std::uint32_t const cycle = bits.Ue();
-    for (std::uint32_t i = 0; i < cycle && bits.Ok(); ++i)
+    for (std::uint32_t i = 0; i < cycle && bits.Ok(); ++i) {
         bits.Se();
+    }
 }
 
 /// Picture size in pixels, cropped; false if it makes no sense.
@@ -79,69 +68,30 @@ bool ReadSize(BitReader& bits, std::uint32_t chroma, VideoFormat& format)
     std::uint64_t const width = (std::uint64_t{bits.Ue()} + 1) * 16;
     std::uint64_t const mapHeight = (std::uint64_t{bits.Ue()} + 1) * 16;
     bool const framesOnly = bits.Flag();
-    if (!framesOnly)
+    if (!framesOnly) {
         bits.Skip(1);
+    }
     bits.Skip(1);
     std::uint64_t const height = framesOnly ? mapHeight : mapHeight * 2;
 
     std::uint64_t crop[4] = {}; // left, right, top, bottom
-    if (bits.Flag())
-        for (std::uint64_t& side : crop)
+    if (bits.Flag()) {
+        for (std::uint64_t& side : crop) {
             side = bits.Ue();
+        }
+    }
     std::uint64_t const unitX = chroma == 1 || chroma == 2 ? 2 : 1;
     std::uint64_t const unitY = (chroma == 1 ? 2u : 1u) * (framesOnly ? 1u : 2u);
     std::uint64_t const cropX = (crop[0] + crop[1]) * unitX;
     std::uint64_t const cropY = (crop[2] + crop[3]) * unitY;
-    if (!bits.Ok() || width > LargestSide || height > LargestSide || cropX >= width || cropY >= height)
+    if (!bits.Ok() || width > LargestVideoSide || height > LargestVideoSide || cropX >= width ||
+        cropY >= height) {
         return false;
+    }
     format.width = static_cast<std::uint32_t>(width - cropX);
     format.height = static_cast<std::uint32_t>(height - cropY);
     format.interlaced = !framesOnly;
     return true;
-}
-
-Ratio PixelAspectOf(BitReader& bits)
-{
-    constexpr Ratio Aspects[] = {{0, 0},   {1, 1},    {12, 11}, {10, 11}, {16, 11}, {40, 33},
-                                 {24, 11}, {20, 11},  {32, 11}, {80, 33}, {18, 11}, {15, 11},
-                                 {64, 33}, {160, 99}, {4, 3},   {3, 2},   {2, 1}};
-    constexpr std::uint32_t Extended = 255;
-    std::uint32_t const code = bits.Bits(8);
-    if (code == Extended) {
-        std::uint32_t const horizontal = bits.Bits(16);
-        return {horizontal, bits.Bits(16)};
-    }
-    return code < std::size(Aspects) ? Aspects[code] : Ratio{};
-}
-
-/// Aspect and frame rate; what is cut off stays untold.
-void ReadUsability(BitReader& bits, VideoFormat& format)
-{
-    if (bits.Flag()) {
-        Ratio const pixel = PixelAspectOf(bits);
-        if (bits.Ok() && pixel.numerator != 0)
-            format.displayAspect = Reduce(std::uint64_t{format.width} * pixel.numerator,
-                                          std::uint64_t{format.height} * pixel.denominator);
-    }
-    if (bits.Flag()) // overscan
-        bits.Skip(1);
-    if (bits.Flag()) // video signal
-    {
-        bits.Skip(4);
-        if (bits.Flag())
-            bits.Skip(24);
-    }
-    if (bits.Flag()) // chroma location
-    {
-        bits.Ue();
-        bits.Ue();
-    }
-    if (!bits.Flag()) // timing
-        return;
-    std::uint32_t const fieldTicks = bits.Bits(32);
-    std::uint32_t const scale = bits.Bits(32);
-    if (bits.Ok())
-        format.frameRate = Reduce(scale, std::uint64_t{fieldTicks} * 2);
 }
 
 } // namespace
@@ -150,8 +100,9 @@ std::optional<VideoFormat> ParseH264Sps(ByteView bytes)
 {
     constexpr std::uint8_t SequenceParameters = 7;
     auto const unit = FindUnit(bytes, [](std::uint8_t head) { return (head & 0x1F) == SequenceParameters; });
-    if (!unit)
+    if (!unit) {
         return std::nullopt;
+    }
     auto const plain = Unescape(unit->Part(1));
     BitReader bits(plain);
     std::uint32_t const profile = bits.Bits(8);
@@ -163,11 +114,14 @@ std::optional<VideoFormat> ParseH264Sps(ByteView bytes)
     bits.Ue();    // reference frames
     bits.Skip(1); // gaps
     VideoFormat format;
-    if (chroma > 3 || !ReadSize(bits, chroma, format))
+    if (chroma > 3 || !ReadSize(bits, chroma, format)) {
         return std::nullopt;
+    }
     format.displayAspect = Reduce(format.width, format.height); // square pixels unless told otherwise
-    if (bits.Flag())
-        ReadUsability(bits, format);
+    if (bits.Flag()) {
+        ReadDisplay(bits, format);
+        ReadTiming(bits, 2, format); // fields have a tick each
+    }
     return format;
 }
 

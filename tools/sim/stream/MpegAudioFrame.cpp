@@ -1,4 +1,5 @@
-#include "stream/AudioFrames.h"
+#include "stream/MpegAudioFrame.h"
+
 #include "stream/BitReader.h"
 
 namespace zviptv::sim {
@@ -17,8 +18,9 @@ std::uint32_t BitRateOf(std::uint32_t version, std::uint32_t layer, std::uint32_
     constexpr std::uint16_t Three[] = {0, 32, 40, 48, 56, 64, 80, 96, 112, 128, 160, 192, 224, 256, 320, 0};
     constexpr std::uint16_t LowOne[] = {0, 32, 48, 56, 64, 80, 96, 112, 128, 144, 160, 176, 192, 224, 256, 0};
     constexpr std::uint16_t Low[] = {0, 8, 16, 24, 32, 40, 48, 56, 64, 80, 96, 112, 128, 144, 160, 0};
-    if (version != Mpeg1)
+    if (version != Mpeg1) {
         return layer == LayerOne ? LowOne[code] : Low[code];
+    }
     return layer == LayerOne ? One[code] : layer == LayerThree ? Three[code] : Two[code];
 }
 
@@ -32,8 +34,9 @@ std::uint32_t SampleRateOf(std::uint32_t version, std::uint32_t code)
 std::size_t SizeOf(std::uint32_t version, std::uint32_t layer, AudioFormat const& format, bool padded)
 {
     std::size_t const padding = padded ? 1 : 0;
-    if (layer == LayerOne)
+    if (layer == LayerOne) {
         return (std::size_t{12} * format.bitRate / format.sampleRate + padding) * 4;
+    }
     std::size_t const samples = layer == LayerThree && version != Mpeg1 ? 576 : 1152;
     return samples / 8 * format.bitRate / format.sampleRate + padding;
 }
@@ -44,8 +47,9 @@ std::optional<AudioFrame> ParseMpegAudioFrame(ByteView bytes)
 {
     constexpr std::uint32_t Sync = 0x7FF;
     BitReader bits(bytes);
-    if (bits.Bits(11) != Sync)
+    if (bits.Bits(11) != Sync) {
         return std::nullopt;
+    }
     std::uint32_t const version = bits.Bits(2);
     std::uint32_t const layer = bits.Bits(2);
     bits.Skip(1); // no checksum
@@ -54,8 +58,9 @@ std::optional<AudioFrame> ParseMpegAudioFrame(ByteView bytes)
     bool const padded = bits.Flag();
     bits.Skip(1);
     std::uint32_t const mode = bits.Bits(2);
-    if (!bits.Ok() || version == 1 || layer == 0)
+    if (!bits.Ok() || version == 1 || layer == 0) {
         return std::nullopt;
+    }
     constexpr std::uint32_t DualChannel = 2;
     constexpr std::uint32_t SingleChannel = 3;
     AudioFormat format;
@@ -63,8 +68,9 @@ std::optional<AudioFrame> ParseMpegAudioFrame(ByteView bytes)
     format.bitRate = BitRateOf(version, layer, bitRate) * 1000;
     format.channels = mode == SingleChannel ? 1 : 2;
     format.dualMono = mode == DualChannel;
-    if (format.sampleRate == 0 || format.bitRate == 0)
+    if (format.sampleRate == 0 || format.bitRate == 0) {
         return std::nullopt;
+    }
     return AudioFrame{SizeOf(version, layer, format, padded), format};
 }
 

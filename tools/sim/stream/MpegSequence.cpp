@@ -1,6 +1,7 @@
+#include "stream/MpegSequence.h"
+
 #include "stream/BitReader.h"
 #include "stream/NalUnit.h"
-#include "stream/SequenceHeads.h"
 
 namespace zviptv::sim {
 
@@ -37,8 +38,9 @@ Ratio DisplayAspectOf(std::uint32_t code, VideoFormat const& format)
 bool ApplyExtension(ByteView bytes, VideoFormat& format)
 {
     BitReader bits(bytes.Part(1));
-    if (bits.Bits(4) != SequenceExtension)
+    if (bits.Bits(4) != SequenceExtension) {
         return false;
+    }
     bits.Skip(8); // profile and level
     format.interlaced = !bits.Flag();
     bits.Skip(2); // chroma format
@@ -57,8 +59,9 @@ bool ApplyExtension(ByteView bytes, VideoFormat& format)
 std::optional<VideoFormat> ParseMpegSequence(ByteView bytes)
 {
     auto const head = FindUnit(bytes, [](std::uint8_t code) { return code == SequenceHead; });
-    if (!head)
+    if (!head) {
         return std::nullopt;
+    }
     BitReader bits(head->Part(1));
     VideoFormat format;
     format.width = bits.Bits(12);
@@ -66,16 +69,19 @@ std::optional<VideoFormat> ParseMpegSequence(ByteView bytes)
     std::uint32_t const aspect = bits.Bits(4);
     format.frameRate = FrameRateOf(bits.Bits(4));
     bits.Skip(18 + 1 + 10 + 1 + 1); // bit rate, marker, buffer size, constrained, first matrix flag
-    if (!bits.Ok())
+    if (!bits.Ok()) {
         return std::nullopt;
+    }
 
     auto const behind = static_cast<std::size_t>(head->end() - bytes.begin());
     auto const next = FindUnit(bytes.Part(behind), [](std::uint8_t) { return true; });
     bool const isMpeg2 = next && (*next)[0] == Extension && ApplyExtension(*next, format);
-    if (format.width == 0 || format.height == 0)
+    if (format.width == 0 || format.height == 0) {
         return std::nullopt;
-    if (isMpeg2 || aspect == 1) // MPEG-1 has other aspects than these, all but the first
+    }
+    if (isMpeg2 || aspect == 1) { // MPEG-1 has other aspects than these, all but the first
         format.displayAspect = DisplayAspectOf(aspect, format);
+    }
     return format;
 }
 

@@ -9,9 +9,11 @@ constexpr std::size_t StartCodeSize = 3;
 /// Offset of the next start code; the size of `bytes` if there is none.
 std::size_t FindStartCode(ByteView bytes, std::size_t from)
 {
-    for (std::size_t at = from; at + StartCodeSize <= bytes.Size(); ++at)
-        if (bytes[at] == 0 && bytes[at + 1] == 0 && bytes[at + 2] == 1)
+    for (std::size_t at = from; at + StartCodeSize <= bytes.Size(); ++at) {
+        if (bytes[at] == 0 && bytes[at + 1] == 0 && bytes[at + 2] == 1) {
             return at;
+        }
+    }
     return bytes.Size();
 }
 
@@ -23,8 +25,9 @@ std::optional<ByteView> FindUnit(ByteView bytes, bool (*isWanted)(std::uint8_t))
     while (at + StartCodeSize < bytes.Size()) {
         std::size_t const begin = at + StartCodeSize;
         at = FindStartCode(bytes, begin);
-        if (isWanted(bytes[begin]))
+        if (isWanted(bytes[begin])) {
             return bytes.Part(begin, at - begin);
+        }
     }
     return std::nullopt;
 }

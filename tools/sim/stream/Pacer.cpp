@@ -22,8 +22,9 @@ Duration ToDuration(double seconds)
 
 Pacer::Pacer(double speed, Now now) : m_speed(speed), m_now(std::move(now)), m_origin(m_now())
 {
-    if (!std::isfinite(speed) || speed <= 0)
+    if (!std::isfinite(speed) || speed <= 0) {
         throw std::invalid_argument("the speed must be a number above 0");
+    }
 }
 
 void Pacer::Start(StreamTime at)

@@ -29,8 +29,9 @@ void PesAssembler::Drop()
 
 void PesAssembler::Abandon(std::uint64_t& counter)
 {
-    if (m_open)
+    if (m_open) {
         ++counter;
+    }
     Drop();
 }
 
@@ -51,25 +52,31 @@ PesAssembler::Pes PesAssembler::HandOut()
 void PesAssembler::Append(ByteView payload, std::vector<Pes>& done)
 {
     m_bytes.insert(m_bytes.end(), payload.begin(), payload.end());
-    if (!BeginsLikePes(m_bytes))
+    if (!BeginsLikePes(m_bytes)) {
         return Abandon(m_counters.headless);
-    if (m_bytes.size() < HeadSize)
+    }
+    if (m_bytes.size() < HeadSize) {
         return;
+    }
     std::size_t const announced = AnnouncedSize(m_bytes);
-    if ((announced ? announced : m_bytes.size()) > m_limit)
+    if ((announced ? announced : m_bytes.size()) > m_limit) {
         return Abandon(m_counters.oversized);
-    if (announced == 0 || m_bytes.size() < announced)
+    }
+    if (announced == 0 || m_bytes.size() < announced) {
         return;
+    }
     m_bytes.resize(announced);
     done.push_back(HandOut());
 }
 
 std::optional<PesAssembler::Pes> PesAssembler::Flush()
 {
-    if (!m_open)
+    if (!m_open) {
         return std::nullopt;
-    if (m_bytes.size() >= HeadSize && AnnouncedSize(m_bytes) == 0)
+    }
+    if (m_bytes.size() >= HeadSize && AnnouncedSize(m_bytes) == 0) {
         return HandOut();
+    }
     Abandon(m_counters.truncated);
     return std::nullopt;
 }
@@ -82,26 +89,30 @@ std::vector<PesAssembler::Pes> PesAssembler::Push(TsPacket const& packet)
         return done;
     }
     Continuity const order = m_continuity.Check(packet);
-    if (!packet.hasPayload)
+    if (!packet.hasPayload) {
         return done;
+    }
     if (order == Continuity::Duplicate) {
         ++m_counters.duplicatePackets;
         return done;
     }
-    if (order == Continuity::Gap)
+    if (order == Continuity::Gap) {
         Abandon(m_counters.damaged);
+    }
     if (packet.scrambled) {
         ++m_counters.scrambledPackets;
         Abandon(m_counters.damaged);
         return done;
     }
     if (packet.unitStart) {
-        if (auto last = Flush())
+        if (auto last = Flush()) {
             done.push_back(std::move(*last));
+        }
         m_open = true;
     }
-    if (m_open)
+    if (m_open) {
         Append(packet.payload, done);
+    }
     return done;
 }
 

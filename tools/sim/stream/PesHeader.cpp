@@ -28,8 +28,9 @@ bool HasLongHead(std::uint8_t streamId)
 std::optional<std::uint64_t> ParseStamp(ByteView field, std::uint8_t mark)
 {
     bool const markers = (field[0] & 0x01) && (field[2] & 0x01) && (field[4] & 0x01);
-    if (field.Size() < StampSize || (field[0] >> 4) != mark || !markers)
+    if (field.Size() < StampSize || (field[0] >> 4) != mark || !markers) {
         return std::nullopt;
+    }
     std::uint64_t const high = (field[0] >> 1) & 0x07u;
     std::uint64_t const middle = field.U16(1) >> 1;
     std::uint64_t const low = field.U16(3) >> 1;
@@ -42,20 +43,23 @@ std::optional<PesHeader> ParsePesHeader(ByteView pes)
 {
     constexpr std::size_t ShortHead = 6;
     constexpr std::size_t LongHead = 9;
-    if (pes.Size() < ShortHead || pes.U16(0) != 0 || pes[2] != 1)
+    if (pes.Size() < ShortHead || pes.U16(0) != 0 || pes[2] != 1) {
         return std::nullopt;
+    }
 
     PesHeader header;
     header.streamId = pes[3];
     header.length = pes.U16(4);
-    if (!HasLongHead(header.streamId) || pes.Size() < LongHead || (pes[6] & 0xC0) != 0x80)
+    if (!HasLongHead(header.streamId) || pes.Size() < LongHead || (pes[6] & 0xC0) != 0x80) {
         return header;
+    }
 
     ByteView const options = pes.Part(LongHead, pes[8]);
     header.payloadOffset = LongHead + options.Size();
     unsigned const stamps = pes[7] >> 6;
-    if (stamps == 2)
+    if (stamps == 2) {
         header.pts = ParseStamp(options.Part(0, StampSize), 0x2);
+    }
     if (stamps == 3) {
         header.pts = ParseStamp(options.Part(0, StampSize), 0x3);
         header.dts = ParseStamp(options.Part(StampSize, StampSize), 0x1);

@@ -1,5 +1,7 @@
 #include "stream/Programme.h"
 
+#include <map>
+
 namespace zviptv::sim {
 
 namespace {
@@ -14,9 +16,11 @@ struct Formats
 
 ByteView Find(ElementaryStream const& stream, std::uint8_t tagWanted)
 {
-    for (Descriptor const& descriptor : stream.descriptors)
-        if (descriptor.tag == tagWanted)
+    for (Descriptor const& descriptor : stream.descriptors) {
+        if (descriptor.tag == tagWanted) {
             return descriptor.data;
+        }
+    }
     return {};
 }
 
@@ -28,60 +32,50 @@ bool Has(ElementaryStream const& stream, std::uint8_t tagWanted)
 
 Formats FormatOfType(std::uint8_t streamType)
 {
-    switch (streamType) {
-    case 0x01:
-        return {VideoCodec::Mpeg1, {}};
-    case 0x02:
-        return {VideoCodec::Mpeg2, {}};
-    case 0x10:
-        return {VideoCodec::Mpeg4, {}};
-    case 0x1B:
-        return {VideoCodec::H264, {}};
-    case 0x24:
-        return {VideoCodec::Hevc, {}};
-    case 0x03:
-    case 0x04:
-        return {{}, AudioCodec::Mpeg};
-    case 0x0F:
-        return {{}, AudioCodec::AacAdts};
-    case 0x11:
-        return {{}, AudioCodec::AacLatm};
-    case 0x81:
-        return {{}, AudioCodec::Ac3};
-    case 0x87:
-        return {{}, AudioCodec::EnhancedAc3};
-    case 0x8A:
-        return {{}, AudioCodec::Dts};
-    default:
-        return {};
-    }
+    static std::map<std::uint8_t, Formats> const types{
+        {0x01, {VideoCodec::Mpeg1, {}}},       {0x02, {VideoCodec::Mpeg2, {}}},
+        {0x10, {VideoCodec::Mpeg4, {}}},       {0x1B, {VideoCodec::H264, {}}},
+        {0x24, {VideoCodec::Hevc, {}}},        {0x03, {{}, AudioCodec::Mpeg}},
+        {0x04, {{}, AudioCodec::Mpeg}},        {0x0F, {{}, AudioCodec::AacAdts}},
+        {0x11, {{}, AudioCodec::AacLatm}},     {0x81, {{}, AudioCodec::Ac3}},
+        {0x87, {{}, AudioCodec::EnhancedAc3}}, {0x8A, {{}, AudioCodec::Dts}}};
+    auto const found = types.find(streamType);
+    return found != types.end() ? found->second : Formats();
 }
 
 Formats FormatOfRegistration(ByteView data)
 {
     std::string const identifier(data.begin(), data.end());
-    if (identifier.compare(0, 4, "AC-3") == 0)
+    if (identifier.compare(0, 4, "AC-3") == 0) {
         return {{}, AudioCodec::Ac3};
-    if (identifier.compare(0, 4, "EAC3") == 0)
+    }
+    if (identifier.compare(0, 4, "EAC3") == 0) {
         return {{}, AudioCodec::EnhancedAc3};
-    if (identifier.compare(0, 3, "DTS") == 0)
+    }
+    if (identifier.compare(0, 3, "DTS") == 0) {
         return {{}, AudioCodec::Dts};
-    if (identifier.compare(0, 4, "HEVC") == 0)
+    }
+    if (identifier.compare(0, 4, "HEVC") == 0) {
         return {VideoCodec::Hevc, {}};
+    }
     return {};
 }
 
 /// Private PES streams tell by a descriptor what they carry.
 Formats FormatOfPrivate(ElementaryStream const& stream)
 {
-    if (Has(stream, tag::Ac3))
+    if (Has(stream, tag::Ac3)) {
         return {{}, AudioCodec::Ac3};
-    if (Has(stream, tag::EnhancedAc3))
+    }
+    if (Has(stream, tag::EnhancedAc3)) {
         return {{}, AudioCodec::EnhancedAc3};
-    if (Has(stream, tag::Dts))
+    }
+    if (Has(stream, tag::Dts)) {
         return {{}, AudioCodec::Dts};
-    if (Has(stream, tag::Aac))
+    }
+    if (Has(stream, tag::Aac)) {
         return {{}, AudioCodec::Aac};
+    }
     return FormatOfRegistration(Find(stream, tag::Registration));
 }
 
@@ -111,28 +105,35 @@ std::optional<StreamKind> AribKindOf(ElementaryStream const& stream)
     constexpr std::uint8_t MobileSuperimposeTag = 0x88;
     if (Has(stream, tag::DataComponent)) {
         auto const id = DataComponentOf(stream);
-        if (id != 0x0008 && id != 0x0012)
+        if (id != 0x0008 && id != 0x0012) {
             return std::nullopt;
+        }
         return superimposeTag || component == MobileSuperimposeTag ? StreamKind::AribSuperimpose
                                                                    : StreamKind::AribCaption;
     }
-    if (Has(stream, tag::Registration) || (!captionTag && !superimposeTag))
+    if (Has(stream, tag::Registration) || (!captionTag && !superimposeTag)) {
         return std::nullopt;
+    }
     return captionTag ? StreamKind::AribCaption : StreamKind::AribSuperimpose;
 }
 
 StreamKind KindOf(ElementaryStream const& stream, Formats const& formats)
 {
-    if (formats.video || formats.audio)
+    if (formats.video || formats.audio) {
         return formats.video ? StreamKind::Video : StreamKind::Audio;
-    if (CarriesSections(stream.streamType))
+    }
+    if (CarriesSections(stream.streamType)) {
         return StreamKind::Sections;
-    if (stream.streamType != PrivatePes)
+    }
+    if (stream.streamType != PrivatePes) {
         return StreamKind::Other;
-    if (Has(stream, tag::Teletext) || Has(stream, tag::VbiTeletext))
+    }
+    if (Has(stream, tag::Teletext) || Has(stream, tag::VbiTeletext)) {
         return StreamKind::Teletext;
-    if (Has(stream, tag::Subtitling))
+    }
+    if (Has(stream, tag::Subtitling)) {
         return StreamKind::Subtitle;
+    }
     return AribKindOf(stream).value_or(StreamKind::Other);
 }
 
@@ -143,8 +144,9 @@ AudioTrack DescribeAudio(ElementaryStream const& stream, AudioCodec codec)
     track.codec = codec;
     track.componentTag = stream.componentTag;
     for (Descriptor const& descriptor : stream.descriptors) {
-        if (descriptor.tag != tag::Iso639Language)
+        if (descriptor.tag != tag::Iso639Language) {
             continue;
+        }
         auto const entries = ParseLanguages(descriptor.data);
         track.languages.insert(track.languages.end(), entries.begin(), entries.end());
     }
@@ -152,9 +154,11 @@ AudioTrack DescribeAudio(ElementaryStream const& stream, AudioCodec codec)
         track.language = track.languages.front().language;
         track.audioType = track.languages.front().audioType;
     }
-    for (Descriptor const& descriptor : stream.descriptors)
-        if (descriptor.tag == tag::Extension)
+    for (Descriptor const& descriptor : stream.descriptors) {
+        if (descriptor.tag == tag::Extension) {
             track.language = ParseSupplementaryAudioLanguage(descriptor.data).value_or(track.language);
+        }
+    }
     return track;
 }
 
@@ -174,13 +178,17 @@ bool SameStream(ElementaryStream const& left, ElementaryStream const& right)
 void AddPages(Programme& programme, ElementaryStream const& stream)
 {
     for (Descriptor const& descriptor : stream.descriptors) {
-        if (descriptor.tag == tag::Teletext || descriptor.tag == tag::VbiTeletext)
-            for (TeletextPage const& page : ParseTeletextPages(descriptor.data))
+        if (descriptor.tag == tag::Teletext || descriptor.tag == tag::VbiTeletext) {
+            for (TeletextPage const& page : ParseTeletextPages(descriptor.data)) {
                 programme.teletext.push_back(
                     {stream.pid, page, descriptor.tag == tag::VbiTeletext, stream.componentTag});
-        if (descriptor.tag == tag::Subtitling)
-            for (SubtitlePage const& page : ParseSubtitlePages(descriptor.data))
+            }
+        }
+        if (descriptor.tag == tag::Subtitling) {
+            for (SubtitlePage const& page : ParseSubtitlePages(descriptor.data)) {
                 programme.subtitles.push_back({stream.pid, page, stream.componentTag});
+            }
+        }
     }
 }
 
@@ -189,20 +197,25 @@ void AddPages(Programme& programme, ElementaryStream const& stream)
 void AddStream(Programme& programme, ElementaryStream stream)
 {
     ByteView const identifier = Find(stream, tag::StreamIdentifier);
-    if (!identifier.Empty())
+    if (!identifier.Empty()) {
         stream.componentTag = identifier[0];
+    }
 
     Formats const formats = FormatOf(stream);
     stream.kind = KindOf(stream, formats);
-    if (formats.video)
+    if (formats.video) {
         programme.video.push_back({stream.pid, *formats.video, stream.componentTag});
-    if (formats.audio)
+    }
+    if (formats.audio) {
         programme.audio.push_back(DescribeAudio(stream, *formats.audio));
-    if (stream.streamType == PrivatePes)
+    }
+    if (stream.streamType == PrivatePes) {
         AddPages(programme, stream);
-    if (stream.kind == StreamKind::AribCaption || stream.kind == StreamKind::AribSuperimpose)
+    }
+    if (stream.kind == StreamKind::AribCaption || stream.kind == StreamKind::AribSuperimpose) {
         programme.arib.push_back({stream.pid, stream.kind == StreamKind::AribSuperimpose, stream.componentTag,
                                   DataComponentOf(stream)});
+    }
     programme.streams.push_back(std::move(stream));
 }
 

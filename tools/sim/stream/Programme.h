@@ -36,11 +36,6 @@ enum class AudioCodec
     Dts
 };
 
-/// Words for people and logs: "audio", "H.264", "E-AC-3".
-char const* NameOf(StreamKind kind);
-char const* NameOf(VideoCodec codec);
-char const* NameOf(AudioCodec codec);
-
 /// One entry of a PMT.
 struct ElementaryStream
 {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "stream/DvbpsiTables.h"
 #include "stream/SectionAssembler.h"
+#include "stream/ServiceTables.h"
 
 namespace zviptv::sim {
 
@@ -11,6 +11,9 @@ class ProgrammeTable
 public:
     /// Programmes of the PAT past this number are not followed.
     static constexpr std::size_t MaxProgrammes = 256;
+
+    /// Where the SDT is.
+    static constexpr std::uint16_t SdtPid = 0x0011;
 
     /// True when the packet changed what Programmes() tells.
     bool Push(TsPacket const& packet);
@@ -27,30 +30,37 @@ public:
     /// The PAT has arrived, and every PMT that it names.
     bool IsComplete() const;
 
+    /// The SDT has arrived.
+    bool HasNames() const { return m_haveSdt; }
+
+    /// Sections of these tables so far whose check sum or length was wrong.
+    std::uint64_t DamagedSections() const { return m_damaged; }
+
 private:
     struct Pmt
     {
-        explicit Pmt(std::uint16_t number) : decoder(number) {}
-        PmtDecoder decoder;
+        TableCollector table;
         std::optional<Programme> programme;
     };
 
-    bool PushSection(std::uint16_t pid, ByteView section);
-    bool PushPat(ByteView section);
-    bool PushPmt(std::uint16_t pid, ByteView section);
-    bool PushSdt(ByteView section);
+    bool PushSection(std::uint16_t pid, std::vector<std::uint8_t> section);
+    bool PushPat(std::vector<std::uint8_t> section);
+    bool PushPmt(std::uint16_t pid, std::vector<std::uint8_t> section);
+    bool PushSdt(std::vector<std::uint8_t> section);
     void FollowPmtPids();
     void Collect();
 
-    PatDecoder m_patDecoder;
-    SdtDecoder m_sdtDecoder;
+    TableCollector m_pat;
+    TableCollector m_sdt;
     bool m_havePat = false;
+    bool m_haveSdt = false;
     std::vector<PatEntry> m_entries;
-    std::map<std::uint16_t, std::unique_ptr<Pmt>> m_pmts; ///< by programme number
+    std::map<std::uint16_t, Pmt> m_pmts; ///< by programme number
     std::map<std::uint16_t, ServiceName> m_names;
     std::map<std::uint16_t, SectionAssembler> m_assemblers{{0x0000, SectionAssembler()},
-                                                           {0x0011, SectionAssembler()}};
+                                                           {SdtPid, SectionAssembler()}};
     std::vector<Programme> m_programmes;
+    std::uint64_t m_damaged = 0;
 };
 
 } // namespace zviptv::sim

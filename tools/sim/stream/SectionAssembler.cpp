@@ -20,8 +20,9 @@ std::uint32_t Crc32(ByteView bytes)
     std::uint32_t crc = 0xFFFFFFFF;
     for (std::uint8_t const byte : bytes) {
         crc ^= std::uint32_t{byte} << 24;
-        for (int bit = 0; bit < 8; ++bit)
+        for (int bit = 0; bit < 8; ++bit) {
             crc = (crc << 1) ^ ((crc & 0x80000000) ? 0x04C11DB7u : 0u);
+        }
     }
     return crc;
 }
@@ -61,10 +62,14 @@ void SectionAssembler::Append(ByteView bytes, Sections& done)
         ByteView const piece = bytes.Part(0, Wanted() - m_bytes.size());
         m_bytes.insert(m_bytes.end(), piece.begin(), piece.end());
         bytes = bytes.Part(piece.Size());
-        if (m_bytes.size() < HeadSize || m_bytes.size() < Wanted())
+        if (m_bytes.size() < HeadSize || m_bytes.size() < Wanted()) {
             continue;
-        if (IsSoundSection(m_bytes, m_rules))
+        }
+        if (IsSoundSection(m_bytes, m_rules)) {
             done.push_back(m_bytes);
+        } else {
+            ++m_damaged;
+        }
         Drop();
     }
 }
@@ -89,12 +94,15 @@ SectionAssembler::Sections SectionAssembler::Push(TsPacket const& packet)
         return done;
     }
     Continuity const order = m_continuity.Check(packet);
-    if (!packet.hasPayload || order == Continuity::Duplicate)
+    if (!packet.hasPayload || order == Continuity::Duplicate) {
         return done;
-    if (order == Continuity::Gap || packet.scrambled)
+    }
+    if (order == Continuity::Gap || packet.scrambled) {
         Drop();
-    if (packet.scrambled)
+    }
+    if (packet.scrambled) {
         return done;
+    }
     if (!packet.unitStart) {
         Append(packet.payload, done);
         return done;

@@ -32,6 +32,9 @@ public:
     /// Drops what is unfinished; the next packet may have any counter.
     void Reset();
 
+    /// Sections so far that were complete, but not sound.
+    std::uint64_t Damaged() const { return m_damaged; }
+
 private:
     using Sections = std::vector<std::vector<std::uint8_t>>;
 
@@ -44,6 +47,7 @@ private:
     ContinuityCheck m_continuity;
     std::vector<std::uint8_t> m_bytes;
     bool m_open = false;
+    std::uint64_t m_damaged = 0;
 };
 
 } // namespace zviptv::sim

@@ -24,8 +24,9 @@ ClockPoint StreamClock::At(std::uint64_t packet) const
 std::optional<StreamClock::Pace> StreamClock::Measure(Mark from, Mark to, bool jump)
 {
     std::uint64_t const step = (to.value + PcrModulus - from.value) % PcrModulus;
-    if (jump || step > LongestStep)
+    if (jump || step > LongestStep) {
         return std::nullopt;
+    }
     Pace const pace{static_cast<std::int64_t>(step), Distance(from.packet, to.packet)};
     if (step > 0) {
         m_pace = pace;
@@ -78,10 +79,12 @@ bool StreamClock::Sample(std::uint64_t packet, std::uint64_t value, bool jump)
     m_hasSamples = true;
     Mark const mark{packet, value % PcrModulus};
     auto const& before = m_waiting ? m_waiting : m_last;
-    if (!before)
+    if (!before) {
         return First(mark);
-    if (packet > before->packet)
+    }
+    if (packet > before->packet) {
         Next(mark, jump);
+    }
     return m_last.has_value();
 }
 
@@ -92,8 +95,9 @@ void StreamClock::Settle()
         m_last = m_waiting;
         m_waiting.reset();
     }
-    if (m_last)
+    if (m_last) {
         StartAt(*m_last);
+    }
 }
 
 void StreamClock::Restart(std::uint64_t packet)

@@ -25,8 +25,9 @@ std::optional<std::uint64_t> StampOf(PesPacket const& pes)
 void Timeline::AddSample(std::uint64_t packet, std::uint64_t value, bool jump)
 {
     m_lastSample = std::max(m_lastSample, packet);
-    if (m_clock.Sample(packet, value, jump))
+    if (m_clock.Sample(packet, value, jump)) {
         ReleaseUpTo(packet);
+    }
 }
 
 void Timeline::AddPcr(std::uint64_t packet, std::uint64_t pcr, bool jump)
@@ -56,8 +57,9 @@ void Timeline::AddPes(std::uint64_t packet, PesPacket pes)
 {
     auto const stamp = pes.pid == m_reference ? StampOf(pes) : std::nullopt;
     Hold(packet, {EventType::Pes, {}, std::move(pes), nullptr});
-    if (stamp)
+    if (stamp) {
         AddSample(packet, *stamp, false);
+    }
 }
 
 void Timeline::ReleaseUpTo(std::uint64_t packet)
@@ -78,18 +80,22 @@ void Timeline::UseTimeStamps()
     PesPacket const* chosen = nullptr;
     for (Pending const& pending : m_pending) {
         PesPacket const& pes = pending.event.pes;
-        if (StampOf(pes) && (!chosen || (pes.kind == StreamKind::Video && chosen->kind != pes.kind)))
+        if (StampOf(pes) && (!chosen || (pes.kind == StreamKind::Video && chosen->kind != pes.kind))) {
             chosen = &pes;
+        }
     }
-    if (!chosen)
+    if (!chosen) {
         return;
+    }
     bool const isNew = m_reference != chosen->pid;
     m_reference = chosen->pid;
 
     std::vector<std::pair<std::uint64_t, std::uint64_t>> samples;
-    for (Pending const& pending : m_pending)
-        if (auto const stamp = StampOf(pending.event.pes); stamp && pending.event.pes.pid == m_reference)
+    for (Pending const& pending : m_pending) {
+        if (auto const stamp = StampOf(pending.event.pes); stamp && pending.event.pes.pid == m_reference) {
             samples.emplace_back(pending.packet, *stamp);
+        }
+    }
     bool jump = isNew;
     for (auto const& [packet, stamp] : samples) {
         AddSample(packet, stamp, jump);
@@ -99,10 +105,12 @@ void Timeline::UseTimeStamps()
 
 void Timeline::Advance(std::uint64_t packet)
 {
-    if (m_pendingBytes <= MaxPendingBytes && packet - m_lastSample <= MaxPacketsWithoutClock)
+    if (m_pendingBytes <= MaxPendingBytes && packet - m_lastSample <= MaxPacketsWithoutClock) {
         return;
-    if (m_pending.empty())
+    }
+    if (m_pending.empty()) {
         return;
+    }
     UseTimeStamps();
     if (m_pendingBytes > MaxPendingBytes || packet - m_lastSample > MaxPacketsWithoutClock) {
         m_clock.Settle();
@@ -112,8 +120,9 @@ void Timeline::Advance(std::uint64_t packet)
 
 void Timeline::EndPass(std::uint64_t packet)
 {
-    if (!m_clock.IsMeasured())
+    if (!m_clock.IsMeasured()) {
         UseTimeStamps();
+    }
     m_clock.Settle();
     ReleaseUpTo(packet);
     m_clock.Restart(packet);
@@ -129,8 +138,9 @@ void Timeline::Clear()
 
 std::optional<Event> Timeline::Take()
 {
-    if (m_ready.empty())
+    if (m_ready.empty()) {
         return std::nullopt;
+    }
     Event event = std::move(m_ready.front());
     m_ready.pop_front();
     return event;

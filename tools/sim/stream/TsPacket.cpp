@@ -11,12 +11,14 @@ constexpr std::size_t PcrFieldSize = 7; // the flags and the six bytes of the PC
 
 std::optional<std::uint64_t> ParsePcr(ByteView field)
 {
-    if (field.Size() < PcrFieldSize || !(field[0] & 0x10))
+    if (field.Size() < PcrFieldSize || !(field[0] & 0x10)) {
         return std::nullopt;
+    }
     std::uint64_t const base = (std::uint64_t{field.U32(1)} << 1) | (field[5] >> 7);
     std::uint32_t const extension = field.U16(5) & 0x1FFu;
-    if (extension >= 300)
+    if (extension >= 300) {
         return std::nullopt;
+    }
     return base * 300 + extension;
 }
 
@@ -24,8 +26,9 @@ std::optional<std::uint64_t> ParsePcr(ByteView field)
 bool ReadAdaptationField(ByteView field, TsPacket& packet)
 {
     std::size_t const length = field[0];
-    if (length + 1 > field.Size() - (packet.hasPayload ? 1u : 0u))
+    if (length + 1 > field.Size() - (packet.hasPayload ? 1u : 0u)) {
         return false;
+    }
     ByteView const content = field.Part(1, length);
     packet.discontinuity = (content[0] & 0x80) != 0;
     packet.pcr = ParsePcr(content);
@@ -38,8 +41,9 @@ bool ReadAdaptationField(ByteView field, TsPacket& packet)
 std::optional<TsPacket> ParseTsPacket(TsBytes const& bytes)
 {
     ByteView const view(bytes.data(), bytes.size());
-    if (view[0] != TsSyncByte)
+    if (view[0] != TsSyncByte) {
         return std::nullopt;
+    }
 
     TsPacket packet;
     packet.transportError = (view[1] & 0x80) != 0;
@@ -49,20 +53,22 @@ std::optional<TsPacket> ParseTsPacket(TsBytes const& bytes)
     packet.continuity = view[3] & 0x0F;
     packet.hasPayload = (view[3] & 0x10) != 0;
     packet.payload = view.Part(HeadSize);
-    if (packet.transportError) // nothing further in it can be trusted
-    {
+    if (packet.transportError) { // nothing further in it can be trusted
         packet.hasPayload = false;
         packet.payload = {};
         return packet;
     }
 
     bool const hasField = (view[3] & 0x20) != 0;
-    if (!hasField && !packet.hasPayload)
+    if (!hasField && !packet.hasPayload) {
         return std::nullopt;
-    if (hasField && !ReadAdaptationField(view.Part(HeadSize), packet))
+    }
+    if (hasField && !ReadAdaptationField(view.Part(HeadSize), packet)) {
         return std::nullopt;
-    if (!packet.hasPayload)
+    }
+    if (!packet.hasPayload) {
         packet.payload = {};
+    }
     return packet;
 }
 

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <optional>
+#include <stdexcept>
 
 namespace zviptv::sim {
 
@@ -31,6 +32,13 @@ struct TsPacket
 /// Nothing when the head contradicts itself: no sync byte, a reserved adaptation field control, an
 /// adaptation field longer than the packet.
 std::optional<TsPacket> ParseTsPacket(TsBytes const& bytes);
+
+/// A stream cannot be opened, read or played; what() is one line for the user, file name included.
+class StreamError : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
+};
 
 /// Reads packet after packet.
 class PacketSource

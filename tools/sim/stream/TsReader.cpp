@@ -1,7 +1,5 @@
 #include "stream/TsReader.h"
 
-#include "stream/StreamError.h"
-
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -30,10 +28,12 @@ TsReader::File Open(std::string const& path)
     struct stat status
     {
     };
-    if (!file || fstat(descriptor, &status) != 0)
+    if (!file || fstat(descriptor, &status) != 0) {
         throw StreamError("cannot open " + path + ": " + Reason());
-    if (!S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode))
+    }
+    if (!S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode)) {
         throw StreamError(path + " is not a regular file: save the stream in one first");
+    }
     return file;
 }
 
@@ -44,25 +44,29 @@ TsReader::TsReader(std::string const& path) : TsReader(Open(path), path) {}
 TsReader::TsReader(File file, std::string name)
     : m_file(std::move(file)), m_name(std::move(name)), m_buffer(BufferSize)
 {
-    if (!FindDistance())
+    if (!FindDistance()) {
         throw StreamError(m_name + " holds no transport stream: no sync byte 0x47 at a 188-byte distance");
+    }
 }
 
 /// Sees to it that `count` bytes (far fewer than the buffer holds) are at hand; false at the end of the file.
 bool TsReader::Have(std::size_t count)
 {
-    if (m_end - m_begin >= count)
+    if (m_end - m_begin >= count) {
         return true;
+    }
     std::memmove(m_buffer.data(), m_buffer.data() + m_begin, m_end - m_begin);
     m_end -= m_begin;
     m_begin = 0;
     while (m_end < count) {
         errno = 0;
         std::size_t const got = std::fread(m_buffer.data() + m_end, 1, m_buffer.size() - m_end, m_file.get());
-        if (got == 0 && std::ferror(m_file.get()))
+        if (got == 0 && std::ferror(m_file.get())) {
             throw StreamError("cannot read " + m_name + ": " + Reason());
-        if (got == 0)
+        }
+        if (got == 0) {
             return false;
+        }
         m_end += got;
     }
     return true;
@@ -78,8 +82,9 @@ TsReader::Run TsReader::FollowSyncs(std::size_t offset, std::size_t distance)
             run.exact = run.syncs > 0 && (left == offset || left == offset - distance + TsPacketSize);
             break;
         }
-        if (m_buffer[m_begin + offset] != TsSyncByte)
+        if (m_buffer[m_begin + offset] != TsSyncByte) {
             break;
+        }
     }
     return run;
 }
@@ -88,8 +93,9 @@ TsReader::Run TsReader::FollowSyncs(std::size_t offset, std::size_t distance)
 bool TsReader::IsStart(std::size_t offset, std::size_t distance)
 {
     Run const run = FollowSyncs(offset, distance);
-    if (run.syncs == SyncsWanted)
+    if (run.syncs == SyncsWanted) {
         return true;
+    }
     return run.atEnd && offset < distance && (run.syncs > 1 || (run.exact && offset == 0));
 }
 
@@ -97,8 +103,9 @@ bool TsReader::FindDistance()
 {
     for (std::size_t offset = 0; offset < SearchSize && Have(offset + TsPacketSize); ++offset) {
         for (std::size_t const distance : Distances) {
-            if (!IsStart(offset, distance))
+            if (!IsStart(offset, distance)) {
                 continue;
+            }
             m_distance = distance;
             m_begin += offset;
             m_skipped += distance == 192 && offset == 4 ? 0 : offset;
@@ -112,21 +119,25 @@ bool TsReader::FindDistance()
 bool TsReader::Resynchronise()
 {
     for (; Have(TsPacketSize); ++m_begin, ++m_skipped) {
-        if (m_buffer[m_begin] != TsSyncByte)
+        if (m_buffer[m_begin] != TsSyncByte) {
             continue;
+        }
         Run const run = FollowSyncs(0, m_distance);
-        if (run.syncs == SyncsWanted || (run.atEnd && (run.syncs > 1 || run.exact)))
+        if (run.syncs == SyncsWanted || (run.atEnd && (run.syncs > 1 || run.exact))) {
             return true;
+        }
     }
     return false;
 }
 
 bool TsReader::Read(TsBytes& packet)
 {
-    if (!Have(TsPacketSize))
+    if (!Have(TsPacketSize)) {
         return false;
-    if (m_buffer[m_begin] != TsSyncByte && !Resynchronise())
+    }
+    if (m_buffer[m_begin] != TsSyncByte && !Resynchronise()) {
         return false;
+    }
     std::memcpy(packet.data(), m_buffer.data() + m_begin, packet.size());
     m_begin += Have(m_distance) ? m_distance : m_end - m_begin;
     return true;
@@ -134,8 +145,9 @@ bool TsReader::Read(TsBytes& packet)
 
 void TsReader::Rewind()
 {
-    if (std::fseek(m_file.get(), 0, SEEK_SET) != 0)
+    if (std::fseek(m_file.get(), 0, SEEK_SET) != 0) {
         throw StreamError("cannot rewind " + m_name + ": " + Reason());
+    }
     m_begin = m_end = 0;
     FindDistance();
 }

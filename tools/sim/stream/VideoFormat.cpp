@@ -1,7 +1,9 @@
 #include "stream/VideoFormat.h"
 
+#include "stream/H264Sps.h"
+#include "stream/HevcSps.h"
+#include "stream/MpegSequence.h"
 #include "stream/PesHeader.h"
-#include "stream/SequenceHeads.h"
 
 #include <limits>
 #include <numeric>
@@ -11,11 +13,13 @@ namespace zviptv::sim {
 Ratio Reduce(std::uint64_t numerator, std::uint64_t denominator)
 {
     constexpr std::uint64_t Largest = std::numeric_limits<std::uint32_t>::max();
-    if (numerator == 0 || denominator == 0)
+    if (numerator == 0 || denominator == 0) {
         return {};
+    }
     std::uint64_t const divisor = std::gcd(numerator, denominator);
-    if (numerator / divisor > Largest || denominator / divisor > Largest)
+    if (numerator / divisor > Largest || denominator / divisor > Largest) {
         return {};
+    }
     return {static_cast<std::uint32_t>(numerator / divisor),
             static_cast<std::uint32_t>(denominator / divisor)};
 }
@@ -23,8 +27,9 @@ Ratio Reduce(std::uint64_t numerator, std::uint64_t denominator)
 std::optional<VideoFormat> ParseVideoFormat(VideoCodec codec, ByteView pes)
 {
     auto const header = ParsePesHeader(pes);
-    if (!header)
+    if (!header) {
         return std::nullopt;
+    }
     ByteView const bytes = pes.Part(header->payloadOffset);
     switch (codec) {
     case VideoCodec::Mpeg1:

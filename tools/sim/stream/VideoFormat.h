@@ -21,8 +21,11 @@ struct VideoFormat
     bool interlaced = false;  ///< fields may be coded one by one
 };
 
+/// No picture is wider or higher.
+constexpr std::uint32_t LargestVideoSide = 16384;
+
 /// Looks for a sequence head in a PES packet; a picture without one, or an unknown format, gives nothing.
-/// HEVC tells no frame rate and no pixel aspect here: both would need far more of its head.
+/// HEVC whose fields are pictures of their own counts them as pictures.
 std::optional<VideoFormat> ParseVideoFormat(VideoCodec codec, ByteView pes);
 
 /// n/d in lowest terms; 0/0 if either is 0 or does not fit.

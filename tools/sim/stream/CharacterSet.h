@@ -7,9 +7,9 @@
 
 namespace zviptv::sim {
 
-/// `bytes` as UTF-8 without control characters; nothing when `charset` (a name that iconv knows) is not known
-/// or does not have one of the bytes.
-std::optional<std::string> ToUtf8(char const* charset, std::string_view bytes);
+/// The characters of `bytes`. What is no character of `charset` (a name that iconv knows) becomes '?', one
+/// for every `unit` bytes. @throws std::invalid_argument when iconv does not know the name
+std::u32string ToUnicode(char const* charset, std::string_view bytes, std::size_t unit = 1);
 
 /// The Unicode character of every byte, -1 where there is none; nothing when `charset` is not known or its
 /// characters take more than a byte.

@@ -7,8 +7,8 @@
 namespace zviptv::sim {
 
 /// Text of EN 300 468 annex A as UTF-8, in all its character tables that iconv has. Line breaks become
-/// blanks, emphasis is dropped. Text that is invalid in its table is read as far as it is ASCII, the rest
-/// becomes '?'.
+/// blanks, emphasis is dropped. What is no character of its table becomes '?', and so does everything but
+/// ASCII in a table that is not known.
 std::string DecodeDvbText(ByteView text);
 
 } // namespace zviptv::sim

@@ -1,0 +1,103 @@
+#include "stream/Demux.h"
+#include "stream/VideoFormat.h"
+
+#include <array>
+#include <cstdio>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+using namespace zviptv::sim;
+
+namespace {
+
+/// A picture as an encoder is asked for it.
+struct Picture
+{
+    char const* encoder;
+    char const* size;
+    char const* rate;
+    char const* pixelAspect;
+};
+
+void PrintTo(Picture const& picture, std::ostream* out)
+{
+    *out << picture.encoder << " " << picture.size << " " << picture.rate << " " << picture.pixelAspect;
+}
+
+/// What a command prints. Its status goes to the test's output when it is not 0.
+std::string OutputOf(std::string const& command)
+{
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> pipe(popen(command.c_str(), "r"), [](std::FILE* file) {
+        int const status = pclose(file);
+        EXPECT_EQ(status, 0);
+        return status;
+    });
+    std::string output;
+    std::array<char, 256> line{};
+    while (std::fgets(line.data(), static_cast<int>(line.size()), pipe.get()) != nullptr) {
+        output += line.data();
+    }
+    return output;
+}
+
+std::string ToText(Ratio const& ratio, char between)
+{
+    return std::to_string(ratio.numerator) + between + std::to_string(ratio.denominator);
+}
+
+/// In ffprobe's words.
+std::string Describe(VideoFormat const& format)
+{
+    return "width=" + std::to_string(format.width) + "\nheight=" + std::to_string(format.height) +
+           "\ndisplay_aspect_ratio=" + ToText(format.displayAspect, ':') +
+           "\nr_frame_rate=" + ToText(format.frameRate, '/') + "\n";
+}
+
+std::optional<VideoFormat> FormatOf(std::string const& path)
+{
+    Demux demux(path);
+    VideoTrack const track = demux.Current()->video.at(0);
+    while (auto const event = demux.Next()) {
+        if (event->type == EventType::Pes && event->pes.pid == track.pid) {
+            return ParseVideoFormat(track.codec, event->pes.bytes);
+        }
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+class MadeVideo : public testing::TestWithParam<Picture>
+{
+};
+
+TEST_P(MadeVideo, HasTheFormatThatFfprobeReads)
+{
+    if (std::system("command -v ffmpeg ffprobe >/dev/null") != 0) {
+        GTEST_SKIP() << "ffmpeg and ffprobe make and read the stream; install the package ffmpeg";
+    }
+    Picture const& picture = GetParam();
+    std::string const path = testing::TempDir() + "made-" + std::to_string(getpid()) + ".ts";
+    OutputOf(std::string("ffmpeg -v error -nostdin -y -f lavfi -i testsrc2=size=") + picture.size +
+             ":rate=" + picture.rate + " -vf setsar=" + picture.pixelAspect +
+             " -frames:v 5 -pix_fmt yuv420p -x265-params log-level=none -c:v " + picture.encoder +
+             " -f mpegts " + path);
+    std::string const entries = "stream=width,height,r_frame_rate,display_aspect_ratio";
+    std::string const read =
+        OutputOf("ffprobe -v error -select_streams v -show_entries " + entries + " -of default=nw=1 " + path);
+    auto const format = FormatOf(path);
+    std::remove(path.c_str());
+    ASSERT_TRUE(format);
+    EXPECT_EQ(Describe(*format), read.substr(0, read.size() / 2))
+        << "ffprobe prints streams twice, by programme";
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Codecs, MadeVideo,
+    testing::Values(
+        Picture{"libx264", "1280x720", "50", "1"}, Picture{"libx264", "720x576", "25", "64/45"},
+        Picture{"libx264", "634x358", "24000/1001", "1"}, Picture{"libx265", "1920x1080", "25", "1"},
+        Picture{"libx265", "720x480", "30000/1001", "32/27"}, Picture{"libx265", "634x358", "60", "1"},
+        Picture{"mpeg2video", "720x576", "25", "64/45"}, Picture{"mpeg2video", "1280x720", "60000/1001", "1"},
+        Picture{"mpeg2video", "352x480", "30000/1001", "20/11"}, Picture{"mpeg1video", "352x288", "25", "1"},
+        Picture{"mpeg1video", "352x240", "30000/1001", "1"}, Picture{"mpeg1video", "640x480", "24", "1"}));

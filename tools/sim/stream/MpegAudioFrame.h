@@ -1,0 +1,10 @@
+#pragma once
+
+#include "stream/AudioFormat.h"
+
+namespace zviptv::sim {
+
+/// The frame that begins with the first byte; nothing when none does.
+std::optional<AudioFrame> ParseMpegAudioFrame(ByteView bytes);
+
+} // namespace zviptv::sim

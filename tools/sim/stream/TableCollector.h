@@ -1,0 +1,25 @@
+#pragma once
+
+#include "stream/ByteView.h"
+
+#include <map>
+
+namespace zviptv::sim {
+
+/// Collects the sections of one table (a PAT, a PMT, an SDT) until it is complete. A section that differs
+/// from the one of its number begins a new table, whatever its version says.
+class TableCollector
+{
+public:
+    using Sections = std::map<std::uint8_t, std::vector<std::uint8_t>>; ///< by number
+
+    /// Takes a sound section (see IsSoundSection). Returns all sections when this one completes a new table,
+    /// else null. They stay until the next Push().
+    Sections const* Push(std::vector<std::uint8_t> section);
+
+private:
+    std::uint32_t m_identity = 0; ///< extension, version and last section number
+    Sections m_sections;
+};
+
+} // namespace zviptv::sim
