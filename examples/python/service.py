@@ -49,7 +49,7 @@ TRACKS = {  # by the key of their records and the type of ISDB texts
     ("isdbText", 0): [TEXT.pack(language("jpn"), 0, 0x105, 0x0008, 0x30, 0),
                       TEXT.pack(language("eng"), 0, 0x105, 0x0008, 0x31, 1)],
     ("isdbText", 1): [TEXT.pack(language("jpn"), 1, 0x106, 0x0008, 0x38, 0)]}
-TRACK_FUNCTIONS = {  # to choose one, count them, describe one, tell which is chosen
+TRACK_FUNCTIONS = {  # choose one, count them, describe one, report which is chosen
     "audio": ("SetCurrentAudioByIndex", "SizeOfAudio", "GetAudio", "GetCurrentAudioInfo"),
     "ttx": ("SetCurrentTTX", "SizeOfTTX", "GetTTX", "GetCurrentTTX"),
     "hybridSbt": ("SetCurrentHybridSBT", "SizeOfHybridSBT", "GetHybridSBT", "GetCurrentHybridSBT"),
