@@ -376,8 +376,8 @@ def caption():
 
 
 def main():
-    parser = argparse.ArgumentParser(description="An IPTV service that plays nothing, on the system bus.")
-    parser.add_argument("--time", type=int, metavar="S", help="what the guide's clock begins with")
+    parser = argparse.ArgumentParser(description="An IPTV service on the system bus that plays nothing.")
+    parser.add_argument("--time", type=int, metavar="S", help="start the guide's clock S seconds after 1970-01-01")
     options = parser.parse_args()
     try:
         connection = Gio.bus_get_sync(Gio.BusType.SYSTEM)
