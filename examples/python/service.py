@@ -49,7 +49,7 @@ TRACKS = {  # by the key of their records and the type of ISDB texts
     ("isdbText", 0): [TEXT.pack(language("jpn"), 0, 0x105, 0x0008, 0x30, 0),
                       TEXT.pack(language("eng"), 0, 0x105, 0x0008, 0x31, 1)],
     ("isdbText", 1): [TEXT.pack(language("jpn"), 1, 0x106, 0x0008, 0x38, 0)]}
-TRACK_FUNCTIONS = {  # to choose one, count them, describe one, tell which is chosen
+TRACK_FUNCTIONS = {  # choose one, count them, describe one, report which is chosen
     "audio": ("SetCurrentAudioByIndex", "SizeOfAudio", "GetAudio", "GetCurrentAudioInfo"),
     "ttx": ("SetCurrentTTX", "SizeOfTTX", "GetTTX", "GetCurrentTTX"),
     "hybridSbt": ("SetCurrentHybridSBT", "SizeOfHybridSBT", "GetHybridSBT", "GetCurrentHybridSBT"),
@@ -376,8 +376,8 @@ def caption():
 
 
 def main():
-    parser = argparse.ArgumentParser(description="An IPTV service that plays nothing, on the system bus.")
-    parser.add_argument("--time", type=int, metavar="S", help="what the guide's clock begins with")
+    parser = argparse.ArgumentParser(description="An IPTV service on the system bus that plays nothing.")
+    parser.add_argument("--time", type=int, metavar="S", help="start the guide's clock S seconds after 1970-01-01")
     options = parser.parse_args()
     try:
         connection = Gio.bus_get_sync(Gio.BusType.SYSTEM)

@@ -22,7 +22,7 @@ await() {
     done
 }
 
-# lines PATTERN FILE COUNT: the file has at least so many lines with the pattern.
+# lines PATTERN FILE COUNT: at least COUNT lines of the file match the pattern.
 lines() { [ -f "$2" ] && [ "$(grep -c "$1" "$2")" -ge "$3" ]; }
 
 # announce NAME TYPE ADD: what a channel sends to the helper bus.
