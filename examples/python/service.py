@@ -377,7 +377,7 @@ def caption():
 
 def main():
     parser = argparse.ArgumentParser(description="An IPTV service on the system bus that plays nothing.")
-    parser.add_argument("--time", type=int, metavar="S", help="start the guide's clock S seconds after 1970-01-01")
+    parser.add_argument("--time", type=int, metavar="S", help="start the guide's clock S seconds after 1970")
     options = parser.parse_args()
     try:
         connection = Gio.bus_get_sync(Gio.BusType.SYSTEM)
