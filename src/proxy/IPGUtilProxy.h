@@ -18,20 +18,9 @@ public:
 
     ~CIPGUtilProxy() override;
 
-    bool ExistXmlForIPG(bool& exist) override;
-    bool GetProgramListSize(unsigned long long inID, unsigned int startTime, unsigned int duration,
-                            int& size) override;
-    bool GetProgram(unsigned int index, std::string& program) override;
-    bool GetProgram(IPGProgramId id, Program_IPG program, std::string& out) override;
-    bool GetPresentProgram(unsigned long long inID, std::string& program) override;
-    bool FindProgram(unsigned long long inID, unsigned int eventID, std::string& program) override;
-    bool GetRating(unsigned int eventID, std::string& rating) override;
-    bool GetGenre(unsigned int eventID, std::string& genre) override;
-    bool GetProgramList(unsigned long long inID, unsigned int startTime, unsigned int duration,
-                        std::string& list) override;
-    bool CloneUSBToTV(std::string path, bool& done) override;
-
     CProxyDBusHelper const& Channel() const { return *m_pDBusHelper; }
+
+#include "IIPGUtilOverrides.inc" // generated from protocol/zviptv.xml
 
 private:
     CIPGUtilProxy();

@@ -18,24 +18,9 @@ public:
 
     ~CPlayerControlProxy() override;
 
-    bool SetCurrentAudioByIndex(int index) override;
-    bool SetAudioFormat(EZVAudioEncodeType type, bool preferred) override;
-    bool SetDigitalDualSound(EZVMultiSoundMode mode) override;
-    bool SetCurrentTTX(unsigned int index) override;
-    bool SetCurrentHybridSBT(unsigned int index) override;
-    bool GetSTCCount(unsigned long long& stc) override;
-    bool SetCurrentISDBText(EZVISDBTextType type, int index) override;
-    bool SetCurrentISDBTextService(EZVISDBTextType type, int compTag) override;
-    bool GetCaptionDataMode(EZVCaptionDataMode& mode) override;
-    bool GetDefaultCaptionService(EZVCaptionService& service) override;
-    bool MuteAudio(bool on) override;
-    bool MuteVideo(bool on) override;
-    bool GetResolution(cvtv_resolution_e& res, ZVResolution& info) override;
-    bool SetAppID(char const* appId) override;
-    bool GetSourceState(EZVSourceState& state) override;
-    bool GetFirstPTS(unsigned long long& pts, int& a, int& b, unsigned long& now) override;
-
     CProxyDBusHelper const& Channel() const { return *m_pDBusHelper; }
+
+#include "IPlayerControlOverrides.inc" // generated from protocol/zviptv.xml
 
 private:
     CPlayerControlProxy();

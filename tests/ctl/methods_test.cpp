@@ -91,4 +91,60 @@ TEST(MethodsTest, TheListNamesAllOfThem)
               Compact(first));
 }
 
+/// The member of the list that has this text as its `name`.
+Json::Value Find(Json::Value const& list, char const* name, std::string const& text)
+{
+    for (Json::Value const& entry : list) {
+        if (entry[name] == text) {
+            return entry;
+        }
+    }
+    ADD_FAILURE() << "no " << text;
+    return {};
+}
+
+TEST(MethodsTest, TheJsonDescribesFunctions)
+{
+    Json::Value const json = ListMethods().json;
+    ASSERT_EQ(4U, json["endpoints"].size());
+    Json::Value const player = Find(json["endpoints"], "type", "PLAYERCONTROL");
+    EXPECT_EQ(16U, player["functions"].size());
+    EXPECT_EQ(24U, Find(json["endpoints"], "type", "BROADCASTDATA")["functions"].size());
+    EXPECT_EQ(10U, Find(json["endpoints"], "type", "IPGUTIL")["functions"].size());
+    EXPECT_EQ(
+        "{\"handle\":true,\"in\":[],\"name\":\"GetSTCCount\",\"out\":[{\"key\":\"stcCount\",\"summary\":"
+        "\"system time clock, 33 bits\",\"type\":\"u64\",\"unit\":\"1/90000 s\"}],\"summary\":"
+        "\"Reports the system time clock of the playback.\"}",
+        Compact(Find(player["functions"], "name", "GetSTCCount")));
+    Json::Value const appId = Find(player["functions"], "name", "SetAppID");
+    EXPECT_FALSE(appId["handle"].asBool());
+    EXPECT_TRUE(appId["in"][0]["optional"].asBool());
+    EXPECT_EQ("-1", Find(player["functions"], "name", "GetSourceState")["out"][0]["none"].asString());
+    Json::Value const subscriber = Find(json["endpoints"], "type", "IPTVDATASUBSCRIBER");
+    Json::Value const pes = Find(subscriber["notifications"], "name", "PESCB");
+    EXPECT_EQ("pesDataSize", pes["in"][0]["key"].asString());
+    EXPECT_EQ("pesData", pes["in"][0]["counts"].asString());
+    EXPECT_EQ("org.corvel.zviptvapi.dbushelper", json["helper"]["interface"].asString());
+    EXPECT_EQ("Send", json["channel"]["request"].asString());
+}
+
+TEST(MethodsTest, TheJsonDescribesRecordsAndEnumerations)
+{
+    Json::Value const json = ListMethods().json;
+    Json::Value const audio = Find(json["records"], "name", "ZVAudio");
+    EXPECT_EQ(32, audio["size"].asInt());
+    Json::Value const rate = Find(audio["fields"], "name", "sampleRate");
+    EXPECT_EQ(12, rate["offset"].asInt());
+    EXPECT_EQ(4, rate["size"].asInt());
+    EXPECT_EQ("u32", rate["type"].asString());
+    EXPECT_EQ("Hz", rate["unit"].asString());
+    EXPECT_EQ("json", Find(json["records"], "name", "IPGProgramId")["form"].asString());
+    Json::Value const states = Find(json["enumerations"], "name", "EZVSourceState")["values"];
+    EXPECT_EQ(-1, Find(states, "name", "UNKNOWN")["value"].asInt());
+    EXPECT_EQ(0x656e67,
+              Find(Find(json["enumerations"], "name", "EZVLanguageCode")["values"], "name", "ENG")["value"]
+                  .asInt());
+    EXPECT_EQ(13U, json["enumerations"].size());
+}
+
 } // namespace

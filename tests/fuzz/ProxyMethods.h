@@ -36,7 +36,7 @@ struct ProxyMethod
 
 /// All methods of the interfaces that send a request and read the reply.
 constexpr ProxyMethod ProxyMethods[] = {
-#include "ProxyMethodTable.h"
+#include "ProxyMethodTable.inc"
 };
 
 } // namespace zviptv::fuzz

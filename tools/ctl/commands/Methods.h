@@ -21,10 +21,11 @@ enum class Form
 
 struct Parameter
 {
-    std::string type;
+    std::string type; ///< as in C++; numbers with their bits, such as uint32
     std::string name;
-    Form form = Form::Bytes;
 };
+
+Form FormOf(Parameter const& parameter);
 
 /// One method of the interfaces, as a command line sees it.
 struct Method

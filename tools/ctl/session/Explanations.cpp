@@ -48,9 +48,9 @@ std::vector<std::string> Suspects(Method const& method, Form form)
         names.emplace_back("result");
     }
     for (Parameter const& output : method.outputs) {
-        if (output.form == form) {
+        if (FormOf(output) == form) {
             names.push_back(output.name);
-        } else if (output.form == Form::List && form == Form::Number) {
+        } else if (FormOf(output) == Form::List && form == Form::Number) {
             names.push_back("size of " + output.name);
         }
     }

@@ -1,0 +1,22 @@
+#!/bin/bash
+# The installed Protocol.h keeps the constants and words that were released, in protocol_words.txt: namespace, constant,
+# word; more of them may come: protocol_words.sh BUILD SOURCE
+. "$(dirname "$0")/install.sh"
+
+{
+    printf '#include <zviptv/Protocol.h>\n#include <string_view>\n'
+    while read -r namespace constant word; do
+        printf 'static_assert(std::string_view(zviptv::protocol::%s::%s) == "%s");\n' "$namespace" "$constant" "$word"
+    done <"$source/protocol_words.txt"
+    printf 'int main() {}\n'
+} >"$work/words.cpp"
+[ "$(grep -c static_assert "$work/words.cpp")" -ge 115 ]
+compile() { "$CXX" -std=c++17 -fsyntax-only -I "$prefix/include" "$work/words.cpp" 2>"$work/errors"; }
+compile || { cat "$work/errors" && exit 1; }
+
+# A word that differs is noticed.
+sed -i 's/"MuteAudio"/"Muteaudio"/' "$work/words.cpp"
+if compile; then
+    echo "another word passes"
+    exit 1
+fi
