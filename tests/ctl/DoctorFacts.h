@@ -1,6 +1,6 @@
 #pragma once
 
-#include "doctor/Finding.h"
+#include "doctor/Judge.h"
 
 namespace zviptv::test {
 

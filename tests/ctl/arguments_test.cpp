@@ -1,6 +1,6 @@
 #include "commands/Arguments.h"
 
-#include "session/Failure.h"
+#include "output/Failure.h"
 
 #include <gmock/gmock.h>
 

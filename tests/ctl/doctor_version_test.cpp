@@ -1,6 +1,7 @@
 #include "DoctorFixture.h"
 
 #include "doctor/Gather.h"
+#include "doctor/Versions.h"
 
 #include <filesystem>
 #include <fstream>

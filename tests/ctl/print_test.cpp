@@ -1,5 +1,5 @@
+#include "commands/PacketLine.h"
 #include "output/Answer.h"
-#include "output/PacketLine.h"
 #include "output/Table.h"
 #include "output/Traffic.h"
 

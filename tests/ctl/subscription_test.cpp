@@ -1,6 +1,6 @@
 #include "session/Subscription.h"
 
-#include "session/Failure.h"
+#include "output/Failure.h"
 
 #include <gtest/gtest.h>
 

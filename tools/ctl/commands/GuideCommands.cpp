@@ -1,4 +1,5 @@
-#include "Commands.h"
+#include "GuideCommands.h"
+
 #include "session/Session.h"
 
 #include <glib.h>

@@ -1,9 +1,9 @@
 #include "Methods.h"
 
 #include "Call.h"
-#include "ProtocolSchema.h"
+#include "common/ProtocolSchema.h"
+#include "output/Failure.h"
 #include "output/Words.h"
-#include "session/Failure.h"
 
 #include <cstring>
 

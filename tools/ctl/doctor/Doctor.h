@@ -1,7 +1,7 @@
 #pragma once
 
 #include "doctor/Facts.h"
-#include "session/ExitCode.h"
+#include "output/ExitCode.h"
 
 namespace zviptv::ctl::doctor {
 

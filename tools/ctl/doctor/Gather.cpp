@@ -1,5 +1,12 @@
 #include "doctor/Gather.h"
 
+#include "doctor/Accounts.h"
+#include "doctor/BusProbe.h"
+#include "doctor/PolicyProbe.h"
+#include "doctor/Process.h"
+#include "doctor/ServiceProbe.h"
+#include "doctor/Versions.h"
+
 #include <cstdlib>
 #include <filesystem>
 

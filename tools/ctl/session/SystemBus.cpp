@@ -1,6 +1,6 @@
 #include "SystemBus.h"
 
-#include "Failure.h"
+#include "output/Failure.h"
 
 namespace zviptv::ctl {
 

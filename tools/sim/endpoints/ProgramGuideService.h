@@ -1,9 +1,9 @@
 #pragma once
 
+#include "GuideLoader.h"
 #include "Message.h"
 #include "guide/EitReader.h"
 #include "guide/ProgrammeGuide.h"
-#include "host/GuideLoader.h"
 #include "playback/ParentalLock.h"
 #include "playback/Player.h"
 

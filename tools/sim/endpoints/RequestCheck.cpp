@@ -1,6 +1,6 @@
 #include "RequestCheck.h"
 
-#include "ProtocolSchema.h"
+#include "common/ProtocolSchema.h"
 #include "RequestLog.h"
 
 #include <zviptv/Protocol.h>

@@ -8,7 +8,7 @@
 #include "PlayerControlService.h"
 #include "ProgramGuideService.h"
 #include "RequestLog.h"
-#include "host/MainLoop.h"
+#include "common/MainLoop.h"
 #include "playback/ParentalLock.h"
 #include "playback/Player.h"
 #include "playback/Selection.h"

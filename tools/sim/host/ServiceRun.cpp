@@ -1,7 +1,7 @@
 #include "ServiceRun.h"
 
-#include "MainLoop.h"
 #include "SystemBus.h"
+#include "common/MainLoop.h"
 
 #include <zviptv/ConnectionHelperDBusClient.h>
 

@@ -1,6 +1,6 @@
 #include "PacketLine.h"
 
-#include "Answer.h"
+#include "output/Answer.h"
 
 namespace zviptv::ctl {
 

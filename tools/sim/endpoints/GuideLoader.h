@@ -1,6 +1,6 @@
 #pragma once
 
-#include "MainLoop.h"
+#include "common/MainLoop.h"
 #include "guide/GuideFile.h"
 
 #include <atomic>

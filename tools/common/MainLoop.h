@@ -4,7 +4,7 @@
 #include <functional>
 #include <memory>
 
-namespace zviptv::sim {
+namespace zviptv {
 
 /// The process's main loop.
 class MainLoop
@@ -33,4 +33,4 @@ private:
     std::unique_ptr<Impl> m_impl;
 };
 
-} // namespace zviptv::sim
+} // namespace zviptv

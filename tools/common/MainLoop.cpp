@@ -1,4 +1,4 @@
-#include "MainLoop.h"
+#include "common/MainLoop.h"
 
 #include <glib-unix.h>
 
@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-namespace zviptv::sim {
+namespace zviptv {
 
 class MainLoop::Impl
 {
@@ -138,4 +138,4 @@ void MainLoop::After(std::chrono::milliseconds delay, std::function<void()> work
     m_impl->Add(delay, std::make_unique<Work>(Work{*m_impl, std::move(work)}));
 }
 
-} // namespace zviptv::sim
+} // namespace zviptv
