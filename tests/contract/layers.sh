@@ -29,21 +29,22 @@ checked=
 may include
 may src/message
 may src/log
-may src/dbus message log
+may src/glib
+may src/dbus glib message log
 may src/native dbus message log
 may src/proxy dbus message log
 
-may tools/common
+may tools/common glib
 may tools/sim/stream
 may tools/sim/guide stream
 may tools/sim/playback guide stream common
-may tools/sim/endpoints playback guide stream common
-may tools/sim/host endpoints playback guide stream common
+may tools/sim/endpoints playback guide stream common glib
+may tools/sim/host endpoints playback guide stream common glib
 
-may tools/ctl/output common
-may tools/ctl/session output common commands # Explanations.cpp reads the table of methods
-may tools/ctl/commands session output common
-may tools/ctl/doctor output common
+may tools/ctl/output common glib
+may tools/ctl/session output common glib commands # Explanations.cpp reads the table of methods
+may tools/ctl/commands session output common glib
+may tools/ctl/doctor output common glib
 
 for folder in $folders; do
     [[ "$checked" == *" $folder "* ]] || fail "say here what $folder may include"

@@ -1,6 +1,6 @@
 #include "LoopRunner.h"
 
-#include <glib.h>
+#include "glib/Owned.h"
 
 #include <atomic>
 #include <future>
@@ -52,7 +52,7 @@ void RunPending()
 class LoopThread::Impl
 {
 public:
-    Impl() : m_loop(g_main_loop_new(nullptr, FALSE), g_main_loop_unref)
+    Impl() : m_loop(g_main_loop_new(nullptr, FALSE))
     {
         std::promise<void> running;
         m_thread = std::thread([this] { g_main_loop_run(m_loop.get()); });
@@ -88,7 +88,7 @@ public:
     }
 
 private:
-    std::unique_ptr<GMainLoop, void (*)(GMainLoop*)> m_loop;
+    Owned<GMainLoop> m_loop;
     std::thread m_thread;
 };
 

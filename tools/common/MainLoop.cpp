@@ -1,5 +1,7 @@
 #include "common/MainLoop.h"
 
+#include "glib/Owned.h"
+
 #include <glib-unix.h>
 
 #include <csignal>
@@ -14,8 +16,6 @@ namespace zviptv {
 class MainLoop::Impl
 {
 public:
-    Impl() : m_loop(g_main_loop_new(nullptr, FALSE), g_main_loop_unref) {}
-
     ~Impl()
     {
         for (guint const source : m_signalSources) {
@@ -83,7 +83,7 @@ private:
         return G_SOURCE_CONTINUE;
     }
 
-    std::unique_ptr<GMainLoop, void (*)(GMainLoop*)> m_loop;
+    Owned<GMainLoop> m_loop{g_main_loop_new(nullptr, FALSE)};
     int m_signal = 0;
     std::vector<guint> m_signalSources;
     std::mutex m_mutex; ///< of the next one: work comes from any thread

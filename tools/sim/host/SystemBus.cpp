@@ -1,34 +1,18 @@
 #include "SystemBus.h"
 
+#include "glib/Owned.h"
+
 #include <zviptv/ConnectionHelperDBusServer.h>
 
-#include <gio/gio.h>
-
 #include <cstring>
-#include <memory>
 
 namespace zviptv::sim {
 
-namespace {
-
-struct Release
-{
-    void operator()(GDBusConnection* connection) const { g_object_unref(connection); }
-    void operator()(GVariant* value) const { g_variant_unref(value); }
-    void operator()(GError* error) const { g_error_free(error); }
-};
-
-template <typename Handle>
-using Owned = std::unique_ptr<Handle, Release>;
-
-} // namespace
-
 std::string WhyNoSystemBus()
 {
-    GError* raw = nullptr;
-    Owned<GDBusConnection> const connection(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, &raw));
-    Owned<GError> const error(raw);
-    return error == nullptr ? std::string() : error->message;
+    Error error;
+    Owned<GDBusConnection> const connection(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, error.Out()));
+    return error ? error.Message() : std::string();
 }
 
 bool OwnsServiceName()
