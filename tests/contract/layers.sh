@@ -35,11 +35,12 @@ may src/native dbus message log
 may src/proxy dbus message log
 
 may tools/common glib
+may tools/process
 may tools/sim/stream
 may tools/sim/guide stream
 may tools/sim/playback guide stream common
 may tools/sim/endpoints playback guide stream common glib
-may tools/sim/host endpoints playback guide stream common glib
+may tools/sim/host endpoints playback guide stream process common glib
 
 may tools/ctl/output common glib
 may tools/ctl/session output common glib commands # Explanations.cpp reads the table of methods

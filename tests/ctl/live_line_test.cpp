@@ -8,7 +8,7 @@
 #include <unistd.h>
 
 using zviptv::ctl::LiveLine;
-using zviptv::test::FileHandle;
+using zviptv::FileHandle;
 using zviptv::test::Terminal;
 
 namespace {

@@ -1,7 +1,7 @@
 #include "ChildProcess.h"
 
-#include "Handles.h"
-#include "Spawn.h"
+#include "SpawnThread.h"
+#include "process/FileHandle.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -91,9 +91,10 @@ public:
         Ends input = InputSocket();
         Ends output = OutputPipe();
         Ends errors = OutputPipe();
-        m_pid = Spawn({command,
-                       environment,
-                       {{input.theirs.Get(), 0}, {output.theirs.Get(), 1}, {errors.theirs.Get(), 2}}});
+        m_pid = SpawnFromAnyThread(
+            {command,
+             environment,
+             {{input.theirs.Get(), 0}, {output.theirs.Get(), 1}, {errors.theirs.Get(), 2}}});
         m_input = std::move(input.mine);
         m_streams[0].pipe = std::move(output.mine);
         m_streams[1].pipe = std::move(errors.mine);

@@ -9,27 +9,18 @@
 
 namespace zviptv::sim {
 
-MemoryFile::MemoryFile(std::string const& contents) : m_descriptor(memfd_create("zviptv-sim", 0))
+MemoryFile::MemoryFile(std::string const& contents) : m_file(memfd_create("zviptv-sim", MFD_CLOEXEC))
 {
-    bool const isWritten = m_descriptor >= 0 && write(m_descriptor, contents.data(), contents.size()) ==
-                                                    static_cast<ssize_t>(contents.size());
-    if (!isWritten) {
-        int const reason = errno;
-        close(m_descriptor);
-        throw std::system_error(reason, std::generic_category(), "cannot make a file in memory");
+    if (write(Descriptor(), contents.data(), contents.size()) != static_cast<ssize_t>(contents.size())) {
+        throw std::system_error(errno, std::generic_category(), "cannot make a file in memory");
     }
-}
-
-MemoryFile::~MemoryFile()
-{
-    close(m_descriptor);
 }
 
 std::string MemoryFile::Contents() const
 {
     std::string contents;
     std::array<char, 1024> buffer;
-    for (ssize_t size = 0; (size = pread(m_descriptor, buffer.data(), buffer.size(),
+    for (ssize_t size = 0; (size = pread(Descriptor(), buffer.data(), buffer.size(),
                                          static_cast<off_t>(contents.size()))) > 0;) {
         contents.append(buffer.data(), static_cast<std::size_t>(size));
     }

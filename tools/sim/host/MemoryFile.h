@@ -1,29 +1,24 @@
 #pragma once
 
+#include "process/FileHandle.h"
+
 #include <string>
 
 namespace zviptv::sim {
 
-/// A file without a name, for a program that is run: it inherits the descriptor. Gone when the last who has
-/// it open is.
+/// A file without a name, to be handed to a program. Gone when the last who has it open is.
 class MemoryFile
 {
 public:
     /// @throws std::system_error
     explicit MemoryFile(std::string const& contents = {});
-    ~MemoryFile();
-    MemoryFile(MemoryFile const&) = delete;
-    MemoryFile& operator=(MemoryFile const&) = delete;
 
-    int Descriptor() const { return m_descriptor; }
-
-    /// Opens it in a process that has inherited it.
-    std::string Path() const { return "/proc/self/fd/" + std::to_string(m_descriptor); }
+    int Descriptor() const { return m_file.Get(); }
 
     std::string Contents() const;
 
 private:
-    int m_descriptor;
+    FileHandle m_file;
 };
 
 } // namespace zviptv::sim

@@ -1,18 +1,19 @@
 #include "PrivateBus.h"
 
 #include "MemoryFile.h"
-#include "Pipe.h"
+#include "process/BusDaemon.h"
+
+#include <unistd.h>
 
 #include <cstdlib>
 #include <random>
 #include <sstream>
 #include <stdexcept>
+#include <system_error>
 
 namespace zviptv::sim {
 
 namespace {
-
-constexpr std::chrono::seconds StartTimeout{10};
 
 /// Whoever is let in may do everything. Without a rule that is the user of the daemon.
 constexpr char Policy[] = R"(
@@ -48,19 +49,26 @@ std::string Config(std::string const& address)
 
 PrivateBus::PrivateBus()
 {
-    MemoryFile const config(Config(NewAddress()));
+    constexpr int configTarget = 4;
+    std::string const address = NewAddress();
+    MemoryFile const config(Config(address));
     MemoryFile const errors;
-    Pipe address;
-    address.PassOn();
-    m_daemon = Process::Run({"dbus-daemon", "--config-file=" + config.Path(), "--nofork", "--nopidfile",
-                             "--nosyslog", "--print-address=" + std::to_string(address.WriteEnd())},
-                            Process::Group::Own, errors.Descriptor());
-    address.CloseWriteEnd();
-    m_address = address.ReadLine(StartTimeout);
+    std::string reason;
+    try {
+        BusStart start;
+        start.config = "/proc/self/fd/" + std::to_string(configTarget);
+        start.address = address;
+        start.descriptors = {{config.Descriptor(), configTarget}, {errors.Descriptor(), STDERR_FILENO}};
+        BusDaemon const daemon = StartBusDaemon(start);
+        m_daemon.emplace(daemon.pid);
+        m_address = daemon.address;
+    } catch (std::system_error const& failure) {
+        reason = failure.what();
+    }
     if (m_address.empty()) {
         throw std::runtime_error("the private bus did not start: install the package dbus-daemon, or see "
                                  "what it said:\n" +
-                                 errors.Contents());
+                                 reason + errors.Contents());
     }
     setenv("DBUS_SYSTEM_BUS_ADDRESS", m_address.c_str(), 1);
 }

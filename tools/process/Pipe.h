@@ -1,9 +1,11 @@
 #pragma once
 
+#include "FileHandle.h"
+
 #include <chrono>
 #include <string>
 
-namespace zviptv::sim {
+namespace zviptv {
 
 /// A pipe between this process and a child.
 class Pipe
@@ -11,18 +13,13 @@ class Pipe
 public:
     /// @throws std::system_error
     Pipe();
-    ~Pipe();
-    Pipe(Pipe const&) = delete;
-    Pipe& operator=(Pipe const&) = delete;
 
-    int ReadEnd() const { return m_read; }
-    int WriteEnd() const { return m_write; }
-
-    /// A program that is run from now on gets the write end; without it, it gets none of the two.
-    void PassOn();
+    // A program that is run gets none of the two by itself.
+    int ReadEnd() const { return m_read.Get(); }
+    int WriteEnd() const { return m_write.Get(); }
 
     /// To be called once the child has its own; without it the end of the child is not noticed.
-    void CloseWriteEnd();
+    void CloseWriteEnd() { m_write.Reset(); }
 
     /// Something can be read, or the pipe has ended.
     bool HasInput() const;
@@ -31,8 +28,8 @@ public:
     std::string ReadLine(std::chrono::milliseconds timeout);
 
 private:
-    int m_read = -1;
-    int m_write = -1;
+    FileHandle m_read;
+    FileHandle m_write;
 };
 
-} // namespace zviptv::sim
+} // namespace zviptv

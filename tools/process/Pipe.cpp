@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <system_error>
 
-namespace zviptv::sim {
+namespace zviptv {
 
 Pipe::Pipe()
 {
@@ -15,32 +15,13 @@ Pipe::Pipe()
     if (pipe2(ends, O_CLOEXEC) != 0) {
         throw std::system_error(errno, std::generic_category(), "cannot make a pipe");
     }
-    m_read = ends[0];
-    m_write = ends[1];
-}
-
-Pipe::~Pipe()
-{
-    CloseWriteEnd();
-    close(m_read);
-}
-
-void Pipe::PassOn()
-{
-    fcntl(m_write, F_SETFD, 0);
-}
-
-void Pipe::CloseWriteEnd()
-{
-    if (m_write >= 0) {
-        close(m_write);
-        m_write = -1;
-    }
+    m_read = FileHandle(ends[0]);
+    m_write = FileHandle(ends[1]);
 }
 
 bool Pipe::HasInput() const
 {
-    pollfd waited{m_read, POLLIN, 0};
+    pollfd waited{ReadEnd(), POLLIN, 0};
     return poll(&waited, 1, 0) == 1;
 }
 
@@ -51,7 +32,7 @@ std::string Pipe::ReadLine(std::chrono::milliseconds timeout)
     for (;;) {
         auto const left =
             std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now()).count();
-        pollfd waited{m_read, POLLIN, 0};
+        pollfd waited{ReadEnd(), POLLIN, 0};
         char next = 0;
         if (left <= 0 || (poll(&waited, 1, static_cast<int>(left)) < 0 && errno != EINTR)) {
             return std::string();
@@ -59,7 +40,7 @@ std::string Pipe::ReadLine(std::chrono::milliseconds timeout)
         if (waited.revents == 0) {
             continue;
         }
-        if (read(m_read, &next, 1) != 1) {
+        if (read(ReadEnd(), &next, 1) != 1) {
             return std::string();
         }
         if (next == '\n') {
@@ -69,4 +50,4 @@ std::string Pipe::ReadLine(std::chrono::milliseconds timeout)
     }
 }
 
-} // namespace zviptv::sim
+} // namespace zviptv
