@@ -1,6 +1,6 @@
 #pragma once
 
-#include "doctor/Judge.h"
+#include "doctor/Doctor.h"
 
 namespace zviptv::test {
 

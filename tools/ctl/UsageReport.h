@@ -1,6 +1,6 @@
 #pragma once
 
-#include "output/ExitCode.h"
+#include "output/Failure.h"
 
 #include <CLI/CLI.hpp>
 

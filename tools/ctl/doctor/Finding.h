@@ -2,7 +2,7 @@
 
 #include "doctor/Facts.h"
 #include "doctor/Mending.h"
-#include "output/ExitCode.h"
+#include "output/Failure.h"
 
 #include <optional>
 #include <string>

@@ -1,10 +1,13 @@
 #include "PrivateBus.h"
 
-#include "MemoryFile.h"
 #include "process/BusDaemon.h"
+#include "process/FileHandle.h"
 
+#include <sys/mman.h>
 #include <unistd.h>
 
+#include <array>
+#include <cerrno>
 #include <cstdlib>
 #include <random>
 #include <sstream>
@@ -45,20 +48,41 @@ std::string Config(std::string const& address)
            address + "</listen>" + Policy;
 }
 
+/// A file without a name, to be handed to a program. Gone when the last who has it open is.
+FileHandle MemoryFile(std::string const& contents = {})
+{
+    FileHandle file(memfd_create("zviptv-sim", MFD_CLOEXEC));
+    if (write(file.Get(), contents.data(), contents.size()) != static_cast<ssize_t>(contents.size())) {
+        throw std::system_error(errno, std::generic_category(), "cannot make a file in memory");
+    }
+    return file;
+}
+
+std::string ContentsOf(FileHandle const& file)
+{
+    std::string contents;
+    std::array<char, 1024> buffer;
+    for (ssize_t size = 0;
+         (size = pread(file.Get(), buffer.data(), buffer.size(), static_cast<off_t>(contents.size()))) > 0;) {
+        contents.append(buffer.data(), static_cast<std::size_t>(size));
+    }
+    return contents;
+}
+
 } // namespace
 
 PrivateBus::PrivateBus()
 {
     constexpr int configTarget = 4;
     std::string const address = NewAddress();
-    MemoryFile const config(Config(address));
-    MemoryFile const errors;
+    FileHandle const config = MemoryFile(Config(address));
+    FileHandle const errors = MemoryFile();
     std::string reason;
     try {
         BusStart start;
         start.config = "/proc/self/fd/" + std::to_string(configTarget);
         start.address = address;
-        start.descriptors = {{config.Descriptor(), configTarget}, {errors.Descriptor(), STDERR_FILENO}};
+        start.descriptors = {{config.Get(), configTarget}, {errors.Get(), STDERR_FILENO}};
         BusDaemon const daemon = StartBusDaemon(start);
         m_daemon.emplace(daemon.pid);
         m_address = daemon.address;
@@ -68,7 +92,7 @@ PrivateBus::PrivateBus()
     if (m_address.empty()) {
         throw std::runtime_error("the private bus did not start: install the package dbus-daemon, or see "
                                  "what it said:\n" +
-                                 reason + errors.Contents());
+                                 reason + ContentsOf(errors));
     }
     setenv("DBUS_SYSTEM_BUS_ADDRESS", m_address.c_str(), 1);
 }
