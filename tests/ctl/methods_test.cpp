@@ -15,7 +15,7 @@ std::string UsageError(std::string const& name, std::size_t arguments)
     try {
         FindMethod(name, arguments);
     } catch (Failure const& failure) {
-        EXPECT_EQ(ExitCode::Usage, failure.Code());
+        EXPECT_EQ(failure.Code(), ExitCode::Usage);
         return failure.what();
     }
     return {};
@@ -30,52 +30,52 @@ TEST(MethodsTest, EveryMethodOfTheInterfacesIsThere)
         callable += method.call != nullptr ? 1 : 0;
     }
     EXPECT_EQ(
+        counts,
         (std::map<std::string, int>{
-            {"IPlayerControl", 16}, {"IBroadcastData", 24}, {"IIPTVDataSubscriber", 4}, {"IIPGUtil", 10}}),
-        counts);
-    EXPECT_EQ(54U, Methods().size());
-    EXPECT_EQ(50, callable);
+            {"IPlayerControl", 16}, {"IBroadcastData", 24}, {"IIPTVDataSubscriber", 4}, {"IIPGUtil", 10}}));
+    EXPECT_EQ(Methods().size(), 54U);
+    EXPECT_EQ(callable, 50);
 }
 
 TEST(MethodsTest, SignaturesAreDeduced)
 {
-    EXPECT_EQ("MuteAudio(bool on)", Signature(FindMethod("MuteAudio", 1)));
-    EXPECT_EQ("UnMuteByRatingPin()", Signature(FindMethod("UnMuteByRatingPin", 0)));
-    EXPECT_EQ("GetHybridSBT(uint32 index) -> EZVLanguageCode language, ZVHybridSBT subtitle",
-              Signature(FindMethod("GetHybridSBT", 1)));
-    EXPECT_EQ("GetRatingInfo() -> std::vector<ZVRatingInfo> ratings",
-              Signature(FindMethod("GetRatingInfo", 0)));
-    EXPECT_EQ("GetProgram(uint64 serviceId, uint16 eventId, uint32 startTime, uint32 duration, "
-              "Program_IPG program) -> std::string out",
-              Signature(FindMethod("GetProgram", 5)));
-    EXPECT_EQ("GetProgram(uint32 index) -> std::string program", Signature(FindMethod("GetProgram", 1)));
+    EXPECT_EQ(Signature(FindMethod("MuteAudio", 1)), "MuteAudio(bool on)");
+    EXPECT_EQ(Signature(FindMethod("UnMuteByRatingPin", 0)), "UnMuteByRatingPin()");
+    EXPECT_EQ(Signature(FindMethod("GetHybridSBT", 1)),
+              "GetHybridSBT(uint32 index) -> EZVLanguageCode language, ZVHybridSBT subtitle");
+    EXPECT_EQ(Signature(FindMethod("GetRatingInfo", 0)),
+              "GetRatingInfo() -> std::vector<ZVRatingInfo> ratings");
+    EXPECT_EQ(Signature(FindMethod("GetProgram", 5)),
+              "GetProgram(uint64 serviceId, uint16 eventId, uint32 startTime, uint32 duration, "
+              "Program_IPG program) -> std::string out");
+    EXPECT_EQ(Signature(FindMethod("GetProgram", 1)), "GetProgram(uint32 index) -> std::string program");
 }
 
 TEST(MethodsTest, ArgumentsAreCounted)
 {
-    EXPECT_EQ("", UsageError("SetAppID", 0));
-    EXPECT_EQ("", UsageError("SetAppID", 1));
-    EXPECT_EQ("SetAppID takes 1 argument ([appId]), not 2", UsageError("SetAppID", 2));
-    EXPECT_EQ("SetAudioFormat takes 2 arguments (type preferred), not 1", UsageError("SetAudioFormat", 1));
-    EXPECT_EQ("GetSTCCount takes no arguments, not 1", UsageError("GetSTCCount", 1));
+    EXPECT_EQ(UsageError("SetAppID", 0), "");
+    EXPECT_EQ(UsageError("SetAppID", 1), "");
+    EXPECT_EQ(UsageError("SetAppID", 2), "SetAppID takes 1 argument ([appId]), not 2");
+    EXPECT_EQ(UsageError("SetAudioFormat", 1), "SetAudioFormat takes 2 arguments (type preferred), not 1");
+    EXPECT_EQ(UsageError("GetSTCCount", 1), "GetSTCCount takes no arguments, not 1");
     EXPECT_EQ(
+        UsageError("GetProgram", 2),
         "GetProgram takes 1 argument (index) or 5 arguments (serviceId eventId startTime duration program), "
-        "not 2",
-        UsageError("GetProgram", 2));
+        "not 2");
 }
 
 TEST(MethodsTest, UnknownNamesGetSuggestions)
 {
-    EXPECT_EQ("unknown method 'GetSTCCuont'; did you mean GetSTCCount?", UsageError("GetSTCCuont", 0));
-    EXPECT_EQ("unknown method 'muteaudio'; did you mean MuteAudio?", UsageError("muteaudio", 1));
-    EXPECT_EQ("unknown method 'xyz'; 'zviptvctl methods' lists all of them", UsageError("xyz", 0));
+    EXPECT_EQ(UsageError("GetSTCCuont", 0), "unknown method 'GetSTCCuont'; did you mean GetSTCCount?");
+    EXPECT_EQ(UsageError("muteaudio", 1), "unknown method 'muteaudio'; did you mean MuteAudio?");
+    EXPECT_EQ(UsageError("xyz", 0), "unknown method 'xyz'; 'zviptvctl methods' lists all of them");
 }
 
 TEST(MethodsTest, SubscribingIsAnotherCommand)
 {
-    EXPECT_EQ("SubscribeForPES needs a callback: use 'zviptvctl pes'", UsageError("SubscribeForPES", 0));
-    EXPECT_EQ("UnsubscribeForCaption needs a callback: use 'zviptvctl caption'",
-              UsageError("UnsubscribeForCaption", 1));
+    EXPECT_EQ(UsageError("SubscribeForPES", 0), "SubscribeForPES needs a callback: use 'zviptvctl pes'");
+    EXPECT_EQ(UsageError("UnsubscribeForCaption", 1),
+              "UnsubscribeForCaption needs a callback: use 'zviptvctl caption'");
 }
 
 TEST(MethodsTest, TheListNamesAllOfThem)
@@ -83,12 +83,12 @@ TEST(MethodsTest, TheListNamesAllOfThem)
     Answer const list = ListMethods();
     EXPECT_THAT(list.text, testing::HasSubstr("IIPTVDataSubscriber\n  SubscribeForCaption("));
     EXPECT_THAT(list.text, testing::HasSubstr("UnSubscribeForPES(int32 key)   (use 'zviptvctl pes')\n"));
-    ASSERT_EQ(54U, list.json["methods"].size());
+    ASSERT_EQ(list.json["methods"].size(), 54U);
     Json::Value const& first = list.json["methods"][0];
-    EXPECT_EQ("{\"callable\":true,\"in\":[{\"name\":\"index\",\"type\":\"int32\"}],\"interface\":"
+    EXPECT_EQ(Compact(first),
+              "{\"callable\":true,\"in\":[{\"name\":\"index\",\"type\":\"int32\"}],\"interface\":"
               "\"IPlayerControl\","
-              "\"name\":\"SetCurrentAudioByIndex\",\"out\":[]}",
-              Compact(first));
+              "\"name\":\"SetCurrentAudioByIndex\",\"out\":[]}");
 }
 
 /// The member of the list that has this text as its `name`.

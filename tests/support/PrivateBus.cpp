@@ -1,5 +1,6 @@
 #include "PrivateBus.h"
 
+#include "Files.h"
 #include "SpawnThread.h"
 #include "process/BusDaemon.h"
 #include "process/FileHandle.h"
@@ -12,7 +13,6 @@
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
@@ -144,8 +144,7 @@ std::string PrivateBus::LogFile() const
 
 std::string PrivateBus::Log() const
 {
-    std::ifstream file(LogFile());
-    return std::string(std::istreambuf_iterator<char>(file), {});
+    return ReadFile(LogFile());
 }
 
 void PrivateBus::Kill()
