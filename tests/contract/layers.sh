@@ -34,18 +34,17 @@ may src/dbus glib message log
 may src/native dbus message log
 may src/proxy dbus message log
 
-may tools/common glib
 may tools/process
+may tools/common glib
 may tools/sim/stream
 may tools/sim/guide stream
 may tools/sim/playback guide stream common
 may tools/sim/endpoints playback guide stream common glib
-may tools/sim/host endpoints playback guide stream process common glib
-
-may tools/ctl/output common glib
-may tools/ctl/session output common glib commands # Explanations.cpp reads the table of methods
-may tools/ctl/commands session output common glib
-may tools/ctl/doctor output common glib
+may tools/sim/host endpoints process common glib
+may tools/ctl/output glib
+may tools/ctl/session output glib commands # the table of methods
+may tools/ctl/commands session output
+may tools/ctl/doctor output glib
 
 for folder in $folders; do
     [[ "$checked" == *" $folder "* ]] || fail "say here what $folder may include"

@@ -14,8 +14,8 @@
 
 namespace zviptv::sim {
 
-/// Answers the requests of program guide objects, from a guide file or from the stream's event information.
-class ProgramGuideService
+/// Answers the requests of programme guide objects, from a guide file or from the stream's event information.
+class ProgrammeGuideService
 {
 public:
     using Clock = std::function<std::int64_t()>;
@@ -24,7 +24,7 @@ public:
     using Say = std::function<void(std::string const& text)>;
 
     /// `now` is the guide's clock, seconds since 1970.
-    ProgramGuideService(Player const& player, Clock now, MainLoop& loop, Say say)
+    ProgrammeGuideService(Player const& player, Clock now, MainLoop& loop, Say say)
         : m_player(player), m_now(std::move(now)), m_say(std::move(say)), m_loader(loop)
     {
     }
@@ -38,7 +38,7 @@ public:
     /// Takes the stream's event information, as long as no file was loaded.
     void Push(TsPacket const& packet);
 
-    /// Nothing when the function is none of the program guide, or CloneUSBToTV. Each application has its own
+    /// Nothing when the function is none of the programme guide, or CloneUSBToTV. Each application has its own
     /// list for GetProgram.
     std::optional<CMessageBuffer> Answer(Request const& request);
 

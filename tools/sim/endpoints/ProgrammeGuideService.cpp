@@ -1,4 +1,4 @@
-#include "ProgramGuideService.h"
+#include "ProgrammeGuideService.h"
 
 #include "RequestTable.h"
 #include "guide/EitGuide.h"
@@ -26,12 +26,12 @@ std::string ById(Request const& request, Query query)
 
 } // namespace
 
-void ProgramGuideService::Load(std::string const& path)
+void ProgrammeGuideService::Load(std::string const& path)
 {
     Use(path, LoadGuideOf(m_player, path));
 }
 
-void ProgramGuideService::Use(std::string const& path, LoadedGuide const& loaded)
+void ProgrammeGuideService::Use(std::string const& path, LoadedGuide const& loaded)
 {
     m_guide.Use(loaded.guide);
     m_fromFile = true;
@@ -44,7 +44,7 @@ void ProgramGuideService::Use(std::string const& path, LoadedGuide const& loaded
     }
 }
 
-void ProgramGuideService::Clone(Request const& request, std::function<void(Reply const&)> const& answer)
+void ProgrammeGuideService::Clone(Request const& request, std::function<void(Reply const&)> const& answer)
 {
     std::string const path = request.Text(key::Path);
     auto const finish = [this, path, answer](GuideLoader::Result const& result) {
@@ -62,7 +62,7 @@ void ProgramGuideService::Clone(Request const& request, std::function<void(Reply
 }
 
 /// Nothing found is an empty text, and so is what no message can carry.
-Reply ProgramGuideService::TextReply(Request const& request, std::string const& text) const
+Reply ProgrammeGuideService::TextReply(Request const& request, std::string const& text) const
 {
     if (text.size() > LargestText) {
         m_say(request.Function() + ": the answer has " + std::to_string(text.size()) +
@@ -72,7 +72,7 @@ Reply ProgramGuideService::TextReply(Request const& request, std::string const& 
     return Reply(!text.empty()).Add(key::Data, text);
 }
 
-void ProgramGuideService::Push(TsPacket const& packet)
+void ProgrammeGuideService::Push(TsPacket const& packet)
 {
     if (!m_fromFile && m_eit.Push(packet)) {
         m_guide.Use(MakeGuide(m_eit.Table(), NamesOf(m_player)).guide);
@@ -81,7 +81,7 @@ void ProgramGuideService::Push(TsPacket const& packet)
 
 /// What the stream calls present is present, whatever our clock says: a recording's events are of its own
 /// time.
-std::int64_t ProgramGuideService::Now(std::uint64_t serviceId) const
+std::int64_t ProgrammeGuideService::Now(std::uint64_t serviceId) const
 {
     EitEvent const* const present = m_fromFile || serviceId > UINT16_MAX
                                         ? nullptr
@@ -89,7 +89,7 @@ std::int64_t ProgramGuideService::Now(std::uint64_t serviceId) const
     return present != nullptr && present->start ? *present->start : m_now();
 }
 
-RatedProgramme ProgramGuideService::Present() const
+RatedProgramme ProgrammeGuideService::Present() const
 {
     RatedProgramme present;
     present.service = m_player.Current().number;
@@ -106,10 +106,10 @@ RatedProgramme ProgramGuideService::Present() const
 }
 
 /// The functions of the programme guide.
-class ProgramGuideService::Functions
+class ProgrammeGuideService::Functions
 {
 public:
-    explicit Functions(ProgramGuideService& service) : m_service(service) {}
+    explicit Functions(ProgrammeGuideService& service) : m_service(service) {}
 
     Reply ExistXmlForIPG(Request const& /*request*/)
     {
@@ -183,10 +183,10 @@ public:
     }
 
 private:
-    ProgramGuideService& m_service;
+    ProgrammeGuideService& m_service;
 };
 
-std::optional<CMessageBuffer> ProgramGuideService::Answer(Request const& request)
+std::optional<CMessageBuffer> ProgrammeGuideService::Answer(Request const& request)
 {
     static constexpr RequestRow<Functions> rows[] = {
         {function::ExistXmlForIPG, &Functions::ExistXmlForIPG},
