@@ -16,11 +16,11 @@ struct GLibRelease
     void operator()(GDBusNodeInfo* info) const { g_dbus_node_info_unref(info); }
     void operator()(GMainContext* context) const { g_main_context_unref(context); }
     void operator()(GMainLoop* loop) const { g_main_loop_unref(loop); }
+    void operator()(GSource* source) const { g_source_unref(source); }
     void operator()(GVariant* variant) const { g_variant_unref(variant); }
     void operator()(char* text) const { g_free(text); }
     void operator()(unsigned char* bytes) const { g_free(bytes); }
     void operator()(GError* error) const = delete; // see Error
-    void operator()(GSource* source) const = delete;
     template <typename T>
     void operator()(T* object) const
     {

@@ -38,8 +38,8 @@ public:
     /// Takes the stream's event information, as long as no file was loaded.
     void Push(TsPacket const& packet);
 
-    /// Nothing when the function is none of the programme guide, or CloneUSBToTV. Each application has its own
-    /// list for GetProgram.
+    /// Nothing when the function is none of the programme guide, or CloneUSBToTV. Each application has its
+    /// own list for GetProgram.
     std::optional<CMessageBuffer> Answer(Request const& request);
 
     void Forget(std::string const& busName) { m_lists.erase(busName); }
