@@ -42,7 +42,7 @@ may tools/sim/playback guide stream common
 may tools/sim/endpoints playback guide stream common glib
 may tools/sim/host endpoints process common glib
 may tools/ctl/output glib
-may tools/ctl/session output glib commands # the table of methods
+may tools/ctl/session output glib
 may tools/ctl/commands session output common
 may tools/ctl/doctor output glib
 
