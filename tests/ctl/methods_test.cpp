@@ -30,9 +30,9 @@ TEST(MethodsTest, EveryMethodOfTheInterfacesIsThere)
         callable += method.call != nullptr ? 1 : 0;
     }
     EXPECT_EQ(
-        counts,
         (std::map<std::string, int>{
-            {"IPlayerControl", 16}, {"IBroadcastData", 24}, {"IIPTVDataSubscriber", 4}, {"IIPGUtil", 10}}));
+            {"IPlayerControl", 16}, {"IBroadcastData", 24}, {"IIPTVDataSubscriber", 4}, {"IIPGUtil", 10}}),
+        counts);
     EXPECT_EQ(Methods().size(), 54U);
     EXPECT_EQ(callable, 50);
 }
@@ -106,45 +106,45 @@ Json::Value Find(Json::Value const& list, char const* name, std::string const& t
 TEST(MethodsTest, TheJsonDescribesFunctions)
 {
     Json::Value const json = ListMethods().json;
-    ASSERT_EQ(4U, json["endpoints"].size());
+    ASSERT_EQ(json["endpoints"].size(), 4U);
     Json::Value const player = Find(json["endpoints"], "type", "PLAYERCONTROL");
-    EXPECT_EQ(16U, player["functions"].size());
-    EXPECT_EQ(24U, Find(json["endpoints"], "type", "BROADCASTDATA")["functions"].size());
-    EXPECT_EQ(10U, Find(json["endpoints"], "type", "IPGUTIL")["functions"].size());
+    EXPECT_EQ(player["functions"].size(), 16U);
+    EXPECT_EQ(Find(json["endpoints"], "type", "BROADCASTDATA")["functions"].size(), 24U);
+    EXPECT_EQ(Find(json["endpoints"], "type", "IPGUTIL")["functions"].size(), 10U);
     EXPECT_EQ(
+        Compact(Find(player["functions"], "name", "GetSTCCount")),
         "{\"handle\":true,\"in\":[],\"name\":\"GetSTCCount\",\"out\":[{\"key\":\"stcCount\",\"summary\":"
         "\"system time clock, 33 bits\",\"type\":\"u64\",\"unit\":\"1/90000 s\"}],\"summary\":"
-        "\"Reports the system time clock of the playback.\"}",
-        Compact(Find(player["functions"], "name", "GetSTCCount")));
+        "\"Reports the system time clock of the playback.\"}");
     Json::Value const appId = Find(player["functions"], "name", "SetAppID");
     EXPECT_FALSE(appId["handle"].asBool());
     EXPECT_TRUE(appId["in"][0]["optional"].asBool());
-    EXPECT_EQ("-1", Find(player["functions"], "name", "GetSourceState")["out"][0]["none"].asString());
+    EXPECT_EQ(Find(player["functions"], "name", "GetSourceState")["out"][0]["none"].asString(), "-1");
     Json::Value const subscriber = Find(json["endpoints"], "type", "IPTVDATASUBSCRIBER");
     Json::Value const pes = Find(subscriber["notifications"], "name", "PESCB");
-    EXPECT_EQ("pesDataSize", pes["in"][0]["key"].asString());
-    EXPECT_EQ("pesData", pes["in"][0]["counts"].asString());
-    EXPECT_EQ("org.corvel.zviptvapi.dbushelper", json["helper"]["interface"].asString());
-    EXPECT_EQ("Send", json["channel"]["request"].asString());
+    EXPECT_EQ(pes["in"][0]["key"].asString(), "pesDataSize");
+    EXPECT_EQ(pes["in"][0]["counts"].asString(), "pesData");
+    EXPECT_EQ(json["helper"]["interface"].asString(), "org.corvel.zviptvapi.dbushelper");
+    EXPECT_EQ(json["channel"]["request"].asString(), "Send");
 }
 
 TEST(MethodsTest, TheJsonDescribesRecordsAndEnumerations)
 {
     Json::Value const json = ListMethods().json;
     Json::Value const audio = Find(json["records"], "name", "ZVAudio");
-    EXPECT_EQ(32, audio["size"].asInt());
+    EXPECT_EQ(audio["size"].asInt(), 32);
     Json::Value const rate = Find(audio["fields"], "name", "sampleRate");
-    EXPECT_EQ(12, rate["offset"].asInt());
-    EXPECT_EQ(4, rate["size"].asInt());
-    EXPECT_EQ("u32", rate["type"].asString());
-    EXPECT_EQ("Hz", rate["unit"].asString());
-    EXPECT_EQ("json", Find(json["records"], "name", "IPGProgramId")["form"].asString());
+    EXPECT_EQ(rate["offset"].asInt(), 12);
+    EXPECT_EQ(rate["size"].asInt(), 4);
+    EXPECT_EQ(rate["type"].asString(), "u32");
+    EXPECT_EQ(rate["unit"].asString(), "Hz");
+    EXPECT_EQ(Find(json["records"], "name", "IPGProgramId")["form"].asString(), "json");
     Json::Value const states = Find(json["enumerations"], "name", "EZVSourceState")["values"];
-    EXPECT_EQ(-1, Find(states, "name", "UNKNOWN")["value"].asInt());
-    EXPECT_EQ(0x656e67,
-              Find(Find(json["enumerations"], "name", "EZVLanguageCode")["values"], "name", "ENG")["value"]
-                  .asInt());
-    EXPECT_EQ(13U, json["enumerations"].size());
+    EXPECT_EQ(Find(states, "name", "UNKNOWN")["value"].asInt(), -1);
+    EXPECT_EQ(
+        Find(Find(json["enumerations"], "name", "EZVLanguageCode")["values"], "name", "ENG")["value"].asInt(),
+        0x656e67);
+    EXPECT_EQ(json["enumerations"].size(), 13U);
 }
 
 } // namespace
