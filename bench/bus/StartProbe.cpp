@@ -1,7 +1,7 @@
 // What an object costs: from Create to its first answered call, and what it adds to the process and to the
 // bus. Prints one line of JSON for the object that is named.
-#include "GioOwned.h"
 #include "Process.h"
+#include "glib/Owned.h"
 
 #include <zviptv/IPTVServiceAPI.h>
 
@@ -72,20 +72,19 @@ std::int64_t Start(Object const& object)
 /// Match rules that this process has on the bus; -1 when the bus does not count them.
 long MatchRules()
 {
-    GError* failure = nullptr;
-    GioOwned<GDBusConnection> const connection(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, &failure));
-    GioOwned<GError> const error(failure);
+    zviptv::Error error;
+    zviptv::Owned<GDBusConnection> const connection(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, error.Out()));
     if (connection == nullptr) {
-        throw std::runtime_error(error->message);
+        throw std::runtime_error(error.Message());
     }
-    GioOwned<GVariant> const answer(g_dbus_connection_call_sync(
+    zviptv::Owned<GVariant> const answer(g_dbus_connection_call_sync(
         connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus.Debug.Stats",
         "GetConnectionStats", g_variant_new("(s)", g_dbus_connection_get_unique_name(connection.get())),
         G_VARIANT_TYPE("(a{sv})"), G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr));
     if (answer == nullptr) {
         return -1;
     }
-    GioOwned<GVariant> const values(g_variant_get_child_value(answer.get(), 0));
+    zviptv::Owned<GVariant> const values(g_variant_get_child_value(answer.get(), 0));
     guint32 rules = 0;
     bool const known = g_variant_lookup(values.get(), "MatchRules", "u", &rules) != FALSE;
     return known ? static_cast<long>(rules) : -1;

@@ -1,34 +1,11 @@
 #pragma once
 
-#include <gio/gio.h>
+#include "glib/Owned.h"
 
-#include <memory>
 #include <string>
 #include <utility>
 
 namespace zviptv {
-
-struct GLibRelease
-{
-    void operator()(GDBusNodeInfo* info) const { g_dbus_node_info_unref(info); }
-    void operator()(GVariant* variant) const { g_variant_unref(variant); }
-    template <typename T>
-    void operator()(T* object) const
-    {
-        g_object_unref(object);
-    }
-};
-
-/// Owns one reference of a GLib object, variant or node info.
-template <typename T>
-using Owned = std::unique_ptr<T, GLibRelease>;
-
-/// Another reference to `object`, which may be null.
-template <typename T>
-Owned<T> Share(T* object)
-{
-    return Owned<T>(object == nullptr ? nullptr : static_cast<T*>(g_object_ref(object)));
-}
 
 /// GIO subscribes and owns names on an open connection only, and takes anything else for a programming error.
 inline bool IsOpen(Owned<GDBusConnection> const& connection)
@@ -50,60 +27,6 @@ inline bool IsObjectPath(std::string const& path)
     return path.size() <= longest && path.find('\0') == std::string::npos &&
            g_variant_is_object_path(path.c_str()) != FALSE;
 }
-
-/// Receives and owns a GError.
-class Error
-{
-public:
-    Error() = default;
-    ~Error() { g_clear_error(&m_error); }
-    Error(Error const&) = delete;
-    Error& operator=(Error const&) = delete;
-
-    /// For the error parameter of a GLib call.
-    GError** Out()
-    {
-        g_clear_error(&m_error);
-        return &m_error;
-    }
-
-    void Set(GIOErrorEnum code, char const* message)
-    {
-        *Out() = g_error_new_literal(G_IO_ERROR, code, message);
-    }
-
-    explicit operator bool() const { return m_error != nullptr; }
-    int Code() const { return m_error->code; }
-    char const* Message() const { return m_error->message; }
-
-private:
-    GError* m_error = nullptr;
-};
-
-/// A name watch; ends with its owner.
-class NameWatch
-{
-public:
-    NameWatch() = default;
-    explicit NameWatch(guint id) : m_id(id) {}
-    NameWatch(NameWatch&& other) noexcept : m_id(std::exchange(other.m_id, 0)) {}
-    NameWatch& operator=(NameWatch&& other) noexcept
-    {
-        std::swap(m_id, other.m_id);
-        return *this;
-    }
-    ~NameWatch()
-    {
-        if (m_id != 0) {
-            g_bus_unwatch_name(m_id);
-        }
-    }
-
-    guint Id() const { return m_id; }
-
-private:
-    guint m_id = 0;
-};
 
 /// A signal subscription on a connection; ends with its owner.
 class SignalSubscription

@@ -1,33 +1,59 @@
 #!/bin/bash
-# Folders of src include what docs/architecture.md says, headers and tools nothing of src: layers.sh BUILD SOURCE
+# Folders of src and tools include what docs/architecture.md says, headers nothing of either: layers.sh BUILD SOURCE
 set -euo pipefail
 cd "$2/../.."
 status=0
 
-# may FOLDER LAYER...: what the folder includes of src.
+fail() {
+    echo "$1"
+    status=1
+}
+
+# may FOLDER OTHER...: the folders of which this one includes something, besides itself.
 may() {
-    local folder=$1 layer found
+    local folder=$1 included other
     shift
-    [ -d "$folder" ] || { echo "$folder is no folder" && status=1; }
-    found=$({ grep -rhoE '#include "[a-z]+/' "$folder" || true; } | sed 's/.*"//; s/\/$//' | sort -u)
-    for layer in $layers; do
-        if grep -qx "$layer" <<<"$found" && ! grep -qw "$layer" <<<"$*"; then
-            echo "$folder includes src/$layer"
-            status=1
+    [ -d "$folder" ] || fail "$folder is no folder"
+    checked+=" $folder "
+    included=$({ grep -rhoE '#include "[a-z]+/' "$folder" || true; } | sed 's/.*"//; s/\/$//' | sort -u)
+    for other in $included; do
+        if [[ " $rooms " == *" $other "* ]] && ! grep -qw "$other" <<<"${folder##*/} $*"; then
+            fail "$folder includes $other"
         fi
     done
 }
-layers=$(cd src && find . -mindepth 1 -maxdepth 1 -type d -printf '%f ')
-[ "$(wc -w <<<"$layers")" -eq 5 ] || { echo "say here what each of these may include: $layers" && status=1; }
-may src/message message
-may src/log log
-may src/dbus dbus message log
-may src/native native dbus message log
-may src/proxy proxy dbus message log
+folders=$(find src tools tools/sim tools/ctl -mindepth 1 -maxdepth 1 -type d ! -path tools/sim ! -path tools/ctl)
+rooms=$(for folder in $folders; do echo "${folder##*/}"; done | tr '\n' ' ')
+checked=
+
 may include
-may tools
+may src/message
+may src/log
+may src/glib
+may src/dbus glib message log
+may src/native dbus message log
+may src/proxy dbus message log
+
+may tools/process
+may tools/common glib
+may tools/sim/stream
+may tools/sim/guide stream
+may tools/sim/playback guide stream common
+may tools/sim/endpoints playback guide stream common glib
+may tools/sim/host endpoints process common glib
+may tools/ctl/output glib
+may tools/ctl/session output glib
+may tools/ctl/commands session output common
+may tools/ctl/doctor output glib
+
+for folder in $folders; do
+    [[ "$checked" == *" $folder "* ]] || fail "say here what $folder may include"
+done
+# A name without a folder is of the same folder, or of a generated header, never of the folder above.
+while IFS=: read -r file name; do
+    [ -e "${file%/*}/$name" ] || [ -z "$(find src tools -name "$name")" ] || fail "$file includes $name of another folder"
+done < <(grep -roE '#include "[A-Za-z0-9]+\.h"' src/*/ tools/*/ | sed 's/#include "//; s/"$//')
 if grep -rnE '#include [<"](gio|glib|dbus/dbus|json)' include; then
-    echo "a header includes a library's"
-    status=1
+    fail "a header includes a library's"
 fi
 exit $status

@@ -45,8 +45,8 @@ test::Wire test::ToWire(GVariant* body)
     g_dbus_message_set_serial(message.get(), 1);
     g_dbus_message_set_body(message.get(), body);
     gsize size = 0;
-    std::unique_ptr<unsigned char, decltype(&g_free)> bytes(
-        g_dbus_message_to_blob(message.get(), &size, G_DBUS_CAPABILITY_FLAGS_NONE, nullptr), g_free);
+    Owned<unsigned char> bytes(
+        g_dbus_message_to_blob(message.get(), &size, G_DBUS_CAPABILITY_FLAGS_NONE, nullptr));
     Require(bytes != nullptr, "a message can be put on the wire");
     return {std::move(bytes), size};
 }

@@ -1,10 +1,8 @@
 #pragma once
 
-#include "dbus/GLibHandles.h"
+#include "glib/Owned.h"
 
 #include <zviptv/MessageBuffer.h>
-
-#include <memory>
 
 namespace zviptv::test {
 
@@ -21,7 +19,7 @@ void Notify(GVariant* body);
 /// The bytes of a message.
 struct Wire
 {
-    std::unique_ptr<unsigned char, decltype(&g_free)> bytes;
+    Owned<unsigned char> bytes;
     gsize size;
 };
 

@@ -1,9 +1,5 @@
 #include "CtlFixture.h"
 
-#include <json/reader.h>
-
-#include <stdexcept>
-
 namespace zviptv::test {
 
 void PrintTo(CtlResult const& result, std::ostream* out)
@@ -28,19 +24,6 @@ CtlResult Finish(ChildProcess& child)
 CtlResult RunCtl(Words const& arguments, std::map<std::string, std::string> const& environment)
 {
     return Finish(*StartCtl(arguments, environment));
-}
-
-Json::Value ParseJson(std::string const& text)
-{
-    Json::CharReaderBuilder builder;
-    Json::CharReaderBuilder::strictMode(&builder.settings_);
-    std::unique_ptr<Json::CharReader> const reader(builder.newCharReader());
-    Json::Value value;
-    std::string errors;
-    if (!reader->parse(text.data(), text.data() + text.size(), &value, &errors)) {
-        throw std::runtime_error("no JSON: " + text + "\n" + errors);
-    }
-    return value;
 }
 
 std::string FromHex(std::string const& hex)
@@ -72,12 +55,12 @@ void CallTest::Check()
     arguments.insert(arguments.end(), call.arguments.begin(), call.arguments.end());
 
     CtlResult const result = RunCtl(arguments);
-    EXPECT_EQ(0, result.code);
-    EXPECT_EQ(call.output, result.output);
-    EXPECT_EQ("", result.errors);
-    ASSERT_EQ(1U, m_service.Requests().size());
-    EXPECT_EQ(call.request, m_service.LastRequest().entries);
-    EXPECT_EQ("/org/corvel/zviptvapi/DbusCommunication/" + call.type, m_service.LastRequest().path);
+    EXPECT_EQ(result.code, 0);
+    EXPECT_EQ(result.output, call.output);
+    EXPECT_EQ(result.errors, "");
+    ASSERT_EQ(m_service.Requests().size(), 1U);
+    EXPECT_EQ(m_service.LastRequest().entries, call.request);
+    EXPECT_EQ(m_service.LastRequest().path, "/org/corvel/zviptvapi/DbusCommunication/" + call.type);
     EXPECT_TRUE(m_service.WaitForAnnouncement(call.type, "n"));
 }
 

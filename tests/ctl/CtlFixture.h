@@ -3,12 +3,11 @@
 #include "Bytes.h"
 #include "ChildProcess.h"
 #include "FakeService.h"
+#include "Json.h"
 #include "PrivateBus.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <json/value.h>
 
 #include <map>
 #include <memory>
@@ -38,9 +37,6 @@ std::unique_ptr<ChildProcess> StartCtl(Words const& arguments,
 CtlResult Finish(ChildProcess& child);
 
 CtlResult RunCtl(Words const& arguments, std::map<std::string, std::string> const& environment = {});
-
-/// The value of a text that must be one JSON value and nothing else.
-Json::Value ParseJson(std::string const& text);
 
 /// "67 6e 65" as bytes.
 std::string FromHex(std::string const& hex);

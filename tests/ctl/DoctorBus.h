@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Handles.h"
+#include "process/FileHandle.h"
 
 #include <gtest/gtest.h>
 
@@ -42,8 +42,8 @@ public:
         name.copy(address.sun_path + 1, sizeof address.sun_path - 1);
         m_address = "unix:abstract=" + name;
         auto const length = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + name.size());
-        EXPECT_EQ(0, bind(m_listener.Get(), reinterpret_cast<sockaddr*>(&address), length));
-        EXPECT_EQ(0, listen(m_listener.Get(), 1));
+        EXPECT_EQ(bind(m_listener.Get(), reinterpret_cast<sockaddr*>(&address), length), 0);
+        EXPECT_EQ(listen(m_listener.Get(), 1), 0);
         m_thread = std::thread([this] { Answer(); });
     }
     ~ScriptedBus()

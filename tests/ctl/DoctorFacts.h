@@ -1,6 +1,6 @@
 #pragma once
 
-#include "doctor/Finding.h"
+#include "doctor/Doctor.h"
 
 namespace zviptv::test {
 

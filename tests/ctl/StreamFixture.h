@@ -17,8 +17,8 @@ protected:
         auto const request = m_service.WaitForRequest(function);
         EXPECT_TRUE(request);
         if (request) {
-            EXPECT_EQ(Entries({{"functionname", function}, {"handleID", "256"}, {"on", "1"}}),
-                      request->entries);
+            EXPECT_EQ(request->entries,
+                      Entries({{"functionname", function}, {"handleID", "256"}, {"on", "1"}}));
         }
         m_service.ClearRecords();
         m_client = request ? request->sender : "";

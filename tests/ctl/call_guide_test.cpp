@@ -79,28 +79,28 @@ TEST_F(CtlTest, GetProgramByIdSendsTheIdAsJson)
     m_service.AnswerWith("GetProgramIPG", Data("the one before"));
     CtlResult const result =
         RunCtl({"call", "GetProgram", "18446744073709551615", "65535", "1600000000", "3600", "previous"});
-    EXPECT_EQ(0, result.code) << result.errors;
-    EXPECT_EQ("result: true\nout: the one before\n", result.output);
+    EXPECT_EQ(result.code, 0) << result.errors;
+    EXPECT_EQ(result.output, "result: true\nout: the one before\n");
 
     WireMessage const request = m_service.LastRequest();
-    ASSERT_EQ(3U, request.entries.size());
-    EXPECT_EQ((WireEntry{"functionname", "ay", "GetProgramIPG"}), request.entries[0]);
-    EXPECT_EQ("inID", request.entries[1].key);
-    EXPECT_EQ((WireEntry{"program", "ay", "-1"}), request.entries[2]);
+    ASSERT_EQ(request.entries.size(), 3U);
+    EXPECT_EQ(request.entries[0], (WireEntry{"functionname", "ay", "GetProgramIPG"}));
+    EXPECT_EQ(request.entries[1].key, "inID");
+    EXPECT_EQ(request.entries[2], (WireEntry{"program", "ay", "-1"}));
     Json::Value const id = ParseJson(request.entries[1].bytes);
-    EXPECT_EQ("18446744073709551615", id["service_id"].asString());
-    EXPECT_EQ(65535U, id["event_id"].asUInt());
-    EXPECT_EQ(1600000000U, id["start_time"].asUInt());
-    EXPECT_EQ(3600U, id["duration"].asUInt());
+    EXPECT_EQ(id["service_id"].asString(), "18446744073709551615");
+    EXPECT_EQ(id["event_id"].asUInt(), 65535U);
+    EXPECT_EQ(id["start_time"].asUInt(), 1600000000U);
+    EXPECT_EQ(id["duration"].asUInt(), 3600U);
 }
 
 TEST_F(CtlTest, TextsThatStartWithADashFollowTwoDashes)
 {
-    EXPECT_EQ(0, RunCtl({"call", "SetAppID", "--", "--json"}).code);
-    EXPECT_EQ("--json", m_service.LastRequest().Value("AppID"));
-    EXPECT_EQ(0, RunCtl({"call", "SetAppID", ""}).code);
+    EXPECT_EQ(RunCtl({"call", "SetAppID", "--", "--json"}).code, 0);
+    EXPECT_EQ(m_service.LastRequest().Value("AppID"), "--json");
+    EXPECT_EQ(RunCtl({"call", "SetAppID", ""}).code, 0);
     EXPECT_TRUE(m_service.LastRequest().Has("AppID"));
-    EXPECT_EQ("", m_service.LastRequest().Value("AppID"));
+    EXPECT_EQ(m_service.LastRequest().Value("AppID"), "");
 }
 
 } // namespace

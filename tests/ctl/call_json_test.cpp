@@ -11,9 +11,9 @@ TEST_F(CtlTest, JsonIsOneObjectOnOneLine)
                                      {"timebasenum", "1"},
                                      {"currenttime", "12"}});
     CtlResult const result = RunCtl({"--json", "call", "GetFirstPTS"});
-    EXPECT_EQ(0, result.code);
-    EXPECT_EQ("{\"a\":90000,\"b\":1,\"now\":12,\"pts\":18446744073709551615,\"result\":true}\n",
-              result.output);
+    EXPECT_EQ(result.code, 0);
+    EXPECT_EQ(result.output,
+              "{\"a\":90000,\"b\":1,\"now\":12,\"pts\":18446744073709551615,\"result\":true}\n");
 }
 
 TEST_F(CtlTest, JsonNamesLanguagesTwice)
@@ -21,15 +21,15 @@ TEST_F(CtlTest, JsonNamesLanguagesTwice)
     m_service.Answer("GetCurrentAudioInfo",
                      {{"result_internal", "1"}, {"landCode", "6647399"}, {"index", "2"}});
     CtlResult const result = RunCtl({"call", "GetCurrentAudioInfo", "--json"});
-    EXPECT_EQ("{\"index\":2,\"language\":6647399,\"languageCode\":\"eng\",\"result\":true}\n", result.output);
+    EXPECT_EQ(result.output, "{\"index\":2,\"language\":6647399,\"languageCode\":\"eng\",\"result\":true}\n");
 }
 
 TEST_F(CtlTest, JsonOfARefusalHoldsTheValuesToo)
 {
     m_service.Answer("GetSourceState", {{"result_internal", "0"}, {"sourcestate", "4"}});
     CtlResult const result = RunCtl({"call", "--json", "GetSourceState"});
-    EXPECT_EQ(1, result.code);
-    EXPECT_EQ("{\"result\":false,\"state\":4}\n", result.output);
+    EXPECT_EQ(result.code, 1);
+    EXPECT_EQ(result.output, "{\"result\":false,\"state\":4}\n");
 }
 
 TEST_F(CtlTest, JsonRecordsAreObjectsWithEveryField)
@@ -38,9 +38,9 @@ TEST_F(CtlTest, JsonRecordsAreObjectsWithEveryField)
                                 {"ttx", FromHex("75 65 64 00 bc 1a 08 88 02 07 00 00 00 00 00 00")}});
     Json::Value const json = ParseJson(RunCtl({"--json", "call", "GetTTX", "0"}).output);
     EXPECT_EQ(
+        json,
         ParseJson(R"({"result":true,"ttx":{"language":6579573,"languageCode":"deu","pid":6844,"magazine":8,
-                            "page":136,"type":2,"componentTag":7}})"),
-        json);
+                            "page":136,"type":2,"componentTag":7}})"));
 }
 
 TEST_F(CtlTest, JsonRatingsAreAnArray)
@@ -49,34 +49,33 @@ TEST_F(CtlTest, JsonRatingsAreAnArray)
         "GetRatingInfo",
         {{"result_internal", "1"}, {"ratingInfoSize", "2"}, {"ratingInfo", FromHex("00 00 0c ff fe fd")}});
     Json::Value const json = ParseJson(RunCtl({"--json", "call", "GetRatingInfo"}).output);
-    EXPECT_EQ(ParseJson(R"({"result":true,"ratings":[{"region":0,"dimension":0,"value":12},
-                            {"region":255,"dimension":254,"value":253}]})"),
-              json);
+    EXPECT_EQ(json, ParseJson(R"({"result":true,"ratings":[{"region":0,"dimension":0,"value":12},
+                            {"region":255,"dimension":254,"value":253}]})"));
     m_service.Answer("GetRatingInfo",
                      {{"result_internal", "1"}, {"ratingInfoSize", "0"}, {"ratingInfo", ""}});
-    EXPECT_EQ("{\"ratings\":[],\"result\":true}\n", RunCtl({"--json", "call", "GetRatingInfo"}).output);
+    EXPECT_EQ(RunCtl({"--json", "call", "GetRatingInfo"}).output, "{\"ratings\":[],\"result\":true}\n");
 }
 
 TEST_F(CtlTest, JsonTextsAreUtf8)
 {
     m_service.Answer("GetGenre", {{"data", "\xed\x95\x9c \"x\"\n\xff"}});
-    EXPECT_EQ("{\"genre\":\"\xed\x95\x9c \\\"x\\\"\\n\xef\xbf\xbd\",\"result\":true}\n",
-              RunCtl({"--json", "call", "GetGenre", "1"}).output);
+    EXPECT_EQ(RunCtl({"--json", "call", "GetGenre", "1"}).output,
+              "{\"genre\":\"\xed\x95\x9c \\\"x\\\"\\n\xef\xbf\xbd\",\"result\":true}\n");
 }
 
 TEST_F(CtlTest, TheHandleIsChosenByOptions)
 {
-    EXPECT_EQ(0, RunCtl({"--profile", "2", "--id", "0x10005", "call", "MuteAudio", "1"}).code);
-    EXPECT_EQ("517", m_service.LastRequest().Value("handleID"));
+    EXPECT_EQ(RunCtl({"--profile", "2", "--id", "0x10005", "call", "MuteAudio", "1"}).code, 0);
+    EXPECT_EQ(m_service.LastRequest().Value("handleID"), "517");
 }
 
 TEST_F(CtlTest, LogLinesGoToStandardErrorOnRequestOnly)
 {
     CtlResult const result = RunCtl({"call", "MuteAudio", "1", "--log"});
-    EXPECT_EQ("result: true\n", result.output);
+    EXPECT_EQ(result.output, "result: true\n");
     EXPECT_THAT(result.errors, testing::HasSubstr("[info] PlayerControlProxy.cpp: MuteAudio("));
     EXPECT_THAT(result.errors, testing::HasSubstr("[error] "));
-    EXPECT_EQ("", RunCtl({"call", "MuteAudio", "1"}, {{"ZV_IPTV_LOG", "stderr"}}).errors);
+    EXPECT_EQ(RunCtl({"call", "MuteAudio", "1"}, {{"ZV_IPTV_LOG", "stderr"}}).errors, "");
 }
 
 } // namespace

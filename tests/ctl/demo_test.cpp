@@ -24,15 +24,15 @@ TEST(DemoTest, CtrlCEndsItQuietly)
 {
     PrivateBus const directory;
     CtlResult const result = RunDemo(directory.Directory(), "kill -INT $PPID; exit 3");
-    EXPECT_EQ(128 + SIGINT, result.code);
-    EXPECT_EQ("", result.errors);
+    EXPECT_EQ(result.code, 128 + SIGINT);
+    EXPECT_EQ(result.errors, "");
 }
 
 TEST(DemoTest, AnotherExitStatusThanWantedIsTold)
 {
     PrivateBus const directory;
     CtlResult const result = RunDemo(directory.Directory(), "exit 3");
-    EXPECT_EQ(1, result.code);
+    EXPECT_EQ(result.code, 1);
     EXPECT_THAT(result.errors, HasSubstr("The demo expected exit status 0, not 3.\n"));
 }
 

@@ -22,9 +22,9 @@ Finding FindingOf(Facts const& facts, std::string const& check)
 void ExpectFinding(Facts const& facts, std::string const& check, State state, std::string const& text)
 {
     Finding const finding = FindingOf(facts, check);
-    EXPECT_EQ(static_cast<int>(state), static_cast<int>(finding.state)) << check;
-    EXPECT_EQ(text, finding.text);
-    EXPECT_EQ(0, static_cast<int>(finding.code));
+    EXPECT_EQ(static_cast<int>(finding.state), static_cast<int>(state)) << check;
+    EXPECT_EQ(finding.text, text);
+    EXPECT_EQ(static_cast<int>(finding.code), 0);
     EXPECT_TRUE(finding.commands.empty());
 }
 
@@ -32,8 +32,8 @@ TEST(DoctorJudge, AHealthyMachineIsOkInEveryPoint)
 {
     for (Facts const& facts : {HealthyMachine(), HealthyDesk()}) {
         for (Finding const& finding : Judge(facts)) {
-            EXPECT_EQ(static_cast<int>(State::Ok), static_cast<int>(finding.state)) << finding.check;
-            EXPECT_NE("", finding.text) << finding.check;
+            EXPECT_EQ(static_cast<int>(finding.state), static_cast<int>(State::Ok)) << finding.check;
+            EXPECT_NE(finding.text, "") << finding.check;
         }
     }
 }
@@ -42,8 +42,8 @@ TEST(DoctorJudge, WithoutABusOnlyTheVersionIsLookedAt)
 {
     for (Finding const& finding : Judge(WithoutBus(HealthyMachine(), Reach::Absent, "no such file"))) {
         bool const isLookedAt = finding.check == "bus" || finding.check == "version";
-        EXPECT_EQ(isLookedAt, finding.state != State::Unknown) << finding.check;
-        EXPECT_EQ(!isLookedAt, finding.text == "not looked at: no bus is reached") << finding.check;
+        EXPECT_EQ(finding.state != State::Unknown, isLookedAt) << finding.check;
+        EXPECT_EQ(finding.text == "not looked at: no bus is reached", !isLookedAt) << finding.check;
     }
 }
 
@@ -142,7 +142,7 @@ TEST(DoctorJudge, OtherNamesAreUsedThroughout)
     facts.machine.runsSystemd = false;
     EXPECT_THAT(FindingOf(facts, "service").commands.front(), StartsWith("sudo -u tvd /usr/bin/zviptv-sim "));
     facts.caller.isListed = facts.caller.isMember = false;
-    EXPECT_EQ("sudo adduser jo tvapps", FindingOf(facts, "group").commands.front());
+    EXPECT_EQ(FindingOf(facts, "group").commands.front(), "sudo adduser jo tvapps");
 }
 
 TEST(DoctorJudge, CommandsAreQuoted)
@@ -150,7 +150,7 @@ TEST(DoctorJudge, CommandsAreQuoted)
     Facts facts = MachineWithoutService();
     facts.caller.isListed = facts.caller.isMember = false;
     facts.caller.name = "jo; reboot";
-    EXPECT_EQ("sudo adduser 'jo; reboot' zviptv-apps", FindingOf(facts, "group").commands.front());
+    EXPECT_EQ(FindingOf(facts, "group").commands.front(), "sudo adduser 'jo; reboot' zviptv-apps");
 }
 
 } // namespace

@@ -17,12 +17,12 @@ TEST_P(DoctorOnAWrongMachine, IsToldWithWhatMendsIt)
             wrong.push_back(finding);
         }
     }
-    ASSERT_EQ(1U, wrong.size());
-    EXPECT_EQ(expected.check, wrong.front().check);
-    EXPECT_EQ(expected.code, static_cast<int>(wrong.front().code));
-    EXPECT_EQ(expected.text, wrong.front().text);
+    ASSERT_EQ(wrong.size(), 1U);
+    EXPECT_EQ(wrong.front().check, expected.check);
+    EXPECT_EQ(static_cast<int>(wrong.front().code), expected.code);
+    EXPECT_EQ(wrong.front().text, expected.text);
     EXPECT_THAT(wrong.front().commands, ElementsAreArray(expected.commands));
-    EXPECT_NE("", wrong.front().meaning);
+    EXPECT_NE(wrong.front().meaning, "");
     EXPECT_THAT(wrong.front().meaning, HasSubstr(expected.inMeaning));
     EXPECT_THAT(wrong.front().note, HasSubstr(expected.inNote));
 }

@@ -1,9 +1,7 @@
 #include "CtlFixture.h"
 #include "DoctorFacts.h"
+#include "Files.h"
 #include "doctor/Report.h"
-
-#include <fstream>
-#include <iterator>
 
 namespace zviptv::test {
 namespace {
@@ -24,8 +22,7 @@ Facts PackagingExample()
 
 TEST(DoctorReport, IsTheExampleOfThePageOnPackages)
 {
-    std::ifstream page(PACKAGING_PAGE);
-    std::string const text(std::istreambuf_iterator<char>(page), {});
+    std::string const text = zviptv::test::ReadFile(PACKAGING_PAGE);
     EXPECT_THAT(text, HasSubstr("\n$ zviptvctl doctor\n" + TextOf(Judge(PackagingExample())) + "```\n"));
 }
 
@@ -43,7 +40,7 @@ TEST(DoctorReport, PutsWhatMendsItBelowWhatIsWrong)
                           "again.\n"
                           "wrong    service    nobody owns the name org.corvel.zviptvapi.dbushelper\n"));
     EXPECT_THAT(text, EndsWith("\n2 things are wrong: group, service; mend the first one first\n"));
-    EXPECT_EQ(4, static_cast<int>(CodeOf(Judge(PackagingExample()))));
+    EXPECT_EQ(static_cast<int>(CodeOf(Judge(PackagingExample()))), 4);
 }
 
 TEST(DoctorReport, PutsTheNoteAloneWhereNoCommandMends)
@@ -65,33 +62,33 @@ TEST(DoctorReport, SaysTheSameInJson)
 {
     Json::Value const json = JsonOf(Judge(PackagingExample()));
     EXPECT_FALSE(json["result"].asBool());
-    EXPECT_EQ("user jo does not belong to the group zviptv-apps; nobody owns the name "
-              "org.corvel.zviptvapi.dbushelper",
-              json["error"].asString());
-    EXPECT_EQ("2 things are wrong: group, service; mend the first one first", json["summary"].asString());
-    ASSERT_EQ(9U, json["checks"].size());
+    EXPECT_EQ(json["error"].asString(),
+              "user jo does not belong to the group zviptv-apps; nobody owns the name "
+              "org.corvel.zviptvapi.dbushelper");
+    EXPECT_EQ(json["summary"].asString(), "2 things are wrong: group, service; mend the first one first");
+    ASSERT_EQ(json["checks"].size(), 9U);
     Json::Value const& group = json["checks"][3];
-    EXPECT_EQ("group", group["check"].asString());
-    EXPECT_EQ("wrong", group["state"].asString());
-    EXPECT_EQ("user jo does not belong to the group zviptv-apps", group["text"].asString());
-    EXPECT_EQ("The bus refuses every call that an application of this user makes.",
-              group["meaning"].asString());
-    EXPECT_EQ("sudo adduser jo zviptv-apps", group["commands"][0].asString());
-    EXPECT_EQ("newgrp zviptv-apps", group["commands"][1].asString());
+    EXPECT_EQ(group["check"].asString(), "group");
+    EXPECT_EQ(group["state"].asString(), "wrong");
+    EXPECT_EQ(group["text"].asString(), "user jo does not belong to the group zviptv-apps");
+    EXPECT_EQ(group["meaning"].asString(),
+              "The bus refuses every call that an application of this user makes.");
+    EXPECT_EQ(group["commands"][0].asString(), "sudo adduser jo zviptv-apps");
+    EXPECT_EQ(group["commands"][1].asString(), "newgrp zviptv-apps");
     EXPECT_THAT(group["note"].asString(), EndsWith("log out and in again."));
     Json::Value const& bus = json["checks"][0];
-    EXPECT_EQ("ok", bus["state"].asString());
+    EXPECT_EQ(bus["state"].asString(), "ok");
     EXPECT_TRUE(bus["meaning"].isNull());
     EXPECT_TRUE(bus["note"].isNull());
-    EXPECT_EQ(0U, bus["commands"].size());
-    EXPECT_EQ("unknown", json["checks"][5]["state"].asString());
+    EXPECT_EQ(bus["commands"].size(), 0U);
+    EXPECT_EQ(json["checks"][5]["state"].asString(), "unknown");
 }
 
 TEST(DoctorReport, HasNoErrorInJsonWhenNothingIsWrong)
 {
     Json::Value const json = JsonOf(Judge(HealthyMachine()));
     EXPECT_TRUE(json["result"].asBool());
-    EXPECT_EQ("nothing is wrong", json["summary"].asString());
+    EXPECT_EQ(json["summary"].asString(), "nothing is wrong");
     EXPECT_FALSE(json.isMember("error"));
 }
 

@@ -26,8 +26,8 @@ std::string Self()
 TEST_F(CtlTest, TheDoctorFindsNothingWrongWithAServiceThatAnswers)
 {
     CtlResult const result = RunCtl({"doctor"});
-    EXPECT_EQ(0, result.code);
-    EXPECT_EQ("", result.errors);
+    EXPECT_EQ(result.code, 0);
+    EXPECT_EQ(result.errors, "");
     EXPECT_THAT(result.output, StartsWith("ok       bus        " + m_bus.Address() +
                                           " (DBUS_SYSTEM_BUS_ADDRESS)\n"
                                           "ok       accounts   not needed: this bus lets everybody call "
@@ -41,24 +41,24 @@ TEST_F(CtlTest, TheDoctorFindsNothingWrongWithAServiceThatAnswers)
 /// A service may know nothing but what the protocol says.
 TEST_F(CtlTest, TheDoctorAsksTheServiceOneQuestionThatLeavesNothing)
 {
-    EXPECT_EQ(0, Diagnose().result.code);
+    EXPECT_EQ(Diagnose().result.code, 0);
     EXPECT_TRUE(m_service.Requests().empty());
     std::vector<Announcement> const said = m_service.Announcements();
-    ASSERT_EQ(1U, said.size());
-    EXPECT_EQ("PLAYERCONTROL", said.front().type);
-    EXPECT_EQ("n", said.front().add);
-    EXPECT_EQ(said.front().message.sender, said.front().dbusname);
+    ASSERT_EQ(said.size(), 1U);
+    EXPECT_EQ(said.front().type, "PLAYERCONTROL");
+    EXPECT_EQ(said.front().add, "n");
+    EXPECT_EQ(said.front().dbusname, said.front().message.sender);
 }
 
 TEST_F(CtlTest, TheDoctorSaysThatNobodyIsTheService)
 {
     m_service.Vanish();
     Diagnosis const diagnosis = Diagnose();
-    EXPECT_EQ(3, diagnosis.result.code);
-    EXPECT_EQ("service", diagnosis.Wrong());
-    EXPECT_EQ("nobody owns the name org.corvel.zviptvapi.dbushelper", diagnosis.Text("service"));
+    EXPECT_EQ(diagnosis.result.code, 3);
+    EXPECT_EQ(diagnosis.Wrong(), "service");
+    EXPECT_EQ(diagnosis.Text("service"), "nobody owns the name org.corvel.zviptvapi.dbushelper");
     EXPECT_THAT(diagnosis.Command("service"), StartsWith("zviptv-sim --bus system --ts "));
-    EXPECT_EQ("not looked at: there is no service", diagnosis.Text("main loop"));
+    EXPECT_EQ(diagnosis.Text("main loop"), "not looked at: there is no service");
 }
 
 TEST_F(CtlTest, TheDoctorSaysThatThereIsNoBus)
@@ -66,12 +66,12 @@ TEST_F(CtlTest, TheDoctorSaysThatThereIsNoBus)
     for (char const* const address : {"unix:path=/nonexistent/bus", "unix:abstract=zviptv-no-bus", "", "bus",
                                       "unix:", "tcp:host=127.0.0.1,port=1", ";;"}) {
         Diagnosis const diagnosis = Diagnose({{"DBUS_SYSTEM_BUS_ADDRESS", address}});
-        EXPECT_EQ(3, diagnosis.result.code) << address;
-        EXPECT_EQ("bus", diagnosis.Wrong()) << address;
+        EXPECT_EQ(diagnosis.result.code, 3) << address;
+        EXPECT_EQ(diagnosis.Wrong(), "bus") << address;
         EXPECT_THAT(diagnosis.Text("bus"), StartsWith("no bus at ")) << address;
-        EXPECT_EQ("unset DBUS_SYSTEM_BUS_ADDRESS", diagnosis.Command("bus")) << address;
-        EXPECT_EQ("not looked at: no bus is reached", diagnosis.Text("policy")) << address;
-        EXPECT_EQ("", diagnosis.result.errors) << address;
+        EXPECT_EQ(diagnosis.Command("bus"), "unset DBUS_SYSTEM_BUS_ADDRESS") << address;
+        EXPECT_EQ(diagnosis.Text("policy"), "not looked at: no bus is reached") << address;
+        EXPECT_EQ(diagnosis.result.errors, "") << address;
     }
 }
 
@@ -85,8 +85,8 @@ ctl::doctor::BusFacts Probe(std::string const& address)
 
 void ExpectReach(Reach expected, ctl::doctor::BusFacts const& facts)
 {
-    EXPECT_EQ(static_cast<int>(expected), static_cast<int>(facts.reach)) << facts.reason;
-    EXPECT_NE("", facts.reason);
+    EXPECT_EQ(static_cast<int>(facts.reach), static_cast<int>(expected)) << facts.reason;
+    EXPECT_NE(facts.reason, "");
 }
 
 /// The bus takes the connection, and hangs up.
@@ -129,11 +129,11 @@ TEST_F(CtlTest, TheDoctorDoesNotHangOnABusThatStandsStill)
     m_bus.Stop();
     Diagnosis const diagnosis = Diagnose();
     m_bus.Continue();
-    EXPECT_EQ(4, diagnosis.result.code);
-    EXPECT_EQ("bus", diagnosis.Wrong());
+    EXPECT_EQ(diagnosis.result.code, 4);
+    EXPECT_EQ(diagnosis.Wrong(), "bus");
     EXPECT_THAT(diagnosis.Text("bus"), HasSubstr("takes connections and does not answer"));
-    EXPECT_EQ("pkill -CONT dbus-", diagnosis.Command("bus"));
-    EXPECT_EQ(0, Diagnose().result.code);
+    EXPECT_EQ(diagnosis.Command("bus"), "pkill -CONT dbus-");
+    EXPECT_EQ(Diagnose().result.code, 0);
 }
 
 /// libdbus answers pings in its main loop.
@@ -141,11 +141,11 @@ TEST_F(CtlTest, TheDoctorSaysThatTheServiceLeavesApplicationsUnanswered)
 {
     m_service.AnswerAnnouncements([](Announcement const&) { return WireAnswer::Nothing(); });
     Diagnosis const diagnosis = Diagnose();
-    EXPECT_EQ(4, diagnosis.result.code);
-    EXPECT_EQ("main loop", diagnosis.Wrong());
-    EXPECT_EQ(Self() + " answers a ping, but no application within 2 seconds", diagnosis.Text("main loop"));
-    EXPECT_EQ("kill -KILL " + std::to_string(getpid()), diagnosis.Command("main loop"));
-    EXPECT_EQ("not looked at: the service has not answered", diagnosis.Text("protocol"));
+    EXPECT_EQ(diagnosis.result.code, 4);
+    EXPECT_EQ(diagnosis.Wrong(), "main loop");
+    EXPECT_EQ(diagnosis.Text("main loop"), Self() + " answers a ping, but no application within 2 seconds");
+    EXPECT_EQ(diagnosis.Command("main loop"), "kill -KILL " + std::to_string(getpid()));
+    EXPECT_EQ(diagnosis.Text("protocol"), "not looked at: the service has not answered");
 }
 
 /// A handler that blocks stops that loop, pings included.
@@ -159,9 +159,9 @@ TEST_F(CtlTest, TheDoctorSaysThatTheServiceAnswersNothingAtAll)
     });
     Diagnosis const diagnosis = Diagnose();
     blocked.set_value();
-    EXPECT_EQ(4, diagnosis.result.code);
-    EXPECT_EQ("main loop", diagnosis.Wrong());
-    EXPECT_EQ(Self() + " answers nothing within 2 seconds, not even a ping", diagnosis.Text("main loop"));
+    EXPECT_EQ(diagnosis.result.code, 4);
+    EXPECT_EQ(diagnosis.Wrong(), "main loop");
+    EXPECT_EQ(diagnosis.Text("main loop"), Self() + " answers nothing within 2 seconds, not even a ping");
 }
 
 TEST_F(CtlTest, TheDoctorSaysThatTheServiceLeftTheBus)
@@ -171,9 +171,9 @@ TEST_F(CtlTest, TheDoctorSaysThatTheServiceLeftTheBus)
     ASSERT_TRUE(m_service.WaitForAnnouncement("PLAYERCONTROL", "n"));
     m_service.Vanish();
     Diagnosis const diagnosis = Understood(Finish(*child));
-    EXPECT_EQ(3, diagnosis.result.code);
-    EXPECT_EQ("main loop", diagnosis.Wrong());
-    EXPECT_EQ("the service left the bus when it was asked", diagnosis.Text("main loop"));
+    EXPECT_EQ(diagnosis.result.code, 3);
+    EXPECT_EQ(diagnosis.Wrong(), "main loop");
+    EXPECT_EQ(diagnosis.Text("main loop"), "the service left the bus when it was asked");
 }
 
 TEST_F(CtlTest, TheDoctorSaysThatTheServiceSpeaksAnotherProtocol)
@@ -182,22 +182,22 @@ TEST_F(CtlTest, TheDoctorSaysThatTheServiceSpeaksAnotherProtocol)
         return WireAnswer::Error("org.freedesktop.DBus.Error.UnknownMethod", "no such method");
     });
     Diagnosis diagnosis = Diagnose();
-    EXPECT_EQ(5, diagnosis.result.code);
-    EXPECT_EQ("protocol", diagnosis.Wrong());
-    EXPECT_EQ("the service does not know a call that this version of the library makes: "
-              "org.freedesktop.DBus.Error.UnknownMethod: no such method",
-              diagnosis.Text("protocol"));
-    EXPECT_EQ("unknown", diagnosis.State("main loop"));
+    EXPECT_EQ(diagnosis.result.code, 5);
+    EXPECT_EQ(diagnosis.Wrong(), "protocol");
+    EXPECT_EQ(diagnosis.Text("protocol"),
+              "the service does not know a call that this version of the library makes: "
+              "org.freedesktop.DBus.Error.UnknownMethod: no such method");
+    EXPECT_EQ(diagnosis.State("main loop"), "unknown");
 
     m_service.AnswerAnnouncements([](Announcement const&) {
         return WireAnswer(WireBody::Strings({"what", "is", "this"}));
     });
     diagnosis = Diagnose();
-    EXPECT_EQ(5, diagnosis.result.code);
-    EXPECT_EQ("the service's answer is none that this version of the library reads: an answer of the type "
-              "(sss)",
-              diagnosis.Text("protocol"));
-    EXPECT_EQ("ok", diagnosis.State("main loop"));
+    EXPECT_EQ(diagnosis.result.code, 5);
+    EXPECT_EQ(diagnosis.Text("protocol"),
+              "the service's answer is none that this version of the library reads: an answer of the type "
+              "(sss)");
+    EXPECT_EQ(diagnosis.State("main loop"), "ok");
 }
 
 /// An error that the service makes up is none of the bus's.
@@ -207,16 +207,16 @@ TEST_F(CtlTest, TheDoctorDoesNotTakeADenialOfTheServiceForOneOfTheBus)
         return WireAnswer::Error("org.freedesktop.DBus.Error.AccessDenied", "no");
     });
     Diagnosis const diagnosis = Diagnose();
-    EXPECT_EQ("protocol", diagnosis.Wrong());
-    EXPECT_EQ("ok", diagnosis.State("policy"));
+    EXPECT_EQ(diagnosis.Wrong(), "protocol");
+    EXPECT_EQ(diagnosis.State("policy"), "ok");
 }
 
 TEST_F(CtlTest, TheDoctorsReportThatCannotBeWrittenEndsWithSix)
 {
     ChildProcess child({"sh", "-c", "exec \"$0\" doctor > /dev/full", ZVIPTVCTL_PATH});
     CtlResult const result = Finish(child);
-    EXPECT_EQ(6, result.code);
-    EXPECT_EQ("zviptvctl: cannot write standard output: No space left on device\n", result.errors);
+    EXPECT_EQ(result.code, 6);
+    EXPECT_EQ(result.errors, "zviptvctl: cannot write standard output: No space left on device\n");
 }
 
 /// The library's own server, of which GLib's thread runs, and the main loop does not.
@@ -227,9 +227,9 @@ TEST(DoctorTest, TellsAServiceWithoutAMainLoopFromOneThatIsGone)
     ASSERT_TRUE(WirePeer().WaitForOwner(helperName, true));
     Diagnosis const diagnosis = Diagnose();
     CConnectionHelperDBusServer::Destroy();
-    EXPECT_EQ(4, diagnosis.result.code);
-    EXPECT_EQ("main loop", diagnosis.Wrong());
-    EXPECT_EQ(Self() + " answers a ping, but no application within 2 seconds", diagnosis.Text("main loop"));
+    EXPECT_EQ(diagnosis.result.code, 4);
+    EXPECT_EQ(diagnosis.Wrong(), "main loop");
+    EXPECT_EQ(diagnosis.Text("main loop"), Self() + " answers a ping, but no application within 2 seconds");
 }
 
 class DoctorAtTheDesk : public testing::Test
@@ -251,23 +251,23 @@ protected:
 TEST_F(DoctorAtTheDesk, FindsNothingWrongWithTheSimulator)
 {
     Diagnosis const diagnosis = Diagnose();
-    EXPECT_EQ(0, diagnosis.result.code) << diagnosis.result.output;
+    EXPECT_EQ(diagnosis.result.code, 0) << diagnosis.result.output;
     EXPECT_THAT(diagnosis.Text("service"), testing::EndsWith(", " + Simulator()));
     EXPECT_THAT(diagnosis.Text("version"), testing::ContainsRegex(", service [0-9]+\\.[0-9]+\\.[0-9]+$"));
-    EXPECT_EQ("nothing is wrong", ParseJson(diagnosis.result.output)["summary"].asString());
+    EXPECT_EQ(ParseJson(diagnosis.result.output)["summary"].asString(), "nothing is wrong");
 }
 
 TEST_F(DoctorAtTheDesk, NamesTheStoppedProcessAndTheCommandLetsItRunOn)
 {
     m_simulator.Signal(SIGSTOP);
     Diagnosis const diagnosis = Diagnose();
-    EXPECT_EQ(4, diagnosis.result.code);
-    EXPECT_EQ("main loop", diagnosis.Wrong());
-    EXPECT_EQ(Simulator() + " is stopped", diagnosis.Text("main loop"));
-    EXPECT_EQ("kill -CONT " + std::to_string(m_simulator.Pid()), diagnosis.Command("main loop"));
+    EXPECT_EQ(diagnosis.result.code, 4);
+    EXPECT_EQ(diagnosis.Wrong(), "main loop");
+    EXPECT_EQ(diagnosis.Text("main loop"), Simulator() + " is stopped");
+    EXPECT_EQ(diagnosis.Command("main loop"), "kill -CONT " + std::to_string(m_simulator.Pid()));
     ChildProcess mending({"sh", "-c", diagnosis.Command("main loop")});
-    EXPECT_EQ((ExitStatus{0, 0}), mending.Wait(patience));
-    EXPECT_EQ(0, Diagnose().result.code);
+    EXPECT_EQ(mending.Wait(patience), (ExitStatus{0, 0}));
+    EXPECT_EQ(Diagnose().result.code, 0);
 }
 
 } // namespace

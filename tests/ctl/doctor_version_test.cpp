@@ -1,6 +1,7 @@
 #include "DoctorFixture.h"
 
 #include "doctor/Gather.h"
+#include "doctor/Versions.h"
 
 #include <filesystem>
 #include <fstream>
@@ -27,12 +28,12 @@ protected:
 TEST_F(DoctorVersion, TheLibraryThatIsReallyLoadedIsNamed)
 {
     Diagnosis const diagnosis = Diagnose({{"LD_LIBRARY_PATH", m_bus.Directory()}});
-    EXPECT_EQ(5, diagnosis.result.code);
-    EXPECT_EQ("version", diagnosis.Wrong());
+    EXPECT_EQ(diagnosis.result.code, 5);
+    EXPECT_EQ(diagnosis.Wrong(), "version");
     EXPECT_THAT(diagnosis.Text("version"), HasSubstr(", but " + m_file + ", which it has loaded, is 0.9.9"));
-    EXPECT_EQ("unset LD_LIBRARY_PATH", diagnosis.Command("version"));
-    EXPECT_EQ(m_file + " is in the way: LD_LIBRARY_PATH names its folder.",
-              diagnosis.checks.at("version")["note"].asString());
+    EXPECT_EQ(diagnosis.Command("version"), "unset LD_LIBRARY_PATH");
+    EXPECT_EQ(diagnosis.checks.at("version")["note"].asString(),
+              m_file + " is in the way: LD_LIBRARY_PATH names its folder.");
 }
 
 /// The folder may be named through a link, and beside others.
@@ -41,14 +42,14 @@ TEST_F(DoctorVersion, ALinkToItsFolderIsFollowed)
     std::string const link = m_bus.Directory() + "/link";
     fs::create_directory_symlink(m_bus.Directory(), link);
     Diagnosis const diagnosis = Diagnose({{"LD_LIBRARY_PATH", "/nonexistent:" + link}});
-    EXPECT_EQ("version", diagnosis.Wrong());
-    EXPECT_EQ("unset LD_LIBRARY_PATH", diagnosis.Command("version"));
+    EXPECT_EQ(diagnosis.Wrong(), "version");
+    EXPECT_EQ(diagnosis.Command("version"), "unset LD_LIBRARY_PATH");
 }
 
 TEST_F(DoctorVersion, WhereNothingIsInTheWayItIsOk)
 {
     Diagnosis const diagnosis = Diagnose();
-    EXPECT_EQ("ok", diagnosis.State("version"));
+    EXPECT_EQ(diagnosis.State("version"), "ok");
     EXPECT_THAT(diagnosis.Text("version"), testing::StartsWith("zviptvctl "));
     EXPECT_THAT(diagnosis.Text("version"), HasSubstr(fs::canonical(LIBRARY_PATH).string()));
 }
@@ -61,27 +62,27 @@ TEST_F(DoctorVersion, AServiceWhoseLibraryWasReplacedIsTold)
                            {{"LD_LIBRARY_PATH", m_bus.Directory()}});
     ASSERT_TRUE(WirePeer().WaitForOwner("org.corvel.zviptvapi.dbushelper", true)) << simulator.Errors();
     Diagnosis diagnosis = Diagnose();
-    EXPECT_EQ(5, diagnosis.result.code);
-    EXPECT_EQ("version", diagnosis.Wrong());
+    EXPECT_EQ(diagnosis.result.code, 5);
+    EXPECT_EQ(diagnosis.Wrong(), "version");
     EXPECT_THAT(diagnosis.Text("version"), testing::StartsWith("the service runs the library 0.9.9, "));
 
     fs::remove(m_file);
     diagnosis = Diagnose();
-    EXPECT_EQ("version", diagnosis.Wrong());
-    EXPECT_EQ("the service still runs the library that has been replaced since it started",
-              diagnosis.Text("version"));
-    EXPECT_EQ("kill -KILL " + std::to_string(simulator.Pid()), diagnosis.Command("version"));
+    EXPECT_EQ(diagnosis.Wrong(), "version");
+    EXPECT_EQ(diagnosis.Text("version"),
+              "the service still runs the library that has been replaced since it started");
+    EXPECT_EQ(diagnosis.Command("version"), "kill -KILL " + std::to_string(simulator.Pid()));
 }
 
 TEST(DoctorVersionOf, IsWhatStandsBehindTheName)
 {
     using ctl::doctor::VersionOf;
-    EXPECT_EQ("1.0.0", VersionOf("/usr/lib/x86_64-linux-gnu/libzv-iptv-service-api.so.1.0.0"));
-    EXPECT_EQ("1.2", VersionOf("libzv-iptv-service-api.so.1.2"));
-    EXPECT_EQ("", VersionOf("/usr/lib/libzv-iptv-service-api.so.1")); // a copy without the link
-    EXPECT_EQ("", VersionOf("/usr/lib/libzv-iptv-service-api.so"));
-    EXPECT_EQ("", VersionOf("/usr/bin/application"));
-    EXPECT_EQ("", VersionOf(""));
+    EXPECT_EQ(VersionOf("/usr/lib/x86_64-linux-gnu/libzv-iptv-service-api.so.1.0.0"), "1.0.0");
+    EXPECT_EQ(VersionOf("libzv-iptv-service-api.so.1.2"), "1.2");
+    EXPECT_EQ(VersionOf("/usr/lib/libzv-iptv-service-api.so.1"), ""); // a copy without the link
+    EXPECT_EQ(VersionOf("/usr/lib/libzv-iptv-service-api.so"), "");
+    EXPECT_EQ(VersionOf("/usr/bin/application"), "");
+    EXPECT_EQ(VersionOf(""), "");
 }
 
 TEST_F(DoctorVersion, PolicyFilesAreThoseThatAreThere)
@@ -91,16 +92,16 @@ TEST_F(DoctorVersion, PolicyFilesAreThoseThatAreThere)
     EXPECT_TRUE(PolicyFiles({folder, "/nonexistent"}).empty());
     std::string const file = folder + "/org.corvel.zviptvapi.dbushelper.conf";
     fs::copy_file(m_file, file);
-    EXPECT_EQ(std::vector<std::string>{file}, PolicyFiles({"/nonexistent", folder}));
+    EXPECT_EQ(PolicyFiles({"/nonexistent", folder}), std::vector<std::string>{file});
 }
 
 TEST(DoctorMachine, TheSimulatorBesideTheToolIsNamedWithItsFolder)
 {
     PrivateBus const bus;
     std::string const tool = bus.Directory() + "/zviptvctl";
-    EXPECT_EQ("zviptv-sim", ctl::doctor::LookUpMachine(tool).simulator);
+    EXPECT_EQ(ctl::doctor::LookUpMachine(tool).simulator, "zviptv-sim");
     std::ofstream(bus.Directory() + "/zviptv-sim") << "#!/bin/sh\n";
-    EXPECT_EQ(bus.Directory() + "/zviptv-sim", ctl::doctor::LookUpMachine(tool).simulator);
+    EXPECT_EQ(ctl::doctor::LookUpMachine(tool).simulator, bus.Directory() + "/zviptv-sim");
 }
 
 } // namespace

@@ -12,24 +12,24 @@ void ExpectErrorAlone(std::string const& output, std::string const& start)
     Json::Value const json = ParseJson(output);
     EXPECT_FALSE(json["result"].asBool());
     EXPECT_THAT(json["error"].asString(), StartsWith(start));
-    EXPECT_EQ(2U, json.size());
+    EXPECT_EQ(json.size(), 2U);
 }
 
 TEST_F(CtlTest, RefusalEndsWithOne)
 {
     m_service.Answer("MuteAudio", {{"result_internal", "0"}});
     CtlResult const result = RunCtl({"call", "MuteAudio", "1"});
-    EXPECT_EQ(1, result.code);
-    EXPECT_EQ("result: false\n", result.output);
-    EXPECT_EQ("", result.errors);
+    EXPECT_EQ(result.code, 1);
+    EXPECT_EQ(result.output, "result: false\n");
+    EXPECT_EQ(result.errors, "");
 }
 
 TEST_F(CtlTest, NoBusEndsWithThree)
 {
     CtlResult const result =
         RunCtl({"call", "MuteAudio", "1"}, {{"DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/bus"}});
-    EXPECT_EQ(3, result.code);
-    EXPECT_EQ("", result.output);
+    EXPECT_EQ(result.code, 3);
+    EXPECT_EQ(result.output, "");
     EXPECT_THAT(result.errors, StartsWith("zviptvctl: the system bus cannot be reached ("));
     EXPECT_THAT(result.errors, HasSubstr("set DBUS_SYSTEM_BUS_ADDRESS"));
 }
@@ -45,12 +45,12 @@ TEST_F(CtlTest, NoServiceEndsWithThree)
                                                    {"caption"},
                                                    {"watch"}}) {
         CtlResult const result = RunCtl(command);
-        EXPECT_EQ(3, result.code) << command.front();
-        EXPECT_EQ("", result.output);
+        EXPECT_EQ(result.code, 3) << command.front();
+        EXPECT_EQ(result.output, "");
         EXPECT_EQ(
+            result.errors,
             "zviptvctl: no service on this bus: start zviptv-sim, or set DBUS_SYSTEM_BUS_ADDRESS to the bus "
-            "that has it\n",
-            result.errors);
+            "that has it\n");
     }
     ExpectErrorAlone(RunCtl({"--json", "status"}).output, "no service on this bus");
 }
@@ -59,7 +59,7 @@ TEST_F(CtlTest, TimeOutEndsWithFour)
 {
     m_service.AnswerNothing("GetSTCCount");
     CtlResult const result = RunCtl({"--json", "call", "GetSTCCount"});
-    EXPECT_EQ(4, result.code);
+    EXPECT_EQ(result.code, 4);
     EXPECT_THAT(result.errors,
                 StartsWith("zviptvctl: GetSTCCount: no answer from the service ([24] Timeout"));
     ExpectErrorAlone(result.output, "GetSTCCount: no answer");
@@ -69,18 +69,18 @@ TEST_F(CtlTest, ErrorReplyEndsWithFour)
 {
     m_service.AnswerError("GetGenre");
     CtlResult const result = RunCtl({"call", "GetGenre", "1"});
-    EXPECT_EQ(4, result.code);
-    EXPECT_EQ("", result.output);
+    EXPECT_EQ(result.code, 4);
+    EXPECT_EQ(result.output, "");
     EXPECT_EQ(
-        "zviptvctl: GetGenre: the service answered with the error org.corvel.test.Failed: scripted error\n",
-        result.errors);
+        result.errors,
+        "zviptvctl: GetGenre: the service answered with the error org.corvel.test.Failed: scripted error\n");
 }
 
 TEST_F(CtlTest, AnErrorOfTheBusEndsWithFour)
 {
     m_service.AnswerError("GetGenre", "org.freedesktop.DBus.Error.LimitsExceeded");
     CtlResult const result = RunCtl({"call", "GetGenre", "1"});
-    EXPECT_EQ(4, result.code);
+    EXPECT_EQ(result.code, 4);
     EXPECT_THAT(result.errors, HasSubstr("GetGenre: no answer from the service ("));
     EXPECT_THAT(result.errors, testing::EndsWith("): --log shows the library's log\n"));
 }
@@ -89,33 +89,33 @@ TEST_F(CtlTest, ADenialOfTheBusSaysWhoMayCall)
 {
     m_service.AnswerError("GetGenre", "org.freedesktop.DBus.Error.AccessDenied");
     CtlResult const result = RunCtl({"call", "GetGenre", "1"});
-    EXPECT_EQ(4, result.code);
+    EXPECT_EQ(result.code, 4);
     EXPECT_EQ(
+        result.errors,
         "zviptvctl: GetGenre: the bus's policy does not let this user call the service (AccessDenied): be a "
-        "member of the group zviptv-apps\n",
-        result.errors);
+        "member of the group zviptv-apps\n");
 }
 
 TEST_F(CtlTest, AServiceThatNamesNoEndpointEndsWithFour)
 {
     m_service.SetPartnerName("");
     CtlResult const result = RunCtl({"call", "MuteAudio", "1"});
-    EXPECT_EQ(4, result.code);
-    EXPECT_EQ("zviptvctl: MuteAudio: this service has no player control endpoint (PLAYERCONTROL)\n",
-              result.errors);
-    EXPECT_EQ("zviptvctl: GetGenre: this service has no programme guide endpoint (IPGUTIL)\n",
-              RunCtl({"guide", "genre", "1"}).errors);
+    EXPECT_EQ(result.code, 4);
+    EXPECT_EQ(result.errors,
+              "zviptvctl: MuteAudio: this service has no player control endpoint (PLAYERCONTROL)\n");
+    EXPECT_EQ(RunCtl({"guide", "genre", "1"}).errors,
+              "zviptvctl: GetGenre: this service has no programme guide endpoint (IPGUTIL)\n");
 }
 
 TEST_F(CtlTest, AServiceThatHangsEndsWithFour)
 {
     m_service.AnswerAnnouncements([](Announcement const&) { return WireAnswer::Nothing(); });
     CtlResult const result = RunCtl({"call", "MuteAudio", "1"});
-    EXPECT_EQ(4, result.code);
-    EXPECT_EQ("zviptvctl: MuteAudio: no answer from the service (the service did not take the connection: no "
+    EXPECT_EQ(result.code, 4);
+    EXPECT_EQ(result.errors,
+              "zviptvctl: MuteAudio: no answer from the service (the service did not take the connection: no "
               "answer "
-              "within 2 seconds): see whether it hangs or is overloaded\n",
-              result.errors);
+              "within 2 seconds): see whether it hangs or is overloaded\n");
 }
 
 /// It goes while it is asked.
@@ -126,7 +126,7 @@ TEST_F(CtlTest, AServiceThatDiesDuringACallEndsWithThree)
     ASSERT_TRUE(m_service.WaitForRequest("MuteAudio"));
     m_service.Vanish();
     CtlResult const result = Finish(*child);
-    EXPECT_EQ(3, result.code);
+    EXPECT_EQ(result.code, 3);
     EXPECT_THAT(result.errors, StartsWith("zviptvctl: MuteAudio: the service left the bus ("));
 }
 
@@ -137,7 +137,7 @@ TEST_F(CtlTest, ABusThatDiesDuringACallEndsWithFour)
     ASSERT_TRUE(m_service.WaitForRequest("MuteAudio"));
     m_bus.Kill();
     CtlResult const result = Finish(*child);
-    EXPECT_EQ(4, result.code);
+    EXPECT_EQ(result.code, 4);
     EXPECT_THAT(result.errors, StartsWith("zviptvctl: MuteAudio: the bus closed the connection ("));
 }
 
@@ -171,8 +171,8 @@ TEST_F(CtlTest, MalformedReplyEndsWithFive)
         Words words = {"call"};
         words.insert(words.end(), bad.arguments.begin(), bad.arguments.end());
         CtlResult const result = RunCtl(words);
-        EXPECT_EQ(5, result.code) << bad.arguments.front();
-        EXPECT_EQ("", result.output);
+        EXPECT_EQ(result.code, 5) << bad.arguments.front();
+        EXPECT_EQ(result.output, "");
         EXPECT_THAT(result.errors, StartsWith("zviptvctl: the service's answer to " + bad.arguments.front() +
                                               " " + bad.fault));
     }
@@ -184,8 +184,8 @@ TEST_F(CtlTest, ClosedOutputEndsWithSix)
     for (char const* const command : {"status", "pes", "watch", "methods"}) {
         ChildProcess child({"sh", "-c", "exec \"$0\" \"$1\" >&-", ZVIPTVCTL_PATH, command});
         CtlResult const result = Finish(child);
-        EXPECT_EQ(6, result.code) << command;
-        EXPECT_EQ("zviptvctl: cannot write standard output: it is closed\n", result.errors);
+        EXPECT_EQ(result.code, 6) << command;
+        EXPECT_EQ(result.errors, "zviptvctl: cannot write standard output: it is closed\n");
     }
     EXPECT_TRUE(m_service.Requests().empty());
 }
@@ -197,18 +197,18 @@ TEST_F(CtlTest, ClosedInputAndErrorsChangeNothing)
     for (std::string const closed : {"2>&-", "<&-", "<&- 2>&-"}) {
         ChildProcess child({"sh", "-c", "exec \"$0\" --log call MuteAudio 1 " + closed, ZVIPTVCTL_PATH});
         CtlResult const result = Finish(child);
-        EXPECT_EQ(0, result.code) << closed;
-        EXPECT_EQ("result: true\n", result.output) << closed;
+        EXPECT_EQ(result.code, 0) << closed;
+        EXPECT_EQ(result.output, "result: true\n") << closed;
     }
-    EXPECT_EQ(3U, m_service.Requests().size());
+    EXPECT_EQ(m_service.Requests().size(), 3U);
 }
 
 TEST_F(CtlTest, FullOutputEndsWithSix)
 {
     ChildProcess child({"sh", "-c", "exec \"$0\" call MuteAudio 1 > /dev/full", ZVIPTVCTL_PATH});
     CtlResult const result = Finish(child);
-    EXPECT_EQ(6, result.code);
-    EXPECT_EQ("zviptvctl: cannot write standard output: No space left on device\n", result.errors);
+    EXPECT_EQ(result.code, 6);
+    EXPECT_EQ(result.errors, "zviptvctl: cannot write standard output: No space left on device\n");
 }
 
 } // namespace

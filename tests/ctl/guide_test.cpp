@@ -29,11 +29,11 @@ TEST_P(GuideTest, AsksAndShowsTheText)
     Words words = {"guide"};
     words.insert(words.end(), guide.command.begin(), guide.command.end());
     CtlResult const text = RunCtl(words);
-    EXPECT_EQ(guide.output, text.output);
-    EXPECT_EQ(0, text.code) << text.errors;
-    EXPECT_EQ(guide.request, m_service.LastRequest().entries);
+    EXPECT_EQ(text.output, guide.output);
+    EXPECT_EQ(text.code, 0) << text.errors;
+    EXPECT_EQ(m_service.LastRequest().entries, guide.request);
     words.emplace_back("--json");
-    EXPECT_EQ(guide.json + "\n", RunCtl(words).output);
+    EXPECT_EQ(RunCtl(words).output, guide.json + "\n");
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -86,12 +86,12 @@ TEST_F(CtlTest, GuideListAsksForTheSizeToo)
 {
     m_service.Answer("GetProgramListSize", {{"data", "2"}});
     m_service.Answer("GetProgramList", {{"data", "one\ntwo"}});
-    EXPECT_EQ("one\ntwo\n", RunCtl({"guide", "list", "1", "2", "3"}).output);
+    EXPECT_EQ(RunCtl({"guide", "list", "1", "2", "3"}).output, "one\ntwo\n");
     EXPECT_EQ(
-        Entries({{"functionname", "GetProgramList"}, {"inID", "1"}, {"startTime", "2"}, {"duration", "3"}}),
-        m_service.LastRequest().entries);
-    EXPECT_EQ("{\"list\":\"one\\ntwo\",\"result\":true,\"size\":2}\n",
-              RunCtl({"guide", "list", "1", "2", "3", "--json"}).output);
+        m_service.LastRequest().entries,
+        Entries({{"functionname", "GetProgramList"}, {"inID", "1"}, {"startTime", "2"}, {"duration", "3"}}));
+    EXPECT_EQ(RunCtl({"guide", "list", "1", "2", "3", "--json"}).output,
+              "{\"list\":\"one\\ntwo\",\"result\":true,\"size\":2}\n");
 }
 
 TEST_F(CtlTest, AGuideListThatIsCutSaysSo)
@@ -99,13 +99,13 @@ TEST_F(CtlTest, AGuideListThatIsCutSaysSo)
     m_service.Answer("GetProgramListSize", {{"data", "3"}});
     m_service.Answer("GetProgramList", {{"data", "[{},{}]"}});
     CtlResult const cut = RunCtl({"guide", "list", "1", "2", "3"});
-    EXPECT_EQ("[{},{}]\n", cut.output);
-    EXPECT_EQ("zviptvctl: the list ends after 2 of 3 programmes, since a message takes no more: ask again "
+    EXPECT_EQ(cut.output, "[{},{}]\n");
+    EXPECT_EQ(cut.errors,
+              "zviptvctl: the list ends after 2 of 3 programmes, since a message takes no more: ask again "
               "from a later "
-              "START\n",
-              cut.errors);
+              "START\n");
     m_service.Answer("GetProgramListSize", {{"data", "2"}});
-    EXPECT_EQ("", RunCtl({"guide", "list", "1", "2", "3"}).errors);
+    EXPECT_EQ(RunCtl({"guide", "list", "1", "2", "3"}).errors, "");
 }
 
 /// What the service sent, and what is in the command's JSON.
@@ -123,8 +123,8 @@ TEST_F(CtlTest, TheGuidesJsonIsJson)
              {R"(["\udc00"])", R"("[\"\\udc00\"]")"},
              {deep, '"' + deep + '"'}}) {
         m_service.Answer("GetGenre", {{"data", sent}});
-        EXPECT_EQ("{\"genre\":" + shown + ",\"result\":true}\n",
-                  RunCtl({"guide", "genre", "1", "--json"}).output);
+        EXPECT_EQ(RunCtl({"guide", "genre", "1", "--json"}).output,
+                  "{\"genre\":" + shown + ",\"result\":true}\n");
     }
 }
 
@@ -132,11 +132,11 @@ TEST_F(CtlTest, GuideDataThatIsNotCopiedEndsWithOne)
 {
     m_service.Answer("CloneUSBToTV", {{"data", "0"}});
     CtlResult const result = RunCtl({"guide", "load", "/x"});
-    EXPECT_EQ(1, result.code);
-    EXPECT_EQ("", result.output);
-    EXPECT_EQ("zviptvctl: the service refused to copy guide data from /x: it reads the path as its own user, "
-              "and may say more itself\n",
-              result.errors);
+    EXPECT_EQ(result.code, 1);
+    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(result.errors,
+              "zviptvctl: the service refused to copy guide data from /x: it reads the path as its own user, "
+              "and may say more itself\n");
 }
 
 } // namespace

@@ -7,8 +7,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+using zviptv::FileHandle;
 using zviptv::ctl::LiveLine;
-using zviptv::test::FileHandle;
 using zviptv::test::Terminal;
 
 namespace {
@@ -21,16 +21,16 @@ TEST(LiveLineTest, IsRewrittenInPlaceAndErased)
         LiveLine line(terminal.Slave());
         EXPECT_TRUE(line.IsTerminal());
         line.Erase();
-        EXPECT_EQ("", terminal.Read());
+        EXPECT_EQ(terminal.Read(), "");
         line.Show("one");
         line.Show("two");
-        EXPECT_EQ("\r\033[Kone\r\033[Ktwo", terminal.Read());
+        EXPECT_EQ(terminal.Read(), "\r\033[Kone\r\033[Ktwo");
         line.Erase();
         line.Erase();
-        EXPECT_EQ("\r\033[K", terminal.Read());
+        EXPECT_EQ(terminal.Read(), "\r\033[K");
         line.Show("last");
     }
-    EXPECT_EQ("\r\033[Klast\r\033[K", terminal.Read());
+    EXPECT_EQ(terminal.Read(), "\r\033[Klast\r\033[K");
 }
 
 TEST(LiveLineTest, IsCutToTheWidth)
@@ -38,7 +38,7 @@ TEST(LiveLineTest, IsCutToTheWidth)
     Terminal const terminal(20);
     LiveLine line(terminal.Slave());
     line.Show("0123456789012345678901234567890");
-    EXPECT_EQ("\r\033[K012345678901234 ...", terminal.Read());
+    EXPECT_EQ(terminal.Read(), "\r\033[K012345678901234 ...");
 }
 
 TEST(LiveLineTest, ShowsAsManyPartsAsFit)
@@ -46,11 +46,11 @@ TEST(LiveLineTest, ShowsAsManyPartsAsFit)
     Terminal const terminal(20);
     LiveLine line(terminal.Slave());
     line.Show("12 packets", {": 1", ", 234567"});
-    EXPECT_EQ("\r\033[K12 packets: 1 ...", terminal.Read());
+    EXPECT_EQ(terminal.Read(), "\r\033[K12 packets: 1 ...");
     line.Show("12 packets", {": 1", ", 2345"}); // fills all columns but the last
-    EXPECT_EQ("\r\033[K12 packets: 1, 2345", terminal.Read());
+    EXPECT_EQ(terminal.Read(), "\r\033[K12 packets: 1, 2345");
     line.Show("12 packets", {": 1", ", 2345", ", 6"});
-    EXPECT_EQ("\r\033[K12 packets: 1 ...", terminal.Read());
+    EXPECT_EQ(terminal.Read(), "\r\033[K12 packets: 1 ...");
 }
 
 TEST(LiveLineTest, StaysWhenItEnds)
@@ -58,17 +58,17 @@ TEST(LiveLineTest, StaysWhenItEnds)
     Terminal const terminal(20);
     LiveLine line(terminal.Slave());
     line.End();
-    EXPECT_EQ("", terminal.Read());
+    EXPECT_EQ(terminal.Read(), "");
     line.Show("last");
     line.End();
     line.Erase();
-    EXPECT_EQ("\r\033[Klast\r\n", terminal.Read());
+    EXPECT_EQ(terminal.Read(), "\r\033[Klast\r\n");
 }
 
 TEST(LiveLineTest, NothingHappensWithoutATerminal)
 {
     int ends[2];
-    ASSERT_EQ(0, pipe2(ends, O_CLOEXEC | O_NONBLOCK));
+    ASSERT_EQ(pipe2(ends, O_CLOEXEC | O_NONBLOCK), 0);
     FileHandle const reader(ends[0]);
     FileHandle const writer(ends[1]);
     LiveLine line(writer.Get());
@@ -76,7 +76,7 @@ TEST(LiveLineTest, NothingHappensWithoutATerminal)
     line.Erase();
     EXPECT_FALSE(line.IsTerminal());
     char byte = 0;
-    EXPECT_EQ(-1, read(reader.Get(), &byte, 1));
+    EXPECT_EQ(read(reader.Get(), &byte, 1), -1);
 }
 
 } // namespace

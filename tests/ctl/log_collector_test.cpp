@@ -25,7 +25,7 @@ TEST_F(LogCollectorTest, KnowsNothingAtFirst)
     EXPECT_FALSE(m_log.SendFailed());
     EXPECT_FALSE(m_log.TakePlayerControlGone());
     EXPECT_FALSE(m_log.LacksEndpoint());
-    EXPECT_EQ("there is no connection to the service's endpoint", m_log.Reason());
+    EXPECT_EQ(m_log.Reason(), "there is no connection to the service's endpoint");
 }
 
 TEST_F(LogCollectorTest, SeesAnExchangeFailAndWhyTheAnnouncementDid)
@@ -35,7 +35,7 @@ TEST_F(LogCollectorTest, SeesAnExchangeFailAndWhyTheAnnouncementDid)
     std::string rating;
     EXPECT_FALSE(guide->GetRating(1, rating));
     EXPECT_TRUE(m_log.SendFailed());
-    EXPECT_EQ("the service did not take the connection: it does not run", m_log.Reason());
+    EXPECT_EQ(m_log.Reason(), "the service did not take the connection: it does not run");
     EXPECT_FALSE(m_log.LacksEndpoint());
     m_log.ForgetCall();
     EXPECT_FALSE(m_log.SendFailed());

@@ -1,6 +1,6 @@
 #include "commands/Methods.h"
 
-#include "session/Failure.h"
+#include "output/Failure.h"
 
 #include <gmock/gmock.h>
 
@@ -15,7 +15,7 @@ std::string UsageError(std::string const& name, std::size_t arguments)
     try {
         FindMethod(name, arguments);
     } catch (Failure const& failure) {
-        EXPECT_EQ(ExitCode::Usage, failure.Code());
+        EXPECT_EQ(failure.Code(), ExitCode::Usage);
         return failure.what();
     }
     return {};
@@ -33,49 +33,49 @@ TEST(MethodsTest, EveryMethodOfTheInterfacesIsThere)
         (std::map<std::string, int>{
             {"IPlayerControl", 16}, {"IBroadcastData", 24}, {"IIPTVDataSubscriber", 4}, {"IIPGUtil", 10}}),
         counts);
-    EXPECT_EQ(54U, Methods().size());
-    EXPECT_EQ(50, callable);
+    EXPECT_EQ(Methods().size(), 54U);
+    EXPECT_EQ(callable, 50);
 }
 
 TEST(MethodsTest, SignaturesAreDeduced)
 {
-    EXPECT_EQ("MuteAudio(bool on)", Signature(FindMethod("MuteAudio", 1)));
-    EXPECT_EQ("UnMuteByRatingPin()", Signature(FindMethod("UnMuteByRatingPin", 0)));
-    EXPECT_EQ("GetHybridSBT(uint32 index) -> EZVLanguageCode language, ZVHybridSBT subtitle",
-              Signature(FindMethod("GetHybridSBT", 1)));
-    EXPECT_EQ("GetRatingInfo() -> std::vector<ZVRatingInfo> ratings",
-              Signature(FindMethod("GetRatingInfo", 0)));
-    EXPECT_EQ("GetProgram(uint64 serviceId, uint16 eventId, uint32 startTime, uint32 duration, "
-              "Program_IPG program) -> std::string out",
-              Signature(FindMethod("GetProgram", 5)));
-    EXPECT_EQ("GetProgram(uint32 index) -> std::string program", Signature(FindMethod("GetProgram", 1)));
+    EXPECT_EQ(Signature(FindMethod("MuteAudio", 1)), "MuteAudio(bool on)");
+    EXPECT_EQ(Signature(FindMethod("UnMuteByRatingPin", 0)), "UnMuteByRatingPin()");
+    EXPECT_EQ(Signature(FindMethod("GetHybridSBT", 1)),
+              "GetHybridSBT(uint32 index) -> EZVLanguageCode language, ZVHybridSBT subtitle");
+    EXPECT_EQ(Signature(FindMethod("GetRatingInfo", 0)),
+              "GetRatingInfo() -> std::vector<ZVRatingInfo> ratings");
+    EXPECT_EQ(Signature(FindMethod("GetProgram", 5)),
+              "GetProgram(uint64 serviceId, uint16 eventId, uint32 startTime, uint32 duration, "
+              "Program_IPG program) -> std::string out");
+    EXPECT_EQ(Signature(FindMethod("GetProgram", 1)), "GetProgram(uint32 index) -> std::string program");
 }
 
 TEST(MethodsTest, ArgumentsAreCounted)
 {
-    EXPECT_EQ("", UsageError("SetAppID", 0));
-    EXPECT_EQ("", UsageError("SetAppID", 1));
-    EXPECT_EQ("SetAppID takes 1 argument ([appId]), not 2", UsageError("SetAppID", 2));
-    EXPECT_EQ("SetAudioFormat takes 2 arguments (type preferred), not 1", UsageError("SetAudioFormat", 1));
-    EXPECT_EQ("GetSTCCount takes no arguments, not 1", UsageError("GetSTCCount", 1));
+    EXPECT_EQ(UsageError("SetAppID", 0), "");
+    EXPECT_EQ(UsageError("SetAppID", 1), "");
+    EXPECT_EQ(UsageError("SetAppID", 2), "SetAppID takes 1 argument ([appId]), not 2");
+    EXPECT_EQ(UsageError("SetAudioFormat", 1), "SetAudioFormat takes 2 arguments (type preferred), not 1");
+    EXPECT_EQ(UsageError("GetSTCCount", 1), "GetSTCCount takes no arguments, not 1");
     EXPECT_EQ(
+        UsageError("GetProgram", 2),
         "GetProgram takes 1 argument (index) or 5 arguments (serviceId eventId startTime duration program), "
-        "not 2",
-        UsageError("GetProgram", 2));
+        "not 2");
 }
 
 TEST(MethodsTest, UnknownNamesGetSuggestions)
 {
-    EXPECT_EQ("unknown method 'GetSTCCuont'; did you mean GetSTCCount?", UsageError("GetSTCCuont", 0));
-    EXPECT_EQ("unknown method 'muteaudio'; did you mean MuteAudio?", UsageError("muteaudio", 1));
-    EXPECT_EQ("unknown method 'xyz'; 'zviptvctl methods' lists all of them", UsageError("xyz", 0));
+    EXPECT_EQ(UsageError("GetSTCCuont", 0), "unknown method 'GetSTCCuont'; did you mean GetSTCCount?");
+    EXPECT_EQ(UsageError("muteaudio", 1), "unknown method 'muteaudio'; did you mean MuteAudio?");
+    EXPECT_EQ(UsageError("xyz", 0), "unknown method 'xyz'; 'zviptvctl methods' lists all of them");
 }
 
 TEST(MethodsTest, SubscribingIsAnotherCommand)
 {
-    EXPECT_EQ("SubscribeForPES needs a callback: use 'zviptvctl pes'", UsageError("SubscribeForPES", 0));
-    EXPECT_EQ("UnsubscribeForCaption needs a callback: use 'zviptvctl caption'",
-              UsageError("UnsubscribeForCaption", 1));
+    EXPECT_EQ(UsageError("SubscribeForPES", 0), "SubscribeForPES needs a callback: use 'zviptvctl pes'");
+    EXPECT_EQ(UsageError("UnsubscribeForCaption", 1),
+              "UnsubscribeForCaption needs a callback: use 'zviptvctl caption'");
 }
 
 TEST(MethodsTest, TheListNamesAllOfThem)
@@ -83,12 +83,12 @@ TEST(MethodsTest, TheListNamesAllOfThem)
     Answer const list = ListMethods();
     EXPECT_THAT(list.text, testing::HasSubstr("IIPTVDataSubscriber\n  SubscribeForCaption("));
     EXPECT_THAT(list.text, testing::HasSubstr("UnSubscribeForPES(int32 key)   (use 'zviptvctl pes')\n"));
-    ASSERT_EQ(54U, list.json["methods"].size());
+    ASSERT_EQ(list.json["methods"].size(), 54U);
     Json::Value const& first = list.json["methods"][0];
-    EXPECT_EQ("{\"callable\":true,\"in\":[{\"name\":\"index\",\"type\":\"int32\"}],\"interface\":"
+    EXPECT_EQ(Compact(first),
+              "{\"callable\":true,\"in\":[{\"name\":\"index\",\"type\":\"int32\"}],\"interface\":"
               "\"IPlayerControl\","
-              "\"name\":\"SetCurrentAudioByIndex\",\"out\":[]}",
-              Compact(first));
+              "\"name\":\"SetCurrentAudioByIndex\",\"out\":[]}");
 }
 
 /// The member of the list that has this text as its `name`.
@@ -106,45 +106,45 @@ Json::Value Find(Json::Value const& list, char const* name, std::string const& t
 TEST(MethodsTest, TheJsonDescribesFunctions)
 {
     Json::Value const json = ListMethods().json;
-    ASSERT_EQ(4U, json["endpoints"].size());
+    ASSERT_EQ(json["endpoints"].size(), 4U);
     Json::Value const player = Find(json["endpoints"], "type", "PLAYERCONTROL");
-    EXPECT_EQ(16U, player["functions"].size());
-    EXPECT_EQ(24U, Find(json["endpoints"], "type", "BROADCASTDATA")["functions"].size());
-    EXPECT_EQ(10U, Find(json["endpoints"], "type", "IPGUTIL")["functions"].size());
+    EXPECT_EQ(player["functions"].size(), 16U);
+    EXPECT_EQ(Find(json["endpoints"], "type", "BROADCASTDATA")["functions"].size(), 24U);
+    EXPECT_EQ(Find(json["endpoints"], "type", "IPGUTIL")["functions"].size(), 10U);
     EXPECT_EQ(
+        Compact(Find(player["functions"], "name", "GetSTCCount")),
         "{\"handle\":true,\"in\":[],\"name\":\"GetSTCCount\",\"out\":[{\"key\":\"stcCount\",\"summary\":"
         "\"system time clock, 33 bits\",\"type\":\"u64\",\"unit\":\"1/90000 s\"}],\"summary\":"
-        "\"Reports the system time clock of the playback.\"}",
-        Compact(Find(player["functions"], "name", "GetSTCCount")));
+        "\"Reports the system time clock of the playback.\"}");
     Json::Value const appId = Find(player["functions"], "name", "SetAppID");
     EXPECT_FALSE(appId["handle"].asBool());
     EXPECT_TRUE(appId["in"][0]["optional"].asBool());
-    EXPECT_EQ("-1", Find(player["functions"], "name", "GetSourceState")["out"][0]["none"].asString());
+    EXPECT_EQ(Find(player["functions"], "name", "GetSourceState")["out"][0]["none"].asString(), "-1");
     Json::Value const subscriber = Find(json["endpoints"], "type", "IPTVDATASUBSCRIBER");
     Json::Value const pes = Find(subscriber["notifications"], "name", "PESCB");
-    EXPECT_EQ("pesDataSize", pes["in"][0]["key"].asString());
-    EXPECT_EQ("pesData", pes["in"][0]["counts"].asString());
-    EXPECT_EQ("org.corvel.zviptvapi.dbushelper", json["helper"]["interface"].asString());
-    EXPECT_EQ("Send", json["channel"]["request"].asString());
+    EXPECT_EQ(pes["in"][0]["key"].asString(), "pesDataSize");
+    EXPECT_EQ(pes["in"][0]["counts"].asString(), "pesData");
+    EXPECT_EQ(json["helper"]["interface"].asString(), "org.corvel.zviptvapi.dbushelper");
+    EXPECT_EQ(json["channel"]["request"].asString(), "Send");
 }
 
 TEST(MethodsTest, TheJsonDescribesRecordsAndEnumerations)
 {
     Json::Value const json = ListMethods().json;
     Json::Value const audio = Find(json["records"], "name", "ZVAudio");
-    EXPECT_EQ(32, audio["size"].asInt());
+    EXPECT_EQ(audio["size"].asInt(), 32);
     Json::Value const rate = Find(audio["fields"], "name", "sampleRate");
-    EXPECT_EQ(12, rate["offset"].asInt());
-    EXPECT_EQ(4, rate["size"].asInt());
-    EXPECT_EQ("u32", rate["type"].asString());
-    EXPECT_EQ("Hz", rate["unit"].asString());
-    EXPECT_EQ("json", Find(json["records"], "name", "IPGProgramId")["form"].asString());
+    EXPECT_EQ(rate["offset"].asInt(), 12);
+    EXPECT_EQ(rate["size"].asInt(), 4);
+    EXPECT_EQ(rate["type"].asString(), "u32");
+    EXPECT_EQ(rate["unit"].asString(), "Hz");
+    EXPECT_EQ(Find(json["records"], "name", "IPGProgramId")["form"].asString(), "json");
     Json::Value const states = Find(json["enumerations"], "name", "EZVSourceState")["values"];
-    EXPECT_EQ(-1, Find(states, "name", "UNKNOWN")["value"].asInt());
-    EXPECT_EQ(0x656e67,
-              Find(Find(json["enumerations"], "name", "EZVLanguageCode")["values"], "name", "ENG")["value"]
-                  .asInt());
-    EXPECT_EQ(13U, json["enumerations"].size());
+    EXPECT_EQ(Find(states, "name", "UNKNOWN")["value"].asInt(), -1);
+    EXPECT_EQ(
+        Find(Find(json["enumerations"], "name", "EZVLanguageCode")["values"], "name", "ENG")["value"].asInt(),
+        0x656e67);
+    EXPECT_EQ(json["enumerations"].size(), 13U);
 }
 
 } // namespace

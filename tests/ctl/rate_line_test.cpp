@@ -44,7 +44,7 @@ protected:
     {
         m_shown.clear();
         m_child->Signal(SIGINT);
-        EXPECT_EQ(0, Finish(*m_child).code);
+        EXPECT_EQ(Finish(*m_child).code, 0);
         m_shown += m_terminal.Read();
     }
 
@@ -64,7 +64,7 @@ TEST_F(RateLineTest, TellsWhatCameInTheLastSecond)
     EXPECT_TRUE(Shows("\r\x1b\\[K2 packets, 150000 bytes, [1-9][0-9]*\\.[0-9] kB/s")) << m_shown;
     EXPECT_THAT(m_shown, Not(HasSubstr("\n"))) << "one line, rewritten";
     Interrupt();
-    EXPECT_EQ("video pid=0x0100 pts=1 size=100000\nvideo pid=0x0100 pts=2 size=50000\n", m_child->Output());
+    EXPECT_EQ(m_child->Output(), "video pid=0x0100 pts=1 size=100000\nvideo pid=0x0100 pts=2 size=50000\n");
     EXPECT_THAT(m_shown, EndsWith(" kB/s)\r\n"));
     EXPECT_THAT(m_shown, HasSubstr("\r\x1b[Kzviptvctl: 2 packets, 150000 bytes in "));
 }
@@ -75,7 +75,7 @@ TEST_F(RateLineTest, IsThereForCaptionsToo)
     PushCaption("5", PatternBytes(30000));
     EXPECT_TRUE(Shows("\r\x1b\\[K1 packet, 30000 bytes, [1-9][0-9]*\\.[0-9] kB/s")) << m_shown;
     Interrupt();
-    EXPECT_EQ("caption size=30000\n", m_child->Output());
+    EXPECT_EQ(m_child->Output(), "caption size=30000\n");
     EXPECT_THAT(m_shown, HasSubstr("zviptvctl: 1 packet, 30000 bytes in "));
 }
 
@@ -85,7 +85,7 @@ TEST_F(StreamTest, NoRateLineWithoutATerminal)
     auto const child = StartSubscribed({"pes", "--seconds", "2.5"});
     PushPes("1", "256", "1", "x");
     CtlResult const result = Finish(*child);
-    EXPECT_EQ(0, result.code);
+    EXPECT_EQ(result.code, 0);
     EXPECT_THAT(result.errors, MatchesRegex("zviptvctl: 1 packet, 1 byte in [^\r\n]*\n"));
 }
 

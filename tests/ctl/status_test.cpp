@@ -35,24 +35,23 @@ void Play(FakeService& service)
 TEST_F(CtlTest, StatusTellsWhatIsPlayed)
 {
     Play(m_service);
-    EXPECT_EQ("source:         playing\n"
-              "clock (STC):    135000 (1.500 s)\n"
-              "first PTS:      90000 (1.000 s, time base 1/90000)\n"
-              "picture:        hd, 1280x720, 59.94 frames/s, 16:9\n"
-              "audio:          0: eng, ac3, 6 channels, pid 0x0101\n"
-              "programme:      not locked\n"
-              "service:        locked\n",
-              RunCtl({"status"}).output);
+    EXPECT_EQ(RunCtl({"status"}).output, "source:         playing\n"
+                                         "clock (STC):    135000 (1.500 s)\n"
+                                         "first PTS:      90000 (1.000 s, time base 1/90000)\n"
+                                         "picture:        hd, 1280x720, 59.94 frames/s, 16:9\n"
+                                         "audio:          0: eng, ac3, 6 channels, pid 0x0101\n"
+                                         "programme:      not locked\n"
+                                         "service:        locked\n");
     Json::Value const json = ParseJson(RunCtl({"status", "--json"}).output);
     EXPECT_TRUE(json["result"].asBool());
-    EXPECT_EQ(2, json["sourceState"].asInt());
-    EXPECT_EQ(135000, json["stc"].asInt());
-    EXPECT_EQ(90000, json["firstPts"].asInt());
-    EXPECT_EQ(2, json["resolution"].asInt());
-    EXPECT_EQ(1280, json["picture"]["width"].asInt());
-    EXPECT_EQ("eng", json["audio"]["languageCode"].asString());
-    EXPECT_EQ(6, json["audio"]["channels"].asInt());
-    EXPECT_EQ(0, json["audioIndex"].asInt());
+    EXPECT_EQ(json["sourceState"].asInt(), 2);
+    EXPECT_EQ(json["stc"].asInt(), 135000);
+    EXPECT_EQ(json["firstPts"].asInt(), 90000);
+    EXPECT_EQ(json["resolution"].asInt(), 2);
+    EXPECT_EQ(json["picture"]["width"].asInt(), 1280);
+    EXPECT_EQ(json["audio"]["languageCode"].asString(), "eng");
+    EXPECT_EQ(json["audio"]["channels"].asInt(), 6);
+    EXPECT_EQ(json["audioIndex"].asInt(), 0);
     EXPECT_FALSE(json["programmeLocked"].asBool());
     EXPECT_TRUE(json["serviceLocked"].asBool());
 }
@@ -63,7 +62,7 @@ TEST_F(CtlTest, StatusShowsADashForWhatIsNotTold)
     m_service.Answer("GetSTCCount", {{"result_internal", "0"}, {"stcCount", "0"}});
     m_service.Answer("GetCurrentAudioInfo", {{"result_internal", "1"}, {"landCode", "0"}, {"index", "-1"}});
     CtlResult const result = RunCtl({"status"});
-    EXPECT_EQ(0, result.code);
+    EXPECT_EQ(result.code, 0);
     EXPECT_THAT(result.output, testing::HasSubstr("clock (STC):    -\n"));
     EXPECT_THAT(result.output, testing::HasSubstr("audio:          -\n"));
     Json::Value const json = ParseJson(RunCtl({"status", "--json"}).output);
@@ -88,9 +87,9 @@ TEST_F(CtlTest, NumbersThatAreNotKnownAreNull)
          {"frameRateNumerator", "frameRateDenominator", "aspectWidth", "aspectHeight"}) {
         EXPECT_TRUE(json["picture"].isMember(member) && json["picture"][member].isNull()) << member;
     }
-    EXPECT_EQ(0, json["audio"]["audioType"].asInt());
+    EXPECT_EQ(json["audio"]["audioType"].asInt(), 0);
     EXPECT_TRUE(json["audio"]["audioType"].isNumeric());
-    EXPECT_EQ(720, json["picture"]["height"].asInt());
+    EXPECT_EQ(json["picture"]["height"].asInt(), 720);
     Json::Value const raw = ParseJson(RunCtl({"call", "GetAudio", "0", "--json"}).output);
     EXPECT_TRUE(raw["audio"]["channels"].isNumeric());
 }
@@ -100,7 +99,7 @@ TEST_F(CtlTest, StatusShowsWhatIsKnownWhenCallsFail)
     Play(m_service);
     m_service.Answer("GetResolution", {{"result_internal", "1"}, {"resolution", "high"}});
     CtlResult const unreadable = RunCtl({"status"});
-    EXPECT_EQ(5, unreadable.code);
+    EXPECT_EQ(unreadable.code, 5);
     EXPECT_THAT(unreadable.output, HasSubstr("source:         playing\n"));
     EXPECT_THAT(unreadable.output, HasSubstr("picture:        -\n"));
     EXPECT_THAT(unreadable.output, HasSubstr("service:        locked\n"));
@@ -108,14 +107,14 @@ TEST_F(CtlTest, StatusShowsWhatIsKnownWhenCallsFail)
 
     m_service.AnswerError("GetSTCCount");
     CtlResult const both = RunCtl({"status", "--json"});
-    EXPECT_EQ(4, both.code) << "the first failure's";
+    EXPECT_EQ(both.code, 4) << "the first failure's";
     EXPECT_THAT(both.errors, HasSubstr("zviptvctl: GetSTCCount: the service answered with the error "));
     EXPECT_THAT(both.errors, HasSubstr("zviptvctl: the service's answer to GetResolution lacks"));
     Json::Value const json = ParseJson(both.output);
     EXPECT_FALSE(json["result"].asBool());
     EXPECT_THAT(json["error"].asString(),
                 testing::MatchesRegex("GetSTCCount: .*; the service's answer to GetResolution lacks .*"));
-    EXPECT_EQ(2, json["sourceState"].asInt());
+    EXPECT_EQ(json["sourceState"].asInt(), 2);
     EXPECT_TRUE(json["stc"].isNull());
     EXPECT_TRUE(json["picture"].isNull());
     EXPECT_TRUE(json["serviceLocked"].asBool());
@@ -129,11 +128,11 @@ TEST_F(CtlTest, StatusAsksAServiceThatHangsNoMoreThanTwice)
         m_service.AnswerNothing(method);
     }
     CtlResult const result = RunCtl({"status"});
-    EXPECT_EQ(4, result.code);
+    EXPECT_EQ(result.code, 4);
     EXPECT_THAT(result.output, HasSubstr("source:         playing\n"));
     EXPECT_THAT(result.output, HasSubstr("service:        -\n"));
     EXPECT_THAT(result.errors, HasSubstr("GetFirstPTS: no answer"));
-    EXPECT_EQ("GetFirstPTS", m_service.LastRequest().Value("functionname"));
+    EXPECT_EQ(m_service.LastRequest().Value("functionname"), "GetFirstPTS");
 }
 
 TEST_F(CtlTest, StatusOfAServiceThatLeavesShowsWhatItToldBefore)
@@ -144,7 +143,7 @@ TEST_F(CtlTest, StatusOfAServiceThatLeavesShowsWhatItToldBefore)
     ASSERT_TRUE(m_service.WaitForRequest("GetSTCCount"));
     m_service.Vanish();
     CtlResult const result = Finish(*child);
-    EXPECT_EQ(3, result.code);
+    EXPECT_EQ(result.code, 3);
     EXPECT_THAT(result.output, StartsWith("source:         playing\nclock (STC):    -\n"));
     EXPECT_THAT(result.errors,
                 testing::MatchesRegex("zviptvctl: GetSTCCount: the service left the bus [^\n]*\n"));

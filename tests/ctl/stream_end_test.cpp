@@ -18,7 +18,7 @@ TEST_P(StreamSignalTest, EndsTheSubscription)
     PushPes("1", "256", "1", "x");
     ASSERT_TRUE(child->WaitForOutput("size=1\n", patience));
     child->Signal(GetParam());
-    EXPECT_EQ(0, Finish(*child).code);
+    EXPECT_EQ(Finish(*child).code, 0);
     EXPECT_TRUE(IsUnsubscribed());
     EXPECT_THAT(child->Errors(), HasSubstr("1 packet, 1 byte in "));
 }
@@ -28,7 +28,7 @@ INSTANTIATE_TEST_SUITE_P(Signals, StreamSignalTest, testing::Values(SIGINT, SIGT
 TEST_F(StreamTest, EndsAfterSomeSeconds)
 {
     auto const child = StartSubscribed({"pes", "--seconds", "0.01"});
-    EXPECT_EQ(0, Finish(*child).code);
+    EXPECT_EQ(Finish(*child).code, 0);
     EXPECT_TRUE(IsUnsubscribed());
     EXPECT_THAT(child->Errors(), StartsWith("zviptvctl: 0 packets, 0 bytes in "));
 }
@@ -40,7 +40,7 @@ TEST_F(StreamTest, EndsWhenTheServiceLeaves)
     ASSERT_TRUE(child->WaitForOutput("size=1\n", patience));
     m_service.Vanish();
     CtlResult const result = Finish(*child);
-    EXPECT_EQ(3, result.code);
+    EXPECT_EQ(result.code, 3);
     EXPECT_THAT(result.errors, HasSubstr("1 packet, 1 byte in "));
     EXPECT_THAT(result.errors,
                 HasSubstr("zviptvctl: the service left the bus; start it, then run this command again\n"));
@@ -54,7 +54,7 @@ TEST_F(StreamTest, EndsWithFourWhenTheBusCloses)
     ASSERT_TRUE(child->WaitForOutput("size=1\n", patience));
     m_bus.Kill();
     CtlResult const result = Finish(*child);
-    EXPECT_EQ(4, result.code);
+    EXPECT_EQ(result.code, 4);
     EXPECT_THAT(result.errors,
                 HasSubstr("zviptvctl: the bus closed the connection; see whether it still runs\n"));
 }
@@ -63,11 +63,11 @@ TEST_F(StreamTest, EndsWithFourWhenTheServiceDoesNotTakeTheSubscription)
 {
     m_service.AnswerError("requestPESCB");
     CtlResult const result = RunCtl({"pes"});
-    EXPECT_EQ(4, result.code);
+    EXPECT_EQ(result.code, 4);
     EXPECT_EQ(
+        result.errors,
         "zviptvctl: SubscribeForPES: the service answered with the error org.corvel.test.Failed: scripted "
-        "error\n",
-        result.errors);
+        "error\n");
 }
 
 TEST_F(StreamTest, AFullDiskEndsTheSubscription)
@@ -75,7 +75,7 @@ TEST_F(StreamTest, AFullDiskEndsTheSubscription)
     auto const child = StartSubscribed({"pes", "--out", "/dev/full"});
     PushPes("1", "256", "1", "x");
     CtlResult const result = Finish(*child);
-    EXPECT_EQ(6, result.code);
+    EXPECT_EQ(result.code, 6);
     EXPECT_THAT(result.errors, HasSubstr("zviptvctl: cannot write '/dev/full': No space left on device\n"));
     EXPECT_TRUE(IsUnsubscribed());
 }
@@ -83,8 +83,8 @@ TEST_F(StreamTest, AFullDiskEndsTheSubscription)
 TEST_F(StreamTest, AFileThatCannotBeMadeIsToldBeforeSubscribing)
 {
     CtlResult const result = RunCtl({"pes", "--out", "/nonexistent/file"});
-    EXPECT_EQ(6, result.code);
-    EXPECT_EQ("zviptvctl: cannot write '/nonexistent/file': No such file or directory\n", result.errors);
+    EXPECT_EQ(result.code, 6);
+    EXPECT_EQ(result.errors, "zviptvctl: cannot write '/nonexistent/file': No such file or directory\n");
     EXPECT_TRUE(m_service.Requests().empty());
 }
 
@@ -102,7 +102,7 @@ TEST_F(StreamTest, AReaderThatHasSeenEnoughEndsTheSubscription)
         PushPes("1", "256", "1", "x");
     }
     EXPECT_TRUE(IsUnsubscribed());
-    EXPECT_EQ(0, Finish(child).code);
+    EXPECT_EQ(Finish(child).code, 0);
 }
 
 TEST_F(StreamTest, TellsOnceThatTheSourceHasEnded)
@@ -112,8 +112,8 @@ TEST_F(StreamTest, TellsOnceThatTheSourceHasEnded)
     ASSERT_TRUE(child->WaitForErrors(
         "zviptvctl: the source has ended: packets come only if it starts again; Ctrl-C ends\n", patience));
     PushPes("1", "256", "1", "x"); // it waits all the same
-    EXPECT_EQ(0, Finish(*child).code);
-    EXPECT_EQ("video pid=0x0100 pts=1 size=1\n", child->Output());
+    EXPECT_EQ(Finish(*child).code, 0);
+    EXPECT_EQ(child->Output(), "video pid=0x0100 pts=1 size=1\n");
 }
 
 /// Each of the two is told once.
@@ -128,7 +128,7 @@ TEST_F(StreamTest, TellsOfSilenceAndThenOfTheEnd)
     ASSERT_TRUE(child->WaitForErrors("zviptvctl: the source has ended", patience));
     child->Signal(SIGINT);
     CtlResult const result = Finish(*child);
-    EXPECT_EQ(0, result.code);
+    EXPECT_EQ(result.code, 0);
     EXPECT_THAT(result.errors, testing::MatchesRegex("zviptvctl: nothing has [^\n]*\nzviptvctl: the source "
                                                      "[^\n]*\nzviptvctl: 0 packets, [^\n]*\n"));
 }
@@ -138,7 +138,7 @@ TEST_F(StreamTest, TellsOfSilenceWithoutASourceStateToo)
     m_service.AnswerError("GetSourceState");
     auto const child = StartSubscribed({"pes", "--seconds", "6"});
     CtlResult const result = Finish(*child);
-    EXPECT_EQ(0, result.code);
+    EXPECT_EQ(result.code, 0);
     EXPECT_THAT(result.errors, StartsWith("zviptvctl: nothing has come for 5 seconds; Ctrl-C ends\n"));
 }
 
@@ -148,8 +148,8 @@ TEST_F(StreamTest, UnreadableNotificationsAreToldAndSkipped)
     Push({{"functionname", "PESCB"}, {"pesType", "1"}});
     PushPes("1", "256", "1", "x");
     CtlResult const result = Finish(*child);
-    EXPECT_EQ(5, result.code);
-    EXPECT_EQ("video pid=0x0100 pts=1 size=1\n", result.output);
+    EXPECT_EQ(result.code, 5);
+    EXPECT_EQ(result.output, "video pid=0x0100 pts=1 size=1\n");
     EXPECT_THAT(result.errors,
                 StartsWith("zviptvctl: a notification cannot be read: it lacks a number or spells it "
                            "badly; skipped\n"));

@@ -1,6 +1,6 @@
 #include "session/Subscription.h"
 
-#include "session/Failure.h"
+#include "output/Failure.h"
 
 #include <gtest/gtest.h>
 
@@ -64,9 +64,9 @@ TEST(SubscriptionTest, TriesAgainInTheNextSecond)
     int waits = 0;
     Subscription subscription(
         subscriber, PacketKind::Pes, [](Packet const&) {}, [&] { ++waits; });
-    EXPECT_EQ(2, waits);
+    EXPECT_EQ(waits, 2);
     subscription.End(subscriber);
-    EXPECT_EQ("pes 42", subscriber.calls);
+    EXPECT_EQ(subscriber.calls, "pes 42");
 }
 
 TEST(SubscriptionTest, GivesUpAfterAWhile)
@@ -78,9 +78,9 @@ TEST(SubscriptionTest, GivesUpAfterAWhile)
             subscriber, PacketKind::Caption, [](Packet const&) {}, [] {});
         ADD_FAILURE();
     } catch (Failure const& failure) {
-        EXPECT_EQ(ExitCode::NoAnswer, failure.Code());
+        EXPECT_EQ(failure.Code(), ExitCode::NoAnswer);
     }
-    EXPECT_EQ(97, subscriber.refusals);
+    EXPECT_EQ(subscriber.refusals, 97);
 }
 
 TEST(SubscriptionTest, TheNextSecondIsWaitedFor)
@@ -99,7 +99,7 @@ TEST(SubscriptionTest, PidsAreUnsigned)
                 std::to_string(*packet.pts) + " " + std::to_string(packet.data.size());
     });
     subscriber.Push(ZVPESData{1, -1, 4294967295U, {1, 2, 3}});
-    EXPECT_EQ("1 65535 4294967295 3", seen);
+    EXPECT_EQ(seen, "1 65535 4294967295 3");
 }
 
 TEST(SubscriptionTest, KindsAreApart)
@@ -118,8 +118,8 @@ TEST(SubscriptionTest, KindsAreApart)
     }
     subscriber.Push(ZVCaption{5, {1}}); // after its end: to nobody
     subscriber.Push(ZVPESData{1, 256, 0, {}});
-    EXPECT_EQ(1, packets);
-    EXPECT_EQ(1, captions);
+    EXPECT_EQ(packets, 1);
+    EXPECT_EQ(captions, 1);
 }
 
 } // namespace

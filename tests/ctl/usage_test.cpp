@@ -28,9 +28,9 @@ TEST(UsageTest, HelpIsThereOnEveryLevel)
         Words words = command;
         words.emplace_back("--help");
         CtlResult const result = RunAlone(words);
-        EXPECT_EQ(0, result.code);
+        EXPECT_EQ(result.code, 0);
         EXPECT_THAT(result.output, HasSubstr("Usage: zviptvctl"));
-        EXPECT_EQ("", result.errors);
+        EXPECT_EQ(result.errors, "");
     }
 }
 
@@ -51,7 +51,7 @@ TEST(UsageTest, HelpThatCannotBeWrittenEndsWithSix)
     for (char const* const output : {">&-", ">/dev/full"}) {
         ChildProcess child({"sh", "-c", std::string("exec \"$0\" --help ") + output, ZVIPTVCTL_PATH});
         CtlResult const result = Finish(child);
-        EXPECT_EQ(6, result.code) << output;
+        EXPECT_EQ(result.code, 6) << output;
         EXPECT_THAT(result.errors, StartsWith("zviptvctl: cannot write standard output")) << output;
     }
 }
@@ -65,8 +65,8 @@ TEST(UsageTest, AReaderWhoHasSeenEnoughHelpIsNoFailure)
                              " wait $reader; exec \"$0\" \"$1\" >&3"),
                             ZVIPTVCTL_PATH, help});
         CtlResult const result = Finish(child);
-        EXPECT_EQ(0, result.code) << help;
-        EXPECT_EQ("", result.errors) << help;
+        EXPECT_EQ(result.code, 0) << help;
+        EXPECT_EQ(result.errors, "") << help;
     }
 }
 
@@ -81,11 +81,11 @@ TEST(UsageTest, HelpNamesTheExitCodes)
 
 TEST(UsageTest, HelpIsACommandToo)
 {
-    EXPECT_EQ(RunAlone({"--help"}).output, RunAlone({"help"}).output);
-    EXPECT_EQ(RunAlone({"call", "--help"}).output, RunAlone({"help", "call"}).output);
+    EXPECT_EQ(RunAlone({"help"}).output, RunAlone({"--help"}).output);
+    EXPECT_EQ(RunAlone({"help", "call"}).output, RunAlone({"call", "--help"}).output);
     CtlResult const help = RunAlone({"help", "guide", "list"});
-    EXPECT_EQ(0, help.code);
-    EXPECT_EQ(RunAlone({"guide", "list", "--help"}).output, help.output);
+    EXPECT_EQ(help.code, 0);
+    EXPECT_EQ(help.output, RunAlone({"guide", "list", "--help"}).output);
     EXPECT_THAT(help.output, HasSubstr("\n  SERVICE REQUIRED            Id of the service"));
     EXPECT_THAT(help.output,
                 HasSubstr("\n  START REQUIRED              Begin, in the service's units; zviptv-sim: "
@@ -119,19 +119,19 @@ TEST(UsageTest, HelpDescribesEveryArgument)
 TEST(UsageTest, Version)
 {
     CtlResult const result = RunAlone({"--version"});
-    EXPECT_EQ(0, result.code);
+    EXPECT_EQ(result.code, 0);
     EXPECT_THAT(result.output, testing::MatchesRegex("zviptvctl [0-9]+\\.[0-9]+\\.[0-9]+\n"));
 }
 
 TEST(UsageTest, MethodsAreListedWithoutAService)
 {
     CtlResult const methods = RunAlone({"methods"});
-    EXPECT_EQ(0, methods.code);
+    EXPECT_EQ(methods.code, 0);
     EXPECT_THAT(methods.output, StartsWith("IPlayerControl\n  SetCurrentAudioByIndex(int32 index)\n"));
-    EXPECT_EQ(methods.output, RunAlone({"call", "--list"}).output);
+    EXPECT_EQ(RunAlone({"call", "--list"}).output, methods.output);
     Json::Value const json = ParseJson(RunAlone({"methods", "--json"}).output);
     EXPECT_TRUE(json["result"].asBool());
-    EXPECT_EQ(54U, json["methods"].size());
+    EXPECT_EQ(json["methods"].size(), 54U);
 }
 
 struct Mistake
@@ -152,9 +152,9 @@ class MistakeTest : public testing::TestWithParam<Mistake>
 TEST_P(MistakeTest, IsExplainedAndEndsWithTwo)
 {
     CtlResult const result = RunAlone(GetParam().arguments);
-    EXPECT_EQ(2, result.code);
+    EXPECT_EQ(result.code, 2);
     EXPECT_THAT(result.errors, StartsWith(GetParam().message));
-    EXPECT_EQ("", result.output);
+    EXPECT_EQ(result.output, "");
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -23,19 +23,19 @@ std::size_t Count(std::string const& text, std::string const& part)
 TEST_F(WatchTest, EverySecondHasItsTick)
 {
     CtlResult const result = RunCtl({"watch", "--seconds", "2"});
-    EXPECT_EQ(0, result.code) << result.errors;
-    EXPECT_EQ(2U, Count(result.output, "playing, STC 123456, PES 0 packets"));
-    EXPECT_EQ(1U, Count(RunCtl({"watch", "--seconds", "0.1"}).output, "playing, STC 123456, PES"));
+    EXPECT_EQ(result.code, 0) << result.errors;
+    EXPECT_EQ(Count(result.output, "playing, STC 123456, PES 0 packets"), 2U);
+    EXPECT_EQ(Count(RunCtl({"watch", "--seconds", "0.1"}).output, "playing, STC 123456, PES"), 1U);
 }
 
 TEST_F(WatchTest, AMalformedAnswerIsToldOnceAndEndsWithFive)
 {
     m_service->Answer("GetSourceState", {{"result_internal", "1"}});
     CtlResult const result = RunCtl({"watch", "--seconds", "1.5"});
-    EXPECT_EQ(5, result.code);
-    EXPECT_EQ("the service's answer to GetSourceState lacks a number or spells it badly (result or state)\n",
-              result.output);
-    EXPECT_EQ("", result.errors);
+    EXPECT_EQ(result.code, 5);
+    EXPECT_EQ(result.output,
+              "the service's answer to GetSourceState lacks a number or spells it badly (result or state)\n");
+    EXPECT_EQ(result.errors, "");
 }
 
 TEST_F(WatchTest, AnAnswerThatTurnsMalformedEndsWithFive)
@@ -46,9 +46,9 @@ TEST_F(WatchTest, AnAnswerThatTurnsMalformedEndsWithFive)
     ASSERT_TRUE(child->WaitForOutput("playing, STC -, PES 0 packets", patience)) << child->Output();
     child->Signal(SIGINT);
     CtlResult const result = Finish(*child);
-    EXPECT_EQ(5, result.code);
-    EXPECT_EQ(1U, Count(result.output, "the service's answer to GetSTCCount lacks a number"));
-    EXPECT_EQ("", result.errors);
+    EXPECT_EQ(result.code, 5);
+    EXPECT_EQ(Count(result.output, "the service's answer to GetSTCCount lacks a number"), 1U);
+    EXPECT_EQ(result.errors, "");
     EXPECT_TRUE(m_service->WaitForAnnouncement("IPTVDATASUBSCRIBER", "n"));
 }
 
@@ -58,10 +58,10 @@ void ExpectEndAfterOneCall(std::string const& message)
     auto const start = std::chrono::steady_clock::now();
     CtlResult const result = RunCtl({"watch", "--seconds", "1"});
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(3900));
-    EXPECT_EQ(4, result.code);
+    EXPECT_EQ(result.code, 4);
     EXPECT_THAT(result.output, testing::StartsWith(message));
-    EXPECT_EQ(1U, Count(result.output, "no answer from the service"));
-    EXPECT_EQ("", result.errors);
+    EXPECT_EQ(Count(result.output, "no answer from the service"), 1U);
+    EXPECT_EQ(result.errors, "");
 }
 
 TEST_F(WatchTest, AServiceThatHangsEndsWithFourInTime)
@@ -83,9 +83,9 @@ TEST_F(WatchTest, ASilenceThatLastsEndsWithFour)
     ASSERT_TRUE(child->WaitForOutput("playing, STC 123456", patience));
     m_service->AnswerNothing("GetSTCCount");
     CtlResult const result = Finish(*child);
-    EXPECT_EQ(4, result.code);
-    EXPECT_EQ(1U, Count(result.output, "GetSTCCount: no answer from the service ("));
-    EXPECT_EQ("", result.errors);
+    EXPECT_EQ(result.code, 4);
+    EXPECT_EQ(Count(result.output, "GetSTCCount: no answer from the service ("), 1U);
+    EXPECT_EQ(result.errors, "");
 }
 
 /// On a terminal: a line that fits and stays, with a line break before all that follows.
@@ -99,12 +99,12 @@ TEST_F(WatchTest, TheLiveLineFitsAndIsLeftAtTheEnd)
     std::string shown;
     while (shown.find("0x0100") == std::string::npos) {
         std::string const more = terminal.Read(patience);
-        ASSERT_NE("", more) << shown;
+        ASSERT_NE(more, "") << shown;
         shown += more;
     }
     EXPECT_THAT(shown, HasSubstr("\r\033[Kplaying, STC 123456, 2 packets, 0.0 kB/s: 0x0100 0.0 ..."));
     child.Signal(SIGINT);
-    EXPECT_EQ(0, Finish(child).code);
+    EXPECT_EQ(Finish(child).code, 0);
     EXPECT_THAT(terminal.Read(), EndsWith("\r\n"));
 }
 
@@ -115,7 +115,7 @@ TEST_F(WatchTest, NothingIsRepeatedWhileItWaits)
         {"sh", "-c", "exec \"$0\" watch --seconds 4 >\"$1\"", ZVIPTVCTL_PATH, terminal.Name()});
     ASSERT_TRUE(m_service->WaitForRequest("requestPESCB"));
     m_service->Vanish();
-    EXPECT_EQ(3, Finish(child).code);
+    EXPECT_EQ(Finish(child).code, 3);
     EXPECT_THAT(terminal.Read(), EndsWith("waiting for the service to come back\r\n"));
 }
 

@@ -23,10 +23,10 @@ TEST_F(WatchTest, TellsStateClockAndTraffic)
         << child->Output();
     m_service->ClearRecords();
     child->Signal(SIGINT);
-    EXPECT_EQ(0, Finish(*child).code);
+    EXPECT_EQ(Finish(*child).code, 0);
     auto const request = m_service->WaitForRequest("requestPESCB");
     ASSERT_TRUE(request);
-    EXPECT_EQ("0", request->Value("on"));
+    EXPECT_EQ(request->Value("on"), "0");
 }
 
 TEST_F(WatchTest, TellsStepByStepHowTheServiceGoesAndComesBack)
@@ -52,7 +52,7 @@ TEST_F(WatchTest, TellsStepByStepHowTheServiceGoesAndComesBack)
     PushPes("256", "x");
     ASSERT_TRUE(child->WaitForOutput("PES 1 packet, 1 byte", patience)) << child->Output();
     child->Signal(SIGTERM);
-    EXPECT_EQ(0, Finish(*child).code);
+    EXPECT_EQ(Finish(*child).code, 0);
 }
 
 TEST_F(WatchTest, EndsWithThreeWhenTheServiceDoesNotComeBack)
@@ -63,14 +63,14 @@ TEST_F(WatchTest, EndsWithThreeWhenTheServiceDoesNotComeBack)
     ASSERT_TRUE(child->WaitForOutput("waiting for the service to come back\n", patience));
     child->Signal(SIGINT);
     CtlResult const result = Finish(*child);
-    EXPECT_EQ(3, result.code);
-    EXPECT_EQ("zviptvctl: the service did not come back\n", result.errors);
+    EXPECT_EQ(result.code, 3);
+    EXPECT_EQ(result.errors, "zviptvctl: the service did not come back\n");
 }
 
 TEST_F(WatchTest, EndsAfterSomeSeconds)
 {
     CtlResult const result = RunCtl({"watch", "--seconds", "0.01"});
-    EXPECT_EQ(0, result.code);
+    EXPECT_EQ(result.code, 0);
     EXPECT_THAT(result.output, HasSubstr("subscribed to PES packets\n"));
 }
 
@@ -83,7 +83,7 @@ TEST_F(WatchTest, JsonIsOneEventALine)
     m_service->Vanish();
     ASSERT_TRUE(child->WaitForOutput("\"event\":\"waiting\"", patience));
     child->Signal(SIGINT);
-    EXPECT_EQ(3, Finish(*child).code);
+    EXPECT_EQ(Finish(*child).code, 3);
 
     std::vector<std::string> events;
     std::istringstream lines(child->Output());
@@ -92,10 +92,10 @@ TEST_F(WatchTest, JsonIsOneEventALine)
         if (json["event"] != "tick") {
             events.push_back(json["event"].asString());
         } else if (json["packets"] == 1) {
-            EXPECT_EQ(2, json["sourceState"].asInt());
-            EXPECT_EQ(123456, json["stc"].asInt());
-            EXPECT_EQ(256, json["pids"][0]["pid"].asInt());
-            EXPECT_EQ(4, json["pids"][0]["bytes"].asInt());
+            EXPECT_EQ(json["sourceState"].asInt(), 2);
+            EXPECT_EQ(json["stc"].asInt(), 123456);
+            EXPECT_EQ(json["pids"][0]["pid"].asInt(), 256);
+            EXPECT_EQ(json["pids"][0]["bytes"].asInt(), 4);
         }
     }
     EXPECT_THAT(events, testing::ElementsAre("connected", "subscribed", "lost", "player-control-gone",
@@ -113,7 +113,7 @@ TEST_F(WatchTest, TellsThatTheServiceAnswersWithAnError)
     m_service->Answer("GetSTCCount", {{"result_internal", "1"}, {"stcCount", "777"}});
     ASSERT_TRUE(child->WaitForOutput("playing, STC 777", patience));
     child->Signal(SIGINT);
-    EXPECT_EQ(0, Finish(*child).code);
+    EXPECT_EQ(Finish(*child).code, 0);
 }
 
 } // namespace

@@ -10,11 +10,11 @@ namespace {
 
 TEST(WordsTest, SmallHelpers)
 {
-    EXPECT_EQ("az09_", ToLower("AZ09_"));
-    EXPECT_EQ("a, b", Join({"a", "b"}));
-    EXPECT_EQ("", Join({}));
-    EXPECT_EQ("1 packet", Counted(1, "packet"));
-    EXPECT_EQ("0 packets", Counted(0, "packet"));
+    EXPECT_EQ(ToLower("AZ09_"), "az09_");
+    EXPECT_EQ(Join({"a", "b"}), "a, b");
+    EXPECT_EQ(Join({}), "");
+    EXPECT_EQ(Counted(1, "packet"), "1 packet");
+    EXPECT_EQ(Counted(0, "packet"), "0 packets");
 }
 
 TEST(WordsTest, NearWordsComeNearestFirst)
@@ -30,7 +30,7 @@ TEST(WordsTest, NearWordsComeNearestFirst)
 
 TEST(WordsTest, ThreeSuggestionsAtMost)
 {
-    EXPECT_EQ(3U, NearWords("aaaa", {"aaab", "aaac", "aaad", "aaae"}).size());
+    EXPECT_EQ(NearWords("aaaa", {"aaab", "aaac", "aaad", "aaae"}).size(), 3U);
 }
 
 TEST(WordsTest, NothingNearIsNothing)

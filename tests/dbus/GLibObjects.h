@@ -1,28 +1,13 @@
 #pragma once
 
-#include <gio/gio.h>
-
-#include <memory>
+#include "glib/Owned.h"
 
 namespace zviptv::test {
 
-struct GObjectUnref
-{
-    void operator()(gpointer object) const { g_object_unref(object); }
-};
-using ConnectionPtr = std::unique_ptr<GDBusConnection, GObjectUnref>;
-
-struct VariantUnref
-{
-    void operator()(GVariant* variant) const { g_variant_unref(variant); }
-};
-using VariantPtr = std::unique_ptr<GVariant, VariantUnref>;
-
-struct NodeInfoUnref
-{
-    void operator()(GDBusNodeInfo* info) const { g_dbus_node_info_unref(info); }
-};
-using NodeInfoPtr = std::unique_ptr<GDBusNodeInfo, NodeInfoUnref>;
+using ConnectionPtr = Owned<GDBusConnection>;
+using VariantPtr = Owned<GVariant>;
+using NodeInfoPtr = Owned<GDBusNodeInfo>;
+using ContextPtr = Owned<GMainContext>;
 
 /// The process's shared connection to the system bus, which the library uses too. It does not end the process
 /// when the bus goes.
@@ -50,11 +35,5 @@ public:
 private:
     GMainContext* m_context;
 };
-
-struct ContextUnref
-{
-    void operator()(GMainContext* context) const { g_main_context_unref(context); }
-};
-using ContextPtr = std::unique_ptr<GMainContext, ContextUnref>;
 
 } // namespace zviptv::test

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "dbus/GLibHandles.h"
+#include "glib/Owned.h"
 
 #include <deque>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Fuzz.h"
-#include "dbus/GLibHandles.h"
+#include "glib/Owned.h"
 
 #include <array>
 
@@ -16,7 +16,7 @@ inline Owned<GVariant> Sunk(GVariant* variant)
 inline std::string ConsumeUtf8(FuzzedDataProvider& input)
 {
     std::string const raw = input.ConsumeRandomLengthString(40);
-    std::unique_ptr<char, decltype(&g_free)> const text(g_utf8_make_valid(raw.c_str(), -1), g_free);
+    Owned<char> const text(g_utf8_make_valid(raw.c_str(), -1));
     return text.get();
 }
 
@@ -69,8 +69,7 @@ inline Owned<GVariant> ConsumeUntrusted(FuzzedDataProvider& input)
     char const* const type = input.PickValueInArray(types);
     bool const normalise = input.ConsumeBool();
     std::vector<std::uint8_t> const bytes = Rest(input);
-    std::unique_ptr<GBytes, decltype(&g_bytes_unref)> const held(g_bytes_new(bytes.data(), bytes.size()),
-                                                                 g_bytes_unref);
+    Owned<GBytes> const held(g_bytes_new(bytes.data(), bytes.size()));
     Owned<GVariant> const raw = Sunk(g_variant_new_from_bytes(G_VARIANT_TYPE(type), held.get(), FALSE));
     return Owned<GVariant>(normalise ? g_variant_get_normal_form(raw.get()) : g_variant_ref(raw.get()));
 }

@@ -2,8 +2,8 @@
 
 #include "commands/Arguments.h"
 #include "commands/Methods.h"
+#include "output/Failure.h"
 #include "output/Words.h"
-#include "session/Failure.h"
 
 #include <optional>
 

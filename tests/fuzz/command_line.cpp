@@ -2,7 +2,7 @@
 #include "ScriptedChannel.h"
 
 #include "CommandLine.h"
-#include "session/Failure.h"
+#include "output/Failure.h"
 #include "session/SystemBus.h"
 
 #include <sys/mman.h>

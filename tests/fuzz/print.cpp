@@ -1,7 +1,7 @@
 #include "Fuzz.h"
 
+#include "commands/PacketLine.h"
 #include "output/Answer.h"
-#include "output/PacketLine.h"
 #include "output/Table.h"
 #include "output/TrackText.h"
 #include "output/Words.h"

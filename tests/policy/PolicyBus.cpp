@@ -1,5 +1,7 @@
 #include "PolicyBus.h"
 
+#include "Files.h"
+
 #include <grp.h>
 #include <pwd.h>
 #include <unistd.h>
@@ -7,8 +9,6 @@
 #include <array>
 #include <cerrno>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <system_error>
 
@@ -22,14 +22,6 @@ void Check(int result, char const* what)
 {
     if (result != 0)
         throw std::system_error(errno, std::generic_category(), what);
-}
-
-std::string ReadFile(std::string const& name)
-{
-    std::ifstream file(name);
-    if (!file)
-        throw std::runtime_error("cannot read " + name);
-    return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
 std::string Replaced(std::string text, std::string const& what, std::string const& by)

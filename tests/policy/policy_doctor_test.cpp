@@ -51,7 +51,7 @@ protected:
     {
         auto const child = RunAs(address, {user.name, user.group, user.group}, command);
         auto const status = child->Wait(patience);
-        EXPECT_EQ("", child->Errors());
+        EXPECT_EQ(child->Errors(), "");
         return {status ? status->code : -1, child->Output()};
     }
 

@@ -2,6 +2,7 @@
 
 #include "Handles.h"
 #include "WatchSet.h"
+#include "process/FileHandle.h"
 
 #include <atomic>
 #include <chrono>

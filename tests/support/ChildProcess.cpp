@@ -1,7 +1,6 @@
 #include "ChildProcess.h"
 
-#include "Handles.h"
-#include "Spawn.h"
+#include "SpawnThread.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -10,12 +9,8 @@
 #include <sys/socket.h>
 #include <sys/wait.h>
 
-#include <array>
 #include <cerrno>
-#include <condition_variable>
-#include <mutex>
 #include <system_error>
-#include <thread>
 #include <utility>
 
 namespace zviptv::test {
@@ -83,204 +78,128 @@ void PrintTo(ExitStatus const& status, std::ostream* out)
         *out << "exit code " << status.code;
 }
 
-class ChildProcess::Impl
-{
-public:
-    Impl(std::vector<std::string> const& command, std::map<std::string, std::string> const& environment)
-    {
-        Ends input = InputSocket();
-        Ends output = OutputPipe();
-        Ends errors = OutputPipe();
-        m_pid = Spawn({command,
-                       environment,
-                       {{input.theirs.Get(), 0}, {output.theirs.Get(), 1}, {errors.theirs.Get(), 2}}});
-        m_input = std::move(input.mine);
-        m_streams[0].pipe = std::move(output.mine);
-        m_streams[1].pipe = std::move(errors.mine);
-        m_waiter = std::thread([this] { AwaitEnd(); });
-        m_reader = std::thread([this] { Watch(); });
-    }
-
-    ~Impl()
-    {
-        Signal(SIGKILL);
-        m_waiter.join();
-        m_reader.join();
-    }
-
-    pid_t Pid() const { return m_pid; }
-
-    std::optional<ExitStatus> Wait(std::chrono::milliseconds timeout)
-    {
-        std::unique_lock lock(m_mutex);
-        m_changed.wait_for(lock, timeout, [this] { return m_status.has_value(); });
-        return m_status;
-    }
-
-    void Signal(int number)
-    {
-        // Under the lock of the reaper, so that the number cannot belong to another process yet.
-        std::lock_guard const lock(m_mutex);
-        if (!m_status)
-            kill(m_pid, number);
-    }
-
-    std::string Text(std::size_t stream) const
-    {
-        std::lock_guard const lock(m_mutex);
-        return m_streams[stream].text;
-    }
-
-    bool WaitForText(std::size_t stream, std::string const& text, std::chrono::milliseconds timeout)
-    {
-        auto const found = [&] { return m_streams[stream].text.find(text) != std::string::npos; };
-        std::unique_lock lock(m_mutex);
-        m_changed.wait_for(lock, timeout, [&] { return found() || m_status; });
-        return found();
-    }
-
-    bool Write(std::string const& text)
-    {
-        std::lock_guard const lock(m_inputMutex);
-        std::size_t done = 0;
-        while (m_input && done < text.size()) {
-            auto const size = send(m_input.Get(), text.data() + done, text.size() - done, MSG_NOSIGNAL);
-            if (size < 0 && errno != EINTR)
-                return false;
-            done += size > 0 ? static_cast<std::size_t>(size) : 0U;
-        }
-        return done == text.size();
-    }
-
-    void CloseInput()
-    {
-        std::lock_guard const lock(m_inputMutex);
-        m_input.Reset();
-    }
-
-private:
-    struct Stream
-    {
-        FileHandle pipe;
-        std::string text;
-    };
-
-    /// Waits without reaping: the number must stay the process's own until Reap() under the lock.
-    void AwaitEnd() const
-    {
-        siginfo_t info = {};
-        while (waitid(P_PID, static_cast<id_t>(m_pid), &info, WEXITED | WNOWAIT) != 0 && errno == EINTR) {
-        }
-        eventfd_write(m_ended.Get(), 1);
-    }
-
-    void Watch()
-    {
-        while (true) {
-            // Closed pipes are -1, which poll() skips.
-            std::array<pollfd, 3> polled{pollfd{m_streams[0].pipe.Get(), POLLIN, 0},
-                                         pollfd{m_streams[1].pipe.Get(), POLLIN, 0},
-                                         pollfd{m_ended.Get(), POLLIN, 0}};
-            if (poll(polled.data(), polled.size(), -1) < 0)
-                continue;
-            std::lock_guard const lock(m_mutex);
-            for (auto& stream : m_streams)
-                Drain(stream);
-            if (polled[2].revents != 0)
-                m_status = Reap();
-            m_changed.notify_all();
-            if (m_status)
-                return;
-        }
-    }
-
-    static void Drain(Stream& stream)
-    {
-        std::array<char, 4096> buffer;
-        while (stream.pipe) {
-            auto const size = read(stream.pipe.Get(), buffer.data(), buffer.size());
-            if (size > 0)
-                stream.text.append(buffer.data(), static_cast<std::size_t>(size));
-            else if (size == 0)
-                stream.pipe.Reset();
-            else if (errno != EINTR)
-                return;
-        }
-    }
-
-    ExitStatus Reap() const
-    {
-        int raw = 0;
-        while (waitpid(m_pid, &raw, 0) < 0 && errno == EINTR) {
-        }
-        return ToStatus(raw);
-    }
-
-    pid_t m_pid = 0;
-    FileHandle m_ended = EventDescriptor();
-    std::array<Stream, 2> m_streams;
-
-    std::mutex m_inputMutex;
-    FileHandle m_input;
-
-    mutable std::mutex m_mutex;
-    std::condition_variable m_changed;
-    std::optional<ExitStatus> m_status;
-    std::thread m_waiter;
-    std::thread m_reader;
-};
-
 ChildProcess::ChildProcess(std::vector<std::string> const& command,
                            std::map<std::string, std::string> const& environment)
-    : m_impl(std::make_unique<Impl>(command, environment))
+    : m_ended(EventDescriptor())
 {
+    Ends input = InputSocket();
+    Ends output = OutputPipe();
+    Ends errors = OutputPipe();
+    m_pid =
+        SpawnFromAnyThread({command,
+                            environment,
+                            {{input.theirs.Get(), 0}, {output.theirs.Get(), 1}, {errors.theirs.Get(), 2}}});
+    m_input = std::move(input.mine);
+    m_streams[0].pipe = std::move(output.mine);
+    m_streams[1].pipe = std::move(errors.mine);
+    m_waiter = std::thread([this] { AwaitEnd(); });
+    m_reader = std::thread([this] { Watch(); });
 }
 
-ChildProcess::~ChildProcess() = default;
-
-pid_t ChildProcess::Pid() const
+ChildProcess::~ChildProcess()
 {
-    return m_impl->Pid();
+    Signal(SIGKILL);
+    m_waiter.join();
+    m_reader.join();
 }
 
 std::optional<ExitStatus> ChildProcess::Wait(std::chrono::milliseconds timeout)
 {
-    return m_impl->Wait(timeout);
+    std::unique_lock lock(m_mutex);
+    m_changed.wait_for(lock, timeout, [this] { return m_status.has_value(); });
+    return m_status;
 }
 
 void ChildProcess::Signal(int number)
 {
-    m_impl->Signal(number);
+    // Under the lock of the reaper, so that the number cannot belong to another process yet.
+    std::lock_guard const lock(m_mutex);
+    if (!m_status)
+        kill(m_pid, number);
 }
 
-std::string ChildProcess::Output() const
+std::string ChildProcess::Text(std::size_t stream) const
 {
-    return m_impl->Text(0);
+    std::lock_guard const lock(m_mutex);
+    return m_streams[stream].text;
 }
 
-std::string ChildProcess::Errors() const
+bool ChildProcess::WaitForText(std::size_t stream, std::string const& text, std::chrono::milliseconds timeout)
 {
-    return m_impl->Text(1);
-}
-
-bool ChildProcess::WaitForOutput(std::string const& text, std::chrono::milliseconds timeout)
-{
-    return m_impl->WaitForText(0, text, timeout);
-}
-
-bool ChildProcess::WaitForErrors(std::string const& text, std::chrono::milliseconds timeout)
-{
-    return m_impl->WaitForText(1, text, timeout);
+    auto const found = [&] { return m_streams[stream].text.find(text) != std::string::npos; };
+    std::unique_lock lock(m_mutex);
+    m_changed.wait_for(lock, timeout, [&] { return found() || m_status; });
+    return found();
 }
 
 bool ChildProcess::WriteInput(std::string const& text)
 {
-    return m_impl->Write(text);
+    std::lock_guard const lock(m_inputMutex);
+    std::size_t done = 0;
+    while (m_input && done < text.size()) {
+        auto const size = send(m_input.Get(), text.data() + done, text.size() - done, MSG_NOSIGNAL);
+        if (size < 0 && errno != EINTR)
+            return false;
+        done += size > 0 ? static_cast<std::size_t>(size) : 0U;
+    }
+    return done == text.size();
 }
 
 void ChildProcess::CloseInput()
 {
-    m_impl->CloseInput();
+    std::lock_guard const lock(m_inputMutex);
+    m_input.Reset();
+}
+
+/// Waits without reaping: the number must stay the process's own until Reap() under the lock.
+void ChildProcess::AwaitEnd() const
+{
+    siginfo_t info = {};
+    while (waitid(P_PID, static_cast<id_t>(m_pid), &info, WEXITED | WNOWAIT) != 0 && errno == EINTR) {
+    }
+    eventfd_write(m_ended.Get(), 1);
+}
+
+void ChildProcess::Watch()
+{
+    while (true) {
+        // Closed pipes are -1, which poll() skips.
+        std::array<pollfd, 3> polled{pollfd{m_streams[0].pipe.Get(), POLLIN, 0},
+                                     pollfd{m_streams[1].pipe.Get(), POLLIN, 0},
+                                     pollfd{m_ended.Get(), POLLIN, 0}};
+        if (poll(polled.data(), polled.size(), -1) < 0)
+            continue;
+        std::lock_guard const lock(m_mutex);
+        for (auto& stream : m_streams)
+            Drain(stream);
+        if (polled[2].revents != 0)
+            m_status = Reap();
+        m_changed.notify_all();
+        if (m_status)
+            return;
+    }
+}
+
+void ChildProcess::Drain(Stream& stream)
+{
+    std::array<char, 4096> buffer;
+    while (stream.pipe) {
+        auto const size = read(stream.pipe.Get(), buffer.data(), buffer.size());
+        if (size > 0)
+            stream.text.append(buffer.data(), static_cast<std::size_t>(size));
+        else if (size == 0)
+            stream.pipe.Reset();
+        else if (errno != EINTR)
+            return;
+    }
+}
+
+ExitStatus ChildProcess::Reap() const
+{
+    int raw = 0;
+    while (waitpid(m_pid, &raw, 0) < 0 && errno == EINTR) {
+    }
+    return ToStatus(raw);
 }
 
 } // namespace zviptv::test

@@ -1,13 +1,18 @@
 #pragma once
 
+#include "process/FileHandle.h"
+
 #include <sys/types.h>
 
+#include <array>
 #include <chrono>
+#include <condition_variable>
 #include <map>
-#include <memory>
+#include <mutex>
 #include <optional>
 #include <ostream>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace zviptv::test {
@@ -37,7 +42,7 @@ public:
     ChildProcess(ChildProcess const&) = delete;
     ChildProcess& operator=(ChildProcess const&) = delete;
 
-    pid_t Pid() const;
+    pid_t Pid() const { return m_pid; }
     /// Empty if the process still runs after `timeout`. When it has ended, Output() and Errors() are
     /// complete (for what the process itself wrote).
     std::optional<ExitStatus> Wait(std::chrono::milliseconds timeout);
@@ -45,12 +50,18 @@ public:
     void Signal(int number);
 
     /// What has been written to standard output and standard error so far.
-    std::string Output() const;
-    std::string Errors() const;
+    std::string Output() const { return Text(0); }
+    std::string Errors() const { return Text(1); }
     /// True when the text is in the output (or the errors); false when the process has ended, or the
     /// time is over, without it.
-    bool WaitForOutput(std::string const& text, std::chrono::milliseconds timeout);
-    bool WaitForErrors(std::string const& text, std::chrono::milliseconds timeout);
+    bool WaitForOutput(std::string const& text, std::chrono::milliseconds timeout)
+    {
+        return WaitForText(0, text, timeout);
+    }
+    bool WaitForErrors(std::string const& text, std::chrono::milliseconds timeout)
+    {
+        return WaitForText(1, text, timeout);
+    }
 
     /// Writes to standard input; false if the process does not read it any more.
     bool WriteInput(std::string const& text);
@@ -58,8 +69,31 @@ public:
     void CloseInput();
 
 private:
-    class Impl;
-    std::unique_ptr<Impl> m_impl;
+    struct Stream
+    {
+        FileHandle pipe;
+        std::string text;
+    };
+
+    std::string Text(std::size_t stream) const;
+    bool WaitForText(std::size_t stream, std::string const& text, std::chrono::milliseconds timeout);
+    void AwaitEnd() const;
+    void Watch();
+    static void Drain(Stream& stream);
+    ExitStatus Reap() const;
+
+    pid_t m_pid = 0;
+    FileHandle m_ended;
+    std::array<Stream, 2> m_streams;
+
+    std::mutex m_inputMutex;
+    FileHandle m_input;
+
+    mutable std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::optional<ExitStatus> m_status;
+    std::thread m_waiter;
+    std::thread m_reader;
 };
 
 } // namespace zviptv::test

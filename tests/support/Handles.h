@@ -2,10 +2,7 @@
 
 #include <dbus/dbus.h>
 
-#include <unistd.h>
-
 #include <memory>
-#include <utility>
 
 namespace zviptv::test {
 
@@ -46,34 +43,6 @@ public:
 
 private:
     DBusError m_error;
-};
-
-class FileHandle
-{
-public:
-    FileHandle() = default;
-    explicit FileHandle(int descriptor) : m_descriptor(descriptor) {}
-    ~FileHandle() { Reset(); }
-    FileHandle(FileHandle&& other) noexcept : m_descriptor(std::exchange(other.m_descriptor, -1)) {}
-    FileHandle& operator=(FileHandle&& other) noexcept
-    {
-        if (this != &other) {
-            Reset();
-            m_descriptor = std::exchange(other.m_descriptor, -1);
-        }
-        return *this;
-    }
-
-    int Get() const { return m_descriptor; }
-    explicit operator bool() const { return m_descriptor >= 0; }
-    void Reset()
-    {
-        if (m_descriptor >= 0)
-            close(std::exchange(m_descriptor, -1));
-    }
-
-private:
-    int m_descriptor = -1;
 };
 
 } // namespace zviptv::test

@@ -1,10 +1,7 @@
 #include "LoopRunner.h"
 
-#include <glib.h>
-
 #include <atomic>
 #include <future>
-#include <thread>
 
 namespace zviptv::test {
 
@@ -49,56 +46,39 @@ void RunPending()
     }
 }
 
-class LoopThread::Impl
+LoopThread::LoopThread()
 {
-public:
-    Impl() : m_loop(g_main_loop_new(nullptr, FALSE), g_main_loop_unref)
-    {
-        std::promise<void> running;
-        m_thread = std::thread([this] { g_main_loop_run(m_loop.get()); });
-        Run([&running] { running.set_value(); });
-        running.get_future().wait();
-    }
+    std::promise<void> running;
+    m_thread = std::thread([this] { g_main_loop_run(m_loop.get()); });
+    Run([&running] { running.set_value(); });
+    running.get_future().wait();
+}
 
-    ~Impl()
-    {
-        Run([this] { g_main_loop_quit(m_loop.get()); });
-        m_thread.join();
-    }
-
-    void Run(std::function<void()> work)
-    {
-        std::packaged_task<void()> task(std::move(work));
-        std::future<void> done = task.get_future();
-        // Atomic for tools that do not see how GLib hands it to the other thread.
-        std::atomic<std::packaged_task<void()>*> handed;
-        handed = &task;
-        SourcePtr const source(g_idle_source_new());
-        g_source_set_priority(source.get(), G_PRIORITY_DEFAULT);
-        g_source_set_callback(
-            source.get(),
-            [](gpointer data) -> gboolean {
-                auto* const ready = static_cast<std::atomic<std::packaged_task<void()>*>*>(data)->load();
-                (*ready)();
-                return G_SOURCE_REMOVE;
-            },
-            &handed, nullptr);
-        g_source_attach(source.get(), nullptr);
-        done.get();
-    }
-
-private:
-    std::unique_ptr<GMainLoop, void (*)(GMainLoop*)> m_loop;
-    std::thread m_thread;
-};
-
-LoopThread::LoopThread() : m_impl(std::make_unique<Impl>()) {}
-
-LoopThread::~LoopThread() = default;
+LoopThread::~LoopThread()
+{
+    Run([this] { g_main_loop_quit(m_loop.get()); });
+    m_thread.join();
+}
 
 void LoopThread::Run(std::function<void()> const& work)
 {
-    m_impl->Run(work);
+    std::packaged_task<void()> task(work);
+    std::future<void> done = task.get_future();
+    // Atomic for tools that do not see how GLib hands it to the other thread.
+    std::atomic<std::packaged_task<void()>*> handed;
+    handed = &task;
+    SourcePtr const source(g_idle_source_new());
+    g_source_set_priority(source.get(), G_PRIORITY_DEFAULT);
+    g_source_set_callback(
+        source.get(),
+        [](gpointer data) -> gboolean {
+            auto* const ready = static_cast<std::atomic<std::packaged_task<void()>*>*>(data)->load();
+            (*ready)();
+            return G_SOURCE_REMOVE;
+        },
+        &handed, nullptr);
+    g_source_attach(source.get(), nullptr);
+    done.get();
 }
 
 } // namespace zviptv::test

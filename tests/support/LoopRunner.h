@@ -1,8 +1,10 @@
 #pragma once
 
+#include "glib/Owned.h"
+
 #include <chrono>
 #include <functional>
-#include <memory>
+#include <thread>
 
 namespace zviptv::test {
 
@@ -29,8 +31,8 @@ public:
     void Run(std::function<void()> const& work);
 
 private:
-    class Impl;
-    std::unique_ptr<Impl> m_impl;
+    Owned<GMainLoop> m_loop{g_main_loop_new(nullptr, FALSE)};
+    std::thread m_thread;
 };
 
 } // namespace zviptv::test

@@ -1,21 +1,18 @@
 #include "PrivateBus.h"
 
-#include "Handles.h"
-#include "MessageLog.h"
-#include "Spawn.h"
+#include "Files.h"
+#include "SpawnThread.h"
+#include "process/BusDaemon.h"
+#include "process/FileHandle.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <signal.h>
 #include <stdlib.h>
 #include <sys/wait.h>
 
-#include <array>
 #include <cerrno>
-#include <chrono>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
@@ -49,27 +46,6 @@ std::string BaseConfig(std::string const& file)
     return file.empty()
                ? std::string()
                : "  <include>" + file + "</include>\n  <user>" + std::to_string(getuid()) + "</user>\n";
-}
-
-/// The first line that comes out of the pipe; empty if the writer ends, or stays silent, instead.
-std::string ReadLine(int descriptor)
-{
-    std::string line;
-    auto const deadline = std::chrono::steady_clock::now() + patience;
-    while (line.empty() || line.back() != '\n') {
-        auto const left =
-            std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-        pollfd polled{descriptor, POLLIN, 0};
-        if (left.count() <= 0 || poll(&polled, 1, static_cast<int>(left.count())) == 0)
-            return {};
-        std::array<char, 512> buffer;
-        auto const size = read(descriptor, buffer.data(), buffer.size());
-        if (size == 0 || (size < 0 && errno != EINTR))
-            return {};
-        if (size > 0)
-            line.append(buffer.data(), static_cast<std::size_t>(size));
-    }
-    return line;
 }
 
 void RestoreVariable(std::optional<std::string> const& former)
@@ -142,27 +118,22 @@ void PrivateBus::WriteConfig() const
 
 void PrivateBus::Start()
 {
-    int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0)
-        throw std::system_error(errno, std::generic_category(), "pipe2");
-    FileHandle const readEnd(ends[0]);
-    FileHandle writeEnd(ends[1]);
     FileHandle const log(open(LogFile().c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600));
     try {
-        m_pid = Spawn({{m_options.program, "--config-file=" + m_directory + "/bus.conf", "--nofork",
-                        "--nopidfile", "--nosyslog", "--print-address=3", "--address=" + m_address},
-                       {},
-                       {{log.Get(), STDERR_FILENO}, {writeEnd.Get(), 3}}});
+        BusDaemon const daemon = StartBusDaemon({m_options.program,
+                                                 m_directory + "/bus.conf",
+                                                 m_address,
+                                                 {{log.Get(), STDERR_FILENO}},
+                                                 SpawnFromAnyThread});
+        m_pid = daemon.pid;
+        if (daemon.address.empty()) {
+            Kill();
+            throw std::runtime_error("dbus-daemon did not start: " + Log());
+        }
     } catch (std::system_error const& failure) {
         bool const missing = failure.code() == std::errc::no_such_file_or_directory;
         throw std::runtime_error(std::string(failure.what()) +
                                  (missing ? " (install the package dbus)" : ""));
-    }
-    writeEnd.Reset();
-    // The daemon listens before it prints where.
-    if (ReadLine(readEnd.Get()).empty()) {
-        Kill();
-        throw std::runtime_error("dbus-daemon did not start: " + Log());
     }
 }
 
@@ -173,8 +144,7 @@ std::string PrivateBus::LogFile() const
 
 std::string PrivateBus::Log() const
 {
-    std::ifstream file(LogFile());
-    return std::string(std::istreambuf_iterator<char>(file), {});
+    return ReadFile(LogFile());
 }
 
 void PrivateBus::Kill()

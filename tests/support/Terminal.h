@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Handles.h"
+#include "process/FileHandle.h"
 
 #include <fcntl.h>
 #include <poll.h>

@@ -43,9 +43,9 @@ std::vector<std::string> Shell(std::string const& script)
 TEST(ChildProcessTest, CatchesOutputErrorsAndExitCode)
 {
     ChildProcess child(Shell("echo out; echo err >&2; exit 3"));
-    EXPECT_EQ((ExitStatus{3, 0}), child.Wait(patience));
-    EXPECT_EQ("out\n", child.Output());
-    EXPECT_EQ("err\n", child.Errors());
+    EXPECT_EQ(child.Wait(patience), (ExitStatus{3, 0}));
+    EXPECT_EQ(child.Output(), "out\n");
+    EXPECT_EQ(child.Errors(), "err\n");
 }
 
 TEST(ChildProcessTest, PassesArgumentsAndEnvironmentAsTheyAre)
@@ -55,8 +55,8 @@ TEST(ChildProcessTest, PassesArgumentsAndEnvironmentAsTheyAre)
     ChildProcess child(
         {"sh", "-c", "printf '%s|' \"$@\" $ZVIPTV_KEPT $ZVIPTV_CHANGED", "sh", "a b", "", "$c"},
         {{"ZVIPTV_CHANGED", "after"}});
-    EXPECT_EQ((ExitStatus{0, 0}), child.Wait(patience));
-    EXPECT_EQ("a b||$c|kept|after|", child.Output());
+    EXPECT_EQ(child.Wait(patience), (ExitStatus{0, 0}));
+    EXPECT_EQ(child.Output(), "a b||$c|kept|after|");
     unsetenv("ZVIPTV_KEPT");
     unsetenv("ZVIPTV_CHANGED");
 }
@@ -64,8 +64,8 @@ TEST(ChildProcessTest, PassesArgumentsAndEnvironmentAsTheyAre)
 TEST(ChildProcessTest, CompleteOutputOfALargeWriter)
 {
     ChildProcess child(Shell("head -c 3000000 /dev/zero"));
-    EXPECT_EQ((ExitStatus{0, 0}), child.Wait(patience));
-    EXPECT_EQ(3000000U, child.Output().size());
+    EXPECT_EQ(child.Wait(patience), (ExitStatus{0, 0}));
+    EXPECT_EQ(child.Output().size(), 3000000U);
 }
 
 TEST(ChildProcessTest, WaitTimesOutOnARunningProcessAndSignalsReachIt)
@@ -74,8 +74,8 @@ TEST(ChildProcessTest, WaitTimesOutOnARunningProcessAndSignalsReachIt)
     ASSERT_TRUE(child.WaitForOutput("ready", patience));
     EXPECT_FALSE(child.Wait(10ms));
     child.Signal(SIGTERM);
-    EXPECT_EQ((ExitStatus{7, 0}), child.Wait(patience));
-    EXPECT_EQ("ready\nasked\n", child.Output());
+    EXPECT_EQ(child.Wait(patience), (ExitStatus{7, 0}));
+    EXPECT_EQ(child.Output(), "ready\nasked\n");
     child.Signal(SIGTERM);
 }
 
@@ -84,8 +84,8 @@ TEST(ChildProcessTest, ReportsTheSignalThatEndedIt)
     ChildProcess child({"sleep", "1000"});
     child.Signal(SIGKILL);
     auto const status = child.Wait(patience);
-    EXPECT_EQ((ExitStatus{-1, SIGKILL}), status);
-    EXPECT_EQ("ended by signal 9", testing::PrintToString(*status));
+    EXPECT_EQ(status, (ExitStatus{-1, SIGKILL}));
+    EXPECT_EQ(testing::PrintToString(*status), "ended by signal 9");
 }
 
 TEST(ChildProcessTest, TheDestructorEndsIt)
@@ -94,10 +94,10 @@ TEST(ChildProcessTest, TheDestructorEndsIt)
     {
         ChildProcess const child({"sleep", "1000"});
         pid = child.Pid();
-        EXPECT_EQ(0, kill(pid, 0));
+        EXPECT_EQ(kill(pid, 0), 0);
     }
-    EXPECT_EQ(-1, kill(pid, 0));
-    EXPECT_EQ(ESRCH, errno);
+    EXPECT_EQ(kill(pid, 0), -1);
+    EXPECT_EQ(errno, ESRCH);
 }
 
 TEST(ChildProcessTest, FeedsStandardInput)
@@ -107,8 +107,8 @@ TEST(ChildProcessTest, FeedsStandardInput)
     EXPECT_TRUE(child.WaitForOutput("one\n", patience));
     EXPECT_TRUE(child.WriteInput("two\n"));
     child.CloseInput();
-    EXPECT_EQ((ExitStatus{0, 0}), child.Wait(patience));
-    EXPECT_EQ("one\ntwo\n", child.Output());
+    EXPECT_EQ(child.Wait(patience), (ExitStatus{0, 0}));
+    EXPECT_EQ(child.Output(), "one\ntwo\n");
     EXPECT_FALSE(child.WriteInput("three\n"));
 }
 
@@ -129,7 +129,7 @@ TEST(ChildProcessTest, WaitForTextGivesUpWhenTheProcessEnds)
 TEST(ChildProcessTest, AGrandchildThatKeepsThePipeDoesNotHoldUpWait)
 {
     ChildProcess child(Shell("sleep 30 & echo $!; exit 0"));
-    EXPECT_EQ((ExitStatus{0, 0}), child.Wait(patience));
+    EXPECT_EQ(child.Wait(patience), (ExitStatus{0, 0}));
     kill(static_cast<pid_t>(std::stol(child.Output())), SIGKILL);
 }
 
@@ -139,7 +139,7 @@ TEST(ChildProcessTest, ThrowsForAProgramThatDoesNotExist)
         ChildProcess const child({"/no/such/program"});
         FAIL() << "runs as " << child.Pid();
     } catch (std::system_error const& error) {
-        EXPECT_EQ(std::errc::no_such_file_or_directory, error.code());
+        EXPECT_EQ(error.code(), std::errc::no_such_file_or_directory);
     }
 }
 
@@ -157,14 +157,14 @@ TEST(ChildProcessTest, DiesWithTheProcessThatStartedIt)
     if (getenv("ZVIPTV_TEST_STARTER") != nullptr)
         StartAndHang();
     // The orphan then becomes a child of this process, which can see its end.
-    ASSERT_EQ(0, prctl(PR_SET_CHILD_SUBREAPER, 1));
+    ASSERT_EQ(prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
     ChildProcess starter({std::filesystem::read_symlink("/proc/self/exe").string(),
                           "--gtest_filter=ChildProcessTest.DiesWithTheProcessThatStartedIt"},
                          {{"ZVIPTV_TEST_STARTER", "1"}});
     ASSERT_TRUE(starter.WaitForOutput(" started\n", patience));
     auto const output = starter.Output();
     auto const orphan = static_cast<pid_t>(std::stol(output.substr(output.find("\nchild ") + 7)));
-    EXPECT_EQ(0, kill(orphan, 0)) << output;
+    EXPECT_EQ(kill(orphan, 0), 0) << output;
 
     starter.Signal(SIGKILL);
     ASSERT_TRUE(starter.Wait(patience));

@@ -36,56 +36,56 @@ protected:
 
 TEST_F(FakeServiceTest, OwnsTheHelperName)
 {
-    EXPECT_EQ(m_service.Name(), m_client.GetNameOwner("org.corvel.zviptvapi.dbushelper"));
+    EXPECT_EQ(m_client.GetNameOwner("org.corvel.zviptvapi.dbushelper"), m_service.Name());
     EXPECT_THROW(FakeService(), std::runtime_error);
 }
 
 TEST_F(FakeServiceTest, AnswersAnnouncementsWithItsOwnNameAndRecordsThem)
 {
     auto const reply = Announce(Pairs({{"dbusname", ":1.9"}, {"type", "IPGUTIL"}, {"add", "y"}}));
-    EXPECT_EQ("a(ss)", reply.signature);
-    EXPECT_EQ(Pairs({{"dbusname", m_service.Name()}}), reply.pairs);
+    EXPECT_EQ(reply.signature, "a(ss)");
+    EXPECT_EQ(reply.pairs, Pairs({{"dbusname", m_service.Name()}}));
     auto const seen = m_service.WaitForAnnouncement("IPGUTIL", "y");
     ASSERT_TRUE(seen);
-    EXPECT_EQ(":1.9", seen->dbusname);
-    EXPECT_EQ(m_client.Name(), seen->message.sender);
-    EXPECT_EQ(":1.9", m_service.ClientOf("IPGUTIL"));
-    EXPECT_EQ("", m_service.ClientOf("PLAYERCONTROL"));
+    EXPECT_EQ(seen->dbusname, ":1.9");
+    EXPECT_EQ(seen->message.sender, m_client.Name());
+    EXPECT_EQ(m_service.ClientOf("IPGUTIL"), ":1.9");
+    EXPECT_EQ(m_service.ClientOf("PLAYERCONTROL"), "");
     EXPECT_FALSE(m_service.WaitForAnnouncement("IPGUTIL", "n", 10ms));
-    EXPECT_EQ(1U, m_service.Announcements().size());
+    EXPECT_EQ(m_service.Announcements().size(), 1U);
 }
 
 TEST_F(FakeServiceTest, AnnouncementAnswersAreScriptable)
 {
     m_service.SetPartnerName(":1.77");
-    EXPECT_EQ(":1.77", Announce({}).Value("dbusname"));
+    EXPECT_EQ(Announce({}).Value("dbusname"), ":1.77");
     m_service.AnswerAnnouncements([](Announcement const& announcement) {
         return Pairs({{"dbusname", "for." + announcement.type}});
     });
-    EXPECT_EQ("for.IPGUTIL", Announce(Pairs({{"type", "IPGUTIL"}})).Value("dbusname"));
+    EXPECT_EQ(Announce(Pairs({{"type", "IPGUTIL"}})).Value("dbusname"), "for.IPGUTIL");
 }
 
 TEST_F(FakeServiceTest, RequestsGetTheDefaultOrTheirOwnAnswer)
 {
-    EXPECT_EQ(Entries({{"result_internal", "1"}}), Request("Anything").entries);
+    EXPECT_EQ(Request("Anything").entries, Entries({{"result_internal", "1"}}));
     m_service.Answer("GetSTCCount", {{"result_internal", "1"}, {"stc", "4711"}});
-    EXPECT_EQ(Entries({{"result_internal", "1"}, {"stc", "4711"}}), Request("GetSTCCount").entries);
+    EXPECT_EQ(Request("GetSTCCount").entries, Entries({{"result_internal", "1"}, {"stc", "4711"}}));
     m_service.AnswerByDefault(Entries({{"result_internal", "0"}}));
-    EXPECT_EQ("0", Request("Anything").Value("result_internal"));
+    EXPECT_EQ(Request("Anything").Value("result_internal"), "0");
 }
 
 TEST_F(FakeServiceTest, OtherKindsOfAnswers)
 {
     m_service.AnswerNothing("Silent");
-    EXPECT_EQ("org.freedesktop.DBus.Error.NoReply", Request("Silent", {30ms, false}).errorName);
+    EXPECT_EQ(Request("Silent", {30ms, false}).errorName, "org.freedesktop.DBus.Error.NoReply");
     m_service.AnswerError("Failing");
-    EXPECT_EQ("org.corvel.test.Failed", Request("Failing").errorName);
+    EXPECT_EQ(Request("Failing").errorName, "org.corvel.test.Failed");
     m_service.AnswerWith("Odd", WireBody::Strings({"not a dictionary"}));
-    EXPECT_EQ("s", Request("Odd").signature);
+    EXPECT_EQ(Request("Odd").signature, "s");
     m_service.AnswerWith("Late", WireAnswer(Entries({{"k", "v"}})).After(30ms));
-    EXPECT_EQ("v", Request("Late").Value("k"));
+    EXPECT_EQ(Request("Late").Value("k"), "v");
     m_service.AnswerBy("Echo", [](WireMessage const& request) { return request.entries; });
-    EXPECT_EQ("256", Request("Echo").Value("handleID"));
+    EXPECT_EQ(Request("Echo").Value("handleID"), "256");
 }
 
 TEST_F(FakeServiceTest, RecordsRequestsInOrder)
@@ -93,10 +93,10 @@ TEST_F(FakeServiceTest, RecordsRequestsInOrder)
     EXPECT_THROW(m_service.LastRequest(), std::logic_error);
     Request("First");
     Request("Second");
-    ASSERT_EQ(2U, m_service.Requests().size());
-    EXPECT_EQ("First", m_service.Requests().front().Value("functionname"));
-    EXPECT_EQ("Second", m_service.LastRequest().Value("functionname"));
-    EXPECT_EQ("/org/corvel/zviptvapi/DbusCommunication/PLAYERCONTROL", m_service.LastRequest().path);
+    ASSERT_EQ(m_service.Requests().size(), 2U);
+    EXPECT_EQ(m_service.Requests().front().Value("functionname"), "First");
+    EXPECT_EQ(m_service.LastRequest().Value("functionname"), "Second");
+    EXPECT_EQ(m_service.LastRequest().path, "/org/corvel/zviptvapi/DbusCommunication/PLAYERCONTROL");
     EXPECT_TRUE(m_service.WaitForRequest("First"));
     EXPECT_FALSE(m_service.WaitForRequest("Third", 10ms));
     m_service.ClearRecords();
@@ -109,12 +109,12 @@ TEST_F(FakeServiceTest, RejectsWhatIsNotOfTheProtocol)
         m_client.Call({m_service.Name(), "/org/corvel/zviptvapi/DbusCommunication/PLAYERCONTROL",
                        "org.corvel.zviptvapi.DbusCommunication", "SendSignal"},
                       WireEntries());
-    EXPECT_EQ("org.freedesktop.DBus.Error.UnknownMethod", wrongMember.errorName);
+    EXPECT_EQ(wrongMember.errorName, "org.freedesktop.DBus.Error.UnknownMethod");
     auto const wrongBody =
         m_client.Call({m_service.Name(), "/org/corvel/zviptvapi/DbusCommunication/PLAYERCONTROL",
                        "org.corvel.zviptvapi.DbusCommunication", "Send"},
                       Pairs({{"functionname", "MuteAudio"}}));
-    EXPECT_EQ("org.freedesktop.DBus.Error.InvalidArgs", wrongBody.errorName);
+    EXPECT_EQ(wrongBody.errorName, "org.freedesktop.DBus.Error.InvalidArgs");
     EXPECT_TRUE(m_service.Requests().empty());
 }
 
@@ -124,12 +124,12 @@ TEST_F(FakeServiceTest, NotifiesAndCallsTheClient)
     m_service.Notify(m_client.Name(), "IPTVDATASUBSCRIBER", Entries({{"functionname", "PESCB"}}));
     auto const signal = m_client.WaitFor(IsSignal("SendSignal"));
     ASSERT_TRUE(signal);
-    EXPECT_EQ("/org/corvel/zviptvapi/DbusCommunication/IPTVDATASUBSCRIBER", signal->path);
-    EXPECT_EQ("org.corvel.zviptvapi.DbusCommunication", signal->interface);
-    EXPECT_EQ(m_service.Name(), signal->sender);
-    EXPECT_EQ(m_client.Name(), signal->destination);
-    EXPECT_EQ("a{sv}", signal->signature);
-    EXPECT_EQ("client", m_service.CallClient(m_client.Name(), "IPGUTIL", WireEntries()).Value("from"));
+    EXPECT_EQ(signal->path, "/org/corvel/zviptvapi/DbusCommunication/IPTVDATASUBSCRIBER");
+    EXPECT_EQ(signal->interface, "org.corvel.zviptvapi.DbusCommunication");
+    EXPECT_EQ(signal->sender, m_service.Name());
+    EXPECT_EQ(signal->destination, m_client.Name());
+    EXPECT_EQ(signal->signature, "a{sv}");
+    EXPECT_EQ(m_service.CallClient(m_client.Name(), "IPGUTIL", WireEntries()).Value("from"), "client");
     EXPECT_THROW(m_service.Notify("", "IPGUTIL", {}), std::invalid_argument);
 }
 
@@ -138,5 +138,5 @@ TEST_F(FakeServiceTest, VanishesAndCanBeReplaced)
     m_service.Vanish();
     EXPECT_TRUE(m_client.WaitForOwner("org.corvel.zviptvapi.dbushelper", false));
     FakeService successor(m_bus.Address());
-    EXPECT_EQ(Pairs({{"dbusname", successor.Name()}}), Announce({}).pairs);
+    EXPECT_EQ(Announce({}).pairs, Pairs({{"dbusname", successor.Name()}}));
 }

@@ -22,14 +22,14 @@ TEST(BusMonitorTest, SeesCallsRepliesAndSignalsOfOthers)
 
     auto const call = monitor.WaitFor(IsCall("Ask"));
     ASSERT_TRUE(call);
-    EXPECT_EQ(one.Name(), call->sender);
-    EXPECT_EQ("?", call->Value("question"));
+    EXPECT_EQ(call->sender, one.Name());
+    EXPECT_EQ(call->Value("question"), "?");
     auto const reply = monitor.WaitFor([&](WireMessage const& message) {
         return message.kind == WireKind::Reply && message.replySerial == call->serial &&
                message.sender == two.Name();
     });
     ASSERT_TRUE(reply);
-    EXPECT_EQ("42", reply->Value("answer"));
+    EXPECT_EQ(reply->Value("answer"), "42");
     EXPECT_TRUE(monitor.WaitFor(IsSignal("Tell")));
 }
 
@@ -42,11 +42,11 @@ TEST(BusMonitorTest, SeesMatchRulesAndNameRequests)
     peer.OwnName("org.corvel.name");
     auto const match = monitor.WaitFor(IsCall("AddMatch"));
     ASSERT_TRUE(match);
-    EXPECT_EQ(std::vector<std::string>{"type='signal',interface='a.b'"}, match->strings);
+    EXPECT_EQ(match->strings, std::vector<std::string>{"type='signal',interface='a.b'"});
     auto const request = monitor.WaitFor(IsCall("RequestName"));
     ASSERT_TRUE(request);
-    EXPECT_EQ("su", request->signature);
-    EXPECT_EQ(std::vector<std::string>{"org.corvel.name"}, request->strings);
+    EXPECT_EQ(request->signature, "su");
+    EXPECT_EQ(request->strings, std::vector<std::string>{"org.corvel.name"});
 }
 
 TEST(BusMonitorTest, SurvivesPingsThatAreMeantForOthers)
@@ -56,11 +56,11 @@ TEST(BusMonitorTest, SurvivesPingsThatAreMeantForOthers)
     WirePeer two;
     BusMonitor monitor(bus.Address());
     for (int i = 0; i < 3; ++i)
-        EXPECT_EQ(WireKind::Reply, one.Call({two.Name(), "/", "org.freedesktop.DBus.Peer", "Ping"}).kind);
+        EXPECT_EQ(one.Call({two.Name(), "/", "org.freedesktop.DBus.Peer", "Ping"}).kind, WireKind::Reply);
     one.Call({two.Name(), "/p", "a.b", "Unknown"});
     EXPECT_TRUE(monitor.Seen().WaitForCount(IsCall("Ping"), 3));
     EXPECT_TRUE(monitor.WaitFor(IsCall("Unknown")));
-    EXPECT_EQ(0U, monitor.Seen().Count(IsSignal("Disconnected")));
+    EXPECT_EQ(monitor.Seen().Count(IsSignal("Disconnected")), 0U);
 }
 
 TEST(BusMonitorTest, RulesNarrowWhatIsSeen)
@@ -72,7 +72,7 @@ TEST(BusMonitorTest, RulesNarrowWhatIsSeen)
     one.Emit({two.Name(), "/p", "a.b", "Other"});
     one.Emit({two.Name(), "/p", "a.b", "Wanted"});
     EXPECT_TRUE(monitor.WaitFor(IsSignal("Wanted")));
-    EXPECT_EQ(0U, monitor.Seen().Count(IsSignal("Other")));
+    EXPECT_EQ(monitor.Seen().Count(IsSignal("Other")), 0U);
 }
 
 TEST(BusMonitorTest, ThrowsForABadRule)

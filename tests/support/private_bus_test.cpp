@@ -48,14 +48,14 @@ TEST(PrivateBusTest, IsReadyWhenConstructedAndSetsTheEnvironment)
         PrivateBus const bus;
         directory = bus.Directory();
         pid = bus.Pid();
-        EXPECT_EQ(bus.Address(), Environment());
+        EXPECT_EQ(Environment(), bus.Address());
         WirePeer peer;
-        EXPECT_EQ(':', peer.Name().front());
+        EXPECT_EQ(peer.Name().front(), ':');
     }
-    EXPECT_EQ(before, Environment());
+    EXPECT_EQ(Environment(), before);
     EXPECT_FALSE(Exists(directory));
-    EXPECT_EQ(-1, kill(pid, 0));
-    EXPECT_EQ(ESRCH, errno);
+    EXPECT_EQ(kill(pid, 0), -1);
+    EXPECT_EQ(errno, ESRCH);
 }
 
 TEST(PrivateBusTest, LeavesTheEnvironmentAloneOnRequest)
@@ -64,7 +64,7 @@ TEST(PrivateBusTest, LeavesTheEnvironmentAloneOnRequest)
     BusOptions options;
     options.setEnvironment = false;
     PrivateBus const bus(options);
-    EXPECT_EQ(before, Environment());
+    EXPECT_EQ(Environment(), before);
     EXPECT_NO_THROW(WirePeer(bus.Address()));
 }
 
@@ -73,10 +73,10 @@ TEST(PrivateBusTest, NestedBusesRestoreEachOther)
     PrivateBus const outer;
     {
         PrivateBus const inner;
-        EXPECT_NE(outer.Address(), inner.Address());
-        EXPECT_EQ(inner.Address(), Environment());
+        EXPECT_NE(inner.Address(), outer.Address());
+        EXPECT_EQ(Environment(), inner.Address());
     }
-    EXPECT_EQ(outer.Address(), Environment());
+    EXPECT_EQ(Environment(), outer.Address());
 }
 
 TEST(PrivateBusTest, SaysWhatToInstallWhenThereIsNoDaemon)
@@ -87,7 +87,7 @@ TEST(PrivateBusTest, SaysWhatToInstallWhenThereIsNoDaemon)
         PrivateBus const bus(options);
         FAIL() << "started " << bus.Pid();
     } catch (std::runtime_error const& error) {
-        EXPECT_NE(nullptr, strstr(error.what(), "install the package dbus")) << error.what();
+        EXPECT_NE(strstr(error.what(), "install the package dbus"), nullptr) << error.what();
     }
 }
 
@@ -99,7 +99,7 @@ TEST(PrivateBusTest, ThrowsForABrokenConfigurationWithTheDaemonsReason)
         PrivateBus const bus(options);
         FAIL() << "started " << bus.Pid();
     } catch (std::runtime_error const& error) {
-        EXPECT_NE(nullptr, strstr(error.what(), "nonsense")) << error.what();
+        EXPECT_NE(strstr(error.what(), "nonsense"), nullptr) << error.what();
     }
 }
 
@@ -126,7 +126,7 @@ TEST(PrivateBusTest, WithoutTheOpenPolicyNothingIsAllowed)
     WirePeer one(bus.Address());
     WirePeer two(bus.Address());
     EXPECT_THROW(one.OwnName("org.corvel.any"), std::runtime_error);
-    EXPECT_EQ("org.freedesktop.DBus.Error.AccessDenied", one.Call(Ping(two)).errorName);
+    EXPECT_EQ(one.Call(Ping(two)).errorName, "org.freedesktop.DBus.Error.AccessDenied");
 }
 
 TEST(PrivateBusTest, KillDisconnectsAndRestartListensOnTheSameAddress)
@@ -136,17 +136,17 @@ TEST(PrivateBusTest, KillDisconnectsAndRestartListensOnTheSameAddress)
     auto const firstPid = bus.Pid();
     WirePeer before(address);
     bus.Kill();
-    EXPECT_EQ(0, bus.Pid());
+    EXPECT_EQ(bus.Pid(), 0);
     EXPECT_TRUE(before.WaitDisconnected());
     EXPECT_THROW(WirePeer{address}, std::runtime_error);
     bus.Kill();
 
     bus.Restart();
-    EXPECT_EQ(address, bus.Address());
-    EXPECT_NE(firstPid, bus.Pid());
+    EXPECT_EQ(bus.Address(), address);
+    EXPECT_NE(bus.Pid(), firstPid);
     WirePeer one(address);
     WirePeer two(address);
-    EXPECT_EQ(WireKind::Reply, one.Call(Ping(two)).kind);
+    EXPECT_EQ(one.Call(Ping(two)).kind, WireKind::Reply);
 
     bus.Restart();
     EXPECT_TRUE(one.WaitDisconnected());
@@ -160,9 +160,9 @@ TEST(PrivateBusTest, StoppedBusAnswersNothingUntilContinued)
     WirePeer two;
     bus.Stop();
     auto const silent = one.Call(Ping(two), {}, {50ms, false});
-    EXPECT_EQ("org.freedesktop.DBus.Error.NoReply", silent.errorName);
+    EXPECT_EQ(silent.errorName, "org.freedesktop.DBus.Error.NoReply");
     bus.Continue();
-    EXPECT_EQ(WireKind::Reply, one.Call(Ping(two)).kind);
+    EXPECT_EQ(one.Call(Ping(two)).kind, WireKind::Reply);
 }
 
 TEST(PrivateBusTest, AStoppedBusCanBeDestroyedAndADeadOneCannotBeStopped)
@@ -182,6 +182,6 @@ TEST(PrivateBusTest, OutlivesTheThreadThatMadeIt)
     std::thread([&] { bus = std::make_unique<PrivateBus>(options); }).join();
     WirePeer one(bus->Address());
     WirePeer two(bus->Address());
-    EXPECT_EQ(WireKind::Reply, one.Call(Ping(two)).kind);
-    EXPECT_EQ(0, kill(bus->Pid(), 0));
+    EXPECT_EQ(one.Call(Ping(two)).kind, WireKind::Reply);
+    EXPECT_EQ(kill(bus->Pid(), 0), 0);
 }

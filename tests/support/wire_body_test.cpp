@@ -19,7 +19,7 @@ WireMessage OverTheWire(WireBody const& body)
     dbus_message_set_serial(message.get(), 1);
     char* data = nullptr;
     int size = 0;
-    EXPECT_NE(0, static_cast<int>(dbus_message_marshal(message.get(), &data, &size)));
+    EXPECT_NE(static_cast<int>(dbus_message_marshal(message.get(), &data, &size)), 0);
     MessageHandle const received(dbus_message_demarshal(data, size, nullptr));
     dbus_free(data);
     return DecodeMessage(received.get());
@@ -32,8 +32,8 @@ TEST(WireBodyTest, EntriesAreByteArraysInOrderWithDuplicatesAndEmptyOnes)
     auto const entries =
         Entries({{"k", "1"}, {"k", "2"}, {"empty", ""}, {"", "nokey"}, {"zeros", std::string("\0a\0", 3)}});
     auto const message = OverTheWire(entries);
-    EXPECT_EQ("a{sv}", message.signature);
-    EXPECT_EQ(entries, message.entries);
+    EXPECT_EQ(message.signature, "a{sv}");
+    EXPECT_EQ(message.entries, entries);
     EXPECT_TRUE(message.HasOnlyByteArrays());
 }
 
@@ -45,7 +45,7 @@ TEST(WireBodyTest, AnEntryHasTheBytesOfTheFormat)
     dbus_message_set_serial(message.get(), 1);
     char* data = nullptr;
     int size = 0;
-    ASSERT_NE(0, static_cast<int>(dbus_message_marshal(message.get(), &data, &size)));
+    ASSERT_NE(static_cast<int>(dbus_message_marshal(message.get(), &data, &size)), 0);
     std::string const whole(data, static_cast<std::size_t>(size));
     dbus_free(data);
     // Array length, padding to 8, key, signature of the variant, padding to 4, byte array.
@@ -56,22 +56,22 @@ TEST(WireBodyTest, AnEntryHasTheBytesOfTheFormat)
                            "\x01\0\0\0"
                            "1",
                            29);
-    EXPECT_EQ(Printable(body), Printable(whole.substr(whole.size() - body.size())));
+    EXPECT_EQ(Printable(whole.substr(whole.size() - body.size())), Printable(body));
 }
 
 TEST(WireBodyTest, PairsKeepOrderAndDuplicates)
 {
     auto const pairs = Pairs({{"dbusname", ":1.1"}, {"type", ""}, {"dbusname", ":1.2"}});
     auto const message = OverTheWire(pairs);
-    EXPECT_EQ("a(ss)", message.signature);
-    EXPECT_EQ(pairs, message.pairs);
+    EXPECT_EQ(message.signature, "a(ss)");
+    EXPECT_EQ(message.pairs, pairs);
 }
 
 TEST(WireBodyTest, EmptyContainersAndNoBodyDiffer)
 {
-    EXPECT_EQ("a{sv}", OverTheWire(WireEntries()).signature);
-    EXPECT_EQ("a(ss)", OverTheWire(WirePairs()).signature);
-    EXPECT_EQ("", OverTheWire(WireBody()).signature);
+    EXPECT_EQ(OverTheWire(WireEntries()).signature, "a{sv}");
+    EXPECT_EQ(OverTheWire(WirePairs()).signature, "a(ss)");
+    EXPECT_EQ(OverTheWire(WireBody()).signature, "");
 }
 
 TEST(WireBodyTest, VariantsOfAnyTypeShowTheirSignature)
@@ -79,20 +79,20 @@ TEST(WireBodyTest, VariantsOfAnyTypeShowTheirSignature)
     auto const message = OverTheWire(WireBody::Variants(
         {BytesVariant("b", "xy"), TextVariant("t", "text"), NumberVariant("n", 5), BytesVariant("e", "")}));
     WireEntries const expected{{"b", "ay", "xy"}, {"t", "s", ""}, {"n", "i", ""}, {"e", "ay", ""}};
-    EXPECT_EQ(expected, message.entries);
+    EXPECT_EQ(message.entries, expected);
     EXPECT_FALSE(message.HasOnlyByteArrays());
 }
 
 TEST(WireBodyTest, StringsAndRawBodies)
 {
     auto const strings = OverTheWire(WireBody::Strings({"a", "b"}));
-    EXPECT_EQ("ss", strings.signature);
-    EXPECT_EQ((std::vector<std::string>{"a", "b"}), strings.strings);
+    EXPECT_EQ(strings.signature, "ss");
+    EXPECT_EQ(strings.strings, (std::vector<std::string>{"a", "b"}));
     auto const raw = OverTheWire(WireBody::Raw([](DBusMessageIter* iter) {
         dbus_bool_t const yes = TRUE;
         dbus_message_iter_append_basic(iter, 'b', &yes);
     }));
-    EXPECT_EQ("b", raw.signature);
+    EXPECT_EQ(raw.signature, "b");
     EXPECT_TRUE(raw.entries.empty());
 }
 

@@ -27,8 +27,8 @@ TEST(WireMessageTest, ValueIsThatOfTheFirstEntryWithTheKey)
 {
     WireMessage message;
     message.entries = Entries({{"k", "first"}, {"k", "second"}});
-    EXPECT_EQ("first", message.Value("k"));
-    EXPECT_EQ("", message.Value("other"));
+    EXPECT_EQ(message.Value("k"), "first");
+    EXPECT_EQ(message.Value("other"), "");
     EXPECT_TRUE(message.Has("k"));
     EXPECT_FALSE(message.Has("other"));
 }
@@ -37,7 +37,7 @@ TEST(WireMessageTest, ValueLooksIntoPairsToo)
 {
     WireMessage message;
     message.pairs = Pairs({{"type", "IPGUTIL"}});
-    EXPECT_EQ("IPGUTIL", message.Value("type"));
+    EXPECT_EQ(message.Value("type"), "IPGUTIL");
     EXPECT_TRUE(message.Has("type"));
 }
 
@@ -47,15 +47,15 @@ TEST(WireMessageTest, EqualityLooksAtEverythingButSerials)
     WireMessage other = original;
     other.serial = 7;
     other.replySerial = 6;
-    EXPECT_EQ(original, other);
+    EXPECT_EQ(other, original);
     other.entries = Entries({{"a", "1"}});
-    EXPECT_NE(original, other);
+    EXPECT_NE(other, original);
 }
 
 TEST(WireMessageTest, OrderOfEntriesMatters)
 {
-    EXPECT_NE(Entries({{"a", "1"}, {"b", "2"}}), Entries({{"b", "2"}, {"a", "1"}}));
-    EXPECT_NE((WireEntry{"a", "ay", ""}), (WireEntry{"a", "s", ""}));
+    EXPECT_NE(Entries({{"b", "2"}, {"a", "1"}}), Entries({{"a", "1"}, {"b", "2"}}));
+    EXPECT_NE((WireEntry{"a", "s", ""}), (WireEntry{"a", "ay", ""}));
 }
 
 TEST(WireMessageTest, OnlyByteArraysNeedsTheWholeBodyToBeOne)
@@ -74,14 +74,14 @@ TEST(WireMessageTest, OnlyByteArraysNeedsTheWholeBodyToBeOne)
 
 TEST(WireMessageTest, PrintsReadably)
 {
-    EXPECT_EQ(R"("a\"\\\x00\xff")", Printable(std::string("a\"\\\0\xff", 5)));
-    EXPECT_EQ(R"("abc"... (5 bytes))", Printable("abcde", 3));
-    EXPECT_EQ(R"({"k": ay "v"})", testing::PrintToString(WireEntry{"k", "ay", "v"}));
+    EXPECT_EQ(Printable(std::string("a\"\\\0\xff", 5)), R"("a\"\\\x00\xff")");
+    EXPECT_EQ(Printable("abcde", 3), R"("abc"... (5 bytes))");
+    EXPECT_EQ(testing::PrintToString(WireEntry{"k", "ay", "v"}), R"({"k": ay "v"})");
     auto message = Named("SendSignal");
     message.entries = Entries({{"functionname", "PESCB"}});
     auto const text = testing::PrintToString(message);
-    EXPECT_NE(std::string::npos, text.find("signal #0 member=\"SendSignal\"")) << text;
-    EXPECT_NE(std::string::npos, text.find("{\"functionname\": ay \"PESCB\"}")) << text;
+    EXPECT_NE(text.find("signal #0 member=\"SendSignal\""), std::string::npos) << text;
+    EXPECT_NE(text.find("{\"functionname\": ay \"PESCB\"}"), std::string::npos) << text;
 }
 
 TEST(BytesTest, RecordsAndPatternsKeepEveryByte)
@@ -91,10 +91,10 @@ TEST(BytesTest, RecordsAndPatternsKeepEveryByte)
         std::uint32_t first;
         std::uint32_t second;
     };
-    EXPECT_EQ(std::string("\x01\0\0\0\x02\0\0\0", 8), BytesOf(Record{1, 2}));
+    EXPECT_EQ(BytesOf(Record{1, 2}), std::string("\x01\0\0\0\x02\0\0\0", 8));
     auto const pattern = PatternBytes(1000);
-    ASSERT_EQ(1000U, pattern.size());
-    EXPECT_NE(pattern.substr(0, 500), pattern.substr(256, 500));
+    ASSERT_EQ(pattern.size(), 1000U);
+    EXPECT_NE(pattern.substr(256, 500), pattern.substr(0, 500));
 }
 
 TEST(MessageLogTest, WaitForFindsWhatIsThereAndWhatComes)
@@ -128,9 +128,9 @@ TEST(MessageLogTest, CountsAndForgets)
     EXPECT_TRUE(log.WaitForCount(IsSignal("even"), 50));
     adder.join();
     EXPECT_FALSE(log.WaitForCount(IsSignal("even"), 51, 10ms));
-    EXPECT_EQ(50U, log.Count(IsSignal("odd")));
+    EXPECT_EQ(log.Count(IsSignal("odd")), 50U);
     log.Clear();
-    EXPECT_EQ(0U, log.Size());
+    EXPECT_EQ(log.Size(), 0U);
     EXPECT_FALSE(log.WaitFor(IsSignal("odd"), 0ms));
 }
 

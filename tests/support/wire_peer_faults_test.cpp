@@ -22,8 +22,8 @@ TEST_F(WirePeerFaultsTest, NoAnswerEndsAtTheTimeout)
     auto const start = std::chrono::steady_clock::now();
     auto const error = m_one.Call(Two(), {}, {100ms, false});
     EXPECT_GE(std::chrono::steady_clock::now() - start, 100ms);
-    EXPECT_EQ(WireKind::Error, error.kind);
-    EXPECT_EQ("org.freedesktop.DBus.Error.NoReply", error.errorName);
+    EXPECT_EQ(error.kind, WireKind::Error);
+    EXPECT_EQ(error.errorName, "org.freedesktop.DBus.Error.NoReply");
 }
 
 TEST_F(WirePeerFaultsTest, ALateAnswerIsIgnored)
@@ -32,9 +32,9 @@ TEST_F(WirePeerFaultsTest, ALateAnswerIsIgnored)
         WireAnswer const answer(Entries({{"for", call.member}}));
         return call.member == "Late" ? answer.After(100ms) : answer;
     });
-    EXPECT_EQ(WireKind::Error, m_one.Call(Two("Late"), {}, {20ms, false}).kind);
+    EXPECT_EQ(m_one.Call(Two("Late"), {}, {20ms, false}).kind, WireKind::Error);
     m_two.SetHandler([](WireMessage const&) { return WireAnswer(Entries({{"for", "Next"}})).After(150ms); });
-    EXPECT_EQ("Next", m_one.Call(Two("Next")).Value("for"));
+    EXPECT_EQ(m_one.Call(Two("Next")).Value("for"), "Next");
 }
 
 TEST_F(WirePeerFaultsTest, AVanishedPartnerEndsACallAtOnce)
@@ -44,7 +44,7 @@ TEST_F(WirePeerFaultsTest, AVanishedPartnerEndsACallAtOnce)
         return WireAnswer::Nothing();
     });
     auto const error = m_one.Call(Two());
-    EXPECT_EQ("org.freedesktop.DBus.Error.NoReply", error.errorName);
+    EXPECT_EQ(error.errorName, "org.freedesktop.DBus.Error.NoReply");
     EXPECT_TRUE(m_one.WaitForOwner(m_two.Name(), false));
 }
 
@@ -58,10 +58,10 @@ TEST_F(WirePeerFaultsTest, DisconnectVanishesTheNamesAndLeavesAUsableObject)
     EXPECT_FALSE(m_two.IsConnected());
     EXPECT_TRUE(m_one.WaitForOwner("org.corvel.name", false));
     EXPECT_TRUE(m_one.WaitForOwner(name, false));
-    EXPECT_EQ(name, m_two.Name());
+    EXPECT_EQ(m_two.Name(), name);
     EXPECT_THROW(m_two.Emit({m_one.Name(), "/p", "a.b", "M"}), std::runtime_error);
-    EXPECT_EQ("org.freedesktop.DBus.Error.Disconnected",
-              m_two.Call({m_one.Name(), "/p", "a.b", "M"}).errorName);
+    EXPECT_EQ(m_two.Call({m_one.Name(), "/p", "a.b", "M"}).errorName,
+              "org.freedesktop.DBus.Error.Disconnected");
     m_two.Disconnect();
 }
 
@@ -88,7 +88,7 @@ TEST_F(WirePeerFaultsTest, ADyingBusEndsOutstandingCalls)
     ASSERT_TRUE(m_two.WaitFor(IsCall("Send")));
     m_bus.Kill();
     waiting.join();
-    EXPECT_EQ("org.freedesktop.DBus.Error.Disconnected", error.errorName);
+    EXPECT_EQ(error.errorName, "org.freedesktop.DBus.Error.Disconnected");
     EXPECT_TRUE(m_one.WaitDisconnected());
     EXPECT_TRUE(m_two.WaitDisconnected());
     EXPECT_THROW(m_one.Sync(), std::runtime_error);
@@ -100,7 +100,7 @@ TEST_F(WirePeerFaultsTest, AHandlerCannotWaitOnItsOwnConnection)
         m_two.Sync();
         return WireBody();
     });
-    EXPECT_EQ("org.corvel.zviptvapi.test.HandlerFailed", m_one.Call(Two()).errorName);
+    EXPECT_EQ(m_one.Call(Two()).errorName, "org.corvel.zviptvapi.test.HandlerFailed");
 }
 
 TEST_F(WirePeerFaultsTest, TheFormerHandlerDoesNotRunAfterSetHandler)
@@ -123,7 +123,7 @@ TEST_F(WirePeerFaultsTest, TheFormerHandlerDoesNotRunAfterSetHandler)
     EXPECT_TRUE(m_two.Received().WaitForCount(IsCall("Send"), seen + 20));
     stop = true;
     caller.join();
-    EXPECT_EQ(0, late);
+    EXPECT_EQ(late, 0);
 }
 
 TEST_F(WirePeerFaultsTest, AHandlerMayReplaceItself)
@@ -132,8 +132,8 @@ TEST_F(WirePeerFaultsTest, AHandlerMayReplaceItself)
         m_two.SetHandler([](WireMessage const&) { return Entries({{"handler", "2"}}); });
         return Entries({{"handler", "1"}});
     });
-    EXPECT_EQ("1", m_one.Call(Two()).Value("handler"));
-    EXPECT_EQ("2", m_one.Call(Two()).Value("handler"));
+    EXPECT_EQ(m_one.Call(Two()).Value("handler"), "1");
+    EXPECT_EQ(m_one.Call(Two()).Value("handler"), "2");
 }
 
 TEST_F(WirePeerFaultsTest, APeerMayGoWhileMessagesPourIn)

@@ -22,13 +22,13 @@ TEST_F(WirePeerTest, CallArrivesAsSentAndTheReplyComesBack)
     m_two.SetHandler([](WireMessage const&) { return Entries({{"result_internal", "1"}, {"k", "v"}}); });
     auto const body = Entries({{"functionname", "MuteAudio"}, {"handleID", "256"}, {"onoff", "1"}});
     auto const reply = m_one.Call(Two(), body);
-    EXPECT_EQ(WireKind::Reply, reply.kind);
-    EXPECT_EQ(m_two.Name(), reply.sender);
-    EXPECT_EQ(Entries({{"result_internal", "1"}, {"k", "v"}}), reply.entries);
+    EXPECT_EQ(reply.kind, WireKind::Reply);
+    EXPECT_EQ(reply.sender, m_two.Name());
+    EXPECT_EQ(reply.entries, Entries({{"result_internal", "1"}, {"k", "v"}}));
 
     auto const call = m_two.WaitFor(IsCall("Send"));
     ASSERT_TRUE(call);
-    EXPECT_EQ(call->serial, reply.replySerial);
+    EXPECT_EQ(reply.replySerial, call->serial);
     WireMessage expected;
     expected.kind = WireKind::Call;
     expected.sender = m_one.Name();
@@ -38,15 +38,15 @@ TEST_F(WirePeerTest, CallArrivesAsSentAndTheReplyComesBack)
     expected.member = "Send";
     expected.signature = "a{sv}";
     expected.entries = body;
-    EXPECT_EQ(expected, *call);
+    EXPECT_EQ(*call, expected);
 }
 
 TEST_F(WirePeerTest, PairsGoBothWays)
 {
     m_two.SetHandler([](WireMessage const&) { return Pairs({{"dbusname", ":1.42"}}); });
     auto const body = Pairs({{"dbusname", m_one.Name()}, {"type", "IPGUTIL"}, {"add", "y"}});
-    EXPECT_EQ(Pairs({{"dbusname", ":1.42"}}), m_one.Call(Two(), body).pairs);
-    EXPECT_EQ(body, m_two.WaitFor(IsCall("Send"))->pairs);
+    EXPECT_EQ(m_one.Call(Two(), body).pairs, Pairs({{"dbusname", ":1.42"}}));
+    EXPECT_EQ(m_two.WaitFor(IsCall("Send"))->pairs, body);
 }
 
 TEST_F(WirePeerTest, ErrorsAndRawBodiesAsAnswers)
@@ -60,15 +60,15 @@ TEST_F(WirePeerTest, ErrorsAndRawBodiesAsAnswers)
         });
     });
     auto const error = m_one.Call(Two("Fail"));
-    EXPECT_EQ(WireKind::Error, error.kind);
-    EXPECT_EQ("org.corvel.Failed", error.errorName);
-    EXPECT_EQ(std::vector<std::string>{"because"}, error.strings);
-    EXPECT_EQ("i", m_one.Call(Two()).signature);
+    EXPECT_EQ(error.kind, WireKind::Error);
+    EXPECT_EQ(error.errorName, "org.corvel.Failed");
+    EXPECT_EQ(error.strings, std::vector<std::string>{"because"});
+    EXPECT_EQ(m_one.Call(Two()).signature, "i");
 }
 
 TEST_F(WirePeerTest, WithoutHandlerACallIsAnUnknownMethodButRecorded)
 {
-    EXPECT_EQ("org.freedesktop.DBus.Error.UnknownMethod", m_one.Call(Two()).errorName);
+    EXPECT_EQ(m_one.Call(Two()).errorName, "org.freedesktop.DBus.Error.UnknownMethod");
     EXPECT_TRUE(m_two.WaitFor(IsCall("Send")));
 }
 
@@ -76,10 +76,10 @@ TEST_F(WirePeerTest, AThrowingHandlerAnswersWithItsText)
 {
     m_two.SetHandler([](WireMessage const&) -> WireAnswer { throw std::runtime_error("no \xff"); });
     auto const error = m_one.Call(Two());
-    EXPECT_EQ("org.corvel.zviptvapi.test.HandlerFailed", error.errorName);
-    EXPECT_EQ(std::vector<std::string>{R"("no \xff")"}, error.strings);
+    EXPECT_EQ(error.errorName, "org.corvel.zviptvapi.test.HandlerFailed");
+    EXPECT_EQ(error.strings, std::vector<std::string>{R"("no \xff")"});
     m_two.SetHandler([](WireMessage const&) -> WireAnswer { throw 5; });
-    EXPECT_EQ("org.corvel.zviptvapi.test.HandlerFailed", m_one.Call(Two()).errorName);
+    EXPECT_EQ(m_one.Call(Two()).errorName, "org.corvel.zviptvapi.test.HandlerFailed");
 }
 
 TEST_F(WirePeerTest, DelayedAnswersDoNotHoldUpOthers)
@@ -92,9 +92,9 @@ TEST_F(WirePeerTest, DelayedAnswersDoNotHoldUpOthers)
     WireMessage slow;
     std::thread waiting([&] { slow = m_one.Call(Two("Slow")); });
     ASSERT_TRUE(m_two.WaitFor(IsCall("Slow")));
-    EXPECT_EQ("Quick", m_one.Call(Two("Quick")).Value("for"));
+    EXPECT_EQ(m_one.Call(Two("Quick")).Value("for"), "Quick");
     waiting.join();
-    EXPECT_EQ("Slow", slow.Value("for"));
+    EXPECT_EQ(slow.Value("for"), "Slow");
     EXPECT_GE(std::chrono::steady_clock::now() - start, 100ms);
 }
 
@@ -106,10 +106,10 @@ TEST_F(WirePeerTest, AShortDelayEndsBeforeALongOneThatBeganEarlier)
     WireMessage longest;
     std::thread waiting([&] { longest = m_one.Call(Two("Long"), {}, {1h, false}); });
     ASSERT_TRUE(m_two.WaitFor(IsCall("Long")));
-    EXPECT_EQ(WireKind::Reply, m_one.Call(Two("Short")).kind);
+    EXPECT_EQ(m_one.Call(Two("Short")).kind, WireKind::Reply);
     m_two.Disconnect();
     waiting.join();
-    EXPECT_EQ("org.freedesktop.DBus.Error.NoReply", longest.errorName);
+    EXPECT_EQ(longest.errorName, "org.freedesktop.DBus.Error.NoReply");
 }
 
 TEST_F(WirePeerTest, UnicastAndBroadcastSignals)
@@ -118,8 +118,8 @@ TEST_F(WirePeerTest, UnicastAndBroadcastSignals)
     m_one.Emit(unicast, Entries({{"functionname", "PESCB"}}));
     auto const received = m_two.WaitFor(IsSignal("SendSignal"));
     ASSERT_TRUE(received);
-    EXPECT_EQ(m_two.Name(), received->destination);
-    EXPECT_EQ("PESCB", received->Value("functionname"));
+    EXPECT_EQ(received->destination, m_two.Name());
+    EXPECT_EQ(received->Value("functionname"), "PESCB");
 
     m_two.AddMatch("type='signal',interface='org.corvel.interface',member='ToAll'");
     m_one.Emit({"", "/p", "org.corvel.interface", "ToAll"});
@@ -128,7 +128,7 @@ TEST_F(WirePeerTest, UnicastAndBroadcastSignals)
     m_one.Emit({"", "/p", "org.corvel.interface", "ToAll"});
     m_one.Emit(unicast);
     EXPECT_TRUE(m_two.Received().WaitForCount(IsSignal("SendSignal"), 2));
-    EXPECT_EQ(1U, m_two.Received().Count(IsSignal("ToAll")));
+    EXPECT_EQ(m_two.Received().Count(IsSignal("ToAll")), 1U);
 }
 
 TEST_F(WirePeerTest, ManySignalsArriveCompleteAndInOrder)
@@ -153,7 +153,7 @@ TEST_F(WirePeerTest, RecordingCanBeSwitchedOff)
     m_two.SetRecording(true);
     m_one.Emit({m_two.Name(), "/p", "org.corvel.interface", "Seen"});
     ASSERT_TRUE(m_two.WaitFor(IsSignal("Seen")));
-    EXPECT_EQ(0U, m_two.Received().Count(IsSignal("Unseen")));
+    EXPECT_EQ(m_two.Received().Count(IsSignal("Unseen")), 0U);
 }
 
 TEST_F(WirePeerTest, AMebibyteGoesThereAndBackUnchanged)
@@ -175,16 +175,16 @@ TEST_F(WirePeerTest, AMessageJustBelowTheDaemonsLimitIsDelivered)
 
 TEST_F(WirePeerTest, NamesAreOwnedListedAndReleased)
 {
-    EXPECT_EQ("", m_one.GetNameOwner("org.corvel.name"));
+    EXPECT_EQ(m_one.GetNameOwner("org.corvel.name"), "");
     EXPECT_TRUE(m_two.OwnName("org.corvel.name"));
     EXPECT_FALSE(m_one.OwnName("org.corvel.name"));
-    EXPECT_EQ(m_two.Name(), m_one.GetNameOwner("org.corvel.name"));
+    EXPECT_EQ(m_one.GetNameOwner("org.corvel.name"), m_two.Name());
     auto const names = m_one.ListNames();
     for (auto const& name : {std::string("org.corvel.name"), m_one.Name(), m_two.Name()})
-        EXPECT_EQ(1, std::count(names.begin(), names.end(), name)) << name;
+        EXPECT_EQ(std::count(names.begin(), names.end(), name), 1) << name;
     EXPECT_FALSE(m_one.ReleaseName("org.corvel.name"));
     EXPECT_TRUE(m_two.ReleaseName("org.corvel.name"));
-    EXPECT_EQ("", m_one.GetNameOwner("org.corvel.name"));
+    EXPECT_EQ(m_one.GetNameOwner("org.corvel.name"), "");
 }
 
 TEST_F(WirePeerTest, FlagsOfACallAreSeen)
@@ -223,5 +223,5 @@ TEST_F(WirePeerTest, ManyThreadsMayCallAtOnce)
     }
     for (auto& thread : threads)
         thread.join();
-    EXPECT_EQ(200, right);
+    EXPECT_EQ(right, 200);
 }

@@ -1,4 +1,4 @@
-#include "ProtocolSchema.h"
+#include "common/ProtocolSchema.h"
 
 #include <json/reader.h>
 

@@ -1,16 +1,17 @@
 #include "CommandLine.h"
 
 #include "HelpTexts.h"
+#include "UsageReport.h"
 #include "commands/Arguments.h"
 #include "commands/Commands.h"
 #include "commands/Methods.h"
 #include "commands/Stream.h"
 #include "commands/Watch.h"
+#include "common/UsageText.h"
 #include "doctor/Doctor.h"
-#include "output/Answer.h"
-#include "output/Words.h"
+#include "output/OutputFile.h"
 
-#include <iostream>
+#include <csignal>
 #include <utility>
 
 namespace zviptv::ctl {
@@ -59,16 +60,36 @@ CommandLine::CommandLine() : m_app(help::Program, "zviptvctl")
     AddHelp();
 }
 
+ExitCode CommandLine::Run(int argc, char const* const* argv)
+{
+    // A reader that goes away shows as a failed write, so that subscriptions are ended properly.
+    std::signal(SIGPIPE, SIG_IGN);
+    try {
+        m_app.parse(argc, argv);
+    } catch (CLI::ParseError const& error) {
+        if (error.get_exit_code() != static_cast<int>(CLI::ExitCodes::Success)) {
+            return ReportUsage(m_app, error);
+        }
+        m_action = [text = HelpText(m_app, error)] { // or the version
+            WriteOutput(text);
+            return ExitCode::Accepted;
+        };
+    }
+    return m_invocation.Perform(m_action, m_answersOnce);
+}
+
 /// On every level, so that they may stand anywhere.
 void CommandLine::AddGlobalOptions(CLI::App& app)
 {
     if (app.get_parent() != nullptr) {
         app.footer(""); // not the parent's
     }
-    app.add_flag("--json", m_asJson, "Write JSON");
-    app.add_option("--profile", m_profile, "Profile of the handle; 1 unless given")->type_name("N");
-    app.add_option("--id", m_id, "Id of the handle, of which 16 bits count; 0 unless given")->type_name("N");
-    app.add_flag("--log", m_echoLog, "Write the library's log lines to standard error");
+    app.add_flag("--json", m_invocation.asJson, "Write JSON");
+    app.add_option("--profile", m_invocation.profile, "Profile of the handle; 1 unless given")
+        ->type_name("N");
+    app.add_option("--id", m_invocation.id, "Id of the handle, of which 16 bits count; 0 unless given")
+        ->type_name("N");
+    app.add_flag("--log", m_invocation.echoLog, "Write the library's log lines to standard error");
 }
 
 /// One option each: CLI11 would take "[a,b]" apart in an option of many values.
@@ -107,22 +128,23 @@ void CommandLine::AddCall()
 ExitCode CommandLine::Call(std::vector<std::string> const& texts)
 {
     if (m_listsMethods) {
-        return AnswerWith([](Session&) { return ListMethods(); });
+        return m_invocation.AnswerWith([](Session&) { return ListMethods(); });
     }
     if (texts.empty()) {
         throw Failure(ExitCode::Usage, "call which method? 'zviptvctl methods' lists them");
     }
     std::vector<std::string> const arguments(texts.begin() + 1, texts.end());
     Method const& method = FindMethod(texts.front(), arguments.size());
-    return AnswerWith([&](Session& session) { return CallMethod(method, session, arguments); });
+    return m_invocation.AnswerWith([&](Session& session) { return CallMethod(method, session, arguments); });
 }
 
 void CommandLine::AddMethods()
 {
     CLI::App* const methods = m_app.add_subcommand("methods", "List the methods of the interface");
     AddGlobalOptions(*methods);
-    methods->callback(
-        [this] { m_action = [this] { return AnswerWith([](Session&) { return ListMethods(); }); }; });
+    methods->callback([this] {
+        m_action = [this] { return m_invocation.AnswerWith([](Session&) { return ListMethods(); }); };
+    });
 }
 
 void CommandLine::AddCommands()
@@ -147,7 +169,7 @@ void CommandLine::AddCommand(CLI::App& parent, Command const& command)
     }
     app->callback([this, &command, texts] {
         m_action = [this, &command, texts] {
-            return AnswerWith(
+            return m_invocation.AnswerWith(
                 [&](Session& session) { return command.run(session, CommandArguments(command, *texts)); });
         };
     });
@@ -182,7 +204,7 @@ void CommandLine::AddStream(char const* name, char const* help, bool isPes)
             options.kind = isPes ? PacketKind::Pes : PacketKind::Caption;
             options.duration = Duration(given->seconds, name);
             options.out = given->out;
-            options.asJson = m_asJson;
+            options.asJson = m_invocation.asJson;
             if (!given->count.empty()) {
                 options.count = ParseCount(given->count, {name, "--count"});
             }
@@ -190,9 +212,7 @@ void CommandLine::AddStream(char const* name, char const* help, bool isPes)
                 options.pid = static_cast<std::uint16_t>(
                     ParseUnsigned(given->pid, LargestPid, PidBits, {name, "--pid"}));
             }
-            LogCollector log(m_echoLog);
-            Session session(ChosenHandle(), log);
-            return Stream(session, options).Run();
+            return m_invocation.RunWith([&](Session& session) { return Stream(session, options).Run(); });
         };
     });
 }
@@ -208,10 +228,8 @@ void CommandLine::AddWatch()
     app->callback([this, seconds] {
         m_answersOnce = false;
         m_action = [this, seconds] {
-            WatchOptions const options{Duration(*seconds, "watch"), m_asJson};
-            LogCollector log(m_echoLog);
-            Session session(ChosenHandle(), log);
-            return Watch(session, options).Run();
+            WatchOptions const options{Duration(*seconds, "watch"), m_invocation.asJson};
+            return m_invocation.RunWith([&](Session& session) { return Watch(session, options).Run(); });
         };
     });
 }
@@ -227,7 +245,8 @@ void CommandLine::AddDoctor()
         ->type_name("USER");
     app->add_option("--group", names->group, "The group of applications; zviptv-apps unless given")
         ->type_name("GROUP");
-    app->callback([this, names] { m_action = [this, names] { return doctor::Run(*names, m_asJson); }; });
+    app->callback(
+        [this, names] { m_action = [this, names] { return doctor::Run(*names, m_invocation.asJson); }; });
 }
 
 void CommandLine::AddHelp()

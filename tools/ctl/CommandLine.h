@@ -1,7 +1,6 @@
 #pragma once
 
-#include "session/ExitCode.h"
-#include "session/Session.h"
+#include "Invocation.h"
 
 #include <CLI/CLI.hpp>
 
@@ -12,7 +11,6 @@
 
 namespace zviptv::ctl {
 
-struct Answer;
 struct Command;
 struct CommandArgument;
 
@@ -40,16 +38,8 @@ private:
     ExitCode Help(std::vector<std::string> words) const;
     static Texts AddArguments(CLI::App& app, std::vector<CommandArgument> const& arguments);
 
-    Handle ChosenHandle() const;
-    ExitCode AnswerWith(std::function<Answer(Session& session)> const& command);
-    ExitCode Perform();
-    ExitCode ReportUsage(CLI::ParseError const& error) const;
-
     CLI::App m_app;
-    bool m_asJson = false;
-    bool m_echoLog = false;
-    std::string m_profile = "1";
-    std::string m_id = "0";
+    Invocation m_invocation;
     bool m_listsMethods = false;
     bool m_answersOnce = true; ///< the command answers with one JSON object
     std::function<ExitCode()> m_action;

@@ -1,5 +1,5 @@
 #include "CommandLine.h"
-#include "StandardStreams.h"
+#include "common/StandardStreams.h"
 
 int main(int argc, char* argv[])
 {

@@ -1,4 +1,4 @@
-#include "StandardStreams.h"
+#include "common/StandardStreams.h"
 #include "host/Supervisor.h"
 #include "playback/StreamGuide.h"
 

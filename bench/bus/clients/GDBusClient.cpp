@@ -1,5 +1,5 @@
-#include "GioOwned.h"
 #include "PlainClient.h"
+#include "glib/Owned.h"
 
 namespace zviptv::bench {
 
@@ -26,9 +26,9 @@ GVariant* Encode(std::initializer_list<wire::Entry> entries)
 
 void DecodeEntry(GVariant* entry, EntryReader& reader)
 {
-    GioOwned<GVariant> const key(g_variant_get_child_value(entry, 0));
-    GioOwned<GVariant> const boxed(g_variant_get_child_value(entry, 1));
-    GioOwned<GVariant> const value(g_variant_get_variant(boxed.get()));
+    zviptv::Owned<GVariant> const key(g_variant_get_child_value(entry, 0));
+    zviptv::Owned<GVariant> const boxed(g_variant_get_child_value(entry, 1));
+    zviptv::Owned<GVariant> const value(g_variant_get_variant(boxed.get()));
     if (g_variant_is_of_type(value.get(), G_VARIANT_TYPE_BYTESTRING) != FALSE) {
         gsize size = 0;
         auto const* const bytes = static_cast<char const*>(g_variant_get_fixed_array(value.get(), &size, 1));
@@ -38,22 +38,21 @@ void DecodeEntry(GVariant* entry, EntryReader& reader)
 
 void Decode(GVariant* body, EntryReader& reader)
 {
-    GioOwned<GVariant> const entries(g_variant_get_child_value(body, 0));
+    zviptv::Owned<GVariant> const entries(g_variant_get_child_value(body, 0));
     gsize const count = g_variant_n_children(entries.get());
     for (gsize i = 0; i < count; ++i) {
-        GioOwned<GVariant> const entry(g_variant_get_child_value(entries.get(), i));
+        zviptv::Owned<GVariant> const entry(g_variant_get_child_value(entries.get(), i));
         DecodeEntry(entry.get(), reader);
     }
     reader.Finish(); // the body still holds all values
 }
 
-GioOwned<GDBusConnection> Connect()
+zviptv::Owned<GDBusConnection> Connect()
 {
-    GError* failure = nullptr;
-    GioOwned<GDBusConnection> connection(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, &failure));
-    GioOwned<GError> const error(failure);
+    zviptv::Error error;
+    zviptv::Owned<GDBusConnection> connection(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, error.Out()));
     if (connection == nullptr) {
-        Fail("g_bus_get_sync", error->message);
+        Fail("g_bus_get_sync", error.Message());
     }
     return connection;
 }
@@ -76,13 +75,12 @@ public:
 private:
     void Exchange(char const* path, Entries request, EntryReader& reader) override
     {
-        GError* failure = nullptr;
-        GioOwned<GVariant> const answer(g_dbus_connection_call_sync(
+        zviptv::Error error;
+        zviptv::Owned<GVariant> const answer(g_dbus_connection_call_sync(
             m_connection.get(), m_service.c_str(), path, wire::Interface, wire::Method, Encode(request),
-            G_VARIANT_TYPE("(a{sv})"), G_DBUS_CALL_FLAGS_NONE, wire::TimeoutMs, nullptr, &failure));
-        GioOwned<GError> const error(failure);
+            G_VARIANT_TYPE("(a{sv})"), G_DBUS_CALL_FLAGS_NONE, wire::TimeoutMs, nullptr, error.Out()));
         if (answer == nullptr) {
-            Fail("g_dbus_connection_call_sync", error->message);
+            Fail("g_dbus_connection_call_sync", error.Message());
         }
         Decode(answer.get(), reader);
     }
@@ -97,7 +95,7 @@ private:
     }
 
     std::string const m_service;
-    GioOwned<GDBusConnection> const m_connection;
+    zviptv::Owned<GDBusConnection> const m_connection;
     guint const m_subscription;
 };
 

@@ -1,30 +1,19 @@
 #include "Crowd.h"
 
+#include "Json.h"
 #include "WaitUntil.h"
-
-#include <json/reader.h>
 
 #include <algorithm>
 #include <fstream>
 #include <iterator>
-#include <sstream>
-#include <stdexcept>
 
 namespace zviptv::test {
 
 std::vector<Json::Value> JsonLines(std::string const& text)
 {
-    Json::CharReaderBuilder builder;
-    Json::CharReaderBuilder::strictMode(&builder.settings_);
-    std::unique_ptr<Json::CharReader> const reader(builder.newCharReader());
     std::vector<Json::Value> values;
     for (std::size_t at = 0, end = 0; (end = text.find('\n', at)) != std::string::npos; at = end + 1) {
-        Json::Value value;
-        std::string errors;
-        if (!reader->parse(text.data() + at, text.data() + end, &value, &errors)) {
-            throw std::runtime_error("no JSON: " + text.substr(at, end - at) + "\n" + errors);
-        }
-        values.push_back(value);
+        values.push_back(ParseJson(text.substr(at, end - at)));
     }
     return values;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Files.h"
+
 #include <dirent.h>
 #include <sys/types.h>
 #include <unistd.h>
@@ -13,16 +15,10 @@
 
 namespace zviptv::test {
 
-inline std::string Contents(std::string const& path)
-{
-    std::ifstream file(path);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 /// Neither there nor waiting for its parent to look after it.
 inline bool HasEnded(pid_t pid)
 {
-    std::string const stat = Contents("/proc/" + std::to_string(pid) + "/stat");
+    std::string const stat = ReadFile("/proc/" + std::to_string(pid) + "/stat");
     return stat.empty() || stat.at(stat.rfind(')') + 2) == 'Z';
 }
 

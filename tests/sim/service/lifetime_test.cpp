@@ -47,7 +47,7 @@ TEST_F(PrivateSimulator, NothingIsLeftWhenItIsKilled)
 {
     ASSERT_EQ(m_children.size(), 2U);
     ASSERT_THAT(m_address, testing::StartsWith("unix:abstract=zviptv-bus-"));
-    ASSERT_THAT(Contents("/proc/net/unix"), HasSubstr("@" + Socket()));
+    ASSERT_THAT(ReadFile("/proc/net/unix"), HasSubstr("@" + Socket()));
     WirePeer peer(m_address);
     m_process.Signal(SIGKILL);
     EXPECT_EQ(m_process.Wait(Patience), (ExitStatus{-1, SIGKILL}));
@@ -56,7 +56,7 @@ TEST_F(PrivateSimulator, NothingIsLeftWhenItIsKilled)
         EXPECT_TRUE(WaitUntil([child] { return HasEnded(child); }, Patience)) << child;
     }
     EXPECT_TRUE(WaitUntil(
-        [this] { return Contents("/proc/net/unix").find("@" + Socket()) == std::string::npos; }, Patience));
+        [this] { return ReadFile("/proc/net/unix").find("@" + Socket()) == std::string::npos; }, Patience));
 }
 
 TEST_F(PrivateSimulator, NothingIsLeftWhenItIsTold)
@@ -66,7 +66,7 @@ TEST_F(PrivateSimulator, NothingIsLeftWhenItIsTold)
     for (pid_t const child : m_children) {
         EXPECT_TRUE(HasEnded(child)) << child;
     }
-    EXPECT_THAT(Contents("/proc/net/unix"), Not(HasSubstr("@" + Socket())));
+    EXPECT_THAT(ReadFile("/proc/net/unix"), Not(HasSubstr("@" + Socket())));
 }
 
 /// It is open to the user who started it only; a test can become another one only as root.
@@ -105,8 +105,8 @@ TEST(ClosedStreams, DoNoHarm)
              ZVIPTV_SIM, ZVIPTV_SAMPLE_FILE, ZVIPTVCTL},
             {{"RESULT", path}});
         EXPECT_EQ(process.Wait(Patience), (ExitStatus{0, 0})) << closed;
-        EXPECT_EQ(Contents(path), "0\n") << closed << "\n" << process.Errors();
-        EXPECT_EQ(Contents(path + ".out"), "result: true\n") << closed;
+        EXPECT_EQ(ReadFile(path), "0\n") << closed << "\n" << process.Errors();
+        EXPECT_EQ(ReadFile(path + ".out"), "result: true\n") << closed;
         std::remove(path.c_str());
         std::remove((path + ".out").c_str());
     }

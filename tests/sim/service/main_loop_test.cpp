@@ -1,4 +1,4 @@
-#include "host/MainLoop.h"
+#include "common/MainLoop.h"
 
 #include <gmock/gmock.h>
 

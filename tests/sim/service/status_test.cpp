@@ -1,8 +1,7 @@
 #include "Crowd.h"
+#include "Files.h"
 #include "Terminal.h"
 
-#include <fstream>
-#include <iterator>
 #include <set>
 
 namespace zviptv::test {
@@ -114,8 +113,7 @@ TEST_F(Crowd, NoStatusLineWithoutATerminal)
 /// The members of an object as the page documents them: the first column of the table below `heading`.
 std::set<std::string> Documented(std::string const& heading)
 {
-    std::ifstream file(ZVIPTV_SIMULATOR_PAGE);
-    std::string const page{std::istreambuf_iterator<char>(file), {}};
+    std::string const page = ReadFile(ZVIPTV_SIMULATOR_PAGE);
     std::size_t const begin = page.find(heading);
     std::string const text = page.substr(begin, page.find("\n\n", page.find("\n|", begin)) - begin);
     std::string const row = "\n| `";

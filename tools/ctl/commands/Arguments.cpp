@@ -1,7 +1,7 @@
 #include "Arguments.h"
 
+#include "output/Failure.h"
 #include "output/Words.h"
-#include "session/Failure.h"
 
 #include <charconv>
 #include <optional>

@@ -1,3 +1,6 @@
+#include "CaptionCommands.h"
+
+#include "Collect.h"
 #include "output/Table.h"
 #include "output/TrackText.h"
 

@@ -1,4 +1,5 @@
-#include "Commands.h"
+#include "GuideCommands.h"
+
 #include "session/Session.h"
 
 #include <glib.h>
@@ -55,10 +56,10 @@ Answer Exists(Session& session, CommandArguments const& /*arguments*/)
 Answer Now(Session& session, CommandArguments const& arguments)
 {
     auto const service = arguments.Get<ServiceId>(0);
-    std::string program;
+    std::string programme;
     session.Ask("GetPresentProgram",
-                [&] { return session.Get<IIPGUtil>().GetPresentProgram(service, program); });
-    return Text("program", program, "no programme");
+                [&] { return session.Get<IIPGUtil>().GetPresentProgram(service, programme); });
+    return Text("program", programme, "no programme");
 }
 
 /// What is missing of a list that had to fit into one message; empty when nothing is, or when the service
@@ -93,17 +94,18 @@ Answer Find(Session& session, CommandArguments const& arguments)
 {
     auto const service = arguments.Get<ServiceId>(0);
     auto const event = arguments.Get<unsigned int>(1);
-    std::string program;
-    session.Ask("FindProgram", [&] { return session.Get<IIPGUtil>().FindProgram(service, event, program); });
-    return Text("program", program, "no such programme");
+    std::string programme;
+    session.Ask("FindProgram",
+                [&] { return session.Get<IIPGUtil>().FindProgram(service, event, programme); });
+    return Text("program", programme, "no such programme");
 }
 
 Answer Get(Session& session, CommandArguments const& arguments)
 {
     auto const index = arguments.Get<unsigned int>(0);
-    std::string program;
-    session.Ask("GetProgram", [&] { return session.Get<IIPGUtil>().GetProgram(index, program); });
-    return Text("program", program, "no such programme");
+    std::string programme;
+    session.Ask("GetProgram", [&] { return session.Get<IIPGUtil>().GetProgram(index, programme); });
+    return Text("program", programme, "no such programme");
 }
 
 Answer Rating(Session& session, CommandArguments const& arguments)

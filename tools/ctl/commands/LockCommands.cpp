@@ -1,5 +1,8 @@
+#include "LockCommands.h"
+
 #include "output/Table.h"
 #include "output/TrackText.h"
+#include "session/Session.h"
 
 namespace zviptv::ctl {
 

@@ -1,9 +1,9 @@
 #include "Methods.h"
 
 #include "Call.h"
-#include "ProtocolSchema.h"
+#include "common/ProtocolSchema.h"
+#include "output/Failure.h"
 #include "output/Words.h"
-#include "session/Failure.h"
 
 #include <cstring>
 
@@ -44,19 +44,6 @@ std::string ArityOf(Method const& method)
 }
 
 } // namespace
-
-Form FormOf(Parameter const& parameter)
-{
-    std::string const& type = parameter.type;
-    if (type == "char") {
-        return Form::Character;
-    }
-    if (type.rfind("std::vector<", 0) == 0) {
-        return Form::List;
-    }
-    bool const isText = type == "std::string" || type == "char const*";
-    return isText || type.rfind("ZV", 0) == 0 ? Form::Bytes : Form::Number;
-}
 
 std::string Signature(Method const& method)
 {

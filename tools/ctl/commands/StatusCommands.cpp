@@ -1,4 +1,5 @@
-#include "Commands.h"
+#include "StatusCommands.h"
+
 #include "output/TrackText.h"
 #include "session/Session.h"
 

@@ -1,6 +1,6 @@
 #include "Stream.h"
 
-#include "output/PacketLine.h"
+#include "PacketLine.h"
 #include "output/Words.h"
 #include "session/Explanations.h"
 

@@ -1,3 +1,6 @@
+#include "TrackCommands.h"
+
+#include "Collect.h"
 #include "output/Table.h"
 #include "output/TrackText.h"
 

@@ -1,4 +1,4 @@
-#include "doctor/Gather.h"
+#include "doctor/Accounts.h"
 
 #include <algorithm>
 

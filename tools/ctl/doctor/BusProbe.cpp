@@ -9,16 +9,15 @@ namespace {
 constexpr char Bus[] = "org.freedesktop.DBus";
 
 /// Whoever does not want this user says no, or just hangs up, within the handshake.
-Reach ReachOf(GError const& error, bool isSocketOpen)
+Reach ReachOf(Error const& error, bool isSocketOpen)
 {
-    if (g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_CANCELLED) != FALSE) {
+    if (error.Is(G_IO_ERROR_CANCELLED)) {
         return Reach::Silent;
     }
     if (isSocketOpen) {
         return Reach::Refused;
     }
-    bool const isDenied = g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_PERMISSION_DENIED) != FALSE;
-    return isDenied ? Reach::Closed : Reach::Absent;
+    return error.Is(G_IO_ERROR_PERMISSION_DENIED) ? Reach::Closed : Reach::Absent;
 }
 
 Owned<GDBusMessage> MessageTo(Address const& to, GVariant* body)
@@ -62,23 +61,22 @@ bool Reply::IsDenied() const
 BusProbe::BusProbe(BusFacts& facts)
 {
     Deadline const deadline;
-    GError* raw = nullptr;
+    Error error;
     Owned<GIOStream> const stream(
-        g_dbus_address_get_stream_sync(facts.address.c_str(), nullptr, deadline.Get(), &raw));
+        g_dbus_address_get_stream_sync(facts.address.c_str(), nullptr, deadline.Get(), error.Out()));
     if (stream != nullptr) {
         m_connection.reset(g_dbus_connection_new_sync(stream.get(), nullptr,
                                                       G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT, nullptr,
-                                                      deadline.Get(), &raw));
+                                                      deadline.Get(), error.Out()));
     }
-    Owned<GError> const error(raw);
     if (m_connection != nullptr) {
         SayHello(facts);
         return;
     }
-    facts.reach = error == nullptr ? Reach::Absent : ReachOf(*error, stream != nullptr);
+    facts.reach = error ? ReachOf(error, stream != nullptr) : Reach::Absent;
     facts.reason = facts.reach == Reach::Silent ? "no answer within 2 seconds"
-                   : error == nullptr           ? "no reason is told"
-                                                : error->message;
+                   : error                      ? error.Message()
+                                                : "no reason is told";
 }
 
 /// GLib's own greeting of a bus cannot be given up, and waits for 25 seconds.
@@ -120,18 +118,17 @@ Reply BusProbe::Call(Address const& to, GVariant* body)
         return {};
     }
     Owned<GDBusMessage> const message = MessageTo(to, sunk.get());
-    GError* raw = nullptr;
+    Error error;
     Owned<GDBusMessage> const answer(g_dbus_connection_send_message_with_reply_sync(
         m_connection.get(), message.get(), G_DBUS_SEND_MESSAGE_FLAGS_NONE, PatienceMs, nullptr, nullptr,
-        &raw));
-    Owned<GError> const error(raw);
+        error.Out()));
     if (answer != nullptr) {
         return ReplyOf(answer.get());
     }
-    bool const isSilence = g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_TIMED_OUT) != FALSE;
+    bool const isSilence = error.Is(G_IO_ERROR_TIMED_OUT);
     m_isBusSilent = !isSilence || to.destination == Bus;
     Reply reply;
-    reply.text = isSilence || error == nullptr ? "" : error->message;
+    reply.text = isSilence || !error ? "" : error.Message();
     return reply;
 }
 

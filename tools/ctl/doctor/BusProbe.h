@@ -1,27 +1,11 @@
 #pragma once
 
 #include "doctor/Facts.h"
+#include "glib/Owned.h"
 
-#include <gio/gio.h>
-
-#include <memory>
 #include <string>
 
 namespace zviptv::ctl::doctor {
-
-struct Release
-{
-    void operator()(GDBusConnection* connection) const { g_object_unref(connection); }
-    void operator()(GIOStream* stream) const { g_object_unref(stream); }
-    void operator()(GDBusMessage* message) const { g_object_unref(message); }
-    void operator()(GCancellable* cancellable) const { g_object_unref(cancellable); }
-    void operator()(GVariant* value) const { g_variant_unref(value); }
-    void operator()(GError* error) const { g_error_free(error); }
-    void operator()(char* text) const { g_free(text); }
-};
-
-template <typename Handle>
-using Owned = std::unique_ptr<Handle, Release>;
 
 /// As long as the library waits for an answer.
 constexpr int PatienceMs = 2000;

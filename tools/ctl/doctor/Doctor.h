@@ -1,9 +1,11 @@
 #pragma once
 
-#include "doctor/Facts.h"
-#include "session/ExitCode.h"
+#include "doctor/Finding.h"
 
 namespace zviptv::ctl::doctor {
+
+/// One finding a check, in the order in which they depend on each other.
+std::vector<Finding> Judge(Facts const& facts);
 
 /// Looks, judges and writes the report to standard output.
 ExitCode Run(Names const& names, bool asJson);

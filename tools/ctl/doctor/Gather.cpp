@@ -1,5 +1,12 @@
 #include "doctor/Gather.h"
 
+#include "doctor/Accounts.h"
+#include "doctor/BusProbe.h"
+#include "doctor/PolicyProbe.h"
+#include "doctor/Process.h"
+#include "doctor/ServiceProbe.h"
+#include "doctor/Versions.h"
+
 #include <cstdlib>
 #include <filesystem>
 
@@ -17,9 +24,7 @@ BusFacts LookUpBus()
 {
     BusFacts bus;
     bus.isFromEnvironment = std::getenv("DBUS_SYSTEM_BUS_ADDRESS") != nullptr;
-    GError* raw = nullptr;
-    Owned<char> const address(g_dbus_address_get_for_bus_sync(G_BUS_TYPE_SYSTEM, nullptr, &raw));
-    Owned<GError> const error(raw);
+    Owned<char> const address(g_dbus_address_get_for_bus_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr));
     bus.address = address == nullptr ? "" : address.get();
     return bus;
 }

@@ -1,4 +1,4 @@
-#include "doctor/Judge.h"
+#include "doctor/JudgeBus.h"
 
 namespace zviptv::ctl::doctor {
 

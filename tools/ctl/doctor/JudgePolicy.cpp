@@ -1,4 +1,4 @@
-#include "doctor/Judge.h"
+#include "doctor/JudgePolicy.h"
 
 namespace zviptv::ctl::doctor {
 

@@ -1,4 +1,4 @@
-#include "doctor/Judge.h"
+#include "doctor/JudgeVersion.h"
 
 namespace zviptv::ctl::doctor {
 

@@ -1,8 +1,6 @@
 #include "doctor/Mending.h"
 
-#include <glib.h>
-
-#include <memory>
+#include "glib/Owned.h"
 
 namespace zviptv::ctl::doctor {
 
@@ -121,7 +119,7 @@ std::string Quoted(std::string const& word)
     if (!word.empty() && word.find_first_not_of(Plain) == std::string::npos) {
         return word;
     }
-    std::unique_ptr<char, decltype(&g_free)> const quoted(g_shell_quote(word.c_str()), g_free);
+    Owned<char> const quoted(g_shell_quote(word.c_str()));
     return quoted.get();
 }
 

@@ -1,4 +1,4 @@
-#include "doctor/Gather.h"
+#include "doctor/PolicyProbe.h"
 
 #include <zviptv/ConnectionHelperDBusClient.h>
 

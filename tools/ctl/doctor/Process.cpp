@@ -1,4 +1,6 @@
-#include "doctor/Gather.h"
+#include "doctor/Process.h"
+
+#include "doctor/Versions.h"
 
 #include <fstream>
 #include <iterator>

@@ -1,4 +1,6 @@
-#include "doctor/Gather.h"
+#include "doctor/ServiceProbe.h"
+
+#include "doctor/Accounts.h"
 
 #include <zviptv/ConnectionHelperDBusClient.h>
 #include <zviptv/Protocol.h>

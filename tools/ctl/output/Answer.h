@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Failure.h"
 #include "Print.h"
-#include "session/Failure.h"
 
 #include <json/value.h>
 

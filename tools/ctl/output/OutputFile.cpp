@@ -1,6 +1,6 @@
 #include "OutputFile.h"
 
-#include "session/Failure.h"
+#include "Failure.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -67,6 +67,13 @@ void OutputFile::Throw(std::string const& reason) const
 {
     std::string const name = IsStandardOutput() ? "standard output" : "'" + m_path + "'";
     throw Failure(ExitCode::CannotWrite, "cannot write " + name + ": " + reason);
+}
+
+void WriteOutput(std::string const& text)
+{
+    OutputFile out("-");
+    out.Write(text.data(), text.size());
+    out.Close();
 }
 
 } // namespace zviptv::ctl

@@ -33,4 +33,7 @@ private:
     int m_descriptor;
 };
 
+/// Writes to standard output. A reader that has seen enough is no failure.
+void WriteOutput(std::string const& text);
+
 } // namespace zviptv::ctl

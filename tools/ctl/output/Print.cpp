@@ -1,8 +1,6 @@
 #include "Print.h"
 
-#include <glib.h>
-
-#include <memory>
+#include "glib/Owned.h"
 
 namespace zviptv::ctl {
 
@@ -100,8 +98,7 @@ std::string ToText(std::string const& text)
 
 Json::Value ToJson(std::string const& text)
 {
-    std::unique_ptr<char, decltype(&g_free)> const valid(
-        g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())), g_free);
+    Owned<char> const valid(g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())));
     return Json::Value(valid.get());
 }
 

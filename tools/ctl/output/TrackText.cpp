@@ -30,15 +30,6 @@ std::string AudioText(ZVAudio const& audio)
            ToHex(audio.pid, 4);
 }
 
-void RequirePlausible(std::string const& method, unsigned int size)
-{
-    constexpr unsigned int most = 1024; // bytes of the section that describes a programme
-    if (size > most) {
-        throw Failure(ExitCode::Malformed, "the service announces " + std::to_string(size) + " entries for " +
-                                               method + ", more than a programme can have");
-    }
-}
-
 std::string LockWord(bool locked)
 {
     return locked ? "locked" : "not locked";

@@ -1,6 +1,6 @@
 #include "Explanations.h"
 
-#include "commands/Methods.h"
+#include "output/MethodTable.h"
 #include "output/Words.h"
 
 #include <zviptv/Protocol.h>
@@ -12,6 +12,28 @@
 namespace zviptv::ctl {
 
 namespace {
+
+/// How a value travels.
+enum class Form
+{
+    Number, ///< decimal text; flags and enumerations too
+    Character,
+    List, ///< records, with their number as another value
+    Bytes
+};
+
+Form FormOf(Parameter const& parameter)
+{
+    std::string const& type = parameter.type;
+    if (type == "char") {
+        return Form::Character;
+    }
+    if (type.rfind("std::vector<", 0) == 0) {
+        return Form::List;
+    }
+    bool const isText = type == "std::string" || type == "char const*";
+    return isText || type.rfind("ZV", 0) == 0 ? Form::Bytes : Form::Number;
+}
 
 /// What is wrong with an answer, and the kind of value that it is wrong with.
 struct Fault

@@ -1,7 +1,8 @@
 #include "Loop.h"
 
+#include "glib/Owned.h"
+
 #include <glib-unix.h>
-#include <glib.h>
 
 #include <utility>
 
@@ -66,13 +67,12 @@ EventSource& EventSource::operator=(EventSource&& other) noexcept
 EventSource Loop::Every(std::chrono::milliseconds interval, EventSource::Work work)
 {
     auto owned = std::make_unique<EventSource::Work>(std::move(work));
-    GSource* const source = g_source_new(&timerFunctions, sizeof(Timer));
+    Owned<GSource> const source(g_source_new(&timerFunctions, sizeof(Timer)));
     gint64 const microseconds = std::chrono::microseconds(interval).count();
-    TimerOf(source).interval = microseconds;
-    g_source_set_ready_time(source, g_get_monotonic_time() + microseconds);
-    g_source_set_callback(source, RunWork, owned.get(), nullptr);
-    unsigned const id = g_source_attach(source, nullptr);
-    g_source_unref(source); // the context holds it
+    TimerOf(source.get()).interval = microseconds;
+    g_source_set_ready_time(source.get(), g_get_monotonic_time() + microseconds);
+    g_source_set_callback(source.get(), RunWork, owned.get(), nullptr);
+    unsigned const id = g_source_attach(source.get(), nullptr);
     return EventSource(id, std::move(owned));
 }
 

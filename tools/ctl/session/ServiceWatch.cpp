@@ -17,7 +17,6 @@ ServiceWatch::ServiceWatch(GDBusConnection* connection, Handler handler)
 
 ServiceWatch::~ServiceWatch()
 {
-    g_bus_unwatch_name(m_watch);
     g_signal_handler_disconnect(m_connection, m_closed);
 }
 

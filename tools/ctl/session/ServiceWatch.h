@@ -1,6 +1,6 @@
 #pragma once
 
-#include <gio/gio.h>
+#include "glib/Owned.h"
 
 #include <functional>
 
@@ -33,7 +33,7 @@ private:
     GDBusConnection* m_connection;
     Handler m_handler;
     unsigned long m_closed;
-    unsigned m_watch;
+    NameWatch m_watch;
 };
 
 } // namespace zviptv::ctl

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Failure.h"
 #include "LogCollector.h"
 #include "SystemBus.h"
+#include "output/Failure.h"
 
 #include <zviptv/IPTVServiceAPI.h>
 

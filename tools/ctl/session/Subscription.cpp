@@ -1,6 +1,6 @@
 #include "Subscription.h"
 
-#include "Failure.h"
+#include "output/Failure.h"
 
 #include <chrono>
 #include <ctime>

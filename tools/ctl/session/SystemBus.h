@@ -1,15 +1,8 @@
 #pragma once
 
-#include <gio/gio.h>
-
-#include <memory>
+#include "glib/Owned.h"
 
 namespace zviptv::ctl {
-
-struct ObjectUnref
-{
-    void operator()(void* object) const { g_object_unref(object); }
-};
 
 /// The process's connection to the system bus, which the library uses too. It is told not to end the process
 /// when the bus closes it.
@@ -23,7 +16,7 @@ public:
     bool IsClosed() const { return g_dbus_connection_is_closed(m_connection.get()) != FALSE; }
 
 private:
-    std::unique_ptr<GDBusConnection, ObjectUnref> m_connection;
+    Owned<GDBusConnection> m_connection;
 };
 
 } // namespace zviptv::ctl

@@ -1,6 +1,6 @@
 #include "Applications.h"
 
-#include <gio/gio.h>
+#include "glib/Owned.h"
 
 #include <utility>
 
@@ -12,11 +12,10 @@ class Applications::Watch
 public:
     Watch(Applications& owner, std::string const& busName)
         : m_owner(owner),
-          m_id(g_bus_watch_name(G_BUS_TYPE_SYSTEM, busName.c_str(), G_BUS_NAME_WATCHER_FLAGS_NONE, nullptr,
-                                Vanished, this, nullptr))
+          m_watch(g_bus_watch_name(G_BUS_TYPE_SYSTEM, busName.c_str(), G_BUS_NAME_WATCHER_FLAGS_NONE, nullptr,
+                                   Vanished, this, nullptr))
     {
     }
-    ~Watch() { g_bus_unwatch_name(m_id); }
     Watch(Watch const&) = delete;
     Watch& operator=(Watch const&) = delete;
 
@@ -27,7 +26,7 @@ private:
     }
 
     Applications& m_owner;
-    guint m_id;
+    NameWatch m_watch;
 };
 
 Applications::Applications(std::function<void(std::string const&)> onGone) : m_onGone(std::move(onGone)) {}

@@ -1,5 +1,6 @@
 #include "BroadcastDataService.h"
 
+#include "BroadcastDataTexts.h"
 #include "RecordReplies.h"
 #include "RequestTable.h"
 #include "playback/Tracks.h"
@@ -138,13 +139,11 @@ constexpr RequestRow<BroadcastData> Rows[] = {
 std::optional<CMessageBuffer> BroadcastDataService::Answer(Request const& request)
 {
     BroadcastData functions(m_player, m_selection, m_lock);
-    std::optional<CMessageBuffer> const reply = AnswerFrom(Rows, functions, request);
-    return reply ? reply : AnswerTexts(request);
-}
-
-EZVLanguageCode BroadcastDataService::PreferredLanguage() const
-{
-    return CurrentAudio(m_player, m_selection).value_or(ZVAudio{}).language;
+    if (std::optional<CMessageBuffer> reply = AnswerFrom(Rows, functions, request)) {
+        return reply;
+    }
+    EZVLanguageCode const preferred = CurrentAudio(m_player, m_selection).value_or(ZVAudio{}).language;
+    return AnswerTexts(request, m_player, m_selection, preferred);
 }
 
 } // namespace zviptv::sim

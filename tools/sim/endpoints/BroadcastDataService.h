@@ -20,9 +20,6 @@ public:
     std::optional<CMessageBuffer> Answer(Request const& request);
 
 private:
-    std::optional<CMessageBuffer> AnswerTexts(Request const& request);
-    EZVLanguageCode PreferredLanguage() const;
-
     Player const& m_player;
     Selection const& m_selection;
     ParentalLock& m_lock;

@@ -1,4 +1,4 @@
-#include "BroadcastDataService.h"
+#include "BroadcastDataTexts.h"
 
 #include "RecordReplies.h"
 #include "RequestTable.h"
@@ -6,8 +6,6 @@
 #include "playback/Tracks.h"
 
 #include <algorithm>
-
-// What BroadcastDataService answers of teletext, subtitles and captions.
 
 namespace zviptv::sim {
 
@@ -163,9 +161,10 @@ constexpr RequestRow<BroadcastTexts> Rows[] = {
 
 } // namespace
 
-std::optional<CMessageBuffer> BroadcastDataService::AnswerTexts(Request const& request)
+std::optional<CMessageBuffer> AnswerTexts(Request const& request, Player const& player,
+                                          Selection const& selection, EZVLanguageCode preferred)
 {
-    BroadcastTexts functions(m_player, m_selection, PreferredLanguage());
+    BroadcastTexts functions(player, selection, preferred);
     return AnswerFrom(Rows, functions, request);
 }
 

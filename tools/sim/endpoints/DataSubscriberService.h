@@ -4,7 +4,7 @@
 #include "PesFilter.h"
 #include "RequestLog.h"
 #include "Subscriber.h"
-#include "host/MainLoop.h"
+#include "common/MainLoop.h"
 
 #include <map>
 #include <memory>

@@ -1,5 +1,6 @@
 #include "PlayerControlService.h"
 
+#include "RecordReplies.h"
 #include "RequestTable.h"
 #include "playback/CaptionServices.h"
 #include "playback/Tracks.h"

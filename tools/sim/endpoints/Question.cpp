@@ -3,8 +3,6 @@
 #include <zviptv/Protocol.h>
 #include <zviptv/ProxyDBusHelper.h>
 
-#include <gio/gio.h>
-
 #include <utility>
 
 namespace zviptv::sim {
@@ -14,20 +12,13 @@ namespace {
 constexpr char Bus[] = "org.freedesktop.DBus";
 constexpr char AccessDenied[] = "org.freedesktop.DBus.Error.AccessDenied";
 
-using Message = std::unique_ptr<GDBusMessage, void (*)(GDBusMessage*)>;
-
-Message Own(GDBusMessage* message)
-{
-    return Message(message, [](GDBusMessage* owned) { g_clear_object(&owned); });
-}
-
-Message NewCall(std::string const& busName)
+Owned<GDBusMessage> NewCall(std::string const& busName)
 {
     std::string const path =
         std::string(CProxyDBusHelper::PROXY_DBUS_HELPER_OBJ_NAME) + "/" + protocol::type::DataSubscriber;
-    Message call = Own(g_dbus_message_new_method_call(busName.c_str(), path.c_str(),
-                                                      CProxyDBusHelper::PROXY_DBUS_HELPER_OBJ_IFACE,
-                                                      CProxyDBusHelper::PROXY_DBUS_HELPER_OBJ_METHOD));
+    Owned<GDBusMessage> call(g_dbus_message_new_method_call(busName.c_str(), path.c_str(),
+                                                            CProxyDBusHelper::PROXY_DBUS_HELPER_OBJ_IFACE,
+                                                            CProxyDBusHelper::PROXY_DBUS_HELPER_OBJ_METHOD));
     g_dbus_message_set_flags(call.get(), G_DBUS_MESSAGE_FLAGS_NO_AUTO_START);
     g_dbus_message_set_body(call.get(), g_variant_new_parsed("(@a{sv} {},)"));
     return call;
@@ -44,21 +35,17 @@ bool IsAnswer(GDBusMessage* reply)
 } // namespace
 
 Question::Question(std::string busName)
-    : m_busName(std::move(busName)),
-      m_connection(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr),
-                   [](GDBusConnection* connection) { g_clear_object(&connection); }),
-      m_cancellable(g_cancellable_new(), g_object_unref)
+    : m_busName(std::move(busName)), m_connection(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr)),
+      m_cancellable(g_cancellable_new())
 {
 }
-
-Question::~Question() = default;
 
 bool Question::Ask()
 {
     if (m_connection == nullptr) {
         return false;
     }
-    Message const reply = Own(g_dbus_connection_send_message_with_reply_sync(
+    Owned<GDBusMessage> const reply(g_dbus_connection_send_message_with_reply_sync(
         m_connection.get(), NewCall(m_busName).get(), G_DBUS_SEND_MESSAGE_FLAGS_NONE, G_MAXINT, nullptr,
         m_cancellable.get(), nullptr));
     return reply != nullptr && IsAnswer(reply.get());

@@ -1,10 +1,8 @@
 #pragma once
 
-#include <memory>
-#include <string>
+#include "glib/Owned.h"
 
-typedef struct _GCancellable GCancellable;
-typedef struct _GDBusConnection GDBusConnection;
+#include <string>
 
 namespace zviptv::sim {
 
@@ -16,7 +14,7 @@ class Question
 public:
     /// On the bus connection that the channels use, so that nothing overtakes anything.
     explicit Question(std::string busName);
-    ~Question();
+    ~Question() = default;
     Question(Question const&) = delete;
     Question& operator=(Question const&) = delete;
 
@@ -29,8 +27,8 @@ public:
 
 private:
     std::string m_busName;
-    std::shared_ptr<GDBusConnection> m_connection;
-    std::shared_ptr<GCancellable> m_cancellable;
+    Owned<GDBusConnection> m_connection;
+    Owned<GCancellable> m_cancellable;
 };
 
 } // namespace zviptv::sim

@@ -2,13 +2,23 @@
 
 #include "Message.h"
 
+#include <zviptv/IPTVTypes.h>
+
 #include <cstddef>
 #include <optional>
 #include <vector>
 
 namespace zviptv::sim {
 
-// Replies about lists of records.
+// Requests for lists of records, and replies about them.
+
+/// The type of ISDB text that a request names; nothing for another number.
+inline std::optional<EZVISDBTextType> TextType(Request const& request)
+{
+    std::optional<int> const type = request.Get<int>(protocol::key::Mode);
+    bool const known = type && (*type == ZV_ISDB_TEXT_CAPTION || *type == ZV_ISDB_TEXT_SUPERIMPOSE);
+    return known ? std::optional<EZVISDBTextType>(static_cast<EZVISDBTextType>(*type)) : std::nullopt;
+}
 
 /// The entry of a list; nothing past its end.
 template <typename Record, typename Index>

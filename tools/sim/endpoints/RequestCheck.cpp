@@ -1,7 +1,7 @@
 #include "RequestCheck.h"
 
-#include "ProtocolSchema.h"
 #include "RequestLog.h"
+#include "common/ProtocolSchema.h"
 
 #include <zviptv/Protocol.h>
 

@@ -1,7 +1,7 @@
 #include "RequestLog.h"
 
 #include "RequestCheck.h"
-#include "StandardStreams.h"
+#include "common/StandardStreams.h"
 
 #include <zviptv/Protocol.h>
 

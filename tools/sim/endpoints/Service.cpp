@@ -20,7 +20,7 @@ constexpr char InjectedError[] = "org.corvel.zviptvapi.Error.Injected";
 constexpr char InjectedText[] = "An error as asked for with --fault";
 
 /// The guide's clock: runs on from `start`, or shows the real time.
-ProgramGuideService::Clock ClockFrom(std::optional<std::int64_t> start)
+ProgrammeGuideService::Clock ClockFrom(std::optional<std::int64_t> start)
 {
     std::int64_t const offset = start ? *start - std::time(nullptr) : 0;
     return [offset] { return std::time(nullptr) + offset; };
@@ -32,17 +32,17 @@ Service::Service(ServiceOptions const& options, MainLoop& loop)
     : m_loop(loop), m_awaited(options.awaitedSubscribers), m_faults(options.faults), m_log(options.log),
       m_lock(options.ratingLimit, options.serviceLocked), m_subscribers(options.filter, loop),
       m_player(options.playback, [this](PesPacket const& pes) { m_subscribers.Push(pes); }),
-      m_programGuide(m_player, ClockFrom(options.now), loop,
-                     [this](std::string const& text) { m_log.Say(text); }),
+      m_programmeGuide(m_player, ClockFrom(options.now), loop,
+                       [this](std::string const& text) { m_log.Say(text); }),
       m_playerControl(m_player, m_selection), m_broadcastData(m_player, m_selection, m_lock),
-      m_applications([this](std::string const& busName) { m_programGuide.Forget(busName); }),
+      m_applications([this](std::string const& busName) { m_programmeGuide.Forget(busName); }),
       m_playerControlEnd(type::PlayerControl, HandlerOf(type::PlayerControl,
                                                         [this](Request const& request) {
                                                             return m_playerControl.Answer(request);
                                                         })),
       m_broadcastDataEnd(type::BroadcastData, HandlerOf(type::BroadcastData,
                                                         [this](Request const& request) {
-                                                            m_lock.Follow(m_programGuide.Present());
+                                                            m_lock.Follow(m_programmeGuide.Present());
                                                             return m_broadcastData.Answer(request);
                                                         })),
       m_subscriberEnd(type::DataSubscriber, HandlerOf(type::DataSubscriber,
@@ -51,12 +51,13 @@ Service::Service(ServiceOptions const& options, MainLoop& loop)
                                                           PlayWhenAwaited();
                                                           return reply;
                                                       })),
-      m_programGuideEnd(type::ProgramGuide, [this](CMessageBuffer& message) { return AnswerGuide(message); })
+      m_programmeGuideEnd(type::ProgramGuide,
+                          [this](CMessageBuffer& message) { return AnswerGuide(message); })
 {
     if (!options.guide.empty()) {
-        m_programGuide.Load(options.guide);
+        m_programmeGuide.Load(options.guide);
     }
-    m_player.SetPacketListener([this](TsPacket const& packet) { m_programGuide.Push(packet); });
+    m_player.SetPacketListener([this](TsPacket const& packet) { m_programmeGuide.Push(packet); });
     m_player.SetProgrammeListener([this](Programme const& next) { m_selection.Follow(m_player, next); });
     loop.CatchSignals(); // applications are about to know of the service: it has to end in order now
     IConnectionHelper* helper = nullptr;
@@ -106,7 +107,7 @@ void Service::ShowStatus()
     auto const rate = std::llround(static_cast<double>(counts.sent - m_packets) / seconds);
     m_packets = counts.sent;
     m_statusAt = now;
-    m_lock.Follow(m_programGuide.Present());
+    m_lock.Follow(m_programmeGuide.Present());
     m_log.Write(RequestLog::Status{m_applications.Count(), static_cast<std::uint64_t>(rate), counts.dropped,
                                    std::move(counts.subscribers), m_selection.appId, m_selection.audioMuted,
                                    m_selection.videoMuted,
@@ -124,14 +125,14 @@ std::string Service::Partner(std::string const& busName, std::string const& type
     Endpoint* const endpoint = type == type::PlayerControl    ? &m_playerControlEnd
                                : type == type::BroadcastData  ? &m_broadcastDataEnd
                                : type == type::DataSubscriber ? &m_subscriberEnd
-                               : type == type::ProgramGuide   ? &m_programGuideEnd
+                               : type == type::ProgramGuide   ? &m_programmeGuideEnd
                                                               : nullptr;
     if (endpoint == nullptr) {
         return std::string();
     }
     comesUp ? m_applications.Add(busName, type) : m_applications.Remove(busName, type);
-    if (endpoint == &m_programGuideEnd && !comesUp) {
-        m_programGuide.Forget(busName);
+    if (endpoint == &m_programmeGuideEnd && !comesUp) {
+        m_programmeGuide.Forget(busName);
     }
     if (endpoint == &m_subscriberEnd) {
         comesUp ? m_subscribers.Add(busName) : m_subscribers.Remove(busName);
@@ -158,16 +159,16 @@ CMessageBuffer Service::AnswerGuide(CMessageBuffer const& message)
     Call call = Begin(type::ProgramGuide, message);
     Request const request(message, call.busName);
     if (request.Function() != protocol::function::CloneUSBToTV) {
-        CMessageBuffer const reply = m_programGuide.Answer(request).value_or(Reply(false));
+        CMessageBuffer const reply = m_programmeGuide.Answer(request).value_or(Reply(false));
         if (!m_applications.Has(call.busName)) {
-            m_programGuide.Forget(call.busName); // nobody would tell when it goes
+            m_programmeGuide.Forget(call.busName); // nobody would tell when it goes
         }
         return Finish(call, reply);
     }
     call.later.emplace(CDeferredReply::Take());
     auto const waiting = std::make_shared<Call>(std::move(call));
-    m_programGuide.Clone(Request(waiting->message, waiting->busName),
-                         [this, waiting](Reply const& reply) { Finish(*waiting, reply); });
+    m_programmeGuide.Clone(Request(waiting->message, waiting->busName),
+                           [this, waiting](Reply const& reply) { Finish(*waiting, reply); });
     return CMessageBuffer();
 }
 

@@ -6,9 +6,9 @@
 #include "Endpoint.h"
 #include "Faults.h"
 #include "PlayerControlService.h"
-#include "ProgramGuideService.h"
+#include "ProgrammeGuideService.h"
 #include "RequestLog.h"
-#include "host/MainLoop.h"
+#include "common/MainLoop.h"
 #include "playback/ParentalLock.h"
 #include "playback/Player.h"
 #include "playback/Selection.h"
@@ -87,14 +87,14 @@ private:
     std::chrono::steady_clock::time_point m_statusAt;
     DataSubscriberService m_subscribers;
     Player m_player;
-    ProgramGuideService m_programGuide;
+    ProgrammeGuideService m_programmeGuide;
     PlayerControlService m_playerControl;
     BroadcastDataService m_broadcastData;
     Applications m_applications;
     Endpoint m_playerControlEnd;
     Endpoint m_broadcastDataEnd;
     Endpoint m_subscriberEnd;
-    Endpoint m_programGuideEnd;
+    Endpoint m_programmeGuideEnd;
 };
 
 } // namespace zviptv::sim

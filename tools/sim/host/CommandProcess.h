@@ -1,7 +1,8 @@
 #pragma once
 
-#include "Process.h"
 #include "Signals.h"
+#include "process/Process.h"
+#include "process/Spawn.h"
 
 #include <optional>
 #include <string>
@@ -15,11 +16,8 @@ class CommandProcess
 public:
     using Clock = Signals::Clock;
 
-    /// @throws std::system_error
-    explicit CommandProcess(std::vector<std::string> const& words)
-        : m_process(Process::Run(words, Process::Group::Ours))
-    {
-    }
+    /// @throws std::system_error when it cannot be run
+    explicit CommandProcess(std::vector<std::string> const& words) : m_process(Spawn({words, {}, {}})) {}
 
     /// Its exit status once it has ended.
     std::optional<int> Ended() { return m_process.Poll(); }

@@ -1,6 +1,6 @@
 #include "Options.h"
 
-#include "UsageText.h"
+#include "common/UsageText.h"
 
 #include <CLI/CLI.hpp>
 

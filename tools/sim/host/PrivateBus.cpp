@@ -1,18 +1,22 @@
 #include "PrivateBus.h"
 
-#include "MemoryFile.h"
-#include "Pipe.h"
+#include "process/BusDaemon.h"
+#include "process/FileHandle.h"
 
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
 #include <cstdlib>
 #include <random>
 #include <sstream>
 #include <stdexcept>
+#include <system_error>
 
 namespace zviptv::sim {
 
 namespace {
-
-constexpr std::chrono::seconds StartTimeout{10};
 
 /// Whoever is let in may do everything. Without a rule that is the user of the daemon.
 constexpr char Policy[] = R"(
@@ -44,23 +48,51 @@ std::string Config(std::string const& address)
            address + "</listen>" + Policy;
 }
 
+/// A file without a name, to be handed to a program. Gone when the last who has it open is.
+FileHandle MemoryFile(std::string const& contents = {})
+{
+    FileHandle file(memfd_create("zviptv-sim", MFD_CLOEXEC));
+    if (write(file.Get(), contents.data(), contents.size()) != static_cast<ssize_t>(contents.size())) {
+        throw std::system_error(errno, std::generic_category(), "cannot make a file in memory");
+    }
+    return file;
+}
+
+std::string ContentsOf(FileHandle const& file)
+{
+    std::string contents;
+    std::array<char, 1024> buffer;
+    for (ssize_t size = 0;
+         (size = pread(file.Get(), buffer.data(), buffer.size(), static_cast<off_t>(contents.size()))) > 0;) {
+        contents.append(buffer.data(), static_cast<std::size_t>(size));
+    }
+    return contents;
+}
+
 } // namespace
 
 PrivateBus::PrivateBus()
 {
-    MemoryFile const config(Config(NewAddress()));
-    MemoryFile const errors;
-    Pipe address;
-    address.PassOn();
-    m_daemon = Process::Run({"dbus-daemon", "--config-file=" + config.Path(), "--nofork", "--nopidfile",
-                             "--nosyslog", "--print-address=" + std::to_string(address.WriteEnd())},
-                            Process::Group::Own, errors.Descriptor());
-    address.CloseWriteEnd();
-    m_address = address.ReadLine(StartTimeout);
+    constexpr int configTarget = 4;
+    std::string const address = NewAddress();
+    FileHandle const config = MemoryFile(Config(address));
+    FileHandle const errors = MemoryFile();
+    std::string reason;
+    try {
+        BusStart start;
+        start.config = "/proc/self/fd/" + std::to_string(configTarget);
+        start.address = address;
+        start.descriptors = {{config.Get(), configTarget}, {errors.Get(), STDERR_FILENO}};
+        BusDaemon const daemon = StartBusDaemon(start);
+        m_daemon.emplace(daemon.pid);
+        m_address = daemon.address;
+    } catch (std::system_error const& failure) {
+        reason = failure.what();
+    }
     if (m_address.empty()) {
         throw std::runtime_error("the private bus did not start: install the package dbus-daemon, or see "
                                  "what it said:\n" +
-                                 errors.Contents());
+                                 reason + ContentsOf(errors));
     }
     setenv("DBUS_SYSTEM_BUS_ADDRESS", m_address.c_str(), 1);
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Process.h"
+#include "process/Process.h"
 
 #include <optional>
 #include <string>

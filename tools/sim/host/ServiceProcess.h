@@ -1,9 +1,9 @@
 #pragma once
 
 #include "Options.h"
-#include "Pipe.h"
-#include "Process.h"
 #include "Signals.h"
+#include "process/Pipe.h"
+#include "process/Process.h"
 
 #include <optional>
 

@@ -1,16 +1,46 @@
 #include "ServiceRun.h"
 
-#include "MainLoop.h"
-#include "SystemBus.h"
+#include "common/MainLoop.h"
+#include "glib/Owned.h"
 
 #include <zviptv/ConnectionHelperDBusClient.h>
+#include <zviptv/ConnectionHelperDBusServer.h>
 
+#include <cstring>
 #include <stdexcept>
 #include <string>
 
 namespace zviptv::sim {
 
 namespace {
+
+/// Why the system bus cannot be reached; empty when it can.
+std::string WhyNoSystemBus()
+{
+    Error error;
+    Owned<GDBusConnection> const connection(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, error.Out()));
+    return error ? error.Message() : std::string();
+}
+
+/// Whether this process owns the service's name. The bus works off a process's requests in order: the answer
+/// comes after the one to the library's request for the name.
+bool OwnsServiceName()
+{
+    Owned<GDBusConnection> const connection(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr));
+    if (connection == nullptr) {
+        return false;
+    }
+    Owned<GVariant> const answer(g_dbus_connection_call_sync(
+        connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+        "GetNameOwner", g_variant_new("(s)", CConnectionHelperDBusServer::CONNECTION_NAME),
+        G_VARIANT_TYPE("(s)"), G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr));
+    if (answer == nullptr) {
+        return false;
+    }
+    char const* owner = nullptr;
+    g_variant_get(answer.get(), "(&s)", &owner);
+    return std::strcmp(owner, g_dbus_connection_get_unique_name(connection.get())) == 0;
+}
 
 /// @throws std::runtime_error when the bus cannot be used
 void RequireBus()

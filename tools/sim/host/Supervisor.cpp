@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <system_error>
 
 namespace zviptv::sim {
 
@@ -32,9 +33,10 @@ std::optional<int> AwaitService(ServiceProcess& service, Signals const& signals)
     return ended == 0 ? Failure : ended;
 }
 
-/// Waits for the command's end, which the end of the service does not bring about.
-int SuperviseCommand(CommandProcess command, ServiceProcess& service, Signals const& signals)
-{
+/// Runs the command, and waits for its end, which the end of the service does not bring about.
+int SuperviseCommand(std::vector<std::string> const& words, ServiceProcess& service, Signals const& signals)
+try {
+    CommandProcess command(words);
     std::optional<int> status;
     while (!(status = command.Ended())) {
         Signals::Signal const signal =
@@ -46,6 +48,9 @@ int SuperviseCommand(CommandProcess command, ServiceProcess& service, Signals co
         service.Advance();
     }
     return *status;
+} catch (std::system_error const& failure) {
+    std::fprintf(stderr, "zviptv-sim: %s\n", failure.what());
+    return Process::CannotRun;
 }
 
 /// Waits for a request to end, or for a service that ends by itself.
@@ -65,7 +70,7 @@ int SuperviseReady(Options const& options, PrivateBus const* bus, ServiceProcess
 {
     setenv("ZVIPTV_SIM_PID", std::to_string(service.Pid()).c_str(), 1);
     if (!options.command.empty()) {
-        return SuperviseCommand(CommandProcess(options.command), service, signals);
+        return SuperviseCommand(options.command, service, signals);
     }
     if (bus != nullptr) {
         RequestLog(options.service.log).WriteBus(bus->Address());

@@ -1,6 +1,6 @@
 #include "StreamGuide.h"
 
-#include "StandardStreams.h"
+#include "common/StandardStreams.h"
 #include "guide/GuideProblems.h"
 
 #include <cstdio>

@@ -157,13 +157,6 @@ std::vector<ZVISDBText> IsdbTexts(Programme const& programme, EZVISDBTextType ty
     return records;
 }
 
-std::optional<EZVISDBTextType> TextType(Request const& request)
-{
-    std::optional<int> const type = request.Get<int>(protocol::key::Mode);
-    bool const known = type && (*type == ZV_ISDB_TEXT_CAPTION || *type == ZV_ISDB_TEXT_SUPERIMPOSE);
-    return known ? std::optional<EZVISDBTextType>(static_cast<EZVISDBTextType>(*type)) : std::nullopt;
-}
-
 bool IsSubtitle(ZVTTX const& page)
 {
     return page.type == TeletextSubtitle || page.type == TeletextHardOfHearing;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "endpoints/Message.h"
 #include "stream/AribLanguages.h"
 #include "stream/AudioFormat.h"
 
@@ -25,9 +24,6 @@ std::vector<ZVHybridSBT> HybridSubtitles(Programme const& programme);
 /// One a stream; one a language where the stream's languages are known.
 std::vector<ZVISDBText> IsdbTexts(Programme const& programme, EZVISDBTextType type,
                                   AribLanguages const& languages = {});
-
-/// The type of ISDB text that a request names; nothing for another number.
-std::optional<EZVISDBTextType> TextType(Request const& request);
 
 /// A page that carries subtitles.
 bool IsSubtitle(ZVTTX const& page);

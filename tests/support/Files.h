@@ -1,0 +1,16 @@
+#pragma once
+
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace zviptv::test {
+
+/// What is in the file; empty if it cannot be read.
+inline std::string ReadFile(std::string const& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+} // namespace zviptv::test

@@ -1,0 +1,61 @@
+#include "Invocation.h"
+
+#include "commands/Arguments.h"
+#include "output/OutputFile.h"
+
+#include <iostream>
+#include <sstream>
+
+namespace zviptv::ctl {
+
+ExitCode Invocation::RunWith(std::function<ExitCode(Session& session)> const& command) const
+{
+    Handle const handle{
+        static_cast<IPTVProfile>(ParseArgument<std::int32_t>(profile, {"zviptvctl", "--profile"})),
+        ParseArgument<int>(id, {"zviptvctl", "--id"})};
+    LogCollector log(echoLog);
+    Session session(handle, log);
+    return command(session);
+}
+
+ExitCode Invocation::AnswerWith(std::function<Answer(Session& session)> const& command) const
+{
+    std::ostringstream text;
+    ExitCode const code = RunWith([&](Session& session) {
+        Answer const answer = command(session);
+        Print(text, answer, asJson);
+        if (!answer.warning.empty()) {
+            Say(answer.warning);
+        }
+        for (Failure const& failure : answer.failures) {
+            Say(failure.what());
+        }
+        return answer.Code();
+    });
+    WriteOutput(text.str());
+    return code;
+}
+
+ExitCode Invocation::Perform(std::function<ExitCode()> const& command, bool answersOnce) const
+{
+    try {
+        OutputFile const probe("-"); // before a closed standard output's number is given to something else
+        return command();
+    } catch (Failure const& failure) {
+        Say(failure.what());
+        bool const isAboutService = failure.Code() == ExitCode::NoService ||
+                                    failure.Code() == ExitCode::NoAnswer ||
+                                    failure.Code() == ExitCode::Malformed;
+        if (asJson && answersOnce && isAboutService) {
+            PrintError(std::cout, failure.what());
+        }
+        return failure.Code();
+    }
+}
+
+void Say(std::string const& text)
+{
+    std::cerr << "zviptvctl: " << text << '\n';
+}
+
+} // namespace zviptv::ctl

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "Command.h"
+
+namespace zviptv::ctl {
+
+/// The commands `captions`.
+std::vector<Command> CaptionCommands();
+
+} // namespace zviptv::ctl

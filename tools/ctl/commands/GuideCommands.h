@@ -1,0 +1,10 @@
+#pragma once
+
+#include "Command.h"
+
+namespace zviptv::ctl {
+
+/// The commands `guide`.
+std::vector<Command> GuideCommands();
+
+} // namespace zviptv::ctl

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "Command.h"
+
+namespace zviptv::ctl {
+
+/// The commands `mute`, `rating` and `unlock`.
+std::vector<Command> LockCommands();
+
+} // namespace zviptv::ctl

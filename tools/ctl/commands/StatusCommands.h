@@ -1,0 +1,10 @@
+#pragma once
+
+#include "Command.h"
+
+namespace zviptv::ctl {
+
+/// The command `status`.
+std::vector<Command> StatusCommands();
+
+} // namespace zviptv::ctl

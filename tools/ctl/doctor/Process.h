@@ -1,0 +1,10 @@
+#pragma once
+
+#include "doctor/Facts.h"
+
+namespace zviptv::ctl::doctor {
+
+/// What /proc shows of the process that owns the name.
+void LookUpProcess(ServiceFacts& service);
+
+} // namespace zviptv::ctl::doctor

@@ -1,0 +1,11 @@
+#pragma once
+
+#include "doctor/BusProbe.h"
+#include "doctor/Facts.h"
+
+namespace zviptv::ctl::doctor {
+
+/// Asks the bus for the owner of the service's name, and the owner for an answer.
+void ProbeService(BusProbe& bus, ServiceFacts& service);
+
+} // namespace zviptv::ctl::doctor

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace zviptv::ctl {
+
+class Call;
+
+struct Parameter
+{
+    std::string type; ///< as in C++; numbers with their bits, such as uint32
+    std::string name;
+};
+
+/// One method of the interfaces, as a command line sees it.
+struct Method
+{
+    char const* interface;
+    char const* name;
+    std::vector<Parameter> inputs; ///< the arguments; a programme id counts as its fields
+    std::vector<Parameter> outputs;
+    std::size_t required; ///< so many of the arguments may not be left out
+    void (*call)(Call&);  ///< null when the method takes a callback
+    char const* instead;  ///< the command that does what the method is for, where `call` is null
+
+    bool Takes(std::size_t count) const { return count >= required && count <= inputs.size(); }
+};
+
+/// All of them, in the order of the interfaces' declarations. Generated from the description of the protocol.
+std::vector<Method> const& Methods();
+
+} // namespace zviptv::ctl

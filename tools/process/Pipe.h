@@ -1,0 +1,35 @@
+#pragma once
+
+#include "FileHandle.h"
+
+#include <chrono>
+#include <string>
+
+namespace zviptv {
+
+/// A pipe between this process and a child.
+class Pipe
+{
+public:
+    /// @throws std::system_error
+    Pipe();
+
+    // A program that is run gets none of the two by itself.
+    int ReadEnd() const { return m_read.Get(); }
+    int WriteEnd() const { return m_write.Get(); }
+
+    /// To be called once the child has its own; without it the end of the child is not noticed.
+    void CloseWriteEnd() { m_write.Reset(); }
+
+    /// Something can be read, or the pipe has ended.
+    bool HasInput() const;
+
+    /// The first line that comes; empty when the pipe ends, or the time is over, before.
+    std::string ReadLine(std::chrono::milliseconds timeout);
+
+private:
+    FileHandle m_read;
+    FileHandle m_write;
+};
+
+} // namespace zviptv

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "Message.h"
+#include "playback/Player.h"
+#include "playback/Selection.h"
+
+namespace zviptv::sim {
+
+/// Answers the requests about teletext, subtitles and captions; nothing when the function is another one.
+std::optional<CMessageBuffer> AnswerTexts(Request const& request, Player const& player,
+                                          Selection const& selection, EZVLanguageCode preferred);
+
+} // namespace zviptv::sim
