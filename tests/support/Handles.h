@@ -68,8 +68,9 @@ public:
     explicit operator bool() const { return m_descriptor >= 0; }
     void Reset()
     {
-        if (m_descriptor >= 0)
+        if (m_descriptor >= 0) {
             close(std::exchange(m_descriptor, -1));
+        }
     }
 
 private:

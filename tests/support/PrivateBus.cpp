@@ -38,8 +38,9 @@ std::string NewDirectory()
 {
     // Always /tmp: a socket address holds 107 characters only.
     std::string path = "/tmp/zviptv-bus-XXXXXX";
-    if (mkdtemp(path.data()) == nullptr)
+    if (mkdtemp(path.data()) == nullptr) {
         throw std::system_error(errno, std::generic_category(), "mkdtemp");
+    }
     return path;
 }
 
@@ -60,32 +61,38 @@ std::string ReadLine(int descriptor)
         auto const left =
             std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
         pollfd polled{descriptor, POLLIN, 0};
-        if (left.count() <= 0 || poll(&polled, 1, static_cast<int>(left.count())) == 0)
+        if (left.count() <= 0 || poll(&polled, 1, static_cast<int>(left.count())) == 0) {
             return {};
+        }
         std::array<char, 512> buffer;
         auto const size = read(descriptor, buffer.data(), buffer.size());
-        if (size == 0 || (size < 0 && errno != EINTR))
+        if (size == 0 || (size < 0 && errno != EINTR)) {
             return {};
-        if (size > 0)
+        }
+        if (size > 0) {
             line.append(buffer.data(), static_cast<std::size_t>(size));
+        }
     }
     return line;
 }
 
 void RestoreVariable(std::optional<std::string> const& former)
 {
-    if (former)
+    if (former) {
         setenv(addressVariable, former->c_str(), 1);
-    else
+    } else {
         unsetenv(addressVariable);
+    }
 }
 
 void SignalAndAwait(pid_t pid, int signal, int waitFlag)
 {
-    if (pid == 0)
+    if (pid == 0) {
         throw std::logic_error("the bus is dead");
-    if (kill(pid, signal) != 0 || waitpid(pid, nullptr, waitFlag) != pid)
+    }
+    if (kill(pid, signal) != 0 || waitpid(pid, nullptr, waitFlag) != pid) {
         throw std::system_error(errno, std::generic_category(), "dbus-daemon does not obey");
+    }
 }
 
 } // namespace
@@ -102,17 +109,20 @@ PrivateBus::PrivateBus(BusOptions options)
         RemoveDirectory();
         throw;
     }
-    if (!m_options.setEnvironment)
+    if (!m_options.setEnvironment) {
         return;
-    if (char const* const former = getenv(addressVariable); former != nullptr)
+    }
+    if (char const* const former = getenv(addressVariable); former != nullptr) {
         m_formerAddress = former;
+    }
     setenv(addressVariable, m_address.c_str(), 1);
 }
 
 PrivateBus::~PrivateBus()
 {
-    if (m_options.setEnvironment)
+    if (m_options.setEnvironment) {
         RestoreVariable(m_formerAddress);
+    }
     Kill();
     RemoveDirectory();
 }
@@ -136,15 +146,17 @@ void PrivateBus::WriteConfig() const
            << "</listen>\n"
               "  <auth>EXTERNAL</auth>\n"
            << (m_options.openPolicy ? openPolicy : "") << m_options.extraConfig << "\n</busconfig>\n";
-    if (!config.flush())
+    if (!config.flush()) {
         throw std::runtime_error("cannot write " + m_directory + "/bus.conf");
+    }
 }
 
 void PrivateBus::Start()
 {
     int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0)
+    if (pipe2(ends, O_CLOEXEC) != 0) {
         throw std::system_error(errno, std::generic_category(), "pipe2");
+    }
     FileHandle const readEnd(ends[0]);
     FileHandle writeEnd(ends[1]);
     FileHandle const log(open(LogFile().c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600));
@@ -179,8 +191,9 @@ std::string PrivateBus::Log() const
 
 void PrivateBus::Kill()
 {
-    if (m_pid == 0)
+    if (m_pid == 0) {
         return;
+    }
     kill(m_pid, SIGKILL);
     while (waitpid(m_pid, nullptr, 0) < 0 && errno == EINTR) {
     }

@@ -26,19 +26,22 @@ std::vector<std::string> MergedEnvironment(std::map<std::string, std::string> co
     std::vector<std::string> merged;
     for (char** variable = environ; *variable != nullptr; ++variable) {
         std::string const text = *variable;
-        if (added.count(text.substr(0, text.find('='))) == 0)
+        if (added.count(text.substr(0, text.find('='))) == 0) {
             merged.push_back(text);
+        }
     }
-    for (auto const& [name, value] : added)
+    for (auto const& [name, value] : added) {
         merged.push_back(name + "=" + value);
+    }
     return merged;
 }
 
 std::vector<char*> Pointers(std::vector<std::string>& texts)
 {
     std::vector<char*> pointers;
-    for (auto& text : texts)
+    for (auto& text : texts) {
         pointers.push_back(text.data());
+    }
     pointers.push_back(nullptr);
     return pointers;
 }
@@ -60,17 +63,20 @@ struct ChildPlan
     int const failures = fcntl(plan.failures, F_DUPFD_CLOEXEC, outOfTheWay);
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     // The parent may have died before the request above, which then never fires.
-    if (getppid() != plan.parent)
+    if (getppid() != plan.parent) {
         _exit(127);
+    }
     sigset_t none;
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr);
     signal(SIGPIPE, SIG_DFL);
     // First all out of the way, so that no target overwrites a source that is still wanted.
-    for (auto& [source, target] : plan.descriptors)
+    for (auto& [source, target] : plan.descriptors) {
         source = fcntl(source, F_DUPFD_CLOEXEC, outOfTheWay);
-    for (auto const& [source, target] : plan.descriptors)
+    }
+    for (auto const& [source, target] : plan.descriptors) {
         dup2(source, target);
+    }
     execvpe(plan.arguments[0], plan.arguments, plan.environment);
     int const reason = errno;
     static_cast<void>(!write(failures, &reason, sizeof reason));
@@ -105,22 +111,26 @@ Outcome ForkAndExec(SpawnRequest const& request)
     auto const arguments = Pointers(command);
     auto const environment = Pointers(variables);
     int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0)
+    if (pipe2(ends, O_CLOEXEC) != 0) {
         return {0, errno, "pipe2 for "};
+    }
     FileHandle const failures(ends[0]);
     FileHandle writeEnd(ends[1]);
 
     ChildPlan const plan{arguments.data(), environment.data(), descriptors, getpid(), writeEnd.Get()};
     pid_t const child = fork();
-    if (child < 0)
+    if (child < 0) {
         return {0, errno, "fork for "};
-    if (child == 0)
+    }
+    if (child == 0) {
         RunChild(plan);
+    }
 
     writeEnd.Reset();
     int const reason = ReadReason(failures.Get());
-    if (reason != 0)
+    if (reason != 0) {
         waitpid(child, nullptr, 0);
+    }
     return {child, reason, "cannot run "};
 }
 
@@ -148,8 +158,9 @@ public:
 
     Outcome Spawn(SpawnRequest const& request)
     {
-        if (getpid() != m_owner)
+        if (getpid() != m_owner) {
             return ForkAndExec(request);
+        }
         auto const task =
             std::make_shared<std::packaged_task<Outcome()>>([&] { return ForkAndExec(request); });
         auto result = task->get_future();
@@ -167,8 +178,9 @@ private:
         std::unique_lock lock(m_mutex);
         while (true) {
             m_changed.wait(lock, [this] { return m_stopping || !m_tasks.empty(); });
-            if (m_tasks.empty())
+            if (m_tasks.empty()) {
                 return;
+            }
             auto const task = std::move(m_tasks.back());
             m_tasks.pop_back();
             lock.unlock();
@@ -191,9 +203,10 @@ pid_t Spawn(SpawnRequest const& request)
 {
     static Spawner spawner;
     auto const outcome = spawner.Spawn(request);
-    if (outcome.error != 0)
+    if (outcome.error != 0) {
         throw std::system_error(outcome.error, std::generic_category(),
                                 outcome.what + request.command.front());
+    }
     return outcome.pid;
 }
 
