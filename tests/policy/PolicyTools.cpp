@@ -12,8 +12,9 @@ bool IsOpenToAll(std::filesystem::path const& program)
 {
     for (auto path = program; path.has_relative_path(); path = path.parent_path()) {
         auto const mode = std::filesystem::status(path).permissions();
-        if ((mode & std::filesystem::perms::others_exec) == std::filesystem::perms::none)
+        if ((mode & std::filesystem::perms::others_exec) == std::filesystem::perms::none) {
             return false;
+        }
     }
     return true;
 }
@@ -28,11 +29,14 @@ Credentials CredentialsOf(Account const& account)
 
 void PolicyToolsTest::SetUp()
 {
-    if (auto const reason = WhyNot(); !reason.empty())
+    if (auto const reason = WhyNot(); !reason.empty()) {
         GTEST_SKIP() << reason;
-    for (auto const program : {ZVIPTV_SIM, ZVIPTV_CTL, ZVIPTV_PYTHON_SERVICE})
-        if (!IsOpenToAll(program))
+    }
+    for (auto const program : {ZVIPTV_SIM, ZVIPTV_CTL, ZVIPTV_PYTHON_SERVICE}) {
+        if (!IsOpenToAll(program)) {
             GTEST_SKIP() << "other users cannot reach " << program;
+        }
+    }
     m_bus = std::make_unique<PolicyBus>();
 }
 

@@ -144,8 +144,9 @@ TEST_F(PolicyDoctorTest, TellsAPolicyThatIsNotLoadedFromAMissingGroup)
     options.baseConfig = "/usr/share/dbus-1/system.conf";
     PrivateBus const stock(options);
     chmod(stock.Directory().c_str(), 0711);
-    if (std::filesystem::exists(packagedPolicy))
+    if (std::filesystem::exists(packagedPolicy)) {
         GTEST_SKIP() << "every stock bus here loads " << packagedPolicy;
+    }
     for (User const& user : {applicationUser, rootUser, serviceUser}) {
         Report const report = Ask(stock.Address(), user);
         EXPECT_EQ(report.code, 4) << user.name << '\n' << report.text;

@@ -50,8 +50,9 @@ void Spoof(WirePeer& peer, WireTarget target, WireTarget busNotice, std::string 
 
 TEST(PolicyLibraryTest, AnApplicationsChannelHearsTheServiceAndNobodyElse)
 {
-    if (auto const reason = WhyNot(); !reason.empty())
+    if (auto const reason = WhyNot(); !reason.empty()) {
         GTEST_SKIP() << reason;
+    }
     PolicyBus const bus;
     auto const partner = bus.Connect(service);
     partner->SetHandler([](WireMessage const&) { return WireAnswer(Entries({{"said", "yes"}})); });
@@ -70,9 +71,10 @@ TEST(PolicyLibraryTest, AnApplicationsChannelHearsTheServiceAndNobodyElse)
 
     std::string const own = channel->GetPublicName();
     WireTarget const target{own, channelPath, channelInterface, "SendSignal"};
-    for (Account const& account : {stranger, secondApplication, root})
+    for (Account const& account : {stranger, secondApplication, root}) {
         Spoof(*bus.Connect(account), target,
               {own, "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameOwnerChanged"}, partner->Name());
+    }
     partner->CallWithoutReply({own, channelPath, channelInterface, "Send"}, WireEntries());
     partner->Emit(target, WireEntries());
     ASSERT_TRUE(RunUntil([&] { return !heard.callers.empty() && !heard.notifiers.empty(); }));

@@ -17,8 +17,9 @@ class PolicyNeighboursTest : public testing::Test
 protected:
     void SetUp() override
     {
-        if (auto const reason = WhyNot(); !reason.empty())
+        if (auto const reason = WhyNot(); !reason.empty()) {
             GTEST_SKIP() << reason;
+        }
     }
 };
 

@@ -23,8 +23,9 @@ class PolicyTest : public testing::Test
 protected:
     void SetUp() override
     {
-        if (auto const reason = WhyNot(); !reason.empty())
+        if (auto const reason = WhyNot(); !reason.empty()) {
             GTEST_SKIP() << reason;
+        }
         m_bus = std::make_unique<PolicyBus>();
         m_service = m_bus->Connect(service);
         m_service->SetHandler([](WireMessage const&) {

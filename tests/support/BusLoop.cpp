@@ -22,11 +22,13 @@ ConnectionHandle Open(std::string const& address)
     ErrorHandle error;
     // Not dbus_bus_get_private(): that one reads the address from the environment once per process.
     ConnectionHandle connection(dbus_connection_open_private(address.c_str(), error.Get()));
-    if (!connection)
+    if (!connection) {
         throw std::runtime_error("no bus at \"" + address + "\": " + error.Text());
+    }
     dbus_connection_set_exit_on_disconnect(connection.get(), FALSE);
-    if (dbus_bus_register(connection.get(), error.Get()) == 0)
+    if (dbus_bus_register(connection.get(), error.Get()) == 0) {
         throw std::runtime_error("cannot register at the bus \"" + address + "\": " + error.Text());
+    }
     return connection;
 }
 
@@ -36,8 +38,9 @@ BusLoop::BusLoop(std::string const& address)
     : m_wakeUp(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), m_connection(Open(address)),
       m_name(dbus_bus_get_unique_name(m_connection.get()))
 {
-    if (!m_wakeUp)
+    if (!m_wakeUp) {
         throw std::system_error(errno, std::generic_category(), "eventfd");
+    }
 }
 
 BusLoop::~BusLoop()
@@ -49,16 +52,18 @@ BusLoop::~BusLoop()
 void BusLoop::Start(Receiver receiver)
 {
     m_receiver = std::move(receiver);
-    if (dbus_connection_add_filter(m_connection.get(), Filter, this, nullptr) == 0)
+    if (dbus_connection_add_filter(m_connection.get(), Filter, this, nullptr) == 0) {
         throw std::bad_alloc();
+    }
     m_watches.Attach(m_connection.get());
     m_thread = std::thread([this] { Loop(); });
 }
 
 void BusLoop::Stop()
 {
-    if (!m_thread.joinable())
+    if (!m_thread.joinable()) {
         return;
+    }
     {
         std::lock_guard const lock(m_mutex);
         m_stopping = true;
@@ -79,8 +84,9 @@ void BusLoop::Run(Work const& work)
     auto const done = finished->get_future();
     {
         std::lock_guard const lock(m_mutex);
-        if (m_stopping || !m_thread.joinable())
+        if (m_stopping || !m_thread.joinable()) {
             throw std::logic_error("the thread of this connection does not run");
+        }
         m_posted.emplace_back([this, &work, finished] {
             work(m_connection.get());
             finished->set_value();
@@ -132,8 +138,9 @@ void BusLoop::RunDelayed()
     std::vector<Delayed> due(std::make_move_iterator(firstDue), std::make_move_iterator(m_delayed.end()));
     m_delayed.erase(firstDue, m_delayed.end());
     std::stable_sort(due.begin(), due.end(), [](auto const& a, auto const& b) { return a.due < b.due; });
-    for (auto const& delayed : due)
+    for (auto const& delayed : due) {
         delayed.work(m_connection.get());
+    }
 }
 
 bool BusLoop::Dispatch()
@@ -141,8 +148,9 @@ bool BusLoop::Dispatch()
     // Not all at once, so that a flood of messages does not keep posted work waiting.
     constexpr int batch = 64;
     for (int i = 0; i < batch; ++i) {
-        if (dbus_connection_get_dispatch_status(m_connection.get()) != DBUS_DISPATCH_DATA_REMAINS)
+        if (dbus_connection_get_dispatch_status(m_connection.get()) != DBUS_DISPATCH_DATA_REMAINS) {
             return false;
+        }
         dbus_connection_dispatch(m_connection.get());
     }
     return true;
@@ -151,10 +159,12 @@ bool BusLoop::Dispatch()
 int BusLoop::PollTimeout() const
 {
     auto next = m_watches.NextDeadline();
-    for (auto const& delayed : m_delayed)
+    for (auto const& delayed : m_delayed) {
         next = std::min(next, delayed.due);
-    if (next == Clock::time_point::max())
+    }
+    if (next == Clock::time_point::max()) {
         return -1;
+    }
     // Rounded up: waking too early would spin through the last millisecond.
     auto const left = std::chrono::ceil<std::chrono::milliseconds>(next - Clock::now()).count();
     return static_cast<int>(std::clamp<long long>(left, 0, std::numeric_limits<int>::max()));
@@ -164,8 +174,9 @@ void BusLoop::Poll(bool moreToDispatch)
 {
     std::vector<pollfd> polled{pollfd{m_wakeUp.Get(), POLLIN, 0}};
     m_watches.AddTo(polled);
-    if (poll(polled.data(), polled.size(), moreToDispatch ? 0 : PollTimeout()) <= 0)
+    if (poll(polled.data(), polled.size(), moreToDispatch ? 0 : PollTimeout()) <= 0) {
         return;
+    }
     if (polled.front().revents != 0) {
         eventfd_t count = 0;
         eventfd_read(m_wakeUp.Get(), &count);

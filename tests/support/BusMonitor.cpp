@@ -40,8 +40,9 @@ public:
         MessageHandle const reply(
             dbus_connection_send_with_reply_and_block(m_loop.Connection(), BecomeMonitorCall(rules).get(),
                                                       static_cast<int>(patience.count()), error.Get()));
-        if (!reply)
+        if (!reply) {
             throw std::runtime_error(std::string("cannot monitor the bus: ") + error.Text());
+        }
         m_loop.Start([this](DBusMessage* message) { seen.Add(DecodeMessage(message)); });
     }
 

@@ -17,8 +17,9 @@ using TextEntry = std::pair<std::string, std::string>;
 inline WireEntries Entries(std::initializer_list<TextEntry> list)
 {
     WireEntries entries;
-    for (auto const& [key, value] : list)
+    for (auto const& [key, value] : list) {
         entries.push_back(WireEntry{key, "ay", value});
+    }
     return entries;
 }
 
@@ -42,8 +43,9 @@ std::string BytesOf(Record const& record)
 inline std::string PatternBytes(std::size_t size)
 {
     std::string bytes(size, '\0');
-    for (std::size_t i = 0; i < size; ++i)
+    for (std::size_t i = 0; i < size; ++i) {
         bytes[i] = static_cast<char>(static_cast<unsigned char>((i + i / 251) & 0xFFU));
+    }
     return bytes;
 }
 

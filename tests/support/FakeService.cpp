@@ -33,8 +33,9 @@ std::string ChannelPath(std::string const& type)
 FakeService::FakeService(std::string const& address, std::function<void(FakeService&)> const& script)
     : m_defaultAnswer(Entries({{"result_internal", "1"}})), m_peer(address)
 {
-    if (script)
+    if (script) {
         script(*this);
+    }
     Begin();
 }
 
@@ -47,8 +48,9 @@ void FakeService::Begin()
 {
     m_partnerName = m_peer.Name();
     m_peer.SetHandler([this](WireMessage const& message) { return Handle(message); });
-    if (!m_peer.OwnName(helperName))
+    if (!m_peer.OwnName(helperName)) {
         throw std::runtime_error(std::string(helperName) + " has an owner already");
+    }
 }
 
 FakeService::~FakeService() = default;
@@ -100,8 +102,9 @@ void FakeService::AnswerAnnouncements(AnnouncementHandler handler)
 WireMessage FakeService::LastRequest() const
 {
     auto const requests = m_requests.All();
-    if (requests.empty())
+    if (requests.empty()) {
         throw std::logic_error("the service has had no request");
+    }
     return requests.back();
 }
 
@@ -125,8 +128,9 @@ std::optional<Announcement> FakeService::WaitForAnnouncement(std::string const& 
     std::unique_lock lock(m_mutex);
     m_announced.wait_for(lock, timeout, [&] {
         for (auto const& announcement : m_announcements) {
-            if (announcement.type == type && announcement.add == add)
+            if (announcement.type == type && announcement.add == add) {
                 found = announcement;
+            }
         }
         return found.has_value();
     });
@@ -153,8 +157,9 @@ void FakeService::Notify(std::string const& clientName, std::string const& type,
 
 void FakeService::NotifyRaw(std::string const& clientName, std::string const& type, WireBody const& body)
 {
-    if (clientName.empty())
+    if (clientName.empty()) {
         throw std::invalid_argument("a notification without destination would be a broadcast");
+    }
     m_peer.Emit({clientName, ChannelPath(type), channelInterface, "SendSignal"}, body);
 }
 
@@ -166,18 +171,22 @@ WireMessage FakeService::CallClient(std::string const& clientName, std::string c
 
 WireAnswer FakeService::Handle(WireMessage const& message)
 {
-    if (message.path == helperPath && message.interface == helperInterface && message.member == "SendSignal")
+    if (message.path == helperPath && message.interface == helperInterface &&
+        message.member == "SendSignal") {
         return HandleAnnouncement(message);
-    if (IsChannelPath(message.path) && message.interface == channelInterface && message.member == "Send")
+    }
+    if (IsChannelPath(message.path) && message.interface == channelInterface && message.member == "Send") {
         return HandleRequest(message);
+    }
     return WireAnswer::Error("org.freedesktop.DBus.Error.UnknownMethod",
                              message.path + " has no " + message.interface + "." + message.member);
 }
 
 WireAnswer FakeService::HandleAnnouncement(WireMessage const& message)
 {
-    if (message.signature != "a(ss)")
+    if (message.signature != "a(ss)") {
         return WrongType(message.signature);
+    }
     Announcement const announcement{message.Value("dbusname"), message.Value("type"), message.Value("add"),
                                     message};
     std::unique_lock lock(m_mutex);
@@ -191,13 +200,15 @@ WireAnswer FakeService::HandleAnnouncement(WireMessage const& message)
 
 WireAnswer FakeService::HandleRequest(WireMessage const& message)
 {
-    if (message.signature != "a{sv}")
+    if (message.signature != "a{sv}") {
         return WrongType(message.signature);
+    }
     m_requests.Add(message);
     std::unique_lock lock(m_mutex);
     auto const found = m_answers.find(message.Value("functionname"));
-    if (found == m_answers.end())
+    if (found == m_answers.end()) {
         return m_defaultAnswer;
+    }
     auto const handler = found->second;
     lock.unlock();
     return handler(message);

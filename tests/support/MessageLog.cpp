@@ -38,11 +38,13 @@ bool MessageLog::Visit(std::function<bool(WireMessage const&)> const& visit,
     std::size_t next = from;
     unsigned clears = m_clears;
     return m_added.wait_for(lock, timeout, [&] {
-        if (std::exchange(clears, m_clears) != m_clears)
+        if (std::exchange(clears, m_clears) != m_clears) {
             next = 0;
+        }
         while (next < m_messages.size()) {
-            if (visit(m_messages[next++]))
+            if (visit(m_messages[next++])) {
                 return true;
+            }
         }
         return false;
     });
@@ -53,8 +55,9 @@ std::optional<WireMessage> MessageLog::WaitFor(MessagePredicate const& predicate
 {
     std::optional<WireMessage> found;
     auto const take = [&](WireMessage const& message) {
-        if (predicate(message))
+        if (predicate(message)) {
             found = message;
+        }
         return found.has_value();
     };
     Visit(take, timeout, from);

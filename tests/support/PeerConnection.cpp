@@ -29,8 +29,9 @@ public:
     PendingReply() = default;
     ~PendingReply()
     {
-        if (!m_complete)
+        if (!m_complete) {
             Complete(DisconnectedError());
+        }
     }
     PendingReply(PendingReply const&) = delete;
     PendingReply& operator=(PendingReply const&) = delete;
@@ -72,14 +73,17 @@ void StartCall(DBusConnection* connection, DBusMessage* call, std::chrono::milli
                std::unique_ptr<PendingReply> waiting)
 {
     DBusPendingCall* started = nullptr;
-    if (dbus_connection_send_with_reply(connection, call, &started, static_cast<int>(timeout.count())) == 0)
+    if (dbus_connection_send_with_reply(connection, call, &started, static_cast<int>(timeout.count())) == 0) {
         throw std::bad_alloc();
+    }
     // Null on a connection that is gone already.
     PendingHandle const pending(started);
-    if (!pending)
+    if (!pending) {
         return;
-    if (dbus_pending_call_set_notify(pending.get(), CompleteCall, waiting.get(), FreePendingReply) == 0)
+    }
+    if (dbus_pending_call_set_notify(pending.get(), CompleteCall, waiting.get(), FreePendingReply) == 0) {
         throw std::bad_alloc();
+    }
     static_cast<void>(waiting.release());
 }
 
@@ -92,8 +96,9 @@ WirePeer::Impl::Impl(std::string const& address) : m_loop(address)
 
 WireMessage WirePeer::Impl::Call(WireTarget const& target, WireBody const& body, CallOptions const& options)
 {
-    if (m_loop.IsLoopThread())
+    if (m_loop.IsLoopThread()) {
         throw std::logic_error("a handler cannot wait for an answer on the connection it serves");
+    }
     auto waiting = std::make_unique<PendingReply>();
     auto reply = waiting->Future();
     auto const call = NewCall(target, body, options.noAutoStart, false);
@@ -113,8 +118,9 @@ std::uint32_t WirePeer::Impl::Send(MessageHandle const& message, std::size_t cou
             serial = SendNow(connection, copy.get());
         }
     });
-    if (serial == 0)
+    if (serial == 0) {
         throw std::runtime_error("this peer is not connected to the bus any more");
+    }
     return serial;
 }
 
@@ -139,15 +145,19 @@ bool WirePeer::Impl::IsConnected()
 void WirePeer::Impl::Receive(DBusMessage* message)
 {
     WireMessage decoded = DecodeMessage(message);
-    if (IsBusNotice(decoded))
+    if (IsBusNotice(decoded)) {
         busNotices.Add(decoded);
-    if (decoded.kind != WireKind::Call && decoded.kind != WireKind::Signal)
+    }
+    if (decoded.kind != WireKind::Call && decoded.kind != WireKind::Signal) {
         return;
+    }
     // Recorded before it is answered: who has the answer finds the call in the record.
-    if (m_recording)
+    if (m_recording) {
         received.Add(decoded);
-    if (decoded.kind == WireKind::Call)
+    }
+    if (decoded.kind == WireKind::Call) {
         AnswerCall(message, decoded);
+    }
 }
 
 MessageHandle WirePeer::Impl::MakeAnswer(DBusMessage* call, WireMessage const& decoded,
@@ -172,14 +182,16 @@ void WirePeer::Impl::AnswerCall(DBusMessage* call, WireMessage const& decoded)
 {
     std::chrono::milliseconds delay{0};
     std::shared_ptr<DBusMessage> const answer = MakeAnswer(call, decoded, delay);
-    if (!answer || decoded.noReply)
+    if (!answer || decoded.noReply) {
         return;
+    }
     // After a disconnection there is nobody left to tell.
     auto const send = [answer](DBusConnection* connection) { SendNow(connection, answer.get()); };
-    if (delay.count() > 0)
+    if (delay.count() > 0) {
         m_loop.RunAfter(delay, send);
-    else
+    } else {
         m_loop.Run(send);
+    }
 }
 
 } // namespace zviptv::test

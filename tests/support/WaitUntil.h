@@ -14,8 +14,9 @@ inline bool WaitUntil(std::function<bool()> const& condition, std::chrono::milli
     constexpr std::chrono::milliseconds step{2};
     auto const deadline = std::chrono::steady_clock::now() + timeout;
     while (!condition()) {
-        if (std::chrono::steady_clock::now() >= deadline)
+        if (std::chrono::steady_clock::now() >= deadline) {
             return condition();
+        }
         std::this_thread::sleep_for(step);
     }
     return true;

@@ -11,24 +11,30 @@ short PollEventsOf(DBusWatch* watch)
 {
     unsigned const flags = dbus_watch_get_flags(watch);
     int events = 0;
-    if ((flags & DBUS_WATCH_READABLE) != 0)
+    if ((flags & DBUS_WATCH_READABLE) != 0) {
         events |= POLLIN;
-    if ((flags & DBUS_WATCH_WRITABLE) != 0)
+    }
+    if ((flags & DBUS_WATCH_WRITABLE) != 0) {
         events |= POLLOUT;
+    }
     return static_cast<short>(events);
 }
 
 unsigned WatchFlagsOf(short events)
 {
     unsigned flags = 0;
-    if ((events & POLLIN) != 0)
+    if ((events & POLLIN) != 0) {
         flags |= DBUS_WATCH_READABLE;
-    if ((events & POLLOUT) != 0)
+    }
+    if ((events & POLLOUT) != 0) {
         flags |= DBUS_WATCH_WRITABLE;
-    if ((events & POLLERR) != 0)
+    }
+    if ((events & POLLERR) != 0) {
         flags |= DBUS_WATCH_ERROR;
-    if ((events & POLLHUP) != 0)
+    }
+    if ((events & POLLHUP) != 0) {
         flags |= DBUS_WATCH_HANGUP;
+    }
     return flags;
 }
 
@@ -45,8 +51,9 @@ void WatchSet::Attach(DBusConnection* connection)
                                                              this, nullptr) != 0;
     bool const timed = dbus_connection_set_timeout_functions(connection, AddTimeout, RemoveTimeout,
                                                              ToggleTimeout, this, nullptr) != 0;
-    if (!watched || !timed)
+    if (!watched || !timed) {
         throw std::bad_alloc();
+    }
 }
 
 void WatchSet::Detach(DBusConnection* connection)
@@ -58,8 +65,9 @@ void WatchSet::Detach(DBusConnection* connection)
 void WatchSet::AddTo(std::vector<pollfd>& polled) const
 {
     for (DBusWatch* const watch : m_watches) {
-        if (dbus_watch_get_enabled(watch) != 0)
+        if (dbus_watch_get_enabled(watch) != 0) {
             polled.push_back(pollfd{dbus_watch_get_unix_fd(watch), PollEventsOf(watch), 0});
+        }
     }
 }
 
@@ -67,8 +75,9 @@ WatchSet::Clock::time_point WatchSet::NextDeadline() const
 {
     auto next = Clock::time_point::max();
     for (auto const& timer : m_timers) {
-        if (dbus_timeout_get_enabled(timer.timeout) != 0)
+        if (dbus_timeout_get_enabled(timer.timeout) != 0) {
             next = std::min(next, timer.deadline);
+        }
     }
     return next;
 }
@@ -82,17 +91,20 @@ void WatchSet::HandleEvents(std::vector<pollfd> const& polled)
 {
     // Serving one watch may remove or disable others, so each is looked at anew.
     for (DBusWatch* const watch : std::vector<DBusWatch*>(m_watches)) {
-        if (!Holds(watch) || dbus_watch_get_enabled(watch) == 0)
+        if (!Holds(watch) || dbus_watch_get_enabled(watch) == 0) {
             continue;
+        }
         int const descriptor = dbus_watch_get_unix_fd(watch);
         int const wanted = PollEventsOf(watch) | POLLERR | POLLHUP;
         int events = 0;
         for (auto const& one : polled) {
-            if (one.fd == descriptor)
+            if (one.fd == descriptor) {
                 events |= one.revents & wanted;
+            }
         }
-        if (events != 0)
+        if (events != 0) {
             dbus_watch_handle(watch, WatchFlagsOf(static_cast<short>(events)));
+        }
     }
 }
 
@@ -101,8 +113,9 @@ void WatchSet::HandleTimeouts(Clock::time_point now)
     for (auto const& due : std::vector<Timer>(m_timers)) {
         auto const held = std::find_if(m_timers.begin(), m_timers.end(),
                                        [&](Timer const& timer) { return timer.timeout == due.timeout; });
-        if (held == m_timers.end() || held->deadline > now || dbus_timeout_get_enabled(held->timeout) == 0)
+        if (held == m_timers.end() || held->deadline > now || dbus_timeout_get_enabled(held->timeout) == 0) {
             continue;
+        }
         held->deadline = DeadlineOf(held->timeout);
         dbus_timeout_handle(due.timeout);
     }
@@ -142,8 +155,9 @@ void WatchSet::RemoveTimeout(DBusTimeout* timeout, void* self)
 void WatchSet::ToggleTimeout(DBusTimeout* timeout, void* self)
 {
     for (auto& timer : static_cast<WatchSet*>(self)->m_timers) {
-        if (timer.timeout == timeout)
+        if (timer.timeout == timeout) {
             timer.deadline = DeadlineOf(timeout);
+        }
     }
 }
 

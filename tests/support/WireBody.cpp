@@ -18,15 +18,17 @@ public:
     Container(DBusMessageIter* parent, int containerType, char const* signature)
         : m_parent(parent), m_exceptions(std::uncaught_exceptions())
     {
-        if (dbus_message_iter_open_container(parent, containerType, signature, &m_iter) == 0)
+        if (dbus_message_iter_open_container(parent, containerType, signature, &m_iter) == 0) {
             throw std::bad_alloc();
+        }
     }
     ~Container()
     {
-        if (std::uncaught_exceptions() > m_exceptions)
+        if (std::uncaught_exceptions() > m_exceptions) {
             dbus_message_iter_abandon_container(m_parent, &m_iter);
-        else
+        } else {
             dbus_message_iter_close_container(m_parent, &m_iter);
+        }
     }
     Container(Container const&) = delete;
     Container& operator=(Container const&) = delete;
@@ -41,17 +43,20 @@ private:
 
 void CheckText(std::string const& text)
 {
-    if (text.find('\0') != std::string::npos)
+    if (text.find('\0') != std::string::npos) {
         throw std::invalid_argument("text with a zero byte: " + Printable(text));
-    if (dbus_validate_utf8(text.c_str(), nullptr) == 0)
+    }
+    if (dbus_validate_utf8(text.c_str(), nullptr) == 0) {
         throw std::invalid_argument("text that is not UTF-8: " + Printable(text));
+    }
 }
 
 void AppendText(DBusMessageIter* iter, std::string const& text)
 {
     char const* data = text.c_str();
-    if (dbus_message_iter_append_basic(iter, type::string, &data) == 0)
+    if (dbus_message_iter_append_basic(iter, type::string, &data) == 0) {
         throw std::bad_alloc();
+    }
 }
 
 void AppendBytes(DBusMessageIter* iter, std::string const& bytes)
@@ -59,8 +64,9 @@ void AppendBytes(DBusMessageIter* iter, std::string const& bytes)
     Container array(iter, type::array, "y");
     char const* data = bytes.data();
     if (dbus_message_iter_append_fixed_array(array.Get(), type::byte, &data,
-                                             static_cast<int>(bytes.size())) == 0)
+                                             static_cast<int>(bytes.size())) == 0) {
         throw std::bad_alloc();
+    }
 }
 
 void AppendVariant(DBusMessageIter* dict, std::string const& key, std::string const& signature,
@@ -76,11 +82,13 @@ void CheckEntry(WireEntry const& entry)
 {
     constexpr std::size_t libdbusLimit = DBUS_MAXIMUM_ARRAY_LENGTH;
     CheckText(entry.key);
-    if (entry.signature != "ay")
+    if (entry.signature != "ay") {
         throw std::invalid_argument("entry " + Printable(entry.key) +
                                     " is not an ay: use WireBody::Variants");
-    if (entry.bytes.size() > libdbusLimit)
+    }
+    if (entry.bytes.size() > libdbusLimit) {
         throw std::invalid_argument("entry " + Printable(entry.key) + " exceeds libdbus' limit of 64 MiB");
+    }
 }
 
 } // namespace
@@ -100,20 +108,23 @@ WireVariant TextVariant(std::string key, std::string text)
 WireVariant NumberVariant(std::string key, std::int32_t number)
 {
     return {std::move(key), "i", [number](DBusMessageIter* iter) {
-                if (dbus_message_iter_append_basic(iter, type::int32, &number) == 0)
+                if (dbus_message_iter_append_basic(iter, type::int32, &number) == 0) {
                     throw std::bad_alloc();
+                }
             }};
 }
 
 WireBody::WireBody(WireEntries entries)
 {
-    for (auto const& entry : entries)
+    for (auto const& entry : entries) {
         CheckEntry(entry);
+    }
     m_append = [entries = std::move(entries)](DBusMessageIter* iter) {
         Container dict(iter, type::array, "{sv}");
-        for (auto const& entry : entries)
+        for (auto const& entry : entries) {
             AppendVariant(dict.Get(), entry.key, "ay",
                           [&](DBusMessageIter* content) { AppendBytes(content, entry.bytes); });
+        }
     };
 }
 
@@ -135,11 +146,13 @@ WireBody::WireBody(WirePairs pairs)
 
 WireBody WireBody::Strings(std::vector<std::string> texts)
 {
-    for (auto const& text : texts)
+    for (auto const& text : texts) {
         CheckText(text);
+    }
     return Raw([texts = std::move(texts)](DBusMessageIter* iter) {
-        for (auto const& text : texts)
+        for (auto const& text : texts) {
             AppendText(iter, text);
+        }
     });
 }
 
@@ -147,13 +160,15 @@ WireBody WireBody::Variants(std::vector<WireVariant> variants)
 {
     for (auto const& variant : variants) {
         CheckText(variant.key);
-        if (dbus_signature_validate_single(variant.signature.c_str(), nullptr) == 0)
+        if (dbus_signature_validate_single(variant.signature.c_str(), nullptr) == 0) {
             throw std::invalid_argument("not a single complete type: " + Printable(variant.signature));
+        }
     }
     return Raw([variants = std::move(variants)](DBusMessageIter* iter) {
         Container dict(iter, type::array, "{sv}");
-        for (auto const& variant : variants)
+        for (auto const& variant : variants) {
             AppendVariant(dict.Get(), variant.key, variant.signature, variant.append);
+        }
     });
 }
 
@@ -166,8 +181,9 @@ WireBody WireBody::Raw(AppendFunction append)
 
 void WireBody::AppendTo(DBusMessage* message) const
 {
-    if (!m_append)
+    if (!m_append) {
         return;
+    }
     DBusMessageIter iter;
     dbus_message_iter_init_append(message, &iter);
     m_append(&iter);

@@ -33,8 +33,9 @@ std::string BytesAt(DBusMessageIter* array)
 {
     DBusMessageIter element;
     dbus_message_iter_recurse(array, &element);
-    if (dbus_message_iter_get_arg_type(&element) != type::byte)
+    if (dbus_message_iter_get_arg_type(&element) != type::byte) {
         return {};
+    }
     char const* data = nullptr;
     int size = 0;
     dbus_message_iter_get_fixed_array(&element, &data, &size);
@@ -52,8 +53,9 @@ WireEntry EntryAt(DBusMessageIter* dictEntry)
     DBusMessageIter content;
     dbus_message_iter_recurse(&field, &content);
     entry.signature = SignatureAt(&content);
-    if (entry.signature == "ay")
+    if (entry.signature == "ay") {
         entry.bytes = BytesAt(&content);
+    }
     return entry;
 }
 
@@ -80,22 +82,24 @@ void ForEachElement(DBusMessageIter* array, Read const& read)
 void DecodeArgument(DBusMessageIter* argument, bool first, WireMessage& decoded)
 {
     std::string const signature = SignatureAt(argument);
-    if (signature == "s" || signature == "o" || signature == "g")
+    if (signature == "s" || signature == "o" || signature == "g") {
         decoded.strings.push_back(StringAt(argument));
-    else if (signature == "as")
+    } else if (signature == "as") {
         ForEachElement(argument, [&](DBusMessageIter* at) { decoded.strings.push_back(StringAt(at)); });
-    else if (first && signature == "a{sv}")
+    } else if (first && signature == "a{sv}") {
         ForEachElement(argument, [&](DBusMessageIter* at) { decoded.entries.push_back(EntryAt(at)); });
-    else if (first && signature == "a(ss)")
+    } else if (first && signature == "a(ss)") {
         ForEachElement(argument, [&](DBusMessageIter* at) { decoded.pairs.push_back(PairAt(at)); });
+    }
 }
 
 void DecodeBody(DBusMessage* message, WireMessage& decoded)
 {
     DBusMessageIter argument;
     bool first = true;
-    if (dbus_message_iter_init(message, &argument) == 0)
+    if (dbus_message_iter_init(message, &argument) == 0) {
         return;
+    }
     do {
         DecodeArgument(&argument, first, decoded);
         first = false;

@@ -27,8 +27,9 @@ void AppendEscaped(std::string& text, unsigned char byte)
 
 void PrintField(std::ostream& out, char const* name, std::string const& value)
 {
-    if (!value.empty())
+    if (!value.empty()) {
         out << ' ' << name << '=' << Printable(value);
+    }
 }
 
 } // namespace
@@ -36,12 +37,14 @@ void PrintField(std::ostream& out, char const* name, std::string const& value)
 std::string WireMessage::Value(std::string const& key) const
 {
     for (auto const& entry : entries) {
-        if (entry.key == key)
+        if (entry.key == key) {
             return entry.bytes;
+        }
     }
     for (auto const& [name, text] : pairs) {
-        if (name == key)
+        if (name == key) {
             return text;
+        }
     }
     return {};
 }
@@ -101,16 +104,18 @@ std::string Printable(std::string const& bytes, std::size_t limit)
     std::string text = "\"";
     for (char const c : bytes.substr(0, limit)) {
         auto const byte = static_cast<unsigned char>(c);
-        if (c == '"' || c == '\\')
+        if (c == '"' || c == '\\') {
             text += std::string{'\\', c};
-        else if (byte >= 0x20U && byte < 0x7FU)
+        } else if (byte >= 0x20U && byte < 0x7FU) {
             text += c;
-        else
+        } else {
             AppendEscaped(text, byte);
+        }
     }
     text += '"';
-    if (bytes.size() > limit)
+    if (bytes.size() > limit) {
         text += "... (" + std::to_string(bytes.size()) + " bytes)";
+    }
     return text;
 }
 
@@ -122,16 +127,18 @@ void PrintTo(WireKind kind, std::ostream* out)
 void PrintTo(WireEntry const& entry, std::ostream* out)
 {
     *out << '{' << Printable(entry.key) << ": " << entry.signature;
-    if (entry.signature == "ay")
+    if (entry.signature == "ay") {
         *out << ' ' << Printable(entry.bytes);
+    }
     *out << '}';
 }
 
 void PrintTo(WireMessage const& message, std::ostream* out)
 {
     *out << NameOf(message.kind) << " #" << message.serial;
-    if (message.replySerial != 0)
+    if (message.replySerial != 0) {
         *out << " to #" << message.replySerial;
+    }
     PrintField(*out, "sender", message.sender);
     PrintField(*out, "destination", message.destination);
     PrintField(*out, "path", message.path);
@@ -144,10 +151,12 @@ void PrintTo(WireMessage const& message, std::ostream* out)
         *out << "\n    ";
         PrintTo(entry, out);
     }
-    for (auto const& [key, text] : message.pairs)
+    for (auto const& [key, text] : message.pairs) {
         *out << "\n    (" << Printable(key) << ", " << Printable(text) << ')';
-    for (auto const& text : message.strings)
+    }
+    for (auto const& text : message.strings) {
         *out << "\n    " << Printable(text);
+    }
 }
 
 } // namespace zviptv::test

@@ -14,8 +14,9 @@ namespace {
 std::string AddressFromEnvironment()
 {
     char const* const address = std::getenv("DBUS_SYSTEM_BUS_ADDRESS");
-    if (address == nullptr)
+    if (address == nullptr) {
         throw std::runtime_error("DBUS_SYSTEM_BUS_ADDRESS is not set: no private bus");
+    }
     return address;
 }
 
@@ -36,9 +37,10 @@ WireBody NameAndFlags(std::string const& name, std::uint32_t flags)
 
 WireMessage Succeeded(WireMessage reply)
 {
-    if (reply.kind != WireKind::Reply)
+    if (reply.kind != WireKind::Reply) {
         throw std::runtime_error("the bus refused: " + reply.errorName + " " +
                                  (reply.strings.empty() ? std::string() : reply.strings.front()));
+    }
     return reply;
 }
 
@@ -133,8 +135,9 @@ std::vector<std::string> WirePeer::ListNames()
 std::string WirePeer::GetNameOwner(std::string const& name)
 {
     auto const reply = Call(Daemon("GetNameOwner"), WireBody::Strings({name}));
-    if (reply.kind == WireKind::Error && reply.errorName == "org.freedesktop.DBus.Error.NameHasNoOwner")
+    if (reply.kind == WireKind::Error && reply.errorName == "org.freedesktop.DBus.Error.NameHasNoOwner") {
         return {};
+    }
     return Succeeded(reply).strings.at(0);
 }
 

@@ -11,14 +11,16 @@ using Validator = dbus_bool_t (*)(char const*, DBusError*);
 
 void Check(Validator validate, std::string const& name, char const* what)
 {
-    if (name.find('\0') != std::string::npos || validate(name.c_str(), nullptr) == 0)
+    if (name.find('\0') != std::string::npos || validate(name.c_str(), nullptr) == 0) {
         throw std::invalid_argument(std::string("invalid ") + what + ": " + Printable(name));
+    }
 }
 
 void CheckTarget(WireTarget const& target)
 {
-    if (!target.destination.empty())
+    if (!target.destination.empty()) {
         Check(dbus_validate_bus_name, target.destination, "bus name");
+    }
     Check(dbus_validate_path, target.path, "object path");
     Check(dbus_validate_member, target.member, "member");
 }
@@ -30,8 +32,9 @@ char const* OrNull(std::string const& text)
 
 MessageHandle Checked(DBusMessage* message)
 {
-    if (message == nullptr)
+    if (message == nullptr) {
         throw std::bad_alloc();
+    }
     return MessageHandle(message);
 }
 
@@ -40,8 +43,9 @@ MessageHandle Checked(DBusMessage* message)
 MessageHandle NewCall(WireTarget const& target, WireBody const& body, bool noAutoStart, bool noReply)
 {
     CheckTarget(target);
-    if (!target.interface.empty())
+    if (!target.interface.empty()) {
         Check(dbus_validate_interface, target.interface, "interface");
+    }
     auto call = Checked(dbus_message_new_method_call(OrNull(target.destination), target.path.c_str(),
                                                      OrNull(target.interface), target.member.c_str()));
     dbus_message_set_auto_start(call.get(), noAutoStart ? FALSE : TRUE);
@@ -56,16 +60,18 @@ MessageHandle NewSignal(WireTarget const& target, WireBody const& body)
     Check(dbus_validate_interface, target.interface, "interface");
     auto signal = Checked(
         dbus_message_new_signal(target.path.c_str(), target.interface.c_str(), target.member.c_str()));
-    if (dbus_message_set_destination(signal.get(), OrNull(target.destination)) == 0)
+    if (dbus_message_set_destination(signal.get(), OrNull(target.destination)) == 0) {
         throw std::bad_alloc();
+    }
     body.AppendTo(signal.get());
     return signal;
 }
 
 MessageHandle NewAnswer(DBusMessage* call, WireAnswer const& answer)
 {
-    if (answer.GetKind() == WireAnswer::Kind::Nothing)
+    if (answer.GetKind() == WireAnswer::Kind::Nothing) {
         return nullptr;
+    }
     if (answer.GetKind() == WireAnswer::Kind::Error) {
         Check(dbus_validate_error_name, answer.ErrorName(), "error name");
         Check(dbus_validate_utf8, answer.ErrorText(), "error text");
@@ -78,11 +84,13 @@ MessageHandle NewAnswer(DBusMessage* call, WireAnswer const& answer)
 
 std::uint32_t SendNow(DBusConnection* connection, DBusMessage* message)
 {
-    if (dbus_connection_get_is_connected(connection) == 0)
+    if (dbus_connection_get_is_connected(connection) == 0) {
         return 0;
+    }
     dbus_uint32_t serial = 0;
-    if (dbus_connection_send(connection, message, &serial) == 0)
+    if (dbus_connection_send(connection, message, &serial) == 0) {
         throw std::bad_alloc();
+    }
     return serial;
 }
 

@@ -34,8 +34,9 @@ std::vector<std::string> Shell(std::string const& script)
     ChildProcess const child({"sleep", "1000"});
     std::printf("\nchild %d started\n", static_cast<int>(child.Pid()));
     std::fflush(stdout);
-    while (true)
+    while (true) {
         pause();
+    }
 }
 
 } // namespace
@@ -154,8 +155,9 @@ TEST(ChildProcessTest, OutlivesTheThreadThatStartedIt)
 /// The starter, which is this test run anew, is killed and cannot clean up; the kernel has to.
 TEST(ChildProcessTest, DiesWithTheProcessThatStartedIt)
 {
-    if (getenv("ZVIPTV_TEST_STARTER") != nullptr)
+    if (getenv("ZVIPTV_TEST_STARTER") != nullptr) {
         StartAndHang();
+    }
     // The orphan then becomes a child of this process, which can see its end.
     ASSERT_EQ(prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
     ChildProcess starter({std::filesystem::read_symlink("/proc/self/exe").string(),

@@ -122,8 +122,9 @@ TEST(MessageLogTest, CountsAndForgets)
 {
     MessageLog log;
     std::thread adder([&] {
-        for (int i = 0; i < 100; ++i)
+        for (int i = 0; i < 100; ++i) {
             log.Add(Named(i % 2 == 0 ? "even" : "odd"));
+        }
     });
     EXPECT_TRUE(log.WaitForCount(IsSignal("even"), 50));
     adder.join();

@@ -113,8 +113,9 @@ TEST_F(WirePeerFaultsTest, TheFormerHandlerDoesNotRunAfterSetHandler)
     });
     std::atomic<bool> stop{false};
     std::thread caller([&] {
-        while (!stop)
+        while (!stop) {
             m_one.Call(Two());
+        }
     });
     ASSERT_TRUE(m_two.Received().WaitForCount(IsCall("Send"), 20));
     m_two.SetHandler([](WireMessage const&) { return WireAnswer(WireBody()); });
