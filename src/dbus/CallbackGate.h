@@ -46,13 +46,6 @@ public:
         m_owner = nullptr;
     }
 
-    /// True while another thread than the calling one is inside.
-    bool IsBusyElsewhere()
-    {
-        std::lock_guard<std::mutex> const lock(m_mutex);
-        return OthersInside();
-    }
-
     /// Returns when no other thread is inside.
     void WaitForOthers()
     {

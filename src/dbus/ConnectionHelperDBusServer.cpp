@@ -1,5 +1,6 @@
 #include <zviptv/ConnectionHelperDBusServer.h>
 
+#include "dbus/CallbackGate.h"
 #include "dbus/HelperMessage.h"
 #include "dbus/Singleton.h"
 #include "log/Log.h"
@@ -9,6 +10,8 @@
 using zviptv::CallbackGate;
 using zviptv::Error;
 using zviptv::Owned;
+using zviptv::SourceLocation;
+using zviptv::WriteLog;
 namespace helper = zviptv::helper;
 namespace key = zviptv::protocol::key;
 
@@ -26,16 +29,48 @@ char const* const CConnectionHelperDBusServer::INTERFACE_XML =
 GDBusInterfaceVTable const CConnectionHelperDBusServer::m_vtable = {
     CConnectionHelperDBusServer::m_MethodCallback, nullptr, nullptr, {}};
 
+// The one object, which is never deleted: no pointer to it dangles.
 CConnectionHelperDBusServer* CConnectionHelperDBusServer::m_pInstance = nullptr;
 pthread_rwlock_t CConnectionHelperDBusServer::m_rwlock = PTHREAD_RWLOCK_INITIALIZER;
 
-struct CConnectionHelperDBusServer::State
+namespace {
+
+/// A pthread_rwlock_t, taken for writing, for std::lock_guard.
+struct WriteSide
 {
+    void lock() { pthread_rwlock_wrlock(&rwlock); }
+    void unlock() { pthread_rwlock_unlock(&rwlock); }
+
+    pthread_rwlock_t& rwlock;
+};
+
+/// What the object has from its Instance() to its Destroy(): the name and the object on the bus.
+class Server
+{
+public:
     struct Handler
     {
         std::string (*call)(std::string, std::string, std::string, void*) = nullptr;
         void* userData = nullptr;
     };
+
+    void Start(SourceLocation const& where, GBusNameAcquiredCallback acquired, GBusNameLostCallback lost);
+
+    /// Withdraws the object, then releases the name. A handler that runs is not waited for.
+    void End()
+    {
+        m_gate->Refuse();
+        m_Regist.End();
+        m_Owner.End();
+    }
+
+    void WaitForHandlers() { m_gate->WaitForOthers(); }
+
+    void SetHandler(Handler handler)
+    {
+        std::lock_guard<std::mutex> const lock(m_guard);
+        m_SignalCb = handler;
+    }
 
     Handler CurrentHandler()
     {
@@ -43,80 +78,104 @@ struct CConnectionHelperDBusServer::State
         return m_SignalCb;
     }
 
-    // Destroyed in reverse order: first the object is withdrawn, then the name released.
+private:
     Owned<GDBusNodeInfo> m_pNodeInfo;
     Owned<GDBusConnection> m_pServCon;
     zviptv::NameOwnership m_Owner;
     zviptv::ObjectRegistration m_Regist;
     std::mutex m_guard;
     Handler m_SignalCb;
-    CallbackGate::Pointer m_gate;
+    CallbackGate::Pointer m_gate = std::make_shared<CallbackGate>(this);
+};
+
+void Server::Start(SourceLocation const& where, GBusNameAcquiredCallback acquired, GBusNameLostCallback lost)
+{
+    WriteLog(ZV_LOG_INFO, where, "XML parsed");
+    Error error;
+    m_pServCon.reset(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, error.Out()));
+    if (error) {
+        WriteLog(ZV_LOG_ERROR, where, "Couldn't connect to DBus bus: '%s'\n", error.Message());
+        return;
+    }
+    WriteLog(ZV_LOG_INFO, where, "XML parsed 1");
+    m_pNodeInfo.reset(g_dbus_node_info_new_for_xml(CConnectionHelperDBusServer::INTERFACE_XML, error.Out()));
+    if (error) {
+        WriteLog(ZV_LOG_ERROR, where, "Parse InterfaceXML Failed: '%s'\n", error.Message());
+        return;
+    }
+    WriteLog(ZV_LOG_INFO, where, "XML parsed 2");
+    if (!m_Regist.Begin(m_pServCon.get(), m_pNodeInfo->path, m_pNodeInfo.get(),
+                        CConnectionHelperDBusServer::m_vtable, CallbackGate::NewToken(m_gate),
+                        CallbackGate::ReleaseToken, error)) {
+        WriteLog(ZV_LOG_ERROR, where, "Couldn't register DBus bus : '%s'\n", error.Message());
+        return;
+    }
+    WriteLog(ZV_LOG_INFO, where, "XML parsed 3");
+    if (zviptv::IsOpen(m_pServCon)) {
+        m_Owner.Begin(g_bus_own_name_on_connection(m_pServCon.get(), helper::BusName,
+                                                   G_BUS_NAME_OWNER_FLAGS_NONE, acquired, lost, nullptr,
+                                                   nullptr));
+    }
+    WriteLog(ZV_LOG_INFO, where, "RegistID:%d, m_pServCon:0x%p", static_cast<int>(m_Regist.Id()),
+             static_cast<void*>(m_pServCon.get()));
+    if (m_Owner.Id() == 0) {
+        m_pNodeInfo.reset();
+        WriteLog(ZV_LOG_ERROR, where, "Bus Own Name Error");
+    }
+}
+
+} // namespace
+
+struct CConnectionHelperDBusServer::State : zviptv::Singleton<Server>
+{
 };
 
 CConnectionHelperDBusServer* CConnectionHelperDBusServer::Instance()
 {
     ZV_LOG_ENTRY();
-    return zviptv::GetOrCreateInstance(m_rwlock, m_pInstance,
-                                       [] { m_pInstance = new CConnectionHelperDBusServer; });
+    auto const make = [] {
+        auto server = std::make_shared<Server>();
+        server->Start(SourceLocation::Here(__FILE__, "CConnectionHelperDBusServer"), m_NameAcquired,
+                      m_NameLost);
+        return server;
+    };
+    WriteSide side{m_rwlock};
+    {
+        std::lock_guard<WriteSide> const lock(side);
+        if (m_pInstance == nullptr) {
+            m_pInstance = new CConnectionHelperDBusServer;
+        }
+    }
+    return m_pInstance->m_state->GetOrMake(make) == nullptr ? nullptr : m_pInstance;
 }
 
 void CConnectionHelperDBusServer::Destroy()
 {
-    zviptv::DestroyInstance(
-        m_rwlock, m_pInstance, [](CConnectionHelperDBusServer& server) { return server.m_state->m_gate; },
-        [](CConnectionHelperDBusServer* server) { delete server; });
-}
-
-CConnectionHelperDBusServer::CConnectionHelperDBusServer() : m_state(std::make_unique<State>())
-{
-    State& state = *m_state;
-    state.m_gate = std::make_shared<CallbackGate>(this);
-    ZV_LOG_INFO_LINE("XML parsed");
-    Error error;
-    state.m_pServCon.reset(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, error.Out()));
-    if (error) {
-        ZV_LOG_ERROR_LINE("Couldn't connect to DBus bus: '%s'\n", error.Message());
-        return;
+    WriteSide side{m_rwlock};
+    {
+        std::lock_guard<WriteSide> const lock(side);
+        if (m_pInstance == nullptr) {
+            return;
+        }
     }
-    ZV_LOG_INFO_LINE("XML parsed 1");
-    state.m_pNodeInfo.reset(g_dbus_node_info_new_for_xml(INTERFACE_XML, error.Out()));
-    if (error) {
-        ZV_LOG_ERROR_LINE("Parse InterfaceXML Failed: '%s'\n", error.Message());
-        return;
-    }
-    ZV_LOG_INFO_LINE("XML parsed 2");
-    if (!state.m_Regist.Begin(state.m_pServCon.get(), state.m_pNodeInfo->path, state.m_pNodeInfo.get(),
-                              m_vtable, CallbackGate::NewToken(state.m_gate), CallbackGate::ReleaseToken,
-                              error)) {
-        ZV_LOG_ERROR_LINE("Couldn't register DBus bus : '%s'\n", error.Message());
-        return;
-    }
-    ZV_LOG_INFO_LINE("XML parsed 3");
-    if (zviptv::IsOpen(state.m_pServCon)) {
-        state.m_Owner.Begin(g_bus_own_name_on_connection(state.m_pServCon.get(), CONNECTION_NAME,
-                                                         G_BUS_NAME_OWNER_FLAGS_NONE, m_NameAcquired,
-                                                         m_NameLost, nullptr, nullptr));
-    }
-    ZV_LOG_INFO_LINE("RegistID:%d, m_pServCon:0x%p", static_cast<int>(state.m_Regist.Id()),
-                     static_cast<void*>(state.m_pServCon.get()));
-    if (state.m_Owner.Id() == 0) {
-        state.m_pNodeInfo.reset();
-        ZV_LOG_ERROR_LINE("Bus Own Name Error");
+    if (auto const ended = m_pInstance->m_state->End([](Server& server) { server.End(); })) {
+        ended->WaitForHandlers();
     }
 }
 
-CConnectionHelperDBusServer::~CConnectionHelperDBusServer()
-{
-    m_state->m_gate->Refuse();
-    m_state->m_gate->WaitForOthers();
-}
+CConnectionHelperDBusServer::CConnectionHelperDBusServer() : m_state(std::make_unique<State>()) {}
+
+CConnectionHelperDBusServer::~CConnectionHelperDBusServer() = default;
 
 void CConnectionHelperDBusServer::SetDbusSignalCb(std::string (*cb)(std::string, std::string, std::string,
                                                                     void*),
                                                   void* userData)
 {
-    std::lock_guard<std::mutex> const lock(m_state->m_guard);
-    m_state->m_SignalCb = {cb, userData};
+    if (auto const server = m_state->Current()) {
+        server->SetHandler({cb, userData});
+    } else {
+        ZV_LOG_ERROR_LINE("The object has been destroyed; create it again");
+    }
 }
 
 void CConnectionHelperDBusServer::m_MethodCallback(GDBusConnection* connection, char const* sender,
@@ -131,7 +190,7 @@ void CConnectionHelperDBusServer::m_MethodCallback(GDBusConnection* connection, 
         ZV_LOG_ERROR_LINE("Empty user_data or connection not valid.");
         return;
     }
-    CallbackGate::Visit<CConnectionHelperDBusServer> const server(CallbackGate::FromToken(userData));
+    CallbackGate::Visit<Server> const server(CallbackGate::FromToken(userData));
     if (!server) {
         g_dbus_method_invocation_return_error_literal(
             owned.release(), G_DBUS_ERROR, G_DBUS_ERROR_UNKNOWN_OBJECT, "The helper bus has ended");
@@ -140,7 +199,7 @@ void CConnectionHelperDBusServer::m_MethodCallback(GDBusConnection* connection, 
     CMessageBuffer const request = helper::Decode(parameters);
     ZV_LOG_INFO_LINE("Received data : %s", request.GetValue(key::DBusName).c_str());
     std::string answer;
-    State::Handler const handler = server->m_state->CurrentHandler();
+    Server::Handler const handler = server->CurrentHandler();
     if (handler.call != nullptr) {
         answer = handler.call(request.GetValue(key::DBusName), request.GetValue(key::Type),
                               request.GetValue(key::Add), handler.userData);

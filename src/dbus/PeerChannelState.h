@@ -60,6 +60,7 @@ struct CProxyDBusHelper::State
     zviptv::Owned<GDBusNodeInfo> m_node_info;
     zviptv::Owned<GDBusConnection> m_connection;
     zviptv::ObjectRegistration m_registration;
+    bool m_is_withdrawn = false;
 
     std::mutex m_guard;
     std::string m_partner_name;
@@ -79,10 +80,14 @@ struct CProxyDBusHelper::State
 
 namespace zviptv {
 
-/// Lets the proxies' factory reach a channel's gate.
+/// What the library's own endpoints need of a channel beside its public functions.
 struct ChannelAccess
 {
     static CallbackGate::Pointer Gate(CProxyDBusHelper const& channel) { return channel.m_state->m_gate; }
+
+    /// Ends the channel but for its memory, which calls on other threads still use: the object and all
+    /// callbacks are withdrawn, sends are refused. Callbacks that run are not waited for.
+    static void Withdraw(CProxyDBusHelper& channel);
 };
 
 } // namespace zviptv

@@ -70,15 +70,24 @@ CProxyDBusHelper::CProxyDBusHelper(std::string name) : m_state(std::make_unique<
 
 CProxyDBusHelper::~CProxyDBusHelper()
 {
-    zviptv::WriteLogEntry(ZV_LOG_HERE, ZV_LOG_ERROR);
-    m_state->m_gate->Refuse();
+    zviptv::ChannelAccess::Withdraw(*this);
     m_state->m_gate->WaitForOthers();
-    m_Disconnect();
-    m_state->m_node_info.reset();
-    if (!m_state->m_registration.End()) {
-        ZV_LOG_ERROR_LINE("Assertion failed");
+    m_Disconnect(); // from what a Connect has done meanwhile
+}
+
+void zviptv::ChannelAccess::Withdraw(CProxyDBusHelper& channel)
+{
+    CProxyDBusHelper::State& state = *channel.m_state;
+    if (std::exchange(state.m_is_withdrawn, true)) {
+        return;
     }
-    m_state->m_connection.reset();
+    SourceLocation const where = SourceLocation::Here(__FILE__, "~CProxyDBusHelper");
+    WriteLogEntry(where, ZV_LOG_ERROR);
+    state.m_gate->Refuse();
+    channel.m_Disconnect();
+    if (!state.m_registration.End()) {
+        WriteLog(ZV_LOG_ERROR, where, "Assertion failed");
+    }
 }
 
 int CProxyDBusHelper::Connect(std::string partner)

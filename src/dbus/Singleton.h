@@ -1,82 +1,118 @@
 #pragma once
 
-#include "dbus/CallbackGate.h"
-
-#include <pthread.h>
-
+#include <condition_variable>
 #include <memory>
+#include <mutex>
+#include <utility>
 
 namespace zviptv {
 
-class ReadLock
-{
-public:
-    explicit ReadLock(pthread_rwlock_t& lock) : m_lock(lock) { pthread_rwlock_rdlock(&m_lock); }
-    ~ReadLock() { pthread_rwlock_unlock(&m_lock); }
-    ReadLock(ReadLock const&) = delete;
-    ReadLock& operator=(ReadLock const&) = delete;
-
-private:
-    pthread_rwlock_t& m_lock;
-};
-
-class WriteLock
-{
-public:
-    explicit WriteLock(pthread_rwlock_t& lock) : m_lock(lock) { pthread_rwlock_wrlock(&m_lock); }
-    ~WriteLock() { pthread_rwlock_unlock(&m_lock); }
-    WriteLock(WriteLock const&) = delete;
-    WriteLock& operator=(WriteLock const&) = delete;
-
-private:
-    pthread_rwlock_t& m_lock;
-};
-
-/// The instance behind `lock`; where there is none, what `create` stores and returns under the write lock.
-template <typename T, typename Create>
-T* GetOrCreateInstance(pthread_rwlock_t& lock, T*& instance, Create create)
-{
-    {
-        ReadLock const reading(lock);
-        if (instance != nullptr) {
-            return instance;
-        }
-    }
-    WriteLock const writing(lock);
-    if (instance == nullptr) {
-        create();
-    }
-    return instance;
-}
-
-/// Deletes the instance under the write lock.
+/// The one instance of its kind in a process: none, being made, present, or being ended.
 ///
-/// A callback of the instance that runs on another thread is waited for with the lock released: it may itself
-/// be about to create or destroy.
-template <typename T, typename GateOf, typename Delete = std::default_delete<T>>
-void DestroyInstance(pthread_rwlock_t& lock, T*& instance, GateOf gateOf, Delete destroy = {})
+/// An instance is made and ended by the first thread that asks for it, with no lock held. A thread that asks
+/// for the same meanwhile waits for that attempt and shares its outcome. A thread that asks for the opposite
+/// waits for the next attempt, which is also shared. So no thread waits for more than two attempts, however
+/// many threads there are, and the next instance is made only after the former one has ended.
+template <typename Instance>
+class Singleton
 {
-    CallbackGate::Pointer refused;
-    for (;;) {
-        {
-            WriteLock const writing(lock);
-            if (instance == nullptr) {
-                return;
-            }
-            CallbackGate::Pointer const gate = gateOf(*instance);
-            if (refused != nullptr && gate != refused) {
-                return; // what was to be destroyed is gone; this one came after
-            }
-            gate->Refuse();
-            if (!gate->IsBusyElsewhere()) {
-                destroy(instance);
-                instance = nullptr;
-                return;
-            }
-            refused = gate;
-        }
-        refused->WaitForOthers();
+public:
+    using Pointer = std::shared_ptr<Instance>;
+
+    /// The instance; null if there is none, and as soon as its end has begun.
+    Pointer Current() const
+    {
+        std::lock_guard<std::mutex> const lock(m_mutex);
+        return m_instance;
     }
-}
+
+    /// The instance. If there is none, it becomes what `make` returns, which may be null.
+    template <typename Make>
+    Pointer GetOrMake(Make make)
+    {
+        return Reach(Goal::Present, [&make](Pointer const& /*absent*/) { return make(); });
+    }
+
+    /// Runs `end` on the instance, if there is one, and gives it up. Returns the instance that ended last, as
+    /// long as anybody holds it: callbacks of it may still run on other threads.
+    template <typename EndInstance>
+    Pointer End(EndInstance end)
+    {
+        return Reach(Goal::Absent, [&end](Pointer const& present) {
+            if (present != nullptr) {
+                end(*present);
+            }
+            return present;
+        });
+    }
+
+private:
+    enum class Goal
+    {
+        Present,
+        Absent
+    };
+
+    struct Attempt
+    {
+        explicit Attempt(Goal sought) : goal(sought) {}
+
+        Goal const goal;
+        bool isDone = false;
+        Pointer outcome;
+    };
+
+    template <typename Work>
+    Pointer Reach(Goal goal, Work work)
+    {
+        std::unique_lock<std::mutex> lock(m_mutex);
+        if (m_running == nullptr && (m_instance != nullptr) == (goal == Goal::Present)) {
+            return goal == Goal::Present ? m_instance : m_ended.lock();
+        }
+        std::shared_ptr<Attempt>& place =
+            m_running == nullptr || m_running->goal == goal ? m_running : m_next;
+        if (place != nullptr) {
+            std::shared_ptr<Attempt> const joined = place;
+            m_changed.wait(lock, [&joined] { return joined->isDone; });
+            return joined->outcome;
+        }
+        auto const own = std::make_shared<Attempt>(goal);
+        place = own;
+        m_changed.wait(lock, [this, &own] { return m_running == own; });
+        Pointer const present = std::move(m_instance);
+        m_instance = nullptr;
+        lock.unlock();
+        Finish const finish{*this, *own}; // also when `work` throws
+        own->outcome = work(present);
+        return own->outcome;
+    }
+
+    /// Publishes what an attempt came to, and lets the next one run.
+    struct Finish
+    {
+        ~Finish()
+        {
+            std::lock_guard<std::mutex> const lock(singleton.m_mutex);
+            if (attempt.goal == Goal::Present) {
+                singleton.m_instance = attempt.outcome;
+            } else if (attempt.outcome != nullptr) {
+                singleton.m_ended = attempt.outcome;
+            }
+            attempt.isDone = true;
+            singleton.m_running = std::exchange(singleton.m_next, nullptr);
+            singleton.m_changed.notify_all();
+        }
+
+        Singleton& singleton;
+        Attempt& attempt;
+    };
+
+    mutable std::mutex m_mutex;
+    std::condition_variable m_changed;
+    Pointer m_instance;
+    std::weak_ptr<Instance> m_ended;
+    std::shared_ptr<Attempt> m_running;
+    std::shared_ptr<Attempt> m_next;
+};
 
 } // namespace zviptv

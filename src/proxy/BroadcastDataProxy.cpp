@@ -1,7 +1,6 @@
 #include "proxy/BroadcastDataProxy.h"
 
 #include "proxy/AnnouncedSize.h"
-#include "proxy/ProxyLifecycle.h"
 
 #include <zviptv/Protocol.h>
 
@@ -13,36 +12,32 @@ namespace {
 constexpr char const* TypeWord = zviptv::protocol::type::BroadcastData;
 }
 
-CBroadcastDataProxy* CBroadcastDataProxy::m_pBDProxyInstance = nullptr;
-pthread_rwlock_t CBroadcastDataProxy::m_BDProxyLock = PTHREAD_RWLOCK_INITIALIZER;
-IPTVHandle CBroadcastDataProxy::m_handleID = {IPTV_PROFILE_DEFAULT, 0};
+CBroadcastDataProxy& CBroadcastDataProxy::m_Only()
+{
+    static CBroadcastDataProxy& only = *new CBroadcastDataProxy;
+    return only;
+}
 
+// The disconnect callback is set first, so that no loss is missed while another thread iterates the context.
 CBroadcastDataProxy* CBroadcastDataProxy::Instance(IPTVHandle handle)
 {
     ZV_LOG_ENTRY();
-    return zviptv::GetOrCreateInstance(m_BDProxyLock, m_pBDProxyInstance, [handle, where = ZV_LOG_HERE] {
-        if (zviptv::IsServiceRunning(where)) {
-            m_pBDProxyInstance = new CBroadcastDataProxy;
-            m_handleID = handle;
+    CBroadcastDataProxy& only = m_Only();
+    auto const make = [handle, &only, where = ZV_LOG_HERE]() -> std::shared_ptr<zviptv::Session> {
+        if (!zviptv::IsServiceRunning(where)) {
+            return nullptr;
         }
-    });
+        auto session = std::make_shared<zviptv::Session>(TypeWord, handle);
+        session->Channel().SetDisconnectNotiCB(m_DisconnectedCB, &only);
+        session->Connect(zviptv::SourceLocation::Here(__FILE__, "CBroadcastDataProxy"));
+        return session;
+    };
+    return only.m_session.GetOrMake(make) == nullptr ? nullptr : &only;
 }
 
 void CBroadcastDataProxy::Destroy()
 {
-    zviptv::DestroyProxy(m_BDProxyLock, m_pBDProxyInstance);
-}
-
-// The disconnect callback is set first, so that no loss is missed while another thread iterates the context.
-CBroadcastDataProxy::CBroadcastDataProxy() : m_pDBusHelper(std::make_unique<CProxyDBusHelper>(TypeWord))
-{
-    m_pDBusHelper->SetDisconnectNotiCB(m_DisconnectedCB, this);
-    zviptv::ConnectToService(*m_pDBusHelper, TypeWord, ZV_LOG_HERE);
-}
-
-CBroadcastDataProxy::~CBroadcastDataProxy()
-{
-    zviptv::LeaveService(m_pDBusHelper, TypeWord);
+    zviptv::EndSession(m_Only().m_session);
 }
 
 void CBroadcastDataProxy::m_DisconnectedCB(std::string /*partner*/, std::string /*own*/, void* user)
@@ -57,7 +52,7 @@ void CBroadcastDataProxy::m_DisconnectedCB(std::string /*partner*/, std::string 
 bool CBroadcastDataProxy::m_Call(char const* functionName, zviptv::RequestFields fields,
                                  zviptv::ReplyFields outputs, zviptv::SourceLocation const& where)
 {
-    return zviptv::Call(*m_pDBusHelper, functionName, &m_handleID, fields, outputs, where) ==
+    return zviptv::Call(m_session.Current(), functionName, fields, outputs, where) ==
            CallOutcome::Accepted;
 }
 
@@ -163,7 +158,7 @@ bool CBroadcastDataProxy::GetRatingInfo(std::vector<ZVRatingInfo>& ratings)
     int count = 0;
     std::string records;
     CallOutcome const outcome =
-        zviptv::Call(*m_pDBusHelper, function::GetRatingInfo, &m_handleID, {},
+        zviptv::Call(m_session.Current(), function::GetRatingInfo, {},
                      {{key::RatingInfoSize, count}, {key::RatingInfo, records}}, ZV_LOG_HERE);
     if (outcome != CallOutcome::NotSent) {
         zviptv::TakeAnnounced(ratings, count, records);

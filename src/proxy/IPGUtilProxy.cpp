@@ -1,7 +1,6 @@
 #include "proxy/IPGUtilProxy.h"
 
 #include "message/MessageAccess.h"
-#include "proxy/ProxyLifecycle.h"
 
 #include <zviptv/Protocol.h>
 
@@ -27,45 +26,45 @@ std::string ToJson(IPGProgramId const& id)
 
 } // namespace
 
-CIPGUtilProxy* CIPGUtilProxy::m_IPGInstance = nullptr;
-pthread_rwlock_t CIPGUtilProxy::m_IPGLock = PTHREAD_RWLOCK_INITIALIZER;
+CIPGUtilProxy& CIPGUtilProxy::m_Only()
+{
+    static CIPGUtilProxy& only = *new CIPGUtilProxy;
+    return only;
+}
 
 // Made also when the service does not run; its calls then fail.
 CIPGUtilProxy* CIPGUtilProxy::Instance()
 {
     ZV_LOG_ENTRY();
-    return zviptv::GetOrCreateInstance(m_IPGLock, m_IPGInstance, [] { m_IPGInstance = new CIPGUtilProxy; });
+    CIPGUtilProxy& only = m_Only();
+    auto const make = [] {
+        auto session = std::make_shared<zviptv::Session>(TypeWord);
+        session->Connect(zviptv::SourceLocation::Here(__FILE__, "CIPGUtilProxy"));
+        return session;
+    };
+    return only.m_session.GetOrMake(make) == nullptr ? nullptr : &only;
 }
 
 void CIPGUtilProxy::Destroy()
 {
-    zviptv::DestroyProxy(m_IPGLock, m_IPGInstance);
-}
-
-CIPGUtilProxy::CIPGUtilProxy() : m_pDBusHelper(std::make_unique<CProxyDBusHelper>(TypeWord))
-{
-    zviptv::ConnectToService(*m_pDBusHelper, TypeWord, ZV_LOG_HERE);
-}
-
-CIPGUtilProxy::~CIPGUtilProxy()
-{
-    zviptv::LeaveService(m_pDBusHelper, TypeWord);
+    zviptv::EndSession(m_Only().m_session);
 }
 
 template <typename Output>
 bool CIPGUtilProxy::m_Query(char const* functionName, zviptv::RequestFields fields, Output& output,
                             zviptv::SourceLocation const& where)
 {
+    auto const session = m_session.Current();
     zviptv::WriteLogEntry(where);
-    return m_Ask(functionName, fields, output, where);
+    return m_Ask(session, functionName, fields, output, where);
 }
 
 template <typename Output>
-bool CIPGUtilProxy::m_Ask(char const* functionName, zviptv::RequestFields fields, Output& output,
-                          zviptv::SourceLocation const& where)
+bool CIPGUtilProxy::m_Ask(std::shared_ptr<zviptv::Session> const& session, char const* functionName,
+                          zviptv::RequestFields fields, Output& output, zviptv::SourceLocation const& where)
 {
     CMessageBuffer reply;
-    if (!zviptv::Exchange(*m_pDBusHelper, functionName, nullptr, fields, reply, where)) {
+    if (!zviptv::Exchange(session, functionName, fields, reply, where)) {
         return false;
     }
     std::string data = reply.GetValue(key::Data);
@@ -94,10 +93,12 @@ bool CIPGUtilProxy::GetProgram(unsigned int index, std::string& program)
 
 bool CIPGUtilProxy::GetProgram(IPGProgramId id, Program_IPG program, std::string& out)
 {
+    auto const session = m_session.Current();
     ZV_LOG_ENTRY();
     std::string const json = ToJson(id);
     ZV_LOG_INFO_LINE("%s", json.c_str());
-    return m_Ask(function::GetProgramIPG, {{key::InID, json}, {key::Program, program}}, out, ZV_LOG_HERE);
+    return m_Ask(session, function::GetProgramIPG, {{key::InID, json}, {key::Program, program}}, out,
+                 ZV_LOG_HERE);
 }
 
 bool CIPGUtilProxy::GetPresentProgram(unsigned long long inID, std::string& program)

@@ -2,7 +2,6 @@
 
 #include "message/MessageAccess.h"
 #include "proxy/AnnouncedSize.h"
-#include "proxy/ProxyLifecycle.h"
 #include "proxy/ServiceCall.h"
 
 #include <zviptv/Protocol.h>
@@ -63,81 +62,87 @@ ZVPESData PESOf(CMessageBuffer& notification, std::vector<std::uint8_t> memory)
 
 } // namespace
 
-CIPTVDataSubscriberProxy* CIPTVDataSubscriberProxy::m_pInstance = nullptr;
-pthread_rwlock_t CIPTVDataSubscriberProxy::m_rwlock = PTHREAD_RWLOCK_INITIALIZER;
-IPTVHandle CIPTVDataSubscriberProxy::m_handleID = {IPTV_PROFILE_DEFAULT, 0};
+void CIPTVDataSubscriberProxy::SubscriberSession::Leave()
+{
+    Session::Leave();
+    caption.Close();
+    pes.Close();
+}
+
+CIPTVDataSubscriberProxy& CIPTVDataSubscriberProxy::m_Only()
+{
+    static CIPTVDataSubscriberProxy& only = *new CIPTVDataSubscriberProxy;
+    return only;
+}
 
 CIPTVDataSubscriberProxy* CIPTVDataSubscriberProxy::Instance(IPTVHandle handle)
 {
     ZV_LOG_ENTRY();
-    return zviptv::GetOrCreateInstance(m_rwlock, m_pInstance, [handle, where = ZV_LOG_HERE] {
-        if (zviptv::IsServiceRunning(where)) {
-            m_pInstance = new CIPTVDataSubscriberProxy;
-            m_handleID = handle;
+    CIPTVDataSubscriberProxy& only = m_Only();
+    auto const make = [handle, where = ZV_LOG_HERE]() -> SessionPointer {
+        if (!zviptv::IsServiceRunning(where)) {
+            return nullptr;
         }
-    });
+        auto session = std::make_shared<SubscriberSession>(TypeWord, handle);
+        session->Channel().SetCallback(m_MessageCb, m_NotificationCb, session.get());
+        session->Connect(SourceLocation::Here(__FILE__, "CIPTVDataSubscriberProxy"));
+        return session;
+    };
+    return only.m_session.GetOrMake(make) == nullptr ? nullptr : &only;
 }
 
 void CIPTVDataSubscriberProxy::Destroy()
 {
-    zviptv::DestroyProxy(m_rwlock, m_pInstance);
-}
-
-CIPTVDataSubscriberProxy::CIPTVDataSubscriberProxy()
-    : m_pDBusHelper(std::make_unique<CProxyDBusHelper>(TypeWord))
-{
-    m_pDBusHelper->SetCallback(m_MessageCb, m_NotificationCb, this);
-    zviptv::ConnectToService(*m_pDBusHelper, TypeWord, ZV_LOG_HERE);
-}
-
-CIPTVDataSubscriberProxy::~CIPTVDataSubscriberProxy()
-{
-    m_subscriptions->ended = true;
-    zviptv::LeaveService(m_pDBusHelper, TypeWord);
-    m_subscriptions->caption.Close();
-    m_subscriptions->pes.Close();
+    zviptv::EndSession(m_Only().m_session);
 }
 
 bool CIPTVDataSubscriberProxy::SubscribeForCaption(void (*callback)(ZVCaption&, void*), void* /*userData*/,
                                                    int& key)
 {
+    auto const session = m_session.Current();
     ZV_LOG_ENTRY();
-    return m_Subscribe(&Subscriptions::caption, callback, key, &CIPTVDataSubscriberProxy::m_RequestCaptionCB,
-                       ZV_LOG_HERE);
+    return m_Subscribe(session, &SubscriberSession::caption, callback, key, m_RequestCaptionCB, ZV_LOG_HERE);
 }
 
 bool CIPTVDataSubscriberProxy::UnsubscribeForCaption(int key)
 {
+    auto const session = m_session.Current();
     ZV_LOG_ENTRY();
-    return m_Unsubscribe(&Subscriptions::caption, key, &CIPTVDataSubscriberProxy::m_RequestCaptionCB,
-                         ZV_LOG_HERE);
+    return m_Unsubscribe(session, &SubscriberSession::caption, key, m_RequestCaptionCB, ZV_LOG_HERE);
 }
 
 bool CIPTVDataSubscriberProxy::SubscribeForPES(void (*callback)(ZVPESData&, void*), void* /*userData*/,
                                                int& key)
 {
+    auto const session = m_session.Current();
     ZV_LOG_ENTRY();
-    return m_Subscribe(&Subscriptions::pes, callback, key, &CIPTVDataSubscriberProxy::m_RequestPESCB,
-                       ZV_LOG_HERE);
+    return m_Subscribe(session, &SubscriberSession::pes, callback, key, m_RequestPESCB, ZV_LOG_HERE);
 }
 
 bool CIPTVDataSubscriberProxy::UnSubscribeForPES(int key)
 {
+    auto const session = m_session.Current();
     ZV_LOG_ENTRY();
-    return m_Unsubscribe(&Subscriptions::pes, key, &CIPTVDataSubscriberProxy::m_RequestPESCB, ZV_LOG_HERE);
+    return m_Unsubscribe(session, &SubscriberSession::pes, key, m_RequestPESCB, ZV_LOG_HERE);
 }
 
 template <typename Record>
-bool CIPTVDataSubscriberProxy::m_Subscribe(Kind<Record> kind, void (*callback)(Record&, void*), int& key,
-                                           Request request, SourceLocation const& where)
+bool CIPTVDataSubscriberProxy::m_Subscribe(SessionPointer const& session, Kind<Record> kind,
+                                           void (*callback)(Record&, void*), int& key, Request request,
+                                           SourceLocation const& where)
 {
+    if (session == nullptr) {
+        return zviptv::RefuseWithoutSession(where);
+    }
     if (callback == nullptr) {
         zviptv::WriteLog(ZV_LOG_ERROR, where, "No callback to subscribe");
         return false;
     }
-    auto const subscriptions = m_subscriptions;
-    Subscribers<Record>& subscribers = subscriptions.get()->*kind;
-    std::lock_guard<std::mutex> const changing(subscriptions->changing);
+    Subscribers<Record>& subscribers = session.get()->*kind;
+    std::lock_guard<std::mutex> const changing(session->changing);
+    if (session->IsLeaving()) {
+        return zviptv::RefuseWithoutSession(where);
+    }
     std::optional<int> const made = MakeKey(subscribers);
     if (!made) {
         zviptv::WriteLog(ZV_LOG_ERROR, where, "Can not make a key");
@@ -147,21 +152,22 @@ bool CIPTVDataSubscriberProxy::m_Subscribe(Kind<Record> kind, void (*callback)(R
     key = *made;
     subscribers.Add(key, callback);
     if (!subscribers.IsRequested()) {
-        if (!subscriptions->ended) {
-            (this->*request)(true);
-        }
+        bool const isSent = request(session, true);
         subscribers.SetRequested(true);
+        return isSent || !session->IsLeaving();
     }
     return true;
 }
 
 template <typename Record>
-bool CIPTVDataSubscriberProxy::m_Unsubscribe(Kind<Record> kind, int key, Request request,
-                                             SourceLocation const& where)
+bool CIPTVDataSubscriberProxy::m_Unsubscribe(SessionPointer const& session, Kind<Record> kind, int key,
+                                             Request request, SourceLocation const& where)
 {
-    auto const subscriptions = m_subscriptions;
-    Subscribers<Record>& subscribers = subscriptions.get()->*kind;
-    std::lock_guard<std::mutex> const changing(subscriptions->changing);
+    if (session == nullptr) {
+        return zviptv::RefuseWithoutSession(where);
+    }
+    Subscribers<Record>& subscribers = session.get()->*kind;
+    std::lock_guard<std::mutex> const changing(session->changing);
     if (!subscribers.Contains(key)) {
         zviptv::WriteLog(ZV_LOG_ERROR, where, "Can not find a key");
         return false;
@@ -169,39 +175,39 @@ bool CIPTVDataSubscriberProxy::m_Unsubscribe(Kind<Record> kind, int key, Request
     zviptv::WriteLog(ZV_LOG_INFO, where, "find a key : %d", key);
     subscribers.Remove(key);
     if (subscribers.IsEmpty() && subscribers.IsRequested()) {
-        if (!subscriptions->ended) {
-            (this->*request)(false);
+        if (!session->IsLeaving()) {
+            request(session, false);
         }
         subscribers.SetRequested(false);
     }
     return false;
 }
 
-bool CIPTVDataSubscriberProxy::m_RequestCaptionCB(bool on)
+bool CIPTVDataSubscriberProxy::m_RequestCaptionCB(SessionPointer const& session, bool on)
 {
     ZV_LOG_ENTRY();
     CMessageBuffer reply;
-    return zviptv::Exchange(*m_pDBusHelper, function::RequestCaptionCB, &m_handleID, {{key::On, on}}, reply,
-                            ZV_LOG_HERE);
+    return zviptv::Exchange(session, function::RequestCaptionCB, {{key::On, on}}, reply, ZV_LOG_HERE);
 }
 
-bool CIPTVDataSubscriberProxy::m_RequestPESCB(bool on)
+bool CIPTVDataSubscriberProxy::m_RequestPESCB(SessionPointer const& session, bool on)
 {
     ZV_LOG_ENTRY();
     CMessageBuffer reply;
-    return zviptv::Exchange(*m_pDBusHelper, function::RequestPESCB, &m_handleID, {{key::On, on}}, reply,
-                            ZV_LOG_HERE);
+    return zviptv::Exchange(session, function::RequestPESCB, {{key::On, on}}, reply, ZV_LOG_HERE);
 }
 
-CMessageBuffer CIPTVDataSubscriberProxy::m_MessageCb(CMessageBuffer& message, void* self)
+CMessageBuffer CIPTVDataSubscriberProxy::m_MessageCb(CMessageBuffer& message, void* /*session*/)
 {
     ZV_LOG_ENTRY();
-    return static_cast<CIPTVDataSubscriberProxy*>(self)->t_HandleMessage(message);
+    return t_HandleMessage(message);
 }
 
-void CIPTVDataSubscriberProxy::m_NotificationCb(CMessageBuffer& notification, void* self)
+// A callback may destroy the object: the session lives as long as the dispatch.
+void CIPTVDataSubscriberProxy::m_NotificationCb(CMessageBuffer& notification, void* session)
 {
-    static_cast<CIPTVDataSubscriberProxy*>(self)->t_HandleNotification(notification);
+    SessionPointer const held = static_cast<SubscriberSession*>(session)->shared_from_this();
+    t_HandleNotification(*held, notification);
 }
 
 CMessageBuffer CIPTVDataSubscriberProxy::t_HandleMessage(CMessageBuffer& /*message*/)
@@ -210,22 +216,21 @@ CMessageBuffer CIPTVDataSubscriberProxy::t_HandleMessage(CMessageBuffer& /*messa
     return CMessageBuffer();
 }
 
-void CIPTVDataSubscriberProxy::t_HandleNotification(CMessageBuffer& notification)
+void CIPTVDataSubscriberProxy::t_HandleNotification(SubscriberSession& session, CMessageBuffer& notification)
 {
     SourceLocation const where = ZV_LOG_HERE;
     std::string const name = notification.GetValue(key::FunctionName);
     zviptv::WriteLog(ZV_LOG_DEBUG, where, "type : %s", name.c_str());
-    auto const subscriptions = m_subscriptions;
-    if (name == function::CaptionCB && subscriptions->caption.IsRequested()) {
+    if (name == function::CaptionCB && session.caption.IsRequested()) {
         ZVCaption caption = CaptionOf(notification);
-        subscriptions->caption.Deliver(caption,
-                                       [&] { zviptv::WriteLog(ZV_LOG_DEBUG, where, "Call Caption CB"); });
-    } else if (name == function::PESCB && subscriptions->pes.IsRequested()) {
-        ZVPESData pes = PESOf(notification, subscriptions->pes.TakeSpare());
-        subscriptions->pes.Deliver(pes, [&] {
+        session.caption.Deliver(caption,
+                                [&] { zviptv::WriteLog(ZV_LOG_DEBUG, where, "Call Caption CB"); });
+    } else if (name == function::PESCB && session.pes.IsRequested()) {
+        ZVPESData pes = PESOf(notification, session.pes.TakeSpare());
+        session.pes.Deliver(pes, [&] {
             zviptv::WriteLog(ZV_LOG_DEBUG, where, "Call PES CB - type:%d, pid:%d, pts:%lu", pes.type, pes.pid,
                              static_cast<unsigned long>(pes.pts));
         });
-        subscriptions->pes.KeepSpare(std::move(pes.data));
+        session.pes.KeepSpare(std::move(pes.data));
     }
 }

@@ -1,14 +1,10 @@
 #pragma once
 
-#include "log/Log.h"
+#include "proxy/Session.h"
 #include "proxy/Subscribers.h"
 
 #include <zviptv/IIPTVDataSubscriber.h>
-#include <zviptv/ProxyDBusHelper.h>
 
-#include <pthread.h>
-
-#include <atomic>
 #include <memory>
 #include <mutex>
 
@@ -18,52 +14,50 @@ public:
     static CIPTVDataSubscriberProxy* Instance(IPTVHandle handle);
     static void Destroy();
 
-    ~CIPTVDataSubscriberProxy() override;
-
     bool SubscribeForCaption(void (*callback)(ZVCaption&, void*), void* userData, int& key) override;
     bool UnsubscribeForCaption(int key) override;
     bool SubscribeForPES(void (*callback)(ZVPESData&, void*), void* userData, int& key) override;
     bool UnSubscribeForPES(int key) override;
 
-    CProxyDBusHelper const& Channel() const { return *m_pDBusHelper; }
-
 private:
-    using Request = bool (CIPTVDataSubscriberProxy::*)(bool);
-
-    /// Shared with the calls and dispatches under way: the proxy may be destroyed while a call waits for the
-    /// service or for another call, and by the callbacks of a dispatch.
-    struct Subscriptions
+    /// A session with its subscriptions. Callbacks of the channel get it as their user data.
+    struct SubscriberSession : zviptv::Session, std::enable_shared_from_this<SubscriberSession>
     {
+        using Session::Session;
+
+        /// Ends all subscriptions, too: a dispatch under way finds no further subscriber.
+        void Leave();
+
         zviptv::Subscribers<ZVCaption> caption;
         zviptv::Subscribers<ZVPESData> pes;
         /// Held while a subscription is made or ended, so that the service is asked once and in order.
         std::mutex changing;
-        /// The proxy is gone, and with it the channel to ask the service through.
-        std::atomic<bool> ended{false};
     };
+    using SessionPointer = std::shared_ptr<SubscriberSession>;
     template <typename Record>
-    using Kind = zviptv::Subscribers<Record> Subscriptions::*;
+    using Kind = zviptv::Subscribers<Record> SubscriberSession::*;
+    using Request = bool (*)(SessionPointer const& session, bool on);
 
-    CIPTVDataSubscriberProxy();
+    CIPTVDataSubscriberProxy() = default;
 
-    static CMessageBuffer m_MessageCb(CMessageBuffer& message, void* self);
-    static void m_NotificationCb(CMessageBuffer& notification, void* self);
-    CMessageBuffer t_HandleMessage(CMessageBuffer& message);
-    void t_HandleNotification(CMessageBuffer& notification);
+    /// The one object, which is never deleted.
+    static CIPTVDataSubscriberProxy& m_Only();
 
-    bool m_RequestCaptionCB(bool on);
-    bool m_RequestPESCB(bool on);
+    static CMessageBuffer m_MessageCb(CMessageBuffer& message, void* session);
+    static void m_NotificationCb(CMessageBuffer& notification, void* session);
+    static CMessageBuffer t_HandleMessage(CMessageBuffer& message);
+    static void t_HandleNotification(SubscriberSession& session, CMessageBuffer& notification);
+
+    static bool m_RequestCaptionCB(SessionPointer const& session, bool on);
+    static bool m_RequestPESCB(SessionPointer const& session, bool on);
 
     template <typename Record>
-    bool m_Subscribe(Kind<Record> kind, void (*callback)(Record&, void*), int& key, Request request,
-                     zviptv::SourceLocation const& where);
+    static bool m_Subscribe(SessionPointer const& session, Kind<Record> kind,
+                            void (*callback)(Record&, void*), int& key, Request request,
+                            zviptv::SourceLocation const& where);
     template <typename Record>
-    bool m_Unsubscribe(Kind<Record> kind, int key, Request request, zviptv::SourceLocation const& where);
+    static bool m_Unsubscribe(SessionPointer const& session, Kind<Record> kind, int key, Request request,
+                              zviptv::SourceLocation const& where);
 
-    static CIPTVDataSubscriberProxy* m_pInstance;
-    static pthread_rwlock_t m_rwlock;
-    static IPTVHandle m_handleID;
-
-    std::unique_ptr<CProxyDBusHelper> m_pDBusHelper;
-    std::shared_ptr<Subscriptions> m_subscriptions = std::make_shared<Subscriptions>();
+    zviptv::Singleton<SubscriberSession> m_session;
 };

@@ -1,7 +1,5 @@
 #include "proxy/PlayerControlProxy.h"
 
-#include "proxy/ProxyLifecycle.h"
-
 #include <zviptv/Protocol.h>
 
 namespace function = zviptv::protocol::function;
@@ -12,36 +10,32 @@ namespace {
 constexpr char const* TypeWord = zviptv::protocol::type::PlayerControl;
 }
 
-CPlayerControlProxy* CPlayerControlProxy::m_PCInstance = nullptr;
-pthread_rwlock_t CPlayerControlProxy::m_PCProxyLock = PTHREAD_RWLOCK_INITIALIZER;
-IPTVHandle CPlayerControlProxy::m_handleID = {IPTV_PROFILE_DEFAULT, 0};
+CPlayerControlProxy& CPlayerControlProxy::m_Only()
+{
+    static CPlayerControlProxy& only = *new CPlayerControlProxy;
+    return only;
+}
 
+// The disconnect callback is set first, so that no loss is missed while another thread iterates the context.
 CPlayerControlProxy* CPlayerControlProxy::Instance(IPTVHandle handle)
 {
     ZV_LOG_ENTRY();
-    return zviptv::GetOrCreateInstance(m_PCProxyLock, m_PCInstance, [handle, where = ZV_LOG_HERE] {
-        if (zviptv::IsServiceRunning(where)) {
-            m_PCInstance = new CPlayerControlProxy;
-            m_handleID = handle;
+    CPlayerControlProxy& only = m_Only();
+    auto const make = [handle, &only, where = ZV_LOG_HERE]() -> std::shared_ptr<zviptv::Session> {
+        if (!zviptv::IsServiceRunning(where)) {
+            return nullptr;
         }
-    });
+        auto session = std::make_shared<zviptv::Session>(TypeWord, handle);
+        session->Channel().SetDisconnectNotiCB(m_DisconnectedCB, &only);
+        session->Connect(zviptv::SourceLocation::Here(__FILE__, "CPlayerControlProxy"));
+        return session;
+    };
+    return only.m_session.GetOrMake(make) == nullptr ? nullptr : &only;
 }
 
 void CPlayerControlProxy::Destroy()
 {
-    zviptv::DestroyProxy(m_PCProxyLock, m_PCInstance);
-}
-
-// The disconnect callback is set first, so that no loss is missed while another thread iterates the context.
-CPlayerControlProxy::CPlayerControlProxy() : m_pDBusHelper(std::make_unique<CProxyDBusHelper>(TypeWord))
-{
-    m_pDBusHelper->SetDisconnectNotiCB(m_DisconnectedCB, this);
-    zviptv::ConnectToService(*m_pDBusHelper, TypeWord, ZV_LOG_HERE);
-}
-
-CPlayerControlProxy::~CPlayerControlProxy()
-{
-    zviptv::LeaveService(m_pDBusHelper, TypeWord);
+    zviptv::EndSession(m_Only().m_session);
 }
 
 void CPlayerControlProxy::m_DisconnectedCB(std::string /*partner*/, std::string /*own*/, void* user)
@@ -56,7 +50,7 @@ void CPlayerControlProxy::m_DisconnectedCB(std::string /*partner*/, std::string 
 bool CPlayerControlProxy::m_Call(char const* functionName, zviptv::RequestFields fields,
                                  zviptv::ReplyFields outputs, zviptv::SourceLocation const& where)
 {
-    return zviptv::Call(*m_pDBusHelper, functionName, &m_handleID, fields, outputs, where) ==
+    return zviptv::Call(m_session.Current(), functionName, fields, outputs, where) ==
            CallOutcome::Accepted;
 }
 
@@ -103,8 +97,8 @@ bool CPlayerControlProxy::SetCurrentISDBTextService(EZVISDBTextType type, int co
 bool CPlayerControlProxy::GetCaptionDataMode(EZVCaptionDataMode& mode)
 {
     mode = ZV_CAPTION_DATA_MODE_UNKNOWN;
-    CallOutcome const outcome = zviptv::Call(*m_pDBusHelper, function::GetCaptionDataMode, &m_handleID, {},
-                                             {{key::Mode, mode}}, ZV_LOG_HERE);
+    CallOutcome const outcome =
+        zviptv::Call(m_session.Current(), function::GetCaptionDataMode, {}, {{key::Mode, mode}}, ZV_LOG_HERE);
     if (outcome != CallOutcome::NotSent) {
         ZV_LOG_ERROR_LINE("GetCaptionDataMode, retVal:%d", outcome == CallOutcome::Accepted ? 1 : 0);
     }
@@ -114,8 +108,8 @@ bool CPlayerControlProxy::GetCaptionDataMode(EZVCaptionDataMode& mode)
 bool CPlayerControlProxy::GetDefaultCaptionService(EZVCaptionService& service)
 {
     service = ZV_CAPTION_SERVICE_UNKNOWN;
-    CallOutcome const outcome = zviptv::Call(*m_pDBusHelper, function::GetDefaultCaptionService, &m_handleID,
-                                             {}, {{key::Service, service}}, ZV_LOG_HERE);
+    CallOutcome const outcome =
+        zviptv::Call(m_session.Current(), function::GetDefaultCaptionService, {}, {{key::Service, service}}, ZV_LOG_HERE);
     if (outcome != CallOutcome::NotSent) {
         ZV_LOG_ERROR_LINE("GetDefaultCaptionService, retVal:%d", outcome == CallOutcome::Accepted ? 1 : 0);
     }
@@ -140,8 +134,8 @@ bool CPlayerControlProxy::GetResolution(cvtv_resolution_e& res, ZVResolution& in
 
 bool CPlayerControlProxy::SetAppID(char const* appId)
 {
-    return zviptv::Call(*m_pDBusHelper, function::SetAppID, nullptr, {{key::AppID, appId}}, {},
-                        ZV_LOG_HERE) == CallOutcome::Accepted;
+    return zviptv::Call(m_session.Current(), function::SetAppID, {{key::AppID, appId}}, {}, ZV_LOG_HERE,
+                        zviptv::HandleID::LeftOut) == CallOutcome::Accepted;
 }
 
 bool CPlayerControlProxy::GetSourceState(EZVSourceState& state)

@@ -3,7 +3,6 @@
 #include "message/MessageAccess.h"
 
 #include <zviptv/Protocol.h>
-#include <zviptv/ProxyDBusHelper.h>
 
 #include <algorithm>
 #include <cstring>
@@ -68,31 +67,44 @@ void ReplyField::CopyRecord(std::string& value, void* target, std::size_t size)
     std::memcpy(target, value.data(), size);
 }
 
-bool Exchange(CProxyDBusHelper& channel, char const* functionName, IPTVHandle const* handle,
-              RequestFields fields, CMessageBuffer& reply, SourceLocation const& where)
+namespace {
+
+/// Where every call ends that could not be sent.
+bool RefuseUnsent(SourceLocation const& where)
 {
+    WriteLog(ZV_LOG_ERROR, where, "SendMessage failed.");
+    return false;
+}
+
+} // namespace
+
+bool Exchange(std::shared_ptr<Session> const& session, char const* functionName, RequestFields fields,
+              CMessageBuffer& reply, SourceLocation const& where, HandleID handleID)
+{
+    if (session == nullptr) {
+        return RefuseWithoutSession(where);
+    }
     CMessageBuffer request;
     MessageAccess::Reserve(request, fields.size() + 2);
     request.AddValue(key::FunctionName, functionName);
-    if (handle != nullptr) {
-        request.AddValue(key::HandleID, std::to_string(IPTVHandleNumber(*handle)).c_str());
+    if (session->Handle() && handleID == HandleID::Sent) {
+        request.AddValue(key::HandleID, std::to_string(IPTVHandleNumber(*session->Handle())).c_str());
     }
     for (RequestField const& field : fields) {
         field.AddTo(request);
     }
-    if (channel.SendMessage(request, reply, 0) == 0) {
-        WriteLog(ZV_LOG_ERROR, where, "SendMessage failed.");
-        return false;
+    if (session->Channel().SendMessage(request, reply, 0) == 0) {
+        return RefuseUnsent(where);
     }
     return true;
 }
 
-CallOutcome Call(CProxyDBusHelper& channel, char const* functionName, IPTVHandle const* handle,
-                 RequestFields fields, ReplyFields outputs, SourceLocation const& where)
+CallOutcome Call(std::shared_ptr<Session> const& session, char const* functionName, RequestFields fields,
+                 ReplyFields outputs, SourceLocation const& where, HandleID handleID)
 {
     WriteLogEntry(where);
     CMessageBuffer reply;
-    if (!Exchange(channel, functionName, handle, fields, reply, where)) {
+    if (!Exchange(session, functionName, fields, reply, where, handleID)) {
         return CallOutcome::NotSent;
     }
     CallOutcome const outcome = reply.GetResult() != 0 ? CallOutcome::Accepted : CallOutcome::Refused;
@@ -101,6 +113,12 @@ CallOutcome Call(CProxyDBusHelper& channel, char const* functionName, IPTVHandle
         output.Decode(value);
     }
     return outcome;
+}
+
+bool RefuseWithoutSession(SourceLocation const& where)
+{
+    WriteLog(ZV_LOG_ERROR, where, "The object has been destroyed; create it again");
+    return RefuseUnsent(where);
 }
 
 } // namespace zviptv

@@ -1,15 +1,15 @@
 #pragma once
 
 #include "log/Log.h"
+#include "proxy/Session.h"
 
 #include <zviptv/IPTVTypes.h>
 #include <zviptv/MessageBuffer.h>
 
 #include <initializer_list>
+#include <memory>
 #include <string>
 #include <type_traits>
-
-class CProxyDBusHelper;
 
 namespace zviptv {
 
@@ -110,15 +110,24 @@ enum class CallOutcome
     Accepted ///< the service answered with another result
 };
 
-/// The one path of every proxy method to the service: request ("functionname", "handleID" where there is a
-/// handle, the fields in order), synchronous exchange. False, and a log line, when the exchange
-/// failed.
-bool Exchange(CProxyDBusHelper& channel, char const* functionName, IPTVHandle const* handle,
-              RequestFields fields, CMessageBuffer& reply, SourceLocation const& where);
+/// Whether a request has the key "handleID", where the session has a handle.
+enum class HandleID
+{
+    Sent,
+    LeftOut
+};
+
+/// The one path of every proxy method to the service: request ("functionname", "handleID", the fields in
+/// order), synchronous exchange. False, and a log line, when the exchange failed or there is no session.
+bool Exchange(std::shared_ptr<Session> const& session, char const* functionName, RequestFields fields,
+              CMessageBuffer& reply, SourceLocation const& where, HandleID handleID = HandleID::Sent);
 
 /// An entry line, and an exchange whose reply carries a result and, whatever the result, the values of
 /// `outputs`.
-CallOutcome Call(CProxyDBusHelper& channel, char const* functionName, IPTVHandle const* handle,
-                 RequestFields fields, ReplyFields outputs, SourceLocation const& where);
+CallOutcome Call(std::shared_ptr<Session> const& session, char const* functionName, RequestFields fields,
+                 ReplyFields outputs, SourceLocation const& where, HandleID handleID = HandleID::Sent);
+
+/// Logs why a call on an object without session is refused. False, as the call returns.
+bool RefuseWithoutSession(SourceLocation const& where);
 
 } // namespace zviptv

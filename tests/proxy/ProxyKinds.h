@@ -20,8 +20,13 @@ struct ProxyKind
     /// Creates, and gives the object's address or null.
     void* (*create)(IPTVProfile profile, int id);
     int (*destroy)();
-    /// One request that carries the handle, if any does.
-    void (*request)(void* object);
+    /// A method that makes one request, which carries the handle if the proxy has one.
+    char const* method;
+    bool (*call)(void* object);
+
+    void request(void* object) const { EXPECT_TRUE(call(object)); }
+    /// What the log lines of `function` begin with.
+    std::string Origin(std::string const& function) const { return std::string(file) + ": " + function; }
 };
 
 inline void PrintTo(ProxyKind const& kind, std::ostream* out)
@@ -56,17 +61,19 @@ inline std::vector<ProxyKind> KindsWithHandle()
     using Api = CIPTVServiceAPI;
     return {
         {"PlayerControl", "PLAYERCONTROL", "PlayerControlProxy.cpp", "CPlayerControlProxy",
-         CreateWithHandle<IPlayerControl, Api::CreatePlayerControl>, Api::DestroyPlayerControl,
-         [](void* object) { EXPECT_TRUE(static_cast<IPlayerControl*>(object)->MuteAudio(true)); }},
+         CreateWithHandle<IPlayerControl, Api::CreatePlayerControl>, Api::DestroyPlayerControl, "MuteAudio",
+         [](void* object) { return static_cast<IPlayerControl*>(object)->MuteAudio(true); }},
         {"BroadcastData", "BROADCASTDATA", "BroadcastDataProxy.cpp", "CBroadcastDataProxy",
          CreateWithHandle<IBroadcastData, Api::CreateBroadcastData>, Api::DestroyBroadcastData,
-         [](void* object) { EXPECT_TRUE(static_cast<IBroadcastData*>(object)->UnMuteByRatingPin()); }},
+         "UnMuteByRatingPin",
+         [](void* object) { return static_cast<IBroadcastData*>(object)->UnMuteByRatingPin(); }},
         {"DataSubscriber", "IPTVDATASUBSCRIBER", "IPTVDataSubscriberProxy.cpp", "CIPTVDataSubscriberProxy",
          CreateWithHandle<IIPTVDataSubscriber, Api::CreateIPTVDataSubscriber>, Api::DestroyIPTVDataSubscriber,
+         "SubscribeForPES",
          [](void* object) {
              int key = 0;
-             EXPECT_TRUE(static_cast<IIPTVDataSubscriber*>(object)->SubscribeForPES([](ZVPESData&, void*) {},
-                                                                                    nullptr, key));
+             return static_cast<IIPTVDataSubscriber*>(object)->SubscribeForPES([](ZVPESData&, void*) {},
+                                                                               nullptr, key);
          }},
     };
 }
@@ -79,9 +86,10 @@ inline ProxyKind GuideKind()
             "CIPGUtilProxy",
             CreateGuideWithoutHandle,
             CIPTVServiceAPI::DestroyIPGUtil,
+            "GetGenre",
             [](void* object) {
                 std::string genre;
-                EXPECT_TRUE(static_cast<IIPGUtil*>(object)->GetGenre(1, genre));
+                return static_cast<IIPGUtil*>(object)->GetGenre(1, genre);
             }};
 }
 

@@ -48,7 +48,7 @@ TEST_F(SubscribingMeanwhile, EndsSafelyWhenACallbackDestroysTheProxy)
     Notify(CaptionOf("1", "x"));
     m_destroyed.get_future().wait();
     EXPECT_FALSE(unsubscribed.get());
-    EXPECT_TRUE(subscribed.get());
+    EXPECT_FALSE(subscribed.get());
     EXPECT_EQ(Requests().size(), before + 1) << "there is nothing to ask through";
     EXPECT_EQ(Requests().back(), Request("requestPESCB", "0"));
 }

@@ -1,6 +1,7 @@
 #include "LogCapture.h"
 
 #include <algorithm>
+#include <chrono>
 
 namespace zviptv::test {
 
@@ -32,8 +33,44 @@ LogCapture::~LogCapture()
 void LogCapture::Sink(EZVLogPriority priority, char const* tag, char const* line, void* userData)
 {
     auto* const self = static_cast<LogCapture*>(userData);
-    std::lock_guard<std::mutex> const lock(self->m_mutex);
-    self->m_lines.push_back({priority, tag, line});
+    LogLine const written{priority, tag, line};
+    {
+        std::lock_guard<std::mutex> const lock(self->m_mutex);
+        self->m_lines.push_back(written);
+    }
+    self->HoldIfAsked(written.Origin());
+}
+
+void LogCapture::HoldIfAsked(std::string const& origin)
+{
+    std::unique_lock<std::mutex> lock(m_mutex);
+    if (m_holdAt.empty() || m_holdAt != origin) {
+        return;
+    }
+    m_holdAt.clear();
+    m_isHeld = true;
+    m_holding.notify_all();
+    m_holding.wait(lock, [this] { return !m_isHeld; });
+}
+
+void LogCapture::HoldAt(std::string const& origin)
+{
+    std::lock_guard<std::mutex> const lock(m_mutex);
+    m_holdAt = origin;
+}
+
+bool LogCapture::WaitUntilHeld()
+{
+    std::unique_lock<std::mutex> lock(m_mutex);
+    return m_holding.wait_for(lock, std::chrono::seconds(20), [this] { return m_isHeld; });
+}
+
+void LogCapture::Release()
+{
+    std::lock_guard<std::mutex> const lock(m_mutex);
+    m_holdAt.clear();
+    m_isHeld = false;
+    m_holding.notify_all();
 }
 
 std::vector<LogLine> LogCapture::Lines() const

@@ -40,11 +40,22 @@ public:
     std::size_t Count(std::string const& message) const;
     void Clear();
 
+    /// Stops the thread that writes the next line of `origin` inside the log sink, until Release().
+    void HoldAt(std::string const& origin);
+    /// True when a thread has been stopped; false after 20 s without one.
+    bool WaitUntilHeld();
+    void Release();
+
 private:
     static void Sink(EZVLogPriority priority, char const* tag, char const* line, void* userData);
 
+    void HoldIfAsked(std::string const& origin);
+
     mutable std::mutex m_mutex;
     std::vector<LogLine> m_lines;
+    std::condition_variable m_holding;
+    std::string m_holdAt;
+    bool m_isHeld = false;
 };
 
 } // namespace zviptv::test

@@ -1,0 +1,44 @@
+#include "proxy/Session.h"
+
+#include "dbus/PeerChannelState.h"
+
+#include <zviptv/ConnectionHelperDBusClient.h>
+
+namespace zviptv {
+
+Session::Session(char const* typeWord, std::optional<IPTVHandle> handle)
+    : m_typeWord(typeWord), m_handle(handle), m_channel(typeWord)
+{
+}
+
+void Session::Connect(SourceLocation const& where)
+{
+    CConnectionHelperDBusClient client;
+    std::string const partner = client.Connect(m_channel.GetPublicName(), m_typeWord);
+    WriteLog(ZV_LOG_ERROR, where, "partner's name: %s", partner.c_str());
+    m_channel.Connect(partner);
+}
+
+void Session::Leave()
+{
+    m_isLeaving = true;
+    CConnectionHelperDBusClient client;
+    client.Disconnect(m_channel.GetPublicName(), m_typeWord);
+    ChannelAccess::Withdraw(m_channel);
+}
+
+void Session::WaitForCallbacks()
+{
+    ChannelAccess::Gate(m_channel)->WaitForOthers();
+}
+
+bool IsServiceRunning(SourceLocation const& where)
+{
+    if (CConnectionHelperDBusClient::CheckConnection()) {
+        return true;
+    }
+    WriteLog(ZV_LOG_ERROR, where, "iptv-serivce did not launched");
+    return false;
+}
+
+} // namespace zviptv

@@ -1,0 +1,94 @@
+#include "HelperFixture.h"
+
+#include <atomic>
+#include <future>
+
+using namespace zviptv::test;
+using testing::ElementsAre;
+
+namespace {
+
+/// A server whose handler runs until it is let go, while another thread destroys it.
+class HelperServerLeaving : public LoopedChannelTest
+{
+protected:
+    HelperServerLeaving()
+    {
+        Server().SetDbusSignalCb(Run, this);
+        EXPECT_TRUE(m_partner.WaitForOwner(HelperName, true));
+        m_partner.CallWithoutReply(HelperTarget(), WirePairs());
+        m_entered.get_future().wait();
+        m_log.Clear();
+        m_destroyed = std::async(std::launch::async, [this] {
+            CConnectionHelperDBusServer::Destroy();
+            EXPECT_TRUE(m_hasLeft) << "Destroy waits for the handler";
+        });
+        EXPECT_TRUE(m_partner.WaitForOwner(HelperName, false));
+    }
+
+    static CConnectionHelperDBusServer& Server() { return *CConnectionHelperDBusServer::Instance(); }
+
+    static std::string Run(std::string, std::string, std::string, void* data)
+    {
+        auto& self = *static_cast<HelperServerLeaving*>(data);
+        self.m_entered.set_value();
+        self.m_leave.get_future().wait();
+        if (self.m_atTheEnd) {
+            self.m_atTheEnd();
+        }
+        self.m_hasLeft = true;
+        return std::string();
+    }
+
+    void LetGo()
+    {
+        m_leave.set_value();
+        m_destroyed.get();
+    }
+
+    void ExpectAlive()
+    {
+        EXPECT_TRUE(m_partner.WaitForOwner(HelperName, true));
+        EXPECT_EQ(m_partner.Call(HelperTarget(), WirePairs()).Value("dbusname"), ":1.42");
+    }
+
+    TestChannel m_other; // keeps the connection
+    Handled m_handled;
+    ServerEnd m_end;
+    std::promise<void> m_entered;
+    std::promise<void> m_leave;
+    std::function<void()> m_atTheEnd;
+    std::atomic<bool> m_hasLeft{false};
+    std::future<void> m_destroyed;
+};
+
+TEST_F(HelperServerLeaving, CreateOnAnotherThreadMakesALiveServer)
+{
+    Server().SetDbusSignalCb(Handled::Handle, &m_handled);
+    LetGo();
+    ExpectAlive();
+}
+
+TEST_F(HelperServerLeaving, CreateInsideTheHandlerMakesALiveServer)
+{
+    m_atTheEnd = [this] { Server().SetDbusSignalCb(Handled::Handle, &m_handled); };
+    LetGo();
+    ExpectAlive();
+}
+
+TEST_F(HelperServerLeaving, HandlersOfADestroyedServerAreRefused)
+{
+    LetGo();
+    CConnectionHelperDBusServer& server = Server();
+    CConnectionHelperDBusServer::Destroy();
+    m_log.Clear();
+    server.SetDbusSignalCb(Handled::Handle, &m_handled);
+    EXPECT_THAT(SaidIn(m_log),
+                ElementsAre(Failed("SetDbusSignalCb", "The object has been destroyed; create it again")));
+    Server();
+    EXPECT_TRUE(m_partner.WaitForOwner(HelperName, true));
+    EXPECT_EQ(m_partner.Call(HelperTarget(), WirePairs()).Value("dbusname"), "");
+    EXPECT_EQ(m_handled.announced.size(), 0U);
+}
+
+} // namespace

@@ -1,0 +1,191 @@
+#include "dbus/Singleton.h"
+
+#include "WaitUntil.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <future>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+using namespace zviptv::test;
+
+namespace {
+
+constexpr std::chrono::seconds patience{20};
+
+/// An instance that is made and ended when the test lets it.
+class SingletonTest : public testing::Test
+{
+protected:
+    using Pointer = zviptv::Singleton<int>::Pointer;
+
+    Pointer Get()
+    {
+        return m_singleton.GetOrMake([this] {
+            int const number = ++m_made;
+            Pass();
+            return std::make_shared<int>(number);
+        });
+    }
+
+    Pointer End()
+    {
+        return m_singleton.End([this](int const&) {
+            ++m_ended;
+            Pass();
+        });
+    }
+
+    /// Attempts wait here until their number is up.
+    void Pass()
+    {
+        int const attempt = ++m_begun;
+        EXPECT_TRUE(WaitUntil([this, attempt] { return m_allowed >= attempt; }, patience));
+    }
+
+    template <typename Function>
+    auto Start(Function function)
+    {
+        return std::async(std::launch::async, function);
+    }
+
+    void WaitForBegun(int attempts)
+    {
+        ASSERT_TRUE(WaitUntil([this, attempts] { return m_begun == attempts; }, patience));
+    }
+
+    zviptv::Singleton<int> m_singleton;
+    std::atomic<int> m_made{0};
+    std::atomic<int> m_ended{0};
+    std::atomic<int> m_begun{0};
+    std::atomic<int> m_allowed{1000};
+};
+
+TEST_F(SingletonTest, MakesOneInstanceAndEndsItOnce)
+{
+    EXPECT_EQ(m_singleton.Current(), nullptr);
+    EXPECT_EQ(End(), nullptr);
+    EXPECT_EQ(*Get(), 1);
+    EXPECT_EQ(*Get(), 1);
+    EXPECT_EQ(*m_singleton.Current(), 1);
+    EXPECT_EQ(*End(), 1);
+    EXPECT_EQ(m_singleton.Current(), nullptr);
+    EXPECT_EQ(*Get(), 2);
+    EXPECT_EQ(m_ended, 1);
+}
+
+TEST_F(SingletonTest, SharesTheOutcomeOfAnAttemptThatMakesNothing)
+{
+    std::promise<void> begun;
+    std::promise<void> allowed;
+    auto const first = Start([&] {
+        return m_singleton.GetOrMake([&]() -> Pointer {
+            begun.set_value();
+            allowed.get_future().wait();
+            return nullptr;
+        });
+    });
+    begun.get_future().wait();
+    auto second = Start([this] { return Get(); });
+    EXPECT_EQ(second.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+    allowed.set_value();
+    EXPECT_EQ(second.get(), nullptr);
+    EXPECT_EQ(m_made, 0);
+}
+
+/// An end is under way; then `count` threads ask to make, and as many to end.
+TEST_F(SingletonTest, NobodyWaitsForMoreThanTwoAttempts)
+{
+    Get();
+    m_allowed = 1;
+    auto const end = Start([this] { return End(); });
+    WaitForBegun(2);
+    std::vector<std::future<Pointer>> makers;
+    std::vector<std::future<Pointer>> enders;
+    for (int i = 0; i < 8; ++i) {
+        makers.push_back(Start([this] { return Get(); }));
+        enders.push_back(Start([this] { return End(); }));
+    }
+    for (auto const& waiting : makers) {
+        EXPECT_EQ(waiting.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);
+    }
+    m_allowed = 2;
+    for (auto& ender : enders) {
+        EXPECT_EQ(*ender.get(), 1);
+    }
+    m_allowed = 3;
+    for (auto& maker : makers) {
+        EXPECT_EQ(*maker.get(), 2);
+    }
+    EXPECT_EQ(m_begun, 3) << "one making, one end, one making";
+}
+
+TEST_F(SingletonTest, AnEndThatIsAskedForDuringAMakingFollowsIt)
+{
+    m_allowed = 0;
+    auto made = Start([this] { return Get(); });
+    WaitForBegun(1);
+    auto ended = Start([this] { return End(); });
+    EXPECT_EQ(ended.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+    m_allowed = 2;
+    EXPECT_EQ(*made.get(), 1);
+    EXPECT_EQ(*ended.get(), 1);
+    EXPECT_EQ(m_singleton.Current(), nullptr);
+}
+
+TEST_F(SingletonTest, IsNobodysCurrentInstanceOnceItsEndHasBegun)
+{
+    Get();
+    m_allowed = 1;
+    auto const ended = Start([this] { return End(); });
+    WaitForBegun(2);
+    EXPECT_EQ(m_singleton.Current(), nullptr);
+    m_allowed = 2;
+}
+
+TEST_F(SingletonTest, TellsOfAnEndedInstanceThatIsStillHeld)
+{
+    Pointer held = Get();
+    End();
+    EXPECT_EQ(End(), held);
+    held.reset();
+    EXPECT_EQ(End(), nullptr);
+}
+
+TEST_F(SingletonTest, WorksOnAfterAnException)
+{
+    EXPECT_THROW(m_singleton.GetOrMake([]() -> Pointer { throw std::runtime_error("no"); }),
+                 std::runtime_error);
+    EXPECT_EQ(*Get(), 1);
+    EXPECT_THROW(m_singleton.End([](int const&) { throw std::runtime_error("no"); }), std::runtime_error);
+    EXPECT_EQ(*Get(), 2);
+}
+
+TEST_F(SingletonTest, HoldsUnderManyThreads)
+{
+    std::atomic<int> living{0};
+    auto const churn = [&] {
+        for (int i = 0; i < 2000; ++i) {
+            m_singleton.GetOrMake([&] {
+                EXPECT_EQ(++living, 1);
+                return std::make_shared<int>(1);
+            });
+            m_singleton.End([&](int const&) { EXPECT_EQ(--living, 0); });
+        }
+    };
+    std::vector<std::future<void>> threads;
+    for (int i = 0; i < 8; ++i) {
+        threads.push_back(Start(churn));
+    }
+    for (auto& thread : threads) {
+        thread.get();
+    }
+    EXPECT_EQ(m_singleton.Current(), nullptr);
+    EXPECT_EQ(living, 0);
+}
+
+} // namespace
