@@ -1,7 +1,8 @@
 #pragma once
 
+#include "dbus/UserData.h"
+
 #include <algorithm>
-#include <atomic>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
@@ -23,21 +24,9 @@ public:
     explicit CallbackGate(void* owner) : m_owner(owner) {}
 
     /// User data for a GLib registration; released with ReleaseToken.
-    static void* NewToken(Pointer const& gate) { return new Token(gate); }
-    static Pointer FromToken(void* data)
-    {
-        auto* const token = static_cast<Token*>(data);
-        ++token->uses;
-        Pointer gate = token->gate;
-        ++token->uses;
-        return gate;
-    }
-    static void ReleaseToken(void* data)
-    {
-        auto* const token = static_cast<Token*>(data);
-        ++token->uses;
-        delete token;
-    }
+    static void* NewToken(Pointer const& gate) { return UserData<Pointer>::New(gate); }
+    static Pointer FromToken(void* data) { return UserData<Pointer>::Get(data); }
+    static void ReleaseToken(void* data) { UserData<Pointer>::Release(data); }
 
     /// Lets no further visit begin.
     void Refuse()
@@ -83,16 +72,6 @@ public:
     };
 
 private:
-    /// GLib's locks order what happens to a token. Its counter says so once more, to tools that check for
-    /// data races and do not see into GLib: hence all that touches it is atomic, its first value too.
-    struct Token
-    {
-        explicit Token(Pointer const& owned) : gate(owned) { uses = 0; }
-
-        Pointer const gate;
-        std::atomic<unsigned> uses;
-    };
-
     void* Enter()
     {
         std::lock_guard<std::mutex> const lock(m_mutex);

@@ -28,36 +28,6 @@ inline bool IsObjectPath(std::string const& path)
            g_variant_is_object_path(path.c_str()) != FALSE;
 }
 
-/// A signal subscription on a connection; ends with its owner.
-class SignalSubscription
-{
-public:
-    SignalSubscription() = default;
-    SignalSubscription(GDBusConnection* connection, guint id) : m_connection(Share(connection)), m_id(id) {}
-    SignalSubscription(SignalSubscription&& other) noexcept
-        : m_connection(std::move(other.m_connection)), m_id(std::exchange(other.m_id, 0))
-    {
-    }
-    SignalSubscription& operator=(SignalSubscription&& other) noexcept
-    {
-        std::swap(m_connection, other.m_connection);
-        std::swap(m_id, other.m_id);
-        return *this;
-    }
-    ~SignalSubscription()
-    {
-        if (m_id != 0) {
-            g_dbus_connection_signal_unsubscribe(m_connection.get(), m_id);
-        }
-    }
-
-    guint Id() const { return m_id; }
-
-private:
-    Owned<GDBusConnection> m_connection;
-    guint m_id = 0;
-};
-
 /// An exported object on a connection; End() or its owner's end withdraws it.
 class ObjectRegistration
 {

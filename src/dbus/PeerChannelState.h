@@ -1,7 +1,8 @@
 #pragma once
 
 #include "dbus/CallbackGate.h"
-#include "dbus/GLibHandles.h"
+#include "dbus/PartnerWatch.h"
+#include "dbus/SignalSubscription.h"
 
 #include <zviptv/ProxyDBusHelper.h>
 
@@ -64,7 +65,7 @@ struct CProxyDBusHelper::State
 
     std::mutex m_guard;
     std::string m_partner_name;
-    zviptv::NameWatch m_watcher;
+    zviptv::PartnerWatch m_watcher;
     zviptv::Owned<GDBusProxy> m_partner_proxy;
     zviptv::SignalSubscription m_subscription;
     int m_connection_ready = 0;

@@ -34,8 +34,8 @@ Owned<GVariant> EmptyArray(char const* elementType)
 /// would wait for it in exit().
 void KeepTypeDescriptions()
 {
-    static auto const& values = *new std::array<Owned<GVariant>, 3>{EmptyArray("{sv}"), EmptyArray("y"),
-                                                                     EmptyArray("{yv}")};
+    static auto const& values =
+        *new std::array<Owned<GVariant>, 3>{EmptyArray("{sv}"), EmptyArray("y"), EmptyArray("{yv}")};
     static_cast<void>(values);
 }
 

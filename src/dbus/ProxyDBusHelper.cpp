@@ -35,6 +35,16 @@ char const* const CProxyDBusHelper::INTERFACE_XML =
 GDBusInterfaceVTable const CProxyDBusHelper::m_vtable = {
     CProxyDBusHelper::m_MethodCallback, nullptr, nullptr, {}};
 
+namespace {
+
+// The channel has a watch and a subscription of its own: the proxy needs no properties, signals or match
+// rules. No partner is started by the bus, which would take up to 25 s.
+constexpr auto PartnerProxyFlags = static_cast<GDBusProxyFlags>(
+    G_DBUS_PROXY_FLAGS_DO_NOT_LOAD_PROPERTIES | G_DBUS_PROXY_FLAGS_DO_NOT_CONNECT_SIGNALS |
+    G_DBUS_PROXY_FLAGS_DO_NOT_AUTO_START | G_DBUS_PROXY_FLAGS_NO_MATCH_RULE);
+
+} // namespace
+
 CProxyDBusHelper::CProxyDBusHelper(std::string name) : m_state(std::make_unique<State>(this))
 {
     State& state = *m_state;
@@ -118,10 +128,9 @@ int CProxyDBusHelper::m_CreatePartnerProxy()
     if (zviptv::IsOpen(state.m_connection) && zviptv::IsBusName(partner)) {
         // Under the guard: a loss that another thread handles at once has to find the watch.
         std::lock_guard<std::mutex> const lock(state.m_guard);
-        watch = g_bus_watch_name_on_connection(
-            state.m_connection.get(), partner.c_str(), G_BUS_NAME_WATCHER_FLAGS_NONE, nullptr,
-            m_PartnerNameVanishedCallback, CallbackGate::NewToken(state.m_gate), CallbackGate::ReleaseToken);
-        state.m_watcher = zviptv::NameWatch(watch);
+        state.m_watcher = zviptv::PartnerWatch(state.m_connection.get(), partner, m_PartnerNameVanishedCallback,
+                                            CallbackGate::NewToken(state.m_gate), CallbackGate::ReleaseToken);
+        watch = state.m_watcher.Id();
     }
     if (watch == 0) {
         ZV_LOG_ERROR_LINE("Error while g_dbus_proxy_new_sync");
@@ -129,14 +138,20 @@ int CProxyDBusHelper::m_CreatePartnerProxy()
     }
 
     Error error;
+    zviptv::SignalSubscription subscription;
     Owned<GDBusProxy> proxy;
     if (!zviptv::IsObjectPath(state.m_object_name)) {
         error.Set(G_IO_ERROR_INVALID_ARGUMENT, "The channel's name makes no object path that the bus takes");
     } else if (!zviptv::IsOpen(state.m_connection)) {
         error.Set(G_IO_ERROR_CLOSED, "The connection is closed");
     } else {
-        proxy.reset(g_dbus_proxy_new_sync(state.m_connection.get(), G_DBUS_PROXY_FLAGS_DO_NOT_LOAD_PROPERTIES,
-                                          nullptr, partner.c_str(), state.m_object_name.c_str(),
+        // The subscription comes first: when a well-known name is asked for its owner, as the proxy does, no
+        // signal of that owner is missed.
+        subscription = zviptv::SignalSubscription(
+            state.m_connection.get(), {partner, PROXY_DBUS_HELPER_OBJ_IFACE, "", state.m_object_name, ""},
+            m_SignalCallback, CallbackGate::NewToken(state.m_gate), CallbackGate::ReleaseToken);
+        proxy.reset(g_dbus_proxy_new_sync(state.m_connection.get(), PartnerProxyFlags, nullptr,
+                                          partner.c_str(), state.m_object_name.c_str(),
                                           PROXY_DBUS_HELPER_OBJ_IFACE, nullptr, error.Out()));
     }
     if (error) {
@@ -147,15 +162,6 @@ int CProxyDBusHelper::m_CreatePartnerProxy()
     ZV_LOG_DEBUG_LINE("Create proxy[%p] and watch[%d] for %s on obj %s", static_cast<void*>(proxy.get()),
                       static_cast<int>(watch), partner.c_str(), state.m_object_name.c_str());
 
-    zviptv::SignalSubscription subscription;
-    if (zviptv::IsOpen(state.m_connection)) {
-        subscription = zviptv::SignalSubscription(
-            state.m_connection.get(),
-            g_dbus_connection_signal_subscribe(
-                state.m_connection.get(), partner.c_str(), PROXY_DBUS_HELPER_OBJ_IFACE, nullptr,
-                state.m_object_name.c_str(), nullptr, G_DBUS_SIGNAL_FLAGS_NONE, m_SignalCallback,
-                CallbackGate::NewToken(state.m_gate), CallbackGate::ReleaseToken));
-    }
     if (subscription.Id() == 0) {
         ZV_LOG_ERROR_LINE("Error while g_dbus_connection_signal_subscribe");
         m_Disconnect();
@@ -176,9 +182,10 @@ int CProxyDBusHelper::m_CreatePartnerProxy()
 
 void CProxyDBusHelper::m_Disconnect()
 {
-    zviptv::NameWatch watcher;
-    Owned<GDBusProxy> proxy;
+    // Released after the guard, the last one first.
     zviptv::SignalSubscription subscription;
+    Owned<GDBusProxy> proxy;
+    zviptv::PartnerWatch watcher;
     {
         std::lock_guard<std::mutex> const lock(m_state->m_guard);
         m_state->m_connection_ready = 0;
@@ -186,8 +193,6 @@ void CProxyDBusHelper::m_Disconnect()
         std::swap(proxy, m_state->m_partner_proxy);
         std::swap(subscription, m_state->m_subscription);
     }
-    watcher = zviptv::NameWatch();
-    proxy.reset();
 }
 
 void CProxyDBusHelper::m_PartnerNameVanishedCallback(GDBusConnection* connection, char const* name,

@@ -52,8 +52,7 @@ void CBroadcastDataProxy::m_DisconnectedCB(std::string /*partner*/, std::string 
 bool CBroadcastDataProxy::m_Call(char const* functionName, zviptv::RequestFields fields,
                                  zviptv::ReplyFields outputs, zviptv::SourceLocation const& where)
 {
-    return zviptv::Call(m_session.Current(), functionName, fields, outputs, where) ==
-           CallOutcome::Accepted;
+    return zviptv::Call(m_session.Current(), functionName, fields, outputs, where) == CallOutcome::Accepted;
 }
 
 bool CBroadcastDataProxy::GetAudioFormat(EZVAudioEncodeType& encodeType)

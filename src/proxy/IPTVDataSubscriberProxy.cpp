@@ -223,8 +223,7 @@ void CIPTVDataSubscriberProxy::t_HandleNotification(SubscriberSession& session, 
     zviptv::WriteLog(ZV_LOG_DEBUG, where, "type : %s", name.c_str());
     if (name == function::CaptionCB && session.caption.IsRequested()) {
         ZVCaption caption = CaptionOf(notification);
-        session.caption.Deliver(caption,
-                                [&] { zviptv::WriteLog(ZV_LOG_DEBUG, where, "Call Caption CB"); });
+        session.caption.Deliver(caption, [&] { zviptv::WriteLog(ZV_LOG_DEBUG, where, "Call Caption CB"); });
     } else if (name == function::PESCB && session.pes.IsRequested()) {
         ZVPESData pes = PESOf(notification, session.pes.TakeSpare());
         session.pes.Deliver(pes, [&] {

@@ -50,8 +50,7 @@ void CPlayerControlProxy::m_DisconnectedCB(std::string /*partner*/, std::string 
 bool CPlayerControlProxy::m_Call(char const* functionName, zviptv::RequestFields fields,
                                  zviptv::ReplyFields outputs, zviptv::SourceLocation const& where)
 {
-    return zviptv::Call(m_session.Current(), functionName, fields, outputs, where) ==
-           CallOutcome::Accepted;
+    return zviptv::Call(m_session.Current(), functionName, fields, outputs, where) == CallOutcome::Accepted;
 }
 
 bool CPlayerControlProxy::SetCurrentAudioByIndex(int index)
@@ -108,8 +107,8 @@ bool CPlayerControlProxy::GetCaptionDataMode(EZVCaptionDataMode& mode)
 bool CPlayerControlProxy::GetDefaultCaptionService(EZVCaptionService& service)
 {
     service = ZV_CAPTION_SERVICE_UNKNOWN;
-    CallOutcome const outcome =
-        zviptv::Call(m_session.Current(), function::GetDefaultCaptionService, {}, {{key::Service, service}}, ZV_LOG_HERE);
+    CallOutcome const outcome = zviptv::Call(m_session.Current(), function::GetDefaultCaptionService, {},
+                                             {{key::Service, service}}, ZV_LOG_HERE);
     if (outcome != CallOutcome::NotSent) {
         ZV_LOG_ERROR_LINE("GetDefaultCaptionService, retVal:%d", outcome == CallOutcome::Accepted ? 1 : 0);
     }

@@ -49,8 +49,12 @@ protected:
     void Begin()
     {
         m_bus.Restart();
-        m_connection = SharedConnection();
-        ASSERT_NE(m_connection, nullptr);
+        // GIO hands out the closed connection as long as one of its threads still holds it.
+        ASSERT_TRUE(RunUntil([this] {
+            m_connection.reset();
+            m_connection = SharedConnection();
+            return m_connection != nullptr && g_dbus_connection_is_closed(m_connection.get()) == FALSE;
+        }));
         m_partner = std::make_unique<PeerProcess>();
         m_channel = std::make_unique<CProxyDBusHelper>("IPGUTIL");
         ASSERT_EQ(m_channel->Connect(m_partner->Name()), 1);
@@ -186,6 +190,40 @@ TEST_F(BusFault, F07_BusDiesWithObjectsInUse)
     destroyed.get();
     ExpectNoObjects();
     End();
+}
+
+/// Channels and objects come and go on eight threads.
+TEST_F(BusFault, F16_BusDiesWhileObjectsAreMadeAndEnded)
+{
+    unsigned round = 0;
+    AllowMemory(8192);
+    Repeat(ShortOrLong(10, 2000), [this, &round] {
+        Begin();
+        std::atomic<bool> stop{false};
+        std::vector<std::future<void>> users;
+        for (unsigned user = 0; user < 8; ++user) {
+            users.push_back(std::async(std::launch::async, [this, &stop, user] {
+                while (!stop) {
+                    if (user % 2 == 0) {
+                        IIPGUtil* guide = nullptr;
+                        CIPTVServiceAPI::CreateIPGUtil(&guide);
+                        CIPTVServiceAPI::DestroyIPGUtil();
+                    } else {
+                        CProxyDBusHelper channel("USER" + std::to_string(user));
+                        channel.Connect(m_partner->Name());
+                        CMessageBuffer message;
+                        channel.SendNotification(message);
+                    }
+                }
+            }));
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(++round % 20)); // any moment will do
+        KillTheBus();
+        stop = true;
+        users.clear();
+        CIPTVServiceAPI::DestroyIPGUtil();
+        End();
+    });
 }
 
 /// The bus stands still with the owner check on its way, and dies.

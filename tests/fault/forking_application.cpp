@@ -1,5 +1,5 @@
-// Calls the service, then forks children that exit while its other threads use GLib: forking_application COUNT.
-// Prints how many of the children ended.
+// Calls the service, then forks children that exit while its other threads use GLib: forking_application
+// COUNT. Prints how many of the children ended.
 #include <zviptv/IPTVServiceAPI.h>
 
 #include <glib.h>

@@ -37,7 +37,8 @@ private:
     }
 };
 
-/// The objects as a careless application uses them: it keeps every pointer, whatever has become of the object.
+/// The objects as a careless application uses them: it keeps every pointer, whatever has become of the
+/// object.
 class CarelessUser
 {
 public:
@@ -51,10 +52,17 @@ public:
         IBroadcastData* broadcast = nullptr;
         IIPTVDataSubscriber* subscriber = nullptr;
         switch (Draw() % Kinds) {
-        case 0: CIPTVServiceAPI::CreatePlayerControl(IPTV_PROFILE_DEFAULT, 0, &player); break;
-        case 1: CIPTVServiceAPI::CreateBroadcastData(IPTV_PROFILE_DEFAULT, 0, &broadcast); break;
-        case 2: CIPTVServiceAPI::CreateIPTVDataSubscriber(IPTV_PROFILE_DEFAULT, 0, &subscriber); break;
-        default: CIPTVServiceAPI::CreateIPGUtil(&m_guide);
+        case 0:
+            CIPTVServiceAPI::CreatePlayerControl(IPTV_PROFILE_DEFAULT, 0, &player);
+            break;
+        case 1:
+            CIPTVServiceAPI::CreateBroadcastData(IPTV_PROFILE_DEFAULT, 0, &broadcast);
+            break;
+        case 2:
+            CIPTVServiceAPI::CreateIPTVDataSubscriber(IPTV_PROFILE_DEFAULT, 0, &subscriber);
+            break;
+        default:
+            CIPTVServiceAPI::CreateIPGUtil(&m_guide);
         }
         m_player = player != nullptr ? player : m_player;
         m_broadcast = broadcast != nullptr ? broadcast : m_broadcast;
@@ -64,10 +72,17 @@ public:
     void DestroyOne()
     {
         switch (Draw() % Kinds) {
-        case 0: CIPTVServiceAPI::DestroyPlayerControl(); break;
-        case 1: CIPTVServiceAPI::DestroyBroadcastData(); break;
-        case 2: CIPTVServiceAPI::DestroyIPTVDataSubscriber(); break;
-        default: CIPTVServiceAPI::DestroyIPGUtil();
+        case 0:
+            CIPTVServiceAPI::DestroyPlayerControl();
+            break;
+        case 1:
+            CIPTVServiceAPI::DestroyBroadcastData();
+            break;
+        case 2:
+            CIPTVServiceAPI::DestroyIPTVDataSubscriber();
+            break;
+        default:
+            CIPTVServiceAPI::DestroyIPGUtil();
         }
     }
 

@@ -73,6 +73,14 @@ void LogCapture::Release()
     m_holding.notify_all();
 }
 
+void LogCapture::HoldAtNext(std::string const& origin)
+{
+    std::lock_guard<std::mutex> const lock(m_mutex);
+    m_holdAt = origin;
+    m_isHeld = false;
+    m_holding.notify_all();
+}
+
 std::vector<LogLine> LogCapture::Lines() const
 {
     std::lock_guard<std::mutex> const lock(m_mutex);

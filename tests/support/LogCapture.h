@@ -45,6 +45,8 @@ public:
     /// True when a thread has been stopped; false after 20 s without one.
     bool WaitUntilHeld();
     void Release();
+    /// Release(), but for the next line of `origin`.
+    void HoldAtNext(std::string const& origin);
 
 private:
     static void Sink(EZVLogPriority priority, char const* tag, char const* line, void* userData);

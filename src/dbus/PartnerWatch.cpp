@@ -1,0 +1,119 @@
+#include "dbus/PartnerWatch.h"
+
+#include "dbus/UserData.h"
+
+#include <atomic>
+#include <utility>
+
+namespace zviptv {
+
+struct PartnerWatch::Watched
+{
+    Watched(GDBusConnection* bus, std::string watchedName, GBusNameVanishedCallback callback, void* data,
+            GDestroyNotify releaseData)
+        : connection(Share(bus)), context(g_main_context_ref_thread_default()), name(std::move(watchedName)),
+          vanished(callback), userData(data), release(releaseData)
+    {
+    }
+    ~Watched()
+    {
+        g_main_context_unref(context);
+        release(userData);
+    }
+    Watched(Watched const&) = delete;
+    Watched& operator=(Watched const&) = delete;
+
+    /// `bus` is null when it is the connection that has gone.
+    void Tell(GDBusConnection* bus)
+    {
+        if (!isOver.exchange(true)) {
+            vanished(bus, name.c_str(), userData);
+        }
+    }
+
+    Owned<GDBusConnection> const connection;
+    GMainContext* const context;
+    std::string const name;
+    GBusNameVanishedCallback const vanished;
+    void* const userData;
+    GDestroyNotify const release;
+    std::atomic<bool> isOver{false};
+};
+
+PartnerWatch::PartnerWatch(GDBusConnection* connection, std::string const& name,
+                           GBusNameVanishedCallback vanished, void* userData, GDestroyNotify release)
+    : m_watched(std::make_shared<Watched>(connection, name, vanished, userData, release)),
+      m_changes(
+          connection,
+          {"org.freedesktop.DBus", "org.freedesktop.DBus", "NameOwnerChanged", "/org/freedesktop/DBus", name},
+          OnOwnerChanged, UserData<Pointer>::New(m_watched), UserData<Pointer>::Release),
+      m_closed(g_signal_connect_data(
+          connection, "closed", G_CALLBACK(OnClosed), UserData<Pointer>::New(m_watched),
+          [](void* data, GClosure*) { UserData<Pointer>::Release(data); }, GConnectFlags{}))
+{
+    g_dbus_connection_call(connection, "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                           "org.freedesktop.DBus", "GetNameOwner", g_variant_new("(s)", name.c_str()),
+                           G_VARIANT_TYPE("(s)"), G_DBUS_CALL_FLAGS_NONE, -1, nullptr, OnOwnerAsked,
+                           UserData<Pointer>::New(m_watched));
+}
+
+PartnerWatch& PartnerWatch::operator=(PartnerWatch&& other) noexcept
+{
+    std::swap(m_watched, other.m_watched);
+    std::swap(m_changes, other.m_changes);
+    std::swap(m_closed, other.m_closed);
+    return *this;
+}
+
+PartnerWatch::~PartnerWatch()
+{
+    if (m_watched != nullptr) {
+        m_watched->isOver = true;
+        g_signal_handler_disconnect(m_watched->connection.get(), m_closed);
+    }
+}
+
+void PartnerWatch::OnOwnerChanged(GDBusConnection* connection, char const* /*sender*/, char const* /*path*/,
+                                  char const* /*interface*/, char const* /*signal*/, GVariant* parameters,
+                                  void* data)
+{
+    Pointer const watched = UserData<Pointer>::Get(data);
+    if (g_variant_is_of_type(parameters, G_VARIANT_TYPE("(sss)")) != FALSE) {
+        char const* owner = nullptr;
+        g_variant_get_child(parameters, 2, "&s", &owner);
+        if (*owner == '\0') {
+            watched->Tell(connection);
+        }
+    }
+}
+
+void PartnerWatch::OnOwnerAsked(GObject* source, GAsyncResult* result, void* data)
+{
+    Pointer const watched = UserData<Pointer>::Get(data);
+    UserData<Pointer>::Release(data);
+    GDBusConnection* const connection = G_DBUS_CONNECTION(source);
+    Owned<GVariant> const owner(g_dbus_connection_call_finish(connection, result, nullptr));
+    if (owner == nullptr) {
+        watched->Tell(IsOpen(watched->connection) ? connection : nullptr);
+    }
+}
+
+// Called through the context in which the connection was made.
+void PartnerWatch::OnClosed(GDBusConnection* /*connection*/, gboolean /*byPeer*/, GError* /*error*/,
+                            void* data)
+{
+    Pointer const watched = UserData<Pointer>::Get(data);
+    GSource* const source = g_idle_source_new();
+    g_source_set_priority(source, G_PRIORITY_DEFAULT);
+    g_source_set_callback(
+        source,
+        [](void* handed) -> gboolean {
+            UserData<Pointer>::Get(handed)->Tell(nullptr);
+            return G_SOURCE_REMOVE;
+        },
+        UserData<Pointer>::New(watched), UserData<Pointer>::Release);
+    g_source_attach(source, watched->context);
+    g_source_unref(source);
+}
+
+} // namespace zviptv

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "dbus/SignalSubscription.h"
+
+#include <memory>
+#include <string>
+
+namespace zviptv {
+
+/// Tells once when a bus name has no owner, from the beginning or later, or when the connection has closed;
+/// ends with its owner.
+///
+/// In place of g_bus_watch_name_on_connection, which fails with criticals when the connection closes on
+/// another thread while the watch is set up.
+class PartnerWatch
+{
+public:
+    PartnerWatch() = default;
+    /// `vanished` is called through the main context that is the calling thread's default, with a null
+    /// connection when that has closed. `userData` is released with `release` when no call can come any
+    /// more.
+    PartnerWatch(GDBusConnection* connection, std::string const& name, GBusNameVanishedCallback vanished,
+                 void* userData, GDestroyNotify release);
+    PartnerWatch(PartnerWatch&& other) noexcept = default;
+    PartnerWatch& operator=(PartnerWatch&& other) noexcept;
+    ~PartnerWatch();
+
+    /// Not 0 for a watch.
+    guint Id() const { return m_changes.Id(); }
+
+private:
+    struct Watched;
+    using Pointer = std::shared_ptr<Watched>;
+
+    static void OnOwnerChanged(GDBusConnection* connection, char const* sender, char const* path,
+                               char const* interface, char const* signal, GVariant* parameters, void* data);
+    static void OnOwnerAsked(GObject* source, GAsyncResult* result, void* data);
+    static void OnClosed(GDBusConnection* connection, gboolean byPeer, GError* error, void* data);
+
+    Pointer m_watched;
+    SignalSubscription m_changes;
+    gulong m_closed = 0;
+};
+
+} // namespace zviptv

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <atomic>
+#include <utility>
+
+namespace zviptv {
+
+/// A value as the user data of a GLib registration, which owns it.
+///
+/// GLib's locks order what happens to it. The counter orders it once more for tools that check for data races
+/// and do not see into GLib: hence all that touches it is atomic, its first value too.
+template <typename Value>
+class UserData
+{
+public:
+    static void* New(Value value) { return new UserData(std::move(value)); }
+
+    /// A copy of the value.
+    static Value Get(void* data)
+    {
+        auto* const self = static_cast<UserData*>(data);
+        ++self->m_uses;
+        Value value = self->m_value;
+        ++self->m_uses;
+        return value;
+    }
+
+    /// The registration's destroy notify.
+    static void Release(void* data)
+    {
+        auto* const self = static_cast<UserData*>(data);
+        ++self->m_uses;
+        delete self;
+    }
+
+private:
+    explicit UserData(Value value) : m_value(std::move(value)) { m_uses = 0; }
+
+    Value const m_value;
+    std::atomic<unsigned> m_uses;
+};
+
+} // namespace zviptv
