@@ -21,9 +21,12 @@
 /// unsigned.
 ///
 /// The object destroys itself when the service leaves the bus, on the thread that iterates the main context
-/// in which it was created: do not keep the pointer beyond that. A call under way on another thread ends
-/// safely, as it does on Destroy; one that begins later has nothing to be called on. Calls on the iterating
-/// thread never meet that.
+/// in which it was created.
+///
+/// Lifetime: a pointer to the object is valid for the life of the process. While the object is destroyed,
+/// every call on it returns false, from any thread, and the log says why; after the next Create the pointer
+/// works again. A call that another thread has begun when the object is destroyed is answered or returns
+/// false.
 class ZVIPTV_API IBroadcastData
 {
 protected:

@@ -17,8 +17,12 @@
 /// nothing is found. A number or flag that the service leaves out or spells badly makes the method throw
 /// std::invalid_argument or std::out_of_range ("stoi").
 ///
-/// The object stays when the service leaves the bus; its calls fail until it is destroyed and created anew. A
-/// call under way on another thread ends safely when it is destroyed.
+/// The object stays when the service leaves the bus. Its calls fail until it is destroyed and created again.
+///
+/// Lifetime: a pointer to the object is valid for the life of the process. While the object is destroyed,
+/// every call on it returns false, from any thread, and the log says why; after the next Create the pointer
+/// works again. A call that another thread has begun when the object is destroyed is answered or returns
+/// false.
 class ZVIPTV_API IIPGUtil
 {
 protected:

@@ -16,8 +16,7 @@
 /// Subscribing and unsubscribing block for at most 2000 ms when the service has to be told (first
 /// subscription of a kind, last one gone), and as long again for each other thread that is doing the same.
 /// They may be done from any thread, also from inside a callback. A callback that another thread unsubscribes
-/// while it runs or is about to run is not waited for. A call that waits when the object is destroyed ends
-/// safely, and then subscribes to nothing; one that begins later has nothing to be called on.
+/// while it runs or is about to run is not waited for.
 ///
 /// A notification with a missing or malformed number reaches no callback: std::invalid_argument or
 /// std::out_of_range ("stoi", "stoll") leaves the dispatch and passes through GLib to whoever iterates the
@@ -25,7 +24,12 @@
 /// carries. Without a handler around the main loop they end the process. Data that is shorter than announced
 /// is filled up with zeros.
 ///
-/// The object stays when the service leaves the bus; nothing arrives until it is destroyed and created anew.
+/// The object stays when the service leaves the bus. Nothing arrives until it is destroyed and created again.
+///
+/// Lifetime: a pointer to the object is valid for the life of the process. While the object is destroyed,
+/// every call on it returns false, from any thread, and the log says why; after the next Create the pointer
+/// works again. A call that another thread has begun when the object is destroyed is answered or returns
+/// false.
 class ZVIPTV_API IIPTVDataSubscriber
 {
 protected:

@@ -18,29 +18,35 @@
 /// null pointer in `out`, and the log says why: the service does not run. CreateIPGUtil does not ask whether
 /// it runs. With a null `out` nothing is made, and the log tells.
 ///
-/// An object is no promise of a connection: when the service runs but does not answer the announcement in
+/// An object does not guarantee a connection: when the service runs but does not answer the announcement in
 /// time, or names no endpoint, Create still hands out an object, whose calls fail and which does not notice
-/// the service's end. When every call of an object fails, Destroy it and Create it anew.
+/// the service's end. When every call of an object fails, destroy it and create it again.
 ///
-/// An object destroys itself from a handler of the service's loss. When that handler is late and the object
-/// has been destroyed and created anew meanwhile, it destroys the new one: Create again when a pointer has
-/// gone stale.
+/// An object destroys itself from a handler of the service's loss. If that handler is late and the object has
+/// been destroyed and created again meanwhile, it destroys the new one: create it again.
 ///
 /// Threads: all functions may be called from any thread, and from inside any callback of the objects.
-/// On a bus that answers, creating an object blocks for at most 2000 ms, and so does destroying it, while the
-/// service is told. Incoming data and the loss of the service are delivered through the main context that is
-/// the thread default of the creating thread, normally the process's default context: the process must
-/// iterate it.
+/// Creating and destroying an object each tell the service, which takes at most 2000 ms on a bus that
+/// answers. A thread that asks for what another thread is doing waits for it and shares the outcome. A thread
+/// that asks for the opposite waits for it first. So each function takes at most 4 s, whatever the number of
+/// threads; a Destroy also waits for callbacks, as said below. Incoming data and the loss of the service are
+/// delivered through the main context that is the thread default of the creating thread, normally the
+/// process's default context: the process must iterate it.
 ///
 /// When the bus itself goes, GIO ends the process by SIGTERM under a running main loop, unless the
 /// application turns that off with g_dbus_connection_set_exit_on_close; the process finds no service any more
 /// until it is started anew.
 ///
 /// Lifetime: an object lives until the matching Destroy; never delete it. The player control and the
-/// broadcast data objects also destroy themselves when the service leaves the bus. When a Destroy returns, no
-/// callback of the object runs on another thread and none starts any more. Destroying what does not exist is
-/// harmless. Two callbacks on two threads must not each destroy the other's object: they would wait for each
-/// other. After a fork without exec the child must not use the library.
+/// broadcast data objects also destroy themselves when the service leaves the bus. Pointers stay valid: calls
+/// on an object that is destroyed return false. Until it has told the service that it leaves, an object
+/// answers the service and delivers its data. When a Destroy returns, no callback of the object runs on
+/// another thread and none starts any more. A Create meanwhile, also inside such a callback, makes a new
+/// object as soon as the old one has left; it does not wait for the old one's callbacks. Destroying what does
+/// not exist is harmless.
+///
+/// Two callbacks on two threads must not each destroy the other's object: they would wait for each other.
+/// After a fork without exec the child must not use the library, but it may call exit().
 class ZVIPTV_API CIPTVServiceAPI
 {
 public:
