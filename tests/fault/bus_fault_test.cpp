@@ -196,7 +196,9 @@ TEST_F(BusFault, F07_BusDiesWithObjectsInUse)
 TEST_F(BusFault, F16_BusDiesWhileObjectsAreMadeAndEnded)
 {
     unsigned round = 0;
-    AllowMemory(8192);
+    // The pools that the allocator keeps for the threads: 11 MiB after 500 rounds, 15 MiB after 2,000. What
+    // is allocated stays the same, as memcheck counts it.
+    AllowMemory(20 * 1024);
     Repeat(ShortOrLong(10, 2000), [this, &round] {
         Begin();
         std::atomic<bool> stop{false};
