@@ -36,7 +36,7 @@ TEST_F(WatchTest, TellsStepByStepHowTheServiceGoesAndComesBack)
     m_service->Vanish();
     ASSERT_TRUE(child->WaitForOutput(
         "the service left the bus: no more PES packets come\n"
-        "the player control object destroyed itself: pointers to it are invalid now\n"
+        "the player control object destroyed itself: its calls fail until it is created again\n"
         "CreatePlayerControl now gives null: no service runs\n"
         "the data subscriber stays, but its calls fail: UnSubscribeForPES was not sent (",
         patience))

@@ -165,7 +165,8 @@ void Watch::OnEvents()
 
 void Watch::TellLoss()
 {
-    Say("player-control-gone", "the player control object destroyed itself: pointers to it are invalid now");
+    Say("player-control-gone",
+        "the player control object destroyed itself: its calls fail until it is created again");
     TellFactory();
     TellSubscriber();
 }
