@@ -1,11 +1,10 @@
 #include <zviptv/ConnectionHelperDBusClient.h>
 
 #include "dbus/HelperMessage.h"
+#include "dbus/OwnerQuestion.h"
 #include "log/Log.h"
 
 #include <zviptv/Protocol.h>
-
-#include <dbus/dbus.h>
 
 using zviptv::Error;
 using zviptv::Owned;
@@ -15,32 +14,6 @@ namespace key = zviptv::protocol::key;
 namespace {
 
 constexpr int TimeoutMs = 2000;
-
-struct DBusRelease
-{
-    void operator()(DBusConnection* connection) const { dbus_connection_unref(connection); }
-    void operator()(DBusMessage* message) const { dbus_message_unref(message); }
-};
-
-/// Whether the helper bus has an owner. libdbus's own question waits for 25 s on a bus that stands still.
-bool NameHasOwner(DBusConnection* connection, DBusError& error)
-{
-    char const* const name = helper::BusName;
-    std::unique_ptr<DBusMessage, DBusRelease> const question(
-        dbus_message_new_method_call(DBUS_SERVICE_DBUS, DBUS_PATH_DBUS, DBUS_INTERFACE_DBUS, "NameHasOwner"));
-    if (question == nullptr ||
-        dbus_message_append_args(question.get(), DBUS_TYPE_STRING, &name, DBUS_TYPE_INVALID) == FALSE) {
-        dbus_set_error_const(&error, DBUS_ERROR_NO_MEMORY, nullptr);
-        return false;
-    }
-    std::unique_ptr<DBusMessage, DBusRelease> const answer(
-        dbus_connection_send_with_reply_and_block(connection, question.get(), TimeoutMs, &error));
-    dbus_bool_t owned = FALSE;
-    return answer != nullptr &&
-           dbus_message_get_args(answer.get(), &error, DBUS_TYPE_BOOLEAN, &owned, DBUS_TYPE_INVALID) !=
-               FALSE &&
-           owned != FALSE;
-}
 
 CMessageBuffer Announcement(std::string const& dbusname, std::string const& type, char const* add)
 {
@@ -75,22 +48,14 @@ CConnectionHelperDBusClient::~CConnectionHelperDBusClient()
 
 bool CConnectionHelperDBusClient::CheckConnection()
 {
-    std::unique_ptr<DBusConnection, DBusRelease> connection(dbus_bus_get(DBUS_BUS_SYSTEM, nullptr));
-    DBusError error;
-    dbus_error_init(&error);
-    bool owned = false;
-    if (connection != nullptr) {
-        owned = NameHasOwner(connection.get(), error);
-    } else {
-        dbus_set_error_const(&error, DBUS_ERROR_NO_SERVER, "the system bus cannot be reached");
-    }
-    connection.reset();
-    if (dbus_error_is_set(&error) != FALSE) {
-        dbus_error_free(&error); // before the line below, which therefore shows no message
+    using zviptv::OwnerQuestion;
+    OwnerQuestion::Answer const answer = OwnerQuestion::Ask();
+    if (answer == OwnerQuestion::Answer::Failed) {
+        // The line never shows the bus's message.
         ZV_LOG_ERROR_LINE("[TCIPCConnection::%s] DBus Error while checking name owner: %s", "CheckConnection",
-                          error.message);
+                          "(null)");
     }
-    return owned;
+    return answer == OwnerQuestion::Answer::Owned;
 }
 
 std::string CConnectionHelperDBusClient::Connect(std::string dbusname, std::string type)

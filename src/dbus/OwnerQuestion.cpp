@@ -1,0 +1,114 @@
+#include "dbus/OwnerQuestion.h"
+
+#include "dbus/BusConnection.h"
+#include "dbus/HelperMessage.h"
+
+#include <dbus/dbus.h>
+
+#include <poll.h>
+
+#include <algorithm>
+#include <chrono>
+#include <memory>
+
+namespace zviptv {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Milliseconds = std::chrono::milliseconds;
+
+struct MessageRelease
+{
+    void operator()(DBusMessage* message) const { dbus_message_unref(message); }
+};
+using Message = std::unique_ptr<DBusMessage, MessageRelease>;
+
+/// A private connection must be closed before it is given up.
+struct ConnectionClose
+{
+    void operator()(DBusConnection* connection) const
+    {
+        dbus_connection_close(connection);
+        dbus_connection_unref(connection);
+    }
+};
+using Connection = std::unique_ptr<DBusConnection, ConnectionClose>;
+
+/// A call of the bus itself.
+Message BusCall(char const* method)
+{
+    return Message(
+        dbus_message_new_method_call(DBUS_SERVICE_DBUS, DBUS_PATH_DBUS, DBUS_INTERFACE_DBUS, method));
+}
+
+/// Waits until the connection can do something. libdbus's own wait begins again after each signal that
+/// interrupts it, with the whole time.
+void Wait(DBusConnection* connection, Clock::time_point deadline)
+{
+    // Before the handshake is done, what it still has to write is not known from outside.
+    bool const isReady = dbus_connection_get_is_authenticated(connection) != FALSE;
+    Milliseconds const longest(isReady ? 2000 : 20);
+    auto const left = std::chrono::ceil<Milliseconds>(deadline - Clock::now());
+    pollfd polled = {-1, POLLIN, 0};
+    dbus_connection_get_unix_fd(connection, &polled.fd);
+    if (isReady && dbus_connection_has_messages_to_send(connection) != FALSE) {
+        polled.events |= POLLOUT;
+    }
+    poll(&polled, 1, static_cast<int>(std::clamp(left, Milliseconds(0), longest).count()));
+}
+
+/// The answer to the call of this serial; null if the bus goes or does not answer in time. Everything else
+/// that arrives is read and dropped.
+Message Await(DBusConnection* connection, dbus_uint32_t serial, Clock::time_point deadline)
+{
+    for (;;) {
+        // A turn of the handshake either reads or writes.
+        bool const isOpen = dbus_connection_read_write(connection, 0) != FALSE &&
+                            dbus_connection_read_write(connection, 0) != FALSE;
+        while (Message message{dbus_connection_pop_message(connection)}) {
+            if (dbus_message_get_reply_serial(message.get()) == serial) {
+                return message;
+            }
+        }
+        if (!isOpen || Clock::now() >= deadline) {
+            return nullptr;
+        }
+        Wait(connection, deadline);
+    }
+}
+
+/// Says hello and asks, both at once: the bus handles them in their order.
+Message AskTheBus(DBusConnection* connection, Clock::time_point deadline)
+{
+    char const* const name = helper::BusName;
+    Message const hello = BusCall("Hello");
+    Message const question = BusCall("NameHasOwner");
+    dbus_uint32_t serial = 0;
+    if (hello == nullptr || question == nullptr ||
+        dbus_message_append_args(question.get(), DBUS_TYPE_STRING, &name, DBUS_TYPE_INVALID) == FALSE ||
+        dbus_connection_send(connection, hello.get(), nullptr) == FALSE ||
+        dbus_connection_send(connection, question.get(), &serial) == FALSE) {
+        return nullptr;
+    }
+    return Await(connection, serial, deadline);
+}
+
+} // namespace
+
+OwnerQuestion::Answer OwnerQuestion::Ask()
+{
+    Connection const connection(dbus_connection_open_private(SystemBusAddress().c_str(), nullptr));
+    if (connection == nullptr) {
+        return Answer::Failed;
+    }
+    Message const answer = AskTheBus(connection.get(), Clock::now() + Milliseconds(2000));
+    dbus_bool_t owned = FALSE;
+    if (answer == nullptr ||
+        dbus_message_get_args(answer.get(), nullptr, DBUS_TYPE_BOOLEAN, &owned, DBUS_TYPE_INVALID) == FALSE) {
+        return Answer::Failed;
+    }
+    return owned != FALSE ? Answer::Owned : Answer::NotOwned;
+}
+
+} // namespace zviptv

@@ -1,0 +1,23 @@
+#pragma once
+
+namespace zviptv {
+
+/// Asks the system bus whether the helper bus has an owner.
+///
+/// The question goes over a connection of libdbus that is opened for it and closed after it, so that nothing
+/// that others send stays in the process. Connecting apart, it takes at most 2,000 ms, also when signals
+/// interrupt it. Any thread may call it.
+class OwnerQuestion
+{
+public:
+    enum class Answer
+    {
+        Owned,
+        NotOwned,
+        Failed ///< no bus, no answer in time, no free descriptor
+    };
+
+    static Answer Ask();
+};
+
+} // namespace zviptv
