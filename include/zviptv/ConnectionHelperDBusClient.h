@@ -32,9 +32,8 @@ public:
     CConnectionHelperDBusClient(CConnectionHelperDBusClient const&) = delete;
     CConnectionHelperDBusClient& operator=(CConnectionHelperDBusClient const&) = delete;
 
-    /// True when the helper bus has an owner, that is when the service runs. False without a bus, and from
-    /// then on when the bus itself has died: the process keeps its dead connections and has to be started
-    /// again.
+    /// True when the helper bus has an owner, that is when the service runs. False without a bus. Opens
+    /// a connection of its own and closes it again.
     static bool CheckConnection();
 
     /// Announces the channel `dbusname` of the given type word; returns the bus name of the endpoint to

@@ -22,8 +22,8 @@
 /// time, or names no endpoint, Create still hands out an object, whose calls fail and which does not notice
 /// the service's end. When every call of an object fails, destroy it and create it again.
 ///
-/// An object destroys itself from a handler of the service's loss. If that handler is late and the object has
-/// been destroyed and created again meanwhile, it destroys the new one: create it again.
+/// An object destroys itself from a handler of the service's loss. A handler that is late, because the object
+/// has been destroyed and created again meanwhile, leaves the new one alone.
 ///
 /// Threads: all functions may be called from any thread, and from inside any callback of the objects.
 /// Creating and destroying an object each tell the service, which takes at most 2000 ms on a bus that
@@ -34,8 +34,9 @@
 /// process's default context: the process must iterate it.
 ///
 /// When the bus itself goes, GIO ends the process by SIGTERM under a running main loop, unless the
-/// application turns that off with g_dbus_connection_set_exit_on_close; the process finds no service any more
-/// until it is started anew.
+/// application turns that off with g_dbus_connection_set_exit_on_close. The objects are then lost as when the
+/// service goes. Once a bus is there again, at the same address or at the one that DBUS_SYSTEM_BUS_ADDRESS
+/// then names, the next Create makes a new object on it.
 ///
 /// Lifetime: an object lives until the matching Destroy; never delete it. The player control and the
 /// broadcast data objects also destroy themselves when the service leaves the bus. Pointers stay valid: calls

@@ -9,4 +9,18 @@ namespace zviptv {
 /// Where the system bus is, by DBUS_SYSTEM_BUS_ADDRESS at this moment. Empty where nothing is known.
 std::string SystemBusAddress();
 
+/// The process's connection to the system bus, on which all objects of the library are.
+///
+/// It is the one that GIO shares within the process. When that one's bus has died, and a bus is there again,
+/// the library opens a connection of its own, which it gives up when nothing of the library is on it; it
+/// ends the process when it closes if the dead one would have. While there is no bus, the dead connection
+/// stays: everything on it fails.
+///
+/// Null, with `error`, if the process never had a connection and cannot have one. Any thread may call it.
+Owned<GDBusConnection> SystemBus(Error& error);
+
+/// False for a connection that SystemBus() has replaced, or does so now, because its bus has died and is
+/// there again. What is on it is lost, and its unique name may by now be another process's.
+bool IsPresent(Owned<GDBusConnection> const& connection);
+
 } // namespace zviptv

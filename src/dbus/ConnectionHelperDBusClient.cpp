@@ -1,5 +1,6 @@
 #include <zviptv/ConnectionHelperDBusClient.h>
 
+#include "dbus/BusConnection.h"
 #include "dbus/HelperMessage.h"
 #include "dbus/OwnerQuestion.h"
 #include "log/Log.h"
@@ -33,7 +34,7 @@ CConnectionHelperDBusClient::CConnectionHelperDBusClient()
 {
     ZV_LOG_INFO_LINE("ctor");
     Error error;
-    Owned<GDBusConnection> connection(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, error.Out()));
+    Owned<GDBusConnection> connection = zviptv::SystemBus(error);
     if (error) {
         ZV_LOG_ERROR_LINE("Error while connecting to system bus [%d] %s\n", error.Code(), error.Message());
         return;

@@ -1,5 +1,6 @@
 #include <zviptv/ConnectionHelperDBusServer.h>
 
+#include "dbus/BusConnection.h"
 #include "dbus/CallbackGate.h"
 #include "dbus/HelperMessage.h"
 #include "dbus/Singleton.h"
@@ -56,6 +57,9 @@ public:
 
     void Start(SourceLocation const& where, GBusNameAcquiredCallback acquired, GBusNameLostCallback lost);
 
+    /// The bus has died, and is there again.
+    bool IsOutdated() const { return !zviptv::IsPresent(m_pServCon); }
+
     /// Withdraws the object, then releases the name. A handler that runs is not waited for.
     void End()
     {
@@ -92,7 +96,7 @@ void Server::Start(SourceLocation const& where, GBusNameAcquiredCallback acquire
 {
     WriteLog(ZV_LOG_INFO, where, "XML parsed");
     Error error;
-    m_pServCon.reset(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, error.Out()));
+    m_pServCon = zviptv::SystemBus(error);
     if (error) {
         WriteLog(ZV_LOG_ERROR, where, "Couldn't connect to DBus bus: '%s'\n", error.Message());
         return;
@@ -146,7 +150,10 @@ CConnectionHelperDBusServer* CConnectionHelperDBusServer::Instance()
             m_pInstance = new CConnectionHelperDBusServer;
         }
     }
-    return m_pInstance->m_state->GetOrMake(make) == nullptr ? nullptr : m_pInstance;
+    auto const server = m_pInstance->m_state->GetOrMake(
+        make, [](Server const& present) { return present.IsOutdated(); },
+        [](Server& outdated) { outdated.End(); });
+    return server == nullptr ? nullptr : m_pInstance;
 }
 
 void CConnectionHelperDBusServer::Destroy()

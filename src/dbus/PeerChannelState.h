@@ -1,5 +1,6 @@
 #pragma once
 
+#include "dbus/BusConnection.h"
 #include "dbus/CallbackGate.h"
 #include "dbus/PartnerWatch.h"
 #include "dbus/SignalSubscription.h"
@@ -89,6 +90,12 @@ struct ChannelAccess
     /// Ends the channel but for its memory, which calls on other threads still use: the object and all
     /// callbacks are withdrawn, sends are refused. Callbacks that run are not waited for.
     static void Withdraw(CProxyDBusHelper& channel);
+
+    /// Whether the channel is on the process's present connection; see IsPresent().
+    static bool IsOnPresentBus(CProxyDBusHelper const& channel)
+    {
+        return IsPresent(channel.m_state->m_connection);
+    }
 };
 
 } // namespace zviptv

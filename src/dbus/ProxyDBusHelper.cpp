@@ -1,5 +1,6 @@
 #include <zviptv/ProxyDBusHelper.h>
 
+#include "dbus/BusConnection.h"
 #include "dbus/PeerChannelState.h"
 #include "log/Log.h"
 
@@ -56,7 +57,7 @@ CProxyDBusHelper::CProxyDBusHelper(std::string name) : m_state(std::make_unique<
 
     ZV_LOG_INFO_LINE("Getting connection to DBUS");
     Error error;
-    state.m_connection.reset(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, error.Out()));
+    state.m_connection = zviptv::SystemBus(error);
     if (error) {
         ZV_LOG_ERROR_LINE("Error while connecting to system bus [%d] %s\n", error.Code(), error.Message());
         return;
@@ -201,8 +202,11 @@ void CProxyDBusHelper::m_PartnerNameVanishedCallback(GDBusConnection* connection
     ZV_LOG_INFO_LINE("m_PartnerNameVanishedCallback name=%s", name);
     if (connection == nullptr || userData == nullptr) {
         ZV_LOG_ERROR_LINE("Empty user_data or connection not valid.");
+    }
+    if (userData == nullptr) {
         return;
     }
+    // Without a connection, the bus itself has died, and the partner is lost with it.
     CallbackGate::Pointer const gate = CallbackGate::FromToken(userData);
     CallbackGate::Visit<CProxyDBusHelper> first(gate);
     if (!first) {

@@ -30,7 +30,27 @@ public:
     template <typename Make>
     Pointer GetOrMake(Make make)
     {
-        return Reach(Goal::Present, [&make](Pointer const& /*absent*/) { return make(); });
+        return GetOrMake(make, [](Instance const&) { return false; }, [](Instance&) {});
+    }
+
+    /// The same; an instance that `isOutdated` is first ended with `end`.
+    template <typename Make, typename IsOutdated, typename EndInstance>
+    Pointer GetOrMake(Make make, IsOutdated isOutdated, EndInstance end)
+    {
+        Pointer outdated = Current();
+        if (outdated != nullptr && !isOutdated(*outdated)) {
+            outdated = nullptr;
+        }
+        std::unique_lock<std::mutex> lock(m_mutex);
+        return Reach(
+            lock, Goal::Present,
+            [&make, &end](Pointer const& present) {
+                if (present != nullptr) {
+                    end(*present);
+                }
+                return make();
+            },
+            outdated);
     }
 
     /// Runs `end` on the instance, if there is one, and gives it up. Returns the instance that ended last, as
@@ -38,12 +58,19 @@ public:
     template <typename EndInstance>
     Pointer End(EndInstance end)
     {
-        return Reach(Goal::Absent, [&end](Pointer const& present) {
-            if (present != nullptr) {
-                end(*present);
-            }
-            return present;
-        });
+        std::unique_lock<std::mutex> lock(m_mutex);
+        return End(lock, end);
+    }
+
+    /// The same of the instance that `isMeant`, also while it is being made; another one stays.
+    template <typename EndInstance, typename IsMeant>
+    Pointer EndIf(EndInstance end, IsMeant isMeant)
+    {
+        std::unique_lock<std::mutex> lock(m_mutex);
+        if (std::shared_ptr<Attempt> const running = m_running) {
+            m_changed.wait(lock, [&running] { return running->isDone; });
+        }
+        return m_instance != nullptr && isMeant(*m_instance) ? End(lock, end) : nullptr;
     }
 
 private:
@@ -62,11 +89,22 @@ private:
         Pointer outcome;
     };
 
-    template <typename Work>
-    Pointer Reach(Goal goal, Work work)
+    template <typename EndInstance>
+    Pointer End(std::unique_lock<std::mutex>& lock, EndInstance end)
     {
-        std::unique_lock<std::mutex> lock(m_mutex);
-        if (m_running == nullptr && (m_instance != nullptr) == (goal == Goal::Present)) {
+        return Reach(lock, Goal::Absent, [&end](Pointer const& present) {
+            if (present != nullptr) {
+                end(*present);
+            }
+            return present;
+        });
+    }
+
+    template <typename Work>
+    Pointer Reach(std::unique_lock<std::mutex>& lock, Goal goal, Work work, Pointer const& outdated = nullptr)
+    {
+        bool const isPresent = m_instance != nullptr && m_instance != outdated;
+        if (m_running == nullptr && isPresent == (goal == Goal::Present)) {
             return goal == Goal::Present ? m_instance : m_ended.lock();
         }
         std::shared_ptr<Attempt>& place =

@@ -23,16 +23,16 @@ CBroadcastDataProxy* CBroadcastDataProxy::Instance(IPTVHandle handle)
 {
     ZV_LOG_ENTRY();
     CBroadcastDataProxy& only = m_Only();
-    auto const make = [handle, &only, where = ZV_LOG_HERE]() -> std::shared_ptr<zviptv::Session> {
+    auto const make = [handle, where = ZV_LOG_HERE]() -> std::shared_ptr<zviptv::Session> {
         if (!zviptv::IsServiceRunning(where)) {
             return nullptr;
         }
         auto session = std::make_shared<zviptv::Session>(TypeWord, handle);
-        session->Channel().SetDisconnectNotiCB(m_DisconnectedCB, &only);
+        session->Channel().SetDisconnectNotiCB(m_DisconnectedCB, session->Identity());
         session->Connect(zviptv::SourceLocation::Here(__FILE__, "CBroadcastDataProxy"));
         return session;
     };
-    return only.m_session.GetOrMake(make) == nullptr ? nullptr : &only;
+    return zviptv::GetOrMakeSession(only.m_session, make) == nullptr ? nullptr : &only;
 }
 
 void CBroadcastDataProxy::Destroy()
@@ -45,7 +45,7 @@ void CBroadcastDataProxy::m_DisconnectedCB(std::string /*partner*/, std::string 
     ZV_LOG_INFO_LINE("Disconnencted CBroadcastDataProxy");
     if (user != nullptr) {
         ZV_LOG_ERROR_LINE("Destroy CBroadcastDataProxy");
-        Destroy();
+        zviptv::EndLostSession(m_Only().m_session, user);
     }
 }
 

@@ -42,7 +42,7 @@ CIPGUtilProxy* CIPGUtilProxy::Instance()
         session->Connect(zviptv::SourceLocation::Here(__FILE__, "CIPGUtilProxy"));
         return session;
     };
-    return only.m_session.GetOrMake(make) == nullptr ? nullptr : &only;
+    return zviptv::GetOrMakeSession(only.m_session, make) == nullptr ? nullptr : &only;
 }
 
 void CIPGUtilProxy::Destroy()

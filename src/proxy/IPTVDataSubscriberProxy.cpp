@@ -88,7 +88,7 @@ CIPTVDataSubscriberProxy* CIPTVDataSubscriberProxy::Instance(IPTVHandle handle)
         session->Connect(SourceLocation::Here(__FILE__, "CIPTVDataSubscriberProxy"));
         return session;
     };
-    return only.m_session.GetOrMake(make) == nullptr ? nullptr : &only;
+    return zviptv::GetOrMakeSession(only.m_session, make) == nullptr ? nullptr : &only;
 }
 
 void CIPTVDataSubscriberProxy::Destroy()

@@ -21,16 +21,16 @@ CPlayerControlProxy* CPlayerControlProxy::Instance(IPTVHandle handle)
 {
     ZV_LOG_ENTRY();
     CPlayerControlProxy& only = m_Only();
-    auto const make = [handle, &only, where = ZV_LOG_HERE]() -> std::shared_ptr<zviptv::Session> {
+    auto const make = [handle, where = ZV_LOG_HERE]() -> std::shared_ptr<zviptv::Session> {
         if (!zviptv::IsServiceRunning(where)) {
             return nullptr;
         }
         auto session = std::make_shared<zviptv::Session>(TypeWord, handle);
-        session->Channel().SetDisconnectNotiCB(m_DisconnectedCB, &only);
+        session->Channel().SetDisconnectNotiCB(m_DisconnectedCB, session->Identity());
         session->Connect(zviptv::SourceLocation::Here(__FILE__, "CPlayerControlProxy"));
         return session;
     };
-    return only.m_session.GetOrMake(make) == nullptr ? nullptr : &only;
+    return zviptv::GetOrMakeSession(only.m_session, make) == nullptr ? nullptr : &only;
 }
 
 void CPlayerControlProxy::Destroy()
@@ -43,7 +43,7 @@ void CPlayerControlProxy::m_DisconnectedCB(std::string /*partner*/, std::string 
     ZV_LOG_INFO_LINE("Disconnencted CPlayerControlProxy");
     if (user != nullptr) {
         ZV_LOG_ERROR_LINE("Destroy CPlayerControlProxy");
-        Destroy();
+        zviptv::EndLostSession(m_Only().m_session, user);
     }
 }
 

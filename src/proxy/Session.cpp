@@ -22,9 +22,22 @@ void Session::Connect(SourceLocation const& where)
 void Session::Leave()
 {
     m_isLeaving = true;
-    CConnectionHelperDBusClient client;
-    client.Disconnect(m_channel.GetPublicName(), m_typeWord);
+    std::optional<CConnectionHelperDBusClient> client;
+    if (!IsOutdated()) {
+        client.emplace();
+        client->Disconnect(m_channel.GetPublicName(), m_typeWord);
+    }
     ChannelAccess::Withdraw(m_channel);
+}
+
+bool Session::IsOutdated() const
+{
+    return !ChannelAccess::IsOnPresentBus(m_channel);
+}
+
+void* Session::Identity() const
+{
+    return ChannelAccess::Gate(m_channel).get();
 }
 
 void Session::WaitForCallbacks()

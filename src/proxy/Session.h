@@ -27,13 +27,18 @@ public:
     /// channel that cannot be connected stays as it is: its sends fail.
     void Connect(SourceLocation const& where);
 
-    /// Tells the helper bus that the channel goes away, then withdraws it. Until then it answers the service.
+    /// The bus has died under the channel, and is there again: the session is to be replaced.
+    bool IsOutdated() const;
+
+    /// Tells the helper bus, if the channel is still on it, that the channel goes away, then withdraws it. Until then it answers the service.
     void Leave();
 
     /// Returns when no callback of the channel runs on another thread. After Leave().
     void WaitForCallbacks();
 
     CProxyDBusHelper& Channel() { return m_channel; }
+    /// Tells the session from all others, for as long as it or a callback of its channel lives.
+    void* Identity() const;
     std::optional<IPTVHandle> const& Handle() const { return m_handle; }
     /// Leave() has begun.
     bool IsLeaving() const { return m_isLeaving; }
@@ -48,11 +53,30 @@ private:
 /// Whether the service runs; a log line says when it does not.
 bool IsServiceRunning(SourceLocation const& where);
 
+/// The session; what `make` returns if there is none, or the one there is has no bus any more.
+template <typename AnySession, typename Make>
+std::shared_ptr<AnySession> GetOrMakeSession(Singleton<AnySession>& sessions, Make make)
+{
+    return sessions.GetOrMake(
+        make, [](AnySession const& present) { return present.IsOutdated(); },
+        [](AnySession& outdated) { outdated.Leave(); });
+}
+
 /// Ends the session, if there is one; returns when none of its callbacks runs on another thread.
 template <typename AnySession>
 void EndSession(Singleton<AnySession>& sessions)
 {
     if (auto const ended = sessions.End([](AnySession& session) { session.Leave(); })) {
+        ended->WaitForCallbacks();
+    }
+}
+
+/// The same of the session of this identity, which has lost the service; one that was made after it stays.
+inline void EndLostSession(Singleton<Session>& sessions, void* identity)
+{
+    auto const ended = sessions.EndIf([](Session& session) { session.Leave(); },
+                                      [identity](Session const& session) { return session.Identity() == identity; });
+    if (ended != nullptr) {
         ended->WaitForCallbacks();
     }
 }

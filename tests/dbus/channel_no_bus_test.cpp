@@ -79,21 +79,22 @@ protected:
     ConnectionPtr m_connection = SharedConnection();
 };
 
-TEST_F(ChannelOfADyingBus, LossWithoutConnectionIsAnErrorLineAndChangesNothing)
+TEST_F(ChannelOfADyingBus, LosesItsPartner)
 {
     TestChannel channel;
     int losses = 0;
     channel.onDisconnect = [&](std::string const&, std::string const&) { ++losses; };
     ConnectAndSettle(channel);
     KillTheBus();
-    ASSERT_TRUE(RunUntilSaid(ZV_LOG_ERROR, "Empty user_data or connection not valid."));
+    ASSERT_TRUE(RunUntil([&] { return losses > 0; }));
     RunPending();
     std::string const function = "m_PartnerNameVanishedCallback";
     EXPECT_THAT(SaidIn(m_log),
                 ElementsAre(Info(function, "m_PartnerNameVanishedCallback name=" + m_partner.Name()),
-                            Failed(function, "Empty user_data or connection not valid.")));
-    EXPECT_TRUE(channel->IsConnectionReady());
-    EXPECT_EQ(losses, 0);
+                            Failed(function, "Empty user_data or connection not valid."),
+                            Failed(function, "Connection lost with partner id=" + m_partner.Name())));
+    EXPECT_FALSE(channel->IsConnectionReady());
+    EXPECT_EQ(losses, 1);
 }
 
 TEST_F(ChannelOfADyingBus, SendsFailAndSayThatTheConnectionIsClosed)

@@ -156,6 +156,49 @@ TEST_F(SingletonTest, TellsOfAnEndedInstanceThatIsStillHeld)
     EXPECT_EQ(End(), nullptr);
 }
 
+TEST_F(SingletonTest, ReplacesAnOutdatedInstance)
+{
+    m_allowed = 9;
+    Get();
+    int ended = 0;
+    auto const get = [&](int outdated) {
+        return *m_singleton.GetOrMake([] { return std::make_shared<int>(7); },
+                                      [=](int const& number) { return number == outdated; },
+                                      [&](int const& number) { ended = number; });
+    };
+    EXPECT_EQ(get(5), 1) << "another one is not touched";
+    EXPECT_EQ(ended, 0);
+    EXPECT_EQ(get(1), 7);
+    EXPECT_EQ(ended, 1);
+}
+
+TEST_F(SingletonTest, EndsOnlyTheInstanceThatIsMeant)
+{
+    m_allowed = 9;
+    Pointer const first = Get();
+    auto const endIf = [this](int number) {
+        return m_singleton.EndIf([](int const&) {}, [number](int const& present) { return present == number; });
+    };
+    EXPECT_EQ(endIf(2), nullptr);
+    EXPECT_EQ(m_singleton.Current(), first);
+    EXPECT_EQ(endIf(1), first);
+    EXPECT_EQ(m_singleton.Current(), nullptr);
+    EXPECT_EQ(endIf(1), nullptr);
+}
+
+TEST_F(SingletonTest, EndsTheInstanceThatIsMeantAlsoWhileItIsBeingMade)
+{
+    auto const made = Start([this] { return Get(); });
+    WaitForBegun(1);
+    auto const ended = Start([this] {
+        return m_singleton.EndIf([](int const&) {}, [](int const& present) { return present == 1; });
+    });
+    m_allowed = 1;
+    made.wait();
+    ended.wait();
+    EXPECT_EQ(m_singleton.Current(), nullptr);
+}
+
 TEST_F(SingletonTest, WorksOnAfterAnException)
 {
     EXPECT_THROW(m_singleton.GetOrMake([]() -> Pointer { throw std::runtime_error("no"); }),

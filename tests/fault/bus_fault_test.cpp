@@ -160,7 +160,7 @@ TEST_F(BusFault, F07_BusDiesDuringConnect)
     });
 }
 
-/// Once only: a process does not come back to a bus that was started anew.
+/// Once only: threads use the objects when the bus dies.
 TEST_F(BusFault, F07_BusDiesWithObjectsInUse)
 {
     Begin();

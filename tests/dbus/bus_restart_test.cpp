@@ -1,0 +1,104 @@
+#include "GLibObjects.h"
+#include "HelperFixture.h"
+
+#include <cstdlib>
+
+using namespace zviptv::test;
+
+namespace {
+
+/// A process that outlives its bus: it has switched off exit-on-close.
+class BusRestart : public ChannelTest
+{
+protected:
+    /// Nothing iterates the context here: what is made next has to find out by itself that the bus has died.
+    static void ExpectAnswered(WirePeer& partner)
+    {
+        partner.SetHandler([](WireMessage const&) { return WireAnswer(Entries({{"said", "yes"}})); });
+        CProxyDBusHelper channel("IPGUTIL");
+        EXPECT_EQ(channel.Connect(partner.Name()), 1);
+        CMessageBuffer request;
+        CMessageBuffer reply;
+        EXPECT_EQ(channel.SendMessage(request, reply, 0), 1);
+        EXPECT_EQ(reply.GetValue("said"), "yes");
+    }
+
+    ConnectionPtr m_connection = SharedConnection();
+    CProxyDBusHelper m_former{"PLAYERCONTROL"}; // keeps the former connection
+};
+
+TEST_F(BusRestart, ANewChannelWorksAtTheSameAddress)
+{
+    for (int i = 0; i < 3; ++i) {
+        m_bus.Restart();
+        WirePeer partner;
+        ExpectAnswered(partner);
+    }
+}
+
+TEST_F(BusRestart, ANewChannelWorksAtTheAddressOfTheMoment)
+{
+    std::string const former = m_bus.Address();
+    BusOptions elsewhere;
+    elsewhere.setEnvironment = false;
+    PrivateBus const other(elsewhere);
+    m_bus.Kill();
+    setenv("DBUS_SYSTEM_BUS_ADDRESS", other.Address().c_str(), 1);
+    WirePeer partner;
+    ExpectAnswered(partner);
+    setenv("DBUS_SYSTEM_BUS_ADDRESS", former.c_str(), 1);
+}
+
+TEST_F(BusRestart, AllThatIsMadeAfterwardsSharesOneConnection)
+{
+    m_bus.Restart();
+    CProxyDBusHelper first("IPGUTIL");
+    CProxyDBusHelper second("BROADCASTDATA");
+    EXPECT_EQ(first.GetPublicName(), second.GetPublicName());
+}
+
+TEST_F(BusRestart, AChannelMadeWhileThereIsNoBusIsOnTheDeadConnection)
+{
+    m_bus.Kill();
+    CProxyDBusHelper channel("IPGUTIL");
+    EXPECT_EQ(channel.GetPublicName(), m_former.GetPublicName());
+    CMessageBuffer message;
+    EXPECT_EQ(channel.SendNotification(message), 0);
+}
+
+TEST_F(BusRestart, TheOwnerIsFoundAgain)
+{
+    EXPECT_FALSE(CConnectionHelperDBusClient::CheckConnection());
+    m_bus.Restart();
+    WirePeer partner;
+    ASSERT_TRUE(partner.OwnName(HelperName));
+    EXPECT_TRUE(CConnectionHelperDBusClient::CheckConnection());
+}
+
+TEST_F(BusRestart, AChannelThatWasConnectedLosesItsPartnerAndCanBeReplaced)
+{
+    TestChannel lost;
+    int losses = 0;
+    lost.onDisconnect = [&](std::string const&, std::string const&) { ++losses; };
+    ConnectAndSettle(lost);
+    m_bus.Restart();
+    ASSERT_TRUE(RunUntil([&] { return losses == 1; }));
+    EXPECT_FALSE(lost->IsConnectionReady());
+    WirePeer partner;
+    ExpectAnswered(partner);
+    RunPending();
+    EXPECT_EQ(losses, 1);
+}
+
+TEST_F(BusRestart, TheHelperServerOwnsItsNameAgainWhenItIsMadeAgain)
+{
+    ServerEnd const end;
+    CConnectionHelperDBusServer::Instance();
+    m_bus.Restart();
+    WirePeer observer;
+    CConnectionHelperDBusServer::Destroy();
+    CConnectionHelperDBusServer::Instance();
+    EXPECT_TRUE(RunUntil([&] { return !observer.GetNameOwner(HelperName).empty(); }));
+}
+
+} // namespace
