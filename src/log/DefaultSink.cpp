@@ -2,12 +2,13 @@
 
 #include "log/JournalSocket.h"
 
-#include <glib.h>
 #include <syslog.h>
 
 #include <array>
+#include <atomic>
 #include <cstdio>
 #include <cstring>
+#include <initializer_list>
 #include <string>
 
 namespace zviptv {
@@ -16,7 +17,6 @@ namespace {
 
 struct PriorityNames
 {
-    GLogLevelFlags glib;
     int syslog;
     char const* number; // the journal's PRIORITY field
     char const* word;
@@ -25,41 +25,64 @@ struct PriorityNames
 PriorityNames const& NamesOf(EZVLogPriority priority)
 {
     static constexpr std::array<PriorityNames, 3> names{{
-        {G_LOG_LEVEL_DEBUG, LOG_DEBUG, "7", "debug"},
-        {G_LOG_LEVEL_INFO, LOG_INFO, "6", "info"},
-        {G_LOG_LEVEL_WARNING, LOG_ERR, "3", "error"},
+        {LOG_DEBUG, "7", "debug"},
+        {LOG_INFO, "6", "info"},
+        {LOG_ERR, "3", "error"},
     }};
     return names.at(static_cast<std::size_t>(priority));
 }
 
-using Fields = std::array<GLogField, 6>;
-
-/// As a file, which is how the journal takes what is too long for a datagram.
-bool WriteToJournalAtLength(EZVLogPriority priority, Fields const& fields)
+struct Field
 {
-    return g_log_writer_journald(NamesOf(priority).glib, fields.data(), fields.size(), nullptr) ==
-           G_LOG_WRITER_HANDLED;
+    char const* name;
+    char const* value;
+};
+
+std::string Entry(std::initializer_list<Field> fields)
+{
+    std::string entry;
+    for (Field const& field : fields) {
+        AppendJournalField(entry, field.name, field.value);
+    }
+    return entry;
 }
 
+/// Lines that the journal has not taken since it was last said how many.
+std::atomic<unsigned long> droppedLines{0};
+
+void ReportDropped(JournalSocket& journal)
+{
+    if (unsigned long const dropped = droppedLines.exchange(0)) {
+        std::string const line = std::to_string(dropped) + " log lines dropped";
+        if (journal.Send(Entry({{"MESSAGE", line.c_str()},
+                                {"PRIORITY", NamesOf(ZV_LOG_ERROR).number},
+                                {"SYSLOG_IDENTIFIER", LogTag}})) != JournalSocket::Outcome::Sent) {
+            droppedLines += dropped;
+        }
+    }
+}
+
+/// False where no journal runs. A line that the journal has no room for is dropped and counted.
 bool WriteToJournal(EZVLogPriority priority, SourceLocation const& where, char const* line)
 {
     static JournalSocket* const journal = new JournalSocket; // objects that outlive main still log
     std::string const lineNumber = std::to_string(where.line);
-    Fields const fields{{
-        {"MESSAGE", line, -1},
-        {"PRIORITY", NamesOf(priority).number, -1},
-        {"SYSLOG_IDENTIFIER", LogTag, -1},
-        {"CODE_FILE", BaseName(where.file), -1},
-        {"CODE_LINE", lineNumber.c_str(), -1},
-        {"CODE_FUNC", where.function, -1},
-    }};
-    std::string entry;
-    for (GLogField const& field : fields) {
-        AppendJournalField(entry, field.key, static_cast<char const*>(field.value));
+    switch (journal->Send(Entry({{"MESSAGE", line},
+                                 {"PRIORITY", NamesOf(priority).number},
+                                 {"SYSLOG_IDENTIFIER", LogTag},
+                                 {"CODE_FILE", BaseName(where.file)},
+                                 {"CODE_LINE", lineNumber.c_str()},
+                                 {"CODE_FUNC", where.function}}))) {
+    case JournalSocket::Outcome::Sent:
+        ReportDropped(*journal);
+        return true;
+    case JournalSocket::Outcome::Full:
+        ++droppedLines;
+        return true;
+    case JournalSocket::Outcome::Absent:
+        break;
     }
-    JournalSocket::Outcome const outcome = journal->Send(entry);
-    return outcome == JournalSocket::Outcome::Sent ||
-           (outcome == JournalSocket::Outcome::TooLong && WriteToJournalAtLength(priority, fields));
+    return false;
 }
 
 } // namespace

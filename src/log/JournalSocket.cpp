@@ -2,6 +2,8 @@
 
 #include <glib.h>
 
+#include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -43,20 +45,50 @@ public:
 
     Outcome Send(std::string const& entry) const
     {
-        ssize_t sent = -1;
-        do {
-            sent = send(m_descriptor, entry.data(), entry.size(), MSG_NOSIGNAL);
-        } while (sent < 0 && errno == EINTR);
-        if (sent >= 0) {
+        if (send(m_descriptor, entry.data(), entry.size(), MSG_NOSIGNAL | MSG_DONTWAIT) >= 0) {
             return Outcome::Sent;
         }
-        return errno == EMSGSIZE || errno == ENOBUFS ? Outcome::TooLong : Outcome::Absent;
+        return errno == EMSGSIZE || errno == ENOBUFS ? SendAsFile(entry) : OutcomeOfFailure();
     }
 
 private:
+    /// How the journal takes what is too long for a datagram: as a sealed file in memory.
+    Outcome SendAsFile(std::string const& entry) const;
+
+    static Outcome OutcomeOfFailure()
+    {
+        return errno == EAGAIN || errno == EINTR || errno == ENOMEM ? Outcome::Full : Outcome::Absent;
+    }
+
     int m_descriptor;
     struct stat m_identity;
 };
+
+JournalSocket::Outcome JournalSocket::Connection::SendAsFile(std::string const& entry) const
+{
+    int const file = memfd_create("zv-iptv-log", MFD_CLOEXEC | MFD_ALLOW_SEALING);
+    if (file < 0) {
+        return Outcome::Full;
+    }
+    alignas(cmsghdr) char control[CMSG_SPACE(sizeof file)] = {};
+    msghdr message = {};
+    message.msg_control = control;
+    message.msg_controllen = sizeof control;
+    cmsghdr* const header = CMSG_FIRSTHDR(&message);
+    header->cmsg_level = SOL_SOCKET;
+    header->cmsg_type = SCM_RIGHTS;
+    header->cmsg_len = CMSG_LEN(sizeof file);
+    std::memcpy(CMSG_DATA(header), &file, sizeof file);
+    Outcome outcome = Outcome::Sent;
+    if (write(file, entry.data(), entry.size()) != static_cast<ssize_t>(entry.size()) ||
+        fcntl(file, F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE | F_SEAL_SEAL) != 0) {
+        outcome = Outcome::Full;
+    } else if (sendmsg(m_descriptor, &message, MSG_NOSIGNAL | MSG_DONTWAIT) < 0) {
+        outcome = OutcomeOfFailure();
+    }
+    close(file);
+    return outcome;
+}
 
 JournalSocket::Handle JournalSocket::Connection::Open()
 {

@@ -7,18 +7,18 @@
 namespace zviptv {
 
 /// The journal's socket, connected once: to look its path up for each line would cost as much as the rest.
-/// May be used from any thread; no lock is held while one waits for the journal.
+/// May be used from any thread.
 class JournalSocket
 {
 public:
     enum class Outcome
     {
         Sent,
-        TooLong, ///< for a datagram: the journal takes such entries as files
-        Absent   ///< no journal runs
+        Full,  ///< the journal does not read
+        Absent ///< no journal runs
     };
 
-    /// Sends one entry in the journal's own form. Waits while the journal's queue is full.
+    /// Sends one entry in the journal's own form. Never waits.
     Outcome Send(std::string const& entry);
 
 private:

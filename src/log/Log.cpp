@@ -7,12 +7,15 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace zviptv {
+
+std::atomic<int> leastLogPriority{std::numeric_limits<int>::min()};
 
 namespace {
 
@@ -48,12 +51,7 @@ public:
     {
         std::lock_guard<std::mutex> const lock(m_mutex);
         m_sink = {sink, userData};
-    }
-
-    bool Wants(EZVLogPriority priority)
-    {
-        return priority >= m_threshold &&
-               (m_destination != Destination::None || CurrentSink().call != nullptr);
+        Publish();
     }
 
     void Write(EZVLogPriority priority, SourceLocation const& where, char const* line)
@@ -87,6 +85,7 @@ private:
             "ZV_IPTV_LOG_LEVEL", ZV_LOG_DEBUG,
             {{{"debug", ZV_LOG_DEBUG}, {"info", ZV_LOG_INFO}, {"error", ZV_LOG_ERROR}}}, complaints);
         SourceLocation const where = SourceLocation::Here();
+        Publish();
         for (std::string const& complaint : complaints) {
             Write(ZV_LOG_ERROR, where, (Prefix(where) + complaint).c_str());
         }
@@ -110,6 +109,13 @@ private:
         complaints.push_back(std::string(variable) + "=" + text + " is not known and is ignored: use " +
                              words[0].first + ", " + words[1].first + " or " + words[2].first);
         return fallback;
+    }
+
+    /// What IsLogWanted() goes by.
+    void Publish() const
+    {
+        bool const isRead = m_destination != Destination::None || m_sink.call != nullptr;
+        leastLogPriority = isRead ? static_cast<int>(m_threshold) : std::numeric_limits<int>::max();
     }
 
     Sink CurrentSink()
@@ -144,8 +150,8 @@ __attribute__((format(printf, 2, 0))) void AppendFormatted(std::string& line, ch
 
 void WriteLog(EZVLogPriority priority, SourceLocation const& where, char const* format, ...)
 {
-    Logger& logger = Logger::Instance();
-    if (!logger.Wants(priority)) {
+    Logger& logger = Logger::Instance(); // before the question, which it answers
+    if (!IsLogWanted(priority)) {
         return;
     }
     std::string line = Prefix(where);
@@ -159,7 +165,7 @@ void WriteLog(EZVLogPriority priority, SourceLocation const& where, char const* 
 void WriteLogEntry(SourceLocation const& where, EZVLogPriority priority)
 {
     Logger& logger = Logger::Instance();
-    if (logger.Wants(priority)) {
+    if (IsLogWanted(priority)) {
         logger.Write(priority, where, Prefix(where).c_str());
     }
 }

@@ -2,6 +2,8 @@
 
 #include <zviptv/SystemLog.h>
 
+#include <atomic>
+
 namespace zviptv {
 
 /// Where a log line is written: what its prefix names.
@@ -20,6 +22,15 @@ struct SourceLocation
     }
 };
 
+/// The least priority that anybody wants to see; below all of them until it is known.
+extern std::atomic<int> leastLogPriority;
+
+/// All that a line costs which nobody wants. The lines below ask before their arguments are evaluated.
+inline bool IsLogWanted(EZVLogPriority priority)
+{
+    return priority >= leastLogPriority.load(std::memory_order_relaxed);
+}
+
 /// Writes one line, "file: function(line) > " and the formatted message, to the sink in force.
 void WriteLog(EZVLogPriority priority, SourceLocation const& where, char const* format, ...)
     __attribute__((format(printf, 3, 4)));
@@ -30,7 +41,9 @@ void WriteLogEntry(SourceLocation const& where, EZVLogPriority priority = ZV_LOG
 } // namespace zviptv
 
 #define ZV_LOG_HERE (::zviptv::SourceLocation{__FILE__, static_cast<char const*>(__func__), __LINE__})
-#define ZV_LOG_DEBUG_LINE(...) ::zviptv::WriteLog(ZV_LOG_DEBUG, ZV_LOG_HERE, __VA_ARGS__)
-#define ZV_LOG_INFO_LINE(...) ::zviptv::WriteLog(ZV_LOG_INFO, ZV_LOG_HERE, __VA_ARGS__)
-#define ZV_LOG_ERROR_LINE(...) ::zviptv::WriteLog(ZV_LOG_ERROR, ZV_LOG_HERE, __VA_ARGS__)
+#define ZV_LOG_LINE(priority, ...)                                                                           \
+    (::zviptv::IsLogWanted(priority) ? ::zviptv::WriteLog(priority, ZV_LOG_HERE, __VA_ARGS__) : void())
+#define ZV_LOG_DEBUG_LINE(...) ZV_LOG_LINE(ZV_LOG_DEBUG, __VA_ARGS__)
+#define ZV_LOG_INFO_LINE(...) ZV_LOG_LINE(ZV_LOG_INFO, __VA_ARGS__)
+#define ZV_LOG_ERROR_LINE(...) ZV_LOG_LINE(ZV_LOG_ERROR, __VA_ARGS__)
 #define ZV_LOG_ENTRY() ::zviptv::WriteLogEntry(ZV_LOG_HERE)

@@ -67,9 +67,8 @@ bool CIPGUtilProxy::m_Ask(std::shared_ptr<zviptv::Session> const& session, char 
     if (!zviptv::Exchange(session, functionName, fields, reply, where)) {
         return false;
     }
-    std::string data = reply.GetValue(key::Data);
+    std::string data = zviptv::MessageAccess::TakeValue(reply, key::Data); // up to 32 MiB
     zviptv::WriteLog(ZV_LOG_INFO, where, "Receive data : %s", data.c_str());
-    data = zviptv::MessageAccess::TakeValue(reply, key::Data);
     zviptv::ReplyField(key::Data, output).Decode(data);
     return true;
 }

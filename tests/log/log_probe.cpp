@@ -100,9 +100,24 @@ int LoggedAfterClosing()
     return isUntouched ? 0 : 1;
 }
 
+/// A journal that reads nothing while many lines are written, long ones too, and then reads again.
+int LoggedToAFullJournal()
+{
+    zviptv::test::LogSockets sockets(true);
+    for (int i = 0; i < 20000; ++i) {
+        ZV_LOG_INFO_LINE("one of many");
+    }
+    WriteLongLine(3000000);
+    PrintLogs(sockets);
+    ZV_LOG_INFO_LINE("read again");
+    ZV_LOG_INFO_LINE("and again");
+    PrintLogs(sockets);
+    return 0;
+}
+
 } // namespace
 
-/// log_probe lines | syslog [size] | journal [size] | new-journal | closed-journal
+/// log_probe lines | syslog [size] | journal [size] | new-journal | full-journal | closed-journal
 int main(int count, char** arguments)
 {
     std::string const command = count > 1 ? arguments[1] : "";
@@ -114,6 +129,9 @@ int main(int count, char** arguments)
     try {
         if (command == "new-journal") {
             return LoggedToANewJournal();
+        }
+        if (command == "full-journal") {
+            return LoggedToAFullJournal();
         }
         return command == "closed-journal" ? LoggedAfterClosing() : Logged(command == "journal", longSize);
     } catch (std::runtime_error const& failure) {

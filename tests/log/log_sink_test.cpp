@@ -85,6 +85,25 @@ TEST(LogSink, TheLevelInfoLeavesOutDebugOnly)
     EXPECT_EQ(log.Messages(), (std::vector<std::string>{"info", "error"}));
 }
 
+TEST(LogSink, ArgumentsOfALineThatNobodyWantsAreNotEvaluated)
+{
+    int evaluated = 0;
+    auto const text = [&evaluated] {
+        ++evaluated;
+        return "text";
+    };
+    setenv("ZV_IPTV_LOG", "none", 1);
+    ZVSetLogSink(nullptr, nullptr);
+    ZV_LOG_ERROR_LINE("%s", text());
+    EXPECT_EQ(evaluated, 0);
+    ZVSetLogSink([](EZVLogPriority, char const*, char const*, void*) {}, nullptr);
+    ZV_LOG_ERROR_LINE("%s", text());
+    EXPECT_EQ(evaluated, 1);
+    ZVSetLogSink(nullptr, nullptr);
+    ZV_LOG_ERROR_LINE("%s", text());
+    EXPECT_EQ(evaluated, 1);
+}
+
 TEST(LogSink, GetsWhatTheLibrarySaysWithForeignPercentSigns)
 {
     setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/bus", 1);

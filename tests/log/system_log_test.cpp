@@ -176,6 +176,21 @@ TEST_F(SystemLog, TheJournalGetsLongLinesWhole)
     EXPECT_TRUE(m_entries[0].Field("MESSAGE").find(std::string(3000000, 'x')) != std::string::npos);
 }
 
+TEST_F(SystemLog, LinesThatAJournalDoesNotReadAreDroppedAndCounted)
+{
+    ASSERT_NO_FATAL_FAILURE(Run("full-journal"));
+    if (IsSkipped()) {
+        return;
+    }
+    ASSERT_GE(m_entries.size(), 4U);
+    std::size_t const taken = m_entries.size() - 3;
+    EXPECT_LT(taken, 20001U);
+    std::size_t const last = m_entries.size() - 1;
+    EXPECT_THAT(m_entries[last - 2].Field("MESSAGE"), EndsWith(" > read again"));
+    EXPECT_EQ(m_entries[last - 1].Field("MESSAGE"), std::to_string(20001 - taken) + " log lines dropped");
+    EXPECT_THAT(m_entries[last].Field("MESSAGE"), EndsWith(" > and again"));
+}
+
 TEST_F(SystemLog, LinesFollowTheJournalToItsNewSocketAndFindItAfterAPause)
 {
     ASSERT_NO_FATAL_FAILURE(Run("new-journal"));
