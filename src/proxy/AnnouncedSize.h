@@ -1,7 +1,5 @@
 #pragma once
 
-#include <zviptv/ProxyDBusHelper.h>
-
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -12,14 +10,18 @@
 
 namespace zviptv {
 
+/// How much more than has arrived may be announced, in bytes. It bounds what a message costs that announces
+/// much and carries nothing: the rest is filled with zeros.
+constexpr std::size_t MostMissing = std::size_t{1024} * 1024;
+
 /// Empties `target` and returns how many elements a value of `carried` bytes was announced to have. A
-/// negative number, and more than one bus message can carry, is a std::length_error.
+/// negative number, and MostMissing more than was carried, is a std::length_error.
 template <typename Element>
 std::size_t ClearForAnnounced(std::vector<Element>& target, int announced, std::size_t carried)
 {
-    std::size_t const most = static_cast<std::size_t>(CProxyDBusHelper::MAX_BODY_SIZE);
+    std::size_t const most = carried + MostMissing;
     target.clear();
-    if (announced < 0 || static_cast<std::size_t>(announced) > std::max(most, carried) / sizeof(Element)) {
+    if (announced < 0 || static_cast<std::size_t>(announced) > most / sizeof(Element)) {
         throw std::length_error("vector::_M_default_append");
     }
     return static_cast<std::size_t>(announced);

@@ -40,7 +40,7 @@ protected:
     long const m_before = PeakMemory();
 };
 
-INSTANTIATE_TEST_SUITE_P(Count, HostileCounts, testing::Values(-1, 0, INT_MAX, INT_MIN),
+INSTANTIATE_TEST_SUITE_P(Count, HostileCounts, testing::Values(-1, 0, 31 * 1024 * 1024, INT_MAX, INT_MIN),
                          [](auto const& parameter) {
                              return parameter.param < 0
                                         ? "Minus" + std::to_string(-std::int64_t{parameter.param})
