@@ -1,13 +1,15 @@
 #include "dbus/BusConnection.h"
 
+#include "dbus/FreeDescriptors.h"
+
 #include <mutex>
 
 namespace zviptv {
 
 namespace {
 
-constexpr auto MessageBus = static_cast<GDBusConnectionFlags>(
-    G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
+constexpr auto MessageBus = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                                                              G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
 
 /// Whether the bus is at the other end. GIO notices on another thread, a moment later than the socket.
 bool IsAlive(Owned<GDBusConnection> const& connection)
@@ -44,21 +46,26 @@ std::string SystemBusAddress()
 Owned<GDBusConnection> SystemBus(Error& error)
 {
     static std::mutex mutex;
-    static GWeakRef own; // all zero, which is empty
+    static GWeakRef last; // all zero, which is empty
     std::lock_guard<std::mutex> const lock(mutex);
-    Owned<GDBusConnection> current(static_cast<GDBusConnection*>(g_weak_ref_get(&own)));
+    Owned<GDBusConnection> current(static_cast<GDBusConnection*>(g_weak_ref_get(&last)));
+    if (current != nullptr && IsAlive(current)) {
+        return current;
+    }
+    Error shortage;
+    if (!HaveFreeDescriptors(DescriptorsOfAConnection, current == nullptr ? error : shortage)) {
+        return current;
+    }
     if (current == nullptr) {
         current.reset(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, error.Out()));
     }
-    if (current == nullptr || IsAlive(current)) {
-        return current;
+    if (current != nullptr && !IsAlive(current)) {
+        if (Owned<GDBusConnection> next = Replace(current.get())) {
+            current = std::move(next);
+        }
     }
-    Owned<GDBusConnection> next = Replace(current.get());
-    if (next == nullptr) {
-        return current;
-    }
-    g_weak_ref_set(&own, next.get());
-    return next;
+    g_weak_ref_set(&last, current.get());
+    return current;
 }
 
 bool IsPresent(Owned<GDBusConnection> const& connection)

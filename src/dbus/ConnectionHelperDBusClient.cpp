@@ -1,6 +1,7 @@
 #include <zviptv/ConnectionHelperDBusClient.h>
 
 #include "dbus/BusConnection.h"
+#include "dbus/FreeDescriptors.h"
 #include "dbus/HelperMessage.h"
 #include "dbus/OwnerQuestion.h"
 #include "log/Log.h"
@@ -83,9 +84,13 @@ bool CConnectionHelperDBusClient::m_SendMessage(CMessageBuffer& request, CMessag
     }
     Error error;
     Owned<GVariant> result;
-    if (GVariant* const body = helper::Encode(request, error)) {
+    Owned<GVariant> const body(helper::Encode(request, error));
+    if (body != nullptr) {
+        g_variant_ref_sink(body.get());
+    }
+    if (body != nullptr && zviptv::HaveFreeDescriptors(zviptv::DescriptorsOfACall, error)) {
         result.reset(g_dbus_connection_call_sync(
-            m_pConnection.get(), BUSNAME, helper::ObjectPath, helper::Interface, METHOD, body, nullptr,
+            m_pConnection.get(), BUSNAME, helper::ObjectPath, helper::Interface, METHOD, body.get(), nullptr,
             G_DBUS_CALL_FLAGS_NO_AUTO_START, TimeoutMs, nullptr, error.Out()));
     }
     if (error) {

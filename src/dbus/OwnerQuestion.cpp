@@ -1,6 +1,7 @@
 #include "dbus/OwnerQuestion.h"
 
 #include "dbus/BusConnection.h"
+#include "dbus/FreeDescriptors.h"
 #include "dbus/HelperMessage.h"
 
 #include <dbus/dbus.h>
@@ -98,6 +99,10 @@ Message AskTheBus(DBusConnection* connection, Clock::time_point deadline)
 
 OwnerQuestion::Answer OwnerQuestion::Ask()
 {
+    Error shortage; // GLib, too, opens some when it is first asked for the address
+    if (!HaveFreeDescriptors(DescriptorsOfAConnection, shortage)) {
+        return Answer::Failed;
+    }
     Connection const connection(dbus_connection_open_private(SystemBusAddress().c_str(), nullptr));
     if (connection == nullptr) {
         return Answer::Failed;

@@ -1,6 +1,7 @@
 #include <zviptv/ProxyDBusHelper.h>
 
 #include "dbus/BusConnection.h"
+#include "dbus/FreeDescriptors.h"
 #include "dbus/PeerChannelState.h"
 #include "log/Log.h"
 
@@ -145,7 +146,7 @@ int CProxyDBusHelper::m_CreatePartnerProxy()
         error.Set(G_IO_ERROR_INVALID_ARGUMENT, "The channel's name makes no object path that the bus takes");
     } else if (!zviptv::IsOpen(state.m_connection)) {
         error.Set(G_IO_ERROR_CLOSED, "The connection is closed");
-    } else {
+    } else if (zviptv::HaveFreeDescriptors(zviptv::DescriptorsOfACall, error)) {
         // The subscription comes first: when a well-known name is asked for its owner, as the proxy does, no
         // signal of that owner is missed.
         subscription = zviptv::SignalSubscription(
@@ -206,7 +207,6 @@ void CProxyDBusHelper::m_PartnerNameVanishedCallback(GDBusConnection* connection
     if (userData == nullptr) {
         return;
     }
-    // Without a connection, the bus itself has died, and the partner is lost with it.
     CallbackGate::Pointer const gate = CallbackGate::FromToken(userData);
     CallbackGate::Visit<CProxyDBusHelper> first(gate);
     if (!first) {
@@ -220,12 +220,16 @@ void CProxyDBusHelper::m_PartnerNameVanishedCallback(GDBusConnection* connection
     if (!channel || channel->m_state->CurrentLink().partner != name) {
         return;
     }
-    ZV_LOG_ERROR_LINE("Connection lost with partner id=%s", name);
-    {
-        std::lock_guard<std::mutex> const guard(channel->m_state->m_guard);
-        channel->m_state->m_partner_name.clear();
+    // Without a connection, the bus itself has died: the handler runs, and sends go on to say what has
+    // closed.
+    if (connection != nullptr) {
+        ZV_LOG_ERROR_LINE("Connection lost with partner id=%s", name);
+        {
+            std::lock_guard<std::mutex> const guard(channel->m_state->m_guard);
+            channel->m_state->m_partner_name.clear();
+        }
+        channel->m_Disconnect();
     }
-    channel->m_Disconnect();
     State::DisconnectHandler const handler = channel->m_state->Get(&State::m_disconnect_cb);
     std::string const own = channel->m_state->m_name;
 

@@ -1,5 +1,6 @@
 #include <zviptv/ProxyDBusHelper.h>
 
+#include "dbus/FreeDescriptors.h"
 #include "dbus/IncomingCall.h"
 #include "dbus/PeerChannelState.h"
 #include "dbus/PeerMessage.h"
@@ -17,6 +18,10 @@ namespace {
 constexpr int SyncTimeoutMs = 2000;
 constexpr int DefaultTimeout = -1;
 
+/// For a signal to a name that a service could be started for.
+constexpr auto WithoutAutoStart = static_cast<GDBusMessageFlags>(G_DBUS_MESSAGE_FLAGS_NO_REPLY_EXPECTED |
+                                                                 G_DBUS_MESSAGE_FLAGS_NO_AUTO_START);
+
 /// A signal to `partner` alone; never to everybody, which is what GIO makes of a null destination. Connection
 /// and path come from the partner proxy: the channel may be ended meanwhile.
 bool EmitSignal(GDBusProxy* proxy, std::string const& partner, CMessageBuffer const& message, Error& error)
@@ -26,11 +31,19 @@ bool EmitSignal(GDBusProxy* proxy, std::string const& partner, CMessageBuffer co
         return false;
     }
     Owned<GVariant> const body = EncodePeerMessage(message, error);
-    return body != nullptr &&
-           g_dbus_connection_emit_signal(
-               g_dbus_proxy_get_connection(proxy), partner.c_str(), g_dbus_proxy_get_object_path(proxy),
-               CProxyDBusHelper::PROXY_DBUS_HELPER_OBJ_IFACE, CProxyDBusHelper::PROXY_DBUS_HELPER_SIG_NAME,
-               body.get(), error.Out()) != FALSE;
+    if (body == nullptr) {
+        return false;
+    }
+    Owned<GDBusMessage> const signal(g_dbus_message_new_signal(g_dbus_proxy_get_object_path(proxy),
+                                                               CProxyDBusHelper::PROXY_DBUS_HELPER_OBJ_IFACE,
+                                                               CProxyDBusHelper::PROXY_DBUS_HELPER_SIG_NAME));
+    g_dbus_message_set_destination(signal.get(), partner.c_str());
+    g_dbus_message_set_body(signal.get(), body.get());
+    if (g_dbus_is_unique_name(partner.c_str()) == FALSE) {
+        g_dbus_message_set_flags(signal.get(), WithoutAutoStart);
+    }
+    return g_dbus_connection_send_message(g_dbus_proxy_get_connection(proxy), signal.get(),
+                                          G_DBUS_SEND_MESSAGE_FLAGS_NONE, nullptr, error.Out()) != FALSE;
 }
 
 } // namespace
@@ -57,7 +70,7 @@ int CProxyDBusHelper::m_SendSyncMessage(CMessageBuffer& request, CMessageBuffer&
     Owned<GVariant> const body = EncodePeerMessage(request, error);
     Owned<GVariant> result;
     CMessageBuffer decoded;
-    if (body != nullptr) {
+    if (body != nullptr && zviptv::HaveFreeDescriptors(zviptv::DescriptorsOfACall, error)) {
         // The channel may be gone when this returns: only what this function holds is touched from here on.
         result.reset(g_dbus_proxy_call_sync(link.proxy.get(), PROXY_DBUS_HELPER_OBJ_METHOD, body.get(),
                                             G_DBUS_CALL_FLAGS_NONE, SyncTimeoutMs, nullptr, error.Out()));

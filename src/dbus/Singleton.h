@@ -30,7 +30,8 @@ public:
     template <typename Make>
     Pointer GetOrMake(Make make)
     {
-        return GetOrMake(make, [](Instance const&) { return false; }, [](Instance&) {});
+        return GetOrMake(
+            make, [](Instance const&) { return false; }, [](Instance&) {});
     }
 
     /// The same; an instance that `isOutdated` is first ended with `end`.

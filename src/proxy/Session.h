@@ -30,7 +30,8 @@ public:
     /// The bus has died under the channel, and is there again: the session is to be replaced.
     bool IsOutdated() const;
 
-    /// Tells the helper bus, if the channel is still on it, that the channel goes away, then withdraws it. Until then it answers the service.
+    /// Tells the helper bus, if the channel is still on it, that the channel goes away, then withdraws it.
+    /// Until then it answers the service.
     void Leave();
 
     /// Returns when no callback of the channel runs on another thread. After Leave().
@@ -74,8 +75,9 @@ void EndSession(Singleton<AnySession>& sessions)
 /// The same of the session of this identity, which has lost the service; one that was made after it stays.
 inline void EndLostSession(Singleton<Session>& sessions, void* identity)
 {
-    auto const ended = sessions.EndIf([](Session& session) { session.Leave(); },
-                                      [identity](Session const& session) { return session.Identity() == identity; });
+    auto const ended =
+        sessions.EndIf([](Session& session) { session.Leave(); },
+                       [identity](Session const& session) { return session.Identity() == identity; });
     if (ended != nullptr) {
         ended->WaitForCallbacks();
     }

@@ -177,7 +177,8 @@ TEST_F(SingletonTest, EndsOnlyTheInstanceThatIsMeant)
     m_allowed = 9;
     Pointer const first = Get();
     auto const endIf = [this](int number) {
-        return m_singleton.EndIf([](int const&) {}, [number](int const& present) { return present == number; });
+        return m_singleton.EndIf([](int const&) {},
+                                 [number](int const& present) { return present == number; });
     };
     EXPECT_EQ(endIf(2), nullptr);
     EXPECT_EQ(m_singleton.Current(), first);
