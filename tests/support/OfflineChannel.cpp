@@ -15,6 +15,11 @@ CProxyDBusHelper::CProxyDBusHelper(std::string name) : m_state(std::make_unique<
 
 CProxyDBusHelper::~CProxyDBusHelper() = default;
 
+void ChannelAccess::Withdraw(CProxyDBusHelper& channel)
+{
+    channel.m_state->m_gate->Refuse();
+}
+
 std::string CProxyDBusHelper::GetPublicName()
 {
     return ":1.1";
