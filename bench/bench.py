@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Runs all benchmarks of a build, prints their tables and draws their pictures.
 
 Everything is written to the folder of the build: results.json, summary.json, tables.md and the pictures. --docs also

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What was measured on: the figures are worth nothing without it."""
 
 import os

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """The page's figures are those of the summary beside it; none is typed by hand."""
 
 import json

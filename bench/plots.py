@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The pictures that the results make, drawn by gnuplot."""
 
 import pathlib

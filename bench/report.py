@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The tables of the results, as text or filled into the marked blocks of a page.
 
 A block is what stands between <!-- figures: NAME --> and <!-- end of figures -->.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What the tables of a page are made of: the results without the figures of single blocks."""
 
 import json

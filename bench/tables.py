@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The tables that the results make, as rows of text."""
 
 from bus.variants import BASELINE, LIBRARY, METHODS, PACKETS

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What was aimed at, and whether it was reached."""
 
 import math

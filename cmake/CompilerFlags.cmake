@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Flags of every target of the project: warnings, hardening, sanitizers.
 add_library(zviptv_flags INTERFACE)
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What `cmake --install` lays down for users of the library: headers, library, pkg-config file, CMake package.
 include(CMakePackageConfigHelpers)
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Toolchain of ./run cross: Debian's cross compiler for the architecture ZVIPTV_CROSS, the libraries of that architecture
 # in ZVIPTV_SYSROOT (packaging/cross/sysroot.sh makes it), and QEMU to run what is built.
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES ZVIPTV_CROSS ZVIPTV_SYSROOT)

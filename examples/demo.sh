@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # The library at work, in words and real output: starts the simulator, which runs this script again as its command.
 set -euo pipefail
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Mutes and unmutes the service: the smallest application.
 #include <zviptv/IPTVServiceAPI.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Lists the audio tracks and subtitles of what is played.
 #include <zviptv/IPTVServiceAPI.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A service that plays and can be muted, made of the library's building blocks. Runs until it is killed.
 #include <zviptv/CommonNative.h>
 #include <zviptv/IPTVServiceAPI.h>

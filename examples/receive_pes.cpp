@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Receives ten PES packets. Pushed data needs a GLib main loop; the callback runs on the thread that runs it.
 #include <zviptv/IPTVServiceAPI.h>
 

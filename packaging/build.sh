@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # Builds the Debian packages twice, in folders, time zones and with umasks that differ, and keeps the first ones if the
 # second are the same to the byte: build.sh OUT. With --once before OUT, once and without their judge: for a test of
 # what they install.

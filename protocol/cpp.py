@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Generates C++. Each function makes the text of one file."""
 
 import json
@@ -40,8 +41,8 @@ def protocol_header(protocol):
     keys = {constant: (word, [f"{meaning} ({', '.join(dict.fromkeys(found))})" for meaning, found in uses.items()])
             for constant, (word, uses) in keys.items()}
     return "\n".join([
-        "/// @file", "/// The words of the protocol between applications and the service.", "", f"// {NOTICE}", "",
-        "#pragma once", "",
+        "// SPDX-License-Identifier: MIT", "/// @file", "/// The words of the protocol between applications and the service.", "",
+        f"// {NOTICE}", "", "#pragma once", "",
         "/// The words of the protocol between applications and the service, for both sides. docs/protocol.md says how a",
         "/// message is put together.", "namespace zviptv::protocol {", "",
         *block("type", 'Type words: names of the channels, and values of "type" in announcements.', types),

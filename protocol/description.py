@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The description of the protocol, zviptv.xml, with what follows from it."""
 
 import xml.etree.ElementTree as ElementTree

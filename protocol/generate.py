@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Generates code and tables from zviptv.xml, the description of the protocol.
 
 generate.py code FOLDER         writes the generated code below FOLDER; leaves files alone that would not change

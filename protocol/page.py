@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Renews the tables of docs/protocol.md, between "<!-- table: ... -->" and "<!-- end of table -->"."""
 
 import re

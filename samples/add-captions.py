@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Adds teletext and an ARIB caption to a transport stream, for make-sample.sh: ffmpeg makes neither.
 
 usage: add-captions.py IN.ts OUT.ts

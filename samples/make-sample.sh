@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # Makes sample.ts, the transport stream that the simulator and the tests play. Needs ffmpeg, bash
 # and python3. The same ffmpeg version writes the same bytes every time: no dates, no version texts, one thread.
 #

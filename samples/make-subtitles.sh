@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # Writes a small bitmap subtitle file (.sup) for make-sample.sh: block letters on a 320x180 plane,
 # shown one word after another. ffmpeg turns it into DVB subtitles.
 #

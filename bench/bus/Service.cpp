@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Service.h"
 
 #include "LibdbusBody.h"

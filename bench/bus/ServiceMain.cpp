@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The service. It prints its unique name, then obeys the lines that it reads: "push COUNT SIZE BATCH". A byte
 // on descriptor 3 is the credit of one subscriber for one batch.
 #include "Process.h"

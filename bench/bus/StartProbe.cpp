@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What an object costs: from Create to its first answered call, and what it adds to the process and to the
 // bus. Prints one line of JSON for the object that is named.
 #include "Process.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One client in a process of its own. It obeys the lines that it reads and answers each with a line of JSON:
 //   call mute|ratings COUNT   calls, each timed
 //   repeat mute|ratings COUNT calls, not timed

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """What the library costs across a bus, beside what else there is; written as JSON."""
 
 import argparse

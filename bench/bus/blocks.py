@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Alternating blocks and what is made of them.
 
 Every round gives each variant one block, in an order that is drawn anew for each round, so that none always follows the

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Calls: round trips, processor time, instructions."""
 
 import collections

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The life of a client: what a start costs, and whether anything grows."""
 
 import json

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The processes of a run: a private bus, the service, and one client for each block's turn."""
 
 import contextlib

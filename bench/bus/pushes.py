@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Pushes: packets from the service to the receivers."""
 
 import itertools

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What is compared, and at what. The ratios are to GDBus, and some to sdbus-c++."""
 
 from typing import NamedTuple

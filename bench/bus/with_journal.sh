@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # with_journal.sh COMMAND...: runs the command where the system's log is a journal of its own, in memory, that takes
 # every line: nothing is written to the machine's log. As root, with unshare --mount around it.
 set -e

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What inprocess.sh has measured, as rows of text and as data of plots."""
 
 import statistics

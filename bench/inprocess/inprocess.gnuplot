@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Both axes logarithmic: what is linear is a line that rises by one decade in each.
 set terminal svg size 900,560 background "white" font "sans,13"
 set logscale xy

@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # inprocess.sh PROGRAM FOLDER [OPTION...]: measures what encoding and decoding cost, and leaves the figures
 # (inprocess.json) and what they ask the heap for (inprocess-allocations.json) in FOLDER. The options are Google
 # Benchmark's and override those here.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// @file
 /// An endpoint to make services of.
 

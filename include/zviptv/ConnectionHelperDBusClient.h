@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// @file
 /// How a channel finds its partner in the service.
 

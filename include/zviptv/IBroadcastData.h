@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// @file
 /// Audio, teletext, subtitles, ratings and locks.
 

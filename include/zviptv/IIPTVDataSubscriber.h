@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// @file
 /// PES packets and captions.
 

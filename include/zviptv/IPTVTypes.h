@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// @file
 /// Enumerations and records of the interfaces, and how languages and handles become numbers.
 

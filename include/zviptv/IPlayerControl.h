@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// @file
 /// Muting, tracks, clocks, the state of the source.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// @file
 /// One end of a channel between an application and the service.
 
@@ -43,8 +44,8 @@ struct ChannelAccess;
 /// channel while another thread waits for the calling one inside a message or notification callback.
 ///
 /// The channels of a process share one bus connection, which closes with the last of them: what was sent just
-/// before may be lost then. When the bus has died, a channel on it stays dead, and its disconnect handler runs;
-/// a channel that is constructed once a bus is there again is on a new connection.
+/// before may be lost then. When the bus has died, a channel on it stays dead, and its disconnect handler
+/// runs; a channel that is constructed once a bus is there again is on a new connection.
 ///
 /// An exception that leaves a callback passes through GLib's frames to whoever iterates the context; later
 /// messages are still delivered, and a call that was being handled is answered with the error

@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # The library's binary interface against the committed one, as abidiff sees it: sizes and members of what the headers
 # declare, slots of virtual functions, parameters, symbols. The library has to be of a release build by g++: debug
 # information tells all of this.

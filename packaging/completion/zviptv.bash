@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # shellcheck shell=bash
 # Bash completes the words of zviptvctl and zviptv-sim. What they take is asked of their --help, so that nothing is
 # listed twice.

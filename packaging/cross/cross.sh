@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # Builds library and tools for another architecture and tests them in QEMU: cross.sh ARCHITECTURE PACKAGE...
 # The packages are what the sysroot has. All files are in build/cross/ARCHITECTURE.
 set -euo pipefail

@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # Unpacks Debian packages of another architecture, with all they depend on, into a folder to compile and link against:
 # sysroot.sh ARCHITECTURE FOLDER PACKAGE...
 # Nothing is installed: the packages of this machine and its list of architectures stay as they are. Needs no root. The

@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # Runs a command as root on a copy of this machine that vanishes with it, or on the machine itself where that cannot be
 # (a container without the right to mount): aside.sh [--root FOLDER | --copy-only] COMMAND...
 # With --root the copy is of another installation of Debian, as debootstrap makes it. With --copy-only the machine itself

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # shellcheck shell=bash disable=SC2154
 # Sourced by installed.sh: puts packages and an account on the machine and takes them away again.
 tester=zviptv-tester

@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # The installed packages at work, as root: installed.sh [DEB...]. Packages that are given are installed first and purged
 # at the end, with all that came along. The bus has Debian's own configuration, and a socket of its own where the
 # machine's system bus runs.

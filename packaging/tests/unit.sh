@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # shellcheck shell=bash disable=SC2154
 # Sourced by installed.sh: the simulator's unit. Where systemd runs the machine, it is started, too.
 unit=zviptv-sim.service

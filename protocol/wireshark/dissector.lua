@@ -1,3 +1,4 @@
+-- SPDX-License-Identifier: MIT
 -- Following the messages: what is a request, and which reply answers it.
 
 -- What replies answer, by sender and serial of the request.

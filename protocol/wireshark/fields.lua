@@ -1,3 +1,4 @@
+-- SPDX-License-Identifier: MIT
 -- A Wireshark dissector for the protocol between applications and the IPTV service.
 --
 -- It reads captures of a D-Bus bus, as dbus-monitor --pcap and busctl capture write them:

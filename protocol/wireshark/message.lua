@@ -1,3 +1,4 @@
+-- SPDX-License-Identifier: MIT
 -- Reading the D-Bus message: its header from Wireshark's own dissector, its body from the bytes.
 
 local dbus = {}

@@ -1,3 +1,4 @@
+-- SPDX-License-Identifier: MIT
 -- Showing the entries: numbers, names of enumerators, records.
 
 local function whole_number(text)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "dbus/BusConnection.h"
 
 #include "dbus/FreeDescriptors.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <zviptv/ConnectionHelperDBusClient.h>
 
 #include "dbus/BusConnection.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <zviptv/ConnectionHelperDBusServer.h>
 
 #include "dbus/BusConnection.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <zviptv/DeferredReply.h>
 
 #include "dbus/IncomingCall.h"

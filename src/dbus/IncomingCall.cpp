@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "dbus/IncomingCall.h"
 
 #include "dbus/PeerMessage.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <zviptv/MutexDBus.h>
 
 CMutexDBus::CMutexDBus()

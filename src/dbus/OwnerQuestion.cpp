@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "dbus/OwnerQuestion.h"
 
 #include "dbus/BusConnection.h"

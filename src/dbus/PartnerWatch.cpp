@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "dbus/PartnerWatch.h"
 
 #include "dbus/UserData.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "dbus/PeerMessage.h"
 
 #include "dbus/WireSize.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <zviptv/ProxyDBusHelper.h>
 
 #include "dbus/BusConnection.h"
@@ -130,8 +131,9 @@ int CProxyDBusHelper::m_CreatePartnerProxy()
     if (zviptv::IsOpen(state.m_connection) && zviptv::IsBusName(partner)) {
         // Under the guard: a loss that another thread handles at once has to find the watch.
         std::lock_guard<std::mutex> const lock(state.m_guard);
-        state.m_watcher = zviptv::PartnerWatch(state.m_connection.get(), partner, m_PartnerNameVanishedCallback,
-                                            CallbackGate::NewToken(state.m_gate), CallbackGate::ReleaseToken);
+        state.m_watcher =
+            zviptv::PartnerWatch(state.m_connection.get(), partner, m_PartnerNameVanishedCallback,
+                                 CallbackGate::NewToken(state.m_gate), CallbackGate::ReleaseToken);
         watch = state.m_watcher.Id();
     }
     if (watch == 0) {

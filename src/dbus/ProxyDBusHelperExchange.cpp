@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <zviptv/ProxyDBusHelper.h>
 
 #include "dbus/FreeDescriptors.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "dbus/SignalSubscription.h"
 
 #include <utility>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "log/DefaultSink.h"
 
 #include "log/JournalSocket.h"

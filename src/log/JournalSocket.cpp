@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "log/JournalSocket.h"
 
 #include <glib.h>

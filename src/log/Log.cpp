@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "log/Log.h"
 
 #include "log/DefaultSink.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <zviptv/CommonNative.h>
 
 #include "dbus/PeerChannelState.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "proxy/BroadcastDataProxy.h"
 
 #include "proxy/AnnouncedSize.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "proxy/IPGUtilProxy.h"
 
 #include "message/MessageAccess.h"

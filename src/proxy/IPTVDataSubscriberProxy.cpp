@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "proxy/IPTVDataSubscriberProxy.h"
 
 #include "message/MessageAccess.h"

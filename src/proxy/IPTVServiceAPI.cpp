@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <zviptv/IPTVServiceAPI.h>
 
 #include "log/Log.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "proxy/PlayerControlProxy.h"
 
 #include <zviptv/Protocol.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "proxy/ServiceCall.h"
 
 #include "message/MessageAccess.h"

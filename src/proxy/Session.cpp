@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "proxy/Session.h"
 
 #include "dbus/PeerChannelState.h"

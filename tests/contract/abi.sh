@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # The binary interface is the committed one: abi.sh BUILD SOURCE [left-out]
 if [ "${3-}" = left-out ]; then
     echo "skipped: the committed interface is that of the release build by g++ on x86-64, without sanitizers"

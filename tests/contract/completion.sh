@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # What bash offers to complete, with the installed files and without bash-completion's own functions: completion.sh
 # BUILD SOURCE
 . "$(dirname "$0")/install.sh"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A user's program: every kind of thing the library exports, used from outside.
 #include <zviptv/CommonNative.h>
 #include <zviptv/ConnectionHelperDBusClient.h>

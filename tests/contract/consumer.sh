@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # Builds and runs a user's program against the installed files: consumer.sh BUILD SOURCE cmake|pkg-config
 . "$(dirname "$0")/install.sh"
 

@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # The demo runs to its end: demo.sh BUILD SOURCE
 . "$(dirname "$0")/install.sh"
 

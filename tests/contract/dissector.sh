@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # tshark reads with zviptv.lua what dbus-monitor recorded of the simulator's bus: dissector.sh BUILD SOURCE
 . "$(dirname "$0")/install.sh"
 . "$source/private_bus.sh"

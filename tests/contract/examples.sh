@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # The examples, built against the installed files and run with the installed simulator: examples.sh BUILD SOURCE
 . "$(dirname "$0")/install.sh"
 

@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # Every installed header compiles by itself, with strict warnings, and needs no GLib: headers.sh BUILD SOURCE
 . "$(dirname "$0")/install.sh"
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # shellcheck shell=bash disable=SC2034
 # Sourced by the contract tests: installs the build in $1 into a fresh folder, $prefix, removed at the end.
 set -euo pipefail

@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # Folders of src and tools include what docs/architecture.md says, headers nothing of either: layers.sh BUILD SOURCE
 set -euo pipefail
 cd "$2/../.."

@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # The manual pages name the options and commands that --help does, no more and no less: man_pages.sh BUILD SOURCE
 . "$(dirname "$0")/install.sh"
 

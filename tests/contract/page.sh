@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # Types the commands of a page, builds its programs and compares what comes out: page.sh BUILD SOURCE PAGE
 . "$(dirname "$0")/install.sh"
 

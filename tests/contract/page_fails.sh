@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # What is wrong in a page is noticed: page_fails.sh BUILD SOURCE
 # shellcheck disable=SC2016 # pages, as they are
 set -euo pipefail

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # shellcheck shell=bash disable=SC2154
 # Sourced by contract tests after install.sh: starts a bus in $work that ends with the test, and names it in
 # DBUS_SYSTEM_BUS_ADDRESS.

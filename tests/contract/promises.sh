@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # Every test that the pages of promises name exists: promises.sh BUILD SOURCE
 set -euo pipefail
 build=$1

@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # The tables of docs/protocol.md are those of protocol/zviptv.xml: protocol_page.sh BUILD SOURCE
 set -euo pipefail
 root=$(cd "$2/../.." && pwd)

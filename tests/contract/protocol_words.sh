@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # The installed Protocol.h keeps the constants and words that were released, in protocol_words.txt: namespace, constant,
 # word; more of them may come: protocol_words.sh BUILD SOURCE
 . "$(dirname "$0")/install.sh"

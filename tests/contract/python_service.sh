@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # examples/python/service.py answers every function, pushes to those who ask, and is found again after it was killed:
 # python_service.sh BUILD SOURCE
 . "$(dirname "$0")/install.sh"

@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # The API reference is made without a warning, and every public entity is documented: reference.sh BUILD SOURCE
 set -euo pipefail
 root=$(cd "$2/../.." && pwd)

@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # What ./run is told and does not know is named: run_words.sh BUILD SOURCE
 set -euo pipefail
 root=$(cd "$2/../.." && pwd)

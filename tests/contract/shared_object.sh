@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # The library file: soname, what it exports, hardening: shared_object.sh BUILD SOURCE
 . "$(dirname "$0")/install.sh"
 

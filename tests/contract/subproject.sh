@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # Builds a user's program together with the project's sources: subproject.sh BUILD SOURCE
 set -euo pipefail
 source=$2

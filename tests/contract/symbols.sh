@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # The library exports what the package's symbols file lists, no more and no less: symbols.sh BUILD SOURCE
 . "$(dirname "$0")/install.sh"
 

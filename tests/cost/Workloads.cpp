@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Workloads.h"
 
 #include "LocalChannel.h"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Reads the profiles that callgrind writes."""
 
 import collections

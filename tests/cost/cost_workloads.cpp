@@ -1,6 +1,7 @@
-#include "Workloads.h"
+// SPDX-License-Identifier: MIT
 #include "Allocations.h"
 #include "Require.h"
+#include "Workloads.h"
 
 #include <glib.h>
 #include <gnu/libc-version.h>

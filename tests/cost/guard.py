@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """What the workloads cost, in instructions and on the heap, against the committed baseline.
 
     guard.py check WORKLOAD    status 1 when the workload costs more than 5 % over its baseline

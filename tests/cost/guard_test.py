@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """That the guard fails when it should, and reads profiles right."""
 
 import contextlib

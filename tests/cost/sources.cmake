@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What the guard and the benchmarks within a process have in common: the workloads, and the library's objects with
 # another partner, which answers within the process.
 set(cost_sources

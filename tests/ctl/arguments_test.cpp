@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "commands/Arguments.h"
 
 #include "output/Failure.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "DoctorFacts.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "DoctorCases.h"
 
 namespace zviptv::test {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "CtlFixture.h"
 #include "DoctorFacts.h"
 #include "Files.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "DoctorBus.h"
 #include "DoctorFixture.h"
 #include "doctor/BusProbe.h"

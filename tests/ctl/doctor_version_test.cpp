@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "DoctorFixture.h"
 
 #include "doctor/Gather.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "session/Explanations.h"
 
 #include <gtest/gtest.h>

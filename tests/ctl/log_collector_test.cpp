@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "session/LogCollector.h"
 
 #include "PrivateBus.h"

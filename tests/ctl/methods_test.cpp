@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "commands/Methods.h"
 
 #include "output/Failure.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "output/PidTraffic.h"
 
 #include <gmock/gmock.h>

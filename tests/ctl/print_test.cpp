@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "commands/PacketLine.h"
 #include "output/Answer.h"
 #include "output/Table.h"

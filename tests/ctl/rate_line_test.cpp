@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "StreamFixture.h"
 #include "Terminal.h"
 

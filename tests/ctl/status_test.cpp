@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "CtlFixture.h"
 
 namespace zviptv::test {

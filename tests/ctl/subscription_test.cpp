@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "session/Subscription.h"
 
 #include "output/Failure.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "output/Words.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ChannelFixture.h"
 #include "ExpectedLeaks.h"
 #include "Thrown.h"

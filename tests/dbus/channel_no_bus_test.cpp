@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ChannelFixture.h"
 #include "GLibObjects.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "GLibObjects.h"
 #include "HelperFixture.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ExpectedLeaks.h"
 #include "GLibObjects.h"
 #include "HelperFixture.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "BusMonitor.h"
 #include "ChannelFixture.h"
 

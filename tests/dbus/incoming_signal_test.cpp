@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ChannelFixture.h"
 
 using namespace zviptv::test;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HelperFixture.h"
 
 #include <pthread.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "dbus/Singleton.h"
 
 #include "WaitUntil.h"

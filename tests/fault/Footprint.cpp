@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Footprint.h"
 
 #include "Sanitizers.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PeerProcess.h"
 
 #include "MessageLog.h"

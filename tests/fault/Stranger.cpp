@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PeerModes.h"
 
 #include "BusLink.h"

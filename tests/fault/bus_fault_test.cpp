@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "FactoryObjects.h"
 #include "FaultTest.h"
 #include "GLibObjects.h"

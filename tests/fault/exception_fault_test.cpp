@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ExpectedLeaks.h"
 #include "FaultTest.h"
 #include "Thrown.h"

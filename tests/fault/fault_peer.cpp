@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The other end as a process of its own, so that it can be killed and stopped for real. Made of nothing but
 // libdbus.
 #include "PeerModes.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Calls the service, then forks children that exit while its other threads use GLib: forking_application
 // COUNT. Prints how many of the children ended.
 #include <zviptv/IPTVServiceAPI.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "FaultTest.h"
 
 #include <malloc.h>

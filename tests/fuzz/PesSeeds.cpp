@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PesSeeds.h"
 
 namespace zviptv::fuzz {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ScriptedChannel.h"
 #include "Variants.h"
 

@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # fuzz.sh BUILD SECONDS: lets every fuzz target of the build folder BUILD look for new inputs for so many seconds,
 # two at a time, and tells what came of it. What ends a target is kept in BUILD/findings, new inputs in BUILD/corpus.
 # Not 0 when there is a finding, or a target did not run.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Variants.h"
 #include "dbus/HelperMessage.h"
 #include "message/MessageAccess.h"

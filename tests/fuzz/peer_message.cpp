@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Variants.h"
 #include "dbus/PeerMessage.h"
 #include "message/MessageAccess.h"

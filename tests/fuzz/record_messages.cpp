@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "SeedWriter.h"
 #include "dbus/HelperMessage.h"
 #include "dbus/PeerMessage.h"

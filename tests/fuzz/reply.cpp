@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ProxyMethods.h"
 #include "ScriptedChannel.h"
 #include "Variants.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "EitBuilder.h"
 #include "PesSeeds.h"
 #include "SeedWriter.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Sections.h"
 
 #include "playback/CaptionServices.h"

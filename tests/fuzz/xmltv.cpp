@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "GuideChecks.h"
 #include "guide/GuideProblems.h"
 #include "guide/Rating.h"

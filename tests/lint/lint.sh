@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # What tools say of the sources without running them: lint.sh BUILD [FILE...]
 # All of the project's files, or those that are named. Sources are compiled as the release in BUILD does; a header is
 # looked at with the sources that include it.
@@ -32,6 +33,15 @@ if [ ${#texts[@]} -gt 0 ]; then
     ! grep -nE '[[:space:]]$' /dev/null "${texts[@]}" || failed=1
     for text in "${texts[@]}"; do
         [ -z "$(tail -c 1 "$text")" ] || { echo "$text: the last line does not end" && failed=1; }
+    done
+fi
+
+mapfile -t licensed < <(matching '(\.(cpp|h|py|sh|bash|cmake|lua|gnuplot)|CMakeLists\.txt|/run|^run)$')
+if [ ${#licensed[@]} -gt 0 ]; then
+    say "licence lines" "${licensed[@]}"
+    for file in "${licensed[@]}"; do
+        head -n 3 "$file" | grep -q 'SPDX-License-Identifier: MIT' ||
+            { echo "$file: add a line with SPDX-License-Identifier: MIT at its top" && failed=1; }
     done
 fi
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "LogSockets.h"
 
 #include "log/Log.h"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Source state, clocks and picture: before, while and after the stream plays."""
 
 import time

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """PES packets and captions as they came through to subscribers."""
 
 import json

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The programme guide, from the file that the service has loaded."""
 
 from xmltv import Guide, as_text

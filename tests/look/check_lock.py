@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The parental lock, for a programme rated above the limit on a service that is locked."""
 
 LOCKED, PROGRAMME, SERVICE, ALL = range(4)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Tracks, subtitles and captions: lists, choices, and what follows from a choice."""
 
 from tracks import CAPTION, SUPERIMPOSE, is_subtitle

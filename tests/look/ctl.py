@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The service, asked with zviptvctl."""
 
 import json

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Adds to every PMT of a stream what ffmpeg does not write: caption services and component tags.
 
 usage: dress.py STREAM.ts   (changed in place; each PMT has to fit into one packet)

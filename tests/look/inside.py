@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Runs as the simulator's command: calls every method and compares each answer with what the look says.
 
 usage: inside.py PARAMETERS.json   (written by look.py)

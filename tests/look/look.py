@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Plays a transport stream on the simulator and compares the answers of all methods, and every PES packet, with an
 independent look at the same stream and guide: ffprobe, and readers of our own that share no code with the simulator.
 

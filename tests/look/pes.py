@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """PES packets, put together again independently of the simulator."""
 
 from transport import payload_of

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What ffprobe says about a stream."""
 
 import json

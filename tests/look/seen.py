@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The requests as the service saw them: proof of the methods that no getter shows."""
 
 BUILT_IN_HANDLE = "256"  # profile 1, id 0

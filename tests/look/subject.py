@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The stream that is looked at, and what an independent look at it says."""
 
 from pes import Reassembly

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The records that a service has to give for a programme, made of its PMT and of what ffprobe says."""
 
 MPEG, AC3, EAC3, AAC, LATM, DTS = 1, 2, 3, 4, 5, 6

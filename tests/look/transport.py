@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A transport stream as the standard lays it out, read without any code of the simulator."""
 
 PRIVATE_PES = 0x06

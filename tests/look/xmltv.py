@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """An XMLTV file, read as docs/guide.md says, with the standard library's XML reader and calendar."""
 
 import json

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <zviptv/MessageBuffer.h>
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "EndpointTest.h"
 
 #include "WaitUntil.h"

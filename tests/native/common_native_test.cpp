@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "EndpointTest.h"
 
 #include <gmock/gmock.h>

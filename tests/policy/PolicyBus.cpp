@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PolicyBus.h"
 
 #include "Files.h"

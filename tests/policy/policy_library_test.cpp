@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Bytes.h"
 #include "LoopRunner.h"
 #include "PolicyBus.h"

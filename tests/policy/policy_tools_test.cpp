@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PolicyTools.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "BroadcastDataRows.h"
 #include "MethodTest.h"
 

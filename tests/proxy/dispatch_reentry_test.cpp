@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "SubscriberTest.h"
 
 #include <functional>

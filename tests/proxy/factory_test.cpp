@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ProxyKinds.h"
 #include "ProxyTest.h"
 

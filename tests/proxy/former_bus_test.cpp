@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ProxyTest.h"
 
 #include <gio/gio.h>

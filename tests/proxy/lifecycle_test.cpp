@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "MatchRules.h"
 #include "ProxyKinds.h"
 #include "ProxyTest.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "NoFreeDescriptor.h"
 #include "ProxyTest.h"
 

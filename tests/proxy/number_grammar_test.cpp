@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "MethodTable.h"
 
 #include <limits>

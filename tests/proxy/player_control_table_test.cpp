@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "MethodTest.h"
 
 using namespace zviptv::test;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "MethodTable.h"
 
 using namespace zviptv::test;

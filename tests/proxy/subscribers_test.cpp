@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "proxy/Subscribers.h"
 
 #include <zviptv/IPTVTypes.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <zviptv/IPTVTypes.h>
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A transport stream with one video PID whose PES packets have 64 KiB of payload, each repeating one byte."""
 
 PACKET = 188

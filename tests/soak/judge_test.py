@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """What the soak finds wrong with made-up figures."""
 
 import unittest

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Memory and descriptors of the applications over time, with the restarts of the service.
 set terminal svg size 900,520 background "white" font "sans,12"
 set output picture

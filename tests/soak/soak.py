@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """The soak: applications call, and are pushed to, for minutes while the service dies and comes back at random.
 
 Prints a report and writes samples.csv, report.json and soak.svg. Ends with status 1 when an application died, got

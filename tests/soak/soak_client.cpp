@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One application of the soak: all four objects, calls of every kind and PES packets, until it is terminated.
 // Each second it prints its figures so far, one JSON object a line.
 #include <zviptv/IPTVServiceAPI.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "BusLoop.h"
 
 #include <sys/eventfd.h>

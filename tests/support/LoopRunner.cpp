@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "LoopRunner.h"
 
 #include <atomic>

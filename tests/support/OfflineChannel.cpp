@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "dbus/HelperMessage.h"
 #include "dbus/PeerChannelState.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PeerConnection.h"
 
 #include "WireCodec.h"

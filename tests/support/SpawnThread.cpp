@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "SpawnThread.h"
 
 #include <unistd.h>

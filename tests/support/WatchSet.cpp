@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "WatchSet.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "WireBody.h"
 
 #include "WireCodec.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "WirePeer.h"
 
 #include "PeerConnection.h"

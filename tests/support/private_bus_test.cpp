@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "MessageLog.h"
 #include "PrivateBus.h"
 #include "WirePeer.h"

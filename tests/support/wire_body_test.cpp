@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Bytes.h"
 #include "Handles.h"
 #include "WireBody.h"

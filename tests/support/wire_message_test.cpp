@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Bytes.h"
 #include "MessageLog.h"
 #include "WaitUntil.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Bytes.h"
 #include "TwoPeersTest.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "common/ProtocolSchema.h"
 
 #include <json/reader.h>

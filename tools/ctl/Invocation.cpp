@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Invocation.h"
 
 #include "commands/Arguments.h"

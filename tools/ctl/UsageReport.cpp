@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "UsageReport.h"
 
 #include "common/UsageText.h"

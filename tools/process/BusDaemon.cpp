@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "BusDaemon.h"
 
 #include "Pipe.h"

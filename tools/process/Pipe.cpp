@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Pipe.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "common/StandardStreams.h"
 #include "host/Supervisor.h"
 #include "playback/StreamGuide.h"

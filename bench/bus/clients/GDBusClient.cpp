@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PlainClient.h"
 #include "glib/Owned.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Client.h"
 
 #include <zviptv/IPTVServiceAPI.h>

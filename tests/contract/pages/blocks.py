@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The code blocks of a page, Markdown or scdoc, and the markers that stand before them in comments."""
 import re
 from dataclasses import dataclass, field

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What is checked of blocks that are not typed."""
 import configparser
 import re

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Does what a page says and compares what comes out: page.py PAGE ROOT WORK
 
 Every block of the page is run here, or marked with the reason why not, or the test that does it is named; anything

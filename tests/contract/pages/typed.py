@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The shell script that does what a page tells its reader to do, and what has to come out of it.
 
 Commands begin with "$ ". What follows a command that ends in "-- bash" is typed in that shell, up to "exit".

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "GuideGenerator.h"
 #include "Sanitizers.h"
 #include "TestSupport.h"

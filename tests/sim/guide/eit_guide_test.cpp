@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "EitBuilder.h"
 #include "TestSupport.h"
 #include "guide/EitGuide.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "guide/ServiceNumbers.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "guide/XmltvTime.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "SimulatorTest.h"
 
 #include "../stream/StreamBuilder.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "MadeStreamTest.h"
 
 namespace zviptv::test {

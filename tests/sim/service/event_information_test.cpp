@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "MadeStreamTest.h"
 
 #include "../guide/EitBuilder.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "../guide/GuideGenerator.h"
 #include "SimulatorTest.h"
 #include "WaitUntil.h"

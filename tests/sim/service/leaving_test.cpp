@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "DenseStream.h"
 #include "Sanitizers.h"
 #include "SimulatorTest.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "common/MainLoop.h"
 
 #include <gmock/gmock.h>

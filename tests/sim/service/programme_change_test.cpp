@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "../stream/StreamBuilder.h"
 #include "SimulatorTest.h"
 #include "WaitUntil.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "../stream/NaiveReassembly.h"
 #include "SimulatorTest.h"
 

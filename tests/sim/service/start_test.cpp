@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "../guide/GuideGenerator.h"
 #include "Processes.h"
 #include "SimulatorTest.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Crowd.h"
 #include "Files.h"
 #include "Terminal.h"

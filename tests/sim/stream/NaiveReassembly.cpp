@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "NaiveReassembly.h"
 
 #include <fstream>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "StreamBuilder.h"
 
 #include "stream/AudioFormat.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "DemuxStreams.h"
 
 #include <gtest/gtest.h>

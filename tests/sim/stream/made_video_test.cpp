@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "stream/Demux.h"
 #include "stream/VideoFormat.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "CaptionText.h"
 #include "NaiveReassembly.h"
 

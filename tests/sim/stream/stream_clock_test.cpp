@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "stream/StreamClock.h"
 
 #include <gtest/gtest.h>

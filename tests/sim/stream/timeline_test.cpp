@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "stream/Timeline.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "StreamTestSupport.h"
 
 #include "stream/TsReader.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "CaptionCommands.h"
 
 #include "Collect.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "GuideCommands.h"
 
 #include "session/Session.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "LockCommands.h"
 
 #include "output/Table.h"

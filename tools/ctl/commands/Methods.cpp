@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Methods.h"
 
 #include "Call.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PacketLine.h"
 
 #include "output/Answer.h"

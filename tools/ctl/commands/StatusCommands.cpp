@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "StatusCommands.h"
 
 #include "output/TrackText.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Stream.h"
 
 #include "PacketLine.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "TrackCommands.h"
 
 #include "Collect.h"

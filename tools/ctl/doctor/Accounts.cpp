@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "doctor/Accounts.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "doctor/BusProbe.h"
 
 #include "doctor/Deadline.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "doctor/Doctor.h"
 
 #include "doctor/Gather.h"

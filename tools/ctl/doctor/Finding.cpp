@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "doctor/Finding.h"
 
 #include <utility>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "doctor/Gather.h"
 
 #include "doctor/Accounts.h"

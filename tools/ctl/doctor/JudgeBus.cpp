@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "doctor/JudgeBus.h"
 
 namespace zviptv::ctl::doctor {

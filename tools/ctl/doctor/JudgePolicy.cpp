@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "doctor/JudgePolicy.h"
 
 namespace zviptv::ctl::doctor {

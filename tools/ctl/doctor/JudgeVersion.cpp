@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "doctor/JudgeVersion.h"
 
 namespace zviptv::ctl::doctor {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "doctor/Mending.h"
 
 #include "glib/Owned.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "doctor/Process.h"
 
 #include "doctor/Versions.h"

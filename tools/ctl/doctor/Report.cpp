@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "doctor/Report.h"
 
 #include "output/Print.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "doctor/ServiceProbe.h"
 
 #include "doctor/Accounts.h"

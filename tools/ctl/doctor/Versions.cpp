@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "doctor/Versions.h"
 
 #include <zviptv/ConnectionHelperDBusClient.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Enumerations.h"
 
 #include "Words.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "LiveLine.h"
 
 #include <sys/ioctl.h>

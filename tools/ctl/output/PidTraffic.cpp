@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PidTraffic.h"
 
 #include "Print.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Print.h"
 
 #include "glib/Owned.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "TrackText.h"
 
 #include "Words.h"

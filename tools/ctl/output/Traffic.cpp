@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Traffic.h"
 
 #include "Words.h"

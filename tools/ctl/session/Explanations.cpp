@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Explanations.h"
 
 #include "output/MethodTable.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Loop.h"
 
 #include "glib/Owned.h"

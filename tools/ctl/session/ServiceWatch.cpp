@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ServiceWatch.h"
 
 #include <zviptv/ConnectionHelperDBusClient.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Subscription.h"
 
 #include "output/Failure.h"

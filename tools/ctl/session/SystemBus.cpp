@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "SystemBus.h"
 
 #include "output/Failure.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "BroadcastDataService.h"
 
 #include "BroadcastDataTexts.h"

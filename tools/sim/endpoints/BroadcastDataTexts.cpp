@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "BroadcastDataTexts.h"
 
 #include "RecordReplies.h"

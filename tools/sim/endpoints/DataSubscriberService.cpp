@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "DataSubscriberService.h"
 
 #include "playback/Captions.h"

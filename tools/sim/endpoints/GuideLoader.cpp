@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "GuideLoader.h"
 
 #include <exception>

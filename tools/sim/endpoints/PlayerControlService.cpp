@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PlayerControlService.h"
 
 #include "RecordReplies.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ProgrammeGuideService.h"
 
 #include "RequestTable.h"

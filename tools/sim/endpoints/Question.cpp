@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Question.h"
 
 #include <zviptv/Protocol.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "RequestCheck.h"
 
 #include "RequestLog.h"

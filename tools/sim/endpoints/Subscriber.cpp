@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Subscriber.h"
 
 #include <zviptv/CommonNative.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "guide/EitDescriptors.h"
 
 #include "stream/DvbText.h"

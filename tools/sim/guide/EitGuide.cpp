@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "guide/EitGuide.h"
 
 #include "guide/GuideBuilder.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "guide/EitReader.h"
 
 #include "guide/EitDescriptors.h"

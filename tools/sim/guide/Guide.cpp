@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "guide/Guide.h"
 
 #include <algorithm>

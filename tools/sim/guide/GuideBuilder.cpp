@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "guide/GuideBuilder.h"
 
 #include <algorithm>

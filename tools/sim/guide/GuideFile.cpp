@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "guide/GuideFile.h"
 
 #include "guide/GuideBuilder.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "guide/GuideJson.h"
 
 #include <json/json.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "guide/ProgrammeDraft.h"
 
 #include "guide/Rating.h"

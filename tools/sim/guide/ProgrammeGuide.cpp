@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "guide/ProgrammeGuide.h"
 
 #include "guide/GuideJson.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "guide/Rating.h"
 
 #include <algorithm>

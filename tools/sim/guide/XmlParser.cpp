@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "guide/XmlParser.h"
 
 #include "guide/GuideProblems.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "guide/XmltvReader.h"
 
 #include "guide/XmltvText.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "guide/XmltvText.h"
 
 namespace zviptv::sim {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "CommandProcess.h"
 
 #include <csignal>

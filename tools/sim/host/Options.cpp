@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Options.h"
 
 #include "common/UsageText.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ServiceProcess.h"
 
 #include "ServiceRun.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Signals.h"
 
 #include <poll.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Supervisor.h"
 
 #include "CommandProcess.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "CaptionServices.h"
 
 namespace zviptv::sim {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Captions.h"
 
 #include "stream/PesHeader.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ParentalLock.h"
 
 namespace zviptv::sim {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "StreamGuide.h"
 
 #include "common/StandardStreams.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Tracks.h"
 
 namespace zviptv::sim {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "stream/AacFrame.h"
 
 #include "stream/BitReader.h"

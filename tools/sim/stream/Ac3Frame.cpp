@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "stream/Ac3Frame.h"
 
 #include "stream/BitReader.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "stream/AribLanguages.h"
 
 #include "stream/BitReader.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "stream/AudioFormat.h"
 
 #include "stream/AacFrame.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "stream/CharacterSet.h"
 
 #include "stream/ByteView.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "stream/Continuity.h"
 
 namespace zviptv::sim {

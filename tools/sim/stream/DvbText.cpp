@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "stream/DvbText.h"
 
 #include "stream/CharacterSet.h"

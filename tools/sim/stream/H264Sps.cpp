@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "stream/H264Sps.h"
 
 #include "stream/NalUnit.h"

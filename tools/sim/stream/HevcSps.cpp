@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "stream/HevcSps.h"
 
 #include "stream/NalUnit.h"

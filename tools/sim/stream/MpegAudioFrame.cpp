@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "stream/MpegAudioFrame.h"
 
 #include "stream/BitReader.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "stream/MpegSequence.h"
 
 #include "stream/BitReader.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "stream/Pacer.h"
 
 #include <algorithm>

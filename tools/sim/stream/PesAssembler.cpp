@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "stream/PesAssembler.h"
 
 namespace zviptv::sim {

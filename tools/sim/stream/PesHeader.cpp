@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "stream/PesHeader.h"
 
 namespace zviptv::sim {

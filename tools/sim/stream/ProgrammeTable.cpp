@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "stream/ProgrammeTable.h"
 
 #include <set>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "stream/SectionAssembler.h"
 
 namespace zviptv::sim {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "stream/ServiceTables.h"
 
 #include "stream/DvbText.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "stream/StreamClock.h"
 
 namespace zviptv::sim {

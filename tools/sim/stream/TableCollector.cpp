@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "stream/TableCollector.h"
 
 namespace zviptv::sim {

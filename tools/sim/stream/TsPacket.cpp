@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "stream/TsPacket.h"
 
 #include "stream/ClockPoint.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "stream/TsReader.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "stream/VideoFormat.h"
 
 #include "stream/H264Sps.h"

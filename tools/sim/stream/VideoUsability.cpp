@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "stream/VideoUsability.h"
 
 namespace zviptv::sim {
