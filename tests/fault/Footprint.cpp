@@ -3,6 +3,8 @@
 
 #include "Sanitizers.h"
 
+#include <malloc.h>
+
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -28,8 +30,11 @@ long Status(std::string const& word)
 
 } // namespace
 
+// Memory that is free but kept by malloc does not count: how much that is depends on how busy the machine
+// was.
 Footprint CurrentFootprint()
 {
+    malloc_trim(0);
     std::filesystem::directory_iterator const descriptors("/proc/self/fd");
     return {Status("VmRSS:"),
             static_cast<std::size_t>(std::distance(begin(descriptors), end(descriptors))) - 1};

@@ -16,6 +16,7 @@ from blocks import PageError, read_page
 from checks import check_drop_in, check_links, check_run_by, check_run_words
 from typed import Script, inside_main
 
+LICENCE = "// SPDX-License-Identifier: MIT\n"  # of the file, which a page need not repeat
 SEPARATOR = re.compile(r", (the same as|inside main|as:)\s*")
 
 
@@ -33,7 +34,7 @@ def write_file(script, block, root):
     name, *rest = SEPARATOR.split(block.marker("file"))
     text = block.text
     if rest and rest[0] == "the same as":
-        if (root / rest[1]).read_text() != text:
+        if (root / rest[1]).read_text().removeprefix(LICENCE) != text:
             raise PageError(f"{block}: not the same as {rest[1]}")
     elif rest:
         text = inside_main(text)
