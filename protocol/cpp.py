@@ -29,7 +29,7 @@ def protocol_header(protocol):
     types = {e.get("constant"): (e.get("type"), [f"{e.get('interface')}. {e.get('summary')}"]) for e in protocol.endpoints}
     functions = {constant_of(call): (call.get("name"), [f"{endpoint.get('type')}, {call.tag}. {call.get('summary')}"])
                  for endpoint, call in calls}
-    places = [("every message", protocol.channel), ("helper bus", protocol.helper)]
+    places = [("requests and replies", protocol.channel), ("helper bus", protocol.helper)]
     places += [(call.get("name"), call) for _, call in calls]
     places += [(f"member of {name}", protocol.records[name]) for name in filter(protocol.is_json, protocol.records)]
     keys = {}

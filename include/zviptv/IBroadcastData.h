@@ -96,7 +96,7 @@ public:
                                     char& koreanCode) = 0;
 
     /// Ratings of the current programme; replaces the vector's content. Throws std::length_error when the
-    /// service announces a negative number of ratings or more than one bus message can carry; the vector is
+    /// service announces a negative number of ratings or more than 1 MiB above what arrived; the vector is
     /// empty then.
     virtual bool GetRatingInfo(std::vector<ZVRatingInfo>& ratings) = 0;
 

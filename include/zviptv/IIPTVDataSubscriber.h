@@ -21,8 +21,8 @@
 ///
 /// A notification with a missing or malformed number reaches no callback: std::invalid_argument or
 /// std::out_of_range ("stoi", "stoll") leaves the dispatch and passes through GLib to whoever iterates the
-/// context, and std::length_error does for an announced size that is negative or more than one bus message
-/// carries. Without a handler around the main loop they end the process. Data that is shorter than announced
+/// context, and std::length_error does for an announced size that is negative or more than 1 MiB above what
+/// arrived. Without a handler around the main loop they end the process. Data that is shorter than announced
 /// is filled up with zeros.
 ///
 /// The object stays when the service leaves the bus. Nothing arrives until it is destroyed and created again.

@@ -249,7 +249,7 @@ struct ZVCaption
 {
     std::int32_t type; ///< kind of caption data; the service's EZVPESType for the stream it came from
     std::vector<std::uint8_t>
-        data; ///< as it was broadcast: data units of teletext, a data group of ARIB captions
+        data; ///< as it was broadcast: data units of teletext, the PES payload of ARIB captions
 };
 
 /// Names a programme of the guide. Laid out alike on 32 and 64 bits.
@@ -257,8 +257,8 @@ struct IPGProgramId
 {
     alignas(8) std::uint64_t serviceId; ///< as in the methods' `inID`
     std::uint16_t eventId;              ///< low 16 bits of the event id
-    std::uint32_t startTime;            ///< unit of the guide's service
-    std::uint32_t duration;             ///< unit of the guide's service
+    std::uint32_t startTime;            ///< seconds since 1970, UTC; 0 for any
+    std::uint32_t duration;             ///< seconds; the simulator does not compare it
 };
 
 /// Selects what a proxy talks about: sent with every request as one number.

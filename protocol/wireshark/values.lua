@@ -86,7 +86,9 @@ local function add_entry(tree, entry, type_name, info)
     if type_name == nil or field == nil then
         item = tree:add(zviptv, entry.range, key .. ": " .. text)
         add_problem(item, "unexpected key " .. key)
-    elseif kind_of(type_name) == "bytes" and value ~= nil then
+    elseif kind_of(type_name) == "bytes" and value == nil then
+        item = tree:add(zviptv, entry.range, key .. ": 0 bytes")
+    elseif kind_of(type_name) == "bytes" then
         item = kind == "bytes" and tree:add(field, value) or tree:add(zviptv, value, key .. ": " .. value:len() .. " bytes")
     elseif kind == "text" then
         item = tree:add(field, entry.range, text)

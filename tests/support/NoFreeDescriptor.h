@@ -19,13 +19,15 @@ public:
         rlimit lower = m_former;
         lower.rlim_cur = 128;
         setrlimit(RLIMIT_NOFILE, &lower);
-        for (int file = Open(); file >= 0; file = Open())
+        for (int file = Open(); file >= 0; file = Open()) {
             m_taken.push_back(file);
+        }
     }
     ~NoFreeDescriptor()
     {
-        for (int const file : m_taken)
+        for (int const file : m_taken) {
             close(file);
+        }
         setrlimit(RLIMIT_NOFILE, &m_former);
     }
     NoFreeDescriptor(NoFreeDescriptor const&) = delete;

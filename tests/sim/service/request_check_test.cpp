@@ -176,7 +176,8 @@ TEST_F(RequestCheck, FindsNothingInTheRequestsOfTheLibrary)
         {"GetRating", "1"},
         {"GetGenre", "1"},
         {"GetProgramList", "1", "1774735200", "3600"},
-        {"CloneUSBToTV", "/media/usb"}};
+        {"CloneUSBToTV", "/media/usb"},
+        {"CloneUSBToTV", ""}};
     for (std::vector<std::string> const& words : commands) {
         std::vector<std::string> command{ZVIPTVCTL, "call"};
         command.insert(command.end(), words.begin(), words.end());

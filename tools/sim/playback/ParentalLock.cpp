@@ -10,6 +10,9 @@ void ParentalLock::Follow(RatedProgramme const& present)
     if (!isSame && m_unlocked == ZV_PARENTAL_UNLOCKED_PROGRAMME) {
         m_unlocked = ZV_PARENTAL_LOCKED;
     }
+    if (m_present.service != present.service && m_unlocked == ZV_PARENTAL_UNLOCKED_SERVICE) {
+        m_unlocked = ZV_PARENTAL_LOCKED;
+    }
     m_present = present;
 }
 

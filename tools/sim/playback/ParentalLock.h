@@ -26,7 +26,8 @@ public:
     {
     }
 
-    /// The programme that is on. For another one, or another age, a programme's unlocking does not count.
+    /// The programme that is on. Another one, or another age, ends the unlocking of a programme; another
+    /// service also that of a service.
     void Follow(RatedProgramme const& present);
 
     int MinimumAge() const { return m_present.minimumAge; }
