@@ -8,6 +8,7 @@ for them. It plays nothing: the tables below take the place of a player, and all
 import argparse
 import json
 import struct
+import signal
 import sys
 import time
 from collections import defaultdict, deque
@@ -196,7 +197,7 @@ class Guide:
 
     def __init__(self, now):
         self._programmes = PROGRAMMES
-        self._clock_offset = now - time.time() if now else 0
+        self._clock_offset = 0 if now is None else now - time.time()
 
     def functions(self):
         return {"ExistXmlForIPG": lambda _: {"data": bool(self._programmes)},
@@ -303,7 +304,7 @@ class Channel:
 
 
 class Service:
-    """The bus: announcements, requests, pushes, and applications that leave without a word."""
+    """The bus: announcements, requests, pushes, and applications that vanish."""
 
     def __init__(self, connection, clock):
         self._connection = connection
@@ -384,6 +385,7 @@ def main():
     except GLib.Error as error:
         sys.exit(f"service.py: cannot connect to the bus: {error.message}; set DBUS_SYSTEM_BUS_ADDRESS")
     loop = GLib.MainLoop()
+    signal.signal(signal.SIGINT, signal.SIG_DFL)  # Ctrl-C ends it
     service = Service(connection, options.time)
     # The name comes last: applications call as soon as it is there.
     Gio.bus_own_name_on_connection(connection, HELPER, Gio.BusNameOwnerFlags.NONE,

@@ -16,8 +16,8 @@
 ///
 /// Each interface has one object per process. Create hands out the existing one, or makes it; `profile` and
 /// `id` (of which 16 bits count) count only when it makes one. Every function returns 0; a failure shows as a
-/// null pointer in `out`, and the log says why: the service does not run. CreateIPGUtil does not ask whether
-/// it runs. With a null `out` nothing is made, and the log tells.
+/// null pointer in `out`, and the log says why, for example that no service runs or that no descriptor is
+/// free. CreateIPGUtil does not ask whether it runs. With a null `out` nothing is made, and the log tells.
 ///
 /// An object does not guarantee a connection: when the service runs but does not answer the announcement in
 /// time, or names no endpoint, Create still hands out an object, whose calls fail and which does not notice

@@ -54,8 +54,10 @@ local function add_message(tree, message, entries, range, info)
     local of_endpoint = functions[message.endpoint] or {}
     local types = add_function(tree, of_endpoint[message.name], message, range)
     types = message.is_helper and helper_keys or types or {}
-    for _, entry in ipairs(message.message ~= "error" and entries or {}) do
-        add_entry(tree, entry, types[entry.key] or not message.is_helper and common_keys[entry.key] or nil, info)
+    for _, entry in ipairs(entries) do
+        if message.is_helper or message.name ~= nil or common_keys[entry.key] then -- else the request was not recorded
+            add_entry(tree, entry, types[entry.key] or not message.is_helper and common_keys[entry.key] or nil, info)
+        end
     end
 end
 
@@ -67,9 +69,12 @@ function zviptv.dissector(buffer, pinfo, root)
     local body = dbus.body()
     local range = body and body.range or buffer()
     local tree = root:add(zviptv, range)
-    local is_read, entries = pcall(read_entries, message.is_helper)
+    local is_read, entries = true, {}
+    if message.message ~= "error" then -- its body is a text of the bus
+        is_read, entries = pcall(read_entries, message.is_helper)
+    end
     if not is_read then
-        add_problem(tree, "not a message of the protocol: " .. tostring(entries))
+        add_problem(tree, "the message is cut, or its body is not of the protocol's type")
         entries = {}
     end
     local first = entries[1]

@@ -13,7 +13,7 @@ std::string SystemBusAddress();
 /// The process's connection to the system bus, on which all objects of the library are.
 ///
 /// It is the one that GIO shares within the process. When that one's bus has died, and a bus is there again,
-/// the library opens a connection of its own, which it gives up when nothing of the library is on it; it
+/// the library opens a private connection, which it gives up when nothing of the library is on it; it
 /// ends the process when it closes if the dead one would have. While there is no bus, the dead connection
 /// stays: everything on it fails.
 ///

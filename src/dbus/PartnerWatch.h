@@ -8,7 +8,7 @@
 
 namespace zviptv {
 
-/// Tells once when a bus name has no owner, from the beginning or later, or when the connection has closed;
+/// Reports once that a bus name has no owner, from the beginning or later, or when the connection has closed;
 /// ends with its owner.
 ///
 /// In place of g_bus_watch_name_on_connection, which fails with criticals when the connection closes on

@@ -26,7 +26,7 @@ public:
 
     SignalSubscription() = default;
     /// Signals come through the main context that is the calling thread's default. `userData` is released
-    /// with `release` in any case.
+    /// with `release`, also on failure.
     SignalSubscription(GDBusConnection* connection, Match const& match, GDBusSignalCallback callback,
                        void* userData, GDestroyNotify release);
     SignalSubscription(SignalSubscription&& other) noexcept;

@@ -26,7 +26,7 @@ struct SourceLocation
 /// The least priority that anybody wants to see; below all of them until it is known.
 extern std::atomic<int> leastLogPriority;
 
-/// All that a line costs which nobody wants. The lines below ask before their arguments are evaluated.
+/// The whole cost of a line that is filtered out. The lines below ask before their arguments are evaluated.
 inline bool IsLogWanted(EZVLogPriority priority)
 {
     return priority >= leastLogPriority.load(std::memory_order_relaxed);

@@ -39,7 +39,7 @@ public:
     void WaitForCallbacks();
 
     CProxyDBusHelper& Channel() { return m_channel; }
-    /// Tells the session from all others, for as long as it or a callback of its channel lives.
+    /// Identifies the session, for as long as it or a callback of its channel lives.
     void* Identity() const;
     std::optional<IPTVHandle> const& Handle() const { return m_handle; }
     /// Leave() has begun.

@@ -9,7 +9,6 @@ using namespace zviptv::sim;
 using namespace zviptv::test;
 
 namespace {
-
 using List = std::vector<Bytes>;
 
 class Assembler : public testing::Test

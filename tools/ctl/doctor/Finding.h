@@ -38,7 +38,7 @@ Finding NotLookedAt(char const* check, std::string const& why);
 Finding Wrong(char const* check, ExitCode code, std::string const& text, std::string const& meaning,
               std::vector<std::string> commands, std::string const& note = {});
 
-/// The remedy's own note stands behind `note`.
+/// The remedy's own note follows `note`.
 Finding Wrong(char const* check, ExitCode code, std::string const& text, std::string const& meaning,
               Remedy const& remedy, std::string const& note = {});
 

@@ -22,7 +22,7 @@ struct Method
     char const* name;
     std::vector<Parameter> inputs; ///< the arguments; a programme id counts as its fields
     std::vector<Parameter> outputs;
-    std::size_t required; ///< so many of the arguments may not be left out
+    std::size_t required; ///< number of arguments that must be given
     void (*call)(Call&);  ///< null when the method takes a callback
     char const* instead;  ///< the command that does what the method is for, where `call` is null
 

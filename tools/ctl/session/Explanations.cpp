@@ -14,7 +14,7 @@ namespace zviptv::ctl {
 
 namespace {
 
-/// How a value travels.
+/// How a value is encoded.
 enum class Form
 {
     Number, ///< decimal text; flags and enumerations too

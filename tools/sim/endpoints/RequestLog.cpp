@@ -27,7 +27,7 @@ std::string Entries(CMessageBuffer const& message)
     for (int i = 0; i < message.Size(); ++i) {
         std::string const key = message.GetKey(i);
         if (key != key::FunctionName && key != key::HandleID && key != key::Result) {
-            text += " " + key + "=" + Shown(message.GetValue(i));
+            text += " " + Shown(key) + "=" + Shown(message.GetValue(i));
         }
     }
     return text;
@@ -37,7 +37,10 @@ Json::Value JsonEntries(CMessageBuffer const& message)
 {
     Json::Value json(Json::objectValue);
     for (int i = 0; i < message.Size(); ++i) {
-        json[message.GetKey(i)] = Shown(message.GetValue(i));
+        Json::Value& value = json[message.GetKey(i)];
+        if (value.isNull()) { // of entries with one key the first counts
+            value = Shown(message.GetValue(i));
+        }
     }
     return json;
 }
@@ -136,8 +139,8 @@ void RequestLog::Write(Entry const& entry)
         ClearStatus();
         std::string const result = entry.reply == nullptr ? "no reply" : entry.reply->GetValue(key::Result);
         std::fprintf(stderr, "%s %s handle=%s %s%s -> %s%s (%.2f ms)%s%s\n%s", entry.busName.c_str(),
-                     entry.endpoint.c_str(), entry.request.GetValue(key::HandleID).c_str(),
-                     entry.request.GetValue(key::FunctionName).c_str(), Entries(entry.request).c_str(),
+                     entry.endpoint.c_str(), Shown(entry.request.GetValue(key::HandleID)).c_str(),
+                     Shown(entry.request.GetValue(key::FunctionName)).c_str(), Entries(entry.request).c_str(),
                      result.c_str(), entry.reply == nullptr ? "" : Entries(*entry.reply).c_str(),
                      static_cast<double>(entry.took.count()) / 1000,
                      entry.note.empty() ? "" : " fault: ", entry.note.c_str(), WarningLine(entry).c_str());

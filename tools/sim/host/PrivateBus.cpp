@@ -49,7 +49,7 @@ std::string Config(std::string const& address)
            address + "</listen>" + Policy;
 }
 
-/// A file without a name, to be handed to a program. Gone when the last who has it open is.
+/// A file without a name, to be handed to a program. It vanishes when its last descriptor is closed.
 FileHandle MemoryFile(std::string const& contents = {})
 {
     FileHandle file(memfd_create("zviptv-sim", MFD_CLOEXEC));

@@ -26,8 +26,8 @@ public:
     {
     }
 
-    /// The programme that is on. Another one, or another age, ends the unlocking of a programme; another
-    /// service also that of a service.
+    /// The programme that is on. Another programme or age ends the unlocking of a programme; another
+    /// service also ends that of a service.
     void Follow(RatedProgramme const& present);
 
     int MinimumAge() const { return m_present.minimumAge; }

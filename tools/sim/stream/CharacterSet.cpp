@@ -28,7 +28,7 @@ public:
     // NOLINTNEXTLINE(performance-no-int-to-ptr): so iconv_open says that there is none
     bool Ok() const { return m_handle != iconv_t(-1); }
 
-    /// Converts as much as it can, and moves `from` behind it.
+    /// Converts as much as it can, and moves `from` past it.
     std::u32string Convert(std::string_view& from)
     {
         std::string input(from);
