@@ -74,7 +74,8 @@ function zviptv.dissector(buffer, pinfo, root)
         is_read, entries = pcall(read_entries, message.is_helper)
     end
     if not is_read then
-        add_problem(tree, "the message is cut, or its body is not of the protocol's type")
+        local is_ours = not tostring(entries):find(".lua:", 1, true)
+        add_problem(tree, "not a message of the protocol: " .. (is_ours and entries or "it is cut or damaged"))
         entries = {}
     end
     local first = entries[1]
