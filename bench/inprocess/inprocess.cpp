@@ -48,6 +48,7 @@ Run CopyingIntoHeap(std::size_t entries, std::size_t size)
 {
     auto const from = std::make_shared<std::vector<char>>(BytesOf(entries, size), 'v');
     return [=] {
+        // NOLINTNEXTLINE(cppcoreguidelines-no-malloc): memory that is not written before
         std::unique_ptr<void, decltype(&std::free)> const to(std::malloc(from->size()), std::free);
         benchmark::DoNotOptimize(std::memcpy(to.get(), from->data(), from->size()));
         benchmark::ClobberMemory();

@@ -21,17 +21,20 @@ constexpr char const* stockConfiguration = "/usr/share/dbus-1/system.conf";
 
 void Check(int result, char const* what)
 {
-    if (result != 0)
+    if (result != 0) {
         throw std::system_error(errno, std::generic_category(), what);
+    }
 }
 
 std::string Replaced(std::string text, std::string const& what, std::string const& by)
 {
     auto at = text.find(what);
-    if (at == std::string::npos)
+    if (at == std::string::npos) {
         throw std::runtime_error("the policy does not say " + what);
-    for (; at != std::string::npos; at = text.find(what, at + by.size()))
+    }
+    for (; at != std::string::npos; at = text.find(what, at + by.size())) {
         text.replace(at, what.size(), by);
+    }
     return text;
 }
 
@@ -54,8 +57,9 @@ public:
     {
         passwd const* const user = getpwnam(account.name);
         group const* const applications = getgrnam(applicationGroup);
-        if (user == nullptr || applications == nullptr)
+        if (user == nullptr || applications == nullptr) {
             throw std::runtime_error(std::string("no such account: ") + account.name);
+        }
         std::array<gid_t, 2> const groups{user->pw_gid, applications->gr_gid};
         Check(setgroups(account.application ? 2 : 1, groups.data()), "setgroups");
         Check(setegid(user->pw_gid), "setegid");
@@ -65,8 +69,9 @@ public:
     ~ActingAs()
     {
         gid_t const none = 0;
-        if (seteuid(0) != 0 || setegid(0) != 0 || setgroups(1, &none) != 0)
+        if (seteuid(0) != 0 || setegid(0) != 0 || setgroups(1, &none) != 0) {
             std::abort(); // nothing that follows would test what it says
+        }
     }
 
     ActingAs(ActingAs const&) = delete;
@@ -102,10 +107,12 @@ void PolicyBus::As(Account const& account, std::function<void()> const& work)
 
 std::string WhyNot()
 {
-    if (getuid() != 0)
+    if (getuid() != 0) {
         return "connecting as different users needs root";
-    if (!std::filesystem::exists(stockConfiguration))
+    }
+    if (!std::filesystem::exists(stockConfiguration)) {
         return std::string("no stock configuration of the system bus at ") + stockConfiguration;
+    }
     return {};
 }
 

@@ -33,8 +33,9 @@ WireBody Descriptors()
 {
     return WireBody::Raw([](DBusMessageIter* arguments) {
         int const file = open("/dev/null", O_RDONLY | O_CLOEXEC);
-        for (int i = 0; i < 8; ++i)
+        for (int i = 0; i < 8; ++i) {
             dbus_message_iter_append_basic(arguments, DBUS_TYPE_UNIX_FD, &file);
+        }
         close(file);
     });
 }
@@ -46,8 +47,9 @@ class PolicyAttack : public testing::Test
 protected:
     void SetUp() override
     {
-        if (auto const reason = WhyNot(); !reason.empty())
+        if (auto const reason = WhyNot(); !reason.empty()) {
             GTEST_SKIP() << reason;
+        }
         m_bus = std::make_unique<PolicyBus>();
         // Before anything acts as another user: libdbus then no longer reads the environment.
         EXPECT_FALSE(CConnectionHelperDBusClient::CheckConnection());
@@ -87,8 +89,9 @@ protected:
                                         m_service->Name(), m_stranger->Name()};
         for (int i = 0; i < count; ++i) {
             for (std::string const& name : m_stranger->ListNames()) {
-                if (own.count(name) == 0)
+                if (own.count(name) == 0) {
                     m_stranger->Emit({name, "/x", "x.y", "Z"}, body);
+                }
             }
             if (i % 10 == 0) {
                 m_stranger->Sync();

@@ -32,11 +32,13 @@ struct Ends
 Ends OutputPipe()
 {
     int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0)
+    if (pipe2(ends, O_CLOEXEC) != 0) {
         ThrowErrno("pipe2");
+    }
     Ends pipe{FileHandle(ends[0]), FileHandle(ends[1])};
-    if (fcntl(ends[0], F_SETFL, O_NONBLOCK) != 0)
+    if (fcntl(ends[0], F_SETFL, O_NONBLOCK) != 0) {
         ThrowErrno("fcntl");
+    }
     return pipe;
 }
 
@@ -44,23 +46,26 @@ Ends OutputPipe()
 Ends InputSocket()
 {
     int ends[2];
-    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0)
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
         ThrowErrno("socketpair");
+    }
     return {FileHandle(ends[0]), FileHandle(ends[1])};
 }
 
 FileHandle EventDescriptor()
 {
     FileHandle handle(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
-    if (!handle)
+    if (!handle) {
         ThrowErrno("eventfd");
+    }
     return handle;
 }
 
 ExitStatus ToStatus(int raw)
 {
-    if (WIFSIGNALED(raw))
+    if (WIFSIGNALED(raw)) {
         return {-1, WTERMSIG(raw)};
+    }
     return {WEXITSTATUS(raw), 0};
 }
 
@@ -73,10 +78,11 @@ bool operator==(ExitStatus const& left, ExitStatus const& right)
 
 void PrintTo(ExitStatus const& status, std::ostream* out)
 {
-    if (status.signal != 0)
+    if (status.signal != 0) {
         *out << "ended by signal " << status.signal;
-    else
+    } else {
         *out << "exit code " << status.code;
+    }
 }
 
 ChildProcess::ChildProcess(std::vector<std::string> const& command,
@@ -115,8 +121,9 @@ void ChildProcess::Signal(int number)
 {
     // Under the lock of the reaper, so that the number cannot belong to another process yet.
     std::lock_guard const lock(m_mutex);
-    if (!m_status)
+    if (!m_status) {
         kill(m_pid, number);
+    }
 }
 
 std::string ChildProcess::Text(std::size_t stream) const
@@ -139,8 +146,9 @@ bool ChildProcess::WriteInput(std::string const& text)
     std::size_t done = 0;
     while (m_input && done < text.size()) {
         auto const size = send(m_input.Get(), text.data() + done, text.size() - done, MSG_NOSIGNAL);
-        if (size < 0 && errno != EINTR)
+        if (size < 0 && errno != EINTR) {
             return false;
+        }
         done += size > 0 ? static_cast<std::size_t>(size) : 0U;
     }
     return done == text.size();
@@ -168,16 +176,20 @@ void ChildProcess::Watch()
         std::array<pollfd, 3> polled{pollfd{m_streams[0].pipe.Get(), POLLIN, 0},
                                      pollfd{m_streams[1].pipe.Get(), POLLIN, 0},
                                      pollfd{m_ended.Get(), POLLIN, 0}};
-        if (poll(polled.data(), polled.size(), -1) < 0)
+        if (poll(polled.data(), polled.size(), -1) < 0) {
             continue;
+        }
         std::lock_guard const lock(m_mutex);
-        for (auto& stream : m_streams)
+        for (auto& stream : m_streams) {
             Drain(stream);
-        if (polled[2].revents != 0)
+        }
+        if (polled[2].revents != 0) {
             m_status = Reap();
+        }
         m_changed.notify_all();
-        if (m_status)
+        if (m_status) {
             return;
+        }
     }
 }
 
@@ -186,12 +198,13 @@ void ChildProcess::Drain(Stream& stream)
     std::array<char, 4096> buffer;
     while (stream.pipe) {
         auto const size = read(stream.pipe.Get(), buffer.data(), buffer.size());
-        if (size > 0)
+        if (size > 0) {
             stream.text.append(buffer.data(), static_cast<std::size_t>(size));
-        else if (size == 0)
+        } else if (size == 0) {
             stream.pipe.Reset();
-        else if (errno != EINTR)
+        } else if (errno != EINTR) {
             return;
+        }
     }
 }
 

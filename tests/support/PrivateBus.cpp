@@ -36,8 +36,9 @@ std::string NewDirectory()
 {
     // Always /tmp: a socket address holds 107 characters only.
     std::string path = "/tmp/zviptv-bus-XXXXXX";
-    if (mkdtemp(path.data()) == nullptr)
+    if (mkdtemp(path.data()) == nullptr) {
         throw std::system_error(errno, std::generic_category(), "mkdtemp");
+    }
     return path;
 }
 
@@ -51,18 +52,21 @@ std::string BaseConfig(std::string const& file)
 
 void RestoreVariable(std::optional<std::string> const& former)
 {
-    if (former)
+    if (former) {
         setenv(addressVariable, former->c_str(), 1);
-    else
+    } else {
         unsetenv(addressVariable);
+    }
 }
 
 void SignalAndAwait(pid_t pid, int signal, int waitFlag)
 {
-    if (pid == 0)
+    if (pid == 0) {
         throw std::logic_error("the bus is dead");
-    if (kill(pid, signal) != 0 || waitpid(pid, nullptr, waitFlag) != pid)
+    }
+    if (kill(pid, signal) != 0 || waitpid(pid, nullptr, waitFlag) != pid) {
         throw std::system_error(errno, std::generic_category(), "dbus-daemon does not obey");
+    }
 }
 
 } // namespace
@@ -79,17 +83,20 @@ PrivateBus::PrivateBus(BusOptions options)
         RemoveDirectory();
         throw;
     }
-    if (!m_options.setEnvironment)
+    if (!m_options.setEnvironment) {
         return;
-    if (char const* const former = getenv(addressVariable); former != nullptr)
+    }
+    if (char const* const former = getenv(addressVariable); former != nullptr) {
         m_formerAddress = former;
+    }
     setenv(addressVariable, m_address.c_str(), 1);
 }
 
 PrivateBus::~PrivateBus()
 {
-    if (m_options.setEnvironment)
+    if (m_options.setEnvironment) {
         RestoreVariable(m_formerAddress);
+    }
     Kill();
     RemoveDirectory();
 }
@@ -113,8 +120,9 @@ void PrivateBus::WriteConfig() const
            << "</listen>\n"
               "  <auth>EXTERNAL</auth>\n"
            << (m_options.openPolicy ? openPolicy : "") << m_options.extraConfig << "\n</busconfig>\n";
-    if (!config.flush())
+    if (!config.flush()) {
         throw std::runtime_error("cannot write " + m_directory + "/bus.conf");
+    }
 }
 
 void PrivateBus::Start()
@@ -150,8 +158,9 @@ std::string PrivateBus::Log() const
 
 void PrivateBus::Kill()
 {
-    if (m_pid == 0)
+    if (m_pid == 0) {
         return;
+    }
     kill(m_pid, SIGKILL);
     while (waitpid(m_pid, nullptr, 0) < 0 && errno == EINTR) {
     }

@@ -56,8 +56,9 @@ TEST(BusMonitorTest, SurvivesPingsThatAreMeantForOthers)
     WirePeer one;
     WirePeer two;
     BusMonitor monitor(bus.Address());
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(one.Call({two.Name(), "/", "org.freedesktop.DBus.Peer", "Ping"}).kind, WireKind::Reply);
+    }
     one.Call({two.Name(), "/p", "a.b", "Unknown"});
     EXPECT_TRUE(monitor.Seen().WaitForCount(IsCall("Ping"), 3));
     EXPECT_TRUE(monitor.WaitFor(IsCall("Unknown")));

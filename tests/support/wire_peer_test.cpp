@@ -53,8 +53,9 @@ TEST_F(WirePeerTest, PairsGoBothWays)
 TEST_F(WirePeerTest, ErrorsAndRawBodiesAsAnswers)
 {
     m_two.SetHandler([](WireMessage const& call) {
-        if (call.member == "Fail")
+        if (call.member == "Fail") {
             return WireAnswer::Error("org.corvel.Failed", "because");
+        }
         return WireAnswer::Raw([](DBusMessageIter* iter) {
             std::int32_t const number = 42;
             dbus_message_iter_append_basic(iter, 'i', &number);
@@ -139,8 +140,9 @@ TEST_F(WirePeerTest, ManySignalsArriveCompleteAndInOrder)
     ASSERT_TRUE(m_two.Received().WaitForCount(IsSignal("Tick"), count));
     std::uint32_t last = 0;
     for (auto const& message : m_two.Received().All()) {
-        if (message.member != "Tick")
+        if (message.member != "Tick") {
             continue;
+        }
         EXPECT_GT(message.serial, last);
         last = message.serial;
     }
@@ -181,8 +183,9 @@ TEST_F(WirePeerTest, NamesAreOwnedListedAndReleased)
     EXPECT_FALSE(m_one.OwnName("org.corvel.name"));
     EXPECT_EQ(m_one.GetNameOwner("org.corvel.name"), m_two.Name());
     auto const names = m_one.ListNames();
-    for (auto const& name : {std::string("org.corvel.name"), m_one.Name(), m_two.Name()})
+    for (auto const& name : {std::string("org.corvel.name"), m_one.Name(), m_two.Name()}) {
         EXPECT_EQ(std::count(names.begin(), names.end(), name), 1) << name;
+    }
     EXPECT_FALSE(m_one.ReleaseName("org.corvel.name"));
     EXPECT_TRUE(m_two.ReleaseName("org.corvel.name"));
     EXPECT_EQ(m_one.GetNameOwner("org.corvel.name"), "");
@@ -222,7 +225,8 @@ TEST_F(WirePeerTest, ManyThreadsMayCallAtOnce)
             }
         });
     }
-    for (auto& thread : threads)
+    for (auto& thread : threads) {
         thread.join();
+    }
     EXPECT_EQ(right, 200);
 }

@@ -16,6 +16,7 @@ namespace {
 std::time_t now = 1'000'000'000;
 }
 
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name): the header's name is a reserved one
 extern "C" std::time_t time(std::time_t* result) noexcept
 {
     if (result != nullptr) {

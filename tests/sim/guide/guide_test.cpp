@@ -8,7 +8,6 @@ namespace {
 
 using sim::Guide;
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
 
 /// Start and stop, in minutes of the year 1970, of all programmes of a guide.
