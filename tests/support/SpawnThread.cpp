@@ -38,8 +38,9 @@ public:
 
     SpawnOutcome Spawn(SpawnRequest const& request)
     {
-        if (getpid() != m_owner)
+        if (getpid() != m_owner) {
             return TrySpawn(request);
+        }
         auto const task =
             std::make_shared<std::packaged_task<SpawnOutcome()>>([&] { return TrySpawn(request); });
         auto result = task->get_future();
@@ -57,8 +58,9 @@ private:
         std::unique_lock lock(m_mutex);
         while (true) {
             m_changed.wait(lock, [this] { return m_stopping || !m_tasks.empty(); });
-            if (m_tasks.empty())
+            if (m_tasks.empty()) {
                 return;
+            }
             auto const task = std::move(m_tasks.back());
             m_tasks.pop_back();
             lock.unlock();
