@@ -47,9 +47,19 @@ struct WriteSide
 };
 
 /// What the object has from its Instance() to its Destroy(): the name and the object on the bus.
-class Server
+class Server : public std::enable_shared_from_this<Server>
 {
 public:
+    Server() = default;
+    /// A handler that has begun but does not hold the server yet finds that it ends.
+    ~Server()
+    {
+        m_gate->Refuse();
+        m_gate->WaitForOthers();
+    }
+    Server(Server const&) = delete;
+    Server& operator=(Server const&) = delete;
+
     struct Handler
     {
         std::string (*call)(std::string, std::string, std::string, void*) = nullptr;
@@ -199,7 +209,8 @@ void CConnectionHelperDBusServer::m_MethodCallback(GDBusConnection* connection, 
         return;
     }
     CallbackGate::Visit<Server> const server(CallbackGate::FromToken(userData));
-    if (!server) {
+    auto const held = server ? server->weak_from_this().lock() : nullptr;
+    if (held == nullptr) {
         g_dbus_method_invocation_return_error_literal(
             owned.release(), G_DBUS_ERROR, G_DBUS_ERROR_UNKNOWN_OBJECT, "The helper bus has ended");
         return;
@@ -207,7 +218,7 @@ void CConnectionHelperDBusServer::m_MethodCallback(GDBusConnection* connection, 
     CMessageBuffer const request = helper::Decode(parameters);
     ZV_LOG_INFO_LINE("Received data : %s", request.GetValue(key::DBusName).c_str());
     std::string answer;
-    Server::Handler const handler = server->CurrentHandler();
+    Server::Handler const handler = held->CurrentHandler();
     if (handler.call != nullptr) {
         answer = handler.call(request.GetValue(key::DBusName), request.GetValue(key::Type),
                               request.GetValue(key::Add), handler.userData);
