@@ -176,7 +176,7 @@ void CConnectionHelperDBusServer::Destroy()
             return;
         }
     }
-    if (auto const ended = m_pInstance->m_state->End([](Server& server) { server.End(); })) {
+    for (auto const& ended : m_pInstance->m_state->End([](Server& server) { server.End(); })) {
         ended->WaitForHandlers();
     }
 }

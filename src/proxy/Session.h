@@ -64,11 +64,12 @@ std::shared_ptr<AnySession> GetOrMakeSession(Singleton<AnySession>& sessions, Ma
         [](AnySession& outdated) { outdated.Leave(); });
 }
 
-/// Ends the session, if there is one; returns when none of its callbacks runs on another thread.
+/// Ends the session, if there is one; returns when no callback of it or of an earlier one runs on another
+/// thread.
 template <typename AnySession>
 void EndSession(Singleton<AnySession>& sessions)
 {
-    if (auto const ended = sessions.End([](AnySession& session) { session.Leave(); })) {
+    for (auto const& ended : sessions.End([](AnySession& session) { session.Leave(); })) {
         ended->WaitForCallbacks();
     }
 }

@@ -138,4 +138,21 @@ TEST_F(HelperServerReplaced, TheAnnouncementStillFindsItsServer)
     EXPECT_EQ(m_handled.announced.size(), 1U);
 }
 
+TEST_F(HelperServerReplaced, DestroyWaitsForItsHandler)
+{
+    HoldAnnouncement();
+    m_bus.Restart();
+    Server();
+    std::atomic<bool> isReleased{false};
+    auto const destroyed = std::async(std::launch::async, [&] {
+        CConnectionHelperDBusServer::Destroy();
+        EXPECT_TRUE(isReleased);
+    });
+    EXPECT_EQ(destroyed.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+    isReleased = true;
+    m_log.Release();
+    destroyed.wait();
+    EXPECT_EQ(m_handled.announced.size(), 1U);
+}
+
 } // namespace
