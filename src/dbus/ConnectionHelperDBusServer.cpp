@@ -148,8 +148,10 @@ struct CConnectionHelperDBusServer::State : zviptv::Singleton<Server>
 CConnectionHelperDBusServer* CConnectionHelperDBusServer::Instance()
 {
     ZV_LOG_ENTRY();
-    auto const make = [] {
+    Server::Handler handler; // of the server whose bus has died
+    auto const make = [&handler] {
         auto server = std::make_shared<Server>();
+        server->SetHandler(handler);
         server->Start(SourceLocation::Here(__FILE__, "CConnectionHelperDBusServer"), m_NameAcquired,
                       m_NameLost);
         return server;
@@ -163,7 +165,10 @@ CConnectionHelperDBusServer* CConnectionHelperDBusServer::Instance()
     }
     auto const server = m_pInstance->m_state->GetOrMake(
         make, [](Server const& present) { return present.IsOutdated(); },
-        [](Server& outdated) { outdated.End(); });
+        [&handler](Server& outdated) {
+            outdated.End();
+            handler = outdated.CurrentHandler();
+        });
     return server == nullptr ? nullptr : m_pInstance;
 }
 

@@ -155,4 +155,14 @@ TEST_F(HelperServerReplaced, DestroyWaitsForItsHandler)
     EXPECT_EQ(m_handled.announced.size(), 1U);
 }
 
+TEST_F(HelperServerReplaced, TheNextOneHasItsHandler)
+{
+    Server().SetDbusSignalCb(Handled::Handle, &m_handled);
+    m_bus.Restart();
+    WirePeer partner;
+    Server();
+    EXPECT_TRUE(partner.WaitForOwner(HelperName, true));
+    EXPECT_EQ(partner.Call(HelperTarget(), WirePairs()).Value("dbusname"), m_handled.answer);
+}
+
 } // namespace
