@@ -37,7 +37,8 @@ public:
             make, [](Instance const&) { return false; }, [](Instance&) {});
     }
 
-    /// The same; an instance that `isOutdated` is first ended with `end`.
+    /// As above, but an instance for which `isOutdated` returns true is first ended with `end` and then
+    /// replaced.
     template <typename Make, typename IsOutdated, typename EndInstance>
     Pointer GetOrMake(Make make, IsOutdated isOutdated, EndInstance end)
     {
@@ -57,8 +58,8 @@ public:
             outdated);
     }
 
-    /// Runs `end` on the instance, if there is one, and gives it up. Returns it and all that ended earlier, or
-    /// were replaced, as long as anybody holds them: callbacks of theirs may still run on other threads.
+    /// Runs `end` on the instance, if there is one, and gives it up. Returns it and all that ended earlier,
+    /// or were replaced, as long as anybody holds them: callbacks of theirs may still run on other threads.
     template <typename EndInstance>
     std::vector<Pointer> End(EndInstance end)
     {
@@ -76,7 +77,8 @@ public:
         return held;
     }
 
-    /// The same of the instance that `isMeant`, also while it is being made; another one stays.
+    /// As End(), but only if `isMeant` accepts the instance, which it returns. Waits for one that is being
+    /// made.
     template <typename EndInstance, typename IsMeant>
     Pointer EndIf(EndInstance end, IsMeant isMeant)
     {

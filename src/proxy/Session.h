@@ -55,7 +55,7 @@ private:
 /// Whether the service runs; a log line says when it does not.
 bool IsServiceRunning(SourceLocation const& where);
 
-/// The session; what `make` returns if there is none, or the one there is has no bus any more.
+/// Returns the session; makes one if there is none or if its bus has died.
 template <typename AnySession, typename Make>
 std::shared_ptr<AnySession> GetOrMakeSession(Singleton<AnySession>& sessions, Make make)
 {
@@ -74,7 +74,7 @@ void EndSession(Singleton<AnySession>& sessions)
     }
 }
 
-/// The same of the session of this identity, which has lost the service; one that was made after it stays.
+/// As EndSession(), but only for the session with this identity.
 inline void EndLostSession(Singleton<Session>& sessions, void* identity)
 {
     auto const ended =
