@@ -47,9 +47,19 @@ struct WriteSide
 };
 
 /// What the object has from its Instance() to its Destroy(): the name and the object on the bus.
-class Server
+class Server : public std::enable_shared_from_this<Server>
 {
 public:
+    Server() = default;
+    /// A handler that has begun but does not hold the server yet finds that it ends.
+    ~Server()
+    {
+        m_gate->Refuse();
+        m_gate->WaitForOthers();
+    }
+    Server(Server const&) = delete;
+    Server& operator=(Server const&) = delete;
+
     struct Handler
     {
         std::string (*call)(std::string, std::string, std::string, void*) = nullptr;
@@ -138,8 +148,10 @@ struct CConnectionHelperDBusServer::State : zviptv::Singleton<Server>
 CConnectionHelperDBusServer* CConnectionHelperDBusServer::Instance()
 {
     ZV_LOG_ENTRY();
-    auto const make = [] {
+    Server::Handler handler; // of the server whose bus has died
+    auto const make = [&handler] {
         auto server = std::make_shared<Server>();
+        server->SetHandler(handler);
         server->Start(SourceLocation::Here(__FILE__, "CConnectionHelperDBusServer"), m_NameAcquired,
                       m_NameLost);
         return server;
@@ -153,7 +165,10 @@ CConnectionHelperDBusServer* CConnectionHelperDBusServer::Instance()
     }
     auto const server = m_pInstance->m_state->GetOrMake(
         make, [](Server const& present) { return present.IsOutdated(); },
-        [](Server& outdated) { outdated.End(); });
+        [&handler](Server& outdated) {
+            outdated.End();
+            handler = outdated.CurrentHandler();
+        });
     return server == nullptr ? nullptr : m_pInstance;
 }
 
@@ -166,7 +181,7 @@ void CConnectionHelperDBusServer::Destroy()
             return;
         }
     }
-    if (auto const ended = m_pInstance->m_state->End([](Server& server) { server.End(); })) {
+    for (auto const& ended : m_pInstance->m_state->End([](Server& server) { server.End(); })) {
         ended->WaitForHandlers();
     }
 }
@@ -199,7 +214,8 @@ void CConnectionHelperDBusServer::m_MethodCallback(GDBusConnection* connection, 
         return;
     }
     CallbackGate::Visit<Server> const server(CallbackGate::FromToken(userData));
-    if (!server) {
+    auto const held = server ? server->weak_from_this().lock() : nullptr;
+    if (held == nullptr) {
         g_dbus_method_invocation_return_error_literal(
             owned.release(), G_DBUS_ERROR, G_DBUS_ERROR_UNKNOWN_OBJECT, "The helper bus has ended");
         return;
@@ -207,7 +223,7 @@ void CConnectionHelperDBusServer::m_MethodCallback(GDBusConnection* connection, 
     CMessageBuffer const request = helper::Decode(parameters);
     ZV_LOG_INFO_LINE("Received data : %s", request.GetValue(key::DBusName).c_str());
     std::string answer;
-    Server::Handler const handler = server->CurrentHandler();
+    Server::Handler const handler = held->CurrentHandler();
     if (handler.call != nullptr) {
         answer = handler.call(request.GetValue(key::DBusName), request.GetValue(key::Type),
                               request.GetValue(key::Add), handler.userData);

@@ -80,9 +80,11 @@ void PartnerWatch::OnOwnerChanged(GDBusConnection* connection, char const* /*sen
 {
     Pointer const watched = UserData<Pointer>::Get(data);
     if (g_variant_is_of_type(parameters, G_VARIANT_TYPE("(sss)")) != FALSE) {
+        char const* former = nullptr;
         char const* owner = nullptr;
+        g_variant_get_child(parameters, 1, "&s", &former);
         g_variant_get_child(parameters, 2, "&s", &owner);
-        if (*owner == '\0') {
+        if (*former != '\0' || *owner == '\0') { // a new owner knows nothing of what the former agreed to
             watched->Tell(connection);
         }
     }

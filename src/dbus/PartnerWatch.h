@@ -8,8 +8,8 @@
 
 namespace zviptv {
 
-/// Reports once that a bus name has no owner, from the beginning or later, or when the connection has closed;
-/// ends with its owner.
+/// Reports once that a bus name has no owner, from the beginning or later, or has passed from one owner to
+/// another, or when the connection has closed; ends with its owner.
 ///
 /// In place of g_bus_watch_name_on_connection, which fails with criticals when the connection closes on
 /// another thread while the watch is set up.

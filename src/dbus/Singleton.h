@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <algorithm>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
 #include <utility>
+#include <vector>
 
 namespace zviptv {
 
@@ -35,7 +37,8 @@ public:
             make, [](Instance const&) { return false; }, [](Instance&) {});
     }
 
-    /// The same; an instance that `isOutdated` is first ended with `end`.
+    /// As above, but an instance for which `isOutdated` returns true is first ended with `end` and then
+    /// replaced.
     template <typename Make, typename IsOutdated, typename EndInstance>
     Pointer GetOrMake(Make make, IsOutdated isOutdated, EndInstance end)
     {
@@ -55,16 +58,27 @@ public:
             outdated);
     }
 
-    /// Runs `end` on the instance, if there is one, and gives it up. Returns the instance that ended last, as
-    /// long as anybody holds it: callbacks of it may still run on other threads.
+    /// Runs `end` on the instance, if there is one, and gives it up. Returns it and all that ended earlier,
+    /// or were replaced, as long as anybody holds them: callbacks of theirs may still run on other threads.
     template <typename EndInstance>
-    Pointer End(EndInstance end)
+    std::vector<Pointer> End(EndInstance end)
     {
         std::unique_lock<std::mutex> lock(m_mutex);
-        return End(lock, end);
+        Pointer const last = End(lock, end);
+        if (!lock.owns_lock()) {
+            lock.lock();
+        }
+        std::vector<Pointer> held;
+        for (std::weak_ptr<Instance> const& ended : m_ended) {
+            if (Pointer instance = ended.lock()) {
+                held.push_back(std::move(instance));
+            }
+        }
+        return held;
     }
 
-    /// The same of the instance that `isMeant`, also while it is being made; another one stays.
+    /// As End(), but only if `isMeant` accepts the instance, which it returns. Waits for one that is being
+    /// made.
     template <typename EndInstance, typename IsMeant>
     Pointer EndIf(EndInstance end, IsMeant isMeant)
     {
@@ -107,7 +121,7 @@ private:
     {
         bool const isPresent = m_instance != nullptr && m_instance != outdated;
         if (m_running == nullptr && isPresent == (goal == Goal::Present)) {
-            return goal == Goal::Present ? m_instance : m_ended.lock();
+            return goal == Goal::Present ? m_instance : nullptr;
         }
         std::shared_ptr<Attempt>& place =
             m_running == nullptr || m_running->goal == goal ? m_running : m_next;
@@ -121,10 +135,21 @@ private:
         m_changed.wait(lock, [this, &own] { return m_running == own; });
         Pointer const present = std::move(m_instance);
         m_instance = nullptr;
+        NoteEnd(present);
         lock.unlock();
         Finish const finish{*this, *own}; // also when `work` throws
         own->outcome = work(present);
         return own->outcome;
+    }
+
+    void NoteEnd(Pointer const& instance)
+    {
+        m_ended.erase(std::remove_if(m_ended.begin(), m_ended.end(),
+                                     [](std::weak_ptr<Instance> const& ended) { return ended.expired(); }),
+                      m_ended.end());
+        if (instance != nullptr) {
+            m_ended.push_back(instance);
+        }
     }
 
     /// Publishes what an attempt came to, and lets the next one run.
@@ -135,8 +160,6 @@ private:
             std::lock_guard<std::mutex> const lock(singleton.m_mutex);
             if (attempt.goal == Goal::Present) {
                 singleton.m_instance = attempt.outcome;
-            } else if (attempt.outcome != nullptr) {
-                singleton.m_ended = attempt.outcome;
             }
             attempt.isDone = true;
             singleton.m_running = std::exchange(singleton.m_next, nullptr);
@@ -150,7 +173,7 @@ private:
     mutable std::mutex m_mutex;
     std::condition_variable m_changed;
     Pointer m_instance;
-    std::weak_ptr<Instance> m_ended;
+    std::vector<std::weak_ptr<Instance>> m_ended;
     std::shared_ptr<Attempt> m_running;
     std::shared_ptr<Attempt> m_next;
 };

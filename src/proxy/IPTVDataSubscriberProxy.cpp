@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "proxy/IPTVDataSubscriberProxy.h"
 
+#include "dbus/PeerChannelState.h"
 #include "message/MessageAccess.h"
 #include "proxy/AnnouncedSize.h"
 #include "proxy/ServiceCall.h"
@@ -62,6 +63,12 @@ ZVPESData PESOf(CMessageBuffer& notification, std::vector<std::uint8_t> memory)
 }
 
 } // namespace
+
+CIPTVDataSubscriberProxy::SubscriberSession::~SubscriberSession()
+{
+    zviptv::ChannelAccess::Withdraw(Channel());
+    WaitForCallbacks();
+}
 
 void CIPTVDataSubscriberProxy::SubscriberSession::Leave()
 {
@@ -204,11 +211,12 @@ CMessageBuffer CIPTVDataSubscriberProxy::m_MessageCb(CMessageBuffer& message, vo
     return t_HandleMessage(message);
 }
 
-// A callback may destroy the object: the session lives as long as the dispatch.
+// The session lives as long as the dispatch: a callback may destroy the object, another thread replace it.
 void CIPTVDataSubscriberProxy::m_NotificationCb(CMessageBuffer& notification, void* session)
 {
-    SessionPointer const held = static_cast<SubscriberSession*>(session)->shared_from_this();
-    t_HandleNotification(*held, notification);
+    if (SessionPointer const held = static_cast<SubscriberSession*>(session)->weak_from_this().lock()) {
+        t_HandleNotification(*held, notification);
+    }
 }
 
 CMessageBuffer CIPTVDataSubscriberProxy::t_HandleMessage(CMessageBuffer& /*message*/)

@@ -25,6 +25,8 @@ private:
     struct SubscriberSession : zviptv::Session, std::enable_shared_from_this<SubscriberSession>
     {
         using Session::Session;
+        /// A callback that has begun but does not hold the session yet finds that it ends.
+        ~SubscriberSession();
 
         /// Ends all subscriptions, too: a dispatch under way finds no further subscriber.
         void Leave();

@@ -55,7 +55,7 @@ private:
 /// Whether the service runs; a log line says when it does not.
 bool IsServiceRunning(SourceLocation const& where);
 
-/// The session; what `make` returns if there is none, or the one there is has no bus any more.
+/// Returns the session; makes one if there is none or if its bus has died.
 template <typename AnySession, typename Make>
 std::shared_ptr<AnySession> GetOrMakeSession(Singleton<AnySession>& sessions, Make make)
 {
@@ -64,16 +64,17 @@ std::shared_ptr<AnySession> GetOrMakeSession(Singleton<AnySession>& sessions, Ma
         [](AnySession& outdated) { outdated.Leave(); });
 }
 
-/// Ends the session, if there is one; returns when none of its callbacks runs on another thread.
+/// Ends the session, if there is one; returns when no callback of it or of an earlier one runs on another
+/// thread.
 template <typename AnySession>
 void EndSession(Singleton<AnySession>& sessions)
 {
-    if (auto const ended = sessions.End([](AnySession& session) { session.Leave(); })) {
+    for (auto const& ended : sessions.End([](AnySession& session) { session.Leave(); })) {
         ended->WaitForCallbacks();
     }
 }
 
-/// The same of the session of this identity, which has lost the service; one that was made after it stays.
+/// As EndSession(), but only for the session with this identity.
 inline void EndLostSession(Singleton<Session>& sessions, void* identity)
 {
     auto const ended =

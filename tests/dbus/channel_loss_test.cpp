@@ -80,6 +80,23 @@ TEST_F(ChannelTest, ANameThatNobodyOwnsIsLostAtOnce)
     EXPECT_FALSE(channel->IsConnectionReady());
 }
 
+TEST_F(ChannelTest, ANameThatPassesToAnotherOwnerIsLost)
+{
+    constexpr char name[] = "org.corvel.test.Partner";
+    WirePeer successor;
+    ASSERT_TRUE(m_partner.OwnName(name, WirePeer::AllowReplacement));
+    TestChannel channel;
+    std::vector<Loss> losses;
+    channel.onDisconnect = [&](std::string const& partner, std::string const& own) {
+        losses.emplace_back(partner, own);
+    };
+    ASSERT_EQ(channel->Connect(name), 1);
+    ASSERT_TRUE(successor.OwnName(name, WirePeer::ReplaceExisting));
+    ASSERT_TRUE(RunUntil([&] { return !losses.empty(); }));
+    EXPECT_EQ(losses, std::vector<Loss>({{name, "IPGUTIL"}}));
+    EXPECT_FALSE(channel->IsConnectionReady());
+}
+
 TEST_F(ChannelTest, LossOfAnotherNameChangesNothing)
 {
     TestChannel channel;

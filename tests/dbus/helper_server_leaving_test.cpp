@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "GLibObjects.h"
 #include "HelperFixture.h"
 
 #include <atomic>
@@ -90,6 +91,78 @@ TEST_F(HelperServerLeaving, HandlersOfADestroyedServerAreRefused)
     EXPECT_TRUE(m_partner.WaitForOwner(HelperName, true));
     EXPECT_EQ(m_partner.Call(HelperTarget(), WirePairs()).Value("dbusname"), "");
     EXPECT_EQ(m_handled.announced.size(), 0U);
+}
+
+/// A server that is replaced, since its bus has died, while an announcement to it is handled.
+class HelperServerReplaced : public LoopedChannelTest
+{
+protected:
+    static constexpr char Callback[] = "ConnectionHelperDBusServer.cpp: m_MethodCallback";
+
+    static CConnectionHelperDBusServer& Server() { return *CConnectionHelperDBusServer::Instance(); }
+
+    /// The announcement has begun, but its handler has not been looked up, when this returns.
+    void HoldAnnouncement()
+    {
+        Server().SetDbusSignalCb(Handled::Handle, &m_handled);
+        EXPECT_TRUE(m_partner.WaitForOwner(HelperName, true));
+        m_log.HoldAt(Callback);
+        m_partner.CallWithoutReply(HelperTarget(), WirePairs());
+        EXPECT_TRUE(m_log.WaitUntilHeld());
+        m_log.HoldAtNext(Callback);
+        EXPECT_TRUE(m_log.WaitUntilHeld());
+    }
+
+    /// Writes over memory of this thread that was given up.
+    static void OverwriteFreedMemory()
+    {
+        std::vector<std::string> blocks;
+        for (std::size_t size = 32; size <= 1024; size += 16) {
+            blocks.emplace_back(size, '\x5a');
+        }
+    }
+
+    ConnectionPtr m_connection = SharedConnection();
+    Handled m_handled;
+    ServerEnd m_end;
+};
+
+TEST_F(HelperServerReplaced, TheAnnouncementStillFindsItsServer)
+{
+    HoldAnnouncement();
+    m_bus.Restart();
+    Server();
+    OverwriteFreedMemory();
+    m_log.Release();
+    m_loop.Run([] {});
+    EXPECT_EQ(m_handled.announced.size(), 1U);
+}
+
+TEST_F(HelperServerReplaced, DestroyWaitsForItsHandler)
+{
+    HoldAnnouncement();
+    m_bus.Restart();
+    Server();
+    std::atomic<bool> isReleased{false};
+    auto const destroyed = std::async(std::launch::async, [&] {
+        CConnectionHelperDBusServer::Destroy();
+        EXPECT_TRUE(isReleased);
+    });
+    EXPECT_EQ(destroyed.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+    isReleased = true;
+    m_log.Release();
+    destroyed.wait();
+    EXPECT_EQ(m_handled.announced.size(), 1U);
+}
+
+TEST_F(HelperServerReplaced, TheNextOneHasItsHandler)
+{
+    Server().SetDbusSignalCb(Handled::Handle, &m_handled);
+    m_bus.Restart();
+    WirePeer partner;
+    Server();
+    EXPECT_TRUE(partner.WaitForOwner(HelperName, true));
+    EXPECT_EQ(partner.Call(HelperTarget(), WirePairs()).Value("dbusname"), m_handled.answer);
 }
 
 } // namespace

@@ -33,12 +33,19 @@ protected:
         });
     }
 
-    Pointer End()
+    std::vector<Pointer> EndAll()
     {
         return m_singleton.End([this](int const&) {
             ++m_ended;
             Pass();
         });
+    }
+
+    /// The instance that ended last.
+    Pointer End()
+    {
+        std::vector<Pointer> const ended = EndAll();
+        return ended.empty() ? nullptr : ended.back();
     }
 
     /// Attempts wait here until their number is up.
@@ -155,6 +162,18 @@ TEST_F(SingletonTest, TellsOfAnEndedInstanceThatIsStillHeld)
     EXPECT_EQ(End(), held);
     held.reset();
     EXPECT_EQ(End(), nullptr);
+}
+
+TEST_F(SingletonTest, TellsOfAllInstancesThatAreStillHeld)
+{
+    Pointer first = Get();
+    Pointer const second = m_singleton.GetOrMake([] { return std::make_shared<int>(2); },
+                                                 [](int const&) { return true; }, [](int const&) {});
+    EXPECT_EQ(EndAll(), (std::vector<Pointer>{first, second}));
+    Pointer const third = Get();
+    EXPECT_EQ(EndAll(), (std::vector<Pointer>{first, second, third}));
+    first.reset();
+    EXPECT_EQ(EndAll(), (std::vector<Pointer>{second, third}));
 }
 
 TEST_F(SingletonTest, ReplacesAnOutdatedInstance)

@@ -58,10 +58,9 @@ std::string const& WirePeer::Name() const
     return m_impl->Name();
 }
 
-bool WirePeer::OwnName(std::string const& name)
+bool WirePeer::OwnName(std::string const& name, std::uint32_t flags)
 {
-    constexpr std::uint32_t doNotQueue = 4;
-    Succeeded(Call(Daemon("RequestName"), NameAndFlags(name, doNotQueue)));
+    Succeeded(Call(Daemon("RequestName"), NameAndFlags(name, flags)));
     return GetNameOwner(name) == Name();
 }
 

@@ -52,8 +52,13 @@ public:
 
     /// The unique name, which is kept after Disconnect().
     std::string const& Name() const;
+    /// Flags of RequestName.
+    static constexpr std::uint32_t AllowReplacement = 1;
+    static constexpr std::uint32_t ReplaceExisting = 2;
+    static constexpr std::uint32_t DoNotQueue = 4;
+
     /// True if this connection now is the primary owner.
-    bool OwnName(std::string const& name);
+    bool OwnName(std::string const& name, std::uint32_t flags = DoNotQueue);
     /// True if this connection owned the name and does not any more.
     bool ReleaseName(std::string const& name);
 
