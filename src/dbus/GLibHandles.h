@@ -38,7 +38,8 @@ public:
     ObjectRegistration& operator=(ObjectRegistration const&) = delete;
     ~ObjectRegistration() { End(); }
 
-    /// Exports the first interface of `node` at `path`; `userData` is released with `release`, also on failure.
+    /// Exports the first interface of `node` at `path`; `userData` is released with `release`, also on
+    /// failure.
     bool Begin(GDBusConnection* connection, char const* path, GDBusNodeInfo* node,
                GDBusInterfaceVTable const& vtable, gpointer userData, GDestroyNotify release, Error& error)
     {
