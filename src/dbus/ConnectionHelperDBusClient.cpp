@@ -2,9 +2,9 @@
 #include <zviptv/ConnectionHelperDBusClient.h>
 
 #include "dbus/BusConnection.h"
-#include "dbus/FreeDescriptors.h"
 #include "dbus/HelperMessage.h"
 #include "dbus/OwnerQuestion.h"
+#include "dbus/SyncCall.h"
 #include "log/Log.h"
 
 #include <zviptv/Protocol.h>
@@ -16,7 +16,7 @@ namespace key = zviptv::protocol::key;
 
 namespace {
 
-constexpr int TimeoutMs = 2000;
+constexpr std::chrono::milliseconds Timeout{2000};
 
 CMessageBuffer Announcement(std::string const& dbusname, std::string const& type, char const* add)
 {
@@ -89,10 +89,11 @@ bool CConnectionHelperDBusClient::m_SendMessage(CMessageBuffer& request, CMessag
     if (body != nullptr) {
         g_variant_ref_sink(body.get());
     }
-    if (body != nullptr && zviptv::HaveFreeDescriptors(zviptv::DescriptorsOfACall, error)) {
-        result.reset(g_dbus_connection_call_sync(
-            m_pConnection.get(), BUSNAME, helper::ObjectPath, helper::Interface, METHOD, body.get(), nullptr,
-            G_DBUS_CALL_FLAGS_NO_AUTO_START, TimeoutMs, nullptr, error.Out()));
+    if (body != nullptr) {
+        result = zviptv::CallAndWait(
+            m_pConnection.get(),
+            {BUSNAME, helper::ObjectPath, helper::Interface, METHOD, G_DBUS_MESSAGE_FLAGS_NO_AUTO_START},
+            body.get(), Timeout, error);
     }
     if (error) {
         // The code alone decides, whatever its domain.

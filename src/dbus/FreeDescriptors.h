@@ -8,8 +8,8 @@
 
 namespace zviptv {
 
-/// What GLib opens for one synchronous call: the wake-up of a main context; one more for another thread.
-constexpr int DescriptorsOfACall = 2;
+/// What GLib opens to make a proxy: the wake-up of a main context; one more for another thread.
+constexpr int DescriptorsOfAProxy = 2;
 /// For a first connection: the socket, and the wake-ups of the main contexts of GIO's thread, the process and
 /// the greeting; some more for other threads.
 constexpr int DescriptorsOfAConnection = 8;

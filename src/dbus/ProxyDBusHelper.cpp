@@ -148,7 +148,7 @@ int CProxyDBusHelper::m_CreatePartnerProxy()
         error.Set(G_IO_ERROR_INVALID_ARGUMENT, "The channel's name makes no object path that the bus takes");
     } else if (!zviptv::IsOpen(state.m_connection)) {
         error.Set(G_IO_ERROR_CLOSED, "The connection is closed");
-    } else if (zviptv::HaveFreeDescriptors(zviptv::DescriptorsOfACall, error)) {
+    } else if (zviptv::HaveFreeDescriptors(zviptv::DescriptorsOfAProxy, error)) {
         // The subscription comes first: when a well-known name is asked for its owner, as the proxy does, no
         // signal of that owner is missed.
         subscription = zviptv::SignalSubscription(

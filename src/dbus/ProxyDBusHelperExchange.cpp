@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include <zviptv/ProxyDBusHelper.h>
 
-#include "dbus/FreeDescriptors.h"
 #include "dbus/IncomingCall.h"
 #include "dbus/PeerChannelState.h"
 #include "dbus/PeerMessage.h"
+#include "dbus/SyncCall.h"
 #include "log/Log.h"
 
 using zviptv::CallbackGate;
@@ -16,7 +16,7 @@ using zviptv::Owned;
 
 namespace {
 
-constexpr int SyncTimeoutMs = 2000;
+constexpr std::chrono::milliseconds SyncTimeout{2000};
 constexpr int DefaultTimeout = -1;
 
 /// For a signal to a name that a service could be started for.
@@ -47,6 +47,22 @@ bool EmitSignal(GDBusProxy* proxy, std::string const& partner, CMessageBuffer co
                                           G_DBUS_SEND_MESSAGE_FLAGS_NONE, nullptr, error.Out()) != FALSE;
 }
 
+/// Calls the partner that the proxy stands for, and waits for the answer.
+Owned<GVariant> CallPartner(GDBusProxy* proxy, GVariant* body, Error& error)
+{
+    Owned<char> const owner(g_dbus_proxy_get_name_owner(proxy));
+    if (owner == nullptr) { // refused without a message
+        return Owned<GVariant>(g_dbus_proxy_call_sync(proxy, CProxyDBusHelper::PROXY_DBUS_HELPER_OBJ_METHOD,
+                                                      body, G_DBUS_CALL_FLAGS_NONE, SyncTimeout.count(),
+                                                      nullptr, error.Out()));
+    }
+    return zviptv::CallAndWait(g_dbus_proxy_get_connection(proxy),
+                               {owner.get(), g_dbus_proxy_get_object_path(proxy),
+                                CProxyDBusHelper::PROXY_DBUS_HELPER_OBJ_IFACE,
+                                CProxyDBusHelper::PROXY_DBUS_HELPER_OBJ_METHOD},
+                               body, SyncTimeout, error);
+}
+
 } // namespace
 
 int CProxyDBusHelper::SendMessage(CMessageBuffer& request, CMessageBuffer& reply, int async)
@@ -71,13 +87,9 @@ int CProxyDBusHelper::m_SendSyncMessage(CMessageBuffer& request, CMessageBuffer&
     Owned<GVariant> const body = EncodePeerMessage(request, error);
     Owned<GVariant> result;
     CMessageBuffer decoded;
-    if (body != nullptr && zviptv::HaveFreeDescriptors(zviptv::DescriptorsOfACall, error)) {
+    if (body != nullptr) {
         // The channel may be gone when this returns: only what this function holds is touched from here on.
-        result.reset(g_dbus_proxy_call_sync(link.proxy.get(), PROXY_DBUS_HELPER_OBJ_METHOD, body.get(),
-                                            G_DBUS_CALL_FLAGS_NONE, SyncTimeoutMs, nullptr, error.Out()));
-    }
-    if (result == nullptr && !error) {
-        return 1;
+        result = CallPartner(link.proxy.get(), body.get(), error);
     }
     if (result == nullptr || !DecodePeerMessage(result.get(), decoded, error)) {
         ZV_LOG_ERROR_LINE("Error while sending message [%d] %s", error.Code(), error.Message());

@@ -2,7 +2,10 @@
 #include "ChannelFixture.h"
 #include "GLibObjects.h"
 
+#include <algorithm>
+#include <chrono>
 #include <cstdlib>
+#include <thread>
 
 using namespace zviptv::test;
 using testing::ElementsAre;
@@ -129,21 +132,33 @@ TEST_F(ChannelOfADyingBus, ConstructingAndConnectingDoesNoHarm)
     RunPending();
 }
 
-TEST_F(ChannelOfADyingBus, ASyncSendEndsWhenTheBusDies)
+/// The quickest of a few rounds, since a busy machine may let any of them wait.
+TEST_F(ChannelOfADyingBus, ASyncSendEndsWithin50MillisecondsOfTheBus)
 {
-    CProxyDBusHelper channel("IPGUTIL");
-    ASSERT_EQ(channel.Connect(m_partner.Name()), 1);
-    m_partner.SetHandler([](WireMessage const&) { return WireAnswer::Nothing(); });
-    std::thread killer([this] {
-        m_partner.WaitFor(IsCall("Send"));
-        m_bus.Kill();
-    });
-    CMessageBuffer message;
-    CMessageBuffer reply;
-    auto const start = std::chrono::steady_clock::now();
-    EXPECT_EQ(channel.SendMessage(message, reply, 0), 0);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1900));
-    killer.join();
+    using Clock = std::chrono::steady_clock;
+    auto quickest = Clock::duration::max();
+    for (int round = 0; round < 5; ++round) {
+        m_bus.Restart();
+        WirePeer partner;
+        partner.SetHandler([](WireMessage const&) { return WireAnswer::Nothing(); });
+        CProxyDBusHelper channel("IPGUTIL");
+        ASSERT_EQ(channel.Connect(partner.Name()), 1);
+        Clock::time_point killed;
+        std::thread killer([&] {
+            partner.WaitFor(IsCall("Send"));
+            killed = Clock::now();
+            m_bus.Kill();
+        });
+        CMessageBuffer message;
+        CMessageBuffer reply;
+        EXPECT_EQ(channel.SendMessage(message, reply, 0), 0);
+        auto const returned = Clock::now();
+        killer.join();
+        quickest = std::min(quickest, returned - killed);
+        EXPECT_TRUE(m_log.Has(ZV_LOG_ERROR, "Error while sending message [18] The connection is closed"));
+        m_log.Clear();
+    }
+    EXPECT_LT(quickest, std::chrono::milliseconds(50));
 }
 
 } // namespace

@@ -2,7 +2,9 @@
 #include "BusMonitor.h"
 #include "ChannelFixture.h"
 
+#include <atomic>
 #include <thread>
+#include <vector>
 
 using namespace zviptv::test;
 using namespace std::chrono_literals;
@@ -241,6 +243,32 @@ TEST_F(SyncSend, WorksFromAnyThread)
     std::thread([&] { sent = Send(); }).join();
     EXPECT_EQ(sent, 1);
     EXPECT_EQ(EntriesOf(m_reply), Entries({{"k", "v"}}));
+}
+
+/// Answers arrive in another order than the calls were made, and each goes to the thread that waits for it.
+TEST_F(SyncSend, ThreadsThatWaitTogetherGetTheirOwnAnswers)
+{
+    m_partner.SetHandler([](WireMessage const& call) {
+        int const number = std::stoi(call.Value("n"));
+        return WireAnswer(Entries({{"to", call.Value("n")}}))
+            .After(std::chrono::milliseconds(number * 7 % 5));
+    });
+    std::vector<std::thread> threads;
+    std::atomic<int> own{0};
+    for (int first = 0; first < 800; first += 100) {
+        threads.emplace_back([this, first, &own] {
+            for (int number = first; number < first + 100; ++number) {
+                CMessageBuffer request = Message({{"n", std::to_string(number)}});
+                CMessageBuffer reply;
+                m_channel->SendMessage(request, reply, 0);
+                own += reply.GetValue("to") == std::to_string(number) ? 1 : 0;
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(own, 800);
 }
 
 } // namespace

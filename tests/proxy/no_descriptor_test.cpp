@@ -21,28 +21,19 @@ void SkipWhereChecksNeedADescriptor()
     }
 }
 
-/// The process has no free descriptor: nothing works, nothing breaks, and it works when there are some again.
+/// The process has no free descriptor: what exists works on, and what is made fails, until some are free
+/// again.
 class NoDescriptor : public ServiceTest
 {
 protected:
     void SetUp() override { SkipWhereChecksNeedADescriptor(); }
-
-    static std::string const& Shortage()
-    {
-        static std::string const text = "Error while sending message [31] Too many open files";
-        return text;
-    }
 };
 
-TEST_F(NoDescriptor, CallsFailAndSayWhy)
+TEST_F(NoDescriptor, CallsNeedNone)
 {
     IPlayerControl* const player = CreatePlayer();
     ASSERT_NE(player, nullptr);
-    {
-        NoFreeDescriptor const none;
-        EXPECT_FALSE(player->MuteAudio(true));
-        EXPECT_TRUE(m_log.Has(ZV_LOG_ERROR, Shortage()));
-    }
+    NoFreeDescriptor const none;
     EXPECT_TRUE(player->MuteAudio(true));
 }
 

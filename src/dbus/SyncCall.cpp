@@ -1,0 +1,131 @@
+// SPDX-License-Identifier: MIT
+#include "dbus/SyncCall.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <mutex>
+#include <vector>
+
+namespace zviptv {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// How late the end of a connection is noticed, of which nobody tells a waiting thread.
+constexpr std::chrono::milliseconds LookInterval{25};
+
+/// GIO numbers its messages from 1: this half is left for ours.
+constexpr guint32 FirstSerial = 0x80000000;
+
+/// A call that waits for its answer.
+struct Waiter
+{
+    GDBusConnection* connection;
+    guint32 serial;
+    std::condition_variable arrived{};
+    Owned<GDBusMessage> answer{};
+};
+
+/// The calls of the whole process that wait. Never destroyed: GIO's thread may ask for it at exit.
+struct Waiters
+{
+    std::mutex mutex;
+    std::vector<Waiter*> all;
+    guint32 lastSerial = FirstSerial;
+
+    static Waiters& Get()
+    {
+        static Waiters& waiters = *new Waiters;
+        return waiters;
+    }
+
+    std::vector<Waiter*>::iterator Find(GDBusConnection const* connection, guint32 serial)
+    {
+        return std::find_if(all.begin(), all.end(), [&](Waiter const* waiter) {
+            return waiter->serial == serial && waiter->connection == connection;
+        });
+    }
+};
+
+/// Takes what somebody waits for; GIO gets the rest. On GIO's thread.
+GDBusMessage* TakeAnswer(GDBusConnection* connection, GDBusMessage* message, gboolean isIncoming,
+                         gpointer /*userData*/)
+{
+    guint32 const serial = isIncoming != FALSE ? g_dbus_message_get_reply_serial(message) : 0;
+    if (serial < FirstSerial) {
+        return message;
+    }
+    Waiters& waiters = Waiters::Get();
+    std::lock_guard<std::mutex> const lock(waiters.mutex);
+    if (auto const found = waiters.Find(connection, serial); found != waiters.all.end()) {
+        (*found)->answer.reset(message);
+        (*found)->arrived.notify_one();
+        return nullptr;
+    }
+    return message;
+}
+
+/// Has TakeAnswer see what comes. With the lock held.
+void ListenTo(GDBusConnection* connection)
+{
+    static GQuark const isListening = g_quark_from_static_string("zviptv-takes-answers");
+    if (g_object_get_qdata(G_OBJECT(connection), isListening) == nullptr) {
+        g_dbus_connection_add_filter(connection, TakeAnswer, nullptr, nullptr);
+        g_object_set_qdata(G_OBJECT(connection), isListening, connection);
+    }
+}
+
+Owned<GVariant> BodyOf(GDBusMessage* answer, Error& error)
+{
+    if (g_dbus_message_to_gerror(answer, error.Out()) != FALSE) {
+        return nullptr;
+    }
+    GVariant* const body = g_dbus_message_get_body(answer);
+    return Owned<GVariant>(body != nullptr ? g_variant_ref(body)
+                                           : g_variant_ref_sink(g_variant_new_tuple(nullptr, 0)));
+}
+
+} // namespace
+
+Owned<GVariant> CallAndWait(GDBusConnection* connection, MethodTarget const& target, GVariant* body,
+                            std::chrono::milliseconds timeout, Error& error)
+{
+    Owned<GDBusMessage> const call(
+        g_dbus_message_new_method_call(target.destination, target.path, target.interface, target.method));
+    g_dbus_message_set_flags(call.get(), target.flags);
+    g_dbus_message_set_body(call.get(), body);
+
+    Waiters& waiters = Waiters::Get();
+    std::unique_lock<std::mutex> lock(waiters.mutex);
+    ListenTo(connection);
+    waiters.lastSerial = std::max(waiters.lastSerial + 1, FirstSerial);
+    Waiter waiter{connection, waiters.lastSerial};
+    waiters.all.push_back(&waiter);
+    lock.unlock();
+
+    g_dbus_message_set_serial(call.get(), waiter.serial);
+    auto const deadline = Clock::now() + timeout;
+    bool const isSent =
+        g_dbus_connection_send_message(connection, call.get(), G_DBUS_SEND_MESSAGE_FLAGS_PRESERVE_SERIAL,
+                                       nullptr, error.Out()) != FALSE;
+    lock.lock();
+    while (isSent && waiter.answer == nullptr && Clock::now() < deadline &&
+           g_dbus_connection_is_closed(connection) == FALSE) {
+        waiter.arrived.wait_until(lock, std::min(deadline, Clock::now() + LookInterval));
+    }
+    waiters.all.erase(waiters.Find(connection, waiter.serial));
+    lock.unlock();
+
+    if (waiter.answer != nullptr) {
+        return BodyOf(waiter.answer.get(), error);
+    }
+    if (isSent) {
+        bool const isClosed = g_dbus_connection_is_closed(connection) != FALSE;
+        error.Set(isClosed ? G_IO_ERROR_CLOSED : G_IO_ERROR_TIMED_OUT,
+                  g_dgettext("glib20", isClosed ? "The connection is closed" : "Timeout was reached"));
+    }
+    return nullptr;
+}
+
+} // namespace zviptv
