@@ -38,9 +38,8 @@ class Protocol:
         name = value.get("type").removesuffix("[]")
         if name not in BASIC and name not in self.enumerations and name not in self.records:
             raise SystemExit(f"zviptv.xml: unknown type {name} of {value.get('key', value.get('name'))}")
-        for enumerator in self.enumerations.get(name, []):
-            if enumerator.get("name") == self.enumerations[name].get("none"):
-                value.attrib.setdefault("none", enumerator.get("value"))
+        if name in self.enumerations and self.enumerations[name].get("none"):
+            value.attrib.setdefault("none", self.enumerations[name].get("none"))
 
     def _lay_out(self, record):
         offset = 0

@@ -8,7 +8,6 @@ generate.py page --check FILE   fails, with the differences, if a table of the p
 """
 
 import difflib
-import functools
 import json
 import pathlib
 import sys
@@ -22,26 +21,25 @@ HERE = pathlib.Path(__file__).resolve().parent
 
 def schema(protocol):
     """The description as JSON, for tools in other languages."""
+    made = {**dict.fromkeys(("optional", "handle", "result"), lambda text: text == "yes"), "offset": int, "size": int,
+            "value": lambda text: int(text, 0), "none": lambda text: "" if text == "empty" else int(text)}
 
     def plain(element, *left_out):
-        made = {"value": lambda text: int(text, 0), "offset": int, "size": int, "optional": bool}
         return {name: made.get(name, str)(text) for name, text in element.attrib.items()
-                if name not in ("constant", "c", "prefix", "parameter", *left_out)}
+                if text and name not in ("constant", "c", "prefix", "parameter", *left_out)}
 
-    def call(element):
-        return {**plain(element, "handle", "method"), **{tag: [plain(v) for v in element.findall(tag)] for tag in ("in", "out")}}
+    def call(element, *left_out):
+        return {**plain(element, *left_out), **{tag: [plain(v) for v in element.findall(tag)] for tag in ("in", "out")}}
 
     return {
-        "helper": call(protocol.helper),
-        "channel": call(protocol.channel),
-        "endpoints": [{**plain(endpoint, "handle"), "result": endpoint.get("result") == "yes",
-                       "functions": [{**call(entry), "handle": entry.get("handle") == "yes"}
-                                     for entry in endpoint.findall("function")],
-                       "notifications": [call(entry) for entry in endpoint.findall("notification")]}
+        "helper": call(protocol.helper), "channel": call(protocol.channel),
+        "endpoints": [{**plain(endpoint, "handle"), "functions": [call(entry) for entry in endpoint.findall("function")],
+                       "notifications": [call(entry, "handle", "method") for entry in endpoint.findall("notification")]}
                       for endpoint in protocol.endpoints],
         "enumerations": [{**plain(e), "values": [plain(v) for v in e]} for e in protocol.enumerations.values()],
         "records": [{**plain(r), "fields": [plain(f) for f in r.findall("field")]} for r in protocol.records.values()],
         "methods": [{"interface": endpoint.get("interface"), "name": entry.get("method"), "callable": entry.tag == "function",
+                     **({"function": entry.get("name")} if entry.tag == "function" else {}),
                      **{tag: [{"type": protocol.shown_type(value), "name": name}
                               for name, value in protocol.parameters(entry, tag, flat=True)] for tag in ("in", "out")}}
                     for endpoint, entry in protocol.methods()],
@@ -67,13 +65,12 @@ def dissector(protocol):
 
 
 def write_code(protocol, folder):
-    generators = {"include/zviptv/Protocol.h": cpp.protocol_header, "ctl/MethodTable.cpp": cpp.method_table,
-                  "ctl/ProtocolTypes.h": cpp.types_header, "fuzz/ProxyMethodTable.inc": cpp.fuzz_table,
-                  "tools/ProtocolSchema.inc": schema_source, "wireshark/zviptv.lua": dissector}
-    for endpoint in protocol.endpoints:
-        generators[f"src/{endpoint.get('interface')}Overrides.inc"] = functools.partial(cpp.overrides, endpoint=endpoint)
-    for path, generate in generators.items():
-        file, text = pathlib.Path(folder) / path, generate(protocol)
+    texts = {f"src/{e.get('interface')}Overrides.inc": cpp.overrides(protocol, e) for e in protocol.endpoints}
+    texts |= {"include/zviptv/Protocol.h": cpp.protocol_header(protocol), "ctl/MethodTable.cpp": cpp.method_table(protocol),
+              "ctl/ProtocolTypes.h": cpp.types_header(protocol), "fuzz/ProxyMethodTable.inc": cpp.fuzz_table(protocol),
+              "tools/ProtocolSchema.inc": schema_source(protocol), "wireshark/zviptv.lua": dissector(protocol)}
+    for path, text in texts.items():
+        file = pathlib.Path(folder) / path
         if not file.exists() or file.read_text(encoding="utf-8") != text:
             file.parent.mkdir(parents=True, exist_ok=True)
             file.write_text(text, encoding="utf-8")

@@ -86,10 +86,10 @@ TEST(MethodsTest, TheListNamesAllOfThem)
     EXPECT_THAT(list.text, testing::HasSubstr("UnSubscribeForPES(int32 key)   (use 'zviptvctl pes')\n"));
     ASSERT_EQ(list.json["methods"].size(), 54U);
     Json::Value const& first = list.json["methods"][0];
-    EXPECT_EQ(Compact(first),
-              "{\"callable\":true,\"in\":[{\"name\":\"index\",\"type\":\"int32\"}],\"interface\":"
-              "\"IPlayerControl\","
-              "\"name\":\"SetCurrentAudioByIndex\",\"out\":[]}");
+    EXPECT_EQ(Compact(first), "{\"callable\":true,\"function\":\"SetCurrentAudioByIndex\",\"in\":[{\"name\":"
+                              "\"index\",\"type\":\"int32\"}],\"interface\":"
+                              "\"IPlayerControl\","
+                              "\"name\":\"SetCurrentAudioByIndex\",\"out\":[]}");
 }
 
 /// The member of the list that has this text as its `name`.
@@ -112,21 +112,67 @@ TEST(MethodsTest, TheJsonDescribesFunctions)
     EXPECT_EQ(player["functions"].size(), 16U);
     EXPECT_EQ(Find(json["endpoints"], "type", "BROADCASTDATA")["functions"].size(), 24U);
     EXPECT_EQ(Find(json["endpoints"], "type", "IPGUTIL")["functions"].size(), 10U);
-    EXPECT_EQ(
-        Compact(Find(player["functions"], "name", "GetSTCCount")),
-        "{\"handle\":true,\"in\":[],\"name\":\"GetSTCCount\",\"out\":[{\"key\":\"stcCount\",\"summary\":"
-        "\"system time clock, 33 bits\",\"type\":\"u64\",\"unit\":\"1/90000 s\"}],\"summary\":"
-        "\"Reports the system time clock of the playback.\"}");
+    EXPECT_EQ(Compact(Find(player["functions"], "name", "GetSTCCount")),
+              "{\"handle\":true,\"in\":[],\"method\":\"GetSTCCount\",\"name\":\"GetSTCCount\",\"out\":[{"
+              "\"key\":\"stcCount\",\"summary\":"
+              "\"system time clock, 33 bits\",\"type\":\"u64\",\"unit\":\"1/90000 s\"}],\"summary\":"
+              "\"Reports the system time clock of the playback.\"}");
     Json::Value const appId = Find(player["functions"], "name", "SetAppID");
     EXPECT_FALSE(appId["handle"].asBool());
     EXPECT_TRUE(appId["in"][0]["optional"].asBool());
-    EXPECT_EQ(Find(player["functions"], "name", "GetSourceState")["out"][0]["none"].asString(), "-1");
     Json::Value const subscriber = Find(json["endpoints"], "type", "IPTVDATASUBSCRIBER");
     Json::Value const pes = Find(subscriber["notifications"], "name", "PESCB");
     EXPECT_EQ(pes["in"][0]["key"].asString(), "pesDataSize");
     EXPECT_EQ(pes["in"][0]["counts"].asString(), "pesData");
     EXPECT_EQ(json["helper"]["interface"].asString(), "org.corvel.zviptvapi.dbushelper");
     EXPECT_EQ(json["channel"]["request"].asString(), "Send");
+}
+
+TEST(MethodsTest, TheJsonLinksFunctionsAndMethods)
+{
+    Json::Value const json = ListMethods().json;
+    Json::Value const guide = Find(json["endpoints"], "type", "IPGUTIL")["functions"];
+    EXPECT_EQ(Find(guide, "name", "GetProgramIPG")["method"].asString(), "GetProgram");
+    EXPECT_EQ(Find(guide, "name", "GetProgram")["method"].asString(), "GetProgram");
+    Json::Value const byId = Find(json["methods"], "function", "GetProgramIPG");
+    EXPECT_EQ(byId["name"].asString(), "GetProgram");
+    EXPECT_EQ(byId["in"].size(), 5U);
+    EXPECT_EQ(Find(json["methods"], "function", "GetProgram")["in"].size(), 1U);
+    Json::Value const subscriber = Find(json["endpoints"], "type", "IPTVDATASUBSCRIBER");
+    EXPECT_FALSE(Find(subscriber["functions"], "name", "requestPESCB").isMember("method"));
+    EXPECT_FALSE(Find(subscriber["notifications"], "name", "PESCB").isMember("method"));
+    EXPECT_FALSE(Find(json["methods"], "name", "SubscribeForPES").isMember("function"));
+}
+
+/// All values of the members "none", wherever they stand.
+void CollectNone(Json::Value const& json, std::vector<Json::Value>& found)
+{
+    for (Json::Value const& member : json) {
+        CollectNone(member, found);
+    }
+    if (json.isObject() && json.isMember("none")) {
+        found.push_back(json["none"]);
+    }
+}
+
+TEST(MethodsTest, TheValueForNoneIsTheValueItself)
+{
+    Json::Value const json = ListMethods().json;
+    std::vector<Json::Value> all;
+    CollectNone(json, all);
+    EXPECT_GT(all.size(), 40U);
+    for (Json::Value const& none : all) {
+        EXPECT_TRUE(none == 0 || none == -1 || none == "") << none.toStyledString();
+    }
+    Json::Value const player = Find(json["endpoints"], "type", "PLAYERCONTROL")["functions"];
+    EXPECT_TRUE(Find(player, "name", "GetSourceState")["out"][0]["none"] == -1);
+    Json::Value const guide = Find(json["endpoints"], "type", "IPGUTIL")["functions"];
+    EXPECT_TRUE(Find(guide, "name", "GetRating")["out"][0]["none"] == "");
+    Json::Value const audio = Find(json["records"], "name", "ZVAudio")["fields"];
+    EXPECT_TRUE(Find(audio, "name", "language")["none"] == 0);
+    EXPECT_TRUE(Find(audio, "name", "sampleRate")["none"] == 0);
+    EXPECT_TRUE(Find(json["enumerations"], "name", "EZVSourceState")["none"] == -1);
+    EXPECT_TRUE(Find(json["enumerations"], "name", "EZVLanguageCode")["none"] == 0);
 }
 
 TEST(MethodsTest, TheJsonDescribesRecordsAndEnumerations)
