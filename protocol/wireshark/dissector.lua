@@ -55,8 +55,12 @@ local function add_message(tree, message, entries, range, info)
     local types = add_function(tree, of_endpoint[message.name], message, range)
     types = message.is_helper and helper_keys or types or {}
     for _, entry in ipairs(entries) do
-        if message.is_helper or message.name ~= nil or common_keys[entry.key] then -- else the request was not recorded
+        if entry.signature ~= nil then
+            add_foreign_entry(tree, entry)
+        elseif message.is_helper or message.name ~= nil or common_keys[entry.key] then
             add_entry(tree, entry, types[entry.key] or not message.is_helper and common_keys[entry.key] or nil, info)
+        else -- of which function is not known
+            add_plain_entry(tree, entry)
         end
     end
 end
@@ -74,13 +78,13 @@ function zviptv.dissector(buffer, pinfo, root)
         is_read, entries = pcall(read_entries, message.is_helper)
     end
     if not is_read then
-        local is_ours = not tostring(entries):find(".lua:", 1, true)
-        add_problem(tree, "not a message of the protocol: " .. (is_ours and entries or "it is cut or damaged"))
+        add_problem(tree, "not a message of the protocol: it is cut or damaged")
         entries = {}
     end
-    local first = entries[1]
-    if first ~= nil and first.key == "functionname" and first.value ~= nil then
-        message.name = first.value:string(ENC_UTF_8)
+    for _, entry in ipairs(entries) do
+        if message.name == nil and entry.key == "functionname" and entry.value ~= nil then
+            message.name = entry.value:string(ENC_UTF_8)
+        end
     end
     if number_of("message_type") == 1 then
         requests[tostring(text_of("sender")) .. " " .. tostring(number_of("serial"))] = message

@@ -53,17 +53,63 @@ function Reader:value()
     return part
 end
 
--- The bytes in a variant.
+function Reader:signature()
+    local part = self:take(self:take(1):uint())
+    self.at = self.at + 1
+    return part and part:string(ENC_UTF_8) or ""
+end
+
+-- Alignments of the D-Bus types; those in sized have as many bytes.
+local alignments = {y = 1, g = 1, v = 1, n = 2, q = 2, b = 4, i = 4, u = 4, h = 4, s = 4, o = 4, a = 4,
+                    x = 8, t = 8, d = 8, ["("] = 8, ["{"] = 8}
+local sized = "[ynqbiuhxtd]"
+
+-- The first complete type of a signature.
+local function first_type(signature)
+    if signature:sub(1, 1) == "a" then
+        return "a" .. first_type(signature:sub(2))
+    end
+    return signature:match("^%b()") or signature:match("^%b{}") or signature:sub(1, 1)
+end
+
+-- Passes over a value of a complete D-Bus type.
+function Reader:skip(signature)
+    local kind = signature:sub(1, 1)
+    self:align(alignments[kind])
+    if kind:match(sized) then
+        self:take(alignments[kind])
+    elseif kind == "s" or kind == "o" then
+        self:string()
+    elseif kind == "g" then
+        self:signature()
+    elseif kind == "v" then
+        self:skip(self:signature())
+    elseif kind == "a" then
+        local size = self:number()
+        self:align(alignments[signature:sub(2, 2)])
+        self:take(size)
+    else
+        local members = signature:sub(2, -2)
+        while members ~= "" do
+            local member = first_type(members)
+            self:skip(member)
+            members = members:sub(#member + 1)
+        end
+    end
+end
+
+-- The bytes in a variant; nothing and the signature if it holds something else.
 function Reader:variant()
-    local signature = self.range(self.at + 1, self.range(self.at, 1):uint()):string(ENC_UTF_8)
-    self.at = self.at + 2 + #signature
+    local signature = self:signature()
     if signature ~= "ay" then
-        error("a value has the D-Bus type " .. signature .. ", not ay", 0)
+        self:skip(signature)
+        return nil, signature
     end
     return self:take(self:number())
 end
 
--- Key, value and range of every entry; the value is nil if it is empty.
+-- Key, value and range of every entry, and the signature of a value that is not of the type ay. The value is nil if it is
+-- empty or of another type.
 function Reader:entries(read_value)
     local entries, size = {}, self:number()
     self:align(8)
@@ -72,8 +118,8 @@ function Reader:entries(read_value)
         self:align(8)
         local start = self.at
         local key = self:string()
-        local value = read_value(self)
-        table.insert(entries, {key = key, value = value, range = self.range(start, self.at - start)})
+        local value, signature = read_value(self)
+        table.insert(entries, {key = key, value = value, signature = signature, range = self.range(start, self.at - start)})
     end
     return entries
 end

@@ -78,6 +78,17 @@ local function add_value(tree, key, type_name, value)
     end
 end
 
+local function add_plain_entry(tree, entry)
+    local item = tree:add(zviptv, entry.range, entry.key .. ": " .. (entry.value and entry.value:string(ENC_UTF_8) or ""))
+    item:add(fields.key, entry.range, entry.key):set_hidden()
+    return item
+end
+
+-- An entry whose value is not of the D-Bus type ay.
+local function add_foreign_entry(tree, entry)
+    add_problem(add_plain_entry(tree, entry), entry.key .. " has the D-Bus type " .. entry.signature .. ", not ay")
+end
+
 local function add_entry(tree, entry, type_name, info)
     local key, value = entry.key, entry.value
     local field, kind = fields[key], key_kinds[key]

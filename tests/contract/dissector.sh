@@ -46,7 +46,10 @@ send() {
         --object-path /org/corvel/zviptvapi/DbusCommunication/PLAYERCONTROL \
         --method org.corvel.zviptvapi.DbusCommunication.Send "$1" >>calls.out
 }
-send "{'functionname': <'MuteAudio'>}"
+send "{'functionname': <'MuteAudio'>, 'onoff': <[byte 0x31]>}"
+# MuteVideo, between values of other types.
+send "{'n': <int16 1>, 'functionname': <[byte 0x4d, 0x75, 0x74, 0x65, 0x56, 0x69, 0x64, 0x65, 0x6f]>, 'handleID': <uint32 9>,
+    'v': <<(byte 1, 2.5, [@g 'a(ss)'], [(uint64 1, 'x', true)], {'k': <@ax []>}, @a{sv} {})>>, 'onoff': <[byte 0x31]>}"
 send "{'functionname': <[byte 0x57, 0x68, 0x6f]>}"
 
 kill "$service"
@@ -87,12 +90,16 @@ shown() {
     shown 'zviptv.CaptionCB && zviptv.captionDataSize > 0' message function | uniq
     shown 'zviptv.on == 1' function endpoint
     shown 'zviptv.message == "announcement" && zviptv.type == "IPTVDATASUBSCRIBER"' add
+    shown 'zviptv.MuteVideo && zviptv.onoff == 1' function onoff problem
+    shown '_ws.expert.message contains "functionname"' problem
     shown 'zviptv.problem' message problem
 } | tee shown
 diff shown - <<'END'
 zviptv.function == "MuteAudio" && zviptv.onoff == 1
     request PLAYERCONTROL 261 1
 zviptv.MuteVideo
+    request MuteVideo
+    reply MuteVideo
     request MuteVideo
     reply MuteVideo
 zviptv.mode.name == "MAIN"
@@ -127,8 +134,13 @@ zviptv.message == "announcement" && zviptv.type == "IPTVDATASUBSCRIBER"
     n
     y
     n
+zviptv.MuteVideo && zviptv.onoff == 1
+    MuteVideo 1 n has the D-Bus type n, not ay,handleID has the D-Bus type u, not ay,v has the D-Bus type v, not ay
+_ws.expert.message contains "functionname"
+    functionname has the D-Bus type s, not ay
 zviptv.problem
-    request not a message of the protocol: a value has the D-Bus type s, not ay
+    request functionname has the D-Bus type s, not ay
+    request n has the D-Bus type n, not ay,handleID has the D-Bus type u, not ay,v has the D-Bus type v, not ay
     request unknown function Who
     reply unknown function Who
 END
