@@ -24,9 +24,8 @@ INTERFACES = """<node>
 <interface name='org.corvel.zviptvapi.dbushelper'><method name='SendSignal'>
 <arg type='a(ss)' name='data' direction='in'/><arg type='a(ss)' name='response' direction='out'/>
 </method></interface><interface name='org.corvel.zviptvapi.DbusCommunication'><method name='Send'>
-<arg type='a{sv}' name='data' direction='in'/><arg type='a{sv}' name='response' direction='out'/>
-</method><method name='SendSignal'><arg type='a{sv}' name='data' direction='in'/></method></interface>
-</node>"""
+<arg type='a{sv}' name='data' direction='in'/><arg type='a{sv}' name='response' direction='out'/></method>
+<method name='SendSignal'><arg type='a{sv}' name='data' direction='in'/></method></interface></node>"""
 TYPES = ("PLAYERCONTROL", "BROADCASTDATA", "IPTVDATASUBSCRIBER", "IPGUTIL")
 REFUSED = {"result_internal": 0}
 
@@ -230,11 +229,10 @@ class Guide:
         return self._text(at(self._programmes if counted is None else counted, request.number("index")))
 
     def _neighbour(self, request):
-        wanted = json.loads(request.text("inID"))
-        programmes = [one for one in self._programmes if one["service_id"] == wanted["service_id"]]
+        asked = json.loads(request.text("inID"))
+        programmes = [one for one in self._programmes if one["service_id"] == asked["service_id"]]
         for place, one in enumerate(programmes):
-            starts = (0, one["start_time"])
-            if one["event_id"] % 65536 == wanted["event_id"] and wanted["start_time"] in starts:
+            if one["event_id"] % 65536 == asked["event_id"] and asked["start_time"] in (0, one["start_time"]):
                 return self._text(at(programmes, place + request.number("program")))
         return self._text(None)
 
@@ -342,13 +340,15 @@ class Service:
         return change(notification) or {}
 
     def _called(self, _connection, sender, path, _interface, _method, body, invocation):
+        channel = self._channels.get((sender, path.rpartition("/")[2]))
         try:
-            request = Request(self._channels[sender, path.rpartition("/")[2]], body)
-            values = self._functions[request.text("functionname")](request)
-        except (KeyError, TypeError, ValueError) as error:  # no such channel or function, malformed argument
-            invocation.return_dbus_error("org.freedesktop.DBus.Error.InvalidArgs", repr(error))
-            return
-        invocation.return_value(message({"result_internal": 1, **values}))
+            request = Request(channel, body)
+            function = self._functions.get(request.text("functionname"))
+            if channel is None or function is None:
+                raise ValueError("unknown function" if channel else "announce this channel first")
+            invocation.return_value(message({"result_internal": 1, **function(request)}))
+        except (KeyError, TypeError, ValueError) as error:  # or a malformed argument
+            invocation.return_dbus_error("org.freedesktop.DBus.Error.InvalidArgs", f"cannot answer: {error}")
 
     def push(self):
         subscriptions = [(channel, name) for channel in self._channels.values() for name in channel.wanted]

@@ -33,6 +33,13 @@ announce() {
         "[('dbusname', '$1'), ('type', '$2'), ('add', '$3')]" | sed 's/:1\.[0-9]*/:1.#/'
 }
 
+# ask TYPE REQUEST: a request from a caller that has announced nothing.
+ask() {
+    gdbus call --address "$DBUS_SYSTEM_BUS_ADDRESS" --dest org.corvel.zviptvapi.dbushelper \
+        --object-path "/org/corvel/zviptvapi/DbusCommunication/$1" \
+        --method org.corvel.zviptvapi.DbusCommunication.Send "$2" 2>&1 | sed '/^(According to introspection/d; /^$/d'
+}
+
 # Types the commands of a session, which begin with "$ ", and compares what comes out and every exit status but 0.
 replay() {
     local line
