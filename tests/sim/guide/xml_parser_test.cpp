@@ -53,6 +53,70 @@ TEST(XmlParser, ExternalDtdIsNotFetchedAndItsEntitiesStayAsWritten)
     EXPECT_EQ(loaded.guide->At(0).main.title, "Caf&eacute; & Bar");
 }
 
+/// Declarations of `count` attributes of <a>, which are like `attribute` with a number.
+std::string Attributes(std::size_t count, std::string const& attribute)
+{
+    std::string list = "<!ATTLIST a";
+    for (std::size_t i = 0; i < count; ++i) {
+        list += " a" + std::to_string(i) + " " + attribute;
+    }
+    return list + ">";
+}
+
+std::string Repeated(std::string const& text, std::size_t bytes)
+{
+    std::string all;
+    while (all.size() < bytes) {
+        all += text;
+    }
+    return all;
+}
+
+std::string WithDtd(std::string const& declarations, std::string const& elements)
+{
+    return "<!DOCTYPE tv [" + declarations + "]><tv>" + elements + "</tv>";
+}
+
+constexpr std::size_t Kilobyte = 1024;
+
+TEST(XmlParser, AttributeBombsAreRefusedAtOnce)
+{
+    std::string const small = WithDtd(Attributes(30'000, "CDATA \"\""), Repeated("<a/>", 400 * Kilobyte));
+    EXPECT_EQ(small.size() / (100 * Kilobyte), 8U);
+    EXPECT_THAT(ErrorOf(small), HasSubstr("the DTD declares over 256 attributes; remove the declarations"));
+    std::string lists;
+    for (int i = 0; i < 6; ++i) {
+        lists += Attributes(60'000, "CDATA \"\"");
+    }
+    std::string const large = WithDtd(lists, Repeated("<a/>", 1600 * Kilobyte));
+    EXPECT_EQ(large.size() / (1000 * Kilobyte), 7U);
+    EXPECT_THAT(ErrorOf(large), HasSubstr("the DTD declares over 256 attributes; remove the declarations"));
+}
+
+TEST(XmlParser, AttributeDefaultsMayDoubleADocumentButNoMore)
+{
+    std::string const dtd = Attributes(1, "CDATA \"" + std::string(1000, 'x') + "\"");
+    EXPECT_NO_THROW(ReadText(WithDtd(dtd, Repeated("<a/>", 4 * Kilobyte)), {}, 4096));
+    EXPECT_THAT(ErrorOf(WithDtd(dtd, Repeated("<a/>", 8 * Kilobyte))),
+                HasSubstr("attribute defaults more than double the document; remove them from the DTD"));
+    EXPECT_NO_THROW(ReadText(WithDtd(dtd, Repeated("<a a0=''/>", 100 * Kilobyte)), {}, 4096));
+}
+
+TEST(XmlParser, AttributesWithoutDefaultsCostLittle)
+{
+    std::string const xml = WithDtd(Attributes(256, "CDATA #IMPLIED"), Repeated("<a/>", 8'000 * Kilobyte));
+    EXPECT_NO_THROW(ReadText(xml, {}, 64 * Kilobyte));
+}
+
+TEST(XmlParser, AttributeDefaultsCount)
+{
+    EXPECT_EQ(ReadText("<!DOCTYPE tv [<!ATTLIST title lang CDATA \"de\">]><tv>" + Programme("1", "2026", "") +
+                       "</tv>")
+                  .guide->At(0)
+                  .main.language,
+              "de");
+}
+
 TEST(XmlParser, UndeclaredEntityWithoutDtdIsAnError)
 {
     EXPECT_THAT(ErrorOf(Tv("&eacute;")), HasSubstr("undefined entity"));

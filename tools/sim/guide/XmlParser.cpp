@@ -5,6 +5,8 @@
 #include "stream/CharacterSet.h"
 
 #include <expat.h>
+
+#include <cstring>
 #include <new>
 
 namespace zviptv::sim {
@@ -45,6 +47,7 @@ struct XmlCallbacks
             if (++self.m_depth > XmlParser::MaxDepth) {
                 self.Fail("elements are nested too deeply");
             }
+            self.CountDefaults(attributes);
             self.m_handler.OnStart(name, XmlAttributes(attributes));
         });
     }
@@ -69,6 +72,19 @@ struct XmlCallbacks
     {
         XmlParser& self = Self(data);
         self.Guard([&] { self.Fail("entity declarations are not allowed"); });
+    }
+
+    /// Expat compares each declaration with those before it, and looks at all of an element in each of its
+    /// tags.
+    static void OnAttributeDeclaration(void* data, XML_Char const*, XML_Char const*, XML_Char const*,
+                                       XML_Char const*, int)
+    {
+        XmlParser& self = Self(data);
+        self.Guard([&] {
+            if (++self.m_attributeDeclarations > XmlParser::MaxAttributeDeclarations) {
+                self.Fail("the DTD declares over 256 attributes; remove the declarations");
+            }
+        });
     }
 
     /// A reference to an entity that the unread DTD might declare stays as it is written.
@@ -114,6 +130,7 @@ XmlParser::XmlParser(std::string name, XmlHandler& handler)
     XML_SetElementHandler(m_parser.get(), &XmlCallbacks::OnStart, &XmlCallbacks::OnEnd);
     XML_SetCharacterDataHandler(m_parser.get(), &XmlCallbacks::OnText);
     XML_SetEntityDeclHandler(m_parser.get(), &XmlCallbacks::OnEntityDeclaration);
+    XML_SetAttlistDeclHandler(m_parser.get(), &XmlCallbacks::OnAttributeDeclaration);
     XML_SetSkippedEntityHandler(m_parser.get(), &XmlCallbacks::OnSkippedEntity);
     XML_SetUnknownEncodingHandler(m_parser.get(), &XmlCallbacks::OnUnknownEncoding, nullptr);
 }
@@ -139,6 +156,18 @@ void XmlParser::CheckTokenSize() const
     std::uint64_t const taken = done < 0 ? 0 : static_cast<std::uint64_t>(done);
     if (m_fed > taken && m_fed - taken > 2 * MaxTokenSize + BufferSize) {
         Fail("a tag, comment or declaration over 1 MiB");
+    }
+}
+
+/// A few bytes of a tag may stand for a default of any length.
+void XmlParser::CountDefaults(char const* const* attributes)
+{
+    for (char const* const* text = attributes + XML_GetSpecifiedAttributeCount(m_parser.get()); *text;
+         ++text) {
+        m_defaulted += std::strlen(*text);
+    }
+    if (m_defaulted > m_fed + MaxTokenSize) {
+        Fail("attribute defaults more than double the document; remove them from the DTD");
     }
 }
 

@@ -41,13 +41,15 @@ public:
 };
 
 /// Reads an XML document of any size in pieces. Fetches nothing that a document refers to, and refuses what
-/// would make it grow in memory: entity declarations, tags and comments over MaxTokenSize, deep nesting.
+/// would make it grow in memory or take long: entity declarations, more than MaxAttributeDeclarations,
+/// attribute defaults that more than double it, tags and comments over MaxTokenSize, deep nesting.
 class XmlParser
 {
 public:
     static constexpr std::size_t BufferSize = 64 * 1024;
     static constexpr std::size_t MaxTokenSize = 1024 * 1024;
     static constexpr unsigned MaxDepth = 64;
+    static constexpr unsigned MaxAttributeDeclarations = 256;
 
     /// `name` is the document's in error messages.
     XmlParser(std::string name, XmlHandler& handler);
@@ -74,6 +76,7 @@ private:
 
     void ParsePiece(ReadBytes const& read, bool& ended);
     void CheckTokenSize() const;
+    void CountDefaults(char const* const* attributes);
 
     /// Runs a callback of expat's. Exceptions must not pass through it: they stop it and wait in m_failure.
     template <typename Function>
@@ -85,6 +88,8 @@ private:
     std::exception_ptr m_failure;
     std::uint64_t m_fed = 0; ///< bytes
     unsigned m_depth = 0;
+    unsigned m_attributeDeclarations = 0;
+    std::uint64_t m_defaulted = 0; ///< bytes of attributes that no tag has, and the DTD adds
 };
 
 } // namespace zviptv::sim
