@@ -30,6 +30,12 @@ inline std::vector<pid_t> ChildrenOf(pid_t pid)
     return {std::istream_iterator<pid_t>(children), {}};
 }
 
+inline std::size_t ThreadsOf(pid_t pid)
+{
+    std::string const status = ReadFile("/proc/" + std::to_string(pid) + "/status");
+    return std::stoul(status.substr(status.find("Threads:") + 8));
+}
+
 /// Whether the process has the file open.
 inline bool HasOpen(pid_t pid, std::string const& path)
 {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "DenseStream.h"
+#include "Processes.h"
 #include "Sanitizers.h"
 #include "SimulatorTest.h"
 #include "WaitUntil.h"
@@ -71,6 +72,31 @@ protected:
             << Megabytes() << " MB, " << before << " before";
     }
 };
+
+/// Announces a data subscriber under a name; returns what the service answers.
+std::string AnnounceAs(Application& application, std::string const& name)
+{
+    return application.Peer()
+        .Call({"org.corvel.zviptvapi.dbushelper", "/org/corvel/zviptvapi/dbushelper",
+               "org.corvel.zviptvapi.dbushelper", "SendSignal"},
+              Pairs({{"dbusname", name}, {"type", Type}, {"add", "y"}}))
+        .Value("dbusname");
+}
+
+TEST_F(Leaving, BeforeTheyCame)
+{
+    Begin({"--wait-for", "1", "--quiet"});
+    Application application;
+    auto const threads = [this] { return ThreadsOf(m_simulator->Pid()); };
+    std::size_t const most = threads() + 5; // GIO may start some
+    for (std::string const name : {"no bus name ", "org.example.Nobody", ":9."}) {
+        for (int i = 0; i < 50; ++i) {
+            bool const isAnswered = !AnnounceAs(application, name + std::to_string(i)).empty();
+            EXPECT_EQ(isAnswered, name == ":9.") << name;
+        }
+        EXPECT_TRUE(WaitUntil([&] { return threads() <= most; }, Patience)) << name << ": " << threads();
+    }
+}
 
 TEST_F(Leaving, AfterTheEndOfTheStream)
 {

@@ -36,9 +36,6 @@ Applications::~Applications() = default;
 
 void Applications::Add(std::string const& busName, std::string const& type)
 {
-    if (g_dbus_is_unique_name(busName.c_str()) == FALSE) {
-        return;
-    }
     Application& application = m_applications[busName];
     application.types.insert(type);
     if (application.watch == nullptr) {

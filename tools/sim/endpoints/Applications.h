@@ -20,6 +20,7 @@ public:
     Applications(Applications const&) = delete;
     Applications& operator=(Applications const&) = delete;
 
+    /// `busName` is a unique name.
     void Add(std::string const& busName, std::string const& type);
     void Remove(std::string const& busName, std::string const& type);
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Service.h"
 
+#include "glib/Owned.h"
+
 #include <zviptv/IPTVServiceAPI.h>
 #include <zviptv/ProxyDBusHelper.h>
 
@@ -128,8 +130,8 @@ std::string Service::Partner(std::string const& busName, std::string const& type
                                : type == type::DataSubscriber ? &m_subscriberEnd
                                : type == type::ProgramGuide   ? &m_programmeGuideEnd
                                                               : nullptr;
-    if (endpoint == nullptr) {
-        return std::string();
+    if (endpoint == nullptr || g_dbus_is_unique_name(busName.c_str()) == FALSE) {
+        return std::string(); // no name of a channel, and nothing that would be seen to leave
     }
     comesUp ? m_applications.Add(busName, type) : m_applications.Remove(busName, type);
     if (endpoint == &m_programmeGuideEnd && !comesUp) {
