@@ -42,10 +42,10 @@ may tools/sim/guide stream
 may tools/sim/playback guide stream common
 may tools/sim/endpoints playback guide stream common glib
 may tools/sim/host endpoints process common glib
-may tools/ctl/output glib
+may tools/ctl/output common glib
 may tools/ctl/session output glib
 may tools/ctl/commands session output common
-may tools/ctl/doctor output glib
+may tools/ctl/doctor output common glib
 
 for folder in $folders; do
     [[ "$checked" == *" $folder "* ]] || fail "say here what $folder may include"

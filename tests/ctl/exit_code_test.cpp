@@ -77,6 +77,15 @@ TEST_F(CtlTest, ErrorReplyEndsWithFour)
         "zviptvctl: GetGenre: the service answered with the error org.corvel.test.Failed: scripted error\n");
 }
 
+TEST_F(CtlTest, ErrorsOfTheServiceAreShownWithoutControlCharacters)
+{
+    m_service.AnswerWith("GetGenre", WireAnswer::Error("org.corvel.test.Failed", "a\x1b[2J\xc2\x9b\x7f"));
+    CtlResult const result = RunCtl({"--json", "call", "GetGenre", "1"});
+    EXPECT_EQ(result.code, 4);
+    EXPECT_THAT(result.errors, testing::EndsWith("org.corvel.test.Failed: a\\x1b[2J\\xc2\\x9b\\x7f\n"));
+    EXPECT_THAT(result.output, HasSubstr("org.corvel.test.Failed: a\\u001b[2J\\u009b\\u007f\""));
+}
+
 TEST_F(CtlTest, AnErrorOfTheBusEndsWithFour)
 {
     m_service.AnswerError("GetGenre", "org.freedesktop.DBus.Error.LimitsExceeded");

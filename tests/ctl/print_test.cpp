@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "commands/PacketLine.h"
+#include "common/PrintableText.h"
 #include "output/Answer.h"
 #include "output/Table.h"
 #include "output/Traffic.h"
@@ -8,6 +9,7 @@
 
 #include <sstream>
 
+using namespace zviptv;
 using namespace zviptv::ctl;
 
 namespace {
@@ -63,6 +65,12 @@ TEST(PrintTest, TextsAreUtf8WhateverTheServiceSends)
 {
     EXPECT_EQ(Lines(std::string("a\xff\xc3\xa9\xc3")), "x: a\\xff\xc3\xa9\\xc3\n");
     EXPECT_EQ(PrintableText("\xed\xa0\x80\n\xe2\x82"), "\\xed\\xa0\\x80\n\\xe2\\x82");
+}
+
+TEST(PrintTest, JsonHasNoControlCharacters)
+{
+    EXPECT_EQ(Compact(ToJson(std::string("\x1b[2J\x7f\xc2\x80\xc2\x9b\xc2\xa0\xc3\x9b"))),
+              "\"\\u001b[2J\\u007f\\u0080\\u009b\xc2\xa0\xc3\x9b\"");
 }
 
 TEST(PrintTest, Characters)

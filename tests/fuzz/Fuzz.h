@@ -49,6 +49,17 @@ inline bool HasControls(std::string_view text)
     return false;
 }
 
+/// Of a text in UTF-8: no character U+0080 to U+009F, which terminals obey, too.
+inline bool HasLateControls(std::string_view text)
+{
+    for (std::size_t i = 1; i < text.size(); ++i) {
+        if (text[i - 1] == '\xC2' && static_cast<unsigned char>(text[i]) < 0xA0) {
+            return true;
+        }
+    }
+    return false;
+}
+
 /// One JSON value in UTF-8 on one line, without the line's end; it is stored in `value`.
 inline bool ParseJsonLine(std::string const& line, Json::Value& value)
 {

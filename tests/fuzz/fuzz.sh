@@ -10,7 +10,7 @@ seconds=$2
 
 dictionary_of() {
     case $1 in
-    notification | reply | call | peer_message | helper_message) echo messages ;;
+    notification | reply | call | peer_message | helper_message | request_check) echo messages ;;
     *) echo "$1" ;;
     esac
 }

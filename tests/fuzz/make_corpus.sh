@@ -107,6 +107,7 @@ text_seeds() {
     seed xmltv latin "<?xml version='1.0' encoding='ISO-8859-1'?><tv><programme start='202603290100' channel='x'><title>\351</title></programme></tv>\020"
     seed xmltv bytes "<?xml version='1.0' encoding='windows-1252'?><tv><programme start='202603290100' channel='x'><title>\200</title></programme></tv>\020"
     seed xmltv entity '<!DOCTYPE tv [<!ENTITY e "x">]><tv><programme start="2026" channel="1"><title>&e;</title></programme></tv>\001'
+    seed xmltv defaults '<!DOCTYPE tv [<!ATTLIST title lang CDATA "de" x (a|b) #IMPLIED>]><tv><programme start="2026" channel="1"><title>T</title></programme></tv>\001'
     seed xmltv unread '<!DOCTYPE tv SYSTEM "xmltv.dtd"><tv><programme start="2026" channel="1"><title>&nbsp;</title></programme></tv>\001'
     seed xmltv wide '\377\376<\0t\0v\0/\0>\0\001'
     seed xmltv overlap '<tv><programme start="2026" channel="1"/><programme start="2026" channel="1"/><programme start="20260101000100" stop="20251231" channel="1"/></tv>\001'
@@ -117,6 +118,9 @@ text_seeds() {
     seed guide_query key '{"service_id": "1", "event_id": 1, "start_time": 1774735200, "duration": 0}\002'
     seed guide_query number 'x\002\000\000\070\020i\310\000\240\000\000\000\001\000'
     seed guide_query nested '[[[[[[[[[[[[[[[[[[{"service_id":"\\u00e9"}\002'
+    seed request_check repeated '256\\.1\\.0\002\001\002\001\001\001\012\000\000'
+    seed request_check id '{"duration": 0, "event_id": 65535, "service_id": "1", "start_time": 1}\\.-1\003\001\002\001\003\000\003'
+    seed request_check controls 'IPGUTIL\\.k\033\\.v\302\233\000\000\001\001'
     seed notification CaptionCB 'functionname\\.CaptionCB\\.captionDataSize\\.3\\.captionType\\.5\\.captionData\\.abc\\.\013\013\013\013\004\001'
     number=0
     for text in 0 -1 0x1fff 4294967296 18446744073709551615 -9223372036854775808 2.5 true off kor \

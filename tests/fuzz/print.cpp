@@ -2,6 +2,7 @@
 #include "Fuzz.h"
 
 #include "commands/PacketLine.h"
+#include "common/PrintableText.h"
 #include "output/Answer.h"
 #include "output/Table.h"
 #include "output/TrackText.h"
@@ -13,6 +14,7 @@
 
 // What the command line prints of values that a service may send: records, texts and packets of any bytes.
 
+using namespace zviptv;
 using namespace zviptv::ctl;
 using namespace zviptv::fuzz;
 
@@ -26,7 +28,7 @@ void CheckText(std::string const& text)
     std::istringstream lines(text);
     for (std::string line; std::getline(lines, line);) {
         line.erase(std::remove(line.begin(), line.end(), '\t'), line.end());
-        Require(!HasControls(line), "a line has no control characters but tabs");
+        Require(!HasControls(line) && !HasLateControls(line), "a line has no control characters but tabs");
     }
 }
 
@@ -42,6 +44,7 @@ void CheckPrinted(Answer const& answer)
     line.pop_back();
     Json::Value value;
     Require(ParseJsonLine(line, value) && value["result"].isBool(), "an object with a result");
+    Require(!HasControls(line) && !HasLateControls(line), "JSON has no control characters");
 }
 
 template <typename Record>

@@ -2,6 +2,7 @@
 #include "Invocation.h"
 
 #include "commands/Arguments.h"
+#include "common/PrintableText.h"
 #include "output/OutputFile.h"
 
 #include <iostream>
@@ -56,7 +57,7 @@ ExitCode Invocation::Perform(std::function<ExitCode()> const& command, bool answ
 
 void Say(std::string const& text)
 {
-    std::cerr << "zviptvctl: " << text << '\n';
+    std::cerr << "zviptvctl: " << PrintableText(text) << '\n';
 }
 
 } // namespace zviptv::ctl

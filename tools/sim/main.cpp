@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "common/PrintableText.h"
 #include "common/StandardStreams.h"
 #include "host/Supervisor.h"
 #include "playback/StreamGuide.h"
@@ -24,7 +25,7 @@ int main(int argc, char** argv)
         std::signal(SIGPIPE, SIG_IGN); // a reader that goes away shows as a failed write
         return zviptv::sim::Run(*options);
     } catch (std::exception const& failure) {
-        std::fprintf(stderr, "zviptv-sim: %s\n", failure.what());
+        std::fprintf(stderr, "zviptv-sim: %s\n", zviptv::EscapeText(failure.what()).c_str());
         return 1;
     }
 }

@@ -203,6 +203,21 @@ TEST(CommandLine, ListsTheServicesOfTheGuide)
     EXPECT_EQ(EndOf(full), (ExitStatus{1, 0}));
 }
 
+TEST(CommandLine, ListsNamesWithoutControlCharacters)
+{
+    std::string const guide = testing::TempDir() + "list-services-" + std::to_string(getpid()) + ".xml";
+    std::ofstream(guide) << "<tv><channel id='1'><display-name>a\xc2\x9b\x7f[2Jé</display-name></channel>"
+                            "<programme channel='1' start='2026'/></tv>";
+    ChildProcess file(Simulate({"--ts", ZVIPTV_SAMPLE_FILE, "--guide", guide, "--list-services"}));
+    EXPECT_EQ(EndOf(file), (ExitStatus{0, 0}));
+    EXPECT_EQ(file.Output(), "1  a\\xc2\\x9b\\x7f[2Jé\n");
+    std::ofstream(guide) << "<\xc2\x9b/>";
+    ChildProcess damaged(Simulate({"--ts", ZVIPTV_SAMPLE_FILE, "--guide", guide}));
+    EXPECT_EQ(EndOf(damaged), (ExitStatus{1, 0}));
+    EXPECT_EQ(damaged.Errors().find('\x9b'), std::string::npos) << damaged.Errors();
+    std::remove(guide.c_str());
+}
+
 TEST(CommandLine, EndsTheCommandWhenItIsTerminated)
 {
     ChildProcess process(Simulate({"--ts", ZVIPTV_SAMPLE_FILE, "--", "sh", "-c",

@@ -77,6 +77,18 @@ TEST_F(RequestCheck, WarnsOfMissingAndUnexpectedKeys)
                                      {"unexpected key stcCount"}}));
 }
 
+TEST_F(RequestCheck, WarnsOnceOfKeysThatStandTwice)
+{
+    EXPECT_EQ(
+        WarningsOf(
+            "PLAYERCONTROL",
+            {{{"functionname", "MuteAudio"}, {"handleID", "256"}, {"onoff", "1"}, {"onoff", "0"}},
+             {{"functionname", "MuteAudio"}, {"handleID", "256"}, {"onoff", "1"}, {"functionname", "Fly"}},
+             {{"functionname", "GetSTCCount"}, {"handleID", "256"}, {"x", "1"}, {"x", "1"}, {"x", "1"}}}),
+        (std::vector<Warnings>{
+            {"repeated key onoff"}, {"repeated key functionname"}, {"unexpected key x", "repeated key x"}}));
+}
+
 TEST_F(RequestCheck, WarnsOfMalformedNumbers)
 {
     EXPECT_EQ(WarningsOf("PLAYERCONTROL",
@@ -210,15 +222,41 @@ TEST_F(Simulator, SaysWarningsInTheTextOfTheLog)
         << m_simulator->Errors();
 }
 
-TEST_F(Simulator, KeepsControlCharactersOutOfWarnings)
+TEST_F(RequestCheck, ShowsShortTextsEscapedInJson)
+{
+    Application application;
+    application.Announce("PLAYERCONTROL");
+    application.Ask("PLAYERCONTROL", {{"functionname", std::string("MuteAudio\0", 10)},
+                                      {"AppID", "a\\b\n\x7f\xc2\x9b"
+                                                "31mé"},
+                                      {"k\x1b\x7f", std::string(15, '\1')},
+                                      {"x", std::string(16, '\1')},
+                                      {"y", std::string(61, 'y')}});
+    Json::Value const request = Requests().at(0);
+    EXPECT_EQ(request["request"]["functionname"].asString(), "MuteAudio\\x00");
+    EXPECT_EQ(request["request"]["AppID"].asString(), "a\\\\b\\n\\x7f\\xc2\\x9b31mé");
+    EXPECT_EQ(request["request"]["k\\x1b\\x7f"].asString().substr(0, 8), "\\x01\\x01");
+    EXPECT_EQ(request["request"]["x"].asString(), "<16 bytes>");
+    EXPECT_EQ(request["request"]["y"].asString(), "<61 bytes>");
+    EXPECT_EQ(request["warnings"][0].asString(), "unknown function MuteAudio\\x00");
+}
+
+TEST_F(Simulator, KeepsControlCharactersOutOfTheLog)
 {
     Start({"--ts", ZVIPTV_SAMPLE_FILE, "--loop"});
     Application application;
     application.Announce("PLAYERCONTROL");
-    application.Ask("PLAYERCONTROL", {{"functionname", "Mute\x1b[2J"}});
+    application.Ask("PLAYERCONTROL", {{"functionname", "Mute\x1b[2J"}, {"k\xc2\x9b", "1"}});
     EXPECT_TRUE(
-        m_simulator->WaitForErrors(" PLAYERCONTROL <8 bytes>: unknown function <8 bytes>\n", Patience))
+        m_simulator->WaitForErrors(" PLAYERCONTROL Mute\\x1b[2J: unknown function Mute\\x1b[2J\n", Patience))
         << m_simulator->Errors();
+    application.Announce("IPGUTIL");
+    application.Ask("IPGUTIL", {{"functionname", "CloneUSBToTV"}, {"path", "/no\n\x1b[2J\xc2\x9b"}});
+    EXPECT_TRUE(
+        m_simulator->WaitForErrors("zviptv-sim: cannot load the guide: /no\\n\\x1b[2J\\xc2\\x9b: ", Patience))
+        << m_simulator->Errors();
+    EXPECT_THAT(m_simulator->Errors(),
+                testing::Not(testing::AnyOf(testing::HasSubstr("\x1b"), testing::HasSubstr("\xc2\x9b"))));
 }
 
 } // namespace

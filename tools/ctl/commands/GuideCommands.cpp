@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "GuideCommands.h"
 
+#include "common/PrintableText.h"
 #include "session/Session.h"
 
 #include <glib.h>

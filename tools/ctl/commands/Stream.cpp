@@ -2,6 +2,7 @@
 #include "Stream.h"
 
 #include "PacketLine.h"
+#include "common/PrintableText.h"
 #include "output/Words.h"
 #include "session/Explanations.h"
 
@@ -160,7 +161,7 @@ void Stream::Fail(Failure const& failure)
 void Stream::Say(std::string const& text)
 {
     m_live.Erase();
-    std::fprintf(stderr, "zviptvctl: %s\n", text.c_str());
+    std::fprintf(stderr, "zviptvctl: %s\n", PrintableText(text).c_str());
 }
 
 ExitCode Stream::Conclude()

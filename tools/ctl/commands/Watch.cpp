@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Watch.h"
 
+#include "common/PrintableText.h"
 #include "output/Answer.h"
 #include "session/Explanations.h"
 
@@ -244,7 +245,7 @@ void Watch::Say(char const* event, std::string const& text)
     json["event"] = event;
     json["text"] = ToJson(text);
     m_live.Erase();
-    Write(json, text);
+    Write(json, PrintableText(text));
 }
 
 void Watch::Write(Json::Value const& json, std::string const& text)

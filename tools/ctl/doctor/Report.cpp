@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "doctor/Report.h"
 
+#include "common/PrintableText.h"
 #include "output/Print.h"
 
 #include <algorithm>

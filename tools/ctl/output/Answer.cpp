@@ -5,12 +5,32 @@
 
 namespace zviptv::ctl {
 
+namespace {
+
+/// JsonCpp writes delete and U+0080 to U+009F as they are, and terminals obey them.
+std::string EscapeControls(std::string const& json)
+{
+    std::string escaped;
+    for (std::string_view rest = json; !rest.empty(); rest.remove_prefix(1)) {
+        bool const isLate =
+            rest.size() > 1 && rest[0] == '\xC2' && static_cast<unsigned char>(rest[1]) < 0xA0;
+        if (isLate) {
+            rest.remove_prefix(1); // whose second byte is the character's number
+        }
+        auto const code = static_cast<unsigned char>(rest[0]);
+        escaped += isLate || code == 0x7F ? "\\u" + ToHex(code, 4).substr(2) : std::string(1, rest[0]);
+    }
+    return escaped;
+}
+
+} // namespace
+
 std::string Compact(Json::Value const& json)
 {
     Json::StreamWriterBuilder builder;
     builder["indentation"] = "";
     builder["emitUTF8"] = true;
-    return Json::writeString(builder, json);
+    return EscapeControls(Json::writeString(builder, json));
 }
 
 ExitCode Answer::Code() const

@@ -31,7 +31,7 @@ struct Answer
     ExitCode Code() const;
 };
 
-/// One line, without trailing line break.
+/// One line without control characters, also at its end.
 std::string Compact(Json::Value const& json);
 
 /// The text, or the JSON object with "result" on one line, which is false after failures, and "error".

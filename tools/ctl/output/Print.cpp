@@ -1,33 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "Print.h"
 
+#include "common/PrintableText.h"
 #include "glib/Owned.h"
 
 namespace zviptv::ctl {
-
-namespace {
-
-// As HexEscape() writes them.
-constexpr char LineBreak[] = "\\x0a";
-constexpr char Tab[] = "\\x09";
-
-std::string HexEscape(char character)
-{
-    return "\\x" + ToHex(static_cast<unsigned char>(character), 2).substr(2);
-}
-
-/// Takes the first character off the text; \xNN for the first byte of a control character or of no character.
-std::string TakeCharacter(std::string_view& text)
-{
-    gunichar const code = g_utf8_get_char_validated(text.data(), static_cast<gssize>(text.size()));
-    bool const isPrintable = g_unichar_validate(code) != FALSE && g_unichar_iscntrl(code) == FALSE;
-    std::size_t const size = isPrintable ? static_cast<std::size_t>(g_unichar_to_utf8(code, nullptr)) : 1;
-    std::string const character = isPrintable ? std::string(text.substr(0, size)) : HexEscape(text.front());
-    text.remove_prefix(size);
-    return character;
-}
-
-} // namespace
 
 std::string ToHex(std::uint64_t number, unsigned digits)
 {
@@ -38,34 +15,6 @@ std::string ToHex(std::uint64_t number, unsigned digits)
         number >>= 4U;
     }
     return "0x" + text;
-}
-
-std::string EscapeText(std::string_view text)
-{
-    std::string escaped;
-    while (!text.empty()) {
-        std::string const character = TakeCharacter(text);
-        if (character == "\\") {
-            escaped += "\\\\";
-        } else if (character == LineBreak) {
-            escaped += "\\n";
-        } else if (character == Tab) {
-            escaped += "\\t";
-        } else {
-            escaped += character;
-        }
-    }
-    return escaped;
-}
-
-std::string PrintableText(std::string_view text)
-{
-    std::string printable;
-    while (!text.empty()) {
-        std::string const character = TakeCharacter(text);
-        printable += character == LineBreak ? "\n" : character == Tab ? "\t" : character;
-    }
-    return printable;
 }
 
 std::string ToText(EnumInfo const& info, std::int32_t value)
@@ -89,7 +38,7 @@ std::string ToText(bool flag)
 std::string ToText(char character)
 {
     std::string_view text(&character, 1);
-    return TakeCharacter(text);
+    return TakePrintable(text);
 }
 
 std::string ToText(std::string const& text)

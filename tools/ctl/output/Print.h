@@ -18,14 +18,6 @@ namespace zviptv::ctl {
 /// "0x" and `digits` digits.
 std::string ToHex(std::uint64_t number, unsigned digits);
 
-/// On one line, in UTF-8: line breaks, other control characters and bytes that are no UTF-8 as \n, \t, \xNN,
-/// and backslashes doubled.
-std::string EscapeText(std::string_view text);
-
-/// For people: line breaks and tabs as they are, other control characters, which could upset a terminal, and
-/// bytes that are no UTF-8 as \xNN.
-std::string PrintableText(std::string_view text);
-
 /// The number with its name: "2 (PLAYING)".
 std::string ToText(EnumInfo const& info, std::int32_t value);
 

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
+#include <map>
 #include <memory>
 
 namespace zviptv::sim {
@@ -135,9 +136,13 @@ std::vector<std::string> WarningsOf(std::string const& endpoint, CMessageBuffer 
             warnings.push_back(key + " is not of the type " + type);
         }
     }
+    std::map<std::string, int> counts;
     for (int i = 0; i < request.Size(); ++i) {
         std::string const key = request.GetKey(i);
-        if (key != key::FunctionName && Find(keys, "key", key).isNull()) {
+        int const count = ++counts[key];
+        if (count == 2) {
+            warnings.push_back("repeated key " + Shown(key));
+        } else if (count == 1 && key != key::FunctionName && Find(keys, "key", key).isNull()) {
             warnings.push_back("unexpected key " + Shown(key));
         }
     }

@@ -2,6 +2,7 @@
 #include "RequestLog.h"
 
 #include "RequestCheck.h"
+#include "common/PrintableText.h"
 #include "common/StandardStreams.h"
 
 #include <zviptv/Protocol.h>
@@ -10,8 +11,6 @@
 #include <json/writer.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <cctype>
 #include <cstdio>
 
 namespace zviptv::sim {
@@ -37,7 +36,7 @@ Json::Value JsonEntries(CMessageBuffer const& message)
 {
     Json::Value json(Json::objectValue);
     for (int i = 0; i < message.Size(); ++i) {
-        Json::Value& value = json[message.GetKey(i)];
+        Json::Value& value = json[EscapeText(message.GetKey(i))];
         if (value.isNull()) { // of entries with one key the first counts
             value = Shown(message.GetValue(i));
         }
@@ -92,10 +91,9 @@ Json::Value ToJson(RequestLog::Subscriber const& subscriber)
 std::string Shown(std::string const& value)
 {
     constexpr std::size_t longest = 60;
-    bool const isText = std::all_of(value.begin(), value.end(), [](char letter) {
-        return std::isprint(static_cast<unsigned char>(letter)) != 0;
-    });
-    return isText && value.size() <= longest ? value : "<" + std::to_string(value.size()) + " bytes>";
+    std::string const text = EscapeText(std::string_view(value).substr(0, longest));
+    bool const isShort = value.size() <= longest && text.size() <= longest;
+    return isShort ? text : "<" + Counted(value.size(), "byte") + ">";
 }
 
 RequestLog::~RequestLog()
@@ -116,7 +114,7 @@ void RequestLog::ClearStatus()
 void RequestLog::Say(std::string const& text)
 {
     ClearStatus();
-    std::fprintf(stderr, "zviptv-sim: %s\n", text.c_str());
+    std::fprintf(stderr, "zviptv-sim: %s\n", EscapeText(text).c_str());
 }
 
 void RequestLog::Write(Entry const& entry)

@@ -10,7 +10,7 @@
 
 namespace zviptv::sim {
 
-/// A value as people read it: text as it is, bytes and long texts by their size.
+/// A value as people read it: short text with control characters escaped, long text and bytes by their size.
 std::string Shown(std::string const& value);
 
 /// Shows what the service does: a line a request, and a status line. docs/simulator.md has the JSON members.
@@ -69,7 +69,7 @@ public:
     /// Where applications find the private bus. @throws as Write(Status) does
     void WriteBus(std::string const& address);
 
-    /// A line for the user, in every form: to standard error.
+    /// A line for the user, in every form: to standard error, with control characters escaped.
     void Say(std::string const& text);
 
 private:

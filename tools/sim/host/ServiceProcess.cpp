@@ -2,6 +2,7 @@
 #include "ServiceProcess.h"
 
 #include "ServiceRun.h"
+#include "common/PrintableText.h"
 
 #include <unistd.h>
 
@@ -40,7 +41,7 @@ int ServiceProcess::Serve()
         });
         return 0;
     } catch (std::exception const& failure) {
-        std::fprintf(stderr, "zviptv-sim: %s\n", failure.what());
+        std::fprintf(stderr, "zviptv-sim: %s\n", EscapeText(failure.what()).c_str());
         return Failure;
     }
 }

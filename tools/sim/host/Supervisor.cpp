@@ -6,6 +6,7 @@
 #include "ServiceProcess.h"
 #include "ServiceRun.h"
 #include "Signals.h"
+#include "common/PrintableText.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -50,7 +51,7 @@ try {
     }
     return *status;
 } catch (std::system_error const& failure) {
-    std::fprintf(stderr, "zviptv-sim: %s\n", failure.what());
+    std::fprintf(stderr, "zviptv-sim: %s\n", EscapeText(failure.what()).c_str());
     return Process::CannotRun;
 }
 

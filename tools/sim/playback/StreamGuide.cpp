@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "StreamGuide.h"
 
+#include "common/PrintableText.h"
 #include "common/StandardStreams.h"
 #include "guide/GuideProblems.h"
 
@@ -13,7 +14,7 @@ namespace {
 
 void Print(std::uint64_t id, std::string const& name)
 {
-    std::printf("%llu  %s\n", static_cast<unsigned long long>(id), name.c_str());
+    std::printf("%llu  %s\n", static_cast<unsigned long long>(id), EscapeText(name).c_str());
 }
 
 } // namespace
