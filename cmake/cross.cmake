@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
 # Toolchain of ./run cross: Debian's cross compiler for the architecture ZVIPTV_CROSS, the libraries of that architecture
-# in ZVIPTV_SYSROOT (packaging/cross/sysroot.sh makes it), and QEMU to run what is built.
+# in ZVIPTV_SYSROOT (packaging/cross/sysroot.sh makes it), and QEMU to run what is built, if this machine cannot.
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES ZVIPTV_CROSS ZVIPTV_SYSROOT)
 
 if(ZVIPTV_CROSS STREQUAL "armhf")
@@ -24,7 +24,14 @@ set(CMAKE_C_COMPILER ${cross_compiler}-gcc)
 set(CMAKE_CXX_COMPILER ${cross_compiler}-g++)
 set(CMAKE_CXX_FLAGS_INIT -Wno-psabi) # a note that older compilers passed arguments differently
 set(CMAKE_SYSROOT "${ZVIPTV_SYSROOT}")
-set(CMAKE_CROSSCOMPILING_EMULATOR qemu-${CMAKE_SYSTEM_PROCESSOR}-static -L "${ZVIPTV_SYSROOT}")
+if(ZVIPTV_CROSS STREQUAL "i386" AND CMAKE_HOST_SYSTEM_PROCESSOR STREQUAL "x86_64")
+    # An RPATH, which the libraries of the sysroot heed as well, unlike a RUNPATH.
+    string(CONCAT CMAKE_EXE_LINKER_FLAGS_INIT "-Wl,--dynamic-linker=${ZVIPTV_SYSROOT}/lib/ld-linux.so.2"
+        ",--disable-new-dtags,-rpath,${ZVIPTV_SYSROOT}/lib/${CMAKE_LIBRARY_ARCHITECTURE}"
+        ",-rpath,${ZVIPTV_SYSROOT}/usr/lib/${CMAKE_LIBRARY_ARCHITECTURE}")
+else()
+    set(CMAKE_CROSSCOMPILING_EMULATOR qemu-${CMAKE_SYSTEM_PROCESSOR}-static -L "${ZVIPTV_SYSROOT}")
+endif()
 
 # Programs come from this machine, everything else from the sysroot.
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
