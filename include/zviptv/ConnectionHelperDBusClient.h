@@ -17,7 +17,8 @@ typedef struct _GVariant GVariant;
 ///
 /// Threads: no locks, no main loop needed; one instance belongs to one thread at a time. Every call blocks
 /// the calling thread for at most 2000 ms once the process is connected to the bus; connecting, in the
-/// constructor and in CheckConnection, takes as long as the bus takes.
+/// constructor and in CheckConnection, takes as long as the bus takes. ZVGetLastFailure() says why one
+/// failed.
 class ZVIPTV_API CConnectionHelperDBusClient
 {
 public:
@@ -44,8 +45,8 @@ public:
     /// Announces that the channel goes away; the outcome is ignored.
     void Disconnect(std::string dbusname, std::string type);
 
-    /// One blocking "SendSignal" call. On success `reply` is replaced by the answer; on failure, which the
-    /// log tells, it is unchanged.
+    /// One blocking "SendSignal" call. On success `reply` is replaced by the answer; on failure it is
+    /// unchanged.
     bool m_SendMessage(CMessageBuffer& request, CMessageBuffer& reply);
 
     /// Decodes a helper-bus message, "(a(ss))"; an empty buffer for null or any other type.

@@ -25,9 +25,10 @@
 /// in which it was created.
 ///
 /// Lifetime: a pointer to the object is valid for the life of the process. While the object is destroyed,
-/// every call on it returns false, from any thread, and the log says why; after the next Create the pointer
-/// works again. A call that another thread has begun when the object is destroyed is answered or returns
-/// false.
+/// every call on it returns false, from any thread; after the next Create the pointer works again. A call
+/// that another thread has begun when the object is destroyed is answered or returns false.
+///
+/// ZVGetLastFailure() says why a call failed.
 class ZVIPTV_API IBroadcastData
 {
 protected:

@@ -12,8 +12,8 @@
 /// up and when it goes away. Obtained from CIPTVServiceAPI::CreateConnectionHelper.
 ///
 /// Lifetime: a pointer to the object is valid for the life of the process. While the object is destroyed, a
-/// call on it does nothing, from any thread, and the log says why; after the next Create the pointer works
-/// again.
+/// call on it does nothing, from any thread, and ZVGetLastFailure() says why; after the next Create the
+/// pointer works again.
 class ZVIPTV_API IConnectionHelper
 {
 protected:

@@ -28,9 +28,10 @@
 /// The object stays when the service leaves the bus. Nothing arrives until it is destroyed and created again.
 ///
 /// Lifetime: a pointer to the object is valid for the life of the process. While the object is destroyed,
-/// every call on it returns false, from any thread, and the log says why; after the next Create the pointer
-/// works again. A call that another thread has begun when the object is destroyed is answered or returns
-/// false.
+/// every call on it returns false, from any thread; after the next Create the pointer works again. A call
+/// that another thread has begun when the object is destroyed is answered or returns false.
+///
+/// ZVGetLastFailure() says why a call failed.
 class ZVIPTV_API IIPTVDataSubscriber
 {
 protected:
@@ -45,18 +46,18 @@ public:
     /// `key`; false, with `key` unchanged, when `callback` is null or no key could be made: keys are drawn
     /// from the clock's second, so a second subscription of a kind within the same second fails. Try again
     /// when std::time has changed. True does not promise delivery: a service that does not answer is asked
-    /// once and not again.
+    /// once and not again; ZVGetLastFailure() says so.
     virtual bool SubscribeForCaption(void (*callback)(ZVCaption& caption, void* userData), void* userData,
                                      int& key) = 0;
 
-    /// Ends a subscription. Always returns false.
+    /// Ends a subscription. Always returns false; ZVGetLastFailure() tells whether it failed.
     virtual bool UnsubscribeForCaption(int key) = 0;
 
     /// Subscribes `callback` for PES packets; otherwise as SubscribeForCaption.
     virtual bool SubscribeForPES(void (*callback)(ZVPESData& pes, void* userData), void* userData,
                                  int& key) = 0;
 
-    /// Ends a subscription. Always returns false.
+    /// Ends a subscription. Always returns false; ZVGetLastFailure() tells whether it failed.
     virtual bool UnSubscribeForPES(int key) = 0;
 
 protected:

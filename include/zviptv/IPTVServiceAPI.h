@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 /// @file
-/// The factory; includes the interfaces that it makes.
+/// The factory; includes the interfaces that it makes, and why calls fail.
 
 #pragma once
 
 #include <zviptv/Export.h>
+#include <zviptv/Failure.h>
 #include <zviptv/IBroadcastData.h>
 #include <zviptv/IConnectionHelper.h>
 #include <zviptv/IIPGUtil.h>
@@ -16,12 +17,13 @@
 ///
 /// Each interface has one object per process. Create hands out the existing one, or makes it; `profile` and
 /// `id` (of which 16 bits count) count only when it makes one. Every function returns 0; a failure shows as a
-/// null pointer in `out`, and the log says why, for example that no service runs or that no descriptor is
-/// free. CreateIPGUtil does not ask whether it runs. With a null `out` nothing is made, and the log tells.
+/// null pointer in `out`, and ZVGetLastFailure() says why, for example that no service runs or that no
+/// descriptor is free. CreateIPGUtil does not ask whether it runs. With a null `out` nothing is made.
 ///
 /// An object does not guarantee a connection: when the service runs but does not answer the announcement in
 /// time, or names no endpoint, Create still hands out an object, whose calls fail and which does not notice
-/// the service's end. When every call of an object fails, destroy it and create it again.
+/// the service's end; ZVGetLastFailure() then says why, after the Create and after each call. When every call
+/// of an object fails, destroy it and create it again.
 ///
 /// An object destroys itself from a handler of the service's loss. A handler that is late, because the object
 /// has been destroyed and created again meanwhile, leaves the new one alone.

@@ -36,6 +36,7 @@ struct ChannelAccess;
 /// was the thread default where the channel was constructed, notifications and the loss of the partner
 /// through the one where Connect ran; those contexts must be iterated. Sends may be made from any thread and
 /// need no loop. What an asynchronous send holds is released when the sending thread's context is iterated.
+/// ZVGetLastFailure() says on the sending thread why Connect or a send failed.
 ///
 /// Lifetime: a channel may be destroyed from any thread and from inside any of its callbacks. When the
 /// destructor returns, no message or notification callback runs on another thread and none starts any more. A

@@ -4,12 +4,15 @@
 #include "dbus/BusConnection.h"
 #include "dbus/HelperMessage.h"
 #include "dbus/OwnerQuestion.h"
+#include "dbus/SendFailure.h"
 #include "dbus/SyncCall.h"
+#include "failure/LastFailure.h"
 #include "log/Log.h"
 
 #include <zviptv/Protocol.h>
 
 using zviptv::Error;
+using zviptv::FailureScope;
 using zviptv::Owned;
 namespace helper = zviptv::helper;
 namespace key = zviptv::protocol::key;
@@ -39,6 +42,7 @@ CConnectionHelperDBusClient::CConnectionHelperDBusClient()
     Owned<GDBusConnection> connection = zviptv::SystemBus(error);
     if (error) {
         ZV_LOG_ERROR_LINE("Error while connecting to system bus [%d] %s\n", error.Code(), error.Message());
+        zviptv::SetConnectFailure(error);
         return;
     }
     m_pConnection = std::move(connection);
@@ -52,6 +56,7 @@ CConnectionHelperDBusClient::~CConnectionHelperDBusClient()
 bool CConnectionHelperDBusClient::CheckConnection()
 {
     using zviptv::OwnerQuestion;
+    FailureScope const scope("CheckConnection");
     OwnerQuestion::Answer const answer = OwnerQuestion::Ask();
     if (answer == OwnerQuestion::Answer::Failed) {
         // The line never shows the bus's message.
@@ -63,6 +68,7 @@ bool CConnectionHelperDBusClient::CheckConnection()
 
 std::string CConnectionHelperDBusClient::Connect(std::string dbusname, std::string type)
 {
+    FailureScope const scope("Connect");
     CMessageBuffer request = Announcement(dbusname, type, "y");
     CMessageBuffer reply;
     m_SendMessage(request, reply);
@@ -71,6 +77,7 @@ std::string CConnectionHelperDBusClient::Connect(std::string dbusname, std::stri
 
 void CConnectionHelperDBusClient::Disconnect(std::string dbusname, std::string type)
 {
+    FailureScope const scope("Disconnect");
     CMessageBuffer request = Announcement(dbusname, type, "n");
     CMessageBuffer reply;
     m_SendMessage(request, reply);
@@ -78,9 +85,11 @@ void CConnectionHelperDBusClient::Disconnect(std::string dbusname, std::string t
 
 bool CConnectionHelperDBusClient::m_SendMessage(CMessageBuffer& request, CMessageBuffer& reply)
 {
+    FailureScope const scope("m_SendMessage");
     ZV_LOG_INFO_LINE("Sending");
     if (m_pConnection == nullptr) {
         ZV_LOG_ERROR_LINE("No connection setup");
+        zviptv::SetFailureUnlessSet(ZV_FAILURE_NO_BUS, {"there is no connection to the bus"});
         return false;
     }
     Error error;
@@ -108,6 +117,7 @@ bool CConnectionHelperDBusClient::m_SendMessage(CMessageBuffer& request, CMessag
         default:
             ZV_LOG_ERROR_LINE("Error : %d, %s", error.Code(), error.Message());
         }
+        zviptv::SetSendFailure(error, "the announcement");
         return false;
     }
     reply = m_ConvertMsg(result.get());

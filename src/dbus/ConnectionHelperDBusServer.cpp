@@ -4,7 +4,9 @@
 #include "dbus/BusConnection.h"
 #include "dbus/CallbackGate.h"
 #include "dbus/HelperMessage.h"
+#include "dbus/SendFailure.h"
 #include "dbus/Singleton.h"
+#include "failure/LastFailure.h"
 #include "log/Log.h"
 
 #include <zviptv/Protocol.h>
@@ -81,6 +83,9 @@ public:
 
     void WaitForHandlers() { m_gate->WaitForOthers(); }
 
+    /// Why it answers nobody.
+    zviptv::KeptFailure failure;
+
     void SetHandler(Handler handler)
     {
         std::lock_guard<std::mutex> const lock(m_guard);
@@ -110,6 +115,7 @@ void Server::Start(SourceLocation const& where, GBusNameAcquiredCallback acquire
     m_pServCon = zviptv::SystemBus(error);
     if (error) {
         WriteLog(ZV_LOG_ERROR, where, "Couldn't connect to DBus bus: '%s'\n", error.Message());
+        zviptv::SetConnectFailure(error);
         return;
     }
     WriteLog(ZV_LOG_INFO, where, "XML parsed 1");
@@ -123,6 +129,7 @@ void Server::Start(SourceLocation const& where, GBusNameAcquiredCallback acquire
                         CConnectionHelperDBusServer::m_vtable, CallbackGate::NewToken(m_gate),
                         CallbackGate::ReleaseToken, error)) {
         WriteLog(ZV_LOG_ERROR, where, "Couldn't register DBus bus : '%s'\n", error.Message());
+        zviptv::SetFailure(ZV_FAILURE_BUS_ERROR, {error.Message()});
         return;
     }
     WriteLog(ZV_LOG_INFO, where, "XML parsed 3");
@@ -136,6 +143,7 @@ void Server::Start(SourceLocation const& where, GBusNameAcquiredCallback acquire
     if (m_Owner.Id() == 0) {
         m_pNodeInfo.reset();
         WriteLog(ZV_LOG_ERROR, where, "Bus Own Name Error");
+        zviptv::SetFailure(ZV_FAILURE_NO_BUS, {"the bus has closed the connection; see whether it runs"});
     }
 }
 
@@ -147,6 +155,7 @@ struct CConnectionHelperDBusServer::State : zviptv::Singleton<Server>
 
 CConnectionHelperDBusServer* CConnectionHelperDBusServer::Instance()
 {
+    zviptv::FailureScope const scope("Instance");
     ZV_LOG_ENTRY();
     Server::Handler handler; // of the server whose bus has died
     auto const make = [&handler] {
@@ -154,6 +163,7 @@ CConnectionHelperDBusServer* CConnectionHelperDBusServer::Instance()
         server->SetHandler(handler);
         server->Start(SourceLocation::Here(__FILE__, "CConnectionHelperDBusServer"), m_NameAcquired,
                       m_NameLost);
+        server->failure.Keep();
         return server;
     };
     WriteSide side{m_rwlock};
@@ -169,11 +179,16 @@ CConnectionHelperDBusServer* CConnectionHelperDBusServer::Instance()
             outdated.End();
             handler = outdated.CurrentHandler();
         });
-    return server == nullptr ? nullptr : m_pInstance;
+    if (server == nullptr) {
+        return nullptr;
+    }
+    server->failure.Recall();
+    return m_pInstance;
 }
 
 void CConnectionHelperDBusServer::Destroy()
 {
+    zviptv::FailureScope const scope("Destroy");
     WriteSide side{m_rwlock};
     {
         std::lock_guard<WriteSide> const lock(side);
@@ -194,10 +209,12 @@ void CConnectionHelperDBusServer::SetDbusSignalCb(std::string (*cb)(std::string,
                                                                     void*),
                                                   void* userData)
 {
+    zviptv::FailureScope const scope("SetDbusSignalCb");
     if (auto const server = m_state->Current()) {
         server->SetHandler({cb, userData});
     } else {
         ZV_LOG_ERROR_LINE("The object has been destroyed; create it again");
+        zviptv::SetGone();
     }
 }
 

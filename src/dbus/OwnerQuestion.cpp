@@ -4,6 +4,8 @@
 #include "dbus/BusConnection.h"
 #include "dbus/FreeDescriptors.h"
 #include "dbus/HelperMessage.h"
+#include "dbus/SendFailure.h"
+#include "failure/LastFailure.h"
 
 #include <dbus/dbus.h>
 
@@ -96,23 +98,62 @@ Message AskTheBus(DBusConnection* connection, Clock::time_point deadline)
     return Await(connection, serial, deadline);
 }
 
+/// Receives and owns a DBusError.
+class BusError
+{
+public:
+    BusError() { dbus_error_init(&m_error); }
+    ~BusError() { dbus_error_free(&m_error); }
+    BusError(BusError const&) = delete;
+    BusError& operator=(BusError const&) = delete;
+
+    DBusError* Out() { return &m_error; }
+    char const* Name() const { return m_error.name == nullptr ? "" : m_error.name; }
+    char const* Message() const { return m_error.message == nullptr ? "" : m_error.message; }
+
+private:
+    DBusError m_error = {};
+};
+
+/// Sets why a connection has brought no answer.
+void SetUnanswered(DBusConnection* connection)
+{
+    if (dbus_connection_get_is_connected(connection) != FALSE) {
+        SetFailure(ZV_FAILURE_TIMED_OUT, {"no answer from the bus within 2000 ms; see whether it hangs"});
+    } else {
+        SetFailure(ZV_FAILURE_NO_BUS, {"the bus closed the connection; see whether it still runs"});
+    }
+}
+
 } // namespace
 
 OwnerQuestion::Answer OwnerQuestion::Ask()
 {
     Error shortage; // GLib, too, opens some when it is first asked for the address
     if (!HaveFreeDescriptors(DescriptorsOfAConnection, shortage)) {
+        SetShortage();
         return Answer::Failed;
     }
-    Connection const connection(dbus_connection_open_private(SystemBusAddress().c_str(), nullptr));
+    BusError error;
+    Connection const connection(dbus_connection_open_private(SystemBusAddress().c_str(), error.Out()));
     if (connection == nullptr) {
+        SetFailure(ZV_FAILURE_NO_BUS,
+                   {error.Message(), "; start the bus, or set DBUS_SYSTEM_BUS_ADDRESS to one that runs"});
         return Answer::Failed;
     }
     Message const answer = AskTheBus(connection.get(), Clock::now() + Milliseconds(2000));
     dbus_bool_t owned = FALSE;
-    if (answer == nullptr ||
-        dbus_message_get_args(answer.get(), nullptr, DBUS_TYPE_BOOLEAN, &owned, DBUS_TYPE_INVALID) == FALSE) {
+    if (answer == nullptr) {
+        SetUnanswered(connection.get());
         return Answer::Failed;
+    }
+    if (dbus_message_get_args(answer.get(), nullptr, DBUS_TYPE_BOOLEAN, &owned, DBUS_TYPE_INVALID) == FALSE) {
+        dbus_set_error_from_message(error.Out(), answer.get());
+        SetFailure(ZV_FAILURE_BUS_ERROR, {error.Message()}, "", error.Name());
+        return Answer::Failed;
+    }
+    if (owned == FALSE) {
+        SetFailure(ZV_FAILURE_NO_SERVICE, {"no service runs on this bus; start it"});
     }
     return owned != FALSE ? Answer::Owned : Answer::NotOwned;
 }

@@ -18,6 +18,7 @@ public:
         Failed ///< no bus, no answer in time, no free descriptor
     };
 
+    /// Sets the calling thread's failure unless it is Owned.
     static Answer Ask();
 };
 

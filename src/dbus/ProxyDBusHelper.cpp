@@ -4,6 +4,8 @@
 #include "dbus/BusConnection.h"
 #include "dbus/FreeDescriptors.h"
 #include "dbus/PeerChannelState.h"
+#include "dbus/SendFailure.h"
+#include "failure/LastFailure.h"
 #include "log/Log.h"
 
 #include <utility>
@@ -46,6 +48,8 @@ constexpr auto PartnerProxyFlags = static_cast<GDBusProxyFlags>(
     G_DBUS_PROXY_FLAGS_DO_NOT_LOAD_PROPERTIES | G_DBUS_PROXY_FLAGS_DO_NOT_CONNECT_SIGNALS |
     G_DBUS_PROXY_FLAGS_DO_NOT_AUTO_START | G_DBUS_PROXY_FLAGS_NO_MATCH_RULE);
 
+constexpr char NoBus[] = "the channel has no connection to the bus; create it again when the bus runs";
+
 } // namespace
 
 CProxyDBusHelper::CProxyDBusHelper(std::string name) : m_state(std::make_unique<State>(this))
@@ -62,6 +66,7 @@ CProxyDBusHelper::CProxyDBusHelper(std::string name) : m_state(std::make_unique<
     state.m_connection = zviptv::SystemBus(error);
     if (error) {
         ZV_LOG_ERROR_LINE("Error while connecting to system bus [%d] %s\n", error.Code(), error.Message());
+        zviptv::SetConnectFailure(error);
         return;
     }
     char const* const uniqueName = g_dbus_connection_get_unique_name(state.m_connection.get());
@@ -105,10 +110,12 @@ void zviptv::ChannelAccess::Withdraw(CProxyDBusHelper& channel)
 
 int CProxyDBusHelper::Connect(std::string partner)
 {
+    zviptv::FailureScope const scope("Connect");
     ZV_LOG_ENTRY();
     // The partner may be lost at once, and its handler, on another thread, may end the channel.
     CallbackGate::Visit<CProxyDBusHelper> const stay(m_state->m_gate);
     if (!stay) {
+        zviptv::SetGone();
         return 0;
     }
     {
@@ -138,6 +145,11 @@ int CProxyDBusHelper::m_CreatePartnerProxy()
     }
     if (watch == 0) {
         ZV_LOG_ERROR_LINE("Error while g_dbus_proxy_new_sync");
+        if (zviptv::IsOpen(state.m_connection)) {
+            zviptv::SetFailureUnlessSet(ZV_FAILURE_INVALID_ARGUMENT, {"the partner's name is no bus name"});
+        } else {
+            zviptv::SetFailureUnlessSet(ZV_FAILURE_NO_BUS, {NoBus});
+        }
         return 0;
     }
 
@@ -160,6 +172,7 @@ int CProxyDBusHelper::m_CreatePartnerProxy()
     }
     if (error) {
         ZV_LOG_ERROR_LINE("Error while registering proxy  %s", error.Message());
+        zviptv::SetSendFailure(error, "the channel's name");
         m_Disconnect();
         return 0;
     }
@@ -168,6 +181,7 @@ int CProxyDBusHelper::m_CreatePartnerProxy()
 
     if (subscription.Id() == 0) {
         ZV_LOG_ERROR_LINE("Error while g_dbus_connection_signal_subscribe");
+        zviptv::SetFailureUnlessSet(ZV_FAILURE_NO_BUS, {NoBus});
         m_Disconnect();
         return 0;
     }
@@ -176,6 +190,7 @@ int CProxyDBusHelper::m_CreatePartnerProxy()
 
     std::lock_guard<std::mutex> const lock(state.m_guard);
     if (state.m_partner_name != partner) {
+        zviptv::SetFailure(ZV_FAILURE_NO_SERVICE, {"the partner has left the bus"});
         return 0; // lost meanwhile, and handled so by the thread that iterates the context
     }
     state.m_partner_proxy = std::move(proxy);

@@ -4,13 +4,16 @@
 #include "dbus/IncomingCall.h"
 #include "dbus/PeerChannelState.h"
 #include "dbus/PeerMessage.h"
+#include "dbus/SendFailure.h"
 #include "dbus/SyncCall.h"
+#include "failure/LastFailure.h"
 #include "log/Log.h"
 
 using zviptv::CallbackGate;
 using zviptv::DecodePeerMessage;
 using zviptv::EncodePeerMessage;
 using zviptv::Error;
+using zviptv::FailureScope;
 using zviptv::IncomingScope;
 using zviptv::Owned;
 
@@ -63,10 +66,20 @@ Owned<GVariant> CallPartner(GDBusProxy* proxy, GVariant* body, Error& error)
                                body, SyncTimeout, error);
 }
 
+/// What a send finds that has no partner.
+int RefuseUnconnected()
+{
+    zviptv::SetFailureUnlessSet(ZV_FAILURE_NO_SERVICE,
+                                {"there is no partner on the bus: it has left, or was never connected; "
+                                 "destroy the object and create it again"});
+    return 0;
+}
+
 } // namespace
 
 int CProxyDBusHelper::SendMessage(CMessageBuffer& request, CMessageBuffer& reply, int async)
 {
+    FailureScope const scope("SendMessage");
     return async == 0 ? m_SendSyncMessage(request, reply)
                       : m_SendAsyncMessage(request, m_GAsyncMessageCallback, nullptr);
 }
@@ -76,11 +89,11 @@ int CProxyDBusHelper::m_SendSyncMessage(CMessageBuffer& request, CMessageBuffer&
     State::Link const link = m_state->CurrentLink();
     if (!link.ready) {
         ZV_LOG_ERROR_LINE("Connection not set.");
-        return 0;
+        return RefuseUnconnected();
     }
     if (link.proxy == nullptr) {
         ZV_LOG_ERROR_LINE("Proxy not ready");
-        return 0;
+        return RefuseUnconnected();
     }
     ZV_LOG_DEBUG_LINE("Sending sync message with %d key-value pairs", request.Size());
     Error error;
@@ -91,8 +104,14 @@ int CProxyDBusHelper::m_SendSyncMessage(CMessageBuffer& request, CMessageBuffer&
         // The channel may be gone when this returns: only what this function holds is touched from here on.
         result = CallPartner(link.proxy.get(), body.get(), error);
     }
-    if (result == nullptr || !DecodePeerMessage(result.get(), decoded, error)) {
+    bool const isAnswered = result != nullptr;
+    if (!isAnswered || !DecodePeerMessage(result.get(), decoded, error)) {
         ZV_LOG_ERROR_LINE("Error while sending message [%d] %s", error.Code(), error.Message());
+        if (isAnswered) {
+            zviptv::SetFailure(ZV_FAILURE_MALFORMED_REPLY, {error.Message()});
+        } else {
+            zviptv::SetSendFailure(error, "the request");
+        }
         return 0;
     }
     reply = std::move(decoded);
@@ -108,17 +127,18 @@ int CProxyDBusHelper::m_SendAsyncMessage(CMessageBuffer& request,
     State::Link const link = m_state->CurrentLink();
     if (!link.ready) {
         ZV_LOG_ERROR_LINE("Connection not set.");
-        return 0;
+        return RefuseUnconnected();
     }
     if (link.proxy == nullptr) {
         ZV_LOG_ERROR_LINE("Proxy not ready");
-        return 0;
+        return RefuseUnconnected();
     }
     ZV_LOG_DEBUG_LINE("Sending async message with %d key-value pairs", request.Size());
     Error error;
     Owned<GVariant> const body = EncodePeerMessage(request, error);
     if (body == nullptr) {
         ZV_LOG_ERROR_LINE("Error while sending message [%d] %s", error.Code(), error.Message());
+        zviptv::SetSendFailure(error, "the request");
         return 0;
     }
     g_dbus_proxy_call(link.proxy.get(), PROXY_DBUS_HELPER_OBJ_METHOD, body.get(), G_DBUS_CALL_FLAGS_NONE,
@@ -142,19 +162,21 @@ void CProxyDBusHelper::m_GAsyncMessageCallback(GObject* source, GAsyncResult* re
 
 int CProxyDBusHelper::SendNotification(CMessageBuffer& message)
 {
+    FailureScope const scope("SendNotification");
     State::Link const link = m_state->CurrentLink();
     if (!link.ready) {
         ZV_LOG_ERROR_LINE("Connection not set.");
-        return 0;
+        return RefuseUnconnected();
     }
     if (link.subscription == 0) {
         ZV_LOG_ERROR_LINE("SignalSubscription not ready");
-        return 0;
+        return RefuseUnconnected();
     }
     ZV_LOG_DEBUG_LINE("Sending signal with %d key-value pairs", message.Size());
     Error error;
     if (!EmitSignal(link.proxy.get(), link.partner, message, error)) {
         ZV_LOG_ERROR_LINE("Error while sending signal [%d] %s", error.Code(), error.Message());
+        zviptv::SetSendFailure(error, "the notification");
         return 0;
     }
     return 1;

@@ -62,6 +62,7 @@ public:
     }
 
     explicit operator bool() const { return m_error != nullptr; }
+    GError const* Get() const { return m_error; }
     int Code() const { return m_error->code; }
     char const* Message() const { return m_error->message; }
     bool Is(GIOErrorEnum code) const { return g_error_matches(m_error, G_IO_ERROR, code) != FALSE; }

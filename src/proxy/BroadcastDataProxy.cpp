@@ -161,7 +161,7 @@ bool CBroadcastDataProxy::GetRatingInfo(std::vector<ZVRatingInfo>& ratings)
         zviptv::Call(m_session.Current(), function::GetRatingInfo, {},
                      {{key::RatingInfoSize, count}, {key::RatingInfo, records}}, ZV_LOG_HERE);
     if (outcome != CallOutcome::NotSent) {
-        zviptv::TakeAnnounced(ratings, count, records);
+        zviptv::TakeAnnounced(ratings, count, records, key::RatingInfoSize);
     }
     return outcome == CallOutcome::Accepted;
 }

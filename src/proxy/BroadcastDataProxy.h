@@ -25,5 +25,5 @@ private:
     bool m_Call(char const* functionName, zviptv::RequestFields fields, zviptv::ReplyFields outputs = {},
                 zviptv::SourceLocation const& where = zviptv::SourceLocation::Here());
 
-    zviptv::Singleton<zviptv::Session> m_session;
+    zviptv::Sessions<zviptv::Session> m_session;
 };

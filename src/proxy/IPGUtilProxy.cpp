@@ -64,6 +64,7 @@ template <typename Output>
 bool CIPGUtilProxy::m_Ask(std::shared_ptr<zviptv::Session> const& session, char const* functionName,
                           zviptv::RequestFields fields, Output& output, zviptv::SourceLocation const& where)
 {
+    zviptv::FailureScope const scope(where.function);
     CMessageBuffer reply;
     if (!zviptv::Exchange(session, functionName, fields, reply, where)) {
         return false;

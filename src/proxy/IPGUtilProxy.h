@@ -31,5 +31,5 @@ private:
     static bool m_Ask(std::shared_ptr<zviptv::Session> const& session, char const* functionName,
                       zviptv::RequestFields fields, Output& output, zviptv::SourceLocation const& where);
 
-    zviptv::Singleton<zviptv::Session> m_session;
+    zviptv::Sessions<zviptv::Session> m_session;
 };

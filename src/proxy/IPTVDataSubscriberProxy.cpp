@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <optional>
+#include <stdexcept>
 #include <utility>
 #include <vector>
 
@@ -43,9 +44,10 @@ std::optional<int> MakeKey(Subscribers<Record> const& subscribers)
 ZVCaption CaptionOf(CMessageBuffer& notification)
 {
     ZVCaption caption{};
-    int const size = std::stoi(notification.GetValue(key::CaptionDataSize));
-    caption.type = std::stoi(notification.GetValue(key::CaptionType));
-    zviptv::TakeAnnounced(caption.data, size, MessageAccess::TakeValue(notification, key::CaptionData));
+    int const size = zviptv::ReadInt32(notification, key::CaptionDataSize);
+    caption.type = zviptv::ReadInt32(notification, key::CaptionType);
+    zviptv::TakeAnnounced(caption.data, size, MessageAccess::TakeValue(notification, key::CaptionData),
+                          key::CaptionDataSize);
     return caption;
 }
 
@@ -54,12 +56,25 @@ ZVPESData PESOf(CMessageBuffer& notification, std::vector<std::uint8_t> memory)
 {
     ZVPESData pes{};
     pes.data = std::move(memory);
-    int const size = std::stoi(notification.GetValue(key::PESDataSize));
-    pes.type = std::stoi(notification.GetValue(key::PESType));
-    pes.pid = static_cast<std::int16_t>(std::stoi(notification.GetValue(key::PESPID)));
-    pes.pts = static_cast<std::uint32_t>(std::stoll(notification.GetValue(key::PESPTS)));
-    zviptv::TakeAnnounced(pes.data, size, MessageAccess::TakeValue(notification, key::PESData));
+    int const size = zviptv::ReadInt32(notification, key::PESDataSize);
+    pes.type = zviptv::ReadInt32(notification, key::PESType);
+    pes.pid = static_cast<std::int16_t>(zviptv::ReadInt32(notification, key::PESPID));
+    pes.pts = static_cast<std::uint32_t>(zviptv::ReadInt64(notification, key::PESPTS));
+    zviptv::TakeAnnounced(pes.data, size, MessageAccess::TakeValue(notification, key::PESData),
+                          key::PESDataSize);
     return pes;
+}
+
+/// What `read` makes of a notification. Where it throws, the failure is that of the notification.
+template <typename Read>
+auto ReadAs(char const* name, Read read)
+{
+    try {
+        return read();
+    } catch (std::logic_error const&) {
+        zviptv::NameFailedFunction(name);
+        throw;
+    }
 }
 
 } // namespace
@@ -139,11 +154,13 @@ bool CIPTVDataSubscriberProxy::m_Subscribe(SessionPointer const& session, Kind<R
                                            void (*callback)(Record&, void*), int& key, Request request,
                                            SourceLocation const& where)
 {
+    zviptv::FailureScope const scope(where.function);
     if (session == nullptr) {
         return zviptv::RefuseWithoutSession(where);
     }
     if (callback == nullptr) {
         zviptv::WriteLog(ZV_LOG_ERROR, where, "No callback to subscribe");
+        zviptv::SetFailure(ZV_FAILURE_INVALID_ARGUMENT, {"there is no callback to subscribe"});
         return false;
     }
     Subscribers<Record>& subscribers = session.get()->*kind;
@@ -154,6 +171,10 @@ bool CIPTVDataSubscriberProxy::m_Subscribe(SessionPointer const& session, Kind<R
     std::optional<int> const made = MakeKey(subscribers);
     if (!made) {
         zviptv::WriteLog(ZV_LOG_ERROR, where, "Can not make a key");
+        zviptv::SetFailure(
+            ZV_FAILURE_REFUSED,
+            {"no key can be made for a second subscription within one second; try again in the "
+             "next one"});
         return false;
     }
     zviptv::WriteLog(ZV_LOG_INFO, where, "Make a key : %d", *made);
@@ -161,9 +182,11 @@ bool CIPTVDataSubscriberProxy::m_Subscribe(SessionPointer const& session, Kind<R
     subscribers.Add(key, callback);
     if (!subscribers.IsRequested()) {
         bool const isSent = request(session, true);
+        subscribers.requestFailure.Keep();
         subscribers.SetRequested(true);
         return isSent || !session->IsLeaving();
     }
+    subscribers.requestFailure.Recall();
     return true;
 }
 
@@ -171,6 +194,7 @@ template <typename Record>
 bool CIPTVDataSubscriberProxy::m_Unsubscribe(SessionPointer const& session, Kind<Record> kind, int key,
                                              Request request, SourceLocation const& where)
 {
+    zviptv::FailureScope const scope(where.function);
     if (session == nullptr) {
         return zviptv::RefuseWithoutSession(where);
     }
@@ -178,6 +202,8 @@ bool CIPTVDataSubscriberProxy::m_Unsubscribe(SessionPointer const& session, Kind
     std::lock_guard<std::mutex> const changing(session->changing);
     if (!subscribers.Contains(key)) {
         zviptv::WriteLog(ZV_LOG_ERROR, where, "Can not find a key");
+        zviptv::SetFailure(ZV_FAILURE_INVALID_ARGUMENT,
+                           {"there is no subscription with the key ", std::to_string(key)});
         return false;
     }
     zviptv::WriteLog(ZV_LOG_INFO, where, "find a key : %d", key);
@@ -194,15 +220,13 @@ bool CIPTVDataSubscriberProxy::m_Unsubscribe(SessionPointer const& session, Kind
 bool CIPTVDataSubscriberProxy::m_RequestCaptionCB(SessionPointer const& session, bool on)
 {
     ZV_LOG_ENTRY();
-    CMessageBuffer reply;
-    return zviptv::Exchange(session, function::RequestCaptionCB, {{key::On, on}}, reply, ZV_LOG_HERE);
+    return zviptv::Inform(session, function::RequestCaptionCB, {{key::On, on}}, ZV_LOG_HERE);
 }
 
 bool CIPTVDataSubscriberProxy::m_RequestPESCB(SessionPointer const& session, bool on)
 {
     ZV_LOG_ENTRY();
-    CMessageBuffer reply;
-    return zviptv::Exchange(session, function::RequestPESCB, {{key::On, on}}, reply, ZV_LOG_HERE);
+    return zviptv::Inform(session, function::RequestPESCB, {{key::On, on}}, ZV_LOG_HERE);
 }
 
 CMessageBuffer CIPTVDataSubscriberProxy::m_MessageCb(CMessageBuffer& message, void* /*session*/)
@@ -231,10 +255,10 @@ void CIPTVDataSubscriberProxy::t_HandleNotification(SubscriberSession& session, 
     std::string const name = notification.GetValue(key::FunctionName);
     zviptv::WriteLog(ZV_LOG_DEBUG, where, "type : %s", name.c_str());
     if (name == function::CaptionCB && session.caption.IsRequested()) {
-        ZVCaption caption = CaptionOf(notification);
+        ZVCaption caption = ReadAs(function::CaptionCB, [&] { return CaptionOf(notification); });
         session.caption.Deliver(caption, [&] { zviptv::WriteLog(ZV_LOG_DEBUG, where, "Call Caption CB"); });
     } else if (name == function::PESCB && session.pes.IsRequested()) {
-        ZVPESData pes = PESOf(notification, session.pes.TakeSpare());
+        ZVPESData pes = ReadAs(function::PESCB, [&] { return PESOf(notification, session.pes.TakeSpare()); });
         session.pes.Deliver(pes, [&] {
             zviptv::WriteLog(ZV_LOG_DEBUG, where, "Call PES CB - type:%d, pid:%d, pts:%lu", pes.type, pes.pid,
                              static_cast<unsigned long>(pes.pts));

@@ -62,5 +62,5 @@ private:
     static bool m_Unsubscribe(SessionPointer const& session, Kind<Record> kind, int key, Request request,
                               zviptv::SourceLocation const& where);
 
-    zviptv::Singleton<SubscriberSession> m_session;
+    zviptv::Sessions<SubscriberSession> m_session;
 };

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <zviptv/IPTVServiceAPI.h>
 
+#include "failure/LastFailure.h"
 #include "log/Log.h"
 #include "proxy/BroadcastDataProxy.h"
 #include "proxy/IPGUtilProxy.h"
@@ -22,11 +23,20 @@ template <typename Interface, typename Instance>
 int Create(Interface** out, Instance instance,
            zviptv::SourceLocation const& where = zviptv::SourceLocation::Here())
 {
+    zviptv::FailureScope const scope(where.function);
     if (out == nullptr) {
         zviptv::WriteLog(ZV_LOG_ERROR, where, "No pointer to store the object in");
+        zviptv::SetFailure(ZV_FAILURE_INVALID_ARGUMENT, {"there is no pointer to store the object in"});
     } else {
         *out = instance();
     }
+    return 0;
+}
+
+int Destroy(void (*destroy)(), char const* function = __builtin_FUNCTION())
+{
+    zviptv::FailureScope const scope(function);
+    destroy();
     return 0;
 }
 
@@ -59,30 +69,25 @@ int CIPTVServiceAPI::CreateConnectionHelper(IConnectionHelper** out)
 
 int CIPTVServiceAPI::DestroyPlayerControl()
 {
-    CPlayerControlProxy::Destroy();
-    return 0;
+    return Destroy(CPlayerControlProxy::Destroy);
 }
 
 int CIPTVServiceAPI::DestroyBroadcastData()
 {
-    CBroadcastDataProxy::Destroy();
-    return 0;
+    return Destroy(CBroadcastDataProxy::Destroy);
 }
 
 int CIPTVServiceAPI::DestroyIPTVDataSubscriber()
 {
-    CIPTVDataSubscriberProxy::Destroy();
-    return 0;
+    return Destroy(CIPTVDataSubscriberProxy::Destroy);
 }
 
 int CIPTVServiceAPI::DestroyIPGUtil()
 {
-    CIPGUtilProxy::Destroy();
-    return 0;
+    return Destroy(CIPGUtilProxy::Destroy);
 }
 
 int CIPTVServiceAPI::DestroyConnectionHelper()
 {
-    CConnectionHelperDBusServer::Destroy();
-    return 0;
+    return Destroy(CConnectionHelperDBusServer::Destroy);
 }

@@ -14,6 +14,9 @@
 
 namespace zviptv {
 
+/// What a reply is expected to have for an int.
+constexpr char Int32[] = "a signed 32-bit decimal number";
+
 /// One argument of a request: numbers as decimal text, texts as they are. A null text is left out.
 class RequestField
 {
@@ -67,28 +70,30 @@ public:
 
     template <typename Enumeration, std::enable_if_t<std::is_enum_v<Enumeration>, int> = 0>
     ReplyField(char const* key, Enumeration& enumeration)
-        : ReplyField(key, &enumeration, [](std::string& value, void* target, std::size_t) {
+        : ReplyField(key, &enumeration, Int32, [](std::string& value, void* target, std::size_t) {
               *static_cast<Enumeration*>(target) = static_cast<Enumeration>(std::stoi(value));
           })
     {
     }
 
     template <typename Record, std::enable_if_t<std::is_class_v<Record>, int> = 0>
-    ReplyField(char const* key, Record& record) : ReplyField(key, &record, CopyRecord, sizeof(Record))
+    ReplyField(char const* key, Record& record)
+        : ReplyField(key, &record, "a record", CopyRecord, sizeof(Record))
     {
         static_assert(std::is_trivially_copyable_v<Record>);
     }
 
     char const* Key() const { return m_key; }
 
-    /// Decodes `value`, which may be used up, into the out-parameter.
-    void Decode(std::string& value) const { m_decode(value, m_target, m_size); }
+    /// Decodes `value`, which may be used up, into the out-parameter. What is thrown is told as the calling
+    /// thread's failure, too.
+    void Decode(std::string& value) const;
 
 private:
     using Decoder = void (*)(std::string& value, void* target, std::size_t size);
 
-    ReplyField(char const* key, void* target, Decoder decode, std::size_t size = 0)
-        : m_key(key), m_target(target), m_decode(decode), m_size(size)
+    ReplyField(char const* key, void* target, char const* expected, Decoder decode, std::size_t size = 0)
+        : m_key(key), m_target(target), m_expected(expected), m_decode(decode), m_size(size)
     {
     }
 
@@ -96,12 +101,18 @@ private:
 
     char const* m_key;
     void* m_target;
+    char const* m_expected;
     Decoder m_decode;
     std::size_t m_size;
 };
 
 using RequestFields = std::initializer_list<RequestField>;
 using ReplyFields = std::initializer_list<ReplyField>;
+
+/// The number under `key`. Throws what std::stoi throws, which is the calling thread's failure, too.
+int ReadInt32(CMessageBuffer const& message, char const* key);
+/// As above, with std::stoll.
+long long ReadInt64(CMessageBuffer const& message, char const* key);
 
 /// What became of a call.
 enum class CallOutcome
@@ -119,16 +130,22 @@ enum class HandleID
 };
 
 /// The one path of every proxy method to the service: request ("functionname", "handleID", the fields in
-/// order), synchronous exchange. False, and a log line, when the exchange failed or there is no session.
+/// order), synchronous exchange. False, a log line, and the calling thread's failure, when the exchange
+/// failed or there is no session.
 bool Exchange(std::shared_ptr<Session> const& session, char const* functionName, RequestFields fields,
               CMessageBuffer& reply, SourceLocation const& where, HandleID handleID = HandleID::Sent);
 
 /// An entry line, and an exchange whose reply carries a result and, whatever the result, the values of
-/// `outputs`.
+/// `outputs`. One of the library's functions, whose name is that of `where`.
 CallOutcome Call(std::shared_ptr<Session> const& session, char const* functionName, RequestFields fields,
                  ReplyFields outputs, SourceLocation const& where, HandleID handleID = HandleID::Sent);
 
-/// Logs why a call on an object without session is refused. False, as the call returns.
+/// An exchange that counts whatever the service answers: a result of 0 is the calling thread's failure only.
+bool Inform(std::shared_ptr<Session> const& session, char const* functionName, RequestFields fields,
+            SourceLocation const& where);
+
+/// Logs why a call on an object without session is refused, and sets the calling thread's failure. False, as
+/// the call returns.
 bool RefuseWithoutSession(SourceLocation const& where);
 
 } // namespace zviptv

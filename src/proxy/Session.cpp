@@ -4,6 +4,7 @@
 #include "dbus/PeerChannelState.h"
 
 #include <zviptv/ConnectionHelperDBusClient.h>
+#include <zviptv/Protocol.h>
 
 namespace zviptv {
 
@@ -17,7 +18,14 @@ void Session::Connect(SourceLocation const& where)
     CConnectionHelperDBusClient client;
     std::string const partner = client.Connect(m_channel.GetPublicName(), m_typeWord);
     WriteLog(ZV_LOG_ERROR, where, "partner's name: %s", partner.c_str());
+    if (partner.empty()) {
+        SetFailureUnlessSet(ZV_FAILURE_NO_SERVICE, {"the service has no endpoint for ", m_typeWord},
+                            protocol::key::DBusName);
+    } else if (!IsBusName(partner)) {
+        SetMalformed(protocol::key::DBusName, "a bus name", partner);
+    }
     m_channel.Connect(partner);
+    m_connectFailure.Keep();
 }
 
 void Session::Leave()
@@ -29,6 +37,15 @@ void Session::Leave()
         client->Disconnect(m_channel.GetPublicName(), m_typeWord);
     }
     ChannelAccess::Withdraw(m_channel);
+}
+
+void Session::ExplainFailure() const
+{
+    if (m_isLeaving) {
+        SetGone();
+    } else {
+        m_connectFailure.Recall();
+    }
 }
 
 bool Session::IsOutdated() const

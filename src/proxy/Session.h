@@ -2,6 +2,7 @@
 #pragma once
 
 #include "dbus/Singleton.h"
+#include "failure/LastFailure.h"
 #include "log/Log.h"
 
 #include <zviptv/IPTVTypes.h>
@@ -45,23 +46,49 @@ public:
     /// Leave() has begun.
     bool IsLeaving() const { return m_isLeaving; }
 
+    /// Sets the calling thread's failure where the session is the reason of it: it leaves, or could not be
+    /// connected.
+    void ExplainFailure() const;
+
 private:
     char const* const m_typeWord;
     std::optional<IPTVHandle> const m_handle;
     std::atomic<bool> m_isLeaving{false};
+    KeptFailure m_connectFailure;
     CProxyDBusHelper m_channel;
 };
 
 /// Whether the service runs; a log line says when it does not.
 bool IsServiceRunning(SourceLocation const& where);
 
-/// Returns the session; makes one if there is none or if its bus has died.
-template <typename AnySession, typename Make>
-std::shared_ptr<AnySession> GetOrMakeSession(Singleton<AnySession>& sessions, Make make)
+/// The one session of a proxy, and why none could be made: threads that wait for an attempt share both.
+template <typename AnySession>
+struct Sessions : Singleton<AnySession>
 {
-    return sessions.GetOrMake(
-        make, [](AnySession const& present) { return present.IsOutdated(); },
+    KeptFailure failure;
+};
+
+/// Returns the session; makes one if there is none or if its bus has died. Sets the calling thread's failure
+/// if there is none, or one that could not be connected.
+template <typename AnySession, typename Make>
+std::shared_ptr<AnySession> GetOrMakeSession(Sessions<AnySession>& sessions, Make make)
+{
+    auto const session = sessions.GetOrMake(
+        [&] {
+            auto made = make();
+            if (made == nullptr) {
+                sessions.failure.Keep();
+            }
+            return made;
+        },
+        [](AnySession const& present) { return present.IsOutdated(); },
         [](AnySession& outdated) { outdated.Leave(); });
+    if (session == nullptr) {
+        sessions.failure.Recall();
+    } else {
+        session->ExplainFailure();
+    }
+    return session;
 }
 
 /// Ends the session, if there is one; returns when no callback of it or of an earlier one runs on another
@@ -74,9 +101,11 @@ void EndSession(Singleton<AnySession>& sessions)
     }
 }
 
-/// As EndSession(), but only for the session with this identity.
+/// As EndSession(), but only for the session with this identity, and the failure of the application's last
+/// call stays.
 inline void EndLostSession(Singleton<Session>& sessions, void* identity)
 {
+    FailureUntouched const untouched;
     auto const ended =
         sessions.EndIf([](Session& session) { session.Leave(); },
                        [identity](Session const& session) { return session.Identity() == identity; });

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "failure/LastFailure.h"
+
 #include <cstddef>
 #include <map>
 #include <mutex>
@@ -97,6 +99,9 @@ public:
             next->second(record, nullptr);
         }
     }
+
+    /// Why the service was not asked to deliver, or refused to.
+    KeptFailure requestFailure;
 
 private:
     static constexpr std::size_t LargestSpare = 2 * 1024 * 1024;

@@ -19,7 +19,7 @@ EOF
     ;;
 pkg-config)
     export PKG_CONFIG_PATH=$libdir/pkgconfig
-    test "$(pkg-config --modversion zv-iptv-service-api)" = 1.0.0
+    test "$(pkg-config --modversion zv-iptv-service-api)" = 1.1.0
     # shellcheck disable=SC2046
     "$CXX" -std=c++17 $sanitize "$source/consumer.cpp" $(pkg-config --cflags --libs zv-iptv-service-api) -o "$work/consumer"
     program=$work/consumer

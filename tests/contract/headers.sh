@@ -9,6 +9,7 @@ ConnectionHelperDBusClient.h
 ConnectionHelperDBusServer.h
 DeferredReply.h
 Export.h
+Failure.h
 IBroadcastData.h
 IConnectionHelper.h
 IIPGUtil.h

@@ -28,12 +28,13 @@ rooms=$(for folder in $folders; do echo "${folder##*/}"; done | tr '\n' ' ')
 checked=
 
 may include
+may src/failure
 may src/message
 may src/log
 may src/glib
-may src/dbus glib message log
+may src/dbus failure glib message log
 may src/native dbus message log
-may src/proxy dbus message log
+may src/proxy dbus failure message log
 
 may tools/process
 may tools/common glib

@@ -15,11 +15,12 @@ if grep -q 'GNU_STACK.*RWE' "$work/segments"; then
 fi
 test -L "$libdir/libzv-iptv-service-api.so"
 
-# Exported: the classes of the headers and the log function, nothing of the standard library, nothing internal.
+# Exported: the classes and functions of the headers, nothing of the standard library, nothing internal.
 nm -DC --defined-only "$library" | cut -d' ' -f3- >"$work/exported"
 grep -q '^CIPTVServiceAPI::CreatePlayerControl(' "$work/exported"
+grep -q '^ZVGetLastFailure(' "$work/exported"
 grep -q '^ZVSetLogSink(' "$work/exported"
-if grep -vE '^((typeinfo|typeinfo name|vtable) for )?(C[A-Z][A-Za-z]+|I[A-Z][A-Za-z]+|ZVSetLogSink)(::|$|\()' "$work/exported"; then
+if grep -vE '^((typeinfo|typeinfo name|vtable) for )?(C[A-Z][A-Za-z]+|I[A-Z][A-Za-z]+|ZVFailureKindName|ZVGetLastFailure|ZVSetLogSink)(::|$|\()' "$work/exported"; then
     echo "exported, but declared in no header"
     exit 1
 fi

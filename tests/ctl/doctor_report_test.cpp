@@ -16,8 +16,8 @@ Facts PackagingExample()
 {
     Facts facts = MachineWithoutService();
     facts.caller.isListed = facts.caller.isMember = false;
-    facts.versions.tool = facts.versions.loaded = "1.0.0";
-    facts.versions.loadedFile = "/usr/lib/x86_64-linux-gnu/libzv-iptv-service-api.so.1.0.0";
+    facts.versions.tool = facts.versions.loaded = "1.1.0";
+    facts.versions.loadedFile = "/usr/lib/x86_64-linux-gnu/libzv-iptv-service-api.so.1.1.0";
     return facts;
 }
 

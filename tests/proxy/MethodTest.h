@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "FailureText.h"
 #include "MethodTable.h"
 
 namespace zviptv::test {
@@ -55,6 +56,7 @@ protected:
         EXPECT_TRUE(outcome.result);
         EXPECT_EQ(outcome.outputs, Row().decoded);
         EXPECT_EQ(CallLines(), ExpectedLines("1"));
+        EXPECT_EQ(LastFailure(), NoFailure(Row().function));
         ExpectOneRequest();
     }
 
@@ -81,12 +83,15 @@ protected:
         EXPECT_FALSE(refused.result);
         EXPECT_EQ(refused.outputs, Row().decoded);
         EXPECT_EQ(CallLines(), ExpectedLines("0"));
+        EXPECT_EQ(LastFailure(), "refused | " + Row().function +
+                                     " |  |  | the service refused: it answered with the result 0");
         Answer("-7");
         m_log.Clear();
         Outcome const accepted = Row().call(object);
         EXPECT_TRUE(accepted.result);
         EXPECT_EQ(accepted.outputs, Row().decoded);
         EXPECT_EQ(CallLines(), ExpectedLines("1"));
+        EXPECT_EQ(LastFailure(), NoFailure(Row().function));
     }
 
     void ExpectStartValuesWhenTheExchangeFails()
@@ -98,6 +103,18 @@ protected:
         EXPECT_FALSE(outcome.result);
         EXPECT_EQ(outcome.outputs, Row().start);
         EXPECT_EQ(CallLines(), (Lines{{ZV_LOG_INFO, ""}, {ZV_LOG_ERROR, "SendMessage failed."}}));
+        EXPECT_EQ(LastFailure(),
+                  "bus error | " + Row().function + " |  | org.corvel.test.Failed | scripted error");
+    }
+
+    void ExpectRefusalOnceItIsDestroyed(int (*destroy)())
+    {
+        Interface& object = Object();
+        destroy();
+        Outcome const outcome = Row().call(object);
+        EXPECT_FALSE(outcome.result);
+        EXPECT_EQ(outcome.outputs, Row().start);
+        EXPECT_EQ(LastFailure(), GoneFailure(Row().function));
     }
 
     void ExpectFailureWithoutAResult()
@@ -106,8 +123,10 @@ protected:
         std::string const function = Row().request.front().bytes;
         m_service.AnswerWith(function, WireEntries());
         EXPECT_EQ(FailureOf([&] { Row().call(object); }), "invalid_argument: stoi");
+        ExpectMalformed("result_internal", "a signed 32-bit decimal number", "nothing");
         Answer("yes");
         EXPECT_EQ(FailureOf([&] { Row().call(object); }), "invalid_argument: stoi");
+        ExpectMalformed("result_internal", "a signed 32-bit decimal number", "\"yes\"");
         Answer("2147483648");
         m_log.Clear();
         EXPECT_EQ(FailureOf([&] { Row().call(object); }), "out_of_range: stoi");
@@ -123,15 +142,33 @@ protected:
             }
             SCOPED_TRACE(value.key);
             std::string const conversion = NameOf(value.decoding);
+            std::string const expected = ExpectedFor(value.decoding);
             Answer("1", {}, value.key);
             EXPECT_EQ(FailureOf([&] { Row().call(object); }), "invalid_argument: " + conversion);
+            ExpectMalformed(value.key, expected, "nothing");
             Answer("0", Entries({{value.key, "abc"}}));
             EXPECT_EQ(FailureOf([&] { Row().call(object); }), "invalid_argument: " + conversion);
+            ExpectMalformed(value.key, expected, "\"abc\"");
             Answer("1", Entries({{value.key, "99999999999999999999999"}}));
             EXPECT_EQ(FailureOf([&] { Row().call(object); }), "out_of_range: " + conversion);
+            ExpectMalformed(value.key, expected, "\"99999999999999999999999\"");
             Answer("1", Entries({{value.key, "  " + value.value + "xyz"}}));
             EXPECT_EQ(Row().call(object).outputs, Row().decoded);
         }
+    }
+
+    void ExpectMalformed(std::string const& key, std::string const& expected, std::string const& got) const
+    {
+        EXPECT_EQ(LastFailure(), MalformedFailure(Row().function, key, expected, got));
+    }
+
+    static std::string ExpectedFor(Decoding decoding)
+    {
+        if (decoding == Decoding::Stoi) {
+            return "a signed 32-bit decimal number";
+        }
+        bool const hasFewer = decoding == Decoding::Stoul && sizeof(unsigned long) == 4;
+        return hasFewer ? "an unsigned 32-bit decimal number" : "an unsigned 64-bit decimal number";
     }
 
     /// Records that are too long count with their first bytes; what is missing of short ones is zero.

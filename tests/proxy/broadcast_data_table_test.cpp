@@ -42,6 +42,11 @@ TEST_P(BroadcastDataTable, FailedExchangeLeavesOutputsUntouched)
     ExpectStartValuesWhenTheExchangeFails();
 }
 
+TEST_P(BroadcastDataTable, IsRefusedOnceTheObjectIsDestroyed)
+{
+    ExpectRefusalOnceItIsDestroyed(CIPTVServiceAPI::DestroyBroadcastData);
+}
+
 TEST_P(BroadcastDataTable, ThrowsWithoutAResult)
 {
     ExpectFailureWithoutAResult();

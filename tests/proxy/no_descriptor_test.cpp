@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "FailureText.h"
 #include "NoFreeDescriptor.h"
 #include "ProxyTest.h"
 #include "Sanitizers.h"
@@ -27,6 +28,12 @@ class NoDescriptor : public ServiceTest
 {
 protected:
     void SetUp() override { SkipWhereChecksNeedADescriptor(); }
+
+    static std::string ShortageOf(std::string const& function)
+    {
+        return "no bus | " + function +
+               " |  |  | too many open files; close some, or raise the limit (ulimit -n)";
+    }
 };
 
 TEST_F(NoDescriptor, CallsNeedNone)
@@ -42,9 +49,13 @@ TEST_F(NoDescriptor, CreateGivesNoObject)
     {
         NoFreeDescriptor const none;
         EXPECT_FALSE(CConnectionHelperDBusClient::CheckConnection());
+        EXPECT_EQ(LastFailure(), ShortageOf("CheckConnection"));
         EXPECT_EQ(CreatePlayer(), nullptr);
+        EXPECT_EQ(LastFailure(), ShortageOf("CreatePlayerControl"));
         EXPECT_EQ(CreateBroadcast(), nullptr);
+        EXPECT_EQ(LastFailure(), ShortageOf("CreateBroadcastData"));
         EXPECT_EQ(CreateSubscriber(), nullptr);
+        EXPECT_EQ(LastFailure(), ShortageOf("CreateIPTVDataSubscriber"));
     }
     ASSERT_NE(CreatePlayer(), nullptr);
     EXPECT_TRUE(CreatePlayer()->MuteAudio(true));
@@ -68,7 +79,9 @@ TEST_F(NoDescriptor, AGuideMadeWithoutWorksWhenItIsMadeAgain)
         NoFreeDescriptor const none;
         IIPGUtil* const guide = CreateGuide();
         ASSERT_NE(guide, nullptr);
+        EXPECT_EQ(LastFailure(), ShortageOf("CreateIPGUtil"));
         EXPECT_FALSE(guide->GetGenre(1, genre));
+        EXPECT_EQ(LastFailure(), ShortageOf("GetGenre"));
     }
     CIPTVServiceAPI::DestroyIPGUtil();
     EXPECT_TRUE(CreateGuide()->GetGenre(1, genre));
@@ -91,7 +104,9 @@ TEST_F(NoDescriptor, SubscribingGoesOn)
     NoFreeDescriptor const none;
     int key = 0;
     EXPECT_TRUE(subscriber->SubscribeForPES([](ZVPESData&, void*) {}, nullptr, key));
+    EXPECT_EQ(LastFailure(), NoFailure("SubscribeForPES"));
     EXPECT_FALSE(subscriber->UnSubscribeForPES(key));
+    EXPECT_EQ(LastFailure(), NoFailure("UnSubscribeForPES"));
 }
 
 /// The service's own side.
@@ -109,7 +124,9 @@ TEST_F(NoDescriptorOfTheService, EndpointsAndServerAreMadeAgain)
         auto const none = isFree ? nullptr : std::make_unique<NoFreeDescriptor>();
         CCommonNative endpoint("IPGUTIL");
         EXPECT_EQ(endpoint.Connect(partner.Name()), isFree);
+        EXPECT_EQ(ZVGetLastFailure().kind, isFree ? ZV_FAILURE_NONE : ZV_FAILURE_NO_BUS);
         CConnectionHelperDBusServer::Instance();
+        EXPECT_EQ(ZVGetLastFailure().kind, isFree ? ZV_FAILURE_NONE : ZV_FAILURE_NO_BUS);
         if (isFree) {
             EXPECT_TRUE(
                 RunUntil([&] { return !partner.GetNameOwner("org.corvel.zviptvapi.dbushelper").empty(); }));
@@ -126,6 +143,8 @@ TEST_F(NoDescriptorOfTheService, AChannelOnTheBusConnectsLater)
     {
         NoFreeDescriptor const none;
         EXPECT_FALSE(endpoint.Connect(partner.Name()));
+        EXPECT_EQ(LastFailure(),
+                  "no bus | Connect |  |  | too many open files; close some, or raise the limit (ulimit -n)");
     }
     EXPECT_TRUE(endpoint.Connect(partner.Name()));
 }

@@ -167,6 +167,11 @@ TEST_P(PlayerControlTable, FailedExchangeLeavesStartValues)
     ExpectStartValuesWhenTheExchangeFails();
 }
 
+TEST_P(PlayerControlTable, IsRefusedOnceTheObjectIsDestroyed)
+{
+    ExpectRefusalOnceItIsDestroyed(CIPTVServiceAPI::DestroyPlayerControl);
+}
+
 TEST_P(PlayerControlTable, ThrowsWithoutAResult)
 {
     ExpectFailureWithoutAResult();

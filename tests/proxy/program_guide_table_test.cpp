@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "FailureText.h"
 #include "MethodTable.h"
 
 using namespace zviptv::test;
@@ -123,6 +124,7 @@ TEST_P(ProgramGuideTable, SendsAndDecodes)
     EXPECT_TRUE(outcome.result);
     EXPECT_EQ(outcome.outputs, GetParam().decoded);
     EXPECT_EQ(CallLines(), (Lines{{ZV_LOG_INFO, ""}, {ZV_LOG_INFO, "Receive data : " + data}}));
+    EXPECT_EQ(LastFailure(), NoFailure(GetParam().function));
     ASSERT_EQ(m_service.Requests().size(), 1U);
     WireMessage const request = m_service.LastRequest();
     EXPECT_EQ(request.entries, GetParam().request);
@@ -139,7 +141,18 @@ TEST_P(ProgramGuideTable, ResultOfTheServiceDoesNotCount)
         Outcome const outcome = GetParam().call(guide);
         EXPECT_TRUE(outcome.result);
         EXPECT_EQ(outcome.outputs, GetParam().decoded);
+        EXPECT_EQ(LastFailure(), NoFailure(GetParam().function));
     }
+}
+
+TEST_P(ProgramGuideTable, IsRefusedOnceTheObjectIsDestroyed)
+{
+    IIPGUtil& guide = *CreateGuide();
+    CIPTVServiceAPI::DestroyIPGUtil();
+    Outcome const outcome = GetParam().call(guide);
+    EXPECT_FALSE(outcome.result);
+    EXPECT_EQ(outcome.outputs, GetParam().start);
+    EXPECT_EQ(LastFailure(), GoneFailure(GetParam().function));
 }
 
 TEST_P(ProgramGuideTable, FailedExchangeLeavesOutputsUntouched)
@@ -151,6 +164,8 @@ TEST_P(ProgramGuideTable, FailedExchangeLeavesOutputsUntouched)
     EXPECT_FALSE(outcome.result);
     EXPECT_EQ(outcome.outputs, GetParam().start);
     EXPECT_EQ(CallLines(), (Lines{{ZV_LOG_INFO, ""}, {ZV_LOG_ERROR, "SendMessage failed."}}));
+    EXPECT_EQ(LastFailure(),
+              "bus error | " + GetParam().function + " |  | org.corvel.test.Failed | scripted error");
 }
 
 /// An answer without data is an empty text, and no number.
@@ -185,6 +200,8 @@ TEST_P(ProgramGuideNumbers, ThrowsOnMalformedNumbers)
     IIPGUtil& guide = *CreateGuide();
     Answer(Entries({{"data", "abc"}}));
     EXPECT_EQ(FailureOf([&] { GetParam().call(guide); }), "invalid_argument: stoi");
+    EXPECT_EQ(LastFailure(),
+              MalformedFailure(GetParam().function, "data", "a signed 32-bit decimal number", "\"abc\""));
     Answer(Entries({{"data", "2147483648"}}));
     EXPECT_EQ(FailureOf([&] { GetParam().call(guide); }), "out_of_range: stoi");
     Answer(Entries({{"data", "  " + GetParam().reply.front().value + "xyz"}}));

@@ -245,7 +245,7 @@ TEST(CommandLine, HelpsAndTellsItsVersion)
               "zviptv-sim: cannot write standard output: see whether it is closed or full\n");
     ChildProcess version(Simulate({"--version"}));
     EXPECT_EQ(EndOf(version), (ExitStatus{0, 0}));
-    EXPECT_EQ(version.Output(), "zviptv-sim 1.0.0\n");
+    EXPECT_EQ(version.Output(), "zviptv-sim 1.1.0\n");
 }
 
 } // namespace

@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: MIT
+#include "dbus/SendFailure.h"
+
+#include "failure/LastFailure.h"
+
+#include <cstring>
+
+namespace zviptv {
+
+namespace {
+
+constexpr char NotOnTheBus[] =
+    "the service is not on the bus; start it, then destroy the object and create it again";
+
+/// An error that was answered, by the bus or by whom the message was for.
+void SetAnswered(GError const* answered)
+{
+    Owned<char> const name(g_dbus_error_get_remote_error(answered));
+    Error text;
+    GError** const place = text.Out();
+    *place = g_error_copy(answered);
+    g_dbus_error_strip_remote_error(*place);
+    bool const isAbsent = std::strcmp(name.get(), "org.freedesktop.DBus.Error.ServiceUnknown") == 0 ||
+                          std::strcmp(name.get(), "org.freedesktop.DBus.Error.NameHasNoOwner") == 0;
+    SetFailure(isAbsent ? ZV_FAILURE_NO_SERVICE : ZV_FAILURE_BUS_ERROR,
+               {isAbsent ? NotOnTheBus : text.Message()}, "", name.get());
+}
+
+} // namespace
+
+void SetSendFailure(Error const& error, char const* what)
+{
+    if (g_dbus_error_is_remote_error(error.Get()) != FALSE) {
+        SetAnswered(error.Get());
+    } else if (error.Is(G_IO_ERROR_TIMED_OUT)) {
+        SetFailure(ZV_FAILURE_TIMED_OUT, {"no answer to ", what,
+                                          " within 2000 ms; see whether the service hangs or is overloaded"});
+    } else if (error.Is(G_IO_ERROR_MESSAGE_TOO_LARGE)) {
+        SetFailure(ZV_FAILURE_TOO_LARGE, {what, " is larger than the bus carries (32 MiB); send less"});
+    } else if (error.Is(G_IO_ERROR_INVALID_DATA) || error.Is(G_IO_ERROR_INVALID_ARGUMENT)) {
+        SetFailure(ZV_FAILURE_INVALID_ARGUMENT, {what, " cannot be sent: ", error.Message()});
+    } else if (error.Is(G_IO_ERROR_TOO_MANY_OPEN_FILES)) {
+        SetShortage();
+    } else if (error.Is(G_IO_ERROR_FAILED)) { // GIO's proxy of a well-known name that nobody owns
+        SetFailure(ZV_FAILURE_NO_SERVICE, {NotOnTheBus});
+    } else {
+        SetFailure(ZV_FAILURE_NO_BUS, {"no connection to the bus: ", error.Message(),
+                                       "; see whether it runs, then destroy the object and create it again"});
+    }
+}
+
+void SetConnectFailure(Error const& error)
+{
+    if (error.Is(G_IO_ERROR_TOO_MANY_OPEN_FILES)) {
+        SetShortage();
+    } else {
+        SetFailure(ZV_FAILURE_NO_BUS,
+                   {error.Message(), "; start the bus, or set DBUS_SYSTEM_BUS_ADDRESS to one that runs"});
+    }
+}
+
+void SetShortage()
+{
+    SetFailure(ZV_FAILURE_NO_BUS, {"too many open files; close some, or raise the limit (ulimit -n)"});
+}
+
+} // namespace zviptv

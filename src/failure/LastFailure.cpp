@@ -1,0 +1,151 @@
+// SPDX-License-Identifier: MIT
+#include "failure/LastFailure.h"
+
+#include "failure/BoundedText.h"
+
+#include <type_traits>
+
+namespace zviptv {
+
+namespace {
+
+/// What a thread has failed with.
+struct Record
+{
+    ZVFailure failure{ZV_FAILURE_NONE, "", "", "", ""};
+    int depth = 0;     ///< functions of the library that the thread is in
+    int untouched = 0; ///< while it is not 0, nothing changes
+    BoundedText<256> errorName;
+    BoundedText<1024> message;
+};
+
+// Needs no destructor: it can be read as long as its thread runs, and costs no memory of the heap.
+static_assert(std::is_trivially_destructible_v<Record>);
+thread_local Record record;
+
+/// The beginning of a text, whole characters of it.
+std::string_view Beginning(std::string_view text, std::size_t most)
+{
+    while (most < text.size() && most > 0 && (static_cast<unsigned char>(text[most]) & 0xC0U) == 0x80U) {
+        --most;
+    }
+    return text.substr(0, most);
+}
+
+} // namespace
+
+FailureScope::FailureScope(char const* function) noexcept
+{
+    Record& own = record;
+    if (own.depth++ == 0 && own.untouched == 0) {
+        own.failure = {ZV_FAILURE_NONE, function, "", "", ""};
+    }
+}
+
+FailureScope::~FailureScope()
+{
+    --record.depth;
+}
+
+FailureUntouched::FailureUntouched() noexcept
+{
+    ++record.untouched;
+}
+
+FailureUntouched::~FailureUntouched()
+{
+    --record.untouched;
+}
+
+void SetFailure(EZVFailureKind kind, TextParts message, char const* key, std::string_view errorName) noexcept
+{
+    Record& own = record;
+    if (own.untouched != 0) {
+        return;
+    }
+    own.errorName.Clear();
+    own.errorName.Append(errorName);
+    own.message.Clear();
+    for (std::string_view const part : message) {
+        own.message.Append(part);
+    }
+    own.failure = {kind, own.failure.function, key, own.errorName.Text(), own.message.Text()};
+}
+
+void SetFailureUnlessSet(EZVFailureKind kind, TextParts message, char const* key) noexcept
+{
+    if (record.failure.kind == ZV_FAILURE_NONE) {
+        SetFailure(kind, message, key);
+    }
+}
+
+void SetMalformed(char const* key, std::string_view expected, std::string_view got) noexcept
+{
+    std::string_view const shown = Beginning(got, 40);
+    SetFailure(ZV_FAILURE_MALFORMED_REPLY,
+               {key, " is malformed: expected ", expected, ", got ", got.empty() ? "nothing" : "\"", shown,
+                got.empty() ? "" : "\"", shown.size() < got.size() ? "..." : ""},
+               key);
+}
+
+void SetGone() noexcept
+{
+    SetFailure(ZV_FAILURE_GONE, {"the object has been destroyed; create it again"});
+}
+
+void NameFailedFunction(char const* function) noexcept
+{
+    record.failure.function = function;
+}
+
+void KeptFailure::Keep()
+{
+    ZVFailure const& failure = ZVGetLastFailure();
+    std::lock_guard<std::mutex> const lock(m_mutex);
+    m_kind = failure.kind;
+    m_key = failure.key;
+    m_errorName = failure.errorName;
+    m_message = failure.message;
+}
+
+void KeptFailure::Recall() const
+{
+    std::lock_guard<std::mutex> const lock(m_mutex);
+    if (m_kind != ZV_FAILURE_NONE) {
+        SetFailure(m_kind, {m_message}, m_key, m_errorName);
+    }
+}
+
+} // namespace zviptv
+
+ZVFailure const& ZVGetLastFailure() noexcept
+{
+    return zviptv::record.failure;
+}
+
+char const* ZVFailureKindName(EZVFailureKind kind) noexcept
+{
+    switch (kind) {
+    case ZV_FAILURE_NONE:
+        return "none";
+    case ZV_FAILURE_NO_BUS:
+        return "no bus";
+    case ZV_FAILURE_NO_SERVICE:
+        return "no service";
+    case ZV_FAILURE_GONE:
+        return "gone";
+    case ZV_FAILURE_TIMED_OUT:
+        return "timed out";
+    case ZV_FAILURE_BUS_ERROR:
+        return "bus error";
+    case ZV_FAILURE_TOO_LARGE:
+        return "too large";
+    case ZV_FAILURE_REFUSED:
+        return "refused";
+    case ZV_FAILURE_MALFORMED_REPLY:
+        return "malformed reply";
+    case ZV_FAILURE_INVALID_ARGUMENT:
+        return "invalid argument";
+    }
+    return "unknown";
+}
