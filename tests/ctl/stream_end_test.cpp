@@ -152,8 +152,8 @@ TEST_F(StreamTest, UnreadableNotificationsAreToldAndSkipped)
     EXPECT_EQ(result.code, 5);
     EXPECT_EQ(result.output, "video pid=0x0100 pts=1 size=1\n");
     EXPECT_THAT(result.errors,
-                StartsWith("zviptvctl: a notification cannot be read: it lacks a number or spells it "
-                           "badly; skipped\n"));
+                StartsWith("zviptvctl: a notification cannot be read: pesDataSize is malformed: expected a "
+                           "signed 32-bit decimal number, got nothing; skipped\n"));
     EXPECT_THAT(result.errors, HasSubstr("zviptvctl: 1 notification could not be read\n"));
     EXPECT_TRUE(IsUnsubscribed());
 }

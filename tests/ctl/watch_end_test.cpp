@@ -35,7 +35,8 @@ TEST_F(WatchTest, AMalformedAnswerIsToldOnceAndEndsWithFive)
     CtlResult const result = RunCtl({"watch", "--seconds", "1.5"});
     EXPECT_EQ(result.code, 5);
     EXPECT_EQ(result.output,
-              "the service's answer to GetSourceState lacks a number or spells it badly (result or state)\n");
+              "the service's answer to GetSourceState cannot be read: sourcestate is malformed: expected a "
+              "signed 32-bit decimal number, got nothing\n");
     EXPECT_EQ(result.errors, "");
 }
 
@@ -48,7 +49,9 @@ TEST_F(WatchTest, AnAnswerThatTurnsMalformedEndsWithFive)
     child->Signal(SIGINT);
     CtlResult const result = Finish(*child);
     EXPECT_EQ(result.code, 5);
-    EXPECT_EQ(Count(result.output, "the service's answer to GetSTCCount lacks a number"), 1U);
+    EXPECT_EQ(
+        Count(result.output, "the service's answer to GetSTCCount cannot be read: stcCount is malformed"),
+        1U);
     EXPECT_EQ(result.errors, "");
     EXPECT_TRUE(m_service->WaitForAnnouncement("IPTVDATASUBSCRIBER", "n"));
 }
@@ -61,20 +64,20 @@ void ExpectEndAfterOneCall(std::string const& message)
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(3900));
     EXPECT_EQ(result.code, 4);
     EXPECT_THAT(result.output, testing::StartsWith(message));
-    EXPECT_EQ(Count(result.output, "no answer from the service"), 1U);
+    EXPECT_EQ(Count(result.output, "no answer to"), 1U);
     EXPECT_EQ(result.errors, "");
 }
 
 TEST_F(WatchTest, AServiceThatHangsEndsWithFourInTime)
 {
     m_service->AnswerAnnouncements([](Announcement const&) { return WireAnswer::Nothing(); });
-    ExpectEndAfterOneCall("GetSourceState: no answer from the service (");
+    ExpectEndAfterOneCall("GetSourceState: no answer to the announcement within 2000 ms");
 }
 
 TEST_F(WatchTest, AServiceThatDoesNotAnswerEndsWithFourInTime)
 {
     m_service->AnswerNothing("GetSourceState");
-    ExpectEndAfterOneCall("GetSourceState: no answer from the service ([24] Timeout");
+    ExpectEndAfterOneCall("GetSourceState: no answer to the request within 2000 ms");
 }
 
 /// A service that hangs while it is watched.
@@ -85,7 +88,7 @@ TEST_F(WatchTest, ASilenceThatLastsEndsWithFour)
     m_service->AnswerNothing("GetSTCCount");
     CtlResult const result = Finish(*child);
     EXPECT_EQ(result.code, 4);
-    EXPECT_EQ(Count(result.output, "GetSTCCount: no answer from the service ("), 1U);
+    EXPECT_EQ(Count(result.output, "GetSTCCount: no answer to the request within 2000 ms"), 1U);
     EXPECT_EQ(result.errors, "");
 }
 

@@ -5,18 +5,34 @@
 #include "common/PrintableText.h"
 #include "output/OutputFile.h"
 
+#include <zviptv/SystemLog.h>
+
+#include <array>
+#include <cstdio>
 #include <iostream>
 #include <sstream>
 
 namespace zviptv::ctl {
+
+namespace {
+
+void DropLine(EZVLogPriority /*priority*/, char const* /*tag*/, char const* /*line*/, void* /*userData*/) {}
+
+void EchoLine(EZVLogPriority priority, char const* /*tag*/, char const* line, void* /*userData*/)
+{
+    constexpr std::array<char const*, 3> words = {"debug", "info", "error"};
+    std::fprintf(stderr, "[%s] %s\n", words.at(priority), line);
+}
+
+} // namespace
 
 ExitCode Invocation::RunWith(std::function<ExitCode(Session& session)> const& command) const
 {
     Handle const handle{
         static_cast<IPTVProfile>(ParseArgument<std::int32_t>(profile, {"zviptvctl", "--profile"})),
         ParseArgument<int>(id, {"zviptvctl", "--id"})};
-    LogCollector log(echoLog);
-    Session session(handle, log);
+    ZVSetLogSink(echoLog ? EchoLine : DropLine, nullptr);
+    Session session(handle);
     return command(session);
 }
 

@@ -38,7 +38,6 @@ void Watch::Connect()
 {
     m_subscription.reset();
     m_session.Release(); // a data subscriber that lost its service stays deaf
-    m_session.Log().TakePlayerControlGone();
     if (m_trouble && IsOver()) {
         return; // to release may have taken as long
     }
@@ -56,6 +55,7 @@ void Watch::Connect()
 void Watch::Introduce()
 {
     auto& player = m_session.Get<IPlayerControl>();
+    m_player = &player;
     EZVSourceState state = ZV_SOURCE_STATE_UNKNOWN;
     unsigned long long stc = 0;
     unsigned long long pts = 0;
@@ -154,7 +154,7 @@ void Watch::OnService(ServiceWatch::Event event)
 
 void Watch::OnEvents()
 {
-    if (m_state == State::Losing && m_session.Log().TakePlayerControlGone()) {
+    if (m_state == State::Losing && IsPlayerControlGone()) {
         TellLoss();
         m_state = State::Away;
         Say("waiting", "waiting for the service to come back");
@@ -163,6 +163,14 @@ void Watch::OnEvents()
         Say("back", "the service is back: making new objects");
         Connect();
     }
+}
+
+/// A call on it says so; one to a service that has left fails at once.
+bool Watch::IsPlayerControlGone() const
+{
+    EZVSourceState state = ZV_SOURCE_STATE_UNKNOWN;
+    m_player->GetSourceState(state);
+    return ZVGetLastFailure().kind == ZV_FAILURE_GONE;
 }
 
 void Watch::TellLoss()
@@ -187,13 +195,12 @@ void Watch::TellFactory()
 
 void Watch::TellSubscriber()
 {
-    LogCollector& log = m_session.Log();
-    log.ForgetCall();
     m_subscription->End(m_session.Get<IIPTVDataSubscriber>());
-    if (log.SendFailed()) {
+    ZVFailure const& failure = ZVGetLastFailure();
+    if (failure.kind != ZV_FAILURE_NONE) {
         Say("subscriber-fails",
-            "the data subscriber stays, but its calls fail: UnSubscribeForPES was not sent (" + log.Reason() +
-                ")");
+            std::string("the data subscriber stays, but its calls fail: UnSubscribeForPES was not sent (") +
+                failure.message + ")");
     }
 }
 

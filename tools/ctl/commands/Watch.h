@@ -50,6 +50,7 @@ private:
     void Report();
     void OnService(ServiceWatch::Event event);
     void OnEvents();
+    bool IsPlayerControlGone() const;
     void TellLoss();
     void TellFactory();
     void TellSubscriber();
@@ -75,6 +76,7 @@ private:
     std::optional<Failure> m_writeFailure;
     std::optional<Subscription> m_subscription;
     PidTraffic m_traffic;
+    IPlayerControl* m_player = nullptr; ///< valid also when it has destroyed itself
 };
 
 } // namespace zviptv::ctl

@@ -4,30 +4,37 @@
 #include "Explanations.h"
 
 #include <zviptv/ConnectionHelperDBusClient.h>
+#include <zviptv/Protocol.h>
 
 namespace zviptv::ctl {
 
 namespace {
 
-[[noreturn]] void ThrowNoService()
+/// There is no object: the service was not found.
+[[noreturn]] void ThrowNotFound()
 {
+    ZVFailure const& failure = ZVGetLastFailure();
+    if (failure.kind == ZV_FAILURE_NO_SERVICE) {
+        throw Failure(ExitCode::NoService,
+                      "no service on this bus: start zviptv-sim, or set DBUS_SYSTEM_BUS_ADDRESS to "
+                      "the bus that has it");
+    }
     throw Failure(ExitCode::NoService,
-                  "no service on this bus: start zviptv-sim, or set DBUS_SYSTEM_BUS_ADDRESS to "
-                  "the bus that has it");
+                  std::string("the system bus cannot be reached (") + failure.message + ")");
 }
 
 template <typename Interface>
 Interface& Made(Interface* object)
 {
     if (object == nullptr) {
-        ThrowNoService();
+        ThrowNotFound();
     }
     return *object;
 }
 
 } // namespace
 
-Session::Session(Handle handle, LogCollector& log) : m_handle(handle), m_log(log) {}
+Session::Session(Handle handle) : m_handle(handle) {}
 
 Session::~Session()
 {
@@ -47,10 +54,10 @@ void Session::Release()
 void Session::Start()
 {
     if (!m_bus) {
-        m_bus.emplace();
         if (!IsServiceRunning()) {
-            ThrowNoService();
+            ThrowNotFound();
         }
+        m_bus.emplace();
     }
 }
 
@@ -95,36 +102,35 @@ IIPGUtil& Session::Get()
     return Made(object);
 }
 
-void Session::ThrowMalformed(std::string const& method, std::exception const& error)
+void Session::ThrowFailed(std::string const& method)
 {
-    throw Failure(ExitCode::Malformed, MalformedAnswer(method, error));
-}
-
-void Session::ThrowUnreached(std::string const& method)
-{
-    std::string const reason = m_log.Reason();
+    ZVFailure const failure = ZVGetLastFailure();
+    std::string const reason = failure.message; // before the next call changes it
+    std::string const errorName = failure.errorName;
+    m_hangs = failure.kind == ZV_FAILURE_TIMED_OUT;
+    if (failure.kind == ZV_FAILURE_MALFORMED_REPLY) {
+        throw Failure(ExitCode::Malformed,
+                      "the service's answer to " + method + " cannot be read: " + reason);
+    }
     if (m_bus && m_bus->IsClosed()) {
         throw Failure(ExitCode::NoAnswer,
-                      method + ": the bus closed the connection (" + reason + "): see whether it still runs");
+                      method + ": the bus closed the connection; see whether it still runs");
     }
-    if (!IsServiceRunning()) {
-        throw Failure(ExitCode::NoService,
-                      method + ": the service left the bus (" + reason + "): start it again");
+    if (failure.kind != ZV_FAILURE_NO_BUS && !IsServiceRunning()) {
+        throw Failure(ExitCode::NoService, method + ": the service left the bus; start it again");
     }
-    if (m_log.LacksEndpoint()) {
+    if (failure.kind == ZV_FAILURE_NO_SERVICE && std::string(failure.key) == protocol::key::DBusName) {
         throw Failure(ExitCode::NoAnswer, method + ": " + MissingEndpoint(method));
     }
-    if (reason.find("org.freedesktop.DBus.Error.AccessDenied") != std::string::npos) {
+    if (errorName == "org.freedesktop.DBus.Error.AccessDenied") {
         throw Failure(ExitCode::NoAnswer, method + ": " + ForbiddenByPolicy());
     }
-    std::string const error = ErrorAnswer(reason);
-    if (!error.empty()) {
-        throw Failure(ExitCode::NoAnswer, method + ": the service answered with the error " + error);
+    if (failure.kind == ZV_FAILURE_BUS_ERROR) {
+        bool const isOfBus = errorName.rfind("org.freedesktop.DBus.Error.", 0) == 0;
+        throw Failure(ExitCode::NoAnswer, method + (isOfBus ? ": the bus" : ": the service") +
+                                              " answered with the error " + errorName + ": " + reason);
     }
-    m_hangs = reason.find("Timeout") != std::string::npos || reason.find("within") != std::string::npos;
-    throw Failure(ExitCode::NoAnswer,
-                  method + ": no answer from the service (" + reason + "): " +
-                      (m_hangs ? "see whether it hangs or is overloaded" : "--log shows the library's log"));
+    throw Failure(ExitCode::NoAnswer, method + ": " + reason);
 }
 
 } // namespace zviptv::ctl

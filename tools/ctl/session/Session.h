@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "LogCollector.h"
 #include "SystemBus.h"
 #include "output/Failure.h"
 
+#include <zviptv/Failure.h>
 #include <zviptv/IPTVServiceAPI.h>
 
-#include <exception>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -27,7 +26,7 @@ class Session
 {
 public:
     /// Does nothing yet: what is wrong with the arguments shows also without a service.
-    Session(Handle handle, LogCollector& log);
+    explicit Session(Handle handle);
     ~Session();
 
     Session(Session const&) = delete;
@@ -43,16 +42,16 @@ public:
     template <typename Call>
     bool Ask(std::string const& method, Call call)
     {
-        m_log.ForgetCall();
         m_hangs = false;
         bool result = false;
         try {
             result = call();
-        } catch (std::logic_error const& error) { // invalid_argument, out_of_range, length_error
-            ThrowMalformed(method, error);
+        } catch (std::logic_error const&) { // invalid_argument, out_of_range, length_error
+            ThrowFailed(method);
         }
-        if (m_log.SendFailed()) {
-            ThrowUnreached(method);
+        EZVFailureKind const kind = ZVGetLastFailure().kind;
+        if (kind != ZV_FAILURE_NONE && kind != ZV_FAILURE_REFUSED) {
+            ThrowFailed(method);
         }
         return result;
     }
@@ -72,18 +71,16 @@ public:
 
     /// After Start().
     GDBusConnection* Connection() const { return m_bus->Connection(); }
-    LogCollector& Log() { return m_log; }
     Handle const& HandleOfCalls() const { return m_handle; }
 
     /// Whether the service is on the bus now.
     static bool IsServiceRunning();
 
 private:
-    [[noreturn]] static void ThrowMalformed(std::string const& method, std::exception const& error);
-    [[noreturn]] void ThrowUnreached(std::string const& method);
+    /// Explains the last failure of the library.
+    [[noreturn]] void ThrowFailed(std::string const& method);
 
     Handle const m_handle;
-    LogCollector& m_log;
     std::optional<SystemBus> m_bus;
     bool m_hangs = false;
     bool m_isAbandoned = false;
