@@ -86,7 +86,13 @@ void CProxyDBusHelper::SetCallback(CMessageBuffer (*messageCb)(CMessageBuffer&, 
     service.notify = m_SignalCallback;
 }
 
-/// In GIO's place, since it comes first: the service's answer to every request.
+/// In GIO's place, since it comes first: no owner, so that the call below is made.
+gchar* g_dbus_proxy_get_name_owner(GDBusProxy* /*proxy*/)
+{
+    return nullptr;
+}
+
+/// In GIO's place, too: the service's answer to every request.
 GVariant* g_dbus_proxy_call_sync(GDBusProxy* /*proxy*/, gchar const* /*method*/, GVariant* /*parameters*/,
                                  GDBusCallFlags /*flags*/, gint /*timeout*/, GCancellable* /*cancellable*/,
                                  GError** /*error*/)
