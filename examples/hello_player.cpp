@@ -9,7 +9,7 @@ int main()
     IPlayerControl* player = nullptr;
     CIPTVServiceAPI::CreatePlayerControl(IPTV_PROFILE_DEFAULT, 0, &player);
     if (player == nullptr) {
-        std::cerr << "No service on this bus: start zviptv-sim.\n";
+        std::cerr << ZVGetLastFailure().message << "\n";
         return 3;
     }
     EZVSourceState state = ZV_SOURCE_STATE_UNKNOWN;

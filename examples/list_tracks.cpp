@@ -40,7 +40,7 @@ int main()
     IBroadcastData* data = nullptr;
     CIPTVServiceAPI::CreateBroadcastData(IPTV_PROFILE_DEFAULT, 0, &data);
     if (data == nullptr) {
-        std::cerr << "No service on this bus: start zviptv-sim.\n";
+        std::cerr << ZVGetLastFailure().message << "\n";
         return 3;
     }
     ListAudio(*data);

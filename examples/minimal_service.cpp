@@ -51,10 +51,10 @@ int main()
     PlayerEndpoint endpoint(protocol::type::PlayerControl);
     IConnectionHelper* helper = nullptr;
     CIPTVServiceAPI::CreateConnectionHelper(&helper);
-    helper->SetDbusSignalCb(OnAnnouncement, &endpoint);
-    if (endpoint.GetPublicName().empty()) {
-        std::cerr << "No bus: set DBUS_SYSTEM_BUS_ADDRESS.\n";
+    if (ZVGetLastFailure().kind != ZV_FAILURE_NONE) {
+        std::cerr << ZVGetLastFailure().message << "\n";
         return 3;
     }
+    helper->SetDbusSignalCb(OnAnnouncement, &endpoint);
     g_main_loop_run(g_main_loop_new(nullptr, FALSE));
 }

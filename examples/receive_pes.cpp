@@ -26,7 +26,7 @@ int main()
     IIPTVDataSubscriber* subscriber = nullptr;
     CIPTVServiceAPI::CreateIPTVDataSubscriber(IPTV_PROFILE_DEFAULT, 0, &subscriber);
     if (subscriber == nullptr) {
-        std::cerr << "No service on this bus: start zviptv-sim.\n";
+        std::cerr << ZVGetLastFailure().message << "\n";
         return 3;
     }
     loop = g_main_loop_new(nullptr, FALSE);
@@ -34,6 +34,8 @@ int main()
     if (subscriber->SubscribeForPES(OnPacket, nullptr, key)) {
         g_main_loop_run(loop);
         subscriber->UnSubscribeForPES(key);
+    } else {
+        std::cerr << ZVGetLastFailure().message << "\n";
     }
     CIPTVServiceAPI::DestroyIPTVDataSubscriber();
     g_main_loop_unref(loop);
