@@ -103,4 +103,80 @@ TEST_F(BusRestart, TheHelperServerOwnsItsNameAgainWhenItIsMadeAgain)
     EXPECT_TRUE(RunUntil([&] { return !observer.GetNameOwner(HelperName).empty(); }));
 }
 
+/// The process would be ended by the first bus that dies with exit-on-close set.
+class ExitOnClose : public ChannelTest
+{
+protected:
+    /// Returns when the loss of the bus has been handled.
+    void LoseTheBus()
+    {
+        TestChannel channel;
+        WirePeer partner;
+        bool isLost = false;
+        channel.onDisconnect = [&](std::string const&, std::string const&) { isLost = true; };
+        ASSERT_EQ(channel->Connect(partner.Name()), 1);
+        m_bus.Kill();
+        ASSERT_TRUE(RunUntil([&] { return isLost; }));
+    }
+};
+
+TEST_F(ExitOnClose, StaysSwitchedOffWhenNoObjectIsLeft)
+{
+    {
+        CProxyDBusHelper const channel("IPGUTIL");
+        SharedConnection();
+    }
+    for (int i = 0; i < 3; ++i) {
+        LoseTheBus();
+        m_bus.Restart();
+    }
+}
+
+/// The application holds the connection longer than its objects.
+TEST_F(ExitOnClose, StaysAsItWasLast)
+{
+    ConnectionPtr connection = SharedConnection();
+    g_dbus_connection_set_exit_on_close(connection.get(), TRUE);
+    CProxyDBusHelper("IPGUTIL");
+    g_dbus_connection_set_exit_on_close(connection.get(), FALSE);
+    connection.reset();
+    LoseTheBus();
+}
+
+TEST_F(ExitOnClose, MayBeSwitchedOnAgain)
+{
+    {
+        CProxyDBusHelper const channel("IPGUTIL");
+        SharedConnection();
+    }
+    {
+        CProxyDBusHelper const channel("IPGUTIL");
+        ConnectionPtr const connection(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr));
+        EXPECT_FALSE(g_dbus_connection_get_exit_on_close(connection.get()));
+        g_dbus_connection_set_exit_on_close(connection.get(), TRUE);
+    }
+    CProxyDBusHelper const channel("IPGUTIL");
+    ConnectionPtr const connection(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr));
+    EXPECT_TRUE(g_dbus_connection_get_exit_on_close(connection.get()));
+    g_dbus_connection_set_exit_on_close(connection.get(), FALSE);
+}
+
+/// The setting of a bus that has died is not noted again when the last reference to its connection goes.
+TEST_F(ExitOnClose, IsThatOfTheLaterBus)
+{
+    ConnectionPtr former = SharedConnection();
+    bool isHandled = false;
+    g_signal_connect_swapped(former.get(), "closed", G_CALLBACK(+[](bool* flag) { *flag = true; }),
+                             &isHandled);
+    {
+        CProxyDBusHelper const channel("IPGUTIL");
+        m_bus.Restart();
+        CProxyDBusHelper const later("PLAYERCONTROL");
+        ASSERT_TRUE(RunUntil([&] { return isHandled; }));
+        g_dbus_connection_set_exit_on_close(former.get(), TRUE);
+    }
+    former.reset();
+    LoseTheBus();
+}
+
 } // namespace
