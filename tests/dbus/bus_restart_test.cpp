@@ -107,6 +107,26 @@ TEST_F(BusRestart, TheHelperServerOwnsItsNameAgainWhenItIsMadeAgain)
 class ExitOnClose : public ChannelTest
 {
 protected:
+    static ConnectionPtr Connection()
+    {
+        return ConnectionPtr(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr));
+    }
+
+    static bool IsSet() { return g_dbus_connection_get_exit_on_close(Connection().get()) != FALSE; }
+    static void Set(bool on) { g_dbus_connection_set_exit_on_close(Connection().get(), on ? TRUE : FALSE); }
+
+    /// Runs `use` while there is an object, and returns when the connection has ended with it.
+    void WithAnObject(std::function<void()> const& use)
+    {
+        std::string name;
+        {
+            CProxyDBusHelper channel("IPGUTIL");
+            name = channel.GetPublicName();
+            use();
+        }
+        ASSERT_TRUE(RunUntil([&] { return m_partner.GetNameOwner(name).empty(); }));
+    }
+
     /// Returns when the loss of the bus has been handled.
     void LoseTheBus()
     {
@@ -120,45 +140,41 @@ protected:
     }
 };
 
+TEST_F(ExitOnClose, IsOnAtFirst)
+{
+    WithAnObject([] { EXPECT_TRUE(IsSet()); });
+    WithAnObject([] { EXPECT_TRUE(IsSet()); });
+}
+
 TEST_F(ExitOnClose, StaysSwitchedOffWhenNoObjectIsLeft)
 {
-    {
-        CProxyDBusHelper const channel("IPGUTIL");
-        SharedConnection();
-    }
+    WithAnObject([] { Set(false); });
     for (int i = 0; i < 3; ++i) {
         LoseTheBus();
         m_bus.Restart();
     }
 }
 
+TEST_F(ExitOnClose, MayBeSwitchedOnAgain)
+{
+    WithAnObject([] { Set(false); });
+    WithAnObject([] {
+        EXPECT_FALSE(IsSet());
+        Set(true);
+    });
+    WithAnObject([] { EXPECT_TRUE(IsSet()); });
+}
+
 /// The application holds the connection longer than its objects.
 TEST_F(ExitOnClose, StaysAsItWasLast)
 {
-    ConnectionPtr connection = SharedConnection();
-    g_dbus_connection_set_exit_on_close(connection.get(), TRUE);
-    CProxyDBusHelper("IPGUTIL");
+    ConnectionPtr connection = Connection();
+    {
+        CProxyDBusHelper const channel("IPGUTIL");
+    }
     g_dbus_connection_set_exit_on_close(connection.get(), FALSE);
     connection.reset();
     LoseTheBus();
-}
-
-TEST_F(ExitOnClose, MayBeSwitchedOnAgain)
-{
-    {
-        CProxyDBusHelper const channel("IPGUTIL");
-        SharedConnection();
-    }
-    {
-        CProxyDBusHelper const channel("IPGUTIL");
-        ConnectionPtr const connection(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr));
-        EXPECT_FALSE(g_dbus_connection_get_exit_on_close(connection.get()));
-        g_dbus_connection_set_exit_on_close(connection.get(), TRUE);
-    }
-    CProxyDBusHelper const channel("IPGUTIL");
-    ConnectionPtr const connection(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr));
-    EXPECT_TRUE(g_dbus_connection_get_exit_on_close(connection.get()));
-    g_dbus_connection_set_exit_on_close(connection.get(), FALSE);
 }
 
 /// The setting of a bus that has died is not noted again when the last reference to its connection goes.

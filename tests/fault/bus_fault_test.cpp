@@ -193,7 +193,7 @@ TEST_F(BusFault, F07_BusDiesWithObjectsInUse)
     End();
 }
 
-/// Channels and objects come and go on eight threads.
+/// Channels, objects and the helper server come and go on eight threads.
 TEST_F(BusFault, F16_BusDiesWhileObjectsAreMadeAndEnded)
 {
     unsigned round = 0;
@@ -206,11 +206,15 @@ TEST_F(BusFault, F16_BusDiesWhileObjectsAreMadeAndEnded)
         std::vector<std::future<void>> users;
         for (unsigned user = 0; user < 8; ++user) {
             users.push_back(std::async(std::launch::async, [this, &stop, user] {
+                IIPGUtil* guide = nullptr;
+                IConnectionHelper* helper = nullptr;
                 while (!stop) {
-                    if (user % 2 == 0) {
-                        IIPGUtil* guide = nullptr;
+                    if (user % 4 == 0) {
                         CIPTVServiceAPI::CreateIPGUtil(&guide);
                         CIPTVServiceAPI::DestroyIPGUtil();
+                    } else if (user % 4 == 2) {
+                        CIPTVServiceAPI::CreateConnectionHelper(&helper);
+                        CIPTVServiceAPI::DestroyConnectionHelper();
                     } else {
                         CProxyDBusHelper channel("USER" + std::to_string(user));
                         channel.Connect(m_partner->Name());
@@ -225,6 +229,7 @@ TEST_F(BusFault, F16_BusDiesWhileObjectsAreMadeAndEnded)
         stop = true;
         users.clear();
         CIPTVServiceAPI::DestroyIPGUtil();
+        CIPTVServiceAPI::DestroyConnectionHelper();
         End();
     });
 }
