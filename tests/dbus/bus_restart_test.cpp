@@ -50,6 +50,22 @@ TEST_F(BusRestart, ANewChannelWorksAtTheAddressOfTheMoment)
     setenv("DBUS_SYSTEM_BUS_ADDRESS", former.c_str(), 1);
 }
 
+/// Only what is created after the bus has died changes to another one.
+TEST_F(BusRestart, TheOwnerIsLookedForAtTheAddressOfTheMomentWhileTheFormerBusRuns)
+{
+    std::string const former = m_bus.Address();
+    BusOptions elsewhere;
+    elsewhere.setEnvironment = false;
+    PrivateBus const other(elsewhere);
+    WirePeer service(other.Address());
+    ASSERT_TRUE(service.OwnName(HelperName));
+    EXPECT_FALSE(CConnectionHelperDBusClient::CheckConnection());
+    setenv("DBUS_SYSTEM_BUS_ADDRESS", other.Address().c_str(), 1);
+    EXPECT_TRUE(CConnectionHelperDBusClient::CheckConnection());
+    ExpectAnswered(m_partner);
+    setenv("DBUS_SYSTEM_BUS_ADDRESS", former.c_str(), 1);
+}
+
 TEST_F(BusRestart, AllThatIsMadeAfterwardsSharesOneConnection)
 {
     m_bus.Restart();
