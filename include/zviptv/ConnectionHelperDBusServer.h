@@ -35,8 +35,9 @@ public:
     /// iterated.
     static CConnectionHelperDBusServer* Instance();
 
-    /// Ends the instance, if there is one: unregisters the object and releases the name. Thread-safe, also
-    /// from inside the announcement handler; from another thread it returns when a running handler has ended.
+    /// Ends the instance, if there is one: unregisters the object and asks the bus to release the name,
+    /// without waiting for the bus. Thread-safe, also from inside the announcement handler; from another
+    /// thread it returns when a running handler has ended.
     static void Destroy();
 
     /// Installs the announcement handler; see IConnectionHelper::SetDbusSignalCb.

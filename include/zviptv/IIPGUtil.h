@@ -68,7 +68,7 @@ public:
 
     /// Has the service load guide data from the file `path`, which the service opens, not the application;
     /// `done` tells whether it did. A large file takes longer than the call waits: it then fails, and the
-    /// loading goes on.
+    /// loading goes on. If `path` contains a zero byte, only the text before it is sent.
     virtual bool CloneUSBToTV(std::string path, bool& done) = 0;
 
 protected:

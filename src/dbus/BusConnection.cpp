@@ -3,7 +3,9 @@
 
 #include "dbus/FreeDescriptors.h"
 
+#include <condition_variable>
 #include <mutex>
+#include <utility>
 
 namespace zviptv {
 
@@ -24,13 +26,69 @@ bool IsAlive(Owned<GDBusConnection> const& connection)
                0;
 }
 
+/// The exit-on-close setting of the connection in use. It outlives the connection, so that the next one gets
+/// it.
+class ExitOnClose
+{
+public:
+    void Follow(GDBusConnection* connection)
+    {
+        std::lock_guard<std::mutex> const lock(m_mutex);
+        m_isFollowing = true;
+        g_object_weak_ref(G_OBJECT(connection), OnDisposed, this);
+    }
+
+    void Leave(GDBusConnection* connection)
+    {
+        g_object_weak_unref(G_OBJECT(connection), OnDisposed, this);
+        Note(connection);
+    }
+
+    /// The setting of the connection that was followed last. Waits while another thread ends that one.
+    bool Last()
+    {
+        std::unique_lock<std::mutex> lock(m_mutex);
+        m_noted.wait(lock, [this] { return !m_isFollowing; });
+        return m_isOn;
+    }
+
+private:
+    void Note(GDBusConnection* connection)
+    {
+        std::lock_guard<std::mutex> const lock(m_mutex);
+        m_isOn = g_dbus_connection_get_exit_on_close(connection) != FALSE;
+        m_isFollowing = false;
+        m_noted.notify_all();
+    }
+
+    static void OnDisposed(void* self, GObject* connection)
+    {
+        static_cast<ExitOnClose*>(self)->Note(G_DBUS_CONNECTION(connection));
+    }
+
+    std::mutex m_mutex;
+    std::condition_variable m_noted;
+    bool m_isFollowing = false;
+    bool m_isOn = true; // GIO's default for shared connections
+};
+
+/// The connection that GIO shares within the process. It is a new one if nobody holds the former one.
+Owned<GDBusConnection> Shared(bool exitsOnClose, Error& error)
+{
+    Owned<GDBusConnection> connection(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, error.Out()));
+    if (connection != nullptr && !exitsOnClose) {
+        g_dbus_connection_set_exit_on_close(connection.get(), FALSE);
+    }
+    return connection;
+}
+
 /// A connection in place of one whose bus has died; null while there is no bus.
-Owned<GDBusConnection> Replace(GDBusConnection* dead)
+Owned<GDBusConnection> Replacement(gboolean exitsOnClose)
 {
     Owned<GDBusConnection> connection(g_dbus_connection_new_for_address_sync(
         SystemBusAddress().c_str(), MessageBus, nullptr, nullptr, nullptr));
     if (connection != nullptr) {
-        g_dbus_connection_set_exit_on_close(connection.get(), g_dbus_connection_get_exit_on_close(dead));
+        g_dbus_connection_set_exit_on_close(connection.get(), exitsOnClose);
     }
     return connection;
 }
@@ -46,7 +104,8 @@ std::string SystemBusAddress()
 Owned<GDBusConnection> SystemBus(Error& error)
 {
     static std::mutex mutex;
-    static GWeakRef last; // all zero, which is empty
+    static GWeakRef last;                               // all zero, which is empty
+    static ExitOnClose& exitOnClose = *new ExitOnClose; // the application may end a connection at exit
     std::lock_guard<std::mutex> const lock(mutex);
     Owned<GDBusConnection> current(static_cast<GDBusConnection*>(g_weak_ref_get(&last)));
     if (current != nullptr && IsAlive(current)) {
@@ -57,11 +116,17 @@ Owned<GDBusConnection> SystemBus(Error& error)
         return current;
     }
     if (current == nullptr) {
-        current.reset(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, error.Out()));
+        current = Shared(exitOnClose.Last(), error);
+        if (current == nullptr) {
+            return nullptr;
+        }
+        exitOnClose.Follow(current.get());
     }
-    if (current != nullptr && !IsAlive(current)) {
-        if (Owned<GDBusConnection> next = Replace(current.get())) {
+    if (!IsAlive(current)) {
+        if (Owned<GDBusConnection> next = Replacement(g_dbus_connection_get_exit_on_close(current.get()))) {
+            exitOnClose.Leave(current.get());
             current = std::move(next);
+            exitOnClose.Follow(current.get());
         }
     }
     g_weak_ref_set(&last, current.get());

@@ -12,10 +12,12 @@ std::string SystemBusAddress();
 
 /// The process's connection to the system bus, on which all objects of the library are.
 ///
-/// It is the one that GIO shares within the process. When that one's bus has died, and a bus is there again,
-/// the library opens a private connection, which it gives up when nothing of the library is on it; it
-/// ends the process when it closes if the dead one would have. While there is no bus, the dead connection
-/// stays: everything on it fails.
+/// It is the one that GIO shares within the process. When that one's bus has died and a bus is there again,
+/// it is a private connection of the library, which ends when nothing of the library is on it. While there is
+/// no bus, the dead connection stays: everything on it fails.
+///
+/// Each connection takes the exit-on-close setting over from the one before. If the application has switched
+/// exit-on-close off, it stays off, also when there was no connection meanwhile.
 ///
 /// Null, with `error`, if the process never had a connection and cannot have one. Any thread may call it.
 Owned<GDBusConnection> SystemBus(Error& error);

@@ -4,6 +4,7 @@
 #include "dbus/BusConnection.h"
 #include "dbus/CallbackGate.h"
 #include "dbus/HelperMessage.h"
+#include "dbus/NameOwnership.h"
 #include "dbus/SendFailure.h"
 #include "dbus/Singleton.h"
 #include "failure/LastFailure.h"
@@ -78,7 +79,7 @@ public:
     {
         m_gate->Refuse();
         m_Regist.End();
-        m_Owner.End();
+        m_Owner = zviptv::NameOwnership();
     }
 
     void WaitForHandlers() { m_gate->WaitForOthers(); }
@@ -134,13 +135,11 @@ void Server::Start(SourceLocation const& where, GBusNameAcquiredCallback acquire
     }
     WriteLog(ZV_LOG_INFO, where, "XML parsed 3");
     if (zviptv::IsOpen(m_pServCon)) {
-        m_Owner.Begin(g_bus_own_name_on_connection(m_pServCon.get(), helper::BusName,
-                                                   G_BUS_NAME_OWNER_FLAGS_NONE, acquired, lost, nullptr,
-                                                   nullptr));
+        m_Owner = zviptv::NameOwnership(m_pServCon.get(), helper::BusName, acquired, lost);
     }
     WriteLog(ZV_LOG_INFO, where, "RegistID:%d, m_pServCon:0x%p", static_cast<int>(m_Regist.Id()),
              static_cast<void*>(m_pServCon.get()));
-    if (m_Owner.Id() == 0) {
+    if (!m_Owner) {
         m_pNodeInfo.reset();
         WriteLog(ZV_LOG_ERROR, where, "Bus Own Name Error");
         zviptv::SetFailure(ZV_FAILURE_NO_BUS, {"the bus has closed the connection; see whether it runs"});

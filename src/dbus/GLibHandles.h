@@ -69,26 +69,4 @@ private:
     guint m_id = 0;
 };
 
-/// The request for a well-known name; released with its owner.
-class NameOwnership
-{
-public:
-    NameOwnership() = default;
-    NameOwnership(NameOwnership const&) = delete;
-    NameOwnership& operator=(NameOwnership const&) = delete;
-    ~NameOwnership() { End(); }
-
-    void Begin(guint id) { m_id = id; }
-    void End()
-    {
-        if (m_id != 0) {
-            g_bus_unown_name(std::exchange(m_id, 0));
-        }
-    }
-    guint Id() const { return m_id; }
-
-private:
-    guint m_id = 0;
-};
-
 } // namespace zviptv

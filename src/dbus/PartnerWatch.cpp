@@ -12,15 +12,11 @@ struct PartnerWatch::Watched
 {
     Watched(GDBusConnection* bus, std::string watchedName, GBusNameVanishedCallback callback, void* data,
             GDestroyNotify releaseData)
-        : connection(Share(bus)), context(g_main_context_ref_thread_default()), name(std::move(watchedName)),
-          vanished(callback), userData(data), release(releaseData)
+        : connection(Share(bus)), name(std::move(watchedName)), vanished(callback), userData(data),
+          release(releaseData)
     {
     }
-    ~Watched()
-    {
-        g_main_context_unref(context);
-        release(userData);
-    }
+    ~Watched() { release(userData); }
     Watched(Watched const&) = delete;
     Watched& operator=(Watched const&) = delete;
 
@@ -33,7 +29,6 @@ struct PartnerWatch::Watched
     }
 
     Owned<GDBusConnection> const connection;
-    GMainContext* const context;
     std::string const name;
     GBusNameVanishedCallback const vanished;
     void* const userData;
@@ -48,9 +43,7 @@ PartnerWatch::PartnerWatch(GDBusConnection* connection, std::string const& name,
           connection,
           {"org.freedesktop.DBus", "org.freedesktop.DBus", "NameOwnerChanged", "/org/freedesktop/DBus", name},
           OnOwnerChanged, UserData<Pointer>::New(m_watched), UserData<Pointer>::Release),
-      m_closed(g_signal_connect_data(
-          connection, "closed", G_CALLBACK(OnClosed), UserData<Pointer>::New(m_watched),
-          [](void* data, GClosure*) { UserData<Pointer>::Release(data); }, GConnectFlags{}))
+      m_closed(connection, [watched = m_watched] { watched->Tell(nullptr); })
 {
     g_dbus_connection_call(connection, "org.freedesktop.DBus", "/org/freedesktop/DBus",
                            "org.freedesktop.DBus", "GetNameOwner", g_variant_new("(s)", name.c_str()),
@@ -70,7 +63,6 @@ PartnerWatch::~PartnerWatch()
 {
     if (m_watched != nullptr) {
         m_watched->isOver = true;
-        g_signal_handler_disconnect(m_watched->connection.get(), m_closed);
     }
 }
 
@@ -99,24 +91,6 @@ void PartnerWatch::OnOwnerAsked(GObject* source, GAsyncResult* result, void* dat
     if (owner == nullptr) {
         watched->Tell(IsOpen(watched->connection) ? connection : nullptr);
     }
-}
-
-// Called through the context in which the connection was made.
-void PartnerWatch::OnClosed(GDBusConnection* /*connection*/, gboolean /*byPeer*/, GError* /*error*/,
-                            void* data)
-{
-    Pointer const watched = UserData<Pointer>::Get(data);
-    GSource* const source = g_idle_source_new();
-    g_source_set_priority(source, G_PRIORITY_DEFAULT);
-    g_source_set_callback(
-        source,
-        [](void* handed) -> gboolean {
-            UserData<Pointer>::Get(handed)->Tell(nullptr);
-            return G_SOURCE_REMOVE;
-        },
-        UserData<Pointer>::New(watched), UserData<Pointer>::Release);
-    g_source_attach(source, watched->context);
-    g_source_unref(source);
 }
 
 } // namespace zviptv

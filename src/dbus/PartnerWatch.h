@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "dbus/CloseWatch.h"
 #include "dbus/SignalSubscription.h"
 
 #include <memory>
@@ -36,11 +37,10 @@ private:
     static void OnOwnerChanged(GDBusConnection* connection, char const* sender, char const* path,
                                char const* interface, char const* signal, GVariant* parameters, void* data);
     static void OnOwnerAsked(GObject* source, GAsyncResult* result, void* data);
-    static void OnClosed(GDBusConnection* connection, gboolean byPeer, GError* error, void* data);
 
     Pointer m_watched;
     SignalSubscription m_changes;
-    gulong m_closed = 0;
+    CloseWatch m_closed;
 };
 
 } // namespace zviptv

@@ -1,14 +1,20 @@
 // SPDX-License-Identifier: MIT
 #include "dbus/SignalSubscription.h"
 
+#include "dbus/BusRequest.h"
+
 #include <utility>
 
 namespace zviptv {
 
 namespace {
 
+/// Empty if the bus needs none.
 std::string Rule(SignalSubscription::Match const& match)
 {
+    if (match.isUnicast) {
+        return std::string();
+    }
     std::string rule = "type='signal'";
     auto const add = [&rule](char const* key, std::string const& value) {
         if (!value.empty()) {
@@ -23,14 +29,11 @@ std::string Rule(SignalSubscription::Match const& match)
     return rule;
 }
 
-/// Nothing comes of it on a connection that has closed.
-void TellTheBus(GDBusConnection* connection, char const* method, std::string const& rule)
+void Tell(GDBusConnection* connection, char const* method, std::string const& rule)
 {
-    Owned<GDBusMessage> const message(g_dbus_message_new_method_call(
-        "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", method));
-    g_dbus_message_set_body(message.get(), g_variant_new("(s)", rule.c_str()));
-    g_dbus_connection_send_message(connection, message.get(), G_DBUS_SEND_MESSAGE_FLAGS_NONE, nullptr,
-                                   nullptr);
+    if (!rule.empty()) {
+        TellTheBus(connection, method, g_variant_new("(s)", rule.c_str()));
+    }
 }
 
 char const* TextOrAny(std::string const& text)
@@ -48,7 +51,7 @@ SignalSubscription::SignalSubscription(GDBusConnection* connection, Match const&
                                               TextOrAny(match.firstArgument),
                                               G_DBUS_SIGNAL_FLAGS_NO_MATCH_RULE, callback, userData, release))
 {
-    TellTheBus(connection, "AddMatch", m_rule);
+    Tell(connection, "AddMatch", m_rule);
 }
 
 SignalSubscription::SignalSubscription(SignalSubscription&& other) noexcept
@@ -68,7 +71,7 @@ SignalSubscription& SignalSubscription::operator=(SignalSubscription&& other) no
 SignalSubscription::~SignalSubscription()
 {
     if (m_id != 0) {
-        TellTheBus(m_connection.get(), "RemoveMatch", m_rule);
+        Tell(m_connection.get(), "RemoveMatch", m_rule);
         g_dbus_connection_signal_unsubscribe(m_connection.get(), m_id);
     }
 }

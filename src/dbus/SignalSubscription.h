@@ -22,6 +22,7 @@ public:
         std::string member;
         std::string path;
         std::string firstArgument;
+        bool isUnicast = false; ///< sent to this connection alone: the bus needs no match rule
     };
 
     SignalSubscription() = default;

@@ -8,8 +8,8 @@ namespace zviptv {
 
 /// A value as the user data of a GLib registration, which owns it.
 ///
-/// GLib's locks order what happens to it. The counter orders it once more for tools that check for data races
-/// and do not see into GLib: hence all that touches it is atomic, its first value too.
+/// GLib's locks order all uses of the value. Tools that check for data races do not see these locks: an
+/// atomic counter, which every use changes, orders the uses for them.
 template <typename Value>
 class UserData
 {
@@ -35,7 +35,10 @@ public:
     }
 
 private:
-    explicit UserData(Value value) : m_value(std::move(value)) { m_uses = 0; }
+    explicit UserData(Value value) : m_value(std::move(value))
+    {
+        m_uses = 0; // assigned and not initialized, which would not be atomic
+    }
 
     Value const m_value;
     std::atomic<unsigned> m_uses;

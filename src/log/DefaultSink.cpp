@@ -48,7 +48,7 @@ std::string Entry(std::initializer_list<Field> fields)
     return entry;
 }
 
-/// Lines that the journal has not taken since it was last said how many.
+/// The number of lines that were dropped since the last report.
 std::atomic<unsigned long> droppedLines{0};
 
 void ReportDropped(JournalSocket& journal)

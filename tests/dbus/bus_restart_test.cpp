@@ -50,6 +50,22 @@ TEST_F(BusRestart, ANewChannelWorksAtTheAddressOfTheMoment)
     setenv("DBUS_SYSTEM_BUS_ADDRESS", former.c_str(), 1);
 }
 
+/// Only what is created after the bus has died changes to another one.
+TEST_F(BusRestart, TheOwnerIsLookedForAtTheAddressOfTheMomentWhileTheFormerBusRuns)
+{
+    std::string const former = m_bus.Address();
+    BusOptions elsewhere;
+    elsewhere.setEnvironment = false;
+    PrivateBus const other(elsewhere);
+    WirePeer service(other.Address());
+    ASSERT_TRUE(service.OwnName(HelperName));
+    EXPECT_FALSE(CConnectionHelperDBusClient::CheckConnection());
+    setenv("DBUS_SYSTEM_BUS_ADDRESS", other.Address().c_str(), 1);
+    EXPECT_TRUE(CConnectionHelperDBusClient::CheckConnection());
+    ExpectAnswered(m_partner);
+    setenv("DBUS_SYSTEM_BUS_ADDRESS", former.c_str(), 1);
+}
+
 TEST_F(BusRestart, AllThatIsMadeAfterwardsSharesOneConnection)
 {
     m_bus.Restart();
@@ -101,6 +117,98 @@ TEST_F(BusRestart, TheHelperServerOwnsItsNameAgainWhenItIsMadeAgain)
     CConnectionHelperDBusServer::Destroy();
     CConnectionHelperDBusServer::Instance();
     EXPECT_TRUE(RunUntil([&] { return !observer.GetNameOwner(HelperName).empty(); }));
+}
+
+/// The process would be ended by the first bus that dies with exit-on-close set.
+class ExitOnClose : public ChannelTest
+{
+protected:
+    static ConnectionPtr Connection()
+    {
+        return ConnectionPtr(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr));
+    }
+
+    static bool IsSet() { return g_dbus_connection_get_exit_on_close(Connection().get()) != FALSE; }
+    static void Set(bool on) { g_dbus_connection_set_exit_on_close(Connection().get(), on ? TRUE : FALSE); }
+
+    /// Runs `use` while there is an object, and returns when the connection has ended with it.
+    void WithAnObject(std::function<void()> const& use)
+    {
+        std::string name;
+        {
+            CProxyDBusHelper channel("IPGUTIL");
+            name = channel.GetPublicName();
+            use();
+        }
+        ASSERT_TRUE(RunUntil([&] { return m_partner.GetNameOwner(name).empty(); }));
+    }
+
+    /// Returns when the loss of the bus has been handled.
+    void LoseTheBus()
+    {
+        TestChannel channel;
+        WirePeer partner;
+        bool isLost = false;
+        channel.onDisconnect = [&](std::string const&, std::string const&) { isLost = true; };
+        ASSERT_EQ(channel->Connect(partner.Name()), 1);
+        m_bus.Kill();
+        ASSERT_TRUE(RunUntil([&] { return isLost; }));
+    }
+};
+
+TEST_F(ExitOnClose, IsOnAtFirst)
+{
+    WithAnObject([] { EXPECT_TRUE(IsSet()); });
+    WithAnObject([] { EXPECT_TRUE(IsSet()); });
+}
+
+TEST_F(ExitOnClose, StaysSwitchedOffWhenNoObjectIsLeft)
+{
+    WithAnObject([] { Set(false); });
+    for (int i = 0; i < 3; ++i) {
+        LoseTheBus();
+        m_bus.Restart();
+    }
+}
+
+TEST_F(ExitOnClose, MayBeSwitchedOnAgain)
+{
+    WithAnObject([] { Set(false); });
+    WithAnObject([] {
+        EXPECT_FALSE(IsSet());
+        Set(true);
+    });
+    WithAnObject([] { EXPECT_TRUE(IsSet()); });
+}
+
+/// The application holds the connection longer than its objects.
+TEST_F(ExitOnClose, StaysAsItWasLast)
+{
+    ConnectionPtr connection = Connection();
+    {
+        CProxyDBusHelper const channel("IPGUTIL");
+    }
+    g_dbus_connection_set_exit_on_close(connection.get(), FALSE);
+    connection.reset();
+    LoseTheBus();
+}
+
+/// The setting of a bus that has died is not noted again when the last reference to its connection goes.
+TEST_F(ExitOnClose, IsThatOfTheLaterBus)
+{
+    ConnectionPtr former = SharedConnection();
+    bool isHandled = false;
+    g_signal_connect_swapped(former.get(), "closed", G_CALLBACK(+[](bool* flag) { *flag = true; }),
+                             &isHandled);
+    {
+        CProxyDBusHelper const channel("IPGUTIL");
+        m_bus.Restart();
+        CProxyDBusHelper const later("PLAYERCONTROL");
+        ASSERT_TRUE(RunUntil([&] { return isHandled; }));
+        g_dbus_connection_set_exit_on_close(former.get(), TRUE);
+    }
+    former.reset();
+    LoseTheBus();
 }
 
 } // namespace

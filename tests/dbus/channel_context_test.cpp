@@ -80,6 +80,52 @@ TEST_F(ChannelContexts, AsynchronousCompletionsComeThroughTheContextOfTheSend)
     EXPECT_TRUE(RunOneUntil(sending.get(), [&] { return m_log.Count("Enter") == 1; }));
 }
 
+/// GIO reports it through the context in which the connection was made, the channel through that of Connect.
+TEST_F(ChannelContexts, ALossOfTheBusComesThroughTwoContexts)
+{
+    TestChannel former;
+    SharedConnection();
+    m_bus.Restart();
+    int losses = 0;
+    std::unique_ptr<TestChannel> channel;
+    {
+        ContextScope const scope(m_constructing.get());
+        channel = std::make_unique<TestChannel>("PLAYERCONTROL"); // opens the connection to the new bus
+    }
+    channel->onDisconnect = [&](std::string const&, std::string const&) { ++losses; };
+    int notifications = 0;
+    channel->onNotification = [&](CMessageBuffer&) { ++notifications; };
+    WirePeer partner;
+    {
+        ContextScope const scope(m_connecting.get());
+        ASSERT_EQ((*channel)->Connect(partner.Name()), 1);
+    }
+    CMessageBuffer message;
+    ASSERT_EQ((*channel)->SendNotification(message), 1);
+    ASSERT_TRUE(partner.WaitFor(IsSignal("SendSignal"))); // so the bus has answered all that came before
+    partner.Emit(channel->Target("SendSignal"), WireEntries());
+    ASSERT_TRUE(RunOneUntil(m_connecting.get(), [&] { return notifications == 1; }));
+    m_bus.Kill();
+    ASSERT_TRUE(RunUntil([&] { return (*channel)->SendNotification(message) == 0; }));
+    EXPECT_TRUE(m_log.Has(ZV_LOG_ERROR, "Error while sending signal [18] The connection is closed"));
+    {
+        ContextScope const scope(m_connecting.get());
+        RunPending();
+    }
+    EXPECT_EQ(losses, 0) << "not before the context of the connection is iterated";
+    {
+        ContextScope const scope(m_constructing.get());
+        ASSERT_TRUE(RunUntil([this] { return g_main_context_pending(m_connecting.get()) != FALSE; }));
+    }
+    EXPECT_EQ(losses, 0) << "not before the context of Connect is iterated";
+    EXPECT_TRUE(RunOneUntil(m_connecting.get(), [&] { return losses == 1; }));
+    channel->Destroy();
+    for (GMainContext* const context : {m_constructing.get(), m_connecting.get()}) {
+        ContextScope const scope(context);
+        RunPending();
+    }
+}
+
 TEST_F(ChannelContexts, WithoutALoopNothingIsDelivered)
 {
     TestChannel channel;

@@ -99,6 +99,15 @@ TEST_F(ProgramGuide, EmptyPathIsSent)
     EXPECT_EQ(m_service.LastRequest().entries, Entries({{"functionname", "CloneUSBToTV"}, {"path", ""}}));
 }
 
+TEST_F(ProgramGuide, PathEndsAtItsFirstZeroByte)
+{
+    m_service.Answer("CloneUSBToTV", {{"data", "1"}});
+    bool done = false;
+    EXPECT_TRUE(CreateGuide()->CloneUSBToTV(std::string("/media\0/usb", 11), done));
+    EXPECT_EQ(m_service.LastRequest().entries,
+              Entries({{"functionname", "CloneUSBToTV"}, {"path", "/media"}}));
+}
+
 TEST_F(ProgramGuide, FlagsFollowTheNumberOfTheData)
 {
     IIPGUtil& guide = *CreateGuide();

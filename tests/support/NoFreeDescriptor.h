@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "Sanitizers.h"
+
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -8,6 +10,11 @@
 #include <vector>
 
 namespace zviptv::test {
+
+/// UndefinedBehaviorSanitizer opens a pipe to check the type of an object.
+constexpr bool ChecksNeedADescriptor = UnderAddressSanitizer;
+constexpr char ReasonToSkip[] =
+    "UndefinedBehaviorSanitizer needs a free descriptor to check the type of an object";
 
 /// While it lives, the process has no free descriptor.
 class NoFreeDescriptor

@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "dbus/GLibHandles.h"
+
+#include <functional>
+
+namespace zviptv {
+
+/// Reports once that a connection has closed; ends with its owner.
+///
+/// GIO reports it through the main context in which the connection was made, which may be another thread's.
+/// The watch passes it on to the context of its own thread.
+class CloseWatch
+{
+public:
+    CloseWatch() = default;
+    /// `closed` is called through the main context that is the calling thread's default. A call that is on
+    /// its way when the watch ends still comes. `closed` is destroyed when no call can come any more.
+    CloseWatch(GDBusConnection* connection, std::function<void()> closed);
+    CloseWatch(CloseWatch&& other) noexcept;
+    CloseWatch& operator=(CloseWatch&& other) noexcept;
+    ~CloseWatch();
+
+private:
+    static void OnClosed(GDBusConnection* connection, gboolean byPeer, GError* error, void* data);
+
+    Owned<GDBusConnection> m_connection;
+    gulong m_id = 0;
+};
+
+} // namespace zviptv
