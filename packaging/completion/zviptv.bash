@@ -3,10 +3,11 @@
 # Bash completes the words of zviptvctl and zviptv-sim. What they take is asked of their --help, so that nothing is
 # listed twice.
 
-# Lines of an option and what it takes, if anything: "--ts FILE".
+# Lines of an option and what it takes, if anything: "--bus system|private". An option of two names is two lines.
 _zviptv_options()
 {
-    sed -nE 's/^  (-[a-z],)?(--[a-z-]+)( ([^ ]+))?( .*)?$/\2 \4/p' <<<"$1"
+    sed -E 's/^  (--[a-z-]+),(--[a-z-]+)(.*)$/  \1\3\n  \2\3/' <<<"$1" |
+        sed -nE 's/^  (-[a-z],)?(--[a-z-]+)( ([^ ]+))?( .*)?$/\2 \4/p'
 }
 
 _zviptv_subcommands()
@@ -26,7 +27,7 @@ _zviptv_values()
 {
     local kind=${1%%=*} tool=$2 cur=$3 methods
     case $kind in
-    FILE | PATH | XMLTV)
+    FILE | 'FILE|URL' | PATH | XMLTV)
         compopt -o filenames 2>/dev/null
         mapfile -t COMPREPLY < <(compgen -f -- "$cur")
         ;;

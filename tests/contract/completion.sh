@@ -58,6 +58,7 @@ expect 'zviptvctl nonsense' '' ''
 
 expect zviptv-sim --t '--time --ts'
 expect 'zviptv-sim --ts' '' 'guide.xml one.ts two.ts'
+expect 'zviptv-sim --input' o one.ts
 expect 'zviptv-sim --ts =' o one.ts
 expect 'zviptv-sim --ts one.ts --guide' g guide.xml
 expect 'zviptv-sim --ts one.ts --loop --bus' '' 'private system'
@@ -73,7 +74,7 @@ expect 'zviptv-sim --ts one.ts -- zviptvctl' au 'offset 4'
 # Every subcommand and option of the tools is offered.
 for tool in zviptvctl zviptv-sim; do
     offered "$tool" -- | sort >"$work/offered"
-    "$tool" --help | sed -nE 's/^  (-h,)?(--[a-z-]+).*/\2/p' | sort >"$work/named"
+    "$tool" --help | sed -nE 's/^  (-h,)?(--[a-z-]+(,--[a-z-]+)?).*/\2/p' | tr , '\n' | sort >"$work/named"
     test "$(wc -l <"$work/named")" -gt 6
     diff "$work/offered" "$work/named"
 done

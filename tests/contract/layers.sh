@@ -39,9 +39,10 @@ may src/proxy dbus failure message log
 may tools/process
 may tools/common glib
 may tools/sim/stream
+may tools/sim/input stream process glib
 may tools/sim/guide stream
-may tools/sim/playback guide stream common
-may tools/sim/endpoints playback guide stream common glib
+may tools/sim/playback guide input stream common
+may tools/sim/endpoints playback guide input stream common glib
 may tools/sim/host endpoints process common glib
 may tools/ctl/output common glib
 may tools/ctl/session output glib

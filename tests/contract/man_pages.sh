@@ -10,7 +10,7 @@ options() { grep -oE -- '--[a-z][a-z-]*' | sort -u; }
 for tool in zviptv-sim zviptvctl; do
     "$prefix/bin/$tool" --help >"$work/help"
     # What stands at the beginning of a line; of the command line's page, what is before its commands.
-    grep -E '^ *-' "$work/help" | sed -E 's/^ *(-[a-z],)?(--[a-z-]+).*/\2/' | options >"$work/in-help"
+    grep -oE '^ *(-[a-z],)?--[a-z-]+(,--[a-z-]+)*' "$work/help" | options >"$work/in-help"
     sed '/^# COMMANDS/,$d' "$pages/$tool.1.scd" | grep -E '^\*-' | options >"$work/in-page"
     echo "$tool:"
     diff "$work/in-help" "$work/in-page"

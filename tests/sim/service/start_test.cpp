@@ -94,14 +94,12 @@ TEST_F(SlowStart, SaysWhenTheServiceIsKilled)
 }
 
 /// Nobody writes to it: opening it must not wait for that.
-TEST_F(Simulator, RefusesAPipeAsAStream)
+TEST_F(Simulator, RefusesADeviceAsAStream)
 {
-    std::string const path = m_bus.Directory() + "/pipe.ts";
-    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
-    ChildProcess process({ZVIPTV_SIM, "--ts", path, "--", "true"});
+    ChildProcess process({ZVIPTV_SIM, "--ts", "/dev/null", "--", "true"});
     EXPECT_EQ(process.Wait(Patience), (ExitStatus{1, 0}));
     EXPECT_EQ(process.Errors(),
-              "zviptv-sim: " + path + " is not a regular file: save the stream in one first\n");
+              "zviptv-sim: /dev/null is not a regular file: save the stream in one first\n");
 }
 
 } // namespace

@@ -156,6 +156,9 @@ TEST_F(Crowd, JsonHasTheDocumentedMembers)
             EXPECT_EQ(line["reply"].isNull(), line["request"]["functionname"] == "MuteVideo");
         }
         EXPECT_EQ(MembersOf(line), Documented("### Line of a " + kind)) << line.toStyledString();
+        if (kind == "status") {
+            EXPECT_EQ(MembersOf(line["input"]), Documented("### `input`"));
+        }
         for (Json::Value const& subscriber : line["subscribers"]) {
             EXPECT_EQ(MembersOf(subscriber), Documented("### One of `subscribers`"));
         }

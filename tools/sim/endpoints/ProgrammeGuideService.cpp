@@ -80,6 +80,14 @@ void ProgrammeGuideService::Push(TsPacket const& packet)
     }
 }
 
+void ProgrammeGuideService::ForgetEvents()
+{
+    m_eit = EitReader();
+    if (!m_fromFile) {
+        m_guide.Use(MakeGuide(m_eit.Table()).guide);
+    }
+}
+
 /// What the stream calls present is present, whatever our clock says: a recording's events are of its own
 /// time.
 std::int64_t ProgrammeGuideService::Now(std::uint64_t serviceId) const

@@ -39,6 +39,9 @@ public:
     /// Takes the stream's event information, as long as no file was loaded.
     void Push(TsPacket const& packet);
 
+    /// The next events are those of another stream. A guide file stays.
+    void ForgetEvents();
+
     /// Nothing when the function is none of the programme guide, or CloneUSBToTV. Each application has its
     /// own list for GetProgram.
     std::optional<CMessageBuffer> Answer(Request const& request);

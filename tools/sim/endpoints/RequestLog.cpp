@@ -69,6 +69,12 @@ std::string Counted(std::size_t count, std::string const& what)
     return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
+/// Of live input, what is known of the way it comes.
+std::string Reception(InputCounters const& input)
+{
+    return input.isLive ? ", " + std::to_string(input.lost) + " lost, " + input.state : "";
+}
+
 /// What is out of the ordinary, at the end of the status line.
 std::string Conditions(RequestLog::Status const& status)
 {
@@ -83,6 +89,26 @@ Json::Value ToJson(RequestLog::Subscriber const& subscriber)
     json["sent"] = Json::UInt64(subscriber.sent);
     json["dropped"] = Json::UInt64(subscriber.dropped);
     json["queued"] = Json::UInt64(subscriber.queued);
+    return json;
+}
+
+Json::Value ToJson(InputCounters const& input)
+{
+    Json::Value json;
+    json["url"] = Shown(input.url);
+    json["state"] = input.state;
+    json["error"] = input.error;
+    json["live"] = input.isLive;
+    json["packets"] = Json::UInt64(input.packets);
+    json["bytes"] = Json::UInt64(input.bytes);
+    json["lost"] = Json::UInt64(input.lost);
+    json["duplicated"] = Json::UInt64(input.duplicated);
+    json["reordered"] = Json::UInt64(input.reordered);
+    json["malformed"] = Json::UInt64(input.malformed);
+    json["gaps"] = Json::UInt64(input.gaps);
+    json["skippedBytes"] = Json::UInt64(input.skippedBytes);
+    json["stalls"] = Json::UInt64(input.stalls);
+    json["jitterMicroseconds"] = input.jitter;
     return json;
 }
 
@@ -176,15 +202,17 @@ void RequestLog::Write(Status const& status)
         json["audioMuted"] = status.audioMuted;
         json["videoMuted"] = status.videoMuted;
         json["locked"] = status.locked;
+        json["input"] = ToJson(status.input);
         WriteJson(json);
         RequireOutput();
     } else if (m_form == Form::Text && isatty(STDERR_FILENO) != 0) {
         ClearStatus();
-        std::fprintf(stderr, "%s, %s, %llu packets/s, %llu dropped%s",
+        std::fprintf(stderr, "%s, %s, %llu packets/s, %llu dropped%s%s",
                      Counted(status.clients, "client").c_str(),
                      Counted(status.subscribers.size(), "subscriber").c_str(),
                      static_cast<unsigned long long>(status.packetsPerSecond),
-                     static_cast<unsigned long long>(status.dropped), Conditions(status).c_str());
+                     static_cast<unsigned long long>(status.dropped), Reception(status.input).c_str(),
+                     Conditions(status).c_str());
         m_statusShown = true;
     }
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "input/InputCounters.h"
+
 #include <zviptv/MessageBuffer.h>
 
 #include <chrono>
@@ -53,6 +55,7 @@ public:
         bool audioMuted = false; ///< by MuteAudio
         bool videoMuted = false; ///< by MuteVideo
         bool locked = false;     ///< the programme or the service, until it is unlocked
+        InputCounters input;
     };
 
     explicit RequestLog(Form form) : m_form(form) {}

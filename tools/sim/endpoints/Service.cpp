@@ -62,6 +62,12 @@ Service::Service(ServiceOptions const& options, MainLoop& loop)
     }
     m_player.SetPacketListener([this](TsPacket const& packet) { m_programmeGuide.Push(packet); });
     m_player.SetProgrammeListener([this](Programme const& next) { m_selection.Follow(m_player, next); });
+    m_player.SetInputListener([this] { m_programmeGuide.ForgetEvents(); });
+    m_player.SetWakeUp([this] {
+        if (m_isPlaying) {
+            PlayAfter(std::chrono::milliseconds(0));
+        }
+    });
     loop.CatchSignals(); // applications are about to know of the service: it has to end in order now
     IConnectionHelper* helper = nullptr;
     CIPTVServiceAPI::CreateConnectionHelper(&helper);
@@ -88,17 +94,30 @@ void Service::PlayWhenAwaited()
 {
     if (m_isStarted && !m_isPlaying && m_subscribers.Count().subscribers.size() >= m_awaited) {
         m_isPlaying = true;
-        m_loop.After(std::chrono::milliseconds(0), [this] { Play(); });
+        PlayAfter(std::chrono::milliseconds(0));
     }
 }
 
-/// Advances the player and comes back when it has more to do.
+/// Replaces what was planned before.
+void Service::PlayAfter(std::chrono::milliseconds delay)
+{
+    m_loop.After(delay, [this, plan = ++m_plan] {
+        if (plan == m_plan) {
+            Play();
+        }
+    });
+}
+
+/// Advances the player and comes back when it has more to do, or wakes.
 void Service::Play()
 {
+    bool const hadEnded = m_player.HasEnded();
     if (std::optional<std::chrono::milliseconds> const wait = m_player.Advance()) {
-        m_loop.After(*wait, [this] { Play(); });
-    } else {
-        m_log.Say("the stream has ended; the service goes on answering");
+        PlayAfter(*wait);
+    } else if (m_player.HasEnded() && !hadEnded) {
+        std::string const error = m_player.Counters().error;
+        m_log.Say(error.empty() ? "the stream has ended; the service goes on answering"
+                                : m_player.Counters().url + ": " + error + "; the service goes on answering");
     }
 }
 
@@ -111,10 +130,10 @@ void Service::ShowStatus()
     m_packets = counts.sent;
     m_statusAt = now;
     m_lock.Follow(m_programmeGuide.Present());
-    m_log.Write(RequestLog::Status{m_applications.Count(), static_cast<std::uint64_t>(rate), counts.dropped,
-                                   std::move(counts.subscribers), m_selection.appId, m_selection.audioMuted,
-                                   m_selection.videoMuted,
-                                   m_lock.IsProgrammeLocked() || m_lock.IsServiceLocked()});
+    m_log.Write(RequestLog::Status{
+        m_applications.Count(), static_cast<std::uint64_t>(rate), counts.dropped,
+        std::move(counts.subscribers), m_selection.appId, m_selection.audioMuted, m_selection.videoMuted,
+        m_lock.IsProgrammeLocked() || m_lock.IsServiceLocked(), m_player.Counters()});
     m_loop.After(StatusPeriod, [this] { ShowStatus(); });
 }
 

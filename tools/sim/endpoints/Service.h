@@ -73,6 +73,7 @@ private:
     CMessageBuffer Finish(Call& call, CMessageBuffer const& honest);
     std::string Deliver(Call& call, CMessageBuffer const& reply, Damage const& damage);
     void PlayWhenAwaited();
+    void PlayAfter(std::chrono::milliseconds delay);
     void Play();
     void ShowStatus();
 
@@ -80,6 +81,7 @@ private:
     std::size_t m_awaited;
     bool m_isStarted = false;
     bool m_isPlaying = false;
+    std::uint64_t m_plan = 0; ///< number of the latest PlayAfter()
     Faults m_faults;
     RequestLog m_log;
     Selection m_selection;

@@ -74,7 +74,14 @@ CLI::Validator Seconds(double least)
 void AddPlayback(CLI::App& app, Options& options, Texts& texts)
 {
     PlayerOptions& playback = options.service.playback;
-    app.add_option("--ts", playback.path, "Transport stream to play")->required()->type_name("FILE");
+    app.add_option("--ts,--input", playback.input.url,
+                   "Transport stream to play: a file, a FIFO, - for standard input, "
+                   "udp://[@]GROUP:PORT[?iface=NAME], "
+                   "rtp:// with the same parts, http:// or https://")
+        ->required()
+        ->type_name("FILE|URL");
+    app.add_flag("--follow", playback.input.follow,
+                 "The file is being written: wait at its end for more; a FIFO outlives its writers");
     app.add_option("--program", playback.programme, "Programme to play; the first one by default")
         ->type_name("N")
         ->check(WholeNumber(0, 65535, "a programme number, 0 to 65535"));

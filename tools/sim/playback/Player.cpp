@@ -40,44 +40,203 @@ std::string AdviceOn(Demux const& demux)
 } // namespace
 
 Player::Player(PlayerOptions const& options, Listener listener)
-    : m_loop(options.loop), m_listener(std::move(listener)), m_demux(options.path), m_pacer(options.speed)
+    : m_speed(options.speed), m_loop(options.loop), m_choice(options.programme),
+      m_listener(std::move(listener)), m_pacer(options.speed),
+      m_programme(std::make_shared<Programme const>())
 {
-    if (m_demux.Programmes().empty()) {
-        throw StreamError(options.path + " holds no programme: no PMT found" + AdviceOn(m_demux));
+    std::unique_ptr<Input> input = OpenInputAndWait(options.input);
+    if (input->IsArriving() && (m_loop || m_speed != 1.0)) {
+        throw StreamError(options.input.url + " is live input, which sets its own pace: leave out " +
+                          (m_loop ? "--loop" : "--speed") + ", or play a file");
     }
-    if (options.programme && !m_demux.Select(*options.programme)) {
-        throw StreamError(options.path + " has no programme " + std::to_string(*options.programme) +
-                          ": it has " + KnownProgrammes(m_demux));
+    Input* const opened = input.get();
+    Use(Load(std::move(input)), opened);
+}
+
+/// Reads the tables of a file.
+std::unique_ptr<Demux> Player::Load(std::unique_ptr<Input> input) const
+{
+    std::string const name = input->Counters().url;
+    bool const mayLearn = input->IsArriving();
+    auto demux = std::make_unique<Demux>(std::move(input));
+    if (demux->Programmes().empty() && !mayLearn) {
+        throw StreamError(name + " holds no programme: no PMT found" + AdviceOn(*demux));
     }
-    m_programme = m_demux.Current();
+    if (!m_choice || demux->Select(*m_choice)) {
+        return demux;
+    }
+    if (!mayLearn) {
+        throw StreamError(name + " has no programme " + std::to_string(*m_choice) + ": it has " +
+                          KnownProgrammes(*demux));
+    }
+    demux->Await(*m_choice);
+    return demux;
+}
+
+void Player::Use(std::unique_ptr<Demux> demux, Input* input)
+{
+    if (m_demux) {
+        Change(std::make_shared<Programme const>()); // nothing chosen for another input holds for this one
+    }
+    m_demux = std::move(demux);
+    m_input = input;
+    m_next.reset();
+    m_passBegan = 0;
+    m_state = ZV_SOURCE_STATE_STARTING;
+    m_lastStc.reset();
+    m_pacer = Pacer(m_demux->IsLive() ? 1.0 : m_speed);
+    m_input->SetWakeUp(m_wake);
+    m_demux->SetPacketListener(m_onPacket);
+    if (m_demux->Current()) {
+        Change(m_demux->Current());
+    }
+}
+
+void Player::Open(InputOptions const& options, Opened done)
+{
+    std::unique_ptr<Input> input;
+    try {
+        input = OpenInput(options);
+    } catch (StreamError const& failure) {
+        done(failure.what());
+        return;
+    }
+    auto const before = std::exchange(m_onOpened, std::move(done));
+    m_opening = std::move(input);
+    if (before) {
+        before("another input was opened meanwhile");
+    }
+    m_opening->WhenOpen([this](std::string const& error) { FinishOpening(error); });
+}
+
+void Player::FinishOpening(std::string const& error)
+{
+    std::unique_ptr<Input> input = std::move(m_opening);
+    auto const done = std::exchange(m_onOpened, {});
+    if (!error.empty()) {
+        done(error);
+        return;
+    }
+    m_choice.reset();
+    try {
+        Input* const opened = input.get();
+        std::unique_ptr<Demux> demux = Load(std::move(input));
+        if (m_onInput) {
+            m_onInput();
+        }
+        Use(std::move(demux), opened);
+    } catch (StreamError const& failure) {
+        done(failure.what());
+        return;
+    }
+    if (m_wake) {
+        m_wake();
+    }
+    done({});
+}
+
+bool Player::SelectProgramme(std::uint16_t number)
+{
+    if (number == m_programme->number && m_demux->Current()) {
+        return true;
+    }
+    if (!m_demux->Select(number)) {
+        return false;
+    }
+    m_choice = number;
+    m_next.reset();
+    Change(m_demux->Current());
+    if (m_wake) {
+        m_wake();
+    }
+    return true;
+}
+
+void Player::SetWakeUp(std::function<void()> wake)
+{
+    m_wake = std::move(wake);
+    m_input->SetWakeUp(m_wake);
+}
+
+void Player::SetPacketListener(Demux::PacketListener listener)
+{
+    m_onPacket = std::move(listener);
+    m_demux->SetPacketListener(m_onPacket);
+}
+
+/// The programme that was asked for is not among those that the tables name.
+bool Player::LacksProgramme() const
+{
+    return m_choice && !m_demux->Current() && m_demux->HasAllTables();
+}
+
+InputCounters Player::Counters() const
+{
+    InputCounters counters = m_input->Counters();
+    counters.packets = m_demux->Packets();
+    if (!m_input->IsArriving()) {
+        counters.bytes = counters.packets * TsPacketSize;
+        counters.state = HasEnded() ? "ended" : m_state == ZV_SOURCE_STATE_STARTING ? "waiting" : "receiving";
+    } else if (counters.error.empty() && LacksProgramme()) {
+        counters.error =
+            "it has no programme " + std::to_string(*m_choice) + ": it has " + KnownProgrammes(*m_demux);
+    }
+    return counters;
+}
+
+EZVSourceState Player::State() const
+{
+    if (LacksProgramme() || (HasEnded() && m_input->IsArriving() && !m_input->Counters().error.empty())) {
+        return ZV_SOURCE_STATE_ERROR;
+    }
+    return m_state == ZV_SOURCE_STATE_PLAYING && m_input->IsStalled() ? ZV_SOURCE_STATE_STARTING : m_state;
 }
 
 std::optional<std::chrono::milliseconds> Player::Advance()
 {
+    if (m_demux->IsLive()) {
+        return AdvanceLive();
+    }
     if (m_state == ZV_SOURCE_STATE_STARTING) {
         Begin();
+    } else if (m_state == ZV_SOURCE_STATE_PLAYING && !m_next && Fetch() && m_pacer.IsDue(m_next->at.time)) {
+        m_pacer.Start(m_next->at.time); // it goes on after a wait for more
     }
     auto const turnEnds = Pacer::Clock::now() + LongestTurn; // a machine too slow for the speed is late
-    while (m_state == ZV_SOURCE_STATE_PLAYING && m_pacer.IsDue(m_next->at.time) &&
+    while (m_state == ZV_SOURCE_STATE_PLAYING && m_next && m_pacer.IsDue(m_next->at.time) &&
            Pacer::Clock::now() < turnEnds) {
-        ClockPoint const last = m_next->at;
         Deliver(*m_next);
-        if (!Fetch()) {
-            m_lastStc = last.stc / 300;
-            m_state = ZV_SOURCE_STATE_ENDED;
-        }
+        Fetch();
     }
-    if (m_state != ZV_SOURCE_STATE_PLAYING) {
+    if (m_state != ZV_SOURCE_STATE_PLAYING || !m_next) {
         return std::nullopt;
     }
     auto const wait = m_pacer.DueAt(m_next->at.time) - Pacer::Clock::now();
     return std::max(std::chrono::ceil<std::chrono::milliseconds>(wait), std::chrono::milliseconds(0));
 }
 
+/// Everything that has come is due.
+std::optional<std::chrono::milliseconds> Player::AdvanceLive()
+{
+    auto const turnEnds = Pacer::Clock::now() + LongestTurn;
+    while (!HasEnded() && Pacer::Clock::now() < turnEnds) {
+        auto event = m_demux->Next();
+        if (!event) {
+            if (m_demux->HasEnded()) {
+                End();
+            }
+            return std::nullopt;
+        }
+        event->at.time = m_pacer.StreamNow();
+        m_state = ZV_SOURCE_STATE_PLAYING;
+        Deliver(*event);
+    }
+    return HasEnded() ? std::nullopt : std::optional(std::chrono::milliseconds(0));
+}
+
 void Player::Begin()
 {
     if (!Fetch()) {
-        m_state = ZV_SOURCE_STATE_ENDED;
         return;
     }
     m_pacer.Start(m_next->at.time);
@@ -86,16 +245,28 @@ void Player::Begin()
 }
 
 /// The next event; from the start again at the end of a stream that loops. A pass without any packet is the
-/// end: the file has been cut.
+/// end: the file has been cut. False at the end, and when nothing has come yet.
 bool Player::Fetch()
 {
-    m_next = m_demux.Next();
-    if (!m_next && m_loop && m_demux.Packets() > m_passBegan) {
-        m_passBegan = m_demux.Packets();
-        m_demux.Rewind();
-        m_next = m_demux.Next();
+    m_next = m_demux->Next();
+    if (!m_next && m_loop && !m_input->IsArriving() && m_demux->Packets() > m_passBegan) {
+        m_passBegan = m_demux->Packets();
+        m_demux->Rewind();
+        m_next = m_demux->Next();
+    }
+    if (!m_next && m_demux->HasEnded()) {
+        End();
     }
     return m_next.has_value();
+}
+
+/// The clock stops where the last event was.
+void Player::End()
+{
+    if (m_state == ZV_SOURCE_STATE_PLAYING) {
+        m_lastStc = m_demux->IsLive() ? m_pacer.StcNow() : m_pacer.LastStc();
+    }
+    m_state = ZV_SOURCE_STATE_ENDED;
 }
 
 void Player::Deliver(Event const& event)
@@ -118,7 +289,7 @@ void Player::Change(std::shared_ptr<Programme const> const& next)
         m_onProgramme(*next);
     }
     if (next->number != m_programme->number || FirstPtsStream(*next) != FirstPtsStream(*m_programme)) {
-        m_demux.ForgetFirstPts();
+        m_demux->ForgetFirstPts();
     }
     m_programme = next;
     m_format.reset();
@@ -157,7 +328,7 @@ void Player::ReadText(PesPacket const& pes)
 
 std::optional<std::uint64_t> Player::Stc() const
 {
-    if (!m_demux.HasClock()) {
+    if (!m_demux->HasClock()) {
         return std::nullopt;
     }
     return m_state == ZV_SOURCE_STATE_PLAYING ? std::optional<std::uint64_t>(m_pacer.StcNow()) : m_lastStc;
@@ -166,7 +337,7 @@ std::optional<std::uint64_t> Player::Stc() const
 std::optional<std::uint64_t> Player::FirstPts() const
 {
     std::optional<std::uint16_t> const pid = FirstPtsStream(*m_programme);
-    return pid ? m_demux.FirstPts(*pid) : std::nullopt;
+    return pid ? m_demux->FirstPts(*pid) : std::nullopt;
 }
 
 } // namespace zviptv::sim

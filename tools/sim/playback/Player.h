@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "input/Input.h"
 #include "stream/AribLanguages.h"
 #include "stream/AudioFormat.h"
 #include "stream/Demux.h"
@@ -17,39 +18,68 @@ namespace zviptv::sim {
 
 struct PlayerOptions
 {
-    std::string path;
+    InputOptions input;
     std::optional<std::uint16_t> programme; ///< the first one of the stream when empty
-    double speed = 1.0;
-    bool loop = false;
+    double speed = 1.0;                     ///< live input sets the pace itself
+    bool loop = false;                      ///< of a file
 };
 
-/// Plays a transport stream at its own pace: hands out PES packets when they are due and knows the clock.
-/// Not thread-safe; nothing happens but inside Advance().
+/// Plays a transport stream: hands out PES packets and knows the clock. A file is played at its own pace,
+/// live input as it comes. Not thread-safe; lives on the thread whose default main context calls back.
+/// Nothing is handed out but inside Advance().
 class Player
 {
 public:
     using Listener = std::function<void(PesPacket const&)>;
 
-    /// @throws StreamError when the file cannot be read or has no such programme
+    /// Waits until the input is open. @throws StreamError when it cannot be read, is a file without such a
+    /// programme, or does not go together with the other options
     Player(PlayerOptions const& options, Listener listener);
 
+    /// Plays another input from its start: its first programme, at the speed of the options. `done` is called
+    /// once, now or, for HTTP, from the main context: with the empty text after the change, else with a line
+    /// for the user, and the input so far goes on. An input that is still being opened is given up.
+    ///
+    /// Everything that was known of the input before is forgotten, at once: the listeners hear of a programme
+    /// without a number and tracks, then of the new one, which of live input comes later.
+    using Opened = std::function<void(std::string const& error)>;
+    void Open(InputOptions const& options, Opened done);
+
+    /// Plays another programme of this input, from here on. False, and nothing changes, if it is not known.
+    bool SelectProgramme(std::uint16_t number);
+
+    /// What the input has given so far, and how.
+    InputCounters Counters() const;
+
+    /// Called when Advance() has to be called again though it has returned nothing: packets have come, or
+    /// another input is played.
+    void SetWakeUp(std::function<void()> wake);
+
     /// Gets every transport packet as it is read, a little ahead of what is due.
-    void SetPacketListener(Demux::PacketListener listener) { m_demux.SetPacketListener(std::move(listener)); }
+    void SetPacketListener(Demux::PacketListener listener);
 
     /// Gets what the programme that is played becomes, as long as Current() and what was learnt of it still
     /// are those before.
     using ProgrammeListener = std::function<void(Programme const& next)>;
     void SetProgrammeListener(ProgrammeListener listener) { m_onProgramme = std::move(listener); }
 
-    /// Hands out what is due; returns how long until more is, nothing when the stream has ended.
+    /// Called when another input is about to be played.
+    void SetInputListener(std::function<void()> listener) { m_onInput = std::move(listener); }
+
+    /// Hands out what is due; returns how long until more is, nothing when the stream has ended or nothing
+    /// has come yet. @throws StreamError when reading fails
     std::optional<std::chrono::milliseconds> Advance();
 
-    EZVSourceState State() const { return m_state; }
+    /// Starting until something has been handed out, and while the input is stalled.
+    EZVSourceState State() const;
+
+    /// The stream has been handed out to its end.
+    bool HasEnded() const { return m_state == ZV_SOURCE_STATE_ENDED; }
 
     /// All programmes of the stream, in the order of the PAT.
-    std::vector<Programme> const& Programmes() const { return m_demux.Programmes(); }
+    std::vector<Programme> const& Programmes() const { return m_demux->Programmes(); }
 
-    /// The programme that is played; never null.
+    /// The programme that is played; one without a number and tracks as long as it is not known.
     Programme const& Current() const { return *m_programme; }
 
     /// The system time clock, 90 kHz; nothing before the first packet, or when the stream has no clock. It
@@ -69,18 +99,32 @@ public:
     AribLanguages const& TextLanguages() const { return m_textLanguages; }
 
 private:
+    std::unique_ptr<Demux> Load(std::unique_ptr<Input> input) const;
+    void Use(std::unique_ptr<Demux> demux, Input* input);
+    void FinishOpening(std::string const& error);
+    bool LacksProgramme() const;
     void Begin();
+    std::optional<std::chrono::milliseconds> AdvanceLive();
     bool Fetch();
+    void End();
     void Deliver(Event const& event);
     void Change(std::shared_ptr<Programme const> const& next);
     void LookAtVideo(PesPacket const& pes);
     void ListenToAudio(PesPacket const& pes);
     void ReadText(PesPacket const& pes);
 
+    double m_speed;
     bool m_loop;
+    std::optional<std::uint16_t> m_choice; ///< of the first input
     Listener m_listener;
+    Demux::PacketListener m_onPacket;
     ProgrammeListener m_onProgramme;
-    Demux m_demux;
+    std::function<void()> m_onInput;
+    std::function<void()> m_wake;
+    std::unique_ptr<Demux> m_demux;
+    Input* m_input = nullptr; ///< the demultiplexer's; never null
+    std::unique_ptr<Input> m_opening;
+    Opened m_onOpened; ///< for it
     Pacer m_pacer;
     std::shared_ptr<Programme const> m_programme;
     std::optional<Event> m_next;

@@ -42,6 +42,10 @@ LoadedGuide LoadGuideOf(Player const& player, std::string const& path)
 void ListServices(PlayerOptions const& stream, std::string const& path)
 {
     Player const player(stream, [](PesPacket const&) {});
+    if (player.Counters().isLive) {
+        throw StreamError("--list-services needs a file: record some seconds of " + stream.input.url +
+                          " first");
+    }
     if (path.empty()) {
         for (Programme const& programme : player.Programmes()) {
             Print(programme.number, programme.name);

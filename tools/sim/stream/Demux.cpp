@@ -14,9 +14,13 @@ constexpr std::uint64_t MaxPacketsToSearch = 50'000; // for the tables: 9.4 MB
 
 Demux::Demux(std::string const& path) : Demux(std::make_unique<TsReader>(path)) {}
 
-Demux::Demux(std::unique_ptr<PacketSource> source) : m_source(std::move(source))
+Demux::Demux(std::unique_ptr<PacketSource> source)
+    : m_source(std::move(source)),
+      m_timeline(m_source->IsLive() ? Timeline::Order::AsIs : Timeline::Order::Timed)
 {
-    FindProgrammes();
+    if (!IsLive()) {
+        FindProgrammes();
+    }
     if (!Programmes().empty()) {
         m_current = std::make_shared<Programme const>(Programmes().front());
     }
@@ -57,6 +61,13 @@ bool Demux::Select(std::uint16_t programme)
     return true;
 }
 
+/// Whether the first programme that is known is the stream's first. Of a live stream others' tables may come
+/// before; one without a PMT is not waited for for ever.
+bool Demux::MayTakeFirst() const
+{
+    return !Programmes().empty() && (!IsLive() || m_tables.HasFirst() || m_packet >= MaxPacketsToSearch);
+}
+
 /// Notices that the programme has changed, appeared or gone.
 void Demux::FollowTables()
 {
@@ -66,7 +77,7 @@ void Demux::FollowTables()
     } else if (m_current) {
         now = m_tables.Find(m_current->number);
     }
-    if (!now && !m_choice && !Programmes().empty()) {
+    if (!now && !m_choice && MayTakeFirst()) {
         now = &Programmes().front();
     }
 
@@ -110,6 +121,18 @@ void Demux::AddPes(std::uint16_t pid, StreamKind kind, PesAssembler::Pes bytes)
     m_timeline.AddPes(m_packet, std::move(packet));
 }
 
+/// The event tells the time: of a live stream the one that this PCR shows.
+void Demux::AddPcr(TsPacket const& packet)
+{
+    if (IsLive()) {
+        m_timeline.AddPcr(m_packet, *packet.pcr, packet.discontinuity);
+        m_timeline.AddClock(m_packet);
+        return;
+    }
+    m_timeline.AddClock(m_packet);
+    m_timeline.AddPcr(m_packet, *packet.pcr, packet.discontinuity);
+}
+
 void Demux::Handle(TsBytes const& bytes)
 {
     auto const packet = ParseTsPacket(bytes);
@@ -120,12 +143,11 @@ void Demux::Handle(TsBytes const& bytes)
     if (m_onPacket) {
         m_onPacket(*packet);
     }
-    if (m_tables.Push(*packet)) {
+    if (m_tables.Push(*packet) || (m_packet == MaxPacketsToSearch && IsLive())) {
         FollowTables();
     }
     if (packet->pcr && m_current && packet->pid == m_current->pcrPid) {
-        m_timeline.AddClock(m_packet);
-        m_timeline.AddPcr(m_packet, *packet->pcr, packet->discontinuity);
+        AddPcr(*packet);
     }
     auto const track = m_tracks.find(packet->pid);
     if (track == m_tracks.end()) {
@@ -158,8 +180,10 @@ std::optional<Event> Demux::Next()
             Handle(bytes);
             m_timeline.Advance(m_packet);
             ++m_packet;
-        } else {
+        } else if (m_source->HasEnded()) {
             Finish();
+        } else {
+            return std::nullopt;
         }
         event = m_timeline.Take();
     }

@@ -33,11 +33,25 @@ public:
     /// Chooses a programme; false if it is not known, then nothing changes. Events not taken yet are dropped.
     bool Select(std::uint16_t programme);
 
+    /// Plays this programme once it is known, and no other; to be called before Next().
+    void Await(std::uint16_t programme) { m_choice = programme; }
+
+    /// The PAT has arrived, and every PMT that it names.
+    bool HasAllTables() const { return m_tables.IsComplete(); }
+
     /// Called inside Next() for every packet that is sound, before it is worked off.
     void SetPacketListener(PacketListener listener) { m_onPacket = std::move(listener); }
 
-    /// The next event in stream order; nothing at the end of the stream. @throws StreamError
+    /// The next event in stream order; nothing at the end of the stream and, as long as HasEnded() is false,
+    /// when nothing has come yet. @throws StreamError
     std::optional<Event> Next();
+
+    /// Next() has told everything up to the end of the stream.
+    bool HasEnded() const { return m_ended; }
+
+    /// The sender sets the pace. The programmes become known as their tables come, and events have no time:
+    /// they are handed out at once, with the STC of the latest PCR.
+    bool IsLive() const { return m_source->IsLive(); }
 
     /// Plays from the start again; events not taken yet are dropped. Time goes on. @throws StreamError
     void Rewind();
@@ -73,6 +87,8 @@ private:
     };
 
     void FindProgrammes();
+    bool MayTakeFirst() const;
+    void AddPcr(TsPacket const& packet);
     void Handle(TsBytes const& bytes);
     void FollowTables();
     void FollowStreams();

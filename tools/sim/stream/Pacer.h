@@ -30,6 +30,9 @@ public:
     /// Takes the STC from an event that was just delivered.
     void Follow(ClockPoint const& delivered) { m_followed = delivered; }
 
+    /// STC of the event that was delivered last, in 90 kHz, 33 bits.
+    std::uint64_t LastStc() const { return m_followed.stc / 300; }
+
     /// STC now, in 90 kHz, 33 bits. Between events it runs on at the stream's speed.
     std::uint64_t StcNow() const;
 

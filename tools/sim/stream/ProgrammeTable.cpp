@@ -72,6 +72,11 @@ bool ProgrammeTable::IsComplete() const
     return m_havePat && m_programmes.size() == m_entries.size();
 }
 
+bool ProgrammeTable::HasFirst() const
+{
+    return !m_programmes.empty() && m_programmes.front().number == m_entries.front().programme;
+}
+
 bool ProgrammeTable::PushSection(std::uint16_t pid, std::vector<std::uint8_t> section)
 {
     std::uint8_t const table = section[0];

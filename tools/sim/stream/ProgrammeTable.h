@@ -31,6 +31,9 @@ public:
     /// The PAT has arrived, and every PMT that it names.
     bool IsComplete() const;
 
+    /// The PAT has arrived, and the PMT that it names first.
+    bool HasFirst() const;
+
     /// The SDT has arrived.
     bool HasNames() const { return m_haveSdt; }
 

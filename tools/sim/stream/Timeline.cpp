@@ -33,6 +33,10 @@ void Timeline::AddSample(std::uint64_t packet, std::uint64_t value, bool jump)
 
 void Timeline::AddPcr(std::uint64_t packet, std::uint64_t pcr, bool jump)
 {
+    if (m_order == Order::AsIs) {
+        m_latestPcr = pcr % PcrModulus;
+        return;
+    }
     bool const takesOver = m_reference.has_value();
     m_reference.reset();
     AddSample(packet, pcr, jump || takesOver);
@@ -40,6 +44,11 @@ void Timeline::AddPcr(std::uint64_t packet, std::uint64_t pcr, bool jump)
 
 void Timeline::Hold(std::uint64_t packet, Event event)
 {
+    if (m_order == Order::AsIs) {
+        event.at.stc = m_latestPcr.value_or(0);
+        m_ready.push_back(std::move(event));
+        return;
+    }
     m_pendingBytes += CostOf(event);
     m_pending.push_back({packet, std::move(event)});
 }
@@ -135,6 +144,7 @@ void Timeline::Clear()
     m_pending.clear();
     m_pendingBytes = 0;
     m_ready.clear();
+    m_latestPcr.reset();
 }
 
 std::optional<Event> Timeline::Take()

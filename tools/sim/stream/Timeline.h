@@ -15,6 +15,14 @@ namespace zviptv::sim {
 class Timeline
 {
 public:
+    enum class Order
+    {
+        Timed, ///< as above
+        AsIs   ///< of a live stream: events at once, their time 0, their STC the latest PCR
+    };
+
+    explicit Timeline(Order order = Order::Timed) : m_order(order) {}
+
     static constexpr std::size_t MaxPendingBytes = 4 * 1024 * 1024;
     static constexpr std::uint64_t MaxPacketsWithoutClock = 40'000; // 7.5 MB
 
@@ -36,7 +44,7 @@ public:
 
     /// The stream has shown a clock: PCR, or time stamps in its place. Without one the STC of events means
     /// nothing.
-    bool HasClock() const { return m_clock.HasSamples(); }
+    bool HasClock() const { return m_clock.HasSamples() || m_latestPcr; }
 
     /// The next event whose time is known, in stream order; times never decrease.
     std::optional<Event> Take();
@@ -53,6 +61,8 @@ private:
     void UseTimeStamps();
     void ReleaseUpTo(std::uint64_t packet);
 
+    Order m_order;
+    std::optional<std::uint64_t> m_latestPcr; ///< AsIs only
     StreamClock m_clock;
     StreamTime m_latest{};
     std::uint64_t m_lastSample = 0;

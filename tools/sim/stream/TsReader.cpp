@@ -1,10 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "stream/TsReader.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-
-#include <cerrno>
 #include <cstring>
 
 namespace zviptv::sim {
@@ -16,41 +12,26 @@ constexpr std::size_t SearchSize = 16 * 1024; // how far into a file the first p
 constexpr std::size_t SyncsWanted = 5;
 constexpr std::size_t Distances[] = {188, 192, 204};
 
-std::string Reason()
-{
-    return std::strerror(errno);
-}
-
-TsReader::File Open(std::string const& path)
-{
-    // Without blocking, in case it is a pipe.
-    int const descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-    TsReader::File file(descriptor < 0 ? nullptr : fdopen(descriptor, "rb"));
-    struct stat status
-    {
-    };
-    if (!file || fstat(descriptor, &status) != 0) {
-        throw StreamError("cannot open " + path + ": " + Reason());
-    }
-    if (!S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode)) {
-        throw StreamError(path + " is not a regular file: save the stream in one first");
-    }
-    return file;
-}
-
 } // namespace
 
-TsReader::TsReader(std::string const& path) : TsReader(Open(path), path) {}
+TsReader::TsReader(std::string const& path) : TsReader(std::make_unique<FileBytes>(path)) {}
 
 TsReader::TsReader(File file, std::string name)
-    : m_file(std::move(file)), m_name(std::move(name)), m_buffer(BufferSize)
+    : TsReader(std::make_unique<FileBytes>(std::move(file), std::move(name)))
 {
-    if (!FindDistance()) {
-        throw StreamError(m_name + " holds no transport stream: no sync byte 0x47 at a 188-byte distance");
+}
+
+TsReader::TsReader(std::unique_ptr<ByteSource> bytes) : m_bytes(std::move(bytes)), m_buffer(BufferSize)
+{
+    m_hasStarted = !m_bytes->IsLive() && FindDistance();
+    if (!m_hasStarted && m_bytes->HasEnded()) {
+        throw StreamError(m_bytes->Name() +
+                          " holds no transport stream: no sync byte 0x47 at a 188-byte distance");
     }
 }
 
-/// Sees to it that `count` bytes (far fewer than the buffer holds) are at hand; false at the end of the file.
+/// Sees to it that `count` bytes (far fewer than the buffer holds) are at hand; false when there are
+/// not as many.
 bool TsReader::Have(std::size_t count)
 {
     if (m_end - m_begin >= count) {
@@ -60,11 +41,7 @@ bool TsReader::Have(std::size_t count)
     m_end -= m_begin;
     m_begin = 0;
     while (m_end < count) {
-        errno = 0;
-        std::size_t const got = std::fread(m_buffer.data() + m_end, 1, m_buffer.size() - m_end, m_file.get());
-        if (got == 0 && std::ferror(m_file.get())) {
-            throw StreamError("cannot read " + m_name + ": " + Reason());
-        }
+        std::size_t const got = m_bytes->Read(m_buffer.data() + m_end, m_buffer.size() - m_end);
         if (got == 0) {
             return false;
         }
@@ -79,8 +56,10 @@ TsReader::Run TsReader::FollowSyncs(std::size_t offset, std::size_t distance)
     for (; run.syncs < SyncsWanted; ++run.syncs, offset += distance) {
         if (!Have(offset + 1)) {
             std::size_t const left = m_end - m_begin;
-            run.atEnd = true;
-            run.exact = run.syncs > 0 && (left == offset || left == offset - distance + TsPacketSize);
+            run.isCut = true;
+            run.atEnd = m_bytes->HasEnded();
+            run.exact =
+                run.atEnd && run.syncs > 0 && (left == offset || left == offset - distance + TsPacketSize);
             break;
         }
         if (m_buffer[m_begin + offset] != TsSyncByte) {
@@ -91,20 +70,25 @@ TsReader::Run TsReader::FollowSyncs(std::size_t offset, std::size_t distance)
 }
 
 /// Short files are told by fewer sync bytes, but only if they begin with a packet.
-bool TsReader::IsStart(std::size_t offset, std::size_t distance)
+bool TsReader::IsStart(Run const& run, std::size_t offset, std::size_t distance)
 {
-    Run const run = FollowSyncs(offset, distance);
     if (run.syncs == SyncsWanted) {
         return true;
     }
     return run.atEnd && offset < distance && (run.syncs > 1 || (run.exact && offset == 0));
 }
 
+/// False also when more bytes have to come to tell.
 bool TsReader::FindDistance()
 {
-    for (std::size_t offset = 0; offset < SearchSize && Have(offset + TsPacketSize); ++offset) {
+    std::size_t offset = 0;
+    for (; offset < SearchSize && Have(offset + TsPacketSize); ++offset) {
         for (std::size_t const distance : Distances) {
-            if (!IsStart(offset, distance)) {
+            Run const run = FollowSyncs(offset, distance);
+            if (run.isCut && !run.atEnd) {
+                return false;
+            }
+            if (!IsStart(run, offset, distance)) {
                 continue;
             }
             m_distance = distance;
@@ -113,13 +97,19 @@ bool TsReader::FindDistance()
             return true;
         }
     }
+    if (offset == SearchSize && m_bytes->IsLive()) { // packets may follow yet
+        m_begin += SearchSize;
+        m_skipped += SearchSize;
+    }
     return false;
 }
 
-/// Goes on at the next byte from which packets follow one another again.
+/// Goes on at the next byte from which packets follow one another again. False also when more bytes have to
+/// come to tell, and when much of a live input has been skipped: others have their turn then.
 bool TsReader::Resynchronise()
 {
-    for (; Have(TsPacketSize); ++m_begin, ++m_skipped) {
+    std::uint64_t const limit = m_bytes->IsLive() ? m_skipped + SearchSize : UINT64_MAX;
+    for (; m_skipped < limit && Have(TsPacketSize); ++m_begin, ++m_skipped) {
         if (m_buffer[m_begin] != TsSyncByte) {
             continue;
         }
@@ -127,16 +117,26 @@ bool TsReader::Resynchronise()
         if (run.syncs == SyncsWanted || (run.atEnd && (run.syncs > 1 || run.exact))) {
             return true;
         }
+        if (run.isCut && !run.atEnd) {
+            return false;
+        }
     }
     return false;
 }
 
 bool TsReader::Read(TsBytes& packet)
 {
+    m_hasStarted = m_hasStarted || FindDistance();
+    if (!m_hasStarted) {
+        return false;
+    }
     if (!Have(TsPacketSize)) {
         return false;
     }
     if (m_buffer[m_begin] != TsSyncByte && !Resynchronise()) {
+        return false;
+    }
+    if (!Have(m_distance) && !m_bytes->HasEnded()) {
         return false;
     }
     std::memcpy(packet.data(), m_buffer.data() + m_begin, packet.size());
@@ -146,11 +146,9 @@ bool TsReader::Read(TsBytes& packet)
 
 void TsReader::Rewind()
 {
-    if (std::fseek(m_file.get(), 0, SEEK_SET) != 0) {
-        throw StreamError("cannot rewind " + m_name + ": " + Reason());
-    }
+    m_bytes->Rewind();
     m_begin = m_end = 0;
-    FindDistance();
+    m_hasStarted = FindDistance();
 }
 
 } // namespace zviptv::sim

@@ -1,26 +1,19 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "stream/ByteSource.h"
 #include "stream/TsPacket.h"
-
-#include <cstdio>
-#include <memory>
-#include <string>
 
 namespace zviptv::sim {
 
-/// Reads the packets of a file, through a small buffer.
+/// Reads the packets of an input, through a small buffer.
 ///
 /// Packets may be 188 bytes apart, 192 (four bytes of time stamp before each) or 204 (sixteen bytes of
 /// parity behind each). Bytes between packets that are not in step are skipped. Not thread-safe.
 class TsReader : public PacketSource
 {
 public:
-    struct FileCloser
-    {
-        void operator()(std::FILE* file) const noexcept { std::fclose(file); }
-    };
-    using File = std::unique_ptr<std::FILE, FileCloser>;
+    using File = FileBytes::File;
 
     /// @throws StreamError "cannot open X: reason", "cannot read X: reason", or
     ///         "X holds no transport stream: no sync byte 0x47 at a 188-byte distance"
@@ -29,8 +22,13 @@ public:
     /// Reads an open file that can seek; `name` stands for it in error texts.
     TsReader(File file, std::string name);
 
+    /// A source that has not ended may begin later: then only reading it throws.
+    explicit TsReader(std::unique_ptr<ByteSource> bytes);
+
     bool Read(TsBytes& packet) override;
     void Rewind() override;
+    bool HasEnded() const override { return m_bytes->HasEnded(); }
+    bool IsLive() const override { return m_bytes->IsLive(); }
 
     /// Distance from packet to packet: 188, 192 or 204.
     std::size_t PacketDistance() const { return m_distance; }
@@ -43,18 +41,20 @@ private:
     struct Run
     {
         std::size_t syncs = 0;
-        bool atEnd = false; ///< the file ended before SyncsWanted were seen
-        bool exact = false; ///< and it ended where a packet ends
+        bool isCut = false; ///< there are no more bytes, but not SyncsWanted either
+        bool atEnd = false; ///< and there never will be
+        bool exact = false; ///< and the file ended where a packet ends
     };
 
     bool Have(std::size_t count);
     Run FollowSyncs(std::size_t offset, std::size_t distance);
-    bool IsStart(std::size_t offset, std::size_t distance);
+    static bool IsStart(Run const& run, std::size_t offset, std::size_t distance);
     bool FindDistance();
+    bool FindStart();
     bool Resynchronise();
 
-    File m_file;
-    std::string m_name;
+    std::unique_ptr<ByteSource> m_bytes;
+    bool m_hasStarted = false; ///< the distance is known
     std::vector<std::uint8_t> m_buffer;
     std::size_t m_begin = 0;
     std::size_t m_end = 0;

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+#include "input/PipeBytes.h"
+
+#include "stream/TsPacket.h"
+
+#include <fcntl.h>
+#include <poll.h>
+
+#include <cerrno>
+#include <cstring>
+
+namespace zviptv::sim {
+
+std::unique_ptr<PipeBytes> PipeBytes::OpenFifo(std::string const& path, bool outlivesWriters)
+{
+    // A descriptor that could write, too, is a writer that stays.
+    int const access = outlivesWriters ? O_RDWR : O_RDONLY;
+    FileHandle pipe(open(path.c_str(), access | O_NONBLOCK | O_CLOEXEC));
+    if (!pipe) {
+        throw StreamError("cannot open " + path + ": " + std::strerror(errno) +
+                          "; see whether this user may read it");
+    }
+    return std::make_unique<PipeBytes>(std::move(pipe), path);
+}
+
+std::size_t PipeBytes::Read(std::uint8_t* bytes, std::size_t size)
+{
+    pollfd ready{m_pipe.Get(), POLLIN, 0};
+    if (poll(&ready, 1, 0) > 0 && ready.revents != 0) { // read() itself may wait: others share standard input
+        ssize_t const got = read(m_pipe.Get(), bytes, size);
+        if (got > 0) {
+            m_watch.Stop();
+            return static_cast<std::size_t>(got);
+        }
+        if (got == 0) {
+            m_hasEnded = true;
+            m_watch.Stop();
+            return 0;
+        }
+        if (errno != EAGAIN && errno != EINTR) {
+            throw StreamError("cannot read " + m_name + ": " + std::strerror(errno));
+        }
+    }
+    if (!m_watch.IsRunning()) {
+        m_watch = LoopSource::OnInput(m_pipe.Get(), [this] { Wake(); });
+    }
+    return 0;
+}
+
+} // namespace zviptv::sim

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "stream/ByteView.h"
+
+#include <optional>
+
+namespace zviptv::sim {
+
+/// A packet of RTP (RFC 3550). `payload` points into the datagram.
+struct RtpPacket
+{
+    std::uint16_t sequence = 0;
+    std::uint32_t timestamp = 0; ///< 90 kHz, of a transport stream
+    std::uint32_t source = 0;    ///< SSRC
+    ByteView payload;            ///< without list of sources (CSRC), head extension and padding
+};
+
+/// Nothing when the datagram is not a whole RTP packet of version 2.
+std::optional<RtpPacket> ParseRtpPacket(ByteView datagram);
+
+} // namespace zviptv::sim
