@@ -107,11 +107,9 @@ void UdpReceiver::Discard()
 {
     constexpr int Most = 100'000; // more keep coming than can be thrown away
     for (int i = 0; i < Most; ++i) {
-        auto const next = Next(m_socket.Get(), m_buffer);
-        if (!next) {
+        if (!Next(m_socket.Get(), m_buffer)) {
             return;
         }
-        m_dropsBefore = m_drops = next->second.drops.value_or(m_drops);
     }
 }
 
@@ -140,6 +138,7 @@ bool UdpReceiver::Receive()
     {
         std::lock_guard<std::mutex> const lock(m_mutex);
         m_drops = notes.drops.value_or(m_drops);
+        m_dropsBefore = m_dropsBefore.value_or(m_drops);
         isFirst = m_waiting.Empty();
         if (m_waiting.Bytes() + datagram.Size() > MaxWaitingBytes) {
             ++m_noRoom;
@@ -168,7 +167,7 @@ void UdpReceiver::Take(Datagrams& taken)
 std::uint64_t UdpReceiver::Lost() const
 {
     std::lock_guard<std::mutex> const lock(m_mutex);
-    return m_noRoom + static_cast<std::uint32_t>(m_drops - m_dropsBefore);
+    return m_noRoom + static_cast<std::uint32_t>(m_drops - m_dropsBefore.value_or(m_drops));
 }
 
 } // namespace zviptv::sim

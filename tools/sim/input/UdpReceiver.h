@@ -5,6 +5,7 @@
 #include "process/FileHandle.h"
 
 #include <mutex>
+#include <optional>
 #include <thread>
 
 namespace zviptv::sim {
@@ -42,11 +43,11 @@ private:
     FileHandle m_ready;
     FileHandle m_stop;
     std::vector<std::uint8_t> m_buffer; ///< of the thread
-    std::uint32_t m_dropsBefore = 0;    ///< that the socket counted before the first datagram of ours
     mutable std::mutex m_mutex;         ///< of what follows
     Datagrams m_waiting;
     std::uint64_t m_noRoom = 0;
-    std::uint32_t m_drops = 0; ///< as the socket counts them, which wraps
+    std::uint32_t m_drops = 0;                  ///< as the socket counts them, which wraps
+    std::optional<std::uint32_t> m_dropsBefore; ///< the first datagram
     std::thread m_thread;
 };
 
