@@ -80,6 +80,26 @@ TEST(CommandLine, ComplainsInWords)
              {{"--ts", sample, "--guide", "/no/such", "--", "true"},
               1,
               "cannot load the guide: /no/such: No such file"},
+             {{"--ts", "udp://@239.255.17.9:5000?iface=lo", "--speed", "2", "--", "true"},
+              1,
+              "udp://@239.255.17.9:5000?iface=lo is live input, which sets its own pace: leave out --speed, "
+              "or play a "
+              "file"},
+             {{"--input", sample, "--follow", "--loop", "--", "true"},
+              1,
+              ZVIPTV_SAMPLE_FILE " is live input, which sets its own pace: leave out --loop, or play a file"},
+             {{"--ts", "udp://@239.255.17.9:5000?iface=lo", "--follow", "--", "true"},
+              1,
+              "cannot follow udp://@239.255.17.9:5000?iface=lo: --follow is for files and FIFOs; leave it "
+              "out\n"},
+             {{"--ts", "udp://@239.255.17.9:5000?iface=lo", "--list-services"},
+              1,
+              "--list-services needs a file: record"},
+             {{"--input", "ftp://host/a.ts", "--", "true"},
+              1,
+              "cannot open ftp://host/a.ts: unknown kind of"},
+             {{"--ts", "udp://239.1.1.1", "--", "true"}, 1, "cannot open udp://239.1.1.1: there is no port"},
+             {{"--ts", sample, "--input", sample}, 2, "--ts is given more than once\n"},
              {{"--ts", sample, "--", "/no/such/program"}, 127, "cannot run /no/such/program: No such file"},
          }) {
         ChildProcess process(Simulate(one.options));

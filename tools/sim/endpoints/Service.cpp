@@ -64,7 +64,7 @@ Service::Service(ServiceOptions const& options, MainLoop& loop)
     m_player.SetProgrammeListener([this](Programme const& next) { m_selection.Follow(m_player, next); });
     m_player.SetInputListener([this] { m_programmeGuide.ForgetEvents(); });
     m_player.SetWakeUp([this] {
-        if (m_isPlaying) {
+        if (m_isPlaying && !std::exchange(m_isWoken, true)) {
             PlayAfter(std::chrono::milliseconds(0));
         }
     });
@@ -111,6 +111,7 @@ void Service::PlayAfter(std::chrono::milliseconds delay)
 /// Advances the player and comes back when it has more to do, or wakes.
 void Service::Play()
 {
+    m_isWoken = false;
     bool const hadEnded = m_player.HasEnded();
     if (std::optional<std::chrono::milliseconds> const wait = m_player.Advance()) {
         PlayAfter(*wait);

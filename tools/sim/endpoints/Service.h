@@ -81,6 +81,7 @@ private:
     std::size_t m_awaited;
     bool m_isStarted = false;
     bool m_isPlaying = false;
+    bool m_isWoken = false;   ///< by the player; Play() comes
     std::uint64_t m_plan = 0; ///< number of the latest PlayAfter()
     Faults m_faults;
     RequestLog m_log;

@@ -33,6 +33,9 @@ HttpBytes::HttpBytes(std::string const& url)
       m_session(soup_session_new_with_options("timeout", Timeout, "user-agent", "zviptv-sim", nullptr)),
       m_retryAfter(FirstRetry)
 {
+    // Lengths are those of the stream itself.
+    soup_session_remove_feature_by_type(m_session.get(), SOUP_TYPE_CONTENT_DECODER);
+    RequireHost();
     Send();
 }
 
@@ -54,13 +57,25 @@ HttpBytes* HttpBytes::TakeToken(gpointer token)
     return self ? *self : nullptr;
 }
 
-void HttpBytes::Send()
+void HttpBytes::RequireHost() const
 {
-    m_message.reset(soup_message_new(SOUP_METHOD_GET, m_url.c_str()));
-    if (!m_message) {
+    struct Release
+    {
+        void operator()(GUri* uri) const { g_uri_unref(uri); }
+    };
+    std::unique_ptr<GUri, Release> const uri(
+        g_uri_parse(m_url.c_str(), static_cast<GUriFlags>(SOUP_HTTP_URI_FLAGS), nullptr));
+    char const* const host = uri ? g_uri_get_host(uri.get()) : nullptr;
+    if (host == nullptr || *host == '\0') {
         throw StreamError("cannot open " + m_url +
                           ": it is not an address; write http://HOST/PATH or https://HOST/PATH");
     }
+}
+
+void HttpBytes::Send()
+{
+    m_received = 0;
+    m_message.reset(soup_message_new(SOUP_METHOD_GET, m_url.c_str()));
     soup_session_send_async(m_session.get(), m_message.get(), G_PRIORITY_DEFAULT, m_cancellable.get(),
                             OnAnswer, NewToken());
 }
@@ -142,12 +157,16 @@ void HttpBytes::Add(GBytes* bytes)
     if (size > 0) {
         m_queue.Add(ByteView(data, size));
         m_bytes += size;
+        m_received += size;
         m_retryAfter = FirstRetry;
         Wake();
         return;
     }
     SoupMessageHeaders* const head = soup_message_get_response_headers(m_message.get());
-    if (soup_message_headers_get_encoding(head) == SOUP_ENCODING_EOF) { // cut off or complete: nobody knows
+    SoupEncoding const encoding = soup_message_headers_get_encoding(head);
+    bool const isCut = encoding == SOUP_ENCODING_CONTENT_LENGTH &&
+                       m_received < static_cast<std::uint64_t>(soup_message_headers_get_content_length(head));
+    if (isCut || encoding == SOUP_ENCODING_EOF) { // of a body without a length nobody knows
         Break("the server has closed the connection", false);
         return;
     }

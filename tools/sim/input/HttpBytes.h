@@ -35,6 +35,7 @@ private:
     static void OnAnswer(GObject* session, GAsyncResult* result, gpointer token);
     static void OnBytes(GObject* stream, GAsyncResult* result, gpointer token);
 
+    void RequireHost() const;
     void Send();
     void Begin(Owned<GInputStream> stream);
     void AskForMore();
@@ -56,7 +57,8 @@ private:
     bool m_wasOpen = false;
     bool m_isAsking = false;
     bool m_hasEnded = false;
-    std::uint64_t m_bytes = 0;
+    std::uint64_t m_bytes = 0;    ///< of all connections
+    std::uint64_t m_received = 0; ///< of this one
 };
 
 } // namespace zviptv::sim

@@ -30,6 +30,7 @@ std::size_t PipeBytes::Read(std::uint8_t* bytes, std::size_t size)
         ssize_t const got = read(m_pipe.Get(), bytes, size);
         if (got > 0) {
             m_watch.Stop();
+            m_bytes += static_cast<std::uint64_t>(got);
             return static_cast<std::size_t>(got);
         }
         if (got == 0) {
@@ -42,7 +43,10 @@ std::size_t PipeBytes::Read(std::uint8_t* bytes, std::size_t size)
         }
     }
     if (!m_watch.IsRunning()) {
-        m_watch = LoopSource::OnInput(m_pipe.Get(), [this] { Wake(); });
+        m_watch = LoopSource::OnInput(m_pipe.Get(), [this] {
+            m_watch.Stop(); // it would call again and again until somebody reads
+            Wake();
+        });
     }
     return 0;
 }

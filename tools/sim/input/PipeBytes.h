@@ -20,12 +20,14 @@ public:
     std::size_t Read(std::uint8_t* bytes, std::size_t size) override;
     bool HasEnded() const override { return m_hasEnded; }
     std::string const& Name() const override { return m_name; }
+    void AddTo(InputCounters& counters) const override { counters.bytes = m_bytes; }
 
 private:
     FileHandle m_pipe;
     std::string m_name;
     LoopSource m_watch; ///< runs while there is nothing to read
     bool m_hasEnded = false;
+    std::uint64_t m_bytes = 0;
 };
 
 } // namespace zviptv::sim

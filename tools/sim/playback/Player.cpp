@@ -174,8 +174,10 @@ InputCounters Player::Counters() const
 {
     InputCounters counters = m_input->Counters();
     counters.packets = m_demux->Packets();
-    if (!m_input->IsArriving()) {
+    if (!counters.isLive) {
         counters.bytes = counters.packets * TsPacketSize;
+    }
+    if (!m_input->IsArriving()) {
         counters.state = HasEnded() ? "ended" : m_state == ZV_SOURCE_STATE_STARTING ? "waiting" : "receiving";
     } else if (counters.error.empty() && LacksProgramme()) {
         counters.error =
