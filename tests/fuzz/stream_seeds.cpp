@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "EitBuilder.h"
 #include "PesSeeds.h"
+#include "RtpBytes.h"
 #include "SeedWriter.h"
 #include "StreamTestSupport.h"
 
@@ -183,6 +184,31 @@ void WriteEvents(std::filesystem::path const& corpus)
               TextOf(StreamBuilder().Section(0x12, present).Section(0x12, schedule).Stream()) + '\x01');
 }
 
+/// The sample as RTP: in order, and with a packet lost, one twice, two in the wrong order, and a wrap.
+void WriteRtp(std::filesystem::path const& corpus, Bytes const& sample)
+{
+    constexpr std::ptrdiff_t payload = 7 * TsPacketSize;
+    auto const write = [&](std::string const& name, std::vector<int> const& order, RtpParts parts) {
+        Bytes seed;
+        for (int const number : order) {
+            parts.sequence = static_cast<std::uint16_t>(65534 + number);
+            parts.timestamp = static_cast<std::uint32_t>(900 * number);
+            parts.payload.assign(sample.begin() + number * payload, sample.begin() + (number + 1) * payload);
+            Bytes const datagram = MakeRtp(parts);
+            AddNumber(seed, static_cast<std::uint32_t>(datagram.size()), 2);
+            seed = seed + datagram;
+        }
+        WriteSeed(corpus / "rtp", name, TextOf(seed));
+    };
+    RtpParts full;
+    full.contributors = {1, 2};
+    full.extension = Bytes(8, 3);
+    full.padding = 5;
+    write("in-order", {0, 1, 2, 3, 4, 5}, {});
+    write("out-of-order", {0, 2, 1, 1, 3, 5}, full);
+    write("jump", {0, 1, 200, 201, 2}, {});
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
@@ -198,5 +224,6 @@ int main(int argc, char* argv[])
     WriteTracks(argv[1]);
     WritePes(argv[1], sample);
     WriteEvents(argv[1]);
+    WriteRtp(argv[1], sample);
     return 0;
 }
