@@ -8,7 +8,6 @@
 namespace zviptv::test {
 namespace {
 
-using sim::RtpPacket;
 using sim::RtpWindow;
 using testing::ElementsAre;
 

@@ -220,8 +220,9 @@ TEST_F(LiveSocket, SaysWhatProgrammesThereAre)
             return SourceState() == "4";
         },
         Patience));
-    EXPECT_EQ(InputWhere([](Json::Value const& input) { return input["error"] != ""; })["error"],
-              "it has no programme 7: it has 1");
+    EXPECT_EQ(
+        InputWhere([](Json::Value const& input) { return !input["error"].asString().empty(); })["error"],
+        "it has no programme 7: it has 1");
     StreamBuilder seventh;
     seventh.Section(0, MakePat({{7, 0x1000}}, 1))
         .Section(0x1000, MakePmt(7, LiveVideo, {{0x1B, LiveVideo, {}}}));
