@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: MIT
+#include "Player.h"
+
+#include <utility>
+
+// What a player does about inputs and their programmes.
+
+namespace zviptv::sim {
+
+namespace {
+
+std::string KnownProgrammes(Demux const& demux)
+{
+    std::string numbers;
+    for (Programme const& programme : demux.Programmes()) {
+        numbers += (numbers.empty() ? "" : ", ") + std::to_string(programme.number);
+    }
+    return numbers;
+}
+
+std::string AdviceOn(Demux const& demux)
+{
+    std::uint64_t const damaged = demux.DamagedSections();
+    return damaged == 0 ? "; play a stream that has a PAT and a PMT"
+                        : ", but " + std::to_string(damaged) +
+                              (damaged == 1 ? " damaged section" : " damaged sections") +
+                              " of PAT, PMT or SDT; record the stream again";
+}
+
+} // namespace
+
+/// Reads the tables of a file.
+std::unique_ptr<Demux> Player::Load(std::unique_ptr<Input> input) const
+{
+    std::string const name = input->Counters().url;
+    bool const mayLearn = input->IsArriving();
+    auto demux = std::make_unique<Demux>(std::move(input));
+    if (demux->Programmes().empty() && !mayLearn) {
+        throw StreamError(name + " holds no programme: no PMT found" + AdviceOn(*demux));
+    }
+    if (!m_choice || demux->Select(*m_choice)) {
+        return demux;
+    }
+    if (!mayLearn) {
+        throw StreamError(name + " has no programme " + std::to_string(*m_choice) + ": it has " +
+                          KnownProgrammes(*demux));
+    }
+    demux->Await(*m_choice);
+    return demux;
+}
+
+void Player::Use(std::unique_ptr<Demux> demux, Input* input)
+{
+    if (m_demux) {
+        Change(std::make_shared<Programme const>()); // nothing chosen for another input holds for this one
+    }
+    m_demux = std::move(demux);
+    m_input = input;
+    m_next.reset();
+    m_passBegan = 0;
+    m_state = ZV_SOURCE_STATE_STARTING;
+    m_lastStc.reset();
+    m_pacer = Pacer(m_demux->IsLive() ? 1.0 : m_speed);
+    m_input->SetWakeUp(m_wake);
+    m_demux->SetPacketListener(m_onPacket);
+    if (m_demux->Current()) {
+        Change(m_demux->Current());
+    }
+}
+
+void Player::Open(InputOptions const& options, Opened done)
+{
+    std::unique_ptr<Input> input;
+    try {
+        input = OpenInput(options);
+    } catch (StreamError const& failure) {
+        done(failure.what());
+        return;
+    }
+    auto const before = std::exchange(m_onOpened, std::move(done));
+    m_opening = std::move(input);
+    if (before) {
+        before("another input was opened meanwhile");
+    }
+    m_opening->WhenOpen([this](std::string const& error) { FinishOpening(error); });
+}
+
+void Player::FinishOpening(std::string const& error)
+{
+    std::unique_ptr<Input> input = std::move(m_opening);
+    auto const done = std::exchange(m_onOpened, {});
+    if (!error.empty()) {
+        done(error);
+        return;
+    }
+    m_choice.reset();
+    try {
+        Input* const opened = input.get();
+        std::unique_ptr<Demux> demux = Load(std::move(input));
+        if (m_onInput) {
+            m_onInput();
+        }
+        Use(std::move(demux), opened);
+    } catch (StreamError const& failure) {
+        done(failure.what());
+        return;
+    }
+    if (m_wake) {
+        m_wake();
+    }
+    done({});
+}
+
+bool Player::SelectProgramme(std::uint16_t number)
+{
+    if (number == m_programme->number && m_demux->Current()) {
+        return true;
+    }
+    if (!m_demux->Select(number)) {
+        return false;
+    }
+    m_choice = number;
+    m_next.reset();
+    Change(m_demux->Current());
+    if (m_wake) {
+        m_wake();
+    }
+    return true;
+}
+
+void Player::SetWakeUp(std::function<void()> wake)
+{
+    m_wake = std::move(wake);
+    m_input->SetWakeUp(m_wake);
+}
+
+void Player::SetPacketListener(Demux::PacketListener listener)
+{
+    m_onPacket = std::move(listener);
+    m_demux->SetPacketListener(m_onPacket);
+}
+
+/// The programme that was asked for is not among those that the tables name.
+bool Player::LacksProgramme() const
+{
+    return m_choice && !m_demux->Current() && m_demux->HasAllTables();
+}
+
+InputCounters Player::Counters() const
+{
+    InputCounters counters = m_input->Counters();
+    counters.packets = m_demux->Packets();
+    if (!counters.isLive) {
+        counters.bytes = counters.packets * TsPacketSize;
+    }
+    if (!m_input->IsArriving()) {
+        counters.state = HasEnded() ? "ended" : m_state == ZV_SOURCE_STATE_STARTING ? "waiting" : "receiving";
+    } else if (counters.error.empty() && LacksProgramme()) {
+        counters.error =
+            "it has no programme " + std::to_string(*m_choice) + ": it has " + KnownProgrammes(*m_demux);
+    }
+    return counters;
+}
+
+} // namespace zviptv::sim
