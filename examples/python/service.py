@@ -20,15 +20,13 @@ HELPER = "org.corvel.zviptvapi.dbushelper"
 HELPER_PATH = "/org/corvel/zviptvapi/dbushelper"
 PEER = "org.corvel.zviptvapi.DbusCommunication"
 PEER_PATH = "/org/corvel/zviptvapi/DbusCommunication/"
-INTERFACES = """<node>
-<interface name='org.corvel.zviptvapi.dbushelper'><method name='SendSignal'>
+INTERFACES = """<node><interface name='org.corvel.zviptvapi.dbushelper'><method name='SendSignal'>
 <arg type='a(ss)' name='data' direction='in'/><arg type='a(ss)' name='response' direction='out'/>
 </method></interface><interface name='org.corvel.zviptvapi.DbusCommunication'><method name='Send'>
-<arg type='a{sv}' name='data' direction='in'/><arg type='a{sv}' name='response' direction='out'/></method>
-<method name='SendSignal'><arg type='a{sv}' name='data' direction='in'/></method></interface></node>"""
+<arg type='a{sv}' name='data' direction='in'/><arg type='a{sv}' name='response' direction='out'/>
+</method></interface></node>"""
 TYPES = ("PLAYERCONTROL", "BROADCASTDATA", "IPTVDATASUBSCRIBER", "IPGUTIL")
 REFUSED = {"result_internal": 0}
-
 MAX_QUEUED = 256  # notifications that wait for a slow application; more are dropped
 WINDOW = 32  # notifications that an application has not confirmed
 
@@ -209,19 +207,20 @@ class Guide:
 
     @staticmethod
     def _text(value):
-        return {"data": "" if value is None else
-                json.dumps(value, ensure_ascii=False, sort_keys=True, separators=(",", ":"))}
+        return REFUSED | {"data": ""} if value is None else {
+            "data": json.dumps(value, ensure_ascii=False, sort_keys=True, separators=(",", ":"))}
 
     def _service(self, request):
         return [one for one in self._programmes if one["service_id"] == request.text("inID")]
 
     def _list(self, request):
-        start, duration = request.number("startTime"), request.number("duration")
-        return [one for one in self._service(request) if duration > 0
-                and one["start_time"] < start + duration and one["start_time"] + one["duration"] > start]
+        programmes, start = self._service(request), request.number("startTime")
+        end = start + request.number("duration")
+        return [one for one in programmes if max(start, one["start_time"]) < min(
+            end, one["start_time"] + one["duration"])] if programmes else None
 
     def _list_size(self, request):
-        request.channel.programmes = self._list(request)
+        request.channel.programmes = self._list(request) or []
         return {"data": len(request.channel.programmes)}
 
     def _program(self, request):
@@ -229,11 +228,11 @@ class Guide:
         return self._text(at(self._programmes if counted is None else counted, request.number("index")))
 
     def _neighbour(self, request):
-        asked = json.loads(request.text("inID"))
+        asked, step = json.loads(request.text("inID")), request.number("program")
         programmes = [one for one in self._programmes if one["service_id"] == asked["service_id"]]
-        for place, one in enumerate(programmes):
+        for place, one in enumerate(programmes if step in (-1, 0, 1) else []):
             if one["event_id"] % 65536 == asked["event_id"] and asked["start_time"] in (0, one["start_time"]):
-                return self._text(at(programmes, place + request.number("program")))
+                return self._text(at(programmes, place + step))
         return self._text(None)
 
     def _present(self, request):
@@ -248,9 +247,10 @@ class Guide:
     def _load(self, request):
         try:
             with open(request.text("path"), encoding="utf-8") as file:  # as GetProgramList answers
-                self._programmes = json.load(file)
-        except (OSError, ValueError):
-            return {"data": 0}
+                programmes = [{member: one[member] for member in PROGRAMMES[0]} for one in json.load(file)]
+            self._programmes = sorted(programmes, key=lambda one: (int(one["service_id"]), one["start_time"]))
+        except (LookupError, OSError, TypeError, ValueError):
+            return REFUSED | {"data": 0}
         return {"data": 1}
 
 
@@ -293,10 +293,10 @@ class Channel:
     def _answered(self, connection, result):
         try:
             connection.call_finish(result)
-        except GLib.Error:  # the application has left, or the bus has too many open calls
-            if not self._end.is_cancelled():
-                GLib.timeout_add_seconds(1, self._ask)
-            return
+        except GLib.Error as error:  # an error of the application is an answer, too
+            if error.matches(Gio.dbus_error_quark(), Gio.DBusError.LIMITS_EXCEEDED):
+                GLib.timeout_add_seconds(1, self._ask)  # the bus has too many open calls
+                return
         self._asked = False
         self._send()
 
@@ -316,10 +316,10 @@ class Service:
             connection.register_object(PEER_PATH + word, interfaces.lookup_interface(PEER), self._called)
         connection.register_object(HELPER_PATH, interfaces.lookup_interface(HELPER), self._announced)
 
-    def _announced(self, _connection, _sender, _path, _interface, _method, body, invocation):
+    def _announced(self, _connection, sender, _path, _interface, _method, body, invocation):
         entries = dict(body.unpack()[0])
         name, word = entries.get("dbusname", ""), entries.get("type")
-        known = word in TYPES and Gio.dbus_is_unique_name(name)
+        known = word in TYPES and name == sender  # nobody announces for another application
         if known:
             self._leave(name, word)
         if known and entries.get("add") == "y":

@@ -26,13 +26,6 @@ await() {
 # lines PATTERN FILE COUNT: at least COUNT lines of the file match the pattern.
 lines() { [ -f "$2" ] && [ "$(grep -c "$1" "$2")" -ge "$3" ]; }
 
-# announce NAME TYPE ADD: what a channel sends to the helper bus.
-announce() {
-    gdbus call --address "$DBUS_SYSTEM_BUS_ADDRESS" --dest org.corvel.zviptvapi.dbushelper \
-        --object-path /org/corvel/zviptvapi/dbushelper --method org.corvel.zviptvapi.dbushelper.SendSignal \
-        "[('dbusname', '$1'), ('type', '$2'), ('add', '$3')]" | sed 's/:1\.[0-9]*/:1.#/'
-}
-
 # ask TYPE REQUEST: a request from a caller that has announced nothing.
 ask() {
     gdbus call --address "$DBUS_SYSTEM_BUS_ADDRESS" --dest org.corvel.zviptvapi.dbushelper \
@@ -58,12 +51,16 @@ zviptvctl methods | sed -n 's/^  \([A-Za-z]*\)(.*/\1/p' | grep -v ubscribeFor | 
 [ "$(wc -l <methods.list)" -ge 49 ]
 grep -o '^\$ zviptvctl call [A-Za-z]*' "$source/python_service.txt" | cut -d ' ' -f 4 | sort -u | diff methods.list -
 
+echo "An application is answered by its own name only, and is sent more whatever it answers"
+"$source/python_peer.py" | diff "$source/python_peer.txt" -
+
 echo "An application is killed: the service sees it leave"
+left=$(grep -c '^IPTVDATASUBSCRIBER leaves' service.log)
 zviptvctl pes >killed 2>&1 &
 killed=$!
 await lines ^audio killed 1
 kill -KILL "$killed"
-await lines '^IPTVDATASUBSCRIBER leaves' service.log 3
+await lines '^IPTVDATASUBSCRIBER leaves' service.log $((left + 1))
 
 echo "An application stops: others go on, and so does that one when it runs again"
 zviptvctl pes >stopped 2>&1 &
