@@ -4,7 +4,7 @@ import re
 from dataclasses import dataclass, field
 
 MARKERS = {
-    "file": "written to this file; ', the same as FILE' and ', inside main' may follow",
+    "file": "written to this file; ', the same as FILE' may follow",
     "comes from": "what this command prints",
     "drop-in of": "lines for this unit of systemd",
     "unseen": "a command that is typed before the block and not shown",

@@ -14,10 +14,9 @@ from pathlib import Path
 
 from blocks import PageError, read_page
 from checks import check_drop_in, check_links, check_run_by, check_run_words
-from typed import Script, inside_main
+from typed import Script
 
 LICENCE = "// SPDX-License-Identifier: MIT\n"  # of the file, which a page need not repeat
-SEPARATOR = re.compile(r", (the same as|inside main|as:)\s*")
 
 
 def without_numbers(text, page_markers):
@@ -31,14 +30,10 @@ def without_numbers(text, page_markers):
 
 
 def write_file(script, block, root):
-    name, *rest = SEPARATOR.split(block.marker("file"))
-    text = block.text
-    if rest and rest[0] == "the same as":
-        if (root / rest[1]).read_text().removeprefix(LICENCE) != text:
-            raise PageError(f"{block}: not the same as {rest[1]}")
-    elif rest:
-        text = inside_main(text)
-    script.file(name, text)
+    name, _, original = block.marker("file").partition(", the same as ")
+    if original and (root / original).read_text().removeprefix(LICENCE) != block.text:
+        raise PageError(f"{block}: not the same as {original}")
+    script.file(name, block.text)
 
 
 def take(script, block, root):

@@ -7,16 +7,6 @@ import re
 
 from blocks import PageError
 
-MAIN = "#include <zviptv/IPTVServiceAPI.h>\n{includes}\nint main()\n{{\n{statements}}}\n"
-
-
-def inside_main(text):
-    """A whole program of lines that stand in main; their includes come first."""
-    lines = text.split("\n")
-    includes = "\n".join(line for line in lines if line.startswith("#include"))
-    return MAIN.format(includes=includes,
-                       statements="\n".join(line for line in lines if not line.startswith("#include")))
-
 
 class Script:
     """Written from the page's blocks, one after the other."""
