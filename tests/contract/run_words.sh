@@ -1,6 +1,6 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# What ./run is told and does not know is named: run_words.sh BUILD SOURCE
+# What ./run does with its words: run_words.sh BUILD SOURCE
 set -euo pipefail
 root=$(cd "$2/../.." && pwd)
 
@@ -24,3 +24,24 @@ refuses 'One word too many: i386. ./run help shows what cross takes.' cross armh
 refuses 'For which architecture? ./run cross armhf | arm64 | i386' cross
 refuses 'For which architecture? ./run cross armhf | arm64 | i386' cross mips
 diff <("$root/run") <("$root/run" help)
+
+# A build without tests, where nothing has to be installed, and with a CMake that says how it was called.
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+mkdir -p "$work/packaging" "$work/bin" "$work/build/release"
+cp "$root/run" "$work"
+: >"$work/packaging/build-packages.txt"
+printf '#!/bin/sh\necho "$@" >>"%s/called"\n' "$work" >"$work/bin/cmake"
+chmod +x "$work/bin/cmake"
+
+# builds WITH: ./run build configures with this BUILD_TESTING.
+builds() {
+    rm -f "$work/called" "$work/build/release-configure.log"
+    PATH=$work/bin:$PATH "$work/run" build >/dev/null
+    grep -q -- "--preset release .*-DBUILD_TESTING=$1\$" "$work/called" || { cat "$work/called" && exit 1; }
+}
+
+builds OFF
+mkdir "$work/build/release/tests"
+: >"$work/build/release/tests/CTestTestfile.cmake" # as ./run test leaves it
+builds ON
