@@ -24,8 +24,9 @@ typedef struct _GDBusMethodInvocation GDBusMethodInvocation;
 class ZVIPTV_API CDeferredReply
 {
 public:
-    /// Takes the answer of the call that the calling thread is handling: what the message callback returns is
-    /// then not sent. Empty outside a message callback, and when the answer was taken before.
+    /// Takes the answer of the call that the calling thread is handling: what the message callback, or the
+    /// announcement handler of IConnectionHelper, returns is then not sent. The answer to an announcement has
+    /// the key "dbusname". Empty outside these callbacks, and when the answer was taken before.
     static CDeferredReply Take();
 
     /// Takes over what is pending; the other object is empty then.

@@ -29,7 +29,8 @@ public:
     /// `dbusname` is the bus name of the announcing channel, `type` its type word ("PLAYERCONTROL",
     /// "BROADCASTDATA", "IPTVDATASUBSCRIBER" or "IPGUTIL"), `add` is "y" when it comes up and "n" when it
     /// goes away; a text the announcement left out is empty. The handler returns the bus name of the endpoint
-    /// that the channel is to connect to (UTF-8); for "n" the answer is ignored.
+    /// that the channel is to connect to (UTF-8); for "n" the answer is ignored. It may take the answer with
+    /// CDeferredReply::Take() and give it later.
     ///
     /// Threads: the handler runs on the thread that iterates the main context which was the thread default
     /// where the connection helper was created, and the announcing application waits for it (2000 ms at

@@ -4,6 +4,7 @@
 #include "dbus/BusConnection.h"
 #include "dbus/CallbackGate.h"
 #include "dbus/HelperMessage.h"
+#include "dbus/IncomingCall.h"
 #include "dbus/NameOwnership.h"
 #include "dbus/SendFailure.h"
 #include "dbus/Singleton.h"
@@ -241,8 +242,17 @@ void CConnectionHelperDBusServer::m_MethodCallback(GDBusConnection* connection, 
     std::string answer;
     Server::Handler const handler = held->CurrentHandler();
     if (handler.call != nullptr) {
-        answer = handler.call(request.GetValue(key::DBusName), request.GetValue(key::Type),
-                              request.GetValue(key::Add), handler.userData);
+        zviptv::IncomingScope scope("", owned.get()); // an announcement is no message that has a sender
+        try {
+            answer = handler.call(request.GetValue(key::DBusName), request.GetValue(key::Type),
+                                  request.GetValue(key::Add), handler.userData);
+        } catch (...) {
+            scope.TakeInvocation(); // stays unanswered
+            throw;
+        }
+        if (scope.TakeInvocation() == nullptr) {
+            return; // a CDeferredReply answers
+        }
     }
     CMessageBuffer reply;
     reply.AddValue(key::DBusName, answer.c_str());

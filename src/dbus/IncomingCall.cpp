@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "dbus/IncomingCall.h"
 
+#include "dbus/HelperMessage.h"
 #include "dbus/PeerMessage.h"
 #include "log/Log.h"
 
@@ -9,6 +10,17 @@ namespace zviptv {
 namespace {
 
 thread_local IncomingScope* current = nullptr;
+
+/// The body of an answer, in the form of the interface that was called.
+Owned<GVariant> EncodeAnswer(GDBusMethodInvocation* invocation, CMessageBuffer const& reply, Error& error)
+{
+    char const* const interface = g_dbus_method_invocation_get_interface_name(invocation);
+    if (g_strcmp0(interface, helper::Interface) != 0) {
+        return EncodePeerMessage(reply, error);
+    }
+    GVariant* const body = helper::Encode(reply, error);
+    return Owned<GVariant>(body == nullptr ? nullptr : g_variant_ref_sink(body));
+}
 
 void SendAnswer(GDBusMethodInvocation* invocation, Owned<GDBusMessage> const& answer)
 {
@@ -43,7 +55,7 @@ IncomingScope* IncomingScope::Current()
 void AnswerCall(GDBusMethodInvocation* invocation, CMessageBuffer const& reply)
 {
     Error error;
-    Owned<GVariant> const body = EncodePeerMessage(reply, error);
+    Owned<GVariant> const body = EncodeAnswer(invocation, reply, error);
     if (body == nullptr) {
         ZV_LOG_ERROR_LINE("Error while sending reply [%d] %s", error.Code(), error.Message());
         AnswerCallWithError(invocation, "org.freedesktop.DBus.Error.Failed", error.Message());

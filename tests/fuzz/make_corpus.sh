@@ -128,6 +128,13 @@ text_seeds() {
         seed arguments "$((++number))" "$text"
     done
     number=0
+    local steps='\001\000\000\000\050\001\002\001\003\000\002\001\003\007\000\000\000\000\000\000\000'
+    for text in 'MuteAudio=delay:300' '*=drop,count=3,for=2.5,from=1e1' 'requestPESCB=error,effect=no' \
+        'PESCB=burst:4,application=:1.7,probability=0.25' 'CaptionCB=short:captionData' 'Announcement=dead,count=1' \
+        'GetAudio=result:-1,effect=yes' 'PESCB=reorder,count=2' 'MuteAudio=explode' 'PESCB=duplicate,count=1,count=2'; do
+        seed fault_rule "$((++number))" "$text$steps"
+    done
+    number=0
     for text in '--json\nstatus' 'call\nGetTTX\n--\n-1' 'call\nGetAudio\nx' 'call\n--list\n--json' '--help' \
         'audio\nselect\n--help' 'pes\n--count\n3\n--pid\n0x1fff\n--seconds\n0.5' '--profile\n2\n--id=65536\nstats' \
         'help\nguide' 'caption\n--json' 'methods\n--json' '--version' 'call\nGetProgram\n[1,2]' '--log\nguide\nlist'; do

@@ -52,6 +52,20 @@ void Applications::Remove(std::string const& busName, std::string const& type)
     }
 }
 
+std::string Applications::IdOf(std::string const& busName) const
+{
+    auto const application = m_applications.find(busName);
+    return application == m_applications.end() ? std::string() : application->second.id;
+}
+
+void Applications::SetId(std::string const& busName, std::string const& id)
+{
+    auto const application = m_applications.find(busName);
+    if (application != m_applications.end()) {
+        application->second.id = id;
+    }
+}
+
 void Applications::Gone(std::string busName)
 {
     m_applications.erase(busName);

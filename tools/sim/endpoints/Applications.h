@@ -29,11 +29,16 @@ public:
     /// Whether it has announced a channel.
     bool Has(std::string const& busName) const { return m_applications.count(busName) != 0; }
 
+    /// What it is called by SetAppID; empty if it has not said, or has announced no channel.
+    std::string IdOf(std::string const& busName) const;
+    void SetId(std::string const& busName, std::string const& id);
+
 private:
     class Watch;
     struct Application
     {
         std::set<std::string> types;
+        std::string id;
         std::unique_ptr<Watch> watch;
     };
 

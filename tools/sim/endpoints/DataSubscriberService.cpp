@@ -45,10 +45,17 @@ Subscriber::Notification ToNotification(ZVCaption const& caption)
     return notification;
 }
 
+PushLine::Send SendTo(Subscriber& subscriber)
+{
+    return [&subscriber](PushLine::Push const& push, PushLine::Time due) {
+        subscriber.Offer(push.notification, push.size, due);
+    };
+}
+
 } // namespace
 
-DataSubscriberService::DataSubscriberService(PesFilter filter, MainLoop& loop)
-    : m_filter(std::move(filter)), m_loop(loop)
+DataSubscriberService::DataSubscriberService(PesFilter filter, Faulty faulty, MainLoop& loop)
+    : m_filter(std::move(filter)), m_faulty(std::move(faulty)), m_loop(loop)
 {
 }
 
@@ -100,23 +107,23 @@ std::optional<CMessageBuffer> DataSubscriberService::Answer(Request const& reque
 {
     std::string const name = request.Function();
     if (name == function::RequestPESCB) {
-        return Turn(request, &Client::wantsPes);
+        return Turn(request, &Client::pes);
     }
     if (name == function::RequestCaptionCB) {
-        return Turn(request, &Client::wantsCaptions);
+        return Turn(request, &Client::captions);
     }
     return std::nullopt;
 }
 
-Reply DataSubscriberService::Turn(Request const& request, bool Client::*wants)
+Reply DataSubscriberService::Turn(Request const& request, PushLine Client::*line)
 {
     std::optional<int> const on = request.Get<int>(key::On);
     auto const client = m_clients.find(request.Sender());
     if (!on || client == m_clients.end()) {
         return Reply(false);
     }
-    client->second.*wants = *on != 0;
-    if (!client->second.wantsPes && !client->second.wantsCaptions) {
+    (client->second.*line).Turn(*on != 0);
+    if (!client->second.IsOn()) {
         client->second.subscriber->Discard();
     }
     return Reply(true);
@@ -124,29 +131,40 @@ Reply DataSubscriberService::Turn(Request const& request, bool Client::*wants)
 
 void DataSubscriberService::Push(PesPacket const& pes)
 {
-    if (IsWanted(&Client::wantsPes) && m_filter.Passes(pes)) {
-        Offer(ToNotification(pes), pes.bytes.size(), &Client::wantsPes);
+    if (IsWanted(&Client::pes) && m_filter.Passes(pes)) {
+        Offer(function::PESCB, {ToNotification(pes), pes.bytes.size(), pes.pid}, &Client::pes);
     }
-    if (IsWanted(&Client::wantsCaptions)) {
+    if (IsWanted(&Client::captions)) {
         if (std::optional<ZVCaption> const caption = CaptionIn(pes)) {
-            Offer(ToNotification(*caption), caption->data.size(), &Client::wantsCaptions);
+            Offer(function::CaptionCB, {ToNotification(*caption), caption->data.size(), pes.pid},
+                  &Client::captions);
         }
     }
 }
 
-bool DataSubscriberService::IsWanted(bool Client::*wants) const
+bool DataSubscriberService::IsWanted(PushLine Client::*line) const
 {
     return std::any_of(m_clients.begin(), m_clients.end(),
-                       [wants](auto const& client) { return client.second.*wants; });
+                       [line](auto const& client) { return (client.second.*line).IsOn(); });
 }
 
-void DataSubscriberService::Offer(Subscriber::Notification const& notification, std::size_t size,
-                                  bool Client::*wants)
+void DataSubscriberService::Offer(char const* function, PushLine::Push const& push, PushLine Client::*line)
 {
+    auto const now = Subscriber::Clock::now();
     for (auto& [name, client] : m_clients) {
-        if (client.*wants) {
-            client.subscriber->Offer(notification, size);
+        PushLine& own = client.*line;
+        if (own.IsOn()) {
+            own.Pass(push, m_faulty(function, name, own.Holds(push.stream)), now, SendTo(*client.subscriber));
         }
+    }
+}
+
+void DataSubscriberService::Release()
+{
+    auto const now = Subscriber::Clock::now();
+    for (auto& [name, client] : m_clients) {
+        client.pes.Release(now, SendTo(*client.subscriber));
+        client.captions.Release(now, SendTo(*client.subscriber));
     }
 }
 
@@ -157,7 +175,7 @@ DataSubscriberService::Counts DataSubscriberService::Count() const
         Subscriber::Counts const own = client.subscriber->Count();
         counts.sent += own.sent;
         counts.dropped += own.dropped;
-        if (client.wantsPes || client.wantsCaptions) {
+        if (client.IsOn()) {
             counts.subscribers.push_back({name, own.sent, own.dropped, own.queued});
         }
     }

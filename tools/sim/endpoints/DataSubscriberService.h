@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "Damage.h"
 #include "Message.h"
 #include "PesFilter.h"
+#include "PushLine.h"
 #include "RequestLog.h"
 #include "Subscriber.h"
 #include "common/MainLoop.h"
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -18,7 +21,10 @@ namespace zviptv::sim {
 class DataSubscriberService
 {
 public:
-    DataSubscriberService(PesFilter filter, MainLoop& loop);
+    /// What a notification of the function to the application suffers; `followsHeld` as in Faults.
+    using Faulty = std::function<Damage(char const* function, std::string const& busName, bool followsHeld)>;
+
+    DataSubscriberService(PesFilter filter, Faulty faulty, MainLoop& loop);
     ~DataSubscriberService();
     DataSubscriberService(DataSubscriberService const&) = delete;
     DataSubscriberService& operator=(DataSubscriberService const&) = delete;
@@ -32,6 +38,9 @@ public:
 
     void Push(PesPacket const& pes);
 
+    /// No packet follows for now: sends those that are held until another one comes.
+    void Release();
+
     struct Counts
     {
         std::uint64_t sent = 0;                          ///< notifications, to all applications together
@@ -43,18 +52,21 @@ public:
 private:
     struct Client
     {
-        bool wantsPes = false;
-        bool wantsCaptions = false;
+        PushLine pes;
+        PushLine captions;
         std::unique_ptr<Subscriber> subscriber;
+
+        bool IsOn() const { return pes.IsOn() || captions.IsOn(); }
     };
 
     void Reap();
     void Leave(std::unique_ptr<Subscriber> subscriber);
-    bool IsWanted(bool Client::*wants) const;
-    void Offer(Subscriber::Notification const& notification, std::size_t size, bool Client::*wants);
-    Reply Turn(Request const& request, bool Client::*wants);
+    bool IsWanted(PushLine Client::*line) const;
+    void Offer(char const* function, PushLine::Push const& push, PushLine Client::*line);
+    Reply Turn(Request const& request, PushLine Client::*line);
 
     PesFilter m_filter;
+    Faulty m_faulty;
     MainLoop& m_loop;
     std::map<std::string, Client> m_clients;
     std::vector<std::unique_ptr<Subscriber>> m_leaving; ///< stopping; nobody waits for them

@@ -1,148 +1,153 @@
 // SPDX-License-Identifier: MIT
 #include "Faults.h"
 
-#include "RequestCheck.h"
-
-#include <zviptv/Protocol.h>
-
 #include <algorithm>
-#include <charconv>
-#include <stdexcept>
+#include <utility>
 
 namespace zviptv::sim {
 
 namespace {
 
-constexpr char All[] = "*";
-constexpr char Usage[] =
-    "METHOD=delay:MS, drop, error, result:N, missing:KEY, garbage:KEY or short:KEY, METHOD a "
-    "method's name or *";
-
-struct Word
+Faults::Time::duration Seconds(double seconds)
 {
-    char const* text;
-    Fault::Kind kind;
-    bool takesNumber;
-    bool takesKey;
-};
-
-constexpr Word Words[] = {
-    {"delay", Fault::Kind::Delay, true, false},     {"drop", Fault::Kind::Drop, false, false},
-    {"error", Fault::Kind::Error, false, false},    {"result", Fault::Kind::Result, true, false},
-    {"missing", Fault::Kind::Missing, false, true}, {"garbage", Fault::Kind::Garbage, false, true},
-    {"short", Fault::Kind::Short, false, true},
-};
-
-[[noreturn]] void Refuse(std::string const& text)
-{
-    throw std::invalid_argument("'" + text + "' is no fault: use " + Usage);
+    return std::chrono::duration_cast<Faults::Time::duration>(std::chrono::duration<double>(seconds));
 }
 
-std::string RequireFunction(std::string const& function, std::string const& text)
+/// The same for the same seed and text, whatever other faults there are.
+std::mt19937_64 RandomOf(std::uint64_t seed, std::string const& text)
 {
-    std::vector<std::string> const functions = DescribedFunctions();
-    if (function == All || std::find(functions.begin(), functions.end(), function) != functions.end()) {
-        return function;
-    }
-    std::string known;
-    for (std::string const& one : functions) {
-        known += (known.empty() ? "" : ", ") + one;
-    }
-    throw std::invalid_argument("'" + text + "' is no fault: '" + function +
-                                "' is no method of the service: use * for all, or one of " + known);
+    std::vector<std::uint32_t> values(text.begin(), text.end());
+    values.push_back(static_cast<std::uint32_t>(seed));
+    values.push_back(static_cast<std::uint32_t>(seed >> 32U));
+    std::seed_seq sequence(values.begin(), values.end());
+    return std::mt19937_64(sequence);
 }
 
-std::string Spoilt(Fault const& fault, std::string const& value)
+/// From 0 to below 1, from the 53 bits that a double has.
+double Draw(std::mt19937_64& random)
 {
-    switch (fault.kind) {
-    case Fault::Kind::Result:
-        return std::to_string(fault.result);
-    case Fault::Kind::Garbage:
-        return "garbage";
-    case Fault::Kind::Short:
-        return value.substr(0, value.size() / 2);
-    default:
-        return value;
-    }
+    return static_cast<double>(random() >> 11U) * 0x1p-53;
 }
 
 } // namespace
 
-void Faults::Add(std::string const& text)
+Faults::Faults(Clock clock, std::uint64_t seed, std::function<void()> onRandom)
+    : m_clock(std::move(clock)), m_seed(seed), m_onRandom(std::move(onRandom))
 {
-    std::size_t const equals = text.find('=');
-    if (equals == std::string::npos || equals == 0) {
-        Refuse(text);
-    }
-    std::string const action = text.substr(equals + 1);
-    std::size_t const colon = action.find(':');
-    std::string const name = action.substr(0, colon);
-    std::string const argument = colon == std::string::npos ? "" : action.substr(colon + 1);
-    auto const* const word = std::find_if(std::begin(Words), std::end(Words),
-                                          [&name](Word const& candidate) { return name == candidate.text; });
-    if (word == std::end(Words) || argument.empty() == (word->takesNumber || word->takesKey)) {
-        Refuse(text);
-    }
-    Fault fault;
-    fault.function = RequireFunction(text.substr(0, equals), text);
-    fault.kind = word->kind;
-    fault.key = word->kind == Fault::Kind::Result ? protocol::key::Result : argument;
-    if (word->takesNumber) {
-        int number = 0;
-        auto const [end, failure] =
-            std::from_chars(argument.data(), argument.data() + argument.size(), number);
-        bool const isNumber = failure == std::errc() && end == argument.data() + argument.size();
-        if (!isNumber || (word->kind == Fault::Kind::Delay && number < 0)) {
-            Refuse(text);
-        }
-        fault.result = number;
-        fault.delay = std::chrono::milliseconds(number);
-    }
-    m_faults.push_back(fault);
 }
 
-Damage Faults::To(std::string const& function) const
+std::string Faults::Add(std::string const& text)
+{
+    return Add(FaultRule::Parse(text));
+}
+
+std::string Faults::Add(FaultRule const& rule)
+{
+    std::string text = rule.Text();
+    Insert(rule, Progress{text, m_clock()});
+    return text;
+}
+
+void Faults::Resume(Progress const& progress)
+{
+    Insert(FaultRule::Parse(progress.text), progress);
+}
+
+void Faults::Insert(FaultRule const& rule, Progress progress)
+{
+    std::mt19937_64 random = RandomOf(m_seed, progress.text);
+    random.discard(progress.drawn);
+    m_faults.push_back(Fault{rule, std::move(progress), random});
+    if (rule.probability < 1 && !std::exchange(m_isRandom, true)) {
+        m_onRandom();
+    }
+}
+
+bool Faults::Remove(std::string const& text)
+{
+    FaultRule const rule = FaultRule::Parse(text);
+    bool const isName = rule.Text() == rule.Name();
+    auto const removed = std::remove_if(m_faults.begin(), m_faults.end(), [&](Fault const& fault) {
+        return isName ? fault.rule.Name() == rule.Name() : fault.progress.text == rule.Text();
+    });
+    bool const isKnown = removed != m_faults.end();
+    m_faults.erase(removed, m_faults.end());
+    return isKnown;
+}
+
+std::vector<Faults::State> Faults::List() const
+{
+    std::vector<State> list;
+    Time const now = m_clock();
+    for (Fault const& fault : m_faults) {
+        if (!HasEnded(fault, now)) {
+            std::optional<std::uint32_t> const& count = fault.rule.count;
+            list.push_back(
+                State{fault.progress,
+                      count ? std::optional<std::uint64_t>(*count - fault.progress.met) : std::nullopt,
+                      BeginOf(fault), EndOf(fault)});
+        }
+    }
+    return list;
+}
+
+Damage Faults::To(Message const& message)
 {
     Damage damage;
-    for (std::string const& wanted : {std::string(All), function}) {
-        for (Fault const& fault : m_faults) {
-            if (fault.function == wanted) {
-                damage.Add(fault);
+    if (m_faults.empty()) {
+        return damage;
+    }
+    Time const now = m_clock();
+    m_faults.erase(std::remove_if(m_faults.begin(), m_faults.end(),
+                                  [now](Fault const& fault) { return HasEnded(fault, now); }),
+                   m_faults.end());
+    for (bool const ofAll : {true, false}) {
+        for (std::size_t i = 0; i < m_faults.size(); ++i) {
+            std::string const& function = m_faults[i].rule.function;
+            bool const isTurn = (function == FaultRule::AllRequests) == ofAll;
+            if (isTurn && (ofAll || function == message.function) && Meets(m_faults[i], message, now)) {
+                damage.Add(m_faults[i].rule, i);
             }
         }
+    }
+    for (std::size_t const number : damage.InForce()) {
+        ++m_faults[number].progress.met;
     }
     return damage;
 }
 
-void Damage::Add(Fault const& fault)
+Faults::Time Faults::BeginOf(Fault const& fault)
 {
-    if (fault.kind == Fault::Kind::Delay) {
-        m_delay = fault.delay;
-    } else if (fault.kind == Fault::Kind::Drop || fault.kind == Fault::Kind::Error) {
-        m_whole = fault.kind == Fault::Kind::Drop ? Whole::Drop : Whole::Error;
-        m_values.clear();
-    } else {
-        m_whole = Whole::Reply;
-        m_values[fault.key] = fault;
-    }
+    return fault.progress.since + Seconds(fault.rule.from);
 }
 
-CMessageBuffer Damage::Spoil(CMessageBuffer const& reply) const
+std::optional<Faults::Time> Faults::EndOf(Fault const& fault)
 {
-    CMessageBuffer spoiled;
-    for (int i = 0; i < reply.Size(); ++i) {
-        std::string const key = reply.GetKey(i);
-        std::string value = reply.GetValue(i);
-        auto const fault = m_values.find(key);
-        if (fault != m_values.end()) {
-            if (fault->second.kind == Fault::Kind::Missing) {
-                continue;
-            }
-            value = Spoilt(fault->second, value);
-        }
-        spoiled.AddValue(key.c_str(), static_cast<int>(value.size()), value.data());
+    std::optional<double> const& duration = fault.rule.duration;
+    return duration ? std::optional(BeginOf(fault) + Seconds(*duration)) : std::nullopt;
+}
+
+bool Faults::HasEnded(Fault const& fault, Time now)
+{
+    std::optional<Time> const end = EndOf(fault);
+    return (end && now >= *end) || (fault.rule.count && fault.progress.met >= *fault.rule.count);
+}
+
+/// Decides also by the fault's probability, for each message that it may meet.
+bool Faults::Meets(Fault& fault, Message const& message, Time now)
+{
+    FaultRule const& rule = fault.rule;
+    bool const isMeant = rule.application.empty() || rule.application == message.application ||
+                         rule.application == message.applicationId;
+    bool const isHeldUp = rule.kind == FaultRule::Kind::Reorder && message.followsHeld;
+    if (rule.target != message.target || !isMeant || isHeldUp || now < BeginOf(fault)) {
+        return false;
     }
-    return spoiled;
+    if (rule.probability >= 1) {
+        return true;
+    }
+    ++fault.progress.drawn;
+    return Draw(fault.random) < rule.probability;
 }
 
 } // namespace zviptv::sim

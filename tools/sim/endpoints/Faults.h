@@ -1,78 +1,99 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <zviptv/MessageBuffer.h>
+#include "Damage.h"
+#include "FaultRule.h"
 
 #include <chrono>
-#include <map>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <random>
 #include <string>
 #include <vector>
 
 namespace zviptv::sim {
 
-/// A rule: what the answers of a function suffer.
-struct Fault
-{
-    enum class Kind
-    {
-        Delay,   ///< answered late
-        Drop,    ///< not answered
-        Error,   ///< answered with a D-Bus error
-        Result,  ///< answered with another result
-        Missing, ///< answered without a key
-        Garbage, ///< answered with letters for a value
-        Short    ///< answered with half a value
-    };
-
-    std::string function; ///< "*" for all
-    Kind kind = Kind::Drop;
-    std::chrono::milliseconds delay{};
-    int result = 0;
-    std::string key;
-};
-
-/// What all rules together do to the answer of one request.
-class Damage
-{
-public:
-    /// How late the answer comes; zero for at once.
-    std::chrono::milliseconds Delay() const { return m_delay; }
-
-    bool IsDrop() const { return m_whole == Whole::Drop; }
-    bool IsError() const { return m_whole == Whole::Error; }
-
-    /// What is left of the reply.
-    CMessageBuffer Spoil(CMessageBuffer const& reply) const;
-
-    /// One more rule, which counts instead of those that contradict it.
-    void Add(Fault const& fault);
-
-private:
-    enum class Whole
-    {
-        Reply,
-        Drop,
-        Error
-    };
-
-    std::chrono::milliseconds m_delay{};
-    Whole m_whole = Whole::Reply;
-    std::map<std::string, Fault> m_values; ///< by their keys
-};
-
-/// Faults on demand, so that applications can test their error paths.
+/// The faults that are in force now, or will be, so that applications can test their error paths. Not
+/// thread-safe.
 class Faults
 {
 public:
-    /// Adds "METHOD=delay:MS|drop|error|result:N|missing:KEY|garbage:KEY|short:KEY", METHOD a function of the
-    /// service or *.
-    /// @throws std::invalid_argument with a line for the user
-    void Add(std::string const& text);
+    using Time = std::chrono::steady_clock::time_point;
+    using Clock = std::function<Time()>;
 
-    /// The rules for all functions come first, then those for this one, so that these count.
-    Damage To(std::string const& function) const;
+    /// A message that faults may meet.
+    struct Message
+    {
+        FaultRule::Target target;
+        std::string function;
+        std::string application;   ///< bus name
+        std::string applicationId; ///< empty if there is none
+        bool followsHeld = false;  ///< it sets free one that `reorder` holds, and is not held itself
+    };
+
+    /// A fault and how far it is: all that it takes to go on with it in another object.
+    struct Progress
+    {
+        std::string text;        ///< FaultRule::Text()
+        Time since;              ///< when it was added
+        std::uint64_t met = 0;   ///< messages that it has met
+        std::uint64_t drawn = 0; ///< messages that its probability has decided on
+    };
+
+    /// A fault as people see it.
+    struct State
+    {
+        Progress progress;
+        std::optional<std::uint64_t> left; ///< messages that it will still meet; all when empty
+        Time begin;
+        std::optional<Time> end;
+    };
+
+    /// `seed` decides which messages a fault with a probability meets. `onRandom` is called when the first
+    /// such fault is added.
+    Faults(
+        Clock clock, std::uint64_t seed, std::function<void()> onRandom = [] {});
+
+    /// Adds a fault, whose time begins now. Returns its normalised text.
+    /// @throws std::invalid_argument as FaultRule::Parse does; then nothing has changed
+    std::string Add(std::string const& text);
+    std::string Add(FaultRule const& rule);
+
+    /// Adds a fault that goes on from where it was.
+    /// @throws std::invalid_argument as FaultRule::Parse does
+    void Resume(Progress const& progress);
+
+    /// Removes all faults with this text; for FUNCTION=FAULT without options, also those that have options.
+    /// False when there are none. @throws std::invalid_argument as FaultRule::Parse does
+    bool Remove(std::string const& text);
+    void Clear() { m_faults.clear(); }
+
+    /// Those that have not ended, in the order in which they were added.
+    std::vector<State> List() const;
+
+    /// What the message suffers, which counts. Faults of all requests come first, then those of the function,
+    /// each in the order in which they were added; later ones replace earlier ones that they contradict.
+    Damage To(Message const& message);
 
 private:
+    struct Fault
+    {
+        FaultRule rule;
+        Progress progress;
+        std::mt19937_64 random;
+    };
+
+    void Insert(FaultRule const& rule, Progress progress);
+    static Time BeginOf(Fault const& fault);
+    static std::optional<Time> EndOf(Fault const& fault);
+    static bool HasEnded(Fault const& fault, Time now);
+    static bool Meets(Fault& fault, Message const& message, Time now);
+
+    Clock m_clock;
+    std::uint64_t m_seed;
+    std::function<void()> m_onRandom;
+    bool m_isRandom = false;
     std::vector<Fault> m_faults;
 };
 

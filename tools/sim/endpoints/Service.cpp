@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Service.h"
 
+#include "ReplyDelivery.h"
 #include "glib/Owned.h"
 
 #include <zviptv/IPTVServiceAPI.h>
@@ -17,10 +18,6 @@ namespace type = protocol::type;
 namespace {
 
 constexpr std::chrono::milliseconds StatusPeriod{1000};
-constexpr char DropNote[] = "drop";
-constexpr char ErrorNote[] = "error";
-constexpr char InjectedError[] = "org.corvel.zviptvapi.Error.Injected";
-constexpr char InjectedText[] = "An error as asked for with --fault";
 
 /// The guide's clock: runs on from `start`, or shows the real time.
 ProgrammeGuideService::Clock ClockFrom(std::optional<std::int64_t> start)
@@ -32,15 +29,27 @@ ProgrammeGuideService::Clock ClockFrom(std::optional<std::int64_t> start)
 } // namespace
 
 Service::Service(ServiceOptions const& options, MainLoop& loop)
-    : m_loop(loop), m_awaited(options.awaitedSubscribers), m_faults(options.faults), m_log(options.log),
-      m_lock(options.ratingLimit, options.serviceLocked), m_subscribers(options.filter, loop),
-      m_player(options.playback, [this](PesPacket const& pes) { m_subscribers.Push(pes); }),
+    : m_loop(loop), m_awaited(options.awaitedSubscribers), m_lockStopsPushes(options.lockStopsPushes),
+      m_log(options.log),
+      m_faults(&std::chrono::steady_clock::now, options.faultSeed,
+               [this, seed = options.faultSeed] {
+                   m_log.Say("faults are random; --fault-seed " + std::to_string(seed) + " repeats them");
+               }),
+      m_lock(options.ratingLimit, options.serviceLocked),
+      m_subscribers(
+          options.filter,
+          [this](char const* function, std::string const& busName, bool followsHeld) {
+              return FaultsOf(FaultRule::Target::Push, function, busName, followsHeld);
+          },
+          loop),
+      m_player(options.playback, [this](PesPacket const& pes) { Push(pes); }),
       m_programmeGuide(m_player, ClockFrom(options.now), loop,
                        [this](std::string const& text) { m_log.Say(text); }),
       m_playerControl(m_player, m_selection), m_broadcastData(m_player, m_selection, m_lock),
       m_applications([this](std::string const& busName) { m_programmeGuide.Forget(busName); }),
       m_playerControlEnd(type::PlayerControl, HandlerOf(type::PlayerControl,
                                                         [this](Request const& request) {
+                                                            NoteId(request);
                                                             return m_playerControl.Answer(request);
                                                         })),
       m_broadcastDataEnd(type::BroadcastData, HandlerOf(type::BroadcastData,
@@ -59,6 +68,9 @@ Service::Service(ServiceOptions const& options, MainLoop& loop)
 {
     if (!options.guide.empty()) {
         m_programmeGuide.Load(options.guide);
+    }
+    for (FaultRule const& fault : options.faults) {
+        m_faults.Add(fault);
     }
     m_player.SetPacketListener([this](TsPacket const& packet) { m_programmeGuide.Push(packet); });
     m_player.SetProgrammeListener([this](Programme const& next) { m_selection.Follow(m_player, next); });
@@ -116,10 +128,29 @@ void Service::Play()
     if (std::optional<std::chrono::milliseconds> const wait = m_player.Advance()) {
         PlayAfter(*wait);
     } else if (m_player.HasEnded() && !hadEnded) {
+        m_subscribers.Release();
         std::string const error = m_player.Counters().error;
         m_log.Say(error.empty() ? "the stream has ended; the service goes on answering"
                                 : m_player.Counters().url + ": " + error + "; the service goes on answering");
     }
+}
+
+void Service::NoteId(Request const& request)
+{
+    if (request.Function() == protocol::function::SetAppID) {
+        m_applications.SetId(request.Sender(), request.Text(protocol::key::AppID));
+    }
+}
+
+void Service::Push(PesPacket const& pes)
+{
+    if (m_lockStopsPushes) {
+        m_lock.Follow(m_programmeGuide.Present());
+        if (m_lock.IsProgrammeLocked() || m_lock.IsServiceLocked()) {
+            return;
+        }
+    }
+    m_subscribers.Push(pes);
 }
 
 void Service::ShowStatus()
@@ -140,7 +171,21 @@ void Service::ShowStatus()
 
 std::string Service::Announced(std::string busName, std::string type, std::string add, void* self)
 {
-    return static_cast<Service*>(self)->Partner(busName, type, add == "y");
+    return static_cast<Service*>(self)->AnswerAnnouncement(busName, type, add == "y");
+}
+
+/// What is returned is not sent if the answer was taken.
+std::string Service::AnswerAnnouncement(std::string const& busName, std::string const& type, bool comesUp)
+{
+    Damage const damage = FaultsOf(FaultRule::Target::Announcement, FaultRule::Announcement, busName);
+    std::string const partner = damage.TakesEffect() ? Partner(busName, type, comesUp) : std::string();
+    if (!damage.IsNone()) {
+        CMessageBuffer answer;
+        answer.AddValue(protocol::key::DBusName, partner.c_str());
+        std::optional<CDeferredReply> later(CDeferredReply::Take());
+        Deliver(later, damage.Spoil(answer), damage, m_loop);
+    }
+    return partner;
 }
 
 std::string Service::Partner(std::string const& busName, std::string const& type, bool comesUp)
@@ -163,16 +208,28 @@ std::string Service::Partner(std::string const& busName, std::string const& type
     return endpoint->GetPublicName();
 }
 
-Service::Call Service::Begin(char const* type, CMessageBuffer const& message)
+Damage Service::FaultsOf(FaultRule::Target target, std::string const& function, std::string const& busName,
+                         bool followsHeld)
 {
-    return Call{type, CProxyDBusHelper::GetSenderName(), message, std::chrono::steady_clock::now(), {}};
+    return m_faults.To({target, function, busName, m_applications.IdOf(busName), followsHeld});
 }
 
+Service::Call Service::Begin(char const* type, CMessageBuffer const& message)
+{
+    std::string const busName = CProxyDBusHelper::GetSenderName();
+    auto const now = std::chrono::steady_clock::now();
+    Damage damage = FaultsOf(FaultRule::Target::Answer, Request(message, busName).Function(), busName);
+    return Call{type, busName, message, now, std::move(damage), {}};
+}
+
+/// A request that is not carried out is answered as one that is refused.
 Endpoint::Handler Service::HandlerOf(char const* type, Answerer answer)
 {
     return [this, type, answer = std::move(answer)](CMessageBuffer& message) {
         Call call = Begin(type, message);
-        return Finish(call, answer(Request(message, call.busName)).value_or(Reply(false)));
+        std::optional<CMessageBuffer> const reply =
+            call.damage.TakesEffect() ? answer(Request(message, call.busName)) : std::nullopt;
+        return Finish(call, reply.value_or(Reply(false)));
     };
 }
 
@@ -181,6 +238,9 @@ CMessageBuffer Service::AnswerGuide(CMessageBuffer const& message)
 {
     Call call = Begin(type::ProgramGuide, message);
     Request const request(message, call.busName);
+    if (!call.damage.TakesEffect()) {
+        return Finish(call, Reply(false));
+    }
     if (request.Function() != protocol::function::CloneUSBToTV) {
         CMessageBuffer const reply = m_programmeGuide.Answer(request).value_or(Reply(false));
         if (!m_applications.Has(call.busName)) {
@@ -195,43 +255,17 @@ CMessageBuffer Service::AnswerGuide(CMessageBuffer const& message)
     return CMessageBuffer();
 }
 
-/// Answers one request, with the faults that were asked for, and shows it.
+/// Answers one request, with its faults, and shows it.
 CMessageBuffer Service::Finish(Call& call, CMessageBuffer const& honest)
 {
-    Damage const damage = m_faults.To(Request(call.message, call.busName).Function());
+    Damage const& damage = call.damage;
     CMessageBuffer const reply = damage.Spoil(honest);
-    std::string const note = Deliver(call, reply, damage);
+    std::string const note = Deliver(call.later, reply, damage, m_loop);
     bool const answered = !damage.IsDrop() && !damage.IsError();
     m_log.Write(RequestLog::Entry{call.type, call.busName, call.message, answered ? &reply : nullptr, note,
                                   std::chrono::duration_cast<std::chrono::microseconds>(
                                       std::chrono::steady_clock::now() - call.begin)});
     return reply;
-}
-
-/// Sends the reply, unless the handler does by returning it. Returns what a fault made of that.
-std::string Service::Deliver(Call& call, CMessageBuffer const& reply, Damage const& damage)
-{
-    bool const isLate = damage.Delay().count() > 0;
-    if (!call.later && (damage.IsDrop() || damage.IsError() || isLate)) {
-        call.later.emplace(CDeferredReply::Take());
-    }
-    if (damage.IsDrop()) {
-        call.later->LeaveUnanswered();
-        return DropNote;
-    }
-    if (!call.later) {
-        return {};
-    }
-    auto const send = [later = std::make_shared<CDeferredReply>(std::move(*call.later)), reply,
-                       isError = damage.IsError()] {
-        isError ? later->SendError(InjectedError, InjectedText) : later->Send(reply);
-    };
-    if (!isLate) {
-        send();
-        return damage.IsError() ? ErrorNote : "";
-    }
-    m_loop.After(damage.Delay(), send);
-    return "delay:" + std::to_string(damage.Delay().count()) + (damage.IsError() ? " error" : "");
 }
 
 } // namespace zviptv::sim

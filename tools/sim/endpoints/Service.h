@@ -16,9 +16,11 @@
 
 #include <zviptv/DeferredReply.h>
 
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace zviptv::sim {
 
@@ -31,7 +33,9 @@ struct ServiceOptions
     std::optional<std::int64_t> now; ///< what the guide's clock shows at the start; the real time when empty
     std::optional<int> ratingLimit;  ///< highest minimum age that plays without a PIN
     bool serviceLocked = false;
-    Faults faults;
+    bool lockStopsPushes = false; ///< nothing is pushed while the programme or the service is locked
+    std::vector<FaultRule> faults;
+    std::uint64_t faultSeed = 0; ///< of the faults with a probability
     RequestLog::Form log = RequestLog::Form::Quiet;
 };
 
@@ -62,16 +66,21 @@ private:
         std::string busName;
         CMessageBuffer message;
         std::chrono::steady_clock::time_point begin;
+        Damage damage;
         std::optional<CDeferredReply> later; ///< set when the handler returns before the answer is there
     };
 
     static std::string Announced(std::string busName, std::string type, std::string add, void* self);
+    std::string AnswerAnnouncement(std::string const& busName, std::string const& type, bool comesUp);
     std::string Partner(std::string const& busName, std::string const& type, bool comesUp);
     Endpoint::Handler HandlerOf(char const* type, Answerer answer);
-    static Call Begin(char const* type, CMessageBuffer const& message);
+    Damage FaultsOf(FaultRule::Target target, std::string const& function, std::string const& busName,
+                    bool followsHeld = false);
+    Call Begin(char const* type, CMessageBuffer const& message);
     CMessageBuffer AnswerGuide(CMessageBuffer const& message);
     CMessageBuffer Finish(Call& call, CMessageBuffer const& honest);
-    std::string Deliver(Call& call, CMessageBuffer const& reply, Damage const& damage);
+    void NoteId(Request const& request);
+    void Push(PesPacket const& pes);
     void PlayWhenAwaited();
     void PlayAfter(std::chrono::milliseconds delay);
     void Play();
@@ -83,8 +92,9 @@ private:
     bool m_isPlaying = false;
     bool m_isWoken = false;   ///< by the player; Play() comes
     std::uint64_t m_plan = 0; ///< number of the latest PlayAfter()
-    Faults m_faults;
+    bool m_lockStopsPushes;
     RequestLog m_log;
+    Faults m_faults;
     Selection m_selection;
     ParentalLock m_lock;
     std::uint64_t m_packets = 0; ///< sent until the last status

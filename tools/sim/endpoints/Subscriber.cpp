@@ -5,6 +5,7 @@
 #include <zviptv/Protocol.h>
 #include <zviptv/ProxyDBusHelper.h>
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -46,14 +47,17 @@ void Subscriber::Gone(std::string /*partner*/, std::string /*own*/, void* self)
     static_cast<Subscriber*>(self)->m_onGone();
 }
 
-void Subscriber::Offer(Notification const& notification, std::size_t size)
+void Subscriber::Offer(Notification const& notification, std::size_t size, Clock::time_point due)
 {
     std::lock_guard<std::mutex> const lock(m_mutex);
     if (m_queue.size() >= MaxQueued || m_queuedBytes + size > MaxQueuedBytes) {
         ++m_counts.dropped;
         return;
     }
-    m_queue.push_back({notification, size});
+    auto const later =
+        std::upper_bound(m_queue.begin(), m_queue.end(), due,
+                         [](Clock::time_point time, Item const& queued) { return time < queued.due; });
+    m_queue.insert(later, {notification, size, due});
     m_queuedBytes += size;
     m_changed.notify_all();
 }
@@ -101,7 +105,14 @@ void Subscriber::Run()
 
 bool Subscriber::WaitForWork(std::unique_lock<std::mutex>& lock)
 {
-    m_changed.wait(lock, [this] { return m_stopping || !m_queue.empty(); });
+    while (!m_stopping && (m_queue.empty() || m_queue.front().due > Clock::now())) {
+        if (m_queue.empty()) {
+            m_changed.wait(lock);
+        } else {
+            Clock::time_point const due = m_queue.front().due; // which may be another one after the wait
+            m_changed.wait_until(lock, due);
+        }
+    }
     return !m_stopping;
 }
 

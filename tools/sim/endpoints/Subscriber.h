@@ -5,6 +5,7 @@
 
 #include <zviptv/MessageBuffer.h>
 
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
@@ -26,6 +27,7 @@ class Subscriber
 {
 public:
     using Notification = std::shared_ptr<CMessageBuffer>;
+    using Clock = std::chrono::steady_clock;
 
     static constexpr std::size_t MaxQueued = 1024;
     static constexpr std::size_t MaxQueuedBytes = 4 * 1024 * 1024;
@@ -40,8 +42,9 @@ public:
     Subscriber(Subscriber const&) = delete;
     Subscriber& operator=(Subscriber const&) = delete;
 
-    /// Queues a notification of `size` bytes, or drops it when the queue is full.
-    void Offer(Notification const& notification, std::size_t size);
+    /// Queues a notification of `size` bytes that is sent when it is `due`, or drops it when the queue is
+    /// full. Of those that are due at the same time, the one that was queued first is sent first.
+    void Offer(Notification const& notification, std::size_t size, Clock::time_point due);
 
     /// Drops what waits in the queue, uncounted.
     void Discard();
@@ -66,6 +69,7 @@ private:
     {
         Notification notification;
         std::size_t size;
+        Clock::time_point due;
     };
 
     void Run();
@@ -78,7 +82,7 @@ private:
     std::function<void()> m_onStopped;
     mutable std::mutex m_mutex;
     std::condition_variable m_changed;
-    std::deque<Item> m_queue;
+    std::deque<Item> m_queue; ///< by the times when they are due
     std::size_t m_queuedBytes = 0;
     Counts m_counts;
     bool m_stopping = false;

@@ -7,6 +7,7 @@
 
 #include <cmath>
 #include <iostream>
+#include <random>
 #include <stdexcept>
 
 namespace zviptv::sim {
@@ -116,16 +117,24 @@ void AddGuide(CLI::App& app, Options& options)
         ->type_name("AGE")
         ->check(WholeNumber(0, 99, "an age in years, 0 to 99"));
     app.add_flag("--lock-service", service.serviceLocked, "Lock the service until it is unlocked");
+    app.add_flag("--lock-stops-pushes", service.lockStopsPushes,
+                 "Push nothing while the programme or the service is locked");
 }
 
 void AddFaults(CLI::App& app, Options& options, Texts& texts)
 {
-    app.add_option("--fault", texts.faults,
-                   "METHOD=delay:MS|drop|error|result:N|missing:KEY|garbage:KEY|short:KEY, METHOD by its "
-                   "\"functionname\" or * for all; may be given several times: a METHOD's goes before "
-                   "one for all, a later before an earlier one")
+    app.add_option(
+           "--fault", texts.faults,
+           "Make messages faulty: " + FaultRule::Usage() +
+               "; may be given several times: the fault of a request goes before one of *, a later one "
+               "before an earlier one")
         ->type_name("FAULT")
         ->allow_extra_args(false);
+    app.add_option(
+           "--fault-seed", options.service.faultSeed,
+           "Seed of the faults with a probability: the same seed repeats them; a random one by default")
+        ->type_name("N")
+        ->check(WholeNumber(0, 4294967295.0, "a seed, 0 to 4294967295"));
     app.add_option("--die-after", options.dieAfter, "The service dies after so many seconds")
         ->type_name("SECONDS")
         ->check(Seconds(0.001));
@@ -169,7 +178,7 @@ void Understand(Texts const& texts, Options& options)
 {
     options.service.filter = PesFilter::Parse(texts.pes);
     for (std::string const& fault : texts.faults) {
-        options.service.faults.Add(fault);
+        options.service.faults.push_back(FaultRule::Parse(fault));
     }
     if (texts.bus == "system" && !options.command.empty()) {
         throw std::invalid_argument(
@@ -211,6 +220,7 @@ int ReportUsage(CLI::App const& app, CLI::ParseError const& error)
 std::optional<Options> ParseCommandLine(int argc, char** argv, int& exitStatus)
 {
     Options options;
+    options.service.faultSeed = std::random_device()();
     Texts texts;
     CLI::App app(Description, "zviptv-sim");
     app.footer(Examples);

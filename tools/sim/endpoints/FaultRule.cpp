@@ -1,0 +1,197 @@
+// SPDX-License-Identifier: MIT
+#include "FaultRule.h"
+
+#include "FaultOptions.h"
+#include "RequestCheck.h"
+
+#include <zviptv/Protocol.h>
+
+#include <algorithm>
+#include <climits>
+#include <iterator>
+#include <stdexcept>
+#include <vector>
+
+namespace zviptv::sim {
+
+namespace function = protocol::function;
+
+namespace {
+
+using Kind = FaultRule::Kind;
+using Target = FaultRule::Target;
+
+/// What stands after the word of a fault.
+struct Argument
+{
+    char const* name;     ///< null for none
+    char const* accepted; ///< of a number; null for a key
+    int least;
+    int most;
+};
+
+constexpr Argument None{nullptr, nullptr, 0, 0};
+constexpr Argument Key{"KEY", nullptr, 0, 0};
+constexpr Argument Milliseconds{"MS", "a number of milliseconds, 0 to 2147483647", 0, INT_MAX};
+constexpr Argument ResultNumber{"N", "a whole number, -2147483648 to 2147483647", INT_MIN, INT_MAX};
+constexpr Argument Factor{"N", "a factor, 2 to 1000", 2, 1000};
+
+constexpr unsigned Answers = static_cast<unsigned>(Target::Answer);
+constexpr unsigned Pushes = static_cast<unsigned>(Target::Push);
+constexpr unsigned Announcements = static_cast<unsigned>(Target::Announcement);
+
+struct Word
+{
+    char const* text;
+    Kind kind;
+    Argument argument;
+    unsigned targets;
+};
+
+constexpr Word Words[] = {
+    {"delay", Kind::Delay, Milliseconds, Answers | Pushes | Announcements},
+    {"drop", Kind::Drop, None, Answers | Pushes | Announcements},
+    {"error", Kind::Error, None, Answers | Announcements},
+    {"result", Kind::Result, ResultNumber, Answers},
+    {"missing", Kind::Missing, Key, Answers | Pushes | Announcements},
+    {"garbage", Kind::Garbage, Key, Answers | Pushes | Announcements},
+    {"short", Kind::Short, Key, Answers | Pushes | Announcements},
+    {"duplicate", Kind::Duplicate, None, Pushes},
+    {"reorder", Kind::Reorder, None, Pushes},
+    {"burst", Kind::Burst, Factor, Pushes},
+    {"empty", Kind::Empty, None, Announcements},
+    {"dead", Kind::Dead, None, Announcements},
+};
+
+/// Of a reader of a rule, for what it has to say.
+[[noreturn]] void Refuse(std::string const& text, std::string const& why)
+{
+    throw std::invalid_argument("cannot use the fault '" + text + "': " + why);
+}
+
+bool Takes(Word const& word, Target target)
+{
+    return (word.targets & static_cast<unsigned>(target)) != 0;
+}
+
+/// "delay:MS, drop or error".
+std::string WordsOf(Target target)
+{
+    std::vector<std::string> words;
+    for (Word const& word : Words) {
+        if (Takes(word, target)) {
+            words.push_back(word.text + (word.argument.name == nullptr
+                                             ? std::string()
+                                             : std::string(":") + word.argument.name));
+        }
+    }
+    return OneOf(words);
+}
+
+std::vector<std::string> Functions()
+{
+    std::vector<std::string> functions = DescribedFunctions();
+    functions.insert(functions.end(), {function::PESCB, function::CaptionCB, FaultRule::Announcement});
+    return functions;
+}
+
+void ReadFunction(std::string const& text, std::string const& name, FaultRule& rule)
+{
+    std::vector<std::string> const functions = Functions();
+    if (name != FaultRule::AllRequests &&
+        std::find(functions.begin(), functions.end(), name) == functions.end()) {
+        Refuse(text, "unknown function '" + name + "'; use * for all requests, " + OneOf(functions));
+    }
+    rule.function = name;
+    rule.target = name == FaultRule::Announcement                          ? Target::Announcement
+                  : name == function::PESCB || name == function::CaptionCB ? Target::Push
+                                                                           : Target::Answer;
+}
+
+void ReadFault(std::string const& text, std::string const& fault, FaultRule& rule)
+{
+    std::size_t const colon = fault.find(':');
+    std::string const name = fault.substr(0, colon);
+    std::string const argument = colon == std::string::npos ? "" : fault.substr(colon + 1);
+    auto const* const word = std::find_if(std::begin(Words), std::end(Words), [&](Word const& candidate) {
+        return name == candidate.text && Takes(candidate, rule.target);
+    });
+    std::string const usable = "; use " + rule.function + "=" + WordsOf(rule.target);
+    if (word == std::end(Words)) {
+        Refuse(text, "unknown fault '" + name + "' of " + rule.function + usable);
+    }
+    bool const wantsArgument = word->argument.name != nullptr;
+    if (!wantsArgument && colon != std::string::npos) {
+        Refuse(text, name + " takes nothing after it" + usable);
+    }
+    if (wantsArgument && argument.empty()) {
+        Refuse(text, name + " needs a " + word->argument.name + usable);
+    }
+    rule.kind = word->kind;
+    if (word->argument.accepted != nullptr) {
+        std::optional<int> const number =
+            ReadNumber<int>(argument, word->argument.least, word->argument.most);
+        if (!number) {
+            Refuse(text, "'" + argument + "' is not " + word->argument.accepted);
+        }
+        rule.number = *number;
+    } else {
+        rule.key = argument;
+    }
+    if (rule.kind == Kind::Result) {
+        rule.key = protocol::key::Result;
+    } else if (rule.kind == Kind::Empty || rule.kind == Kind::Dead) {
+        rule.key = protocol::key::DBusName;
+    }
+}
+
+} // namespace
+
+FaultRule FaultRule::Parse(std::string const& text)
+{
+    std::size_t const equals = text.find('=');
+    if (equals == std::string::npos || equals == 0) {
+        Refuse(text, "it is not FUNCTION=FAULT; use a text like MuteAudio=error or PESCB=delay:500,count=3");
+    }
+    FaultRule rule;
+    ReadFunction(text, text.substr(0, equals), rule);
+    std::size_t const comma = text.find(',', equals);
+    ReadFault(text, text.substr(equals + 1, comma == std::string::npos ? comma : comma - equals - 1), rule);
+    if (comma != std::string::npos) {
+        try {
+            ReadFaultOptions(text.substr(comma + 1), rule);
+        } catch (std::invalid_argument const& failure) {
+            Refuse(text, failure.what());
+        }
+    }
+    return rule;
+}
+
+std::string FaultRule::Usage()
+{
+    return "FUNCTION=FAULT[,OPTION=VALUE]..., where FUNCTION is a \"functionname\" or * for the answers to "
+           "requests (FAULT is " +
+           WordsOf(Target::Answer) + "), PESCB or CaptionCB for what is pushed (" + WordsOf(Target::Push) +
+           ") or Announcement (" + WordsOf(Target::Announcement) + "), and OPTION=VALUE is " +
+           AcceptedFaultOptions();
+}
+
+std::string FaultRule::Name() const
+{
+    auto const* const word = std::find_if(std::begin(Words), std::end(Words),
+                                          [this](Word const& candidate) { return kind == candidate.kind; });
+    std::string name = function + "=" + word->text;
+    if (word->argument.accepted != nullptr) {
+        name += ":" + std::to_string(number);
+    } else if (word->argument.name != nullptr) {
+        name += ":" + key;
+    }
+    return name;
+}
+
+std::string FaultRule::Text() const
+{
+    return Name() + FaultOptionsText(*this);
+}
+
+} // namespace zviptv::sim
