@@ -122,6 +122,15 @@ Reply DataSubscriberService::Turn(Request const& request, bool Client::*wants)
     return Reply(true);
 }
 
+void DataSubscriberService::Reset()
+{
+    for (auto& [name, client] : m_clients) {
+        client.wantsPes = client.wantsCaptions = false;
+        client.subscriber->Restart();
+    }
+    m_gone = Counts();
+}
+
 void DataSubscriberService::Push(PesPacket const& pes)
 {
     if (IsWanted(&Client::wantsPes) && m_filter.Passes(pes)) {

@@ -32,6 +32,9 @@ public:
 
     void Push(PesPacket const& pes);
 
+    /// Ends all subscriptions; the channels stay.
+    void Reset();
+
     struct Counts
     {
         std::uint64_t sent = 0;                          ///< notifications, to all applications together

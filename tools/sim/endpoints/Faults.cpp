@@ -68,7 +68,7 @@ std::string Spoilt(Fault const& fault, std::string const& value)
 
 } // namespace
 
-void Faults::Add(std::string const& text)
+void Faults::Add(std::string const& text, std::optional<unsigned> count, std::optional<Time> until)
 {
     std::size_t const equals = text.find('=');
     if (equals == std::string::npos || equals == 0) {
@@ -98,16 +98,40 @@ void Faults::Add(std::string const& text)
         fault.result = number;
         fault.delay = std::chrono::milliseconds(number);
     }
+    fault.text = text;
+    fault.left = count;
+    fault.until = until;
     m_faults.push_back(fault);
 }
 
-Damage Faults::To(std::string const& function) const
+bool Faults::Remove(std::string const& text)
 {
+    auto const removed = std::remove_if(m_faults.begin(), m_faults.end(),
+                                        [&text](Fault const& fault) { return fault.text == text; });
+    bool const isKnown = removed != m_faults.end();
+    m_faults.erase(removed, m_faults.end());
+    return isKnown;
+}
+
+std::vector<Fault> const& Faults::At(Time now)
+{
+    m_faults.erase(std::remove_if(m_faults.begin(), m_faults.end(),
+                                  [now](Fault const& fault) {
+                                      return fault.left == 0U || (fault.until && *fault.until <= now);
+                                  }),
+                   m_faults.end());
+    return m_faults;
+}
+
+Damage Faults::To(std::string const& function, Time now)
+{
+    At(now);
     Damage damage;
     for (std::string const& wanted : {std::string(All), function}) {
-        for (Fault const& fault : m_faults) {
+        for (Fault& fault : m_faults) {
             if (fault.function == wanted) {
                 damage.Add(fault);
+                fault.left = fault.left ? std::optional(*fault.left - 1) : std::nullopt;
             }
         }
     }

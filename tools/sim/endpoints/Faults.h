@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -29,6 +30,10 @@ struct Fault
     std::chrono::milliseconds delay{};
     int result = 0;
     std::string key;
+    std::string text;             ///< as it was added
+    std::optional<unsigned> left; ///< answers that it still spoils; all when empty
+    /// When it ends, on the clock of Faults; never when empty.
+    std::optional<std::chrono::steady_clock::time_point> until;
 };
 
 /// What all rules together do to the answer of one request.
@@ -64,13 +69,23 @@ private:
 class Faults
 {
 public:
-    /// Adds "METHOD=delay:MS|drop|error|result:N|missing:KEY|garbage:KEY|short:KEY", METHOD a function of the
-    /// service or *.
-    /// @throws std::invalid_argument with a line for the user
-    void Add(std::string const& text);
+    using Time = std::chrono::steady_clock::time_point;
 
-    /// The rules for all functions come first, then those for this one, so that these count.
-    Damage To(std::string const& function) const;
+    /// Adds "METHOD=delay:MS|drop|error|result:N|missing:KEY|garbage:KEY|short:KEY", METHOD a function of the
+    /// service or *, for a number of answers and until a time if these are given.
+    /// @throws std::invalid_argument with a line for the user
+    void Add(std::string const& text, std::optional<unsigned> count = {}, std::optional<Time> until = {});
+
+    /// Removes those that were added as this text. False when there are none.
+    bool Remove(std::string const& text);
+    void Clear() { m_faults.clear(); }
+
+    /// Those that are in force at that time.
+    std::vector<Fault> const& At(Time now);
+
+    /// What an answer suffers at that time, which is counted. The rules for all functions come first, then
+    /// those for this one, so that these count.
+    Damage To(std::string const& function, Time now);
 
 private:
     std::vector<Fault> m_faults;

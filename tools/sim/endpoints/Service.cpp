@@ -22,23 +22,21 @@ constexpr char ErrorNote[] = "error";
 constexpr char InjectedError[] = "org.corvel.zviptvapi.Error.Injected";
 constexpr char InjectedText[] = "An error as asked for with --fault";
 
-/// The guide's clock: runs on from `start`, or shows the real time.
-ProgrammeGuideService::Clock ClockFrom(std::optional<std::int64_t> start)
-{
-    std::int64_t const offset = start ? *start - std::time(nullptr) : 0;
-    return [offset] { return std::time(nullptr) + offset; };
-}
-
 } // namespace
 
 Service::Service(ServiceOptions const& options, MainLoop& loop)
-    : m_loop(loop), m_awaited(options.awaitedSubscribers), m_faults(options.faults), m_log(options.log),
+    : m_loop(loop), m_options(options), m_awaited(options.awaitedSubscribers),
+      m_clock(options.playback.speed, options.now), m_faults(options.faults), m_log(options.log),
       m_lock(options.ratingLimit, options.serviceLocked), m_subscribers(options.filter, loop),
-      m_player(options.playback, [this](PesPacket const& pes) { m_subscribers.Push(pes); }),
-      m_programmeGuide(m_player, ClockFrom(options.now), loop,
-                       [this](std::string const& text) { m_log.Say(text); }),
+      m_player(options.playback, m_clock, [this](PesPacket const& pes) { m_subscribers.Push(pes); }),
+      m_programmeGuide(
+          m_player, [this] { return m_clock.UnixTime(); }, loop,
+          [this](std::string const& text) { m_log.Say(text); }),
       m_playerControl(m_player, m_selection), m_broadcastData(m_player, m_selection, m_lock),
-      m_applications([this](std::string const& busName) { m_programmeGuide.Forget(busName); }),
+      m_applications([this](std::string const& busName) {
+          m_programmeGuide.Forget(busName);
+          m_onChange();
+      }),
       m_playerControlEnd(type::PlayerControl, HandlerOf(type::PlayerControl,
                                                         [this](Request const& request) {
                                                             return m_playerControl.Answer(request);
@@ -61,14 +59,21 @@ Service::Service(ServiceOptions const& options, MainLoop& loop)
         m_programmeGuide.Load(options.guide);
     }
     m_player.SetPacketListener([this](TsPacket const& packet) { m_programmeGuide.Push(packet); });
-    m_player.SetProgrammeListener([this](Programme const& next) { m_selection.Follow(m_player, next); });
+    m_player.SetProgrammeListener([this](Programme const& next) {
+        m_selection.Follow(m_player, next);
+        m_onChange();
+    });
     m_player.SetInputListener([this] { m_programmeGuide.ForgetEvents(); });
     m_player.SetWakeUp([this] {
         if (m_isPlaying && !std::exchange(m_isWoken, true)) {
             PlayAfter(std::chrono::milliseconds(0));
         }
     });
-    loop.CatchSignals(); // applications are about to know of the service: it has to end in order now
+}
+
+void Service::Announce()
+{
+    m_loop.CatchSignals(); // applications are about to know of the service: it has to end in order now
     IConnectionHelper* helper = nullptr;
     CIPTVServiceAPI::CreateConnectionHelper(&helper);
     helper->SetDbusSignalCb(Announced, this);
@@ -77,49 +82,6 @@ Service::Service(ServiceOptions const& options, MainLoop& loop)
 Service::~Service()
 {
     CIPTVServiceAPI::DestroyConnectionHelper();
-}
-
-void Service::Start()
-{
-    m_isStarted = true;
-    PlayWhenAwaited();
-    if (m_log.WantsStatus()) {
-        m_statusAt = std::chrono::steady_clock::now();
-        m_loop.After(StatusPeriod, [this] { ShowStatus(); });
-    }
-}
-
-/// Begins once everybody is there who is waited for.
-void Service::PlayWhenAwaited()
-{
-    if (m_isStarted && !m_isPlaying && m_subscribers.Count().subscribers.size() >= m_awaited) {
-        m_isPlaying = true;
-        PlayAfter(std::chrono::milliseconds(0));
-    }
-}
-
-/// Replaces what was planned before.
-void Service::PlayAfter(std::chrono::milliseconds delay)
-{
-    m_loop.After(delay, [this, plan = ++m_plan] {
-        if (plan == m_plan) {
-            Play();
-        }
-    });
-}
-
-/// Advances the player and comes back when it has more to do, or wakes.
-void Service::Play()
-{
-    m_isWoken = false;
-    bool const hadEnded = m_player.HasEnded();
-    if (std::optional<std::chrono::milliseconds> const wait = m_player.Advance()) {
-        PlayAfter(*wait);
-    } else if (m_player.HasEnded() && !hadEnded) {
-        std::string const error = m_player.Counters().error;
-        m_log.Say(error.empty() ? "the stream has ended; the service goes on answering"
-                                : m_player.Counters().url + ": " + error + "; the service goes on answering");
-    }
 }
 
 void Service::ShowStatus()
@@ -131,10 +93,11 @@ void Service::ShowStatus()
     m_packets = counts.sent;
     m_statusAt = now;
     m_lock.Follow(m_programmeGuide.Present());
-    m_log.Write(RequestLog::Status{
-        m_applications.Count(), static_cast<std::uint64_t>(rate), counts.dropped,
-        std::move(counts.subscribers), m_selection.appId, m_selection.audioMuted, m_selection.videoMuted,
-        m_lock.IsProgrammeLocked() || m_lock.IsServiceLocked(), m_player.Counters()});
+    m_log.Write(RequestLog::Status{m_applications.Count(), static_cast<std::uint64_t>(rate), counts.dropped,
+                                   std::move(counts.subscribers), m_selection.appId,
+                                   !m_selection.audioMutedBy.empty(), !m_selection.videoMutedBy.empty(),
+                                   m_lock.IsProgrammeLocked() || m_lock.IsServiceLocked(),
+                                   m_player.Counters()});
     m_loop.After(StatusPeriod, [this] { ShowStatus(); });
 }
 
@@ -154,6 +117,7 @@ std::string Service::Partner(std::string const& busName, std::string const& type
         return std::string(); // no name of a channel, and nothing that would be seen to leave
     }
     comesUp ? m_applications.Add(busName, type) : m_applications.Remove(busName, type);
+    m_onChange();
     if (endpoint == &m_programmeGuideEnd && !comesUp) {
         m_programmeGuide.Forget(busName);
     }
@@ -198,13 +162,20 @@ CMessageBuffer Service::AnswerGuide(CMessageBuffer const& message)
 /// Answers one request, with the faults that were asked for, and shows it.
 CMessageBuffer Service::Finish(Call& call, CMessageBuffer const& honest)
 {
-    Damage const damage = m_faults.To(Request(call.message, call.busName).Function());
+    Damage const damage = m_faults.To(Request(call.message, call.busName).Function(), m_clock.Shows());
     CMessageBuffer const reply = damage.Spoil(honest);
     std::string const note = Deliver(call, reply, damage);
     bool const answered = !damage.IsDrop() && !damage.IsError();
-    m_log.Write(RequestLog::Entry{call.type, call.busName, call.message, answered ? &reply : nullptr, note,
-                                  std::chrono::duration_cast<std::chrono::microseconds>(
-                                      std::chrono::steady_clock::now() - call.begin)});
+    RequestLog::Entry const entry{
+        call.type,
+        call.busName,
+        call.message,
+        answered ? &reply : nullptr,
+        note,
+        std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - call.begin)};
+    m_log.Write(entry);
+    m_onRequest(entry);
+    m_onChange();
     return reply;
 }
 
