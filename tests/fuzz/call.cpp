@@ -77,7 +77,8 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
         replies.push_back(Sunk(g_variant_new("(@a{sv})", NewDictionary(input))));
     }
     SetReplies(std::move(replies), true);
-    Session session({});
+    LogCollector log(false);
+    Session session({}, log);
     try {
         CheckPrinted(Run(words, session));
     } catch (Failure const& failure) {
