@@ -27,7 +27,7 @@ _zviptv_values()
 {
     local kind=${1%%=*} tool=$2 cur=$3 methods
     case $kind in
-    FILE | 'FILE|URL' | PATH | XMLTV)
+    FILE | 'FILE|URL' | PATH | XMLTV | INPUT)
         compopt -o filenames 2>/dev/null
         mapfile -t COMPREPLY < <(compgen -f -- "$cur")
         ;;

@@ -54,6 +54,13 @@ expect 'zviptvctl call' Mute 'MuteAudio MuteVideo'
 expect 'zviptvctl call --json' GetFirst GetFirstPTS
 expect 'zviptvctl call MuteAudio' '' ''
 expect 'zviptvctl guide load' g guide.xml
+expect 'zviptvctl sim' re 'reset restart'
+expect 'zviptvctl sim fault' '' 'add clear remove'
+expect 'zviptvctl sim fault add' MuteA MuteAudio
+expect 'zviptvctl sim fault add MuteAudio=drop' --c --count
+expect 'zviptvctl sim lock' '' 'programme service'
+expect 'zviptvctl sim mute audio' '' 'off on'
+expect 'zviptvctl sim load' o one.ts
 expect 'zviptvctl nonsense' '' ''
 
 expect zviptv-sim --t '--time --ts'

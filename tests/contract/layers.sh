@@ -38,15 +38,18 @@ may src/proxy dbus failure message log
 
 may tools/process
 may tools/common glib
+may tools/verbs glib
 may tools/sim/stream
 may tools/sim/input stream process glib
 may tools/sim/guide stream
 may tools/sim/playback guide input stream common
 may tools/sim/endpoints playback guide input stream common glib
-may tools/sim/host endpoints process common glib
+may tools/sim/control endpoints playback verbs common glib
+may tools/sim/host control endpoints verbs process common glib
 may tools/ctl/output common glib
 may tools/ctl/session output glib
 may tools/ctl/commands session output common
+may tools/ctl/simulator session output verbs common glib
 may tools/ctl/doctor output common glib
 
 for folder in $folders; do

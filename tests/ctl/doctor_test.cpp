@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "DoctorBus.h"
 #include "DoctorFixture.h"
+#include "Processes.h"
 #include "doctor/BusProbe.h"
 
 #include <zviptv/ConnectionHelperDBusServer.h>
@@ -243,7 +244,9 @@ protected:
         EXPECT_TRUE(WirePeer().WaitForOwner(helperName, true)) << m_simulator.Errors();
     }
 
-    std::string Simulator() const { return "process " + std::to_string(m_simulator.Pid()) + " (zviptv-sim)"; }
+    /// The process that is on the bus.
+    pid_t Service() const { return OnlyChildOf(m_simulator.Pid()); }
+    std::string Simulator() const { return "process " + std::to_string(Service()) + " (zviptv-sim)"; }
 
     PrivateBus m_bus;
     ChildProcess m_simulator;
@@ -260,12 +263,12 @@ TEST_F(DoctorAtTheDesk, FindsNothingWrongWithTheSimulator)
 
 TEST_F(DoctorAtTheDesk, NamesTheStoppedProcessAndTheCommandLetsItRunOn)
 {
-    m_simulator.Signal(SIGSTOP);
+    ASSERT_EQ(kill(Service(), SIGSTOP), 0);
     Diagnosis const diagnosis = Diagnose();
     EXPECT_EQ(diagnosis.result.code, 4);
     EXPECT_EQ(diagnosis.Wrong(), "main loop");
     EXPECT_EQ(diagnosis.Text("main loop"), Simulator() + " is stopped");
-    EXPECT_EQ(diagnosis.Command("main loop"), "kill -CONT " + std::to_string(m_simulator.Pid()));
+    EXPECT_EQ(diagnosis.Command("main loop"), "kill -CONT " + std::to_string(Service()));
     ChildProcess mending({"sh", "-c", diagnosis.Command("main loop")});
     EXPECT_EQ(mending.Wait(patience), (ExitStatus{0, 0}));
     EXPECT_EQ(Diagnose().result.code, 0);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "DoctorFixture.h"
+#include "Processes.h"
 
 #include "doctor/Gather.h"
 #include "doctor/Versions.h"
@@ -72,7 +73,7 @@ TEST_F(DoctorVersion, AServiceWhoseLibraryWasReplacedIsTold)
     EXPECT_EQ(diagnosis.Wrong(), "version");
     EXPECT_EQ(diagnosis.Text("version"),
               "the service still runs the library that has been replaced since it started");
-    EXPECT_EQ(diagnosis.Command("version"), "kill -KILL " + std::to_string(simulator.Pid()));
+    EXPECT_EQ(diagnosis.Command("version"), "kill -KILL " + std::to_string(OnlyChildOf(simulator.Pid())));
 }
 
 TEST(DoctorVersionOf, IsWhatStandsBehindTheName)

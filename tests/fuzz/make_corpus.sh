@@ -135,6 +135,12 @@ text_seeds() {
         seed fault_rule "$((++number))" "$text$steps"
     done
     number=0
+    for text in 'pause' 'seek\n2.5' 'speed\n1e3' 'load\nudp://@239.1.1.1:5000' 'programme\n65535' 'lock\nservice' \
+        'time\n4294967295' 'fault\nadd\n*=drop\n--count\n3\n--for=1' 'fault\nclear' 'mute\naudio\non' \
+        'select\nsubtitle\n1' 'die\n--for\n0' 'fault' 'load\n\377' 'seek\nnan'; do
+        seed verb "$((++number))" "$text"
+    done
+    number=0
     for text in '--json\nstatus' 'call\nGetTTX\n--\n-1' 'call\nGetAudio\nx' 'call\n--list\n--json' '--help' \
         'audio\nselect\n--help' 'pes\n--count\n3\n--pid\n0x1fff\n--seconds\n0.5' '--profile\n2\n--id=65536\nstats' \
         'help\nguide' 'caption\n--json' 'methods\n--json' '--version' 'call\nGetProgram\n[1,2]' '--log\nguide\nlist'; do

@@ -31,7 +31,7 @@ def play(service, subject, parameters, findings):
     count = sum(len(subject.caption_data(pid)) for pid in subject.pes)
     check_data.check_captions(subject, captions.end(count, findings), findings)
     check_data.check_against_probe(subject, findings)
-    check_clock.after(service, subject, findings)
+    check_clock.after(service, subject, parameters["speed"], findings)
 
 
 def set_what_nothing_tells(service, findings):

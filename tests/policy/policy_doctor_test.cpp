@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ChildProcess.h"
 #include "PolicyTools.h"
+#include "Processes.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -78,7 +79,7 @@ TEST_F(PolicyDoctorTest, FindsNothingWrongForAnApplicationAndForRoot)
     EXPECT_THAT(asMember.text, HasSubstr("\nok       accounts   user daemon and group games exist\n"
                                          "ok       policy     loaded"));
     EXPECT_THAT(asMember.text, HasSubstr("\nok       group      user man belongs to the group games\n"));
-    EXPECT_THAT(asMember.text, HasSubstr(", process " + std::to_string(m_simulator->Pid()) +
+    EXPECT_THAT(asMember.text, HasSubstr(", process " + std::to_string(OnlyChildOf(m_simulator->Pid())) +
                                          " (zviptv-sim)\n"
                                          "ok       owner      user daemon\n"
                                          "ok       main loop  the service "
@@ -197,8 +198,9 @@ TEST_F(PolicyDoctorTest, NamesTheWrongUserWhoOwnsTheName)
     EXPECT_EQ(report.code, 4) << report.text;
     EXPECT_THAT(report.text,
                 HasSubstr("\nwrong    owner      the service runs as user root, not as daemon\n"));
-    EXPECT_THAT(report.text, HasSubstr("\n        sudo kill -KILL " + std::to_string(m_simulator->Pid()) +
-                                       "\n        sudo -u daemon zviptv-sim --bus system --ts "));
+    EXPECT_THAT(report.text,
+                HasSubstr("\n        sudo kill -KILL " + std::to_string(OnlyChildOf(m_simulator->Pid())) +
+                          "\n        sudo -u daemon zviptv-sim --bus system --ts "));
     EXPECT_THAT(report.text, HasSubstr("\nwrong: owner\n"));
 }
 

@@ -48,6 +48,50 @@ TEST_F(PolicyToolsTest, AServiceWithoutTheLibraryWorksTheSame)
     EXPECT_THAT(refused->Errors(), AllOf(HasSubstr(helperName), HasSubstr("policy")));
 }
 
+/// Only root and the simulator's user.
+TEST_F(PolicyToolsTest, WhoMaySteerTheSimulator)
+{
+    auto const simulator = RunSimulator(m_bus->Address(), service);
+    ASSERT_TRUE(m_bus->Connect(root)->WaitForOwner("org.corvel.zviptvapi.Simulator", true))
+        << simulator->Errors();
+
+    for (Account const& account : {root, service}) {
+        auto const steers = Run(account, {ZVIPTV_CTL, "sim", "speed", "2"});
+        EXPECT_EQ(steers->Wait(patience), (ExitStatus{0, 0})) << steers->Errors();
+    }
+    for (Account const& account : {application, stranger}) {
+        for (std::vector<std::string> const& words :
+             {std::vector<std::string>{"speed", "2"}, {"status"}, {"quit"}}) {
+            std::vector<std::string> command{ZVIPTV_CTL, "sim"};
+            command.insert(command.end(), words.begin(), words.end());
+            auto const refused = Run(account, command);
+            EXPECT_EQ(refused->Wait(patience), (ExitStatus{4, 0})) << refused->Errors();
+            EXPECT_THAT(refused->Errors(), HasSubstr("does not let this user steer the simulator"));
+        }
+        EXPECT_THROW(m_bus->Connect(account)->OwnName("org.corvel.zviptvapi.Simulator"), std::runtime_error);
+    }
+}
+
+/// What it tells of applications is not for everybody: a signal to all arrives with root alone.
+TEST_F(PolicyToolsTest, WhoHearsOfTheSimulator)
+{
+    auto const simulator = RunSimulator(m_bus->Address(), service);
+    auto const asRoot = m_bus->Connect(root);
+    auto const asStranger = m_bus->Connect(stranger);
+    ASSERT_TRUE(asRoot->WaitForOwner("org.corvel.zviptvapi.Simulator", true)) << simulator->Errors();
+    for (auto const* const peer : {&asRoot, &asStranger}) {
+        (*peer)->AddMatch("type='signal',sender='org.corvel.zviptvapi.Simulator'");
+        (*peer)->AddMatch("type='signal',member='Last'");
+        (*peer)->Sync();
+    }
+    auto const steers = Run(root, {ZVIPTV_CTL, "sim", "pause"});
+    EXPECT_EQ(steers->Wait(patience), (ExitStatus{0, 0})) << steers->Errors();
+    ASSERT_TRUE(asRoot->WaitFor(IsSignal("PropertiesChanged")));
+    asRoot->Emit({"", "/", "org.example.Test", "Last"}); // after it, nothing of the above can arrive
+    ASSERT_TRUE(asStranger->WaitFor(IsSignal("Last")));
+    EXPECT_EQ(asStranger->Received().Count(IsSignal("PropertiesChanged")), 0U);
+}
+
 TEST_F(PolicyToolsTest, TheSimulatorSaysThatItMayNotOwnTheName)
 {
     auto const simulator = RunSimulator(m_bus->Address(), stranger);

@@ -57,6 +57,7 @@ CommandLine::CommandLine() : m_app(help::Program, "zviptvctl")
     AddStream("caption", "Show caption data as the service pushes it", false);
     AddWatch();
     AddDoctor();
+    AddSimulator();
     AddCommands();
     AddHelp();
 }

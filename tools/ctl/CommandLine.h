@@ -35,6 +35,8 @@ private:
     void AddStream(char const* name, char const* help, bool isPes);
     void AddWatch();
     void AddDoctor();
+    void AddSimulator();
+    void AddSimulatorWatch(CLI::App& simulator);
     void AddHelp();
     ExitCode Help(std::vector<std::string> words) const;
     static Texts AddArguments(CLI::App& app, std::vector<CommandArgument> const& arguments);

@@ -10,7 +10,7 @@ constexpr char const* Program =
 
 constexpr char const* ProgramFooter = R"(Exit codes:
   0  the service accepted, or the command ran to its end
-  1  the service answered "false"
+  1  the service answered "false", or the simulator refused
   2  the command line makes no sense
   3  no bus, no service, or the service went away
   4  time-out, or the bus reported an error
@@ -30,6 +30,14 @@ a usage error there is nothing. The commands pes, caption and watch write one
 object a line as it happens instead.
 
 Messages go to standard error.
+)";
+
+constexpr char const* SimulatorFooter =
+    R"(The simulator's bus is that of DBUS_SYSTEM_BUS_ADDRESS, as for every command; the
+command after 'zviptv-sim ... --' finds it there. status and watch name the
+properties of the control interface. With --json, status prints them as one
+object, watch prints an object a line: "event" is "change" with the properties
+that have changed, "request", "died" or "restarted".
 )";
 
 constexpr char const* CallFooter =

@@ -46,6 +46,7 @@ std::vector<char*> Pointers(std::vector<std::string>& texts)
 /// Everything the child needs, made before fork(): it may not allocate.
 struct ChildPlan
 {
+    char const* program;
     char* const* arguments;
     char* const* environment;
     std::vector<std::pair<int, int>>& descriptors;
@@ -68,7 +69,7 @@ struct ChildPlan
     for (auto const& [source, target] : plan.descriptors) {
         dup2(source, target);
     }
-    execvpe(plan.arguments[0], plan.arguments, plan.environment);
+    execvpe(plan.program, plan.arguments, plan.environment);
     int const reason = errno;
     static_cast<void>(!write(failures, &reason, sizeof reason));
     _exit(CannotRun);
@@ -124,8 +125,9 @@ SpawnOutcome TrySpawn(SpawnRequest const& request)
     FileHandle const failures(ends[0]);
     FileHandle writeEnd(ends[1]);
 
-    ChildPlan const plan{arguments.data(), environment.data(), descriptors,
-                         request.ownGroup, getpid(),           writeEnd.Get()};
+    char const* const program = request.program.empty() ? arguments.front() : request.program.c_str();
+    ChildPlan const plan{program,          arguments.data(), environment.data(), descriptors,
+                         request.ownGroup, getpid(),         writeEnd.Get()};
     pid_t const child = fork();
     if (child < 0) {
         return {0, errno, "fork for "};

@@ -21,6 +21,8 @@ struct SpawnRequest
     std::vector<std::pair<int, int>> descriptors;
     /// In a process group of its own, which a terminal's Ctrl-C does not reach.
     bool ownGroup = false;
+    /// What to execute, if that is not the first word of the command, which then is only its name.
+    std::string program = {};
 };
 
 /// The process, or why there is none.

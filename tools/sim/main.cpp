@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "common/PrintableText.h"
 #include "common/StandardStreams.h"
+#include "host/ServiceRun.h"
 #include "host/Supervisor.h"
 #include "playback/StreamGuide.h"
 
+#include <sys/prctl.h>
+
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 
 int main(int argc, char** argv)
@@ -23,6 +27,11 @@ int main(int argc, char** argv)
             return 0;
         }
         std::signal(SIGPIPE, SIG_IGN); // a reader that goes away shows as a failed write
+        if (std::strcmp(argv[0], zviptv::sim::ServiceName) == 0) {
+            prctl(PR_SET_NAME, "zviptv-sim"); // the program was executed by another name
+            zviptv::sim::RunService(options->service);
+            return 0;
+        }
         return zviptv::sim::Run(*options);
     } catch (std::exception const& failure) {
         std::fprintf(stderr, "zviptv-sim: %s\n", zviptv::EscapeText(failure.what()).c_str());

@@ -4,6 +4,7 @@
 #include "Application.h"
 
 #include "PrivateBus.h"
+#include "Processes.h"
 
 #include <gmock/gmock.h>
 
@@ -27,6 +28,9 @@ protected:
         EXPECT_TRUE(m_watcher.WaitForOwner("org.corvel.zviptvapi.dbushelper", true));
         return *m_simulator;
     }
+
+    /// Of the process that is on the bus.
+    pid_t ServicePid() const { return OnlyChildOf(m_simulator->Pid()); }
 
     void StartSample() { Start({"--ts", ZVIPTV_SAMPLE_FILE, "--loop"}); }
 

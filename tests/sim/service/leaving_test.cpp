@@ -35,7 +35,7 @@ protected:
     /// somebody joins it.
     std::size_t Megabytes() const
     {
-        std::ifstream status("/proc/" + std::to_string(m_simulator->Pid()) + "/status");
+        std::ifstream status("/proc/" + std::to_string(ServicePid()) + "/status");
         std::size_t kilobytes = 0;
         for (std::string word; status >> word && kilobytes == 0;) {
             if (word == "VmSize:") {

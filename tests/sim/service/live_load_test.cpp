@@ -98,13 +98,13 @@ TEST_F(LiveInput, LosesNothingAt20MegabitsASecond)
     }
     std::unique_ptr<ChildProcess> const client = Run({"pes", "--count", "1000000"});
     ASSERT_TRUE(WaitForSubscribers(1));
-    double const simulatorBefore = SecondsOf(m_simulator->Pid());
+    double const simulatorBefore = SecondsOf(ServicePid());
     double const clientBefore = SecondsOf(client->Pid());
     int const duration = Duration();
     for (int i = 0; i < duration; ++i) {
         broadcaster.SendSecond();
     }
-    double const simulator = (SecondsOf(m_simulator->Pid()) - simulatorBefore) / duration;
+    double const simulator = (SecondsOf(ServicePid()) - simulatorBefore) / duration;
     double const ctl = (SecondsOf(client->Pid()) - clientBefore) / duration;
     Json::Value const input = InputWhere([&](Json::Value const& now) {
         return now["bytes"].asUInt64() > static_cast<std::uint64_t>(duration) * second.size();

@@ -157,11 +157,11 @@ TEST_F(LiveSocket, CountsDatagramsThatFindNoRoom)
 {
     Listen("udp");
     Begin();
-    m_simulator->Signal(SIGSTOP);
+    ASSERT_EQ(kill(ServicePid(), SIGSTOP), 0);
     for (int i = 0; i < 20'000; ++i) {
         m_sender.Send(std::string(1316, '\x47'));
     }
-    m_simulator->Signal(SIGCONT);
+    ASSERT_EQ(kill(ServicePid(), SIGCONT), 0);
     InputWhere([this](Json::Value const& input) {
         StreamBuilder tables;
         Send(AddTables(tables).Stream()); // the next one that finds room tells of those before

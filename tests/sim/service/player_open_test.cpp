@@ -45,7 +45,7 @@ protected:
             other.Pes(Audio, MakePes(5000 + i, Noise(20, 100 + i), false, {}, 0xC0));
         }
         Write("other.ts", other);
-        m_player.emplace(sim::PlayerOptions{{Path("two.ts")}, {}, 1000, false},
+        m_player.emplace(sim::PlayerOptions{{Path("two.ts")}, {}, 1000, false}, m_clock,
                          [this](sim::PesPacket const& pes) { m_pids.push_back(pes.pid); });
         m_player->SetProgrammeListener([this](Programme const& next) { m_numbers.push_back(next.number); });
         m_player->SetWakeUp([this] { ++m_wakes; });
@@ -80,6 +80,7 @@ protected:
     }
 
     std::string m_folder;
+    sim::SimulatedClock m_clock{1000, {}};
     std::optional<Player> m_player;
     std::vector<int> m_pids;
     std::vector<int> m_numbers;

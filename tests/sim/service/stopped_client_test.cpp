@@ -106,14 +106,14 @@ protected:
 TEST_F(StoppedClient, NeitherStallsTheOthersNorGrowsTheSimulator)
 {
     Begin();
-    std::size_t const memory = ResidentBytes(m_simulator->Pid());
+    std::size_t const memory = ResidentBytes(ServicePid());
     std::size_t const before = Lines(*m_healthy[0]);
     m_stopped->Signal(SIGSTOP);
     // Until what was dropped would have grown it beyond doubt.
     std::size_t most = 0;
     bool const hasDropped = WaitUntil(
         [&] {
-            most = std::max(most, ResidentBytes(m_simulator->Pid()));
+            most = std::max(most, ResidentBytes(ServicePid()));
             return Dropped(true) / 3 * Plan.videoBytes > 2 * GrowthLimit;
         },
         4 * Patience);

@@ -66,6 +66,15 @@ void Applications::SetId(std::string const& busName, std::string const& id)
     }
 }
 
+std::vector<std::string> Applications::Names() const
+{
+    std::vector<std::string> names;
+    for (auto const& [name, application] : m_applications) {
+        names.push_back(name);
+    }
+    return names;
+}
+
 void Applications::Gone(std::string busName)
 {
     m_applications.erase(busName);

@@ -6,6 +6,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace zviptv::sim {
 
@@ -23,6 +24,9 @@ public:
     /// `busName` is a unique name.
     void Add(std::string const& busName, std::string const& type);
     void Remove(std::string const& busName, std::string const& type);
+
+    /// Their bus names.
+    std::vector<std::string> Names() const;
 
     std::size_t Count() const { return m_applications.size(); }
 

@@ -129,6 +129,16 @@ Reply DataSubscriberService::Turn(Request const& request, PushLine Client::*line
     return Reply(true);
 }
 
+void DataSubscriberService::Reset()
+{
+    for (auto& [name, client] : m_clients) {
+        client.pes.Turn(false);
+        client.captions.Turn(false);
+        client.subscriber->Restart();
+    }
+    m_gone = Counts();
+}
+
 void DataSubscriberService::Push(PesPacket const& pes)
 {
     if (IsWanted(&Client::pes) && m_filter.Passes(pes)) {

@@ -41,6 +41,9 @@ public:
     /// No packet follows for now: sends those that are held until another one comes.
     void Release();
 
+    /// Ends all subscriptions; the channels stay.
+    void Reset();
+
     struct Counts
     {
         std::uint64_t sent = 0;                          ///< notifications, to all applications together

@@ -83,6 +83,15 @@ ZVResolution ToRecord(VideoFormat const& format)
     return record;
 }
 
+/// Remembers who mutes, until somebody ends it.
+Reply Mute(std::string& mutedBy, std::optional<bool> on, std::string const& application)
+{
+    if (on && (!*on || mutedBy.empty())) {
+        mutedBy = *on ? application : std::string();
+    }
+    return Reply(on.has_value());
+}
+
 /// The functions of player control.
 class PlayerControl
 {
@@ -183,15 +192,13 @@ public:
     Reply MuteAudio(Request const& request)
     {
         std::optional<bool> const on = request.Flag(key::OnOff);
-        m_selection.audioMuted = on.value_or(m_selection.audioMuted);
-        return Reply(on.has_value());
+        return Mute(m_selection.audioMutedBy, on, request.Sender());
     }
 
     Reply MuteVideo(Request const& request)
     {
         std::optional<bool> const on = request.Flag(key::OnOff);
-        m_selection.videoMuted = on.value_or(m_selection.videoMuted);
-        return Reply(on.has_value());
+        return Mute(m_selection.videoMutedBy, on, request.Sender());
     }
 
     Reply GetResolution(Request const& /*request*/)
@@ -217,8 +224,8 @@ public:
     Reply GetFirstPTS(Request const& /*request*/)
     {
         std::optional<std::uint64_t> const pts = m_player.FirstPts();
-        auto const now =
-            std::chrono::duration_cast<std::chrono::milliseconds>(Pacer::Clock::now().time_since_epoch());
+        auto const now = std::chrono::duration_cast<std::chrono::milliseconds>(
+            m_player.Clock().Shows().time_since_epoch());
         return Reply(pts.has_value())
             .Add(key::FirstPTS, pts.value_or(0))
             .Add(key::TimeBaseDen, TimeBase)

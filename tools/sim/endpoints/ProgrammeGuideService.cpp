@@ -30,6 +30,16 @@ std::string ById(Request const& request, Query query)
 void ProgrammeGuideService::Load(std::string const& path)
 {
     Use(path, LoadGuideOf(m_player, path));
+    m_first = m_guide.Current();
+}
+
+void ProgrammeGuideService::Reset()
+{
+    ++m_resets;
+    m_lists.clear();
+    m_guide.Use(m_first);
+    m_fromFile = m_first != nullptr;
+    m_eit = EitReader();
 }
 
 void ProgrammeGuideService::Use(std::string const& path, LoadedGuide const& loaded)
@@ -48,7 +58,11 @@ void ProgrammeGuideService::Use(std::string const& path, LoadedGuide const& load
 void ProgrammeGuideService::Clone(Request const& request, std::function<void(Reply const&)> const& answer)
 {
     std::string const path = request.Text(key::Path);
-    auto const finish = [this, path, answer](GuideLoader::Result const& result) {
+    auto const finish = [this, path, answer, resets = m_resets](GuideLoader::Result const& result) {
+        if (resets != m_resets) {
+            answer(Reply(false).Add(key::Data, 0)); // for a television that is gone
+            return;
+        }
         if (result.loaded) {
             Use(path, *result.loaded);
         } else {

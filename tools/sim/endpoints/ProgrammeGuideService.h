@@ -33,6 +33,9 @@ public:
     /// @throws std::runtime_error with a line for the user
     void Load(std::string const& path);
 
+    /// Goes back to the guide of Load(), or to the event information that the stream will bring.
+    void Reset();
+
     /// Answers CloneUSBToTV, when the guide has been loaded or could not be; then the guide so far stays.
     void Clone(Request const& request, std::function<void(Reply const&)> const& answer);
 
@@ -63,6 +66,8 @@ private:
     Say m_say;
     GuideLoader m_loader;
     ProgrammeGuide m_guide;
+    std::shared_ptr<Guide const> m_first; ///< of Load()
+    unsigned m_resets = 0;
     EitReader m_eit;
     bool m_fromFile = false;
     std::map<std::string, GuideList> m_lists;

@@ -19,19 +19,12 @@ namespace {
 
 constexpr std::chrono::milliseconds StatusPeriod{1000};
 
-/// The guide's clock: runs on from `start`, or shows the real time.
-ProgrammeGuideService::Clock ClockFrom(std::optional<std::int64_t> start)
-{
-    std::int64_t const offset = start ? *start - std::time(nullptr) : 0;
-    return [offset] { return std::time(nullptr) + offset; };
-}
-
 } // namespace
 
 Service::Service(ServiceOptions const& options, MainLoop& loop)
-    : m_loop(loop), m_awaited(options.awaitedSubscribers), m_lockStopsPushes(options.lockStopsPushes),
-      m_log(options.log),
-      m_faults(&std::chrono::steady_clock::now, options.faultSeed,
+    : m_loop(loop), m_options(options), m_awaited(options.awaitedSubscribers),
+      m_clock(options.playback.speed, options.now), m_log(options.log),
+      m_faults([this] { return m_clock.Shows(); }, options.faultSeed,
                [this, seed = options.faultSeed] {
                    m_log.Say("faults are random; --fault-seed " + std::to_string(seed) + " repeats them");
                }),
@@ -42,11 +35,15 @@ Service::Service(ServiceOptions const& options, MainLoop& loop)
               return FaultsOf(FaultRule::Target::Push, function, busName, followsHeld);
           },
           loop),
-      m_player(options.playback, [this](PesPacket const& pes) { Push(pes); }),
-      m_programmeGuide(m_player, ClockFrom(options.now), loop,
-                       [this](std::string const& text) { m_log.Say(text); }),
+      m_player(options.playback, m_clock, [this](PesPacket const& pes) { Push(pes); }),
+      m_programmeGuide(
+          m_player, [this] { return m_clock.UnixTime(); }, loop,
+          [this](std::string const& text) { m_log.Say(text); }),
       m_playerControl(m_player, m_selection), m_broadcastData(m_player, m_selection, m_lock),
-      m_applications([this](std::string const& busName) { m_programmeGuide.Forget(busName); }),
+      m_applications([this](std::string const& busName) {
+          m_programmeGuide.Forget(busName);
+          m_onChange();
+      }),
       m_playerControlEnd(type::PlayerControl, HandlerOf(type::PlayerControl,
                                                         [this](Request const& request) {
                                                             NoteId(request);
@@ -69,18 +66,23 @@ Service::Service(ServiceOptions const& options, MainLoop& loop)
     if (!options.guide.empty()) {
         m_programmeGuide.Load(options.guide);
     }
-    for (FaultRule const& fault : options.faults) {
-        m_faults.Add(fault);
-    }
+    AddFaultsOfOptions();
     m_player.SetPacketListener([this](TsPacket const& packet) { m_programmeGuide.Push(packet); });
-    m_player.SetProgrammeListener([this](Programme const& next) { m_selection.Follow(m_player, next); });
+    m_player.SetProgrammeListener([this](Programme const& next) {
+        m_selection.Follow(m_player, next);
+        m_onChange();
+    });
     m_player.SetInputListener([this] { m_programmeGuide.ForgetEvents(); });
     m_player.SetWakeUp([this] {
         if (m_isPlaying && !std::exchange(m_isWoken, true)) {
             PlayAfter(std::chrono::milliseconds(0));
         }
     });
-    loop.CatchSignals(); // applications are about to know of the service: it has to end in order now
+}
+
+void Service::Announce()
+{
+    m_loop.CatchSignals(); // applications are about to know of the service: it has to end in order now
     IConnectionHelper* helper = nullptr;
     CIPTVServiceAPI::CreateConnectionHelper(&helper);
     helper->SetDbusSignalCb(Announced, this);
@@ -91,47 +93,12 @@ Service::~Service()
     CIPTVServiceAPI::DestroyConnectionHelper();
 }
 
-void Service::Start()
+/// In place of all others.
+void Service::AddFaultsOfOptions()
 {
-    m_isStarted = true;
-    PlayWhenAwaited();
-    if (m_log.WantsStatus()) {
-        m_statusAt = std::chrono::steady_clock::now();
-        m_loop.After(StatusPeriod, [this] { ShowStatus(); });
-    }
-}
-
-/// Begins once everybody is there who is waited for.
-void Service::PlayWhenAwaited()
-{
-    if (m_isStarted && !m_isPlaying && m_subscribers.Count().subscribers.size() >= m_awaited) {
-        m_isPlaying = true;
-        PlayAfter(std::chrono::milliseconds(0));
-    }
-}
-
-/// Replaces what was planned before.
-void Service::PlayAfter(std::chrono::milliseconds delay)
-{
-    m_loop.After(delay, [this, plan = ++m_plan] {
-        if (plan == m_plan) {
-            Play();
-        }
-    });
-}
-
-/// Advances the player and comes back when it has more to do, or wakes.
-void Service::Play()
-{
-    m_isWoken = false;
-    bool const hadEnded = m_player.HasEnded();
-    if (std::optional<std::chrono::milliseconds> const wait = m_player.Advance()) {
-        PlayAfter(*wait);
-    } else if (m_player.HasEnded() && !hadEnded) {
-        m_subscribers.Release();
-        std::string const error = m_player.Counters().error;
-        m_log.Say(error.empty() ? "the stream has ended; the service goes on answering"
-                                : m_player.Counters().url + ": " + error + "; the service goes on answering");
+    m_faults.Clear();
+    for (FaultRule const& fault : m_options.faults) {
+        m_faults.Add(fault);
     }
 }
 
@@ -144,7 +111,7 @@ void Service::NoteId(Request const& request)
 
 void Service::Push(PesPacket const& pes)
 {
-    if (m_lockStopsPushes) {
+    if (m_options.lockStopsPushes) {
         m_lock.Follow(m_programmeGuide.Present());
         if (m_lock.IsProgrammeLocked() || m_lock.IsServiceLocked()) {
             return;
@@ -162,10 +129,11 @@ void Service::ShowStatus()
     m_packets = counts.sent;
     m_statusAt = now;
     m_lock.Follow(m_programmeGuide.Present());
-    m_log.Write(RequestLog::Status{
-        m_applications.Count(), static_cast<std::uint64_t>(rate), counts.dropped,
-        std::move(counts.subscribers), m_selection.appId, m_selection.audioMuted, m_selection.videoMuted,
-        m_lock.IsProgrammeLocked() || m_lock.IsServiceLocked(), m_player.Counters()});
+    m_log.Write(RequestLog::Status{m_applications.Count(), static_cast<std::uint64_t>(rate), counts.dropped,
+                                   std::move(counts.subscribers), m_selection.appId,
+                                   !m_selection.audioMutedBy.empty(), !m_selection.videoMutedBy.empty(),
+                                   m_lock.IsProgrammeLocked() || m_lock.IsServiceLocked(),
+                                   m_player.Counters()});
     m_loop.After(StatusPeriod, [this] { ShowStatus(); });
 }
 
@@ -199,6 +167,7 @@ std::string Service::Partner(std::string const& busName, std::string const& type
         return std::string(); // no name of a channel, and nothing that would be seen to leave
     }
     comesUp ? m_applications.Add(busName, type) : m_applications.Remove(busName, type);
+    m_onChange();
     if (endpoint == &m_programmeGuideEnd && !comesUp) {
         m_programmeGuide.Forget(busName);
     }
@@ -262,9 +231,16 @@ CMessageBuffer Service::Finish(Call& call, CMessageBuffer const& honest)
     CMessageBuffer const reply = damage.Spoil(honest);
     std::string const note = Deliver(call.later, reply, damage, m_loop);
     bool const answered = !damage.IsDrop() && !damage.IsError();
-    m_log.Write(RequestLog::Entry{call.type, call.busName, call.message, answered ? &reply : nullptr, note,
-                                  std::chrono::duration_cast<std::chrono::microseconds>(
-                                      std::chrono::steady_clock::now() - call.begin)});
+    RequestLog::Entry const entry{
+        call.type,
+        call.busName,
+        call.message,
+        answered ? &reply : nullptr,
+        note,
+        std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - call.begin)};
+    m_log.Write(entry);
+    m_onRequest(entry);
+    m_onChange();
     return reply;
 }
 

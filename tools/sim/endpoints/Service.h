@@ -10,9 +10,11 @@
 #include "ProgrammeGuideService.h"
 #include "RequestLog.h"
 #include "common/MainLoop.h"
+#include "playback/DurationScan.h"
 #include "playback/ParentalLock.h"
 #include "playback/Player.h"
 #include "playback/Selection.h"
+#include "playback/SimulatedClock.h"
 
 #include <zviptv/DeferredReply.h>
 
@@ -39,12 +41,26 @@ struct ServiceOptions
     RequestLog::Form log = RequestLog::Form::Quiet;
 };
 
+/// What the television consists of, for whoever steers it.
+struct Television
+{
+    SimulatedClock& clock;
+    Player& player;
+    Selection& selection;
+    ParentalLock& lock;
+    Faults& faults;
+    ProgrammeGuideService& guide;
+    DataSubscriberService const& subscribers;
+    Applications const& applications;
+};
+
 /// The service on the bus: owns the helper bus, answers on the endpoints, plays the stream. Lives on one
 /// thread, whose main context has to be iterated.
 class Service
 {
 public:
-    /// @throws StreamError as Player does, GuideError when the guide cannot be read
+    /// Applications cannot find it yet. @throws StreamError as Player does, GuideError when the guide cannot
+    /// be read
     Service(ServiceOptions const& options, MainLoop& loop);
     ~Service();
     Service(Service const&) = delete;
@@ -53,8 +69,36 @@ public:
     /// Whether the bus could be reached.
     bool IsOnBus() { return !m_playerControlEnd.GetPublicName().empty(); }
 
+    /// Lets applications find it.
+    void Announce();
+
     /// Begins to play and to show the status.
     void Start();
+
+    /// Back to the state after Start(), at once. Applications keep their channels, and lose their
+    /// subscriptions.
+    /// @throws StreamError when the input of the options cannot be read any more; then nothing has changed
+    void Reset();
+
+    Television Parts();
+
+    /// To be called after the clock or the player were changed from outside.
+    void Wake();
+
+    /// The stream is another one, or another programme of it.
+    void FollowInput();
+
+    /// Play has begun, and will not wait for applications again.
+    bool HasBegun() const { return m_isPlaying; }
+    void BeginAtOnce() { m_awaited = 0; }
+    /// To be opened as the options say.
+    InputOptions InputNamed(std::string const& url) const { return {url, m_options.playback.input.follow}; }
+    bool Loops() const { return m_options.playback.loop; }
+
+    using RequestListener = std::function<void(RequestLog::Entry const&)>;
+    /// `onRequest` gets every request that was answered or, by a fault, was not; `onChange` is called after
+    /// what happens on the bus and in the stream.
+    void SetListeners(RequestListener onRequest, std::function<void()> onChange);
 
 private:
     using Answerer = std::function<std::optional<CMessageBuffer>(Request const&)>;
@@ -79,20 +123,29 @@ private:
     Call Begin(char const* type, CMessageBuffer const& message);
     CMessageBuffer AnswerGuide(CMessageBuffer const& message);
     CMessageBuffer Finish(Call& call, CMessageBuffer const& honest);
+    void AddFaultsOfOptions();
     void NoteId(Request const& request);
     void Push(PesPacket const& pes);
+    bool PlaysFirst() const;
     void PlayWhenAwaited();
     void PlayAfter(std::chrono::milliseconds delay);
     void Play();
+    void MeasureDuration(unsigned scan);
     void ShowStatus();
 
     MainLoop& m_loop;
+    ServiceOptions const m_options;
     std::size_t m_awaited;
     bool m_isStarted = false;
     bool m_isPlaying = false;
     bool m_isWoken = false;   ///< by the player; Play() comes
     std::uint64_t m_plan = 0; ///< number of the latest PlayAfter()
-    bool m_lockStopsPushes;
+    unsigned m_scans = 0;     ///< the present turn of MeasureDuration(); earlier ones do nothing
+    std::optional<DurationScan> m_durationScan;
+    std::optional<Player::Seconds> m_firstDuration; ///< of the input of the options
+    RequestListener m_onRequest = [](RequestLog::Entry const&) {};
+    std::function<void()> m_onChange = [] {};
+    SimulatedClock m_clock;
     RequestLog m_log;
     Faults m_faults;
     Selection m_selection;

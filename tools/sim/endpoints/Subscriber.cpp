@@ -69,6 +69,13 @@ void Subscriber::Discard()
     m_queuedBytes = 0;
 }
 
+void Subscriber::Restart()
+{
+    Discard();
+    std::lock_guard<std::mutex> const lock(m_mutex);
+    m_counts = Counts();
+}
+
 void Subscriber::Stop()
 {
     std::lock_guard<std::mutex> const lock(m_mutex);

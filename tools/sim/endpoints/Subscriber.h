@@ -49,6 +49,9 @@ public:
     /// Drops what waits in the queue, uncounted.
     void Discard();
 
+    /// The same, and counts from zero again.
+    void Restart();
+
     /// Tells the thread to end, without waiting for it.
     void Stop();
 

@@ -139,9 +139,11 @@ void AddFaults(CLI::App& app, Options& options, Texts& texts)
         ->type_name("SECONDS")
         ->check(Seconds(0.001));
     app.add_option("--restart-after", options.restartAfter,
-                   "A service that died comes back after so many seconds")
+                   "A service that died, or was killed, comes back after so many seconds")
         ->type_name("SECONDS")
         ->check(Seconds(0));
+    app.add_flag("--restart-from-start", options.restartFromStart,
+                 "A service that comes back plays the stream from its start, with the clock as at first");
 }
 
 void AddOutput(CLI::App& app, Options& options, Texts& texts)
@@ -183,9 +185,6 @@ void Understand(Texts const& texts, Options& options)
     if (texts.bus == "system" && !options.command.empty()) {
         throw std::invalid_argument(
             "a command runs on a private bus: leave out --bus system, or start the command by itself");
-    }
-    if (options.restartAfter && !options.dieAfter) {
-        throw std::invalid_argument("--restart-after needs --die-after");
     }
     options.privateBus = texts.bus == "private" || !options.command.empty();
     options.service.log = LogForm(texts, !options.command.empty());
@@ -231,6 +230,11 @@ std::optional<Options> ParseCommandLine(int argc, char** argv, int& exitStatus)
     AddOutput(app, options, texts);
     try {
         app.parse(argc, argv);
+        options.words.assign(argv, argv + argc);
+        if (app.count("--fault-seed") == 0) { // the service draws none of its own, nor after a death
+            options.words.insert(options.words.begin() + 1,
+                                 "--fault-seed=" + std::to_string(options.service.faultSeed));
+        }
         Understand(texts, options);
         return options;
     } catch (CLI::ParseError const& failure) {

@@ -16,7 +16,9 @@ struct Options
     bool privateBus = false;
     std::optional<double> dieAfter;     ///< seconds until the service dies
     std::optional<double> restartAfter; ///< seconds until a dead service comes back; never when empty
+    bool restartFromStart = false;      ///< clock and stream, when it comes back
     std::vector<std::string> command;   ///< to run on the private bus; may be empty
+    std::vector<std::string> words;     ///< of the command line, that of the program included
 };
 
 /// The command line. When it asks for help or is wrong, that is printed and `exitStatus` is set instead.

@@ -2,50 +2,75 @@
 #pragma once
 
 #include "Options.h"
+#include "ServiceLink.h"
 #include "Signals.h"
-#include "process/Pipe.h"
 #include "process/Process.h"
 
+#include <memory>
 #include <optional>
+#include <vector>
 
 namespace zviptv::sim {
 
-/// The service in a process of its own, which dies and comes back as the options say.
+/// The service in a process of its own, which dies and comes back as the options and the control interface
+/// say.
 class ServiceProcess
 {
 public:
     using Clock = Signals::Clock;
 
-    explicit ServiceProcess(Options const& options) : m_options(options) {}
+    /// What it tells.
+    struct Listener
+    {
+        ServiceLink::Signal onSignal; ///< of the control interface, to be passed on
+        std::function<void()> onDied;
+        std::function<void()> onReady; ///< applications find it; the first time, or again
+    };
 
-    /// Begins to start it, and returns at once.
+    ServiceProcess(Options const& options, Listener listener);
+
+    /// Begins to start it, and returns at once. @throws std::system_error
     void Start();
 
     /// Not ready yet, and not ended either.
     bool IsStarting() const { return m_state == State::Starting; }
+    bool IsRunning() const { return m_state == State::Running; }
 
     /// Exit status of a service that has ended by itself.
     std::optional<int> Ended() const { return m_ended; }
 
-    pid_t Pid() const { return m_process->Pid(); }
+    /// Of the present process, or the last one; 0 before the first.
+    pid_t Pid() const { return m_process ? m_process->Pid() : 0; }
 
-    /// Advance() is due when this pipe has something to read or has ended (-1: none), at Change(), and after
-    /// each SIGCHLD.
-    int ReadinessEnd() const { return m_readiness ? m_readiness->ReadEnd() : -1; }
+    /// What the service wanted to be kept for the next one; null before there is any.
+    GVariant* Kept() const { return m_kept.get(); }
+
+    /// Calls a method of the service. While it starts, or is dead and will come back, the call waits, and is
+    /// worked off before applications find the service. A dead one answers with the error NotRunning.
+    void Call(char const* interface, std::string const& method, GVariant* parameters,
+              ServiceLink::Reply reply);
+
+    /// Kills it. It comes back after `seconds`, or as the options say. False when it is dead.
+    bool Die(std::optional<double> seconds);
+
+    /// Kills it if it lives, and starts it. @throws std::system_error
+    void Restart();
+
+    /// Advance() is due at Change(), and after each SIGCHLD.
     Clock::time_point Change() const { return m_nextAt; }
 
     /// Sees what has become of the service, and lets it die or come back when it is time.
     void Advance();
 
-    /// Asks it to end, and kills it when it does not.
-    void Stop();
+    /// Asks it to end, and kills it when it does not. Its exit status.
+    int Stop();
 
 private:
     enum class State
     {
         Starting,
         Running,
-        Dead, ///< as the options say
+        Dead, ///< as was asked for
         Ended ///< by itself
     };
 
@@ -57,16 +82,35 @@ private:
         ComeBack
     };
 
-    int Serve();
-    void HearReadiness();
+    struct Waiting
+    {
+        char const* interface;
+        std::string method;
+        Owned<GVariant> parameters;
+        ServiceLink::Reply reply;
+    };
+
+    bool IsAlive() const { return m_state == State::Starting || m_state == State::Running; }
+    void Begin();
+    void OnSignal(std::string const& interface, std::string const& name, GVariant* body);
+    void NoteReady();
     void NoteEnd(int status);
+    void NoteDeath(std::optional<double> comeBackAfter);
+    bool CountsAsDeath(int status) const;
+    void Kill();
+    void ComeBack();
+    void RefuseWaiting();
+    Owned<GVariant> ForNext() const;
     void Plan(Next next, std::optional<double> seconds);
-    void Die();
 
     Options const& m_options;
-    std::optional<Pipe> m_readiness; ///< while it starts
+    Listener m_listener;
     std::optional<Process> m_process;
+    std::unique_ptr<ServiceLink> m_link; ///< while it lives
+    std::vector<Waiting> m_waiting;      ///< calls, for the time when it is connected
+    Owned<GVariant> m_kept;
     State m_state = State::Starting;
+    bool m_wasReady = false; ///< it, or one before it
     std::optional<int> m_ended;
     Next m_next = Next::Nothing;
     Clock::time_point m_nextAt = Signals::Never;

@@ -2,12 +2,15 @@
 #include "ServiceRun.h"
 
 #include "common/MainLoop.h"
+#include "control/Link.h"
+#include "control/ServiceControl.h"
 #include "glib/Owned.h"
 
 #include <zviptv/ConnectionHelperDBusClient.h>
 #include <zviptv/ConnectionHelperDBusServer.h>
 
 #include <cstring>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -57,13 +60,10 @@ void RequireBus()
     }
 }
 
-} // namespace
-
-void RunService(ServiceOptions const& options, std::function<void()> const& ready)
+/// Applications find it from now on. @throws std::runtime_error when they cannot
+void GoOnBus(Service& service)
 {
-    RequireBus();
-    MainLoop loop;
-    Service service(options, loop);
+    service.Announce();
     if (!service.IsOnBus()) {
         throw std::runtime_error("the system bus went away: start again, or use --bus private");
     }
@@ -72,8 +72,21 @@ void RunService(ServiceOptions const& options, std::function<void()> const& read
             "this user may not own org.corvel.zviptvapi.dbushelper on this bus: install its "
             "policy and be the user whom that names, or use --bus private");
     }
-    service.Start();
-    ready();
+}
+
+} // namespace
+
+void RunService(ServiceOptions const& options)
+{
+    RequireBus();
+    MainLoop loop;
+    Service service(options, loop);
+    std::optional<ServiceControl> control;
+    control.emplace(link::Descriptor, service, loop, [&] {
+        GoOnBus(service);
+        service.Start();
+        loop.After(std::chrono::milliseconds(0), [&] { control->TellReady(); }); // play has begun by then
+    });
     loop.Run();
 }
 

@@ -1,15 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "Signals.h"
 
-#include <poll.h>
+#include "glib/Owned.h"
+
+#include <glib-unix.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <climits>
 #include <csignal>
+#include <optional>
 #include <system_error>
 
 namespace zviptv::sim {
@@ -31,15 +33,38 @@ int BlockAndCatch()
     return descriptor;
 }
 
-/// As poll() has it.
-int Timeout(Signals::Clock::time_point deadline)
+guint Timeout(Signals::Clock::time_point deadline)
 {
-    if (deadline == Signals::Never) {
-        return -1;
-    }
     auto const left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Signals::Clock::now()).count();
-    return static_cast<int>(std::clamp<decltype(left)>(left, 0, INT_MAX));
+    return static_cast<guint>(std::clamp<decltype(left)>(left, 0, INT_MAX));
 }
+
+gboolean OnInput(gint /*descriptor*/, GIOCondition /*condition*/, gpointer /*data*/)
+{
+    return G_SOURCE_CONTINUE;
+}
+
+gboolean OnTime(gpointer /*data*/)
+{
+    return G_SOURCE_CONTINUE;
+}
+
+/// Ends an iteration of the main context.
+class Awaited
+{
+public:
+    Awaited(GSource* source, GSourceFunc function) : m_source(source)
+    {
+        g_source_set_callback(source, function, nullptr, nullptr);
+        g_source_attach(source, nullptr);
+    }
+    ~Awaited() { g_source_destroy(m_source.get()); }
+    Awaited(Awaited const&) = delete;
+    Awaited& operator=(Awaited const&) = delete;
+
+private:
+    Owned<GSource> m_source;
+};
 
 } // namespace
 
@@ -55,10 +80,14 @@ Signals::~Signals()
     close(m_descriptor);
 }
 
-Signals::Signal Signals::Next(int readEnd, Clock::time_point deadline) const
+Signals::Signal Signals::Next(Clock::time_point deadline) const
 {
-    std::array<pollfd, 2> waited{pollfd{m_descriptor, POLLIN, 0}, pollfd{readEnd, POLLIN, 0}};
-    poll(waited.data(), waited.size(), Timeout(deadline));
+    Awaited const signal(g_unix_fd_source_new(m_descriptor, G_IO_IN), G_SOURCE_FUNC(OnInput));
+    std::optional<Awaited> timer;
+    if (deadline != Never) {
+        timer.emplace(g_timeout_source_new(Timeout(deadline)), OnTime);
+    }
+    g_main_context_iteration(nullptr, TRUE);
     signalfd_siginfo info = {};
     if (read(m_descriptor, &info, sizeof(info)) != static_cast<ssize_t>(sizeof(info))) {
         return Signal{};

@@ -27,9 +27,9 @@ public:
     Signals(Signals const&) = delete;
     Signals& operator=(Signals const&) = delete;
 
-    /// The next signal. Its number is 0 when there is none by `deadline`, or before the pipe `readEnd` (-1
-    /// for none) has something to read or has ended.
-    Signal Next(int readEnd, Clock::time_point deadline) const;
+    /// Iterates the main context once; returns the signal that has come, if any. Its number is 0 when there
+    /// is none by `deadline`, or before something else was dispatched.
+    Signal Next(Clock::time_point deadline) const;
 
 private:
     int m_descriptor;

@@ -2,9 +2,8 @@
 #include "Supervisor.h"
 
 #include "CommandProcess.h"
+#include "Control.h"
 #include "PrivateBus.h"
-#include "ServiceProcess.h"
-#include "ServiceRun.h"
 #include "Signals.h"
 #include "common/PrintableText.h"
 
@@ -20,14 +19,25 @@ namespace {
 constexpr int Failure = 1;
 constexpr int SignalStatus = 128;
 
-/// Waits until the service is ready, however long that takes. Exit status when that will not be.
-std::optional<int> AwaitService(ServiceProcess& service, Signals const& signals)
+/// Applications may know of the service already: then it ends in order, and so does the simulator.
+int EndBeforeReady(ServiceProcess& service, Signals::Signal const& signal)
 {
-    while (service.IsStarting()) {
-        Signals::Signal const signal = signals.Next(service.ReadinessEnd(), service.Change());
+    if (service.Stop() == 0) {
+        return 0;
+    }
+    std::fputs("zviptv-sim: told to end before the service was ready\n", stderr);
+    return SignalStatus + signal.number;
+}
+
+/// Waits until the service is ready and can be controlled, however long that takes. Exit status when that
+/// will not be.
+std::optional<int> AwaitService(Control& control, Signals const& signals)
+{
+    ServiceProcess& service = control.Service();
+    while (service.IsStarting() || (service.IsRunning() && !control.IsSettled())) {
+        Signals::Signal const signal = signals.Next(service.Change());
         if (signal.AsksToEnd()) {
-            std::fputs("zviptv-sim: told to end before the service was ready\n", stderr);
-            return SignalStatus + signal.number;
+            return EndBeforeReady(service, signal);
         }
         service.Advance();
     }
@@ -41,8 +51,7 @@ try {
     CommandProcess command(words);
     std::optional<int> status;
     while (!(status = command.Ended())) {
-        Signals::Signal const signal =
-            signals.Next(service.ReadinessEnd(), std::min(service.Change(), command.Change()));
+        Signals::Signal const signal = signals.Next(std::min(service.Change(), command.Change()));
         if (signal.AsksToEnd()) {
             command.PassOn(signal);
         }
@@ -59,7 +68,7 @@ try {
 int SuperviseService(ServiceProcess& service, Signals const& signals)
 {
     while (!service.Ended()) {
-        if (signals.Next(service.ReadinessEnd(), service.Change()).AsksToEnd()) {
+        if (signals.Next(service.Change()).AsksToEnd()) {
             return 0;
         }
         service.Advance();
@@ -80,32 +89,24 @@ int SuperviseReady(Options const& options, PrivateBus const* bus, ServiceProcess
     return SuperviseService(service, signals);
 }
 
-int Supervise(Options const& options)
+} // namespace
+
+int Run(Options const& options)
 {
     Signals const signals;
     std::optional<PrivateBus> bus;
     if (options.privateBus) {
         bus.emplace();
     }
-    ServiceProcess service(options);
+    Control control(options);
+    ServiceProcess& service = control.Service();
     service.Start();
-    std::optional<int> status = AwaitService(service, signals);
+    std::optional<int> status = AwaitService(control, signals);
     if (!status) {
         status = SuperviseReady(options, bus ? &*bus : nullptr, service, signals);
     }
     service.Stop();
     return *status;
-}
-
-} // namespace
-
-int Run(Options const& options)
-{
-    if (options.privateBus || options.dieAfter) {
-        return Supervise(options);
-    }
-    RunService(options.service, [] {});
-    return 0;
 }
 
 } // namespace zviptv::sim

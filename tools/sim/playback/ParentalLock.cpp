@@ -18,7 +18,8 @@ void ParentalLock::Follow(RatedProgramme const& present)
 
 bool ParentalLock::IsProgrammeLocked() const
 {
-    return !m_factoryMode && m_unlocked == ZV_PARENTAL_LOCKED && m_limit && m_present.minimumAge > *m_limit;
+    bool const isAbove = m_locksEvery || (m_limit && m_present.minimumAge > *m_limit);
+    return !m_factoryMode && m_unlocked == ZV_PARENTAL_LOCKED && isAbove;
 }
 
 bool ParentalLock::IsServiceLocked() const
@@ -26,6 +27,26 @@ bool ParentalLock::IsServiceLocked() const
     bool const unlocked =
         m_unlocked == ZV_PARENTAL_UNLOCKED_SERVICE || m_unlocked == ZV_PARENTAL_UNLOCKED_ALL;
     return !m_factoryMode && m_serviceLocked && !unlocked;
+}
+
+void ParentalLock::LockProgramme(bool on)
+{
+    m_locksEvery = on;
+    if (on) {
+        m_unlocked = ZV_PARENTAL_LOCKED;
+    } else {
+        EnterPin(); // the rating may still lock it
+    }
+}
+
+void ParentalLock::LockService(bool on)
+{
+    m_serviceLocked = on;
+    bool const isUnlocked =
+        m_unlocked == ZV_PARENTAL_UNLOCKED_SERVICE || m_unlocked == ZV_PARENTAL_UNLOCKED_ALL;
+    if (on && isUnlocked) {
+        m_unlocked = ZV_PARENTAL_LOCKED;
+    }
 }
 
 bool ParentalLock::EnterPin()

@@ -36,6 +36,16 @@ public:
 
     void Unlock(EZVParentalLock lock) { m_unlocked = lock; }
 
+    /// The control interface locks, whatever applications have unlocked, or ends that and what the options
+    /// say.
+    void LockProgramme(bool on);
+    void LockService(bool on);
+
+    /// LockProgramme() was called last with true.
+    bool LocksEveryProgramme() const { return m_locksEvery; }
+    /// Whether the service is locked until it is unlocked.
+    bool LocksService() const { return m_serviceLocked; }
+
     /// The PIN was entered: the present programme plays. False when it was not locked.
     bool EnterPin();
 
@@ -43,6 +53,7 @@ public:
 
 private:
     std::optional<int> m_limit;
+    bool m_locksEvery = false; ///< programmes of every age
     bool m_serviceLocked;
     RatedProgramme m_present;
     EZVParentalLock m_unlocked = ZV_PARENTAL_LOCKED;

@@ -21,18 +21,47 @@ std::optional<std::uint16_t> FirstPtsStream(Programme const& programme)
 
 } // namespace
 
-Player::Player(PlayerOptions const& options, Listener listener)
-    : m_speed(options.speed), m_loop(options.loop), m_choice(options.programme),
-      m_listener(std::move(listener)), m_pacer(options.speed),
-      m_programme(std::make_shared<Programme const>())
+Player::Player(PlayerOptions const& options, SimulatedClock& clock, Listener listener)
+    : m_loop(options.loop), m_clock(clock), m_options(options.input), m_choice(options.programme),
+      m_listener(std::move(listener)), m_programme(std::make_shared<Programme const>())
 {
-    std::unique_ptr<Input> input = OpenInputAndWait(options.input);
-    if (input->IsArriving() && (m_loop || m_speed != 1.0)) {
+    std::unique_ptr<sim::Input> input = OpenInputAndWait(options.input);
+    if (input->IsArriving() && (m_loop || options.speed != 1.0)) {
         throw StreamError(options.input.url + " is live input, which sets its own pace: leave out " +
                           (m_loop ? "--loop" : "--speed") + ", or play a file");
     }
-    Input* const opened = input.get();
-    Use(Load(std::move(input)), opened);
+    sim::Input* const opened = input.get();
+    Use(Load(std::move(input), m_choice), opened);
+}
+
+void Player::Seek(Seconds position)
+{
+    Seconds const distance = position - Position();
+    GoTo(position);
+    m_clock.Jump(std::chrono::duration_cast<std::chrono::nanoseconds>(distance));
+    m_pacer.Start(m_skipUntil);
+}
+
+/// Time runs on in a stream, so that what lies behind is reached from the start.
+void Player::GoTo(Seconds position)
+{
+    if (m_state != ZV_SOURCE_STATE_PLAYING || position < Position()) {
+        Reopen();
+    }
+    m_skipUntil = m_passTime + std::chrono::duration_cast<StreamTime>(position);
+    m_pacer.Start(m_skipUntil);
+}
+
+Player::Seconds Player::Position() const
+{
+    switch (m_state) {
+    case ZV_SOURCE_STATE_PLAYING:
+        return m_pacer.StreamNow() - m_passTime;
+    case ZV_SOURCE_STATE_ENDED:
+        return m_lastTime - m_passTime;
+    default:
+        return Seconds(0);
+    }
 }
 
 EZVSourceState Player::State() const
@@ -56,14 +85,15 @@ std::optional<std::chrono::milliseconds> Player::Advance()
     auto const turnEnds = Pacer::Clock::now() + LongestTurn; // a machine too slow for the speed is late
     while (m_state == ZV_SOURCE_STATE_PLAYING && m_next && m_pacer.IsDue(m_next->at.time) &&
            Pacer::Clock::now() < turnEnds) {
+        m_lastTime = m_next->at.time;
         Deliver(*m_next);
         Fetch();
     }
     if (m_state != ZV_SOURCE_STATE_PLAYING || !m_next) {
         return std::nullopt;
     }
-    auto const wait = m_pacer.DueAt(m_next->at.time) - Pacer::Clock::now();
-    return std::max(std::chrono::ceil<std::chrono::milliseconds>(wait), std::chrono::milliseconds(0));
+    auto const wait = m_clock.Until(m_pacer.DueAt(m_next->at.time));
+    return wait ? std::optional(std::chrono::ceil<std::chrono::milliseconds>(*wait)) : std::nullopt;
 }
 
 /// Everything that has come is due.
@@ -78,7 +108,7 @@ std::optional<std::chrono::milliseconds> Player::AdvanceLive()
             }
             return std::nullopt;
         }
-        event->at.time = m_pacer.StreamNow();
+        event->at.time = m_lastTime = m_pacer.StreamNow();
         m_state = ZV_SOURCE_STATE_PLAYING;
         Deliver(*event);
     }
@@ -96,14 +126,19 @@ void Player::Begin()
 }
 
 /// The next event; from the start again at the end of a stream that loops. A pass without any packet is the
-/// end: the file has been cut. False at the end, and when nothing has come yet.
+/// end: the file has been cut. The last event of a pass tells when the next one begins. False at the end, and
+/// when nothing has come yet.
 bool Player::Fetch()
 {
     m_next = m_demux->Next();
-    if (!m_next && m_loop && !m_input->IsArriving() && m_demux->Packets() > m_passBegan) {
-        m_passBegan = m_demux->Packets();
-        m_demux->Rewind();
-        m_next = m_demux->Next();
+    if (!m_next && !m_input->IsArriving() && m_demux->Packets() > m_passBegan) {
+        m_duration = m_lastTime - m_passTime;
+        if (m_loop) {
+            m_passBegan = m_demux->Packets();
+            m_passTime = m_lastTime;
+            m_demux->Rewind();
+            m_next = m_demux->Next();
+        }
     }
     if (!m_next && m_demux->HasEnded()) {
         End();
@@ -127,7 +162,9 @@ void Player::Deliver(Event const& event)
         LookAtVideo(event.pes);
         ListenToAudio(event.pes);
         ReadText(event.pes);
-        m_listener(event.pes);
+        if (event.at.time >= m_skipUntil) {
+            m_listener(event.pes);
+        }
     } else if (event.programme != nullptr) {
         Change(event.programme);
     }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "SimulatedClock.h"
 #include "input/Input.h"
 #include "stream/AribLanguages.h"
 #include "stream/AudioFormat.h"
@@ -25,16 +26,19 @@ struct PlayerOptions
 };
 
 /// Plays a transport stream: hands out PES packets and knows the clock. A file is played at its own pace,
-/// live input as it comes. Not thread-safe; lives on the thread whose default main context calls back.
-/// Nothing is handed out but inside Advance().
+/// on the simulated clock, live input as it comes. Not thread-safe; lives on the thread whose default main
+/// context calls back. Nothing is handed out but inside Advance().
 class Player
 {
 public:
     using Listener = std::function<void(PesPacket const&)>;
 
-    /// Waits until the input is open. @throws StreamError when it cannot be read, is a file without such a
-    /// programme, or does not go together with the other options
-    Player(PlayerOptions const& options, Listener listener);
+    /// Seconds of the stream, from its first packet.
+    using Seconds = std::chrono::duration<double>;
+
+    /// Waits until the input is open. `clock` has to outlive the player. @throws StreamError when it cannot
+    /// be read, is a file without such a programme, or does not go together with the other options
+    Player(PlayerOptions const& options, SimulatedClock& clock, Listener listener);
 
     /// Plays another input from its start: its first programme, at the speed of the options. `done` is called
     /// once, now or, for HTTP, from the main context: with the empty text after the change, else with a line
@@ -44,6 +48,39 @@ public:
     /// without a number and tracks, then of the new one, which of live input comes later.
     using Opened = std::function<void(std::string const& error)>;
     void Open(InputOptions const& options, Opened done);
+
+    /// The same, and waits until the input is open. @throws StreamError as the constructor does; then nothing
+    /// has changed
+    void OpenAndWait(InputOptions const& options, std::optional<std::uint16_t> programme);
+
+    /// Goes to a position of a file, and moves the clock by the same distance. The first packet that is
+    /// handed out is the first one that is complete at that position or later. What is passed over is read by
+    /// the next Advance()s. @throws StreamError when the file cannot be read again; then nothing has changed
+    void Seek(Seconds position);
+
+    /// Plays a file from a position that is reached now, with the clock as it is. @throws StreamError as
+    /// Seek() does
+    void GoTo(Seconds position);
+
+    /// What is played, as it was given.
+    std::string const& Input() const { return m_options.url; }
+    /// More may come later: it is live, or a file that is being written.
+    bool IsArriving() const { return m_input->IsArriving(); }
+    /// The sender sets the pace.
+    bool IsLive() const { return m_demux->IsLive(); }
+    /// The programme that was asked for; nothing for the first one.
+    std::optional<std::uint16_t> const& Choice() const { return m_choice; }
+    SimulatedClock const& Clock() const { return m_clock; }
+
+    /// Since the start of the stream; with --loop since that of the present pass.
+    Seconds Position() const;
+
+    /// When, on the clock, the position was 0. Meaningful once play has begun.
+    SimulatedClock::Time BeganAt() const { return m_pacer.DueAt(m_passTime); }
+
+    /// Of a file; nothing until it is known.
+    std::optional<Seconds> const& Duration() const { return m_duration; }
+    void SetDuration(Seconds duration) { m_duration = duration; }
 
     /// Plays another programme of this input, from here on. False, and nothing changes, if it is not known.
     bool SelectProgramme(std::uint16_t number);
@@ -66,8 +103,8 @@ public:
     /// Called when another input is about to be played.
     void SetInputListener(std::function<void()> listener) { m_onInput = std::move(listener); }
 
-    /// Hands out what is due; returns how long until more is, nothing when the stream has ended or nothing
-    /// has come yet. @throws StreamError when reading fails
+    /// Hands out what is due; returns how long until more is, nothing when the stream has ended, nothing has
+    /// come yet, or the clock is paused. @throws StreamError when reading fails
     std::optional<std::chrono::milliseconds> Advance();
 
     /// Starting until something has been handed out, and while the input is stalled.
@@ -99,8 +136,10 @@ public:
     AribLanguages const& TextLanguages() const { return m_textLanguages; }
 
 private:
-    std::unique_ptr<Demux> Load(std::unique_ptr<Input> input) const;
-    void Use(std::unique_ptr<Demux> demux, Input* input);
+    std::unique_ptr<Demux> Load(std::unique_ptr<sim::Input> input, std::optional<std::uint16_t> choice) const;
+    void Take(std::unique_ptr<Demux> demux, sim::Input* input);
+    void Use(std::unique_ptr<Demux> demux, sim::Input* input);
+    void Reopen();
     void FinishOpening(std::string const& error);
     bool LacksProgramme() const;
     void Begin();
@@ -113,22 +152,28 @@ private:
     void ListenToAudio(PesPacket const& pes);
     void ReadText(PesPacket const& pes);
 
-    double m_speed;
     bool m_loop;
-    std::optional<std::uint16_t> m_choice; ///< of the first input
+    SimulatedClock& m_clock;
+    InputOptions m_options;                ///< of the input that is played
+    std::optional<std::uint16_t> m_choice; ///< the programme that was asked for
     Listener m_listener;
     Demux::PacketListener m_onPacket;
     ProgrammeListener m_onProgramme;
     std::function<void()> m_onInput;
     std::function<void()> m_wake;
     std::unique_ptr<Demux> m_demux;
-    Input* m_input = nullptr; ///< the demultiplexer's; never null
-    std::unique_ptr<Input> m_opening;
+    sim::Input* m_input = nullptr; ///< the demultiplexer's; never null
+    std::unique_ptr<sim::Input> m_opening;
+    InputOptions m_openingOptions;
     Opened m_onOpened; ///< for it
     Pacer m_pacer;
     std::shared_ptr<Programme const> m_programme;
     std::optional<Event> m_next;
     std::uint64_t m_passBegan = 0; ///< packets read before this pass over the stream
+    StreamTime m_passTime{};       ///< when this pass began
+    StreamTime m_skipUntil{};      ///< what comes before is not handed out
+    StreamTime m_lastTime{};       ///< of the event that was handed out last
+    std::optional<Seconds> m_duration;
     EZVSourceState m_state = ZV_SOURCE_STATE_STARTING;
     std::optional<std::uint64_t> m_lastStc; ///< where the clock stopped at the end
     std::optional<VideoFormat> m_format;

@@ -30,7 +30,8 @@ std::string AdviceOn(Demux const& demux)
 } // namespace
 
 /// Reads the tables of a file.
-std::unique_ptr<Demux> Player::Load(std::unique_ptr<Input> input) const
+std::unique_ptr<Demux> Player::Load(std::unique_ptr<sim::Input> input,
+                                    std::optional<std::uint16_t> choice) const
 {
     std::string const name = input->Counters().url;
     bool const mayLearn = input->IsArriving();
@@ -38,39 +39,76 @@ std::unique_ptr<Demux> Player::Load(std::unique_ptr<Input> input) const
     if (demux->Programmes().empty() && !mayLearn) {
         throw StreamError(name + " holds no programme: no PMT found" + AdviceOn(*demux));
     }
-    if (!m_choice || demux->Select(*m_choice)) {
+    if (!choice || demux->Select(*choice)) {
         return demux;
     }
     if (!mayLearn) {
-        throw StreamError(name + " has no programme " + std::to_string(*m_choice) + ": it has " +
+        throw StreamError(name + " has no programme " + std::to_string(*choice) + ": it has " +
                           KnownProgrammes(*demux));
     }
-    demux->Await(*m_choice);
+    demux->Await(*choice);
     return demux;
 }
 
-void Player::Use(std::unique_ptr<Demux> demux, Input* input)
+/// From its start.
+void Player::Take(std::unique_ptr<Demux> demux, sim::Input* input)
 {
-    if (m_demux) {
-        Change(std::make_shared<Programme const>()); // nothing chosen for another input holds for this one
-    }
     m_demux = std::move(demux);
     m_input = input;
     m_next.reset();
     m_passBegan = 0;
     m_state = ZV_SOURCE_STATE_STARTING;
     m_lastStc.reset();
-    m_pacer = Pacer(m_demux->IsLive() ? 1.0 : m_speed);
+    m_passTime = m_skipUntil = m_lastTime = StreamTime();
+    m_pacer = m_demux->IsLive() ? Pacer() : Pacer(1.0, [this] { return m_clock.Shows(); });
     m_input->SetWakeUp(m_wake);
     m_demux->SetPacketListener(m_onPacket);
+}
+
+void Player::Use(std::unique_ptr<Demux> demux, sim::Input* input)
+{
+    if (m_demux) {
+        Change(std::make_shared<Programme const>()); // nothing chosen for another input holds for this one
+    }
+    m_duration.reset();
+    Take(std::move(demux), input);
     if (m_demux->Current()) {
         Change(m_demux->Current());
     }
 }
 
+/// The same input from its start; what was chosen stays.
+void Player::Reopen()
+{
+    std::unique_ptr<sim::Input> input = OpenInputAndWait(m_options);
+    sim::Input* const opened = input.get();
+    Take(Load(std::move(input), m_choice), opened);
+    Begin();
+    if (m_demux->Current() && !HaveSameContent(*m_demux->Current(), *m_programme)) {
+        Change(m_demux->Current());
+    }
+}
+
+void Player::OpenAndWait(InputOptions const& options, std::optional<std::uint16_t> programme)
+{
+    std::unique_ptr<sim::Input> input = OpenInputAndWait(options);
+    sim::Input* const opened = input.get();
+    std::unique_ptr<Demux> demux = Load(std::move(input), programme);
+    m_opening.reset();
+    if (auto const before = std::exchange(m_onOpened, {})) {
+        before("another input was opened meanwhile");
+    }
+    m_options = options;
+    m_choice = programme;
+    if (m_onInput) {
+        m_onInput();
+    }
+    Use(std::move(demux), opened);
+}
+
 void Player::Open(InputOptions const& options, Opened done)
 {
-    std::unique_ptr<Input> input;
+    std::unique_ptr<sim::Input> input;
     try {
         input = OpenInput(options);
     } catch (StreamError const& failure) {
@@ -79,6 +117,7 @@ void Player::Open(InputOptions const& options, Opened done)
     }
     auto const before = std::exchange(m_onOpened, std::move(done));
     m_opening = std::move(input);
+    m_openingOptions = options;
     if (before) {
         before("another input was opened meanwhile");
     }
@@ -87,16 +126,17 @@ void Player::Open(InputOptions const& options, Opened done)
 
 void Player::FinishOpening(std::string const& error)
 {
-    std::unique_ptr<Input> input = std::move(m_opening);
+    std::unique_ptr<sim::Input> input = std::move(m_opening);
     auto const done = std::exchange(m_onOpened, {});
     if (!error.empty()) {
         done(error);
         return;
     }
-    m_choice.reset();
     try {
-        Input* const opened = input.get();
-        std::unique_ptr<Demux> demux = Load(std::move(input));
+        sim::Input* const opened = input.get();
+        std::unique_ptr<Demux> demux = Load(std::move(input), {});
+        m_options = m_openingOptions;
+        m_choice.reset();
         if (m_onInput) {
             m_onInput();
         }

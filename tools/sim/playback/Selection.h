@@ -11,11 +11,14 @@ namespace zviptv::sim {
 class Player;
 struct Programme;
 
-/// What applications have chosen.
+/// What applications, or the control interface, have chosen.
 struct Selection
 {
-    bool audioMuted = false;
-    bool videoMuted = false;
+    /// Instead of an application's bus name, where the control interface has muted.
+    static constexpr char Control[] = "control";
+
+    std::string audioMutedBy; ///< bus name of the application; empty while the sound is heard
+    std::string videoMutedBy;
     int audio = 0;
     unsigned int teletext = 0;
     unsigned int subtitle = 0;

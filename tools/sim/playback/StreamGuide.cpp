@@ -41,7 +41,8 @@ LoadedGuide LoadGuideOf(Player const& player, std::string const& path)
 
 void ListServices(PlayerOptions const& stream, std::string const& path)
 {
-    Player const player(stream, [](PesPacket const&) {});
+    SimulatedClock clock(1.0, {});
+    Player const player(stream, clock, [](PesPacket const&) {});
     if (player.Counters().isLive) {
         throw StreamError("--list-services needs a file: record some seconds of " + stream.input.url +
                           " first");

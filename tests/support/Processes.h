@@ -36,6 +36,13 @@ inline std::size_t ThreadsOf(pid_t pid)
     return std::stoul(status.substr(status.find("Threads:") + 8));
 }
 
+/// Of a simulator on the system bus it is the service. 0 if there are none or several.
+inline pid_t OnlyChildOf(pid_t pid)
+{
+    std::vector<pid_t> const children = ChildrenOf(pid);
+    return children.size() == 1 ? children.front() : 0;
+}
+
 /// Whether the process has the file open.
 inline bool HasOpen(pid_t pid, std::string const& path)
 {

@@ -1,0 +1,171 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "SimulatorTest.h"
+#include "WaitUntil.h"
+
+#include "glib/Owned.h"
+
+#include <climits>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+namespace zviptv::test {
+
+/// A client of the control interface, in the texts that GVariant's printer writes. Every name is spelled out.
+class Remote
+{
+public:
+    explicit Remote(std::string const& address)
+        : m_connection(g_dbus_connection_new_for_address_sync(
+              address.c_str(),
+              static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                                                G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
+              nullptr, nullptr, nullptr))
+    {
+        g_dbus_connection_signal_subscribe(m_connection.get(), nullptr, nullptr, nullptr,
+                                           "/org/corvel/zviptvapi/Simulator", nullptr,
+                                           G_DBUS_SIGNAL_FLAGS_NONE, OnSignal, this, nullptr);
+    }
+
+    ~Remote() { g_dbus_connection_close_sync(m_connection.get(), nullptr, nullptr); }
+    Remote(Remote const&) = delete;
+    Remote& operator=(Remote const&) = delete;
+
+    /// "()", or the name of the error and its text. `arguments` is a tuple: "('audio', true)".
+    std::string Call(std::string const& method, std::string const& arguments = "()")
+    {
+        return CallOn("org.corvel.zviptvapi.Simulator1", method, arguments);
+    }
+
+    /// "<1.0>"
+    std::string Get(std::string const& property)
+    {
+        std::string const value = CallOn("org.freedesktop.DBus.Properties", "Get",
+                                         "('org.corvel.zviptvapi.Simulator1', '" + property + "')");
+        // "(<1.0>,)"
+        return value.size() > 4 && value[1] == '<' ? value.substr(2, value.size() - 5) : value;
+    }
+
+    double Number(std::string const& property)
+    {
+        std::string const text = Get(property);
+        return std::strtod(text.c_str() + text.find_first_of("-0123456789", text.rfind(' ') + 1), nullptr);
+    }
+
+    bool WaitFor(std::string const& property, std::string const& value)
+    {
+        return WaitUntil([&] { return Get(property) == value; }, Patience);
+    }
+
+    struct Signal
+    {
+        std::string name;
+        std::string body;
+    };
+
+    /// What has come so far.
+    std::vector<Signal> const& Signals()
+    {
+        while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
+        }
+        return m_signals;
+    }
+
+    /// Waits for a signal with this text in its body, among those that came and will come.
+    bool WaitForSignal(std::string const& name, std::string const& text = "")
+    {
+        return WaitUntil(
+            [&] {
+                for (Signal const& signal : Signals()) {
+                    if (signal.name == name && signal.body.find(text) != std::string::npos) {
+                        return true;
+                    }
+                }
+                return false;
+            },
+            Patience);
+    }
+
+    void Forget()
+    {
+        Signals();
+        m_signals.clear();
+    }
+
+    std::string CallOn(char const* interface, std::string const& method, std::string const& arguments)
+    {
+        Owned<GVariant> const parameters(
+            g_variant_parse(TypeOf(interface, method).get(), arguments.c_str(), nullptr, nullptr, nullptr));
+        GError* error = nullptr;
+        Owned<GVariant> const reply(g_dbus_connection_call_sync(
+            m_connection.get(), "org.corvel.zviptvapi.Simulator", "/org/corvel/zviptvapi/Simulator",
+            interface, method.c_str(), parameters.get(), nullptr, G_DBUS_CALL_FLAGS_NONE, 20000, nullptr,
+            &error));
+        if (error != nullptr) {
+            Owned<char> const name(g_dbus_error_get_remote_error(error));
+            g_dbus_error_strip_remote_error(error);
+            std::string const text = std::string(name ? name.get() : "?") + ": " + error->message;
+            g_error_free(error);
+            return text;
+        }
+        Owned<char> const text(g_variant_print(reply.get(), TRUE));
+        return text.get();
+    }
+
+private:
+    struct FreeType
+    {
+        void operator()(GVariantType* type) const { g_variant_type_free(type); }
+    };
+
+    /// Of the arguments, where the text alone would be understood as another one.
+    static std::unique_ptr<GVariantType, FreeType> TypeOf(std::string const& /*interface*/,
+                                                          std::string const& method)
+    {
+        char const* type = method == "Seek" || method == "SetSpeed" ? "(d)"
+                           : method == "SelectProgramme"            ? "(u)"
+                           : method == "SetTime"                    ? "(x)"
+                           : method == "Select"                     ? "(su)"
+                           : method == "AddFault"                   ? "(sa{sv})"
+                           : method == "Die"                        ? "(a{sv})"
+                                                                    : nullptr;
+        return std::unique_ptr<GVariantType, FreeType>(type == nullptr ? nullptr : g_variant_type_new(type));
+    }
+
+    static void OnSignal(GDBusConnection* /*connection*/, char const* /*sender*/, char const* /*path*/,
+                         char const* /*interface*/, char const* name, GVariant* body, gpointer self)
+    {
+        Owned<char> const text(g_variant_print(body, TRUE));
+        static_cast<Remote*>(self)->m_signals.push_back({name, text.get()});
+    }
+
+    Owned<GDBusConnection> m_connection;
+    std::vector<Signal> m_signals;
+};
+
+/// A simulator on the test's bus, and its remote control.
+class Steered : public Simulator
+{
+protected:
+    void Steer(std::vector<std::string> options = {"--loop"})
+    {
+        options.insert(options.begin(), {"--ts", ZVIPTV_SAMPLE_FILE});
+        Start(options);
+        ASSERT_TRUE(m_watcher.WaitForOwner("org.corvel.zviptvapi.Simulator", true));
+        m_remote.emplace(m_bus.Address());
+        ASSERT_TRUE(m_remote->WaitFor("Running", "true"));
+    }
+
+    Remote& TheRemote() { return *m_remote; }
+
+    std::optional<Remote> m_remote;
+};
+
+constexpr char Done[] = "()";
+constexpr char Invalid[] = "org.corvel.zviptvapi.Simulator1.Error.InvalidArgument: ";
+constexpr char NotRunning[] = "org.corvel.zviptvapi.Simulator1.Error.NotRunning: ";
+constexpr char Failed[] = "org.corvel.zviptvapi.Simulator1.Error.Failed: ";
+
+} // namespace zviptv::test

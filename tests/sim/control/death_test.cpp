@@ -1,0 +1,209 @@
+// SPDX-License-Identifier: MIT
+#include "Remote.h"
+
+namespace zviptv::test {
+namespace {
+
+using testing::StartsWith;
+
+constexpr char Helper[] = "org.corvel.zviptvapi.dbushelper";
+
+class Death : public Steered
+{
+protected:
+    /// The service's process, which is not `before`.
+    pid_t NewService(pid_t before = 0)
+    {
+        pid_t now = 0;
+        EXPECT_TRUE(WaitUntil(
+            [&] {
+                now = static_cast<pid_t>(m_remote->Number("ServicePid")); // 0 while it does not run
+                return now != 0 && now != before;
+            },
+            Patience));
+        return now;
+    }
+};
+
+TEST_F(Death, IsForGoodUntilARestart)
+{
+    Steer();
+    pid_t const first = NewService();
+    EXPECT_EQ(first, ServicePid());
+    ASSERT_EQ(m_remote->Call("Die", "({},)"), Done);
+    EXPECT_TRUE(HasEnded(first));
+    EXPECT_TRUE(m_watcher.WaitForOwner(Helper, false));
+    EXPECT_EQ(m_remote->Get("Running"), "false");
+    EXPECT_EQ(m_remote->Get("ServicePid"), "uint32 0");
+    EXPECT_TRUE(m_remote->WaitForSignal("Died"));
+    EXPECT_EQ(m_remote->Call("Die", "({},)"),
+              std::string(NotRunning) + "the service is dead; 'zviptvctl sim restart' starts it");
+    EXPECT_THAT(m_remote->Call("Pause"),
+                StartsWith(std::string(NotRunning) + "the service is dead and does not"));
+    ASSERT_EQ(m_remote->Call("Restart"), Done);
+    EXPECT_NE(m_watcher.GetNameOwner(Helper), ""); // answered when applications find it
+    EXPECT_NE(NewService(first), 0);
+    EXPECT_TRUE(m_remote->WaitForSignal("Restarted"));
+}
+
+TEST_F(Death, EndsAfterTheTimeThatWasGiven)
+{
+    Steer();
+    pid_t const first = NewService();
+    ASSERT_EQ(m_remote->Call("Die", "({'for': <0.3>},)"), Done);
+    EXPECT_NE(NewService(first), 0);
+    EXPECT_THAT(m_remote->Call("Die", "({'for': <-1.0>},)"),
+                StartsWith(std::string(Invalid) + "'-1.0' is not a number of seconds"));
+    EXPECT_EQ(m_remote->Get("Running"), "true");
+}
+
+TEST_F(Death, ARestartKillsAServiceThatLives)
+{
+    Steer();
+    pid_t const first = NewService();
+    ASSERT_EQ(m_remote->Call("Restart"), Done);
+    EXPECT_TRUE(HasEnded(first));
+    EXPECT_NE(NewService(first), 0);
+}
+
+/// Whatever killed it: with --restart-after it comes back.
+TEST_F(Death, ByASignalOfSomebodyElseCounts)
+{
+    Steer({"--loop", "--restart-after", "0.1"});
+    pid_t service = NewService();
+    for (int const number : {SIGKILL, SIGTERM, SIGINT, SIGHUP}) {
+        ASSERT_GT(service, 0);
+        ASSERT_EQ(kill(service, number), 0);
+        pid_t const next = NewService(service);
+        ASSERT_NE(next, service) << number;
+        ASSERT_TRUE(m_watcher.WaitForOwner(Helper, true));
+        service = next;
+    }
+}
+
+TEST_F(Death, ByASignalOfSomebodyElseEndsASimulatorThatShallNotRestart)
+{
+    Steer();
+    pid_t const service = NewService();
+    ASSERT_GT(service, 0);
+    ASSERT_EQ(kill(service, SIGKILL), 0);
+    EXPECT_EQ(m_simulator->Wait(Patience), (ExitStatus{128 + SIGKILL, 0}));
+}
+
+/// A crash of the simulator's own code shall be seen.
+TEST_F(Death, ByACrashIsNoDeath)
+{
+    Steer({"--loop", "--restart-after", "0.1"});
+    pid_t const service = NewService();
+    ASSERT_GT(service, 0);
+    ASSERT_EQ(kill(service, SIGABRT), 0);
+    EXPECT_EQ(m_simulator->Wait(Patience), (ExitStatus{128 + SIGABRT, 0}));
+}
+
+TEST_F(Death, OfTheSimulatorTakesTheServiceAlong)
+{
+    Steer();
+    pid_t const service = NewService();
+    m_simulator->Signal(SIGKILL);
+    EXPECT_TRUE(WaitUntil([service] { return HasEnded(service); }, Patience));
+    EXPECT_TRUE(m_watcher.WaitForOwner(Helper, false));
+}
+
+/// The broadcast goes on while the television is off.
+TEST_F(Death, TheClockGoesOn)
+{
+    Steer({"--time", "1774735200", "--speed", "2"});
+    pid_t const first = NewService();
+    EXPECT_EQ(m_remote->Get("SourceState"), "'playing'");
+    ASSERT_EQ(m_remote->Call("Die", "({},)"), Done);
+    double const position = m_remote->Number("Position");
+    double const guide = m_remote->Number("GuideTime");
+    std::this_thread::sleep_for(std::chrono::seconds(1)); // as long as it is off
+    EXPECT_GE(m_remote->Number("Position"), position + 1.9);
+    ASSERT_EQ(m_remote->Call("Restart"), Done);
+    NewService(first);
+    EXPECT_GE(m_remote->Number("Position"), position + 2.0);
+    EXPECT_GE(m_remote->Number("GuideTime"), guide + 1);
+    EXPECT_LE(m_remote->Number("GuideTime"), guide + 60);
+}
+
+TEST_F(Death, TheClockStartsAgainIfThatIsAskedFor)
+{
+    Steer({"--time", "1774735200", "--restart-from-start"});
+    pid_t const first = NewService();
+    ASSERT_EQ(m_remote->Call("Seek", "(10.0,)"), Done);
+    ASSERT_EQ(m_remote->Call("SetTime", "(1800000000,)"), Done);
+    ASSERT_EQ(m_remote->Call("Restart"), Done);
+    NewService(first);
+    EXPECT_LT(m_remote->Number("Position"), 5);
+    EXPECT_NEAR(m_remote->Number("GuideTime"), 1774735200, 5);
+}
+
+TEST_F(Death, WhatTheControlInterfaceHasSetStays)
+{
+    Steer();
+    pid_t const first = NewService();
+    std::string const other = m_bus.Directory() + "/other.ts";
+    std::ofstream(other, std::ios::binary) << std::ifstream(ZVIPTV_SAMPLE_FILE, std::ios::binary).rdbuf();
+    ASSERT_EQ(m_remote->Call("Load", "('" + other + "',)"), Done);
+    ASSERT_EQ(m_remote->Call("SetTime", "(1774735200,)"), Done);
+    ASSERT_EQ(m_remote->Call("SetSpeed", "(2.0,)"), Done);
+    ASSERT_EQ(m_remote->Call("Lock", "('service',)"), Done);
+    ASSERT_EQ(m_remote->Call("Lock", "('programme',)"), Done);
+    ASSERT_EQ(m_remote->Call("AddFault", "('MuteAudio=drop', {'count': <uint32 3>})"), Done);
+    ASSERT_EQ(m_remote->Call("Select", "('audio', 1)"), Done);
+    ASSERT_EQ(m_remote->Call("Mute", "('audio', true)"), Done);
+    ASSERT_EQ(m_remote->Call("Pause"), Done);
+    ASSERT_EQ(m_remote->Call("Seek", "(7.5,)"), Done);
+    std::string const guide = m_remote->Get("GuideTime");
+    ASSERT_EQ(m_remote->Call("Restart"), Done);
+    NewService(first);
+    EXPECT_EQ(m_remote->Get("Input"), "'" + other + "'");
+    EXPECT_EQ(m_remote->Get("GuideTime"), guide);
+    EXPECT_EQ(m_remote->Get("Speed"), "2.0");
+    EXPECT_EQ(m_remote->Get("Paused"), "true");
+    EXPECT_NEAR(m_remote->Number("Position"), 7.5, 0.001);
+    EXPECT_EQ(m_remote->Get("ServiceLocked"), "true");
+    EXPECT_EQ(m_remote->Get("ProgrammeLocked"), "true");
+    EXPECT_EQ(m_remote->Get("Faults"), "[{'fault': <'MuteAudio=drop,count=3'>, 'count': <uint32 3>}]");
+    EXPECT_EQ(m_remote->Get("Audio"), "uint32 0"); // as after every start
+    EXPECT_EQ(m_remote->Get("AudioMuted"), "false");
+}
+
+/// Other tracks, or a fault, are there before applications find the service again.
+TEST_F(Death, CallsWaitForAServiceThatComesBack)
+{
+    Steer();
+    pid_t const first = NewService();
+    ASSERT_EQ(m_remote->Call("Die", "({'for': <0.5>},)"), Done);
+    EXPECT_EQ(m_remote->Get("Running"), "false");
+    EXPECT_EQ(m_remote->Call("AddFault", "('MuteAudio=result:7', {})"), Done);
+    ASSERT_TRUE(m_watcher.WaitForOwner(Helper, true));
+    Application application;
+    application.Announce("PLAYERCONTROL");
+    EXPECT_EQ(Number(application.Ask("PLAYERCONTROL", {{"functionname", "MuteAudio"}, {"onoff", "1"}}),
+                     "result_internal"),
+              "7");
+    NewService(first);
+}
+
+/// Killed at any moment of its life, again and again.
+TEST_F(Death, AtAnyMomentIsSurvived)
+{
+    Steer({"--loop", "--restart-after", "0"});
+    ASSERT_EQ(m_remote->Call("AddFault", "('MuteAudio=result:7', {})"), Done);
+    for (int round = 0; round < 40; ++round) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(3 * round % 60)); // the moment
+        for (pid_t const service : ChildrenOf(m_simulator->Pid())) {
+            if (service > 0 && m_remote->Get("Running") == "true") {
+                kill(service, SIGKILL);
+            }
+        }
+    }
+    NewService();
+    ASSERT_TRUE(m_watcher.WaitForOwner(Helper, true));
+    EXPECT_EQ(m_remote->Get("Faults"), "[{'fault': <'MuteAudio=result:7'>}]");
+}
+
+} // namespace
+} // namespace zviptv::test

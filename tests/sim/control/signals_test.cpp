@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: MIT
+#include "Remote.h"
+
+namespace zviptv::test {
+namespace {
+
+class ControlSignals : public Steered
+{
+protected:
+    Application m_application;
+};
+
+TEST_F(ControlSignals, TellEveryRequestAndItsResult)
+{
+    Steer({"--loop", "--fault", "MuteVideo=error"});
+    m_application.Announce("PLAYERCONTROL");
+    m_application.Ask("PLAYERCONTROL", {{"functionname", "MuteAudio"}, {"handleID", "1"}, {"onoff", "1"}});
+    m_application.Ask("PLAYERCONTROL", {{"functionname", "MuteVideo"}, {"handleID", "1"}, {"onoff", "1"}});
+    std::string const name = m_application.Peer().Name();
+    EXPECT_TRUE(m_remote->WaitForSignal(
+        "Request", "('" + name + "', 'PLAYERCONTROL', 'MuteAudio', {'handleID': '1', 'onoff': '1'}, 1, '')"));
+    EXPECT_TRUE(m_remote->WaitForSignal(
+        "Request",
+        "('" + name + "', 'PLAYERCONTROL', 'MuteVideo', {'handleID': '1', 'onoff': '1'}, -1, 'error')"));
+}
+
+TEST_F(ControlSignals, TellChangesOfPropertiesBeforeTheAnswer)
+{
+    Steer();
+    m_remote->Forget();
+    ASSERT_EQ(m_remote->Call("Pause"), Done);
+    bool isTold = false;
+    for (Remote::Signal const& signal : m_remote->Signals()) {
+        isTold = isTold || (signal.name == "PropertiesChanged" &&
+                            signal.body.find("'Paused': <true>") != std::string::npos);
+    }
+    EXPECT_TRUE(isTold);
+}
+
+TEST_F(ControlSignals, TellWhatApplicationsChange)
+{
+    Steer();
+    m_application.Announce("PLAYERCONTROL");
+    EXPECT_TRUE(
+        m_remote->WaitForSignal("PropertiesChanged", "'Clients': <['" + m_application.Peer().Name() + "']>"));
+    m_application.Ask("PLAYERCONTROL", {{"functionname", "SetAppID"}, {"AppID", "org.example.one"}});
+    EXPECT_TRUE(m_remote->WaitForSignal("PropertiesChanged", "'ApplicationId': <'org.example.one'>"));
+}
+
+/// Their values are wanted when somebody asks, and not many times a second.
+TEST_F(ControlSignals, TellNothingOfWhatChangesAllTheTime)
+{
+    Steer();
+    ASSERT_TRUE(WaitUntil([this] { return m_remote->Number("Duration") > 0; }, Patience));
+    ASSERT_EQ(m_remote->Call("Seek", "(6.0,)"), Done);
+    ASSERT_EQ(m_remote->Call("SetTime", "(1774735200,)"), Done);
+    ASSERT_EQ(m_remote->Call("Pause"), Done);
+    ASSERT_TRUE(m_remote->WaitForSignal("PropertiesChanged", "'Paused': <true>"));
+    std::size_t first = 0; // tells all properties once
+    for (Remote::Signal const& signal : m_remote->Signals()) {
+        bool const isAll = signal.body.find("'Programmes': ") != std::string::npos;
+        first += isAll ? 1 : 0;
+        EXPECT_TRUE(isAll || signal.body.find("'Position': ") == std::string::npos) << signal.body;
+        EXPECT_TRUE(isAll || signal.body.find("'GuideTime': ") == std::string::npos) << signal.body;
+    }
+    EXPECT_LE(first, 1U);
+}
+
+TEST_F(ControlSignals, TellDeathAndReturn)
+{
+    Steer();
+    ASSERT_EQ(m_remote->Call("Die", "({'for': <0.0>},)"), Done);
+    EXPECT_TRUE(m_remote->WaitForSignal("Died"));
+    EXPECT_TRUE(m_remote->WaitForSignal("PropertiesChanged", "'Running': <false>"));
+    EXPECT_TRUE(m_remote->WaitForSignal("Restarted"));
+    EXPECT_TRUE(m_remote->WaitForSignal("PropertiesChanged", "'Running': <true>"));
+}
+
+} // namespace
+} // namespace zviptv::test

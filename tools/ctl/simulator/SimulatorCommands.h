@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "output/Failure.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace zviptv::ctl {
+
+/// Does what the words say: a verb of the control interface and its arguments.
+ExitCode SteerSimulator(std::vector<std::string> words, bool asJson);
+
+/// The command `sim status`.
+ExitCode ShowSimulator(bool asJson);
+
+} // namespace zviptv::ctl

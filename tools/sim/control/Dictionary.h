@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "glib/Owned.h"
+
+#include <optional>
+#include <string>
+
+namespace zviptv::sim {
+
+/// Builds an a{sv}.
+class Dictionary
+{
+public:
+    Dictionary() { g_variant_builder_init(&m_builder, G_VARIANT_TYPE_VARDICT); }
+    ~Dictionary() { g_variant_builder_clear(&m_builder); }
+    Dictionary(Dictionary const&) = delete;
+    Dictionary& operator=(Dictionary const&) = delete;
+
+    /// Takes a value that nobody owns yet, or shares one that has an owner.
+    Dictionary& Add(char const* key, GVariant* value)
+    {
+        g_variant_builder_add(&m_builder, "{sv}", key, value);
+        return *this;
+    }
+
+    /// Text that is not UTF-8 gets U+FFFD in the place of what is not.
+    Dictionary& Add(char const* key, std::string const& text)
+    {
+        Owned<char> const valid(g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())));
+        return Add(key, g_variant_new_string(valid.get()));
+    }
+
+    /// The dictionary, which nobody owns yet.
+    GVariant* End() { return g_variant_builder_end(&m_builder); }
+    Owned<GVariant> Take() { return Owned<GVariant>(g_variant_ref_sink(End())); }
+
+private:
+    GVariantBuilder m_builder;
+};
+
+/// The entry of an a{sv} if it is there, of this type.
+inline Owned<GVariant> Entry(GVariant* dictionary, char const* key, char const* type)
+{
+    return Owned<GVariant>(g_variant_lookup_value(dictionary, key, G_VARIANT_TYPE(type)));
+}
+
+} // namespace zviptv::sim

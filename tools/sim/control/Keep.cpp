@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: MIT
+#include "Dictionary.h"
+#include "Report.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace zviptv::sim {
+
+namespace {
+
+using Clock = SimulatedClock;
+
+std::int64_t Nanoseconds(Clock::Time time)
+{
+    return std::chrono::nanoseconds(time.time_since_epoch()).count();
+}
+
+GVariant* KeepFaults(Faults const& faults)
+{
+    GVariantBuilder list;
+    g_variant_builder_init(&list, G_VARIANT_TYPE("a(sxtt)"));
+    for (Faults::State const& fault : faults.List()) {
+        Faults::Progress const& progress = fault.progress;
+        g_variant_builder_add(&list, "(sxtt)", progress.text.c_str(), gint64{Nanoseconds(progress.since)},
+                              guint64{progress.met}, guint64{progress.drawn});
+    }
+    return g_variant_builder_end(&list);
+}
+
+void RestoreFaults(Faults& faults, GVariant* list)
+{
+    faults.Clear();
+    GVariantIter entries;
+    g_variant_iter_init(&entries, list);
+    char const* text = nullptr;
+    gint64 since = 0;
+    guint64 met = 0;
+    guint64 drawn = 0;
+    while (g_variant_iter_next(&entries, "(&sxtt)", &text, &since, &met, &drawn) != FALSE) {
+        faults.Resume({text, Faults::Time(std::chrono::nanoseconds(since)), met, drawn});
+    }
+}
+
+/// Speed and pause; the rest of the clock, too, if it goes on.
+void RestoreClock(Clock& clock, GVariant* kept)
+{
+    double speed = 1;
+    gboolean paused = FALSE;
+    gint64 real = 0;
+    gint64 simulated = 0;
+    gint64 offset = 0;
+    g_variant_lookup(kept, "speed", "d", &speed);
+    g_variant_lookup(kept, "paused", "b", &paused);
+    if (g_variant_lookup(kept, "clock", "(xxx)", &real, &simulated, &offset) != FALSE) {
+        clock.GoOn({real, simulated, offset, speed, paused != FALSE});
+    } else {
+        clock.SetSpeed(speed);
+        clock.Pause(paused != FALSE);
+    }
+}
+
+/// How far the stream is that began then; one that loops is as far in its present pass.
+Player::Seconds PositionNow(Clock const& clock, std::int64_t begin, double duration, bool loops)
+{
+    Player::Seconds const position = std::chrono::nanoseconds(Nanoseconds(clock.Shows()) - begin);
+    if (duration <= 0) {
+        return position;
+    }
+    return Player::Seconds(loops ? std::fmod(position.count(), duration)
+                                 : std::min(position.count(), duration));
+}
+
+} // namespace
+
+Owned<GVariant> Keep(Service& service)
+{
+    Television const television = service.Parts();
+    Clock::State const& clock = television.clock.Keep();
+    Dictionary kept;
+    kept.Add("input", television.player.Input())
+        .Add("faults", KeepFaults(television.faults))
+        .Add("speed", g_variant_new_double(clock.speed))
+        .Add("paused", g_variant_new_boolean(clock.paused ? TRUE : FALSE))
+        .Add("clock",
+             g_variant_new("(xxx)", gint64{clock.real}, gint64{clock.simulated}, gint64{clock.unixOffset}))
+        .Add("loops", g_variant_new_boolean(service.Loops() ? TRUE : FALSE))
+        .Add("locksEvery", g_variant_new_boolean(television.lock.LocksEveryProgramme() ? TRUE : FALSE))
+        .Add("locksService", g_variant_new_boolean(television.lock.LocksService() ? TRUE : FALSE));
+    if (std::optional<std::uint16_t> const choice = television.player.Choice()) {
+        kept.Add("programme", g_variant_new_uint32(*choice));
+    }
+    bool const hasPosition = service.HasBegun() && !television.player.IsArriving();
+    if (hasPosition && television.player.State() != ZV_SOURCE_STATE_STARTING) {
+        kept.Add("begin", g_variant_new_int64(Nanoseconds(television.player.BeganAt())))
+            .Add("duration",
+                 g_variant_new_double(television.player.Duration().value_or(Player::Seconds(0)).count()));
+    }
+    return kept.Take();
+}
+
+void Restore(Service& service, GVariant* kept)
+{
+    Television const television = service.Parts();
+    char const* input = nullptr;
+    if (g_variant_lookup(kept, "input", "&s", &input) == FALSE) {
+        return; // there was none before
+    }
+    guint32 programme = 0;
+    bool const isChosen = g_variant_lookup(kept, "programme", "u", &programme) != FALSE;
+    if (input != television.player.Input() || isChosen) {
+        television.player.OpenAndWait(service.InputNamed(input),
+                                      isChosen ? std::optional(static_cast<std::uint16_t>(programme))
+                                               : std::nullopt);
+    }
+    RestoreFaults(television.faults, Entry(kept, "faults", "a(sxtt)").get());
+    RestoreClock(television.clock, kept);
+    gboolean locksEvery = FALSE;
+    gboolean locksService = FALSE;
+    g_variant_lookup(kept, "locksEvery", "b", &locksEvery);
+    g_variant_lookup(kept, "locksService", "b", &locksService);
+    if (locksEvery != FALSE) {
+        television.lock.LockProgramme(true);
+    }
+    television.lock.LockService(locksService != FALSE);
+    gint64 begin = 0;
+    double duration = 0;
+    if (g_variant_lookup(kept, "begin", "x", &begin) != FALSE) {
+        g_variant_lookup(kept, "duration", "d", &duration);
+        service.BeginAtOnce();
+        television.player.GoTo(PositionNow(television.clock, begin, duration, service.Loops()));
+    }
+}
+
+Owned<GVariant> ReportDead(GVariant* kept)
+{
+    Clock clock(1.0, {});
+    RestoreClock(clock, kept);
+    Dictionary report;
+    report.Add("GuideTime", g_variant_new_int64(clock.UnixTime()));
+    gint64 begin = 0;
+    double duration = 0;
+    gboolean loops = FALSE;
+    if (g_variant_lookup(kept, "begin", "x", &begin) != FALSE) {
+        g_variant_lookup(kept, "duration", "d", &duration);
+        g_variant_lookup(kept, "loops", "b", &loops);
+        report.Add("Position",
+                   g_variant_new_double(PositionNow(clock, begin, duration, loops != FALSE).count()));
+    }
+    return report.Take();
+}
+
+} // namespace zviptv::sim

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+namespace zviptv::sim::link {
+
+// The connection between the simulator and its service, a socket of which both have an end. The service
+// exports the control interface there, and this interface of two methods: first Restore, then calls of the
+// control interface that have waited, then Begin. It emits Ready once applications find it, and Kept, whose
+// dictionary is for the Restore of the service after it, whenever that changes.
+constexpr char Interface[] = "org.corvel.zviptvapi.Simulator1.Service";
+constexpr char Introspection[] = "<node><interface name='org.corvel.zviptvapi.Simulator1.Service'>"
+                                 "<method name='Restore'><arg type='a{sv}' direction='in'/></method>"
+                                 "<method name='Begin'/>"
+                                 "</interface></node>";
+constexpr char Restore[] = "Restore";
+constexpr char Begin[] = "Begin";
+constexpr char Ready[] = "Ready";
+constexpr char Kept[] = "Kept";
+
+/// Number of the service's end in its process.
+constexpr int Descriptor = 3;
+
+constexpr char Properties[] = "org.freedesktop.DBus.Properties";
+constexpr char PropertiesChanged[] = "PropertiesChanged";
+
+// Errors of the control interface.
+constexpr char InvalidArgument[] = "org.corvel.zviptvapi.Simulator1.Error.InvalidArgument";
+constexpr char NotRunning[] = "org.corvel.zviptvapi.Simulator1.Error.NotRunning";
+constexpr char Failed[] = "org.corvel.zviptvapi.Simulator1.Error.Failed";
+
+} // namespace zviptv::sim::link

@@ -1,0 +1,246 @@
+// SPDX-License-Identifier: MIT
+#include "Methods.h"
+
+#include "playback/Tracks.h"
+#include "verbs/Verbs.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <stdexcept>
+#include <utility>
+
+namespace zviptv::sim {
+
+namespace {
+
+std::string TextAt(GVariant* parameters, std::size_t index)
+{
+    Owned<GVariant> const value(g_variant_get_child_value(parameters, index));
+    return g_variant_get_string(value.get(), nullptr);
+}
+
+guint32 NumberAt(GVariant* parameters, std::size_t index)
+{
+    Owned<GVariant> const value(g_variant_get_child_value(parameters, index));
+    return g_variant_get_uint32(value.get());
+}
+
+double DoubleAt(GVariant* parameters, std::size_t index)
+{
+    Owned<GVariant> const value(g_variant_get_child_value(parameters, index));
+    return g_variant_get_double(value.get());
+}
+
+/// To milliseconds, rounded down, so that what is shown can be used.
+std::string Seconds(Player::Seconds seconds)
+{
+    char text[64];
+    std::snprintf(text, sizeof(text), "%.3f", std::floor(seconds.count() * 1000) / 1000);
+    return text;
+}
+
+/// Live input sets the pace itself.
+void RequireFile(Service& service)
+{
+    Player const& player = service.Parts().player;
+    if (player.IsLive()) {
+        throw std::invalid_argument(player.Input() +
+                                    " is live input, which sets its own pace: load a file first");
+    }
+}
+
+void Pause(Service& service, GVariant* /*parameters*/)
+{
+    RequireFile(service);
+    service.Parts().clock.Pause(true);
+}
+
+void Play(Service& service, GVariant* /*parameters*/)
+{
+    service.Parts().clock.Pause(false);
+}
+
+void Seek(Service& service, GVariant* parameters)
+{
+    Player& player = service.Parts().player;
+    Player::Seconds const position(DoubleAt(parameters, 0));
+    RequireFile(service);
+    if (player.IsArriving()) {
+        throw std::invalid_argument(player.Input() + " is being written: load a finished file first");
+    }
+    if (!service.HasBegun()) {
+        throw std::invalid_argument("play has not begun: --wait-for still waits for applications");
+    }
+    if (player.Duration() && position > *player.Duration()) {
+        throw std::invalid_argument("'" + Seconds(position) + "' is beyond the end: use 0 to " +
+                                    Seconds(*player.Duration()));
+    }
+    player.Seek(position);
+}
+
+void SetSpeed(Service& service, GVariant* parameters)
+{
+    RequireFile(service);
+    service.Parts().clock.SetSpeed(DoubleAt(parameters, 0));
+}
+
+void SelectProgramme(Service& service, GVariant* parameters)
+{
+    Player& player = service.Parts().player;
+    guint32 const number = NumberAt(parameters, 0);
+    if (!player.SelectProgramme(static_cast<std::uint16_t>(number))) {
+        std::string known;
+        for (Programme const& programme : player.Programmes()) {
+            known += (known.empty() ? "" : ", ") + std::to_string(programme.number);
+        }
+        throw std::invalid_argument("the input has no programme " + std::to_string(number) + ": use " +
+                                    known);
+    }
+    service.FollowInput();
+}
+
+void TurnLock(Service& service, std::string const& what, bool on)
+{
+    ParentalLock& lock = service.Parts().lock;
+    what == "programme" ? lock.LockProgramme(on) : lock.LockService(on);
+}
+
+void Lock(Service& service, GVariant* parameters)
+{
+    TurnLock(service, TextAt(parameters, 0), true);
+}
+
+void Unlock(Service& service, GVariant* parameters)
+{
+    Television const television = service.Parts();
+    television.lock.Follow(television.guide.Present());
+    TurnLock(service, TextAt(parameters, 0), false);
+}
+
+void SetTime(Service& service, GVariant* parameters)
+{
+    gint64 time = 0;
+    g_variant_get(parameters, "(x)", &time);
+    service.Parts().clock.SetUnixTime(time);
+}
+
+void AddFault(Service& service, GVariant* parameters)
+{
+    Owned<GVariant> const options(g_variant_get_child_value(parameters, 1));
+    std::string text = TextAt(parameters, 0);
+    guint32 count = 0;
+    if (g_variant_lookup(options.get(), "count", "u", &count) != FALSE) {
+        text += ",count=" + std::to_string(count);
+    }
+    double seconds = 0;
+    if (g_variant_lookup(options.get(), "for", "d", &seconds) != FALSE) {
+        char number[G_ASCII_DTOSTR_BUF_SIZE];
+        text += std::string(",for=") + g_ascii_dtostr(number, sizeof number, seconds);
+    }
+    service.Parts().faults.Add(text);
+}
+
+void RemoveFault(Service& service, GVariant* parameters)
+{
+    Television const television = service.Parts();
+    std::string const text = TextAt(parameters, 0);
+    if (!television.faults.Remove(text)) {
+        std::string active;
+        for (Faults::State const& fault : television.faults.List()) {
+            active += (active.empty() ? "" : ", ") + fault.progress.text;
+        }
+        throw std::invalid_argument("there is no fault '" + text +
+                                    "': " + (active.empty() ? "no fault is active" : "use " + active));
+    }
+}
+
+void ClearFaults(Service& service, GVariant* /*parameters*/)
+{
+    service.Parts().faults.Clear();
+}
+
+void Mute(Service& service, GVariant* parameters)
+{
+    gboolean on = FALSE;
+    char const* what = nullptr;
+    g_variant_get(parameters, "(&sb)", &what, &on);
+    Selection& selection = service.Parts().selection;
+    (std::string(what) == "audio" ? selection.audioMutedBy : selection.videoMutedBy) =
+        on != FALSE ? Selection::Control : "";
+}
+
+void Select(Service& service, GVariant* parameters)
+{
+    Television const television = service.Parts();
+    bool const isAudio = TextAt(parameters, 0) == "audio";
+    guint32 const index = NumberAt(parameters, 1);
+    Programme const& programme = television.player.Current();
+    std::size_t const count = isAudio ? programme.audio.size() : HybridSubtitles(programme).size();
+    if (index >= count) {
+        throw std::invalid_argument(
+            std::string(isAudio ? "there is no audio track " : "there is no subtitle ") +
+            std::to_string(index) +
+            (count == 0 ? ": the programme has none" : ": use 0 to " + std::to_string(count - 1)));
+    }
+    if (isAudio) {
+        television.selection.audio = static_cast<int>(index);
+    } else {
+        television.selection.subtitle = index;
+    }
+}
+
+void Reset(Service& service, GVariant* /*parameters*/)
+{
+    service.Reset();
+}
+
+struct Row
+{
+    char const* method;
+    void (*perform)(Service& service, GVariant* parameters);
+};
+
+constexpr Row Rows[] = {
+    {"Pause", Pause},
+    {"Play", Play},
+    {"Seek", Seek},
+    {"SetSpeed", SetSpeed},
+    {"SelectProgramme", SelectProgramme},
+    {"Lock", Lock},
+    {"Unlock", Unlock},
+    {"SetTime", SetTime},
+    {"AddFault", AddFault},
+    {"RemoveFault", RemoveFault},
+    {"ClearFaults", ClearFaults},
+    {"Mute", Mute},
+    {"Select", Select},
+    {"Reset", Reset},
+};
+
+} // namespace
+
+void Perform(Service& service, std::string const& method, GVariant* parameters,
+             std::function<void(std::string const& error)> done)
+{
+    verbs::Check(method, parameters);
+    if (method == "Load") {
+        service.Parts().player.Open(service.InputNamed(TextAt(parameters, 0)),
+                                    [&service, done = std::move(done)](std::string const& error) {
+                                        service.FollowInput();
+                                        service.Wake();
+                                        done(error);
+                                    });
+        return;
+    }
+    Row const* const row = std::find_if(std::begin(Rows), std::end(Rows),
+                                        [&method](Row const& one) { return method == one.method; });
+    if (row == std::end(Rows)) {
+        throw std::invalid_argument(method + " is not for the service");
+    }
+    row->perform(service, parameters);
+    service.Wake();
+    done({});
+}
+
+} // namespace zviptv::sim

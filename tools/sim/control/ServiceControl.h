@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "common/MainLoop.h"
+#include "endpoints/Service.h"
+#include "glib/Owned.h"
+
+#include <functional>
+#include <vector>
+
+namespace zviptv::sim {
+
+/// The service's end of its connection with the simulator: exports the control interface, reports what
+/// changes and every request. Lives on the service's thread.
+class ServiceControl
+{
+public:
+    /// Takes over the connection's descriptor. `begin` is called, in the main loop, once the service has been
+    /// restored. @throws std::runtime_error when the other end is no simulator
+    ServiceControl(int descriptor, Service& service, MainLoop& loop, std::function<void()> begin);
+    ~ServiceControl();
+    ServiceControl(ServiceControl const&) = delete;
+    ServiceControl& operator=(ServiceControl const&) = delete;
+
+    /// Applications find the service now.
+    void TellReady();
+
+private:
+    static void OnCall(GDBusConnection* connection, char const* sender, char const* path,
+                       char const* interface, char const* method, GVariant* parameters,
+                       GDBusMethodInvocation* invocation, gpointer self);
+    void Answer(std::string const& interface, std::string const& method, GVariant* parameters,
+                GDBusMethodInvocation* invocation);
+    void Conclude(GDBusMethodInvocation* invocation, std::string const& error);
+    void RestoreOrEnd(GVariant* parameters);
+    void Export(GDBusInterfaceInfo* info);
+    void Emit(char const* interface, char const* signal, GVariant* body);
+    void OnRequest(RequestLog::Entry const& entry);
+    void UpdateSoon();
+    void UpdateEverySecond();
+    void Update();
+
+    Service& m_service;
+    MainLoop& m_loop;
+    std::function<void()> m_begin;
+    Owned<GDBusNodeInfo> m_node;
+    Owned<GDBusConnection> m_connection;
+    std::vector<guint> m_exported;
+    Owned<GVariant> m_report; ///< as it was told last
+    Owned<GVariant> m_kept;
+    bool m_isUpdateDue = false;
+};
+
+} // namespace zviptv::sim

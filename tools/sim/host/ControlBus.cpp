@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: MIT
+#include "ControlBus.h"
+
+#include "control/Interface.h"
+#include "verbs/Verbs.h"
+
+#include <cstdio>
+#include <memory>
+#include <utility>
+
+namespace zviptv::sim {
+
+namespace {
+
+constexpr guint32 DoNotQueue = 4;
+constexpr guint32 PrimaryOwner = 1;
+
+} // namespace
+
+ControlBus::ControlBus(Handler handler) : m_handler(std::move(handler)), m_cancellable(g_cancellable_new())
+{
+    g_bus_get(G_BUS_TYPE_SYSTEM, m_cancellable.get(), OnConnected, this);
+}
+
+ControlBus::~ControlBus()
+{
+    g_cancellable_cancel(m_cancellable.get());
+    if (m_exported != 0) {
+        g_dbus_connection_unregister_object(m_connection.get(), m_exported);
+    }
+}
+
+/// After a cancelled call `self` is gone. That the bus cannot be reached is the service's to say.
+void ControlBus::OnConnected(GObject* /*source*/, GAsyncResult* result, gpointer self)
+{
+    Error error;
+    Owned<GDBusConnection> connection(g_bus_get_finish(result, error.Out()));
+    if (error && error.Is(G_IO_ERROR_CANCELLED)) {
+        return;
+    }
+    auto& bus = *static_cast<ControlBus*>(self);
+    if (error) {
+        bus.m_isSettled = true;
+        return;
+    }
+    static constexpr GDBusInterfaceVTable calls = {OnCall, nullptr, nullptr, {}};
+    bus.m_connection = std::move(connection);
+    g_dbus_connection_set_exit_on_close(bus.m_connection.get(), FALSE); // the service notices the bus's end
+    bus.m_exported = g_dbus_connection_register_object(bus.m_connection.get(), verbs::ObjectPath,
+                                                       SimulatorInterface(), &calls, self, nullptr, nullptr);
+    g_dbus_connection_call(bus.m_connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                           "org.freedesktop.DBus", "RequestName",
+                           g_variant_new("(su)", verbs::BusName, DoNotQueue), G_VARIANT_TYPE("(u)"),
+                           G_DBUS_CALL_FLAGS_NONE, -1, bus.m_cancellable.get(), OnName, self);
+}
+
+void ControlBus::OnName(GObject* source, GAsyncResult* result, gpointer self)
+{
+    Error error;
+    Owned<GVariant> const answer(
+        g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, error.Out()));
+    if (error && error.Is(G_IO_ERROR_CANCELLED)) {
+        return;
+    }
+    static_cast<ControlBus*>(self)->m_isSettled = true;
+    guint32 outcome = PrimaryOwner;
+    if (answer) {
+        g_variant_get(answer.get(), "(u)", &outcome);
+    }
+    if (error && !error.Is(G_IO_ERROR_CLOSED)) {
+        std::fprintf(stderr,
+                     "zviptv-sim: no control interface: this user may not own %s on this bus; install its "
+                     "policy and be the user whom that names, or use --bus private\n",
+                     verbs::BusName);
+    } else if (outcome != PrimaryOwner) {
+        std::fprintf(stderr,
+                     "zviptv-sim: no control interface: %s has an owner on this bus; stop the other "
+                     "simulator, or use --bus private\n",
+                     verbs::BusName);
+    }
+}
+
+void ControlBus::OnCall(GDBusConnection* /*connection*/, char const* /*sender*/, char const* /*path*/,
+                        char const* /*interface*/, char const* method, GVariant* parameters,
+                        GDBusMethodInvocation* invocation, gpointer self)
+{
+    static_cast<ControlBus*>(self)->m_handler(method, parameters, invocation);
+}
+
+void ControlBus::AfterFlush(std::function<void()> work)
+{
+    auto const onFlushed = [](GObject* source, GAsyncResult* result, gpointer data) {
+        std::unique_ptr<std::function<void()>> const owned(static_cast<std::function<void()>*>(data));
+        g_dbus_connection_flush_finish(G_DBUS_CONNECTION(source), result, nullptr);
+        (*owned)();
+    };
+    g_dbus_connection_flush(m_connection.get(), nullptr, onFlushed,
+                            std::make_unique<std::function<void()>>(std::move(work)).release());
+}
+
+void ControlBus::Emit(std::string const& interface, std::string const& signal, GVariant* body)
+{
+    Owned<GVariant> const owned(body == nullptr ? nullptr : g_variant_ref_sink(body));
+    if (m_connection) {
+        g_dbus_connection_emit_signal(m_connection.get(), nullptr, verbs::ObjectPath, interface.c_str(),
+                                      signal.c_str(), owned.get(), nullptr);
+    }
+}
+
+} // namespace zviptv::sim

@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: MIT
+#include "ServiceLink.h"
+
+#include "verbs/Verbs.h"
+
+#include <climits>
+#include <memory>
+#include <utility>
+
+namespace zviptv::sim {
+
+ServiceLink::ServiceLink(int descriptor, Connected onConnected, Signal onSignal)
+    : m_onConnected(std::move(onConnected)), m_onSignal(std::move(onSignal)),
+      m_cancellable(g_cancellable_new())
+{
+    Owned<GSocket> const socket(g_socket_new_from_fd(descriptor, nullptr));
+    Owned<GSocketConnection> const stream(g_socket_connection_factory_create_connection(socket.get()));
+    Owned<char> const guid(g_dbus_generate_guid());
+    g_dbus_connection_new(G_IO_STREAM(stream.get()), guid.get(),
+                          static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_SERVER |
+                                                            G_DBUS_CONNECTION_FLAGS_DELAY_MESSAGE_PROCESSING),
+                          nullptr, m_cancellable.get(), OnConnected, this);
+}
+
+ServiceLink::~ServiceLink()
+{
+    g_cancellable_cancel(m_cancellable.get());
+    if (m_connection) {
+        g_dbus_connection_signal_unsubscribe(m_connection.get(), m_subscription);
+        g_dbus_connection_close(m_connection.get(), nullptr, nullptr, nullptr);
+    }
+}
+
+/// After a failure, which the end of the link is one of, `self` may be gone. A service that has ended fails,
+/// too.
+void ServiceLink::OnConnected(GObject* /*source*/, GAsyncResult* result, gpointer self)
+{
+    Owned<GDBusConnection> connection(g_dbus_connection_new_finish(result, nullptr));
+    if (connection == nullptr) {
+        return;
+    }
+    auto& link = *static_cast<ServiceLink*>(self);
+    link.m_connection = std::move(connection);
+    link.m_subscription = g_dbus_connection_signal_subscribe(
+        link.m_connection.get(), nullptr, nullptr, nullptr, verbs::ObjectPath, nullptr,
+        G_DBUS_SIGNAL_FLAGS_NONE, OnSignal, self, nullptr);
+    g_dbus_connection_start_message_processing(link.m_connection.get());
+    link.m_onConnected();
+}
+
+void ServiceLink::OnSignal(GDBusConnection* /*connection*/, char const* /*sender*/, char const* /*path*/,
+                           char const* interface, char const* name, GVariant* body, gpointer self)
+{
+    static_cast<ServiceLink*>(self)->m_onSignal(interface, name, body);
+}
+
+/// A service that stands still is waited for, however long.
+void ServiceLink::Call(char const* interface, std::string const& method, GVariant* parameters, Reply reply)
+{
+    g_dbus_connection_call(m_connection.get(), nullptr, verbs::ObjectPath, interface, method.c_str(),
+                           parameters, nullptr, G_DBUS_CALL_FLAGS_NONE, INT_MAX, m_cancellable.get(), OnReply,
+                           std::make_unique<Reply>(std::move(reply)).release());
+}
+
+void ServiceLink::OnReply(GObject* source, GAsyncResult* result, gpointer reply)
+{
+    std::unique_ptr<Reply> const owned(static_cast<Reply*>(reply));
+    GError* error = nullptr;
+    Owned<GVariant> const value(g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, &error));
+    (*owned)(value.get(), error);
+    g_clear_error(&error);
+}
+
+} // namespace zviptv::sim

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "glib/Owned.h"
+
+#include <functional>
+#include <string>
+
+namespace zviptv::sim {
+
+/// The simulator's end of its connection with a service, which control/Link.h describes. Everything happens
+/// in the main context of the thread that makes it.
+class ServiceLink
+{
+public:
+    /// Gets the value, or an error and no value.
+    using Reply = std::function<void(GVariant* value, GError const* error)>;
+    using Connected = std::function<void()>;
+    using Signal = std::function<void(std::string const& interface, std::string const& name, GVariant* body)>;
+
+    /// Takes over the descriptor. Neither function may destroy the link.
+    ServiceLink(int descriptor, Connected onConnected, Signal onSignal);
+    /// Ends the calls that were not answered.
+    ~ServiceLink();
+    ServiceLink(ServiceLink const&) = delete;
+    ServiceLink& operator=(ServiceLink const&) = delete;
+
+    bool IsConnected() const { return m_connection != nullptr; }
+
+    /// Only once it is connected. `reply` is called in any case, also after the link's end.
+    void Call(char const* interface, std::string const& method, GVariant* parameters, Reply reply);
+
+private:
+    static void OnConnected(GObject* source, GAsyncResult* result, gpointer self);
+    static void OnReply(GObject* source, GAsyncResult* result, gpointer reply);
+    static void OnSignal(GDBusConnection* connection, char const* sender, char const* path,
+                         char const* interface, char const* name, GVariant* body, gpointer self);
+
+    Connected m_onConnected;
+    Signal m_onSignal;
+    Owned<GCancellable> m_cancellable;
+    Owned<GDBusConnection> m_connection;
+    guint m_subscription = 0;
+};
+
+} // namespace zviptv::sim

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "glib/Owned.h"
+
+#include <string>
+
+namespace zviptv::verbs {
+
+/// What an argument of a verb may be, in words and on D-Bus.
+enum class Form
+{
+    Position,  ///< seconds of the stream, d
+    Duration,  ///< seconds, d
+    Speed,     ///< d
+    Time,      ///< seconds since 1970, x
+    Programme, ///< number of a programme, u
+    Index,     ///< place in a list, u
+    Count,     ///< how often, u
+    Input,     ///< what to play, s
+    Fault,     ///< METHOD=FAULT, s
+    Lockable,  ///< programme or service, s
+    Mutable,   ///< audio or video, s
+    Track,     ///< audio or subtitle, s
+    Switch     ///< on or off, b
+};
+
+/// The name in a synopsis: SECONDS.
+char const* NameOf(Form form);
+
+/// What is accepted: "a number of seconds, 0 to 1000000".
+char const* Accepted(Form form);
+
+/// The D-Bus type.
+char const* TypeOf(Form form);
+
+/// The value that the text means. @throws std::invalid_argument with what is accepted
+Owned<GVariant> Parse(Form form, std::string const& text);
+
+/// @throws std::invalid_argument with what is accepted when the value is of another type or out of range
+void Check(Form form, GVariant* value);
+
+} // namespace zviptv::verbs
