@@ -8,7 +8,7 @@ export PATH=$prefix/bin:$PATH LD_LIBRARY_PATH=$libdir
 completions=$prefix/share/bash-completion/completions
 cd "$work"
 mkdir empty media
-touch media/one.ts media/two.ts media/guide.xml
+touch media/one.ts media/two.ts media/guide.xml media/film.scenario
 cd media
 
 # offered WORD...: what may stand in the last one's place, as bash calls the function; words are parted at "=".
@@ -42,7 +42,7 @@ expect 'zviptvctl --log audio' se select
 expect 'zviptvctl guide' l 'list load'
 expect 'zviptvctl guide' -- '--help --help-all --id --json --log --profile'
 expect 'zviptvctl pes' --c --count
-expect 'zviptvctl pes --out' '' 'guide.xml one.ts two.ts'
+expect 'zviptvctl pes --out' '' 'film.scenario guide.xml one.ts two.ts'
 expect 'zviptvctl pes --out' t two.ts
 expect 'zviptvctl pes --count 3 --o' --o --out
 expect 'zviptvctl pes --count 3' -- '--count --help --help-all --id --json --log --out --pid --profile --seconds'
@@ -64,12 +64,15 @@ expect 'zviptvctl sim load' o one.ts
 expect 'zviptvctl nonsense' '' ''
 
 expect zviptv-sim --t '--time --ts'
-expect 'zviptv-sim --ts' '' 'guide.xml one.ts two.ts'
+expect 'zviptv-sim --ts' '' 'film.scenario guide.xml one.ts two.ts'
 expect 'zviptv-sim --input' o one.ts
 expect 'zviptv-sim --ts =' o one.ts
 expect 'zviptv-sim --ts one.ts --guide' g guide.xml
 expect 'zviptv-sim --ts one.ts --loop --bus' '' 'private system'
 expect 'zviptv-sim --bus' = 'private system'
+expect zviptv-sim --sc --scenario
+expect 'zviptv-sim --ts one.ts --scenario' '' 'film.scenario guide.xml one.ts two.ts'
+expect 'zviptv-sim --ts one.ts --junit' g guide.xml
 expect 'zviptv-sim --bus =' s system
 expect 'zviptv-sim --ts one.ts --' zviptvct zviptvctl
 expect 'zviptv-sim --ts one.ts -- cat' o one.ts

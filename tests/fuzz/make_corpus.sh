@@ -140,6 +140,13 @@ text_seeds() {
         'select\nsubtitle\n1' 'die\n--for\n0' 'fault' 'load\n\377' 'seek\nnan'; do
         seed verb "$((++number))" "$text"
     done
+    mkdir -p "$corpus/scenario"
+    for text in "$root"/examples/scenarios/*.scenario; do
+        cp "$text" "$corpus/scenario/$(basename "$text" .scenario)"
+    done
+    seed scenario include 'include b\n1 pause\nexpect no MuteAudio onoff=1 for 2 # x\n\0include a\nafter GetAudio index=1 expect "GetAudio" within 1\n'
+    seed scenario quotes 'expect SetAppID AppID="Z\374\\"<&" within 0\n1 load "x'
+    seed scenario errors 'x\n-1 pause\n1 seek abc\n1 expect Muteaudio within 2\n1 expect MuteAudio onoff=2 within 2\nafter\n2\ninclude a\n1 fault add MuteAudio=foo\n1 die --for\n'
     number=0
     for text in '--json\nstatus' 'call\nGetTTX\n--\n-1' 'call\nGetAudio\nx' 'call\n--list\n--json' '--help' \
         'audio\nselect\n--help' 'pes\n--count\n3\n--pid\n0x1fff\n--seconds\n0.5' '--profile\n2\n--id=65536\nstats' \

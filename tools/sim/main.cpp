@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "common/PrintableText.h"
 #include "common/StandardStreams.h"
+#include "host/ScenarioFile.h"
 #include "host/ServiceRun.h"
 #include "host/Supervisor.h"
 #include "playback/StreamGuide.h"
+#include "scenario/Parser.h"
 
 #include <sys/prctl.h>
 
@@ -32,7 +34,10 @@ int main(int argc, char** argv)
             zviptv::sim::RunService(options->service);
             return 0;
         }
-        return zviptv::sim::Run(*options);
+        return zviptv::sim::Run(*options, zviptv::sim::PrepareScenario(*options));
+    } catch (zviptv::sim::ScenarioError const& failure) {
+        std::fprintf(stderr, "%s\n", zviptv::PrintableText(failure.what()).c_str());
+        return 2;
     } catch (std::exception const& failure) {
         std::fprintf(stderr, "zviptv-sim: %s\n", zviptv::EscapeText(failure.what()).c_str());
         return 1;

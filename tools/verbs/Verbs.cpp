@@ -38,10 +38,11 @@ bool BeginWith(std::vector<std::string> const& words, std::vector<std::string> c
         }
     }
     std::string const& accepted = sameBeginning.empty() ? known : sameBeginning;
-    throw std::invalid_argument((words.empty()           ? "a verb is missing"
-                                 : sameBeginning.empty() ? "unknown verb '" + words.front() + "'"
-                                                         : "incomplete verb '" + words.front() + "'") +
-                                ": use " + accepted);
+    throw VerbError((words.empty()           ? "a verb is missing"
+                     : sameBeginning.empty() ? "unknown verb '" + words.front() + "'"
+                                             : "incomplete verb '" + words.front() + "'") +
+                        ": use " + accepted,
+                    sameBeginning.empty() ? 0 : 1);
 }
 
 Verb const& FindVerb(std::vector<std::string> const& words)
@@ -54,17 +55,17 @@ Verb const& FindVerb(std::vector<std::string> const& words)
     RefuseVerb(words);
 }
 
-[[noreturn]] void RefuseUse(Verb const& verb, std::string const& why)
+[[noreturn]] void RefuseUse(Verb const& verb, std::string const& why, std::size_t word = 0)
 {
-    throw std::invalid_argument(std::string(verb.words) + ": " + why + "; use " + Synopsis(verb));
+    throw VerbError(std::string(verb.words) + ": " + why + "; use " + Synopsis(verb), word);
 }
 
 /// The value of an argument, or an error that names the verb.
-Owned<GVariant> ParseFor(Verb const& verb, Form form, std::string const& text)
+Owned<GVariant> ParseFor(Verb const& verb, Form form, std::string const& text, std::size_t word)
 try {
     return Parse(form, text);
 } catch (std::invalid_argument const& failure) {
-    RefuseUse(verb, failure.what());
+    RefuseUse(verb, failure.what(), word);
 }
 
 Option const* FindOption(Verb const& verb, std::string const& name)
@@ -83,23 +84,29 @@ public:
     void Read(std::vector<std::string> const& words, std::size_t next)
     {
         while (next < words.size()) {
+            m_word = next;
             std::string const& word = words[next++];
             if (word.rfind("--", 0) != 0) {
                 TakeArgument(word);
             } else if (std::size_t const equals = word.find('='); equals != std::string::npos) {
-                TakeOption(word.substr(2, equals - 2), word.substr(equals + 1));
+                TakeOption(word.substr(2, equals - 2), word.substr(equals + 1), m_word);
             } else if (next < words.size()) {
-                TakeOption(word.substr(2), words[next++]);
+                TakeOption(word.substr(2), words[next], next);
+                ++next;
             } else {
-                RefuseUse(m_verb, "the option '" + word + "' needs a value");
+                RefuseUse(m_verb, "the option '" + word + "' needs a value", next);
             }
         }
+        m_word = words.size();
     }
+
+    std::vector<std::size_t> const& Arguments() const { return m_argumentWords; }
 
     Owned<GVariant> Parameters() const
     {
         if (m_arguments.size() < m_verb.arguments.size()) {
-            RefuseUse(m_verb, std::string(NameOf(m_verb.arguments.at(m_arguments.size()))) + " is missing");
+            RefuseUse(m_verb, std::string(NameOf(m_verb.arguments.at(m_arguments.size()))) + " is missing",
+                      m_word);
         }
         GVariantBuilder tuple;
         g_variant_builder_init(&tuple, G_VARIANT_TYPE_TUPLE);
@@ -121,27 +128,30 @@ private:
     void TakeArgument(std::string const& word)
     {
         if (m_arguments.size() == m_verb.arguments.size()) {
-            RefuseUse(m_verb, "unexpected argument '" + word + "'");
+            RefuseUse(m_verb, "unexpected argument '" + word + "'", m_word);
         }
-        m_arguments.push_back(ParseFor(m_verb, m_verb.arguments[m_arguments.size()], word));
+        m_arguments.push_back(ParseFor(m_verb, m_verb.arguments[m_arguments.size()], word, m_word));
+        m_argumentWords.push_back(m_word);
     }
 
-    void TakeOption(std::string const& name, std::string const& text)
+    void TakeOption(std::string const& name, std::string const& text, std::size_t valueAt)
     {
         Option const* const option = FindOption(m_verb, name);
         if (option == nullptr) {
-            RefuseUse(m_verb, "unknown option '--" + name + "'");
+            RefuseUse(m_verb, "unknown option '--" + name + "'", m_word);
         }
         bool const isRepeated = std::any_of(m_options.begin(), m_options.end(),
                                             [&name](auto const& given) { return given.first == name; });
         if (isRepeated) {
-            RefuseUse(m_verb, "the option '--" + name + "' is given more than once");
+            RefuseUse(m_verb, "the option '--" + name + "' is given more than once", m_word);
         }
-        m_options.emplace_back(name, ParseFor(m_verb, option->form, text));
+        m_options.emplace_back(name, ParseFor(m_verb, option->form, text, valueAt));
     }
 
     Verb const& m_verb;
+    std::size_t m_word = 0; ///< the place of the word that is read
     std::vector<Owned<GVariant>> m_arguments;
+    std::vector<std::size_t> m_argumentWords;
     std::vector<std::pair<std::string, Owned<GVariant>>> m_options;
 };
 
@@ -213,7 +223,7 @@ Command Parse(std::vector<std::string> const& words)
     Verb const& verb = FindVerb(words);
     Reader reader(verb);
     reader.Read(words, Split(verb.words).size());
-    return Command{&verb, reader.Parameters()};
+    return Command{&verb, reader.Parameters(), reader.Arguments()};
 }
 
 void Check(std::string const& method, GVariant* parameters)

@@ -3,6 +3,7 @@
 
 #include "verbs/Arguments.h"
 
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -43,10 +44,23 @@ struct Command
 {
     Verb const* verb;
     Owned<GVariant> parameters;
+    std::vector<std::size_t> arguments; ///< the places of the words that are arguments
+};
+
+/// A line for the user, which says what is accepted.
+class VerbError : public std::invalid_argument
+{
+public:
+    VerbError(std::string const& text, std::size_t word) : std::invalid_argument(text), m_word(word) {}
+    /// The place of the word that is wrong; the number of words when one is missing.
+    std::size_t Word() const { return m_word; }
+
+private:
+    std::size_t m_word;
 };
 
 /// Reads the words of a verb and its arguments. Options may stand anywhere after the verb.
-/// @throws std::invalid_argument with a line for the user, which says what is accepted
+/// @throws VerbError
 Command Parse(std::vector<std::string> const& words);
 
 /// Checks the arguments of a method, whose types are those of the interface.

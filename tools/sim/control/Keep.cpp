@@ -45,19 +45,16 @@ void RestoreFaults(Faults& faults, GVariant* list)
 /// Speed and pause; the rest of the clock, too, if it goes on.
 void RestoreClock(Clock& clock, GVariant* kept)
 {
+    if (std::optional<Clock::State> const state = ClockOf(kept)) {
+        clock.GoOn(*state);
+        return;
+    }
     double speed = 1;
     gboolean paused = FALSE;
-    gint64 real = 0;
-    gint64 simulated = 0;
-    gint64 offset = 0;
     g_variant_lookup(kept, "speed", "d", &speed);
     g_variant_lookup(kept, "paused", "b", &paused);
-    if (g_variant_lookup(kept, "clock", "(xxx)", &real, &simulated, &offset) != FALSE) {
-        clock.GoOn({real, simulated, offset, speed, paused != FALSE});
-    } else {
-        clock.SetSpeed(speed);
-        clock.Pause(paused != FALSE);
-    }
+    clock.SetSpeed(speed);
+    clock.Pause(paused != FALSE);
 }
 
 /// How far the stream is that began then; one that loops is as far in its present pass.
@@ -130,6 +127,21 @@ void Restore(Service& service, GVariant* kept)
         service.BeginAtOnce();
         television.player.GoTo(PositionNow(television.clock, begin, duration, service.Loops()));
     }
+}
+
+std::optional<SimulatedClock::State> ClockOf(GVariant* kept)
+{
+    double speed = 1;
+    gboolean paused = FALSE;
+    gint64 real = 0;
+    gint64 simulated = 0;
+    gint64 offset = 0;
+    if (kept == nullptr || g_variant_lookup(kept, "clock", "(xxx)", &real, &simulated, &offset) == FALSE) {
+        return std::nullopt;
+    }
+    g_variant_lookup(kept, "speed", "d", &speed);
+    g_variant_lookup(kept, "paused", "b", &paused);
+    return SimulatedClock::State{real, simulated, offset, speed, paused != FALSE};
 }
 
 Owned<GVariant> ReportDead(GVariant* kept)

@@ -47,6 +47,15 @@ Owned<GDBusConnection> Connect(int descriptor)
     return connection;
 }
 
+/// Text in full, unless it is very long; bytes by their size.
+std::string Told(std::string const& value)
+{
+    constexpr std::size_t longest = 4096;
+    return value.size() <= longest && g_utf8_validate_len(value.data(), value.size(), nullptr) != FALSE
+               ? value
+               : Shown(value);
+}
+
 GVariant* ArgumentsOf(CMessageBuffer const& request)
 {
     GVariantBuilder arguments;
@@ -55,7 +64,7 @@ GVariant* ArgumentsOf(CMessageBuffer const& request)
     for (int i = 0; i < request.Size(); ++i) {
         std::string const key = Shown(request.GetKey(i));
         if (key != protocol::key::FunctionName && seen.insert(key).second) {
-            g_variant_builder_add(&arguments, "{ss}", key.c_str(), Shown(request.GetValue(i)).c_str());
+            g_variant_builder_add(&arguments, "{ss}", key.c_str(), Told(request.GetValue(i)).c_str());
         }
     }
     return g_variant_builder_end(&arguments);

@@ -21,11 +21,6 @@ namespace {
 constexpr std::pair<char const*, char const*> OfApplications[] = {{"Clients", "as"},
                                                                   {"Subscribers", "aa{sv}"}};
 
-void AnswerDone(GDBusMethodInvocation* invocation)
-{
-    g_dbus_method_invocation_return_value(invocation, nullptr);
-}
-
 void AnswerError(GDBusMethodInvocation* invocation, char const* name, char const* text)
 {
     g_dbus_method_invocation_return_dbus_error(invocation, name, text);
@@ -46,6 +41,14 @@ void AnswerError(GDBusMethodInvocation* invocation, GError const* error)
         AnswerError(invocation, link::NotRunning,
                     "the service died before it answered; call again once it is back");
     }
+}
+
+/// Calls `reply` with an error of the control interface.
+void ReplyError(ServiceLink::Reply const& reply, char const* name, char const* text)
+{
+    GError* error = g_dbus_error_new_for_dbus_error(name, text);
+    reply(nullptr, error);
+    g_error_free(error);
 }
 
 /// Bytes of the type's zero or empty value: an empty array has none.
@@ -80,7 +83,12 @@ Control::Control(Options const& options)
       m_service(options, {[this](std::string const& interface, std::string const& name, GVariant* body) {
                               OnSignal(interface, name, body);
                           },
-                          [this] { OnDied(); }, [this] { OnReady(); }})
+                          [this] { OnDied(); }, [this] { OnReady(); },
+                          [this] {
+                              if (m_follower.onKeptChange) {
+                                  m_follower.onKeptChange(m_seeks > 0);
+                              }
+                          }})
 {
     for (GDBusPropertyInfo** info = SimulatorInterface()->properties; *info != nullptr; ++info) {
         m_report[(*info)->name] = Nothing((*info)->signature); // until the service has told
@@ -89,9 +97,9 @@ Control::Control(Options const& options)
 
 Control::~Control()
 {
-    for (GDBusMethodInvocation* const invocation : m_restarting) {
-        AnswerError(invocation, link::NotRunning, "the simulator ends");
-    }
+    GError* error = g_dbus_error_new_for_dbus_error(link::NotRunning, "the simulator ends");
+    EndRestarts(error);
+    g_error_free(error);
 }
 
 void Control::OnCall(std::string const& method, GVariant* parameters, GDBusMethodInvocation* invocation)
@@ -101,52 +109,47 @@ try {
         return;
     }
     verbs::Check(method, parameters);
-    if (!DoItself(method, parameters, invocation)) {
-        PassOn(method, parameters, invocation);
-    }
-} catch (std::invalid_argument const& failure) {
-    AnswerError(invocation, link::InvalidArgument, failure.what());
-} catch (std::exception const& failure) {
-    AnswerError(invocation, link::Failed, failure.what());
-}
-
-bool Control::DoItself(std::string const& method, GVariant* parameters, GDBusMethodInvocation* invocation)
-{
-    if (method == "Die") {
-        Die(parameters, invocation);
-    } else if (method == "Restart") {
-        m_service.Restart();
-        m_restarting.push_back(invocation);
-    } else if (method == "Quit") {
-        AnswerDone(invocation);
-        m_bus.AfterFlush([] { kill(getpid(), SIGTERM); }); // Signals waits for it
-    } else {
-        return false;
-    }
-    return true;
-}
-
-void Control::Die(GVariant* parameters, GDBusMethodInvocation* invocation)
-{
-    Owned<GVariant> const options(g_variant_get_child_value(parameters, 0));
-    double seconds = 0;
-    bool const comesBack = g_variant_lookup(options.get(), "for", "d", &seconds) != FALSE;
-    if (m_service.Die(comesBack ? std::optional(seconds) : std::nullopt)) {
-        AnswerDone(invocation);
-    } else {
-        AnswerError(invocation, link::NotRunning, "the service is dead; 'zviptvctl sim restart' starts it");
-    }
-}
-
-void Control::PassOn(std::string const& method, GVariant* parameters, GDBusMethodInvocation* invocation)
-{
-    m_service.Call(verbs::Interface, method, parameters, [invocation](GVariant* value, GError const* error) {
+    unsigned const seeks = method == "Seek" ? 1 : 0;
+    m_seeks += seeks;
+    Do(method, parameters, [this, seeks, invocation](GVariant* value, GError const* error) {
+        m_seeks -= seeks;
         if (error != nullptr) {
             AnswerError(invocation, error);
         } else {
             g_dbus_method_invocation_return_value(invocation, value);
         }
     });
+} catch (std::invalid_argument const& failure) {
+    AnswerError(invocation, link::InvalidArgument, failure.what());
+} catch (std::exception const& failure) {
+    AnswerError(invocation, link::Failed, failure.what());
+}
+
+void Control::Do(std::string const& method, GVariant* parameters, ServiceLink::Reply reply)
+{
+    if (method == "Die") {
+        Die(parameters, reply);
+    } else if (method == "Restart") {
+        m_service.Restart();
+        m_restarting.push_back(std::move(reply));
+    } else if (method == "Quit") {
+        reply(nullptr, nullptr);
+        m_bus.AfterFlush([] { kill(getpid(), SIGTERM); }); // Signals waits for it
+    } else {
+        m_service.Call(verbs::Interface, method, parameters, std::move(reply));
+    }
+}
+
+void Control::Die(GVariant* parameters, ServiceLink::Reply const& reply)
+{
+    Owned<GVariant> const options(g_variant_get_child_value(parameters, 0));
+    double seconds = 0;
+    bool const comesBack = g_variant_lookup(options.get(), "for", "d", &seconds) != FALSE;
+    if (m_service.Die(comesBack ? std::optional(seconds) : std::nullopt)) {
+        reply(nullptr, nullptr);
+    } else {
+        ReplyError(reply, link::NotRunning, "the service is dead; 'zviptvctl sim restart' starts it");
+    }
 }
 
 /// A service that runs is asked, since some properties change all the time.
@@ -201,6 +204,8 @@ void Control::OnSignal(std::string const& interface, std::string const& name, GV
     if (interface == link::Properties) {
         Owned<GVariant> const properties(g_variant_get_child_value(body, 1));
         Remember(properties.get());
+    } else if (name == "Request" && m_follower.onRequest) {
+        m_follower.onRequest(body);
     }
     m_bus.Emit(interface, name, body);
 }
@@ -227,9 +232,10 @@ void Control::OnDied()
     TellProcess({"Running", "ServicePid", "Clients", "Subscribers"});
     m_bus.Emit(verbs::Interface, "Died", nullptr);
     if (m_service.Ended()) {
-        for (GDBusMethodInvocation* const invocation : std::exchange(m_restarting, {})) {
-            AnswerError(invocation, link::Failed, "the service did not start; zviptv-sim has said why");
-        }
+        GError* error = g_dbus_error_new_for_dbus_error(link::Failed,
+                                                        "the service did not start; zviptv-sim has said why");
+        EndRestarts(error);
+        g_error_free(error);
     }
 }
 
@@ -239,9 +245,23 @@ void Control::OnReady()
     if (std::exchange(m_wasReady, true)) {
         m_bus.Emit(verbs::Interface, "Restarted", nullptr);
     }
-    for (GDBusMethodInvocation* const invocation : std::exchange(m_restarting, {})) {
-        AnswerDone(invocation);
+    EndRestarts(nullptr);
+}
+
+void Control::EndRestarts(GError const* error)
+{
+    for (ServiceLink::Reply const& reply : std::exchange(m_restarting, {})) {
+        reply(nullptr, error);
     }
+}
+
+void Control::Tell(char const* property, GVariant* value)
+{
+    m_report[property].reset(g_variant_ref_sink(value));
+    Dictionary changed;
+    changed.Add(property, value);
+    m_bus.Emit(link::Properties, link::PropertiesChanged,
+               g_variant_new("(s@a{sv}as)", verbs::Interface, changed.End(), nullptr));
 }
 
 } // namespace zviptv::sim

@@ -4,8 +4,10 @@
 #include "ControlBus.h"
 #include "ServiceProcess.h"
 
+#include <functional>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace zviptv::sim {
@@ -25,22 +27,39 @@ public:
     /// See ControlBus.
     bool IsSettled() const { return m_bus.IsSettled(); }
 
+    /// What a scenario has to know.
+    struct Follower
+    {
+        std::function<void(GVariant* body)> onRequest;   ///< of the signal Request
+        std::function<void(bool isSought)> onKeptChange; ///< while a seek from the bus goes on, or not
+    };
+
+    void SetFollower(Follower follower) { m_follower = std::move(follower); }
+
+    /// Does what a method of the control interface, which has been checked, says. `reply` is called in any
+    /// case. Not from a callback of the service. @throws std::exception with a line for the user
+    void Do(std::string const& method, GVariant* parameters, ServiceLink::Reply reply);
+
+    /// A property that the simulator itself knows has this value now.
+    void Tell(char const* property, GVariant* value);
+
 private:
     using Report = std::map<std::string, Owned<GVariant>>;
 
     void OnCall(std::string const& method, GVariant* parameters, GDBusMethodInvocation* invocation);
-    bool DoItself(std::string const& method, GVariant* parameters, GDBusMethodInvocation* invocation);
-    void Die(GVariant* parameters, GDBusMethodInvocation* invocation);
-    void PassOn(std::string const& method, GVariant* parameters, GDBusMethodInvocation* invocation);
+    void Die(GVariant* parameters, ServiceLink::Reply const& reply);
     void AnswerProperties(std::string const& method, GVariant* parameters, GDBusMethodInvocation* invocation);
     void OnSignal(std::string const& interface, std::string const& name, GVariant* body);
     void OnDied();
     void OnReady();
     void Remember(GVariant* properties);
     void TellProcess(std::vector<char const*> const& properties);
+    void EndRestarts(GError const* error);
 
-    Report m_report;                                  ///< what is known of every property
-    std::vector<GDBusMethodInvocation*> m_restarting; ///< calls that are answered once the service is ready
+    Report m_report;                              ///< what is known of every property
+    std::vector<ServiceLink::Reply> m_restarting; ///< calls that are answered once the service is ready
+    Follower m_follower;
+    unsigned m_seeks = 0; ///< calls of Seek from the bus that are not answered
     ControlBus m_bus;
     ServiceProcess m_service;
     bool m_wasReady = false;

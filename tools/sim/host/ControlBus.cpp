@@ -89,6 +89,10 @@ void ControlBus::OnCall(GDBusConnection* /*connection*/, char const* /*sender*/,
 
 void ControlBus::AfterFlush(std::function<void()> work)
 {
+    if (!m_connection) {
+        work();
+        return;
+    }
     auto const onFlushed = [](GObject* source, GAsyncResult* result, gpointer data) {
         std::unique_ptr<std::function<void()>> const owned(static_cast<std::function<void()>*>(data));
         g_dbus_connection_flush_finish(G_DBUS_CONNECTION(source), result, nullptr);

@@ -26,7 +26,9 @@ constexpr char Examples[] =
     "  zviptv-sim --ts samples/sample.ts --loop --bus private -- bash\n"
     "      a private bus with the service on it, and a shell in which applications find it\n"
     "  zviptv-sim --ts capture.ts -- zviptvctl pes --count 20\n"
-    "      one command against the service; the exit status is the command's\n";
+    "      one command against the service; the exit status is the command's\n"
+    "  zviptv-sim --ts capture.ts --scenario film.scenario -- application\n"
+    "      an application on a television that does what the file says\n";
 
 /// What is given as text and has to be understood.
 struct Texts
@@ -70,6 +72,13 @@ CLI::Validator Seconds(double least)
     constexpr double Longest = 1000000;
     return Number(least, Longest, Fractions::Allowed,
                   "a number of seconds, " + std::string(least > 0 ? "0.001" : "0") + " to 1000000");
+}
+
+CLI::Validator IsNotEmpty()
+{
+    return CLI::Validator(
+        [](std::string& text) { return std::string(text.empty() ? "the name of the file is empty" : ""); },
+        "");
 }
 
 void AddPlayback(CLI::App& app, Options& options, Texts& texts)
@@ -144,6 +153,19 @@ void AddFaults(CLI::App& app, Options& options, Texts& texts)
         ->check(Seconds(0));
     app.add_flag("--restart-from-start", options.restartFromStart,
                  "A service that comes back plays the stream from its start, with the clock as at first");
+}
+
+void AddScenario(CLI::App& app, Options& options)
+{
+    CLI::Option* const scenario =
+        app.add_option("--scenario", options.scenario,
+                       "Steer the television and check the application as this file says")
+            ->type_name("FILE")
+            ->check(IsNotEmpty());
+    app.add_option("--junit", options.junit, "Write the scenario's report as JUnit XML, too")
+        ->type_name("FILE")
+        ->check(IsNotEmpty())
+        ->needs(scenario);
 }
 
 void AddOutput(CLI::App& app, Options& options, Texts& texts)
@@ -227,6 +249,7 @@ std::optional<Options> ParseCommandLine(int argc, char** argv, int& exitStatus)
     AddPlayback(app, options, texts);
     AddGuide(app, options);
     AddFaults(app, options, texts);
+    AddScenario(app, options);
     AddOutput(app, options, texts);
     try {
         app.parse(argc, argv);

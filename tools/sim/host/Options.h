@@ -17,6 +17,8 @@ struct Options
     std::optional<double> dieAfter;     ///< seconds until the service dies
     std::optional<double> restartAfter; ///< seconds until a dead service comes back; never when empty
     bool restartFromStart = false;      ///< clock and stream, when it comes back
+    std::string scenario;               ///< its file; none when empty
+    std::string junit;                  ///< the file for its report; none when empty
     std::vector<std::string> command;   ///< to run on the private bus; may be empty
     std::vector<std::string> words;     ///< of the command line, that of the program included
 };

@@ -90,6 +90,7 @@ void ServiceProcess::OnSignal(std::string const& interface, std::string const& n
         m_listener.onSignal(interface, name, body);
     } else if (name == link::Kept) {
         m_kept.reset(g_variant_get_child_value(body, 0));
+        m_listener.onKeptChange();
     } else if (name == link::Ready) {
         NoteReady();
     }

@@ -24,7 +24,8 @@ public:
     {
         ServiceLink::Signal onSignal; ///< of the control interface, to be passed on
         std::function<void()> onDied;
-        std::function<void()> onReady; ///< applications find it; the first time, or again
+        std::function<void()> onReady;      ///< applications find it; the first time, or again
+        std::function<void()> onKeptChange; ///< Kept() has changed
     };
 
     ServiceProcess(Options const& options, Listener listener);

@@ -4,13 +4,16 @@
 #include "CommandProcess.h"
 #include "Control.h"
 #include "PrivateBus.h"
+#include "ScenarioRunner.h"
 #include "Signals.h"
 #include "common/PrintableText.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 #include <system_error>
+#include <utility>
 
 namespace zviptv::sim {
 
@@ -46,17 +49,20 @@ std::optional<int> AwaitService(Control& control, Signals const& signals)
 }
 
 /// Runs the command, and waits for its end, which the end of the service does not bring about.
-int SuperviseCommand(std::vector<std::string> const& words, ServiceProcess& service, Signals const& signals)
+int SuperviseCommand(std::vector<std::string> const& words, ServiceProcess& service, ScenarioRunner& scenario,
+                     Signals const& signals)
 try {
     CommandProcess command(words);
     std::optional<int> status;
     while (!(status = command.Ended())) {
-        Signals::Signal const signal = signals.Next(std::min(service.Change(), command.Change()));
+        Signals::Signal const signal =
+            signals.Next(std::min({service.Change(), command.Change(), scenario.Change()}));
         if (signal.AsksToEnd()) {
             command.PassOn(signal);
         }
         command.Advance();
         service.Advance();
+        scenario.Advance();
     }
     return *status;
 } catch (std::system_error const& failure) {
@@ -65,33 +71,34 @@ try {
 }
 
 /// Waits for a request to end, or for a service that ends by itself.
-int SuperviseService(ServiceProcess& service, Signals const& signals)
+int SuperviseService(ServiceProcess& service, ScenarioRunner& scenario, Signals const& signals)
 {
     while (!service.Ended()) {
-        if (signals.Next(service.Change()).AsksToEnd()) {
+        if (signals.Next(std::min(service.Change(), scenario.Change())).AsksToEnd()) {
             return 0;
         }
         service.Advance();
+        scenario.Advance();
     }
     return *service.Ended();
 }
 
 int SuperviseReady(Options const& options, PrivateBus const* bus, ServiceProcess& service,
-                   Signals const& signals)
+                   ScenarioRunner& scenario, Signals const& signals)
 {
     setenv("ZVIPTV_SIM_PID", std::to_string(service.Pid()).c_str(), 1);
     if (!options.command.empty()) {
-        return SuperviseCommand(options.command, service, signals);
+        return SuperviseCommand(options.command, service, scenario, signals);
     }
     if (bus != nullptr) {
         RequestLog(options.service.log).WriteBus(bus->Address());
     }
-    return SuperviseService(service, signals);
+    return SuperviseService(service, scenario, signals);
 }
 
 } // namespace
 
-int Run(Options const& options)
+int Run(Options const& options, ScenarioOptions scenario)
 {
     Signals const signals;
     std::optional<PrivateBus> bus;
@@ -99,12 +106,17 @@ int Run(Options const& options)
         bus.emplace();
     }
     Control control(options);
+    ScenarioRunner runner(std::move(scenario), control);
     ServiceProcess& service = control.Service();
     service.Start();
     std::optional<int> status = AwaitService(control, signals);
+    std::string ended = "the service did not start";
     if (!status) {
-        status = SuperviseReady(options, bus ? &*bus : nullptr, service, signals);
+        runner.Start();
+        status = SuperviseReady(options, bus ? &*bus : nullptr, service, runner, signals);
+        ended = options.command.empty() ? "the simulator ended" : "the command ended";
     }
+    status = runner.Finish(*status, ended, signals);
     service.Stop();
     return *status;
 }

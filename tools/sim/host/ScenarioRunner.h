@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Control.h"
+#include "ScenarioClock.h"
+#include "Signals.h"
+#include "process/FileHandle.h"
+#include "scenario/Play.h"
+#include "verbs/Verbs.h"
+
+#include <deque>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace zviptv::sim {
+
+/// What is to be run, and where the report goes.
+struct ScenarioOptions
+{
+    std::optional<Scenario> scenario;
+    FileHandle junit; ///< open for writing, if it is wanted
+    std::string junitName;
+    bool showsSteps = false; ///< on standard error
+};
+
+/// Runs a scenario on the television, if there is one, and reports. Everything happens on the thread of
+/// `control`.
+class ScenarioRunner
+{
+public:
+    ScenarioRunner(ScenarioOptions options, Control& control);
+    ~ScenarioRunner();
+    ScenarioRunner(ScenarioRunner const&) = delete;
+    ScenarioRunner& operator=(ScenarioRunner const&) = delete;
+
+    /// The service is ready: it is second 0.
+    void Start();
+
+    /// Advance() is due at Change(), and after everything that was dispatched.
+    Signals::Clock::time_point Change() const;
+    void Advance();
+
+    /// Nothing more comes, for this reason: waits until the service has told what it got, and reports.
+    /// Returns the exit status of the simulator, which without the scenario would be `status`.
+    int Finish(int status, std::string const& why, Signals const& signals);
+
+private:
+    void Follow(bool isSought);
+    void PerformQueued();
+    void Perform(std::size_t step, verbs::Command const& command);
+    void OnAnswered(std::size_t step, GError const* error);
+    void Fail(std::size_t step, char const* why);
+    void AwaitRequests(Signals const& signals);
+    void Report();
+
+    ScenarioOptions m_options;
+    Control& m_control;
+    ScenarioClock m_clock;
+    std::optional<Play> m_play;
+    std::deque<std::size_t> m_queue; ///< steps whose verbs are due
+    std::size_t m_unanswered = 0;    ///< calls for verbs
+    bool m_hasStarted = false;
+    bool m_hasReported = false;
+    bool m_isWritten = true;                                              ///< the report, where it shall go
+    std::shared_ptr<ScenarioRunner> m_self{this, [](ScenarioRunner*) {}}; ///< ends with this, unlike calls
+};
+
+} // namespace zviptv::sim
