@@ -3,8 +3,10 @@
 
 #include "dbus/FreeDescriptors.h"
 
+#include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <thread>
 #include <utility>
 
 namespace zviptv {
@@ -14,17 +16,47 @@ namespace {
 constexpr auto MessageBus = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
                                                               G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
 
-/// Whether the bus is at the other end. GIO notices on another thread, a moment later than the socket.
-bool IsAlive(Owned<GDBusConnection> const& connection)
+using Clock = std::chrono::steady_clock;
+
+/// A bus that accepts connections and does not answer is given up.
+constexpr std::chrono::milliseconds ConnectTimeout{2000};
+/// So long the next one is not tried: the steps of one Create share an attempt, and so do threads.
+constexpr std::chrono::milliseconds ConnectPause{500};
+
+/// Cancels what takes longer than ConnectTimeout.
+class ConnectLimit
 {
-    if (!IsOpen(connection)) {
-        return false;
+public:
+    ConnectLimit() : m_cancellable(g_cancellable_new()), m_thread([this] { Watch(); }) {}
+    ~ConnectLimit()
+    {
+        {
+            std::lock_guard<std::mutex> const lock(m_mutex);
+            m_isOver = true;
+        }
+        m_over.notify_one();
+        m_thread.join();
     }
-    GIOStream* const stream = g_dbus_connection_get_stream(connection.get());
-    return G_IS_SOCKET_CONNECTION(stream) == FALSE ||
-           g_socket_condition_check(g_socket_connection_get_socket(G_SOCKET_CONNECTION(stream)), G_IO_HUP) ==
-               0;
-}
+    ConnectLimit(ConnectLimit const&) = delete;
+    ConnectLimit& operator=(ConnectLimit const&) = delete;
+
+    GCancellable* Cancellable() const { return m_cancellable.get(); }
+
+private:
+    void Watch()
+    {
+        std::unique_lock<std::mutex> lock(m_mutex);
+        if (!m_over.wait_for(lock, ConnectTimeout, [this] { return m_isOver; })) {
+            g_cancellable_cancel(m_cancellable.get());
+        }
+    }
+
+    Owned<GCancellable> const m_cancellable;
+    std::mutex m_mutex;
+    std::condition_variable m_over;
+    bool m_isOver = false;
+    std::thread m_thread;
+};
 
 /// The exit-on-close setting of the connection in use. It outlives the connection, so that the next one gets
 /// it.
@@ -75,7 +107,8 @@ private:
 /// The connection that GIO shares within the process. It is a new one if nobody holds the former one.
 Owned<GDBusConnection> Shared(bool exitsOnClose, Error& error)
 {
-    Owned<GDBusConnection> connection(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, error.Out()));
+    ConnectLimit const limit;
+    Owned<GDBusConnection> connection(g_bus_get_sync(G_BUS_TYPE_SYSTEM, limit.Cancellable(), error.Out()));
     if (connection != nullptr && !exitsOnClose) {
         g_dbus_connection_set_exit_on_close(connection.get(), FALSE);
     }
@@ -83,17 +116,35 @@ Owned<GDBusConnection> Shared(bool exitsOnClose, Error& error)
 }
 
 /// A connection in place of one whose bus has died; null while there is no bus.
-Owned<GDBusConnection> Replacement(gboolean exitsOnClose)
+Owned<GDBusConnection> Replacement(gboolean exitsOnClose, Error& error)
 {
+    ConnectLimit const limit;
     Owned<GDBusConnection> connection(g_dbus_connection_new_for_address_sync(
-        SystemBusAddress().c_str(), MessageBus, nullptr, nullptr, nullptr));
+        SystemBusAddress().c_str(), MessageBus, nullptr, limit.Cancellable(), error.Out()));
     if (connection != nullptr) {
         g_dbus_connection_set_exit_on_close(connection.get(), exitsOnClose);
     }
     return connection;
 }
 
+void SetTimedOut(Error& error)
+{
+    error.Set(G_IO_ERROR_TIMED_OUT, g_dgettext("glib20", "Timeout was reached"));
+}
+
 } // namespace
+
+bool IsAlive(Owned<GDBusConnection> const& connection)
+{
+    if (!IsOpen(connection)) {
+        return false;
+    }
+    // GIO notices on another thread, a moment later than the socket.
+    GIOStream* const stream = g_dbus_connection_get_stream(connection.get());
+    return G_IS_SOCKET_CONNECTION(stream) == FALSE ||
+           g_socket_condition_check(g_socket_connection_get_socket(G_SOCKET_CONNECTION(stream)), G_IO_HUP) ==
+               0;
+}
 
 std::string SystemBusAddress()
 {
@@ -106,27 +157,39 @@ Owned<GDBusConnection> SystemBus(Error& error)
     static std::mutex mutex;
     static GWeakRef last;                               // all zero, which is empty
     static ExitOnClose& exitOnClose = *new ExitOnClose; // the application may end a connection at exit
+    static Clock::time_point timedOut;                  // the latest attempt that did; never at first
     std::lock_guard<std::mutex> const lock(mutex);
     Owned<GDBusConnection> current(static_cast<GDBusConnection*>(g_weak_ref_get(&last)));
     if (current != nullptr && IsAlive(current)) {
         return current;
     }
-    Error shortage;
-    if (!HaveFreeDescriptors(DescriptorsOfAConnection, current == nullptr ? error : shortage)) {
+    Error unused; // as long as a dead connection stands in
+    if (timedOut != Clock::time_point() && Clock::now() - timedOut < ConnectPause) {
+        SetTimedOut(current == nullptr ? error : unused);
+        return current;
+    }
+    if (!HaveFreeDescriptors(DescriptorsOfAConnection, current == nullptr ? error : unused)) {
         return current;
     }
     if (current == nullptr) {
         current = Shared(exitOnClose.Last(), error);
         if (current == nullptr) {
+            if (error.Is(G_IO_ERROR_CANCELLED)) {
+                timedOut = Clock::now();
+                SetTimedOut(error);
+            }
             return nullptr;
         }
         exitOnClose.Follow(current.get());
     }
     if (!IsAlive(current)) {
-        if (Owned<GDBusConnection> next = Replacement(g_dbus_connection_get_exit_on_close(current.get()))) {
+        if (Owned<GDBusConnection> next =
+                Replacement(g_dbus_connection_get_exit_on_close(current.get()), unused)) {
             exitOnClose.Leave(current.get());
             current = std::move(next);
             exitOnClose.Follow(current.get());
+        } else if (unused.Is(G_IO_ERROR_CANCELLED)) {
+            timedOut = Clock::now();
         }
     }
     g_weak_ref_set(&last, current.get());

@@ -19,8 +19,12 @@ std::string SystemBusAddress();
 /// Each connection takes the exit-on-close setting over from the one before. If the application has switched
 /// exit-on-close off, it stays off, also when there was no connection meanwhile.
 ///
-/// Null, with `error`, if the process never had a connection and cannot have one. Any thread may call it.
+/// Null, with `error`, if the process never had a connection and cannot have one: a bus that accepts
+/// connections and does not answer is given up after 2 s. Any thread may call it.
 Owned<GDBusConnection> SystemBus(Error& error);
+
+/// Whether the bus is at the other end.
+bool IsAlive(Owned<GDBusConnection> const& connection);
 
 /// False for a connection that SystemBus() has replaced, or does so now, because its bus has died and is
 /// there again. What is on it is lost, and its unique name may by now be another process's.

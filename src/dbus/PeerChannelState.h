@@ -92,6 +92,12 @@ struct ChannelAccess
     /// callbacks are withdrawn, sends are refused. Callbacks that run are not waited for.
     static void Withdraw(CProxyDBusHelper& channel);
 
+    /// False once the bus of the channel has died. Opens no connection.
+    static bool IsOnLiveBus(CProxyDBusHelper const& channel)
+    {
+        return channel.m_state->m_connection == nullptr || IsAlive(channel.m_state->m_connection);
+    }
+
     /// Whether the channel is on the process's present connection; see IsPresent().
     static bool IsOnPresentBus(CProxyDBusHelper const& channel)
     {

@@ -3,7 +3,11 @@
 
 #include <algorithm>
 #include <condition_variable>
+#include <cstdint>
+#include <cstring>
 #include <mutex>
+#include <random>
+#include <string>
 #include <vector>
 
 namespace zviptv {
@@ -18,11 +22,14 @@ constexpr std::chrono::milliseconds LookInterval{25};
 /// GIO numbers its messages from 1: this half is left for ours.
 constexpr guint32 FirstSerial = 0x80000000;
 
+constexpr char BusName[] = "org.freedesktop.DBus";
+
 /// A call that waits for its answer.
 struct Waiter
 {
     GDBusConnection* connection;
     guint32 serial;
+    char const* callee;
     std::condition_variable arrived{};
     Owned<GDBusMessage> answer{};
 };
@@ -32,7 +39,7 @@ struct Waiters
 {
     std::mutex mutex;
     std::vector<Waiter*> all;
-    guint32 lastSerial = FirstSerial;
+    guint32 lastSerial = FirstSerial | std::random_device()(); // strangers are not to guess it
 
     static Waiters& Get()
     {
@@ -48,6 +55,18 @@ struct Waiters
     }
 };
 
+/// An answer of the one that was called, or of the bus in its place. Whose well-known name was called answers
+/// under a unique one.
+bool IsAnswer(GDBusMessage* message, Waiter const& waiter)
+{
+    GDBusMessageType const type = g_dbus_message_get_message_type(message);
+    char const* const sender = g_dbus_message_get_sender(message);
+    return (type == G_DBUS_MESSAGE_TYPE_METHOD_RETURN || type == G_DBUS_MESSAGE_TYPE_ERROR) &&
+           sender != nullptr &&
+           (std::strcmp(sender, waiter.callee) == 0 || std::strcmp(sender, BusName) == 0 ||
+            g_dbus_is_unique_name(waiter.callee) == FALSE);
+}
+
 /// Takes what somebody waits for; GIO gets the rest. On GIO's thread.
 GDBusMessage* TakeAnswer(GDBusConnection* connection, GDBusMessage* message, gboolean isIncoming,
                          gpointer /*userData*/)
@@ -58,21 +77,30 @@ GDBusMessage* TakeAnswer(GDBusConnection* connection, GDBusMessage* message, gbo
     }
     Waiters& waiters = Waiters::Get();
     std::lock_guard<std::mutex> const lock(waiters.mutex);
-    if (auto const found = waiters.Find(connection, serial); found != waiters.all.end()) {
-        (*found)->answer.reset(message);
-        (*found)->arrived.notify_one();
-        return nullptr;
+    auto const found = waiters.Find(connection, serial);
+    if (found == waiters.all.end() || !IsAnswer(message, **found)) {
+        return message;
     }
-    return message;
+    (*found)->answer.reset(message);
+    (*found)->arrived.notify_one();
+    return nullptr;
+}
+
+/// Marks the connections that TakeAnswer sees: of this copy of the library, of which a process may have more.
+GQuark IsListening()
+{
+    static int copy = 0;
+    static GQuark const quark = g_quark_from_string(
+        ("zviptv-takes-answers-" + std::to_string(reinterpret_cast<std::uintptr_t>(&copy))).c_str());
+    return quark;
 }
 
 /// Has TakeAnswer see what comes. With the lock held.
 void ListenTo(GDBusConnection* connection)
 {
-    static GQuark const isListening = g_quark_from_static_string("zviptv-takes-answers");
-    if (g_object_get_qdata(G_OBJECT(connection), isListening) == nullptr) {
+    if (g_object_get_qdata(G_OBJECT(connection), IsListening()) == nullptr) {
         g_dbus_connection_add_filter(connection, TakeAnswer, nullptr, nullptr);
-        g_object_set_qdata(G_OBJECT(connection), isListening, connection);
+        g_object_set_qdata(G_OBJECT(connection), IsListening(), connection);
     }
 }
 
@@ -100,7 +128,7 @@ Owned<GVariant> CallAndWait(GDBusConnection* connection, MethodTarget const& tar
     std::unique_lock<std::mutex> lock(waiters.mutex);
     ListenTo(connection);
     waiters.lastSerial = std::max(waiters.lastSerial + 1, FirstSerial);
-    Waiter waiter{connection, waiters.lastSerial};
+    Waiter waiter{connection, waiters.lastSerial, target.destination};
     waiters.all.push_back(&waiter);
     lock.unlock();
 

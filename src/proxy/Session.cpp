@@ -32,7 +32,7 @@ void Session::Leave()
 {
     m_isLeaving = true;
     std::optional<CConnectionHelperDBusClient> client;
-    if (!IsOutdated()) {
+    if (ChannelAccess::IsOnLiveBus(m_channel)) {
         client.emplace();
         client->Disconnect(m_channel.GetPublicName(), m_typeWord);
     }

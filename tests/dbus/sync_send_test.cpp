@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "BusLink.h"
 #include "BusMonitor.h"
 #include "ChannelFixture.h"
 
@@ -243,6 +244,36 @@ TEST_F(SyncSend, WorksFromAnyThread)
     std::thread([&] { sent = Send(); }).join();
     EXPECT_EQ(sent, 1);
     EXPECT_EQ(EntriesOf(m_reply), Entries({{"k", "v"}}));
+}
+
+/// A stranger's message in answer to a call. It is on its way to the victim when this returns.
+void Forge(int type, std::string const& victim, std::uint32_t serial)
+{
+    BusLink link;
+    MessageHandle const message(dbus_message_new(type));
+    dbus_message_set_destination(message.get(), victim.c_str());
+    dbus_message_set_reply_serial(message.get(), serial);
+    dbus_message_set_path(message.get(), "/");
+    dbus_message_set_interface(message.get(), "org.corvel.test");
+    dbus_message_set_member(message.get(), "Forged");
+    dbus_message_set_error_name(message.get(), "org.corvel.test.Forged");
+    WireBody(Entries({{"from", "stranger"}})).AppendTo(message.get());
+    link.Send(message);
+    link.Sync();
+}
+
+/// Even when they know the serial of the call.
+TEST_F(SyncSend, StrangersDoNotAnswer)
+{
+    for (int const type : {DBUS_MESSAGE_TYPE_METHOD_CALL, DBUS_MESSAGE_TYPE_METHOD_RETURN,
+                           DBUS_MESSAGE_TYPE_ERROR, DBUS_MESSAGE_TYPE_SIGNAL}) {
+        m_partner.SetHandler([type](WireMessage const& call) {
+            Forge(type, call.sender, call.serial);
+            return Entries({{"from", "partner"}});
+        });
+        EXPECT_EQ(Send(), 1);
+        EXPECT_EQ(EntriesOf(m_reply), Entries({{"from", "partner"}})) << dbus_message_type_to_string(type);
+    }
 }
 
 /// Answers arrive in another order than the calls were made, and each goes to the thread that waits for it.

@@ -18,9 +18,6 @@ try {
 
 TEST(ScenarioVerbs, AreCheckedWordByWord)
 {
-    constexpr char fault[] =
-        "use METHOD=delay:MS, drop, error, result:N, missing:KEY, garbage:KEY or short:KEY, METHOD "
-        "a method's name or *";
     for (auto const& [text, error] : std::vector<std::pair<std::string, std::string>>{
              {"1 fault ad x", "1:9: incomplete verb 'fault': use fault add, fault remove, fault clear"},
              {"1 seek", "1:7: seek: SECONDS is missing; use seek SECONDS"},
@@ -36,9 +33,14 @@ TEST(ScenarioVerbs, AreCheckedWordByWord)
              {"1 die --to 3", "1:7: die: unknown option '--to'; use die [--for SECONDS]"},
              {"1 die --for 1 --for 2",
               "1:15: die: the option '--for' is given more than once; use die [--for SECONDS]"},
-             {"1 fault add MuteAudio=foo", std::string("1:13: 'MuteAudio=foo' is no fault: ") + fault},
-             {"1 fault add --count 2 MuteAudio", std::string("1:23: 'MuteAudio' is no fault: ") + fault},
-             {"1 fault remove x", std::string("1:16: 'x' is no fault: ") + fault},
+             {"1 fault add MuteAudio=foo",
+              "1:13: cannot use the fault 'MuteAudio=foo': unknown fault 'foo' of MuteAudio; use "
+              "MuteAudio=delay:MS, drop, error, result:N, missing:KEY, garbage:KEY or short:KEY"},
+             {"1 fault add --count 2 MuteAudio",
+              "1:23: cannot use the fault 'MuteAudio': it is not FUNCTION=FAULT; use a text like "
+              "MuteAudio=error or PESCB=delay:500,count=3"},
+             {"1 fault remove x", "1:16: cannot use the fault 'x': it is not FUNCTION=FAULT; use a text like "
+                                  "MuteAudio=error or PESCB=delay:500,count=3"},
              {"1 load ftp://x",
               "1:8: cannot open ftp://x: unknown kind of input 'ftp'; use a file, -, udp://, rtp://, "
               "http:// or https://"},
