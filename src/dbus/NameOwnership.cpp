@@ -69,9 +69,11 @@ NameOwnership::NameOwnership(GDBusConnection* connection, std::string const& nam
       m_closed(connection, [request = m_request] { request->Become(Request::State::Over); })
 {
     guint32 const flags = G_BUS_NAME_OWNER_FLAGS_NONE;
+    // No time-out: a bus that has stopped grants the name when it continues, and only its answer shows
+    // whether the name is this request's or had been the application's before.
     g_dbus_connection_call(connection, "org.freedesktop.DBus", "/org/freedesktop/DBus",
                            "org.freedesktop.DBus", "RequestName", g_variant_new("(su)", name.c_str(), flags),
-                           G_VARIANT_TYPE("(u)"), G_DBUS_CALL_FLAGS_NONE, -1, nullptr, OnAnswered,
+                           G_VARIANT_TYPE("(u)"), G_DBUS_CALL_FLAGS_NONE, G_MAXINT, nullptr, OnAnswered,
                            UserData<Pointer>::New(m_request));
 }
 

@@ -19,8 +19,9 @@ class NameOwnership
 public:
     NameOwnership() = default;
     /// Returns at once. `acquired` and `lost` report every change, and first what has come of the request,
-    /// through the main context that is the calling thread's default. `lost` gets a null connection when
-    /// that has closed. Both may still be called on another thread while the ownership ends.
+    /// however late the bus answers, through the main context that is the calling thread's default. `lost`
+    /// gets a null connection when that has closed. Both may still be called on another thread while the
+    /// ownership ends.
     NameOwnership(GDBusConnection* connection, std::string const& name, GBusNameAcquiredCallback acquired,
                   GBusNameLostCallback lost);
     NameOwnership(NameOwnership&& other) noexcept = default;

@@ -199,6 +199,22 @@ TEST_F(HelperServerName, IsRequestedWithoutWaitingForAStoppedBus)
     EXPECT_TRUE(RunUntilSaid(ZV_LOG_DEBUG, Acquired));
 }
 
+/// A call of GIO's is given up after 25 s, but the bus still carries it out.
+TEST_F(HelperServerName, IsKnownToBeGrantedByABusThatStoppedForLong)
+{
+    m_bus.Stop();
+    Create();
+    EXPECT_FALSE(RunUntil([] { return false; }, 26s));
+    m_bus.Continue();
+    EXPECT_TRUE(RunUntilSaid(ZV_LOG_DEBUG, Acquired));
+    EXPECT_THAT(Changes(), ElementsAre(Acquired));
+    EXPECT_EQ(m_partner.GetNameOwner(HelperName), OwnName());
+    Destroy();
+    EXPECT_TRUE(m_partner.WaitForOwner(HelperName, false));
+    m_log.Clear();
+    CreateAndOwn();
+}
+
 TEST_F(HelperServerName, IsReleasedWithoutWaitingForAStoppedBus)
 {
     CreateAndOwn();
