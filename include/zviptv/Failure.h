@@ -19,8 +19,8 @@ enum EZVFailureKind
     ZV_FAILURE_TOO_LARGE,  ///< the message is larger than the bus carries; nothing was sent
     ZV_FAILURE_REFUSED,    ///< the service answered with the result 0, or no subscription key could be made
     ZV_FAILURE_MALFORMED_REPLY,  ///< the answer, or a notification, cannot be read
-    ZV_FAILURE_INVALID_ARGUMENT, ///< an argument makes no call: a null pointer, an unknown key, text that is
-                                 ///< not UTF-8
+    ZV_FAILURE_INVALID_ARGUMENT, ///< an argument makes no call: a null pointer, an unknown key, a key of a
+                                 ///< message or a name that is not UTF-8 (values may be any bytes)
 };
 
 /// The calling thread's last failure. A failure has a kind, a function and a message; the key and the name of
@@ -50,13 +50,14 @@ struct ZVFailure
 
 /// The calling thread's last failure. Each thread has its own.
 ///
-/// Every function of CIPTVServiceAPI and of its objects, and every function that sends in CProxyDBusHelper,
-/// CCommonNative and CConnectionHelperDBusClient, sets it: at its beginning to ZV_FAILURE_NONE, and then to
-/// what fails. So it is also set where a function returns success although nothing was sent: a subscription
-/// that the service was not told of, a Destroy that could not be announced, an object that could not be
-/// connected. Before a call throws std::invalid_argument, std::out_of_range or std::length_error, it is set
-/// to ZV_FAILURE_MALFORMED_REPLY. What the library does in callbacks of the main loop leaves it alone, except
-/// that a notification which cannot be read sets it on the thread that iterates the context.
+/// Every function of CIPTVServiceAPI and of its objects, and every constructor and every function that sends
+/// in CProxyDBusHelper, CCommonNative and CConnectionHelperDBusClient, sets it: at its beginning to
+/// ZV_FAILURE_NONE, and then to what fails. So it is also set where a function returns success although
+/// nothing was sent: a subscription that the service was not told of, a Destroy that could not be announced,
+/// an object that could not be connected. Before a call throws std::invalid_argument, std::out_of_range or
+/// std::length_error, it is set to ZV_FAILURE_MALFORMED_REPLY. What the library does in callbacks of the main
+/// loop leaves it alone, except that a notification which cannot be read sets it on the thread that iterates
+/// the context.
 ///
 /// The result is valid until the thread ends, and so are its pointers; what it and they show changes with the
 /// next call of the library on the thread. Copy what is needed longer. May be called at any time, also from

@@ -37,6 +37,7 @@ char const* const CConnectionHelperDBusClient::METHOD = helper::Method;
 
 CConnectionHelperDBusClient::CConnectionHelperDBusClient()
 {
+    FailureScope const scope("CConnectionHelperDBusClient");
     ZV_LOG_INFO_LINE("ctor");
     Error error;
     Owned<GDBusConnection> connection = zviptv::SystemBus(error);
@@ -119,6 +120,11 @@ bool CConnectionHelperDBusClient::m_SendMessage(CMessageBuffer& request, CMessag
         }
         zviptv::SetSendFailure(error, "the announcement");
         return false;
+    }
+    if (g_variant_is_of_type(result.get(), G_VARIANT_TYPE("(a(ss))")) == FALSE) {
+        zviptv::SetFailure(ZV_FAILURE_MALFORMED_REPLY,
+                           {"the answer to the announcement is malformed: expected the type (a(ss)), got ",
+                            g_variant_get_type_string(result.get())});
     }
     reply = m_ConvertMsg(result.get());
     ZV_LOG_INFO_LINE("SendDone");

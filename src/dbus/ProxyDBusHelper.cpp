@@ -48,12 +48,11 @@ constexpr auto PartnerProxyFlags = static_cast<GDBusProxyFlags>(
     G_DBUS_PROXY_FLAGS_DO_NOT_LOAD_PROPERTIES | G_DBUS_PROXY_FLAGS_DO_NOT_CONNECT_SIGNALS |
     G_DBUS_PROXY_FLAGS_DO_NOT_AUTO_START | G_DBUS_PROXY_FLAGS_NO_MATCH_RULE);
 
-constexpr char NoBus[] = "the channel has no connection to the bus; create it again when the bus runs";
-
 } // namespace
 
 CProxyDBusHelper::CProxyDBusHelper(std::string name) : m_state(std::make_unique<State>(this))
 {
+    zviptv::FailureScope const scope("CProxyDBusHelper");
     State& state = *m_state;
     state.m_name = std::move(name);
     ZV_LOG_INFO_LINE("Constructor - %s", state.m_name.c_str());
@@ -148,7 +147,7 @@ int CProxyDBusHelper::m_CreatePartnerProxy()
         if (zviptv::IsOpen(state.m_connection)) {
             zviptv::SetFailureUnlessSet(ZV_FAILURE_INVALID_ARGUMENT, {"the partner's name is no bus name"});
         } else {
-            zviptv::SetFailureUnlessSet(ZV_FAILURE_NO_BUS, {NoBus});
+            zviptv::SetNoBus();
         }
         return 0;
     }
@@ -181,7 +180,7 @@ int CProxyDBusHelper::m_CreatePartnerProxy()
 
     if (subscription.Id() == 0) {
         ZV_LOG_ERROR_LINE("Error while g_dbus_connection_signal_subscribe");
-        zviptv::SetFailureUnlessSet(ZV_FAILURE_NO_BUS, {NoBus});
+        zviptv::SetNoBus();
         m_Disconnect();
         return 0;
     }

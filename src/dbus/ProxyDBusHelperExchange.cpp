@@ -67,11 +67,15 @@ Owned<GVariant> CallPartner(GDBusProxy* proxy, GVariant* body, Error& error)
 }
 
 /// What a send finds that has no partner.
-int RefuseUnconnected()
+int RefuseUnconnected(Owned<GDBusConnection> const& connection)
 {
-    zviptv::SetFailureUnlessSet(ZV_FAILURE_NO_SERVICE,
-                                {"there is no partner on the bus: it has left, or was never connected; "
-                                 "destroy the object and create it again"});
+    if (!zviptv::IsOpen(connection)) {
+        zviptv::SetNoBus();
+    } else {
+        zviptv::SetFailureUnlessSet(ZV_FAILURE_NO_SERVICE,
+                                    {"there is no partner on the bus: it has left, or was never connected; "
+                                     "destroy the object and create it again"});
+    }
     return 0;
 }
 
@@ -89,11 +93,11 @@ int CProxyDBusHelper::m_SendSyncMessage(CMessageBuffer& request, CMessageBuffer&
     State::Link const link = m_state->CurrentLink();
     if (!link.ready) {
         ZV_LOG_ERROR_LINE("Connection not set.");
-        return RefuseUnconnected();
+        return RefuseUnconnected(m_state->m_connection);
     }
     if (link.proxy == nullptr) {
         ZV_LOG_ERROR_LINE("Proxy not ready");
-        return RefuseUnconnected();
+        return RefuseUnconnected(m_state->m_connection);
     }
     ZV_LOG_DEBUG_LINE("Sending sync message with %d key-value pairs", request.Size());
     Error error;
@@ -127,11 +131,11 @@ int CProxyDBusHelper::m_SendAsyncMessage(CMessageBuffer& request,
     State::Link const link = m_state->CurrentLink();
     if (!link.ready) {
         ZV_LOG_ERROR_LINE("Connection not set.");
-        return RefuseUnconnected();
+        return RefuseUnconnected(m_state->m_connection);
     }
     if (link.proxy == nullptr) {
         ZV_LOG_ERROR_LINE("Proxy not ready");
-        return RefuseUnconnected();
+        return RefuseUnconnected(m_state->m_connection);
     }
     ZV_LOG_DEBUG_LINE("Sending async message with %d key-value pairs", request.Size());
     Error error;
@@ -166,11 +170,11 @@ int CProxyDBusHelper::SendNotification(CMessageBuffer& message)
     State::Link const link = m_state->CurrentLink();
     if (!link.ready) {
         ZV_LOG_ERROR_LINE("Connection not set.");
-        return RefuseUnconnected();
+        return RefuseUnconnected(m_state->m_connection);
     }
     if (link.subscription == 0) {
         ZV_LOG_ERROR_LINE("SignalSubscription not ready");
-        return RefuseUnconnected();
+        return RefuseUnconnected(m_state->m_connection);
     }
     ZV_LOG_DEBUG_LINE("Sending signal with %d key-value pairs", message.Size());
     Error error;

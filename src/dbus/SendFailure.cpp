@@ -55,8 +55,15 @@ void SetConnectFailure(Error const& error)
         SetShortage();
     } else {
         SetFailure(ZV_FAILURE_NO_BUS,
-                   {error.Message(), "; start the bus, or set DBUS_SYSTEM_BUS_ADDRESS to one that runs"});
+                   {error.Message(), "; start the bus, or set DBUS_SYSTEM_BUS_ADDRESS to one that runs, then "
+                                     "destroy the object and create it again"});
     }
+}
+
+void SetNoBus()
+{
+    SetFailureUnlessSet(ZV_FAILURE_NO_BUS,
+                        {"the channel has no connection to the bus; create it again when the bus runs"});
 }
 
 void SetShortage()

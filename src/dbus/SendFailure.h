@@ -12,6 +12,9 @@ void SetSendFailure(Error const& error, char const* what);
 /// Sets it from the error of a connection to the bus that could not be made.
 void SetConnectFailure(Error const& error);
 
+/// Sets, unless one is set, that a channel has no connection to the bus.
+void SetNoBus();
+
 /// Sets it for a process without a free descriptor.
 void SetShortage();
 

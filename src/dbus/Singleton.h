@@ -60,11 +60,12 @@ public:
 
     /// Runs `end` on the instance, if there is one, and gives it up. Returns it and all that ended earlier,
     /// or were replaced, as long as anybody holds them: callbacks of theirs may still run on other threads.
+    /// `last` becomes the instance that this call ended, or whose end it shared; null if there was none.
     template <typename EndInstance>
-    std::vector<Pointer> End(EndInstance end)
+    std::vector<Pointer> End(EndInstance end, Pointer& last)
     {
         std::unique_lock<std::mutex> lock(m_mutex);
-        Pointer const last = End(lock, end);
+        last = End(lock, end);
         if (!lock.owns_lock()) {
             lock.lock();
         }
@@ -75,6 +76,13 @@ public:
             }
         }
         return held;
+    }
+
+    template <typename EndInstance>
+    std::vector<Pointer> End(EndInstance end)
+    {
+        Pointer last;
+        return End(end, last);
     }
 
     /// As End(), but only if `isMeant` accepts the instance, which it returns. Waits for one that is being

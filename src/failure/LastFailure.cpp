@@ -1,27 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "failure/LastFailure.h"
 
-#include "failure/BoundedText.h"
-
 #include <type_traits>
 
 namespace zviptv {
 
 namespace {
 
-/// What a thread has failed with.
-struct Record
-{
-    ZVFailure failure{ZV_FAILURE_NONE, "", "", "", ""};
-    int depth = 0;     ///< functions of the library that the thread is in
-    int untouched = 0; ///< while it is not 0, nothing changes
-    BoundedText<256> errorName;
-    BoundedText<1024> message;
-};
-
 // Needs no destructor: it can be read as long as its thread runs, and costs no memory of the heap.
-static_assert(std::is_trivially_destructible_v<Record>);
-thread_local Record record;
+static_assert(std::is_trivially_destructible_v<FailureRecord>);
+thread_local FailureRecord record;
 
 /// The beginning of a text, whole characters of it.
 std::string_view Beginning(std::string_view text, std::size_t most)
@@ -36,8 +24,8 @@ std::string_view Beginning(std::string_view text, std::size_t most)
 
 FailureScope::FailureScope(char const* function) noexcept
 {
-    Record& own = record;
-    if (own.depth++ == 0 && own.untouched == 0) {
+    FailureRecord& own = record;
+    if (own.depth++ == 0) {
         own.failure = {ZV_FAILURE_NONE, function, "", "", ""};
     }
 }
@@ -47,22 +35,19 @@ FailureScope::~FailureScope()
     --record.depth;
 }
 
-FailureUntouched::FailureUntouched() noexcept
+FailureUntouched::FailureUntouched() noexcept : m_former(record)
 {
-    ++record.untouched;
+    record = {};
 }
 
 FailureUntouched::~FailureUntouched()
 {
-    --record.untouched;
+    record = m_former; // the texts are back in their places, which the failure points to
 }
 
 void SetFailure(EZVFailureKind kind, TextParts message, char const* key, std::string_view errorName) noexcept
 {
-    Record& own = record;
-    if (own.untouched != 0) {
-        return;
-    }
+    FailureRecord& own = record;
     own.errorName.Clear();
     own.errorName.Append(errorName);
     own.message.Clear();

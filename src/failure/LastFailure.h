@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "failure/BoundedText.h"
+
 #include <zviptv/Failure.h>
 
 #include <initializer_list>
@@ -12,6 +14,15 @@ namespace zviptv {
 
 /// Parts of a text, in order.
 using TextParts = std::initializer_list<std::string_view>;
+
+/// What a thread has failed with.
+struct FailureRecord
+{
+    ZVFailure failure{ZV_FAILURE_NONE, "", "", "", ""};
+    int depth = 0; ///< functions of the library that the thread is in
+    BoundedText<256> errorName;
+    BoundedText<1024> message;
+};
 
 /// A function of the library, while it runs. The outermost one on a thread begins without a failure and gives
 /// its name to those that are set until it ends.
@@ -25,8 +36,8 @@ public:
     FailureScope& operator=(FailureScope const&) = delete;
 };
 
-/// While it lives, the calling thread's failure stays as it was: for what the library does in callbacks of
-/// the main loop.
+/// Gives the calling thread back, when it ends, the failure that it has now: for what the library does in
+/// callbacks of the main loop, which begins without a failure.
 class FailureUntouched
 {
 public:
@@ -34,6 +45,9 @@ public:
     ~FailureUntouched();
     FailureUntouched(FailureUntouched const&) = delete;
     FailureUntouched& operator=(FailureUntouched const&) = delete;
+
+private:
+    FailureRecord const m_former;
 };
 
 /// Sets the calling thread's failure; the last one counts. Allocates nothing. `key` must live as long as the

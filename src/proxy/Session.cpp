@@ -35,6 +35,7 @@ void Session::Leave()
     if (ChannelAccess::IsOnLiveBus(m_channel)) {
         client.emplace();
         client->Disconnect(m_channel.GetPublicName(), m_typeWord);
+        m_leaveFailure.Keep();
     }
     ChannelAccess::Withdraw(m_channel);
 }

@@ -36,6 +36,9 @@ public:
     /// Until then it answers the service.
     void Leave();
 
+    /// Sets the calling thread's failure to that of Leave(), if it failed.
+    void ExplainLeaving() const { m_leaveFailure.Recall(); }
+
     /// Returns when no callback of the channel runs on another thread. After Leave().
     void WaitForCallbacks();
 
@@ -55,6 +58,7 @@ private:
     std::optional<IPTVHandle> const m_handle;
     std::atomic<bool> m_isLeaving{false};
     KeptFailure m_connectFailure;
+    KeptFailure m_leaveFailure;
     CProxyDBusHelper m_channel;
 };
 
@@ -92,12 +96,16 @@ std::shared_ptr<AnySession> GetOrMakeSession(Sessions<AnySession>& sessions, Mak
 }
 
 /// Ends the session, if there is one; returns when no callback of it or of an earlier one runs on another
-/// thread.
+/// thread. Sets the calling thread's failure, also where another thread ends the session meanwhile.
 template <typename AnySession>
 void EndSession(Singleton<AnySession>& sessions)
 {
-    for (auto const& ended : sessions.End([](AnySession& session) { session.Leave(); })) {
+    std::shared_ptr<AnySession> last;
+    for (auto const& ended : sessions.End([](AnySession& session) { session.Leave(); }, last)) {
         ended->WaitForCallbacks();
+    }
+    if (last != nullptr) {
+        last->ExplainLeaving();
     }
 }
 

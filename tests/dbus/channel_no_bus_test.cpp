@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "ChannelFixture.h"
+#include "FailureText.h"
 #include "GLibObjects.h"
+
+#include <zviptv/ConnectionHelperDBusClient.h>
 
 #include <algorithm>
 #include <chrono>
@@ -40,6 +43,42 @@ TEST_F(ChannelWithoutBus, IsConstructedAndSaysWhy)
         ElementsAre(Info(function, "Constructor - IPGUTIL"), Info(function, "XML parsed"),
                     Info(function, "Getting connection to DBUS"),
                     Failed(function, "Error while connecting to system bus " + ConnectFailure() + "\n")));
+}
+
+constexpr char StartTheBus[] =
+    "Could not connect: No such file or directory; start the bus, or set "
+    "DBUS_SYSTEM_BUS_ADDRESS to one that runs, then destroy the object and create it again";
+
+TEST_F(ChannelWithoutBus, FailureNamesTheConstructor)
+{
+    CProxyDBusHelper const channel("IPGUTIL");
+    EXPECT_EQ(LastFailure(), std::string("no bus | CProxyDBusHelper |  |  | ") + StartTheBus);
+    CConnectionHelperDBusClient const client;
+    EXPECT_EQ(LastFailure(), std::string("no bus | CConnectionHelperDBusClient |  |  | ") + StartTheBus);
+}
+
+TEST_F(ChannelTest, ConstructorThatSucceedsEndsAnOldFailure)
+{
+    TestChannel channel;
+    EXPECT_EQ(LastFailure(), NoFailure("CProxyDBusHelper"));
+    EXPECT_EQ(channel->Connect("no bus name"), 0);
+    CConnectionHelperDBusClient const client;
+    EXPECT_EQ(LastFailure(), NoFailure("CConnectionHelperDBusClient"));
+}
+
+TEST_F(ChannelWithoutBus, FailureOfASendIsTheMissingBus)
+{
+    std::string const reason =
+        " |  |  | the channel has no connection to the bus; create it again when the bus runs";
+    CProxyDBusHelper channel("IPGUTIL");
+    CMessageBuffer message;
+    CMessageBuffer reply;
+    for (int const async : {0, 1}) {
+        channel.SendMessage(message, reply, async);
+        EXPECT_EQ(LastFailure(), "no bus | SendMessage" + reason);
+    }
+    channel.SendNotification(message);
+    EXPECT_EQ(LastFailure(), "no bus | SendNotification" + reason);
 }
 
 TEST_F(ChannelWithoutBus, EverythingFailsQuietly)

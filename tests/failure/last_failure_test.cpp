@@ -93,7 +93,9 @@ TEST(LastFailure, IsLeftAloneByWhatCallbacksDo)
     {
         FailureUntouched const untouched;
         FailureScope const scope("Callback");
+        EXPECT_EQ(LastFailure(), NoFailure("Callback"));
         SetFailure(ZV_FAILURE_NO_BUS, {"in the callback"});
+        EXPECT_EQ(LastFailure(), "no bus | Callback |  |  | in the callback") << "can be kept";
     }
     EXPECT_EQ(LastFailure(), "timed out | Call |  |  | too late");
     FailureScope const scope("Next");

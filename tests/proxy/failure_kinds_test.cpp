@@ -77,6 +77,7 @@ TEST_P(FactoryFailure, NoBusCanBeReached)
               std::string::npos)
         << failure;
     if (object != nullptr) {
+        EXPECT_NE(failure.find("runs, then destroy the object and create it again"), std::string::npos);
         EXPECT_FALSE(Kind().call(object));
         EXPECT_EQ(ZVGetLastFailure().kind, ZV_FAILURE_NO_BUS);
     }
@@ -130,6 +131,18 @@ TEST_P(FactoryFailure, AnnouncementIsNotAnswered)
     EXPECT_EQ(LastFailure(), "timed out | " + DestroyName() + " |  |  | " + NoAnnouncementAnswer);
 }
 
+TEST_P(FactoryFailure, AnnouncementIsAnsweredWithAnotherType)
+{
+    m_service.AnswerAnnouncements([](Announcement const&) { return WireAnswer(WireEntries{}); });
+    std::string const reason =
+        " |  |  | the answer to the announcement is malformed: expected the type (a(ss)), got (a{sv})";
+    void* const object = Create();
+    ASSERT_NE(object, nullptr);
+    EXPECT_EQ(LastFailure(), "malformed reply | " + CreateName() + reason);
+    Kind().call(object);
+    EXPECT_EQ(LastFailure(), std::string("malformed reply | ") + Kind().method + reason);
+}
+
 TEST_P(FactoryFailure, AnnouncementIsDenied)
 {
     m_service.AnswerAnnouncements([](Announcement const&) {
@@ -170,6 +183,46 @@ TEST_P(FactoryFailure, IsThatOfEveryThreadThatSharesAnAttempt)
     }
 }
 
+TEST_P(FactoryFailure, IsThatOfEveryThreadThatSharesADestroy)
+{
+    ASSERT_NE(Create(), nullptr);
+    m_service.AnswerAnnouncements([](Announcement const&) { return WireAnswer::Nothing(); });
+    std::string const expected = "timed out | " + DestroyName() + " |  |  | " + NoAnnouncementAnswer;
+    std::vector<std::future<std::string>> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.push_back(std::async(std::launch::async, [] {
+            Kind().destroy();
+            return LastFailure();
+        }));
+    }
+    for (std::future<std::string>& thread : threads) {
+        EXPECT_EQ(thread.get(), expected);
+    }
+    Kind().destroy();
+    EXPECT_EQ(LastFailure(), NoFailure(DestroyName())) << "nothing was there to end";
+}
+
+/// The endpoint leaves, and the service, which is another process, does not answer that the object ends.
+TEST_F(ServiceTest, DestroySharesTheFailureOfAnObjectThatEndsItself)
+{
+    LoopThread loop;
+    WirePeer endpoint(m_bus.Address());
+    m_service.SetPartnerName(endpoint.Name());
+    IPlayerControl* player = nullptr;
+    CIPTVServiceAPI::CreatePlayerControl(IPTV_PROFILE_DEFAULT, 0, &player);
+    ASSERT_EQ(LastFailure(), NoFailure("CreatePlayerControl"));
+    loop.Run([] { CIPTVServiceAPI::CreatePlayerControl(IPTV_PROFILE_DEFAULT, 0, nullptr); });
+    m_service.AnswerAnnouncements([](Announcement const&) { return WireAnswer::Nothing(); });
+    endpoint.Disconnect();
+    ASSERT_TRUE(m_service.WaitForAnnouncement("PLAYERCONTROL", "n"));
+    CIPTVServiceAPI::DestroyPlayerControl();
+    EXPECT_EQ(LastFailure(), std::string("timed out | DestroyPlayerControl |  |  | ") + NoAnnouncementAnswer);
+    std::string callers;
+    loop.Run([&callers] { callers = LastFailure(); });
+    EXPECT_EQ(callers,
+              "invalid argument | CreatePlayerControl |  |  | there is no pointer to store the object in");
+}
+
 using FailureWithoutService = ProxyTest;
 
 TEST_F(FailureWithoutService, TellsOfAMissingPlaceForTheObject)
@@ -202,7 +255,11 @@ TEST_F(FailureWithoutService, TellsWhyTheHelperBusAnswersNobody)
         IConnectionHelper* helper = nullptr;
         CIPTVServiceAPI::CreateConnectionHelper(&helper);
         ASSERT_NE(helper, nullptr);
-        EXPECT_EQ(LastFailure().rfind("no bus | CreateConnectionHelper |  |  | ", 0), 0U) << LastFailure();
+        EXPECT_EQ(
+            LastFailure(),
+            "no bus | CreateConnectionHelper |  |  | Could not connect: No such file or directory; start the "
+            "bus, or set DBUS_SYSTEM_BUS_ADDRESS to one that runs, then destroy the object and create it "
+            "again");
     }
     CIPTVServiceAPI::DestroyConnectionHelper();
 }
