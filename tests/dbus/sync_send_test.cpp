@@ -237,15 +237,6 @@ TEST_F(SyncSend, EndsAtOnceWhenThePartnerDies)
     EXPECT_EQ(m_log.Count("Connection lost with partner id=" + m_partner.Name()), 1U);
 }
 
-TEST_F(SyncSend, WorksFromAnyThread)
-{
-    AnswerWith(Entries({{"k", "v"}}));
-    int sent = 0;
-    std::thread([&] { sent = Send(); }).join();
-    EXPECT_EQ(sent, 1);
-    EXPECT_EQ(EntriesOf(m_reply), Entries({{"k", "v"}}));
-}
-
 /// A stranger's message in answer to a call. It is on its way to the victim when this returns.
 void Forge(int type, std::string const& victim, std::uint32_t serial)
 {
