@@ -83,7 +83,7 @@ step "The unit: disabled, without mistakes, exposed to little"
 . "$here/unit.sh"
 
 step "Bash completes the tools' words"
-for words in "zviptvctl sta status" "zviptv-sim --lo --loop --lock-service"; do
+for words in "zviptvctl sta status" "zviptv-sim --lo --loop --lock-service --lock-stops-pushes"; do
     read -r tool typed offered <<<"$words"
     # shellcheck disable=SC2016 # for the shell inside
     as "$tester" bash -c '. "/usr/share/bash-completion/completions/$1" && COMP_WORDS=("$1" "$2") COMP_CWORD=1 &&
