@@ -2,11 +2,11 @@
 #include "dbus/BusConnection.h"
 
 #include "dbus/FreeDescriptors.h"
+#include "glib/Deadline.h"
 
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
-#include <thread>
 #include <utility>
 
 namespace zviptv {
@@ -18,45 +18,10 @@ constexpr auto MessageBus = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_
 
 using Clock = std::chrono::steady_clock;
 
-/// A bus that accepts connections and does not answer is given up.
+/// How long a bus that accepts a connection may take to answer.
 constexpr std::chrono::milliseconds ConnectTimeout{2000};
-/// So long the next one is not tried: the steps of one Create share an attempt, and so do threads.
+/// The pause after an attempt that timed out: the steps of one Create, and threads, share its outcome.
 constexpr std::chrono::milliseconds ConnectPause{500};
-
-/// Cancels what takes longer than ConnectTimeout.
-class ConnectLimit
-{
-public:
-    ConnectLimit() : m_cancellable(g_cancellable_new()), m_thread([this] { Watch(); }) {}
-    ~ConnectLimit()
-    {
-        {
-            std::lock_guard<std::mutex> const lock(m_mutex);
-            m_isOver = true;
-        }
-        m_over.notify_one();
-        m_thread.join();
-    }
-    ConnectLimit(ConnectLimit const&) = delete;
-    ConnectLimit& operator=(ConnectLimit const&) = delete;
-
-    GCancellable* Cancellable() const { return m_cancellable.get(); }
-
-private:
-    void Watch()
-    {
-        std::unique_lock<std::mutex> lock(m_mutex);
-        if (!m_over.wait_for(lock, ConnectTimeout, [this] { return m_isOver; })) {
-            g_cancellable_cancel(m_cancellable.get());
-        }
-    }
-
-    Owned<GCancellable> const m_cancellable;
-    std::mutex m_mutex;
-    std::condition_variable m_over;
-    bool m_isOver = false;
-    std::thread m_thread;
-};
 
 /// The exit-on-close setting of the connection in use. It outlives the connection, so that the next one gets
 /// it.
@@ -107,8 +72,8 @@ private:
 /// The connection that GIO shares within the process. It is a new one if nobody holds the former one.
 Owned<GDBusConnection> Shared(bool exitsOnClose, Error& error)
 {
-    ConnectLimit const limit;
-    Owned<GDBusConnection> connection(g_bus_get_sync(G_BUS_TYPE_SYSTEM, limit.Cancellable(), error.Out()));
+    Deadline const deadline(ConnectTimeout);
+    Owned<GDBusConnection> connection(g_bus_get_sync(G_BUS_TYPE_SYSTEM, deadline.Get(), error.Out()));
     if (connection != nullptr && !exitsOnClose) {
         g_dbus_connection_set_exit_on_close(connection.get(), FALSE);
     }
@@ -118,9 +83,9 @@ Owned<GDBusConnection> Shared(bool exitsOnClose, Error& error)
 /// A connection in place of one whose bus has died; null while there is no bus.
 Owned<GDBusConnection> Replacement(gboolean exitsOnClose, Error& error)
 {
-    ConnectLimit const limit;
+    Deadline const deadline(ConnectTimeout);
     Owned<GDBusConnection> connection(g_dbus_connection_new_for_address_sync(
-        SystemBusAddress().c_str(), MessageBus, nullptr, limit.Cancellable(), error.Out()));
+        SystemBusAddress().c_str(), MessageBus, nullptr, deadline.Get(), error.Out()));
     if (connection != nullptr) {
         g_dbus_connection_set_exit_on_close(connection.get(), exitsOnClose);
     }
@@ -157,7 +122,7 @@ Owned<GDBusConnection> SystemBus(Error& error)
     static std::mutex mutex;
     static GWeakRef last;                               // all zero, which is empty
     static ExitOnClose& exitOnClose = *new ExitOnClose; // the application may end a connection at exit
-    static Clock::time_point timedOut;                  // the latest attempt that did; never at first
+    static Clock::time_point timedOut;                  // when the latest attempt did, if any
     std::lock_guard<std::mutex> const lock(mutex);
     Owned<GDBusConnection> current(static_cast<GDBusConnection*>(g_weak_ref_get(&last)));
     if (current != nullptr && IsAlive(current)) {

@@ -10,7 +10,7 @@ namespace zviptv {
 /// Reports once that a connection has closed; ends with its owner.
 ///
 /// GIO reports it through the main context in which the connection was made, which may be another thread's.
-/// The watch passes it on to the context of its own thread.
+/// The watch passes it on to the context of the thread that made it.
 class CloseWatch
 {
 public:

@@ -242,7 +242,7 @@ void CConnectionHelperDBusServer::m_MethodCallback(GDBusConnection* connection, 
     std::string answer;
     Server::Handler const handler = held->CurrentHandler();
     if (handler.call != nullptr) {
-        zviptv::IncomingScope scope("", owned.get()); // an announcement is no message that has a sender
+        zviptv::IncomingScope scope("", owned.get()); // the handler of announcements gets no sender
         try {
             answer = handler.call(request.GetValue(key::DBusName), request.GetValue(key::Type),
                                   request.GetValue(key::Add), handler.userData);

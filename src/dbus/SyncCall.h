@@ -21,7 +21,7 @@ struct MethodTarget
 /// G_IO_ERROR_TIMED_OUT after `timeout`, G_IO_ERROR_CLOSED within 25 ms of the end of the connection, or the
 /// error that was answered.
 ///
-/// Messages of others than the callee or the bus are no answers. Whose well-known name is called may answer
+/// Only messages of the callee or of the bus count as answers. Whose well-known name is called may answer
 /// under any unique one; serials that strangers cannot guess stand in for the check.
 ///
 /// The answer is taken on GIO's worker thread, which saves the calling thread the main context that GIO's own

@@ -30,7 +30,7 @@ protected:
         return "not sent";
     }
 
-    /// Announces on a thread of its own.
+    /// Announces on a separate thread.
     void Announce(std::chrono::milliseconds timeout = patience)
     {
         m_answer = std::async(std::launch::async, [this, timeout] {

@@ -25,7 +25,7 @@ bool Add(Faults& faults, std::string const& text)
         return true;
     } catch (std::invalid_argument const& failure) {
         Require(std::string(failure.what()).rfind("cannot use the fault '" + text + "': ", 0) == 0,
-                "what is no fault is named");
+                "the message quotes the refused text");
         Require(faults.List().size() == count, "nothing is half applied");
         return false;
     }

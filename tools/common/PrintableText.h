@@ -6,7 +6,7 @@
 
 namespace zviptv {
 
-// Texts of others, so that they do not upset a terminal: control characters and bytes that are no UTF-8 as
+// Texts of others, so that they do not upset a terminal: control characters and bytes that are not UTF-8 as
 // \xNN.
 
 /// On one line: also line breaks and tabs are escaped, as \n and \t, and backslashes doubled.

@@ -1,15 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "Process.h"
 
-#include "Spawn.h"
-
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
-#include <cstdio>
-#include <system_error>
 #include <utility>
 
 namespace zviptv {
@@ -22,23 +17,6 @@ int ToStatus(int waited)
 }
 
 } // namespace
-
-Process Process::Fork(std::function<int()> const& work)
-{
-    std::fflush(nullptr);
-    pid_t const parent = getpid();
-    pid_t const pid = fork();
-    if (pid < 0) {
-        throw std::system_error(errno, std::generic_category(), "cannot start a process");
-    }
-    if (pid == 0) {
-        BeginChild(parent, true);
-        int const status = work();
-        std::fflush(nullptr);
-        _exit(status);
-    }
-    return Process(pid);
-}
 
 Process::Process(Process&& other) noexcept : m_pid(std::exchange(other.m_pid, -1)), m_status(other.m_status)
 {

@@ -3,7 +3,6 @@
 
 #include <sys/types.h>
 
-#include <functional>
 #include <optional>
 
 namespace zviptv {
@@ -17,10 +16,6 @@ public:
 
     /// Takes over a process that Spawn() has started.
     explicit Process(pid_t pid) : m_pid(pid) {}
-
-    /// Runs `work` in a copy of this process, in a group of its own, with its result as exit status. It is
-    /// killed when this process ends, however that happens. To be used before threads start.
-    static Process Fork(std::function<int()> const& work);
 
     Process(Process&& other) noexcept;
     Process& operator=(Process&& other) noexcept;

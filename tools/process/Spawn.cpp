@@ -2,6 +2,7 @@
 #include "Spawn.h"
 
 #include "FileHandle.h"
+#include "Process.h"
 
 #include <fcntl.h>
 #include <sys/prctl.h>
@@ -15,8 +16,6 @@
 namespace zviptv {
 
 namespace {
-
-constexpr int CannotRun = 127;
 
 std::vector<std::string> MergedEnvironment(std::map<std::string, std::string> const& added)
 {
@@ -55,6 +54,22 @@ struct ChildPlan
     int failures;
 };
 
+/// The new process is killed when `parent` ends, and starts with no signal blocked.
+void BeginChild(pid_t parent, bool ownGroup)
+{
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    // The parent may have died before the request above, which then never fires.
+    if (getppid() != parent) {
+        _exit(Process::CannotRun);
+    }
+    if (ownGroup) {
+        setpgid(0, 0);
+    }
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
 /// Between fork() and exec(): async-signal-safe calls only.
 [[noreturn]] void RunChild(ChildPlan const& plan)
 {
@@ -72,7 +87,7 @@ struct ChildPlan
     execvpe(plan.program, plan.arguments, plan.environment);
     int const reason = errno;
     static_cast<void>(!write(failures, &reason, sizeof reason));
-    _exit(CannotRun);
+    _exit(Process::CannotRun);
 }
 
 /// The reason why exec() failed, 0 if it did not: then it has closed the other end.
@@ -87,21 +102,6 @@ int ReadReason(int failures)
 }
 
 } // namespace
-
-void BeginChild(pid_t parent, bool ownGroup)
-{
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
-    // The parent may have died before the request above, which then never fires.
-    if (getppid() != parent) {
-        _exit(CannotRun);
-    }
-    if (ownGroup) {
-        setpgid(0, 0);
-    }
-    sigset_t none;
-    sigemptyset(&none);
-    sigprocmask(SIG_SETMASK, &none, nullptr);
-}
 
 pid_t SpawnOutcome::Pid(std::string const& program) const
 {

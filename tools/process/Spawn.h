@@ -43,7 +43,4 @@ SpawnOutcome TrySpawn(SpawnRequest const& request);
 /// The same. Throws std::system_error if there is no process.
 pid_t Spawn(SpawnRequest const& request);
 
-/// To be called by a new process: it is killed when `parent` ends, and starts with no signal blocked.
-void BeginChild(pid_t parent, bool ownGroup);
-
 } // namespace zviptv

@@ -149,7 +149,8 @@ TEST_F(Verbs, FaultsAreCountedRemovedAndCleared)
     ASSERT_EQ(m_remote->Call("AddFault", "('MuteAudio=result:8', {})"), Done);
     EXPECT_EQ(mute(), "8");
     EXPECT_EQ(m_remote->Call("RemoveFault", "('MuteAudio=drop',)"),
-              std::string(Invalid) + "there is no fault 'MuteAudio=drop': use MuteAudio=result:8");
+              std::string(Invalid) +
+                  "cannot remove the fault 'MuteAudio=drop': it is not active; use MuteAudio=result:8");
     EXPECT_EQ(m_remote->Call("RemoveFault", "('MuteAudio=result:8',)"), Done);
     EXPECT_EQ(mute(), "1");
     ASSERT_EQ(m_remote->Call("AddFault", "('*=result:9', {})"), Done);

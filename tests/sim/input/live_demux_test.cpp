@@ -41,7 +41,7 @@ protected:
         m_demux = std::make_unique<sim::Demux>(std::make_unique<LiveMemory>(builder.Stream(), m_come));
     }
 
-    /// What the next so many packets give.
+    /// The result of reading the given number of packets.
     std::vector<sim::Event> Come(std::size_t packets)
     {
         *m_come = packets;

@@ -90,7 +90,7 @@ TEST(UdpReceiver, JoinsAGroupOfIpv6)
     Pass("udp://@[ff11::17:4]:" + std::to_string(sender.Port()) + "?iface=" + interface, sender);
 }
 
-/// Wrong addresses, and what is said about them.
+/// Wrong addresses and their error messages.
 TEST(UdpReceiver, SaysWhyItCannotReceive)
 {
     UdpSender const sender("127.0.0.1");

@@ -18,7 +18,7 @@ std::string Normal(std::string const& text)
     return FaultRule::Parse(text).Text();
 }
 
-/// What is said of a text that is no fault; empty when it is one.
+/// The error message for a text that Parse() refuses; empty if it accepts the text.
 std::string Refusal(std::string const& text)
 {
     try {

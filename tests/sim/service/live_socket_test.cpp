@@ -138,7 +138,7 @@ TEST_F(LiveSocket, ShowsAStallAndRecovers)
               "");
 }
 
-/// Datagrams that are no transport packets come in between.
+/// Datagrams without transport packets arrive in between.
 TEST_F(LiveSocket, GetsBackIntoStep)
 {
     Listen("udp");

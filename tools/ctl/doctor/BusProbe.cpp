@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "doctor/BusProbe.h"
 
-#include "doctor/Deadline.h"
+#include "glib/Deadline.h"
 
 namespace zviptv::ctl::doctor {
 
@@ -61,7 +61,7 @@ bool Reply::IsDenied() const
 
 BusProbe::BusProbe(BusFacts& facts)
 {
-    Deadline const deadline;
+    Deadline const deadline{std::chrono::milliseconds(PatienceMs)};
     Error error;
     Owned<GIOStream> const stream(
         g_dbus_address_get_stream_sync(facts.address.c_str(), nullptr, deadline.Get(), error.Out()));

@@ -150,8 +150,9 @@ void RemoveFault(Service& service, GVariant* parameters)
         for (Faults::State const& fault : television.faults.List()) {
             active += (active.empty() ? "" : ", ") + fault.progress.text;
         }
-        throw std::invalid_argument("there is no fault '" + text +
-                                    "': " + (active.empty() ? "no fault is active" : "use " + active));
+        throw std::invalid_argument(
+            "cannot remove the fault '" + text +
+            "': " + (active.empty() ? "no fault is active" : "it is not active; use " + active));
     }
 }
 

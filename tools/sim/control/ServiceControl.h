@@ -16,7 +16,7 @@ class ServiceControl
 {
 public:
     /// Takes over the connection's descriptor. `begin` is called, in the main loop, once the service has been
-    /// restored. @throws std::runtime_error when the other end is no simulator
+    /// restored. @throws std::runtime_error when the other end is not a simulator
     ServiceControl(int descriptor, Service& service, MainLoop& loop, std::function<void()> begin);
     ~ServiceControl();
     ServiceControl(ServiceControl const&) = delete;

@@ -26,7 +26,7 @@ void AnswerError(GDBusMethodInvocation* invocation, char const* name, char const
     g_dbus_method_invocation_return_dbus_error(invocation, name, text);
 }
 
-/// Errors of the service itself have a name of their own; those of the connection mean that it has died.
+/// The service's errors have their own D-Bus names; any other error means that it has died.
 void AnswerError(GDBusMethodInvocation* invocation, GError const* error)
 {
     Owned<char> const name(g_dbus_error_get_remote_error(error));

@@ -148,7 +148,7 @@ void AddFaults(CLI::App& app, Options& options, Texts& texts)
         ->type_name("SECONDS")
         ->check(Seconds(0.001));
     app.add_option("--restart-after", options.restartAfter,
-                   "A service that died, or was killed, comes back after so many seconds")
+                   "A service that died, or was killed, comes back after the given number of seconds")
         ->type_name("SECONDS")
         ->check(Seconds(0));
     app.add_flag("--restart-from-start", options.restartFromStart,

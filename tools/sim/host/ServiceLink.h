@@ -27,7 +27,7 @@ public:
 
     bool IsConnected() const { return m_connection != nullptr; }
 
-    /// Only once it is connected. `reply` is called in any case, also after the link's end.
+    /// Requires a connection. `reply` is always called, also after the link has ended.
     void Call(char const* interface, std::string const& method, GVariant* parameters, Reply reply);
 
 private:

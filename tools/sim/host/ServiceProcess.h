@@ -12,7 +12,7 @@
 
 namespace zviptv::sim {
 
-/// The service in a process of its own, which dies and comes back as the options and the control interface
+/// The service in a separate process, which dies and comes back as the options and the control interface
 /// say.
 class ServiceProcess
 {

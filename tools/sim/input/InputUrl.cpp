@@ -17,7 +17,7 @@ namespace {
     throw StreamError("cannot open " + url.text + ": " + reason);
 }
 
-/// Takes what is before `mark`, and the mark, off the text; all of it where there is no mark.
+/// Removes the text up to `mark`, and the mark, and returns that text. Without a mark, it is the whole text.
 std::string_view TakeUntil(std::string_view& text, char mark)
 {
     std::size_t const end = std::min(text.find(mark), text.size());

@@ -7,7 +7,7 @@
 
 namespace zviptv::sim {
 
-/// A FIFO, or what else standard input may be but a file. It ends when its last writer has gone; before the
+/// A FIFO, or standard input that is not a regular file. It ends when its last writer has gone; before the
 /// first one it has not begun.
 class PipeBytes : public ArrivingBytes
 {

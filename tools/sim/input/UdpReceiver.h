@@ -10,7 +10,7 @@
 
 namespace zviptv::sim {
 
-/// Empties a socket on a thread of its own, so that the socket's buffer, which may be small, does not fill up
+/// Empties a socket on a separate thread, so that the socket's buffer, which may be small, does not fill up
 /// while the main loop is busy. The other functions may be called from any thread.
 class UdpReceiver
 {

@@ -61,7 +61,7 @@ unsigned int InterfaceOf(InputUrl const& url)
 
 void Set(FileHandle const& socket, int level, int option, int value)
 {
-    setsockopt(socket.Get(), level, option, &value, sizeof(value)); // a missing one is no reason to give up
+    setsockopt(socket.Get(), level, option, &value, sizeof(value)); // the input also works without it
 }
 
 int Join(FileHandle const& socket, addrinfo const& address, unsigned int interface)

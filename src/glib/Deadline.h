@@ -1,19 +1,23 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "doctor/BusProbe.h"
+#include "Owned.h"
 
+#include <chrono>
 #include <condition_variable>
 #include <mutex>
 #include <thread>
 
-namespace zviptv::ctl::doctor {
+namespace zviptv {
 
-/// Cancels what waits with Get() when the library would have given up.
+/// Cancels operations that use Get() after a time. Its thread ends with it.
 class Deadline
 {
 public:
-    Deadline() : m_cancellable(g_cancellable_new()), m_thread([this] { Wait(); }) {}
+    explicit Deadline(std::chrono::milliseconds limit)
+        : m_limit(limit), m_cancellable(g_cancellable_new()), m_thread([this] { Wait(); })
+    {
+    }
 
     ~Deadline()
     {
@@ -34,16 +38,17 @@ private:
     void Wait()
     {
         std::unique_lock<std::mutex> lock(m_mutex);
-        if (!m_changed.wait_for(lock, std::chrono::milliseconds(PatienceMs), [this] { return m_isOver; })) {
+        if (!m_changed.wait_for(lock, m_limit, [this] { return m_isOver; })) {
             g_cancellable_cancel(m_cancellable.get());
         }
     }
 
-    Owned<GCancellable> m_cancellable;
+    std::chrono::milliseconds const m_limit;
+    Owned<GCancellable> const m_cancellable;
     std::mutex m_mutex;
     std::condition_variable m_changed;
     bool m_isOver = false;
     std::thread m_thread; ///< last: it uses all of these
 };
 
-} // namespace zviptv::ctl::doctor
+} // namespace zviptv
