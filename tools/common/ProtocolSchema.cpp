@@ -3,6 +3,7 @@
 
 #include <json/reader.h>
 
+#include <algorithm>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -34,6 +35,13 @@ Json::Value const& ProtocolSchema()
 {
     static Json::Value const schema = Parse();
     return schema;
+}
+
+Json::Value const& FindEntry(Json::Value const& list, char const* name, std::string const& text)
+{
+    auto const found =
+        std::find_if(list.begin(), list.end(), [&](Json::Value const& entry) { return entry[name] == text; });
+    return found == list.end() ? Json::Value::nullSingleton() : *found;
 }
 
 } // namespace zviptv

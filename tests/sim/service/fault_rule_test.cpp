@@ -33,7 +33,8 @@ TEST(FaultRule, ReadsEveryFaultOfARequest)
 {
     for (char const* const text :
          {"MuteAudio=delay:0", "MuteAudio=delay:2147483647", "*=drop", "requestPESCB=error",
-          "MuteAudio=result:-5", "GetAudio=missing:audio", "GetAudio=garbage:audio", "*=short:any key"}) {
+          "MuteAudio=result:-5", "GetAudio=missing:audio", "GetAudio=garbage:audio", "*=short:stcCount",
+          "GetAudio=missing:result_internal", "CloneUSBToTV=garbage:data"}) {
         EXPECT_EQ(Normal(text), text);
     }
 }
@@ -41,10 +42,14 @@ TEST(FaultRule, ReadsEveryFaultOfARequest)
 TEST(FaultRule, ReadsEveryFaultOfAPush)
 {
     for (std::string const function : {"PESCB", "CaptionCB"}) {
-        for (char const* const fault : {"delay:5", "drop", "missing:pesPTS", "garbage:pesPTS",
-                                        "short:pesData", "duplicate", "reorder", "burst:2", "burst:1000"}) {
+        for (char const* const fault :
+             {"delay:5", "drop", "missing:functionname", "duplicate", "reorder", "burst:2", "burst:1000"}) {
             EXPECT_EQ(Normal(function + "=" + fault), function + "=" + fault);
         }
+    }
+    for (char const* const text :
+         {"PESCB=garbage:pesPTS", "PESCB=short:pesData", "CaptionCB=missing:captionType"}) {
+        EXPECT_EQ(Normal(text), text);
     }
 }
 
@@ -97,6 +102,38 @@ TEST(FaultRule, SaysWhatAnArgumentMayBe)
         EXPECT_THAT(Refusal(text), AllOf(StartsWith(std::string("cannot use the fault '") + text + "': "),
                                          HasSubstr(reason)));
     }
+}
+
+TEST(FaultRule, SaysWhichKeysAMessageHas)
+{
+    for (std::string const fault : {"missing", "garbage", "short"}) {
+        for (auto const& [function, key, reason] :
+             std::initializer_list<std::tuple<std::string, std::string, char const*>>{
+                 {"GetAudio", "nosuchkey",
+                  "'nosuchkey' is not a key of the answer to GetAudio; use result_internal or audio"},
+                 {"GetAudio", "index",
+                  "'index' is not a key of the answer to GetAudio; use result_internal or audio"},
+                 {"MuteAudio", "onoff",
+                  "'onoff' is not a key of the answer to MuteAudio; use result_internal"},
+                 {"GetResolution", "Resolution",
+                  "'Resolution' is not a key of the answer to GetResolution; use result_internal, resolution "
+                  "or resolutioninfo"},
+                 {"PESCB", "captionData",
+                  "'captionData' is not a key of PESCB; use functionname, pesDataSize, pesType, pesPID, "
+                  "pesPTS or pesData"},
+                 {"CaptionCB", "pesData",
+                  "'pesData' is not a key of CaptionCB; use functionname, captionDataSize, captionType or "
+                  "captionData"},
+                 {"Announcement", "type",
+                  "'type' is not a key of the answer to an announcement; use dbusname"}}) {
+            std::string text = function;
+            text.append("=").append(fault).append(":").append(key);
+            EXPECT_EQ(Refusal(text), "cannot use the fault '" + text + "': " + reason);
+        }
+    }
+    EXPECT_THAT(Refusal("*=missing:onoff"),
+                AllOf(HasSubstr("'onoff' is not a key of any answer; use result_internal, stcCount, mode, "),
+                      HasSubstr(", timebasenum, currenttime, encodeType, "), HasSubstr(" or data")));
 }
 
 TEST(FaultRule, SaysWhatAnOptionMayBe)

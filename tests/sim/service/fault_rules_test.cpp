@@ -106,8 +106,7 @@ TEST_F(FaultInjection, TheLastOfEqualOnesCounts)
 TEST_F(FaultInjection, OfDifferentKeysGoTogether)
 {
     Begin({"*=result:9", "GetFirstPTS=missing:timebasenum", "GetFirstPTS=garbage:firstPTS",
-           "GetFirstPTS=short:timebaseden", "MuteAudio=short:result_internal",
-           "MuteVideo=garbage:nosuchkey"});
+           "GetFirstPTS=short:timebaseden", "MuteAudio=short:result_internal", "*=garbage:stcCount"});
     WireMessage const pts = Ask("GetFirstPTS");
     EXPECT_EQ(Number(pts, "result_internal"), "9");
     EXPECT_FALSE(pts.Has("timebasenum"));

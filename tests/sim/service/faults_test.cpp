@@ -62,7 +62,8 @@ TEST(FaultOptions, AreExplainedWhenTheyAreWrong)
 {
     for (char const* const fault :
          {"MuteAudio", "=drop", "MuteAudio=explode", "MuteAudio=delay", "MuteAudio=delay:x",
-          "MuteAudio=delay:-1", "MuteAudio=drop:1", "MuteAudio=missing:", "MuteAudio=drop,count=0"}) {
+          "MuteAudio=delay:-1", "MuteAudio=drop:1", "MuteAudio=missing:", "GetAudio=missing:nosuchkey",
+          "PESCB=short:audio", "MuteAudio=drop,count=0"}) {
         ChildProcess process({ZVIPTV_SIM, "--ts", ZVIPTV_SAMPLE_FILE, "--fault", fault});
         EXPECT_EQ(process.Wait(Patience), (ExitStatus{2, 0})) << fault;
         EXPECT_THAT(process.Errors(),

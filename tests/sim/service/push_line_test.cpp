@@ -34,7 +34,7 @@ protected:
     void Pass(std::string const& text, int time, Damage const& damage = {}, std::uint16_t stream = 1)
     {
         auto notification = std::make_shared<CMessageBuffer>();
-        notification->AddValue("text", text.c_str());
+        notification->AddValue("pesData", text.c_str());
         m_line.Pass({notification, text.size(), stream}, damage, At(time), m_send);
     }
 
@@ -46,7 +46,7 @@ protected:
     std::vector<std::pair<std::string, int>> m_sent; ///< texts, and the milliseconds when they are due
     PushLine::Send m_send = [this](PushLine::Push const& push, PushLine::Time due) {
         auto const after = std::chrono::duration_cast<milliseconds>(due - At(0));
-        m_sent.emplace_back(push.notification->GetValue("text"), static_cast<int>(after.count()));
+        m_sent.emplace_back(push.notification->GetValue("pesData"), static_cast<int>(after.count()));
     };
 };
 
@@ -133,7 +133,7 @@ TEST_F(PushOrder, DropGoesBeforeTheRest)
 
 TEST_F(PushOrder, BothOfADuplicateAreSpoilt)
 {
-    Pass("abcd", 0, Of({"PESCB=duplicate", "PESCB=short:text"}));
+    Pass("abcd", 0, Of({"PESCB=duplicate", "PESCB=short:pesData"}));
     Pass("abcd", 1);
     EXPECT_THAT(m_sent, ElementsAre(Pair("ab", 0), Pair("ab", 0), Pair("abcd", 1)));
 }

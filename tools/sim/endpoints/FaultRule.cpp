@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "FaultRule.h"
 
+#include "FaultKeys.h"
 #include "FaultOptions.h"
 #include "RequestCheck.h"
 
@@ -108,6 +109,20 @@ void ReadFunction(std::string const& text, std::string const& name, FaultRule& r
                                                                            : Target::Answer;
 }
 
+void ReadKey(std::string const& text, std::string const& key, FaultRule& rule)
+{
+    std::vector<std::string> const keys = FaultKeys(rule);
+    if (std::find(keys.begin(), keys.end(), key) == keys.end()) {
+        std::string const message = rule.target == Target::Push           ? rule.function
+                                    : rule.target == Target::Announcement ? "the answer to an announcement"
+                                    : rule.function == FaultRule::AllRequests
+                                        ? "any answer"
+                                        : "the answer to " + rule.function;
+        Refuse(text, "'" + key + "' is not a key of " + message + "; use " + OneOf(keys));
+    }
+    rule.key = key;
+}
+
 void ReadFault(std::string const& text, std::string const& fault, FaultRule& rule)
 {
     std::size_t const colon = fault.find(':');
@@ -135,8 +150,8 @@ void ReadFault(std::string const& text, std::string const& fault, FaultRule& rul
             Refuse(text, "'" + argument + "' is not " + word->argument.accepted);
         }
         rule.number = *number;
-    } else {
-        rule.key = argument;
+    } else if (wantsArgument) {
+        ReadKey(text, argument, rule);
     }
     if (rule.kind == Kind::Result) {
         rule.key = protocol::key::Result;

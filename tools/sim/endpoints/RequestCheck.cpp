@@ -20,14 +20,6 @@ namespace key = protocol::key;
 
 namespace {
 
-/// The entry of a list of the description that has this text as its member `name`; null if none has.
-Json::Value const& Find(Json::Value const& list, char const* name, std::string const& text)
-{
-    auto const found =
-        std::find_if(list.begin(), list.end(), [&](Json::Value const& entry) { return entry[name] == text; });
-    return found == list.end() ? Json::Value::nullSingleton() : *found;
-}
-
 template <typename Number>
 bool IsNumber(std::string const& text)
 {
@@ -72,18 +64,18 @@ bool IsOfType(std::string const& type, std::string const& text)
     if (type == "i64") {
         return IsNumber<std::int64_t>(text);
     }
-    Json::Value const& record = Find(ProtocolSchema()["records"], "name", type);
+    Json::Value const& record = FindEntry(ProtocolSchema()["records"], "name", type);
     if (!record.isNull()) {
         return IsJsonRecord(record, text);
     }
-    bool const isEnumeration = !Find(ProtocolSchema()["enumerations"], "name", type).isNull();
+    bool const isEnumeration = !FindEntry(ProtocolSchema()["enumerations"], "name", type).isNull();
     return !(type == "i32" || isEnumeration) || IsNumber<std::int32_t>(text);
 }
 
 std::string UnknownFunction(std::string const& name)
 {
     for (Json::Value const& endpoint : ProtocolSchema()["endpoints"]) {
-        if (!Find(endpoint["functions"], "name", name).isNull()) {
+        if (!FindEntry(endpoint["functions"], "name", name).isNull()) {
             return name + " is a function of " + endpoint["type"].asString();
         }
     }
@@ -95,7 +87,7 @@ Json::Value KeysOf(Json::Value const& function)
 {
     Json::Value keys = function["in"];
     if (function["handle"].asBool()) {
-        keys.insert(0, Find(ProtocolSchema()["channel"]["in"], "key", key::HandleID));
+        keys.insert(0, FindEntry(ProtocolSchema()["channel"]["in"], "key", key::HandleID));
     }
     return keys;
 }
@@ -118,8 +110,8 @@ std::vector<std::string> WarningsOf(std::string const& endpoint, CMessageBuffer 
         return {std::string("missing key ") + key::FunctionName};
     }
     std::string const name = request.GetValue(key::FunctionName);
-    Json::Value const& functions = Find(ProtocolSchema()["endpoints"], "type", endpoint)["functions"];
-    Json::Value const& function = Find(functions, "name", name);
+    Json::Value const& functions = FindEntry(ProtocolSchema()["endpoints"], "type", endpoint)["functions"];
+    Json::Value const& function = FindEntry(functions, "name", name);
     if (function.isNull()) {
         return {UnknownFunction(name)};
     }
@@ -142,7 +134,7 @@ std::vector<std::string> WarningsOf(std::string const& endpoint, CMessageBuffer 
         int const count = ++counts[key];
         if (count == 2) {
             warnings.push_back("repeated key " + Shown(key));
-        } else if (count == 1 && key != key::FunctionName && Find(keys, "key", key).isNull()) {
+        } else if (count == 1 && key != key::FunctionName && FindEntry(keys, "key", key).isNull()) {
             warnings.push_back("unexpected key " + Shown(key));
         }
     }

@@ -20,13 +20,6 @@ struct Flag
 
 constexpr Flag Flags[] = {{"1", "1"}, {"on", "1"}, {"true", "1"}, {"0", "0"}, {"off", "0"}, {"false", "0"}};
 
-Json::Value const& Find(Json::Value const& list, char const* name, std::string const& text)
-{
-    auto const found =
-        std::find_if(list.begin(), list.end(), [&](Json::Value const& entry) { return entry[name] == text; });
-    return found == list.end() ? Json::Value::nullSingleton() : *found;
-}
-
 /// "one, two, three"
 std::string List(Json::Value const& entries, char const* name)
 {
@@ -40,7 +33,7 @@ std::string List(Json::Value const& entries, char const* name)
 Json::Value const& FindFunction(std::string const& name)
 {
     for (Json::Value const& endpoint : ProtocolSchema()["endpoints"]) {
-        Json::Value const& function = Find(endpoint["functions"], "name", name);
+        Json::Value const& function = FindEntry(endpoint["functions"], "name", name);
         if (!function.isNull()) {
             return function;
         }
@@ -102,18 +95,18 @@ Meaning MeaningOf(std::string const& type, std::string const& text)
     if (integer != std::end(Integers)) {
         return {integer->read(text), integer->accepted};
     }
-    Json::Value const& enumeration = Find(ProtocolSchema()["enumerations"], "name", type);
+    Json::Value const& enumeration = FindEntry(ProtocolSchema()["enumerations"], "name", type);
     if (enumeration.isNull()) {
         return {text, ""}; // a text, or a record, which is compared as text
     }
-    Json::Value const& value = Find(enumeration["values"], "name", text);
+    Json::Value const& value = FindEntry(enumeration["values"], "name", text);
     return {value.isNull() ? ReadNumber<std::int32_t>(text) : value["value"].asString(),
             "a number, or " + List(enumeration["values"], "name")};
 }
 
 std::string TypeOf(std::string const& function, std::string const& key)
 {
-    return Find(FindFunction(function)["in"], "key", key)["type"].asString();
+    return FindEntry(FindFunction(function)["in"], "key", key)["type"].asString();
 }
 
 } // namespace
@@ -146,7 +139,7 @@ void Pattern::TakeValue(Word const& word)
     std::size_t const equals = word.text.find('=');
     std::string const key = word.text.substr(0, equals);
     Json::Value const& keys = FindFunction(m_function)["in"];
-    if (Find(keys, "key", key).isNull()) {
+    if (FindEntry(keys, "key", key).isNull()) {
         throw LineError(word.column,
                         m_function + " has no key '" + key +
                             "': " + (keys.empty() ? "it takes no KEY=VALUE" : "use " + List(keys, "key")));
