@@ -129,6 +129,70 @@ TEST(ScenarioParser, NamesFileLineAndColumnOfEachError)
     }
 }
 
+TEST(ScenarioParser, StopsAfter100Errors)
+{
+    std::string many;
+    std::string errors;
+    for (int line = 1; line <= 100; ++line) {
+        many += "1 bad\n";
+        errors += "a.scenario:" + std::to_string(line) + ":3: bad verb in ''\n";
+    }
+    EXPECT_EQ(ErrorOf(many + "1 pause") + "\n", errors);
+    std::string const stopped =
+        errors + "zviptv-sim: stopped after 100 errors: fix these, then run the scenario again to see more";
+    EXPECT_EQ(ErrorOf(many + "1 bad"), stopped);
+    EXPECT_EQ(ErrorOf({{"a.scenario", many + "include b.scenario\nx"}, {"b.scenario", "x\nx\nx"}}), stopped);
+}
+
+TEST(ScenarioParser, IgnoresAByteOrderMark)
+{
+    Scenario const scenario = Parsed({{"a.scenario", "\xEF\xBB\xBF"
+                                                     "1 pause\ninclude b.scenario"},
+                                      {"b.scenario", "\xEF\xBB\xBF# no step\n2 play"}});
+    ASSERT_EQ(scenario.steps.size(), 2U);
+    EXPECT_EQ(scenario.steps[0].text, "1 pause");
+    EXPECT_EQ(ToText(scenario.steps[0].place), "a.scenario:1:1");
+    EXPECT_EQ(ToText(scenario.steps[1].place), "b.scenario:2:1");
+    EXPECT_EQ(ErrorOf("\xEF\xBB\xBF"
+                      "1 bad"),
+              "a.scenario:1:3: bad verb in ''");
+    EXPECT_THAT(ErrorOf("1 pause\n\xEF\xBB\xBF"
+                        "1 pause"),
+                testing::StartsWith("a.scenario:2:1: unknown beginning of a step"));
+}
+
+TEST(ScenarioParser, RefusesNulBytes)
+{
+    using namespace std::string_literals;
+    std::string const advice = "a NUL byte: the file is not plain text; save it as UTF-8 text";
+    for (auto const& [text, place] : std::vector<std::pair<std::string, std::string>>{
+             {"1 pau\0se"s, "1:6"},
+             {"1 pause\n2 load \"Z\xC3\xBCrich\0\""s, "2:15"},
+             {"# a comment\0"s, "1:12"},
+             {"\0"s, "1:1"},
+             {"1 pause \0"s, "1:9"},
+         }) {
+        EXPECT_EQ(ErrorOf(text), "a.scenario:" + place + ": " + advice) << place;
+    }
+    EXPECT_EQ(ErrorOf("1\0 \0p\0a\0u\0s\0e\0\n\0 1\0 \0x\0\n\0"s), "a.scenario:1:2: " + advice)
+        << "a file in UTF-16 is one error";
+    EXPECT_EQ(ErrorOf({{"a.scenario", "include b.scenario\n1 bad"}, {"b.scenario", "1 bad\n\0"s}}),
+              "b.scenario:1:3: bad verb in ''\nb.scenario:2:1: " + advice +
+                  "\na.scenario:2:3: bad verb in ''");
+}
+
+TEST(ScenarioParser, AcceptsLineEndsOfOtherSystems)
+{
+    Scenario const scenario = Parsed(
+        "# two steps\r\n\r\n1 load \"a b.ts\"\r\nafter SetAppID AppID=x expect no MuteAudio for 2\r\n");
+    ASSERT_EQ(scenario.steps.size(), 2U);
+    EXPECT_THAT(scenario.steps[0].verb, testing::ElementsAre("load", "a b.ts"));
+    EXPECT_EQ(scenario.steps[0].text, "1 load \"a b.ts\"");
+    EXPECT_TRUE(scenario.steps[1].after->Matches({"SetAppID", {{"AppID", "x"}}}));
+    EXPECT_EQ(scenario.steps[1].expectation->seconds, 2);
+    EXPECT_EQ(ErrorOf("1 pause\r\n1 bad\r\n"), "a.scenario:2:3: bad verb in ''");
+}
+
 TEST(ScenarioParser, CountsCharactersNotBytes)
 {
     EXPECT_EQ(ErrorOf("after SetAppID AppID=Z\xC3\xBCrich bad x"), "a.scenario:1:33: bad verb in ''");

@@ -14,7 +14,9 @@ namespace {
 constexpr std::size_t MostNested = 16;
 constexpr std::size_t MostIncluded = 1000;
 constexpr std::size_t MostSteps = 10000;
+constexpr std::size_t MostErrors = 100;
 constexpr double MostSeconds = 1000000;
+constexpr char ByteOrderMark[] = "\xEF\xBB\xBF";
 constexpr char Forms[] =
     "SECONDS VERB, after METHOD VERB, expect METHOD within SECONDS, expect no METHOD for "
     "SECONDS, or include FILE";
@@ -74,6 +76,20 @@ Expectation TakeExpectation(std::vector<Word> const& words, std::size_t next)
     return expectation;
 }
 
+/// Ends the reading of a scenario with very many errors.
+struct TooManyErrors
+{
+};
+
+/// The content of a file without a byte order mark.
+std::string WithoutMark(std::string content)
+{
+    if (content.rfind(ByteOrderMark, 0) == 0) {
+        content.erase(0, sizeof(ByteOrderMark) - 1);
+    }
+    return content;
+}
+
 class Parser
 {
 public:
@@ -84,6 +100,9 @@ public:
         m_scenario.file = file;
         try {
             ReadFile(file);
+        } catch (TooManyErrors const&) {
+            m_problems +=
+                "zviptv-sim: stopped after 100 errors: fix these, then run the scenario again to see more\n";
         } catch (std::runtime_error const& failure) {
             m_problems = "zviptv-sim: cannot open " + file + ": " + failure.what() +
                          "; check that it is a file that can be read\n";
@@ -99,7 +118,7 @@ private:
     /// @throws std::runtime_error when it cannot be read
     void ReadFile(std::string const& file)
     {
-        std::istringstream content(m_source.read(file));
+        std::istringstream content(WithoutMark(m_source.read(file)));
         m_open.push_back(std::filesystem::path(file).lexically_normal().string());
         unsigned number = 0;
         for (std::string line; std::getline(content, line);) {
@@ -107,10 +126,22 @@ private:
             try {
                 ReadLine({file, number, 1}, SplitLine(line));
             } catch (LineError const& failure) {
-                m_problems += ToText(Place{file, number, failure.Column()}) + ": " + failure.what() + "\n";
+                AddProblem({file, number, failure.Column()}, failure.what());
+            }
+            if (line.find('\0') != std::string::npos) {
+                break; // not a text file: what follows would only repeat this
             }
         }
         m_open.pop_back();
+    }
+
+    void AddProblem(Place const& place, char const* what)
+    {
+        if (m_errors == MostErrors) {
+            throw TooManyErrors();
+        }
+        ++m_errors;
+        m_problems += ToText(place) + ": " + what + "\n";
     }
 
     void ReadLine(Place place, Line const& line)
@@ -187,7 +218,8 @@ private:
     Scenario m_scenario;
     std::vector<std::string> m_open; ///< the file that is read, and those that include it
     std::size_t m_included = 0;
-    std::string m_problems;
+    std::string m_problems; ///< a line for each error
+    std::size_t m_errors = 0;
 };
 
 } // namespace

@@ -26,7 +26,8 @@ struct ScenarioSource
     std::function<void(std::vector<Word>& verb, std::string const& folder)> check;
 };
 
-/// Reads a scenario and the files that it includes. @throws ScenarioError with all problems
+/// Reads a scenario and the files that it includes.
+/// @throws ScenarioError with all errors, or with the first 100 and a line about that
 Scenario ParseScenario(std::string const& file, ScenarioSource const& source);
 
 } // namespace zviptv::sim

@@ -10,6 +10,8 @@ bool IsBlank(char letter)
     return letter == ' ' || letter == '\t' || letter == '\r';
 }
 
+constexpr char NoText[] = "a NUL byte: the file is not plain text; save it as UTF-8 text";
+
 /// Reads a line letter by letter and counts its characters, which UTF-8 may write with several bytes.
 class Reader
 {
@@ -24,6 +26,9 @@ public:
     char Take()
     {
         char const letter = m_line[m_next++];
+        if (letter == '\0') {
+            throw LineError(m_column, NoText);
+        }
         bool const isWithin = !IsAtEnd() && (static_cast<unsigned char>(Front()) & 0xC0U) == 0x80;
         m_column += isWithin ? 0 : 1;
         return letter;
@@ -85,6 +90,9 @@ Line SplitLine(std::string const& text)
             line.words.push_back(TakeWord(reader));
             end = reader.Offset();
         }
+    }
+    while (!reader.IsAtEnd()) {
+        reader.Take(); // a comment is text, too
     }
     line.text = text.substr(begin, end - begin);
     return line;

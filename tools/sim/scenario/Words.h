@@ -34,7 +34,7 @@ private:
 
 /// Takes a line apart. Blanks separate words; "..." encloses any text, in which a backslash stands before a
 /// quotation mark or a backslash. # at the beginning of a word begins a comment.
-/// @throws LineError when a quotation mark is not closed
+/// @throws LineError when a quotation mark is not closed, or the line contains a NUL byte
 Line SplitLine(std::string const& text);
 
 } // namespace zviptv::sim
