@@ -39,6 +39,17 @@ TEST(ScenarioVerbs, AreCheckedWordByWord)
              {"1 fault add --count 2 MuteAudio",
               "1:23: cannot use the fault 'MuteAudio': it is not FUNCTION=FAULT; use a text like "
               "MuteAudio=error or PESCB=delay:500,count=3"},
+             {"1 fault add MuteAudio=drop,count=1 --count 2",
+              "1:13: cannot use the fault 'MuteAudio=drop,count=1,count=2': count is given more than once; "
+              "give "
+              "it once"},
+             {"1 fault add --for 0 MuteAudio=drop",
+              "1:21: cannot use the fault 'MuteAudio=drop,for=0': '0' is not a number of seconds, 0.001 to "
+              "1000000"},
+             {"1 fault add GetAudio=missing:index",
+              "1:13: cannot use the fault 'GetAudio=missing:index': 'index' is not a key of the answer to "
+              "GetAudio; use result_internal or audio"},
+             {"1 fault add CaptionCB=drop,from=1 --count 2 --for 3", ""},
              {"1 fault remove x", "1:16: cannot use the fault 'x': it is not FUNCTION=FAULT; use a text like "
                                   "MuteAudio=error or PESCB=delay:500,count=3"},
              {"1 load ftp://x",

@@ -165,9 +165,10 @@ TEST(FaultRule, SaysWhatAnOptionMayBe)
 
 TEST(FaultRule, SaysWhatAFaultLooksLike)
 {
-    for (std::string const text : {"", "MuteAudio", "=drop", "=", "count=1,drop"}) {
+    for (std::string const text : {"", "MuteAudio", "=drop", "=", "count=1,drop", "MuteAudio,count=2"}) {
         EXPECT_THAT(Refusal(text), StartsWith("cannot use the fault '" + text + "': ")) << text;
     }
+    EXPECT_THAT(Refusal("MuteAudio,count=2"), HasSubstr("it is not FUNCTION=FAULT; use a text like"));
     EXPECT_THAT(Refusal("MuteAudio"), HasSubstr("it is not FUNCTION=FAULT; use a text like MuteAudio=error"));
 }
 

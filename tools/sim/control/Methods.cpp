@@ -127,18 +127,7 @@ void SetTime(Service& service, GVariant* parameters)
 
 void AddFault(Service& service, GVariant* parameters)
 {
-    Owned<GVariant> const options(g_variant_get_child_value(parameters, 1));
-    std::string text = TextAt(parameters, 0);
-    guint32 count = 0;
-    if (g_variant_lookup(options.get(), "count", "u", &count) != FALSE) {
-        text += ",count=" + std::to_string(count);
-    }
-    double seconds = 0;
-    if (g_variant_lookup(options.get(), "for", "d", &seconds) != FALSE) {
-        char number[G_ASCII_DTOSTR_BUF_SIZE];
-        text += std::string(",for=") + g_ascii_dtostr(number, sizeof number, seconds);
-    }
-    service.Parts().faults.Add(text);
+    service.Parts().faults.Add(FaultText(parameters));
 }
 
 void RemoveFault(Service& service, GVariant* parameters)
@@ -220,6 +209,22 @@ constexpr Row Rows[] = {
 };
 
 } // namespace
+
+std::string FaultText(GVariant* parameters)
+{
+    Owned<GVariant> const options(g_variant_get_child_value(parameters, 1));
+    std::string text = TextAt(parameters, 0);
+    guint32 count = 0;
+    if (g_variant_lookup(options.get(), "count", "u", &count) != FALSE) {
+        text += ",count=" + std::to_string(count);
+    }
+    double seconds = 0;
+    if (g_variant_lookup(options.get(), "for", "d", &seconds) != FALSE) {
+        char number[G_ASCII_DTOSTR_BUF_SIZE];
+        text += std::string(",for=") + g_ascii_dtostr(number, sizeof number, seconds);
+    }
+    return text;
+}
 
 void Perform(Service& service, std::string const& method, GVariant* parameters,
              std::function<void(std::string const& error)> done)

@@ -9,6 +9,9 @@
 
 namespace zviptv::sim {
 
+/// The fault that the arguments of AddFault mean, with their options, as FaultRule::Parse() takes it.
+std::string FaultText(GVariant* parameters);
+
 /// Does what a method of the control interface says, with arguments of the interface's types. `done` is
 /// called once it has taken effect, with the empty text, or could not: now, or for another input from the
 /// main context.

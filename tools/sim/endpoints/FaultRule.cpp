@@ -165,7 +165,7 @@ void ReadFault(std::string const& text, std::string const& fault, FaultRule& rul
 FaultRule FaultRule::Parse(std::string const& text)
 {
     std::size_t const equals = text.find('=');
-    if (equals == std::string::npos || equals == 0) {
+    if (equals == std::string::npos || equals == 0 || text.find(',') < equals) {
         Refuse(text, "it is not FUNCTION=FAULT; use a text like MuteAudio=error or PESCB=delay:500,count=3");
     }
     FaultRule rule;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ScenarioFile.h"
 
+#include "control/Methods.h"
 #include "endpoints/FaultRule.h"
 #include "input/InputUrl.h"
 #include "scenario/Parser.h"
@@ -60,9 +61,13 @@ void CheckInput(Word& input, std::string const& folder)
     }
 }
 
-void CheckFault(Word const& fault)
+/// By itself, and with the options of `fault add`.
+void CheckFault(Word const& fault, verbs::Command const& command)
 try {
     FaultRule::Parse(fault.text);
+    if (!command.verb->options.empty()) {
+        FaultRule::Parse(FaultText(command.parameters.get()));
+    }
 } catch (std::invalid_argument const& failure) {
     throw LineError(fault.column, failure.what());
 }
@@ -82,7 +87,7 @@ void CheckVerb(std::vector<Word>& verb, std::string const& folder)
             if (form == verbs::Form::Input) {
                 CheckInput(verb[word], folder);
             } else if (form == verbs::Form::Fault) {
-                CheckFault(verb[word]);
+                CheckFault(verb[word], command);
             }
         }
     } catch (verbs::VerbError const& failure) {
