@@ -131,7 +131,8 @@ text_seeds() {
     local steps='\001\000\000\000\050\001\002\001\003\000\002\001\003\007\000\000\000\000\000\000\000'
     for text in 'MuteAudio=delay:300' '*=drop,count=3,for=2.5,from=1e1' 'requestPESCB=error,effect=no' \
         'PESCB=burst:4,application=:1.7,probability=0.25' 'CaptionCB=short:captionData' 'Announcement=dead,count=1' \
-        'GetAudio=result:-1,effect=yes' 'PESCB=reorder,count=2' 'MuteAudio=explode' 'PESCB=duplicate,count=1,count=2'; do
+        'GetAudio=result:-1,effect=yes' 'PESCB=reorder,count=2' 'MuteAudio=explode' 'PESCB=duplicate,count=1,count=2' \
+        'GetAudio=missing:nosuchkey'; do
         seed fault_rule "$((++number))" "$text$steps"
     done
     number=0
@@ -140,12 +141,20 @@ text_seeds() {
         'select\nsubtitle\n1' 'die\n--for\n0' 'fault' 'load\n\377' 'seek\nnan'; do
         seed verb "$((++number))" "$text"
     done
+    number=0
+    for text in '\000' '\100\000\000\000\000\000\000\000\000\002' '\000\000\000\000\000\000\360\077\001\003' \
+        'udp://@239.1.1.1:5000\\.\004' '\001\000\000\000\005' 'service\\.\006' '\000\000\000\000\000\000\000\000\010' \
+        '*=drop\\.\003\000\000\000\000\001\011' 'GetAudio=missing:audio\\.\000\000\000\000\000\000\000\000\000\001\001\011' \
+        'audio\\.\001\014' 'subtitle\\.\001\000\000\000\015' 'for\\.x\\.\000\002\001\016'; do
+        seed control "$((++number))" "$text"
+    done
     mkdir -p "$corpus/scenario"
     for text in "$root"/examples/scenarios/*.scenario; do
         cp "$text" "$corpus/scenario/$(basename "$text" .scenario)"
     done
     seed scenario include 'include b\n1 pause\nexpect no MuteAudio onoff=1 for 2 # x\n\0include a\nafter GetAudio index=1 expect "GetAudio" within 1\n'
     seed scenario quotes 'expect SetAppID AppID="Z\374\\"<&" within 0\n1 load "x'
+    seed scenario mark '\357\273\277include b\r\n1 pause\r\n\0\357\273\2771 play\n2 pl\0ay\n'
     seed scenario errors 'x\n-1 pause\n1 seek abc\n1 expect Muteaudio within 2\n1 expect MuteAudio onoff=2 within 2\nafter\n2\ninclude a\n1 fault add MuteAudio=foo\n1 die --for\n'
     number=0
     for text in '--json\nstatus' 'call\nGetTTX\n--\n-1' 'call\nGetAudio\nx' 'call\n--list\n--json' '--help' \
