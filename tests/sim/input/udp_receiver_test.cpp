@@ -9,6 +9,10 @@
 #include <gmock/gmock.h>
 #include <ifaddrs.h>
 #include <poll.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <fstream>
 
 namespace zviptv::test {
 namespace {
@@ -124,6 +128,26 @@ TEST(UdpReceiver, SharesAGroup)
     sender.Send(std::string("to both"));
     EXPECT_EQ(TakeFrom(first, 1), std::vector<std::string>{"to both"});
     EXPECT_EQ(TakeFrom(second, 1), std::vector<std::string>{"to both"});
+}
+
+/// Room for three seconds at 20 Mbit/s, or for what the kernel allows a user without privileges. The kernel
+/// reports twice what was asked for.
+TEST(UdpReceiver, AsksForALargeSocketBuffer)
+{
+    constexpr int Wanted = 8 * 1024 * 1024;
+    int most = 0;
+    ASSERT_TRUE(std::ifstream("/proc/sys/net/core/rmem_max") >> most);
+    UdpSender const sender("127.0.0.1");
+    FileHandle const socket =
+        OpenUdpSocket(ParseInputUrl("rtp://127.0.0.1:" + std::to_string(sender.Port())));
+    int size = 0;
+    socklen_t length = sizeof(size);
+    ASSERT_EQ(getsockopt(socket.Get(), SOL_SOCKET, SO_RCVBUF, &size, &length), 0);
+    EXPECT_GE(size, 2 * std::min(most, Wanted));
+    if (int const force = Wanted;
+        setsockopt(socket.Get(), SOL_SOCKET, SO_RCVBUFFORCE, &force, sizeof(force)) == 0) {
+        EXPECT_EQ(size, 2 * Wanted) << "a privileged user is not limited";
+    }
 }
 
 TEST(UdpReceiver, ThrowsAwayWhatCameBefore)
