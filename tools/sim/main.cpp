@@ -29,10 +29,10 @@ int main(int argc, char** argv)
             return 0;
         }
         std::signal(SIGPIPE, SIG_IGN); // a reader that goes away shows as a failed write
-        if (std::strcmp(argv[0], zviptv::sim::ServiceName) == 0) {
+        bool const returns = std::strcmp(argv[0], zviptv::sim::ReturningName) == 0;
+        if (returns || std::strcmp(argv[0], zviptv::sim::ServiceName) == 0) {
             prctl(PR_SET_NAME, "zviptv-sim"); // the program was executed by another name
-            zviptv::sim::RunService(options->service);
-            return 0;
+            return zviptv::sim::RunService(options->service, returns);
         }
         return zviptv::sim::Run(*options, zviptv::sim::PrepareScenario(*options));
     } catch (zviptv::sim::ScenarioError const& failure) {

@@ -39,6 +39,20 @@ public:
         return CallOn("org.corvel.zviptvapi.Simulator1", method, arguments);
     }
 
+    std::string Name() const { return g_dbus_connection_get_unique_name(m_connection.get()); }
+
+    /// Sends a call, and does not wait for its answer.
+    void Send(std::string const& method, std::string const& arguments)
+    {
+        Owned<GVariant> const parameters(
+            g_variant_parse(nullptr, arguments.c_str(), nullptr, nullptr, nullptr));
+        g_dbus_connection_call(m_connection.get(), "org.corvel.zviptvapi.Simulator",
+                               "/org/corvel/zviptvapi/Simulator", "org.corvel.zviptvapi.Simulator1",
+                               method.c_str(), parameters.get(), nullptr, G_DBUS_CALL_FLAGS_NONE, 20000,
+                               nullptr, nullptr, nullptr);
+        g_dbus_connection_flush_sync(m_connection.get(), nullptr, nullptr);
+    }
+
     /// "<1.0>"
     std::string Get(std::string const& property)
     {
@@ -160,12 +174,34 @@ protected:
 
     Remote& TheRemote() { return *m_remote; }
 
+    /// A copy of the sample in the test's folder.
+    std::string CopyOfTheSample(std::string const& name = "other.ts")
+    {
+        std::string const path = m_bus.Directory() + "/" + name;
+        std::ofstream(path, std::ios::binary) << std::ifstream(ZVIPTV_SAMPLE_FILE, std::ios::binary).rdbuf();
+        return path;
+    }
+
+    /// The service's process, which is not `before`.
+    pid_t NewService(pid_t before = 0)
+    {
+        pid_t now = 0;
+        EXPECT_TRUE(WaitUntil(
+            [&] {
+                now = static_cast<pid_t>(m_remote->Number("ServicePid")); // 0 while it does not run
+                return now != 0 && now != before;
+            },
+            Patience));
+        return now;
+    }
+
     std::optional<Remote> m_remote;
 };
 
 constexpr char Done[] = "()";
 constexpr char Invalid[] = "org.corvel.zviptvapi.Simulator1.Error.InvalidArgument: ";
 constexpr char NotRunning[] = "org.corvel.zviptvapi.Simulator1.Error.NotRunning: ";
+constexpr char TimedOut[] = "org.corvel.zviptvapi.Simulator1.Error.TimedOut: ";
 constexpr char Failed[] = "org.corvel.zviptvapi.Simulator1.Error.Failed: ";
 
 } // namespace zviptv::test

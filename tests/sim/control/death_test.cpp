@@ -10,19 +10,6 @@ constexpr char Helper[] = "org.corvel.zviptvapi.dbushelper";
 
 class Death : public Steered
 {
-protected:
-    /// The service's process, which is not `before`.
-    pid_t NewService(pid_t before = 0)
-    {
-        pid_t now = 0;
-        EXPECT_TRUE(WaitUntil(
-            [&] {
-                now = static_cast<pid_t>(m_remote->Number("ServicePid")); // 0 while it does not run
-                return now != 0 && now != before;
-            },
-            Patience));
-        return now;
-    }
 };
 
 TEST_F(Death, IsForGoodUntilARestart)
@@ -143,8 +130,7 @@ TEST_F(Death, WhatTheControlInterfaceHasSetStays)
 {
     Steer();
     pid_t const first = NewService();
-    std::string const other = m_bus.Directory() + "/other.ts";
-    std::ofstream(other, std::ios::binary) << std::ifstream(ZVIPTV_SAMPLE_FILE, std::ios::binary).rdbuf();
+    std::string const other = CopyOfTheSample();
     ASSERT_EQ(m_remote->Call("Load", "('" + other + "',)"), Done);
     ASSERT_EQ(m_remote->Call("SetTime", "(1774735200,)"), Done);
     ASSERT_EQ(m_remote->Call("SetSpeed", "(2.0,)"), Done);
@@ -185,6 +171,59 @@ TEST_F(Death, CallsWaitForAServiceThatComesBack)
                      "result_internal"),
               "7");
     NewService(first);
+}
+
+/// As if the service had played all the time.
+TEST_F(Death, CallsThatMoveTheClockWork)
+{
+    Steer();
+    ASSERT_EQ(m_remote->Call("Die", "({'for': <0.5>},)"), Done);
+    EXPECT_EQ(m_remote->Call("Seek", "(7.0,)"), Done);
+    EXPECT_EQ(m_remote->Call("SetSpeed", "(2.0,)"), Done);
+    EXPECT_EQ(m_remote->Call("Pause"), Done);
+    ASSERT_TRUE(m_remote->WaitFor("Running", "true"));
+    EXPECT_GE(m_remote->Number("Position"), 7.0);
+    EXPECT_LT(m_remote->Number("Position"), 11.0);
+    EXPECT_EQ(m_remote->Get("Speed"), "2.0");
+    EXPECT_EQ(m_remote->Get("SourceState"), "'playing'");
+}
+
+TEST_F(Death, ASeekWorksBeforeAStreamStartsAgain)
+{
+    Steer({"--loop", "--restart-from-start"});
+    ASSERT_EQ(m_remote->Call("Pause"), Done);
+    ASSERT_EQ(m_remote->Call("Die", "({'for': <0.5>},)"), Done);
+    EXPECT_EQ(m_remote->Call("Seek", "(7.0,)"), Done);
+    ASSERT_TRUE(m_remote->WaitFor("Running", "true"));
+    EXPECT_NEAR(m_remote->Number("Position"), 7.0, 0.001);
+}
+
+TEST_F(Death, ASeekIsRefusedWhileApplicationsAreAwaited)
+{
+    Steer({"--loop", "--wait-for", "1"});
+    std::string const refusal =
+        std::string(Invalid) + "play has not begun: --wait-for still waits for applications";
+    EXPECT_EQ(m_remote->Call("Seek", "(7.0,)"), refusal);
+    ASSERT_EQ(m_remote->Call("Die", "({'for': <0.5>},)"), Done);
+    EXPECT_EQ(m_remote->Call("Seek", "(7.0,)"), refusal);
+}
+
+/// Its caller would not know of it.
+TEST_F(Death, DropsACallWhoseCallerHasLeft)
+{
+    Steer();
+    ASSERT_EQ(m_remote->Call("Die", "({'for': <100000.0>},)"), Done);
+    std::string name;
+    {
+        Remote caller(m_bus.Address());
+        name = caller.Name();
+        caller.Send("Mute", "('audio', true)");
+    }
+    ASSERT_TRUE(m_watcher.WaitForOwner(name, false));
+    m_remote->Send("Mute", "('video', true)");
+    ASSERT_EQ(m_remote->Call("Restart"), Done);
+    EXPECT_EQ(m_remote->Get("VideoMuted"), "true");
+    EXPECT_EQ(m_remote->Get("AudioMuted"), "false");
 }
 
 /// Killed at any moment of its life, again and again.

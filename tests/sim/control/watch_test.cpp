@@ -114,6 +114,18 @@ TEST_F(SimCommand, SaysHowToStartASimulator)
     EXPECT_THAT(Run({"status", "--json"}).output, HasSubstr("\"result\":false"));
 }
 
+/// Nothing listens at the address.
+TEST_F(SimCommand, SaysHowToStartASimulatorWithoutABus)
+{
+    for (char const* const verb : {"status", "watch", "pause"}) {
+        ChildProcess process({ZVIPTVCTL, "sim", verb},
+                             {{"DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/bus"}});
+        EXPECT_EQ(process.Wait(Patience), (ExitStatus{3, 0}));
+        EXPECT_THAT(process.Errors(), HasSubstr("zviptvctl: the system bus cannot be reached ("));
+        EXPECT_THAT(process.Errors(), HasSubstr("; 'zviptv-sim --ts FILE -- bash' starts a simulator"));
+    }
+}
+
 TEST_F(SimCommand, WatchFollowsChangesAndRequests)
 {
     Steer();

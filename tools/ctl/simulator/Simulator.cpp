@@ -10,7 +10,16 @@ namespace zviptv::ctl {
 namespace {
 
 constexpr char OwnErrors[] = "org.corvel.zviptvapi.Simulator1.Error.";
-constexpr char Dead[] = "NotRunning";
+constexpr int NoLimit = INT_MAX;
+constexpr int StateLimit = 5000; // milliseconds; the simulator waits a second for its service
+
+/// How an error of the control interface ends the command.
+ExitCode CodeOf(std::string const& error)
+{
+    return error == "NotRunning" ? ExitCode::NoService
+           : error == "TimedOut" ? ExitCode::NoAnswer
+                                 : ExitCode::Refused;
+}
 
 /// What an error of a call means.
 Failure ToFailure(GError* error)
@@ -27,13 +36,28 @@ Failure ToFailure(GError* error)
                 "the bus does not let this user steer the simulator: be root, or the simulator's user"};
     }
     if (name.rfind(OwnErrors, 0) == 0) {
-        bool const isDead = name == std::string(OwnErrors) + Dead;
-        return {isDead ? ExitCode::NoService : ExitCode::Refused, error->message};
+        return {CodeOf(name.substr(sizeof OwnErrors - 1)), error->message};
+    }
+    if (g_error_matches(error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT) != FALSE) {
+        return {ExitCode::NoAnswer,
+                "the simulator does not answer; see whether its process is stopped ('kill -CONT PID' lets it "
+                "go on), or start another one"};
     }
     if (name == "org.freedesktop.DBus.Error.NoReply" || name.empty()) {
         return {ExitCode::NoService, "the simulator went away before it answered"};
     }
     return {ExitCode::NoAnswer, std::string("the bus reported an error: ") + error->message};
+}
+
+/// @throws Failure
+SystemBus Connect()
+try {
+    return {};
+} catch (Failure const& failure) {
+    throw Failure(failure.Code(),
+                  std::string(failure.what()) +
+                      "; 'zviptv-sim --ts FILE -- bash' starts a simulator with a private bus, "
+                      "and a shell where zviptvctl finds it");
 }
 
 } // namespace
@@ -45,12 +69,15 @@ Failure NoSimulator()
             "bus as DBUS_SYSTEM_BUS_ADDRESS"};
 }
 
-Owned<GVariant> Simulator::Call(char const* interface, char const* method, GVariant* parameters) const
+Simulator::Simulator() : m_bus(Connect()) {}
+
+Owned<GVariant> Simulator::Call(char const* interface, char const* method, GVariant* parameters,
+                                int milliseconds) const
 {
     GError* error = nullptr;
     Owned<GVariant> answer(g_dbus_connection_call_sync(
         Connection(), verbs::BusName, verbs::ObjectPath, interface, method, parameters, nullptr,
-        G_DBUS_CALL_FLAGS_NO_AUTO_START, INT_MAX, nullptr, &error));
+        G_DBUS_CALL_FLAGS_NO_AUTO_START, milliseconds, nullptr, &error));
     if (error != nullptr) {
         Failure const failure = ToFailure(error);
         g_error_free(error);
@@ -61,13 +88,13 @@ Owned<GVariant> Simulator::Call(char const* interface, char const* method, GVari
 
 void Simulator::Call(verbs::Command const& command) const
 {
-    Call(verbs::Interface, command.verb->method, command.parameters.get());
+    Call(verbs::Interface, command.verb->method, command.parameters.get(), NoLimit);
 }
 
 Json::Value Simulator::State() const
 {
     Owned<GVariant> const answer =
-        Call("org.freedesktop.DBus.Properties", "GetAll", g_variant_new("(s)", verbs::Interface));
+        Call("org.freedesktop.DBus.Properties", "GetAll", g_variant_new("(s)", verbs::Interface), StateLimit);
     Owned<GVariant> const properties(g_variant_get_child_value(answer.get(), 0));
     return ToJson(properties.get());
 }

@@ -16,16 +16,19 @@ namespace zviptv::ctl {
 class Simulator
 {
 public:
+    Simulator();
+
     /// Waits for the answer, however long that takes: a call waits while the service comes back.
     void Call(verbs::Command const& command) const;
 
-    /// All properties: one object.
+    /// All properties: one object. The answer comes within seconds, or a Failure.
     Json::Value State() const;
 
     GDBusConnection* Connection() const { return m_bus.Connection(); }
 
 private:
-    Owned<GVariant> Call(char const* interface, char const* method, GVariant* parameters) const;
+    Owned<GVariant> Call(char const* interface, char const* method, GVariant* parameters,
+                         int milliseconds) const;
 
     SystemBus m_bus;
 };

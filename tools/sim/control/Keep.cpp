@@ -68,6 +68,32 @@ Player::Seconds PositionNow(Clock const& clock, std::int64_t begin, double durat
                                  : std::min(position.count(), duration));
 }
 
+/// The input, and how far it is by now.
+void RestoreInput(Service& service, GVariant* kept, InputOptions const& input)
+{
+    Player& player = service.Parts().player;
+    guint32 number = 0;
+    bool const isChosen = g_variant_lookup(kept, "programme", "u", &number) != FALSE;
+    auto const programme = isChosen ? std::optional(static_cast<std::uint16_t>(number)) : std::nullopt;
+    gint64 begin = 0;
+    bool const hasBegun = g_variant_lookup(kept, "begin", "x", &begin) != FALSE;
+    if (hasBegun) {
+        service.BeginAtOnce();
+    }
+    try {
+        if (input.url != player.Input() || isChosen) {
+            player.OpenAndWait(input, programme);
+        }
+        if (hasBegun && !player.IsArriving()) {
+            double duration = 0;
+            g_variant_lookup(kept, "duration", "d", &duration);
+            player.GoTo(PositionNow(service.Parts().clock, begin, duration, service.Loops()));
+        }
+    } catch (StreamError const& failure) {
+        player.Fail(input, programme, failure.what());
+    }
+}
+
 } // namespace
 
 Owned<GVariant> Keep(Service& service)
@@ -87,7 +113,7 @@ Owned<GVariant> Keep(Service& service)
     if (std::optional<std::uint16_t> const choice = television.player.Choice()) {
         kept.Add("programme", g_variant_new_uint32(*choice));
     }
-    bool const hasPosition = service.HasBegun() && !television.player.IsArriving();
+    bool const hasPosition = !service.AwaitsApplications() && !television.player.IsArriving();
     if (hasPosition && television.player.State() != ZV_SOURCE_STATE_STARTING) {
         kept.Add("begin", g_variant_new_int64(Nanoseconds(television.player.BeganAt())))
             .Add("duration",
@@ -103,13 +129,6 @@ void Restore(Service& service, GVariant* kept)
     if (g_variant_lookup(kept, "input", "&s", &input) == FALSE) {
         return; // there was none before
     }
-    guint32 programme = 0;
-    bool const isChosen = g_variant_lookup(kept, "programme", "u", &programme) != FALSE;
-    if (input != television.player.Input() || isChosen) {
-        television.player.OpenAndWait(service.InputNamed(input),
-                                      isChosen ? std::optional(static_cast<std::uint16_t>(programme))
-                                               : std::nullopt);
-    }
     RestoreFaults(television.faults, Entry(kept, "faults", "a(sxtt)").get());
     RestoreClock(television.clock, kept);
     gboolean locksEvery = FALSE;
@@ -120,13 +139,7 @@ void Restore(Service& service, GVariant* kept)
         television.lock.LockProgramme(true);
     }
     television.lock.LockService(locksService != FALSE);
-    gint64 begin = 0;
-    double duration = 0;
-    if (g_variant_lookup(kept, "begin", "x", &begin) != FALSE) {
-        g_variant_lookup(kept, "duration", "d", &duration);
-        service.BeginAtOnce();
-        television.player.GoTo(PositionNow(television.clock, begin, duration, service.Loops()));
-    }
+    RestoreInput(service, kept, service.InputNamed(input));
 }
 
 std::optional<SimulatedClock::State> ClockOf(GVariant* kept)

@@ -26,6 +26,7 @@ constexpr char PropertiesChanged[] = "PropertiesChanged";
 // Errors of the control interface.
 constexpr char InvalidArgument[] = "org.corvel.zviptvapi.Simulator1.Error.InvalidArgument";
 constexpr char NotRunning[] = "org.corvel.zviptvapi.Simulator1.Error.NotRunning";
+constexpr char TimedOut[] = "org.corvel.zviptvapi.Simulator1.Error.TimedOut";
 constexpr char Failed[] = "org.corvel.zviptvapi.Simulator1.Error.Failed";
 
 } // namespace zviptv::sim::link

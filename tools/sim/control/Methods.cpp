@@ -44,6 +44,9 @@ std::string Seconds(Player::Seconds seconds)
 void RequireFile(Service& service)
 {
     Player const& player = service.Parts().player;
+    if (player.State() == ZV_SOURCE_STATE_ERROR) {
+        throw std::invalid_argument(player.Input() + " cannot be played: load another input first");
+    }
     if (player.IsLive()) {
         throw std::invalid_argument(player.Input() +
                                     " is live input, which sets its own pace: load a file first");
@@ -69,7 +72,7 @@ void Seek(Service& service, GVariant* parameters)
     if (player.IsArriving()) {
         throw std::invalid_argument(player.Input() + " is being written: load a finished file first");
     }
-    if (!service.HasBegun()) {
+    if (service.AwaitsApplications()) {
         throw std::invalid_argument("play has not begun: --wait-for still waits for applications");
     }
     if (player.Duration() && position > *player.Duration()) {

@@ -20,8 +20,8 @@ std::optional<SimulatedClock::State> ClockOf(GVariant* kept);
 /// Properties of a service that is dead, as they are now, since the clock goes on: an a{sv}.
 Owned<GVariant> ReportDead(GVariant* kept);
 
-/// Makes a service that has not begun go on as the one before, whose Keep() this was.
-/// @throws StreamError when its input cannot be read any more
+/// Makes a service that has not begun go on as the one before, whose Keep() this was. If its input cannot be
+/// played any more, the source state is that of an error.
 void Restore(Service& service, GVariant* kept);
 
 } // namespace zviptv::sim

@@ -130,7 +130,8 @@ void ServiceControl::Answer(std::string const& interface, std::string const& met
     if (method == link::Begin) {
         m_loop.After(std::chrono::milliseconds(0), m_begin); // what it throws ends the service
     } else if (method == link::Restore) {
-        RestoreOrEnd(parameters);
+        Owned<GVariant> const kept(g_variant_get_child_value(parameters, 0));
+        Restore(m_service, kept.get());
     } else {
         Perform(m_service, method, parameters,
                 [this, invocation](std::string const& error) { Conclude(invocation, error); });
@@ -147,17 +148,6 @@ void ServiceControl::Conclude(GDBusMethodInvocation* invocation, std::string con
     } else {
         g_dbus_method_invocation_return_dbus_error(invocation, link::Failed, error.c_str());
     }
-}
-
-/// A service that cannot go on as the one before ends, and says why.
-void ServiceControl::RestoreOrEnd(GVariant* parameters)
-try {
-    Owned<GVariant> const kept(g_variant_get_child_value(parameters, 0));
-    Restore(m_service, kept.get());
-} catch (std::exception const&) {
-    m_loop.After(std::chrono::milliseconds(0),
-                 [failure = std::current_exception()] { std::rethrow_exception(failure); });
-    throw;
 }
 
 void ServiceControl::TellReady()

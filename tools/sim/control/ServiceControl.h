@@ -32,7 +32,6 @@ private:
     void Answer(std::string const& interface, std::string const& method, GVariant* parameters,
                 GDBusMethodInvocation* invocation);
     void Conclude(GDBusMethodInvocation* invocation, std::string const& error);
-    void RestoreOrEnd(GVariant* parameters);
     void Export(GDBusInterfaceInfo* info);
     void Emit(char const* interface, char const* signal, GVariant* body);
     void OnRequest(RequestLog::Entry const& entry);

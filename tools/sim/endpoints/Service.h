@@ -88,8 +88,8 @@ public:
     /// The stream is another one, or another programme of it.
     void FollowInput();
 
-    /// Play has begun, and will not wait for applications again.
-    bool HasBegun() const { return m_isPlaying; }
+    /// Play begins once applications have subscribed that are not there yet.
+    bool AwaitsApplications() const;
     void BeginAtOnce() { m_awaited = 0; }
     /// To be opened as the options say.
     InputOptions InputNamed(std::string const& url) const { return {url, m_options.playback.input.follow}; }

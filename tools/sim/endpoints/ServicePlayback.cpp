@@ -17,6 +17,9 @@ constexpr std::chrono::milliseconds MeasurePause{5};
 void Service::Start()
 {
     m_isStarted = true;
+    if (m_player.HasEnded()) {
+        m_log.Say(m_player.Counters().error + "; the service goes on answering"); // it cannot be opened
+    }
     PlayWhenAwaited();
     FollowInput();
     if (m_log.WantsStatus()) {
@@ -25,10 +28,15 @@ void Service::Start()
     }
 }
 
+bool Service::AwaitsApplications() const
+{
+    return !m_isPlaying && m_subscribers.Count().subscribers.size() < m_awaited;
+}
+
 /// Begins once everybody is there who is waited for.
 void Service::PlayWhenAwaited()
 {
-    if (m_isStarted && !m_isPlaying && m_subscribers.Count().subscribers.size() >= m_awaited) {
+    if (m_isStarted && !m_isPlaying && !AwaitsApplications()) {
         m_isPlaying = true;
         Wake();
     }

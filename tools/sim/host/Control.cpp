@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Control.h"
 
+#include "ControlErrors.h"
 #include "control/Dictionary.h"
 #include "control/Interface.h"
 #include "control/Link.h"
@@ -21,34 +22,12 @@ namespace {
 constexpr std::pair<char const*, char const*> OfApplications[] = {{"Clients", "as"},
                                                                   {"Subscribers", "aa{sv}"}};
 
-void AnswerError(GDBusMethodInvocation* invocation, char const* name, char const* text)
-{
-    g_dbus_method_invocation_return_dbus_error(invocation, name, text);
-}
+/// Properties are there at once.
+constexpr std::chrono::seconds ReportLimit{1};
 
-/// The service's errors have their own D-Bus names; any other error means that it has died.
-void AnswerError(GDBusMethodInvocation* invocation, GError const* error)
+GVariant* Boolean(bool value)
 {
-    Owned<char> const name(g_dbus_error_get_remote_error(error));
-    if (name) {
-        GError* plain = g_error_copy(error);
-        g_dbus_error_strip_remote_error(plain);
-        AnswerError(invocation, name.get(), plain->message);
-        g_error_free(plain);
-    } else if (g_error_matches(error, G_IO_ERROR, G_IO_ERROR_NOT_CONNECTED) != FALSE) {
-        AnswerError(invocation, link::NotRunning, error->message);
-    } else {
-        AnswerError(invocation, link::NotRunning,
-                    "the service died before it answered; call again once it is back");
-    }
-}
-
-/// Calls `reply` with an error of the control interface.
-void ReplyError(ServiceLink::Reply const& reply, char const* name, char const* text)
-{
-    GError* error = g_dbus_error_new_for_dbus_error(name, text);
-    reply(nullptr, error);
-    g_error_free(error);
+    return g_variant_ref_sink(g_variant_new_boolean(value ? TRUE : FALSE));
 }
 
 /// Bytes of the type's zero or empty value: an empty array has none.
@@ -77,13 +56,13 @@ Owned<GVariant> Nothing(char const* type)
 } // namespace
 
 Control::Control(Options const& options)
-    : m_bus([this](std::string const& method, GVariant* parameters, GDBusMethodInvocation* invocation) {
-          OnCall(method, parameters, invocation);
-      }),
+    : m_bus([this](std::string const& method, GVariant* parameters,
+                   GDBusMethodInvocation* invocation) { OnCall(method, parameters, invocation); },
+            [this](std::string const& client) { m_service.Forget(client); }),
       m_service(options, {[this](std::string const& interface, std::string const& name, GVariant* body) {
                               OnSignal(interface, name, body);
                           },
-                          [this] { OnDied(); }, [this] { OnReady(); },
+                          [this](bool isFailure) { OnDied(isFailure); }, [this] { OnReady(); },
                           [this] {
                               if (m_follower.onKeptChange) {
                                   m_follower.onKeptChange(m_seeks > 0);
@@ -97,9 +76,7 @@ Control::Control(Options const& options)
 
 Control::~Control()
 {
-    GError* error = g_dbus_error_new_for_dbus_error(link::NotRunning, "the simulator ends");
-    EndRestarts(error);
-    g_error_free(error);
+    RefuseRestarts(link::NotRunning, "the simulator ends");
 }
 
 void Control::OnCall(std::string const& method, GVariant* parameters, GDBusMethodInvocation* invocation)
@@ -111,32 +88,41 @@ try {
     verbs::Check(method, parameters);
     unsigned const seeks = method == "Seek" ? 1 : 0;
     m_seeks += seeks;
-    Do(method, parameters, [this, seeks, invocation](GVariant* value, GError const* error) {
-        m_seeks -= seeks;
-        if (error != nullptr) {
-            AnswerError(invocation, error);
-        } else {
-            g_dbus_method_invocation_return_value(invocation, value);
-        }
-    });
+    Do(
+        method, parameters,
+        [this, seeks, invocation](GVariant* value, GError const* error) {
+            m_seeks -= seeks;
+            if (error != nullptr) {
+                AnswerError(invocation, error, m_service.Pid());
+            } else {
+                g_dbus_method_invocation_return_value(invocation, value);
+            }
+        },
+        g_dbus_method_invocation_get_sender(invocation));
 } catch (std::invalid_argument const& failure) {
-    AnswerError(invocation, link::InvalidArgument, failure.what());
+    ReturnError(invocation, link::InvalidArgument, failure.what());
 } catch (std::exception const& failure) {
-    AnswerError(invocation, link::Failed, failure.what());
+    ReturnError(invocation, link::Failed, failure.what());
 }
 
-void Control::Do(std::string const& method, GVariant* parameters, ServiceLink::Reply reply)
+void Control::Do(std::string const& method, GVariant* parameters, ServiceLink::Reply reply,
+                 std::string const& caller)
 {
     if (method == "Die") {
         Die(parameters, reply);
     } else if (method == "Restart") {
         m_service.Restart();
         m_restarting.push_back(std::move(reply));
+    } else if (method == "Reset" && !m_service.IsAlive()) {
+        m_service.StartFresh();
+        m_restarting.push_back(std::move(reply));
     } else if (method == "Quit") {
         reply(nullptr, nullptr);
         m_bus.AfterFlush([] { kill(getpid(), SIGTERM); }); // Signals waits for it
     } else {
-        m_service.Call(verbs::Interface, method, parameters, std::move(reply));
+        Owned<GVariant> arguments(g_variant_ref_sink(parameters));
+        m_service.Call(
+            {verbs::Interface, method, std::move(arguments), AnswerLimit, caller, std::move(reply)});
     }
 }
 
@@ -152,7 +138,8 @@ void Control::Die(GVariant* parameters, ServiceLink::Reply const& reply)
     }
 }
 
-/// A service that runs is asked, since some properties change all the time.
+/// A service that runs is asked, since some properties change all the time. One that does not answer is known
+/// by its last report.
 void Control::AnswerProperties(std::string const& method, GVariant* parameters,
                                GDBusMethodInvocation* invocation)
 {
@@ -179,14 +166,16 @@ void Control::AnswerProperties(std::string const& method, GVariant* parameters,
         answer();
         return;
     }
-    m_service.Call(link::Properties, "GetAll", g_variant_new("(s)", verbs::Interface),
-                   [this, answer](GVariant* value, GError const* error) {
-                       if (error == nullptr) {
-                           Owned<GVariant> const report(g_variant_get_child_value(value, 0));
-                           Remember(report.get());
-                       }
-                       answer();
-                   });
+    auto const onReport = [this, answer](GVariant* value, GError const* error) {
+        if (error == nullptr) {
+            Owned<GVariant> const report(g_variant_get_child_value(value, 0));
+            Remember(report.get());
+        }
+        TellResponding(error == nullptr);
+        answer();
+    };
+    Owned<GVariant> whose(g_variant_ref_sink(g_variant_new("(s)", verbs::Interface)));
+    m_service.Call({link::Properties, "GetAll", std::move(whose), ReportLimit, {}, onReport});
 }
 
 void Control::Remember(GVariant* properties)
@@ -201,6 +190,7 @@ void Control::Remember(GVariant* properties)
 
 void Control::OnSignal(std::string const& interface, std::string const& name, GVariant* body)
 {
+    TellResponding(true);
     if (interface == link::Properties) {
         Owned<GVariant> const properties(g_variant_get_child_value(body, 1));
         Remember(properties.get());
@@ -212,8 +202,8 @@ void Control::OnSignal(std::string const& interface, std::string const& name, GV
 
 void Control::TellProcess(std::vector<char const*> const& properties)
 {
-    m_report["Running"].reset(
-        g_variant_ref_sink(g_variant_new_boolean(m_service.IsRunning() ? TRUE : FALSE)));
+    m_report["Running"].reset(Boolean(m_service.IsRunning()));
+    m_report["Responding"].reset(Boolean(m_service.IsRunning()));
     m_report["ServicePid"].reset(g_variant_ref_sink(
         g_variant_new_uint32(m_service.IsRunning() ? static_cast<guint32>(m_service.Pid()) : 0)));
     Dictionary changed;
@@ -224,34 +214,46 @@ void Control::TellProcess(std::vector<char const*> const& properties)
                g_variant_new("(s@a{sv}as)", verbs::Interface, changed.End(), nullptr));
 }
 
-void Control::OnDied()
+void Control::OnDied(bool isFailure)
 {
     for (auto const& [property, type] : OfApplications) {
         m_report[property] = Nothing(type);
     }
-    TellProcess({"Running", "ServicePid", "Clients", "Subscribers"});
+    TellProcess({"Running", "Responding", "ServicePid", "Clients", "Subscribers"});
     m_bus.Emit(verbs::Interface, "Died", nullptr);
-    if (m_service.Ended()) {
-        GError* error = g_dbus_error_new_for_dbus_error(link::Failed,
-                                                        "the service did not start; zviptv-sim has said why");
-        EndRestarts(error);
-        g_error_free(error);
+    if (isFailure) {
+        RefuseRestarts(link::Failed, "the service did not start; correct what zviptv-sim has written on its "
+                                     "standard error, and call 'zviptvctl sim restart'");
+    } else if (m_service.IsGone()) {
+        RefuseRestarts(link::NotRunning,
+                       "the service died while it started; 'zviptvctl sim restart' starts it");
     }
 }
 
 void Control::OnReady()
 {
-    TellProcess({"Running", "ServicePid"});
+    TellProcess({"Running", "Responding", "ServicePid"});
     if (std::exchange(m_wasReady, true)) {
         m_bus.Emit(verbs::Interface, "Restarted", nullptr);
     }
-    EndRestarts(nullptr);
+    for (ServiceLink::Reply const& reply : std::exchange(m_restarting, {})) {
+        reply(nullptr, nullptr);
+    }
 }
 
-void Control::EndRestarts(GError const* error)
+void Control::RefuseRestarts(char const* name, char const* text)
 {
     for (ServiceLink::Reply const& reply : std::exchange(m_restarting, {})) {
-        reply(nullptr, error);
+        ReplyError(reply, name, text);
+    }
+}
+
+/// Only a service that runs can respond.
+void Control::TellResponding(bool isResponding)
+{
+    bool const wasResponding = g_variant_get_boolean(m_report.at("Responding").get()) != FALSE;
+    if (m_service.IsRunning() && isResponding != wasResponding) {
+        Tell("Responding", g_variant_new_boolean(isResponding ? TRUE : FALSE));
     }
 }
 

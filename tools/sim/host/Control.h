@@ -26,6 +26,8 @@ public:
 
     /// See ControlBus.
     bool IsSettled() const { return m_bus.IsSettled(); }
+    bool HasLostBus() { return m_bus.HasLostBus(); }
+    bool KnowsLoss() const { return m_bus.KnowsLoss(); }
 
     /// What a scenario has to know.
     struct Follower
@@ -36,9 +38,11 @@ public:
 
     void SetFollower(Follower follower) { m_follower = std::move(follower); }
 
-    /// Does what a method of the control interface, which has been checked, says. `reply` is called in any
-    /// case. Not from a callback of the service. @throws std::exception with a line for the user
-    void Do(std::string const& method, GVariant* parameters, ServiceLink::Reply reply);
+    /// Does what a method of the control interface, which has been checked, says. `reply` is always called,
+    /// also when `caller`, a bus name, has left. Not from a callback of the service.
+    /// @throws std::exception with a line for the user
+    void Do(std::string const& method, GVariant* parameters, ServiceLink::Reply reply,
+            std::string const& caller = {});
 
     /// A property that the simulator itself knows has this value now.
     void Tell(char const* property, GVariant* value);
@@ -50,11 +54,12 @@ private:
     void Die(GVariant* parameters, ServiceLink::Reply const& reply);
     void AnswerProperties(std::string const& method, GVariant* parameters, GDBusMethodInvocation* invocation);
     void OnSignal(std::string const& interface, std::string const& name, GVariant* body);
-    void OnDied();
+    void OnDied(bool isFailure);
     void OnReady();
     void Remember(GVariant* properties);
     void TellProcess(std::vector<char const*> const& properties);
-    void EndRestarts(GError const* error);
+    void TellResponding(bool isResponding);
+    void RefuseRestarts(char const* name, char const* text);
 
     Report m_report;                              ///< what is known of every property
     std::vector<ServiceLink::Reply> m_restarting; ///< calls that are answered once the service is ready

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ControlBus.h"
 
+#include "common/PrintableText.h"
 #include "control/Interface.h"
 #include "verbs/Verbs.h"
 
@@ -12,12 +13,16 @@ namespace zviptv::sim {
 
 namespace {
 
+constexpr char Bus[] = "org.freedesktop.DBus";
+constexpr char BusPath[] = "/org/freedesktop/DBus";
+constexpr int PingTimeout = 1000; // milliseconds
 constexpr guint32 DoNotQueue = 4;
 constexpr guint32 PrimaryOwner = 1;
 
 } // namespace
 
-ControlBus::ControlBus(Handler handler) : m_handler(std::move(handler)), m_cancellable(g_cancellable_new())
+ControlBus::ControlBus(Handler handler, Departure onLeft)
+    : m_handler(std::move(handler)), m_onLeft(std::move(onLeft)), m_cancellable(g_cancellable_new())
 {
     g_bus_get(G_BUS_TYPE_SYSTEM, m_cancellable.get(), OnConnected, this);
 }
@@ -25,8 +30,10 @@ ControlBus::ControlBus(Handler handler) : m_handler(std::move(handler)), m_cance
 ControlBus::~ControlBus()
 {
     g_cancellable_cancel(m_cancellable.get());
-    if (m_exported != 0) {
+    if (m_connection) {
         g_dbus_connection_unregister_object(m_connection.get(), m_exported);
+        g_dbus_connection_signal_unsubscribe(m_connection.get(), m_departures);
+        g_signal_handler_disconnect(m_connection.get(), m_closed);
     }
 }
 
@@ -45,13 +52,57 @@ void ControlBus::OnConnected(GObject* /*source*/, GAsyncResult* result, gpointer
     }
     static constexpr GDBusInterfaceVTable calls = {OnCall, nullptr, nullptr, {}};
     bus.m_connection = std::move(connection);
-    g_dbus_connection_set_exit_on_close(bus.m_connection.get(), FALSE); // the service notices the bus's end
+    bus.Follow();
     bus.m_exported = g_dbus_connection_register_object(bus.m_connection.get(), verbs::ObjectPath,
                                                        SimulatorInterface(), &calls, self, nullptr, nullptr);
-    g_dbus_connection_call(bus.m_connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
-                           "org.freedesktop.DBus", "RequestName",
+    g_dbus_connection_call(bus.m_connection.get(), Bus, BusPath, Bus, "RequestName",
                            g_variant_new("(su)", verbs::BusName, DoNotQueue), G_VARIANT_TYPE("(u)"),
                            G_DBUS_CALL_FLAGS_NONE, -1, bus.m_cancellable.get(), OnName, self);
+}
+
+/// Learns of clients that leave, and of the bus's end.
+void ControlBus::Follow()
+{
+    g_dbus_connection_set_exit_on_close(m_connection.get(), FALSE);
+    m_closed = g_signal_connect_swapped(m_connection.get(), "closed", G_CALLBACK(OnClosed), this);
+    m_departures =
+        g_dbus_connection_signal_subscribe(m_connection.get(), Bus, Bus, "NameOwnerChanged", BusPath, nullptr,
+                                           G_DBUS_SIGNAL_FLAGS_NONE, OnOwner, this, nullptr);
+}
+
+void ControlBus::OnOwner(GDBusConnection* /*connection*/, char const* /*sender*/, char const* /*path*/,
+                         char const* /*interface*/, char const* /*name*/, GVariant* body, gpointer self)
+{
+    char const* name = nullptr;
+    char const* owner = nullptr;
+    g_variant_get(body, "(&s&s&s)", &name, nullptr, &owner);
+    if (*owner == '\0' && g_dbus_is_unique_name(name) != FALSE) {
+        static_cast<ControlBus*>(self)->m_onLeft(name);
+    }
+}
+
+void ControlBus::OnClosed(ControlBus* self)
+{
+    if (!std::exchange(self->m_isLost, true)) {
+        Owned<char> const address(g_dbus_address_get_for_bus_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr));
+        std::fprintf(stderr,
+                     "zviptv-sim: the bus %s is lost: it died, or closed the connection; see that it runs, "
+                     "and start the simulator again\n",
+                     EscapeText(address ? address.get() : "").c_str());
+    }
+}
+
+bool ControlBus::HasLostBus()
+{
+    if (m_connection && !m_isLost) {
+        Owned<GVariant> const answer(g_dbus_connection_call_sync(
+            m_connection.get(), Bus, BusPath, Bus, "GetId", nullptr, G_VARIANT_TYPE("(s)"),
+            G_DBUS_CALL_FLAGS_NONE, PingTimeout, nullptr, nullptr));
+        if (g_dbus_connection_is_closed(m_connection.get()) != FALSE) {
+            OnClosed(this);
+        }
+    }
+    return m_isLost;
 }
 
 void ControlBus::OnName(GObject* source, GAsyncResult* result, gpointer self)

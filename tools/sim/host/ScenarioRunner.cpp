@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ScenarioRunner.h"
 
+#include "ControlErrors.h"
 #include "common/PrintableText.h"
 #include "control/Link.h"
 #include "control/Report.h"
@@ -159,10 +160,7 @@ void ScenarioRunner::OnAnswered(std::size_t step, GError const* error)
 {
     --m_unanswered;
     if (error != nullptr) {
-        GError* plain = g_error_copy(error);
-        g_dbus_error_strip_remote_error(plain);
-        Fail(step, plain->message);
-        g_error_free(plain);
+        Fail(step, ErrorText(error, m_control.Service().Pid()).c_str());
     }
 }
 
@@ -180,8 +178,13 @@ void ScenarioRunner::AwaitRequests(Signals const& signals)
     if (!m_control.Service().IsRunning()) {
         return;
     }
-    m_control.Service().Call(link::Properties, "GetAll", g_variant_new("(s)", verbs::Interface),
-                             [isAnswered](GVariant*, GError const*) { *isAnswered = true; });
+    Owned<GVariant> whose(g_variant_ref_sink(g_variant_new("(s)", verbs::Interface)));
+    m_control.Service().Call({link::Properties,
+                              "GetAll",
+                              std::move(whose),
+                              RequestTimeout,
+                              {},
+                              [isAnswered](GVariant*, GError const*) { *isAnswered = true; }});
     auto const deadline = Signals::Clock::now() + RequestTimeout;
     while (!*isAnswered && Signals::Clock::now() < deadline) {
         signals.Next(deadline);

@@ -3,7 +3,6 @@
 
 #include "verbs/Verbs.h"
 
-#include <climits>
 #include <memory>
 #include <utility>
 
@@ -54,12 +53,12 @@ void ServiceLink::OnSignal(GDBusConnection* /*connection*/, char const* /*sender
     static_cast<ServiceLink*>(self)->m_onSignal(interface, name, body);
 }
 
-/// A service that stands still is waited for, however long.
-void ServiceLink::Call(char const* interface, std::string const& method, GVariant* parameters, Reply reply)
+void ServiceLink::Call(Request request)
 {
-    g_dbus_connection_call(m_connection.get(), nullptr, verbs::ObjectPath, interface, method.c_str(),
-                           parameters, nullptr, G_DBUS_CALL_FLAGS_NONE, INT_MAX, m_cancellable.get(), OnReply,
-                           std::make_unique<Reply>(std::move(reply)).release());
+    g_dbus_connection_call(m_connection.get(), nullptr, verbs::ObjectPath, request.interface,
+                           request.method.c_str(), request.parameters.get(), nullptr, G_DBUS_CALL_FLAGS_NONE,
+                           static_cast<int>(request.limit.count()), m_cancellable.get(), OnReply,
+                           std::make_unique<Reply>(std::move(request.reply)).release());
 }
 
 void ServiceLink::OnReply(GObject* source, GAsyncResult* result, gpointer reply)

@@ -3,6 +3,8 @@
 
 #include "glib/Owned.h"
 
+#include <chrono>
+#include <climits>
 #include <functional>
 #include <string>
 
@@ -18,6 +20,18 @@ public:
     using Connected = std::function<void()>;
     using Signal = std::function<void(std::string const& interface, std::string const& name, GVariant* body)>;
 
+    /// What the service is asked.
+    struct Request
+    {
+        char const* interface;
+        std::string method;
+        Owned<GVariant> parameters; ///< a tuple; null for none
+        std::chrono::milliseconds limit = NoLimit;
+        std::string caller; ///< its bus name; empty for the simulator itself
+        Reply reply;
+    };
+    static constexpr std::chrono::milliseconds NoLimit{INT_MAX};
+
     /// Takes over the descriptor. Neither function may destroy the link.
     ServiceLink(int descriptor, Connected onConnected, Signal onSignal);
     /// Ends the calls that were not answered.
@@ -27,8 +41,9 @@ public:
 
     bool IsConnected() const { return m_connection != nullptr; }
 
-    /// Requires a connection. `reply` is always called, also after the link has ended.
-    void Call(char const* interface, std::string const& method, GVariant* parameters, Reply reply);
+    /// Requires a connection. The reply is always called, also after the link has ended; when the limit is
+    /// over with the error G_IO_ERROR_TIMED_OUT.
+    void Call(Request request);
 
 private:
     static void OnConnected(GObject* source, GAsyncResult* result, gpointer self);

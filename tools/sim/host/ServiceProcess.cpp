@@ -8,10 +8,12 @@
 
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <system_error>
 #include <utility>
 
@@ -22,6 +24,17 @@ namespace {
 constexpr int Failure = 1; // the service has said why
 constexpr int SignalStatus = 128;
 constexpr std::chrono::seconds StopTimeout{5};
+constexpr char Gone[] =
+    "the service is dead and does not come back by itself; 'zviptvctl sim restart' starts it";
+
+void Refuse(std::vector<ServiceLink::Request> const& requests, char const* why)
+{
+    Error error;
+    error.Set(G_IO_ERROR_NOT_CONNECTED, why);
+    for (ServiceLink::Request const& request : requests) {
+        request.reply(nullptr, error.Get());
+    }
+}
 
 } // namespace
 
@@ -45,7 +58,7 @@ void ServiceProcess::Start()
         });
     SpawnRequest request;
     request.command = m_options.words;
-    request.command.front() = ServiceName;
+    request.command.front() = m_kept ? ReturningName : ServiceName;
     request.program = "/proc/self/exe";
     request.descriptors = {{theirs.Get(), link::Descriptor}};
     request.ownGroup = true;
@@ -60,12 +73,14 @@ void ServiceProcess::Begin()
 {
     auto const ignore = [](GVariant*, GError const*) {};
     if (Owned<GVariant> const kept = ForNext()) {
-        m_link->Call(link::Interface, link::Restore, g_variant_new("(@a{sv})", kept.get()), ignore);
+        Owned<GVariant> parameters(g_variant_ref_sink(g_variant_new("(@a{sv})", kept.get())));
+        m_link->Call(
+            {link::Interface, link::Restore, std::move(parameters), ServiceLink::NoLimit, {}, ignore});
     }
-    for (Waiting& call : std::exchange(m_waiting, {})) {
-        m_link->Call(call.interface, call.method, call.parameters.get(), std::move(call.reply));
+    for (ServiceLink::Request& request : std::exchange(m_waiting, {})) {
+        m_link->Call(std::move(request));
     }
-    m_link->Call(link::Interface, link::Begin, nullptr, ignore);
+    m_link->Call({link::Interface, link::Begin, nullptr, ServiceLink::NoLimit, {}, ignore});
 }
 
 /// What was kept; without what makes the clock go on if that is not wanted.
@@ -96,30 +111,31 @@ void ServiceProcess::OnSignal(std::string const& interface, std::string const& n
     }
 }
 
-void ServiceProcess::Call(char const* interface, std::string const& method, GVariant* parameters,
-                          ServiceLink::Reply reply)
+void ServiceProcess::Call(ServiceLink::Request request)
 {
     if (m_link && m_link->IsConnected()) {
-        m_link->Call(interface, method, parameters, std::move(reply));
+        m_link->Call(std::move(request));
         return;
     }
-    m_waiting.push_back({interface, method,
-                         Owned<GVariant>(parameters == nullptr ? nullptr : g_variant_ref_sink(parameters)),
-                         std::move(reply)});
-    if (!IsAlive() && m_next != Next::ComeBack) {
-        RefuseWaiting();
+    m_waiting.push_back(std::move(request));
+    if (IsGone()) {
+        RefuseWaiting(Gone);
     }
 }
 
-void ServiceProcess::RefuseWaiting()
+void ServiceProcess::RefuseWaiting(char const* why)
 {
-    GError* error = g_error_new_literal(
-        G_IO_ERROR, G_IO_ERROR_NOT_CONNECTED,
-        "the service is dead and does not come back by itself; 'zviptvctl sim restart' starts it");
-    for (Waiting const& call : std::exchange(m_waiting, {})) {
-        call.reply(nullptr, error);
-    }
-    g_error_free(error);
+    Refuse(std::exchange(m_waiting, {}), why);
+}
+
+void ServiceProcess::Forget(std::string const& caller)
+{
+    auto const first = std::stable_partition(
+        m_waiting.begin(), m_waiting.end(),
+        [&caller](ServiceLink::Request const& request) { return request.caller != caller; });
+    Requests const dropped(std::make_move_iterator(first), std::make_move_iterator(m_waiting.end()));
+    m_waiting.erase(first, m_waiting.end());
+    Refuse(dropped, "the caller has left the bus");
 }
 
 void ServiceProcess::Advance()
@@ -135,7 +151,7 @@ void ServiceProcess::Advance()
     if (next == Next::Die) {
         Die({});
     } else if (next == Next::ComeBack) {
-        ComeBack();
+        ComeBack(false);
     }
 }
 
@@ -163,15 +179,16 @@ void ServiceProcess::NoteEnd(int status)
         int const number = status - SignalStatus;
         std::fprintf(stderr, "zviptv-sim: the service was ended by signal %d (%s)\n", number,
                      strsignal(number));
-    } else if (m_state == State::Running || status != Failure) {
+    } else if (IsRunning() || status != Failure) {
         std::fprintf(stderr, "zviptv-sim: the service has ended with status %d\n", status);
     }
-    m_ended = status;
+    bool const mayTryAgain = m_isAsked && IsStarting() && status == Failure;
+    m_state = mayTryAgain ? State::Dead : State::Ended;
+    m_ended = mayTryAgain ? std::nullopt : std::optional(status);
     m_link.reset();
-    m_state = State::Ended;
     Plan(Next::Nothing, {});
-    RefuseWaiting();
-    m_listener.onDied();
+    RefuseWaiting(Gone);
+    m_listener.onDied(true);
 }
 
 void ServiceProcess::NoteDeath(std::optional<double> comeBackAfter)
@@ -181,9 +198,9 @@ void ServiceProcess::NoteDeath(std::optional<double> comeBackAfter)
     m_state = State::Dead;
     Plan(Next::ComeBack, comeBackAfter);
     if (!comeBackAfter) {
-        RefuseWaiting();
+        RefuseWaiting(Gone);
     }
-    m_listener.onDied();
+    m_listener.onDied(false);
 }
 
 /// Nothing comes without a time.
@@ -215,13 +232,22 @@ bool ServiceProcess::Die(std::optional<double> seconds)
 void ServiceProcess::Restart()
 {
     Die(0); // calls that wait go on waiting
-    ComeBack();
+    ComeBack(true);
 }
 
-void ServiceProcess::ComeBack()
+void ServiceProcess::StartFresh()
+{
+    RefuseWaiting("a reset came before the service was back; call again");
+    m_kept.reset();
+    ComeBack(true);
+}
+
+/// After a failure of a start that a call asked for, the caller can try again.
+void ServiceProcess::ComeBack(bool isAsked)
 {
     std::fputs("zviptv-sim: the service comes back\n", stderr);
     Start();
+    m_isAsked = isAsked && m_wasReady;
 }
 
 int ServiceProcess::Stop()

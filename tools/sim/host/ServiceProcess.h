@@ -22,10 +22,10 @@ public:
     /// What it tells.
     struct Listener
     {
-        ServiceLink::Signal onSignal; ///< of the control interface, to be passed on
-        std::function<void()> onDied;
-        std::function<void()> onReady;      ///< applications find it; the first time, or again
-        std::function<void()> onKeptChange; ///< Kept() has changed
+        ServiceLink::Signal onSignal;               ///< of the control interface, to be passed on
+        std::function<void(bool isFailure)> onDied; ///< a failure: it has ended by itself
+        std::function<void()> onReady;              ///< applications find it; the first time, or again
+        std::function<void()> onKeptChange;         ///< Kept() has changed
     };
 
     ServiceProcess(Options const& options, Listener listener);
@@ -36,6 +36,10 @@ public:
     /// Not ready yet, and not ended either.
     bool IsStarting() const { return m_state == State::Starting; }
     bool IsRunning() const { return m_state == State::Running; }
+    bool IsAlive() const { return IsStarting() || IsRunning(); }
+
+    /// It is dead, and does not come back by itself.
+    bool IsGone() const { return !IsAlive() && m_next != Next::ComeBack; }
 
     /// Exit status of a service that has ended by itself.
     std::optional<int> Ended() const { return m_ended; }
@@ -47,15 +51,21 @@ public:
     GVariant* Kept() const { return m_kept.get(); }
 
     /// Calls a method of the service. While it starts, or is dead and will come back, the call waits, and is
-    /// worked off before applications find the service. A dead one answers with the error NotRunning.
-    void Call(char const* interface, std::string const& method, GVariant* parameters,
-              ServiceLink::Reply reply);
+    /// worked off before applications find the service; the limit begins then. A dead one answers with the
+    /// error NotRunning.
+    void Call(ServiceLink::Request request);
+
+    /// Drops the calls of this caller that still wait.
+    void Forget(std::string const& caller);
 
     /// Kills it. It comes back after `seconds`, or as the options say. False when it is dead.
     bool Die(std::optional<double> seconds);
 
     /// Kills it if it lives, and starts it. @throws std::system_error
     void Restart();
+
+    /// Starts a dead service in the start state, and refuses the calls that wait. @throws std::system_error
+    void StartFresh();
 
     /// Advance() is due at Change(), and after each SIGCHLD.
     Clock::time_point Change() const { return m_nextAt; }
@@ -83,15 +93,8 @@ private:
         ComeBack
     };
 
-    struct Waiting
-    {
-        char const* interface;
-        std::string method;
-        Owned<GVariant> parameters;
-        ServiceLink::Reply reply;
-    };
+    using Requests = std::vector<ServiceLink::Request>;
 
-    bool IsAlive() const { return m_state == State::Starting || m_state == State::Running; }
     void Begin();
     void OnSignal(std::string const& interface, std::string const& name, GVariant* body);
     void NoteReady();
@@ -99,8 +102,8 @@ private:
     void NoteDeath(std::optional<double> comeBackAfter);
     bool CountsAsDeath(int status) const;
     void Kill();
-    void ComeBack();
-    void RefuseWaiting();
+    void ComeBack(bool isAsked);
+    void RefuseWaiting(char const* why);
     Owned<GVariant> ForNext() const;
     void Plan(Next next, std::optional<double> seconds);
 
@@ -108,10 +111,11 @@ private:
     Listener m_listener;
     std::optional<Process> m_process;
     std::unique_ptr<ServiceLink> m_link; ///< while it lives
-    std::vector<Waiting> m_waiting;      ///< calls, for the time when it is connected
+    Requests m_waiting;                  ///< for the time when it is connected
     Owned<GVariant> m_kept;
     State m_state = State::Starting;
     bool m_wasReady = false; ///< it, or one before it
+    bool m_isAsked = false;  ///< somebody waits for it to be ready, and can call again
     std::optional<int> m_ended;
     Next m_next = Next::Nothing;
     Clock::time_point m_nextAt = Signals::Never;

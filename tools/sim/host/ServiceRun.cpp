@@ -18,76 +18,92 @@ namespace zviptv::sim {
 
 namespace {
 
-/// Why the system bus cannot be reached; empty when it can.
-std::string WhyNoSystemBus()
-{
-    Error error;
-    Owned<GDBusConnection> const connection(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, error.Out()));
-    return error ? error.Message() : std::string();
-}
+constexpr int BusLost = 1;
 
 /// Whether this process owns the service's name. The bus works off a process's requests in order: the answer
 /// comes after the one to the library's request for the name.
-bool OwnsServiceName()
+bool OwnsServiceName(GDBusConnection* connection)
 {
-    Owned<GDBusConnection> const connection(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr));
-    if (connection == nullptr) {
-        return false;
-    }
     Owned<GVariant> const answer(g_dbus_connection_call_sync(
-        connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-        "GetNameOwner", g_variant_new("(s)", CConnectionHelperDBusServer::CONNECTION_NAME),
-        G_VARIANT_TYPE("(s)"), G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr));
+        connection, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetNameOwner",
+        g_variant_new("(s)", CConnectionHelperDBusServer::CONNECTION_NAME), G_VARIANT_TYPE("(s)"),
+        G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr));
     if (answer == nullptr) {
         return false;
     }
     char const* owner = nullptr;
     g_variant_get(answer.get(), "(&s)", &owner);
-    return std::strcmp(owner, g_dbus_connection_get_unique_name(connection.get())) == 0;
+    return std::strcmp(owner, g_dbus_connection_get_unique_name(connection)) == 0;
 }
 
-/// @throws std::runtime_error when the bus cannot be used
-void RequireBus()
+/// The connection that the library uses, too. @throws std::runtime_error when the bus cannot be used
+Owned<GDBusConnection> RequireBus()
 {
-    std::string const reason = WhyNoSystemBus();
-    if (!reason.empty()) {
-        throw std::runtime_error("the system bus cannot be reached (" + reason +
+    Error error;
+    Owned<GDBusConnection> connection(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, error.Out()));
+    if (error) {
+        throw std::runtime_error(std::string("the system bus cannot be reached (") + error.Message() +
                                  "): start it, set DBUS_SYSTEM_BUS_ADDRESS to a bus that runs, or use --bus "
                                  "private");
     }
+    g_dbus_connection_set_exit_on_close(connection.get(), FALSE); // the loss of the bus is reported
     if (CConnectionHelperDBusClient::CheckConnection()) {
         throw std::runtime_error("a service runs on this bus already: stop it, or use --bus private");
     }
+    return connection;
 }
 
 /// Applications find it from now on. @throws std::runtime_error when they cannot
-void GoOnBus(Service& service)
+void GoOnBus(Service& service, GDBusConnection* connection)
 {
     service.Announce();
     if (!service.IsOnBus()) {
         throw std::runtime_error("the system bus went away: start again, or use --bus private");
     }
-    if (!OwnsServiceName()) {
+    if (!OwnsServiceName(connection)) {
         throw std::runtime_error(
             "this user may not own org.corvel.zviptvapi.dbushelper on this bus: install its "
             "policy and be the user whom that names, or use --bus private");
     }
 }
 
+/// Ends the loop when the bus closes the connection.
+class BusWatch
+{
+public:
+    BusWatch(GDBusConnection* connection, MainLoop& loop)
+        : m_connection(connection),
+          m_handler(g_signal_connect_swapped(connection, "closed", G_CALLBACK(OnClosed), &loop))
+    {
+    }
+    ~BusWatch() { g_signal_handler_disconnect(m_connection, m_handler); }
+    BusWatch(BusWatch const&) = delete;
+    BusWatch& operator=(BusWatch const&) = delete;
+
+private:
+    static void OnClosed(MainLoop* loop) { loop->Quit(); }
+
+    GDBusConnection* m_connection;
+    gulong m_handler;
+};
+
 } // namespace
 
-void RunService(ServiceOptions const& options)
+int RunService(ServiceOptions options, bool returns)
 {
-    RequireBus();
+    options.playback.mayFail = returns;
+    Owned<GDBusConnection> const bus = RequireBus();
     MainLoop loop;
+    BusWatch const watch(bus.get(), loop);
     Service service(options, loop);
     std::optional<ServiceControl> control;
     control.emplace(link::Descriptor, service, loop, [&] {
-        GoOnBus(service);
+        GoOnBus(service, bus.get());
         service.Start();
         loop.After(std::chrono::milliseconds(0), [&] { control->TellReady(); }); // play has begun by then
     });
     loop.Run();
+    return g_dbus_connection_is_closed(bus.get()) != FALSE ? BusLost : 0;
 }
 
 } // namespace zviptv::sim

@@ -9,9 +9,13 @@ namespace zviptv::sim {
 /// link::Descriptor.
 constexpr char ServiceName[] = "zviptv-sim: service";
 
-/// Plays the stream as the service on the bus that the environment names, until SIGINT or SIGTERM. Before
-/// applications can know of it, a signal ends the process at once.
+/// The same for a service that replaces one that has died. It also starts if its input cannot be opened.
+constexpr char ReturningName[] = "zviptv-sim: returning service";
+
+/// Plays the stream as the service on the bus that the environment names, until SIGINT or SIGTERM, or until
+/// the bus is lost. Before applications can know of it, a signal ends the process at once. Exit status: 1
+/// when the bus was lost, which the simulator reports, else 0.
 /// @throws std::exception with a line for the user
-void RunService(ServiceOptions const& options);
+int RunService(ServiceOptions options, bool returns);
 
 } // namespace zviptv::sim

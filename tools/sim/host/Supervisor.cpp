@@ -70,30 +70,31 @@ try {
     return Process::CannotRun;
 }
 
-/// Waits for a request to end, or for a service that ends by itself.
-int SuperviseService(ServiceProcess& service, ScenarioRunner& scenario, Signals const& signals)
+/// Waits for a request to end, for a service that ends by itself, or for the loss of the bus.
+int SuperviseService(Control& control, ScenarioRunner& scenario, Signals const& signals)
 {
-    while (!service.Ended()) {
+    ServiceProcess& service = control.Service();
+    while (!service.Ended() && !control.KnowsLoss()) {
         if (signals.Next(std::min(service.Change(), scenario.Change())).AsksToEnd()) {
             return 0;
         }
         service.Advance();
         scenario.Advance();
     }
-    return *service.Ended();
+    return service.Ended().value_or(Failure);
 }
 
-int SuperviseReady(Options const& options, PrivateBus const* bus, ServiceProcess& service,
-                   ScenarioRunner& scenario, Signals const& signals)
+int SuperviseReady(Options const& options, PrivateBus const* bus, Control& control, ScenarioRunner& scenario,
+                   Signals const& signals)
 {
-    setenv("ZVIPTV_SIM_PID", std::to_string(service.Pid()).c_str(), 1);
+    setenv("ZVIPTV_SIM_PID", std::to_string(control.Service().Pid()).c_str(), 1);
     if (!options.command.empty()) {
-        return SuperviseCommand(options.command, service, scenario, signals);
+        return SuperviseCommand(options.command, control.Service(), scenario, signals);
     }
     if (bus != nullptr) {
         RequestLog(options.service.log).WriteBus(bus->Address());
     }
-    return SuperviseService(service, scenario, signals);
+    return SuperviseService(control, scenario, signals);
 }
 
 } // namespace
@@ -113,10 +114,13 @@ int Run(Options const& options, ScenarioOptions scenario)
     std::string ended = "the service did not start";
     if (!status) {
         runner.Start();
-        status = SuperviseReady(options, bus ? &*bus : nullptr, service, runner, signals);
+        status = SuperviseReady(options, bus ? &*bus : nullptr, control, runner, signals);
         ended = options.command.empty() ? "the simulator ended" : "the command ended";
     }
     status = runner.Finish(*status, ended, signals);
+    if (control.HasLostBus() && status == 0) {
+        status = Failure;
+    }
     service.Stop();
     return *status;
 }

@@ -22,16 +22,22 @@ std::optional<std::uint16_t> FirstPtsStream(Programme const& programme)
 } // namespace
 
 Player::Player(PlayerOptions const& options, SimulatedClock& clock, Listener listener)
-    : m_loop(options.loop), m_clock(clock), m_options(options.input), m_choice(options.programme),
-      m_listener(std::move(listener)), m_programme(std::make_shared<Programme const>())
+    : m_loop(options.loop), m_clock(clock), m_listener(std::move(listener)),
+      m_programme(std::make_shared<Programme const>())
 {
-    std::unique_ptr<sim::Input> input = OpenInputAndWait(options.input);
-    if (input->IsArriving() && (m_loop || options.speed != 1.0)) {
-        throw StreamError(options.input.url + " is live input, which sets its own pace: leave out " +
-                          (m_loop ? "--loop" : "--speed") + ", or play a file");
+    try {
+        std::unique_ptr<sim::Input> input = OpenInputAndWait(options.input);
+        if (input->IsArriving() && (m_loop || options.speed != 1.0)) {
+            throw StreamError(options.input.url + " is live input, which sets its own pace: leave out " +
+                              (m_loop ? "--loop" : "--speed") + ", or play a file");
+        }
+        PlayInput(std::move(input), options.input, options.programme);
+    } catch (StreamError const& failure) {
+        if (!options.mayFail) {
+            throw;
+        }
+        Fail(options.input, options.programme, failure.what());
     }
-    sim::Input* const opened = input.get();
-    Use(Load(std::move(input), m_choice), opened);
 }
 
 void Player::Seek(Seconds position)

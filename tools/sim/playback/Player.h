@@ -23,6 +23,7 @@ struct PlayerOptions
     std::optional<std::uint16_t> programme; ///< the first one of the stream when empty
     double speed = 1.0;                     ///< live input sets the pace itself
     bool loop = false;                      ///< of a file
+    bool mayFail = false;                   ///< if the input cannot be played, begin with Fail()
 };
 
 /// Plays a transport stream: hands out PES packets and knows the clock. A file is played at its own pace,
@@ -37,7 +38,8 @@ public:
     using Seconds = std::chrono::duration<double>;
 
     /// Waits until the input is open. `clock` has to outlive the player. @throws StreamError when it cannot
-    /// be read, is a file without such a programme, or does not go together with the other options
+    /// be read, is a file without such a programme, or does not go together with the other options, unless it
+    /// may fail
     Player(PlayerOptions const& options, SimulatedClock& clock, Listener listener);
 
     /// Plays another input from its start: its first programme, at the speed of the options. `done` is called
@@ -52,6 +54,10 @@ public:
     /// The same, and waits until the input is open. @throws StreamError as the constructor does; then nothing
     /// has changed
     void OpenAndWait(InputOptions const& options, std::optional<std::uint16_t> programme);
+
+    /// Plays an input that cannot be opened: from now on the state is that of an error, and nothing is handed
+    /// out. `error` is a line for the user.
+    void Fail(InputOptions const& options, std::optional<std::uint16_t> programme, std::string const& error);
 
     /// Goes to a position of a file, and moves the clock by the same distance. The first packet that is
     /// handed out is the first one that is complete at that position or later. What is passed over is read by
@@ -137,6 +143,8 @@ public:
 
 private:
     std::unique_ptr<Demux> Load(std::unique_ptr<sim::Input> input, std::optional<std::uint16_t> choice) const;
+    void PlayInput(std::unique_ptr<sim::Input> input, InputOptions const& options,
+                   std::optional<std::uint16_t> programme);
     void Take(std::unique_ptr<Demux> demux, sim::Input* input);
     void Use(std::unique_ptr<Demux> demux, sim::Input* input);
     void Reopen();

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Player.h"
 
+#include "input/FailedBytes.h"
+
 #include <utility>
 
 // What a player does about inputs and their programmes.
@@ -91,7 +93,21 @@ void Player::Reopen()
 
 void Player::OpenAndWait(InputOptions const& options, std::optional<std::uint16_t> programme)
 {
-    std::unique_ptr<sim::Input> input = OpenInputAndWait(options);
+    PlayInput(OpenInputAndWait(options), options, programme);
+}
+
+void Player::Fail(InputOptions const& options, std::optional<std::uint16_t> programme,
+                  std::string const& error)
+{
+    PlayInput(std::make_unique<sim::Input>(
+                  std::unique_ptr<ArrivingBytes>(std::make_unique<FailedBytes>(options.url, error))),
+              options, programme);
+    m_state = ZV_SOURCE_STATE_ENDED;
+}
+
+void Player::PlayInput(std::unique_ptr<sim::Input> input, InputOptions const& options,
+                       std::optional<std::uint16_t> programme)
+{
     sim::Input* const opened = input.get();
     std::unique_ptr<Demux> demux = Load(std::move(input), programme);
     m_opening.reset();

@@ -1,0 +1,159 @@
+// SPDX-License-Identifier: MIT
+#include "Remote.h"
+
+#include <sys/stat.h>
+
+#include <cstdio>
+
+namespace zviptv::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+/// What brings a dead service back when something is in the way.
+class Revival : public Steered
+{
+protected:
+    void SteerWithInput(std::string const& input)
+    {
+        Start({"--ts", input, "--loop"});
+        m_remote.emplace(m_bus.Address());
+        ASSERT_TRUE(m_remote->WaitFor("Running", "true"));
+    }
+};
+
+TEST_F(Revival, AResetStartsADeadServiceInTheStartState)
+{
+    Steer({"--loop", "--fault", "MuteAudio=result:3"});
+    std::string const faults = m_remote->Get("Faults");
+    pid_t const first = NewService();
+    ASSERT_EQ(m_remote->Call("SetSpeed", "(2.0,)"), Done);
+    ASSERT_EQ(m_remote->Call("ClearFaults"), Done);
+    ASSERT_EQ(m_remote->Call("Lock", "('service',)"), Done);
+    ASSERT_EQ(m_remote->Call("Load", "('" + CopyOfTheSample() + "',)"), Done);
+    ASSERT_EQ(m_remote->Call("Die", "({},)"), Done);
+    ASSERT_EQ(m_remote->Call("Reset"), Done);
+    EXPECT_NE(m_watcher.GetNameOwner("org.corvel.zviptvapi.dbushelper"), "");
+    EXPECT_EQ(m_remote->Get("Running"), "true");
+    EXPECT_NE(NewService(first), 0);
+    EXPECT_EQ(m_remote->Get("Speed"), "1.0");
+    EXPECT_EQ(m_remote->Get("Faults"), faults);
+    EXPECT_EQ(m_remote->Get("ServiceLocked"), "false");
+    EXPECT_EQ(m_remote->Get("Input"), std::string("'") + ZVIPTV_SAMPLE_FILE + "'");
+    EXPECT_EQ(m_remote->Get("SourceState"), "'playing'");
+    EXPECT_LT(m_remote->Number("Position"), 3);
+}
+
+/// It does not wait for the planned return.
+TEST_F(Revival, AResetRefusesCallsThatHaveWaitedLonger)
+{
+    Steer();
+    ASSERT_EQ(m_remote->Call("Die", "({'for': <100000.0>},)"), Done);
+    m_remote->Send("Mute", "('audio', true)");
+    ASSERT_EQ(m_remote->Call("Reset"), Done);
+    EXPECT_EQ(m_remote->Get("AudioMuted"), "false");
+}
+
+TEST_F(Revival, AResetStartsAServiceThatHasEndedByItself)
+{
+    std::string const script = R"(
+        kill -KILL $ZVIPTV_SIM_PID
+        until "$0" sim status | grep -q '^Running: *no'; do :; done
+        "$0" sim pause; echo pause $?
+        "$0" sim reset; echo reset $?
+        "$0" call MuteAudio 1)";
+    ChildProcess process(
+        {ZVIPTV_SIM, "--ts", ZVIPTV_SAMPLE_FILE, "--loop", "--", "sh", "-c", script, ZVIPTVCTL});
+    EXPECT_EQ(process.Wait(Patience), (ExitStatus{0, 0})) << process.Errors();
+    EXPECT_EQ(process.Output(), "pause 3\nreset 0\nresult: true\n");
+}
+
+TEST_F(Revival, AnInputThatIsGoneShowsAsTheSourceState)
+{
+    Steer();
+    std::string const other = CopyOfTheSample();
+    ASSERT_EQ(m_remote->Call("Load", "('" + other + "',)"), Done);
+    ASSERT_EQ(std::remove(other.c_str()), 0);
+    ASSERT_EQ(m_remote->Call("Restart"), Done);
+    EXPECT_EQ(m_remote->Get("SourceState"), "'error'");
+    EXPECT_EQ(m_remote->Get("Input"), "'" + other + "'");
+    EXPECT_EQ(m_remote->Call("Seek", "(3.0,)"),
+              Invalid + other + " cannot be played: load another input first");
+    EXPECT_TRUE(m_simulator->WaitForErrors("zviptv-sim: cannot open " + other +
+                                               ": No such file or directory; the service goes on answering\n",
+                                           Patience))
+        << m_simulator->Errors();
+    Application application;
+    application.Announce("PLAYERCONTROL");
+    EXPECT_EQ(application.Ask("PLAYERCONTROL", {{"functionname", "GetSourceState"}}).Value("sourcestate"),
+              "4");
+    ASSERT_EQ(m_remote->Call("Reset"), Done);
+    EXPECT_EQ(m_remote->Get("SourceState"), "'playing'");
+}
+
+TEST_F(Revival, AnInputThatIsBackIsPlayedAfterARestart)
+{
+    Steer();
+    std::string const other = CopyOfTheSample();
+    ASSERT_EQ(m_remote->Call("Load", "('" + other + "',)"), Done);
+    ASSERT_EQ(std::remove(other.c_str()), 0);
+    ASSERT_EQ(m_remote->Call("Restart"), Done);
+    CopyOfTheSample();
+    ASSERT_EQ(m_remote->Call("Restart"), Done);
+    EXPECT_EQ(m_remote->Get("SourceState"), "'playing'");
+    EXPECT_EQ(m_remote->Get("Input"), "'" + other + "'");
+}
+
+/// Also that of the command line, which need not be the present one.
+TEST_F(Revival, TheInputOfTheCommandLineMayBeGoneToo)
+{
+    std::string const first = CopyOfTheSample("first.ts");
+    SteerWithInput(first);
+    ASSERT_EQ(std::remove(first.c_str()), 0);
+    ASSERT_EQ(m_remote->Call("Restart"), Done);
+    EXPECT_EQ(m_remote->Get("SourceState"), "'error'");
+    ASSERT_EQ(m_remote->Call("Load", std::string("('") + ZVIPTV_SAMPLE_FILE + "',)"), Done);
+    EXPECT_TRUE(m_remote->WaitFor("SourceState", "'playing'"));
+    ASSERT_EQ(m_remote->Call("Restart"), Done);
+    EXPECT_EQ(m_remote->Get("SourceState"), "'playing'");
+    EXPECT_EQ(m_remote->Get("Input"), std::string("'") + ZVIPTV_SAMPLE_FILE + "'");
+}
+
+/// The start state needs the input. The simulator stays, so that the caller can try again.
+TEST_F(Revival, AResetSaysThatTheServiceDidNotStart)
+{
+    std::string const first = CopyOfTheSample("first.ts");
+    SteerWithInput(first);
+    ASSERT_EQ(m_remote->Call("Die", "({},)"), Done);
+    ASSERT_EQ(std::remove(first.c_str()), 0);
+    EXPECT_EQ(m_remote->Call("Reset"),
+              std::string(Failed) + "the service did not start; correct what zviptv-sim has written on its "
+                                    "standard error, and call 'zviptvctl sim restart'");
+    EXPECT_THAT(m_simulator->Errors(),
+                HasSubstr("zviptv-sim: cannot open " + first + ": No such file or directory\n"));
+    EXPECT_EQ(m_remote->Get("Running"), "false");
+    EXPECT_THAT(m_remote->Call("Pause"), StartsWith(NotRunning));
+    CopyOfTheSample("first.ts");
+    ASSERT_EQ(m_remote->Call("Reset"), Done);
+    EXPECT_EQ(m_remote->Get("SourceState"), "'playing'");
+}
+
+/// Nobody would answer a call that waits for a service which is dead for good.
+TEST_F(Revival, ARestartIsAnsweredWhenTheServiceDiesAgain)
+{
+    std::string const guide = m_bus.Directory() + "/guide.xml";
+    std::ofstream(guide) << std::ifstream(ZVIPTV_SAMPLE_GUIDE).rdbuf();
+    Steer({"--loop", "--guide", guide});
+    ASSERT_EQ(std::remove(guide.c_str()), 0);
+    ASSERT_EQ(mkfifo(guide.c_str(), 0600), 0); // a start waits for its writer
+    ChildProcess restart({ZVIPTVCTL, "sim", "restart"});
+    ASSERT_TRUE(m_remote->WaitForSignal("Died"));
+    ASSERT_EQ(m_remote->Call("Die", "({},)"), Done);
+    EXPECT_EQ(restart.Wait(Patience), (ExitStatus{3, 0}));
+    EXPECT_EQ(restart.Errors(),
+              "zviptvctl: the service died while it started; 'zviptvctl sim restart' starts it\n");
+}
+
+} // namespace
+} // namespace zviptv::test
