@@ -1,24 +1,28 @@
 // SPDX-License-Identifier: MIT
 #include "Signals.h"
 
-#include "glib/Owned.h"
-
-#include <glib-unix.h>
 #include <sys/signalfd.h>
+#include <sys/timerfd.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <climits>
 #include <csignal>
-#include <optional>
 #include <system_error>
 
 namespace zviptv::sim {
 
 namespace {
 
-int BlockAndCatch()
+/// @throws std::system_error
+FileHandle Checked(int descriptor, char const* failure)
+{
+    if (descriptor < 0) {
+        throw std::system_error(errno, std::generic_category(), failure);
+    }
+    return FileHandle(descriptor);
+}
+
+FileHandle BlockAndCatch()
 {
     sigset_t signals;
     sigemptyset(&signals);
@@ -26,45 +30,20 @@ int BlockAndCatch()
         sigaddset(&signals, number);
     }
     sigprocmask(SIG_BLOCK, &signals, nullptr);
-    int const descriptor = signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
-    if (descriptor < 0) {
-        throw std::system_error(errno, std::generic_category(), "cannot wait for signals");
+    return Checked(signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK), "cannot wait for signals");
+}
+
+/// The time for a timer of CLOCK_MONOTONIC, which steady_clock is; zero, which stops the timer, for Never.
+itimerspec Expiry(Signals::Clock::time_point deadline)
+{
+    using std::chrono::seconds;
+    if (deadline == Signals::Never) {
+        return {};
     }
-    return descriptor;
+    std::chrono::nanoseconds const time = deadline.time_since_epoch();
+    auto const whole = std::chrono::duration_cast<seconds>(time);
+    return {{}, {static_cast<time_t>(whole.count()), static_cast<long>((time - whole).count())}};
 }
-
-guint Timeout(Signals::Clock::time_point deadline)
-{
-    auto const left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Signals::Clock::now()).count();
-    return static_cast<guint>(std::clamp<decltype(left)>(left, 0, INT_MAX));
-}
-
-gboolean OnInput(gint /*descriptor*/, GIOCondition /*condition*/, gpointer /*data*/)
-{
-    return G_SOURCE_CONTINUE;
-}
-
-gboolean OnTime(gpointer /*data*/)
-{
-    return G_SOURCE_CONTINUE;
-}
-
-/// Ends an iteration of the main context.
-class Awaited
-{
-public:
-    Awaited(GSource* source, GSourceFunc function) : m_source(source)
-    {
-        g_source_set_callback(source, function, nullptr, nullptr);
-        g_source_attach(source, nullptr);
-    }
-    ~Awaited() { g_source_destroy(m_source.get()); }
-    Awaited(Awaited const&) = delete;
-    Awaited& operator=(Awaited const&) = delete;
-
-private:
-    Owned<GSource> m_source;
-};
 
 } // namespace
 
@@ -73,23 +52,22 @@ bool Signals::Signal::AsksToEnd() const
     return number == SIGINT || number == SIGTERM || number == SIGHUP;
 }
 
-Signals::Signals() : m_descriptor(BlockAndCatch()) {}
-
-Signals::~Signals()
+Signals::Signals()
+    : m_signals(BlockAndCatch()),
+      m_timer(Checked(timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK), "cannot make a timer")),
+      m_onSignal(LoopSource::OnInput(m_signals.Get(), [] {})),
+      m_onTime(LoopSource::OnInput(m_timer.Get(), [] {}))
 {
-    close(m_descriptor);
 }
 
+/// The sources stay attached: attaching one wakes the context, and the next iteration would not wait.
 Signals::Signal Signals::Next(Clock::time_point deadline) const
 {
-    Awaited const signal(g_unix_fd_source_new(m_descriptor, G_IO_IN), G_SOURCE_FUNC(OnInput));
-    std::optional<Awaited> timer;
-    if (deadline != Never) {
-        timer.emplace(g_timeout_source_new(Timeout(deadline)), OnTime);
-    }
+    itimerspec const expiry = Expiry(deadline);
+    timerfd_settime(m_timer.Get(), TFD_TIMER_ABSTIME, &expiry, nullptr);
     g_main_context_iteration(nullptr, TRUE);
     signalfd_siginfo info = {};
-    if (read(m_descriptor, &info, sizeof(info)) != static_cast<ssize_t>(sizeof(info))) {
+    if (read(m_signals.Get(), &info, sizeof(info)) != static_cast<ssize_t>(sizeof(info))) {
         return Signal{};
     }
     return Signal{static_cast<int>(info.ssi_signo), info.ssi_code <= 0};

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "input/LoopSource.h"
+#include "process/FileHandle.h"
+
 #include <chrono>
 
 namespace zviptv::sim {
@@ -23,16 +26,16 @@ public:
 
     /// @throws std::system_error
     Signals();
-    ~Signals();
-    Signals(Signals const&) = delete;
-    Signals& operator=(Signals const&) = delete;
 
     /// Iterates the main context once; returns the signal that has come, if any. Its number is 0 when there
     /// is none by `deadline`, or before something else was dispatched.
     Signal Next(Clock::time_point deadline) const;
 
 private:
-    int m_descriptor;
+    FileHandle m_signals;
+    FileHandle m_timer;
+    LoopSource m_onSignal;
+    LoopSource m_onTime;
 };
 
 } // namespace zviptv::sim
