@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Remote.h"
 
+#include "../input/UdpSender.h"
+
 namespace zviptv::test {
 namespace {
 
@@ -84,7 +86,7 @@ TEST_F(Verbs, AnotherInputIsLoadedOrTheFirstStays)
 TEST_F(Verbs, LiveInputCanNeitherPauseNorSeekNorRunFaster)
 {
     Steer();
-    std::string const url = "udp://127.0.0.1:" + std::to_string(20000 + getpid() % 30000);
+    std::string const url = "udp://127.0.0.1:" + std::to_string(UdpSender("127.0.0.1").Port());
     ASSERT_EQ(m_remote->Call("Load", "('" + url + "',)"), Done);
     for (auto const& [method, arguments] : std::vector<std::pair<std::string, std::string>>{
              {"Pause", "()"}, {"Seek", "(1.0,)"}, {"SetSpeed", "(2.0,)"}}) {
@@ -93,6 +95,26 @@ TEST_F(Verbs, LiveInputCanNeitherPauseNorSeekNorRunFaster)
     }
     EXPECT_EQ(m_remote->Call("Load", std::string("('") + ZVIPTV_SAMPLE_FILE + "',)"), Done);
     EXPECT_EQ(m_remote->Call("Pause"), Done);
+}
+
+/// Its sender sets the pace, at whatever speed a file ran before.
+TEST_F(Verbs, LiveInputRunsTheClockAtNormalSpeed)
+{
+    Steer({"--loop", "--speed", "4"});
+    ASSERT_EQ(m_remote->Call("Pause"), Done);
+    EXPECT_THAT(m_remote->Call("Load", "('udp://127.0.0.1:0',)"), StartsWith(Failed));
+    EXPECT_EQ(m_remote->Get("Speed"), "4.0");
+    EXPECT_EQ(m_remote->Get("Paused"), "true");
+    std::string const url = "udp://127.0.0.1:" + std::to_string(UdpSender("127.0.0.1").Port());
+    ASSERT_EQ(m_remote->Call("Load", "('" + url + "',)"), Done);
+    EXPECT_EQ(m_remote->Get("Speed"), "1.0");
+    EXPECT_EQ(m_remote->Get("Paused"), "false");
+    EXPECT_EQ(m_remote->Call("SetSpeed", "(1.0,)"), Done);
+    EXPECT_EQ(m_remote->Call("Play"), Done);
+    EXPECT_EQ(m_remote->Call("SetSpeed", "(2.0,)"),
+              Invalid + url + " is live input, which sets its own pace: load a file first");
+    ASSERT_EQ(m_remote->Call("Reset"), Done);
+    EXPECT_EQ(m_remote->Get("Speed"), "4.0");
 }
 
 TEST_F(Verbs, AProgrammeThatIsNotThereIsRefused)

@@ -53,6 +53,16 @@ void RequireFile(Service& service)
     }
 }
 
+/// After another input was loaded.
+void FollowPaceOfInput(Service& service)
+{
+    Television const television = service.Parts();
+    if (television.player.IsLive()) {
+        television.clock.SetSpeed(1);
+        television.clock.Pause(false);
+    }
+}
+
 void Pause(Service& service, GVariant* /*parameters*/)
 {
     RequireFile(service);
@@ -84,8 +94,11 @@ void Seek(Service& service, GVariant* parameters)
 
 void SetSpeed(Service& service, GVariant* parameters)
 {
-    RequireFile(service);
-    service.Parts().clock.SetSpeed(DoubleAt(parameters, 0));
+    double const speed = DoubleAt(parameters, 0);
+    if (speed != 1) {
+        RequireFile(service);
+    }
+    service.Parts().clock.SetSpeed(speed);
 }
 
 void SelectProgramme(Service& service, GVariant* parameters)
@@ -236,6 +249,9 @@ void Perform(Service& service, std::string const& method, GVariant* parameters,
     if (method == "Load") {
         service.Parts().player.Open(service.InputNamed(TextAt(parameters, 0)),
                                     [&service, done = std::move(done)](std::string const& error) {
+                                        if (error.empty()) {
+                                            FollowPaceOfInput(service);
+                                        }
                                         service.FollowInput();
                                         service.Wake();
                                         done(error);
