@@ -2,9 +2,6 @@
 #include "Dictionary.h"
 #include "Report.h"
 
-#include <algorithm>
-#include <cmath>
-
 namespace zviptv::sim {
 
 namespace {
@@ -60,12 +57,9 @@ void RestoreClock(Clock& clock, GVariant* kept)
 /// How far the stream is that began then; one that loops is as far in its present pass.
 Player::Seconds PositionNow(Clock const& clock, std::int64_t begin, double duration, bool loops)
 {
-    Player::Seconds const position = std::chrono::nanoseconds(Nanoseconds(clock.Shows()) - begin);
-    if (duration <= 0) {
-        return position;
-    }
-    return Player::Seconds(loops ? std::fmod(position.count(), duration)
-                                 : std::min(position.count(), duration));
+    return Player::PositionAfter(std::chrono::nanoseconds(Nanoseconds(clock.Shows()) - begin),
+                                 duration > 0 ? std::optional(Player::Seconds(duration)) : std::nullopt,
+                                 loops);
 }
 
 /// The input, and how far it is by now.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Player.h"
 
+#include <cmath>
 #include <utility>
 
 namespace zviptv::sim {
@@ -48,10 +49,11 @@ void Player::Seek(Seconds position)
     m_pacer.Start(m_skipUntil);
 }
 
-/// Time runs on in a stream, so that what lies behind is reached from the start.
+/// Time runs on in a stream, so that what has been handed out is reached from the start.
 void Player::GoTo(Seconds position)
 {
-    if (m_state != ZV_SOURCE_STATE_PLAYING || position < Position()) {
+    bool const isAhead = m_passTime + std::chrono::duration_cast<StreamTime>(position) > m_lastTime;
+    if (m_state != ZV_SOURCE_STATE_PLAYING || !isAhead) {
         Reopen();
     }
     m_skipUntil = m_passTime + std::chrono::duration_cast<StreamTime>(position);
@@ -62,12 +64,21 @@ Player::Seconds Player::Position() const
 {
     switch (m_state) {
     case ZV_SOURCE_STATE_PLAYING:
-        return m_pacer.StreamNow() - m_passTime;
+        return PositionAfter(m_pacer.StreamNow() - m_passTime, m_duration, m_loop);
     case ZV_SOURCE_STATE_ENDED:
         return m_lastTime - m_passTime;
     default:
         return Seconds(0);
     }
+}
+
+Player::Seconds Player::PositionAfter(Seconds passed, std::optional<Seconds> duration, bool loops)
+{
+    if (!duration || passed < *duration) {
+        return passed;
+    }
+    return loops && *duration > Seconds(0) ? Seconds(std::fmod(passed.count(), duration->count()))
+                                           : *duration;
 }
 
 EZVSourceState Player::State() const

@@ -78,8 +78,12 @@ public:
     std::optional<std::uint16_t> const& Choice() const { return m_choice; }
     SimulatedClock const& Clock() const { return m_clock; }
 
-    /// Since the start of the stream; with --loop since that of the present pass.
+    /// Since the start of the stream; with --loop since that of the present pass. At most the duration, also
+    /// while the clock is ahead of what has been played.
     Seconds Position() const;
+
+    /// The position of a stream that began this long ago.
+    static Seconds PositionAfter(Seconds passed, std::optional<Seconds> duration, bool loops);
 
     /// When, on the clock, the position was 0. Meaningful once play has begun.
     SimulatedClock::Time BeganAt() const { return m_pacer.DueAt(m_passTime); }
@@ -88,7 +92,8 @@ public:
     std::optional<Seconds> const& Duration() const { return m_duration; }
     void SetDuration(Seconds duration) { m_duration = duration; }
 
-    /// Plays another programme of this input, from here on. False, and nothing changes, if it is not known.
+    /// Plays another programme of this input, from here on; its duration is not known. False, and nothing
+    /// changes, if there is no such programme.
     bool SelectProgramme(std::uint16_t number);
 
     /// What the input has given so far, and how.

@@ -177,6 +177,7 @@ bool Player::SelectProgramme(std::uint16_t number)
     }
     m_choice = number;
     m_next.reset();
+    m_duration.reset(); // by the programme's own clock
     Change(m_demux->Current());
     if (m_wake) {
         m_wake();
