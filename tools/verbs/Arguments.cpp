@@ -22,9 +22,10 @@ struct Description
 constexpr Description Descriptions[] = {
     {Form::Position, "SECONDS", "d", "a position in seconds, 0 to 1000000", 0, 1e6},
     {Form::Duration, "SECONDS", "d", "a number of seconds, 0 to 1000000", 0, 1e6},
+    {Form::FaultTime, "SECONDS", "d", "a number of seconds, 0.001 to 1000000", 0.001, 1e6},
     {Form::Speed, "SPEED", "d", "a speed from 0.01 to 1000", 0.01, 1000},
     {Form::Time, "UNIX-SECONDS", "x", "a number of seconds since 1970, 0 to 4294967295", 0, 4294967295.0},
-    {Form::Programme, "NUMBER", "u", "a programme number, 0 to 65535", 0, 65535},
+    {Form::Programme, "NUMBER", "u", "a programme number, 1 to 65535", 1, 65535},
     {Form::Index, "N", "u", "a place in the list, 0 to 65535", 0, 65535},
     {Form::Count, "N", "u", "a number of answers, 1 to 1000000", 1, 1e6},
     {Form::Input, "INPUT", "s", "an input as --ts takes it", 0, 0},

@@ -12,6 +12,7 @@ enum class Form
 {
     Position,  ///< seconds of the stream, d
     Duration,  ///< seconds, d
+    FaultTime, ///< seconds that a fault lasts, d
     Speed,     ///< d
     Time,      ///< seconds since 1970, x
     Programme, ///< number of a programme, u

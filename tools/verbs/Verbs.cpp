@@ -188,7 +188,7 @@ std::vector<Verb> const& Verbs()
          "AddFault",
          {Form::Fault},
          {{"count", Form::Count, "Spoil N answers only"},
-          {"for", Form::Duration, "Spoil answers for S seconds of the simulator's clock only"}},
+          {"for", Form::FaultTime, "Spoil answers for S seconds of the simulator's clock only"}},
          "Spoil answers, as --fault does"},
         {"fault remove", "RemoveFault", {Form::Fault}, {}, "Remove the faults with this text"},
         {"fault clear", "ClearFaults", {}, {}, "Remove all faults"},

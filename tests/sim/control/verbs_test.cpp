@@ -124,6 +124,19 @@ TEST_F(Verbs, AProgrammeThatIsNotThereIsRefused)
     EXPECT_EQ(m_remote->Call("SelectProgramme", "(7,)"),
               std::string(Invalid) + "the input has no programme 7: use 1");
     EXPECT_EQ(m_remote->Get("Programme"), "uint32 1");
+    EXPECT_EQ(m_remote->Call("SelectProgramme", "(0,)"),
+              std::string(Invalid) + "'0' is not a programme number, 1 to 65535");
+}
+
+TEST_F(Verbs, NoProgrammeCanBeSelectedBeforeItsTablesHaveCome)
+{
+    Steer();
+    std::string const url = "udp://127.0.0.1:" + std::to_string(UdpSender("127.0.0.1").Port());
+    ASSERT_EQ(m_remote->Call("Load", "('" + url + "',)"), Done);
+    EXPECT_EQ(m_remote->Call("SelectProgramme", "(1,)"),
+              std::string(Invalid) +
+                  "programme 1 is not known, since no PAT and PMT have come yet: wait until "
+                  "the property Programmes lists it");
 }
 
 TEST_F(Verbs, LocksAreSeenByApplications)
@@ -201,6 +214,8 @@ TEST_F(Verbs, BadFaultsAreRefused)
                            "cannot use the fault 'MuteAudio=bad': unknown fault 'bad' of MuteAudio; use "));
     EXPECT_THAT(m_remote->Call("AddFault", "('MuteAudio=drop', {'count': <uint32 0>})"),
                 StartsWith(std::string(Invalid) + "'0' is not a number of answers, 1 to 1000000"));
+    EXPECT_EQ(m_remote->Call("AddFault", "('MuteAudio=drop', {'for': <0.0>})"),
+              std::string(Invalid) + "'0.0' is not a number of seconds, 0.001 to 1000000");
     EXPECT_THAT(m_remote->Call("AddFault", "('MuteAudio=drop', {'count': <'two'>})"),
                 StartsWith(std::string(Invalid) + "a value of the type s is not a number of answers"));
     EXPECT_THAT(m_remote->Call("AddFault", "('MuteAudio=drop', {'often': <uint32 1>})"),

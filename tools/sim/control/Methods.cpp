@@ -110,8 +110,12 @@ void SelectProgramme(Service& service, GVariant* parameters)
         for (Programme const& programme : player.Programmes()) {
             known += (known.empty() ? "" : ", ") + std::to_string(programme.number);
         }
-        throw std::invalid_argument("the input has no programme " + std::to_string(number) + ": use " +
-                                    known);
+        std::string const wanted = "programme " + std::to_string(number);
+        throw std::invalid_argument(
+            known.empty()
+                ? wanted + " is not known, since no PAT and PMT have come yet: wait until the property "
+                           "Programmes lists it"
+                : "the input has no " + wanted + ": use " + known);
     }
     service.FollowInput();
 }

@@ -41,14 +41,23 @@ void ReadOptions(InputUrl& url, std::string_view options)
     }
 }
 
+/// udp:// or rtp://, as the user wrote it.
+std::string SchemeOf(InputUrl const& socket)
+{
+    return socket.text.substr(0, 6);
+}
+
+std::string Advice(InputUrl const& socket)
+{
+    return "write " + SchemeOf(socket) + "GROUP:PORT, for example " + SchemeOf(socket) + "@239.1.1.1:1234";
+}
+
 void ReadPort(InputUrl& url, std::string_view text)
 {
     char const* const end = text.data() + text.size();
     auto const result = std::from_chars(text.data(), end, url.port);
     if (result.ec != std::errc() || result.ptr != end || url.port == 0) {
-        Refuse(url, "'" + std::string(text) +
-                        "' is not a port, 1 to 65535; write udp://GROUP:PORT, for example "
-                        "udp://@239.1.1.1:1234");
+        Refuse(url, "'" + std::string(text) + "' is not a port, 1 to 65535; " + Advice(url));
     }
 }
 
@@ -64,14 +73,15 @@ void ReadSocket(InputUrl& url, std::string_view rest)
     }
     std::size_t const colon = address.rfind(':');
     if (colon == std::string_view::npos) {
-        Refuse(url, "there is no port; write udp://GROUP:PORT, for example udp://@239.1.1.1:1234");
+        Refuse(url, "there is no port; " + Advice(url));
     }
     std::string_view host = address.substr(0, colon);
     bool const isBracketed = host.size() >= 2 && host.front() == '[' && host.back() == ']';
     if (isBracketed) {
         host = host.substr(1, host.size() - 2);
     } else if (host.find(':') != std::string_view::npos) {
-        Refuse(url, "an IPv6 address is written in brackets, for example udp://@[ff15::1]:1234");
+        Refuse(url,
+               "an IPv6 address is written in brackets, for example " + SchemeOf(url) + "@[ff15::1]:1234");
     }
     ReadPort(url, address.substr(colon + 1));
     url.host = host;
