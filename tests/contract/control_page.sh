@@ -1,7 +1,7 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# The page of the control interface names the members that the interface has, with their types, and the verbs that
-# zviptvctl has: control_page.sh BUILD SOURCE
+# The page of the control interface names the members that the interface has, with their types, the words that some
+# properties show, and the verbs that zviptvctl has: control_page.sh BUILD SOURCE
 . "$(dirname "$0")/install.sh"
 
 root=$source/../..
@@ -12,6 +12,12 @@ export LD_LIBRARY_PATH=$libdir
 rows() {
     sed -n "/^<!-- table: $1 -->/,/^<!-- end of table -->/p" "$page" | sed -n '5,$p;4p' | grep '^| `' |
         sed 's/\\|/OR/g' | cut -d '|' -f "$2" | sed 's/`//g; s/|/ /g; s/  */ /g; s/^ //; s/ *$//; s/OR/|/g' | sort
+}
+
+# The words between code marks.
+marked() {
+    # shellcheck disable=SC2016
+    grep -o '`[A-Za-z]*`' | tr -d '`' | sort
 }
 
 python3 - "$root/tools/sim/control/org.corvel.zviptvapi.Simulator1.xml" >"$work/members" <<'PYTHON'
@@ -31,6 +37,29 @@ for table in properties:property:2,3 signals:signal:2,3; do
     echo "$name:"
     rows "$name" "$cells" | diff "$work/described" -
 done
+
+# The words of properties that are enumerations, each in the place of its number.
+words() {
+    sed -n "s/^constexpr char const\* $1\[\] = {\(.*\)};/\1/p" "$root/tools/sim/control/Report.cpp" |
+        tr -d '" ' | tr ',' '\n'
+}
+echo states:
+words SourceStates | awk '{ print $0, NR - 1 }' | sort >"$work/described"
+[ "$(wc -l <"$work/described")" -eq 5 ]
+rows "source states" 2,3 | diff "$work/described" -
+for property in SourceState:SourceStates DualSound:DualSounds; do
+    echo "$property:"
+    words "${property#*:}" | sort >"$work/described"
+    [ "$(wc -l <"$work/described")" -ge 4 ]
+    sed -n "s/^| \`${property%:*}\` //p" "$page" | cut -d '|' -f 3 | marked | diff "$work/described" -
+done
+
+# Properties that are not announced: the page names them in the sentence about it.
+echo "not announced:"
+grep -B 1 EmitsChangedSignal "$root/tools/sim/control/org.corvel.zviptvapi.Simulator1.xml" |
+    sed -n 's/.*<property name="\([A-Za-z]*\)".*/\1/p' | sort >"$work/described"
+[ -s "$work/described" ]
+tr '\n' ' ' <"$page" | grep -o '[^.]* change all the time' | marked | diff "$work/described" -
 
 # A method's types are those before the entries of its dictionary.
 sed -n 's/^method //p' "$work/members" | sed 's/ *$//' | sort >"$work/described"

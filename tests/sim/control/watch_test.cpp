@@ -69,7 +69,11 @@ TEST_F(SimCommand, NamesStatusAsTheProperties)
     EXPECT_EQ(status["Input"].asString(), ZVIPTV_SAMPLE_FILE);
     EXPECT_EQ(status["Speed"].asDouble(), 1.0);
     EXPECT_EQ(status["Programmes"][0][1].asString(), "ZV Sample One");
-    EXPECT_THAT(Run({"status"}).output, HasSubstr("\nSpeed:           1\n"));
+    EXPECT_EQ(status["InputStatus"]["lost"].asUInt(), 0U);
+    EXPECT_TRUE(status["InputStatus"].isMember("jitterMicroseconds"));
+    std::string const text = Run({"status"}).output;
+    EXPECT_THAT(text, HasSubstr("\nSpeed:           1\n"));
+    EXPECT_THAT(text, HasSubstr("\nInputStatus:     {"));
 }
 
 TEST_F(SimCommand, RefusesWithWordsAndACode)

@@ -28,6 +28,20 @@ GVariant* Programmes(Player const& player)
     return g_variant_builder_end(&list);
 }
 
+/// What has come of the input, and what was lost.
+GVariant* InputStatus(Player const& player)
+{
+    InputCounters const counters = player.Counters();
+    Dictionary status;
+    status.Add("state", counters.state)
+        .Add("error", counters.error)
+        .Add("live", g_variant_new_boolean(counters.isLive ? TRUE : FALSE));
+    for (InputNumber const& number : InputNumbers) {
+        status.Add(number.name, g_variant_new_uint64(counters.*number.value));
+    }
+    return status.End();
+}
+
 /// Empty before it is known.
 GVariant* Resolution(Player const& player)
 {
@@ -89,6 +103,7 @@ void AddPlayback(Dictionary& report, Television const& television)
 {
     Player const& player = television.player;
     report.Add("Input", player.Input())
+        .Add("InputStatus", InputStatus(player))
         .Add("SourceState", WordOf(SourceStates, player.State()))
         .Add("Position", g_variant_new_double(player.Position().count()))
         .Add("Duration", g_variant_new_double(player.Duration().value_or(Player::Seconds(0)).count()))

@@ -20,10 +20,14 @@ namespace {
 constexpr std::chrono::milliseconds UpdateDelay{20};
 constexpr std::chrono::milliseconds UpdatePeriod{1000};
 
-/// Properties that change all the time, of which no change is told.
-bool IsContinuous(std::string const& property)
+/// Properties that change all the time: the interface says that their changes are not announced.
+bool IsContinuous(char const* property)
 {
-    return property == "Position" || property == "GuideTime";
+    GDBusPropertyInfo const* const info =
+        g_dbus_interface_info_lookup_property(SimulatorInterface(), property);
+    return g_strcmp0(g_dbus_annotation_info_lookup(info->annotations,
+                                                   "org.freedesktop.DBus.Property.EmitsChangedSignal"),
+                     "false") == 0;
 }
 
 Owned<GDBusConnection> Connect(int descriptor)

@@ -99,16 +99,9 @@ Json::Value ToJson(InputCounters const& input)
     json["state"] = input.state;
     json["error"] = input.error;
     json["live"] = input.isLive;
-    json["packets"] = Json::UInt64(input.packets);
-    json["bytes"] = Json::UInt64(input.bytes);
-    json["lost"] = Json::UInt64(input.lost);
-    json["duplicated"] = Json::UInt64(input.duplicated);
-    json["reordered"] = Json::UInt64(input.reordered);
-    json["malformed"] = Json::UInt64(input.malformed);
-    json["gaps"] = Json::UInt64(input.gaps);
-    json["skippedBytes"] = Json::UInt64(input.skippedBytes);
-    json["stalls"] = Json::UInt64(input.stalls);
-    json["jitterMicroseconds"] = input.jitter;
+    for (InputNumber const& number : InputNumbers) {
+        json[number.name] = Json::UInt64(input.*number.value);
+    }
     return json;
 }
 

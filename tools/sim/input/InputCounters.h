@@ -21,8 +21,22 @@ struct InputCounters
     std::uint64_t gaps = 0;         ///< continuity counters of live input that skip a number, in all PIDs
     std::uint64_t skippedBytes = 0; ///< out of step with the transport packets
     std::uint64_t stalls = 0;       ///< times that nothing came for Input::StallTime, this one included
-    std::uint32_t jitter = 0;       ///< of RTP packets by RFC 3550, microseconds
+    std::uint64_t jitter = 0;       ///< of RTP packets by RFC 3550, microseconds
     bool isLive = false;            ///< the sender sets the pace
+};
+
+/// The numbers among them by the names that the status line and the control interface use.
+struct InputNumber
+{
+    char const* name;
+    std::uint64_t InputCounters::*value;
+};
+constexpr InputNumber InputNumbers[] = {
+    {"packets", &InputCounters::packets},     {"bytes", &InputCounters::bytes},
+    {"lost", &InputCounters::lost},           {"duplicated", &InputCounters::duplicated},
+    {"reordered", &InputCounters::reordered}, {"malformed", &InputCounters::malformed},
+    {"gaps", &InputCounters::gaps},           {"skippedBytes", &InputCounters::skippedBytes},
+    {"stalls", &InputCounters::stalls},       {"jitterMicroseconds", &InputCounters::jitter},
 };
 
 } // namespace zviptv::sim
