@@ -24,12 +24,16 @@ public:
                                                 G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
               nullptr, nullptr, nullptr))
     {
-        g_dbus_connection_signal_subscribe(m_connection.get(), nullptr, nullptr, nullptr,
-                                           "/org/corvel/zviptvapi/Simulator", nullptr,
-                                           G_DBUS_SIGNAL_FLAGS_NONE, OnSignal, this, nullptr);
+        m_subscription = g_dbus_connection_signal_subscribe(
+            m_connection.get(), nullptr, nullptr, nullptr, "/org/corvel/zviptvapi/Simulator", nullptr,
+            G_DBUS_SIGNAL_FLAGS_NONE, OnSignal, this, nullptr);
     }
 
-    ~Remote() { g_dbus_connection_close_sync(m_connection.get(), nullptr, nullptr); }
+    ~Remote()
+    {
+        g_dbus_connection_signal_unsubscribe(m_connection.get(), m_subscription);
+        g_dbus_connection_close_sync(m_connection.get(), nullptr, nullptr);
+    }
     Remote(Remote const&) = delete;
     Remote& operator=(Remote const&) = delete;
 
@@ -156,6 +160,7 @@ private:
     }
 
     Owned<GDBusConnection> m_connection;
+    guint m_subscription = 0;
     std::vector<Signal> m_signals;
 };
 
@@ -163,9 +168,9 @@ private:
 class Steered : public Simulator
 {
 protected:
-    void Steer(std::vector<std::string> options = {"--loop"})
+    void Steer(std::vector<std::string> options = {"--loop"}, std::string const& input = ZVIPTV_SAMPLE_FILE)
     {
-        options.insert(options.begin(), {"--ts", ZVIPTV_SAMPLE_FILE});
+        options.insert(options.begin(), {"--ts", input});
         Start(options);
         ASSERT_TRUE(m_watcher.WaitForOwner("org.corvel.zviptvapi.Simulator", true));
         m_remote.emplace(m_bus.Address());
