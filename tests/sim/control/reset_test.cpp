@@ -101,20 +101,29 @@ TEST_F(Reset, WaitsForApplicationsAgain)
     EXPECT_TRUE(m_remote->WaitFor("SourceState", "'playing'"));
 }
 
-/// From call to answer, across the bus; the best of some, since other work may come between.
+/// ZVIPTV_RESETS=200 measures more of them.
+int Rounds()
+{
+    char const* const text = std::getenv("ZVIPTV_RESETS");
+    return text == nullptr ? 21 : std::max(1, std::atoi(text));
+}
+
+/// From call to answer, across the bus; the median, since other work may come between.
 TEST_F(Reset, TakesLessThanFiftyMilliseconds)
 {
     Steer({"--loop", "--guide", ZVIPTV_SAMPLE_GUIDE});
     std::vector<double> milliseconds;
-    for (int round = 0; round < 21; ++round) {
+    int const rounds = Rounds();
+    for (int round = 0; round < rounds; ++round) {
         auto const begin = std::chrono::steady_clock::now();
         ASSERT_EQ(m_remote->Call("Reset"), Done);
         milliseconds.push_back(
             std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count());
     }
     std::sort(milliseconds.begin(), milliseconds.end());
-    std::printf("reset: %.1f ms at best, %.1f ms in the median, %.1f ms at worst\n", milliseconds.front(),
-                milliseconds[milliseconds.size() / 2], milliseconds.back());
+    std::printf("%d resets: %.1f ms at best, %.1f ms in the median, 99 %% within %.1f ms, %.1f ms at worst\n",
+                rounds, milliseconds.front(), milliseconds[milliseconds.size() / 2],
+                milliseconds[(milliseconds.size() * 99 - 1) / 100], milliseconds.back());
     EXPECT_LT(milliseconds[milliseconds.size() / 2], 50);
 }
 
