@@ -155,8 +155,10 @@ TEST_P(FactoryFailure, AnnouncementIsDenied)
 
 TEST_P(FactoryFailure, ServiceLeavesWhileTheObjectLives)
 {
+    WirePeer observer(m_bus.Address());
     void* const object = Create();
     m_service.Vanish();
+    ASSERT_TRUE(observer.WaitForOwner("org.corvel.zviptvapi.dbushelper", false));
     Kind().call(object); // before the loss is handled
     EXPECT_EQ(LastFailure(),
               std::string("no service | ") + Kind().method +
