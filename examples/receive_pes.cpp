@@ -13,6 +13,9 @@ int packets = 0;
 
 void OnPacket(ZVPESData& pes, void* /*userData*/)
 {
+    if (packets == 10) {
+        return; // it arrived before the loop ended
+    }
     std::cout << "PID " << (pes.pid & 0xFFFF) << ", PTS " << pes.pts << ", " << pes.data.size() << " bytes\n";
     if (++packets == 10) {
         g_main_loop_quit(loop);
