@@ -41,11 +41,10 @@ TEST(ScenarioVerbs, AreCheckedWordByWord)
               "MuteAudio=error or PESCB=delay:500,count=3"},
              {"1 fault add MuteAudio=drop,count=1 --count 2",
               "1:13: cannot use the fault 'MuteAudio=drop,count=1,count=2': count is given more than once; "
-              "give "
-              "it once"},
+              "give it once"},
              {"1 fault add --for 0 MuteAudio=drop",
-              "1:21: cannot use the fault 'MuteAudio=drop,for=0': '0' is not a number of seconds, 0.001 to "
-              "1000000"},
+              "1:19: fault add: '0' is not a number of seconds, 0.001 to 1000000; use fault add METHOD=FAULT "
+              "[--count N] [--for SECONDS]"},
              {"1 fault add GetAudio=missing:index",
               "1:13: cannot use the fault 'GetAudio=missing:index': 'index' is not a key of the answer to "
               "GetAudio; use result_internal or audio"},

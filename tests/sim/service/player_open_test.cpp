@@ -163,6 +163,7 @@ TEST_F(PlayerOpen, LearnsTheProgrammeOfLiveInput)
 
 TEST_F(PlayerOpen, SelectsAProgramme)
 {
+    m_clock.Pause(true); // the whole file lasts two milliseconds
     m_player->Advance();
     EXPECT_TRUE(m_player->SelectProgramme(1)); // it is played already
     EXPECT_TRUE(m_numbers.empty());
@@ -173,6 +174,7 @@ TEST_F(PlayerOpen, SelectsAProgramme)
     EXPECT_EQ(m_player->FirstPts(), std::nullopt);
     EXPECT_EQ(m_player->Current().audio.at(0).pid, Second);
     m_pids.clear();
+    m_clock.Pause(false);
     PlayToTheEnd();
     EXPECT_THAT(m_pids, testing::Each(Second));
     EXPECT_FALSE(m_pids.empty());
