@@ -61,6 +61,9 @@ public:
         *Out() = g_error_new_literal(G_IO_ERROR, code, message);
     }
 
+    /// Takes the D-Bus name of a remote error off the message.
+    void StripName() { g_dbus_error_strip_remote_error(m_error); }
+
     explicit operator bool() const { return m_error != nullptr; }
     GError const* Get() const { return m_error; }
     int Code() const { return m_error->code; }

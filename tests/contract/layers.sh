@@ -39,6 +39,7 @@ may src/proxy dbus failure message log
 may tools/process
 may tools/common glib
 may tools/verbs glib
+may tools/trace common glib
 may tools/sim/stream
 may tools/sim/input stream process glib
 may tools/sim/guide stream

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+#include "CaptureReader.h"
+
+#include <pcap/pcap.h>
+
+#include <utility>
+
+namespace zviptv::trace {
+
+namespace {
+
+constexpr std::int64_t Million = 1'000'000;
+
+std::string Quoted(std::string const& path)
+{
+    return path == "-" ? "standard input" : "'" + path + "'";
+}
+
+} // namespace
+
+void CaptureReader::Close::operator()(pcap* file) const
+{
+    pcap_close(file);
+}
+
+CaptureReader::CaptureReader(std::string path) : m_path(std::move(path))
+{
+    char reason[PCAP_ERRBUF_SIZE] = "";
+    m_file.reset(pcap_open_offline(m_path.c_str(), reason));
+    if (m_file == nullptr) {
+        throw CaptureError("cannot read " + Quoted(m_path) + ": " + reason +
+                           "; give a file that zviptvctl trace --out, busctl capture or dbus-monitor --pcap "
+                           "has written");
+    }
+    int const type = pcap_datalink(m_file.get());
+    if (type != DLT_DBUS) {
+        char const* const name = pcap_datalink_val_to_name(type);
+        throw CaptureError("cannot read " + Quoted(m_path) + ": it is a capture of " +
+                           (name != nullptr ? name : "link type " + std::to_string(type)) +
+                           ", not of D-Bus messages; record the bus with zviptvctl trace --out");
+    }
+}
+
+CaptureReader::~CaptureReader() = default;
+
+bool CaptureReader::Next(Message& message)
+{
+    pcap_pkthdr* header = nullptr;
+    unsigned char const* bytes = nullptr;
+    int result = pcap_next_ex(m_file.get(), &header, &bytes);
+    while (result == 1 && header->caplen < header->len) {
+        ++m_cut;
+        result = pcap_next_ex(m_file.get(), &header, &bytes);
+    }
+    if (result == PCAP_ERROR_BREAK) {
+        return false;
+    }
+    if (result != 1) {
+        throw CaptureError("cannot read " + Quoted(m_path) + " any further: " + pcap_geterr(m_file.get()) +
+                           "; " + std::to_string(m_read) + " messages before that were read");
+    }
+    ++m_read;
+    message.time = static_cast<std::int64_t>(header->ts.tv_sec) * Million + header->ts.tv_usec;
+    message.bytes.assign(reinterpret_cast<char const*>(bytes), header->caplen);
+    return true;
+}
+
+} // namespace zviptv::trace

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Message.h"
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+struct pcap;
+
+namespace zviptv::trace {
+
+/// A capture file cannot be read or written; the text says which one, why, and what to do.
+class CaptureError : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// Reads the D-Bus messages of a capture file, pcap or pcapng, one after another. The memory that it needs
+/// does not grow with the file. Not thread-safe.
+class CaptureReader
+{
+public:
+    /// Opens the file, or standard input for "-". @throws CaptureError if it is no capture of D-Bus messages
+    explicit CaptureReader(std::string path);
+    ~CaptureReader();
+
+    /// Reads the next message. False at the end of the file. A message that was not recorded whole is
+    /// skipped. @throws CaptureError if the file is damaged or cut; what was read before is good.
+    bool Next(Message& message);
+
+    std::uint64_t Read() const { return m_read; } ///< messages that Next() has returned
+    std::uint64_t Cut() const { return m_cut; }   ///< messages that were skipped
+
+private:
+    struct Close
+    {
+        void operator()(pcap* file) const;
+    };
+
+    std::string const m_path;
+    std::unique_ptr<pcap, Close> m_file;
+    std::uint64_t m_read = 0;
+    std::uint64_t m_cut = 0;
+};
+
+} // namespace zviptv::trace

@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Event.h"
+#include "Exchanges.h"
+#include "Message.h"
+#include "ParsedMessage.h"
+#include "Participants.h"
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace zviptv::trace {
+
+/// What a Conversation was made of, in messages.
+struct Counts
+{
+    std::uint64_t messages = 0;
+    std::uint64_t foreign = 0;   ///< not of the protocol
+    std::uint64_t malformed = 0; ///< no D-Bus messages
+    std::uint64_t unasked = 0;   ///< replies whose requests were not seen
+    std::uint64_t forgotten = 0; ///< requests that were given up because too many others came after them
+    std::string firstMalformed;  ///< "message 3: it does not begin with a byte order"
+};
+
+/// Turns the messages of a bus, in their order, into events of the protocol. Its memory is bounded. It may
+/// begin in the middle of a conversation. Not thread-safe.
+class Conversation
+{
+public:
+    /// `onApplication` is called with the bus name of each application before its first event; it may call
+    /// SetProcess().
+    explicit Conversation(std::function<void(std::string const& busName)> onApplication = {})
+        : m_participants(std::move(onApplication))
+    {
+    }
+
+    /// The event of a message; empty if the message is none of the protocol, which is counted.
+    std::optional<Event> Add(Message const& message);
+
+    /// Names the process of an application. Process ids are learnt from answers of the bus, too, if they are
+    /// among the messages.
+    void SetProcess(std::string const& busName, int processId, std::string const& program);
+
+    Counts const& Count() const { return m_counts; }
+
+private:
+    std::optional<Event> Take(ParsedMessage const& message);
+    std::optional<Event> TakeCall(ParsedMessage const& message);
+    std::optional<Event> TakeReply(ParsedMessage const& message);
+    std::optional<Event> TakeSignal(ParsedMessage const& message);
+
+    std::optional<Event> TakeOwnerChange(ParsedMessage const& message);
+    void TakeProcessQuestion(ParsedMessage const& message);
+    void TakeProcess(std::string const& busName, ParsedMessage const& message);
+
+    Event MakeEvent(EventKind kind, ParsedMessage const& message) const;
+    Event Announce(ParsedMessage const& message);
+    Event Request(ParsedMessage const& message);
+    Event Notify(ParsedMessage const& message);
+    Event Answer(ParsedMessage const& message, Exchange const& exchange);
+    Event AnswerUnasked(ParsedMessage const& message);
+    void Expect(ParsedMessage const& message, Event const& event);
+
+    Participants m_participants;
+    Exchanges m_exchanges;
+    Counts m_counts;
+    std::int64_t m_time = 0; ///< of the message that is taken
+};
+
+} // namespace zviptv::trace

@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: MIT
+#include "Monitor.h"
+
+#include <atomic>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+namespace zviptv::trace {
+
+namespace {
+
+/// For the answer of the bus to BecomeMonitor, in milliseconds.
+constexpr int Patience = 10'000;
+
+} // namespace
+
+/// The queue between GLib's worker thread, which reads the connection, and the thread of the handlers.
+class Monitor::Inbox : public std::enable_shared_from_this<Inbox>
+{
+public:
+    Inbox(std::function<void(Message const&)> onMessage, std::function<void()> onPause)
+        : m_onMessage(std::move(onMessage)), m_onPause(std::move(onPause)),
+          m_context(g_main_context_ref_thread_default())
+    {
+    }
+
+    /// On the worker thread. Until the bus has agreed, messages are for GLib. Returns what is left for GLib.
+    GDBusMessage* Take(GDBusMessage* message)
+    {
+        if (!m_isMonitor) {
+            m_isMonitor = g_dbus_message_get_message_type(message) == G_DBUS_MESSAGE_TYPE_METHOD_RETURN;
+            return message;
+        }
+        Owned<GDBusMessage> const owned(message);
+        gsize size = 0;
+        Error error;
+        Owned<unsigned char> const bytes(
+            g_dbus_message_to_blob(message, &size, G_DBUS_CAPABILITY_FLAGS_UNIX_FD_PASSING, error.Out()));
+        if (bytes == nullptr) {
+            ++m_lost;
+            return nullptr;
+        }
+        Add({g_get_real_time(), std::string(reinterpret_cast<char const*>(bytes.get()), size)});
+        return nullptr;
+    }
+
+    /// On the thread of the handlers.
+    void Handle()
+    {
+        for (std::vector<Message> messages = TakeAll(); m_isOpen && !messages.empty(); messages = TakeAll()) {
+            for (Message const& message : messages) {
+                m_onMessage(message);
+            }
+        }
+        if (m_isOpen && m_onPause) {
+            m_onPause();
+        }
+    }
+
+    void Close() { m_isOpen = false; }
+    std::uint64_t Lost() const { return m_lost; }
+
+private:
+    void Add(Message message)
+    {
+        std::lock_guard<std::mutex> const lock(m_mutex);
+        m_messages.push_back(std::move(message));
+        if (!std::exchange(m_isScheduled, true)) {
+            Owned<GSource> const source(g_idle_source_new());
+            g_source_set_priority(source.get(), G_PRIORITY_DEFAULT);
+            g_source_set_callback(source.get(), OnScheduled, new std::shared_ptr<Inbox>(shared_from_this()),
+                                  [](gpointer inbox) { delete static_cast<std::shared_ptr<Inbox>*>(inbox); });
+            g_source_attach(source.get(), m_context.get());
+        }
+    }
+
+    std::vector<Message> TakeAll()
+    {
+        std::lock_guard<std::mutex> const lock(m_mutex);
+        m_isScheduled = !m_messages.empty();
+        return std::exchange(m_messages, {});
+    }
+
+    static gboolean OnScheduled(gpointer inbox)
+    {
+        (*static_cast<std::shared_ptr<Inbox>*>(inbox))->Handle();
+        return G_SOURCE_REMOVE;
+    }
+
+    std::function<void(Message const&)> const m_onMessage;
+    std::function<void()> const m_onPause;
+    Owned<GMainContext> const m_context;
+    bool m_isMonitor = false; ///< of the worker thread
+    bool m_isOpen = true;     ///< of the thread of the handlers
+    std::atomic<std::uint64_t> m_lost{0};
+    std::mutex m_mutex; ///< of the next ones
+    std::vector<Message> m_messages;
+    bool m_isScheduled = false;
+};
+
+Monitor::Monitor(std::string const& address, Handlers handlers)
+    : m_inbox(std::make_shared<Inbox>(std::move(handlers.onMessage), std::move(handlers.onPause))),
+      m_onEnd(std::move(handlers.onEnd))
+{
+    auto const flags = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                                                         G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
+    Error error;
+    m_connection.reset(
+        g_dbus_connection_new_for_address_sync(address.c_str(), flags, nullptr, nullptr, error.Out()));
+    if (m_connection == nullptr) {
+        throw MonitorError("cannot connect to the bus at " + address + ": " + error.Message() +
+                               "; see whether it runs",
+                           false);
+    }
+    g_dbus_connection_add_filter(m_connection.get(), Filter, new std::shared_ptr<Inbox>(m_inbox),
+                                 [](gpointer inbox) { delete static_cast<std::shared_ptr<Inbox>*>(inbox); });
+    Owned<GVariant> const reply(g_dbus_connection_call_sync(
+        m_connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
+        "org.freedesktop.DBus.Monitoring", "BecomeMonitor", g_variant_new("(asu)", nullptr, 0), nullptr,
+        G_DBUS_CALL_FLAGS_NONE, Patience, nullptr, error.Out()));
+    if (reply == nullptr) {
+        error.StripName();
+        throw MonitorError("the bus at " + address + " refuses to be watched: " + error.Message() +
+                               "; run this command as root, or as the user who runs the bus",
+                           true);
+    }
+    m_closed = g_signal_connect(m_connection.get(), "closed", G_CALLBACK(OnClosed), this);
+}
+
+Monitor::~Monitor()
+{
+    m_inbox->Close();
+    if (m_closed != 0) {
+        g_signal_handler_disconnect(m_connection.get(), m_closed);
+    }
+    g_dbus_connection_close_sync(m_connection.get(), nullptr, nullptr);
+}
+
+void Monitor::Drain()
+{
+    m_inbox->Handle();
+}
+
+std::uint64_t Monitor::Lost() const
+{
+    return m_inbox->Lost();
+}
+
+GDBusMessage* Monitor::Filter(GDBusConnection* /*connection*/, GDBusMessage* message, gboolean isIncoming,
+                              gpointer inbox)
+{
+    return isIncoming != FALSE ? (*static_cast<std::shared_ptr<Inbox>*>(inbox))->Take(message) : message;
+}
+
+void Monitor::OnClosed(GDBusConnection* /*connection*/, gboolean /*isRemote*/, GError* error, gpointer self)
+{
+    auto& monitor = *static_cast<Monitor*>(self);
+    monitor.Drain();
+    if (monitor.m_onEnd) {
+        monitor.m_onEnd(error != nullptr ? error->message : "the connection was closed");
+    }
+}
+
+} // namespace zviptv::trace

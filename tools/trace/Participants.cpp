@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+#include "Participants.h"
+
+namespace zviptv::trace {
+
+namespace {
+
+/// More than a bus has connections. A recording of something else may have more names.
+constexpr std::size_t Most = 10'000;
+
+} // namespace
+
+Participants::ApplicationPtr Participants::See(std::string const& busName)
+{
+    if (ApplicationPtr known = Find(busName)) {
+        return known;
+    }
+    if (m_applications.size() >= Most) {
+        m_applications.erase(m_applications.begin());
+    }
+    auto made = std::make_shared<Application>();
+    made->busName = busName;
+    m_applications[busName] = std::move(made);
+    if (m_onNew) {
+        m_onNew(busName);
+    }
+    return Find(busName); // it may know more by now
+}
+
+Participants::ApplicationPtr Participants::Find(std::string const& busName) const
+{
+    auto const found = m_applications.find(busName);
+    return found == m_applications.end() ? nullptr : found->second;
+}
+
+void Participants::Change(std::string const& busName, std::function<void(Application&)> const& change)
+{
+    auto const found = m_applications.find(busName);
+    if (found != m_applications.end()) {
+        auto changed = std::make_shared<Application>(*found->second);
+        change(*changed);
+        found->second = std::move(changed);
+    }
+}
+
+void Participants::SeeService(std::string const& busName)
+{
+    if (m_services.size() >= Most) {
+        m_services.clear();
+    }
+    m_services.insert(busName);
+}
+
+} // namespace zviptv::trace

@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <json/value.h>
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zviptv::trace {
+
+template <typename Value>
+using Named = std::map<std::string, Value, std::less<>>;
+
+/// How the bytes of a value are read.
+enum class Form
+{
+    Flag,
+    Signed, ///< decimal text, as the next one
+    Unsigned,
+    Enumeration,
+    Text,
+    Bytes,
+    Record,    ///< bytes in a fixed layout, or several records one after another
+    JsonRecord ///< a JSON object
+};
+
+struct Enumeration
+{
+    bool isLanguage = false; ///< the number is made of the letters of an ISO 639 code
+    std::map<std::int64_t, std::string> names;
+};
+
+struct Record;
+
+/// The type of a value. The pointers are set where the form needs them.
+struct ValueType
+{
+    Form form = Form::Text;
+    Enumeration const* enumeration = nullptr;
+    Record const* record = nullptr;
+    bool isList = false; ///< several records
+};
+
+struct RecordField
+{
+    std::string name;
+    std::size_t offset = 0;
+    std::size_t size = 0;
+    bool isHexadecimal = false;
+    Enumeration const* enumeration = nullptr;
+};
+
+struct Record
+{
+    std::size_t size = 0;
+    std::vector<RecordField> fields;
+};
+
+/// A function or a notification: the types of its values by key.
+struct Function
+{
+    Named<ValueType> request;
+    Named<ValueType> reply;
+};
+
+/// The description of the protocol, indexed for decoding.
+class Schema
+{
+public:
+    /// The only one. Any thread.
+    static Schema const& Get();
+
+    /// Null for an unknown endpoint or function.
+    Function const* Find(std::string_view endpoint, std::string_view function) const;
+
+    std::string helperName;
+    std::string helperInterface;
+    std::string helperMember;
+    Function announcement; ///< to the helper bus, and its answer
+
+    std::string channelPath; ///< without the type word
+    std::string channelInterface;
+    std::string requestMember;
+    std::string notificationMember;
+    Named<ValueType> common; ///< of keys that every message of a channel may have
+
+private:
+    explicit Schema(Json::Value const& description);
+    Schema(Schema const&) = delete;
+
+    ValueType TypeOf(std::string const& name) const;
+    Named<ValueType> TypesOf(Json::Value const& values) const;
+    void AddRecord(Json::Value const& description);
+
+    Named<Enumeration> m_enumerations;
+    Named<Record> m_records;
+    Named<Named<Function>> m_endpoints;
+};
+
+} // namespace zviptv::trace
