@@ -47,12 +47,13 @@ may tools/sim/playback guide input stream common
 may tools/sim/endpoints playback guide input stream common glib
 may tools/sim/control endpoints playback verbs common glib
 may tools/sim/scenario common
-may tools/sim/host control endpoints input playback scenario verbs process common glib
+may tools/sim/host control endpoints input playback scenario trace verbs process common glib
 may tools/ctl/output common glib
 may tools/ctl/session output glib
 may tools/ctl/commands session output common
 may tools/ctl/simulator session output verbs common glib
 may tools/ctl/doctor output common glib
+may tools/ctl/trace session output trace common glib
 
 for folder in $folders; do
     [[ "$checked" == *" $folder "* ]] || fail "say here what $folder may include"

@@ -27,7 +27,7 @@ Reading ReadAll(std::string const& path)
 {
     Reading reading;
     try {
-        CaptureReader reader(path);
+        CaptureReader reader({path});
         try {
             for (Message message; reader.Next(message);) {
             }
@@ -77,7 +77,7 @@ std::string PcapRecord(std::string const& bytes, std::size_t length)
 
 TEST_F(CaptureReaderTest, ReadsLiteralPcap)
 {
-    CaptureReader reader(Write(PcapHead(231) + PcapRecord("hello", 5)));
+    CaptureReader reader({Write(PcapHead(231) + PcapRecord("hello", 5))});
     Message message;
     ASSERT_TRUE(reader.Next(message));
     EXPECT_EQ(message.time, 16'000'032);

@@ -26,7 +26,7 @@ protected:
 
     std::vector<Message> ReadAll() const
     {
-        CaptureReader reader(Path());
+        CaptureReader reader({Path()});
         std::vector<Message> messages;
         for (Message message; reader.Next(message);) {
             messages.push_back(message);

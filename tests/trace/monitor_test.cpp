@@ -101,6 +101,24 @@ TEST_F(MonitorTest, StaysSilentWhenOthersAreCalled)
     EXPECT_FALSE(m_end);
 }
 
+TEST_F(MonitorTest, CatchesUpWithEverythingThatTheBusHasPassedOn)
+{
+    constexpr std::size_t count = 10'000;
+    WirePeer sender;
+    WirePeer receiver;
+    receiver.SetRecording(false);
+    Monitor monitor(m_bus.Address(), Collecting());
+    sender.EmitMany({receiver.Name(), "/p", "a.b", "Many"}, Entries({{"k", "v"}}), count);
+    sender.Sync();
+    monitor.CatchUp();
+    EXPECT_EQ(
+        std::count_if(m_messages.begin(), m_messages.end(),
+                      [](Message const& message) { return ParseMessage(message.bytes).member == "Many"; }),
+        static_cast<std::ptrdiff_t>(count));
+    m_bus.Kill();
+    monitor.CatchUp(); // returns
+}
+
 TEST_F(MonitorTest, SaysThatTheBusEndedAfterItsLastMessage)
 {
     WirePeer sender;

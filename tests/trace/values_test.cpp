@@ -109,5 +109,6 @@ TEST(ValuesTest, TextsFitOnALineAndInJson)
     Decoded const odd = DecodeOf("PLAYERCONTROL", "SetAppID", false, "AppID", "a b\n\xff");
     EXPECT_EQ(odd.value.text, "\"a b\\n\\xff\"");
     EXPECT_EQ(odd.value.json.asString(), "a b\n\xEF\xBF\xBD");
+    EXPECT_EQ(DecodeOf("PLAYERCONTROL", "SetAppID", false, "AppID", "a\"b").value.text, R"("a\"b")");
     EXPECT_EQ(DecodeOf("IPTVDATASUBSCRIBER", "PESCB", false, "pesData", "12345").value.text, "5 bytes");
 }

@@ -56,6 +56,7 @@ CommandLine::CommandLine() : m_app(help::Program, "zviptvctl")
     AddStream("pes", "Show PES packets as the service pushes them", true);
     AddStream("caption", "Show caption data as the service pushes it", false);
     AddWatch();
+    AddTrace();
     AddDoctor();
     AddSimulator();
     AddCommands();

@@ -37,6 +37,7 @@ private:
     void AddDoctor();
     void AddSimulator();
     void AddSimulatorWatch(CLI::App& simulator);
+    void AddTrace();
     void AddHelp();
     ExitCode Help(std::vector<std::string> words) const;
     static Texts AddArguments(CLI::App& app, std::vector<CommandArgument> const& arguments);

@@ -26,8 +26,8 @@ not tell is null. The guide commands give the guide's own JSON as such, a guide
 that is no JSON as texts. 'call' gives records and texts as they came, with 0 for
 a number that is not known. When the exit code is 3, 4 or 5 there are "result"
 (false) and "error" (text) alone, but status and doctor add what they know; after
-a usage error there is nothing. The commands pes, caption and watch write one
-object a line as it happens instead.
+a usage error there is nothing. The commands pes, caption, watch and trace write
+one object a line as it happens instead.
 
 Messages go to standard error.
 )";
@@ -74,6 +74,26 @@ is an object with "event": connected, subscribed, tick, lost,
 player-control-gone, factory-refuses, factory-works, subscriber-fails, waiting,
 back, trouble or unreadable. Trouble is told once while it lasts; if it lasts to
 the end, the exit code tells it too.
+)";
+
+constexpr char const* TraceFooter =
+    R"(Without --in the command watches the system bus, or that of
+DBUS_SYSTEM_BUS_ADDRESS, as its monitor: run it as root, or as the user who runs
+the bus. Ctrl-C ends it with exit code 0.
+
+Each message is a line: time, application, direction, endpoint, function, values
+and latency. Directions: -> to the service, <- a reply, << pushed data, -- an
+application or the service has left or arrived. "!" precedes what is wrong with a
+message. An application is its bus name, the name that it gave with SetAppID, and
+its process. With --json each message is an object. The members are described
+in the page "Trace the bus".
+
+--summary, --svg and --html print and draw instead of the lines; --out records as
+well, and all messages of the bus, whatever --application, --endpoint and
+--function choose. Other programs read the file: Wireshark, with the dissector of
+this package, busctl and Bustle. --in reads what they, dbus-monitor --pcap or
+busctl capture have written. A file that is damaged is read up to the damage, and
+the exit code is 5.
 )";
 
 constexpr char const* DoctorFooter =

@@ -3,6 +3,8 @@
 
 #include <pcap/pcap.h>
 
+#include <cerrno>
+#include <system_error>
 #include <utility>
 
 namespace zviptv::trace {
@@ -23,19 +25,26 @@ void CaptureReader::Close::operator()(pcap* file) const
     pcap_close(file);
 }
 
-CaptureReader::CaptureReader(std::string path) : m_path(std::move(path))
+CaptureReader::CaptureReader(CaptureInput input) : m_input(std::move(input))
 {
+    std::FILE* const stream = OpenCapture(m_input);
+    if (stream == nullptr) {
+        throw CaptureError("cannot read " + Quoted(m_input.path) + ": " +
+                           std::system_category().message(errno) +
+                           "; see whether the file is there and readable");
+    }
     char reason[PCAP_ERRBUF_SIZE] = "";
-    m_file.reset(pcap_open_offline(m_path.c_str(), reason));
+    m_file.reset(pcap_fopen_offline(stream, reason));
     if (m_file == nullptr) {
-        throw CaptureError("cannot read " + Quoted(m_path) + ": " + reason +
+        std::fclose(stream);
+        throw CaptureError("cannot read " + Quoted(m_input.path) + ": " + reason +
                            "; give a file that zviptvctl trace --out, busctl capture or dbus-monitor --pcap "
                            "has written");
     }
     int const type = pcap_datalink(m_file.get());
     if (type != DLT_DBUS) {
         char const* const name = pcap_datalink_val_to_name(type);
-        throw CaptureError("cannot read " + Quoted(m_path) + ": it is a capture of " +
+        throw CaptureError("cannot read " + Quoted(m_input.path) + ": it is a capture of " +
                            (name != nullptr ? name : "link type " + std::to_string(type)) +
                            ", not of D-Bus messages; record the bus with zviptvctl trace --out");
     }
@@ -56,8 +65,9 @@ bool CaptureReader::Next(Message& message)
         return false;
     }
     if (result != 1) {
-        throw CaptureError("cannot read " + Quoted(m_path) + " any further: " + pcap_geterr(m_file.get()) +
-                           "; " + std::to_string(m_read) + " messages before that were read");
+        throw CaptureError("cannot read " + Quoted(m_input.path) +
+                           " any further: " + pcap_geterr(m_file.get()) + "; " + std::to_string(m_read) +
+                           " messages before that were read");
     }
     ++m_read;
     message.time = static_cast<std::int64_t>(header->ts.tv_sec) * Million + header->ts.tv_usec;

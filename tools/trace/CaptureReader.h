@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "CaptureStream.h"
 #include "Message.h"
 
 #include <memory>
@@ -23,8 +24,8 @@ public:
 class CaptureReader
 {
 public:
-    /// Opens the file, or standard input for "-". @throws CaptureError if it is no capture of D-Bus messages
-    explicit CaptureReader(std::string path);
+    /// Opens the file and reads its head. @throws CaptureError if it is no capture of D-Bus messages
+    explicit CaptureReader(CaptureInput input);
     ~CaptureReader();
 
     /// Reads the next message. False at the end of the file. A message that was not recorded whole is
@@ -40,7 +41,7 @@ private:
         void operator()(pcap* file) const;
     };
 
-    std::string const m_path;
+    CaptureInput const m_input;
     std::unique_ptr<pcap, Close> m_file;
     std::uint64_t m_read = 0;
     std::uint64_t m_cut = 0;

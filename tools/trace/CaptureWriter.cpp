@@ -48,7 +48,7 @@ CaptureWriter::CaptureWriter(std::string path, std::string const& program) : m_p
 {
     std::string const unknown = CheckName(m_path);
     if (!unknown.empty()) {
-        throw CaptureError(unknown);
+        throw CaptureWriteError(unknown);
     }
     std::FILE* const stream = Open(m_path);
     if (stream == nullptr) {
@@ -92,8 +92,8 @@ void CaptureWriter::Fail(int error)
         EndAfterLastMessage(descriptor);
         close(descriptor);
     }
-    throw CaptureError("cannot write " + Quoted(m_path) + ": " + std::system_category().message(error) +
-                       "; what was written before stays readable");
+    throw CaptureWriteError("cannot write " + Quoted(m_path) + ": " + std::system_category().message(error) +
+                            "; what was written before stays readable");
 }
 
 /// Part of a message may be in the file.

@@ -282,7 +282,11 @@ void Conversation::TakeProcess(std::string const& busName, ParsedMessage const& 
 {
     if (message.type == ParsedMessage::Type::Reply && message.signature == "u") {
         auto const id = static_cast<int>(message.Body().Number());
-        m_participants.Change(busName, [id](Application& application) { application.processId = id; });
+        std::string const program = m_programOf ? m_programOf(id) : std::string();
+        m_participants.Change(busName, [&](Application& application) {
+            application.processId = id;
+            application.program = program.empty() ? application.program : program;
+        });
     }
 }
 

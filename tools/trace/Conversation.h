@@ -30,18 +30,19 @@ struct Counts
 class Conversation
 {
 public:
-    /// `onApplication` is called with the bus name of each application before its first event; it may call
-    /// SetProcess().
-    explicit Conversation(std::function<void(std::string const& busName)> onApplication = {})
-        : m_participants(std::move(onApplication))
+    /// `onApplication` is called with the bus name of each application before its first event; it may ask the
+    /// bus for its process. `programOf` finds the name of a process whose id was learnt. Both may be empty.
+    explicit Conversation(std::function<void(std::string const& busName)> onApplication = {},
+                          std::function<std::string(int processId)> programOf = {})
+        : m_participants(std::move(onApplication)), m_programOf(std::move(programOf))
     {
     }
 
     /// The event of a message; empty if the message is none of the protocol, which is counted.
     std::optional<Event> Add(Message const& message);
 
-    /// Names the process of an application. Process ids are learnt from answers of the bus, too, if they are
-    /// among the messages.
+    /// Names the process of an application. Process ids are learnt from the answers of the bus among the
+    /// messages, too, whoever has asked.
     void SetProcess(std::string const& busName, int processId, std::string const& program);
 
     Counts const& Count() const { return m_counts; }
@@ -65,6 +66,7 @@ private:
     void Expect(ParsedMessage const& message, Event const& event);
 
     Participants m_participants;
+    std::function<std::string(int processId)> m_programOf;
     Exchanges m_exchanges;
     Counts m_counts;
     std::int64_t m_time = 0; ///< of the message that is taken

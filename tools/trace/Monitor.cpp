@@ -2,6 +2,8 @@
 #include "Monitor.h"
 
 #include <atomic>
+#include <chrono>
+#include <condition_variable>
 #include <mutex>
 #include <utility>
 #include <vector>
@@ -12,6 +14,17 @@ namespace {
 
 /// For the answer of the bus to BecomeMonitor, in milliseconds.
 constexpr int Patience = 10'000;
+
+/// For messages that are under way.
+constexpr std::chrono::seconds CatchUpTime{5};
+
+Owned<GDBusConnection> Connect(std::string const& address, Error& error)
+{
+    auto const flags = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                                                         G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
+    return Owned<GDBusConnection>(
+        g_dbus_connection_new_for_address_sync(address.c_str(), flags, nullptr, nullptr, error.Out()));
+}
 
 } // namespace
 
@@ -33,6 +46,9 @@ public:
             return message;
         }
         Owned<GDBusMessage> const owned(message);
+        if (m_isAwaited) {
+            SeeMarker(g_dbus_message_get_destination(message));
+        }
         gsize size = 0;
         Error error;
         Owned<unsigned char> const bytes(
@@ -58,10 +74,35 @@ public:
         }
     }
 
+    /// From now on a message to `busName` is awaited.
+    void BeginWait(char const* busName)
+    {
+        std::lock_guard<std::mutex> const lock(m_mutex);
+        m_awaited = busName;
+        m_isAwaited = true;
+    }
+
+    /// Returns once it has come, or after some time.
+    void Wait()
+    {
+        std::unique_lock<std::mutex> lock(m_mutex);
+        m_hasCome.wait_for(lock, CatchUpTime, [this] { return !m_isAwaited; });
+        m_isAwaited = false;
+    }
+
     void Close() { m_isOpen = false; }
     std::uint64_t Lost() const { return m_lost; }
 
 private:
+    void SeeMarker(char const* destination)
+    {
+        std::lock_guard<std::mutex> const lock(m_mutex);
+        if (destination != nullptr && m_awaited == destination) {
+            m_isAwaited = false;
+            m_hasCome.notify_one();
+        }
+    }
+
     void Add(Message message)
     {
         std::lock_guard<std::mutex> const lock(m_mutex);
@@ -94,20 +135,21 @@ private:
     bool m_isMonitor = false; ///< of the worker thread
     bool m_isOpen = true;     ///< of the thread of the handlers
     std::atomic<std::uint64_t> m_lost{0};
+    std::atomic<bool> m_isAwaited{false};
     std::mutex m_mutex; ///< of the next ones
+    std::condition_variable m_hasCome;
+    std::string m_awaited;
     std::vector<Message> m_messages;
     bool m_isScheduled = false;
 };
 
 Monitor::Monitor(std::string const& address, Handlers handlers)
-    : m_inbox(std::make_shared<Inbox>(std::move(handlers.onMessage), std::move(handlers.onPause))),
+    : m_address(address),
+      m_inbox(std::make_shared<Inbox>(std::move(handlers.onMessage), std::move(handlers.onPause))),
       m_onEnd(std::move(handlers.onEnd))
 {
-    auto const flags = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-                                                         G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
     Error error;
-    m_connection.reset(
-        g_dbus_connection_new_for_address_sync(address.c_str(), flags, nullptr, nullptr, error.Out()));
+    m_connection = Connect(m_address, error);
     if (m_connection == nullptr) {
         throw MonitorError("cannot connect to the bus at " + address + ": " + error.Message() +
                                "; see whether it runs",
@@ -135,6 +177,23 @@ Monitor::~Monitor()
         g_signal_handler_disconnect(m_connection.get(), m_closed);
     }
     g_dbus_connection_close_sync(m_connection.get(), nullptr, nullptr);
+}
+
+void Monitor::CatchUp()
+{
+    Error error;
+    Owned<GDBusConnection> const connection = Connect(m_address, error);
+    if (connection != nullptr) {
+        m_inbox->BeginWait(g_dbus_connection_get_unique_name(connection.get()));
+        Owned<GVariant> const reply(g_dbus_connection_call_sync(
+            connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+            "GetId", nullptr, nullptr, G_DBUS_CALL_FLAGS_NONE, Patience, nullptr, error.Out()));
+        if (reply != nullptr) {
+            m_inbox->Wait();
+        }
+        g_dbus_connection_close_sync(connection.get(), nullptr, nullptr);
+    }
+    Drain();
 }
 
 void Monitor::Drain()

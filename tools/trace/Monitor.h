@@ -50,6 +50,10 @@ public:
     /// Handles what is queued, then returns.
     void Drain();
 
+    /// Waits until everything is queued that the bus had passed on when this was called, at most 5 seconds;
+    /// then handles it. For that it connects to the bus once more.
+    void CatchUp();
+
     /// Messages that GLib could read but not write again; they were not handed over.
     std::uint64_t Lost() const;
 
@@ -60,6 +64,7 @@ private:
                                 gpointer inbox);
     static void OnClosed(GDBusConnection* connection, gboolean isRemote, GError* error, gpointer self);
 
+    std::string const m_address;
     std::shared_ptr<Inbox> const m_inbox;
     std::function<void(std::string const& reason)> const m_onEnd;
     Owned<GDBusConnection> m_connection;

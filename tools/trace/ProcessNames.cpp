@@ -15,7 +15,7 @@ constexpr int Patience = 2'000;
 
 constexpr char Method[] = "GetConnectionUnixProcessID";
 
-std::string ProgramOf(int processId)
+std::string NameOfProcess(int processId)
 {
     std::ifstream file("/proc/" + std::to_string(processId) + "/comm");
     std::string name;
@@ -75,14 +75,19 @@ void ProcessNames::Ask(std::string const& busName) const
     }
 }
 
+std::string ProcessNames::ProgramOf(int processId) const
+{
+    return m_isLocal ? NameOfProcess(processId) : std::string();
+}
+
 void ProcessNames::OnAnswer(GObject* connection, GAsyncResult* result, gpointer question)
 {
     std::unique_ptr<Question> const asked(static_cast<Question*>(question));
     Owned<GVariant> const answer(
         g_dbus_connection_call_finish(G_DBUS_CONNECTION(connection), result, nullptr));
     int const id = ProcessOf(answer.get());
-    if (auto const onProcess = asked->onProcess.lock(); onProcess != nullptr && id > 0) {
-        (*onProcess)(asked->busName, id, asked->isLocal ? ProgramOf(id) : std::string());
+    if (auto const onProcess = asked->onProcess.lock(); onProcess != nullptr && *onProcess && id > 0) {
+        (*onProcess)(asked->busName, id, asked->isLocal ? NameOfProcess(id) : std::string());
     }
 }
 

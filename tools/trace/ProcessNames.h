@@ -17,15 +17,19 @@ public:
     using OnProcess =
         std::function<void(std::string const& busName, int processId, std::string const& program)>;
 
-    /// `onProcess` is called while the calling thread's default main context is iterated. Without a bus at
-    /// the address, Ask() has no effect.
-    ProcessNames(std::string const& address, OnProcess onProcess);
+    /// `onProcess`, which may be empty, is called while the calling thread's default main context is
+    /// iterated. Without a bus at the address, Ask() has no effect.
+    explicit ProcessNames(std::string const& address, OnProcess onProcess = {});
     ~ProcessNames();
     ProcessNames(ProcessNames const&) = delete;
     ProcessNames& operator=(ProcessNames const&) = delete;
 
     /// Asks for the process of a connection. A connection that is closed by then has no answer.
     void Ask(std::string const& busName) const;
+
+    /// The name of a process of the bus's machine; empty if that is another machine, or the process has
+    /// ended.
+    std::string ProgramOf(int processId) const;
 
 private:
     struct Question;

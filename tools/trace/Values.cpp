@@ -41,9 +41,14 @@ std::string NameOf(Enumeration const& enumeration, std::int64_t number)
 /// A text on one line, in quotation marks if it would not be clear where it ends.
 std::string OneLine(std::string_view text)
 {
-    std::string const line = EscapeText(text);
-    bool const isPlain = !line.empty() && line.find_first_of(" \"") == std::string::npos;
-    return isPlain ? line : '"' + line + '"';
+    std::string line = EscapeText(text);
+    if (!line.empty() && line.find_first_of(" \"") == std::string::npos) {
+        return line;
+    }
+    for (std::size_t at = 0; (at = line.find('"', at)) != std::string::npos; at += 2) {
+        line.insert(at, 1, '\\');
+    }
+    return '"' + line + '"';
 }
 
 std::string Hexadecimal(std::uint64_t number, std::size_t bytes)

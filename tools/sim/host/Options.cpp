@@ -2,6 +2,7 @@
 #include "Options.h"
 
 #include "common/UsageText.h"
+#include "trace/CaptureWriter.h"
 
 #include <CLI/CLI.hpp>
 
@@ -177,6 +178,15 @@ void AddOutput(CLI::App& app, Options& options, Texts& texts)
             [](std::string& text) {
                 bool const isKnown = text == "system" || text == "private";
                 return isKnown ? std::string() : "'" + text + "' is neither system nor private";
+            },
+            ""));
+    app.add_option("--record", options.record,
+                   "Record all messages of the bus in FILE.pcapng or FILE.pcap, for zviptvctl trace --in and "
+                   "Wireshark")
+        ->type_name("FILE")
+        ->check(CLI::Validator(
+            [](std::string& text) {
+                return text == "-" ? "--record needs a file" : trace::CaptureWriter::CheckName(text);
             },
             ""));
     app.add_flag("--verbose", texts.verbose, "Show every request, also beside a command");

@@ -19,6 +19,7 @@ struct Options
     bool restartFromStart = false;      ///< clock and stream, when it comes back
     std::string scenario;               ///< its file; none when empty
     std::string junit;                  ///< the file for its report; none when empty
+    std::string record;                 ///< the file for the messages of the bus; none when empty
     std::vector<std::string> command;   ///< to run on the private bus; may be empty
     std::vector<std::string> words;     ///< of the command line, that of the program included
 };

@@ -4,13 +4,16 @@
 #include "CommandProcess.h"
 #include "Control.h"
 #include "PrivateBus.h"
+#include "Recorder.h"
 #include "ScenarioRunner.h"
 #include "Signals.h"
 #include "common/PrintableText.h"
+#include "glib/Owned.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <stdexcept>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -21,6 +24,17 @@ namespace {
 
 constexpr int Failure = 1;
 constexpr int SignalStatus = 128;
+
+std::string SystemBusAddress()
+{
+    Error error;
+    Owned<char> const address(g_dbus_address_get_for_bus_sync(G_BUS_TYPE_SYSTEM, nullptr, error.Out()));
+    if (error) {
+        throw std::runtime_error(std::string("the system bus has no address: ") + error.Message() +
+                                 "; set DBUS_SYSTEM_BUS_ADDRESS");
+    }
+    return address.get();
+}
 
 /// Applications may know of the service already: then it ends in order, and so does the simulator.
 int EndBeforeReady(ServiceProcess& service, Signals::Signal const& signal)
@@ -106,6 +120,10 @@ int Run(Options const& options, ScenarioOptions scenario)
     if (options.privateBus) {
         bus.emplace();
     }
+    std::optional<Recorder> recorder;
+    if (!options.record.empty()) {
+        recorder.emplace(options.record, bus ? bus->Address() : SystemBusAddress());
+    }
     Control control(options);
     ScenarioRunner runner(std::move(scenario), control);
     ServiceProcess& service = control.Service();
@@ -122,7 +140,8 @@ int Run(Options const& options, ScenarioOptions scenario)
         status = Failure;
     }
     service.Stop();
-    return *status;
+    bool const isRecorded = !recorder || recorder->Finish();
+    return *status == 0 && !isRecorded ? Failure : *status;
 }
 
 } // namespace zviptv::sim

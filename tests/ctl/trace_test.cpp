@@ -1,0 +1,171 @@
+// SPDX-License-Identifier: MIT
+#include "TraceFixture.h"
+
+#include <regex>
+#include <sstream>
+
+using namespace zviptv::test;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::MatchesRegex;
+
+namespace {
+
+/// The lines without times, latencies and process.
+std::vector<std::string> LinesOf(std::string const& output)
+{
+    std::istringstream stream(output);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(stream, line);) {
+        EXPECT_THAT(line, MatchesRegex("[0-9]+:[0-9]+:[0-9]+\\.[0-9]+ .*"));
+        line = std::regex_replace(line, std::regex("^[0-9:.]+ "), "");
+        line = std::regex_replace(line, std::regex(R"( \([0-9.]+ m?s\))"), " (latency)");
+        lines.push_back(std::regex_replace(line, std::regex(R"( ctl_tests\[[0-9]+\])"), ""));
+    }
+    return lines;
+}
+
+std::size_t Count(std::string const& text, std::string const& part)
+{
+    std::size_t count = 0;
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + part.size())) {
+        ++count;
+    }
+    return count;
+}
+
+std::vector<Json::Value> ObjectsOf(std::string const& output)
+{
+    std::istringstream stream(output);
+    std::vector<Json::Value> objects;
+    for (std::string line; std::getline(stream, line);) {
+        objects.push_back(ParseJson(line));
+    }
+    return objects;
+}
+
+} // namespace
+
+TEST_F(TraceTest, ShowsEveryMessageOfTheProtocolAsALine)
+{
+    m_service.Answer("SetDigitalDualSound", {{"result_internal", "1"}});
+    m_service.Answer("GetAudio", {{"result_internal", "0"}, {"audio", std::string(32, '\0')}});
+    m_service.AnswerError("SetAppID", "org.corvel.test.Failed");
+    Start();
+    Announce("PLAYERCONTROL", "y");
+    Request("PLAYERCONTROL", Entries({{"functionname", "SetAppID"}, {"AppID", "org.example"}}));
+    Request("PLAYERCONTROL",
+            Entries({{"functionname", "SetDigitalDualSound"}, {"handleID", "261"}, {"mode", "1"}}));
+    Request("BROADCASTDATA", Entries({{"functionname", "GetAudio"}, {"handleID", "256"}, {"index", "x"}}));
+    Push("257", "12345");
+    Announce("PLAYERCONTROL", "n");
+    std::string const app = m_application.Name();
+    std::string const service = m_service.Name();
+    m_application.Disconnect();
+    CtlResult const result = End();
+    EXPECT_EQ(result.code, 0);
+    std::string const named = app + " org.example ";
+    auto const lines = LinesOf(result.output);
+    ASSERT_EQ(lines.size(), 12U) << result.output;
+    EXPECT_EQ(lines[0], app + " -> announces PLAYERCONTROL");
+    EXPECT_EQ(lines[1], app + " <- answers for PLAYERCONTROL dbusname=" + service + " (latency)");
+    EXPECT_EQ(lines[2], named + "-> PLAYERCONTROL SetAppID AppID=org.example");
+    EXPECT_THAT(
+        lines[3],
+        MatchesRegex(named + "<- PLAYERCONTROL SetAppID error org.corvel.test.Failed.* \\(latency\\)"));
+    EXPECT_EQ(lines[4], named + "-> PLAYERCONTROL SetDigitalDualSound mode=MAIN handle=261");
+    EXPECT_EQ(lines[5], named + "<- PLAYERCONTROL SetDigitalDualSound true (latency)");
+    EXPECT_EQ(lines[6], named + "-> BROADCASTDATA GetAudio index=x ! index is no number");
+    EXPECT_THAT(
+        lines[7],
+        HasSubstr("<- BROADCASTDATA GetAudio false audio={language=UNKNOWN encoding=UNKNOWN pid=0x0000"));
+    EXPECT_EQ(lines[8], named + "<< IPTVDATASUBSCRIBER PESCB AUDIO pid=0x0101 pts=133200 size=5");
+    EXPECT_EQ(lines[9], named + "-> withdraws PLAYERCONTROL");
+    EXPECT_EQ(lines[11], named + "-- has left the bus");
+    EXPECT_THAT(result.errors, HasSubstr("zviptvctl: 12 events of "));
+}
+
+TEST_F(TraceTest, WritesAnObjectForEachMessage)
+{
+    m_service.Answer("SizeOfAudio", {{"result_internal", "1"}, {"size", "2"}});
+    Start({"--json"});
+    Request("BROADCASTDATA", Entries({{"functionname", "SizeOfAudio"}, {"handleID", "256"}}));
+    Push("258", "1234567");
+    auto const objects = ObjectsOf(End().output);
+    ASSERT_EQ(objects.size(), 3U);
+    EXPECT_EQ(objects[0]["message"].asString(), "request");
+    EXPECT_EQ(objects[0]["application"]["bus"].asString(), m_application.Name());
+    EXPECT_EQ(objects[1]["result"].asBool(), true);
+    EXPECT_EQ(objects[1]["values"]["size"].asInt(), 2);
+    EXPECT_EQ(objects[1]["request"].asInt(), objects[0]["number"].asInt());
+    EXPECT_GT(objects[1]["latency"].asInt64(), 0);
+    EXPECT_EQ(objects[2]["pid"].asInt(), 258);
+    EXPECT_EQ(objects[2]["pts"].asInt(), 133200);
+    EXPECT_EQ(objects[2]["size"].asInt(), 7);
+}
+
+TEST_F(TraceTest, ShowsWhatIsChosen)
+{
+    WirePeer other;
+    Start({"--out", InFolder("all.pcapng")});
+    Request("PLAYERCONTROL", Entries({{"functionname", "MuteAudio"}, {"onoff", "1"}}));
+    Request("PLAYERCONTROL", Entries({{"functionname", "SetAppID"}, {"AppID", "org.example"}}));
+    Request("IPGUTIL", Entries({{"functionname", "ExistXmlForIPG"}}));
+    other.Call(
+        {m_service.Name(), ChannelPath("PLAYERCONTROL"), "org.corvel.zviptvapi.DbusCommunication", "Send"},
+        Entries({{"functionname", "MuteAudio"}, {"onoff", "0"}}));
+    End();
+    auto const chosen = [this](Words words) {
+        Words all = {"trace", "--in", InFolder("all.pcapng")};
+        all.insert(all.end(), words.begin(), words.end());
+        return LinesOf(RunCtl(all).output).size();
+    };
+    EXPECT_EQ(chosen({}), 8U);
+    EXPECT_EQ(chosen({"--application", m_application.Name()}), 6U);
+    EXPECT_EQ(chosen({"--application", "org.example"}), 4U) << "from the request on that named it";
+    EXPECT_EQ(chosen({"--endpoint", "playercontrol"}), 6U);
+    EXPECT_EQ(chosen({"--function", "muteaudio"}), 4U);
+    EXPECT_EQ(chosen({"--function", "MuteAudio", "--application", other.Name()}), 2U);
+    EXPECT_EQ(chosen({"--function", "GetAudio"}), 0U);
+}
+
+TEST_F(TraceTest, KeepsUpWithPushesWithoutLoss)
+{
+    constexpr std::size_t count = 20'000;
+    m_application.SetRecording(false);
+    Start({"--out", InFolder("flood.pcap")});
+    m_service.Peer().EmitMany({m_application.Name(), ChannelPath("IPTVDATASUBSCRIBER"),
+                               "org.corvel.zviptvapi.DbusCommunication", "SendSignal"},
+                              Entries({{"functionname", "PESCB"}, {"pesPID", "257"}, {"pesData", "12345"}}),
+                              count);
+    m_service.Peer().Sync();
+    EXPECT_EQ(Count(End().output, "\n"), count);
+    EXPECT_EQ(Count(RunCtl({"trace", "--in", InFolder("flood.pcap")}).output, " size=5\n"), count);
+}
+
+TEST_F(TraceTest, EndsWhenTheBusDoesAfterShowingEverything)
+{
+    Start();
+    Request("PLAYERCONTROL", Entries({{"functionname", "MuteAudio"}, {"onoff", "1"}}));
+    m_bus.Kill();
+    CtlResult const result = Finish(*m_trace);
+    EXPECT_EQ(result.code, 4);
+    EXPECT_THAT(result.errors,
+                HasSubstr("zviptvctl: the bus closed the connection; see whether it still runs\n"));
+    EXPECT_THAT(result.output, HasSubstr("PLAYERCONTROL MuteAudio onoff=true\n"));
+}
+
+TEST_F(TraceTest, EndsAfterTheTimeThatIsGiven)
+{
+    CtlResult const result = RunCtl({"trace", "--seconds", "0.1"});
+    EXPECT_EQ(result.code, 0);
+    EXPECT_EQ(result.output, "");
+}
+
+TEST_F(TraceTest, SaysWhichBusIsMissing)
+{
+    CtlResult const result = RunCtl({"trace"}, {{"DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nowhere/bus"}});
+    EXPECT_EQ(result.code, 3);
+    EXPECT_THAT(result.errors, HasSubstr("cannot connect to the bus at unix:path=/nowhere/bus: "));
+}

@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: MIT
+#include "CommandLine.h"
+#include "HelpTexts.h"
+#include "commands/Arguments.h"
+#include "trace/Trace.h"
+
+namespace zviptv::ctl {
+
+namespace {
+
+void RequireSense(TraceOptions const& options)
+{
+    std::string const badName =
+        options.out.empty() ? std::string() : trace::CaptureWriter::CheckName(options.out);
+    if (!badName.empty()) {
+        throw Failure(ExitCode::Usage, badName);
+    }
+    if (options.follows && options.in.empty()) {
+        throw Failure(ExitCode::Usage, "--follow needs --in: without a file, trace follows the bus anyway");
+    }
+    if (options.duration && !options.in.empty()) {
+        throw Failure(ExitCode::Usage, "--seconds and --in exclude each other: a file ends by itself");
+    }
+}
+
+} // namespace
+
+void CommandLine::AddTrace()
+{
+    struct Given
+    {
+        TraceOptions options;
+        std::string seconds;
+    };
+    auto const given = std::make_shared<Given>();
+    TraceOptions& options = given->options;
+    CLI::App* const app = m_app.add_subcommand("trace", "Show, record and draw what happens on the bus");
+    AddGlobalOptions(*app);
+    app->footer(help::TraceFooter);
+    app->add_option("--application", options.filter.application,
+                    "Show this application only: bus name, application name, program or process id")
+        ->type_name("NAME");
+    app->add_option("--endpoint", options.filter.endpoint, "Show this endpoint only")
+        ->type_name("PLAYERCONTROL|BROADCASTDATA|IPTVDATASUBSCRIBER|IPGUTIL");
+    app->add_option("--function", options.filter.function, "Show this function only")->type_name("NAME");
+    app->add_option("--seconds", given->seconds, "End after S seconds")->type_name("S");
+    app->add_option("--in", options.in, "Read a capture file instead of the bus; - is standard input")
+        ->type_name("FILE");
+    app->add_flag("--follow", options.follows, "At the end of the file of --in, wait for more");
+    app->add_option("--out", options.out,
+                    "Record all messages of the bus in FILE.pcapng or FILE.pcap; - writes pcapng to "
+                    "standard output, and no lines")
+        ->type_name("FILE");
+    app->add_flag("--summary", options.sumsUp,
+                  "Print tables at the end: calls by function, pushes by PID, pauses, slow calls");
+    app->add_option("--svg", options.svg, "Draw a sequence diagram")->type_name("FILE");
+    app->add_option("--html", options.html, "Draw it on a page that can be searched")->type_name("FILE");
+    app->callback([this, given] {
+        m_answersOnce = given->options.sumsUp;
+        m_action = [this, given] {
+            given->options.asJson = m_invocation.asJson;
+            if (!given->seconds.empty()) {
+                given->options.duration = ParseSeconds(given->seconds, {"trace", "--seconds"});
+            }
+            RequireSense(given->options);
+            return Trace(given->options).Run();
+        };
+    });
+}
+
+} // namespace zviptv::ctl
