@@ -2,6 +2,7 @@
 #include "DiagramRows.h"
 
 #include "EventText.h"
+#include "common/PrintableText.h"
 #include "output/Print.h"
 #include "output/Words.h"
 
@@ -28,6 +29,13 @@ std::string StyleOf(Event const& event)
         return event.result == false ? "refused" : "reply";
     }
     return event.kind == EventKind::Request ? "request" : "announcement";
+}
+
+/// "org.example :1.5", "zviptvctl :1.5"
+std::string HeadText(trace::Application const& application)
+{
+    std::string const& name = application.name.empty() ? application.program : application.name;
+    return EscapeText(name) + (name.empty() ? "" : " ") + EscapeText(application.busName);
 }
 
 std::string FullText(Event const& event)
@@ -97,7 +105,7 @@ void DiagramRows::AddPause(std::int64_t time)
 std::size_t DiagramRows::LaneOf(Event const& event)
 {
     auto const known = m_applications.find(event.application->busName);
-    std::string const name = ApplicationText(*event.application);
+    std::string const name = HeadText(*event.application);
     if (known != m_applications.end()) {
         m_rows[known->second.head].label = name; // more of it may be known by now
         return known->second.lane;

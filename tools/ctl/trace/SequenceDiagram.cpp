@@ -14,7 +14,7 @@ namespace {
 // In pixels.
 constexpr int Margin = 16;
 constexpr int TimeWidth = 130;
-constexpr int LaneWidth = 210;
+constexpr int LaneWidth = 240;
 constexpr int DetailWidth = 780;
 constexpr int HeadHeight = 44;
 constexpr int RowHeight = 26;
@@ -140,7 +140,8 @@ private:
         case DiagramRow::Kind::Pause:
             return Text(LaneX(0), 17, "label quiet", row.label);
         default:
-            return time + Arrow(row, x) + Text(m_serviceX + 24, 21, "detail", Cut(row.detail, DetailLimit));
+            return time + Arrow(row, x) + Text(m_serviceX + 24, 21, "time", row.latency) +
+                   Text(m_serviceX + 110, 21, "detail", Cut(row.detail, DetailLimit));
         }
     }
 
