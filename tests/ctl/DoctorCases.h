@@ -39,7 +39,7 @@ constexpr char ReloadConfig[] = "sudo dbus-send --system --print-reply --dest=or
                                 "org.freedesktop.DBus.ReloadConfig";
 
 constexpr char StartsTheSimulator[] =
-    "The last command starts the simulator; a service of one's own starts as its maker says.";
+    "The last command starts the simulator; start your own service as its documentation says.";
 
 class DoctorOnAWrongMachine : public testing::TestWithParam<WrongCase>
 {

@@ -27,6 +27,9 @@ inline ctl::doctor::Facts HealthyMachine()
     facts.service.program = "zviptv-sim";
     facts.service.unit = "zviptv-sim";
     facts.service.outcome = Outcome::Answered;
+    facts.service.endpoints = {
+        {"PLAYERCONTROL", Naming::Owned, ":1.7", "GetSourceState", Answering::Readable, "sourcestate", "2"},
+        {"IPGUTIL", Naming::Owned, ":1.7", "ExistXmlForIPG", Answering::Readable, "data", "1"}};
     facts.versions.tool = "1.4.0";
     facts.versions.toolFile = "/usr/bin/zviptvctl";
     facts.versions.loaded = "1.4.0";

@@ -47,4 +47,16 @@ inline Diagnosis Diagnose(std::map<std::string, std::string> const& environment 
     return Understood(RunCtl({"doctor", "--json"}, environment));
 }
 
+/// A service that answers what the doctor asks.
+class DoctorOfAService : public CtlTest
+{
+protected:
+    DoctorOfAService()
+    {
+        m_service.Answer("GetSourceState", {{"result_internal", "1"}, {"sourcestate", "2"}});
+        m_service.Answer("SizeOfAudio", {{"result_internal", "1"}, {"size", "0"}});
+        m_service.Answer("ExistXmlForIPG", {{"data", "0"}});
+    }
+};
+
 } // namespace zviptv::test

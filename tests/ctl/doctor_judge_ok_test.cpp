@@ -50,7 +50,7 @@ TEST(DoctorJudge, WithoutABusOnlyTheVersionIsLookedAt)
 
 TEST(DoctorJudge, WithoutAServiceItsOwnChecksAreNotLookedAt)
 {
-    for (char const* const check : {"owner", "main loop", "protocol"}) {
+    for (char const* const check : {"owner", "main loop", "protocol", "endpoints", "requests"}) {
         ExpectFinding(MachineWithoutService(), check, State::Unknown, "not looked at: there is no service");
     }
     ExpectFinding(MachineWithoutService(), "group", State::Ok, "user jo belongs to the group zviptv-apps");

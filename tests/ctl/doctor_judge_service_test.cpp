@@ -52,7 +52,7 @@ INSTANTIATE_TEST_SUITE_P(
                   "nobody owns the name org.corvel.zviptvapi.dbushelper",
                   {"sudo -u zviptv '/opt/my tv/bin/zviptv-sim' --bus system --ts FILE.ts --loop"},
                   "",
-                  "FILE.ts stands for a stream of one's own."},
+                  "FILE.ts stands for your own stream."},
         WrongCase{
             "NotStartedOnADesk",
             Changed(HealthyDesk(),
@@ -65,8 +65,8 @@ INSTANTIATE_TEST_SUITE_P(
             "nobody owns the name org.corvel.zviptvapi.dbushelper",
             {"zviptv-sim --bus system --ts FILE.ts --loop"},
             "",
-            "That is the simulator; a service of one's own starts as its maker says. FILE.ts stands for a "
-            "stream of one's own."},
+            "That is the simulator; start your own service as its documentation says. FILE.ts stands for "
+            "your own stream."},
         WrongCase{"OfTheWrongUser",
                   Changed(HealthyMachine(),
                           [](Facts& facts) {

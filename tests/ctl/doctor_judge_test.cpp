@@ -9,7 +9,7 @@ using namespace ctl::doctor;
 using testing::ElementsAreArray;
 using testing::HasSubstr;
 
-TEST_P(DoctorOnAWrongMachine, IsToldWithWhatMendsIt)
+TEST_P(DoctorOnAWrongMachine, IsToldWithHowToFixIt)
 {
     WrongCase const& expected = GetParam();
     std::vector<Finding> wrong;

@@ -27,24 +27,24 @@ TEST(DoctorReport, IsTheExampleOfThePageOnPackages)
     EXPECT_THAT(text, HasSubstr("\n$ zviptvctl doctor\n" + TextOf(Judge(PackagingExample())) + "```\n"));
 }
 
-TEST(DoctorReport, PutsWhatMendsItBelowWhatIsWrong)
+TEST(DoctorReport, PutsHowToFixItBelowWhatIsWrong)
 {
     std::string const text = TextOf(Judge(PackagingExample()));
     EXPECT_THAT(text,
                 HasSubstr("\n"
                           "wrong    group      user jo does not belong to the group zviptv-apps\n"
                           "    The bus refuses every call that an application of this user makes. To "
-                          "mend it:\n"
+                          "fix it:\n"
                           "        sudo adduser jo zviptv-apps\n"
                           "        newgrp zviptv-apps\n"
                           "    The second command does for one shell. For everything, log out and in "
                           "again.\n"
                           "wrong    service    nobody owns the name org.corvel.zviptvapi.dbushelper\n"));
-    EXPECT_THAT(text, EndsWith("\n2 things are wrong: group, service; mend the first one first\n"));
+    EXPECT_THAT(text, EndsWith("\n2 things are wrong: group, service; fix the first one first\n"));
     EXPECT_EQ(static_cast<int>(CodeOf(Judge(PackagingExample()))), 4);
 }
 
-TEST(DoctorReport, PutsTheNoteAloneWhereNoCommandMends)
+TEST(DoctorReport, PutsTheNoteAloneWhereNoCommandFixesIt)
 {
     EXPECT_THAT(TextOf(Judge(WithoutBus(HealthyMachine(), Reach::Refused, "closed"))),
                 HasSubstr("\n    An application of this user finds no service.\n    A policy in "));
@@ -66,8 +66,8 @@ TEST(DoctorReport, SaysTheSameInJson)
     EXPECT_EQ(json["error"].asString(),
               "user jo does not belong to the group zviptv-apps; nobody owns the name "
               "org.corvel.zviptvapi.dbushelper");
-    EXPECT_EQ(json["summary"].asString(), "2 things are wrong: group, service; mend the first one first");
-    ASSERT_EQ(json["checks"].size(), 9U);
+    EXPECT_EQ(json["summary"].asString(), "2 things are wrong: group, service; fix the first one first");
+    ASSERT_EQ(json["checks"].size(), 11U);
     Json::Value const& group = json["checks"][3];
     EXPECT_EQ(group["check"].asString(), "group");
     EXPECT_EQ(group["state"].asString(), "wrong");

@@ -25,7 +25,7 @@ std::string Self()
     return "process " + std::to_string(getpid()) + " (ctl_tests)";
 }
 
-TEST_F(CtlTest, TheDoctorFindsNothingWrongWithAServiceThatAnswers)
+TEST_F(DoctorOfAService, TheDoctorFindsNothingWrongWithAServiceThatAnswers)
 {
     CtlResult const result = RunCtl({"doctor"});
     EXPECT_EQ(result.code, 0);
@@ -41,18 +41,33 @@ TEST_F(CtlTest, TheDoctorFindsNothingWrongWithAServiceThatAnswers)
 }
 
 /// A service may know nothing but what the protocol says.
-TEST_F(CtlTest, TheDoctorAsksTheServiceOneQuestionThatLeavesNothing)
+TEST_F(DoctorOfAService, TheDoctorLeavesNoChannelBehind)
 {
     EXPECT_EQ(Diagnose().result.code, 0);
-    EXPECT_TRUE(m_service.Requests().empty());
-    std::vector<Announcement> const said = m_service.Announcements();
-    ASSERT_EQ(said.size(), 1U);
-    EXPECT_EQ(said.front().type, "PLAYERCONTROL");
-    EXPECT_EQ(said.front().add, "n");
-    EXPECT_EQ(said.front().dbusname, said.front().message.sender);
+    std::vector<std::string> said;
+    for (Announcement const& announcement : m_service.Announcements()) {
+        EXPECT_EQ(announcement.dbusname, announcement.message.sender);
+        said.push_back(announcement.type + " " + announcement.add);
+    }
+    EXPECT_THAT(said, testing::ElementsAre("PLAYERCONTROL n", "PLAYERCONTROL y", "PLAYERCONTROL n",
+                                           "BROADCASTDATA y", "BROADCASTDATA n", "IPTVDATASUBSCRIBER y",
+                                           "IPTVDATASUBSCRIBER n", "IPGUTIL y", "IPGUTIL n"));
 }
 
-TEST_F(CtlTest, TheDoctorSaysThatNobodyIsTheService)
+TEST_F(DoctorOfAService, TheDoctorAsksForNothingThatChangesTheService)
+{
+    EXPECT_EQ(Diagnose().result.code, 0);
+    std::vector<WireMessage> const requests = m_service.Requests();
+    ASSERT_EQ(requests.size(), 4U);
+    EXPECT_EQ(requests[0].entries, Entries({{"functionname", "GetSourceState"}, {"handleID", "256"}}));
+    EXPECT_EQ(requests[1].entries, Entries({{"functionname", "SizeOfAudio"}, {"handleID", "256"}}));
+    EXPECT_EQ(requests[2].entries,
+              Entries({{"functionname", "requestPESCB"}, {"handleID", "256"}, {"on", "0"}}));
+    EXPECT_EQ(requests[3].entries, Entries({{"functionname", "ExistXmlForIPG"}}));
+    EXPECT_EQ(requests[3].path, "/org/corvel/zviptvapi/DbusCommunication/IPGUTIL");
+}
+
+TEST_F(DoctorOfAService, TheDoctorSaysThatNobodyIsTheService)
 {
     m_service.Vanish();
     Diagnosis const diagnosis = Diagnose();
@@ -63,7 +78,7 @@ TEST_F(CtlTest, TheDoctorSaysThatNobodyIsTheService)
     EXPECT_EQ(diagnosis.Text("main loop"), "not looked at: there is no service");
 }
 
-TEST_F(CtlTest, TheDoctorSaysThatThereIsNoBus)
+TEST_F(DoctorOfAService, TheDoctorSaysThatThereIsNoBus)
 {
     for (char const* const address : {"unix:path=/nonexistent/bus", "unix:abstract=zviptv-no-bus", "", "bus",
                                       "unix:", "tcp:host=127.0.0.1,port=1", ";;"}) {
@@ -126,7 +141,7 @@ TEST(DoctorBus, ASocketThatMayNotBeOpenedIsClosed)
     ExpectReach(Reach::Closed, Probe(bus.Address()));
 }
 
-TEST_F(CtlTest, TheDoctorDoesNotHangOnABusThatStandsStill)
+TEST_F(DoctorOfAService, TheDoctorDoesNotHangOnABusThatStandsStill)
 {
     m_bus.Stop();
     Diagnosis const diagnosis = Diagnose();
@@ -139,7 +154,7 @@ TEST_F(CtlTest, TheDoctorDoesNotHangOnABusThatStandsStill)
 }
 
 /// libdbus answers pings in its main loop.
-TEST_F(CtlTest, TheDoctorSaysThatTheServiceLeavesApplicationsUnanswered)
+TEST_F(DoctorOfAService, TheDoctorSaysThatTheServiceLeavesApplicationsUnanswered)
 {
     m_service.AnswerAnnouncements([](Announcement const&) { return WireAnswer::Nothing(); });
     Diagnosis const diagnosis = Diagnose();
@@ -151,7 +166,7 @@ TEST_F(CtlTest, TheDoctorSaysThatTheServiceLeavesApplicationsUnanswered)
 }
 
 /// A handler that blocks stops that loop, pings included.
-TEST_F(CtlTest, TheDoctorSaysThatTheServiceAnswersNothingAtAll)
+TEST_F(DoctorOfAService, TheDoctorSaysThatTheServiceAnswersNothingAtAll)
 {
     std::promise<void> blocked;
     std::shared_future<void> const end = blocked.get_future();
@@ -166,7 +181,7 @@ TEST_F(CtlTest, TheDoctorSaysThatTheServiceAnswersNothingAtAll)
     EXPECT_EQ(diagnosis.Text("main loop"), Self() + " answers nothing within 2 seconds, not even a ping");
 }
 
-TEST_F(CtlTest, TheDoctorSaysThatTheServiceLeftTheBus)
+TEST_F(DoctorOfAService, TheDoctorSaysThatTheServiceLeftTheBus)
 {
     m_service.AnswerAnnouncements([](Announcement const&) { return WireAnswer::Nothing(); });
     auto const child = StartCtl({"doctor", "--json"});
@@ -178,7 +193,7 @@ TEST_F(CtlTest, TheDoctorSaysThatTheServiceLeftTheBus)
     EXPECT_EQ(diagnosis.Text("main loop"), "the service left the bus when it was asked");
 }
 
-TEST_F(CtlTest, TheDoctorSaysThatTheServiceSpeaksAnotherProtocol)
+TEST_F(DoctorOfAService, TheDoctorSaysThatTheServiceSpeaksAnotherProtocol)
 {
     m_service.AnswerAnnouncements([](Announcement const&) {
         return WireAnswer::Error("org.freedesktop.DBus.Error.UnknownMethod", "no such method");
@@ -203,7 +218,7 @@ TEST_F(CtlTest, TheDoctorSaysThatTheServiceSpeaksAnotherProtocol)
 }
 
 /// An error that the service makes up is none of the bus's.
-TEST_F(CtlTest, TheDoctorDoesNotTakeADenialOfTheServiceForOneOfTheBus)
+TEST_F(DoctorOfAService, TheDoctorDoesNotTakeADenialOfTheServiceForOneOfTheBus)
 {
     m_service.AnswerAnnouncements([](Announcement const&) {
         return WireAnswer::Error("org.freedesktop.DBus.Error.AccessDenied", "no");
@@ -213,7 +228,7 @@ TEST_F(CtlTest, TheDoctorDoesNotTakeADenialOfTheServiceForOneOfTheBus)
     EXPECT_EQ(diagnosis.State("policy"), "ok");
 }
 
-TEST_F(CtlTest, TheDoctorsReportThatCannotBeWrittenEndsWithSix)
+TEST_F(DoctorOfAService, TheDoctorsReportThatCannotBeWrittenEndsWithSix)
 {
     ChildProcess child({"sh", "-c", "exec \"$0\" doctor > /dev/full", ZVIPTVCTL_PATH});
     CtlResult const result = Finish(child);
@@ -269,8 +284,8 @@ TEST_F(DoctorAtTheDesk, NamesTheStoppedProcessAndTheCommandLetsItRunOn)
     EXPECT_EQ(diagnosis.Wrong(), "main loop");
     EXPECT_EQ(diagnosis.Text("main loop"), Simulator() + " is stopped");
     EXPECT_EQ(diagnosis.Command("main loop"), "kill -CONT " + std::to_string(Service()));
-    ChildProcess mending({"sh", "-c", diagnosis.Command("main loop")});
-    EXPECT_EQ(mending.Wait(patience), (ExitStatus{0, 0}));
+    ChildProcess fixing({"sh", "-c", diagnosis.Command("main loop")});
+    EXPECT_EQ(fixing.Wait(patience), (ExitStatus{0, 0}));
     EXPECT_EQ(Diagnose().result.code, 0);
 }
 

@@ -15,7 +15,7 @@ using testing::HasSubstr;
 namespace fs = std::filesystem;
 
 /// A folder with the library under the name of another version.
-class DoctorVersion : public CtlTest
+class DoctorVersion : public DoctorOfAService
 {
 protected:
     DoctorVersion() : m_file(m_bus.Directory() + "/libzv-iptv-service-api.so.0.9.9")

@@ -241,7 +241,7 @@ void CommandLine::AddDoctor()
 {
     auto const names = std::make_shared<doctor::Names>();
     CLI::App* const app =
-        m_app.add_subcommand("doctor", "Say what is wrong on this machine, and what mends it");
+        m_app.add_subcommand("doctor", "Say what is wrong on this machine, and what fixes it");
     AddGlobalOptions(*app);
     app->footer(help::DoctorFooter);
     app->add_option("--user", names->user, "The user as whom the service runs; zviptv unless given")

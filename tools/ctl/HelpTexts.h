@@ -96,24 +96,24 @@ busctl capture have written. A file that is damaged is read up to the damage, an
 the exit code is 5.
 )";
 
-constexpr char const* DoctorFooter =
-    R"(One line a check, in the order in which they depend on each other: bus, accounts,
-policy, group, service, owner, main loop, protocol, version. Each is ok, wrong or
-unknown, which it is while something else keeps it from being looked at. Below
-what is wrong stand what it means for an application and the commands that mend
-it. Accounts, policy and group matter on a bus that denies by default, as a
-machine's system bus does. Policies are found out by trying: two connections of
-the command's own call and signal each other. The service gets one question,
-which leaves nothing behind.
+constexpr char const* DoctorFooter = R"(One line a check, in the order in which they depend on each other: bus, accounts,
+policy, group, service, owner, main loop, protocol, endpoints, requests, version.
+Each is ok, wrong or unknown; unknown means that something else keeps it from
+being looked at. The lines below a check that is wrong say what it means for an
+application and which commands fix it. Accounts, policy and group matter on a bus
+that denies by default, as a machine's system bus does. The doctor tries policies
+instead of reading them: two of its connections call and signal each other. It
+announces one channel of each type to the service, sends each endpoint a request
+that changes nothing, and withdraws the channels again.
 
-Who asks gets an answer for their own user. Root also learns whether the bus
-knows the service's user.
+The report holds for the user who runs the command. Root also learns whether the
+bus knows the service's user.
 
 The exit code is that of the first thing that is wrong: 3 for a bus or service
-that is missing, 4 for one that refuses or does not answer, 5 for versions that
-do not fit. With --json "checks" is an array of objects: "check", "state",
-"text", and of what is wrong "meaning", "commands" and "note"; "summary" and, if
-something is wrong, "error" are texts.
+that is missing, 4 for one that refuses or does not answer, 5 for answers that
+cannot be read and for versions that do not fit. With --json "checks" is an array
+of objects: "check", "state", "text", and of what is wrong "meaning", "commands"
+and "note"; "summary" and, if something is wrong, "error" are texts.
 )";
 
 } // namespace zviptv::ctl::help

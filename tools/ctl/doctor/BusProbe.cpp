@@ -59,6 +59,11 @@ bool Reply::IsDenied() const
     return kind == Kind::Error && isFromBus && error == "org.freedesktop.DBus.Error.AccessDenied";
 }
 
+bool Reply::IsOf(char const* type) const
+{
+    return kind == Kind::Answer && g_variant_is_of_type(body.get(), G_VARIANT_TYPE(type)) != FALSE;
+}
+
 BusProbe::BusProbe(BusFacts& facts)
 {
     Deadline const deadline{std::chrono::milliseconds(PatienceMs)};
@@ -84,8 +89,7 @@ BusProbe::BusProbe(BusFacts& facts)
 void BusProbe::SayHello(BusFacts& facts)
 {
     Reply const reply = CallBus("Hello");
-    if (reply.kind == Reply::Kind::Answer &&
-        g_variant_is_of_type(reply.body.get(), G_VARIANT_TYPE("(s)")) != FALSE) {
+    if (reply.IsOf("(s)")) {
         char const* name = nullptr;
         g_variant_get(reply.body.get(), "(&s)", &name);
         m_name = name;

@@ -28,6 +28,12 @@ struct Reply
     bool isFromBus = false; ///< the bus said it, not whom the call was for
 
     bool IsDenied() const;
+
+    /// Whether it is an answer of this D-Bus type: "(a(ss))".
+    bool IsOf(char const* type) const;
+
+    /// Name and text of the error.
+    std::string ErrorText() const { return error + (text.empty() ? "" : ": " + text); }
 };
 
 struct Address

@@ -3,6 +3,7 @@
 
 #include "doctor/Gather.h"
 #include "doctor/JudgeBus.h"
+#include "doctor/JudgeEndpoints.h"
 #include "doctor/JudgePolicy.h"
 #include "doctor/JudgeService.h"
 #include "doctor/JudgeVersion.h"
@@ -16,7 +17,7 @@ std::vector<Finding> Judge(Facts const& facts)
 {
     std::vector<Finding> findings;
     for (auto const check : {JudgeBus, JudgeAccounts, JudgePolicy, JudgeGroup, JudgeService, JudgeOwner,
-                             JudgeLoop, JudgeProtocol, JudgeVersion}) {
+                             JudgeLoop, JudgeProtocol, JudgeEndpoints, JudgeRequests, JudgeVersion}) {
         findings.push_back(check(facts));
     }
     return findings;

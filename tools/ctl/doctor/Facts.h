@@ -71,6 +71,44 @@ enum class Outcome
     Gone        ///< the owner left the bus
 };
 
+/// What the helper bus answered to the announcement of a channel.
+enum class Naming
+{
+    NotAsked,
+    Owned,     ///< a bus name that has an owner
+    Dead,      ///< a bus name without an owner
+    Junk,      ///< not a bus name
+    Empty,     ///< an empty text, which stands for no endpoint
+    OtherKey,  ///< pairs of which none is called "dbusname"
+    EmptyList, ///< no pair
+    Unanswered ///< an error, an answer of another type, or nothing within the time that the library waits
+};
+
+/// What an endpoint answered to a request that changes nothing.
+enum class Answering
+{
+    NotAsked,
+    Readable,
+    Failed,     ///< with an error
+    Silent,     ///< nothing came within the time that the library waits
+    OtherType,  ///< not a{sv}
+    OtherValue, ///< a value is not a byte array
+    Missing,    ///< a number is missing, or empty
+    NoNumber    ///< a number cannot be read
+};
+
+struct EndpointFacts
+{
+    std::string type; ///< "PLAYERCONTROL"
+    Naming naming = Naming::NotAsked;
+    std::string named; ///< the name; of another key that key; of an error its name and text
+
+    std::string function; ///< "GetSourceState"
+    Answering answering = Answering::NotAsked;
+    std::string key;    ///< of the value that cannot be read
+    std::string detail; ///< D-Bus type or value that came; of an error its name and text
+};
+
 struct ServiceFacts
 {
     std::optional<bool> isOwned; ///< empty where the bus did not tell
@@ -87,8 +125,9 @@ struct ServiceFacts
     bool isLibraryReplaced = false;
 
     Outcome outcome = Outcome::NotAsked;
-    std::string error;              ///< name and text
-    bool isConnectionAlive = false; ///< asked when it kept silent: its D-Bus thread answers
+    std::string error;                    ///< name and text
+    bool isConnectionAlive = false;       ///< asked when it kept silent: its D-Bus thread answers
+    std::vector<EndpointFacts> endpoints; ///< looked at when it has answered
 };
 
 struct VersionFacts

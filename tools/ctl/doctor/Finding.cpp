@@ -27,10 +27,10 @@ Finding Wrong(char const* check, ExitCode code, std::string const& text, std::st
 }
 
 Finding Wrong(char const* check, ExitCode code, std::string const& text, std::string const& meaning,
-              Remedy const& remedy, std::string const& note)
+              Fix const& fix, std::string const& note)
 {
-    char const* const between = note.empty() || remedy.note.empty() ? "" : " ";
-    return Wrong(check, code, text, meaning, remedy.commands, note + between + remedy.note);
+    char const* const between = note.empty() || fix.note.empty() ? "" : " ";
+    return Wrong(check, code, text, meaning, fix.commands, note + between + fix.note);
 }
 
 bool IsLetThrough(Facts const& facts)

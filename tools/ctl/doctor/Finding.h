@@ -2,7 +2,7 @@
 #pragma once
 
 #include "doctor/Facts.h"
-#include "doctor/Mending.h"
+#include "doctor/Fix.h"
 #include "output/Failure.h"
 
 #include <optional>
@@ -27,7 +27,7 @@ struct Finding
 
     // Of what is wrong.
     std::string meaning;               ///< for an application
-    std::vector<std::string> commands; ///< that mend it, in this order
+    std::vector<std::string> commands; ///< that fix it, in this order
     std::string note;                  ///< what else to do, or to do instead
     ExitCode code = ExitCode::Accepted;
 };
@@ -38,9 +38,9 @@ Finding NotLookedAt(char const* check, std::string const& why);
 Finding Wrong(char const* check, ExitCode code, std::string const& text, std::string const& meaning,
               std::vector<std::string> commands, std::string const& note = {});
 
-/// The remedy's own note follows `note`.
+/// The fix's own note follows `note`.
 Finding Wrong(char const* check, ExitCode code, std::string const& text, std::string const& meaning,
-              Remedy const& remedy, std::string const& note = {});
+              Fix const& fix, std::string const& note = {});
 
 /// Whether the question to the service got past the bus.
 bool IsLetThrough(Facts const& facts);

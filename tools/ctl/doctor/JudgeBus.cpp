@@ -16,7 +16,7 @@ std::string Place(Facts const& facts)
 
 std::string DeskInstead(Facts const& facts)
 {
-    return "For a bus and a service of one's own: " + StartDesk(facts);
+    return "For a private bus and a simulated service: " + StartDesk(facts);
 }
 
 Finding Absent(Facts const& facts)
@@ -62,7 +62,7 @@ Finding Silent(Facts const& facts)
                  "the bus at " + Place(facts) + " takes connections and does not answer: " + facts.bus.reason,
                  "An application hangs as soon as it creates an object.",
                  {facts.bus.isFromEnvironment ? "pkill -CONT dbus-" : AsRoot(facts, "pkill -CONT dbus-")},
-                 "That lets a stopped bus run on. One that still does not answer has to be started anew.");
+                 "That lets a stopped bus run on. One that still does not answer has to be started again.");
 }
 
 } // namespace

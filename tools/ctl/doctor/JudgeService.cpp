@@ -71,12 +71,12 @@ Finding JudgeOwner(Facts const& facts)
         return NotLookedAt("owner", "there is no user " + names.user);
     }
     if (*service.userId != *facts.accounts.userId) {
-        Remedy const remedy = ChangeServiceUser(facts);
+        Fix const fix = ChangeServiceUser(facts);
         return Wrong("owner", ExitCode::NoAnswer,
                      "the service runs as user " + service.userName + ", not as " + names.user,
                      "The policy lets " + names.user +
                          " alone push data: packets and captions do not arrive, whatever the calls answer.",
-                     remedy.commands, remedy.note + " " + OtherNames);
+                     fix.commands, fix.note + " " + OtherNames);
     }
     return Ok("owner", "user " + service.userName);
 }

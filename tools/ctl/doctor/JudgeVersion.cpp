@@ -41,7 +41,7 @@ Finding WrongLibrary(Facts const& facts)
     }
     return Wrong("version", ExitCode::Malformed, text, Meaning,
                  {AsRoot(facts, "apt-get install --reinstall libzv-iptv-service-api1 zv-iptv-tools")},
-                 "Where they do not come from packages, build and install both anew.");
+                 "Where they do not come from packages, build and install both again.");
 }
 
 Finding WrongService(Facts const& facts)

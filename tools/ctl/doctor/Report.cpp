@@ -30,7 +30,7 @@ std::string Line(Finding const& finding)
 std::string Below(Finding const& finding)
 {
     std::string text =
-        "    " + EscapeText(finding.meaning) + (finding.commands.empty() ? "\n" : " To mend it:\n");
+        "    " + EscapeText(finding.meaning) + (finding.commands.empty() ? "\n" : " To fix it:\n");
     for (std::string const& command : finding.commands) {
         text += "        " + command + "\n";
     }
@@ -60,7 +60,7 @@ std::string Summary(std::vector<Finding> const& findings)
     }
     std::string const names = Checks(findings, State::Wrong);
     return wrong == 1 ? "wrong: " + names
-                      : std::to_string(wrong) + " things are wrong: " + names + "; mend the first one first";
+                      : std::to_string(wrong) + " things are wrong: " + names + "; fix the first one first";
 }
 
 Json::Value TextOrNull(std::string const& text)

@@ -10,7 +10,7 @@
 
 namespace zviptv::ctl::doctor {
 
-/// A line a finding, what it means and mends below it, and a summary.
+/// A line a finding, what it means and how to fix it below it, and a summary.
 std::string TextOf(std::vector<Finding> const& findings);
 
 /// The same, with "result", and "error" where something is wrong.

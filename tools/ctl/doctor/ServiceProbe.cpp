@@ -2,6 +2,7 @@
 #include "doctor/ServiceProbe.h"
 
 #include "doctor/Accounts.h"
+#include "doctor/EndpointProbe.h"
 
 #include <zviptv/ConnectionHelperDBusClient.h>
 #include <zviptv/Protocol.h>
@@ -10,15 +11,11 @@ namespace zviptv::ctl::doctor {
 
 namespace {
 
-namespace key = protocol::key;
-
-constexpr char HelperPath[] = "/org/corvel/zviptvapi/dbushelper";
-
 void LookUpOwner(BusProbe& bus, ServiceFacts& service)
 {
     char const* const name = CConnectionHelperDBusClient::BUSNAME;
     Reply const owner = bus.CallBus("GetNameOwner", g_variant_new("(s)", name));
-    if (owner.kind == Reply::Kind::Answer && g_variant_is_of_type(owner.body.get(), G_VARIANT_TYPE("(s)"))) {
+    if (owner.IsOf("(s)")) {
         char const* text = nullptr;
         g_variant_get(owner.body.get(), "(&s)", &text);
         service.owner = text;
@@ -31,8 +28,7 @@ void LookUpOwner(BusProbe& bus, ServiceFacts& service)
 void LookUpCredentials(BusProbe& bus, ServiceFacts& service)
 {
     Reply const reply = bus.CallBus("GetConnectionCredentials", g_variant_new("(s)", service.owner.c_str()));
-    if (reply.kind != Reply::Kind::Answer ||
-        g_variant_is_of_type(reply.body.get(), G_VARIANT_TYPE("(a{sv})")) == FALSE) {
+    if (!reply.IsOf("(a{sv})")) {
         return;
     }
     Owned<GVariant> const credentials(g_variant_get_child_value(reply.body.get(), 0));
@@ -44,19 +40,6 @@ void LookUpCredentials(BusProbe& bus, ServiceFacts& service)
     if (g_variant_lookup(credentials.get(), "ProcessID", "u", &number) != FALSE) {
         service.process = number;
     }
-}
-
-/// That a channel goes which never came. GLib's own thread answers Ping, Introspect and calls that nobody
-/// has, or that have other arguments, also in a process whose main loop stands still; this one it has to hand
-/// to the main loop. A service finds nothing to forget, and may answer anything.
-GVariant* Goodbye(std::string const& name)
-{
-    GVariantBuilder pairs;
-    g_variant_builder_init(&pairs, G_VARIANT_TYPE("a(ss)"));
-    g_variant_builder_add(&pairs, "(ss)", key::DBusName, name.c_str());
-    g_variant_builder_add(&pairs, "(ss)", key::Type, protocol::type::PlayerControl);
-    g_variant_builder_add(&pairs, "(ss)", key::Add, "n");
-    return g_variant_new("(a(ss))", &pairs);
 }
 
 /// Errors that the bus speaks in place of an owner that goes, or has gone.
@@ -71,9 +54,7 @@ Outcome OutcomeOf(Reply const& reply)
 {
     switch (reply.kind) {
     case Reply::Kind::Answer:
-        return g_variant_is_of_type(reply.body.get(), G_VARIANT_TYPE("(a(ss))")) != FALSE
-                   ? Outcome::Answered
-                   : Outcome::Unreadable;
+        return reply.IsOf("(a(ss))") ? Outcome::Answered : Outcome::Unreadable;
     case Reply::Kind::Silence:
         return Outcome::Silent;
     case Reply::Kind::Error:
@@ -82,16 +63,17 @@ Outcome OutcomeOf(Reply const& reply)
     return reply.IsDenied() ? Outcome::Forbidden : IsGone(reply) ? Outcome::Gone : Outcome::Failed;
 }
 
+/// The first question is that a channel goes which never came. GLib's own thread answers Ping, Introspect and
+/// calls that nobody has, or that have other arguments, also in a process whose main loop stands still; this
+/// one it has to hand to the main loop. A service finds nothing to forget, and may answer anything.
 void Ask(BusProbe& bus, ServiceFacts& service)
 {
-    char const* const name = CConnectionHelperDBusClient::BUSNAME;
-    Reply const reply =
-        bus.Call({service.owner, HelperPath, name, CConnectionHelperDBusClient::METHOD}, Goodbye(bus.Name()));
+    Reply const reply = Announce(bus, service.owner, protocol::type::PlayerControl, "n");
     service.outcome = OutcomeOf(reply);
     if (service.outcome == Outcome::Unreadable) {
         service.error = std::string("an answer of the type ") + g_variant_get_type_string(reply.body.get());
     } else if (reply.kind == Reply::Kind::Error) {
-        service.error = reply.error + (reply.text.empty() ? "" : ": " + reply.text);
+        service.error = reply.ErrorText();
     }
     if (service.outcome == Outcome::Silent) {
         Reply const ping = bus.Call({service.owner, "/", "org.freedesktop.DBus.Peer", "Ping"}, nullptr);
@@ -107,6 +89,9 @@ void ProbeService(BusProbe& bus, ServiceFacts& service)
     if (service.isOwned.value_or(false)) {
         LookUpCredentials(bus, service);
         Ask(bus, service);
+    }
+    if (service.outcome == Outcome::Answered) {
+        service.endpoints = ProbeEndpoints(bus, service.owner);
     }
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "doctor/Mending.h"
+#include "doctor/Fix.h"
 
 #include "glib/Owned.h"
 
@@ -7,7 +7,7 @@ namespace zviptv::ctl::doctor {
 
 namespace {
 
-constexpr char OwnService[] = "a service of one's own starts as its maker says.";
+constexpr char OwnService[] = "start your own service as its documentation says.";
 
 /// A process of somebody else takes signals from root alone.
 std::string Signal(Facts const& facts, char const* name)
@@ -34,7 +34,7 @@ bool HasUnit(Facts const& facts)
 std::string StreamNote(Facts const& facts)
 {
     bool const isNamed = HasUnit(facts) || facts.machine.sample != MachineFacts().sample;
-    return isNamed ? "" : " " + facts.machine.sample + " stands for a stream of one's own.";
+    return isNamed ? "" : " " + facts.machine.sample + " stands for your own stream.";
 }
 
 } // namespace
@@ -50,7 +50,7 @@ std::string ReloadBus(Facts const& facts)
                          "org.freedesktop.DBus.ReloadConfig");
 }
 
-Remedy StartService(Facts const& facts)
+Fix StartService(Facts const& facts)
 {
     if (HasUnit(facts)) {
         return {{AsRoot(facts, "systemctl start zviptv-sim")},
@@ -63,7 +63,7 @@ Remedy StartService(Facts const& facts)
             std::string("That is the simulator; ") + OwnService + StreamNote(facts)};
 }
 
-Remedy ReplaceService(Facts const& facts)
+Fix ReplaceService(Facts const& facts)
 {
     std::vector<std::string> commands = StartService(facts).commands;
     if (!facts.service.unit.empty()) {
@@ -76,7 +76,7 @@ Remedy ReplaceService(Facts const& facts)
             std::string("The last command starts the simulator; ") + OwnService + StreamNote(facts)};
 }
 
-Remedy RestartService(Facts const& facts)
+Fix RestartService(Facts const& facts)
 {
     if (!facts.service.unit.empty()) {
         return {{AsRoot(facts, "systemctl restart " + Quoted(facts.service.unit))}, {}};
@@ -84,7 +84,7 @@ Remedy RestartService(Facts const& facts)
     return ReplaceService(facts);
 }
 
-Remedy ChangeServiceUser(Facts const& facts)
+Fix ChangeServiceUser(Facts const& facts)
 {
     if (facts.service.unit.empty()) {
         return ReplaceService(facts);

@@ -10,7 +10,7 @@ namespace zviptv::ctl::doctor {
 
 // Commands, ready to be copied.
 
-struct Remedy
+struct Fix
 {
     std::vector<std::string> commands;
     std::string note;
@@ -23,18 +23,18 @@ std::string AsRoot(Facts const& facts, std::string const& command);
 std::string ReloadBus(Facts const& facts);
 
 /// The simulator in the service's place, on the bus that is used.
-Remedy StartService(Facts const& facts);
+Fix StartService(Facts const& facts);
 
 /// Ends what owns the name, whatever it is, and starts the simulator.
-Remedy ReplaceService(Facts const& facts);
+Fix ReplaceService(Facts const& facts);
 
 /// Ends the service and starts it again, or the simulator where nothing tells how it is started.
-Remedy RestartService(Facts const& facts);
+Fix RestartService(Facts const& facts);
 
 /// Has the service run as the user whom the policy names.
-Remedy ChangeServiceUser(Facts const& facts);
+Fix ChangeServiceUser(Facts const& facts);
 
-/// The simulator with a bus of its own.
+/// The simulator with a private bus.
 std::string StartDesk(Facts const& facts);
 
 /// Lets a stopped process run on.

@@ -1,0 +1,156 @@
+// SPDX-License-Identifier: MIT
+#include "DoctorFixture.h"
+
+#include <gmock/gmock.h>
+
+namespace zviptv::test {
+namespace {
+
+using testing::HasSubstr;
+
+constexpr char allTypes[] = "PLAYERCONTROL, BROADCASTDATA, IPTVDATASUBSCRIBER, IPGUTIL";
+constexpr char allFunctions[] = "GetSourceState, SizeOfAudio, requestPESCB, ExistXmlForIPG";
+
+/// What the helper answers to "y", and how the doctor reports it for all endpoints.
+struct NamingCase
+{
+    char const* name;
+    WirePairs answer;
+    int code;
+    std::string text;
+};
+
+void PrintTo(NamingCase const& naming, std::ostream* out)
+{
+    *out << naming.name;
+}
+
+class DoctorOfAHelper : public DoctorOfAService, public testing::WithParamInterface<NamingCase>
+{
+};
+
+TEST_P(DoctorOfAHelper, NamesTheKey)
+{
+    NamingCase const& naming = GetParam();
+    m_service.AnswerAnnouncements([&](Announcement const& announcement) {
+        return announcement.add == "y" ? WireAnswer(naming.answer) : WireAnswer(WirePairs{});
+    });
+    Diagnosis const diagnosis = Diagnose();
+    EXPECT_EQ(diagnosis.result.code, naming.code);
+    EXPECT_EQ(diagnosis.Wrong(), "endpoints");
+    EXPECT_EQ(diagnosis.Text("endpoints"), naming.text + ": " + allTypes);
+    EXPECT_EQ(diagnosis.Text("requests"), "not looked at: no endpoint is known");
+    EXPECT_NE(diagnosis.Command("endpoints"), "");
+    EXPECT_THAT(diagnosis.checks.at("endpoints")["note"].asString(),
+                HasSubstr("answer each announcement with one pair, \"dbusname\" and the unique name"));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Answers, DoctorOfAHelper,
+    testing::Values(
+        NamingCase{
+            "EmptyList", {}, 5, "\"dbusname\" is missing in the answer to announcements, which is empty"},
+        NamingCase{"WrongKey",
+                   {{"busname", ":1.1"}},
+                   5,
+                   "\"dbusname\" is missing in the answer to announcements, which has \"busname\""},
+        NamingCase{
+            "EmptyName", {{"dbusname", ""}}, 4, "\"dbusname\" is empty in the answer to announcements"},
+        NamingCase{"JunkName",
+                   {{"dbusname", "not a name"}},
+                   5,
+                   "\"dbusname\" is \"not a name\", which is not a bus name, in the answer to announcements"},
+        NamingCase{"DeadName",
+                   {{"dbusname", ":1.4711"}},
+                   4,
+                   "\"dbusname\" is :1.4711, which nobody owns, in the answer to announcements"}),
+    [](auto const& given) { return std::string(given.param.name); });
+
+TEST_F(DoctorOfAService, NamesTheOneEndpointThatIsMissing)
+{
+    m_service.AnswerAnnouncements([&](Announcement const& announcement) {
+        return WirePairs{{"dbusname", announcement.type == "IPGUTIL" ? "" : m_service.Name()}};
+    });
+    Diagnosis const diagnosis = Diagnose();
+    EXPECT_EQ(diagnosis.Wrong(), "endpoints");
+    EXPECT_EQ(diagnosis.Text("endpoints"), "\"dbusname\" is empty in the answer to announcements: IPGUTIL");
+    EXPECT_EQ(diagnosis.State("requests"), "ok");
+}
+
+/// It has answered that a channel goes.
+TEST_F(DoctorOfAService, SaysThatAnnouncementsOfNewChannelsFail)
+{
+    m_service.AnswerAnnouncements([](Announcement const& announcement) {
+        return announcement.add == "n" ? WireAnswer(WirePairs{})
+                                       : WireAnswer::Error("org.corvel.test.Failed", "no channel");
+    });
+    Diagnosis const diagnosis = Diagnose();
+    EXPECT_EQ(diagnosis.result.code, 4);
+    EXPECT_EQ(diagnosis.Text("endpoints"),
+              "announcements get the error org.corvel.test.Failed: no channel: PLAYERCONTROL");
+}
+
+/// The answer to every request, and how the doctor reports it.
+struct ReplyCase
+{
+    char const* name;
+    WireAnswer answer;
+    int code;
+    std::string text;
+};
+
+void PrintTo(ReplyCase const& reply, std::ostream* out)
+{
+    *out << reply.name;
+}
+
+class DoctorOfReplies : public CtlTest, public testing::WithParamInterface<ReplyCase>
+{
+};
+
+TEST_P(DoctorOfReplies, NamesTheKey)
+{
+    ReplyCase const& reply = GetParam();
+    m_service.AnswerByDefault(reply.answer);
+    Diagnosis const diagnosis = Diagnose();
+    EXPECT_EQ(diagnosis.result.code, reply.code);
+    EXPECT_EQ(diagnosis.Wrong(), "requests");
+    EXPECT_EQ(diagnosis.State("endpoints"), "ok");
+    EXPECT_EQ(diagnosis.Text("requests"), reply.text);
+    EXPECT_NE(diagnosis.Command("requests"), "");
+    EXPECT_THAT(diagnosis.checks.at("requests")["note"].asString(),
+                HasSubstr("each value as a variant of ay, with \"result_internal\""));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Answers, DoctorOfReplies,
+    testing::Values(
+        ReplyCase{"Error", WireAnswer::Error("org.corvel.test.Failed", "not today"), 4,
+                  std::string("requests get the error org.corvel.test.Failed: not today: ") + allFunctions},
+        ReplyCase{"Silence", WireAnswer::Nothing(), 4,
+                  "requests get no answer within 2 seconds: GetSourceState"},
+        ReplyCase{"Texts",
+                  WireAnswer(WireBody::Variants({TextVariant("result_internal", "1"),
+                                                 TextVariant("sourcestate", "2")})),
+                  5, std::string("\"result_internal\" has the type s instead of ay: ") + allFunctions},
+        ReplyCase{"AnotherType", WireAnswer(WireBody::Strings({"1"})), 5,
+                  std::string("replies have the type (s) instead of (a{sv}): ") + allFunctions},
+        ReplyCase{"NoValues", WireAnswer(Entries({{"result_internal", "1"}})), 5,
+                  "\"sourcestate\" is missing: GetSourceState; \"size\" is missing: SizeOfAudio; \"data\" is "
+                  "missing: ExistXmlForIPG"},
+        ReplyCase{"NoNumber", WireAnswer(Entries({{"result_internal", "yes"}, {"data", "0"}})), 5,
+                  "\"result_internal\" is \"yes\" instead of a number: GetSourceState, SizeOfAudio"}),
+    [](auto const& given) { return std::string(given.param.name); });
+
+/// The connection that is named has no such object.
+TEST_F(DoctorOfAService, SaysThatAnotherConnectionIsNamed)
+{
+    m_service.SetPartnerName("org.freedesktop.DBus");
+    Diagnosis const diagnosis = Diagnose();
+    EXPECT_EQ(diagnosis.Wrong(), "requests");
+    EXPECT_THAT(diagnosis.Text("requests"),
+                testing::StartsWith("requests get the error org.freedesktop.DBus.Error.Unknown"));
+}
+
+} // namespace
+} // namespace zviptv::test
