@@ -76,7 +76,6 @@ TEST_F(CtlTest, LogLinesGoToStandardErrorOnRequestOnly)
     EXPECT_EQ(result.output, "result: true\n");
     EXPECT_THAT(result.errors, testing::HasSubstr("[info] PlayerControlProxy.cpp: MuteAudio("));
     EXPECT_THAT(result.errors, testing::HasSubstr("[error] "));
-    EXPECT_EQ(RunCtl({"call", "MuteAudio", "1"}, {{"ZV_IPTV_LOG", "stderr"}}).errors, "");
 }
 
 } // namespace

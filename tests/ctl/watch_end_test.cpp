@@ -37,7 +37,7 @@ TEST_F(WatchTest, AMalformedAnswerIsToldOnceAndEndsWithFive)
     EXPECT_EQ(result.output,
               "the service's answer to GetSourceState cannot be read: sourcestate is malformed: expected a "
               "signed 32-bit decimal number, got nothing\n");
-    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(result.errors, "zviptvctl: " + result.output);
 }
 
 TEST_F(WatchTest, AnAnswerThatTurnsMalformedEndsWithFive)
@@ -52,7 +52,8 @@ TEST_F(WatchTest, AnAnswerThatTurnsMalformedEndsWithFive)
     EXPECT_EQ(
         Count(result.output, "the service's answer to GetSTCCount cannot be read: stcCount is malformed"),
         1U);
-    EXPECT_EQ(result.errors, "");
+    EXPECT_THAT(result.errors,
+                testing::StartsWith("zviptvctl: the service's answer to GetSTCCount cannot be read: "));
     EXPECT_TRUE(m_service->WaitForAnnouncement("IPTVDATASUBSCRIBER", "n"));
 }
 
@@ -65,7 +66,7 @@ void ExpectEndAfterOneCall(std::string const& message)
     EXPECT_EQ(result.code, 4);
     EXPECT_THAT(result.output, testing::StartsWith(message));
     EXPECT_EQ(Count(result.output, "no answer to"), 1U);
-    EXPECT_EQ(result.errors, "");
+    EXPECT_THAT(result.errors, testing::StartsWith("zviptvctl: " + message));
 }
 
 TEST_F(WatchTest, AServiceThatHangsEndsWithFourInTime)
@@ -89,7 +90,8 @@ TEST_F(WatchTest, ASilenceThatLastsEndsWithFour)
     CtlResult const result = Finish(*child);
     EXPECT_EQ(result.code, 4);
     EXPECT_EQ(Count(result.output, "GetSTCCount: no answer to the request within 2000 ms"), 1U);
-    EXPECT_EQ(result.errors, "");
+    EXPECT_THAT(result.errors,
+                testing::StartsWith("zviptvctl: GetSTCCount: no answer to the request within 2000 ms"));
 }
 
 /// On a terminal: a line that fits and stays, with a line break before all that follows.

@@ -64,6 +64,9 @@ The types are those of EZVPESType: 0 other, 1 video, 2 audio, 3 subtitle,
 4 teletext, 5 caption. A summary follows on standard error. Ctrl-C ends the
 subscription and the command with exit code 0. The end of the source does not;
 standard error tells it once, and once that nothing has come for 5 seconds.
+Standard error also reports why nothing can come: the service refuses the
+subscription (exit code 1), it closes the connection of the endpoint (3), or its
+pushes have another sender, object or form than the library accepts.
 )";
 
 constexpr char const* WatchFooter =
@@ -72,8 +75,9 @@ traffic of every PID, and step by step what happens when the service goes and
 comes back. On a terminal one line is rewritten in place. With --json every line
 is an object with "event": connected, subscribed, tick, lost,
 player-control-gone, factory-refuses, factory-works, subscriber-fails, waiting,
-back, trouble or unreadable. Trouble is told once while it lasts; if it lasts to
-the end, the exit code tells it too.
+back, trouble or unreadable. Trouble is reported once while it lasts, unless
+standard output is a terminal also on standard error. If it lasts to the end, the
+exit code says so.
 )";
 
 constexpr char const* TraceFooter =

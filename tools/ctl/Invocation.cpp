@@ -9,6 +9,7 @@
 
 #include <array>
 #include <cstdio>
+#include <cstdlib>
 #include <iostream>
 #include <sstream>
 
@@ -31,7 +32,11 @@ ExitCode Invocation::RunWith(std::function<ExitCode(Session& session)> const& co
     Handle const handle{
         static_cast<IPTVProfile>(ParseArgument<std::int32_t>(profile, {"zviptvctl", "--profile"})),
         ParseArgument<int>(id, {"zviptvctl", "--id"})};
-    ZVSetLogSink(echoLog ? EchoLine : DropLine, nullptr);
+    char const* const destination = std::getenv("ZV_IPTV_LOG");
+    bool const isAskedFor = destination != nullptr && *destination != '\0';
+    if (echoLog || !isAskedFor) {
+        ZVSetLogSink(echoLog ? EchoLine : DropLine, nullptr);
+    }
     Session session(handle);
     return command(session);
 }

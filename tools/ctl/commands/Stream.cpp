@@ -34,25 +34,24 @@ ExitCode Stream::Run()
     EventSource const interrupt = Loop::OnSignal(SIGINT, end);
     EventSource const terminate = Loop::OnSignal(SIGTERM, end);
     ServiceWatch const watch(m_session.Connection(), [this](ServiceWatch::Event event) { OnService(event); });
+    EndpointWatch endpoint(m_session.Connection());
     std::optional<Subscription> subscription;
-    Subscribe(subscription);
+    Subscribe(
+        m_session, m_options.kind, [this](Packet const& packet) { Take(packet); }, subscription);
+    m_traffic = Traffic();
+    endpoint.Follow([&] {
+        Fail(Failure(ExitCode::NoService, EndpointClosed(endpoint.Name()) + ", then run this command again"));
+    });
 
-    EventSource const second = Loop::Every(std::chrono::seconds(1), [this] { OnSecond(); });
+    EventSource const second = Loop::Every(std::chrono::seconds(1), [&] {
+        Complain(endpoint);
+        OnSecond();
+    });
     EventSource const limit = m_options.duration ? Loop::Every(*m_options.duration, end) : EventSource();
     m_loop.Run([this](std::exception const& error) { OnUnreadable(error); });
+    Complain(endpoint);
     Unsubscribe(*subscription);
     return Conclude();
-}
-
-void Stream::Subscribe(std::optional<Subscription>& subscription)
-{
-    auto& subscriber = m_session.Get<IIPTVDataSubscriber>();
-    char const* const method = m_options.kind == PacketKind::Pes ? "SubscribeForPES" : "SubscribeForCaption";
-    m_session.Ask(method, [&] {
-        subscription.emplace(subscriber, m_options.kind, [this](Packet const& packet) { Take(packet); });
-        return true;
-    });
-    m_traffic = Traffic();
 }
 
 /// Where the service is gone there is nobody to tell.
@@ -79,6 +78,13 @@ void Stream::Take(Packet const& packet)
         }
     } catch (Failure const& failure) {
         Fail(failure);
+    }
+}
+
+void Stream::Complain(EndpointWatch& endpoint)
+{
+    for (std::string const& complaint : endpoint.TakeComplaints()) {
+        Say(complaint);
     }
 }
 

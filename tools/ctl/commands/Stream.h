@@ -4,6 +4,7 @@
 #include "output/LiveLine.h"
 #include "output/OutputFile.h"
 #include "output/Traffic.h"
+#include "session/EndpointWatch.h"
 #include "session/Loop.h"
 #include "session/ServiceWatch.h"
 #include "session/Session.h"
@@ -35,9 +36,9 @@ public:
     ExitCode Run();
 
 private:
-    void Subscribe(std::optional<Subscription>& subscription);
     void Unsubscribe(Subscription& subscription);
     void Take(Packet const& packet);
+    void Complain(EndpointWatch& endpoint);
     void OnSecond();
     bool HasSourceEnded();
     void TellSilence();

@@ -6,6 +6,7 @@
 #include "session/Explanations.h"
 
 #include <csignal>
+#include <cstdio>
 #include <unistd.h>
 
 namespace zviptv::ctl {
@@ -42,8 +43,10 @@ void Watch::Connect()
         return; // to release may have taken as long
     }
     try {
-        Introduce();
+        std::string const introduction = Introduce();
         Subscribe();
+        Say("connected", introduction);
+        Say("subscribed", "subscribed to PES packets");
         m_state = State::Connected;
         m_trouble.reset();
     } catch (Failure const& failure) {
@@ -52,7 +55,7 @@ void Watch::Connect()
     }
 }
 
-void Watch::Introduce()
+std::string Watch::Introduce()
 {
     auto& player = m_session.Get<IPlayerControl>();
     m_player = &player;
@@ -66,25 +69,32 @@ void Watch::Introduce()
     bool const hasClock = m_session.Ask("GetSTCCount", [&] { return player.GetSTCCount(stc); });
     bool const hasStart =
         m_session.Ask("GetFirstPTS", [&] { return player.GetFirstPTS(pts, denominator, numerator, now); });
-    Say("connected", "connected: source " + LowerName(state) + ", STC " +
-                         (hasClock ? std::to_string(stc) : "-") + ", first PTS " +
-                         (hasStart ? std::to_string(pts) : "-"));
+    return "connected: source " + LowerName(state) + ", STC " + (hasClock ? std::to_string(stc) : "-") +
+           ", first PTS " + (hasStart ? std::to_string(pts) : "-");
 }
 
 void Watch::Subscribe()
 {
-    auto& subscriber = m_session.Get<IIPTVDataSubscriber>();
-    m_session.Ask("SubscribeForPES", [&] {
-        m_subscription.emplace(subscriber, PacketKind::Pes, [this](Packet const& packet) {
-            m_traffic.Add(packet.pid.value_or(0), packet.data.size());
-        });
-        return true;
-    });
-    Say("subscribed", "subscribed to PES packets");
+    m_endpoint.emplace(m_session.Connection());
+    ctl::Subscribe(
+        m_session, PacketKind::Pes,
+        [this](Packet const& packet) { m_traffic.Add(packet.pid.value_or(0), packet.data.size()); },
+        m_subscription);
+    m_endpoint->Follow([this] { OnEndpointClosed(); });
+}
+
+void Watch::Complain()
+{
+    if (m_endpoint) {
+        for (std::string const& complaint : m_endpoint->TakeComplaints()) {
+            SayTrouble(complaint);
+        }
+    }
 }
 
 void Watch::Tick()
 {
+    Complain();
     if (IsOver()) {
         return;
     }
@@ -100,6 +110,7 @@ void Watch::Tick()
 /// At the deadline, unless the service keeps silent: then it has held up the command long enough.
 void Watch::LastTick()
 {
+    Complain();
     if (m_state == State::Connected && !m_isEnding && !m_session.Hangs()) {
         m_traffic.Measure();
         Report();
@@ -149,6 +160,15 @@ void Watch::OnService(ServiceWatch::Event event)
     } else if (event == ServiceWatch::Event::Gone && m_state == State::Connected) {
         m_state = State::Losing;
         Say("lost", "the service left the bus: no more PES packets come");
+    }
+}
+
+/// Each further second tries to connect again: the helper bus may name another connection by then.
+void Watch::OnEndpointClosed()
+{
+    if (m_state == State::Connected) {
+        m_state = State::Away;
+        Tell(Failure(ExitCode::NoService, EndpointClosed(m_endpoint->Name())));
     }
 }
 
@@ -241,9 +261,18 @@ ExitCode Watch::Conclude()
 void Watch::Tell(Failure const& trouble)
 {
     if (!m_trouble || std::string(m_trouble->what()) != trouble.what()) {
-        Say("trouble", trouble.what());
+        SayTrouble(trouble.what());
     }
     m_trouble = trouble;
+}
+
+/// Also to standard error; a terminal shows it once.
+void Watch::SayTrouble(std::string const& text)
+{
+    Say("trouble", text);
+    if (!m_live.IsTerminal()) {
+        std::fprintf(stderr, "zviptvctl: %s\n", PrintableText(text).c_str());
+    }
 }
 
 void Watch::Say(char const* event, std::string const& text)

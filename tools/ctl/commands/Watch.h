@@ -4,6 +4,7 @@
 #include "output/LiveLine.h"
 #include "output/OutputFile.h"
 #include "output/PidTraffic.h"
+#include "session/EndpointWatch.h"
 #include "session/Loop.h"
 #include "session/ServiceWatch.h"
 #include "session/Session.h"
@@ -43,12 +44,14 @@ private:
     };
 
     void Connect();
-    void Introduce();
+    std::string Introduce();
     void Subscribe();
+    void Complain();
     void Tick();
     void LastTick();
     void Report();
     void OnService(ServiceWatch::Event event);
+    void OnEndpointClosed();
     void OnEvents();
     bool IsPlayerControlGone() const;
     void TellLoss();
@@ -59,6 +62,7 @@ private:
     ExitCode Conclude();
 
     void Tell(Failure const& trouble);
+    void SayTrouble(std::string const& text);
     void Say(char const* event, std::string const& text);
     void Write(Json::Value const& json, std::string const& text);
 
@@ -74,6 +78,7 @@ private:
     std::optional<std::chrono::steady_clock::time_point> m_deadline;
     std::optional<Failure> m_trouble; ///< of the latest look at the service
     std::optional<Failure> m_writeFailure;
+    std::optional<EndpointWatch> m_endpoint;
     std::optional<Subscription> m_subscription;
     PidTraffic m_traffic;
     IPlayerControl* m_player = nullptr; ///< valid also when it has destroyed itself

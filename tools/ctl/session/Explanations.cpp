@@ -29,6 +29,12 @@ std::string UnreadableNotification(std::exception const& error)
     return std::string("a notification cannot be read: ") + (isTold ? failure.message : error.what());
 }
 
+std::string EndpointClosed(std::string const& name)
+{
+    return std::string("the service closed the connection ") + name + " of its endpoint " +
+           protocol::type::DataSubscriber + ": no more pushes come; restart the service";
+}
+
 std::string ForbiddenByPolicy()
 {
     return "the bus's policy does not let this user call the service (AccessDenied): be a member of the "

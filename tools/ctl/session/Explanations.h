@@ -11,6 +11,9 @@ namespace zviptv::ctl {
 /// Why a notification cannot be read, after the library threw `error`.
 std::string UnreadableNotification(std::exception const& error);
 
+/// The endpoint, the connection of this name, was closed, and the service runs on.
+std::string EndpointClosed(std::string const& name);
+
 /// The bus does not let this user call the service.
 std::string ForbiddenByPolicy();
 

@@ -1,18 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "ServiceWatch.h"
 
-#include <zviptv/ConnectionHelperDBusClient.h>
-
 #include <utility>
 
 namespace zviptv::ctl {
 
-ServiceWatch::ServiceWatch(GDBusConnection* connection, Handler handler)
+ServiceWatch::ServiceWatch(GDBusConnection* connection, Handler handler, char const* name)
     : m_connection(connection), m_handler(std::move(handler)),
       m_closed(g_signal_connect(connection, "closed", G_CALLBACK(OnClosed), this)),
-      m_watch(g_bus_watch_name_on_connection(connection, CConnectionHelperDBusClient::BUSNAME,
-                                             G_BUS_NAME_WATCHER_FLAGS_NONE, OnAppeared, OnVanished, this,
-                                             nullptr))
+      m_watch(g_bus_watch_name_on_connection(connection, name, G_BUS_NAME_WATCHER_FLAGS_NONE, OnAppeared,
+                                             OnVanished, this, nullptr))
 {
 }
 

@@ -3,6 +3,8 @@
 
 #include "glib/Owned.h"
 
+#include <zviptv/ConnectionHelperDBusClient.h>
+
 #include <functional>
 
 namespace zviptv::ctl {
@@ -19,8 +21,9 @@ public:
     };
     using Handler = std::function<void(Event event)>;
 
-    /// The first event, soon, tells how it is now.
-    ServiceWatch(GDBusConnection* connection, Handler handler);
+    /// The first event, soon, tells how it is now. Another `name` is that of a part of the service.
+    ServiceWatch(GDBusConnection* connection, Handler handler,
+                 char const* name = CConnectionHelperDBusClient::BUSNAME);
     ~ServiceWatch();
 
     ServiceWatch(ServiceWatch const&) = delete;

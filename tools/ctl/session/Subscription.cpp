@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Subscription.h"
 
+#include "Session.h"
 #include "output/Failure.h"
 
 #include <chrono>
@@ -84,6 +85,20 @@ void Subscription::WaitForNextSecond()
     std::this_thread::sleep_until(std::chrono::system_clock::from_time_t(present + 1));
     while (std::time(nullptr) == present) { // this clock may be some milliseconds late
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+}
+
+void Subscribe(Session& session, PacketKind kind, Subscription::Handler handler,
+               std::optional<Subscription>& place)
+{
+    std::string const method = kind == PacketKind::Pes ? "SubscribeForPES" : "SubscribeForCaption";
+    auto& subscriber = session.Get<IIPTVDataSubscriber>();
+    bool const isAccepted = session.Ask(method, [&] {
+        place.emplace(subscriber, kind, std::move(handler));
+        return ZVGetLastFailure().kind == ZV_FAILURE_NONE;
+    });
+    if (!isAccepted) {
+        throw Failure(ExitCode::Refused, method + ": " + ZVGetLastFailure().message);
     }
 }
 

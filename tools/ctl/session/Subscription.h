@@ -54,4 +54,11 @@ private:
     int m_key = 0;
 };
 
+class Session;
+
+/// Puts a subscription at the session's object into `place`. Throws a Failure where the service does not take
+/// it.
+void Subscribe(Session& session, PacketKind kind, Subscription::Handler handler,
+               std::optional<Subscription>& place);
+
 } // namespace zviptv::ctl
