@@ -44,8 +44,10 @@ expect 'zviptvctl guide' -- '--help --help-all --id --json --log --profile'
 expect 'zviptvctl pes' --c --count
 expect 'zviptvctl pes --out' '' 'film.scenario guide.xml one.ts two.ts'
 expect 'zviptvctl pes --out' t two.ts
+expect 'zviptvctl pes --ts' o one.ts
+expect 'zviptvctl pes --es' --o --out
 expect 'zviptvctl pes --count 3 --o' --o --out
-expect 'zviptvctl pes --count 3' -- '--count --help --help-all --id --json --log --out --pid --profile --seconds'
+expect 'zviptvctl pes --count 3' -- '--count --es --help --help-all --id --json --log --out --pid --profile --seconds --ts'
 expect 'zviptvctl mute' '' 'audio video'
 expect 'zviptvctl mute audio' '' 'off on'
 expect 'zviptvctl captions select' c caption

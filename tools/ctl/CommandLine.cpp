@@ -6,8 +6,6 @@
 #include "commands/Arguments.h"
 #include "commands/Commands.h"
 #include "commands/Methods.h"
-#include "commands/Stream.h"
-#include "commands/Watch.h"
 #include "common/UsageText.h"
 #include "doctor/Doctor.h"
 #include "output/OutputFile.h"
@@ -18,14 +16,6 @@
 namespace zviptv::ctl {
 
 namespace {
-
-constexpr std::uint64_t LargestPid = 0x1FFF;
-constexpr unsigned PidBits = 13;
-
-std::optional<std::chrono::milliseconds> Duration(std::string const& text, std::string const& command)
-{
-    return text.empty() ? std::nullopt : std::optional(ParseSeconds(text, {command, "--seconds"}));
-}
 
 /// What `call` got beyond its arguments: too many of them, or an option that it does not have.
 void AppendExtras(std::vector<std::string> const& extras, std::vector<std::string>& texts)
@@ -174,65 +164,6 @@ void CommandLine::AddCommand(CLI::App& parent, Command const& command)
         m_action = [this, &command, texts] {
             return m_invocation.AnswerWith(
                 [&](Session& session) { return command.run(session, CommandArguments(command, *texts)); });
-        };
-    });
-}
-
-void CommandLine::AddStream(char const* name, char const* help, bool isPes)
-{
-    struct Given
-    {
-        std::string count;
-        std::string seconds;
-        std::string out;
-        std::string pid;
-    };
-    auto const given = std::make_shared<Given>();
-    CLI::App* const app = m_app.add_subcommand(name, help);
-    AddGlobalOptions(*app);
-    app->footer(help::StreamFooter);
-    app->add_option("--count", given->count, "End after N packets")->type_name("N");
-    app->add_option("--seconds", given->seconds, "End after S seconds")->type_name("S");
-    app->add_option("--out", given->out,
-                    "Write the payloads to FILE, one after another; - writes them to "
-                    "standard output, and no lines")
-        ->type_name("FILE");
-    if (isPes) {
-        app->add_option("--pid", given->pid, "Packets of this PID only, 0 to 0x1FFF")->type_name("P");
-    }
-    app->callback([=] {
-        m_answersOnce = false;
-        m_action = [=] {
-            StreamOptions options;
-            options.kind = isPes ? PacketKind::Pes : PacketKind::Caption;
-            options.duration = Duration(given->seconds, name);
-            options.out = given->out;
-            options.asJson = m_invocation.asJson;
-            if (!given->count.empty()) {
-                options.count = ParseCount(given->count, {name, "--count"});
-            }
-            if (!given->pid.empty()) {
-                options.pid = static_cast<std::uint16_t>(
-                    ParseUnsigned(given->pid, LargestPid, PidBits, {name, "--pid"}));
-            }
-            return m_invocation.RunWith([&](Session& session) { return Stream(session, options).Run(); });
-        };
-    });
-}
-
-void CommandLine::AddWatch()
-{
-    auto const seconds = std::make_shared<std::string>();
-    CLI::App* const app =
-        m_app.add_subcommand("watch", "Watch the service as a long-living application sees it");
-    AddGlobalOptions(*app);
-    app->footer(help::WatchFooter);
-    app->add_option("--seconds", *seconds, "End after S seconds")->type_name("S");
-    app->callback([this, seconds] {
-        m_answersOnce = false;
-        m_action = [this, seconds] {
-            WatchOptions const options{Duration(*seconds, "watch"), m_invocation.asJson};
-            return m_invocation.RunWith([&](Session& session) { return Watch(session, options).Run(); });
         };
     });
 }

@@ -61,9 +61,11 @@ constexpr char const* StreamFooter =
     R"(Each packet is a line: "audio pid=0x0101 pts=133200 size=2048", or with --json
 {"pid":257,"pts":133200,"size":2048,"type":2}. Captions have neither pid nor pts.
 The types are those of EZVPESType: 0 other, 1 video, 2 audio, 3 subtitle,
-4 teletext, 5 caption. A summary follows on standard error. Ctrl-C ends the
-subscription and the command with exit code 0. The end of the source does not;
-standard error tells it once, and once that nothing has come for 5 seconds.
+4 teletext, 5 caption. The file of --out has PES packets with their headers, which
+most players do not read; they read that of --es or --ts. A summary follows on
+standard error. Ctrl-C ends the subscription and the command with exit code 0. The
+end of the source does not; standard error reports it once, and once that nothing
+has come for 5 seconds.
 Standard error also reports why nothing can come: the service refuses the
 subscription (exit code 1), it closes the connection of the endpoint (3), or its
 pushes have another sender, object or form than the library accepts.

@@ -23,7 +23,7 @@ Stream::Stream(Session& session, StreamOptions options)
     : m_session(session), m_options(std::move(options)), m_lines("-"), m_live(STDERR_FILENO)
 {
     if (!m_options.out.empty()) {
-        m_payloads.emplace(m_options.out);
+        m_file.emplace(m_options.out, m_options.form);
     }
 }
 
@@ -66,7 +66,7 @@ void Stream::Unsubscribe(Subscription& subscription)
 // A packet may come with the same batch of events after the end.
 void Stream::Take(Packet const& packet)
 {
-    if (m_ended || (m_options.pid && packet.pid != m_options.pid)) {
+    if (m_ended || (!m_options.pids.empty() && m_options.pids.count(packet.pid.value_or(0)) == 0)) {
         return;
     }
     m_traffic.Add(packet.data.size());
@@ -124,10 +124,10 @@ bool Stream::HasSourceEnded()
 /// False when nobody reads the output any more.
 bool Stream::Write(Packet const& packet)
 {
-    if (m_payloads && !m_payloads->Write(packet.data.data(), packet.data.size())) {
+    if (m_file && !m_file->Write(packet)) {
         return false;
     }
-    if (m_payloads && m_payloads->IsStandardOutput()) {
+    if (m_file && m_file->IsStandardOutput()) {
         return true;
     }
     m_live.Erase();
@@ -176,8 +176,10 @@ ExitCode Stream::Conclude()
     if (m_failure) {
         throw *m_failure;
     }
-    if (m_payloads) {
-        m_payloads->Close();
+    if (m_file) {
+        for (std::string const& complaint : m_file->Close()) {
+            Say(complaint);
+        }
     }
     if (m_unreadable > 0) {
         throw Failure(ExitCode::Malformed, Counted(m_unreadable, "notification") + " could not be read");

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "PacketFile.h"
 #include "output/LiveLine.h"
 #include "output/OutputFile.h"
 #include "output/Traffic.h"
@@ -12,6 +13,7 @@
 
 #include <chrono>
 #include <optional>
+#include <set>
 #include <string>
 
 namespace zviptv::ctl {
@@ -21,8 +23,9 @@ struct StreamOptions
     PacketKind kind = PacketKind::Pes;
     std::optional<std::uint64_t> count;
     std::optional<std::chrono::milliseconds> duration;
-    std::optional<std::uint16_t> pid;
-    std::string out; ///< file for the payloads, "-" for standard output instead of lines; empty for none
+    std::set<std::uint16_t> pids; ///< empty for all
+    std::string out;              ///< file, "-" for standard output instead of lines; empty for none
+    PacketFile::Form form = PacketFile::Form::Packets; ///< of the file
     bool asJson = false;
 };
 
@@ -53,7 +56,7 @@ private:
     Session& m_session;
     StreamOptions const m_options;
     OutputFile m_lines;
-    std::optional<OutputFile> m_payloads;
+    std::optional<PacketFile> m_file;
     LiveLine m_live;
     Loop m_loop;
     Traffic m_traffic;

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "StreamCoding.h"
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <set>
+#include <vector>
+
+namespace zviptv::ctl {
+
+/// Packs PES packets into a transport stream with one programme. A stream begins with the first packet that
+/// shows its coding; PAT and PMT come before it, and again every 100 ms. The PCR has a separate PID and is 1
+/// s before the latest DTS of video or audio.
+class TransportStream
+{
+public:
+    using Bytes = std::vector<std::uint8_t>;
+
+    static constexpr std::uint16_t PmtPid = 0x1FFD;
+    static constexpr std::uint16_t PcrPid = 0x1FFE;
+
+    /// The transport packets for a PES packet whose header this is; `type` is an EZVPESType.
+    Bytes Pack(std::uint16_t pid, std::int32_t type, PesHeader const& header, Bytes const& packet);
+
+    /// PIDs of which no packet has shown the coding, and those that PAT, PMT, PCR and null packets occupy.
+    std::set<std::uint16_t> const& LeftOut() const { return m_leftOut; }
+
+private:
+    bool Admit(std::uint16_t pid, std::int32_t type, PesHeader const& header, Bytes const& packet);
+    void AddTables(Bytes& out);
+    void AddSection(std::uint16_t pid, Bytes section, Bytes& out);
+    void AddUnit(std::uint16_t pid, Bytes const& unit, Bytes& out, std::optional<std::uint64_t> clock = {});
+    std::size_t AddPart(std::uint16_t pid, Bytes const& unit, std::size_t begin, Bytes& out);
+    void AddClock(std::uint64_t clock, bool isDiscontinuous, Bytes& out);
+
+    std::map<std::uint16_t, StreamCoding> m_streams;
+    std::set<std::uint16_t> m_leftOut;
+    std::map<std::uint16_t, std::uint8_t> m_counters;
+    std::uint8_t m_version = 0;
+    bool m_hasClockedStream = false;         ///< video or audio
+    std::optional<std::uint64_t> m_reached;  ///< latest DTS of them, less 1 s
+    std::uint64_t m_clock = 0;               ///< the last PCR
+    std::optional<std::uint64_t> m_tablesAt; ///< the clock when the tables were written last
+};
+
+} // namespace zviptv::ctl
