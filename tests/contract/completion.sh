@@ -33,6 +33,7 @@ expect() {
 
 expect zviptvctl st status
 expect zviptvctl doc doctor
+expect zviptvctl ba batch
 expect zviptvctl ca 'call caption captions'
 expect zviptvctl --js --json
 expect 'zviptvctl --profile 2 --json' mu mute

@@ -56,11 +56,12 @@ std::string TakeOutput()
     return text;
 }
 
-/// `watch` would wait for a service, `doctor` ask the machine's bus, `--out` write files.
+/// `watch` would wait for a service, `doctor` ask the machine's bus, `batch` read the input, `--out` and
+/// `--ts` write files.
 bool IsHarmless(std::string const& argument)
 {
     auto const has = [&](char const* text) { return argument.find(text) != std::string::npos; };
-    return !has("watch") && !has("doctor") && !has("--out");
+    return !has("watch") && !has("doctor") && !has("batch") && !has("--out") && !has("--ts");
 }
 
 void Check(ExitCode code, std::string const& output, std::string const& errors, bool asJson)

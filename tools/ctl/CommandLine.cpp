@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "CommandLine.h"
 
+#include "Batch.h"
 #include "HelpTexts.h"
 #include "UsageReport.h"
 #include "commands/Arguments.h"
@@ -10,12 +11,24 @@
 #include "doctor/Doctor.h"
 #include "output/OutputFile.h"
 
+#include <algorithm>
 #include <csignal>
+#include <iostream>
 #include <utility>
 
 namespace zviptv::ctl {
 
 namespace {
+
+/// What was given for the arguments.
+std::vector<std::string> TextsOf(std::vector<CLI::Option const*> const& arguments)
+{
+    std::vector<std::string> texts;
+    for (CLI::Option const* argument : arguments) {
+        texts.insert(texts.end(), argument->results().begin(), argument->results().end());
+    }
+    return texts;
+}
 
 /// What `call` got beyond its arguments: too many of them, or an option that it does not have.
 void AppendExtras(std::vector<std::string> const& extras, std::vector<std::string>& texts)
@@ -50,6 +63,7 @@ CommandLine::CommandLine() : m_app(help::Program, "zviptvctl")
     AddDoctor();
     AddSimulator();
     AddCommands();
+    AddBatch();
     AddHelp();
 }
 
@@ -68,7 +82,30 @@ ExitCode CommandLine::Run(int argc, char const* const* argv)
             return ExitCode::Accepted;
         };
     }
+    if (m_question) {
+        m_action = [this] { return m_invocation.AnswerWith(m_question); };
+    }
     return m_invocation.Perform(m_action, m_answersOnce);
+}
+
+CommandLine::Question CommandLine::Read(Invocation const& options, std::vector<std::string> words)
+{
+    m_invocation = options;
+    m_listsMethods = false;
+    m_question = nullptr;
+    std::reverse(words.begin(), words.end()); // as the parser takes them
+    try {
+        m_app.parse(words);
+    } catch (CLI::ParseError const& error) {
+        if (error.get_exit_code() != static_cast<int>(CLI::ExitCodes::Success)) {
+            UsageError const usage = ExplainUsage(m_app, error);
+            throw Failure(ExitCode::Usage, usage.message + " ('" + usage.command + " --help' shows more)");
+        }
+    }
+    if (!m_question) {
+        throw Failure(ExitCode::Usage, "this command cannot run in a batch; run it by itself");
+    }
+    return m_question;
 }
 
 /// On every level, so that they may stand anywhere.
@@ -86,15 +123,13 @@ void CommandLine::AddGlobalOptions(CLI::App& app)
 }
 
 /// One option each: CLI11 would take "[a,b]" apart in an option of many values.
-CommandLine::Texts CommandLine::AddArguments(CLI::App& app, std::vector<CommandArgument> const& arguments)
+CommandLine::Arguments CommandLine::AddArguments(CLI::App& app, std::vector<CommandArgument> const& arguments)
 {
-    auto texts = std::make_shared<std::vector<std::string>>();
+    Arguments options;
     for (CommandArgument const& argument : arguments) {
-        app.add_option_function<std::string>(
-               argument.name, [texts](std::string const& text) { texts->push_back(text); }, argument.help)
-            ->type_name("");
+        options.push_back(app.add_option(argument.name, argument.help)->type_name(""));
     }
-    return texts;
+    return options;
 }
 
 void CommandLine::AddCall()
@@ -104,40 +139,38 @@ void CommandLine::AddCall()
     call->footer(help::CallFooter);
     call->allow_extras();
     call->add_flag("--list", m_listsMethods, "List the methods instead");
-    Texts const texts = AddArguments(*call, {{"METHOD", "Name of the method"},
-                                             {"ARG1", "Its first argument, if it takes any"},
-                                             {"ARG2", "Its second argument"},
-                                             {"ARG3", "Its third argument"},
-                                             {"ARG4", "Its fourth argument"},
-                                             {"ARG5", "Its fifth argument"}}); // GetProgram has most
-    call->callback([this, call, texts] {
-        m_action = [this, call, texts] {
-            AppendExtras(call->remaining(), *texts);
-            return Call(*texts);
+    Arguments const arguments = AddArguments(*call, {{"METHOD", "Name of the method"},
+                                                     {"ARG1", "Its first argument, if it takes any"},
+                                                     {"ARG2", "Its second argument"},
+                                                     {"ARG3", "Its third argument"},
+                                                     {"ARG4", "Its fourth argument"},
+                                                     {"ARG5", "Its fifth argument"}}); // GetProgram has most
+    call->callback([this, call, arguments] {
+        std::vector<std::string> texts = TextsOf(arguments);
+        m_question = [this, call, texts](Session& session) mutable {
+            AppendExtras(call->remaining(), texts);
+            return Call(session, texts);
         };
     });
 }
 
-ExitCode CommandLine::Call(std::vector<std::string> const& texts)
+Answer CommandLine::Call(Session& session, std::vector<std::string> const& texts) const
 {
     if (m_listsMethods) {
-        return m_invocation.AnswerWith([](Session&) { return ListMethods(); });
+        return ListMethods();
     }
     if (texts.empty()) {
         throw Failure(ExitCode::Usage, "call which method? 'zviptvctl methods' lists them");
     }
     std::vector<std::string> const arguments(texts.begin() + 1, texts.end());
-    Method const& method = FindMethod(texts.front(), arguments.size());
-    return m_invocation.AnswerWith([&](Session& session) { return CallMethod(method, session, arguments); });
+    return CallMethod(FindMethod(texts.front(), arguments.size()), session, arguments);
 }
 
 void CommandLine::AddMethods()
 {
     CLI::App* const methods = m_app.add_subcommand("methods", "List the methods of the interface");
     AddGlobalOptions(*methods);
-    methods->callback([this] {
-        m_action = [this] { return m_invocation.AnswerWith([](Session&) { return ListMethods(); }); };
-    });
+    methods->callback([this] { m_question = [](Session&) { return ListMethods(); }; });
 }
 
 void CommandLine::AddCommands()
@@ -156,14 +189,13 @@ void CommandLine::AddCommand(CLI::App& parent, Command const& command)
 {
     CLI::App* const app = parent.add_subcommand(command.name, command.help);
     AddGlobalOptions(*app);
-    Texts const texts = AddArguments(*app, command.arguments);
+    Arguments const arguments = AddArguments(*app, command.arguments);
     for (CommandArgument const& argument : command.arguments) {
         app->get_option(argument.name)->required();
     }
-    app->callback([this, &command, texts] {
-        m_action = [this, &command, texts] {
-            return m_invocation.AnswerWith(
-                [&](Session& session) { return command.run(session, CommandArguments(command, *texts)); });
+    app->callback([this, &command, arguments] {
+        m_question = [&command, texts = TextsOf(arguments)](Session& session) {
+            return command.run(session, CommandArguments(command, texts));
         };
     });
 }
@@ -181,6 +213,18 @@ void CommandLine::AddDoctor()
         ->type_name("GROUP");
     app->callback(
         [this, names] { m_action = [this, names] { return doctor::Run(*names, m_invocation.asJson); }; });
+}
+
+void CommandLine::AddBatch()
+{
+    CLI::App* const app = m_app.add_subcommand(
+        "batch", "Run commands from standard input, one a line, and answer each in JSON");
+    AddGlobalOptions(*app);
+    app->footer(help::BatchFooter);
+    app->callback([this] {
+        m_answersOnce = false;
+        m_action = [this] { return Batch(m_invocation).Run(std::cin); };
+    });
 }
 
 void CommandLine::AddHelp()

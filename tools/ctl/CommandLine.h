@@ -6,7 +6,6 @@
 #include <CLI/CLI.hpp>
 
 #include <functional>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -23,12 +22,22 @@ public:
 
     ExitCode Run(int argc, char const* const* argv);
 
+    /// Asks the service, and understands what it answers.
+    using Question = std::function<Answer(Session& session)>;
+
+    /// Reads the words of a command that gives one answer, with `options` unless they say otherwise. May be
+    /// called again and again. Throws a Failure for words that make no such command.
+    Question Read(Invocation const& options, std::vector<std::string> words);
+
+    /// The options of the command that was read last.
+    Invocation const& Options() const { return m_invocation; }
+
 private:
-    using Texts = std::shared_ptr<std::vector<std::string>>;
+    using Arguments = std::vector<CLI::Option const*>;
 
     void AddGlobalOptions(CLI::App& app);
     void AddCall();
-    ExitCode Call(std::vector<std::string> const& texts);
+    Answer Call(Session& session, std::vector<std::string> const& texts) const;
     void AddMethods();
     void AddCommands();
     void AddCommand(CLI::App& parent, Command const& command);
@@ -38,15 +47,17 @@ private:
     void AddSimulator();
     void AddSimulatorWatch(CLI::App& simulator);
     void AddTrace();
+    void AddBatch();
     void AddHelp();
     ExitCode Help(std::vector<std::string> words) const;
-    static Texts AddArguments(CLI::App& app, std::vector<CommandArgument> const& arguments);
+    static Arguments AddArguments(CLI::App& app, std::vector<CommandArgument> const& arguments);
 
     CLI::App m_app;
     Invocation m_invocation;
     bool m_listsMethods = false;
-    bool m_answersOnce = true; ///< the command answers with one JSON object
-    std::function<ExitCode()> m_action;
+    bool m_answersOnce = true;          ///< the command answers with one JSON object
+    Question m_question;                ///< of a command that gives one answer
+    std::function<ExitCode()> m_action; ///< of any other
 };
 
 } // namespace zviptv::ctl

@@ -102,7 +102,20 @@ busctl capture have written. A file that is damaged is read up to the damage, an
 the exit code is 5.
 )";
 
-constexpr char const* DoctorFooter = R"(One line a check, in the order in which they depend on each other: bus, accounts,
+constexpr char const* BatchFooter =
+    R"(Each line of standard input is a command with its arguments and options, quoted as
+in a shell; # begins a comment. Each command is answered at once by one line: the
+object of --json with two more members, "command", the line, and "exitCode". After
+exit codes other than 0 there is also "error". A command that fails does not end the
+batch. The exit code is that of the first command that failed, 0 if none has.
+
+All commands share one process and one session. Options of the batch hold for its
+commands. 'call', 'methods', 'status', 'rating' and the commands of audio, subtitle,
+ttx, captions, mute, unlock and guide can run in a batch.
+)";
+
+constexpr char const* DoctorFooter =
+    R"(One line a check, in the order in which they depend on each other: bus, accounts,
 policy, group, service, owner, main loop, protocol, endpoints, requests, version.
 Each is ok, wrong or unknown; unknown means that something else keeps it from
 being looked at. The lines below a check that is wrong say what it means for an

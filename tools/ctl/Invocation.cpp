@@ -27,17 +27,20 @@ void EchoLine(EZVLogPriority priority, char const* /*tag*/, char const* line, vo
 
 } // namespace
 
-ExitCode Invocation::RunWith(std::function<ExitCode(Session& session)> const& command) const
+Handle Invocation::Apply() const
 {
-    Handle const handle{
-        static_cast<IPTVProfile>(ParseArgument<std::int32_t>(profile, {"zviptvctl", "--profile"})),
-        ParseArgument<int>(id, {"zviptvctl", "--id"})};
     char const* const destination = std::getenv("ZV_IPTV_LOG");
     bool const isAskedFor = destination != nullptr && *destination != '\0';
     if (echoLog || !isAskedFor) {
         ZVSetLogSink(echoLog ? EchoLine : DropLine, nullptr);
     }
-    Session session(handle);
+    return {static_cast<IPTVProfile>(ParseArgument<std::int32_t>(profile, {"zviptvctl", "--profile"})),
+            ParseArgument<int>(id, {"zviptvctl", "--id"})};
+}
+
+ExitCode Invocation::RunWith(std::function<ExitCode(Session& session)> const& command) const
+{
+    Session session(Apply());
     return command(session);
 }
 

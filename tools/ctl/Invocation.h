@@ -17,6 +17,10 @@ struct Invocation
     std::string profile = "1";
     std::string id = "0";
 
+    /// What the options select. Sends the library's log where they say. Throws a Failure for what is no
+    /// handle.
+    Handle Apply() const;
+
     /// Runs a command that needs a session, and writes by itself.
     ExitCode RunWith(std::function<ExitCode(Session& session)> const& command) const;
 

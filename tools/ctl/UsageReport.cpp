@@ -34,7 +34,7 @@ std::string UsageMessage(CLI::App const& app, CLI::ParseError const& error)
 
 } // namespace
 
-ExitCode ReportUsage(CLI::App const& program, CLI::ParseError const& error)
+UsageError ExplainUsage(CLI::App const& program, CLI::ParseError const& error)
 {
     CLI::App const* app = &program;
     std::string command = "zviptvctl";
@@ -42,7 +42,13 @@ ExitCode ReportUsage(CLI::App const& program, CLI::ParseError const& error)
         app = app->get_subcommands().front();
         command += " " + app->get_name();
     }
-    std::cerr << command << ": " << UsageMessage(*app, error) << "\n'" << command << " --help' shows more\n";
+    return {command, UsageMessage(*app, error)};
+}
+
+ExitCode ReportUsage(CLI::App const& program, CLI::ParseError const& error)
+{
+    UsageError const usage = ExplainUsage(program, error);
+    std::cerr << usage.command << ": " << usage.message << "\n'" << usage.command << " --help' shows more\n";
     return ExitCode::Usage;
 }
 

@@ -5,7 +5,17 @@
 
 #include <CLI/CLI.hpp>
 
+#include <string>
+
 namespace zviptv::ctl {
+
+struct UsageError
+{
+    std::string command; ///< "zviptvctl audio", the last command that was understood
+    std::string message; ///< what is wrong with the words after it
+};
+
+UsageError ExplainUsage(CLI::App const& program, CLI::ParseError const& error);
 
 /// Writes what is wrong with the command line to standard error.
 ExitCode ReportUsage(CLI::App const& program, CLI::ParseError const& error);

@@ -38,27 +38,33 @@ ExitCode Answer::Code() const
     return !failures.empty() ? failures.front().Code() : result ? ExitCode::Accepted : ExitCode::Refused;
 }
 
-void Print(std::ostream& out, Answer const& answer, bool asJson)
+Json::Value JsonOf(Answer const& answer)
 {
-    if (!asJson) {
-        out << answer.text;
-        return;
-    }
     Json::Value json = answer.json;
     json["result"] = answer.Code() == ExitCode::Accepted;
     for (Failure const& failure : answer.failures) {
         std::string const former = json["error"].asString();
         json["error"] = ToJson((former.empty() ? "" : former + "; ") + failure.what());
     }
-    out << Compact(json) << '\n';
+    return json;
 }
 
-void PrintError(std::ostream& out, std::string const& message)
+Json::Value JsonOfError(std::string const& message)
 {
     Json::Value json(Json::objectValue);
     json["result"] = false;
     json["error"] = ToJson(message);
-    out << Compact(json) << '\n';
+    return json;
+}
+
+void Print(std::ostream& out, Answer const& answer, bool asJson)
+{
+    out << (asJson ? Compact(JsonOf(answer)) + "\n" : answer.text);
+}
+
+void PrintError(std::ostream& out, std::string const& message)
+{
+    out << Compact(JsonOfError(message)) << '\n';
 }
 
 } // namespace zviptv::ctl

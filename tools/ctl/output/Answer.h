@@ -34,6 +34,12 @@ struct Answer
 /// One line without control characters, also at its end.
 std::string Compact(Json::Value const& json);
 
+/// The members of the answer with "result", which is false after failures, and "error".
+Json::Value JsonOf(Answer const& answer);
+
+/// That of a command that failed: "result" false, and the message under "error".
+Json::Value JsonOfError(std::string const& message);
+
 /// The text, or the JSON object with "result" on one line, which is false after failures, and "error".
 void Print(std::ostream& out, Answer const& answer, bool asJson);
 

@@ -84,6 +84,12 @@ EventSource Loop::OnSignal(int number, EventSource::Work work)
     return EventSource(id, std::move(owned));
 }
 
+void Loop::RunPending()
+{
+    while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
+    }
+}
+
 void Loop::Run(ErrorHandler const& onError, Hook const& afterEvents)
 {
     while (!m_quitting) {

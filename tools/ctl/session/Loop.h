@@ -37,6 +37,9 @@ public:
     static EventSource Every(std::chrono::milliseconds interval, EventSource::Work work);
     static EventSource OnSignal(int number, EventSource::Work work);
 
+    /// Handles the events that are there, without waiting for any.
+    static void RunPending();
+
     /// Handles events until Quit(), and runs `afterEvents` whenever some were handled. What leaves an event's
     /// handler as an exception is given to `onError` and the loop goes on: so the library tells of
     /// notifications that it cannot read.

@@ -69,8 +69,8 @@ public:
     /// Throws a Failure that says what to do when there is no bus or no service. Get() does this itself.
     void Start();
 
-    /// After Start().
-    GDBusConnection* Connection() const { return m_bus->Connection(); }
+    /// Null before Start().
+    GDBusConnection* Connection() const { return m_bus ? m_bus->Connection() : nullptr; }
     Handle const& HandleOfCalls() const { return m_handle; }
 
     /// Whether the service is on the bus now.
