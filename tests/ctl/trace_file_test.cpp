@@ -23,7 +23,7 @@ protected:
         m_service.Answer("GetSTCCount", {{"result_internal", "1"}, {"stcCount", "4711"}});
         Start({"--out", file});
         Request("PLAYERCONTROL", Entries({{"functionname", "MuteAudio"}, {"onoff", "1"}}));
-        Request("PLAYERCONTROL", Entries({{"functionname", "GetSTCCount"}, {"a<b", "&\""}}));
+        Request("PLAYERCONTROL", Entries({{"functionname", "GetSTCCount"}, {"a<b\x1b", "&\""}}));
         for (char const* const pid : {"257", "257", "258"}) {
             Push(pid, "1234567890");
         }
@@ -148,8 +148,10 @@ TEST_F(TraceFileTest, DiagramsNeedNoOtherFilesAndEscapeWhatOthersSent)
         std::string text = ReadFile(InFolder(name));
         EXPECT_THAT(text, HasSubstr(">MuteAudio</text>"));
         EXPECT_THAT(text, HasSubstr(">3 packets</text>"));
-        EXPECT_THAT(text, HasSubstr("a&lt;b=&quot;&amp;\\&quot;&quot; ! unexpected key a&lt;b</text>"));
+        EXPECT_THAT(text,
+                    HasSubstr("a&lt;b\\x1b=&quot;&amp;\\&quot;&quot; ! unexpected key a&lt;b\\x1b</text>"));
         EXPECT_THAT(text, Not(HasSubstr("a<b")));
+        EXPECT_THAT(text, Not(HasSubstr("\x1b")));
         std::string const name_space = "http://www.w3.org/2000/svg";
         text.erase(text.find(name_space), name_space.size());
         EXPECT_THAT(text, Not(HasSubstr("://")));

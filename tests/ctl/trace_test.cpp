@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "TraceFixture.h"
 
+#include <chrono>
+#include <cstdio>
 #include <regex>
 #include <sstream>
 
@@ -130,18 +132,30 @@ TEST_F(TraceTest, ShowsWhatIsChosen)
     EXPECT_EQ(chosen({"--function", "GetAudio"}), 0U);
 }
 
+/// Sends as fast as the bus takes it, and says how fast that was.
 TEST_F(TraceTest, KeepsUpWithPushesWithoutLoss)
 {
     constexpr std::size_t count = 20'000;
     m_application.SetRecording(false);
-    Start({"--out", InFolder("flood.pcap")});
-    m_service.Peer().EmitMany({m_application.Name(), ChannelPath("IPTVDATASUBSCRIBER"),
-                               "org.corvel.zviptvapi.DbusCommunication", "SendSignal"},
-                              Entries({{"functionname", "PESCB"}, {"pesPID", "257"}, {"pesData", "12345"}}),
-                              count);
-    m_service.Peer().Sync();
-    EXPECT_EQ(Count(End().output, "\n"), count);
-    EXPECT_EQ(Count(RunCtl({"trace", "--in", InFolder("flood.pcap")}).output, " size=5\n"), count);
+    for (std::size_t const size : {std::size_t{188}, std::size_t{4'096}}) {
+        Start({"--out", InFolder("flood.pcap")});
+        auto const begin = std::chrono::steady_clock::now();
+        m_service.Peer().EmitMany(
+            {m_application.Name(), ChannelPath("IPTVDATASUBSCRIBER"),
+             "org.corvel.zviptvapi.DbusCommunication", "SendSignal"},
+            Entries({{"functionname", "PESCB"}, {"pesPID", "257"}, {"pesData", std::string(size, 'x')}}),
+            count);
+        m_service.Peer().Sync();
+        std::chrono::duration<double> const sent = std::chrono::steady_clock::now() - begin;
+        std::string const end = " size=" + std::to_string(size) + "\n";
+        std::size_t const shown = Count(End().output, end);
+        std::chrono::duration<double> const all = std::chrono::steady_clock::now() - begin;
+        EXPECT_EQ(shown, count);
+        EXPECT_EQ(Count(RunCtl({"trace", "--in", InFolder("flood.pcap")}).output, end), count);
+        std::printf(
+            "%zu pushes of %zu bytes: sent in %.2f s, recorded and shown after %.2f s, %.0f a second\n",
+            count, size, sent.count(), all.count(), static_cast<double>(count) / all.count());
+    }
 }
 
 TEST_F(TraceTest, EndsWhenTheBusDoesAfterShowingEverything)

@@ -17,12 +17,13 @@ dictionary_of() {
 
 # Its end status is in the log's last line.
 run_target() {
-    local target=$1 status=0 dictionary options=()
+    local target=$1 status=0 dictionary limit=128 options=()
     dictionary=$here/dictionaries/$(dictionary_of "$target").dict
     [ -f "$dictionary" ] && options+=("-dict=$dictionary")
+    [ "$target" != capture ] || limit=256 # libpcap makes room for a message of 128 MiB when one is announced
     mkdir -p "$build/corpus/$target" "$build/findings" "$build/logs"
     "$build/tests/fuzz/fuzz_$target" "${options[@]}" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=1024 \
-        -malloc_limit_mb=128 -max_len=65536 -artifact_prefix="$build/findings/$target-" \
+        -malloc_limit_mb="$limit" -max_len=65536 -artifact_prefix="$build/findings/$target-" \
         "$build/corpus/$target" "$here/corpus/$target" >"$build/logs/$target.log" 2>&1 || status=$?
     printf '\nexit status %d\n' "$status" >>"$build/logs/$target.log"
 }

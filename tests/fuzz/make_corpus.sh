@@ -182,6 +182,16 @@ root=$here/../..
 cmake --build "$build" --target record_messages stream_seeds zviptv-sim zviptvctl
 "$build/tools/sim/zviptv-sim" --ts "$root/samples/sample.ts" --loop --guide "$root/samples/sample.xml" \
     --time 1774735200 --rating-limit 12 -- "$0" "$build" record
+# Captures of a short session.
+capture_seeds() {
+    mkdir -p "$corpus/capture"
+    for format in pcap pcapng; do
+        "$build/tools/sim/zviptv-sim" --quiet --record "$corpus/capture/session.$format" --ts "$root/samples/sample.ts" \
+            --fault MuteVideo=error --fault MuteAudio=result:0 -- sh -c '"$1" call MuteAudio true; "$1" call MuteVideo true
+            "$1" call GetAudio 0; "$1" pes --count 1' sh "$build/tools/ctl/zviptvctl" || true
+    done
+}
+capture_seeds
 "$build/tests/fuzz/stream_seeds" "$corpus" "$root/samples/sample.ts"
 text_seeds
 dictionaries

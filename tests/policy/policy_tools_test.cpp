@@ -99,4 +99,18 @@ TEST_F(PolicyToolsTest, TheSimulatorSaysThatItMayNotOwnTheName)
     EXPECT_THAT(simulator->Errors(), AllOf(HasSubstr(helperName), HasSubstr("policy")));
 }
 
+/// The bus decides: root may, others learn what to do.
+TEST_F(PolicyToolsTest, OnlyRootMayTraceTheBus)
+{
+    auto const asRoot = Run(root, {ZVIPTV_CTL, "trace", "--seconds", "0.1"});
+    EXPECT_EQ(asRoot->Wait(patience), (ExitStatus{0, 0})) << asRoot->Errors();
+    for (Account const& account : {service, application, stranger}) {
+        auto const refused = Run(account, {ZVIPTV_CTL, "trace"});
+        EXPECT_EQ(refused->Wait(patience), (ExitStatus{4, 0}));
+        EXPECT_THAT(refused->Errors(),
+                    AllOf(HasSubstr("refuses to be watched: "),
+                          HasSubstr("; run this command as root, or as the user who runs the bus\n")));
+    }
+}
+
 } // namespace zviptv::test

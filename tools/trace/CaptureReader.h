@@ -24,7 +24,7 @@ public:
 class CaptureReader
 {
 public:
-    /// Opens the file and reads its head. @throws CaptureError if it is no capture of D-Bus messages
+    /// Opens the file and reads its head. @throws CaptureError if it is not a capture of D-Bus messages
     explicit CaptureReader(CaptureInput input);
     ~CaptureReader();
 

@@ -17,7 +17,7 @@ struct Exchange
     {
         Request,
         Announcement,
-        ProcessQuestion ///< to the bus: which process is behind a name?
+        ProcessQuestion ///< to the bus: which process owns a name?
     };
 
     Kind kind = Kind::Request;

@@ -45,13 +45,13 @@ std::string FullText(Event const& event)
     if (event.application != nullptr) {
         text += "\n" + ApplicationText(*event.application);
     }
-    text += "\n" + event.endpoint + (event.endpoint.empty() ? "" : " ") + SubjectText(event);
+    text += "\n" + EscapeText(event.endpoint) + (event.endpoint.empty() ? "" : " ") + SubjectText(event);
     text += "\n" + DetailText(event, FullLimit);
     if (event.latency) {
         text += "\nlatency " + LatencyText(*event.latency);
     }
     for (std::string const& problem : event.problems) {
-        text += "\nproblem: " + problem;
+        text += "\nproblem: " + EscapeText(problem);
     }
     return text;
 }
@@ -64,7 +64,7 @@ void DiagramRows::Add(Event const& event)
                             (event.kind == EventKind::Request || event.kind == EventKind::Reply) &&
                             event.isFromService == (event.kind == EventKind::Request);
     if (isQuestion) {
-        return; // whether the application keeps up is no part of what it does
+        return; // whether the application keeps up is not part of what it does
     }
     if (m_rows.size() >= MostRows) {
         ++m_leftOut;
@@ -143,7 +143,7 @@ void DiagramRows::AddMessage(Event const& event, std::size_t lane)
     row.detail = DetailText(event, DetailLimit);
     row.latency = event.latency ? LatencyText(*event.latency) : "";
     if (!event.problems.empty()) {
-        row.detail += " ! " + Join(event.problems, "; ");
+        row.detail += " ! " + EscapeText(Join(event.problems, "; "));
     }
 }
 

@@ -45,7 +45,6 @@ private:
     std::unique_ptr<trace::ProcessNames> m_processes; ///< of a live bus
     trace::Conversation m_conversation;
     std::uint64_t m_shown = 0;
-    std::uint64_t m_cut = 0;      ///< messages of the file that were not recorded whole
     bool m_isRead = true;         ///< somebody reads what is printed
     std::exception_ptr m_failure; ///< of a handler
 };

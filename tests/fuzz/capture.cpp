@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: MIT
+#include "Fuzz.h"
+#include "trace/CaptureReader.h"
+#include "trace/Conversation.h"
+#include "trace/EventText.h"
+#include "trace/SequenceDiagram.h"
+#include "trace/TraceSummary.h"
+
+#include "output/Answer.h"
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+// Any bytes as a capture file, and what all outputs of zviptvctl trace make of it.
+
+using namespace zviptv;
+using zviptv::fuzz::Require;
+
+namespace {
+
+/// A file in memory with a name.
+class File
+{
+public:
+    File(std::uint8_t const* data, std::size_t size) : m_descriptor(memfd_create("capture", MFD_CLOEXEC))
+    {
+        Require(write(m_descriptor, data, size) == static_cast<ssize_t>(size), "the input is written");
+    }
+    ~File() { close(m_descriptor); }
+    File(File const&) = delete;
+    File& operator=(File const&) = delete;
+
+    std::string Path() const { return "/proc/self/fd/" + std::to_string(m_descriptor); }
+
+private:
+    int const m_descriptor;
+};
+
+struct Outputs
+{
+    ctl::SequenceDiagram diagram;
+    ctl::TraceSummary summary;
+
+    void Add(trace::Event const& event)
+    {
+        std::string const line = ctl::LineText(event);
+        Require(fuzz::IsUtf8(line) && !fuzz::HasControls(line), "a line is one line of text");
+        Require(fuzz::IsJsonLine(ctl::Compact(trace::ToJson(event))), "an event is a line of JSON");
+        diagram.Add(event);
+        summary.Add(event);
+    }
+
+    void End(trace::Counts const& counts) const
+    {
+        Require(fuzz::IsUtf8(diagram.Svg()) && fuzz::IsUtf8(diagram.Html()), "diagrams are text");
+        Require(fuzz::IsUtf8(summary.Text(counts)), "a summary is text");
+        Require(fuzz::IsJsonLine(ctl::Compact(summary.ToJson(counts))), "a summary is a line of JSON");
+    }
+};
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
+{
+    File const file(data, size);
+    trace::Conversation conversation;
+    Outputs outputs;
+    std::uint64_t events = 0;
+    try {
+        trace::CaptureReader reader({file.Path()});
+        for (trace::Message message; reader.Next(message);) {
+            Require(message.bytes.size() <= size, "no more is read than is there");
+            if (auto const event = conversation.Add(message)) {
+                ++events;
+                outputs.Add(*event);
+            }
+        }
+    } catch (trace::CaptureError const& error) {
+        Require(std::string_view(error.what()).substr(0, 12) == "cannot read ", "the error says what failed");
+    }
+    trace::Counts const& counts = conversation.Count();
+    Require(counts.messages == events + counts.foreign + counts.malformed, "every message counts once");
+    outputs.End(counts);
+    return 0;
+}
