@@ -8,7 +8,6 @@
 using namespace zviptv::test;
 using testing::HasSubstr;
 using testing::Not;
-using testing::StartsWith;
 
 namespace {
 

@@ -7,9 +7,7 @@
 #include <sstream>
 
 using namespace zviptv::test;
-using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::MatchesRegex;
 
 namespace {

@@ -131,6 +131,23 @@ TEST_F(CaptureReaderTest, WhatComesBeforeTheCutIsRead)
     }
 }
 
+TEST_F(CaptureReaderTest, TimesAreBetweenTheYears1970And9999)
+{
+    std::string const path = m_folder / "times.pcapng";
+    {
+        CaptureWriter writer(path, "test");
+        writer.Write({0x7fffffffffffffff, "late"});
+        writer.Write({5, "early"});
+    }
+    CaptureReader reader({path});
+    Message message;
+    ASSERT_TRUE(reader.Next(message));
+    EXPECT_GE(message.time, 253'402'300'799'000'000);
+    EXPECT_LE(message.time, 253'402'300'799'999'999);
+    ASSERT_TRUE(reader.Next(message));
+    EXPECT_EQ(message.time, 5);
+}
+
 TEST_F(CaptureReaderTest, NamesDamageInTheMiddle)
 {
     std::string const damaged = PcapRecord("hello", 5).replace(8, 4, "\xff\xff\xff\x7f");

@@ -3,6 +3,7 @@
 
 #include <pcap/pcap.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <system_error>
 #include <utility>
@@ -16,6 +17,14 @@ constexpr std::int64_t Million = 1'000'000;
 std::string Quoted(std::string const& path)
 {
     return path == "-" ? "standard input" : "'" + path + "'";
+}
+
+/// A damaged file may have any time: one outside the years 1970 to 9999 becomes the nearest in them.
+std::int64_t TimeOf(pcap_pkthdr const& header)
+{
+    constexpr std::int64_t lastSecond = 253'402'300'799;
+    auto const seconds = std::clamp<std::int64_t>(header.ts.tv_sec, 0, lastSecond);
+    return seconds * Million + std::clamp<std::int64_t>(header.ts.tv_usec, 0, Million - 1);
 }
 
 } // namespace
@@ -70,7 +79,7 @@ bool CaptureReader::Next(Message& message)
                            " messages before that were read");
     }
     ++m_read;
-    message.time = static_cast<std::int64_t>(header->ts.tv_sec) * Million + header->ts.tv_usec;
+    message.time = TimeOf(*header);
     message.bytes.assign(reinterpret_cast<char const*>(bytes), header->caplen);
     return true;
 }

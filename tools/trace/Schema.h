@@ -74,6 +74,9 @@ public:
     /// The only one. Any thread.
     static Schema const& Get();
 
+    Schema(Schema const&) = delete;
+    Schema& operator=(Schema const&) = delete;
+
     /// Null for an unknown endpoint or function.
     Function const* Find(std::string_view endpoint, std::string_view function) const;
 
@@ -90,7 +93,6 @@ public:
 
 private:
     explicit Schema(Json::Value const& description);
-    Schema(Schema const&) = delete;
 
     ValueType TypeOf(std::string const& name) const;
     Named<ValueType> TypesOf(Json::Value const& values) const;
