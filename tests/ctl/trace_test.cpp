@@ -168,6 +168,20 @@ TEST_F(TraceTest, EndsWhenTheBusDoesAfterShowingEverything)
     EXPECT_THAT(result.output, HasSubstr("PLAYERCONTROL MuteAudio onoff=true\n"));
 }
 
+TEST_F(TraceTest, ShowsThatTheServiceHasLeftAndArrived)
+{
+    Start();
+    Request("PLAYERCONTROL", Entries({{"functionname", "MuteAudio"}, {"onoff", "1"}}));
+    std::string const former = m_service.Name();
+    m_service.Vanish();
+    ASSERT_TRUE(m_application.WaitForOwner("org.corvel.zviptvapi.dbushelper", false));
+    FakeService const second;
+    auto const lines = LinesOf(End().output);
+    ASSERT_EQ(lines.size(), 4U);
+    EXPECT_EQ(lines[2], former + " -- the service has left the bus");
+    EXPECT_EQ(lines[3], second.Name() + " -- the service has arrived");
+}
+
 TEST_F(TraceTest, EndsAfterTheTimeThatIsGiven)
 {
     CtlResult const result = RunCtl({"trace", "--seconds", "0.1"});
