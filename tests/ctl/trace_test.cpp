@@ -21,7 +21,7 @@ std::vector<std::string> LinesOf(std::string const& output)
         EXPECT_THAT(line, MatchesRegex("[0-9]+:[0-9]+:[0-9]+\\.[0-9]+ .*"));
         line = std::regex_replace(line, std::regex("^[0-9:.]+ "), "");
         line = std::regex_replace(line, std::regex(R"( \([0-9.]+ m?s\))"), " (latency)");
-        lines.push_back(std::regex_replace(line, std::regex(R"( ctl_tests\[[0-9]+\])"), ""));
+        lines.push_back(std::regex_replace(line, std::regex(R"( [^ ]*\[[0-9]+\])"), ""));
     }
     return lines;
 }

@@ -69,11 +69,11 @@ ParsedMessage ParseMessage(std::string_view bytes)
     if (reader.Byte() != 1) {
         throw Malformed("its protocol version is not 1");
     }
-    std::size_t const bodySize = reader.Number();
+    std::uint64_t const bodySize = reader.Number();
     message.serial = reader.Number();
-    std::size_t const fieldsSize = reader.Number();
-    std::size_t const fieldsEnd = reader.Position() + fieldsSize;
-    std::size_t const size = (fieldsEnd + 7) / 8 * 8 + bodySize;
+    std::uint64_t const fieldsSize = reader.Number();
+    std::uint64_t const fieldsEnd = reader.Position() + fieldsSize;
+    std::uint64_t const size = (fieldsEnd + 7) / 8 * 8 + bodySize;
     if (size > LongestMessage) {
         throw Malformed("its header announces more than 128 MiB");
     }
@@ -89,7 +89,7 @@ ParsedMessage ParseMessage(std::string_view bytes)
         throw Malformed("a header field ends after the header");
     }
     reader.Align(8);
-    message.body = reader.Take(bodySize);
+    message.body = reader.Take(static_cast<std::size_t>(bodySize));
     return message;
 }
 
@@ -130,7 +130,7 @@ std::vector<ParsedEntry> ReadArray(ParsedMessage const& message, char const* typ
     WireReader reader = message.Body();
     std::size_t const size = reader.Number();
     reader.Align(8);
-    std::size_t const end = reader.Position() + size;
+    std::uint64_t const end = std::uint64_t{reader.Position()} + size;
     std::vector<ParsedEntry> entries;
     while (reader.Position() < end) {
         reader.Align(8);
