@@ -21,6 +21,13 @@ TEST_F(Properties, ShowTheTelevision)
     ASSERT_TRUE(m_remote->WaitFor("SourceState", "'playing'"));
     ASSERT_TRUE(WaitUntil([this] { return m_remote->Get("Resolution") != "@a{sv} {}"; }, Patience));
     ASSERT_TRUE(WaitUntil([this] { return m_remote->Number("Duration") > 0; }, Patience));
+    ASSERT_TRUE(WaitUntil(
+        [this] {
+            return m_remote->Get("AudioTracks").find("<uint32 0>") == std::string::npos &&
+                   m_remote->Get("Captions").find("'jpn'") != std::string::npos;
+        },
+        Patience))
+        << "the tracks' frames have passed";
     for (auto const& [property, value] : std::vector<std::pair<char const*, std::string>>{
              {"Running", "true"},
              {"ServicePid", "uint32 " + std::to_string(ServicePid())},
@@ -30,6 +37,29 @@ TEST_F(Properties, ShowTheTelevision)
              {"Paused", "false"},
              {"Programme", "uint32 1"},
              {"Programmes", "[(uint32 1, 'ZV Sample One')]"},
+             {"AudioTracks",
+              "[{'language': <'eng'>, 'pid': <uint32 257>, 'coding': <'mpeg'>, 'channels': <uint32 1>, "
+              "'sampleRate': <uint32 48000>}, {'language': <'deu'>, 'pid': <uint32 258>, 'coding': "
+              "<'mpeg'>, 'channels': <uint32 1>, 'sampleRate': <uint32 48000>}]"},
+             {"Subtitles",
+              "[{'language': <'eng'>, 'pid': <uint32 259>, 'kind': <'dvb'>, 'page': <uint32 1>, "
+              "'hardOfHearing': <false>}, {'language': <'eng'>, 'pid': <uint32 260>, 'kind': "
+              "<'teletext'>, 'page': <uint32 888>, 'hardOfHearing': <false>}, {'language': <'deu'>, "
+              "'pid': <uint32 260>, 'kind': <'teletext'>, 'page': <uint32 889>, 'hardOfHearing': <true>}]"},
+             {"TeletextPages",
+              "[{'language': <'eng'>, 'pid': <uint32 260>, 'page': <uint32 100>, 'subtitles': <false>}, "
+              "{'language': <'eng'>, 'pid': <uint32 260>, 'page': <uint32 888>, 'subtitles': <true>}, "
+              "{'language': <'deu'>, 'pid': <uint32 260>, 'page': <uint32 889>, 'subtitles': <true>}]"},
+             {"Captions", "[{'language': <'jpn'>, 'pid': <uint32 261>, 'componentTag': <uint32 48>}]"},
+             {"SuperimposedTexts", "@aa{sv} []"},
+             {"Present",
+              "{'title': <'Cellar Door'>, 'subtitle': <''>, 'description': <'Nobody who went down has come "
+              "up again.'>, 'start': <int64 1774733400>, 'duration': <uint32 10800>, 'minimumAge': <uint32 "
+              "17>}"},
+             {"Following",
+              "{'title': <'Night Trains'>, 'subtitle': <''>, 'description': <'On the rails through the hour "
+              "that is not there: on air for one hour.'>, 'start': <int64 1774744200>, 'duration': <uint32 "
+              "3600>, 'minimumAge': <uint32 0>}"},
              {"Audio", "uint32 0"},
              {"Subtitle", "uint32 0"},
              {"Teletext", "uint32 0"},
@@ -48,6 +78,7 @@ TEST_F(Properties, ShowTheTelevision)
               "'frameRateDenominator': <uint32 1>, 'interlaced': <false>}"},
              {"Faults", "@aa{sv} []"},
              {"Clients", "@as []"},
+             {"Applications", "@aa{sv} []"},
              {"Subscribers", "@aa{sv} []"},
              {"Sent", "uint64 0"},
              {"Dropped", "uint64 0"},
@@ -78,6 +109,9 @@ TEST_F(Properties, ShowWhatApplicationsDo)
     EXPECT_EQ(m_remote->Get("ApplicationId"), "'org.example.one'");
     EXPECT_EQ(m_remote->Get("AudioMutedBy"), "'" + m_application.Peer().Name() + "'");
     EXPECT_EQ(m_remote->Get("Clients"), "['" + m_application.Peer().Name() + "']");
+    EXPECT_EQ(m_remote->Get("Applications"), "[{'name': <'" + m_application.Peer().Name() +
+                                                 "'>, 'id': <'org.example.one'>, 'endpoints': "
+                                                 "<['PLAYERCONTROL']>}]");
 }
 
 TEST_F(Properties, CountWhatSubscribersGet)
@@ -89,7 +123,7 @@ TEST_F(Properties, CountWhatSubscribersGet)
     EXPECT_THAT(m_remote->Get("Subscribers"),
                 MatchesRegex("\\[\\{'application': <'" + m_application.Peer().Name() +
                              "'>, 'sent': <uint64 [1-9][0-9]*>, 'dropped': <uint64 0>, 'queued': <uint64 "
-                             "[0-9]+>\\}\\]"));
+                             "[0-9]+>, 'pes': <true>, 'captions': <false>\\}\\]"));
     EXPECT_GE(m_remote->Number("Sent"), 2);
 }
 

@@ -2,6 +2,7 @@
 #include "Report.h"
 
 #include "Dictionary.h"
+#include "ProgrammeReport.h"
 
 namespace zviptv::sim {
 
@@ -84,6 +85,20 @@ GVariant* Names(std::vector<std::string> const& names)
     return g_variant_builder_end(&list);
 }
 
+GVariant* ApplicationList(Applications const& applications)
+{
+    GVariantBuilder list;
+    g_variant_builder_init(&list, G_VARIANT_TYPE("aa{sv}"));
+    for (Applications::Description const& application : applications.List()) {
+        Dictionary entry;
+        entry.Add("name", application.busName)
+            .Add("id", application.id)
+            .Add("endpoints", Names(application.types));
+        g_variant_builder_add_value(&list, entry.End());
+    }
+    return g_variant_builder_end(&list);
+}
+
 GVariant* Subscribers(std::vector<RequestLog::Subscriber> const& subscribers)
 {
     GVariantBuilder list;
@@ -93,7 +108,9 @@ GVariant* Subscribers(std::vector<RequestLog::Subscriber> const& subscribers)
         entry.Add("application", subscriber.busName)
             .Add("sent", g_variant_new_uint64(subscriber.sent))
             .Add("dropped", g_variant_new_uint64(subscriber.dropped))
-            .Add("queued", g_variant_new_uint64(subscriber.queued));
+            .Add("queued", g_variant_new_uint64(subscriber.queued))
+            .Add("pes", g_variant_new_boolean(subscriber.pes ? TRUE : FALSE))
+            .Add("captions", g_variant_new_boolean(subscriber.captions ? TRUE : FALSE));
         g_variant_builder_add_value(&list, entry.End());
     }
     return g_variant_builder_end(&list);
@@ -139,11 +156,13 @@ Owned<GVariant> Report(Service& service)
     television.lock.Follow(television.guide.Present());
     Dictionary report;
     AddPlayback(report, television);
+    AddProgramme(report, television);
     AddSelection(report, television.selection);
     report.Add("ProgrammeLocked", g_variant_new_boolean(television.lock.IsProgrammeLocked() ? TRUE : FALSE))
         .Add("ServiceLocked", g_variant_new_boolean(television.lock.IsServiceLocked() ? TRUE : FALSE))
         .Add("Faults", FaultList(television))
         .Add("Clients", Names(television.applications.Names()))
+        .Add("Applications", ApplicationList(television.applications))
         .Add("Subscribers", Subscribers(counts.subscribers))
         .Add("Sent", g_variant_new_uint64(counts.sent))
         .Add("Dropped", g_variant_new_uint64(counts.dropped));

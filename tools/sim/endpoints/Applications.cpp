@@ -75,6 +75,15 @@ std::vector<std::string> Applications::Names() const
     return names;
 }
 
+std::vector<Applications::Description> Applications::List() const
+{
+    std::vector<Description> list;
+    for (auto const& [name, application] : m_applications) {
+        list.push_back({name, application.id, {application.types.begin(), application.types.end()}});
+    }
+    return list;
+}
+
 void Applications::Gone(std::string busName)
 {
     m_applications.erase(busName);

@@ -28,6 +28,15 @@ public:
     /// Their bus names.
     std::vector<std::string> Names() const;
 
+    /// What each is known by.
+    struct Description
+    {
+        std::string busName;
+        std::string id;                 ///< of SetAppID; may be empty
+        std::vector<std::string> types; ///< type words of its channels
+    };
+    std::vector<Description> List() const;
+
     std::size_t Count() const { return m_applications.size(); }
 
     /// Whether it has announced a channel.

@@ -186,7 +186,8 @@ DataSubscriberService::Counts DataSubscriberService::Count() const
         counts.sent += own.sent;
         counts.dropped += own.dropped;
         if (client.IsOn()) {
-            counts.subscribers.push_back({name, own.sent, own.dropped, own.queued});
+            counts.subscribers.push_back(
+                {name, own.sent, own.dropped, own.queued, client.pes.IsOn(), client.captions.IsOn()});
         }
     }
     return counts;

@@ -128,6 +128,27 @@ RatedProgramme ProgrammeGuideService::Present() const
     return present;
 }
 
+ProgrammeGuideService::NowAndNext ProgrammeGuideService::Programmes() const
+{
+    NowAndNext programmes{m_guide.Current()};
+    std::uint64_t const id = m_player.Current().number;
+    GuideService const* const service = programmes.guide ? programmes.guide->FindService(id) : nullptr;
+    if (service == nullptr) {
+        return programmes;
+    }
+    std::int64_t const now = Now(id);
+    for (GuideEntry const& entry : service->entries) {
+        if (entry.start > now) {
+            programmes.following = &entry;
+            break;
+        }
+        if (static_cast<std::int64_t>(entry.Stop()) > now) {
+            programmes.present = &entry;
+        }
+    }
+    return programmes;
+}
+
 /// The functions of the programme guide.
 class ProgrammeGuideService::Functions
 {

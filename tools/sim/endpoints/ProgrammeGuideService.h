@@ -54,6 +54,15 @@ public:
     /// What is on now on the played service.
     RatedProgramme Present() const;
 
+    /// What the guide says of the played service. The programmes, null where there is none, are the guide's.
+    struct NowAndNext
+    {
+        std::shared_ptr<Guide const> guide;
+        GuideEntry const* present = nullptr;
+        GuideEntry const* following = nullptr;
+    };
+    NowAndNext Programmes() const;
+
 private:
     class Functions;
 

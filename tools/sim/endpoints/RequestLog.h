@@ -43,6 +43,8 @@ public:
         std::uint64_t sent = 0;    ///< notifications since it came
         std::uint64_t dropped = 0; ///< notifications that found its queue full
         std::size_t queued = 0;    ///< notifications that wait for it
+        bool pes = false;          ///< it wants PES packets
+        bool captions = false;     ///< it wants captions
     };
 
     struct Status
