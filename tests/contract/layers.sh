@@ -47,7 +47,8 @@ may tools/sim/playback guide input stream common
 may tools/sim/endpoints playback guide input stream common glib
 may tools/sim/control endpoints playback verbs common glib
 may tools/sim/scenario common
-may tools/sim/host control endpoints input playback scenario trace verbs process common glib
+may tools/sim/panel input verbs process common glib
+may tools/sim/host control endpoints input panel playback scenario trace verbs process common glib
 may tools/ctl/output common glib
 may tools/ctl/session output glib
 may tools/ctl/commands session output common

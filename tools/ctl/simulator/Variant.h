@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "glib/Owned.h"
+#include "common/VariantJson.h"
 
 #include <json/value.h>
 
@@ -9,10 +9,9 @@
 
 namespace zviptv::ctl {
 
-/// A D-Bus value as JSON: dictionaries with texts as keys are objects, other containers arrays.
-Json::Value ToJson(GVariant* value);
+using zviptv::ToJson; // beside the overloads for the records
 
-/// A member of ToJson()'s objects on one line, for people: "-" for what is empty.
+/// A D-Bus value as ToJson() shows it on one line, for people: "-" for what is empty.
 std::string ToLine(Json::Value const& value);
 
 } // namespace zviptv::ctl

@@ -19,8 +19,8 @@ namespace zviptv::sim {
 namespace {
 
 /// The names of properties that are empty without a service.
-constexpr std::pair<char const*, char const*> OfApplications[] = {{"Clients", "as"},
-                                                                  {"Subscribers", "aa{sv}"}};
+constexpr std::pair<char const*, char const*> OfApplications[] = {
+    {"Clients", "as"}, {"Applications", "aa{sv}"}, {"Subscribers", "aa{sv}"}};
 
 /// Properties are there at once.
 constexpr std::chrono::seconds ReportLimit{1};
@@ -80,18 +80,14 @@ Control::~Control()
 }
 
 void Control::OnCall(std::string const& method, GVariant* parameters, GDBusMethodInvocation* invocation)
-try {
+{
     if (method == "Get" || method == "GetAll") {
         AnswerProperties(method, parameters, invocation);
         return;
     }
-    verbs::Check(method, parameters);
-    unsigned const seeks = method == "Seek" ? 1 : 0;
-    m_seeks += seeks;
-    Do(
+    Call(
         method, parameters,
-        [this, seeks, invocation](GVariant* value, GError const* error) {
-            m_seeks -= seeks;
+        [this, invocation](GVariant* value, GError const* error) {
             if (error != nullptr) {
                 AnswerError(invocation, error, m_service.Pid());
             } else {
@@ -99,10 +95,25 @@ try {
             }
         },
         g_dbus_method_invocation_get_sender(invocation));
+}
+
+void Control::Call(std::string const& method, GVariant* parameters, ServiceLink::Reply const& reply,
+                   std::string const& caller)
+try {
+    verbs::Check(method, parameters);
+    unsigned const seeks = method == "Seek" ? 1 : 0;
+    m_seeks += seeks;
+    Do(
+        method, parameters,
+        [this, seeks, reply](GVariant* value, GError const* error) {
+            m_seeks -= seeks;
+            reply(value, error);
+        },
+        caller);
 } catch (std::invalid_argument const& failure) {
-    ReturnError(invocation, link::InvalidArgument, failure.what());
+    ReplyError(reply, link::InvalidArgument, failure.what());
 } catch (std::exception const& failure) {
-    ReturnError(invocation, link::Failed, failure.what());
+    ReplyError(reply, link::Failed, failure.what());
 }
 
 void Control::Do(std::string const& method, GVariant* parameters, ServiceLink::Reply reply,
@@ -138,8 +149,6 @@ void Control::Die(GVariant* parameters, ServiceLink::Reply const& reply)
     }
 }
 
-/// A service that runs is asked, since some properties change all the time. One that does not answer is known
-/// by its last report.
 void Control::AnswerProperties(std::string const& method, GVariant* parameters,
                                GDBusMethodInvocation* invocation)
 {
@@ -148,16 +157,23 @@ void Control::AnswerProperties(std::string const& method, GVariant* parameters,
         Owned<GVariant> const value(g_variant_get_child_value(parameters, 1));
         name = g_variant_get_string(value.get(), nullptr);
     }
-    auto const answer = [this, name, invocation] {
-        if (!name.empty()) {
-            g_dbus_method_invocation_return_value(invocation, g_variant_new("(v)", m_report.at(name).get()));
-            return;
-        }
+    Read([this, name, invocation](GVariant* properties) {
+        g_dbus_method_invocation_return_value(invocation,
+                                              name.empty() ? g_variant_new("(@a{sv})", properties)
+                                                           : g_variant_new("(v)", m_report.at(name).get()));
+    });
+}
+
+/// A service that runs is asked, since some properties change all the time. One that does not answer is known
+/// by its last report.
+void Control::Read(std::function<void(GVariant* properties)> const& reply)
+{
+    auto const answer = [this, reply] {
         Dictionary all;
         for (auto const& [property, value] : m_report) {
             all.Add(property.c_str(), value.get());
         }
-        g_dbus_method_invocation_return_value(invocation, g_variant_new("(@a{sv})", all.End()));
+        reply(all.Take().get());
     };
     if (!m_service.IsRunning()) {
         if (m_service.Kept() != nullptr) {
@@ -197,7 +213,16 @@ void Control::OnSignal(std::string const& interface, std::string const& name, GV
     } else if (name == "Request" && m_follower.onRequest) {
         m_follower.onRequest(body);
     }
-    m_bus.Emit(interface, name, body);
+    Emit(interface, name, body);
+}
+
+void Control::Emit(std::string const& interface, std::string const& name, GVariant* body)
+{
+    Owned<GVariant> const owned(body == nullptr ? nullptr : g_variant_ref_sink(body));
+    if (m_observer) {
+        m_observer(interface, name, owned.get());
+    }
+    m_bus.Emit(interface, name, owned.get());
 }
 
 void Control::TellProcess(std::vector<char const*> const& properties)
@@ -210,8 +235,8 @@ void Control::TellProcess(std::vector<char const*> const& properties)
     for (char const* const property : properties) {
         changed.Add(property, m_report.at(property).get());
     }
-    m_bus.Emit(link::Properties, link::PropertiesChanged,
-               g_variant_new("(s@a{sv}as)", verbs::Interface, changed.End(), nullptr));
+    Emit(link::Properties, link::PropertiesChanged,
+         g_variant_new("(s@a{sv}as)", verbs::Interface, changed.End(), nullptr));
 }
 
 void Control::OnDied(bool isFailure)
@@ -219,8 +244,8 @@ void Control::OnDied(bool isFailure)
     for (auto const& [property, type] : OfApplications) {
         m_report[property] = Nothing(type);
     }
-    TellProcess({"Running", "Responding", "ServicePid", "Clients", "Subscribers"});
-    m_bus.Emit(verbs::Interface, "Died", nullptr);
+    TellProcess({"Running", "Responding", "ServicePid", "Clients", "Applications", "Subscribers"});
+    Emit(verbs::Interface, "Died", nullptr);
     if (isFailure) {
         RefuseRestarts(link::Failed, "the service did not start; correct what zviptv-sim has written on its "
                                      "standard error, and call 'zviptvctl sim restart'");
@@ -234,7 +259,7 @@ void Control::OnReady()
 {
     TellProcess({"Running", "Responding", "ServicePid"});
     if (std::exchange(m_wasReady, true)) {
-        m_bus.Emit(verbs::Interface, "Restarted", nullptr);
+        Emit(verbs::Interface, "Restarted", nullptr);
     }
     for (ServiceLink::Reply const& reply : std::exchange(m_restarting, {})) {
         reply(nullptr, nullptr);
@@ -262,8 +287,8 @@ void Control::Tell(char const* property, GVariant* value)
     m_report[property].reset(g_variant_ref_sink(value));
     Dictionary changed;
     changed.Add(property, value);
-    m_bus.Emit(link::Properties, link::PropertiesChanged,
-               g_variant_new("(s@a{sv}as)", verbs::Interface, changed.End(), nullptr));
+    Emit(link::Properties, link::PropertiesChanged,
+         g_variant_new("(s@a{sv}as)", verbs::Interface, changed.End(), nullptr));
 }
 
 } // namespace zviptv::sim

@@ -38,6 +38,19 @@ public:
 
     void SetFollower(Follower follower) { m_follower = std::move(follower); }
 
+    /// Gets every signal of the control interface, as the bus does; `body` is null or has an owner.
+    using Observer =
+        std::function<void(std::string const& interface, std::string const& name, GVariant* body)>;
+    void SetObserver(Observer observer) { m_observer = std::move(observer); }
+
+    /// Does what a call from the bus does, with arguments of the interface's types. `reply` is always called,
+    /// also when `caller`, a bus name, has left.
+    void Call(std::string const& method, GVariant* parameters, ServiceLink::Reply const& reply,
+              std::string const& caller = {});
+
+    /// Calls `reply` with all properties as they are now, an a{sv}.
+    void Read(std::function<void(GVariant* properties)> const& reply);
+
     /// Does what a method of the control interface, which has been checked, says. `reply` is always called,
     /// also when `caller`, a bus name, has left. Not from a callback of the service.
     /// @throws std::exception with a line for the user
@@ -54,6 +67,7 @@ private:
     void Die(GVariant* parameters, ServiceLink::Reply const& reply);
     void AnswerProperties(std::string const& method, GVariant* parameters, GDBusMethodInvocation* invocation);
     void OnSignal(std::string const& interface, std::string const& name, GVariant* body);
+    void Emit(std::string const& interface, std::string const& name, GVariant* body);
     void OnDied(bool isFailure);
     void OnReady();
     void Remember(GVariant* properties);
@@ -64,6 +78,7 @@ private:
     Report m_report;                              ///< what is known of every property
     std::vector<ServiceLink::Reply> m_restarting; ///< calls that are answered once the service is ready
     Follower m_follower;
+    Observer m_observer;
     unsigned m_seeks = 0; ///< calls of Seek from the bus that are not answered
     ControlBus m_bus;
     ServiceProcess m_service;

@@ -169,6 +169,18 @@ void AddScenario(CLI::App& app, Options& options)
         ->needs(scenario);
 }
 
+void AddPanel(CLI::App& app, Options& options)
+{
+    app.add_option_function<std::vector<unsigned>>(
+           "--panel",
+           [&options](std::vector<unsigned> const& port) { options.panel = port.empty() ? 0 : port.front(); },
+           "Serve a page for the browser that shows and steers the television, on this port of 127.0.0.1 or "
+           "any free one")
+        ->type_name("[PORT]")
+        ->expected(0, 1)
+        ->check(WholeNumber(0, 65535, "a port, 0 to 65535"));
+}
+
 void AddOutput(CLI::App& app, Options& options, Texts& texts)
 {
     app.add_option("--bus", texts.bus,
@@ -260,6 +272,7 @@ std::optional<Options> ParseCommandLine(int argc, char** argv, int& exitStatus)
     AddGuide(app, options);
     AddFaults(app, options, texts);
     AddScenario(app, options);
+    AddPanel(app, options);
     AddOutput(app, options, texts);
     try {
         app.parse(argc, argv);

@@ -18,6 +18,7 @@ struct Options
     std::optional<double> restartAfter; ///< seconds until a dead service comes back; never when empty
     bool restartFromStart = false;      ///< clock and stream, when it comes back
     std::string scenario;               ///< its file; none when empty
+    std::optional<unsigned> panel;      ///< port of the page in the browser; 0 for any free one
     std::string junit;                  ///< the file for its report; none when empty
     std::string record;                 ///< the file for the messages of the bus; none when empty
     std::vector<std::string> command;   ///< to run on the private bus; may be empty

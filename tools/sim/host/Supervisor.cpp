@@ -3,6 +3,7 @@
 
 #include "CommandProcess.h"
 #include "Control.h"
+#include "ControlPanel.h"
 #include "PrivateBus.h"
 #include "Recorder.h"
 #include "ScenarioRunner.h"
@@ -125,6 +126,10 @@ int Run(Options const& options, ScenarioOptions scenario)
         recorder.emplace(options.record, bus ? bus->Address() : SystemBusAddress());
     }
     Control control(options);
+    std::optional<ControlPanel> panel;
+    if (options.panel) {
+        panel.emplace(*options.panel, control);
+    }
     ScenarioRunner runner(std::move(scenario), control);
     ServiceProcess& service = control.Service();
     service.Start();

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: MIT
+#include "ControlPanel.h"
+
+#include "ControlErrors.h"
+
+#include <cstdio>
+
+namespace zviptv::sim {
+
+namespace {
+
+PanelLink LinkTo(Control& control)
+{
+    PanelLink link;
+    link.call = [&control](std::string const& method, GVariant* parameters, PanelLink::Done const& done) {
+        control.Call(method, parameters, [&control, done](GVariant* /*value*/, GError const* error) {
+            done(error == nullptr ? std::string() : ErrorText(error, control.Service().Pid()));
+        });
+    };
+    link.read = [&control](std::function<void(GVariant*)> const& reply) { control.Read(reply); };
+    return link;
+}
+
+} // namespace
+
+ControlPanel::ControlPanel(unsigned port, Control& control)
+    : m_control(control), m_panel(port, LinkTo(control))
+{
+    control.SetObserver([this](std::string const& interface, std::string const& name, GVariant* body) {
+        m_panel.OnSignal(interface, name, body);
+    });
+    std::fprintf(stderr, "zviptv-sim: the panel is at %s\n", m_panel.Address().c_str());
+}
+
+ControlPanel::~ControlPanel()
+{
+    m_control.SetObserver({});
+}
+
+} // namespace zviptv::sim

@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: MIT
+#include "Panel.h"
+
+#include "common/ProtocolSchema.h"
+#include "common/VariantJson.h"
+#include "verbs/Verbs.h"
+
+#include <json/reader.h>
+
+#include <stdexcept>
+#include <utility>
+#include <vector>
+
+namespace zviptv::sim {
+
+namespace {
+
+/// Some properties change all the time, and are not announced.
+constexpr std::chrono::milliseconds ReadPeriod{500};
+
+constexpr unsigned Done = SOUP_STATUS_OK;
+constexpr unsigned Malformed = SOUP_STATUS_BAD_REQUEST;
+constexpr unsigned Refused = SOUP_STATUS_CONFLICT;
+
+/// The words of {"words": ["seek", "5"]}. @throws std::invalid_argument
+std::vector<std::string> WordsOf(std::string const& body)
+{
+    std::unique_ptr<Json::CharReader> const reader(Json::CharReaderBuilder().newCharReader());
+    Json::Value json;
+    if (!reader->parse(body.data(), body.data() + body.size(), &json, nullptr) || !json.isObject() ||
+        !json["words"].isArray()) {
+        throw std::invalid_argument("the request is malformed: send {\"words\": [\"seek\", \"5\"]}");
+    }
+    std::vector<std::string> words;
+    for (Json::Value const& word : json["words"]) {
+        if (!word.isString()) {
+            throw std::invalid_argument("a word is not a text: send {\"words\": [\"seek\", \"5\"]}");
+        }
+        words.push_back(word.asString());
+    }
+    return words;
+}
+
+std::string ErrorJson(std::string const& error)
+{
+    Json::Value json(Json::objectValue);
+    json["error"] = error;
+    return ToText(json);
+}
+
+/// The verbs as the page offers them.
+std::string VerbsJson()
+{
+    Json::Value list(Json::arrayValue);
+    for (verbs::Verb const& verb : verbs::Verbs()) {
+        Json::Value json(Json::objectValue);
+        json["words"] = verb.words;
+        json["synopsis"] = verbs::Synopsis(verb);
+        json["help"] = verb.help;
+        list.append(json);
+    }
+    return ToText(list);
+}
+
+} // namespace
+
+Panel::Panel(unsigned port, PanelLink link)
+    : m_link(std::move(link)), m_server(port), m_self(std::make_shared<Panel*>(this))
+{
+    m_server.AddPost(
+        "verb", [this](std::string const& body, PanelServer::Answer const& answer) { OnVerb(body, answer); });
+    m_server.AddSocket("events", [this](SoupWebsocketConnection* connection) { AddPage(connection); });
+    m_server.AddFile("verbs.json", VerbsJson);
+    m_server.AddFile("protocol.json", [] { return ToText(ProtocolSchema()); });
+}
+
+Panel::~Panel() = default;
+
+/// The words are those of `zviptvctl sim`, and the call is the same as its call.
+void Panel::OnVerb(std::string const& body, PanelServer::Answer const& answer)
+try {
+    verbs::Command const command = verbs::Parse(WordsOf(body));
+    m_link.call(command.verb->method, command.parameters.get(),
+                [answer, weak = std::weak_ptr<Panel*>(m_self)](std::string const& error) {
+                    if (auto const self = weak.lock()) {
+                        (*self)->Read();
+                    }
+                    error.empty() ? answer(Done, "{}") : answer(Refused, ErrorJson(error));
+                });
+} catch (std::invalid_argument const& failure) {
+    answer(Malformed, ErrorJson(failure.what()));
+}
+
+void Panel::AddPage(SoupWebsocketConnection* connection)
+{
+    m_pages.Add(connection);
+    Read();
+    m_reading = LoopSource::Every(ReadPeriod, [this] {
+        if (m_pages.IsEmpty()) {
+            m_reading.Stop();
+        } else {
+            Read();
+        }
+    });
+}
+
+void Panel::Read()
+{
+    m_link.read([weak = std::weak_ptr<Panel*>(m_self)](GVariant* properties) {
+        if (auto const self = weak.lock()) {
+            (*self)->Set(properties);
+        }
+    });
+}
+
+void Panel::Set(GVariant* properties)
+{
+    Json::Value const json = ToJson(properties);
+    for (std::string const& name : json.getMemberNames()) {
+        m_feed.Set(name, json[name]);
+    }
+    m_pages.Advance();
+}
+
+void Panel::OnSignal(std::string const& /*interface*/, std::string const& name, GVariant* body)
+{
+    if (name == "PropertiesChanged") {
+        Owned<GVariant> const properties(g_variant_get_child_value(body, 1));
+        Set(properties.get());
+    }
+}
+
+} // namespace zviptv::sim

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Feed.h"
+#include "Pages.h"
+#include "PanelServer.h"
+#include "glib/Owned.h"
+#include "input/LoopSource.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace zviptv::sim {
+
+/// How the panel reaches the television: as the control interface on the bus does.
+struct PanelLink
+{
+    /// Calls a method with these arguments, a tuple. `done` is called once, with the empty text or with why
+    /// the method failed.
+    using Done = std::function<void(std::string const& error)>;
+    std::function<void(std::string const& method, GVariant* parameters, Done const& done)> call;
+
+    /// Calls `reply` with all properties as they are now, an a{sv}.
+    std::function<void(std::function<void(GVariant* properties)> const& reply)> read;
+};
+
+/// A page in the browser that shows the television and steers it. Lives on the thread whose default main
+/// context calls back.
+class Panel
+{
+public:
+    /// @param port 0 for any free one @throws std::runtime_error with a line for the user
+    Panel(unsigned port, PanelLink link);
+    ~Panel();
+    Panel(Panel const&) = delete;
+    Panel& operator=(Panel const&) = delete;
+
+    /// For the browser, token included.
+    std::string Address() const { return m_server.Address(); }
+
+    /// Gets every signal of the control interface.
+    void OnSignal(std::string const& interface, std::string const& name, GVariant* body);
+
+private:
+    void OnVerb(std::string const& body, PanelServer::Answer const& answer);
+    void AddPage(SoupWebsocketConnection* connection);
+    void Read();
+    void Set(GVariant* properties);
+
+    PanelLink m_link;
+    Feed m_feed;
+    Pages m_pages{m_feed};
+    PanelServer m_server;
+    LoopSource m_reading;           ///< while there is a page
+    std::shared_ptr<Panel*> m_self; ///< ends with this, unlike calls
+};
+
+} // namespace zviptv::sim

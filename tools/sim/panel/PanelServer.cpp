@@ -1,0 +1,191 @@
+// SPDX-License-Identifier: MIT
+#include "PanelServer.h"
+
+#include "PageFiles.h"
+
+#include <cstring>
+#include <stdexcept>
+#include <utility>
+
+namespace zviptv::sim {
+
+namespace {
+
+constexpr goffset LargestBody = 64 * 1024;
+
+void Respond(SoupServerMessage* message, unsigned status, char const* type, char const* bytes, gsize size)
+{
+    soup_server_message_set_status(message, status, nullptr);
+    soup_server_message_set_response(message, type, SOUP_MEMORY_COPY, bytes, size);
+}
+
+void RespondText(SoupServerMessage* message, unsigned status, std::string const& text,
+                 char const* type = "text/plain; charset=utf-8")
+{
+    Respond(message, status, type, text.data(), text.size());
+}
+
+/// Nothing is kept, shown in a frame, loaded from elsewhere, or told to others.
+void AddHeads(SoupServerMessage* message)
+{
+    SoupMessageHeaders* const heads = soup_server_message_get_response_headers(message);
+    for (auto const& [name, value] : std::initializer_list<std::pair<char const*, char const*>>{
+             {"Cache-Control", "no-store"},
+             {"Referrer-Policy", "no-referrer"},
+             {"X-Content-Type-Options", "nosniff"},
+             {"Content-Security-Policy",
+              "default-src 'self'; img-src 'self' blob:; connect-src 'self' ws:; frame-ancestors 'none'; "
+              "base-uri 'none'; form-action 'none'"}}) {
+        soup_message_headers_replace(heads, name, value);
+    }
+}
+
+bool IsPost(SoupServerMessage* message)
+{
+    return std::strcmp(soup_server_message_get_method(message), SOUP_METHOD_POST) == 0;
+}
+
+/// A body of a known and moderate length.
+bool HasModerateBody(SoupServerMessage* message)
+{
+    SoupMessageHeaders* const heads = soup_server_message_get_request_headers(message);
+    SoupEncoding const encoding = soup_message_headers_get_encoding(heads);
+    return encoding == SOUP_ENCODING_NONE || (encoding == SOUP_ENCODING_CONTENT_LENGTH &&
+                                              soup_message_headers_get_content_length(heads) <= LargestBody);
+}
+
+template <typename Handler>
+gpointer NewHandler(Handler handler)
+{
+    return std::make_unique<Handler>(std::move(handler)).release();
+}
+
+template <typename Handler>
+void FreeHandler(gpointer handler)
+{
+    std::unique_ptr<Handler> const owned(static_cast<Handler*>(handler));
+}
+
+} // namespace
+
+PanelServer::PanelServer(unsigned port)
+    : m_server(soup_server_new("server-header", "zviptv-sim", nullptr)),
+      m_self(std::make_shared<PanelServer*>(this))
+{
+    Owned<GInetAddress> const loopback(g_inet_address_new_loopback(G_SOCKET_FAMILY_IPV4));
+    Owned<GSocketAddress> const address(
+        g_inet_socket_address_new(loopback.get(), static_cast<guint16>(port)));
+    Error error;
+    if (soup_server_listen(m_server.get(), address.get(), static_cast<SoupServerListenOptions>(0),
+                           error.Out()) == FALSE) {
+        throw std::runtime_error("the panel cannot listen on port " + std::to_string(port) + ": " +
+                                 error.Message() + "; use another port, or --panel without one");
+    }
+    GSList* const uris = soup_server_get_uris(m_server.get());
+    m_access.SetPort(static_cast<unsigned>(g_uri_get_port(static_cast<GUri*>(uris->data))));
+    g_slist_free_full(uris, [](gpointer uri) { g_uri_unref(static_cast<GUri*>(uri)); });
+    soup_server_add_early_handler(m_server.get(), nullptr, OnRequestHead, this, nullptr);
+    soup_server_add_handler(m_server.get(), nullptr, OnPage, this, nullptr);
+}
+
+PanelServer::~PanelServer()
+{
+    soup_server_disconnect(m_server.get());
+}
+
+/// Before the body is read. A request with a status goes no further.
+void PanelServer::OnRequestHead(SoupServer* /*server*/, SoupServerMessage* message, char const* path,
+                                GHashTable* /*query*/, gpointer self)
+{
+    auto const& server = *static_cast<PanelServer*>(self);
+    AddHeads(message);
+    if (!server.m_access.Admits(path, soup_server_message_get_request_headers(message))) {
+        RespondText(message, SOUP_STATUS_FORBIDDEN,
+                    "the address lacks the panel's token, or the request comes from another page; open the "
+                    "address that zviptv-sim has printed\n");
+    } else if (!HasModerateBody(message)) {
+        RespondText(message, SOUP_STATUS_REQUEST_ENTITY_TOO_LARGE,
+                    "the request is too long: send at most 64 KiB, with a Content-Length\n");
+    }
+    if (soup_server_message_get_status(message) != 0) {
+        soup_message_body_set_accumulate(soup_server_message_get_request_body(message), FALSE);
+    }
+}
+
+/// libsoup calls the early handler of the most specific path only.
+void PanelServer::AddPath(std::string const& path)
+{
+    soup_server_add_early_handler(m_server.get(), path.c_str(), OnRequestHead, this, nullptr);
+}
+
+void PanelServer::OnPage(SoupServer* /*server*/, SoupServerMessage* message, char const* path,
+                         GHashTable* /*query*/, gpointer self)
+{
+    auto const& server = *static_cast<PanelServer*>(self);
+    if (std::strcmp(soup_server_message_get_method(message), SOUP_METHOD_GET) != 0) {
+        RespondText(message, SOUP_STATUS_METHOD_NOT_ALLOWED, "use GET\n");
+        return;
+    }
+    std::string const name = path + server.m_access.Root().size();
+    PageFile const file = FindPageFile(name.empty() ? "index.html" : name);
+    if (file.bytes == nullptr) {
+        RespondText(message, SOUP_STATUS_NOT_FOUND, "the panel has no such file\n");
+        return;
+    }
+    gsize size = 0;
+    auto const* const bytes = static_cast<char const*>(g_bytes_get_data(file.bytes.get(), &size));
+    Respond(message, SOUP_STATUS_OK, file.type, bytes, size);
+}
+
+void PanelServer::AddFile(std::string const& name, FileHandler handler)
+{
+    auto const onRequest = [](SoupServer*, SoupServerMessage* message, char const*, GHashTable*,
+                              gpointer data) {
+        RespondText(message, SOUP_STATUS_OK, (*static_cast<FileHandler*>(data))(), "application/json");
+    };
+    std::string const path = m_access.Root() + name;
+    soup_server_add_handler(m_server.get(), path.c_str(), onRequest, NewHandler(std::move(handler)),
+                            FreeHandler<FileHandler>);
+    AddPath(path);
+}
+
+void PanelServer::AddPost(std::string const& name, PostHandler handler)
+{
+    using Handler = std::pair<PostHandler, std::weak_ptr<PanelServer*>>;
+    auto const onRequest = [](SoupServer*, SoupServerMessage* raw, char const*, GHashTable*, gpointer data) {
+        if (!IsPost(raw)) {
+            RespondText(raw, SOUP_STATUS_METHOD_NOT_ALLOWED, "use POST\n");
+            return;
+        }
+        auto const& [onPost, server] = *static_cast<Handler*>(data);
+        Owned<GBytes> const body(soup_message_body_flatten(soup_server_message_get_request_body(raw)));
+        gsize size = 0;
+        auto const* const bytes = static_cast<char const*>(g_bytes_get_data(body.get(), &size));
+        soup_server_message_pause(raw);
+        std::shared_ptr<SoupServerMessage> const message(Share(raw).release(), g_object_unref);
+        onPost(std::string(bytes, size),
+               [message, server = server](unsigned status, std::string const& json) {
+                   if (!server.expired()) {
+                       RespondText(message.get(), status, json, "application/json");
+                       soup_server_message_unpause(message.get());
+                   }
+               });
+    };
+    std::string const path = m_access.Root() + name;
+    soup_server_add_handler(m_server.get(), path.c_str(), onRequest,
+                            NewHandler(Handler(std::move(handler), m_self)), FreeHandler<Handler>);
+    AddPath(path);
+}
+
+void PanelServer::AddSocket(std::string const& name, SocketHandler handler)
+{
+    auto const onConnection = [](SoupServer*, SoupServerMessage*, char const*,
+                                 SoupWebsocketConnection* connection,
+                                 gpointer data) { (*static_cast<SocketHandler*>(data))(connection); };
+    std::string const path = m_access.Root() + name;
+    soup_server_add_websocket_handler(m_server.get(), path.c_str(), nullptr, nullptr, onConnection,
+                                      NewHandler(std::move(handler)), FreeHandler<SocketHandler>);
+    AddPath(path);
+}
+
+} // namespace zviptv::sim

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Access.h"
+#include "glib/Owned.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace zviptv::sim {
+
+/// The panel's HTTP server, on 127.0.0.1 only: hands out the page's files, and takes WebSockets and verbs.
+/// Lives on the thread whose default main context calls back.
+class PanelServer
+{
+public:
+    /// Sends the answer, a JSON text, unless the server is gone by then.
+    using Answer = std::function<void(unsigned status, std::string const& json)>;
+    /// What is posted to a path below the root; `body` has at most 64 KiB.
+    using PostHandler = std::function<void(std::string const& body, Answer const& answer)>;
+    using SocketHandler = std::function<void(SoupWebsocketConnection* connection)>;
+    /// The text of a JSON file.
+    using FileHandler = std::function<std::string()>;
+
+    /// @param port 0 for any free one @throws std::runtime_error with a line for the user
+    explicit PanelServer(unsigned port);
+    ~PanelServer();
+    PanelServer(PanelServer const&) = delete;
+    PanelServer& operator=(PanelServer const&) = delete;
+
+    // `name` is the path after the token.
+    void AddPost(std::string const& name, PostHandler handler);
+    void AddSocket(std::string const& name, SocketHandler handler);
+    void AddFile(std::string const& name, FileHandler handler);
+
+    /// For the browser, token included.
+    std::string Address() const { return m_access.Address(); }
+
+private:
+    static void OnRequestHead(SoupServer* server, SoupServerMessage* message, char const* path,
+                              GHashTable* query, gpointer self);
+    static void OnPage(SoupServer* server, SoupServerMessage* message, char const* path, GHashTable* query,
+                       gpointer self);
+    void AddPath(std::string const& path);
+
+    Access m_access;
+    Owned<SoupServer> m_server;
+    std::shared_ptr<PanelServer*> m_self; ///< ends with this, unlike answers
+};
+
+} // namespace zviptv::sim

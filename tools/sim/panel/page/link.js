@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: MIT
+// The connection with the simulator.
+
+const retryAfter = 1000;
+
+/** Opens a WebSocket below the page's own address, again whenever it ends. `take` gets each message, which is answered
+ *  once `take` has worked it off: the simulator then sends the next one. Returns a function that ends it. */
+export function listen(name, take, onChange = () => {}) {
+  let socket = null;
+  let isWanted = true;
+  const open = () => {
+    const address = new URL(name, location.href);
+    address.protocol = "ws:";
+    socket = new WebSocket(address);
+    socket.binaryType = "blob";
+    socket.onopen = () => onChange(true);
+    socket.onmessage = async message => {
+      const from = socket;
+      await take(message.data);
+      if (from.readyState === WebSocket.OPEN) {
+        from.send("seen");
+      }
+    };
+    socket.onclose = () => {
+      onChange(false);
+      if (isWanted) {
+        setTimeout(() => isWanted && open(), retryAfter);
+      }
+    };
+  };
+  open();
+  return () => {
+    isWanted = false;
+    socket.close();
+  };
+}
+
+const listeners = [];
+
+/** Calls `listener` with the words of each verb that the simulator has accepted, and when it was called on the clock of
+ *  performance.now(). */
+export function onVerb(listener) {
+  listeners.push(listener);
+}
+
+/** Runs a verb; its words are those of `zviptvctl sim`. An error is shown. Resolves to whether it succeeded. */
+export async function run(...words) {
+  const calledAt = performance.now();
+  let error = "the simulator does not answer; see whether it still runs";
+  try {
+    const answer = await fetch("verb", {
+      method: "POST",
+      headers: { "Content-Type": "application/json" },
+      body: JSON.stringify({ words: words.map(String) }),
+    });
+    error = answer.ok ? "" : answer.status === 403 ? await answer.text() : (await answer.json()).error;
+  } catch (failure) {
+    console.warn(failure);
+  }
+  if (error) {
+    showError(error);
+    return false;
+  }
+  listeners.forEach(listener => listener(words.map(String), calledAt));
+  return true;
+}
+
+const longestShown = 8000;
+
+export function showError(text) {
+  const item = document.createElement("div");
+  item.className = "toast";
+  const line = document.createElement("p");
+  line.textContent = text;
+  const close = document.createElement("button");
+  close.type = "button";
+  close.textContent = "Close";
+  close.onclick = () => item.remove();
+  item.append(line, close);
+  document.getElementById("messages-area").append(item);
+  setTimeout(() => item.matches(":hover, :focus-within") || item.remove(), longestShown);
+}

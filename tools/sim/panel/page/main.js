@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+// Puts the page together.
+import { byId, setText } from "./dom.js";
+import { listen } from "./link.js";
+import { update, watch } from "./store.js";
+import { startTelevision } from "./television.js";
+import { startProgramme } from "./programme.js";
+import { startSteering } from "./steering.js";
+import { startFaults } from "./faults.js";
+import { startApplications } from "./applications.js";
+import { startRecorder } from "./recorder.js";
+
+let isConnected = false;
+
+function showService(state) {
+  const pill = byId("service");
+  const word = !isConnected ? "no simulator" : state.Running ? "running" : "service is dead";
+  pill.className = `pill ${!isConnected || !state.Running ? "bad" : "good"}`;
+  setText(pill, word);
+}
+
+function showInput(state) {
+  const [, name] = state.Programmes.find(([number]) => number === state.Programme) ?? [0, ""];
+  setText(byId("channel"), name || (state.Programme ? `Programme ${state.Programme}` : "Television"));
+  setText(byId("input"), state.Input);
+  document.title = `${byId("channel").textContent} – Television`;
+}
+
+const known = {};
+watch(["Running"], showService);
+watch(["Programmes", "Programme", "Input"], showInput);
+startTelevision();
+startProgramme();
+startSteering();
+startFaults();
+startApplications();
+startRecorder();
+listen("events", text => {
+  const news = JSON.parse(text);
+  Object.assign(known, news.state);
+  update(news.state);
+}, nowConnected => {
+  isConnected = nowConnected;
+  showService(known);
+  document.body.classList.toggle("lost", !isConnected);
+});

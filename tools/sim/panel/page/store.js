@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: MIT
+// What the page knows of the television, and who is told when it changes.
+
+/** The properties of the control interface by name, as the simulator reported them last. */
+export const state = {};
+
+const watchers = [];
+
+/** Calls `show` now and whenever one of the properties changes. */
+export function watch(properties, show) {
+  watchers.push({ properties, show });
+  if (properties.some(name => name in state)) {
+    show(state);
+  }
+}
+
+export function update(changes) {
+  Object.assign(state, changes);
+  for (const { properties, show } of watchers) {
+    if (properties.some(name => name in changes)) {
+      show(state);
+    }
+  }
+}
