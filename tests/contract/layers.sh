@@ -43,7 +43,7 @@ may tools/trace common glib
 may tools/sim/stream
 may tools/sim/input stream process glib
 may tools/sim/guide stream
-may tools/sim/playback guide input stream common
+may tools/sim/playback guide input stream process common
 may tools/sim/endpoints playback guide input stream common glib
 may tools/sim/control endpoints playback verbs common glib
 may tools/sim/scenario common

@@ -57,15 +57,6 @@ void AddAudio(Dictionary& entry, ZVAudio const& track)
         .Add("sampleRate", Unsigned(track.sampleRate));
 }
 
-void AddSubtitle(Dictionary& entry, ZVHybridSBT const& subtitle)
-{
-    bool const isTeletext = subtitle.kind == ZV_SUBTITLE_TELETEXT;
-    entry.Add("kind", std::string(isTeletext ? "teletext" : "dvb"))
-        .Add("page",
-             isTeletext ? PageNumber(subtitle.magazine, subtitle.page) : Unsigned(subtitle.compositionPage))
-        .Add("hardOfHearing", Flag(subtitle.hardOfHearing != 0));
-}
-
 void AddTeletext(Dictionary& entry, ZVTTX const& page)
 {
     entry.Add("page", PageNumber(page.magazine, page.page)).Add("subtitles", Flag(IsSubtitle(page)));
@@ -95,6 +86,15 @@ GVariant* ProgrammeOf(GuideEntry const* programme)
 }
 
 } // namespace
+
+void AddSubtitle(Dictionary& entry, ZVHybridSBT const& subtitle)
+{
+    bool const isTeletext = subtitle.kind == ZV_SUBTITLE_TELETEXT;
+    entry.Add("kind", std::string(isTeletext ? "teletext" : "dvb"))
+        .Add("page",
+             isTeletext ? PageNumber(subtitle.magazine, subtitle.page) : Unsigned(subtitle.compositionPage))
+        .Add("hardOfHearing", Flag(subtitle.hardOfHearing != 0));
+}
 
 void AddProgramme(Dictionary& report, Television const& television)
 {

@@ -9,4 +9,7 @@ namespace zviptv::sim {
 /// Adds the properties about the programme that is played: its tracks and what the guide says of it.
 void AddProgramme(Dictionary& report, Television const& television);
 
+/// Adds kind, page and whether it is for the hard of hearing.
+void AddSubtitle(Dictionary& entry, ZVHybridSBT const& subtitle);
+
 } // namespace zviptv::sim

@@ -5,6 +5,7 @@
 #include "Link.h"
 #include "Methods.h"
 #include "Report.h"
+#include "Watch.h"
 #include "verbs/Verbs.h"
 
 #include <zviptv/Protocol.h>
@@ -129,6 +130,10 @@ void ServiceControl::Answer(std::string const& interface, std::string const& met
     if (interface == link::Properties) {
         Owned<GVariant> const report = Report(m_service);
         g_dbus_method_invocation_return_value(invocation, g_variant_new("(@a{sv})", report.get()));
+        return;
+    }
+    if (method == link::Watch) {
+        g_dbus_method_invocation_return_value(invocation, Watch(m_service, parameters, invocation));
         return;
     }
     if (method == link::Begin) {

@@ -36,9 +36,9 @@ Service::Service(ServiceOptions const& options, MainLoop& loop)
           },
           loop),
       m_player(options.playback, m_clock, [this](PesPacket const& pes) { Push(pes); }),
-      m_programmeGuide(
-          m_player, [this] { return m_clock.UnixTime(); }, loop,
-          [this](std::string const& text) { m_log.Say(text); }),
+      m_tap(m_player, m_selection), m_programmeGuide(
+                                        m_player, [this] { return m_clock.UnixTime(); }, loop,
+                                        [this](std::string const& text) { m_log.Say(text); }),
       m_playerControl(m_player, m_selection), m_broadcastData(m_player, m_selection, m_lock),
       m_applications([this](std::string const& busName) {
           m_programmeGuide.Forget(busName);
@@ -70,8 +70,13 @@ Service::Service(ServiceOptions const& options, MainLoop& loop)
     m_player.SetPacketListener([this](TsPacket const& packet) { m_programmeGuide.Push(packet); });
     m_player.SetProgrammeListener([this](Programme const& next) {
         m_selection.Follow(m_player, next);
+        m_tap.Restart();
         m_onChange();
     });
+    if (m_options.isTapped) {
+        m_player.SetPesListener(
+            [this](PesPacket const& pes, bool isPassedOver) { m_tap.Take(pes, isPassedOver); });
+    }
     m_player.SetInputListener([this] { m_programmeGuide.ForgetEvents(); });
     m_player.SetWakeUp([this] {
         if (m_isPlaying && !std::exchange(m_isWoken, true)) {

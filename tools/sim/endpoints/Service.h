@@ -15,6 +15,7 @@
 #include "playback/Player.h"
 #include "playback/Selection.h"
 #include "playback/SimulatedClock.h"
+#include "playback/StreamTap.h"
 
 #include <zviptv/DeferredReply.h>
 
@@ -35,6 +36,7 @@ struct ServiceOptions
     std::optional<std::int64_t> now; ///< what the guide's clock shows at the start; the real time when empty
     std::optional<int> ratingLimit;  ///< highest minimum age that plays without a PIN
     bool serviceLocked = false;
+    bool isTapped = false;        ///< a decoder may want to show what is played
     bool lockStopsPushes = false; ///< nothing is pushed while the programme or the service is locked
     std::vector<FaultRule> faults;
     std::uint64_t faultSeed = 0; ///< of the faults with a probability
@@ -52,6 +54,7 @@ struct Television
     ProgrammeGuideService& guide;
     DataSubscriberService const& subscribers;
     Applications const& applications;
+    StreamTap& tap;
 };
 
 /// The service on the bus: owns the helper bus, answers on the endpoints, plays the stream. Lives on one
@@ -154,6 +157,7 @@ private:
     std::chrono::steady_clock::time_point m_statusAt;
     DataSubscriberService m_subscribers;
     Player m_player;
+    StreamTap m_tap;
     ProgrammeGuideService m_programmeGuide;
     PlayerControlService m_playerControl;
     BroadcastDataService m_broadcastData;

@@ -118,8 +118,8 @@ try {
 
 Television Service::Parts()
 {
-    return {m_clock,  m_player,         m_selection,   m_lock,
-            m_faults, m_programmeGuide, m_subscribers, m_applications};
+    return {m_clock,          m_player,      m_selection,    m_lock, m_faults,
+            m_programmeGuide, m_subscribers, m_applications, m_tap};
 }
 
 void Service::SetListeners(RequestListener onRequest, std::function<void()> onChange)

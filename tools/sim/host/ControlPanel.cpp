@@ -18,6 +18,13 @@ PanelLink LinkTo(Control& control)
         });
     };
     link.read = [&control](std::function<void(GVariant*)> const& reply) { control.Read(reply); };
+    link.watch = [&control](std::string const& what, FileHandle const& pipe,
+                            PanelLink::Watched const& watched) {
+        control.Service().Watch(what, pipe, [watched](GVariant* value, GError const* /*error*/) {
+            Owned<GVariant> const content(value == nullptr ? nullptr : g_variant_get_child_value(value, 0));
+            watched(content.get());
+        });
+    };
     return link;
 }
 

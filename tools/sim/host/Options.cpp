@@ -231,6 +231,7 @@ void Understand(Texts const& texts, Options& options)
             "a command runs on a private bus: leave out --bus system, or start the command by itself");
     }
     options.privateBus = texts.bus == "private" || !options.command.empty();
+    options.service.isTapped = options.panel.has_value();
     options.service.log = LogForm(texts, !options.command.empty());
 }
 

@@ -55,17 +55,19 @@ void ServiceLink::OnSignal(GDBusConnection* /*connection*/, char const* /*sender
 
 void ServiceLink::Call(Request request)
 {
-    g_dbus_connection_call(m_connection.get(), nullptr, verbs::ObjectPath, request.interface,
-                           request.method.c_str(), request.parameters.get(), nullptr, G_DBUS_CALL_FLAGS_NONE,
-                           static_cast<int>(request.limit.count()), m_cancellable.get(), OnReply,
-                           std::make_unique<Reply>(std::move(request.reply)).release());
+    g_dbus_connection_call_with_unix_fd_list(
+        m_connection.get(), nullptr, verbs::ObjectPath, request.interface, request.method.c_str(),
+        request.parameters.get(), nullptr, G_DBUS_CALL_FLAGS_NONE, static_cast<int>(request.limit.count()),
+        request.descriptors.get(), m_cancellable.get(), OnReply,
+        std::make_unique<Reply>(std::move(request.reply)).release());
 }
 
 void ServiceLink::OnReply(GObject* source, GAsyncResult* result, gpointer reply)
 {
     std::unique_ptr<Reply> const owned(static_cast<Reply*>(reply));
     GError* error = nullptr;
-    Owned<GVariant> const value(g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, &error));
+    Owned<GVariant> const value(
+        g_dbus_connection_call_with_unix_fd_list_finish(G_DBUS_CONNECTION(source), nullptr, result, &error));
     (*owned)(value.get(), error);
     g_clear_error(&error);
 }

@@ -3,6 +3,8 @@
 
 #include "glib/Owned.h"
 
+#include <gio/gunixfdlist.h>
+
 #include <chrono>
 #include <climits>
 #include <functional>
@@ -29,6 +31,7 @@ public:
         std::chrono::milliseconds limit = NoLimit;
         std::string caller; ///< its bus name; empty for the simulator itself
         Reply reply;
+        Owned<GUnixFDList> descriptors = {}; ///< that go with the parameters
     };
     static constexpr std::chrono::milliseconds NoLimit{INT_MAX};
 

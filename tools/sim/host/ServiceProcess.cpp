@@ -36,6 +36,9 @@ void Refuse(std::vector<ServiceLink::Request> const& requests, char const* why)
     }
 }
 
+/// Of a service that hangs there is no picture.
+constexpr std::chrono::seconds WatchLimit{5};
+
 } // namespace
 
 ServiceProcess::ServiceProcess(Options const& options, Listener listener)
@@ -121,6 +124,25 @@ void ServiceProcess::Call(ServiceLink::Request request)
     if (IsGone()) {
         RefuseWaiting(Gone);
     }
+}
+
+void ServiceProcess::Watch(std::string const& what, FileHandle const& pipe, ServiceLink::Reply const& reply)
+{
+    Error error;
+    if (!m_link || !m_link->IsConnected()) {
+        error.Set(G_IO_ERROR_NOT_CONNECTED, "the service is not connected");
+        reply(nullptr, error.Get());
+        return;
+    }
+    Owned<GUnixFDList> descriptors(g_unix_fd_list_new());
+    int const index = g_unix_fd_list_append(descriptors.get(), pipe.Get(), error.Out());
+    if (error) {
+        reply(nullptr, error.Get());
+        return;
+    }
+    Owned<GVariant> arguments(g_variant_ref_sink(g_variant_new("(sh)", what.c_str(), index)));
+    m_link->Call(
+        {link::Interface, link::Watch, std::move(arguments), WatchLimit, {}, reply, std::move(descriptors)});
 }
 
 void ServiceProcess::RefuseWaiting(char const* why)

@@ -4,6 +4,7 @@
 #include "Options.h"
 #include "ServiceLink.h"
 #include "Signals.h"
+#include "process/FileHandle.h"
 #include "process/Process.h"
 
 #include <memory>
@@ -57,6 +58,10 @@ public:
 
     /// Drops the calls of this caller that still wait.
     void Forget(std::string const& caller);
+
+    /// Has what is played written to a pipe, see link::Watch. A service that is not connected answers with an
+    /// error.
+    void Watch(std::string const& what, FileHandle const& pipe, ServiceLink::Reply const& reply);
 
     /// Kills it. It comes back after `seconds`, or as the options say. False when it is dead.
     bool Die(std::optional<double> seconds);

@@ -56,6 +56,12 @@ LoopSource LoopSource::OnInput(int descriptor, std::function<void()> function)
     return {g_unix_fd_source_new(descriptor, condition), G_SOURCE_FUNC(OnDescriptor), std::move(function)};
 }
 
+LoopSource LoopSource::OnOutput(int descriptor, std::function<void()> function)
+{
+    auto const condition = static_cast<GIOCondition>(G_IO_OUT | G_IO_HUP | G_IO_ERR);
+    return {g_unix_fd_source_new(descriptor, condition), G_SOURCE_FUNC(OnDescriptor), std::move(function)};
+}
+
 LoopSource LoopSource::Every(std::chrono::milliseconds period, std::function<void()> function)
 {
     return {g_timeout_source_new(static_cast<guint>(period.count())), OnTime, std::move(function)};

@@ -22,6 +22,9 @@ public:
     /// Whenever the descriptor can be read, or has ended.
     static LoopSource OnInput(int descriptor, std::function<void()> function);
 
+    /// Whenever the descriptor can be written to, or its reader has gone.
+    static LoopSource OnOutput(int descriptor, std::function<void()> function);
+
     /// Every `period`.
     static LoopSource Every(std::chrono::milliseconds period, std::function<void()> function);
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Panel.h"
 
+#include "MediaKinds.h"
 #include "common/ProtocolSchema.h"
 #include "common/VariantJson.h"
 #include "verbs/Verbs.h"
@@ -65,13 +66,18 @@ std::string VerbsJson()
 } // namespace
 
 Panel::Panel(unsigned port, PanelLink link)
-    : m_link(std::move(link)), m_server(port), m_self(std::make_shared<Panel*>(this))
+    : m_link(std::move(link)), m_server(port), m_picture(MakeStream(PictureKind(), "PanelPicture")),
+      m_sound(MakeStream(SoundKind(), "PanelSound")), m_self(std::make_shared<Panel*>(this))
 {
-    m_server.AddPost(
-        "verb", [this](std::string const& body, PanelServer::Answer const& answer) { OnVerb(body, answer); });
-    m_server.AddSocket("events", [this](SoupWebsocketConnection* connection) { AddPage(connection); });
-    m_server.AddFile("verbs.json", VerbsJson);
-    m_server.AddFile("protocol.json", [] { return ToText(ProtocolSchema()); });
+    m_server.AddSocket("api/picture",
+                       [this](SoupWebsocketConnection* connection) { m_picture.Add(connection); });
+    m_server.AddSocket("api/sound", [this](SoupWebsocketConnection* connection) { m_sound.Add(connection); });
+    m_server.AddPost("api/verb", [this](std::string const& body, PanelServer::Answer const& answer) {
+        OnVerb(body, answer);
+    });
+    m_server.AddSocket("api/events", [this](SoupWebsocketConnection* connection) { AddPage(connection); });
+    m_server.AddFile("api/verbs.json", VerbsJson);
+    m_server.AddFile("api/protocol.json", [] { return ToText(ProtocolSchema()); });
 }
 
 Panel::~Panel() = default;
@@ -119,7 +125,35 @@ void Panel::Set(GVariant* properties)
     for (std::string const& name : json.getMemberNames()) {
         m_feed.Set(name, json[name]);
     }
+    RefreshStill(json);
     m_pages.Advance();
+}
+
+/// A paused television that has gone elsewhere, or plays again, shows another picture.
+void Panel::RefreshStill(Json::Value const& properties)
+{
+    bool const isPaused = properties.get("Paused", m_stillAt >= 0).asBool();
+    double const position = properties.get("Position", m_stillAt).asDouble();
+    double const stillAt = isPaused ? position : -1;
+    if (stillAt != m_stillAt) {
+        m_stillAt = stillAt;
+        m_picture.Refresh();
+    }
+}
+
+/// `property` tells the pages what there is.
+MediaStream Panel::MakeStream(MediaStream::Kind kind, char const* property)
+{
+    auto const watch = [this](std::string const& what, FileHandle const& pipe,
+                              MediaStream::Watched const& watched) {
+        m_link.watch(what, pipe, [watched](GVariant* content) {
+            watched(content == nullptr ? Json::Value() : ToJson(content));
+        });
+    };
+    return {std::move(kind), watch, [this, property](Json::Value const& content) {
+                m_feed.Set(property, content);
+                m_pages.Advance();
+            }};
 }
 
 void Panel::OnSignal(std::string const& /*interface*/, std::string const& name, GVariant* body)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Feed.h"
+#include "MediaStream.h"
 #include "Pages.h"
 #include "PanelServer.h"
 #include "glib/Owned.h"
@@ -23,6 +24,11 @@ struct PanelLink
 
     /// Calls `reply` with all properties as they are now, an a{sv}.
     std::function<void(std::function<void(GVariant* properties)> const& reply)> read;
+
+    /// Has the "picture" or the "sound" of what is played written to a pipe, see link::Watch. `watched` gets
+    /// the answer, an a{sv}, or null when there is no service.
+    using Watched = std::function<void(GVariant* content)>;
+    std::function<void(std::string const& what, FileHandle const& pipe, Watched const& watched)> watch;
 };
 
 /// A page in the browser that shows the television and steers it. Lives on the thread whose default main
@@ -47,11 +53,16 @@ private:
     void AddPage(SoupWebsocketConnection* connection);
     void Read();
     void Set(GVariant* properties);
+    MediaStream MakeStream(MediaStream::Kind kind, char const* property);
+    void RefreshStill(Json::Value const& properties);
 
     PanelLink m_link;
     Feed m_feed;
     Pages m_pages{m_feed};
     PanelServer m_server;
+    MediaStream m_picture;
+    MediaStream m_sound;
+    double m_stillAt = -1;          ///< the position, while the clock is paused
     LoopSource m_reading;           ///< while there is a page
     std::shared_ptr<Panel*> m_self; ///< ends with this, unlike calls
 };

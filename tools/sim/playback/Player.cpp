@@ -179,6 +179,9 @@ void Player::Deliver(Event const& event)
         LookAtVideo(event.pes);
         ListenToAudio(event.pes);
         ReadText(event.pes);
+        if (m_onPes) {
+            m_onPes(event.pes, event.at.time < m_skipUntil);
+        }
         if (event.at.time >= m_skipUntil) {
             m_listener(event.pes);
         }

@@ -64,6 +64,9 @@ public:
     /// the next Advance()s. @throws StreamError when the file cannot be read again; then nothing has changed
     void Seek(Seconds position);
 
+    /// What lies before the position of a seek has not been passed over yet.
+    bool IsSeeking() const { return m_next && m_next->at.time < m_skipUntil; }
+
     /// Plays a file from a position that is reached now, with the clock as it is. @throws StreamError as
     /// Seek() does
     void GoTo(Seconds position);
@@ -110,6 +113,10 @@ public:
     /// are those before.
     using ProgrammeListener = std::function<void(Programme const& next)>;
     void SetProgrammeListener(ProgrammeListener listener) { m_onProgramme = std::move(listener); }
+
+    /// Gets every PES packet that is handed out and, with true, those that a seek passes over.
+    using PesListener = std::function<void(PesPacket const& pes, bool isPassedOver)>;
+    void SetPesListener(PesListener listener) { m_onPes = std::move(listener); }
 
     /// Called when another input is about to be played.
     void SetInputListener(std::function<void()> listener) { m_onInput = std::move(listener); }
@@ -172,6 +179,7 @@ private:
     Listener m_listener;
     Demux::PacketListener m_onPacket;
     ProgrammeListener m_onProgramme;
+    PesListener m_onPes;
     std::function<void()> m_onInput;
     std::function<void()> m_wake;
     std::unique_ptr<Demux> m_demux;

@@ -24,7 +24,7 @@ function faultItem(fault) {
 }
 
 async function offerMessages() {
-  const protocol = await (await fetch("protocol.json")).json();
+  const protocol = await (await fetch("api/protocol.json")).json();
   const names = protocol.endpoints.flatMap(endpoint => endpoint.functions.map(one => one.name));
   setChildren(byId("messages"), ...["*", "PESCB", "CaptionCB", "Announcement", ...new Set(names)].map(name =>
     make("option", { value: name })));

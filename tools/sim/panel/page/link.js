@@ -48,7 +48,7 @@ export async function run(...words) {
   const calledAt = performance.now();
   let error = "the simulator does not answer; see whether it still runs";
   try {
-    const answer = await fetch("verb", {
+    const answer = await fetch("api/verb", {
       method: "POST",
       headers: { "Content-Type": "application/json" },
       body: JSON.stringify({ words: words.map(String) }),

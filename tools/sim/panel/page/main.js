@@ -4,6 +4,7 @@ import { byId, setText } from "./dom.js";
 import { listen } from "./link.js";
 import { update, watch } from "./store.js";
 import { startTelevision } from "./television.js";
+import { startPicture } from "./picture.js";
 import { startProgramme } from "./programme.js";
 import { startSteering } from "./steering.js";
 import { startFaults } from "./faults.js";
@@ -30,12 +31,13 @@ const known = {};
 watch(["Running"], showService);
 watch(["Programmes", "Programme", "Input"], showInput);
 startTelevision();
+startPicture();
 startProgramme();
 startSteering();
 startFaults();
 startApplications();
 startRecorder();
-listen("events", text => {
+listen("api/events", text => {
   const news = JSON.parse(text);
   Object.assign(known, news.state);
   update(news.state);

@@ -24,7 +24,7 @@ function onSubmit(form, words) {
 }
 
 async function offerVerbs() {
-  const verbs = await (await fetch("verbs.json")).json();
+  const verbs = await (await fetch("api/verbs.json")).json();
   setChildren(byId("verbs"), ...verbs.map(verb => make("option", { value: verb.words, label: `${verb.synopsis}: ${verb.help}` })));
 }
 

@@ -1,0 +1,131 @@
+// SPDX-License-Identifier: MIT
+// The picture and the sound, which are decoded only while somebody looks and listens.
+import { byId, setIcon, setText } from "./dom.js";
+import { listen } from "./link.js";
+import { drawTestCard } from "./testcard.js";
+import { state, watch } from "./store.js";
+import { coverOf } from "./television.js";
+
+let endPicture = null;
+let frames = 0; // drawn so far
+let hasPicture = false;
+
+const install = "To see the picture, install ffmpeg: sudo apt install ffmpeg";
+
+async function draw(blob) {
+  const image = await createImageBitmap(blob);
+  const canvas = byId("picture");
+  if (canvas.width !== image.width || canvas.height !== image.height) {
+    canvas.width = image.width;
+    canvas.height = image.height;
+  }
+  canvas.getContext("2d").drawImage(image, 0, 0);
+  image.close();
+  hasPicture = true;
+  canvas.dataset.frames = ++frames;
+}
+
+/** Covered by a lock or a mute, or out of sight, the picture is not asked for. */
+function follow() {
+  const isWanted = !document.hidden && state.Running !== undefined && coverOf(state) === null;
+  if (isWanted && !endPicture) {
+    endPicture = listen("api/picture", draw);
+  } else if (!isWanted && endPicture) {
+    endPicture();
+    endPicture = null;
+  }
+}
+
+/** What the picture lacks, in a line below it. */
+function noteOf({ PanelPicture: picture, Paused, Captions }) {
+  switch (picture?.state) {
+    case "no ffmpeg":
+      return install;
+    case "failed":
+      return "ffmpeg cannot decode this stream.";
+    case "nothing":
+      return "The programme has no video.";
+    case "waiting":
+      return hasPicture ? "" : Paused ? "Paused: the picture comes when the stream goes on." : "Waiting for the next whole picture.";
+    default:
+      return !picture?.subtitle && Captions?.length && endPicture ? "Captions are not drawn into the picture." : "";
+  }
+}
+
+function showState() {
+  const now = state.PanelPicture?.state;
+  if (now === "no ffmpeg" || now === "nothing" || now === "failed") {
+    drawTestCard(byId("picture"), now === "no ffmpeg" ? "no ffmpeg" : now === "failed" ? "no decoder" : "no video");
+    hasPicture = false;
+  }
+  setText(byId("picture-note"), noteOf(state));
+}
+
+const rate = 48000;
+const startDelay = 0.15; // seconds that the sound lies in store
+
+/** Plays samples one after another. */
+class Speaker {
+  constructor() {
+    this.context = new AudioContext({ sampleRate: rate });
+    this.gain = this.context.createGain();
+    this.gain.connect(this.context.destination);
+    this.next = 0;
+    this.end = listen("api/sound", blob => this.play(blob));
+  }
+
+  async play(blob) {
+    const samples = new Int16Array(await blob.arrayBuffer());
+    const buffer = this.context.createBuffer(2, samples.length / 2, rate);
+    for (const channel of [0, 1]) {
+      const data = buffer.getChannelData(channel);
+      for (let i = 0; i < data.length; ++i) {
+        data[i] = samples[2 * i + channel] / 32768;
+      }
+    }
+    const source = new AudioBufferSourceNode(this.context, { buffer });
+    source.connect(this.gain);
+    const now = this.context.currentTime;
+    if (this.next < now || this.next > now + 1) {
+      this.next = now + startDelay;
+    }
+    source.start(this.next);
+    this.next += buffer.duration;
+    byId("sound").dataset.seconds = (Number(byId("sound").dataset.seconds ?? 0) + buffer.duration).toFixed(3);
+  }
+
+  mute(isMuted) {
+    this.gain.gain.value = isMuted ? 0 : 1;
+  }
+
+  stop() {
+    this.end();
+    this.context.close();
+  }
+}
+
+let speaker = null;
+
+function followSound() {
+  speaker?.mute(state.AudioMuted || state.ProgrammeLocked || state.ServiceLocked || !state.Running);
+}
+
+function toggleSound() {
+  if (speaker) {
+    speaker.stop();
+    speaker = null;
+  } else {
+    speaker = new Speaker();
+    followSound();
+  }
+  byId("sound").setAttribute("aria-pressed", String(speaker !== null));
+  setIcon(byId("sound"), speaker ? "sound" : "silent");
+}
+
+export function startPicture() {
+  watch(["Running", "ProgrammeLocked", "ServiceLocked", "VideoMuted", "SourceState"], follow);
+  document.addEventListener("visibilitychange", follow);
+  watch(["PanelPicture", "Paused", "Captions"], showState);
+  watch(["AudioMuted", "ProgrammeLocked", "ServiceLocked", "Running"], followSound);
+  byId("sound").onclick = toggleSound;
+}

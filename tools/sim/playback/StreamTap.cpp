@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: MIT
+#include "StreamTap.h"
+
+#include "TapStreams.h"
+#include "Tracks.h"
+
+namespace zviptv::sim {
+
+namespace {
+
+/// Of a stream that never has such a picture nothing is kept.
+constexpr std::size_t MaxKept = std::size_t{16} * 1024 * 1024;
+
+} // namespace
+
+void StreamTap::Keep(PesPacket const& pes)
+{
+    Programme const& programme = m_player.Current();
+    if (programme.video.empty()) {
+        return;
+    }
+    VideoTrack const& video = programme.video.front();
+    bool const isVideo = pes.pid == video.pid;
+    if (isVideo && BeginsPicture(video.codec, pes)) {
+        m_kept.clear();
+        m_keptBytes = 0;
+    } else if (m_kept.empty()) {
+        return;
+    }
+    if (isVideo || pes.kind == StreamKind::Subtitle || pes.kind == StreamKind::Teletext) {
+        m_kept.push_back(pes);
+        m_keptBytes += pes.bytes.size();
+    }
+    if (m_keptBytes > MaxKept) {
+        m_kept.clear();
+        m_keptBytes = 0;
+    }
+}
+
+void StreamTap::Take(PesPacket const& pes, bool isPassedOver)
+{
+    if (isPassedOver && !m_isPassingOver) {
+        Restart();
+    }
+    m_isPassingOver = isPassedOver;
+    Keep(pes);
+    m_feeds.remove_if([&](Feed& feed) {
+        return isPassedOver || feed.writer.HasFinished() || feed.selected != Selected(feed.kind) ||
+               !feed.writer.Add(pes);
+    });
+}
+
+void StreamTap::Restart()
+{
+    m_feeds.clear();
+    m_kept.clear();
+    m_keptBytes = 0;
+}
+
+unsigned StreamTap::Selected(Kind kind) const
+{
+    return kind == Kind::Picture ? m_selection.subtitle : static_cast<unsigned>(m_selection.audio);
+}
+
+StreamTap::Content StreamTap::Open(Kind kind, FileHandle pipe)
+{
+    m_feeds.remove_if([](Feed const& feed) { return feed.writer.HasFinished() || feed.writer.IsBroken(); });
+    return kind == Kind::Picture ? OpenPicture(std::move(pipe)) : OpenSound(std::move(pipe));
+}
+
+StreamTap::Content StreamTap::OpenPicture(FileHandle pipe)
+{
+    Programme const& programme = m_player.Current();
+    if (programme.video.empty()) {
+        return {programme.number == 0 ? State::Waiting : State::Nothing, {}};
+    }
+    if (m_kept.empty() || m_player.IsSeeking()) {
+        return {};
+    }
+    std::vector<TsWriter::Stream> streams{StreamOf(programme, programme.video.front().pid)};
+    std::vector<ZVHybridSBT> const subtitles = HybridSubtitles(programme);
+    std::optional<ZVHybridSBT> subtitle;
+    if (m_selection.subtitle < subtitles.size()) {
+        subtitle = subtitles[m_selection.subtitle];
+        streams.push_back(StreamOf(*subtitle));
+    }
+    Feed& feed = m_feeds.emplace_back(Kind::Picture, std::move(pipe), streams, m_selection.subtitle);
+    for (PesPacket const& pes : m_kept) {
+        feed.writer.Add(pes);
+    }
+    if (m_player.Clock().IsPaused() || m_player.HasEnded()) {
+        feed.writer.Finish();
+        return {State::Still, subtitle};
+    }
+    return {State::Playing, subtitle};
+}
+
+StreamTap::Content StreamTap::OpenSound(FileHandle pipe)
+{
+    Programme const& programme = m_player.Current();
+    std::vector<ZVAudio> const tracks = AudioTracks(programme);
+    auto const selected = static_cast<std::size_t>(m_selection.audio);
+    if (selected >= tracks.size()) {
+        return {programme.number == 0 ? State::Waiting : State::Nothing, {}};
+    }
+    if (m_player.Clock().IsPaused() || m_player.HasEnded() || m_player.IsSeeking()) {
+        return {};
+    }
+    m_feeds.emplace_back(Kind::Sound, std::move(pipe),
+                         std::vector<TsWriter::Stream>{StreamOf(programme, tracks[selected].pid)},
+                         static_cast<unsigned>(selected));
+    return {State::Playing, {}};
+}
+
+} // namespace zviptv::sim

@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Player.h"
+#include "Selection.h"
+#include "TapFeed.h"
+
+#include <deque>
+#include <list>
+#include <memory>
+
+namespace zviptv::sim {
+
+/// Hands out what is played, so that a decoder can show it. For that it keeps the packets from the last
+/// picture on that can be decoded without others. Lives on the player's thread.
+class StreamTap
+{
+public:
+    enum class Kind
+    {
+        Picture, ///< the video and the selected subtitle
+        Sound    ///< the selected audio track
+    };
+
+    /// What a decoder gets.
+    enum class State
+    {
+        Playing, ///< everything from the last such picture on, until the feed ends
+        Still,   ///< the same up to now, and the end: the clock is paused
+        Waiting, ///< nothing yet; ask again
+        Nothing  ///< the programme has none
+    };
+    struct Content
+    {
+        State state = State::Waiting;
+        std::optional<ZVHybridSBT> subtitle; ///< that is handed out
+    };
+
+    StreamTap(Player const& player, Selection const& selection) : m_player(player), m_selection(selection) {}
+
+    /// Gets every packet that is handed out, and those that are passed over on the way to a position.
+    void Take(PesPacket const& pes, bool isPassedOver);
+
+    /// What was played before is not continued.
+    void Restart();
+
+    /// Writes what is played to a pipe. Closes it when the stream jumps, another track is selected or the
+    /// reader does not keep up; whoever wants to see more opens another one then.
+    Content Open(Kind kind, FileHandle pipe);
+
+private:
+    struct Feed
+    {
+        Feed(Kind feedKind, FileHandle pipe, std::vector<TsWriter::Stream> const& streams, unsigned index)
+            : kind(feedKind), selected(index), writer(std::move(pipe), streams)
+        {
+        }
+        Kind kind;
+        unsigned selected; ///< the track
+        TapFeed writer;
+    };
+
+    Content OpenPicture(FileHandle pipe);
+    Content OpenSound(FileHandle pipe);
+    unsigned Selected(Kind kind) const;
+    void Keep(PesPacket const& pes);
+
+    Player const& m_player;
+    Selection const& m_selection;
+    std::deque<PesPacket> m_kept; ///< from a picture on that can be decoded by itself
+    std::size_t m_keptBytes = 0;
+    bool m_isPassingOver = false;
+    std::list<Feed> m_feeds;
+};
+
+} // namespace zviptv::sim

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "stream/Event.h"
+#include "stream/TsWriter.h"
+
+#include <zviptv/IPTVTypes.h>
+
+namespace zviptv::sim {
+
+// The streams of a programme as a decoder shall be told of them.
+
+/// As the PMT announces it.
+TsWriter::Stream StreamOf(Programme const& programme, std::uint16_t pid);
+
+/// With this subtitle as its only one.
+TsWriter::Stream StreamOf(ZVHybridSBT const& subtitle);
+
+/// Whether a video packet has the head of a sequence, so that decoding can begin with it.
+bool BeginsPicture(VideoCodec codec, PesPacket const& pes);
+
+} // namespace zviptv::sim
