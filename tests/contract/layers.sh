@@ -47,7 +47,7 @@ may tools/sim/playback guide input stream process common
 may tools/sim/endpoints playback guide input stream common glib
 may tools/sim/control endpoints playback verbs common glib
 may tools/sim/scenario common
-may tools/sim/panel input verbs process common glib
+may tools/sim/panel input trace verbs process common glib
 may tools/sim/host control endpoints input panel playback scenario trace verbs process common glib
 may tools/ctl/output common glib
 may tools/ctl/session output glib

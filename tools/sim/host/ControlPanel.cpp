@@ -28,10 +28,16 @@ PanelLink LinkTo(Control& control)
     return link;
 }
 
+std::string SystemBus()
+{
+    Owned<char> const address(g_dbus_address_get_for_bus_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr));
+    return address ? address.get() : std::string();
+}
+
 } // namespace
 
 ControlPanel::ControlPanel(unsigned port, Control& control)
-    : m_control(control), m_panel(port, LinkTo(control))
+    : m_control(control), m_panel(port, SystemBus(), LinkTo(control))
 {
     control.SetObserver([this](std::string const& interface, std::string const& name, GVariant* body) {
         m_panel.OnSignal(interface, name, body);

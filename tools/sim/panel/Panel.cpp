@@ -65,9 +65,10 @@ std::string VerbsJson()
 
 } // namespace
 
-Panel::Panel(unsigned port, PanelLink link)
-    : m_link(std::move(link)), m_server(port), m_picture(MakeStream(PictureKind(), "PanelPicture")),
-      m_sound(MakeStream(SoundKind(), "PanelSound")), m_self(std::make_shared<Panel*>(this))
+Panel::Panel(unsigned port, std::string const& bus, PanelLink link)
+    : m_link(std::move(link)), m_traffic(bus, m_feed, [this] { m_pages.Advance(); }), m_server(port),
+      m_picture(MakeStream(PictureKind(), "PanelPicture")), m_sound(MakeStream(SoundKind(), "PanelSound")),
+      m_self(std::make_shared<Panel*>(this))
 {
     m_server.AddSocket("api/picture",
                        [this](SoupWebsocketConnection* connection) { m_picture.Add(connection); });
@@ -76,8 +77,9 @@ Panel::Panel(unsigned port, PanelLink link)
         OnVerb(body, answer);
     });
     m_server.AddSocket("api/events", [this](SoupWebsocketConnection* connection) { AddPage(connection); });
-    m_server.AddFile("api/verbs.json", VerbsJson);
-    m_server.AddFile("api/protocol.json", [] { return ToText(ProtocolSchema()); });
+    m_server.AddFile("api/verbs.json", [](std::string const&) { return VerbsJson(); });
+    m_server.AddFile("api/protocol.json", [](std::string const&) { return ToText(ProtocolSchema()); });
+    m_server.AddFile("api/message/", [this](std::string const& number) { return m_traffic.Details(number); });
 }
 
 Panel::~Panel() = default;

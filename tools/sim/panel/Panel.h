@@ -5,6 +5,7 @@
 #include "MediaStream.h"
 #include "Pages.h"
 #include "PanelServer.h"
+#include "Traffic.h"
 #include "glib/Owned.h"
 #include "input/LoopSource.h"
 
@@ -36,8 +37,10 @@ struct PanelLink
 class Panel
 {
 public:
-    /// @param port 0 for any free one @throws std::runtime_error with a line for the user
-    Panel(unsigned port, PanelLink link);
+    /// @param port 0 for any free one
+    /// @param bus the address of the bus whose conversation is shown
+    /// @throws std::runtime_error with a line for the user
+    Panel(unsigned port, std::string const& bus, PanelLink link);
     ~Panel();
     Panel(Panel const&) = delete;
     Panel& operator=(Panel const&) = delete;
@@ -59,6 +62,7 @@ private:
     PanelLink m_link;
     Feed m_feed;
     Pages m_pages{m_feed};
+    Traffic m_traffic;
     PanelServer m_server;
     MediaStream m_picture;
     MediaStream m_sound;

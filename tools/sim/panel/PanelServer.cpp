@@ -139,13 +139,19 @@ void PanelServer::OnPage(SoupServer* /*server*/, SoupServerMessage* message, cha
 
 void PanelServer::AddFile(std::string const& name, FileHandler handler)
 {
-    auto const onRequest = [](SoupServer*, SoupServerMessage* message, char const*, GHashTable*,
-                              gpointer data) {
-        RespondText(message, SOUP_STATUS_OK, (*static_cast<FileHandler*>(data))(), "application/json");
-    };
+    using Handler = std::pair<FileHandler, std::size_t>;
     std::string const path = m_access.Root() + name;
-    soup_server_add_handler(m_server.get(), path.c_str(), onRequest, NewHandler(std::move(handler)),
-                            FreeHandler<FileHandler>);
+    auto const onRequest = [](SoupServer*, SoupServerMessage* message, char const* asked, GHashTable*,
+                              gpointer data) {
+        auto const& [onFile, size] = *static_cast<Handler*>(data);
+        if (std::optional<std::string> const text = onFile(asked + size)) {
+            RespondText(message, SOUP_STATUS_OK, *text, "application/json");
+        } else {
+            RespondText(message, SOUP_STATUS_NOT_FOUND, "there is no such message any more\n");
+        }
+    };
+    soup_server_add_handler(m_server.get(), path.c_str(), onRequest,
+                            NewHandler(Handler(std::move(handler), path.size())), FreeHandler<Handler>);
     AddPath(path);
 }
 

@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace zviptv::sim {
@@ -20,8 +21,8 @@ public:
     /// What is posted to a path below the root; `body` has at most 64 KiB.
     using PostHandler = std::function<void(std::string const& body, Answer const& answer)>;
     using SocketHandler = std::function<void(SoupWebsocketConnection* connection)>;
-    /// The text of a JSON file.
-    using FileHandler = std::function<std::string()>;
+    /// The text of a JSON file; `rest` is what the path has after its name. Nothing if there is no such file.
+    using FileHandler = std::function<std::optional<std::string>(std::string const& rest)>;
 
     /// @param port 0 for any free one @throws std::runtime_error with a line for the user
     explicit PanelServer(unsigned port);

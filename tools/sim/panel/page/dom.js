@@ -9,6 +9,8 @@ export function make(name, attributes = {}, ...children) {
   for (const [key, value] of Object.entries(attributes)) {
     if (key.startsWith("on")) {
       element[key] = value;
+    } else if (key === "style") {
+      element.style.cssText = value; // the policy forbids the attribute
     } else if (value !== undefined && value !== false) {
       element.setAttribute(key, value === true ? "" : value);
     }

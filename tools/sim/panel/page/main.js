@@ -5,6 +5,7 @@ import { listen } from "./link.js";
 import { update, watch } from "./store.js";
 import { startTelevision } from "./television.js";
 import { startPicture } from "./picture.js";
+import { startConversation, take } from "./conversation.js";
 import { startProgramme } from "./programme.js";
 import { startSteering } from "./steering.js";
 import { startFaults } from "./faults.js";
@@ -36,11 +37,13 @@ startProgramme();
 startSteering();
 startFaults();
 startApplications();
+startConversation();
 startRecorder();
 listen("api/events", text => {
   const news = JSON.parse(text);
   Object.assign(known, news.state);
   update(news.state);
+  take(news.messages, news.missed);
 }, nowConnected => {
   isConnected = nowConnected;
   showService(known);

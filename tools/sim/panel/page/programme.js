@@ -12,8 +12,7 @@ function showClock() {
   }
   const passed = state.Paused ? 0 : (performance.now() - guideTimeAt) / 1000 * state.Speed;
   const time = new Date((state.GuideTime + passed) * 1000);
-  setText(byId("clock"), time.toLocaleString("en-GB", { dateStyle: "medium", timeStyle: "medium", timeZone: "UTC" }) +
-    " UTC");
+  setText(byId("clock"), time.toLocaleString("en-GB", { dateStyle: "medium", timeStyle: "medium", timeZone: "UTC" }));
 }
 
 function hours(programme) {

@@ -1,0 +1,236 @@
+// SPDX-License-Identifier: MIT
+// What applications and the service say to each other, as a sequence diagram: a column for each application, a row for
+// each message. Only the rows that are in sight are in the document.
+import { byId, make, setChildren, setText } from "./dom.js";
+import { showDetails } from "./details.js";
+import { describe, isFailure } from "./messages.js";
+import { watch } from "./store.js";
+
+export const mostMessages = 10000;
+const rowHeight = 26;
+const lanesWidth = 0.55; // of the diagram
+
+const messages = [];
+const applications = new Map(); // by bus name: what is known
+let shown = []; // of the messages, those that the filters let pass
+let arrived = 0; // while paused
+let isPaused = false;
+let selected = null; // the message
+let isDrawPlanned = false;
+let followsEnd = true;
+let drawnHeight = 0;
+
+const filter = { application: "", text: "", pushes: true, failures: false };
+
+function passes(message) {
+  return (filter.application === "" || message.application === filter.application) &&
+    (filter.pushes || !message.pushes) && (!filter.failures || isFailure(message)) &&
+    (filter.text === "" || `${message.function} ${message.endpoint} ${message.kind}`.toLowerCase().includes(filter.text));
+}
+
+function filterAll() {
+  shown = messages.filter(passes);
+  planDraw();
+}
+
+/** Takes messages from the simulator; `missed` is the number of those that came before and are lost. */
+export function take(news, missed) {
+  if (missed > 0) {
+    news = [{ number: 0, kind: "gap", time: news[0]?.time ?? 0, missed, values: "" }, ...news];
+  }
+  for (const message of news) {
+    note(message);
+    messages.push(message);
+  }
+  if (messages.length > mostMessages) {
+    messages.splice(0, messages.length - mostMessages);
+  }
+  if (isPaused) {
+    arrived += news.length;
+    showPaused();
+  } else if (news.length > 0) {
+    shown.push(...news.filter(passes));
+    const surplus = shown.findIndex(message => message.number >= messages[0].number);
+    if (surplus > 0) {
+      shown.splice(0, surplus);
+      byId("diagram").scrollTop -= followsEnd ? 0 : surplus * rowHeight;
+    }
+    planDraw();
+  }
+}
+
+/** Remembers who takes part. */
+function note({ application, name, program, process }) {
+  if (!application) {
+    return;
+  }
+  const known = applications.get(application);
+  if (!known || (name && known.name !== name) || (program && known.program !== program)) {
+    applications.set(application, { name: name || known?.name, program: program || known?.program, process });
+    showApplications();
+  }
+}
+
+function titleOf(busName) {
+  const { name, program } = applications.get(busName) ?? {};
+  return name || (program ? `${program.split("/").pop()} ${busName}` : busName);
+}
+
+function showApplications() {
+  setChildren(byId("filter-application"), make("option", { value: "" }, "all applications"),
+    ...[...applications.keys()].map(name => make("option", { value: name, selected: name === filter.application }, titleOf(name))));
+}
+
+/** The applications in sight, and where their columns are, in pixels. The service has the first column. */
+function columnsOf(rows, width) {
+  const names = [...new Set(rows.map(row => row.application).filter(Boolean))];
+  const first = width < 560 ? 66 : 96;
+  const last = width - (width < 560 ? 30 : 70);
+  const step = names.length > 1 ? (last - first) * lanesWidth / (names.length - 1) : 0;
+  return { service: first, of: new Map(names.map((name, index) => [name, last - (names.length - 1 - index) * step])) };
+}
+
+function planDraw() {
+  if (!isDrawPlanned) {
+    isDrawPlanned = true;
+    requestAnimationFrame(draw);
+  }
+}
+
+const pool = []; // rows of the document, used again and again
+
+function rowElement(index) {
+  while (pool.length <= index) {
+    const row = make("div", { class: "message", role: "option" },
+      make("span", { class: "when" }), make("span", { class: "arrow" }), make("span", { class: "says" }));
+    pool.push(row);
+    byId("rows").append(row);
+  }
+  return pool[index];
+}
+
+function placeRow(row, message, top, columns) {
+  const { time, text, className } = describe(message, titleOf(message.application));
+  const from = columns.service;
+  const to = columns.of.get(message.application) ?? columns.service + 60;
+  row.className = `message ${className}${message === selected ? " selected" : ""}`;
+  row.id = `message-${message.number}`;
+  row.setAttribute("aria-selected", String(message === selected));
+  row.style.transform = `translateY(${top}px)`;
+  const [when, arrow, says] = row.children;
+  setText(when, time);
+  setText(says, text);
+  says.title = text;
+  arrow.style.left = `${from}px`;
+  arrow.style.width = `${to - from}px`;
+  arrow.className = `arrow ${message.fromService ? "right" : "left"}`;
+  says.style.left = `${from + 12}px`;
+}
+
+function draw() {
+  isDrawPlanned = false;
+  const diagram = byId("diagram");
+  drawnHeight = shown.length * rowHeight;
+  byId("rows").style.height = `${drawnHeight}px`;
+  if (followsEnd && !isPaused) {
+    diagram.scrollTop = drawnHeight;
+  }
+  const first = Math.max(0, Math.floor(diagram.scrollTop / rowHeight) - 2);
+  const rows = shown.slice(first, first + Math.ceil(diagram.clientHeight / rowHeight) + 4);
+  const columns = columnsOf(rows, diagram.clientWidth);
+  rows.forEach((message, index) => placeRow(rowElement(index), message, (first + index) * rowHeight, columns));
+  pool.forEach((row, index) => { row.hidden = index >= rows.length; });
+  drawColumns(columns);
+  byId("empty").hidden = shown.length > 0;
+  diagram.dataset.count = messages.length;
+}
+
+function drawColumns(columns) {
+  const heads = [["", "service", columns.service], ...[...columns.of].map(([name, x]) => [name, titleOf(name), x])];
+  setChildren(byId("lanes"), ...heads.map(([name, title, x]) =>
+    make("span", { class: name ? "lane" : "lane service", style: `left:${x}px`, title: name || title }, make("b", {}, title))));
+}
+
+function showPaused() {
+  byId("hold").setAttribute("aria-pressed", String(isPaused));
+  setText(byId("hold"), isPaused ? (arrived ? `Paused, ${arrived} new` : "Paused") : "Pause");
+}
+
+function select(message) {
+  selected = message;
+  byId("diagram").setAttribute("aria-activedescendant", message ? `message-${message.number}` : "");
+  planDraw();
+  showDetails(byId("details"), message);
+}
+
+/** Moves the selection, and keeps it in sight. */
+function step(by) {
+  if (shown.length === 0) {
+    return;
+  }
+  const at = shown.indexOf(selected);
+  const next = Math.min(Math.max(at < 0 ? shown.length - 1 : at + by, 0), shown.length - 1);
+  const diagram = byId("diagram");
+  followsEnd = false;
+  diagram.scrollTop = Math.min(Math.max(diagram.scrollTop, (next + 1) * rowHeight - diagram.clientHeight + 30), next * rowHeight);
+  select(shown[next]);
+}
+
+function onKey(event) {
+  const steps = { ArrowDown: 1, ArrowUp: -1, PageDown: 12, PageUp: -12, Home: -mostMessages, End: mostMessages };
+  if (event.key in steps) {
+    event.preventDefault();
+    step(steps[event.key]);
+  } else if (event.key === "Escape") {
+    select(null);
+  }
+}
+
+export function startConversation() {
+  const diagram = byId("diagram");
+  diagram.onscroll = () => {
+    followsEnd = diagram.scrollTop + diagram.clientHeight >= drawnHeight - rowHeight;
+    planDraw();
+  };
+  diagram.onkeydown = onKey;
+  diagram.onclick = event => {
+    const row = event.target.closest(".message");
+    if (row) {
+      select(shown.find(message => `message-${message.number}` === row.id) ?? null);
+    }
+  };
+  byId("filter-application").onchange = event => {
+    filter.application = event.target.value;
+    filterAll();
+  };
+  byId("filter-text").oninput = event => {
+    filter.text = event.target.value.trim().toLowerCase();
+    filterAll();
+  };
+  for (const name of ["pushes", "failures"]) {
+    byId(`filter-${name}`).onchange = event => {
+      filter[name] = event.target.checked;
+      filterAll();
+    };
+  }
+  byId("hold").onclick = () => {
+    isPaused = !isPaused;
+    arrived = 0;
+    showPaused();
+    if (!isPaused) {
+      filterAll();
+    }
+  };
+  byId("empty-log").onclick = () => {
+    messages.length = 0;
+    select(null);
+    filterAll();
+  };
+  new ResizeObserver(planDraw).observe(diagram);
+  watch(["PanelConversation"], state => {
+    byId("conversation-error").hidden = !state.PanelConversation;
+    setText(byId("conversation-error"), state.PanelConversation);
+  });
+  showApplications();
+  planDraw();
+}

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: MIT
+// A message of the conversation in words.
+import { hexText } from "./dom.js";
+
+const timeText = microseconds => new Date(microseconds / 1000).toTimeString().slice(0, 8) +
+  `.${String(Math.floor(microseconds / 1000) % 1000).padStart(3, "0")}`;
+
+export const latencyText = microseconds => microseconds < 1000 ? `${microseconds} µs`
+  : microseconds < 1e6 ? `${(microseconds / 1000).toFixed(1)} ms` : `${(microseconds / 1e6).toFixed(2)} s`;
+
+export const sizeText = bytes => bytes < 1000 ? `${bytes} B` : bytes < 1e6 ? `${(bytes / 1000).toFixed(1)} kB`
+  : `${(bytes / 1e6).toFixed(1)} MB`;
+
+/** A reply that refuses, an error, and whatever breaks the protocol. */
+export function isFailure({ kind, result, problems, isAbrupt }) {
+  return kind === "error" || kind === "gap" || isAbrupt === true || result === false || (problems?.length ?? 0) > 0;
+}
+
+/** "25 pushes: PESCB 0x0101 ×25, 54.3 kB" */
+function pushesText(pushes) {
+  const counts = new Map();
+  let bytes = 0;
+  for (const [, name, pid, , size] of pushes) {
+    const key = pid >= 0 ? `${name} ${hexText(pid)}` : name;
+    counts.set(key, (counts.get(key) ?? 0) + 1);
+    bytes += size;
+  }
+  return [...counts].map(([key, count]) => count > 1 ? `${key} ×${count}` : key).join(", ") + ` · ${sizeText(bytes)}`;
+}
+
+function wordsOf(message, application) {
+  const { kind, values, result, latency } = message;
+  const after = latency === undefined ? "" : ` · ${latencyText(latency)}`;
+  switch (kind) {
+    case "gap":
+      return `${message.missed} earlier messages are not kept`;
+    case "request":
+      return message.function ? `${message.function} ${values}` : "still there?";
+    case "reply":
+      return `${result === undefined ? "answer" : result ? "✓" : "✗ refused"} ${values}${after}`;
+    case "error":
+      return `✗ ${message.error}${after}`;
+    case "notification":
+      return message.pushes ? pushesText(message.pushes) : `${message.function} ${values}`;
+    case "announcement":
+      return `announces ${message.endpoint.toLowerCase()} ${values}`;
+    case "answer":
+      return `answer ${values}${after}`;
+    case "loss":
+      return message.application ? `${application} has left the bus${message.isAbrupt ? " without a word" : ""}` : "the service has gone";
+    case "arrival":
+      return "the service is there";
+    default:
+      return kind;
+  }
+}
+
+/** How a row shows the message of this application. */
+export function describe(message, application = message.application) {
+  const problems = message.problems ? ` ⚠ ${message.problems.join("; ")}` : "";
+  return {
+    time: message.time ? timeText(message.time) : "",
+    text: wordsOf(message, application).trim() + problems,
+    className: `${message.kind}${isFailure(message) ? " failure" : ""}`,
+  };
+}
