@@ -45,18 +45,13 @@ Words PictureArguments(Json::Value const& content)
     std::string const size = SizeOf(content);
     std::string const video = "[0:v:0]scale=" + size + ",setsar=1";
     std::string const rate = "fps=25/2";
-    Words decoder = {"-threads", "2", "-thread_type", "slice"};
     std::string graph = video + "," + rate;
-    if (content.isMember("subtitle")) {
+    if (content["subtitle"]["kind"] == "dvb") { // of a page of teletext ffmpeg makes no picture here
         graph =
             video + "[video];[0:s:0]scale=" + size + "[text];[video][text]overlay=eof_action=pass," + rate;
-        if (content["subtitle"]["kind"] == "teletext") {
-            decoder.insert(decoder.end(), {"-txt_page", content["subtitle"]["page"].asString(), "-txt_format",
-                                           "bitmap", "-canvas_size", "492x250"});
-        }
     }
     return Joined({Input(),
-                   decoder,
+                   {"-threads", "2", "-thread_type", "slice"},
                    {"-i", "pipe:0", "-filter_complex", graph, "-an", "-c:v", "mjpeg", "-q:v", "4", "-f",
                     "mjpeg", "-flush_packets", "1", "pipe:1"}});
 }

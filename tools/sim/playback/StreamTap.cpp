@@ -27,7 +27,7 @@ void StreamTap::Keep(PesPacket const& pes)
     } else if (m_kept.empty()) {
         return;
     }
-    if (isVideo || pes.kind == StreamKind::Subtitle || pes.kind == StreamKind::Teletext) {
+    if (isVideo || pes.kind == StreamKind::Subtitle) {
         m_kept.push_back(pes);
         m_keptBytes += pes.bytes.size();
     }
@@ -82,7 +82,9 @@ StreamTap::Content StreamTap::OpenPicture(FileHandle pipe)
     std::optional<ZVHybridSBT> subtitle;
     if (m_selection.subtitle < subtitles.size()) {
         subtitle = subtitles[m_selection.subtitle];
-        streams.push_back(StreamOf(*subtitle));
+        if (subtitle->kind == ZV_SUBTITLE_DVB) {
+            streams.push_back(StreamOf(*subtitle));
+        }
     }
     Feed& feed = m_feeds.emplace_back(Kind::Picture, std::move(pipe), streams, m_selection.subtitle);
     for (PesPacket const& pes : m_kept) {

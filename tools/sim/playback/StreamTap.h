@@ -18,7 +18,7 @@ class StreamTap
 public:
     enum class Kind
     {
-        Picture, ///< the video and the selected subtitle
+        Picture, ///< the video, and the selected subtitle if it is a DVB subtitle
         Sound    ///< the selected audio track
     };
 
@@ -33,7 +33,7 @@ public:
     struct Content
     {
         State state = State::Waiting;
-        std::optional<ZVHybridSBT> subtitle; ///< that is handed out
+        std::optional<ZVHybridSBT> subtitle; ///< the selected one
     };
 
     StreamTap(Player const& player, Selection const& selection) : m_player(player), m_selection(selection) {}

@@ -7,7 +7,7 @@ namespace zviptv::sim {
 
 namespace {
 
-constexpr std::uint8_t PrivateData = 0x06; // the stream type of subtitles and teletext
+constexpr std::uint8_t PrivateData = 0x06; // the stream type of subtitles
 
 using Bytes = std::vector<std::uint8_t>;
 
@@ -54,19 +54,10 @@ TsWriter::Stream StreamOf(ZVHybridSBT const& subtitle)
     written.pid = subtitle.pid;
     written.streamType = PrivateData;
     Bytes entry = LanguageOf(subtitle.language);
-    if (subtitle.kind == ZV_SUBTITLE_TELETEXT) {
-        constexpr unsigned typeShift = 3;
-        constexpr unsigned magazineMask = 7;
-        entry.push_back(
-            static_cast<std::uint8_t>((subtitle.type << typeShift) | (subtitle.magazine & magazineMask)));
-        entry.push_back(static_cast<std::uint8_t>(subtitle.page));
-        AddDescriptor(written.descriptors, tag::Teletext, entry);
-    } else {
-        entry.push_back(static_cast<std::uint8_t>(subtitle.type));
-        AddU16(entry, subtitle.compositionPage);
-        AddU16(entry, subtitle.ancillaryPage);
-        AddDescriptor(written.descriptors, tag::Subtitling, entry);
-    }
+    entry.push_back(static_cast<std::uint8_t>(subtitle.type));
+    AddU16(entry, subtitle.compositionPage);
+    AddU16(entry, subtitle.ancillaryPage);
+    AddDescriptor(written.descriptors, tag::Subtitling, entry);
     return written;
 }
 

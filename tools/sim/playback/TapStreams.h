@@ -13,7 +13,7 @@ namespace zviptv::sim {
 /// As the PMT announces it.
 TsWriter::Stream StreamOf(Programme const& programme, std::uint16_t pid);
 
-/// With this subtitle as its only one.
+/// With this DVB subtitle as its only one.
 TsWriter::Stream StreamOf(ZVHybridSBT const& subtitle);
 
 /// Whether a video packet has the head of a sequence, so that decoding can begin with it.

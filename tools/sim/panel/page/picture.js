@@ -48,7 +48,8 @@ function noteOf({ PanelPicture: picture, Paused, Captions }) {
     case "waiting":
       return hasPicture ? "" : Paused ? "Paused: the picture comes when the stream goes on." : "Waiting for the next whole picture.";
     default:
-      return !picture?.subtitle && Captions?.length && endPicture ? "Captions are not drawn into the picture." : "";
+      return picture?.subtitle?.kind === "teletext" ? `Subtitles come from teletext page ${picture.subtitle.page}, which is not drawn into the picture.`
+        : !picture?.subtitle && Captions?.length && endPicture ? "The selected caption is not drawn into the picture." : "";
   }
 }
 

@@ -36,8 +36,7 @@ function show() {
   recording.scrollTop = recording.scrollHeight;
   byId("forget").hidden = byId("download").hidden = !hasLines;
   if (hasLines) {
-    URL.revokeObjectURL(byId("download").href);
-    byId("download").href = URL.createObjectURL(new Blob([text()], { type: "text/plain" }));
+    byId("download").href = `data:text/plain;charset=utf-8,${encodeURIComponent(text())}`;
   }
 }
 

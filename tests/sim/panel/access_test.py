@@ -1,0 +1,101 @@
+# SPDX-License-Identifier: MIT
+"""Who may use the panel: access_test.py SIM CTL SAMPLE GUIDE"""
+import unittest
+
+from support import CTL, Simulator, exchange, main  # noqa: F401
+
+UPGRADE = ("Connection: Upgrade\r\nUpgrade: websocket\r\nSec-WebSocket-Version: 13\r\n"
+           "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\n")
+
+
+class Access(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.simulator = Simulator()
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.simulator.close()
+
+    def ask(self, path, heads="", host=None, method="GET", body=""):
+        """`path` is below the root unless it begins with a slash."""
+        whole = path if path.startswith("/") else self.simulator.root + path
+        host = f"127.0.0.1:{self.simulator.port}" if host is None else host
+        length = f"Content-Length: {len(body)}\r\n" if body else ""
+        return exchange(self.simulator.port,
+                        f"{method} {whole} HTTP/1.1\r\nHost: {host}\r\n{heads}{length}\r\n{body}".encode())
+
+    def test_serves_those_who_know_the_token(self):
+        for path, kind in (("", "text/html"), ("main.js", "text/javascript"), ("style.css", "text/css"),
+                           ("icon.svg", "image/svg+xml"), ("api/verbs.json", "application/json")):
+            answer = self.ask(path)
+            self.assertEqual(answer.status, 200, path)
+            self.assertIn(f"Content-Type: {kind}", answer.head)
+            self.assertIn("Cache-Control: no-store", answer.head)
+            self.assertIn("Content-Security-Policy: default-src 'self';", answer.head)
+        self.assertEqual(self.ask("", host=f"localhost:{self.simulator.port}").status, 200)
+        self.assertEqual(self.ask("missing.js").status, 404)
+
+    def test_refuses_requests_without_the_token(self):
+        wrong = "/" + "0" * 32 + "/"
+        for path in ("/", "/index.html", "/main.js", wrong, wrong + "api/verb", self.simulator.root[:-2] + "/",
+                     "/api/events"):
+            self.assertEqual(self.ask(path).status, 403, path)
+        self.assertEqual(self.ask("/api/verb", method="POST", body='{"words": ["quit"]}').status, 403)
+        self.assertEqual(self.ask(wrong + "api/events", UPGRADE).status, 403)
+
+    def test_refuses_another_host(self):
+        for host in ("example.org", f"example.org:{self.simulator.port}", "127.0.0.1", "127.0.0.1:1",
+                     f"127.0.0.1.example.org:{self.simulator.port}", ""):
+            self.assertEqual(self.ask("", host=host).status, 403, host)
+            self.assertEqual(self.ask("api/events", UPGRADE, host=host).status, 403, host)
+
+    def test_refuses_another_origin(self):
+        own = f"http://127.0.0.1:{self.simulator.port}"
+        for origin in ("http://example.org", "null", own.replace("http:", "https:"), own + "0", "http://127.0.0.1:1"):
+            for path in ("", "api/events", "api/picture", "api/sound"):
+                heads = f"Origin: {origin}\r\n" + (UPGRADE if "api" in path else "")
+                self.assertEqual(self.ask(path, heads).status, 403, (origin, path))
+            self.assertEqual(self.ask("api/verb", f"Origin: {origin}\r\n", method="POST",
+                                      body='{"words": ["quit"]}').status, 403, origin)
+        self.assertEqual(self.ask("api/events", f"Origin: {own}\r\n{UPGRADE}").status, 101)
+        self.assertEqual(self.ask("api/verb", f"Origin: {own}\r\n", method="POST", body='{"words": ["play"]}').status, 200)
+
+    def test_runs_verbs_and_says_what_is_wrong(self):
+        def run(body):
+            return self.ask("api/verb", method="POST", body=body)
+        self.assertEqual(run('{"words": ["seek", "3"]}').status, 200)
+        refused = run('{"words": ["select", "audio", "7"]}')
+        self.assertEqual((refused.status, refused.body), (409, '{"error":"there is no audio track 7: use 0 to 1"}'))
+        unknown = run('{"words": ["fly"]}')
+        self.assertEqual(unknown.status, 400)
+        self.assertIn("unknown verb 'fly': use pause, play,", unknown.body)
+        for body in ("", "[]", "{", '{"words": 3}', '{"words": [3]}'):
+            self.assertEqual(run(body).status, 400, body)
+        self.assertEqual(self.ask("api/verb").status, 405)
+
+    def test_refuses_long_bodies_and_those_of_unknown_length(self):
+        self.assertEqual(self.ask("api/verb", method="POST", body="x" * 70000).status, 413)
+        head = (f"POST {self.simulator.root}api/verb HTTP/1.1\r\nHost: 127.0.0.1:{self.simulator.port}\r\n"
+                "Transfer-Encoding: chunked\r\n\r\n")
+        self.assertEqual(exchange(self.simulator.port, f"{head}2\r\n{{}}\r\n0\r\n\r\n".encode()).status, 413)
+        self.assertEqual(self.ask("").status, 200, "the server goes on")
+
+    def test_listens_on_the_loopback_address_only(self):
+        with open(f"/proc/{self.simulator.process.pid}/net/tcp") as table:
+            local = {line.split()[1] for line in table.readlines()[1:] if line.split()[3] == "0A"}
+        port = f"{self.simulator.port:04X}"
+        self.assertEqual({entry for entry in local if entry.endswith(":" + port)}, {"0100007F:" + port})
+
+    def test_each_start_has_another_token(self):
+        other = Simulator()
+        try:
+            self.assertNotEqual(other.root, self.simulator.root)
+            self.assertEqual(exchange(other.port, f"GET {self.simulator.root} HTTP/1.1\r\nHost: 127.0.0.1:{other.port}"
+                                                  "\r\n\r\n".encode()).status, 403)
+        finally:
+            other.close()
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,283 @@
+# SPDX-License-Identifier: MIT
+"""What the page shows and steers, in a browser: page_test.py SIM CTL SAMPLE GUIDE"""
+import json
+import subprocess
+import time
+import unittest
+from pathlib import Path
+from urllib.parse import unquote
+
+from selenium.webdriver.common.keys import Keys
+
+from support import PATIENCE, SAMPLE, SIM, Application, PageTest, browser, main, wait_for
+
+SECOND = 1.0
+
+
+class Shows(PageTest):
+    options = ("--rating-limit", "18")
+
+    def within_a_second(self, words, condition):
+        """The page shows it a second after the command of an application has ended, at the latest."""
+        result = self.simulator.ctl(*words)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        wait_for(condition, f"the page's view of {' '.join(words)}", SECOND)
+
+    def test_the_television(self):
+        wait_for(lambda: self.text("resolution") == "320×180p, 25/s")
+        self.assertEqual(self.text("channel"), "ZV Sample One")
+        self.assertIn("Cellar Door", self.text("present"))
+        self.assertIn("17+", self.text("present"))
+        self.assertIn("Night Trains", self.text("following"))
+        self.assertRegex(self.text("clock"), r"28 Mar 2026, 22:0\d:\d\d")
+        wait_for(lambda: self.text("duration") == "0:11.9")
+        tracks = self.text("track-lists")
+        for words in ("eng mpeg", "deu mpeg", "eng dvb · page 1 · 0x0103", "deu teletext · page 889 · hard of hearing"):
+            self.assertIn(words, tracks)
+        before = self.text("elapsed")
+        wait_for(lambda: self.text("elapsed") != before)
+
+    def test_what_applications_do_within_a_second(self):
+        self.within_a_second(["mute", "audio", "on"], lambda: "Sound muted by :1." in self.text("badges"))
+        self.within_a_second(["mute", "video", "on"], lambda: self.attribute("screen", "data-cover") == "dark")
+        self.within_a_second(["mute", "video", "off"], lambda: self.attribute("screen", "data-cover") == "none")
+        self.within_a_second(["audio", "select", "1"], lambda: self.driver.execute_script(
+            "return document.querySelector('.track-item.selected').textContent.startsWith('deu')"))
+        self.within_a_second(["sim", "lock", "programme"], lambda: self.text("cover-text") == "Programme locked")
+        self.within_a_second(["unlock", "pin"], lambda: self.element("cover").get_attribute("hidden") is not None)
+        self.within_a_second(["sim", "pause"], lambda: "Paused" in self.text("badges"))
+        self.within_a_second(["sim", "seek", "7.5"], lambda: self.text("elapsed") == "0:07.5")
+        self.within_a_second(["sim", "fault", "add", "GetTTX=error"], lambda: "GetTTX=error" in self.text("fault-list"))
+
+    def test_a_death_and_a_return(self):
+        self.simulator.ctl("sim", "die")
+        wait_for(lambda: self.text("cover-text") == "The service is dead", patience=SECOND)
+        self.assertEqual(self.text("service"), "service is dead")
+        self.simulator.ctl("sim", "restart")
+        wait_for(lambda: self.text("service") == "running")
+
+    def test_applications_with_counters(self):
+        subscriber = self.simulator.start_ctl("pes", "--count", "100000")
+        self.addCleanup(subscriber.wait)
+        self.addCleanup(subscriber.terminate)
+        wait_for(lambda: "subscribed to PES packets" in self.text("application-list"))
+        self.assertIn("data subscriber", self.text("application-list"))
+        count = self.driver.find_element("css selector", "#application-list dd").text
+        wait_for(lambda: self.driver.find_element("css selector", "#application-list dd").text != count)
+
+    def test_the_end_of_the_simulator(self):
+        self.simulator.process.terminate()
+        wait_for(lambda: self.text("service") == "no simulator")
+        self.driver.get_log("browser")  # it tries to connect again
+
+
+class Steers(PageTest):
+    def click(self, name):
+        self.element(name).click()
+
+    def becomes(self, name, value):
+        wait_for(lambda: self.status()[name] == value, f"{name} {value}")
+
+    def type(self, name, text):
+        field = self.element(name)
+        field.clear()
+        field.send_keys(text)
+
+    def test_by_clicks(self):
+        self.click("mute-audio")
+        self.becomes("AudioMutedBy", "control")
+        self.click("mute-video")
+        self.becomes("VideoMuted", True)
+        self.click("lock-programme")
+        self.becomes("ProgrammeLocked", True)
+        self.click("lock-service")
+        self.becomes("ServiceLocked", True)
+        wait_for(lambda: self.attribute("lock-service", "aria-pressed") == "true")
+        self.click("lock-service")
+        self.becomes("ServiceLocked", False)
+        self.driver.find_elements("css selector", "[data-kind=subtitle]")[2].click()
+        self.becomes("Subtitle", 2)
+        self.click("play")
+        self.becomes("Paused", True)
+        self.driver.execute_script("const p=document.getElementById('position');p.value=4.2;"
+                                   "p.dispatchEvent(new Event('input'));p.dispatchEvent(new Event('change'))")
+        self.becomes("Position", 4.2)
+        self.driver.execute_script("const s=document.getElementById('speed');s.value='2';s.dispatchEvent(new Event('change'))")
+        self.becomes("Speed", 2.0)
+        self.driver.find_element("css selector", "[data-words=reset]").click()
+        self.becomes("Speed", 1.0)
+
+    def test_faults(self):
+        self.type("fault-message", "MuteAudio")
+        self.driver.execute_script("const k=document.getElementById('fault-kind');k.value='result';k.dispatchEvent(new Event('change'))")
+        self.type("fault-value", "0")
+        self.type("fault-count", "3")
+        self.driver.find_element("css selector", "#fault-form button").click()
+        wait_for(lambda: self.status()["Faults"] == [{"fault": "MuteAudio=result:0,count=3", "count": 3}])
+        wait_for(lambda: "3 left" in self.text("fault-list"))
+        self.driver.find_element("css selector", "[data-fault]").click()
+        self.becomes("Faults", [])
+
+    def test_by_words_and_shows_errors(self):
+        self.type("words", "select audio 7")
+        self.driver.find_element("css selector", "#words-form button").click()
+        wait_for(lambda: "there is no audio track 7: use 0 to 1" in self.text("messages-area"))
+        self.type("words", "time 1774738800")
+        self.driver.find_element("css selector", "#words-form button").click()
+        wait_for(lambda: self.status()["GuideTime"] >= 1774738800)
+
+    def test_death_by_the_form(self):
+        self.type("die", "0.5")
+        self.driver.find_element("css selector", "#die-form button").click()
+        wait_for(lambda: self.text("service") == "service is dead")
+        wait_for(lambda: self.text("service") == "running")
+
+    def test_by_keyboard(self):
+        body = self.driver.find_element("css selector", "body")
+        body.send_keys("k")
+        self.becomes("Paused", True)
+        reached = []
+        for _ in range(60):
+            self.driver.switch_to.active_element.send_keys(Keys.TAB)
+            active = self.driver.switch_to.active_element
+            reached.append(active.get_attribute("id"))
+            outline = active.value_of_css_property("outline-style")
+            self.assertNotEqual(outline, "none", f"the focus on {active.get_attribute('outerHTML')[:80]} is visible")
+            if active.get_attribute("id") == "mute-audio":
+                active.send_keys(Keys.SPACE)
+                break
+        self.becomes("AudioMuted", True)
+        self.assertIn("play", reached)
+        self.assertIn("diagram", reached)
+
+    def test_recorder_makes_a_scenario(self):
+        self.click("record")
+        self.click("mute-audio")
+        self.becomes("AudioMuted", True)
+        self.type("words", 'fault add GetTTX=error --count 2')
+        self.driver.find_element("css selector", "#words-form button").click()
+        wait_for(lambda: "fault add" in self.text("recording"))
+        self.click("record")
+        text = unquote(self.attribute("download", "href").split(",", 1)[1])
+        lines = text.splitlines()
+        self.assertRegex(lines[0], "^# Recorded ")
+        self.assertRegex(lines[1], r"^\d+\.\d{3} mute audio on$")
+        self.assertRegex(lines[2], r"^\d+\.\d{3} fault add GetTTX=error --count 2$")
+        file = Path(self.simulator.folder.name, "recorded.scenario")
+        file.write_text(text)
+        played = subprocess.run([SIM, "--ts", SAMPLE, "--loop", "--scenario", file, "--speed", "20", "--",
+                                 "sh", "-c", "sleep 1.5"], capture_output=True, text=True, timeout=PATIENCE)
+        self.assertEqual(played.returncode, 0, played.stderr)
+        self.assertNotIn("error", played.stderr)
+
+
+class Fits(PageTest):
+    def test_the_width_of_screens(self):
+        for width in (1280, 420):
+            for dark in (False, True):
+                with browser(width, dark=dark) as driver:
+                    driver.get(self.simulator.address)
+                    wait_for(lambda: driver.find_element("id", "service").text == "running")
+                    wide = driver.execute_script("return document.documentElement.scrollWidth")
+                    self.assertLessEqual(wide, width)
+                    colour = driver.execute_script("return getComputedStyle(document.body).backgroundColor")
+                    light = sum(int(part) for part in colour[4:-1].split(",")) > 380
+                    self.assertEqual(light, not dark, colour)
+                    unnamed = driver.execute_script("""return [...document.querySelectorAll('button, input, select')].filter(
+                        e => !e.labels?.length && !e.getAttribute('aria-label') && !e.textContent.trim()).map(e => e.outerHTML)""")
+                    self.assertEqual(unnamed, [])
+
+
+class Converses(PageTest):
+    def rows(self):
+        return self.driver.execute_script(
+            "return [...document.querySelectorAll('.message:not([hidden]) .says')].map(e => e.textContent)")
+
+    def test_shows_requests_replies_pushes_and_losses(self):
+        subscriber = self.simulator.start_ctl("pes", "--count", "5")
+        subscriber.wait()
+        for words in (["mute", "audio", "on"], ["audio", "select", "9"]):
+            self.simulator.ctl(*words)
+        self.simulator.ctl("sim", "fault", "add", "GetTTX=error")
+        self.simulator.ctl("call", "GetTTX", "0")
+        for pattern in ("MuteAudio onoff=true", "✓", "✗ refused", "PESCB 0x01", "announces playercontrol",
+                        "has left the bus", "✗ org.corvel.zviptvapi.Error.Injected", "zviptvctl :1."):
+            self.type_filter("")
+            wait_for(lambda: self.anywhere(pattern), pattern)
+        self.type_filter("muteaudio")
+        wait_for(lambda: all("MuteAudio" in row or row.startswith("✓") for row in self.rows()) and self.rows())
+        self.driver.find_element("css selector", ".message:not([hidden])").click()
+        wait_for(lambda: "Raw, " in self.text("details"))
+        details = self.text("details")
+        self.assertIn("onoff", details)
+        self.assertRegex(details, r"000000  6c 01 ")
+        self.type_filter("")
+        self.element("filter-failures").click()
+        wait_for(lambda: self.rows() and all("✗" in row for row in self.rows()))
+
+    def type_filter(self, text):
+        self.driver.execute_script("const f=document.getElementById('filter-text');f.value=arguments[0];"
+                                   "f.dispatchEvent(new Event('input'))", text)
+
+    def anywhere(self, text):
+        """Scrolls through the messages."""
+        return self.driver.execute_async_script("""
+            const [text, done] = arguments, d = document.getElementById('diagram');
+            const seen = () => document.getElementById('conversation').textContent.includes(text);
+            const at = top => { d.scrollTop = top; requestAnimationFrame(() => requestAnimationFrame(() =>
+                seen() ? done(true) : top > d.scrollHeight ? done(false) : at(top + 300))); };
+            at(0);""", text)
+
+    def test_pauses(self):
+        self.element("hold").click()
+        self.simulator.ctl("mute", "audio", "on")
+        wait_for(lambda: " new" in self.text("hold"))
+        self.assertFalse(any("MuteAudio" in row for row in self.rows()))
+        self.element("hold").click()
+        wait_for(lambda: self.anywhere("MuteAudio"))
+
+    def test_stays_fluid_with_10000_messages(self):
+        self.driver.execute_script("""
+            window.times = []; let last = performance.now();
+            const tick = now => { window.times.push(now - last); last = now; requestAnimationFrame(tick); };
+            requestAnimationFrame(tick);""")
+        begin = time.monotonic()
+        Application(self.simulator.bus).ask_often(5000)
+        asked = time.monotonic() - begin
+        count = lambda: int(self.attribute("diagram", "data-count") or 0)  # noqa: E731
+        wait_for(lambda: count() == 10000, "10000 messages")
+        arrived = time.monotonic() - begin
+        scrolled = self.driver.execute_async_script("""
+            const done = arguments[0], d = document.getElementById('diagram');
+            window.times.length = 0; let step = 0;
+            const move = () => { d.scrollTop = d.scrollHeight * (step % 50) / 50;
+                ++step < 120 ? requestAnimationFrame(move) : done(window.times); };
+            move();""")
+        rows = self.driver.execute_script("return document.querySelectorAll('.message').length")
+        ordered = sorted(scrolled)
+        median, worst = ordered[len(ordered) // 2], ordered[int(len(ordered) * 0.95)]
+        print(f"\n5000 calls took {asked:.1f} s, all 10000 messages were on the page after {arrived:.1f} s; frames while "
+              f"scrolling: median {median:.1f} ms, 95 % {worst:.1f} ms; {rows} rows in the document", flush=True)
+        self.assertLess(rows, 60)
+        self.assertLess(median, 34, "30 frames a second")
+        self.assertLess(worst, 100)
+        self.assertLess(arrived - asked, 10)
+
+    def test_shows_the_history_to_a_page_that_comes_later(self):
+        self.simulator.ctl("mute", "audio", "on")
+        self.driver.get(self.simulator.address)
+        wait_for(lambda: self.anywhere("MuteAudio"))
+
+    def test_a_page_that_hangs_delays_nobody(self):
+        self.driver.execute_script("setTimeout(() => { const end = performance.now() + 4000; while (performance.now() < end); })")
+        begin = time.monotonic()
+        for _ in range(10):
+            self.assertEqual(self.simulator.ctl("mute", "audio", "on").returncode, 0)
+        self.assertLess(time.monotonic() - begin, 4)
+        self.simulator.ctl("mute", "audio", "off")
+        wait_for(lambda: json.dumps(self.status()["AudioMuted"]) == "false")
+        wait_for(lambda: "Sound muted" not in self.text("badges"))
+
+
+if __name__ == "__main__":
+    main()

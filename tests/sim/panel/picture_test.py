@@ -1,0 +1,167 @@
+# SPDX-License-Identifier: MIT
+"""The picture and the sound on the panel, in a browser: picture_test.py SIM CTL SAMPLE GUIDE"""
+import os
+import re
+import shutil
+import signal
+import subprocess
+import tempfile
+import time
+from pathlib import Path
+
+from support import SAMPLE, PageTest, children, main, wait_for
+
+
+def pixel(driver, x, y):
+    """Red, green and blue at a place of the picture, 0 to 1 from the left and from the top."""
+    return driver.execute_script("""
+        const c = document.getElementById('picture');
+        return [...c.getContext('2d').getImageData(c.width * arguments[0], c.height * arguments[1], 1, 1).data].slice(0, 3)""", x, y)
+
+
+class Picture(PageTest):
+    def setUp(self):
+        super().setUp()
+        wait_for(self.frames, "the first picture")
+
+    def test_has_five_pictures_a_second_or_more(self):
+        before, begin = self.frames(), time.monotonic()
+        time.sleep(5)  # what is measured
+        rate = (self.frames() - before) / (time.monotonic() - begin)
+        print(f"\n{rate:.1f} pictures a second", flush=True)
+        self.assertGreaterEqual(rate, 5)
+
+    def test_no_ffmpeg_runs_when_nobody_looks(self):
+        self.assertEqual(len(self.simulator.decoders()), 1)
+        self.driver.get("about:blank")
+        wait_for(lambda: not self.simulator.decoders(), "the end of ffmpeg")
+        self.driver.get(self.simulator.address)
+        wait_for(lambda: len(self.simulator.decoders()) == 1)
+
+    def test_no_ffmpeg_runs_for_a_covered_picture(self):
+        for on, off in ((("mute", "video", "on"), ("mute", "video", "off")), (("lock", "service"), ("unlock", "service"))):
+            self.simulator.ctl("sim", *on)
+            wait_for(lambda: not self.simulator.decoders(), f"the end of ffmpeg after {on}")
+            hidden = self.driver.execute_script("return getComputedStyle(document.getElementById('picture')).visibility")
+            self.assertEqual(hidden, "hidden")
+            self.simulator.ctl("sim", *off)
+            before = self.frames()
+            wait_for(lambda: self.frames() > before)
+
+    def test_no_ffmpeg_stays_behind(self):
+        self.element("sound").click()
+        wait_for(lambda: len(self.simulator.decoders()) == 2)
+        decoders = [pid for pid, command in children(self.simulator.process.pid) if command[0] == "ffmpeg"]
+        self.simulator.process.send_signal(signal.SIGKILL)
+        self.simulator.process.wait()
+        wait_for(lambda: not any(Path(f"/proc/{pid}/exe").exists() for pid in decoders))
+        self.driver.get("about:blank")
+        self.driver.get_log("browser")
+
+    def test_follows_pause_seek_and_speed(self):
+        self.simulator.ctl("sim", "pause")
+        wait_for(lambda: "Paused" in self.text("badges"))
+        for position in ("2", "9", "5"):
+            before = self.frames()
+            self.simulator.ctl("sim", "seek", position)
+            wait_for(lambda: self.frames() > before, f"the picture at {position}")
+        wait_for(lambda: "still" in self.driver.execute_async_script(
+            "const done=arguments[0];import('./store.js').then(m=>done(m.state.PanelPicture.state))"))
+        self.simulator.ctl("sim", "play")
+        before = self.frames()
+        wait_for(lambda: self.frames() > before + 10)
+        self.simulator.ctl("sim", "speed", "4")
+        before = self.frames()
+        wait_for(lambda: self.frames() > before + 20)
+
+    def test_comes_back_with_the_service(self):
+        self.simulator.ctl("sim", "die", "--for", "0.3")
+        wait_for(lambda: not self.simulator.decoders())
+        before = self.frames()
+        wait_for(lambda: self.frames() > before + 5)
+
+    def test_sound_on_demand(self):
+        self.element("sound").click()
+        wait_for(lambda: float(self.attribute("sound", "data-seconds") or 0) > 1)
+        self.element("sound").click()
+        wait_for(lambda: len(self.simulator.decoders()) == 1)
+
+    def white(self):
+        """Pixels in the lower part of the picture that are white: the test picture has none there."""
+        return self.driver.execute_script("""
+            const c = document.getElementById('picture');
+            const p = c.getContext('2d').getImageData(0, c.height * 0.7, c.width, c.height * 0.3).data;
+            let count = 0;
+            for (let i = 0; i < p.length; i += 4) {
+              count += p[i] > 225 && p[i + 1] > 225 && p[i + 2] > 225 ? 1 : 0;
+            }
+            return count;""")
+
+    def test_selected_dvb_subtitle_is_in_the_picture(self):
+        wait_for(lambda: self.white() > 100, "a subtitle")
+        wait_for(lambda: self.white() == 0, "its end")
+
+    def test_says_that_teletext_is_not_drawn(self):
+        self.simulator.ctl("sim", "select", "subtitle", "1")
+        wait_for(lambda: "teletext page 888, which is not drawn" in self.text("picture-note"))
+        before = self.frames()
+        wait_for(lambda: self.frames() > before + 5)
+
+
+class Lag(PageTest):
+    """A stream whose picture turns from black to white at second 4 of 8."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.folder = tempfile.TemporaryDirectory(prefix="zviptv-lag-")
+        cls.addClassCleanup(cls.folder.cleanup)
+        cls.stream = Path(cls.folder.name, "lag.ts")
+        subprocess.run(["ffmpeg", "-v", "fatal", "-f", "lavfi", "-i", "color=black:s=1280x720:r=25:d=4", "-f", "lavfi", "-i",
+                        "color=white:s=1280x720:r=25:d=4", "-filter_complex", "[0][1]concat,noise=alls=12:allf=t", "-c:v",
+                        "libx264", "-preset", "veryfast", "-g", "25", "-b:v", "4M", "-muxrate", "5M", cls.stream], check=True)
+
+    def test_is_two_seconds_at_most(self):
+        wait_for(self.frames)
+        self.simulator.ctl("sim", "seek", "2.5")
+        before = self.frames()
+        wait_for(lambda: self.frames() > before + 3)
+        seen = self.driver.execute_async_script("""
+            const done = arguments[0], c = document.getElementById('picture'), x = c.getContext('2d', { willReadFrequently: true });
+            import('./television.js').then(({ positionNow }) => { const look = () => {
+                x.getImageData(c.width / 2, c.height / 2, 1, 1).data[0] > 150 ? done(positionNow()) : setTimeout(look, 10); };
+                look(); });""")
+        decoder = next(pid for pid, command in children(self.simulator.process.pid) if command[0] == "ffmpeg")
+        used = lambda: sum(float(task.read_text().split()[0]) for task in  # noqa: E731
+                           Path(f"/proc/{decoder}/task").glob("*/schedstat")) / 1e9
+        before, used_before, begin = self.frames(), used(), time.monotonic()
+        time.sleep(2)  # what is measured
+        passed = time.monotonic() - begin
+        rate = (self.frames() - before) / passed
+        print(f"\nthe picture of second 4 was seen at second {seen:.2f}; {rate:.1f} pictures a second of 1280×720; ffmpeg "
+              f"used {100 * (used() - used_before) / passed:.0f} % of a processor", flush=True)
+        self.assertLess(abs(seen - 4), 2)
+        self.assertGreaterEqual(rate, 5)
+
+
+class WithoutFfmpeg(PageTest):
+    @classmethod
+    def setUpClass(cls):
+        """A path with every program but ffmpeg."""
+        cls.folder = tempfile.TemporaryDirectory(prefix="zviptv-path-")
+        cls.addClassCleanup(cls.folder.cleanup)
+        daemon = shutil.which("dbus-daemon")
+        os.symlink(daemon, Path(cls.folder.name, "dbus-daemon"))
+        cls.path = cls.folder.name
+
+    def test_draws_a_test_card_and_says_what_to_install(self):
+        wait_for(lambda: "install ffmpeg: sudo apt install ffmpeg" in self.text("picture-note"))
+        self.assertEqual(pixel(self.driver, 0.02, 0.1), [192, 192, 192])
+        self.assertEqual(pixel(self.driver, 0.98, 0.1), [0, 0, 192])
+        self.assertEqual(self.simulator.decoders(), [])
+        self.simulator.ctl("mute", "audio", "on")
+        wait_for(lambda: re.search("Sound muted", self.text("badges")))
+
+
+if __name__ == "__main__":
+    assert SAMPLE.exists()
+    main()

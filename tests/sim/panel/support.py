@@ -1,0 +1,210 @@
+# SPDX-License-Identifier: MIT
+"""A simulator with a panel on a private bus, applications beside it, and a browser that looks at the page."""
+import os
+import re
+import socket
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+from contextlib import contextmanager
+from pathlib import Path
+from types import SimpleNamespace
+
+from gi.repository import Gio, GLib
+
+PATIENCE = 30
+SIM, CTL, SAMPLE, GUIDE = (Path(argument) for argument in sys.argv[1:5])
+SKIPPED = 77
+
+
+def main():
+    """Runs the tests of the module, all of them or those whose names follow the files."""
+    del sys.argv[1:5]
+    unittest.main(module="__main__", verbosity=2)
+
+
+def wait_for(condition, what="the condition", patience=PATIENCE):
+    """The condition's value once it is true."""
+    end = time.monotonic() + patience
+    while True:
+        value = condition()
+        if value:
+            return value
+        if time.monotonic() > end:
+            raise AssertionError(f"{what} did not come within {patience} s")
+        time.sleep(0.02)
+
+
+def children(pid):
+    """Of a process and of its children: pid and command line."""
+    found = []
+    for task in Path(f"/proc/{pid}/task").glob("*/children"):
+        for child in task.read_text().split():
+            try:
+                command = Path(f"/proc/{child}/cmdline").read_bytes().split(b"\0")
+            except FileNotFoundError:
+                continue
+            found.append((int(child), [part.decode(errors="replace") for part in command]))
+    return found
+
+
+class Simulator:
+    """zviptv-sim --panel, with further options."""
+
+    def __init__(self, *options, path=None, stream=SAMPLE):
+        self.folder = tempfile.TemporaryDirectory(prefix="zviptv-panel-")
+        self.errors = Path(self.folder.name, "stderr")
+        self.output = Path(self.folder.name, "stdout")
+        environment = {**os.environ, **({"PATH": path} if path else {})}
+        with self.errors.open("w") as errors, self.output.open("w") as output:
+            self.process = subprocess.Popen(
+                [SIM, "--ts", stream, "--loop", "--guide", GUIDE, "--time", "1774735200", "--bus", "private",
+                 "--quiet", "--panel", *options], stdout=output, stderr=errors, env=environment)
+        self.address = self._find(self.errors, r"the panel is at (http://127\.0\.0\.1:\d+/[0-9a-f]{32}/)\n")
+        self.bus = self._find(self.output, r"DBUS_SYSTEM_BUS_ADDRESS='([^']*)'")
+        self.port = int(re.search(r":(\d+)/", self.address)[1])
+        self.root = self.address.split(str(self.port), 1)[1]
+
+    def _find(self, file, pattern):
+        def seek():
+            assert self.process.poll() is None, self.errors.read_text()
+            return re.search(pattern, file.read_text())
+        return wait_for(seek, pattern)[1]
+
+    def ctl(self, *words):
+        environment = {**os.environ, "DBUS_SYSTEM_BUS_ADDRESS": self.bus}
+        return subprocess.run([CTL, *words], env=environment, capture_output=True, text=True, timeout=PATIENCE)
+
+    def start_ctl(self, *words):
+        environment = {**os.environ, "DBUS_SYSTEM_BUS_ADDRESS": self.bus}
+        return subprocess.Popen([CTL, *words], env=environment, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+
+    def decoders(self):
+        """The command lines of the ffmpegs that it runs."""
+        return [command for _, command in children(self.process.pid) if command[0] == "ffmpeg"]
+
+    def close(self):
+        self.process.terminate()
+        self.process.wait(timeout=PATIENCE)
+        self.folder.cleanup()
+
+
+def exchange(port, request):
+    """What the server answers to these bytes: status and body."""
+    with socket.create_connection(("127.0.0.1", port), timeout=PATIENCE) as link:
+        link.sendall(request)
+        answer = b""
+        while not re.search(rb"\r\n\r\n", answer):
+            piece = link.recv(65536)
+            if not piece:
+                break
+            answer += piece
+        head, _, body = answer.partition(b"\r\n\r\n")
+        length = re.search(rb"(?i)content-length: (\d+)", head)
+        while length and len(body) < int(length[1]):
+            body += link.recv(65536)
+    return SimpleNamespace(status=int(head.split()[1]), head=head.decode(), body=body.decode(errors="replace"))
+
+
+class Application:
+    """Asks the player control of the simulator directly on the bus."""
+
+    def __init__(self, bus):
+        flags = Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION
+        self.connection = Gio.DBusConnection.new_for_address_sync(bus, flags, None, None)
+        data = [("dbusname", self.connection.get_unique_name()), ("type", "PLAYERCONTROL"), ("add", "y")]
+        answer = self.connection.call_sync(
+            "org.corvel.zviptvapi.dbushelper", "/org/corvel/zviptvapi/dbushelper", "org.corvel.zviptvapi.dbushelper",
+            "SendSignal", GLib.Variant("(a(ss))", (data,)), None, 0, -1, None)
+        self.service = dict(answer.unpack()[0])["dbusname"]
+
+    def ask_often(self, count):
+        """Mutes and unmutes, this many times, and waits for all answers."""
+        context = GLib.MainContext.default()
+        left = count
+        asked = 0
+        waiting = 0
+
+        def answered(connection, result):
+            nonlocal left, waiting
+            connection.call_finish(result)
+            left -= 1
+            waiting -= 1
+        while left > 0:
+            while asked < count and waiting < 100:
+                entries = {"functionname": b"MuteAudio", "handleID": b"256", "onoff": str(asked % 2).encode()}
+                body = GLib.Variant("(a{sv})", ({key: GLib.Variant("ay", text) for key, text in entries.items()},))
+                self.connection.call(self.service, "/org/corvel/zviptvapi/DbusCommunication/PLAYERCONTROL",
+                                     "org.corvel.zviptvapi.DbusCommunication", "Send", body, None, 0, -1, None, answered)
+                asked += 1
+                waiting += 1
+            context.iteration(True)
+
+
+@contextmanager
+def browser(width=1280, height=900, dark=False):
+    """A headless Chromium. Skips the program where there is none."""
+    try:
+        from selenium import webdriver
+        from selenium.webdriver.chrome.service import Service
+    except ImportError:
+        print("skipped: python3-selenium is not installed")
+        sys.exit(SKIPPED)
+    if not Path("/usr/bin/chromedriver").exists():
+        print("skipped: chromium-driver is not installed")
+        sys.exit(SKIPPED)
+    options = webdriver.ChromeOptions()
+    for argument in ("--headless=new", "--no-sandbox", "--disable-dev-shm-usage",
+                     "--autoplay-policy=no-user-gesture-required", f"--window-size={width},{height}"):
+        options.add_argument(argument)
+    options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
+    driver = webdriver.Chrome(service=Service("/usr/bin/chromedriver"), options=options)
+    try:
+        driver.execute_cdp_cmd("Emulation.setDeviceMetricsOverride",
+                               {"width": width, "height": height, "deviceScaleFactor": 1, "mobile": False})
+        driver.execute_cdp_cmd("Emulation.setEmulatedMedia", {"features": [
+            {"name": "prefers-color-scheme", "value": "dark" if dark else "light"}]})
+        yield driver
+    finally:
+        driver.quit()
+
+
+class PageTest(unittest.TestCase):
+    """A browser that looks at the panel of a simulator. Nothing may be written to its console."""
+
+    options = ()
+    path = None
+    stream = SAMPLE
+
+    def setUp(self):
+        self.simulator = Simulator(*self.options, path=self.path, stream=self.stream)
+        self.addCleanup(self.simulator.close)
+        self._browser = browser()
+        self.driver = self._browser.__enter__()
+        self.addCleanup(self._browser.__exit__, None, None, None)
+        self.driver.get(self.simulator.address)
+        wait_for(lambda: self.text("service") == "running", "the page's connection")
+
+    def tearDown(self):
+        messages = [entry["message"] for entry in self.driver.get_log("browser")
+                    if not re.search(r"api/verb .*status of 4\d\d|willReadFrequently", entry["message"])]
+        self.assertEqual(messages, [])
+
+    def element(self, name):
+        return self.driver.find_element("id", name)
+
+    def text(self, name):
+        return self.driver.execute_script("return document.getElementById(arguments[0]).textContent", name).strip()
+
+    def attribute(self, name, key):
+        return self.driver.execute_script("return document.getElementById(arguments[0]).getAttribute(arguments[1])", name, key)
+
+    def frames(self):
+        return int(self.attribute("picture", "data-frames") or 0)
+
+    def status(self):
+        result = self.simulator.ctl("--json", "sim", "status")
+        self.assertEqual(result.returncode, 0, result.stderr)
+        return __import__("json").loads(result.stdout)
