@@ -177,13 +177,17 @@ class PageTest(unittest.TestCase):
     options = ()
     path = None
     stream = SAMPLE
+    driver = None  # one browser for all tests
 
     def setUp(self):
         self.simulator = Simulator(*self.options, path=self.path, stream=self.stream)
         self.addCleanup(self.simulator.close)
-        self._browser = browser()
-        self.driver = self._browser.__enter__()
-        self.addCleanup(self._browser.__exit__, None, None, None)
+        if PageTest.driver is None:
+            shared = browser()
+            PageTest.driver = shared.__enter__()
+            unittest.addModuleCleanup(shared.__exit__, None, None, None)
+        self.driver.get("about:blank")
+        self.driver.get_log("browser")
         self.driver.get(self.simulator.address)
         wait_for(lambda: self.text("service") == "running", "the page's connection")
 
