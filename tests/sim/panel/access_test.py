@@ -1,8 +1,9 @@
 # SPDX-License-Identifier: MIT
 """Who may use the panel: access_test.py SIM CTL SAMPLE GUIDE"""
+import subprocess
 import unittest
 
-from support import CTL, Simulator, exchange, main  # noqa: F401
+from support import PATIENCE, SAMPLE, SIM, Simulator, exchange, main
 
 UPGRADE = ("Connection: Upgrade\r\nUpgrade: websocket\r\nSec-WebSocket-Version: 13\r\n"
            "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\n")
@@ -86,6 +87,22 @@ class Access(unittest.TestCase):
             local = {line.split()[1] for line in table.readlines()[1:] if line.split()[3] == "0A"}
         port = f"{self.simulator.port:04X}"
         self.assertEqual({entry for entry in local if entry.endswith(":" + port)}, {"0100007F:" + port})
+
+    def test_a_port_can_be_chosen_once(self):
+        begun = subprocess.run([SIM, "--ts", SAMPLE, "--panel", str(self.simulator.port), "--", "true"],
+                               capture_output=True, text=True, timeout=PATIENCE)
+        self.assertEqual(begun.returncode, 1)
+        self.assertRegex(begun.stderr, rf"zviptv-sim: the panel cannot listen on port {self.simulator.port}: .*; use another "
+                                       "port, or --panel without one\n")
+        for port in ("x", "65536", "-1", "80.5"):
+            wrong = subprocess.run([SIM, "--ts", SAMPLE, "--panel", port, "--", "true"], capture_output=True, text=True)
+            self.assertEqual(wrong.returncode, 2, port)
+            self.assertIn(f"'{port}' is not a port, 0 to 65535", wrong.stderr)
+
+    def test_the_command_gets_its_status_and_output(self):
+        done = subprocess.run([SIM, "--ts", SAMPLE, "--panel", "--", "sh", "-c", "echo heard; exit 7"], capture_output=True,
+                              text=True, timeout=PATIENCE)
+        self.assertEqual((done.returncode, done.stdout), (7, "heard\n"))
 
     def test_each_start_has_another_token(self):
         other = Simulator()

@@ -54,6 +54,16 @@ bool HasModerateBody(SoupServerMessage* message)
                                               soup_message_headers_get_content_length(heads) <= LargestBody);
 }
 
+/// Of the only socket that the server listens on.
+unsigned PortOf(SoupServer* server)
+{
+    GSList* const sockets = soup_server_get_listeners(server);
+    Owned<GSocketAddress> const address(
+        g_socket_get_local_address(static_cast<GSocket*>(sockets->data), nullptr));
+    g_slist_free(sockets);
+    return g_inet_socket_address_get_port(G_INET_SOCKET_ADDRESS(address.get()));
+}
+
 template <typename Handler>
 gpointer NewHandler(Handler handler)
 {
@@ -81,9 +91,7 @@ PanelServer::PanelServer(unsigned port)
         throw std::runtime_error("the panel cannot listen on port " + std::to_string(port) + ": " +
                                  error.Message() + "; use another port, or --panel without one");
     }
-    GSList* const uris = soup_server_get_uris(m_server.get());
-    m_access.SetPort(static_cast<unsigned>(g_uri_get_port(static_cast<GUri*>(uris->data))));
-    g_slist_free_full(uris, [](gpointer uri) { g_uri_unref(static_cast<GUri*>(uri)); });
+    m_access.SetPort(PortOf(m_server.get()));
     soup_server_add_early_handler(m_server.get(), nullptr, OnRequestHead, this, nullptr);
     soup_server_add_handler(m_server.get(), nullptr, OnPage, this, nullptr);
 }
