@@ -1,6 +1,8 @@
 # SPDX-License-Identifier: MIT
 """What the page shows and steers, in a browser: page_test.py SIM CTL SAMPLE GUIDE"""
 import json
+import os
+import signal
 import subprocess
 import time
 import unittest
@@ -54,6 +56,13 @@ class Shows(PageTest):
         wait_for(lambda: self.text("cover-text") == "The service is dead", patience=SECOND)
         self.assertEqual(self.text("service"), "service is dead")
         self.simulator.ctl("sim", "restart")
+        wait_for(lambda: self.text("service") == "running")
+
+    def test_a_service_that_hangs(self):
+        pid = self.status()["ServicePid"]
+        os.kill(pid, signal.SIGSTOP)
+        wait_for(lambda: self.text("service") == "service does not answer")
+        os.kill(pid, signal.SIGCONT)
         wait_for(lambda: self.text("service") == "running")
 
     def test_applications_with_counters(self):

@@ -80,6 +80,13 @@ class Picture(PageTest):
         before = self.frames()
         wait_for(lambda: self.frames() > before + 5)
 
+    def test_leaves_no_picture_of_another_input(self):
+        silent = Path(self.simulator.folder.name, "silent.ts")
+        subprocess.run(["ffmpeg", "-v", "fatal", "-f", "lavfi", "-i", "sine=d=20", "-c:a", "mp2", silent], check=True)
+        self.simulator.ctl("sim", "load", str(silent))
+        wait_for(lambda: self.text("picture-note") == "The programme has no video.")
+        self.assertEqual(pixel(self.driver, 0.02, 0.1), [192, 192, 192], "the test card")
+
     def test_sound_on_demand(self):
         self.element("sound").click()
         wait_for(lambda: float(self.attribute("sound", "data-seconds") or 0) > 1)

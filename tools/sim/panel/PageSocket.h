@@ -10,8 +10,8 @@
 
 namespace zviptv::sim {
 
-/// A WebSocket of a page, which answers every message with one of its own once it has worked it off. So the
-/// sender knows how much the page has to do, and can leave out what a slow page would not show anyway.
+/// A WebSocket of a page, which answers every message once it has worked it off. So the sender knows how much
+/// the page has to do, and can leave out what a slow page would not show.
 /// Lives on the thread whose default main context calls back.
 class PageSocket
 {

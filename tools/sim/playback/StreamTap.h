@@ -45,7 +45,7 @@ public:
     void Restart();
 
     /// Writes what is played to a pipe. Closes it when the stream jumps, another track is selected or the
-    /// reader does not keep up; whoever wants to see more opens another one then.
+    /// reader does not keep up. To see more, open another one then.
     Content Open(Kind kind, FileHandle pipe);
 
 private:

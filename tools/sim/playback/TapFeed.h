@@ -18,7 +18,7 @@ namespace zviptv::sim {
 class TapFeed
 {
 public:
-    /// A reader that is this far behind is given up.
+    /// With more bytes pending, the reader is given up.
     static constexpr std::size_t MaxPending = std::size_t{24} * 1024 * 1024;
 
     /// The first of `streams` sets the time. Takes over the descriptor.

@@ -16,8 +16,9 @@ let isConnected = false;
 
 function showService(state) {
   const pill = byId("service");
-  const word = !isConnected ? "no simulator" : state.Running ? "running" : "service is dead";
-  pill.className = `pill ${!isConnected || !state.Running ? "bad" : "good"}`;
+  const word = !isConnected ? "no simulator" : !state.Running ? "service is dead"
+    : state.Responding ? "running" : "service does not answer";
+  pill.className = `pill ${word === "running" ? "good" : "bad"}`;
   setText(pill, word);
 }
 
@@ -29,7 +30,7 @@ function showInput(state) {
 }
 
 const known = {};
-watch(["Running"], showService);
+watch(["Running", "Responding"], showService);
 watch(["Programmes", "Programme", "Input"], showInput);
 startTelevision();
 startPicture();

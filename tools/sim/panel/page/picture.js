@@ -21,8 +21,11 @@ async function draw(blob) {
   }
   canvas.getContext("2d").drawImage(image, 0, 0);
   image.close();
-  hasPicture = true;
   canvas.dataset.frames = ++frames;
+  if (!hasPicture) {
+    hasPicture = true;
+    showState();
+  }
 }
 
 /** Covered by a lock or a mute, or out of sight, the picture is not asked for. */
@@ -34,6 +37,14 @@ function follow() {
     endPicture();
     endPicture = null;
   }
+}
+
+/** Another programme: what is seen is not of it. */
+function forget() {
+  const canvas = byId("picture");
+  canvas.getContext("2d").clearRect(0, 0, canvas.width, canvas.height);
+  hasPicture = false;
+  showState();
 }
 
 /** What the picture lacks, in a line below it. */
@@ -127,6 +138,7 @@ export function startPicture() {
   watch(["Running", "ProgrammeLocked", "ServiceLocked", "VideoMuted", "SourceState"], follow);
   document.addEventListener("visibilitychange", follow);
   watch(["PanelPicture", "Paused", "Captions"], showState);
+  watch(["Input", "Programme"], forget);
   watch(["AudioMuted", "ProgrammeLocked", "ServiceLocked", "Running"], followSound);
   byId("sound").onclick = toggleSound;
 }
