@@ -115,4 +115,4 @@ class Access(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    main()
+    main(needs_browser=False)

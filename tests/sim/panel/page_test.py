@@ -9,8 +9,6 @@ import unittest
 from pathlib import Path
 from urllib.parse import unquote
 
-from selenium.webdriver.common.keys import Keys
-
 from support import PATIENCE, SAMPLE, SIM, Application, PageTest, browser, main, wait_for
 
 SECOND = 1.0
@@ -80,6 +78,9 @@ class Shows(PageTest):
         self.driver.get_log("browser")  # it tries to connect again
 
 
+TAB, SPACE = "\ue004", "\ue00d"  # as WebDriver writes these keys
+
+
 class Steers(PageTest):
     def click(self, name):
         self.element(name).click()
@@ -147,13 +148,13 @@ class Steers(PageTest):
         self.becomes("Paused", True)
         reached = []
         for _ in range(60):
-            self.driver.switch_to.active_element.send_keys(Keys.TAB)
+            self.driver.switch_to.active_element.send_keys(TAB)
             active = self.driver.switch_to.active_element
             reached.append(active.get_attribute("id"))
             outline = active.value_of_css_property("outline-style")
             self.assertNotEqual(outline, "none", f"the focus on {active.get_attribute('outerHTML')[:80]} is visible")
             if active.get_attribute("id") == "mute-audio":
-                active.send_keys(Keys.SPACE)
+                active.send_keys(SPACE)
                 break
         self.becomes("AudioMuted", True)
         self.assertIn("play", reached)

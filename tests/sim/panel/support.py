@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: MIT
 """A simulator with a panel on a private bus, applications beside it, and a browser that looks at the page."""
+import json
 import os
 import re
 import socket
@@ -17,11 +18,22 @@ from gi.repository import Gio, GLib
 PATIENCE = 30
 SIM, CTL, SAMPLE, GUIDE = (Path(argument) for argument in sys.argv[1:5])
 SKIPPED = 77
+DRIVER = Path("/usr/bin/chromedriver")
 
 
-def main():
+try:
+    from selenium import webdriver
+    from selenium.webdriver.chrome.service import Service
+except ImportError:
+    webdriver = None
+
+
+def main(needs_browser=True):
     """Runs the tests of the module, all of them or those whose names follow the files."""
     del sys.argv[1:5]
+    if needs_browser and (webdriver is None or not DRIVER.exists()):
+        print("skipped: install chromium-driver and python3-selenium")
+        sys.exit(SKIPPED)
     unittest.main(module="__main__", verbosity=2)
 
 
@@ -145,22 +157,13 @@ class Application:
 
 @contextmanager
 def browser(width=1280, height=900, dark=False):
-    """A headless Chromium. Skips the program where there is none."""
-    try:
-        from selenium import webdriver
-        from selenium.webdriver.chrome.service import Service
-    except ImportError:
-        print("skipped: python3-selenium is not installed")
-        sys.exit(SKIPPED)
-    if not Path("/usr/bin/chromedriver").exists():
-        print("skipped: chromium-driver is not installed")
-        sys.exit(SKIPPED)
+    """A headless Chromium."""
     options = webdriver.ChromeOptions()
     for argument in ("--headless=new", "--no-sandbox", "--disable-dev-shm-usage",
                      "--autoplay-policy=no-user-gesture-required", f"--window-size={width},{height}"):
         options.add_argument(argument)
     options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
-    driver = webdriver.Chrome(service=Service("/usr/bin/chromedriver"), options=options)
+    driver = webdriver.Chrome(service=Service(str(DRIVER)), options=options)
     try:
         driver.execute_cdp_cmd("Emulation.setDeviceMetricsOverride",
                                {"width": width, "height": height, "deviceScaleFactor": 1, "mobile": False})
@@ -211,4 +214,4 @@ class PageTest(unittest.TestCase):
     def status(self):
         result = self.simulator.ctl("--json", "sim", "status")
         self.assertEqual(result.returncode, 0, result.stderr)
-        return __import__("json").loads(result.stdout)
+        return json.loads(result.stdout)
