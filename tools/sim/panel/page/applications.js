@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The applications that use the television.
 import { byId, make, setChildren, setText } from "./dom.js";
+import { titleOf } from "./conversation.js";
 import { state, watch } from "./store.js";
 
 const endpointNames = {
@@ -16,7 +17,7 @@ function item(application) {
   const subscriber = state.Subscribers.find(one => one.application === application.name);
   const wants = subscriber ? [subscriber.pes && "PES packets", subscriber.captions && "captions"].filter(Boolean) : [];
   return make("li", { class: "application" },
-    make("h3", {}, application.id || application.name,
+    make("h3", {}, application.id || titleOf(application.name),
       application.id ? make("span", { class: "quiet" }, ` ${application.name}`) : null),
     make("p", { class: "chips" }, ...application.endpoints.map(type =>
       make("span", { class: "chip" }, endpointNames[type] ?? type.toLowerCase()))),

@@ -71,7 +71,8 @@ function note({ application, name, program, process }) {
   }
 }
 
-function titleOf(busName) {
+/** What an application is called: by itself, else by its program. */
+export function titleOf(busName) {
   const { name, program } = applications.get(busName) ?? {};
   return name || (program ? `${program.split("/").pop()} ${busName}` : busName);
 }
