@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "ScenarioTest.h"
 
+#include <fstream>
+#include <sstream>
+
 namespace zviptv::test {
 namespace {
 
@@ -57,6 +60,18 @@ TEST_F(ScenarioErrors, SayThatTheReportCannotBeWritten)
         Errors(),
         HasSubstr("zviptv-sim: cannot write /dev/full: No space left on device; free some space and run the "
                   "scenario again\n"));
+}
+
+TEST_F(ScenarioErrors, SayThatTheReportWouldReplaceTheScenario)
+{
+    std::string const report = m_folder + "/./test.scenario";
+    EXPECT_EQ(Run("1 pause\n", "touch \"$DIR/started\"", {"--junit", report}), 2);
+    EXPECT_EQ(Errors(), "zviptv-sim: cannot write the report to " + report +
+                            ": it is the scenario; use --junit with another file\n");
+    EXPECT_FALSE(std::filesystem::exists(Path("started")));
+    std::ostringstream content;
+    content << std::ifstream(Path("test.scenario")).rdbuf();
+    EXPECT_EQ(content.str(), "1 pause\n");
 }
 
 TEST_F(ScenarioErrors, SayThatAReportNeedsAScenario)

@@ -44,6 +44,13 @@ TEST(ScenarioParser, ReadsStepsInTheOrderOfTheLines)
     EXPECT_EQ(scenario.steps[3].expectation->seconds, 0.5);
 }
 
+TEST(ScenarioParser, RefusesExpectationsThatCheckNothing)
+{
+    EXPECT_EQ(ErrorOf("1 expect MuteAudio within 0\n2 expect no MuteAudio for 0.0\n"),
+              "a.scenario:1:27: 0 seconds check nothing: use a number of seconds above 0\n"
+              "a.scenario:2:27: 0 seconds check nothing: use a number of seconds above 0");
+}
+
 TEST(ScenarioParser, TakesAnyTextInQuotationMarks)
 {
     Scenario const scenario = Parsed(R"(1 load "a \"b\" \\ #c" d"e f"g)");

@@ -111,6 +111,10 @@ ScenarioOptions PrepareScenario(Options const& options)
     prepared.showsSteps = options.service.log == RequestLog::Form::Text;
     if (!options.junit.empty()) {
         prepared.junitName = options.junit;
+        if (std::error_code none; std::filesystem::equivalent(options.scenario, options.junit, none)) {
+            throw ScenarioError("zviptv-sim: cannot write the report to " + options.junit +
+                                ": it is the scenario; use --junit with another file");
+        }
         prepared.junit =
             FileHandle(open(options.junit.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
         if (!prepared.junit) {

@@ -71,7 +71,11 @@ Expectation TakeExpectation(std::vector<Word> const& words, std::size_t next)
     if (given.text != preposition) {
         throw LineError(given.column, "unexpected word '" + given.text + "': use " + use);
     }
-    expectation.seconds = ToSeconds(Require(words, next++, "SECONDS is missing: use " + use));
+    Word const& seconds = Require(words, next++, "SECONDS is missing: use " + use);
+    expectation.seconds = ToSeconds(seconds);
+    if (expectation.seconds == 0) {
+        throw LineError(seconds.column, "0 seconds check nothing: use a number of seconds above 0");
+    }
     RefuseRest(words, next, use);
     return expectation;
 }
