@@ -7,6 +7,7 @@
 #include "glib/Owned.h"
 
 #include <climits>
+#include <csignal>
 #include <cstdlib>
 #include <string>
 #include <vector>
@@ -185,6 +186,30 @@ protected:
         std::string const path = m_bus.Directory() + "/" + name;
         std::ofstream(path, std::ios::binary) << std::ifstream(ZVIPTV_SAMPLE_FILE, std::ios::binary).rdbuf();
         return path;
+    }
+
+    std::string CopyOfTheGuide()
+    {
+        std::string const path = m_bus.Directory() + "/guide.xml";
+        std::ofstream(path) << std::ifstream(ZVIPTV_SAMPLE_GUIDE).rdbuf();
+        return path;
+    }
+
+    /// Stops the service of a simulator that has just started it. It may have become ready before.
+    static pid_t StopStartingService(pid_t simulator)
+    {
+        pid_t service = 0;
+        EXPECT_TRUE(WaitUntil(
+            [&] {
+                for (pid_t const child : ChildrenOf(simulator)) {
+                    std::string const program = ReadFile("/proc/" + std::to_string(child) + "/cmdline");
+                    service = program.rfind("zviptv-sim: ", 0) == 0 ? child : service; // it was executed
+                }
+                return service != 0;
+            },
+            Patience));
+        EXPECT_TRUE(service != 0 && kill(service, SIGSTOP) == 0); // 0 would be the test's group
+        return service;
     }
 
     /// The service's process, which is not `before`.

@@ -10,7 +10,7 @@ using testing::Not;
 std::string LossOf(std::string const& address)
 {
     return "zviptv-sim: the bus " + address +
-           " is lost: it died, or closed the connection; see that it runs, and start the simulator again\n";
+           " is lost: it died, or closed the connection; check that it runs, and start the simulator again\n";
 }
 
 class BusLoss : public Steered

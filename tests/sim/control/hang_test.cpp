@@ -5,6 +5,7 @@ namespace zviptv::test {
 namespace {
 
 using testing::HasSubstr;
+using testing::StartsWith;
 
 /// A service or simulator that is stopped, and does not answer.
 class Hang : public Steered
@@ -41,7 +42,7 @@ TEST_F(Hang, OfTheServiceEndsCallsWithWhatToDo)
     pid_t const service = NewService();
     ASSERT_EQ(kill(service, SIGSTOP), 0);
     ChildProcess reset({ZVIPTVCTL, "sim", "reset"});
-    std::string const text = "the service has not answered for 15 seconds; let it go on with 'kill -CONT " +
+    std::string const text = "the service has not answered for 15 seconds; resume it with 'kill -CONT " +
                              std::to_string(service) +
                              "' if it is stopped, or replace it with 'zviptvctl sim restart'";
     EXPECT_EQ(m_remote->Call("Pause"), TimedOut + text);
@@ -52,14 +53,32 @@ TEST_F(Hang, OfTheServiceEndsCallsWithWhatToDo)
     EXPECT_NE(NewService(service), 0);
 }
 
+/// Takes 15 seconds.
+TEST_F(Hang, OfAServiceThatStartsEndsCallsWithWhatToDo)
+{
+    Steer();
+    ChildProcess restart({ZVIPTVCTL, "sim", "restart"});
+    ASSERT_TRUE(m_remote->WaitForSignal("Died"));
+    StopStartingService(m_simulator->Pid());
+    ASSERT_EQ(m_remote->Get("Running"), "false");
+    EXPECT_THAT(
+        m_remote->Call("Pause"),
+        StartsWith(std::string(TimedOut) + "the service has not answered for 15 seconds; resume it with "));
+    EXPECT_EQ(CodeOf(restart), 4);
+    EXPECT_THAT(restart.Errors(), HasSubstr("or replace it with 'zviptvctl sim restart'\n"));
+    ASSERT_EQ(m_remote->Call("Restart"), Done);
+    EXPECT_EQ(m_remote->Get("Paused"), "false"); // a call that has failed changes nothing
+}
+
 TEST_F(Hang, OfTheSimulatorEndsStatus)
 {
     Steer();
     ASSERT_EQ(kill(m_simulator->Pid(), SIGSTOP), 0);
     ChildProcess status({ZVIPTVCTL, "sim", "status"});
     EXPECT_EQ(CodeOf(status), 4);
-    EXPECT_EQ(status.Errors(), "zviptvctl: the simulator does not answer; see whether its process is stopped "
-                               "('kill -CONT PID' lets it go on), or start another one\n");
+    EXPECT_EQ(status.Errors(),
+              "zviptvctl: the simulator does not answer; check whether its process is stopped "
+              "('kill -CONT PID' resumes it), or start another one\n");
     ASSERT_EQ(kill(m_simulator->Pid(), SIGCONT), 0);
     EXPECT_EQ(m_remote->Get("Responding"), "true");
 }

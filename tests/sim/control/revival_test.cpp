@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Remote.h"
 
-#include <sys/stat.h>
-
 #include <cstdio>
 
 namespace zviptv::test {
@@ -128,8 +126,8 @@ TEST_F(Revival, AResetSaysThatTheServiceDidNotStart)
     ASSERT_EQ(m_remote->Call("Die", "({},)"), Done);
     ASSERT_EQ(std::remove(first.c_str()), 0);
     EXPECT_EQ(m_remote->Call("Reset"),
-              std::string(Failed) + "the service did not start; correct what zviptv-sim has written on its "
-                                    "standard error, and call 'zviptvctl sim restart'");
+              std::string(Failed) + "the service did not start; fix the error that zviptv-sim has printed, "
+                                    "then run 'zviptvctl sim restart'");
     EXPECT_THAT(m_simulator->Errors(),
                 HasSubstr("zviptv-sim: cannot open " + first + ": No such file or directory\n"));
     EXPECT_EQ(m_remote->Get("Running"), "false");
@@ -139,16 +137,49 @@ TEST_F(Revival, AResetSaysThatTheServiceDidNotStart)
     EXPECT_EQ(m_remote->Get("SourceState"), "'playing'");
 }
 
+TEST_F(Revival, AServiceWhoseGuideIsGoneComesBack)
+{
+    std::string const guide = CopyOfTheGuide();
+    Steer({"--loop", "--guide", guide});
+    ASSERT_EQ(std::remove(guide.c_str()), 0);
+    ASSERT_EQ(m_remote->Call("Restart"), Done);
+    EXPECT_EQ(m_remote->Get("SourceState"), "'playing'");
+    EXPECT_TRUE(m_simulator->WaitForErrors(
+        guide + ": No such file or directory; the service goes on without this guide\n", Patience))
+        << m_simulator->Errors();
+    Application application;
+    application.Announce("IPGUTIL");
+    EXPECT_EQ(application.Ask("IPGUTIL", {{"functionname", "ExistXmlForIPG"}}).Value("data"), "0");
+    CopyOfTheGuide();
+    ASSERT_EQ(m_remote->Call("Restart"), Done);
+    Application other;
+    other.Announce("IPGUTIL");
+    EXPECT_EQ(other.Ask("IPGUTIL", {{"functionname", "ExistXmlForIPG"}}).Value("data"), "1");
+}
+
+/// The command needs a service from its first line on.
+TEST_F(Revival, ACommandWaitsForAServiceThatDiesWhileItStarts)
+{
+    ChildProcess process(
+        {ZVIPTV_SIM, "--ts", ZVIPTV_SAMPLE_FILE, "--loop", "--", ZVIPTVCTL, "call", "MuteAudio", "1"});
+    std::string const environment =
+        ReadFile("/proc/" + std::to_string(StopStartingService(process.Pid())) + "/environ");
+    std::string const variable = "DBUS_SYSTEM_BUS_ADDRESS=";
+    Remote remote(environment.c_str() + environment.find(variable) + variable.size());
+    ASSERT_TRUE(WaitUntil([&] { return remote.Get("Running") == "false"; }, Patience));
+    ASSERT_EQ(remote.Call("Die", "({'for': <0.2>},)"), Done);
+    EXPECT_EQ(process.Wait(Patience), (ExitStatus{0, 0})) << process.Errors();
+    EXPECT_EQ(process.Output(), "result: true\n");
+}
+
 /// Nobody would answer a call that waits for a service which is dead for good.
 TEST_F(Revival, ARestartIsAnsweredWhenTheServiceDiesAgain)
 {
-    std::string const guide = m_bus.Directory() + "/guide.xml";
-    std::ofstream(guide) << std::ifstream(ZVIPTV_SAMPLE_GUIDE).rdbuf();
-    Steer({"--loop", "--guide", guide});
-    ASSERT_EQ(std::remove(guide.c_str()), 0);
-    ASSERT_EQ(mkfifo(guide.c_str(), 0600), 0); // a start waits for its writer
+    Steer();
     ChildProcess restart({ZVIPTVCTL, "sim", "restart"});
     ASSERT_TRUE(m_remote->WaitForSignal("Died"));
+    StopStartingService(m_simulator->Pid());
+    ASSERT_EQ(m_remote->Get("Running"), "false");
     ASSERT_EQ(m_remote->Call("Die", "({},)"), Done);
     EXPECT_EQ(restart.Wait(Patience), (ExitStatus{3, 0}));
     EXPECT_EQ(restart.Errors(),

@@ -135,7 +135,7 @@ TEST_F(Verbs, NoProgrammeCanBeSelectedBeforeItsTablesHaveCome)
     ASSERT_EQ(m_remote->Call("Load", "('" + url + "',)"), Done);
     EXPECT_EQ(m_remote->Call("SelectProgramme", "(1,)"),
               std::string(Invalid) +
-                  "programme 1 is not known, since no PAT and PMT have come yet: wait until "
+                  "programme 1 is not known, since no PAT and PMT were received yet: wait until "
                   "the property Programmes lists it");
 }
 

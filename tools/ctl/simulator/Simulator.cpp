@@ -40,8 +40,8 @@ Failure ToFailure(GError* error)
     }
     if (g_error_matches(error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT) != FALSE) {
         return {ExitCode::NoAnswer,
-                "the simulator does not answer; see whether its process is stopped ('kill -CONT PID' lets it "
-                "go on), or start another one"};
+                "the simulator does not answer; check whether its process is stopped ('kill -CONT PID' "
+                "resumes it), or start another one"};
     }
     if (name == "org.freedesktop.DBus.Error.NoReply" || name.empty()) {
         return {ExitCode::NoService, "the simulator went away before it answered"};

@@ -29,7 +29,7 @@ GVariant* Programmes(Player const& player)
     return g_variant_builder_end(&list);
 }
 
-/// What has come of the input, and what was lost.
+/// What was received of the input, and what was lost.
 GVariant* InputStatus(Player const& player)
 {
     InputCounters const counters = player.Counters();

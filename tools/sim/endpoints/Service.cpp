@@ -63,9 +63,7 @@ Service::Service(ServiceOptions const& options, MainLoop& loop)
       m_programmeGuideEnd(type::ProgramGuide,
                           [this](CMessageBuffer& message) { return AnswerGuide(message); })
 {
-    if (!options.guide.empty()) {
-        m_programmeGuide.Load(options.guide);
-    }
+    LoadGuide();
     AddFaultsOfOptions();
     m_player.SetPacketListener([this](TsPacket const& packet) { m_programmeGuide.Push(packet); });
     m_player.SetProgrammeListener([this](Programme const& next) {
@@ -96,6 +94,18 @@ void Service::Announce()
 Service::~Service()
 {
     CIPTVServiceAPI::DestroyConnectionHelper();
+}
+
+void Service::LoadGuide()
+try {
+    if (!m_options.guide.empty()) {
+        m_programmeGuide.Load(m_options.guide);
+    }
+} catch (std::exception const& failure) {
+    if (!m_options.guideMayFail) {
+        throw;
+    }
+    m_log.Say(std::string(failure.what()) + "; the service goes on without this guide");
 }
 
 /// In place of all others.

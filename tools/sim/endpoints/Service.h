@@ -33,6 +33,7 @@ struct ServiceOptions
     PesFilter filter;
     std::size_t awaitedSubscribers = 0; ///< play begins when so many applications have subscribed
     std::string guide;                  ///< XMLTV file; the stream's own event information when empty
+    bool guideMayFail = false;          ///< if the file cannot be loaded, use the stream's information
     std::optional<std::int64_t> now; ///< what the guide's clock shows at the start; the real time when empty
     std::optional<int> ratingLimit;  ///< highest minimum age that plays without a PIN
     bool serviceLocked = false;
@@ -126,6 +127,7 @@ private:
     Call Begin(char const* type, CMessageBuffer const& message);
     CMessageBuffer AnswerGuide(CMessageBuffer const& message);
     CMessageBuffer Finish(Call& call, CMessageBuffer const& honest);
+    void LoadGuide();
     void AddFaultsOfOptions();
     void NoteId(Request const& request);
     void Push(PesPacket const& pes);

@@ -67,7 +67,8 @@ Control::Control(Options const& options)
                               if (m_follower.onKeptChange) {
                                   m_follower.onKeptChange(m_seeks > 0);
                               }
-                          }})
+                          },
+                          [this] { OnLate(); }})
 {
     for (GDBusPropertyInfo** info = SimulatorInterface()->properties; *info != nullptr; ++info) {
         m_report[(*info)->name] = Nothing((*info)->signature); // until the service has told
@@ -247,8 +248,8 @@ void Control::OnDied(bool isFailure)
     TellProcess({"Running", "Responding", "ServicePid", "Clients", "Applications", "Subscribers"});
     Emit(verbs::Interface, "Died", nullptr);
     if (isFailure) {
-        RefuseRestarts(link::Failed, "the service did not start; correct what zviptv-sim has written on its "
-                                     "standard error, and call 'zviptvctl sim restart'");
+        RefuseRestarts(link::Failed, "the service did not start; fix the error that zviptv-sim has printed, "
+                                     "then run 'zviptvctl sim restart'");
     } else if (m_service.IsGone()) {
         RefuseRestarts(link::NotRunning,
                        "the service died while it started; 'zviptvctl sim restart' starts it");
@@ -261,8 +262,20 @@ void Control::OnReady()
     if (std::exchange(m_wasReady, true)) {
         Emit(verbs::Interface, "Restarted", nullptr);
     }
+    EndRestarts(nullptr);
+}
+
+void Control::OnLate()
+{
+    Error error;
+    error.Set(G_IO_ERROR_TIMED_OUT, "the service is late");
+    EndRestarts(error.Get());
+}
+
+void Control::EndRestarts(GError const* error)
+{
     for (ServiceLink::Reply const& reply : std::exchange(m_restarting, {})) {
-        reply(nullptr, nullptr);
+        reply(nullptr, error);
     }
 }
 

@@ -70,9 +70,11 @@ private:
     void Emit(std::string const& interface, std::string const& name, GVariant* body);
     void OnDied(bool isFailure);
     void OnReady();
+    void OnLate();
     void Remember(GVariant* properties);
     void TellProcess(std::vector<char const*> const& properties);
     void TellResponding(bool isResponding);
+    void EndRestarts(GError const* error);
     void RefuseRestarts(char const* name, char const* text);
 
     Report m_report;                              ///< what is known of every property

@@ -86,7 +86,7 @@ void ControlBus::OnClosed(ControlBus* self)
     if (!std::exchange(self->m_isLost, true)) {
         Owned<char> const address(g_dbus_address_get_for_bus_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr));
         std::fprintf(stderr,
-                     "zviptv-sim: the bus %s is lost: it died, or closed the connection; see that it runs, "
+                     "zviptv-sim: the bus %s is lost: it died, or closed the connection; check that it runs, "
                      "and start the simulator again\n",
                      EscapeText(address ? address.get() : "").c_str());
     }

@@ -20,7 +20,7 @@ std::string ErrorText(GError const* error, pid_t service)
     }
     if (g_error_matches(error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT) != FALSE) {
         return "the service has not answered for " + std::to_string(AnswerLimit.count()) +
-               " seconds; let it go on with 'kill -CONT " + std::to_string(service) +
+               " seconds; resume it with 'kill -CONT " + std::to_string(service) +
                "' if it is stopped, or replace it with 'zviptvctl sim restart'";
     }
     return "the service died before it answered; call again once it is back";

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ServiceProcess.h"
 
+#include "ControlErrors.h"
 #include "ServiceRun.h"
 #include "control/Link.h"
 #include "process/FileHandle.h"
@@ -8,12 +9,10 @@
 
 #include <sys/socket.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
-#include <iterator>
 #include <system_error>
 #include <utility>
 
@@ -26,15 +25,6 @@ constexpr int SignalStatus = 128;
 constexpr std::chrono::seconds StopTimeout{5};
 constexpr char Gone[] =
     "the service is dead and does not come back by itself; 'zviptvctl sim restart' starts it";
-
-void Refuse(std::vector<ServiceLink::Request> const& requests, char const* why)
-{
-    Error error;
-    error.Set(G_IO_ERROR_NOT_CONNECTED, why);
-    for (ServiceLink::Request const& request : requests) {
-        request.reply(nullptr, error.Get());
-    }
-}
 
 /// Of a service that hangs there is no picture.
 constexpr std::chrono::seconds WatchLimit{5};
@@ -68,6 +58,7 @@ void ServiceProcess::Start()
     m_process.emplace(Spawn(request));
     m_state = State::Starting;
     m_ended.reset();
+    m_lateAt = Clock::now() + AnswerLimit;
     Plan(Next::Nothing, {});
 }
 
@@ -80,7 +71,7 @@ void ServiceProcess::Begin()
         m_link->Call(
             {link::Interface, link::Restore, std::move(parameters), ServiceLink::NoLimit, {}, ignore});
     }
-    for (ServiceLink::Request& request : std::exchange(m_waiting, {})) {
+    for (ServiceLink::Request& request : m_waiting.Take()) {
         m_link->Call(std::move(request));
     }
     m_link->Call({link::Interface, link::Begin, nullptr, ServiceLink::NoLimit, {}, ignore});
@@ -120,7 +111,7 @@ void ServiceProcess::Call(ServiceLink::Request request)
         m_link->Call(std::move(request));
         return;
     }
-    m_waiting.push_back(std::move(request));
+    m_waiting.Add(std::move(request));
     if (IsGone()) {
         RefuseWaiting(Gone);
     }
@@ -145,25 +136,21 @@ void ServiceProcess::Watch(std::string const& what, FileHandle const& pipe, Serv
         {link::Interface, link::Watch, std::move(arguments), WatchLimit, {}, reply, std::move(descriptors)});
 }
 
+/// Nobody answers them.
 void ServiceProcess::RefuseWaiting(char const* why)
 {
-    Refuse(std::exchange(m_waiting, {}), why);
-}
-
-void ServiceProcess::Forget(std::string const& caller)
-{
-    auto const first = std::stable_partition(
-        m_waiting.begin(), m_waiting.end(),
-        [&caller](ServiceLink::Request const& request) { return request.caller != caller; });
-    Requests const dropped(std::make_move_iterator(first), std::make_move_iterator(m_waiting.end()));
-    m_waiting.erase(first, m_waiting.end());
-    Refuse(dropped, "the caller has left the bus");
+    m_waiting.Refuse(G_IO_ERROR_NOT_CONNECTED, why);
 }
 
 void ServiceProcess::Advance()
 {
     if (std::optional<int> const status = IsAlive() ? m_process->Poll() : std::nullopt) {
         CountsAsDeath(*status) ? NoteDeath(m_options.restartAfter) : NoteEnd(*status);
+    }
+    if (IsStarting() && Clock::now() >= m_lateAt) {
+        m_lateAt = Clock::now() + AnswerLimit;
+        m_waiting.Refuse(G_IO_ERROR_TIMED_OUT, "the service is late");
+        m_listener.onLate();
     }
     if (Clock::now() < m_nextAt) {
         return;
@@ -259,7 +246,7 @@ void ServiceProcess::Restart()
 
 void ServiceProcess::StartFresh()
 {
-    RefuseWaiting("a reset came before the service was back; call again");
+    RefuseWaiting("'reset' was called before the service was back; call again");
     m_kept.reset();
     ComeBack(true);
 }

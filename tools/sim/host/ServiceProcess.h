@@ -4,12 +4,13 @@
 #include "Options.h"
 #include "ServiceLink.h"
 #include "Signals.h"
+#include "WaitingCalls.h"
 #include "process/FileHandle.h"
 #include "process/Process.h"
 
+#include <algorithm>
 #include <memory>
 #include <optional>
-#include <vector>
 
 namespace zviptv::sim {
 
@@ -27,6 +28,7 @@ public:
         std::function<void(bool isFailure)> onDied; ///< a failure: it has ended by itself
         std::function<void()> onReady;              ///< applications find it; the first time, or again
         std::function<void()> onKeptChange;         ///< Kept() has changed
+        std::function<void()> onLate;               ///< it has not become ready for AnswerLimit
     };
 
     ServiceProcess(Options const& options, Listener listener);
@@ -38,6 +40,9 @@ public:
     bool IsStarting() const { return m_state == State::Starting; }
     bool IsRunning() const { return m_state == State::Running; }
     bool IsAlive() const { return IsStarting() || IsRunning(); }
+
+    /// Applications have found it, or one before it.
+    bool WasReady() const { return m_wasReady; }
 
     /// It is dead, and does not come back by itself.
     bool IsGone() const { return !IsAlive() && m_next != Next::ComeBack; }
@@ -52,12 +57,13 @@ public:
     GVariant* Kept() const { return m_kept.get(); }
 
     /// Calls a method of the service. While it starts, or is dead and will come back, the call waits, and is
-    /// worked off before applications find the service; the limit begins then. A dead one answers with the
-    /// error NotRunning.
+    /// worked off before applications find the service; the limit begins then. A service that is not
+    /// connected AnswerLimit after its start has not answered in time. A dead one answers with the error
+    /// NotRunning.
     void Call(ServiceLink::Request request);
 
     /// Drops the calls of this caller that still wait.
-    void Forget(std::string const& caller);
+    void Forget(std::string const& caller) { m_waiting.Forget(caller); }
 
     /// Has what is played written to a pipe, see link::Watch. A service that is not connected answers with an
     /// error.
@@ -73,7 +79,7 @@ public:
     void StartFresh();
 
     /// Advance() is due at Change(), and after each SIGCHLD.
-    Clock::time_point Change() const { return m_nextAt; }
+    Clock::time_point Change() const { return IsStarting() ? std::min(m_nextAt, m_lateAt) : m_nextAt; }
 
     /// Sees what has become of the service, and lets it die or come back when it is time.
     void Advance();
@@ -98,8 +104,6 @@ private:
         ComeBack
     };
 
-    using Requests = std::vector<ServiceLink::Request>;
-
     void Begin();
     void OnSignal(std::string const& interface, std::string const& name, GVariant* body);
     void NoteReady();
@@ -116,7 +120,7 @@ private:
     Listener m_listener;
     std::optional<Process> m_process;
     std::unique_ptr<ServiceLink> m_link; ///< while it lives
-    Requests m_waiting;                  ///< for the time when it is connected
+    WaitingCalls m_waiting;
     Owned<GVariant> m_kept;
     State m_state = State::Starting;
     bool m_wasReady = false; ///< it, or one before it
@@ -124,6 +128,7 @@ private:
     std::optional<int> m_ended;
     Next m_next = Next::Nothing;
     Clock::time_point m_nextAt = Signals::Never;
+    Clock::time_point m_lateAt = Signals::Never; ///< a service that starts has not answered in time
 };
 
 } // namespace zviptv::sim

@@ -92,6 +92,7 @@ private:
 int RunService(ServiceOptions options, bool returns)
 {
     options.playback.mayFail = returns;
+    options.guideMayFail = returns;
     Owned<GDBusConnection> const bus = RequireBus();
     MainLoop loop;
     BusWatch const watch(bus.get(), loop);

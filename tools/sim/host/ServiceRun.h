@@ -9,7 +9,8 @@ namespace zviptv::sim {
 /// link::Descriptor.
 constexpr char ServiceName[] = "zviptv-sim: service";
 
-/// The same for a service that replaces one that has died. It also starts if its input cannot be opened.
+/// The same for a service that replaces one that has died. It also starts if its input or its
+/// guide cannot be opened.
 constexpr char ReturningName[] = "zviptv-sim: returning service";
 
 /// Plays the stream as the service on the bus that the environment names, until SIGINT or SIGTERM, or until

@@ -47,12 +47,12 @@ int EndBeforeReady(ServiceProcess& service, Signals::Signal const& signal)
     return SignalStatus + signal.number;
 }
 
-/// Waits until the service is ready and can be controlled, however long that takes. Exit status when that
-/// will not be.
+/// Waits until the service is ready and can be controlled, however long that takes, also when it is killed
+/// before. Exit status when that will not be.
 std::optional<int> AwaitService(Control& control, Signals const& signals)
 {
     ServiceProcess& service = control.Service();
-    while (service.IsStarting() || (service.IsRunning() && !control.IsSettled())) {
+    while (!service.Ended() && (!service.WasReady() || (service.IsRunning() && !control.IsSettled()))) {
         Signals::Signal const signal = signals.Next(service.Change());
         if (signal.AsksToEnd()) {
             return EndBeforeReady(service, signal);
