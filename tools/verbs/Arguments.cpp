@@ -27,7 +27,7 @@ constexpr Description Descriptions[] = {
     {Form::Time, "UNIX-SECONDS", "x", "a number of seconds since 1970, 0 to 4294967295", 0, 4294967295.0},
     {Form::Programme, "NUMBER", "u", "a programme number, 1 to 65535", 1, 65535},
     {Form::Index, "N", "u", "a place in the list, 0 to 65535", 0, 65535},
-    {Form::Count, "N", "u", "a number of answers, 1 to 1000000", 1, 1e6},
+    {Form::Count, "N", "u", "a number of messages, 1 to 1000000", 1, 1e6},
     {Form::Input, "INPUT", "s", "an input as --ts takes it", 0, 0},
     {Form::Fault, "METHOD=FAULT", "s", "METHOD=FAULT as --fault takes it", 0, 0},
     {Form::Lockable, "programme|service", "s", "programme or service", 0, 0},

@@ -213,11 +213,11 @@ TEST_F(Verbs, BadFaultsAreRefused)
                 StartsWith(std::string(Invalid) +
                            "cannot use the fault 'MuteAudio=bad': unknown fault 'bad' of MuteAudio; use "));
     EXPECT_THAT(m_remote->Call("AddFault", "('MuteAudio=drop', {'count': <uint32 0>})"),
-                StartsWith(std::string(Invalid) + "'0' is not a number of answers, 1 to 1000000"));
+                StartsWith(std::string(Invalid) + "'0' is not a number of messages, 1 to 1000000"));
     EXPECT_EQ(m_remote->Call("AddFault", "('MuteAudio=drop', {'for': <0.0>})"),
               std::string(Invalid) + "'0.0' is not a number of seconds, 0.001 to 1000000");
     EXPECT_THAT(m_remote->Call("AddFault", "('MuteAudio=drop', {'count': <'two'>})"),
-                StartsWith(std::string(Invalid) + "a value of the type s is not a number of answers"));
+                StartsWith(std::string(Invalid) + "a value of the type s is not a number of messages"));
     EXPECT_THAT(m_remote->Call("AddFault", "('MuteAudio=drop', {'often': <uint32 1>})"),
                 StartsWith(std::string(Invalid) + "fault add: unknown option 'often'"));
     EXPECT_EQ(m_remote->Get("Faults"), "@aa{sv} []");

@@ -91,7 +91,7 @@ TEST_F(SimCommand, RefusesWithWordsAndACode)
               "zviptvctl: seek: 'soon' is not a position in seconds, 0 to 1000000; use seek"},
              {{"seek"}, 2, "SECONDS is required"},
              {{"mute", "audio", "maybe"}, 2, "mute: 'maybe' is not on or off; use mute audio|video on|off"},
-             {{"fault", "add", "MuteAudio=drop", "--count", "0"}, 2, "'0' is not a number of answers"},
+             {{"fault", "add", "MuteAudio=drop", "--count", "0"}, 2, "'0' is not a number of messages"},
              {{"jump"}, 2, "unknown command 'jump'"},
              {{"load", "/no/such.ts"}, 1, "zviptvctl: cannot open /no/such.ts: No such file"},
              {{"select", "audio", "9"}, 1, "there is no audio track 9: use 0 to 1"},
