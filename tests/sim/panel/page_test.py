@@ -9,7 +9,7 @@ import unittest
 from pathlib import Path
 from urllib.parse import unquote
 
-from support import PATIENCE, SAMPLE, SIM, Application, PageTest, browser, main, wait_for
+from support import BESIDE_OTHERS, PATIENCE, SAMPLE, SIM, Application, PageTest, browser, main, wait_for
 
 SECOND = 1.0
 
@@ -269,9 +269,9 @@ class Converses(PageTest):
         print(f"\n5000 calls took {asked:.1f} s, all 10000 messages were on the page after {arrived:.1f} s; frames while "
               f"scrolling: median {median:.1f} ms, 95 % {worst:.1f} ms; {rows} rows in the document", flush=True)
         self.assertLess(rows, 60)
-        self.assertLess(median, 34, "30 frames a second")
-        self.assertLess(worst, 100)
-        self.assertLess(arrived - asked, 10)
+        self.assertLess(median, 34 * BESIDE_OTHERS, "30 frames a second")
+        self.assertLess(worst, 100 * BESIDE_OTHERS)
+        self.assertLess(arrived - asked, 2 * BESIDE_OTHERS)
 
     def test_shows_the_history_to_a_page_that_comes_later(self):
         self.simulator.ctl("mute", "audio", "on")
@@ -279,11 +279,11 @@ class Converses(PageTest):
         wait_for(lambda: self.anywhere("MuteAudio"))
 
     def test_a_page_that_hangs_delays_nobody(self):
-        self.driver.execute_script("setTimeout(() => { const end = performance.now() + 4000; while (performance.now() < end); })")
+        self.driver.execute_script("setTimeout(() => { const end = performance.now() + 8000; while (performance.now() < end); })")
         begin = time.monotonic()
         for _ in range(10):
             self.assertEqual(self.simulator.ctl("mute", "audio", "on").returncode, 0)
-        self.assertLess(time.monotonic() - begin, 4)
+        self.assertLess(time.monotonic() - begin, 8)
         self.simulator.ctl("mute", "audio", "off")
         wait_for(lambda: json.dumps(self.status()["AudioMuted"]) == "false")
         wait_for(lambda: "Sound muted" not in self.text("badges"))

@@ -28,6 +28,11 @@ except ImportError:
     webdriver = None
 
 
+# Times are held to the limits that the documentation promises only when nothing else runs: ./run check sets the variable.
+# Other tests, which run beside these, make them longer.
+BESIDE_OTHERS = 1 if os.environ.get("ZVIPTV_PANEL_ALONE") else 10
+
+
 def main(needs_browser=True):
     """Runs the tests of the module, all of them or those whose names follow the files."""
     del sys.argv[1:5]
