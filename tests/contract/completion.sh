@@ -77,6 +77,8 @@ expect zviptv-sim --sc --scenario
 expect 'zviptv-sim --ts one.ts --scenario' '' 'film.scenario guide.xml one.ts two.ts'
 expect 'zviptv-sim --ts one.ts --junit' g guide.xml
 expect 'zviptv-sim --bus =' s system
+expect 'zviptv-sim --replay' g guide.xml
+expect 'zviptv-sim --replay one.ts --unrecorded' '' 'error false stream'
 expect 'zviptv-sim --ts one.ts --' zviptvct zviptvctl
 expect 'zviptv-sim --ts one.ts -- cat' o one.ts
 

@@ -44,7 +44,8 @@ may tools/sim/stream
 may tools/sim/input stream process glib
 may tools/sim/guide stream
 may tools/sim/playback guide input stream process common
-may tools/sim/endpoints playback guide input stream common glib
+may tools/sim/replay trace process common
+may tools/sim/endpoints playback replay guide input stream common glib
 may tools/sim/control endpoints playback verbs common glib
 may tools/sim/scenario common
 may tools/sim/panel input trace verbs process common glib

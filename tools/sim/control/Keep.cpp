@@ -104,6 +104,9 @@ Owned<GVariant> Keep(Service& service)
         .Add("loops", g_variant_new_boolean(service.Loops() ? TRUE : FALSE))
         .Add("locksEvery", g_variant_new_boolean(television.lock.LocksEveryProgramme() ? TRUE : FALSE))
         .Add("locksService", g_variant_new_boolean(television.lock.LocksService() ? TRUE : FALSE));
+    if (Replay const* const replay = service.Replayed()) {
+        kept.Add("replayedLife", g_variant_new_uint32(static_cast<guint32>(replay->NextLife())));
+    }
     if (std::optional<std::uint16_t> const choice = television.player.Choice()) {
         kept.Add("programme", g_variant_new_uint32(*choice));
     }
@@ -119,6 +122,10 @@ Owned<GVariant> Keep(Service& service)
 void Restore(Service& service, GVariant* kept)
 {
     Television const television = service.Parts();
+    guint32 life = 0;
+    if (service.Replayed() != nullptr && g_variant_lookup(kept, "replayedLife", "u", &life) != FALSE) {
+        service.Replayed()->Begin(life);
+    }
     char const* input = nullptr;
     if (g_variant_lookup(kept, "input", "&s", &input) == FALSE) {
         return; // there was none before

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <set>
 #include <stdexcept>
 #include <utility>
 
@@ -228,6 +229,17 @@ constexpr Row Rows[] = {
     {"Reset", Reset},
 };
 
+/// A recording is replayed as it is.
+void RequireStreamFor(Service& service, std::string const& method)
+{
+    static std::set<std::string> const possible = {"AddFault", "RemoveFault", "ClearFaults", "Reset"};
+    if (service.Replayed() != nullptr && possible.count(method) == 0) {
+        throw std::invalid_argument(method +
+                                    " is not possible: the simulator replays a recording; use die, restart, "
+                                    "reset, quit or fault, or start it with --ts and without --replay");
+    }
+}
+
 } // namespace
 
 std::string FaultText(GVariant* parameters)
@@ -250,6 +262,7 @@ void Perform(Service& service, std::string const& method, GVariant* parameters,
              std::function<void(std::string const& error)> done)
 {
     verbs::Check(method, parameters);
+    RequireStreamFor(service, method);
     if (method == "Load") {
         service.Parts().player.Open(service.InputNamed(TextAt(parameters, 0)),
                                     [&service, done = std::move(done)](std::string const& error) {

@@ -92,12 +92,21 @@ ServiceControl::ServiceControl(int descriptor, Service& service, MainLoop& loop,
     Export(m_node->interfaces[0]);
     m_service.SetListeners([this](RequestLog::Entry const& entry) { OnRequest(entry); },
                            [this] { UpdateSoon(); });
+    if (Replay* const replay = m_service.Replayed()) {
+        replay->SetDeathListener([this](std::optional<double> comeBackAfter) {
+            Update();
+            Emit(link::Interface, link::Dies, g_variant_new("(d)", comeBackAfter.value_or(-1)));
+        });
+    }
     g_dbus_connection_start_message_processing(m_connection.get());
 }
 
 ServiceControl::~ServiceControl()
 {
     m_service.SetListeners([](RequestLog::Entry const&) {}, [] {});
+    if (Replay* const replay = m_service.Replayed()) {
+        replay->SetDeathListener({});
+    }
     for (guint const id : m_exported) {
         g_dbus_connection_unregister_object(m_connection.get(), id);
     }
@@ -177,7 +186,8 @@ void ServiceControl::OnRequest(RequestLog::Entry const& entry)
     Emit(verbs::Interface, "Request",
          g_variant_new("(sss@a{ss}is)", entry.busName.c_str(), entry.endpoint.c_str(),
                        Shown(entry.request.GetValue(protocol::key::FunctionName)).c_str(),
-                       ArgumentsOf(entry.request), ResultOf(entry.reply), entry.note.c_str()));
+                       ArgumentsOf(entry.request), ResultOf(entry.reply),
+                       (entry.note.empty() ? entry.replay : entry.note).c_str()));
 }
 
 /// Many things may happen at once.

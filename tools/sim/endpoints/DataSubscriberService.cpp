@@ -4,6 +4,7 @@
 #include "playback/Captions.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <utility>
 
 namespace zviptv::sim {
@@ -141,15 +142,33 @@ void DataSubscriberService::Reset()
 
 void DataSubscriberService::Push(PesPacket const& pes)
 {
-    if (IsWanted(&Client::pes) && m_filter.Passes(pes)) {
+    if (m_replayed.count(function::PESCB) == 0 && IsWanted(&Client::pes) && m_filter.Passes(pes)) {
         Offer(function::PESCB, {ToNotification(pes), pes.bytes.size(), pes.pid}, &Client::pes);
     }
-    if (IsWanted(&Client::captions)) {
+    if (m_replayed.count(function::CaptionCB) == 0 && IsWanted(&Client::captions)) {
         if (std::optional<ZVCaption> const caption = CaptionIn(pes)) {
             Offer(function::CaptionCB, {ToNotification(*caption), caption->data.size(), pes.pid},
                   &Client::captions);
         }
     }
+}
+
+bool DataSubscriberService::Send(std::string const& busName, Subscriber::Notification const& notification)
+{
+    std::string const name = notification->GetValue(key::FunctionName);
+    bool const isPes = name == function::PESCB;
+    PushLine Client::*const line = isPes ? &Client::pes : &Client::captions;
+    auto const client = m_clients.find(busName);
+    if (client == m_clients.end() || !(client->second.*line).IsOn()) {
+        return false;
+    }
+    PushLine& own = client->second.*line;
+    auto const stream = static_cast<std::uint16_t>(std::atoi(notification->GetValue(key::PESPID).c_str()));
+    std::size_t const size = notification->GetValue(isPes ? key::PESData : key::CaptionData).size();
+    own.Pass({notification, size, stream},
+             m_faulty(isPes ? function::PESCB : function::CaptionCB, busName, own.Holds(stream)),
+             Subscriber::Clock::now(), SendTo(*client->second.subscriber));
+    return true;
 }
 
 bool DataSubscriberService::IsWanted(PushLine Client::*line) const

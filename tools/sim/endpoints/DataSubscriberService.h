@@ -12,6 +12,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -37,6 +38,12 @@ public:
     std::optional<CMessageBuffer> Answer(Request const& request);
 
     void Push(PesPacket const& pes);
+
+    /// Notifications of this function are sent by Send() only, not by Push().
+    void LeaveToReplay(std::string const& notification) { m_replayed.insert(notification); }
+
+    /// Sends one notification to one application. False if it has not asked for any of this kind.
+    bool Send(std::string const& busName, Subscriber::Notification const& notification);
 
     /// No packet follows for now: sends those that are held until another one comes.
     void Release();
@@ -74,6 +81,7 @@ private:
     std::map<std::string, Client> m_clients;
     std::vector<std::unique_ptr<Subscriber>> m_leaving; ///< stopping; nobody waits for them
     Counts m_gone;                                      ///< of those that left
+    std::set<std::string> m_replayed;                   ///< notifications that Push() does not send
 };
 
 } // namespace zviptv::sim

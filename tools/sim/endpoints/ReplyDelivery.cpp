@@ -11,6 +11,8 @@ namespace {
 constexpr char InjectedError[] = "org.corvel.zviptvapi.Error.Injected";
 constexpr char InjectedText[] = "An error as asked for with --fault";
 
+} // namespace
+
 std::string NoteOf(Damage const& damage)
 {
     std::string note;
@@ -29,25 +31,34 @@ std::string NoteOf(Damage const& damage)
     return note;
 }
 
-} // namespace
-
-std::string Deliver(std::optional<CDeferredReply>& later, CMessageBuffer const& reply, Damage const& damage,
-                    MainLoop& loop)
+Delivery DeliveryOf(Damage const& damage)
 {
-    bool const isLate = damage.Delay().count() > 0;
-    if (!later && (damage.IsDrop() || damage.IsError() || isLate)) {
+    Delivery delivery;
+    delivery.delay = damage.Delay();
+    delivery.isDropped = damage.IsDrop();
+    if (damage.IsError()) {
+        delivery.errorName = InjectedError;
+        delivery.errorText = InjectedText;
+    }
+    return delivery;
+}
+
+void Deliver(std::optional<CDeferredReply>& later, CMessageBuffer const& reply, Delivery const& delivery,
+             MainLoop& loop)
+{
+    if (!later && !delivery.IsPlain()) {
         later.emplace(CDeferredReply::Take());
     }
-    if (later && damage.IsDrop()) {
+    if (later && delivery.isDropped) {
         later->LeaveUnanswered();
     } else if (later) {
-        auto const send = [answer = std::make_shared<CDeferredReply>(std::move(*later)), reply,
-                           isError = damage.IsError()] {
-            isError ? answer->SendError(InjectedError, InjectedText) : answer->Send(reply);
+        auto const send = [answer = std::make_shared<CDeferredReply>(std::move(*later)), reply, delivery] {
+            delivery.errorName.empty()
+                ? answer->Send(reply)
+                : answer->SendError(delivery.errorName.c_str(), delivery.errorText.c_str());
         };
-        isLate ? loop.After(damage.Delay(), send) : send();
+        delivery.delay.count() > 0 ? loop.After(delivery.delay, send) : send();
     }
-    return NoteOf(damage);
 }
 
 } // namespace zviptv::sim

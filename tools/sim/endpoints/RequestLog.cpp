@@ -147,6 +147,7 @@ void RequestLog::Write(Entry const& entry)
         json["reply"] = entry.reply == nullptr ? Json::Value() : JsonEntries(*entry.reply);
         json["microseconds"] = Json::Int64(entry.took.count());
         json["fault"] = entry.note;
+        json["replay"] = entry.replay;
         json["warnings"] = Json::Value(Json::arrayValue);
         for (std::string const& warning : WarningsOf(entry.endpoint, entry.request)) {
             json["warnings"].append(warning);
@@ -155,12 +156,13 @@ void RequestLog::Write(Entry const& entry)
     } else if (m_form == Form::Text) {
         ClearStatus();
         std::string const result = entry.reply == nullptr ? "no reply" : entry.reply->GetValue(key::Result);
-        std::fprintf(stderr, "%s %s handle=%s %s%s -> %s%s (%.2f ms)%s%s\n%s", entry.busName.c_str(),
+        std::fprintf(stderr, "%s %s handle=%s %s%s -> %s%s (%.2f ms)%s%s%s%s\n%s", entry.busName.c_str(),
                      entry.endpoint.c_str(), Shown(entry.request.GetValue(key::HandleID)).c_str(),
                      Shown(entry.request.GetValue(key::FunctionName)).c_str(), Entries(entry.request).c_str(),
                      result.c_str(), entry.reply == nullptr ? "" : Entries(*entry.reply).c_str(),
                      static_cast<double>(entry.took.count()) / 1000,
-                     entry.note.empty() ? "" : " fault: ", entry.note.c_str(), WarningLine(entry).c_str());
+                     entry.note.empty() ? "" : " fault: ", entry.note.c_str(),
+                     entry.replay.empty() ? "" : " ", entry.replay.c_str(), WarningLine(entry).c_str());
     }
 }
 

@@ -19,6 +19,9 @@ std::string Shown(std::string const& value);
 class RequestLog
 {
 public:
+    /// Entry::replay of a request that the recording does not have.
+    static constexpr char NotRecorded[] = "not recorded";
+
     enum class Form
     {
         Quiet,
@@ -34,6 +37,7 @@ public:
         CMessageBuffer const* reply; ///< null when there is none
         std::string note;            ///< what a fault did; may be empty
         std::chrono::microseconds took;
+        std::string replay; ///< how it differs from a recorded reply; may be empty
     };
 
     /// An application that asked for data.

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Service.h"
 
-#include "ReplyDelivery.h"
 #include "glib/Owned.h"
 
 #include <zviptv/IPTVServiceAPI.h>
@@ -64,6 +63,7 @@ Service::Service(ServiceOptions const& options, MainLoop& loop)
                           [this](CMessageBuffer& message) { return AnswerGuide(message); })
 {
     LoadGuide();
+    BeginReplay();
     AddFaultsOfOptions();
     m_player.SetPacketListener([this](TsPacket const& packet) { m_programmeGuide.Push(packet); });
     m_player.SetProgrammeListener([this](Programme const& next) {
@@ -161,12 +161,13 @@ std::string Service::Announced(std::string busName, std::string type, std::strin
 std::string Service::AnswerAnnouncement(std::string const& busName, std::string const& type, bool comesUp)
 {
     Damage const damage = FaultsOf(FaultRule::Target::Announcement, FaultRule::Announcement, busName);
-    std::string const partner = damage.TakesEffect() ? Partner(busName, type, comesUp) : std::string();
-    if (!damage.IsNone()) {
+    std::string partner = damage.TakesEffect() ? Partner(busName, type, comesUp) : std::string();
+    std::optional<Delivery> const recorded = AnnounceFromRecording(type, comesUp, partner);
+    if (!damage.IsNone() || (recorded && !recorded->IsPlain())) {
         CMessageBuffer answer;
         answer.AddValue(protocol::key::DBusName, partner.c_str());
         std::optional<CDeferredReply> later(CDeferredReply::Take());
-        Deliver(later, damage.Spoil(answer), damage, m_loop);
+        Deliver(later, damage.Spoil(answer), damage.IsNone() ? *recorded : DeliveryOf(damage), m_loop);
     }
     return partner;
 }
@@ -203,7 +204,7 @@ Service::Call Service::Begin(char const* type, CMessageBuffer const& message)
     std::string const busName = CProxyDBusHelper::GetSenderName();
     auto const now = std::chrono::steady_clock::now();
     Damage damage = FaultsOf(FaultRule::Target::Answer, Request(message, busName).Function(), busName);
-    return Call{type, busName, message, now, std::move(damage), {}};
+    return Call{type, busName, message, now, std::move(damage), {}, {}, {}};
 }
 
 /// A request that is not carried out is answered as one that is refused.
@@ -211,8 +212,10 @@ Endpoint::Handler Service::HandlerOf(char const* type, Answerer answer)
 {
     return [this, type, answer = std::move(answer)](CMessageBuffer& message) {
         Call call = Begin(type, message);
-        std::optional<CMessageBuffer> const reply =
-            call.damage.TakesEffect() ? answer(Request(message, call.busName)) : std::nullopt;
+        std::optional<CMessageBuffer> reply;
+        if (call.damage.TakesEffect() && !(reply = AnswerFromRecording(call))) {
+            reply = answer(Request(message, call.busName));
+        }
         return Finish(call, reply.value_or(Reply(false)));
     };
 }
@@ -224,6 +227,9 @@ CMessageBuffer Service::AnswerGuide(CMessageBuffer const& message)
     Request const request(message, call.busName);
     if (!call.damage.TakesEffect()) {
         return Finish(call, Reply(false));
+    }
+    if (std::optional<CMessageBuffer> const recorded = AnswerFromRecording(call)) {
+        return Finish(call, *recorded);
     }
     if (request.Function() != protocol::function::CloneUSBToTV) {
         CMessageBuffer const reply = m_programmeGuide.Answer(request).value_or(Reply(false));
@@ -244,15 +250,16 @@ CMessageBuffer Service::Finish(Call& call, CMessageBuffer const& honest)
 {
     Damage const& damage = call.damage;
     CMessageBuffer const reply = damage.Spoil(honest);
-    std::string const note = Deliver(call.later, reply, damage, m_loop);
-    bool const answered = !damage.IsDrop() && !damage.IsError();
+    Delivery const delivery = damage.IsNone() ? call.delivery : DeliveryOf(damage);
+    Deliver(call.later, reply, delivery, m_loop);
     RequestLog::Entry const entry{
         call.type,
         call.busName,
         call.message,
-        answered ? &reply : nullptr,
-        note,
-        std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - call.begin)};
+        delivery.IsAnswer() ? &reply : nullptr,
+        NoteOf(damage),
+        std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - call.begin),
+        call.replayNote};
     m_log.Write(entry);
     m_onRequest(entry);
     m_onChange();

@@ -8,6 +8,7 @@
 #include "Faults.h"
 #include "PlayerControlService.h"
 #include "ProgrammeGuideService.h"
+#include "ReplyDelivery.h"
 #include "RequestLog.h"
 #include "common/MainLoop.h"
 #include "playback/DurationScan.h"
@@ -16,11 +17,14 @@
 #include "playback/Selection.h"
 #include "playback/SimulatedClock.h"
 #include "playback/StreamTap.h"
+#include "replay/PushReplay.h"
+#include "replay/Replay.h"
 
 #include <zviptv/DeferredReply.h>
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -42,6 +46,7 @@ struct ServiceOptions
     std::vector<FaultRule> faults;
     std::uint64_t faultSeed = 0; ///< of the faults with a probability
     RequestLog::Form log = RequestLog::Form::Quiet;
+    ReplayOptions replay;
 };
 
 /// What the television consists of, for whoever steers it.
@@ -84,6 +89,9 @@ public:
     /// @throws StreamError when the input of the options cannot be read any more; then nothing has changed
     void Reset();
 
+    /// What answers as a recorded service did; null if nothing is replayed.
+    Replay* Replayed() { return m_replay.get(); }
+
     Television Parts();
 
     /// To be called after the clock or the player were changed from outside.
@@ -115,6 +123,8 @@ private:
         CMessageBuffer message;
         std::chrono::steady_clock::time_point begin;
         Damage damage;
+        Delivery delivery;                   ///< without faults
+        std::string replayNote;              ///< what the recording says; empty if it has nothing special
         std::optional<CDeferredReply> later; ///< set when the handler returns before the answer is there
     };
 
@@ -128,6 +138,11 @@ private:
     CMessageBuffer AnswerGuide(CMessageBuffer const& message);
     CMessageBuffer Finish(Call& call, CMessageBuffer const& honest);
     void LoadGuide();
+    void BeginReplay();
+    std::optional<CMessageBuffer> AnswerFromRecording(Call& call);
+    void FollowSubscription(Call const& call, ReplayedAnswer const& answer);
+    std::optional<Delivery> AnnounceFromRecording(std::string const& type, bool comesUp,
+                                                  std::string& partner);
     void AddFaultsOfOptions();
     void NoteId(Request const& request);
     void Push(PesPacket const& pes);
@@ -158,6 +173,8 @@ private:
     std::uint64_t m_packets = 0; ///< sent until the last status
     std::chrono::steady_clock::time_point m_statusAt;
     DataSubscriberService m_subscribers;
+    std::unique_ptr<Replay> m_replay;
+    std::unique_ptr<PushReplay> m_pushReplay;
     Player m_player;
     StreamTap m_tap;
     ProgrammeGuideService m_programmeGuide;

@@ -139,6 +139,10 @@ void Service::Reset()
     m_lock = ParentalLock(m_options.ratingLimit, m_options.serviceLocked);
     AddFaultsOfOptions();
     m_subscribers.Reset();
+    if (m_replay) {
+        m_pushReplay->StopAll();
+        m_replay->Begin(0);
+    }
     m_packets = 0;
     m_programmeGuide.Reset();
     m_awaited = m_options.awaitedSubscribers;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Options.h"
 
+#include "ReplayOptions.h"
 #include "common/UsageText.h"
 #include "trace/CaptureWriter.h"
 
@@ -29,7 +30,9 @@ constexpr char Examples[] =
     "  zviptv-sim --ts capture.ts -- zviptvctl pes --count 20\n"
     "      one command against the service; the exit status is the command's\n"
     "  zviptv-sim --ts capture.ts --scenario film.scenario -- application\n"
-    "      an application on a television that does what the file says\n";
+    "      an application on a television that does what the file says\n"
+    "  zviptv-sim --replay bug.pcapng -- application\n"
+    "      an application on the television that was recorded\n";
 
 /// What is given as text and has to be understood.
 struct Texts
@@ -89,7 +92,6 @@ void AddPlayback(CLI::App& app, Options& options, Texts& texts)
                    "Transport stream to play: a file, a FIFO, - for standard input, "
                    "udp://[@]GROUP:PORT[?iface=NAME], "
                    "rtp:// with the same parts, http:// or https://")
-        ->required()
         ->type_name("FILE|URL");
     app.add_flag("--follow", playback.input.follow,
                  "The file is being written: wait at its end for more; a FIFO outlives its writers");
@@ -272,6 +274,7 @@ std::optional<Options> ParseCommandLine(int argc, char** argv, int& exitStatus)
     AddPlayback(app, options, texts);
     AddGuide(app, options);
     AddFaults(app, options, texts);
+    AddReplay(app, options.service.replay);
     AddScenario(app, options);
     AddPanel(app, options);
     AddOutput(app, options, texts);
@@ -282,6 +285,7 @@ std::optional<Options> ParseCommandLine(int argc, char** argv, int& exitStatus)
             options.words.insert(options.words.begin() + 1,
                                  "--fault-seed=" + std::to_string(options.service.faultSeed));
         }
+        UnderstandReplay(app, options);
         Understand(texts, options);
         return options;
     } catch (CLI::ParseError const& failure) {

@@ -53,7 +53,8 @@ void ServiceProcess::Start()
     request.command = m_options.words;
     request.command.front() = m_kept ? ReturningName : ServiceName;
     request.program = "/proc/self/exe";
-    request.descriptors = {{theirs.Get(), link::Descriptor}};
+    request.descriptors = {{theirs.Get(), link::Descriptor},
+                           {m_unrecorded.File(), link::UnrecordedDescriptor}};
     request.ownGroup = true;
     m_process.emplace(Spawn(request));
     m_state = State::Starting;
@@ -102,6 +103,11 @@ void ServiceProcess::OnSignal(std::string const& interface, std::string const& n
         m_listener.onKeptChange();
     } else if (name == link::Ready) {
         NoteReady();
+    } else if (name == link::Dies) {
+        double seconds = 0;
+        g_variant_get(body, "(d)", &seconds);
+        m_recordedReturn = seconds < 0 ? std::nullopt : std::optional(seconds);
+        Plan(Next::Die, 0);
     }
 }
 
@@ -158,7 +164,7 @@ void ServiceProcess::Advance()
     Next const next = std::exchange(m_next, Next::Nothing);
     Plan(Next::Nothing, {});
     if (next == Next::Die) {
-        Die({});
+        Die(std::exchange(m_recordedReturn, {}));
     } else if (next == Next::ComeBack) {
         ComeBack(false);
     }

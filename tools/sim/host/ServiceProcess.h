@@ -4,6 +4,7 @@
 #include "Options.h"
 #include "ServiceLink.h"
 #include "Signals.h"
+#include "UnrecordedRequests.h"
 #include "WaitingCalls.h"
 #include "process/FileHandle.h"
 #include "process/Process.h"
@@ -49,6 +50,9 @@ public:
 
     /// Exit status of a service that has ended by itself.
     std::optional<int> Ended() const { return m_ended; }
+
+    /// Of a replay, in all lives of the service.
+    UnrecordedRequests const& Unrecorded() const { return m_unrecorded; }
 
     /// Of the present process, or the last one; 0 before the first.
     pid_t Pid() const { return m_process ? m_process->Pid() : 0; }
@@ -122,10 +126,12 @@ private:
     std::unique_ptr<ServiceLink> m_link; ///< while it lives
     WaitingCalls m_waiting;
     Owned<GVariant> m_kept;
+    UnrecordedRequests m_unrecorded;
     State m_state = State::Starting;
     bool m_wasReady = false; ///< it, or one before it
     bool m_isAsked = false;  ///< somebody waits for it to be ready, and can call again
     std::optional<int> m_ended;
+    std::optional<double> m_recordedReturn; ///< seconds until it comes back from the death that is next
     Next m_next = Next::Nothing;
     Clock::time_point m_nextAt = Signals::Never;
     Clock::time_point m_lateAt = Signals::Never; ///< a service that starts has not answered in time

@@ -97,6 +97,9 @@ int RunService(ServiceOptions options, bool returns)
     MainLoop loop;
     BusWatch const watch(bus.get(), loop);
     Service service(options, loop);
+    if (Replay* const replay = service.Replayed()) {
+        replay->ListUnrecordedIn(link::UnrecordedDescriptor);
+    }
     std::optional<ServiceControl> control;
     control.emplace(link::Descriptor, service, loop, [&] {
         GoOnBus(service, bus.get());

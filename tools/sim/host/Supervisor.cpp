@@ -145,6 +145,7 @@ int Run(Options const& options, ScenarioOptions scenario)
         status = Failure;
     }
     service.Stop();
+    std::fputs(service.Unrecorded().Text().c_str(), stderr);
     bool const isRecorded = !recorder || recorder->Finish();
     return *status == 0 && !isRecorded ? Failure : *status;
 }

@@ -13,7 +13,7 @@ namespace zviptv::sim {
 /// What to open.
 struct InputOptions
 {
-    std::string url;     ///< as ParseInputUrl() takes it
+    std::string url;     ///< as ParseInputUrl() takes it; nothing ever comes from the empty one
     bool follow = false; ///< a file is being written: wait at its end for more; a FIFO outlives its writers
 };
 

@@ -4,6 +4,7 @@
 #include "input/Input.h"
 #include "input/InputUrl.h"
 #include "input/PipeBytes.h"
+#include "input/SilentBytes.h"
 #include "input/SocketBytes.h"
 
 #include <fcntl.h>
@@ -60,6 +61,9 @@ std::unique_ptr<Input> OpenStandardInput(InputOptions const& options)
 
 std::unique_ptr<Input> OpenInput(InputOptions const& options)
 {
+    if (options.url.empty()) {
+        return InputOf(std::make_unique<SilentBytes>());
+    }
     InputUrl const url = ParseInputUrl(options.url);
     if (options.follow && url.kind != InputUrl::Kind::File) {
         throw StreamError("cannot follow " + options.url + ": --follow is for files and FIFOs; leave it out");

@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: MIT
+#include "ReplayTest.h"
+
+#include <sys/stat.h>
+
+#include <fstream>
+#include <sstream>
+
+namespace zviptv::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class ReplayFiles : public Replaying
+{
+protected:
+    /// What the simulator says about a file that it cannot replay.
+    static std::string Refusal(std::string const& path)
+    {
+        ChildProcess process({ZVIPTV_SIM, "--bus", "private", "--replay", path});
+        EXPECT_EQ(process.Wait(Patience), (ExitStatus{1, 0}));
+        return process.Errors();
+    }
+
+    static std::string ReadFile(std::string const& path)
+    {
+        std::ostringstream text;
+        text << std::ifstream(path, std::ios::binary).rdbuf();
+        return text.str();
+    }
+
+    void Write(std::string const& bytes) const { std::ofstream(Path(), std::ios::binary) << bytes; }
+};
+
+TEST_F(ReplayFiles, ThatAreNoRecordingsAreRefused)
+{
+    EXPECT_THAT(Refusal("/no/such/file"), HasSubstr("No such file"));
+    EXPECT_THAT(Refusal(ZVIPTV_SAMPLE_FILE), StartsWith("zviptv-sim: cannot read '" ZVIPTV_SAMPLE_FILE "'"));
+    EXPECT_THAT(Refusal("-"), HasSubstr("it is not a regular file"));
+    ASSERT_EQ(mkfifo(Path().c_str(), 0600), 0);
+    EXPECT_THAT(Refusal(Path()), HasSubstr("it is not a regular file"));
+}
+
+TEST_F(ReplayFiles, WithoutMessagesAreRefused)
+{
+    Recording().Save();
+    EXPECT_THAT(Refusal(Path()), HasSubstr(" has no messages: record while an application uses the service"));
+}
+
+TEST_F(ReplayFiles, OfOtherTrafficAreRefused)
+{
+    MadeMessage foreign;
+    foreign.sender = ":1.7";
+    foreign.destination = "org.example.Service";
+    foreign.path = "/";
+    foreign.member = "Hello";
+    Recording().Add(0, foreign);
+    Recording().Save();
+    EXPECT_THAT(Refusal(Path()),
+                HasSubstr(" has no messages of the service and its applications: record the system bus, as "
+                          "root, while"));
+}
+
+TEST_F(ReplayFiles, WithoutAnswersAreRefused)
+{
+    Recording().Ask(0, "BROADCASTDATA", AskAudio("0"));
+    Recording().Save();
+    EXPECT_THAT(Refusal(Path()), HasSubstr(" has no answer and no notification of the service: record the"));
+}
+
+TEST_F(ReplayFiles, ThatWereCutAreReplayedUpToThere)
+{
+    Recording().Exchange(0, "BROADCASTDATA", AskAudio("0"), Answered("whole"));
+    Recording().Exchange(1, "BROADCASTDATA", AskAudio("1"), Answered("cut"));
+    Recording().Save();
+    std::string const bytes = ReadFile(Path());
+    Write(bytes.substr(0, bytes.size() - 9));
+    Start({"--replay", Path()});
+    Application application;
+    application.Announce("BROADCASTDATA");
+    auto const ask = [&application](std::string const& index) {
+        return application.Ask("BROADCASTDATA",
+                               {{"functionname", "GetAudio"}, {"handleID", "256"}, {"index", index}});
+    };
+    EXPECT_EQ(ask("0").Value("audio"), "whole");
+    EXPECT_EQ(ask("1").errorName, "org.corvel.zviptvapi.Error.NotRecorded");
+    EXPECT_THAT(End(), HasSubstr("any further"));
+}
+
+} // namespace
+} // namespace zviptv::test

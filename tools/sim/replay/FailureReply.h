@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <zviptv/MessageBuffer.h>
+
+#include <string>
+
+namespace zviptv::sim {
+
+/// The reply with which a function refuses a request: the result 0 and, for every value, the one for "none".
+/// That of an unknown function is the result alone.
+CMessageBuffer FailureReply(std::string const& endpoint, std::string const& function);
+
+} // namespace zviptv::sim
