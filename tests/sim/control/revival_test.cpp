@@ -128,8 +128,9 @@ TEST_F(Revival, AResetSaysThatTheServiceDidNotStart)
     EXPECT_EQ(m_remote->Call("Reset"),
               std::string(Failed) + "the service did not start; fix the error that zviptv-sim has printed, "
                                     "then run 'zviptvctl sim restart'");
-    EXPECT_THAT(m_simulator->Errors(),
-                HasSubstr("zviptv-sim: cannot open " + first + ": No such file or directory\n"));
+    EXPECT_TRUE(m_simulator->WaitForErrors(
+        "zviptv-sim: cannot open " + first + ": No such file or directory\n", Patience))
+        << m_simulator->Errors();
     EXPECT_EQ(m_remote->Get("Running"), "false");
     EXPECT_THAT(m_remote->Call("Pause"), StartsWith(NotRunning));
     CopyOfTheSample("first.ts");
