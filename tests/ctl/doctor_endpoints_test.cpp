@@ -11,29 +11,30 @@ using testing::HasSubstr;
 constexpr char allTypes[] = "PLAYERCONTROL, BROADCASTDATA, IPTVDATASUBSCRIBER, IPGUTIL";
 constexpr char allFunctions[] = "GetSourceState, SizeOfAudio, requestPESCB, ExistXmlForIPG";
 
-/// What the helper answers to "y", and how the doctor reports it for all endpoints.
-struct NamingCase
+/// An answer of the service, and how the doctor reports it.
+struct AnswerCase
 {
     char const* name;
-    WirePairs answer;
+    WireAnswer answer;
     int code;
     std::string text;
 };
 
-void PrintTo(NamingCase const& naming, std::ostream* out)
+void PrintTo(AnswerCase const& given, std::ostream* out)
 {
-    *out << naming.name;
+    *out << given.name;
 }
 
-class DoctorOfAHelper : public DoctorOfAService, public testing::WithParamInterface<NamingCase>
+/// The answer is the helper's to "y"; the doctor reports it for all endpoints.
+class DoctorOfAHelper : public DoctorOfAService, public testing::WithParamInterface<AnswerCase>
 {
 };
 
 TEST_P(DoctorOfAHelper, NamesTheKey)
 {
-    NamingCase const& naming = GetParam();
+    AnswerCase const& naming = GetParam();
     m_service.AnswerAnnouncements([&](Announcement const& announcement) {
-        return announcement.add == "y" ? WireAnswer(naming.answer) : WireAnswer(WirePairs{});
+        return announcement.add == "y" ? naming.answer : WireAnswer(WirePairs{});
     });
     Diagnosis const diagnosis = Diagnose();
     EXPECT_EQ(diagnosis.result.code, naming.code);
@@ -48,21 +49,15 @@ TEST_P(DoctorOfAHelper, NamesTheKey)
 INSTANTIATE_TEST_SUITE_P(
     Answers, DoctorOfAHelper,
     testing::Values(
-        NamingCase{
-            "EmptyList", {}, 5, "\"dbusname\" is missing in the answer to announcements, which is empty"},
-        NamingCase{"WrongKey",
-                   {{"busname", ":1.1"}},
-                   5,
+        AnswerCase{"EmptyList", WirePairs{}, 5,
+                   "\"dbusname\" is missing in the answer to announcements, which is empty"},
+        AnswerCase{"WrongKey", WirePairs{{"busname", ":1.1"}}, 5,
                    "\"dbusname\" is missing in the answer to announcements, which has \"busname\""},
-        NamingCase{
-            "EmptyName", {{"dbusname", ""}}, 4, "\"dbusname\" is empty in the answer to announcements"},
-        NamingCase{"JunkName",
-                   {{"dbusname", "not a name"}},
-                   5,
+        AnswerCase{"EmptyName", WirePairs{{"dbusname", ""}}, 4,
+                   "\"dbusname\" is empty in the answer to announcements"},
+        AnswerCase{"JunkName", WirePairs{{"dbusname", "not a name"}}, 5,
                    "\"dbusname\" is \"not a name\", which is not a bus name, in the answer to announcements"},
-        NamingCase{"DeadName",
-                   {{"dbusname", ":1.4711"}},
-                   4,
+        AnswerCase{"DeadName", WirePairs{{"dbusname", ":1.4711"}}, 4,
                    "\"dbusname\" is :1.4711, which nobody owns, in the answer to announcements"}),
     [](auto const& given) { return std::string(given.param.name); });
 
@@ -90,27 +85,14 @@ TEST_F(DoctorOfAService, SaysThatAnnouncementsOfNewChannelsFail)
               "announcements get the error org.corvel.test.Failed: no channel: PLAYERCONTROL");
 }
 
-/// The answer to every request, and how the doctor reports it.
-struct ReplyCase
-{
-    char const* name;
-    WireAnswer answer;
-    int code;
-    std::string text;
-};
-
-void PrintTo(ReplyCase const& reply, std::ostream* out)
-{
-    *out << reply.name;
-}
-
-class DoctorOfReplies : public CtlTest, public testing::WithParamInterface<ReplyCase>
+/// The answer is that to every request.
+class DoctorOfReplies : public CtlTest, public testing::WithParamInterface<AnswerCase>
 {
 };
 
 TEST_P(DoctorOfReplies, NamesTheKey)
 {
-    ReplyCase const& reply = GetParam();
+    AnswerCase const& reply = GetParam();
     m_service.AnswerByDefault(reply.answer);
     Diagnosis const diagnosis = Diagnose();
     EXPECT_EQ(diagnosis.result.code, reply.code);
@@ -125,21 +107,22 @@ TEST_P(DoctorOfReplies, NamesTheKey)
 INSTANTIATE_TEST_SUITE_P(
     Answers, DoctorOfReplies,
     testing::Values(
-        ReplyCase{"Error", WireAnswer::Error("org.corvel.test.Failed", "not today"), 4,
-                  std::string("requests get the error org.corvel.test.Failed: not today: ") + allFunctions},
-        ReplyCase{"Silence", WireAnswer::Nothing(), 4,
-                  "requests get no answer within 2 seconds: GetSourceState"},
-        ReplyCase{"Texts",
-                  WireAnswer(WireBody::Variants({TextVariant("result_internal", "1"),
-                                                 TextVariant("sourcestate", "2")})),
-                  5, std::string("\"result_internal\" has the type s instead of ay: ") + allFunctions},
-        ReplyCase{"AnotherType", WireAnswer(WireBody::Strings({"1"})), 5,
-                  std::string("replies have the type (s) instead of (a{sv}): ") + allFunctions},
-        ReplyCase{"NoValues", WireAnswer(Entries({{"result_internal", "1"}})), 5,
-                  "\"sourcestate\" is missing: GetSourceState; \"size\" is missing: SizeOfAudio; \"data\" is "
-                  "missing: ExistXmlForIPG"},
-        ReplyCase{"NoNumber", WireAnswer(Entries({{"result_internal", "yes"}, {"data", "0"}})), 5,
-                  "\"result_internal\" is \"yes\" instead of a number: GetSourceState, SizeOfAudio"}),
+        AnswerCase{"Error", WireAnswer::Error("org.corvel.test.Failed", "not today"), 4,
+                   std::string("requests get the error org.corvel.test.Failed: not today: ") + allFunctions},
+        AnswerCase{"Silence", WireAnswer::Nothing(), 4,
+                   "requests get no answer within 2 seconds: GetSourceState"},
+        AnswerCase{"Texts",
+                   WireAnswer(WireBody::Variants({TextVariant("result_internal", "1"),
+                                                  TextVariant("sourcestate", "2")})),
+                   5, std::string("\"result_internal\" has the type s instead of ay: ") + allFunctions},
+        AnswerCase{"AnotherType", WireAnswer(WireBody::Strings({"1"})), 5,
+                   std::string("replies have the type (s) instead of (a{sv}): ") + allFunctions},
+        AnswerCase{
+            "NoValues", WireAnswer(Entries({{"result_internal", "1"}})), 5,
+            "\"sourcestate\" is missing: GetSourceState; \"size\" is missing: SizeOfAudio; \"data\" is "
+            "missing: ExistXmlForIPG"},
+        AnswerCase{"NoNumber", WireAnswer(Entries({{"result_internal", "yes"}, {"data", "0"}})), 5,
+                   "\"result_internal\" is \"yes\" instead of a number: GetSourceState, SizeOfAudio"}),
     [](auto const& given) { return std::string(given.param.name); });
 
 /// The connection that is named has no such object.

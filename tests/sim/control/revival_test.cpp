@@ -19,6 +19,17 @@ protected:
         m_remote.emplace(m_bus.Address());
         ASSERT_TRUE(m_remote->WaitFor("Running", "true"));
     }
+
+    /// Loads an input, removes it and restarts the service. Returns the input.
+    std::string RestartWithoutItsInput()
+    {
+        Steer();
+        std::string const input = CopyOfTheSample();
+        EXPECT_EQ(m_remote->Call("Load", "('" + input + "',)"), Done);
+        EXPECT_EQ(std::remove(input.c_str()), 0);
+        EXPECT_EQ(m_remote->Call("Restart"), Done);
+        return input;
+    }
 };
 
 TEST_F(Revival, AResetStartsADeadServiceInTheStartState)
@@ -69,11 +80,7 @@ TEST_F(Revival, AResetStartsAServiceThatHasEndedByItself)
 
 TEST_F(Revival, AnInputThatIsGoneShowsAsTheSourceState)
 {
-    Steer();
-    std::string const other = CopyOfTheSample();
-    ASSERT_EQ(m_remote->Call("Load", "('" + other + "',)"), Done);
-    ASSERT_EQ(std::remove(other.c_str()), 0);
-    ASSERT_EQ(m_remote->Call("Restart"), Done);
+    std::string const other = RestartWithoutItsInput();
     EXPECT_EQ(m_remote->Get("SourceState"), "'error'");
     EXPECT_EQ(m_remote->Get("Input"), "'" + other + "'");
     EXPECT_EQ(m_remote->Call("Seek", "(3.0,)"),
@@ -92,11 +99,7 @@ TEST_F(Revival, AnInputThatIsGoneShowsAsTheSourceState)
 
 TEST_F(Revival, AnInputThatIsBackIsPlayedAfterARestart)
 {
-    Steer();
-    std::string const other = CopyOfTheSample();
-    ASSERT_EQ(m_remote->Call("Load", "('" + other + "',)"), Done);
-    ASSERT_EQ(std::remove(other.c_str()), 0);
-    ASSERT_EQ(m_remote->Call("Restart"), Done);
+    std::string const other = RestartWithoutItsInput();
     CopyOfTheSample();
     ASSERT_EQ(m_remote->Call("Restart"), Done);
     EXPECT_EQ(m_remote->Get("SourceState"), "'playing'");

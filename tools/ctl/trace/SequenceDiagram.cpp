@@ -3,6 +3,7 @@
 
 #include "DiagramStyle.h"
 #include "EventText.h"
+#include "common/Markup.h"
 #include "output/Words.h"
 
 #include <algorithm>
@@ -21,30 +22,6 @@ constexpr int RowHeight = 26;
 constexpr int Top = 64;
 
 constexpr std::size_t DetailLimit = 105; ///< characters that fit
-
-std::string Escape(std::string const& text)
-{
-    std::string escaped;
-    for (char const character : text) {
-        switch (character) {
-        case '&':
-            escaped += "&amp;";
-            break;
-        case '<':
-            escaped += "&lt;";
-            break;
-        case '>':
-            escaped += "&gt;";
-            break;
-        case '"':
-            escaped += "&quot;";
-            break;
-        default:
-            escaped += character;
-        }
-    }
-    return escaped;
-}
 
 std::string Cut(std::string const& text, std::size_t limit)
 {
@@ -67,7 +44,7 @@ std::string Text(int x, int y, char const* style, std::string const& text)
 {
     return text.empty() ? ""
                         : "<text x=\"" + Number(x) + "\" y=\"" + Number(y) + "\" class=\"" + style + "\">" +
-                              Escape(text) + "</text>";
+                              EscapeMarkup(text) + "</text>";
 }
 
 std::string Line(int x1, int y1, int x2, int y2, std::string const& style)
@@ -98,7 +75,7 @@ public:
         std::string const style = row.style + (row.kind == DiagramRow::Kind::Pause ? "pause" : "");
         return "<g class=\"row " + style + "\" data-height=\"" + Number(HeightOf(row)) +
                "\" transform=\"translate(0," + Number(y) + ")\">" +
-               (row.full.empty() ? "" : "<title>" + Escape(row.full) + "</title>") + Background(row) +
+               (row.full.empty() ? "" : "<title>" + EscapeMarkup(row.full) + "</title>") + Background(row) +
                LifeLines(row) + Content(row) + "</g>\n";
     }
 

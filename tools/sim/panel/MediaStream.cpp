@@ -26,7 +26,7 @@ void MediaStream::Add(SoupWebsocketConnection* connection)
     m_viewers.emplace_back(
         connection, [this](PageSocket&) { Send(); },
         [this](PageSocket& socket) {
-            m_viewers.remove_if([&socket](Viewer const& viewer) { return &viewer.socket == &socket; });
+            m_viewers.remove_if([&socket](Viewer const& viewer) { return &viewer == &socket; });
             if (m_viewers.empty()) {
                 m_decoder.reset();
                 m_next.Stop();
@@ -128,9 +128,9 @@ void MediaStream::Take(std::string const& bytes)
 void MediaStream::Send()
 {
     for (Viewer& viewer : m_viewers) {
-        if (m_newest && viewer.sent < m_number && viewer.socket.Unanswered() < m_kind.depth) {
+        if (m_newest && viewer.sent < m_number && viewer.Unanswered() < m_kind.depth) {
             viewer.sent = m_number;
-            viewer.socket.Send(m_newest.get());
+            viewer.Send(m_newest.get());
         }
     }
 }

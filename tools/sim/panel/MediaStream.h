@@ -44,14 +44,9 @@ public:
     void Refresh();
 
 private:
-    struct Viewer
+    struct Viewer : PageSocket
     {
-        Viewer(SoupWebsocketConnection* connection, PageSocket::Callback const& onAnswer,
-               PageSocket::Callback const& onClosed)
-            : socket(connection, onAnswer, onClosed)
-        {
-        }
-        PageSocket socket;
+        using PageSocket::PageSocket;
         std::uint64_t sent = 0; ///< number of the last message
     };
 

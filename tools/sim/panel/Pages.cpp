@@ -8,7 +8,7 @@ void Pages::Add(SoupWebsocketConnection* connection)
     m_pages.emplace_back(
         connection, [this](PageSocket&) { Advance(); },
         [this](PageSocket& socket) {
-            m_pages.remove_if([&socket](Page const& page) { return &page.socket == &socket; });
+            m_pages.remove_if([&socket](Page const& page) { return &page == &socket; });
         });
     Advance();
 }
@@ -22,12 +22,12 @@ void Pages::Advance()
 
 void Pages::Advance(Page& page)
 {
-    if (page.socket.Unanswered() > 0) {
+    if (page.Unanswered() > 0) {
         return;
     }
     std::string const next = m_feed.Next(page.place);
     if (!next.empty()) {
-        page.socket.Send(next);
+        page.Send(next);
     }
 }
 

@@ -22,14 +22,9 @@ public:
     void Advance();
 
 private:
-    struct Page
+    struct Page : PageSocket
     {
-        Page(SoupWebsocketConnection* connection, PageSocket::Callback const& onAnswer,
-             PageSocket::Callback const& onClosed)
-            : socket(connection, onAnswer, onClosed)
-        {
-        }
-        PageSocket socket;
+        using PageSocket::PageSocket;
         Feed::Place place;
     };
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Report.h"
 
+#include "common/Markup.h"
+
 #include <cstdio>
 
 // The report as JUnit XML.
@@ -49,22 +51,7 @@ std::string Escaped(std::string const& text)
             ++i;
             continue;
         }
-        switch (text[i]) {
-        case '&':
-            escaped += "&amp;";
-            break;
-        case '<':
-            escaped += "&lt;";
-            break;
-        case '>':
-            escaped += "&gt;";
-            break;
-        case '"':
-            escaped += "&quot;";
-            break;
-        default:
-            escaped += text.substr(i, length);
-        }
+        escaped += EscapeMarkup(std::string_view(text).substr(i, length));
         i += length;
     }
     return escaped;
