@@ -22,7 +22,7 @@ quietly() {
 
 # The test programs that run alone or beside a dbus-daemon of this machine.
 programs=(message_tests dbus_tests native_tests proxy_tests log_tests support_tests
-    sim_stream_tests sim_guide_tests sim_unit_tests)
+    mpegts_tests sim_stream_tests sim_guide_tests sim_unit_tests)
 
 # leave_out REASON NAME...: tests by the beginning of their names.
 names=() reasons=()

@@ -39,18 +39,19 @@ may src/proxy dbus failure message log
 may tools/process
 may tools/common glib
 may tools/verbs glib
+may tools/mpegts
 may tools/trace common glib
-may tools/sim/stream
-may tools/sim/input stream process glib
-may tools/sim/guide stream
-may tools/sim/playback guide input stream process common
+may tools/sim/stream mpegts
+may tools/sim/input stream mpegts process glib
+may tools/sim/guide stream mpegts
+may tools/sim/playback guide input stream mpegts process common
 may tools/sim/replay trace process common
 may tools/sim/endpoints playback replay guide input stream common glib
 may tools/sim/control endpoints playback verbs common glib
 may tools/sim/scenario common
 may tools/sim/panel input trace verbs process common glib
 may tools/sim/host control endpoints input panel playback scenario trace verbs process common glib
-may tools/ctl/output common glib
+may tools/ctl/output mpegts common glib
 may tools/ctl/session output glib
 may tools/ctl/commands session output common
 may tools/ctl/simulator session output verbs common glib

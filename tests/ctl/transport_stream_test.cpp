@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "mpegts/TsPacket.h"
 #include "output/TransportStream.h"
 
 #include <zviptv/IPTVTypes.h>
@@ -59,28 +60,21 @@ Content Read(Bytes const& stream)
 {
     Content content;
     std::map<unsigned, unsigned> counters;
-    EXPECT_EQ(stream.size() % 188, 0U);
-    for (std::size_t at = 0; at < stream.size(); at += 188) {
-        std::uint8_t const* const packet = stream.data() + at;
-        EXPECT_EQ(packet[0], 0x47);
-        unsigned const pid = (packet[1] & 0x1FU) << 8U | packet[2];
-        std::size_t begin = 4;
-        if ((packet[3] & 0x20U) != 0) {
-            begin += 1U + packet[4];
-            if (packet[4] >= 7 && (packet[5] & 0x10U) != 0) {
-                std::uint64_t const time = std::uint64_t{packet[6]} << 25U | unsigned{packet[7]} << 17U |
-                                           unsigned{packet[8]} << 9U | unsigned{packet[9]} << 1U |
-                                           packet[10] >> 7U;
-                content.clocks.push_back({time, (packet[5] & 0x80U) != 0});
-            }
+    zviptv::TsBytes bytes{};
+    EXPECT_EQ(stream.size() % bytes.size(), 0U);
+    for (auto at = stream.begin(); at != stream.end(); at += bytes.size()) {
+        std::copy_n(at, bytes.size(), bytes.begin());
+        auto const packet = zviptv::ParseTsPacket(bytes).value();
+        if (packet.pcr) {
+            EXPECT_EQ(*packet.pcr % 300, 0U);
+            content.clocks.push_back({*packet.pcr / 300, packet.discontinuity});
         }
-        if ((packet[3] & 0x10U) != 0) {
-            auto const counter = counters.find(pid);
-            unsigned const now = packet[3] & 0xFU;
-            content.wrongCounters +=
-                counter != counters.end() && ((counter->second + 1) & 0xFU) != now ? 1 : 0;
-            counters[pid] = now;
-            content.payloads[pid].insert(content.payloads[pid].end(), packet + begin, packet + 188);
+        if (packet.hasPayload) {
+            auto const counter = counters.try_emplace(packet.pid, packet.continuity).first;
+            content.wrongCounters += counter->second == packet.continuity ? 0 : 1;
+            counter->second = (packet.continuity + 1U) & 0xFU;
+            Bytes& payload = content.payloads[packet.pid];
+            payload.insert(payload.end(), packet.payload.begin(), packet.payload.end());
         }
     }
     return content;
@@ -89,7 +83,7 @@ Content Read(Bytes const& stream)
 void Add(TransportStream& stream, Bytes& out, std::uint16_t pid, Bytes const& packet,
          std::int32_t type = ZV_PES_AUDIO)
 {
-    Bytes const packets = stream.Pack(pid, type, *ReadPesHeader(packet), packet);
+    Bytes const packets = stream.Pack(pid, type, *zviptv::ParsePesHeader(packet), packet);
     out.insert(out.end(), packets.begin(), packets.end());
 }
 
@@ -173,40 +167,7 @@ TEST(TransportStreamTest, LeavesOutWhatHasNoKnownCoding)
 TEST(TransportStreamTest, APictureWithoutASequenceHeaderDoesNotShowItsCoding)
 {
     Bytes const packet = {0, 0, 1, 0xE0, 0, 0, 0x80, 0, 0, 0, 0, 1, 0x00, 0, 0, 0, 1, 0x67, 1, 2, 3};
-    EXPECT_FALSE(CodingOf(ZV_PES_VIDEO, *ReadPesHeader(packet), packet));
-}
-
-TEST(PesPacketTest, ReadsBothTimeStamps)
-{
-    Bytes packet = {0, 0, 1, 0xE0, 0, 0, 0x80, 0xC0, 10};
-    for (Bytes const& stamp : {Stamp(3, 0x1FFFFFFFF), Stamp(1, 0x123456789)}) {
-        packet.insert(packet.end(), stamp.begin(), stamp.end());
-    }
-    packet.push_back(7);
-    auto const header = ReadPesHeader(packet);
-    ASSERT_TRUE(header);
-    EXPECT_EQ(header->pts, 0x1FFFFFFFFU);
-    EXPECT_EQ(header->dts, 0x123456789U);
-    EXPECT_EQ(header->payload, 19U);
-    EXPECT_EQ(header->end, 20U);
-}
-
-TEST(PesPacketTest, RefusesWhatIsNotAPesPacket)
-{
-    for (Bytes const& bytes :
-         {Bytes{}, Bytes{'x'}, Bytes{0, 0, 2, 0xE0, 0, 0, 0x80, 0, 0}, Bytes{0, 0, 1, 0xE0, 0, 0},
-          Bytes{0, 0, 1, 0xE0, 0, 0, 0x80, 0, 9}, Bytes{0, 0, 1, 0xE0, 0, 0, 0x10, 0, 0}}) {
-        EXPECT_FALSE(ReadPesHeader(bytes));
-    }
-}
-
-TEST(PesPacketTest, EndsWhereItsLengthSays)
-{
-    Bytes const packet = {0, 0, 1, 0xC0, 0, 5, 0x80, 0, 0, 1, 2, 99, 99};
-    auto const header = ReadPesHeader(packet);
-    ASSERT_TRUE(header);
-    EXPECT_EQ(header->payload, 9U);
-    EXPECT_EQ(header->end, 11U);
+    EXPECT_FALSE(CodingOf(ZV_PES_VIDEO, *zviptv::ParsePesHeader(packet)));
 }
 
 } // namespace

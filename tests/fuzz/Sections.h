@@ -54,7 +54,7 @@ inline std::vector<test::Bytes> Assemble(test::Bytes const& stream, std::uint16_
 {
     sim::SectionAssembler assembler(rules);
     std::vector<test::Bytes> arrived;
-    test::ForEachPacket(stream, [&](sim::TsPacket const& packet) {
+    test::ForEachPacket(stream, [&](TsPacket const& packet) {
         if (packet.pid == pid) {
             for (test::Bytes& section : assembler.Push(packet)) {
                 arrived.push_back(std::move(section));

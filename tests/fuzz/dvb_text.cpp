@@ -7,6 +7,7 @@
 
 // Texts of broadcasts in all their character tables.
 
+using namespace zviptv;
 using namespace zviptv::sim;
 using namespace zviptv::fuzz;
 

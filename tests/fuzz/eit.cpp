@@ -8,6 +8,7 @@
 // Event information: sections whose check sums are right, whatever they say, and transport packets of any
 // kind.
 
+using namespace zviptv;
 using namespace zviptv::sim;
 using namespace zviptv::fuzz;
 namespace test = zviptv::test;

@@ -2,15 +2,16 @@
 #include "Fuzz.h"
 #include "StreamTestSupport.h"
 
+#include "mpegts/PesHeader.h"
 #include "playback/Captions.h"
 #include "stream/AribLanguages.h"
 #include "stream/AudioFormat.h"
 #include "stream/PesAssembler.h"
-#include "stream/PesHeader.h"
 #include "stream/VideoFormat.h"
 
 // PES packets: put together from damaged transport packets, their heads, the captions and pictures in them.
 
+using namespace zviptv;
 using namespace zviptv::sim;
 using zviptv::fuzz::Require;
 using zviptv::test::Bytes;
@@ -49,12 +50,11 @@ void CheckLanguages(Bytes const& pes)
 void CheckContent(Bytes const& pes)
 {
     auto const header = ParsePesHeader(pes);
-    Require(!header || (header->payloadOffset >= 6 && header->payloadOffset <= pes.size()),
-            "a payload's place");
+    Require(!header || header->payload.Size() + 6 <= pes.size(), "a payload's place");
     for (auto const kind : {StreamKind::Teletext, StreamKind::AribCaption, StreamKind::Video}) {
         auto const caption = CaptionIn({0x100, kind, {}, {}, pes});
-        Require(!caption || (header && !caption->data.empty() &&
-                             caption->data.size() <= pes.size() - header->payloadOffset),
+        Require(!caption ||
+                    (header && !caption->data.empty() && caption->data.size() <= header->payload.Size()),
                 "captions are in the payload");
     }
     for (auto const codec : {VideoCodec::Mpeg1, VideoCodec::Mpeg2, VideoCodec::H264, VideoCodec::Hevc}) {

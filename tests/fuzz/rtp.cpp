@@ -7,6 +7,7 @@
 // Datagrams as RTP, and their payload as a transport stream: two bytes of length, then a datagram, over and
 // over.
 
+using namespace zviptv;
 using namespace zviptv::sim;
 using zviptv::fuzz::Require;
 

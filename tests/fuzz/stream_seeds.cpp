@@ -13,6 +13,7 @@
 // stream_seeds CORPUS SAMPLE: makes seeds of a transport stream's packets, sections and PES packets, and of
 // event information.
 
+using namespace zviptv;
 using namespace zviptv::sim;
 using namespace zviptv::fuzz;
 using namespace zviptv::test;

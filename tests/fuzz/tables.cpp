@@ -7,6 +7,7 @@
 
 // PAT, PMT and SDT whose check sums are right, whatever they say.
 
+using namespace zviptv;
 using namespace zviptv::sim;
 using zviptv::fuzz::IsUtf8;
 using zviptv::fuzz::Require;

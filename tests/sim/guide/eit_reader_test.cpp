@@ -21,7 +21,7 @@ protected:
     {
         int changes = 0;
         ForEachPacket(builder.Stream(),
-                      [&](sim::TsPacket const& packet) { changes += m_reader.Push(packet) ? 1 : 0; });
+                      [&](TsPacket const& packet) { changes += m_reader.Push(packet) ? 1 : 0; });
         return changes;
     }
 
@@ -33,7 +33,7 @@ protected:
         Bytes const fresh(m_stream.Stream().begin() + static_cast<std::ptrdiff_t>(before),
                           m_stream.Stream().end());
         int changes = 0;
-        ForEachPacket(fresh, [&](sim::TsPacket const& packet) { changes += m_reader.Push(packet) ? 1 : 0; });
+        ForEachPacket(fresh, [&](TsPacket const& packet) { changes += m_reader.Push(packet) ? 1 : 0; });
         return changes;
     }
 
@@ -184,7 +184,7 @@ TEST_F(Eit, ALostPacketCostsOneSection)
     Bytes cut = builder.Stream();
     cut.erase(cut.begin() + 188, cut.begin() + 2 * 188);
     int changes = 0;
-    ForEachPacket(cut, [&](sim::TsPacket const& packet) { changes += m_reader.Push(packet) ? 1 : 0; });
+    ForEachPacket(cut, [&](TsPacket const& packet) { changes += m_reader.Push(packet) ? 1 : 0; });
     EXPECT_EQ(changes, 1);
     EXPECT_FALSE(m_reader.Table().Present(1));
     EXPECT_TRUE(m_reader.Table().Following(1));
@@ -232,7 +232,7 @@ TEST(EitCapture, SectionsOfABroadcastAreWhole)
     Bytes const stream((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
     sim::SectionAssembler sections(sim::EventSections);
     std::vector<std::pair<unsigned, std::size_t>> found;
-    ForEachPacket(stream, [&](sim::TsPacket const& packet) {
+    ForEachPacket(stream, [&](TsPacket const& packet) {
         if (packet.pid == EitReader::Pid) {
             for (auto const& section : sections.Push(packet)) {
                 found.emplace_back(section[0], section.size());

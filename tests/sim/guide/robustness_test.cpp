@@ -115,8 +115,7 @@ TEST(Robustness, PacketsOfNoiseBringNoEvents)
         parts.counter = static_cast<std::uint8_t>(seed % 16);
         parts.start = seed % 3 == 0;
         parts.payload = Noise(184, seed);
-        ForEachPacket(MakePacket(parts),
-                      [&](sim::TsPacket const& packet) { EXPECT_FALSE(reader.Push(packet)); });
+        ForEachPacket(MakePacket(parts), [&](TsPacket const& packet) { EXPECT_FALSE(reader.Push(packet)); });
     }
     EXPECT_TRUE(reader.Table().Events().empty());
 }

@@ -61,9 +61,9 @@ protected:
     std::vector<int> Read()
     {
         std::vector<int> pids;
-        sim::TsBytes bytes;
+        TsBytes bytes;
         while (m_reader.Read(bytes)) {
-            pids.push_back(sim::ParseTsPacket(bytes).value().pid);
+            pids.push_back(ParseTsPacket(bytes).value().pid);
         }
         return pids;
     }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "input/InputUrl.h"
 
-#include "stream/TsPacket.h"
+#include "stream/PacketSource.h"
 
 #include <gmock/gmock.h>
 

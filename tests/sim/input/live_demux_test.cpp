@@ -17,7 +17,7 @@ public:
     {
     }
 
-    bool Read(sim::TsBytes& packet) override
+    bool Read(TsBytes& packet) override
     {
         if (*m_come == 0) {
             return false;

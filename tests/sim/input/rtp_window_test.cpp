@@ -24,7 +24,7 @@ protected:
 
     bool Push(int sequence) { return Push(sequence, sequence & 0xFFFF); }
 
-    RtpWindow m_window{[this](sim::ByteView payload) { m_out.push_back(payload.U16(0)); }};
+    RtpWindow m_window{[this](ByteView payload) { m_out.push_back(payload.U16(0)); }};
     std::vector<int> m_out;
 };
 

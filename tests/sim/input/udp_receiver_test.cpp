@@ -4,7 +4,7 @@
 #include "UdpSender.h"
 
 #include "input/UdpSocket.h"
-#include "stream/TsPacket.h"
+#include "stream/PacketSource.h"
 
 #include <gmock/gmock.h>
 #include <ifaddrs.h>
@@ -32,7 +32,7 @@ std::vector<std::string> TakeFrom(sim::UdpReceiver& receiver, std::size_t count)
         receiver.Acknowledge();
         sim::Datagrams taken;
         receiver.Take(taken);
-        taken.ForEach([&texts](sim::ByteView datagram, std::int64_t) {
+        taken.ForEach([&texts](ByteView datagram, std::int64_t) {
             texts.emplace_back(datagram.begin(), datagram.end());
         });
     }

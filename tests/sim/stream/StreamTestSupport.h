@@ -15,7 +15,7 @@ class MemorySource : public sim::PacketSource
 public:
     explicit MemorySource(Bytes stream) : m_stream(std::move(stream)) {}
 
-    bool Read(sim::TsBytes& packet) override
+    bool Read(TsBytes& packet) override
     {
         if (m_at + packet.size() > m_stream.size()) {
             return false;
@@ -33,9 +33,9 @@ private:
 };
 
 /// The bytes of one packet; it must outlive what is parsed from it.
-inline sim::TsBytes ToTsBytes(Bytes const& bytes)
+inline TsBytes ToTsBytes(Bytes const& bytes)
 {
-    sim::TsBytes packet{};
+    TsBytes packet{};
     std::copy_n(bytes.begin(), std::min(bytes.size(), packet.size()), packet.begin());
     return packet;
 }
@@ -45,9 +45,9 @@ template <typename Use>
 void ForEachPacket(Bytes const& stream, Use use)
 {
     MemorySource source(stream);
-    sim::TsBytes bytes;
+    TsBytes bytes;
     while (source.Read(bytes)) {
-        if (auto const packet = sim::ParseTsPacket(bytes)) {
+        if (auto const packet = ParseTsPacket(bytes)) {
             use(*packet);
         }
     }

@@ -2,7 +2,7 @@
 #include "NaiveReassembly.h"
 #include "StreamTestSupport.h"
 
-#include "stream/PesHeader.h"
+#include "mpegts/PesHeader.h"
 #include "stream/TsReader.h"
 #include "stream/VideoFormat.h"
 
@@ -12,6 +12,7 @@
 
 // Damaged and invented input, the same in every run. What it shows best it shows under a sanitizer.
 
+using namespace zviptv;
 using namespace zviptv::sim;
 using namespace zviptv::test;
 
@@ -185,7 +186,7 @@ TEST(Hostile, HeadsOfPesPacketsAndVideo)
         chance.Damage(bytes, 1 + chance.Below(8));
         bytes.resize(chance.Below(bytes.size() + 1));
         auto const header = ParsePesHeader(bytes);
-        ASSERT_TRUE(!header || header->payloadOffset <= bytes.size());
+        ASSERT_TRUE(!header || header->payload.Size() + 6 <= bytes.size());
         for (auto const codec : {VideoCodec::Mpeg2, VideoCodec::H264, VideoCodec::Hevc}) {
             auto const format = ParseVideoFormat(codec, bytes);
             ASSERT_TRUE(!format || (format->width > 0 && format->width <= 16384 && format->height > 0));

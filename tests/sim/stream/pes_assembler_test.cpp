@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+using namespace zviptv;
 using namespace zviptv::sim;
 using namespace zviptv::test;
 
@@ -75,9 +76,8 @@ TEST_F(Assembler, TheLargestToldLength)
     builder.Pes(0x100, largest);
     List packets;
     ForEachPacket(builder.Stream(), [&](TsPacket const& packet) {
-        for (auto& pes : assembler.Push(packet)) {
-            packets.push_back(std::move(pes));
-        }
+        List const done = assembler.Push(packet);
+        packets.insert(packets.end(), done.begin(), done.end());
     });
     EXPECT_EQ(packets, List{largest});
 }

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+using namespace zviptv;
 using namespace zviptv::sim;
 using namespace zviptv::test;
 

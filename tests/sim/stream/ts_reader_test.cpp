@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+using namespace zviptv;
 using namespace zviptv::sim;
 using namespace zviptv::test;
 

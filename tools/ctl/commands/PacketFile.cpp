@@ -12,13 +12,13 @@ bool PacketFile::Write(Packet const& packet)
     if (m_form == Form::Packets) {
         return m_file.Write(data.data(), data.size());
     }
-    auto const header = ReadPesHeader(data);
-    if (!header) {
+    auto const header = ParsePesHeader(data);
+    if (!header || !header->isWhole) {
         ++m_headless;
         return true;
     }
     if (m_form == Form::ElementaryStream) {
-        return m_file.Write(data.data() + header->payload, header->end - header->payload);
+        return m_file.Write(header->payload.Data(), header->payload.Size());
     }
     auto const packets = m_stream.Pack(packet.pid.value_or(0), packet.type, *header, data);
     return m_file.Write(packets.data(), packets.size());

@@ -9,23 +9,6 @@ namespace {
 
 using Coding = std::optional<StreamCoding>;
 
-/// The payload; reads zeros after its end.
-class Payload
-{
-public:
-    Payload(PesHeader const& header, std::vector<std::uint8_t> const& packet)
-        : m_begin(packet.data() + header.payload), m_size(header.end - header.payload)
-    {
-    }
-
-    std::size_t Size() const { return m_size; }
-    unsigned operator[](std::size_t index) const { return index < m_size ? m_begin[index] : 0; }
-
-private:
-    std::uint8_t const* m_begin;
-    std::size_t m_size;
-};
-
 /// By the byte after a start code; `next` is the one after it. A picture without a sequence header before it
 /// ends the search: the numbers of its slices look like other codings.
 bool IsDecisive(unsigned code, unsigned next, Coding& coding)
@@ -44,7 +27,7 @@ bool IsDecisive(unsigned code, unsigned next, Coding& coding)
 }
 
 /// MPEG-2, H.264 or HEVC.
-Coding VideoCoding(Payload const& payload)
+Coding VideoCoding(ByteView payload)
 {
     Coding coding;
     for (std::size_t i = 0; i + 4 < payload.Size(); ++i) {
@@ -57,7 +40,7 @@ Coding VideoCoding(Payload const& payload)
 }
 
 /// AC-3 up to bit stream id 10, Enhanced AC-3 from 11.
-Coding DolbyCoding(Payload const& payload)
+Coding DolbyCoding(ByteView payload)
 {
     for (std::size_t i = 0; i + 5 < payload.Size(); ++i) {
         if (payload[i] == 0x0B && payload[i + 1] == 0x77) {
@@ -69,7 +52,7 @@ Coding DolbyCoding(Payload const& payload)
 }
 
 /// MPEG audio, or AAC in ADTS or LATM framing.
-Coding MpegAudioCoding(Payload const& payload)
+Coding MpegAudioCoding(ByteView payload)
 {
     for (std::size_t i = 0; i + 3 < payload.Size(); ++i) {
         unsigned const first = payload[i];
@@ -94,20 +77,19 @@ Coding MpegAudioCoding(Payload const& payload)
 }
 
 /// The first segment of the subtitle names the page.
-StreamCoding SubtitleCoding(Payload const& payload)
+StreamCoding SubtitleCoding(ByteView payload)
 {
     bool const isSegment = payload[0] == 0x20 && payload[2] == 0x0F;
-    auto const high = static_cast<std::uint8_t>(isSegment ? payload[4] : 0);
-    auto const low = static_cast<std::uint8_t>(isSegment ? payload[5] : 1);
+    std::uint8_t const high = isSegment ? payload[4] : 0;
+    std::uint8_t const low = isSegment ? payload[5] : 1;
     return {0x06, {0x59, 8, 'u', 'n', 'd', 0x10, high, low, high, low}};
 }
 
 } // namespace
 
-std::optional<StreamCoding> CodingOf(std::int32_t pesType, PesHeader const& header,
-                                     std::vector<std::uint8_t> const& packet)
+std::optional<StreamCoding> CodingOf(std::int32_t pesType, PesHeader const& header)
 {
-    Payload const payload(header, packet);
+    ByteView const payload = header.payload;
     switch (pesType) {
     case ZV_PES_VIDEO:
         return VideoCoding(payload);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "PesPacket.h"
+#include "mpegts/PesHeader.h"
 
 #include <cstdint>
 #include <optional>
@@ -18,7 +18,6 @@ struct StreamCoding
 
 /// Finds out the coding from a packet with this header: video by its sequence header, audio by its frames,
 /// the rest by `pesType`, an EZVPESType. Empty if the packet does not show it.
-std::optional<StreamCoding> CodingOf(std::int32_t pesType, PesHeader const& header,
-                                     std::vector<std::uint8_t> const& packet);
+std::optional<StreamCoding> CodingOf(std::int32_t pesType, PesHeader const& header);
 
 } // namespace zviptv::ctl

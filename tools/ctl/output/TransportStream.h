@@ -3,9 +3,9 @@
 
 #include "StreamCoding.h"
 
-#include <cstdint>
+#include "mpegts/TsWriter.h"
+
 #include <map>
-#include <optional>
 #include <set>
 #include <vector>
 
@@ -17,9 +17,8 @@ namespace zviptv::ctl {
 class TransportStream
 {
 public:
-    using Bytes = std::vector<std::uint8_t>;
+    using Bytes = TsWriter::Bytes;
 
-    static constexpr std::uint16_t PmtPid = 0x1FFD;
     static constexpr std::uint16_t PcrPid = 0x1FFE;
 
     /// The transport packets for a PES packet whose header this is; `type` is an EZVPESType.
@@ -29,16 +28,14 @@ public:
     std::set<std::uint16_t> const& LeftOut() const { return m_leftOut; }
 
 private:
-    bool Admit(std::uint16_t pid, std::int32_t type, PesHeader const& header, Bytes const& packet);
+    bool Admit(std::uint16_t pid, std::int32_t type, PesHeader const& header);
     void AddTables(Bytes& out);
-    void AddSection(std::uint16_t pid, Bytes section, Bytes& out);
-    void AddUnit(std::uint16_t pid, Bytes const& unit, Bytes& out, std::optional<std::uint64_t> clock = {});
-    std::size_t AddPart(std::uint16_t pid, Bytes const& unit, std::size_t begin, Bytes& out);
+    void AddUnit(std::uint16_t pid, Bytes const& unit, Bytes& out, std::optional<std::uint64_t> clock);
     void AddClock(std::uint64_t clock, bool isDiscontinuous, Bytes& out);
 
+    TsWriter m_writer;
     std::map<std::uint16_t, StreamCoding> m_streams;
     std::set<std::uint16_t> m_leftOut;
-    std::map<std::uint16_t, std::uint8_t> m_counters;
     std::uint8_t m_version = 0;
     bool m_hasClockedStream = false;         ///< video or audio
     std::optional<std::uint64_t> m_reached;  ///< latest DTS of them, less 1 s

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "guide/EitEvent.h"
-#include "stream/ByteView.h"
+#include "mpegts/ByteView.h"
 
 namespace zviptv::sim {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "input/ArrivingBytes.h"
 
-#include "stream/TsPacket.h"
+#include "stream/PacketSource.h"
 
 namespace zviptv::sim {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "input/PipeBytes.h"
 
-#include "stream/TsPacket.h"
+#include "stream/PacketSource.h"
 
 #include <fcntl.h>
 #include <poll.h>

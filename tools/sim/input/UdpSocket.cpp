@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "input/UdpSocket.h"
 
-#include "stream/TsPacket.h"
+#include "stream/PacketSource.h"
 
 #include <net/if.h>
 #include <netdb.h>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Captions.h"
 
-#include "stream/PesHeader.h"
+#include "mpegts/PesHeader.h"
 
 namespace zviptv::sim {
 
@@ -11,16 +11,17 @@ constexpr std::uint8_t SubtitleDataUnit = 0x03; // EN 300 472: EBU teletext subt
 constexpr std::size_t UnitHead = 2;             // id and length
 
 /// Of a teletext data field, which begins with its data identifier, the units that carry subtitles.
-std::vector<std::uint8_t> SubtitleUnits(std::uint8_t const* field, std::size_t size)
+std::vector<std::uint8_t> SubtitleUnits(ByteView field)
 {
     std::vector<std::uint8_t> units;
-    for (std::size_t at = 1; at + UnitHead <= size;) {
+    for (std::size_t at = 1; at + UnitHead <= field.Size();) {
         std::size_t const length = UnitHead + field[at + 1];
-        if (at + length > size) {
+        if (at + length > field.Size()) {
             break;
         }
         if (field[at] == SubtitleDataUnit) {
-            units.insert(units.end(), field + at, field + at + length);
+            ByteView const unit = field.Part(at, length);
+            units.insert(units.end(), unit.begin(), unit.end());
         }
         at += length;
     }
@@ -56,15 +57,12 @@ std::optional<ZVCaption> CaptionIn(PesPacket const& pes)
     if (type != ZV_PES_TELETEXT && type != ZV_PES_CAPTION) {
         return std::nullopt;
     }
-    std::optional<PesHeader> const header = ParsePesHeader({pes.bytes.data(), pes.bytes.size()});
+    std::optional<PesHeader> const header = ParsePesHeader(pes.bytes);
     if (!header) {
         return std::nullopt;
     }
-    std::uint8_t const* const field = pes.bytes.data() + header->payloadOffset;
-    std::size_t const size = pes.bytes.size() - header->payloadOffset;
     ZVCaption caption{type, {}};
-    caption.data =
-        type == ZV_PES_TELETEXT ? SubtitleUnits(field, size) : std::vector<std::uint8_t>(field, field + size);
+    caption.data = type == ZV_PES_TELETEXT ? SubtitleUnits(header->payload) : header->payload.Copy();
     return caption.data.empty() ? std::nullopt : std::optional<ZVCaption>(std::move(caption));
 }
 

@@ -23,7 +23,7 @@ TapFeed::TapFeed(FileHandle pipe, std::vector<TsWriter::Stream> const& streams) 
     for (TsWriter::Stream const& stream : streams) {
         m_pids.push_back(stream.pid);
     }
-    m_writer.AddTables(m_pending, streams);
+    m_writer.AddTables(m_pending, streams, m_pids.front());
     Write();
 }
 

@@ -2,9 +2,9 @@
 #pragma once
 
 #include "input/LoopSource.h"
+#include "mpegts/TsWriter.h"
 #include "process/FileHandle.h"
 #include "stream/Event.h"
-#include "stream/TsWriter.h"
 
 #include <cstdint>
 #include <memory>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "mpegts/TsWriter.h"
 #include "stream/Event.h"
-#include "stream/TsWriter.h"
 
 #include <zviptv/IPTVTypes.h>
 

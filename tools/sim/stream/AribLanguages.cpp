@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "stream/AribLanguages.h"
 
+#include "mpegts/PesHeader.h"
 #include "stream/BitReader.h"
-#include "stream/PesHeader.h"
 
 namespace zviptv::sim {
 
@@ -19,7 +19,7 @@ ByteView GroupOf(ByteView pes)
     if (!header) {
         return {};
     }
-    ByteView const data = pes.Part(header->payloadOffset);
+    ByteView const data = header->payload;
     if (data[0] != Caption && data[0] != Superimpose) {
         return {};
     }

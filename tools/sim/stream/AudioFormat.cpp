@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "stream/AudioFormat.h"
 
+#include "mpegts/PesHeader.h"
 #include "stream/AacFrame.h"
 #include "stream/Ac3Frame.h"
 #include "stream/MpegAudioFrame.h"
-#include "stream/PesHeader.h"
 
 namespace zviptv::sim {
 
@@ -48,7 +48,7 @@ std::optional<AudioFormat> ParseAudioFormat(AudioCodec codec, ByteView pes)
         return std::nullopt;
     }
     constexpr std::size_t Searched = 64 * 1024; // many frames
-    ByteView rest = pes.Part(header->payloadOffset, Searched);
+    ByteView rest = header->payload.Part(0, Searched);
     while (!rest.Empty()) {
         auto const frame = parse(rest);
         bool const isFollowed = frame && frame->size <= rest.Size() &&

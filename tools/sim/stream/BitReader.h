@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "stream/ByteView.h"
+#include "mpegts/ByteView.h"
 
 namespace zviptv::sim {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "stream/TsPacket.h"
+#include "mpegts/TsPacket.h"
 
 namespace zviptv::sim {
 

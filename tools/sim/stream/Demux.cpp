@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "stream/Demux.h"
 
-#include "stream/PesHeader.h"
+#include "mpegts/PesHeader.h"
 #include "stream/TsReader.h"
 
 namespace zviptv::sim {

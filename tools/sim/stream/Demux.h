@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "stream/PacketSource.h"
 #include "stream/PesAssembler.h"
 #include "stream/ProgrammeTable.h"
 #include "stream/Timeline.h"
-#include "stream/TsPacket.h"
 
 #include <functional>
 

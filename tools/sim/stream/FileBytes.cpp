@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "stream/ByteSource.h"
-#include "stream/TsPacket.h"
+#include "stream/PacketSource.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

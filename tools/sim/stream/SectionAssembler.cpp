@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "stream/SectionAssembler.h"
 
+#include "mpegts/Crc32.h"
+
 namespace zviptv::sim {
 
 namespace {
@@ -13,19 +15,6 @@ constexpr std::uint8_t Stuffing = 0xFF;
 std::size_t SectionSize(ByteView head)
 {
     return HeadSize + (head.U16(1) & 0x0FFFu);
-}
-
-/// CRC-32 of ISO/IEC 13818-1 annex A; 0 over a section that ends with its own CRC.
-std::uint32_t Crc32(ByteView bytes)
-{
-    std::uint32_t crc = 0xFFFFFFFF;
-    for (std::uint8_t const byte : bytes) {
-        crc ^= std::uint32_t{byte} << 24;
-        for (int bit = 0; bit < 8; ++bit) {
-            crc = (crc << 1) ^ ((crc & 0x80000000) ? 0x04C11DB7u : 0u);
-        }
-    }
-    return crc;
 }
 
 } // namespace

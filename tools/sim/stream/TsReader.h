@@ -2,7 +2,7 @@
 #pragma once
 
 #include "stream/ByteSource.h"
-#include "stream/TsPacket.h"
+#include "stream/PacketSource.h"
 
 namespace zviptv::sim {
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "stream/VideoFormat.h"
 
+#include "mpegts/PesHeader.h"
 #include "stream/H264Sps.h"
 #include "stream/HevcSps.h"
 #include "stream/MpegSequence.h"
-#include "stream/PesHeader.h"
 
 #include <limits>
 #include <numeric>
@@ -31,7 +31,7 @@ std::optional<VideoFormat> ParseVideoFormat(VideoCodec codec, ByteView pes)
     if (!header) {
         return std::nullopt;
     }
-    ByteView const bytes = pes.Part(header->payloadOffset);
+    ByteView const bytes = header->payload;
     switch (codec) {
     case VideoCodec::Mpeg1:
     case VideoCodec::Mpeg2:

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "StreamTestSupport.h"
 
-#include "stream/PesHeader.h"
+#include "mpegts/PesHeader.h"
 
 #include <gtest/gtest.h>
 
-using namespace zviptv::sim;
+using namespace zviptv;
 using namespace zviptv::test;
 
 TEST(PesHeader, ReadsAPts)
@@ -21,7 +21,9 @@ TEST(PesHeader, ReadsAPts)
     // 27 -> 011 ('0010' and a marker around it), 977D -> 100101110111110, 57D3 -> 010101111101001
     EXPECT_EQ(header->pts, (std::uint64_t{3} << 30) | (std::uint64_t{0x4BBE} << 15) | 0x2BE9u);
     EXPECT_FALSE(header->dts);
-    EXPECT_EQ(header->payloadOffset, 9u + 0x24u);
+    EXPECT_TRUE(header->isWhole);
+    EXPECT_EQ(header->payload.Size(), 0x016Au - 3u - 0x24u);
+    EXPECT_EQ(header->DecodingTime(), header->pts);
 }
 
 TEST(PesHeader, ReadsPtsAndDtsUpToTheirLargestValues)
@@ -31,6 +33,7 @@ TEST(PesHeader, ReadsPtsAndDtsUpToTheirLargestValues)
     ASSERT_TRUE(header);
     EXPECT_EQ(header->pts, largest);
     EXPECT_EQ(header->dts, largest - 1);
+    EXPECT_EQ(header->DecodingTime(), largest - 1);
     EXPECT_EQ(ParsePesHeader(MakePes(0, {1}))->pts, 0u);
 }
 
@@ -73,13 +76,15 @@ TEST(PesHeader, NeverReadsPastTheHeadOrTheEnd)
     pes[8] = 4; // the head ends within the PTS
     EXPECT_FALSE(ParsePesHeader(pes)->pts);
     pes[8] = 200; // the head ends past the packet
-    EXPECT_EQ(ParsePesHeader(pes)->payloadOffset, pes.size());
+    EXPECT_TRUE(ParsePesHeader(pes)->payload.Empty());
+    EXPECT_FALSE(ParsePesHeader(pes)->isWhole);
 
     Bytes const whole = MakePes(90000, {}, false, 80000);
     for (std::size_t size = 0; size < whole.size(); ++size) {
         Bytes const cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
         auto const header = ParsePesHeader(cut);
         EXPECT_EQ(header.has_value(), size >= 6) << size;
+        EXPECT_EQ(header && header->isWhole, size == whole.size()) << size;
         EXPECT_EQ(header && header->pts, size >= 14) << size;
         EXPECT_FALSE(header && header->dts) << size;
     }
@@ -88,10 +93,12 @@ TEST(PesHeader, NeverReadsPastTheHeadOrTheEnd)
 TEST(PesHeader, KnowsStreamsWithoutALongHead)
 {
     for (std::uint8_t const id : Bytes{0xBC, 0xBE, 0xBF, 0xF0, 0xF1, 0xF2, 0xF8, 0xFF}) {
-        auto const header = ParsePesHeader(MakePes(90000, {}, false, {}, id));
+        Bytes const pes = MakePes(90000, {}, false, {}, id);
+        auto const header = ParsePesHeader(pes);
         ASSERT_TRUE(header);
         EXPECT_FALSE(header->pts) << int{id};
-        EXPECT_EQ(header->payloadOffset, 6u);
+        EXPECT_TRUE(header->isWhole);
+        EXPECT_EQ(header->payload.Size() + 6, pes.size());
     }
 }
 
@@ -102,4 +109,14 @@ TEST(PesHeader, NeedsTheStartCodeAndTheMark)
     Bytes pes = MakePes(90000, {1});
     pes[6] = 0x40; // not '10'
     EXPECT_FALSE(ParsePesHeader(pes)->pts);
+    EXPECT_FALSE(ParsePesHeader(pes)->isWhole);
+}
+
+TEST(PesHeader, EndsThePayloadWhereTheLengthSays)
+{
+    Bytes const pes = {0, 0, 1, 0xC0, 0, 5, 0x80, 0, 0, 1, 2, 99, 99};
+    auto const header = ParsePesHeader(pes);
+    ASSERT_TRUE(header);
+    EXPECT_TRUE(header->isWhole);
+    EXPECT_EQ(header->payload.Copy(), (Bytes{1, 2}));
 }

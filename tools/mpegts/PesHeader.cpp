@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "stream/PesHeader.h"
+#include "mpegts/PesHeader.h"
 
-namespace zviptv::sim {
+namespace zviptv {
 
 namespace {
 
@@ -51,12 +51,19 @@ std::optional<PesHeader> ParsePesHeader(ByteView pes)
     PesHeader header;
     header.streamId = pes[3];
     header.length = pes.U16(4);
-    if (!HasLongHead(header.streamId) || pes.Size() < LongHead || (pes[6] & 0xC0) != 0x80) {
+    ByteView const packet = header.length == 0 ? pes : pes.Part(0, ShortHead + header.length);
+    header.payload = packet.Part(ShortHead);
+    if (!HasLongHead(header.streamId)) {
+        header.isWhole = true;
+        return header;
+    }
+    if (pes.Size() < LongHead || (pes[6] & 0xC0) != 0x80) {
         return header;
     }
 
     ByteView const options = pes.Part(LongHead, pes[8]);
-    header.payloadOffset = LongHead + options.Size();
+    header.payload = packet.Part(LongHead + options.Size());
+    header.isWhole = LongHead + pes[8] <= packet.Size();
     unsigned const stamps = pes[7] >> 6;
     if (stamps == 2) {
         header.pts = ParseStamp(options.Part(0, StampSize), 0x2);
@@ -68,4 +75,4 @@ std::optional<PesHeader> ParsePesHeader(ByteView pes)
     return header;
 }
 
-} // namespace zviptv::sim
+} // namespace zviptv

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "StreamTestSupport.h"
 
-#include "stream/TsWriter.h"
+#include "mpegts/TsWriter.h"
 
 #include <gtest/gtest.h>
 
+using namespace zviptv;
 using namespace zviptv::sim;
 using namespace zviptv::test;
 
@@ -19,7 +20,8 @@ protected:
 
 TEST_F(Writer, WritesTablesThatAReaderUnderstands)
 {
-    m_writer.AddTables(m_out, {{0x100, 0x1B, {}}, {0x103, 0x06, {0x59, 8, 'e', 'n', 'g', 0x10, 0, 1, 0, 2}}});
+    m_writer.AddTables(m_out, {{0x100, 0x1B, {}}, {0x103, 0x06, {0x59, 8, 'e', 'n', 'g', 0x10, 0, 1, 0, 2}}},
+                       0x100);
     ASSERT_EQ(m_out.size(), 2 * 188U);
     Demux demux(InMemory(m_out));
     ASSERT_EQ(demux.Programmes().size(), 1U);
@@ -36,7 +38,7 @@ TEST_F(Writer, WritesTablesThatAReaderUnderstands)
 /// Every filling of the last packet comes back.
 TEST_F(Writer, WritesPesPacketsOfAllSizes)
 {
-    m_writer.AddTables(m_out, {{0x100, 0x1B, {}}});
+    m_writer.AddTables(m_out, {{0x100, 0x1B, {}}}, 0x100);
     std::vector<Bytes> written;
     for (std::size_t size = 20; size < 420; ++size) {
         written.push_back(MakePes(size * 3600, Noise(size, static_cast<unsigned>(size))));
@@ -66,6 +68,13 @@ TEST_F(Writer, CountsThePacketsOfEachPid)
     });
     EXPECT_EQ(next[0x100], 20U);
     EXPECT_EQ(next[0x101], 20U);
+}
+
+TEST_F(Writer, WritesClocksByTheByte)
+{
+    TsWriter::AddClock(m_out, 0x1FFE, 0x123456789, true);
+    Bytes const head = {0x47, 0x1F, 0xFE, 0x20, 183, 0x90, 0x91, 0xA2, 0xB3, 0xC4, 0xFE, 0};
+    EXPECT_EQ(m_out, head + Bytes(176, 0xFF));
 }
 
 } // namespace

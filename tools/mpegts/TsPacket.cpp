@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "stream/TsPacket.h"
+#include "mpegts/TsPacket.h"
 
-#include "stream/ClockPoint.h"
-
-namespace zviptv::sim {
+namespace zviptv {
 
 namespace {
 
@@ -73,4 +71,4 @@ std::optional<TsPacket> ParseTsPacket(TsBytes const& bytes)
     return packet;
 }
 
-} // namespace zviptv::sim
+} // namespace zviptv

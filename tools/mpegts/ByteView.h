@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace zviptv::sim {
+namespace zviptv {
 
 /// A read-only window on bytes that somebody else owns. It never reads past its end: bytes there are 0.
 class ByteView
@@ -53,4 +53,4 @@ private:
     std::size_t m_size = 0;
 };
 
-} // namespace zviptv::sim
+} // namespace zviptv
