@@ -69,6 +69,12 @@ void fuzz::Notify(GVariant* body)
     }
 }
 
+// zviptvctl uses these names. If they were missing here, the shared library would be linked, and define all
+// of its symbols twice.
+char const* const CProxyDBusHelper::PROXY_DBUS_HELPER_OBJ_NAME = "/org/corvel/zviptvapi/DbusCommunication";
+char const* const CProxyDBusHelper::PROXY_DBUS_HELPER_OBJ_IFACE = "org.corvel.zviptvapi.DbusCommunication";
+char const* const CProxyDBusHelper::PROXY_DBUS_HELPER_OBJ_METHOD = "Send";
+
 int CProxyDBusHelper::Connect(std::string /*partner*/)
 {
     return 1;
