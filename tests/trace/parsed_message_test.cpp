@@ -77,7 +77,8 @@ TEST(ParsedMessageTest, ReadsEveryHeaderField)
 {
     MadeMessage made = MadeRequest("IPGUTIL", 4242, Entries({{"a", "1"}, {"b", ""}, {"a", "3"}}));
     made.wantsReply = false;
-    ParsedMessage const call = ParseMessage(made.Bytes());
+    std::string const request = made.Bytes();
+    ParsedMessage const call = ParseMessage(request);
     EXPECT_EQ(call.type, ParsedMessage::Type::Call);
     EXPECT_EQ(call.sender, ":1.5");
     EXPECT_EQ(call.destination, ":1.2");
@@ -94,7 +95,8 @@ TEST(ParsedMessageTest, ReadsEveryHeaderField)
     made = MadeReply(9, WireBody::Strings({"it failed"}));
     made.type = DBUS_MESSAGE_TYPE_ERROR;
     made.errorName = "a.b.Failed";
-    ParsedMessage const error = ParseMessage(made.Bytes());
+    std::string const failure = made.Bytes();
+    ParsedMessage const error = ParseMessage(failure);
     EXPECT_EQ(error.type, ParsedMessage::Type::Error);
     EXPECT_EQ(error.errorName, "a.b.Failed");
     EXPECT_EQ(error.replySerial, 9U);
