@@ -1,9 +1,11 @@
 # SPDX-License-Identifier: MIT
 """Who may use the panel: access_test.py SIM CTL SAMPLE GUIDE"""
+import resource
 import subprocess
 import unittest
+from pathlib import Path
 
-from support import PATIENCE, SAMPLE, SIM, Simulator, exchange, main
+from support import PATIENCE, SAMPLE, SIM, Simulator, exchange, main, wait_for
 
 UPGRADE = ("Connection: Upgrade\r\nUpgrade: websocket\r\nSec-WebSocket-Version: 13\r\n"
            "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\n")
@@ -71,9 +73,35 @@ class Access(unittest.TestCase):
         unknown = run('{"words": ["fly"]}')
         self.assertEqual(unknown.status, 400)
         self.assertIn("unknown verb 'fly': use pause, play,", unknown.body)
-        for body in ("", "[]", "{", '{"words": 3}', '{"words": [3]}'):
-            self.assertEqual(run(body).status, 400, body)
+        for body in ("", "[]", "{", '{"words": 3}', '{"words": [3]}', "[" * 60000, '{"words": ["a\\u0000b"]}'):
+            self.assertEqual(run(body).status, 400, body[:20])
         self.assertEqual(self.ask("api/verb").status, 405)
+
+    def test_refuses_other_methods(self):
+        for method in ("HEAD", "PUT", "OPTIONS", "DELETE"):
+            for path in ("", "api/verbs.json", "api/message/1", "api/verb"):
+                self.assertEqual(self.ask(path, method=method).status, 405, (method, path))
+
+    def descriptors(self):
+        return len(list(Path(f"/proc/{self.simulator.process.pid}/fd").iterdir()))
+
+    def test_keeps_nothing_of_connections_that_have_ended(self):
+        before = self.descriptors()
+        for _ in range(50):
+            self.assertEqual(self.ask("").status, 200)
+            self.assertEqual(self.ask("/").status, 403)
+        wait_for(lambda: self.descriptors() <= before + 5, "the end of the connections")
+
+    def test_lives_on_without_free_descriptors(self):
+        simulator = Simulator()
+        try:
+            used = len(list(Path(f"/proc/{simulator.process.pid}/fd").iterdir()))
+            resource.prlimit(simulator.process.pid, resource.RLIMIT_NOFILE, (used + 2, used + 2))
+            head = f"GET {simulator.root}api/picture HTTP/1.1\r\nHost: 127.0.0.1:{simulator.port}\r\n{UPGRADE}\r\n"
+            self.assertEqual(exchange(simulator.port, head.encode()).status, 101)
+            self.assertEqual(simulator.ctl("sim", "pause").returncode, 0)
+        finally:
+            simulator.close()
 
     def test_refuses_long_bodies_and_those_of_unknown_length(self):
         self.assertEqual(self.ask("api/verb", method="POST", body="x" * 70000).status, 413)

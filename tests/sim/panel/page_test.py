@@ -2,6 +2,7 @@
 """What the page shows and steers, in a browser: page_test.py SIM CTL SAMPLE GUIDE"""
 import json
 import os
+import re
 import signal
 import subprocess
 import time
@@ -204,7 +205,7 @@ class Converses(PageTest):
             "return [...document.querySelectorAll('.message:not([hidden]) .says')].map(e => e.textContent)")
 
     def test_shows_requests_replies_pushes_and_losses(self):
-        subscriber = self.simulator.start_ctl("pes", "--count", "5")
+        subscriber = self.simulator.start_ctl("pes", "--count", "30")
         subscriber.wait()
         for words in (["mute", "audio", "on"], ["audio", "select", "9"]):
             self.simulator.ctl(*words)
@@ -214,6 +215,8 @@ class Converses(PageTest):
                         "has left the bus", "✗ org.corvel.zviptvapi.Error.Injected", "zviptvctl :1."):
             self.type_filter("")
             wait_for(lambda: self.anywhere(pattern), pattern)
+        self.type_filter("pescb")
+        wait_for(lambda: any(re.match(r"PESCB 0x0100( ×\d+)?, 0x0101( ×\d+)?[, ]", row) for row in self.rows()))
         self.type_filter("muteaudio")
         wait_for(lambda: all("MuteAudio" in row or row.startswith("✓") for row in self.rows()) and self.rows())
         self.driver.find_element("css selector", ".message:not([hidden])").click()

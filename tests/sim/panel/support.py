@@ -121,7 +121,10 @@ def exchange(port, request):
         head, _, body = answer.partition(b"\r\n\r\n")
         length = re.search(rb"(?i)content-length: (\d+)", head)
         while length and len(body) < int(length[1]):
-            body += link.recv(65536)
+            piece = link.recv(65536)
+            if not piece:
+                break  # an answer to HEAD
+            body += piece
     return SimpleNamespace(status=int(head.split()[1]), head=head.decode(), body=body.decode(errors="replace"))
 
 

@@ -57,7 +57,7 @@ void MediaStream::StartAfter(std::chrono::milliseconds delay)
 }
 
 void MediaStream::Start()
-{
+try {
     m_decoder.reset();
     if (m_viewers.empty() || m_isAsking) {
         return;
@@ -72,6 +72,9 @@ void MediaStream::Start()
                     (*self)->Decode(content, std::move(*shared));
                 }
             });
+} catch (std::system_error const&) { // there is no free descriptor
+    SetState("failed");
+    StartAfter(Later);
 }
 
 void MediaStream::Decode(Json::Value const& content, FileHandle input)

@@ -23,13 +23,21 @@ constexpr unsigned Done = SOUP_STATUS_OK;
 constexpr unsigned Malformed = SOUP_STATUS_BAD_REQUEST;
 constexpr unsigned Refused = SOUP_STATUS_CONFLICT;
 
+/// Null if it is malformed.
+Json::Value ParseJson(std::string const& text)
+try {
+    std::unique_ptr<Json::CharReader> const reader(Json::CharReaderBuilder().newCharReader());
+    Json::Value json;
+    return reader->parse(text.data(), text.data() + text.size(), &json, nullptr) ? json : Json::Value();
+} catch (Json::Exception const&) { // it is nested too deeply
+    return {};
+}
+
 /// The words of {"words": ["seek", "5"]}. @throws std::invalid_argument
 std::vector<std::string> WordsOf(std::string const& body)
 {
-    std::unique_ptr<Json::CharReader> const reader(Json::CharReaderBuilder().newCharReader());
-    Json::Value json;
-    if (!reader->parse(body.data(), body.data() + body.size(), &json, nullptr) || !json.isObject() ||
-        !json["words"].isArray()) {
+    Json::Value const json = ParseJson(body);
+    if (!json.isObject() || !json["words"].isArray()) {
         throw std::invalid_argument("the request is malformed: send {\"words\": [\"seek\", \"5\"]}");
     }
     std::vector<std::string> words;

@@ -3,7 +3,6 @@
 
 #include "PageFiles.h"
 
-#include <cstring>
 #include <stdexcept>
 #include <utility>
 
@@ -25,12 +24,14 @@ void RespondText(SoupServerMessage* message, unsigned status, std::string const&
     Respond(message, status, type, text.data(), text.size());
 }
 
-/// Nothing is kept, shown in a frame, loaded from elsewhere, or told to others.
+/// Nothing is kept, shown in a frame, loaded from elsewhere, or told to others. libsoup does not notice that
+/// a browser closes a connection between two requests, therefore the server closes it after the answer.
 void AddHeads(SoupServerMessage* message)
 {
     SoupMessageHeaders* const heads = soup_server_message_get_response_headers(message);
     for (auto const& [name, value] : std::initializer_list<std::pair<char const*, char const*>>{
              {"Cache-Control", "no-store"},
+             {"Connection", "close"},
              {"Referrer-Policy", "no-referrer"},
              {"X-Content-Type-Options", "nosniff"},
              {"Content-Security-Policy",
@@ -40,9 +41,14 @@ void AddHeads(SoupServerMessage* message)
     }
 }
 
-bool IsPost(SoupServerMessage* message)
+/// Answers a request with another method.
+bool Refuses(SoupServerMessage* message, std::string const& method)
 {
-    return std::strcmp(soup_server_message_get_method(message), SOUP_METHOD_POST) == 0;
+    if (soup_server_message_get_method(message) == method) {
+        return false;
+    }
+    RespondText(message, SOUP_STATUS_METHOD_NOT_ALLOWED, "use " + method + "\n");
+    return true;
 }
 
 /// A body of a known and moderate length.
@@ -130,8 +136,7 @@ void PanelServer::OnPage(SoupServer* /*server*/, SoupServerMessage* message, cha
                          GHashTable* /*query*/, gpointer self)
 {
     auto const& server = *static_cast<PanelServer*>(self);
-    if (std::strcmp(soup_server_message_get_method(message), SOUP_METHOD_GET) != 0) {
-        RespondText(message, SOUP_STATUS_METHOD_NOT_ALLOWED, "use GET\n");
+    if (Refuses(message, SOUP_METHOD_GET)) {
         return;
     }
     std::string const name = path + server.m_access.Root().size();
@@ -151,6 +156,9 @@ void PanelServer::AddFile(std::string const& name, FileHandler handler)
     std::string const path = m_access.Root() + name;
     auto const onRequest = [](SoupServer*, SoupServerMessage* message, char const* asked, GHashTable*,
                               gpointer data) {
+        if (Refuses(message, SOUP_METHOD_GET)) {
+            return;
+        }
         auto const& [onFile, size] = *static_cast<Handler*>(data);
         if (std::optional<std::string> const text = onFile(asked + size)) {
             RespondText(message, SOUP_STATUS_OK, *text, "application/json");
@@ -167,8 +175,7 @@ void PanelServer::AddPost(std::string const& name, PostHandler handler)
 {
     using Handler = std::pair<PostHandler, std::weak_ptr<PanelServer*>>;
     auto const onRequest = [](SoupServer*, SoupServerMessage* raw, char const*, GHashTable*, gpointer data) {
-        if (!IsPost(raw)) {
-            RespondText(raw, SOUP_STATUS_METHOD_NOT_ALLOWED, "use POST\n");
+        if (Refuses(raw, SOUP_METHOD_POST)) {
             return;
         }
         auto const& [onPost, server] = *static_cast<Handler*>(data);

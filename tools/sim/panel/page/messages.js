@@ -16,16 +16,18 @@ export function isFailure({ kind, result, problems, isAbrupt }) {
   return kind === "error" || kind === "gap" || isAbrupt === true || result === false || (problems?.length ?? 0) > 0;
 }
 
-/** "25 pushes: PESCB 0x0101 ×25, 54.3 kB" */
+/** "PESCB 0x0100 ×11, 0x0101 ×2, 0x0103 · 6.8 kB" */
 function pushesText(pushes) {
-  const counts = new Map();
+  const counts = new Map(); // by function, then by PID
   let bytes = 0;
   for (const [, name, pid, , size] of pushes) {
-    const key = pid >= 0 ? `${name} ${hexText(pid)}` : name;
-    counts.set(key, (counts.get(key) ?? 0) + 1);
+    const pids = counts.get(name) ?? counts.set(name, new Map()).get(name);
+    pids.set(pid, (pids.get(pid) ?? 0) + 1);
     bytes += size;
   }
-  return [...counts].map(([key, count]) => count > 1 ? `${key} ×${count}` : key).join(", ") + ` · ${sizeText(bytes)}`;
+  const pidsText = pids => [...pids].sort(([one], [other]) => one - other)
+    .map(([pid, count]) => (pid >= 0 ? ` ${hexText(pid)}` : "") + (count > 1 ? ` ×${count}` : "")).join(",");
+  return [...counts].map(([name, pids]) => name + pidsText(pids)).join(", ") + ` · ${sizeText(bytes)}`;
 }
 
 function wordsOf(message, application) {
