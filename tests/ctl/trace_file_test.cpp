@@ -109,6 +109,15 @@ TEST_F(TraceFileTest, AFullDiskEndsARecordingThatStaysReadable)
     EXPECT_THAT(result.output, HasSubstr("size=1000\n"));
 }
 
+TEST_F(TraceFileTest, AFileThatCannotBeCreatedIsReported)
+{
+    CtlResult const result = RunCtl({"trace", "--out", InFolder("missing/a.pcap")});
+    EXPECT_EQ(result.code, 6);
+    EXPECT_EQ(result.errors,
+              "zviptvctl: cannot write '" + InFolder("missing/a.pcap") +
+                  "': No such file or directory; check that the folder exists and is writable\n");
+}
+
 TEST_F(TraceFileTest, SummaryAddsUpCallsAndPushes)
 {
     std::string const file = Record("a.pcapng");

@@ -52,7 +52,9 @@ CaptureWriter::CaptureWriter(std::string path, std::string const& program) : m_p
     }
     std::FILE* const stream = Open(m_path);
     if (stream == nullptr) {
-        Fail(errno);
+        throw CaptureWriteError("cannot write " + Quoted(m_path) + ": " +
+                                std::system_category().message(errno) +
+                                "; check that the folder exists and is writable");
     }
     m_format = EndsWith(m_path, ".pcap") ? NewPcapFormat(stream) : NewPcapngFormat(stream, program);
     m_size = m_format->HeadSize();

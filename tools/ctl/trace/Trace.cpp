@@ -83,9 +83,6 @@ Trace::Trace(TraceOptions options)
           },
           [this](int processId) { return m_processes ? m_processes->ProgramOf(processId) : std::string(); })
 {
-    if (!m_options.out.empty()) {
-        m_writer.emplace(m_options.out, "zviptvctl " ZVIPTV_VERSION);
-    }
     if (!m_options.svg.empty() || !m_options.html.empty()) {
         m_diagram.emplace();
     }
@@ -106,6 +103,9 @@ bool Trace::Prints() const
 ExitCode Trace::Run()
 {
     try {
+        if (!m_options.out.empty()) {
+            m_writer.emplace(m_options.out, "zviptvctl " ZVIPTV_VERSION);
+        }
         std::exception_ptr failure;
         try {
             if (m_options.in.empty()) {
