@@ -76,7 +76,7 @@ TEST_F(TraceTest, ShowsEveryMessageOfTheProtocolAsALine)
         MatchesRegex(named + "<- PLAYERCONTROL SetAppID error org.corvel.test.Failed.* \\(latency\\)"));
     EXPECT_EQ(lines[4], named + "-> PLAYERCONTROL SetDigitalDualSound mode=MAIN handle=261");
     EXPECT_EQ(lines[5], named + "<- PLAYERCONTROL SetDigitalDualSound true (latency)");
-    EXPECT_EQ(lines[6], named + "-> BROADCASTDATA GetAudio index=x ! index is no number");
+    EXPECT_EQ(lines[6], named + "-> BROADCASTDATA GetAudio index=x ! index is not a number");
     EXPECT_THAT(
         lines[7],
         HasSubstr("<- BROADCASTDATA GetAudio false audio={language=UNKNOWN encoding=UNKNOWN pid=0x0000"));

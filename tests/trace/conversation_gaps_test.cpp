@@ -102,7 +102,7 @@ TEST(ConversationGapsTest, SaysWhatIsWrongInTheWordsOfTheDissector)
         ElementsAre("functionname has the D-Bus type s, not ay"));
     EXPECT_THAT(ProblemsOf(MadeRequest("PLAYERCONTROL", 1,
                                        Entries({{"functionname", "MuteAudio"}, {"onoff", "on"}}))),
-                ElementsAre("onoff is no number"));
+                ElementsAre("onoff is not a number"));
     EXPECT_THAT(ProblemsOf(MadeRequest("PLAYERCONTROL", 1, WireBody::Strings({"x"}))),
                 ElementsAre("not a message of the protocol: it is cut or damaged"));
     MadeMessage announcement = MadeRequest("IPGUTIL", 1, Entries({{"type", "x"}}));

@@ -53,7 +53,7 @@ TEST(ValuesTest, SaysThatATextIsNoNumber)
 {
     for (char const* const text : {"", "two", "-", "+ 1"}) {
         Decoded const index = DecodeOf("PLAYERCONTROL", "SetCurrentAudioByIndex", false, "index", text);
-        EXPECT_THAT(index.problems, ElementsAre("index is no number")) << text;
+        EXPECT_THAT(index.problems, ElementsAre("index is not a number")) << text;
         EXPECT_EQ(index.value.json, Json::Value(text));
     }
 }

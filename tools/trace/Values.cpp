@@ -68,7 +68,7 @@ void DecodeNumber(Value& value, ValueType const& type, std::string_view text, Pr
     if (!ReadNumber(text, number)) {
         value.text = OneLine(text);
         value.json = TextToJson(text);
-        problems.push_back(value.key + " is no number");
+        problems.push_back(value.key + " is not a number");
         return;
     }
     if (type.form == Form::Flag) {

@@ -70,8 +70,10 @@ class Shows(PageTest):
         self.addCleanup(subscriber.terminate)
         wait_for(lambda: "subscribed to PES packets" in self.text("application-list"))
         self.assertIn("data subscriber", self.text("application-list"))
-        count = self.driver.find_element("css selector", "#application-list dd").text
-        wait_for(lambda: self.driver.find_element("css selector", "#application-list dd").text != count)
+        sent = lambda: self.driver.execute_script(  # noqa: E731
+            "return document.querySelector('#application-list dd')?.textContent")
+        count = wait_for(sent)
+        wait_for(lambda: sent() not in (None, count))
 
     def test_the_end_of_the_simulator(self):
         self.simulator.process.terminate()

@@ -20,7 +20,7 @@ constexpr int CannotWrite = 1;
 constexpr int UsageError = 2;
 
 constexpr char Description[] =
-    "The IPTV service on a desk: plays a transport stream on a system bus and answers "
+    "A simulated IPTV service: plays a transport stream on a system bus and answers "
     "applications as the television's service would.";
 
 constexpr char Examples[] =

@@ -6,9 +6,9 @@ import { state, watch } from "./store.js";
 
 /** The word of each fault, what it does, and what its value is where it has one. */
 const kinds = [
-  ["error", "answer with an error"], ["drop", "leave out"], ["delay", "delay", "milliseconds"],
-  ["result", "another result", "result"], ["missing", "leave out a key", "key"],
-  ["garbage", "letters for a value", "key"], ["short", "half a value", "key"], ["empty", "name no endpoint"],
+  ["error", "answer with an error"], ["drop", "do not send"], ["delay", "delay", "milliseconds"],
+  ["result", "change the result", "result"], ["missing", "leave out a key", "key"],
+  ["garbage", "replace a value by letters", "key"], ["short", "cut a value in half", "key"], ["empty", "name no endpoint"],
   ["dead", "name a dead endpoint"], ["duplicate", "send twice"], ["reorder", "swap with the next"],
   ["burst", "hold, then send together", "times the rate"],
 ];

@@ -37,7 +37,7 @@ function wordsOf(message, application) {
     case "gap":
       return `${message.missed} earlier messages are not kept`;
     case "request":
-      return message.function ? `${message.function} ${values}` : "still there?";
+      return message.function ? `${message.function} ${values}` : "asks whether the application keeps up";
     case "reply":
       return `${result === undefined ? "answer" : result ? "✓" : "✗ refused"} ${values}${after}`;
     case "error":
@@ -49,7 +49,7 @@ function wordsOf(message, application) {
     case "answer":
       return `answer ${values}${after}`;
     case "loss":
-      return message.application ? `${application} has left the bus${message.isAbrupt ? " without a word" : ""}` : "the service has gone";
+      return message.application ? `${application} has left the bus${message.isAbrupt ? " without withdrawing its channels" : ""}` : "the service has gone";
     case "arrival":
       return "the service is there";
     default:
