@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
 """Who may use the panel: access_test.py SIM CTL SAMPLE GUIDE"""
 import resource
+import socket
 import subprocess
 import unittest
 from pathlib import Path
@@ -101,6 +102,11 @@ class Access(unittest.TestCase):
             head = f"GET {simulator.root}api/picture HTTP/1.1\r\nHost: 127.0.0.1:{simulator.port}\r\n{UPGRADE}\r\n"
             self.assertEqual(exchange(simulator.port, head.encode()).status, 101)
             self.assertEqual(simulator.ctl("sim", "pause").returncode, 0)
+            links = [socket.create_connection(("127.0.0.1", simulator.port), timeout=PATIENCE) for _ in range(5)]
+            for link in links:
+                link.close()
+            request = f"GET {simulator.root} HTTP/1.1\r\nHost: 127.0.0.1:{simulator.port}\r\n\r\n"
+            self.assertEqual(exchange(simulator.port, request.encode()).status, 200)
         finally:
             simulator.close()
 

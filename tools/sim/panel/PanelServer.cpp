@@ -60,14 +60,28 @@ bool HasModerateBody(SoupServerMessage* message)
                                               soup_message_headers_get_content_length(heads) <= LargestBody);
 }
 
-/// Of the only socket that the server listens on.
-unsigned PortOf(SoupServer* server)
+unsigned PortOf(GSocket* socket)
 {
-    GSList* const sockets = soup_server_get_listeners(server);
-    Owned<GSocketAddress> const address(
-        g_socket_get_local_address(static_cast<GSocket*>(sockets->data), nullptr));
-    g_slist_free(sockets);
+    Owned<GSocketAddress> const address(g_socket_get_local_address(socket, nullptr));
     return g_inet_socket_address_get_port(G_INET_SOCKET_ADDRESS(address.get()));
+}
+
+/// On 127.0.0.1. @throws std::runtime_error with a line for the user
+Owned<GSocket> Listen(unsigned port)
+{
+    Error error;
+    Owned<GInetAddress> const loopback(g_inet_address_new_loopback(G_SOCKET_FAMILY_IPV4));
+    Owned<GSocketAddress> const address(
+        g_inet_socket_address_new(loopback.get(), static_cast<guint16>(port)));
+    Owned<GSocket> socket(
+        g_socket_new(G_SOCKET_FAMILY_IPV4, G_SOCKET_TYPE_STREAM, G_SOCKET_PROTOCOL_TCP, error.Out()));
+    if (!socket || g_socket_bind(socket.get(), address.get(), TRUE, error.Out()) == FALSE ||
+        g_socket_listen(socket.get(), error.Out()) == FALSE) {
+        throw std::runtime_error("the panel cannot listen on port " + std::to_string(port) + ": " +
+                                 error.Message() + "; use another port, or --panel without one");
+    }
+    g_socket_set_blocking(socket.get(), FALSE);
+    return socket;
 }
 
 template <typename Handler>
@@ -85,26 +99,37 @@ void FreeHandler(gpointer handler)
 } // namespace
 
 PanelServer::PanelServer(unsigned port)
-    : m_server(soup_server_new("server-header", "zviptv-sim", nullptr)),
+    : m_listener(Listen(port)), m_server(soup_server_new("server-header", "zviptv-sim", nullptr)),
       m_self(std::make_shared<PanelServer*>(this))
 {
-    Owned<GInetAddress> const loopback(g_inet_address_new_loopback(G_SOCKET_FAMILY_IPV4));
-    Owned<GSocketAddress> const address(
-        g_inet_socket_address_new(loopback.get(), static_cast<guint16>(port)));
-    Error error;
-    if (soup_server_listen(m_server.get(), address.get(), static_cast<SoupServerListenOptions>(0),
-                           error.Out()) == FALSE) {
-        throw std::runtime_error("the panel cannot listen on port " + std::to_string(port) + ": " +
-                                 error.Message() + "; use another port, or --panel without one");
-    }
-    m_access.SetPort(PortOf(m_server.get()));
+    m_access.SetPort(PortOf(m_listener.get()));
     soup_server_add_early_handler(m_server.get(), nullptr, OnRequestHead, this, nullptr);
     soup_server_add_handler(m_server.get(), nullptr, OnPage, this, nullptr);
+    Accept();
 }
 
 PanelServer::~PanelServer()
 {
     soup_server_disconnect(m_server.get());
+}
+
+/// libsoup's own listener ends for good when a connection cannot be accepted. This one tries again.
+void PanelServer::Accept()
+{
+    m_accepting = LoopSource::OnInput(g_socket_get_fd(m_listener.get()), [this] {
+        Error error;
+        Owned<GSocket> const socket(g_socket_accept(m_listener.get(), nullptr, error.Out()));
+        if (!socket) { // for example, there is no free descriptor
+            constexpr std::chrono::seconds pause{1};
+            m_accepting = LoopSource::Every(pause, [this] { Accept(); });
+            return;
+        }
+        Owned<GSocketConnection> const stream(g_socket_connection_factory_create_connection(socket.get()));
+        Owned<GSocketAddress> const local(g_socket_get_local_address(socket.get(), nullptr));
+        Owned<GSocketAddress> const remote(g_socket_get_remote_address(socket.get(), nullptr));
+        soup_server_accept_iostream(m_server.get(), G_IO_STREAM(stream.get()), local.get(), remote.get(),
+                                    nullptr);
+    });
 }
 
 /// Before the body is read. A request with a status goes no further.

@@ -3,6 +3,7 @@
 
 #include "Access.h"
 #include "glib/Owned.h"
+#include "input/LoopSource.h"
 
 #include <functional>
 #include <memory>
@@ -44,8 +45,11 @@ private:
     static void OnPage(SoupServer* server, SoupServerMessage* message, char const* path, GHashTable* query,
                        gpointer self);
     void AddPath(std::string const& path);
+    void Accept();
 
     Access m_access;
+    Owned<GSocket> m_listener;
+    LoopSource m_accepting;
     Owned<SoupServer> m_server;
     std::shared_ptr<PanelServer*> m_self; ///< ends with this, unlike answers
 };
