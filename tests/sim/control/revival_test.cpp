@@ -6,7 +6,6 @@
 namespace zviptv::test {
 namespace {
 
-using testing::HasSubstr;
 using testing::StartsWith;
 
 /// What brings a dead service back when something is in the way.
