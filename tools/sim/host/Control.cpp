@@ -2,8 +2,6 @@
 #include "Control.h"
 
 #include "ControlErrors.h"
-#include "control/Dictionary.h"
-#include "control/Interface.h"
 #include "control/Link.h"
 #include "control/Report.h"
 #include "verbs/Verbs.h"
@@ -18,39 +16,12 @@ namespace zviptv::sim {
 
 namespace {
 
-/// The names of properties that are empty without a service.
-constexpr std::pair<char const*, char const*> OfApplications[] = {
-    {"Clients", "as"}, {"Applications", "aa{sv}"}, {"Subscribers", "aa{sv}"}};
-
 /// Properties are there at once.
 constexpr std::chrono::seconds ReportLimit{1};
 
 GVariant* Boolean(bool value)
 {
-    return g_variant_ref_sink(g_variant_new_boolean(value ? TRUE : FALSE));
-}
-
-/// Bytes of the type's zero or empty value: an empty array has none.
-gsize SizeOf(char const* type)
-{
-    switch (type[0]) {
-    case 'b':
-    case 's': // the terminating zero
-        return 1;
-    case 'u':
-        return 4;
-    case 'a':
-        return 0;
-    default:
-        return 8;
-    }
-}
-
-/// Zero, false, or empty.
-Owned<GVariant> Nothing(char const* type)
-{
-    return Owned<GVariant>(g_variant_ref_sink(g_variant_new_from_data(G_VARIANT_TYPE(type), "\0\0\0\0\0\0\0",
-                                                                      SizeOf(type), TRUE, nullptr, nullptr)));
+    return g_variant_new_boolean(value ? TRUE : FALSE);
 }
 
 } // namespace
@@ -70,9 +41,6 @@ Control::Control(Options const& options)
                           },
                           [this] { OnLate(); }})
 {
-    for (GDBusPropertyInfo** info = SimulatorInterface()->properties; *info != nullptr; ++info) {
-        m_report[(*info)->name] = Nothing((*info)->signature); // until the service has told
-    }
 }
 
 Control::~Control()
@@ -159,9 +127,9 @@ void Control::AnswerProperties(std::string const& method, GVariant* parameters,
         name = g_variant_get_string(value.get(), nullptr);
     }
     Read([this, name, invocation](GVariant* properties) {
-        g_dbus_method_invocation_return_value(invocation,
-                                              name.empty() ? g_variant_new("(@a{sv})", properties)
-                                                           : g_variant_new("(v)", m_report.at(name).get()));
+        g_dbus_method_invocation_return_value(invocation, name.empty()
+                                                              ? g_variant_new("(@a{sv})", properties)
+                                                              : g_variant_new("(v)", m_report.Value(name)));
     });
 }
 
@@ -169,16 +137,10 @@ void Control::AnswerProperties(std::string const& method, GVariant* parameters,
 /// by its last report.
 void Control::Read(std::function<void(GVariant* properties)> const& reply)
 {
-    auto const answer = [this, reply] {
-        Dictionary all;
-        for (auto const& [property, value] : m_report) {
-            all.Add(property.c_str(), value.get());
-        }
-        reply(all.Take().get());
-    };
+    auto const answer = [this, reply] { reply(m_report.All().get()); };
     if (!m_service.IsRunning()) {
         if (m_service.Kept() != nullptr) {
-            Remember(ReportDead(m_service.Kept()).get());
+            m_report.Update(ReportDead(m_service.Kept()).get());
         }
         answer();
         return;
@@ -186,7 +148,7 @@ void Control::Read(std::function<void(GVariant* properties)> const& reply)
     auto const onReport = [this, answer](GVariant* value, GError const* error) {
         if (error == nullptr) {
             Owned<GVariant> const report(g_variant_get_child_value(value, 0));
-            Remember(report.get());
+            m_report.Update(report.get());
         }
         TellResponding(error == nullptr);
         answer();
@@ -195,22 +157,12 @@ void Control::Read(std::function<void(GVariant* properties)> const& reply)
     m_service.Call({link::Properties, "GetAll", std::move(whose), ReportLimit, {}, onReport});
 }
 
-void Control::Remember(GVariant* properties)
-{
-    GVariantIter entries;
-    g_variant_iter_init(&entries, properties);
-    char const* name = nullptr;
-    for (GVariant* value = nullptr; g_variant_iter_next(&entries, "{&sv}", &name, &value) != FALSE;) {
-        m_report[name].reset(value);
-    }
-}
-
 void Control::OnSignal(std::string const& interface, std::string const& name, GVariant* body)
 {
     TellResponding(true);
     if (interface == link::Properties) {
         Owned<GVariant> const properties(g_variant_get_child_value(body, 1));
-        Remember(properties.get());
+        m_report.Update(properties.get());
     } else if (name == "Request" && m_follower.onRequest) {
         m_follower.onRequest(body);
     }
@@ -228,23 +180,16 @@ void Control::Emit(std::string const& interface, std::string const& name, GVaria
 
 void Control::TellProcess(std::vector<char const*> const& properties)
 {
-    m_report["Running"].reset(Boolean(m_service.IsRunning()));
-    m_report["Responding"].reset(Boolean(m_service.IsRunning()));
-    m_report["ServicePid"].reset(g_variant_ref_sink(
-        g_variant_new_uint32(m_service.IsRunning() ? static_cast<guint32>(m_service.Pid()) : 0)));
-    Dictionary changed;
-    for (char const* const property : properties) {
-        changed.Add(property, m_report.at(property).get());
-    }
-    Emit(link::Properties, link::PropertiesChanged,
-         g_variant_new("(s@a{sv}as)", verbs::Interface, changed.End(), nullptr));
+    m_report.Set("Running", Boolean(m_service.IsRunning()));
+    m_report.Set("Responding", Boolean(m_service.IsRunning()));
+    m_report.Set("ServicePid",
+                 g_variant_new_uint32(m_service.IsRunning() ? static_cast<guint32>(m_service.Pid()) : 0));
+    Emit(link::Properties, link::PropertiesChanged, m_report.Changed(properties));
 }
 
 void Control::OnDied(bool isFailure)
 {
-    for (auto const& [property, type] : OfApplications) {
-        m_report[property] = Nothing(type);
-    }
+    m_report.ForgetApplications();
     TellProcess({"Running", "Responding", "ServicePid", "Clients", "Applications", "Subscribers"});
     Emit(verbs::Interface, "Died", nullptr);
     if (isFailure) {
@@ -289,19 +234,16 @@ void Control::RefuseRestarts(char const* name, char const* text)
 /// Only a service that runs can respond.
 void Control::TellResponding(bool isResponding)
 {
-    bool const wasResponding = g_variant_get_boolean(m_report.at("Responding").get()) != FALSE;
+    bool const wasResponding = g_variant_get_boolean(m_report.Value("Responding")) != FALSE;
     if (m_service.IsRunning() && isResponding != wasResponding) {
-        Tell("Responding", g_variant_new_boolean(isResponding ? TRUE : FALSE));
+        Tell("Responding", Boolean(isResponding));
     }
 }
 
 void Control::Tell(char const* property, GVariant* value)
 {
-    m_report[property].reset(g_variant_ref_sink(value));
-    Dictionary changed;
-    changed.Add(property, value);
-    Emit(link::Properties, link::PropertiesChanged,
-         g_variant_new("(s@a{sv}as)", verbs::Interface, changed.End(), nullptr));
+    m_report.Set(property, value);
+    Emit(link::Properties, link::PropertiesChanged, m_report.Changed({property}));
 }
 
 } // namespace zviptv::sim

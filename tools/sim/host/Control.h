@@ -2,10 +2,10 @@
 #pragma once
 
 #include "ControlBus.h"
+#include "LastReport.h"
 #include "ServiceProcess.h"
 
 #include <functional>
-#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -61,8 +61,6 @@ public:
     void Tell(char const* property, GVariant* value);
 
 private:
-    using Report = std::map<std::string, Owned<GVariant>>;
-
     void OnCall(std::string const& method, GVariant* parameters, GDBusMethodInvocation* invocation);
     void Die(GVariant* parameters, ServiceLink::Reply const& reply);
     void AnswerProperties(std::string const& method, GVariant* parameters, GDBusMethodInvocation* invocation);
@@ -71,13 +69,12 @@ private:
     void OnDied(bool isFailure);
     void OnReady();
     void OnLate();
-    void Remember(GVariant* properties);
     void TellProcess(std::vector<char const*> const& properties);
     void TellResponding(bool isResponding);
     void EndRestarts(GError const* error);
     void RefuseRestarts(char const* name, char const* text);
 
-    Report m_report;                              ///< what is known of every property
+    LastReport m_report;
     std::vector<ServiceLink::Reply> m_restarting; ///< calls that are answered once the service is ready
     Follower m_follower;
     Observer m_observer;
