@@ -1,6 +1,6 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# One session of the simulator, recorded by everybody who can: zviptvctl trace shows the same of each recording, and
+# One session of the simulator, recorded by every tool that can: zviptvctl trace shows the same of each recording, and
 # tshark reads what it has written: trace.sh BUILD SOURCE
 . "$(dirname "$0")/install.sh"
 . "$source/private_bus.sh"

@@ -14,6 +14,14 @@ std::optional<TsPacket> Parse(TsBytes const& bytes)
     return ParseTsPacket(bytes);
 }
 
+/// A packet of these bytes and zeros.
+TsBytes WithHead(Bytes const& head)
+{
+    TsBytes bytes{};
+    std::copy(head.begin(), head.end(), bytes.begin());
+    return bytes;
+}
+
 } // namespace
 
 TEST(TsPacket, ReadsTheHead)
@@ -50,9 +58,7 @@ TEST(TsPacket, SkipsTheAdaptationField)
 TEST(TsPacket, ReadsThePcr)
 {
     // Base 0x1'2345'6789, extension 0x123: spelled out bit by bit.
-    TsBytes bytes{};
-    Bytes const head{0x47, 0x01, 0x00, 0x20, 183, 0x10, 0x91, 0xA2, 0xB3, 0xC4, 0xFF, 0x23};
-    std::copy(head.begin(), head.end(), bytes.begin());
+    TsBytes const bytes = WithHead({0x47, 0x01, 0x00, 0x20, 183, 0x10, 0x91, 0xA2, 0xB3, 0xC4, 0xFF, 0x23});
     auto const packet = Parse(bytes);
     ASSERT_TRUE(packet);
     EXPECT_EQ(packet->pcr, 0x123456789ull * 300 + 0x123);
@@ -62,9 +68,8 @@ TEST(TsPacket, ReadsThePcr)
 
 TEST(TsPacket, IgnoresAPcrWithAnImpossibleExtension)
 {
-    TsBytes bytes{};
-    Bytes const head{0x47, 0x01, 0x00, 0x20, 183, 0x10, 0x91, 0xA2, 0xB3, 0xC4, 0x7F, 0x2C}; // 300
-    std::copy(head.begin(), head.end(), bytes.begin());
+    TsBytes const bytes =
+        WithHead({0x47, 0x01, 0x00, 0x20, 183, 0x10, 0x91, 0xA2, 0xB3, 0xC4, 0x7F, 0x2C}); // 300
     auto const packet = Parse(bytes);
     ASSERT_TRUE(packet);
     EXPECT_FALSE(packet->pcr);
@@ -72,9 +77,7 @@ TEST(TsPacket, IgnoresAPcrWithAnImpossibleExtension)
 
 TEST(TsPacket, IgnoresAPcrThatDoesNotFitItsField)
 {
-    TsBytes bytes{};
-    Bytes const head{0x47, 0x01, 0x00, 0x30, 6, 0x10, 1, 2, 3, 4, 5, 6};
-    std::copy(head.begin(), head.end(), bytes.begin());
+    TsBytes const bytes = WithHead({0x47, 0x01, 0x00, 0x30, 6, 0x10, 1, 2, 3, 4, 5, 6});
     auto const packet = Parse(bytes);
     ASSERT_TRUE(packet);
     EXPECT_FALSE(packet->pcr);

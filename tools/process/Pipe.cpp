@@ -20,12 +20,6 @@ Pipe::Pipe()
     m_write = FileHandle(ends[1]);
 }
 
-bool Pipe::HasInput() const
-{
-    pollfd waited{ReadEnd(), POLLIN, 0};
-    return poll(&waited, 1, 0) == 1;
-}
-
 std::string Pipe::ReadLine(std::chrono::milliseconds timeout)
 {
     auto const deadline = std::chrono::steady_clock::now() + timeout;

@@ -22,9 +22,6 @@ public:
     /// To be called once the child has its own; without it the end of the child is not noticed.
     void CloseWriteEnd() { m_write.Reset(); }
 
-    /// Something can be read, or the pipe has ended.
-    bool HasInput() const;
-
     /// The first line that comes; empty when the pipe ends, or the time is over, before.
     std::string ReadLine(std::chrono::milliseconds timeout);
 

@@ -41,8 +41,8 @@ public:
     /// The event of a message; empty if the message is none of the protocol, which is counted.
     std::optional<Event> Add(Message const& message);
 
-    /// Names the process of an application. Process ids are learnt from the answers of the bus among the
-    /// messages, too, whoever has asked.
+    /// Names the process of an application. Process ids are also taken from the answers of the bus
+    /// among the messages.
     void SetProcess(std::string const& busName, int processId, std::string const& program);
 
     Counts const& Count() const { return m_counts; }

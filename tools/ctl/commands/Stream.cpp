@@ -140,7 +140,7 @@ void Stream::OnService(ServiceWatch::Event event)
     if (event == ServiceWatch::Event::Gone) {
         Fail(Failure(ExitCode::NoService, "the service left the bus; start it, then run this command again"));
     } else if (event == ServiceWatch::Event::BusClosed) {
-        Fail(Failure(ExitCode::NoAnswer, "the bus closed the connection; see whether it still runs"));
+        Fail(Failure(ExitCode::NoAnswer, BusClosed));
     }
 }
 

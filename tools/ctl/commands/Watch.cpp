@@ -244,7 +244,7 @@ ExitCode Watch::Conclude()
         throw Failure(*m_writeFailure);
     }
     if (m_isBusClosed) {
-        throw Failure(ExitCode::NoAnswer, "the bus closed the connection; see whether it still runs");
+        throw Failure(ExitCode::NoAnswer, BusClosed);
     }
     if (m_state != State::Connected && !m_trouble) {
         throw Failure(ExitCode::NoService, "the service did not come back");

@@ -11,6 +11,9 @@ namespace zviptv::ctl {
 /// Why a notification cannot be read, after the library threw `error`.
 std::string UnreadableNotification(std::exception const& error);
 
+/// The bus ended the connection.
+constexpr char BusClosed[] = "the bus closed the connection; see whether it still runs";
+
 /// The endpoint, the connection of this name, was closed, and the service runs on.
 std::string EndpointClosed(std::string const& name);
 

@@ -113,8 +113,7 @@ void Session::ThrowFailed(std::string const& method)
                       "the service's answer to " + method + " cannot be read: " + reason);
     }
     if (m_bus && m_bus->IsClosed()) {
-        throw Failure(ExitCode::NoAnswer,
-                      method + ": the bus closed the connection; see whether it still runs");
+        throw Failure(ExitCode::NoAnswer, method + ": " + BusClosed);
     }
     if (failure.kind != ZV_FAILURE_NO_BUS && !IsServiceRunning()) {
         throw Failure(ExitCode::NoService, method + ": the service left the bus; start it again");

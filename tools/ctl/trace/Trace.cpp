@@ -5,6 +5,7 @@
 #include "glib/Owned.h"
 #include "output/Answer.h"
 #include "output/Words.h"
+#include "session/Explanations.h"
 #include "session/Loop.h"
 
 #include <csignal>
@@ -171,7 +172,7 @@ void Trace::Watch()
         Say(Counted(monitor.Lost(), "message") + " could not be read");
     }
     if (!end.empty()) {
-        throw Failure(ExitCode::NoAnswer, "the bus closed the connection; see whether it still runs");
+        throw Failure(ExitCode::NoAnswer, BusClosed);
     }
 }
 

@@ -24,8 +24,6 @@ struct InputUrl
     std::string host; ///< of a socket: address or name without brackets; empty for every address
     std::uint16_t port = 0;
     std::string interface; ///< of a socket: network interface; may be empty
-
-    bool IsSocket() const { return kind == Kind::Udp || kind == Kind::Rtp; }
 };
 
 /// A text without :// is a path. @throws StreamError when another one is malformed

@@ -50,7 +50,6 @@ private:
     Run FollowSyncs(std::size_t offset, std::size_t distance);
     static bool IsStart(Run const& run, std::size_t offset, std::size_t distance);
     bool FindDistance();
-    bool FindStart();
     bool Resynchronise();
 
     std::unique_ptr<ByteSource> m_bytes;

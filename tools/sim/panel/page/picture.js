@@ -57,7 +57,7 @@ function noteOf({ PanelPicture: picture, Paused, Captions }) {
     case "nothing":
       return "The programme has no video.";
     case "waiting":
-      return hasPicture ? "" : Paused ? "Paused: the picture comes when the stream goes on." : "Waiting for the next whole picture.";
+      return hasPicture ? "" : Paused ? "Paused: the picture appears when the stream plays." : "Waiting for the next whole picture.";
     default:
       return picture?.subtitle?.kind === "teletext" ? `Subtitles come from teletext page ${picture.subtitle.page}, which is not drawn into the picture.`
         : !picture?.subtitle && Captions?.length && endPicture ? "The selected caption is not drawn into the picture." : "";
