@@ -3,7 +3,7 @@
 """Runs all benchmarks of a build, prints their tables and draws their pictures.
 
 Everything is written to the folder of the build: results.json, summary.json, tables.md and the pictures. --docs also
-puts the tables into docs/performance.md, and the summary and the pictures into the folder beside it.
+puts the tables into docs/explanation/performance.md, and the summary and the pictures into the folder beside it.
 """
 
 import argparse
@@ -58,7 +58,7 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("build", type=pathlib.Path, help="the folder of the build")
     parser.add_argument("--quick", action="store_true", help="a look within a minute: short blocks, and few")
-    parser.add_argument("--docs", action="store_true", help="takes the figures into docs/performance.md")
+    parser.add_argument("--docs", action="store_true", help="takes the figures into docs/explanation/performance.md")
     options = parser.parse_args()
     if options.quick and options.docs:
         parser.error("what --quick finds is nothing to write down")

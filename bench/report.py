@@ -16,7 +16,7 @@ from inprocess import encoding
 from markdown import render
 
 BLOCK = re.compile(r"<!-- figures: (\S+) -->\n(.*?)<!-- end of figures -->", re.DOTALL)
-PAGE = pathlib.Path(__file__).parent.parent / "docs/performance.md"
+PAGE = pathlib.Path(__file__).parent.parent / "docs/explanation/performance.md"
 TABLES = {"machine": tables.where, "targets": targets.targets,
           **{f"call-{method}": functools.partial(tables.calls, method=method) for method in METHODS},
           "others": functools.partial(tables.others, method="mute"),

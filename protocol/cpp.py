@@ -43,8 +43,8 @@ def protocol_header(protocol):
     return "\n".join([
         "// SPDX-License-Identifier: MIT", "/// @file", "/// The words of the protocol between applications and the service.", "",
         f"// {NOTICE}", "", "#pragma once", "",
-        "/// The words of the protocol between applications and the service, for both sides. docs/protocol.md says how a",
-        "/// message is put together.", "namespace zviptv::protocol {", "",
+        "/// The words of the protocol between applications and the service, for both sides.",
+        "/// docs/reference/protocol.md says how a message is put together.", "namespace zviptv::protocol {", "",
         *block("type", 'Type words: names of the channels, and values of "type" in announcements.', types),
         *block("function", 'Values of "functionname".', functions),
         *block("key", "Keys of entries, each with its type and meaning and where it is used.", keys),

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Renews the tables of docs/protocol.md, between "<!-- table: ... -->" and "<!-- end of table -->"."""
+"""Renews the tables of docs/reference/protocol.md, between "<!-- table: ... -->" and "<!-- end of table -->"."""
 
 import re
 

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: MIT
-"""A complete IPTV service on python3-gi, written from docs/protocol.md.
+"""A complete IPTV service on python3-gi, written from docs/reference/protocol.md.
 
 It answers every function and pushes a PES packet and a caption every 100 ms to each application that asked
 for them. It plays nothing: the tables below take the place of a player, and all handles mean the same.
@@ -190,7 +190,7 @@ class Playback:
 
 
 class Guide:
-    """Answers IPGUTIL with the JSON of docs/guide.md. Nothing found is an empty text."""
+    """Answers IPGUTIL with the JSON of docs/reference/guide.md. Nothing found is an empty text."""
 
     def __init__(self, now):
         self._programmes = PROGRAMMES

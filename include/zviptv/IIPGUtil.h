@@ -13,9 +13,9 @@
 ///
 /// Every method is one blocking exchange with the service: at most 2000 ms, from any thread, no main loop
 /// needed. It returns true when the service answered, false, with out-parameters untouched, when the exchange
-/// failed. Texts are the service's own and handed over as they are; times are seconds
-/// since 1970, UTC, and durations seconds. docs/guide.md has the simulator's texts, and what it answers when
-/// nothing is found. A number or flag that the service leaves out or spells badly makes the method throw
+/// failed. Texts are the service's own and handed over as they are; times are seconds since 1970, UTC, and
+/// durations seconds. docs/reference/guide.md has the simulator's texts, and what it answers when nothing is
+/// found. A number or flag that the service leaves out or spells badly makes the method throw
 /// std::invalid_argument or std::out_of_range ("stoi").
 ///
 /// The object stays when the service leaves the bus. Its calls fail until it is destroyed and created again.

@@ -31,7 +31,7 @@ differences() { abidiff --harmless --redundant --no-show-locs "$1" "$2"; }
 # compare FILE BASELINE
 compare() {
     differences "$2" "$1" || {
-        echo "The binary interface is not that of $(basename "$2"): docs/compatibility.md says what to do." >&2
+        echo "The binary interface is not that of $(basename "$2"): docs/reference/compatibility.md says what to do." >&2
         exit 1
     }
 }

@@ -5,7 +5,7 @@
 . "$(dirname "$0")/install.sh"
 
 root=$source/../..
-page=$root/docs/simulator-control.md
+page=$root/docs/reference/simulator-control.md
 export LD_LIBRARY_PATH=$libdir
 
 # The rows of a table, their first N cells without the code marks: "Running b".

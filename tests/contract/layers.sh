@@ -1,6 +1,7 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# Folders of src and tools include what docs/architecture.md says, headers nothing of either: layers.sh BUILD SOURCE
+# Folders of src and tools include what docs/explanation/architecture.md says, headers nothing of either:
+# layers.sh BUILD SOURCE
 set -euo pipefail
 cd "$2/../.."
 status=0

@@ -3,7 +3,7 @@
 # Every test that the pages of promises name exists: promises.sh BUILD SOURCE
 set -euo pipefail
 build=$1
-docs=$2/../../docs
+docs=$2/../../docs/reference
 listed=$(ctest --test-dir "$build" -N | sed -n 's/^ *Test *#[0-9]*: //p')
 status=0
 
@@ -17,10 +17,10 @@ is_test() {
 for page in reliability.md compatibility.md; do
     # shellcheck disable=SC2016 # the marks are those of the page
     named=$(grep -oE '`([a-z_]+_tests|contract)(\.[A-Za-z0-9_]+)*`' "$docs/$page" | tr -d '`' | sort -u)
-    [ -n "$named" ] || { echo "docs/$page names no test" >&2; exit 1; }
+    [ -n "$named" ] || { echo "docs/reference/$page names no test" >&2; exit 1; }
     while read -r test; do
-        is_test "$test" || { echo "docs/$page names $test, which is no test" >&2; status=1; }
+        is_test "$test" || { echo "docs/reference/$page names $test, which is no test" >&2; status=1; }
     done <<<"$named"
-    echo "docs/$page: $(wc -l <<<"$named") tests named"
+    echo "docs/reference/$page: $(wc -l <<<"$named") tests named"
 done
 exit $status

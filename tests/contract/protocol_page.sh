@@ -1,17 +1,17 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# The tables of docs/protocol.md are those of protocol/zviptv.xml: protocol_page.sh BUILD SOURCE
+# The tables of docs/reference/protocol.md are those of protocol/zviptv.xml: protocol_page.sh BUILD SOURCE
 set -euo pipefail
 root=$(cd "$2/../.." && pwd)
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 check() { python3 -B "$root/protocol/generate.py" page --check "$1"; }
 
-check "$root/docs/protocol.md"
+check "$root/docs/reference/protocol.md"
 
 # refused PATTERN SED-EXPRESSION: a page that was changed like this fails with such a line.
 refused() {
-    sed -E "$2" "$root/docs/protocol.md" >"$work/page.md"
+    sed -E "$2" "$root/docs/reference/protocol.md" >"$work/page.md"
     if check "$work/page.md" >"$work/said" 2>&1; then
         echo "passes: $2"
         exit 1
@@ -23,9 +23,9 @@ refused "no table 'functions of NOBODY'; there are: " 's/functions of IPGUTIL/fu
 refused 'has no .* for: record ZVTTX$' '/^<!-- table: record ZVTTX -->$/,/^<!-- end of table -->$/d'
 
 # Renewing a page is all that it takes to pass.
-sed -E '/^\| `onoff` /d' "$root/docs/protocol.md" >"$work/page.md"
+sed -E '/^\| `onoff` /d' "$root/docs/reference/protocol.md" >"$work/page.md"
 python3 -B "$root/protocol/generate.py" page "$work/page.md"
-diff "$root/docs/protocol.md" "$work/page.md"
+diff "$root/docs/reference/protocol.md" "$work/page.md"
 
 # Every record and enumeration of the headers is described.
 words=$(sed -nE 's/^(struct|enum) (ZV[A-Za-z]*|EZV[A-Za-z]*|IPGProgramId|Program_IPG|cvtv_resolution_e|IPTVProfile)( : .*)?$/\2/p' \

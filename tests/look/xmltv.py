@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""An XMLTV file, read as docs/guide.md says, with the standard library's XML reader and calendar."""
+"""An XMLTV file, read as docs/reference/guide.md says, with the standard library's XML reader and calendar."""
 
 import json
 import re

@@ -71,7 +71,7 @@ struct Event
 /// "request", "reply" and so on: the words of the Wireshark dissector, "loss" and "arrival".
 char const* NameOf(EventKind kind);
 
-/// The event as a JSON object. docs/trace-the-bus.md describes the members.
+/// The event as a JSON object. docs/how-to/trace-the-bus.md describes the members.
 Json::Value ToJson(Event const& event);
 
 } // namespace zviptv::trace

@@ -49,7 +49,7 @@ struct FaultRule
     double probability = 1;             ///< that it meets a message
     bool takesEffect = true;            ///< false: the request is not carried out
 
-    /// Reads FUNCTION=FAULT[,OPTION=VALUE]..., which docs/simulator.md describes.
+    /// Reads FUNCTION=FAULT[,OPTION=VALUE]..., which docs/reference/simulator.md describes.
     /// @throws std::invalid_argument with a line for the user, which says what is accepted
     static FaultRule Parse(std::string const& text);
 

@@ -15,7 +15,8 @@ namespace zviptv::sim {
 /// A value as people read it: short text with control characters escaped, long text and bytes by their size.
 std::string Shown(std::string const& value);
 
-/// Shows what the service does: a line a request, and a status line. docs/simulator.md has the JSON members.
+/// Shows what the service does: a line a request, and a status line.
+/// docs/reference/simulator.md has the JSON members.
 class RequestLog
 {
 public:

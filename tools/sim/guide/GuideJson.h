@@ -7,7 +7,7 @@
 
 namespace zviptv::sim {
 
-/// Answers of the guide as one line of JSON in UTF-8. docs/guide.md has their members.
+/// Answers of the guide as one line of JSON in UTF-8. docs/reference/guide.md has their members.
 std::string ProgrammeJson(Guide const& guide, std::uint32_t position);
 
 /// An array; it ends before the first programme with which it would have more than `largest` bytes.
