@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A service that plays and can be muted, made of the library's building blocks. Runs until it is killed.
+// A service that plays and can be muted, built from the library's classes. Runs until it is killed.
 #include <zviptv/CommonNative.h>
 #include <zviptv/IPTVServiceAPI.h>
 #include <zviptv/Protocol.h>
@@ -37,7 +37,7 @@ private:
     }
 };
 
-/// An application announces a channel; the answer is the endpoint that it is to talk to.
+/// An application announces a channel; the answer is the endpoint that it should call.
 std::string OnAnnouncement(std::string /*busName*/, std::string type, std::string /*add*/, void* endpoint)
 {
     bool const known = type == protocol::type::PlayerControl;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Receives ten PES packets. Pushed data needs a GLib main loop; the callback runs on the thread that runs it.
+// Receives ten PES packets. Pushed data needs a GLib main loop, whose thread runs the callback.
 #include <zviptv/IPTVServiceAPI.h>
 
 #include <glib.h>
