@@ -11,7 +11,7 @@ enum class ExitCode
 {
     Accepted = 0,   ///< the service accepted, or the command ran to its end
     Refused = 1,    ///< the service answered with the result "false"
-    Usage = 2,      ///< the command line makes no sense
+    Usage = 2,      ///< the command line is invalid
     NoService = 3,  ///< the bus or the service is not there, or it went away
     NoAnswer = 4,   ///< time-out, or the bus reported an error
     Malformed = 5,  ///< the service answered with something that cannot be read

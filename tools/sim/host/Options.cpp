@@ -21,14 +21,14 @@ constexpr int UsageError = 2;
 
 constexpr char Description[] =
     "A simulated IPTV service: plays a transport stream on a system bus and answers "
-    "applications as the television's service would.";
+    "applications as the service of a television would.";
 
 constexpr char Examples[] =
     "\nExamples:\n"
     "  zviptv-sim --ts samples/sample.ts --loop --bus private -- bash\n"
     "      a private bus with the service on it, and a shell in which applications find it\n"
     "  zviptv-sim --ts capture.ts -- zviptvctl pes --count 20\n"
-    "      one command against the service; the exit status is the command's\n"
+    " one command with the service; the exit status is the command's\n"
     "  zviptv-sim --ts capture.ts --scenario film.scenario -- application\n"
     "      an application on a television that does what the file says\n"
     "  zviptv-sim --replay bug.pcapng -- application\n"
@@ -94,7 +94,7 @@ void AddPlayback(CLI::App& app, Options& options, Texts& texts)
                    "rtp:// with the same parts, http:// or https://")
         ->type_name("FILE|URL");
     app.add_flag("--follow", playback.input.follow,
-                 "The file is being written: wait at its end for more; a FIFO outlives its writers");
+                 "The file is being written: at its end, wait for more data, or for a FIFO's next writer");
     app.add_option("--program", playback.programme, "Programme to play; the first one by default")
         ->type_name("N")
         ->check(WholeNumber(0, 65535, "a programme number, 0 to 65535"));
@@ -103,12 +103,14 @@ void AddPlayback(CLI::App& app, Options& options, Texts& texts)
         ->capture_default_str()
         ->check(Number(0.01, 1000, Fractions::Allowed, "a speed from 0.01 to 1000"));
     app.add_flag("--loop", playback.loop, "Start again at the end of the stream");
-    app.add_option("--pes", texts.pes,
-                   "What subscribers get: audio, subtitle, teletext, caption, video and PIDs (257 or 0x101), "
-                   "separated by commas, or none; everything by default")
+    app.add_option(
+           "--pes", texts.pes,
+           "Packets to send to subscribers: audio, subtitle, teletext, caption, video and PIDs (257 or "
+           "0x101), separated by commas, or none; all packets by default")
         ->type_name("LIST");
-    app.add_option("--wait-for", options.service.awaitedSubscribers,
-                   "Begin to play when so many applications have subscribed, so that they miss nothing")
+    app.add_option(
+           "--wait-for", options.service.awaitedSubscribers,
+           "Begin to play when the given number of applications have subscribed, so that they miss nothing")
         ->type_name("N")
         ->check(WholeNumber(0, 1000, "a number of applications, 0 to 1000"));
 }
@@ -116,12 +118,12 @@ void AddPlayback(CLI::App& app, Options& options, Texts& texts)
 void AddGuide(CLI::App& app, Options& options)
 {
     ServiceOptions& service = options.service;
-    app.add_option("--guide", service.guide, "Programme guide; the stream's own event information by default")
+    app.add_option("--guide", service.guide,
+                   "Programme guide; the event information of the stream by default")
         ->type_name("XMLTV");
     app.add_flag("--list-services", options.listServices,
-                 "List the guide's services, by the ids that applications ask with, and end");
-    app.add_option("--time", service.now,
-                   "What the guide's clock shows at the start; the real time by default")
+                 "List the guide's services, with the ids that applications use, and exit");
+    app.add_option("--time", service.now, "Time of the guide's clock at the start; the real time by default")
         ->type_name("UNIX-SECONDS")
         ->check(WholeNumber(0, 4294967295.0, "a number of seconds since 1970, 0 to 4294967295"));
     app.add_option("--rating-limit", service.ratingLimit,
@@ -138,8 +140,8 @@ void AddFaults(CLI::App& app, Options& options, Texts& texts)
     app.add_option(
            "--fault", texts.faults,
            "Make messages faulty: " + FaultRule::Usage() +
-               "; may be given several times: the fault of a request goes before one of *, a later one "
-               "before an earlier one")
+               "; may be given several times: the fault of a request has priority over one of *, a later one "
+               "over an earlier one")
         ->type_name("FAULT")
         ->allow_extra_args(false);
     app.add_option(
@@ -147,7 +149,7 @@ void AddFaults(CLI::App& app, Options& options, Texts& texts)
            "Seed of the faults with a probability: the same seed repeats them; a random one by default")
         ->type_name("N")
         ->check(WholeNumber(0, 4294967295.0, "a seed, 0 to 4294967295"));
-    app.add_option("--die-after", options.dieAfter, "The service dies after so many seconds")
+    app.add_option("--die-after", options.dieAfter, "The service dies after the given number of seconds")
         ->type_name("SECONDS")
         ->check(Seconds(0.001));
     app.add_option("--restart-after", options.restartAfter,
@@ -155,14 +157,14 @@ void AddFaults(CLI::App& app, Options& options, Texts& texts)
         ->type_name("SECONDS")
         ->check(Seconds(0));
     app.add_flag("--restart-from-start", options.restartFromStart,
-                 "A service that comes back plays the stream from its start, with the clock as at first");
+                 "A service that comes back plays the stream from its start, with the initial time");
 }
 
 void AddScenario(CLI::App& app, Options& options)
 {
     CLI::Option* const scenario =
         app.add_option("--scenario", options.scenario,
-                       "Steer the television and check the application as this file says")
+                       "Control the television and check the application as described in this file")
             ->type_name("FILE")
             ->check(IsNotEmpty());
     app.add_option("--junit", options.junit, "Write the scenario's report as JUnit XML, too")
@@ -176,8 +178,8 @@ void AddPanel(CLI::App& app, Options& options)
     app.add_option_function<std::vector<unsigned>>(
            "--panel",
            [&options](std::vector<unsigned> const& port) { options.panel = port.empty() ? 0 : port.front(); },
-           "Serve a page for the browser that shows and steers the television, on this port of 127.0.0.1 or "
-           "any free one")
+           "Serve a page for the browser that shows and controls the television, on this port of 127.0.0.1 "
+           "or on any free one")
         ->type_name("[PORT]")
         ->expected(0, 1)
         ->check(WholeNumber(0, 65535, "a port, 0 to 65535"));
@@ -185,8 +187,9 @@ void AddPanel(CLI::App& app, Options& options)
 
 void AddOutput(CLI::App& app, Options& options, Texts& texts)
 {
-    app.add_option("--bus", texts.bus,
-                   "The machine's system bus, or a private one; private when a command is given")
+    app.add_option(
+           "--bus", texts.bus,
+           "Use the machine's system bus, or a private one; private if a command is given, otherwise system")
         ->type_name("system|private")
         ->check(CLI::Validator(
             [](std::string& text) {
@@ -203,10 +206,10 @@ void AddOutput(CLI::App& app, Options& options, Texts& texts)
                 return text == "-" ? "--record needs a file" : trace::CaptureWriter::CheckName(text);
             },
             ""));
-    app.add_flag("--verbose", texts.verbose, "Show every request, also beside a command");
+    app.add_flag("--verbose", texts.verbose, "Show every request, also if a command is given");
     app.add_flag("--quiet", texts.quiet, "Show no requests");
     app.add_flag("--json", texts.json,
-                 "Show requests and status as one JSON object a line on standard output");
+                 "Print requests and status on standard output, one JSON object per line");
     app.add_option("command", options.command, "Command to run on a private bus, after --")
         ->type_name("-- COMMAND");
     app.positionals_at_end();
