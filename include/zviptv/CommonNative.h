@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 /// @file
-/// An endpoint to make services of.
+/// An endpoint, the base class of services.
 
 #pragma once
 
@@ -17,13 +17,13 @@ class CProxyDBusHelper;
 ///
 /// The bus knows one object per type word in a process: the first endpoint of a type gets the calls of all
 /// applications (CProxyDBusHelper::GetSenderName() tells them apart, CDeferredReply answers later), further
-/// ones of the same type, one for each application to push to, only send. The log then has the line "Error
-/// while registering object" for each of these.
+/// endpoints of the same type, one for each application to push to, only send. For each of these, the log
+/// contains the line "Error while registering object".
 ///
 /// Threads and lifetime are those of CProxyDBusHelper. Construct an endpoint on the thread that iterates the
 /// main context: on another one, calls would reach a subclass while its constructor runs. A subclass that is
-/// destroyed on another thread than the one which iterates the channel's context calls t_StopCallbacks()
-/// first thing in its destructor, so that no hook runs on an object half gone.
+/// destroyed on another thread than the one that iterates the channel's context must call t_StopCallbacks()
+/// first in its destructor, so that no hook runs on a partly destroyed object.
 class ZVIPTV_API CCommonNative
 {
 public:
@@ -36,7 +36,7 @@ public:
     CCommonNative(CCommonNative const&) = delete;
     CCommonNative& operator=(CCommonNative const&) = delete;
 
-    /// Binds the endpoint to the bus name `partner`; true on success.
+    /// Binds the endpoint to the bus name `partner`. Returns true on success.
     bool Connect(std::string partner);
 
     /// The unique bus name of this end; empty without a bus.
@@ -46,25 +46,25 @@ public:
     void SetDisconnectNotiCB(void (*cb)(std::string partner, std::string own, void* userData),
                              void* userData);
 
-    /// Sends a request without waiting; `reply` is never filled. True when the request is on its way.
+    /// Sends a request without waiting; `reply` is never filled. Returns true if the request was sent.
     bool t_SendMessage(CMessageBuffer& request, CMessageBuffer& reply);
 
-    /// Sends a notification to the partner. True once it is queued.
+    /// Sends a notification to the partner. Returns true if it was queued.
     bool t_SendNotication(CMessageBuffer& msg);
 
 protected:
-    /// Answers an incoming call; the default answers with an empty message, from which an application's calls
-    /// of player control and broadcast data throw (no "result_internal").
+    /// Answers an incoming call. The default answer is an empty message without "result_internal", for which
+    /// an application's calls of player control and broadcast data throw.
     virtual CMessageBuffer t_HandleMessage(CMessageBuffer& msg);
 
-    /// Takes an incoming notification; the default drops it.
+    /// Handles an incoming notification; the default drops it.
     virtual void t_HandleNotification(CMessageBuffer& msg);
 
-    /// From its return on no hook runs on another thread and none starts any more.
+    /// After it has returned, no hook runs on another thread, and none starts.
     void t_StopCallbacks();
 
-    /// The channel, from the constructor to the destructor. For subclasses that need more of it than this
-    /// class passes on.
+    /// The channel, valid from the constructor to the destructor; for subclasses that need more of its
+    /// functions than this class offers.
     std::unique_ptr<CProxyDBusHelper> m_pDBusHelper;
 
 private:

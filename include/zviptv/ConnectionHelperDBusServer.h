@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 /// @file
-/// Where applications find the endpoints of the service.
+/// The helper bus, where applications find the endpoints of the service.
 
 #pragma once
 
@@ -17,27 +17,25 @@ typedef struct _GDBusInterfaceVTable GDBusInterfaceVTable;
 typedef struct _GDBusMethodInvocation GDBusMethodInvocation;
 typedef struct _GVariant GVariant;
 
-/// The helper bus: owns the well-known name "org.corvel.zviptvapi.dbushelper" and hands announcements to the
-/// handler that the service installed. One per process.
-///
-/// When the bus cannot be reached or the object cannot be registered, the instance lives but answers nobody,
-/// as the log says; Destroy() and a new Instance() try again. When another process owns the name, this one
-/// waits in the bus's queue for it.
+/// The helper bus: owns the well-known name "org.corvel.zviptvapi.dbushelper" and passes announcements to the
+/// handler that the service installed. There is one per process.
+/// If the bus cannot be reached or the object cannot be registered, the instance exists but answers nobody,
+/// and the log says so; Destroy() and a new Instance() try again. If another process owns the name, this
+/// process waits in the bus's queue for it.
 class ZVIPTV_API CConnectionHelperDBusServer final : public IConnectionHelper
 {
 public:
     static char const* const CONNECTION_NAME;   ///< the well-known name
     static char const* const INTERFACE_XML;     ///< introspection data of the helper bus's object
-    static GDBusInterfaceVTable const m_vtable; ///< what GIO calls for the object
+    static GDBusInterfaceVTable const m_vtable; ///< callbacks of the object for GIO
 
     /// The instance of the process, created on first use. Thread-safe. Announcements are delivered through
-    /// the main context that is the thread default of the thread which creates it; that context must be
-    /// iterated.
+    /// the main context that is the thread default of the creating thread; that context must be iterated.
     static CConnectionHelperDBusServer* Instance();
 
     /// Ends the instance, if there is one: unregisters the object and asks the bus to release the name,
-    /// without waiting for the bus. Thread-safe, also from inside the announcement handler; from another
-    /// thread it returns when a running handler has ended.
+    /// without waiting for the bus. Thread-safe, also from inside the announcement handler. On another
+    /// thread, it returns after a running handler has ended.
     static void Destroy();
 
     /// Installs the announcement handler; see IConnectionHelper::SetDbusSignalCb.
@@ -45,11 +43,12 @@ public:
                                            void* userData),
                          void* userData) override;
 
-    /// Decodes a helper-bus message, "(a(ss))"; an empty buffer for null or any other type.
+    /// Decodes a helper-bus message, "(a(ss))"; returns an empty buffer for null or any other type.
     CMessageBuffer m_ConvertMsg(GVariant* message);
 
     /// Encodes a helper-bus message as a new floating "(a(ss))"; values are cut at their first zero byte.
-    /// Null when a key or a value is not UTF-8, or the message is over CProxyDBusHelper::MAX_BODY_SIZE.
+    /// Returns null if a key or a value is not UTF-8, or the message is larger than
+    /// CProxyDBusHelper::MAX_BODY_SIZE.
     GVariant* m_ConvertMsg(CMessageBuffer& message);
 
 private:

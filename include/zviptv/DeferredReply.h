@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 /// @file
-/// The answer to a call, given later.
+/// An answer to a call that is sent later.
 
 #pragma once
 
@@ -11,46 +11,45 @@
 
 typedef struct _GDBusMethodInvocation GDBusMethodInvocation;
 
-/// The answer to a call, to be given later, as an error, or not at all: for a service that must not hold up
-/// its main loop until it knows the answer.
-///
-/// Threads: any; one object belongs to one thread at a time. Lifetime: independent of the channel that the
-/// call came in on. When the object goes, or another one takes its place, without an answer sent, the caller
-/// gets the error "org.freedesktop.DBus.Error.NoReply".
-///
-/// The bus counts the calls of a connection that are still unanswered, those whose caller has given up
-/// included, and refuses every further one from 128 on: an answer that takes longer than the callers wait is
-/// to be given all the same.
+/// The answer to a call, to be sent later, as an error, or not at all; for a service that must not block its
+/// main loop until it knows the answer.
+/// Threads: any, but use an object from one thread at a time. Lifetime: independent of the channel that
+/// received the call. If the object is destroyed or assigned to before an answer was sent, the caller gets
+/// the error "org.freedesktop.DBus.Error.NoReply".
+/// The bus counts the unanswered calls of a connection, including those whose caller has given up. At 128 it
+/// refuses every further call. Therefore send an answer even if the caller no longer waits for it.
 class ZVIPTV_API CDeferredReply
 {
 public:
-    /// Takes the answer of the call that the calling thread is handling: what the message callback, or the
-    /// announcement handler of IConnectionHelper, returns is then not sent. The answer to an announcement has
-    /// the key "dbusname". Empty outside these callbacks, and when the answer was taken before.
+    /// Takes over the answer to the call that the calling thread is handling. The return value of the message
+    /// callback, or of the announcement handler of IConnectionHelper, is then not sent. The answer to an
+    /// announcement has the key "dbusname". The result is empty outside these callbacks, and if the answer
+    /// was already taken.
     static CDeferredReply Take();
 
-    /// Takes over what is pending; the other object is empty then.
+    /// Takes over the pending answer; the other object is then empty.
     CDeferredReply(CDeferredReply&&) noexcept;
 
-    /// Takes over what is pending. What was pending here before is answered with the error.
+    /// Takes over the pending answer. An answer that was pending in this object is sent as the error.
     CDeferredReply& operator=(CDeferredReply&&) noexcept;
 
-    /// Answers what is still pending with the error.
+    /// Sends the error if an answer is still pending.
     ~CDeferredReply();
 
-    /// True while an answer is owed: false when empty, answered, or left unanswered.
+    /// Returns true while an answer is pending; false if the object is empty, or the call was answered or
+    /// left unanswered.
     bool IsPending() const;
 
-    /// Answers with a message. Does nothing when nothing is pending.
+    /// Answers with a message. Does nothing if no answer is pending.
     void Send(CMessageBuffer const& reply);
 
     /// Answers with a D-Bus error, which the caller's send reports as a failure. `name` is a D-Bus error name
-    /// ("org.example.Error.Busy"), `text` UTF-8 for people; an invalid one, and a text that is larger than a
-    /// message may be, is replaced. Does nothing when nothing is pending.
+    /// ("org.example.Error.Busy"), `text` is UTF-8 for people. An invalid name or text, or a text that is
+    /// larger than a message may be, is replaced. Does nothing if no answer is pending.
     void SendError(char const* name, char const* text);
 
-    /// Sends no answer: the caller runs into its time-out, and the bus counts the call until one of the two
-    /// leaves. For tests of applications.
+    /// Sends no answer: the caller waits until its time-out, and the bus counts the call until one of the two
+    /// connections closes. For tests of applications.
     void LeaveUnanswered();
 
 private:

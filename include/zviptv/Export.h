@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 /// @file
-/// What the library exports, and the language it needs.
+/// The export macro, and a check of the C++ version.
 
 #pragma once
 
@@ -8,5 +8,5 @@
 #error "The headers of zviptv need C++17: compile with -std=c++17 or later."
 #endif
 
-/// Marks what the shared library exports; everything else in it is hidden.
+/// Marks symbols that the shared library exports; all other symbols are hidden.
 #define ZVIPTV_API __attribute__((visibility("default")))

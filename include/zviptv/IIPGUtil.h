@@ -11,18 +11,18 @@
 
 /// Queries of the programme guide. Obtained from CIPTVServiceAPI::CreateIPGUtil.
 ///
-/// Every method is one blocking exchange with the service: at most 2000 ms, from any thread, no main loop
-/// needed. It returns true when the service answered, false, with out-parameters untouched, when the exchange
-/// failed. Texts are the service's own and handed over as they are; times are seconds since 1970, UTC, and
-/// durations seconds. docs/reference/guide.md has the simulator's texts, and what it answers when nothing is
-/// found. A number or flag that the service leaves out or spells badly makes the method throw
+/// Every method makes one blocking exchange with the service, of at most 2000 ms. It can be called from any
+/// thread and needs no main loop. It returns true if the service answered, and false, with unchanged
+/// out-parameters, if the exchange failed. The service's texts are passed on unchanged; times are seconds
+/// since 1970, UTC, and durations seconds. docs/reference/guide.md describes the simulator's texts, and its
+/// answers if nothing is found. An answer with a missing or malformed number or flag makes the method throw
 /// std::invalid_argument or std::out_of_range ("stoi").
 ///
 /// The object stays when the service leaves the bus. Its calls fail until it is destroyed and created again.
 ///
-/// Lifetime: a pointer to the object is valid for the life of the process. While the object is destroyed,
-/// every call on it returns false, from any thread; after the next Create the pointer works again. A call
-/// that another thread has begun when the object is destroyed is answered or returns false.
+/// Lifetime: a pointer to the object is valid for the life of the process. After the object has been
+/// destroyed, every call on it returns false, on any thread; after the next Create the pointer works again.
+/// If the object is destroyed during a call on another thread, the call is answered or returns false.
 ///
 /// ZVGetLastFailure() says why a call failed.
 class ZVIPTV_API IIPGUtil
@@ -38,16 +38,16 @@ public:
     /// Whether the guide's data file exists.
     virtual bool ExistXmlForIPG(bool& exist) = 0;
 
-    /// Number of programmes of the service `inID` that are on at some time from `startTime` up to, not
-    /// including, `startTime + duration`; a duration of 0 selects none.
+    /// Number of programmes of the service `inID` that are on during the period from `startTime` up to, but
+    /// not including, `startTime + duration`; a duration of 0 selects none.
     virtual bool GetProgramListSize(unsigned long long inID, unsigned int startTime, unsigned int duration,
                                     int& size) = 0;
 
-    /// Programme number `index`, from 0, of the list that GetProgramListSize counted last; before that, of
+    /// Programme number `index`, from 0, of the list of the last GetProgramListSize; before the first one, of
     /// the whole guide.
     virtual bool GetProgram(unsigned int index, std::string& program) = 0;
 
-    /// The programme named by `id`, or the one before or after it.
+    /// The programme with this `id`, or the one before or after it.
     virtual bool GetProgram(IPGProgramId id, Program_IPG program, std::string& out) = 0;
 
     /// The programme that is on now on the service `inID`.
@@ -62,13 +62,13 @@ public:
     /// The genres of the programme with the event id `eventID`.
     virtual bool GetGenre(unsigned int eventID, std::string& genre) = 0;
 
-    /// The programmes that GetProgramListSize counts. A message holds 32 MiB: a longer list ends earlier.
+    /// The programmes that GetProgramListSize counts. A message holds 32 MiB: a longer list is cut.
     virtual bool GetProgramList(unsigned long long inID, unsigned int startTime, unsigned int duration,
                                 std::string& list) = 0;
 
-    /// Has the service load guide data from the file `path`, which the service opens, not the application;
-    /// `done` tells whether it did. A large file takes longer than the call waits: it then fails, and the
-    /// loading goes on. If `path` contains a zero byte, only the text before it is sent.
+    /// Makes the service load guide data from the file `path`, which the service opens, not the application.
+    /// `done` is true if it did. If a large file takes longer than the call waits, the call fails, but the
+    /// loading continues. If `path` contains a zero byte, only the text before it is sent.
     virtual bool CloneUSBToTV(std::string path, bool& done) = 0;
 
 protected:

@@ -12,24 +12,23 @@
 ///
 /// Callbacks run on the thread that iterates the main context in which the object was created, in ascending
 /// order of their keys, each with a null user-data pointer, and must return promptly. The record that they
-/// get is valid during the call: copy what is needed later.
-///
-/// Subscribing and unsubscribing block for at most 2000 ms when the service has to be told (first
-/// subscription of a kind, last one gone), and as long again for each other thread that is doing the same.
-/// They may be done from any thread, also from inside a callback. A callback that another thread unsubscribes
-/// while it runs or is about to run is not waited for.
+/// get is valid during the callback: copy the data that you need later.
+/// Subscribing and unsubscribing block for at most 2000 ms if they must call the service (for the first
+/// subscription of a kind, and after the last one), and as long again for each other thread that does the
+/// same. They can be called from any thread, also from inside a callback. Unsubscribing does not wait for a
+/// callback that runs, or is about to run, on another thread.
 ///
 /// A notification with a missing or malformed number reaches no callback: std::invalid_argument or
-/// std::out_of_range ("stoi", "stoll") leaves the dispatch and passes through GLib to whoever iterates the
-/// context, and std::length_error does for an announced size that is negative or more than 1 MiB above what
-/// arrived. Without a handler around the main loop they end the process. Data that is shorter than announced
-/// is filled up with zeros.
+/// std::out_of_range ("stoi", "stoll") leaves the dispatch and passes through GLib to the code that iterates
+/// the context. So does std::length_error for an announced size that is negative or over 1 MiB larger than
+/// the data. Without a handler around the main loop, these exceptions end the process. Data that is shorter
+/// than announced is filled up with zeros.
 ///
 /// The object stays when the service leaves the bus. Nothing arrives until it is destroyed and created again.
 ///
-/// Lifetime: a pointer to the object is valid for the life of the process. While the object is destroyed,
-/// every call on it returns false, from any thread; after the next Create the pointer works again. A call
-/// that another thread has begun when the object is destroyed is answered or returns false.
+/// Lifetime: a pointer to the object is valid for the life of the process. After the object has been
+/// destroyed, every call on it returns false, on any thread; after the next Create the pointer works again.
+/// If the object is destroyed during a call on another thread, the call is answered or returns false.
 ///
 /// ZVGetLastFailure() says why a call failed.
 class ZVIPTV_API IIPTVDataSubscriber
@@ -42,18 +41,18 @@ public:
     IIPTVDataSubscriber(IIPTVDataSubscriber const&) = delete;
     IIPTVDataSubscriber& operator=(IIPTVDataSubscriber const&) = delete;
 
-    /// Subscribes `callback` for caption data; `userData` is not used. True with the subscription's key in
-    /// `key`; false, with `key` unchanged, when `callback` is null or no key could be made: keys are drawn
-    /// from the clock's second, so a second subscription of a kind within the same second fails. Try again
-    /// when std::time has changed. True does not promise delivery: a service that does not answer is asked
-    /// once and not again; ZVGetLastFailure() says so.
+    /// Subscribes `callback` for caption data; `userData` is not used. Returns true with the subscription's
+    /// key in `key`, or false, with `key` unchanged, if `callback` is null or no key could be made. Keys
+    /// depend on the clock's second, so a second subscription of a kind within the same second fails: try
+    /// again when std::time has changed. True does not guarantee delivery: if the service does not answer,
+    /// the request is not repeated, and ZVGetLastFailure() says so.
     virtual bool SubscribeForCaption(void (*callback)(ZVCaption& caption, void* userData), void* userData,
                                      int& key) = 0;
 
     /// Ends a subscription. Always returns false; ZVGetLastFailure() tells whether it failed.
     virtual bool UnsubscribeForCaption(int key) = 0;
 
-    /// Subscribes `callback` for PES packets; otherwise as SubscribeForCaption.
+    /// Subscribes `callback` for PES packets; otherwise like SubscribeForCaption.
     virtual bool SubscribeForPES(void (*callback)(ZVPESData& pes, void* userData), void* userData,
                                  int& key) = 0;
 

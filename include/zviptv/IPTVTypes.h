@@ -10,13 +10,13 @@
 #include <type_traits>
 #include <vector>
 
-// Enumerations travel as signed decimal text and pass through unchanged: a value that has no name here is
+// Enumerations are sent as signed decimal text and passed on unchanged: a value that has no name here is
 // stored as the service sent it.
 
-/// Profile part of a handle. Only its low 16 bits travel.
+/// Profile part of a handle. Only its low 16 bits are sent.
 enum IPTVProfile : std::int32_t
 {
-    IPTV_PROFILE_DEFAULT = 1 ///< the one that every application uses, unless told otherwise
+    IPTV_PROFILE_DEFAULT = 1 ///< profile of every application that is not given another one
 };
 
 /// Coding of an audio track.
@@ -34,7 +34,7 @@ enum EZVAudioEncodeType : std::int32_t
 };
 
 /// A language: the three lower-case letters of its ISO 639-2 code, first letter in bits 16 to 23, last in
-/// bits 0 to 7. Every code passes; the enumerators are a few common ones. See ZVLanguageFromISO639.
+/// bits 0 to 7. Every code may occur; the enumerators are a few common ones. See ZVLanguageFromISO639.
 enum EZVLanguageCode : std::int32_t
 {
     ZV_LANGUAGE_UNKNOWN = 0,    ///< no language
@@ -72,10 +72,10 @@ enum EZVISDBTextType : std::int32_t
 /// What SetUnlockedInfo unlocks.
 enum EZVParentalLock : std::int32_t
 {
-    ZV_PARENTAL_LOCKED = 0,             ///< nothing: locked again
+    ZV_PARENTAL_LOCKED = 0,             ///< nothing: locks again
     ZV_PARENTAL_UNLOCKED_PROGRAMME = 1, ///< the present programme
     ZV_PARENTAL_UNLOCKED_SERVICE = 2,   ///< this service until another one is selected
-    ZV_PARENTAL_UNLOCKED_ALL = 3        ///< everything until the set is switched off
+    ZV_PARENTAL_UNLOCKED_ALL = 3        ///< everything until the television is switched off
 };
 
 /// Which of two sounds is heard.
@@ -104,7 +104,7 @@ enum EZVCaptionDataMode : std::int32_t
     ZV_CAPTION_DATA_MODE_UNKNOWN = -1,   ///< the service did not say
     ZV_CAPTION_DATA_MODE_NONE = 0,       ///< the service carries no captions
     ZV_CAPTION_DATA_MODE_SELECTABLE = 1, ///< shown when the viewer asks for them
-    ZV_CAPTION_DATA_MODE_AUTOMATIC = 2   ///< shown always
+    ZV_CAPTION_DATA_MODE_AUTOMATIC = 2   ///< always shown
 };
 
 /// Class of a video resolution, by its lines.
@@ -118,7 +118,7 @@ enum cvtv_resolution_e : std::int32_t
     CVTV_RESOLUTION_8K = 5       ///< more than 2176 lines
 };
 
-/// Which programme, seen from the one that is named, GetProgram returns.
+/// The programme that GetProgram returns, relative to the one that is named.
 enum Program_IPG : std::int32_t
 {
     PROGRAM_IPG_PREVIOUS = -1, ///< the one before it
@@ -145,8 +145,8 @@ enum EZVSubtitleKind : std::int32_t
     ZV_SUBTITLE_TELETEXT = 2 ///< a teletext page
 };
 
-// The records below travel as they lie in memory: sizes, offsets and the byte order of the platform (little
-// endian on every supported one) are shared with the service. Reserved bytes are zero when sent and not read.
+// The records below are sent as they are in memory: the service uses the same sizes, offsets and byte order
+// (that of the platform, little endian on all supported ones). Reserved bytes are sent as zero and not read.
 
 /// An audio track.
 struct ZVAudio
@@ -182,7 +182,7 @@ struct ZVTTX
 struct ZVHybridSBT
 {
     EZVLanguageCode language;      ///< ZV_LANGUAGE_UNKNOWN when the stream names none
-    EZVSubtitleKind kind;          ///< which of the members below count
+    EZVSubtitleKind kind;          ///< kind of the subtitle; decides which members below are used
     std::uint16_t pid;             ///< of the subtitle or teletext stream
     std::uint16_t compositionPage; ///< DVB subtitles only
     std::uint16_t ancillaryPage;   ///< DVB subtitles only
@@ -206,7 +206,7 @@ struct ZVISDBText
     std::uint8_t reserved[2];    ///< zero
 };
 
-/// State of the dual-sound choice.
+/// The choice between two sounds.
 struct ZVDualSound
 {
     EZVMultiSoundMode mode;   ///< which sound is heard
@@ -227,7 +227,7 @@ struct ZVResolution
 {
     std::uint32_t width;                ///< pixels
     std::uint32_t height;               ///< lines
-    std::uint32_t frameRateNumerator;   ///< frames a second are numerator / denominator; 0/0 when not known
+    std::uint32_t frameRateNumerator;   ///< frames per second are numerator / denominator; 0/0 when not known
     std::uint32_t frameRateDenominator; ///< see frameRateNumerator
     std::uint16_t aspectWidth;          ///< display aspect ratio, 16 : 9 for example; 0 : 0 when not known
     std::uint16_t aspectHeight;         ///< see aspectWidth
@@ -235,7 +235,7 @@ struct ZVResolution
     std::uint8_t reserved[11];          ///< zero
 };
 
-/// One PES packet that the service pushed. Owned by the library, valid during the callback.
+/// A PES packet that the service pushed. Owned by the library, valid during the callback.
 struct ZVPESData
 {
     std::int32_t type;              ///< EZVPESType
@@ -244,15 +244,15 @@ struct ZVPESData
     std::vector<std::uint8_t> data; ///< the whole PES packet with its header
 };
 
-/// One piece of caption data that the service pushed. Owned by the library, valid during the callback.
+/// A piece of caption data that the service pushed. Owned by the library, valid during the callback.
 struct ZVCaption
 {
-    std::int32_t type; ///< kind of caption data; the service's EZVPESType for the stream it came from
+    std::int32_t type; ///< kind of caption data: EZVPESType of the stream that carried it
     std::vector<std::uint8_t>
         data; ///< as it was broadcast: data units of teletext, the PES payload of ARIB captions
 };
 
-/// Names a programme of the guide. Laid out alike on 32 and 64 bits.
+/// Identifies a programme of the guide. The layout is the same on 32 and 64 bits.
 struct IPGProgramId
 {
     alignas(8) std::uint64_t serviceId; ///< as in the methods' `inID`
@@ -261,21 +261,21 @@ struct IPGProgramId
     std::uint32_t duration;             ///< seconds; the simulator does not compare it
 };
 
-/// Selects what a proxy talks about: sent with every request as one number.
+/// Selects what the calls of a proxy refer to; sent with every request as one number.
 struct IPTVHandle
 {
     IPTVProfile profile; ///< low 16 bits count
     std::uint16_t id;    ///< number within the profile
 };
 
-/// The number under which a handle travels. An id above 255 carries into the profile's part.
+/// The number that is sent for a handle. An id above 255 carries into the profile's part.
 constexpr std::uint32_t IPTVHandleNumber(IPTVHandle handle)
 {
     return ((static_cast<std::uint32_t>(handle.profile) & 0xFFFFU) << 8U) + handle.id;
 }
 
 /// The language of a three-letter ISO 639-2 code in upper or lower case; ZV_LANGUAGE_UNKNOWN for null, and
-/// for anything but three letters.
+/// for anything except three letters.
 constexpr EZVLanguageCode ZVLanguageFromISO639(char const* code)
 {
     if (code == nullptr) {
@@ -293,7 +293,7 @@ constexpr EZVLanguageCode ZVLanguageFromISO639(char const* code)
     return code[3] == '\0' ? static_cast<EZVLanguageCode>(packed) : ZV_LANGUAGE_UNKNOWN;
 }
 
-/// The three-letter ISO 639-2 code of a language; empty for a value that is none.
+/// The three-letter ISO 639-2 code of a language; empty for a value that is not a language.
 inline std::string ZVLanguageToISO639(EZVLanguageCode language)
 {
     std::uint32_t const packed = static_cast<std::uint32_t>(language);

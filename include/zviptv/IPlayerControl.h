@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 /// @file
-/// Muting, tracks, clocks, the state of the source.
+/// Muting, tracks, clocks and the state of the source.
 
 #pragma once
 
@@ -9,19 +9,19 @@
 
 /// Control of the current playback. Obtained from CIPTVServiceAPI::CreatePlayerControl.
 ///
-/// Every method is one blocking exchange with the service: at most 2000 ms, from any thread, no main loop
-/// needed. It returns true when the service answered with a non-zero result, false when it refused or when
-/// the exchange failed. Out-parameters: on a failed exchange they keep the start value that the method gives,
-/// as said below; on an answer, true or false, they hold what the service sent. An answer with a missing or
-/// malformed number makes the method throw std::invalid_argument or std::out_of_range ("stoi", "stoul",
-/// "stoull").
+/// Every method makes one blocking exchange with the service, of at most 2000 ms. It can be called from any
+/// thread and needs no main loop. It returns true if the service answered with a non-zero result, and false
+/// if the service refused or the exchange failed. If the exchange failed, out-parameters have the start value
+/// that the method sets, as described below. If the service answered, they hold the values that it sent. An
+/// answer with a missing or malformed number makes the method throw std::invalid_argument or
+/// std::out_of_range ("stoi", "stoul", "stoull").
 ///
 /// The object destroys itself when the service leaves the bus, on the thread that iterates the main context
 /// in which it was created.
 ///
-/// Lifetime: a pointer to the object is valid for the life of the process. While the object is destroyed,
-/// every call on it returns false, from any thread; after the next Create the pointer works again. A call
-/// that another thread has begun when the object is destroyed is answered or returns false.
+/// Lifetime: a pointer to the object is valid for the life of the process. After the object has been
+/// destroyed, every call on it returns false, on any thread; after the next Create the pointer works again.
+/// If the object is destroyed during a call on another thread, the call is answered or returns false.
 ///
 /// ZVGetLastFailure() says why a call failed.
 class ZVIPTV_API IPlayerControl
@@ -37,7 +37,7 @@ public:
     /// Selects the audio track at `index` of the service's list, from 0.
     virtual bool SetCurrentAudioByIndex(int index) = 0;
 
-    /// Chooses an audio coding; `preferred` says whether as the preferred one.
+    /// Chooses an audio coding; with `preferred`, another coding is accepted if no track has this one.
     virtual bool SetAudioFormat(EZVAudioEncodeType type, bool preferred) = 0;
 
     /// Chooses which of two sounds is heard.
@@ -64,14 +64,14 @@ public:
     /// The default caption service. Start value: ZV_CAPTION_SERVICE_UNKNOWN (0).
     virtual bool GetDefaultCaptionService(EZVCaptionService& service) = 0;
 
-    /// Silences the sound, or lets it be heard again.
+    /// Mutes the sound, or turns it on again.
     virtual bool MuteAudio(bool on) = 0;
 
     /// Blanks the picture, or shows it again.
     virtual bool MuteVideo(bool on) = 0;
 
     /// The picture's resolution class and its details. Start value of `res`: CVTV_RESOLUTION_UNKNOWN (0);
-    /// `info` has none. A record that arrives short is filled up with zeros.
+    /// `info` has none. A record that is too short is filled up with zeros.
     virtual bool GetResolution(cvtv_resolution_e& res, ZVResolution& info) = 0;
 
     /// Names the application to the service; null sends no name.

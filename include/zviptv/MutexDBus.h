@@ -12,10 +12,10 @@
 class ZVIPTV_API CMutexDBus
 {
 public:
-    /// Free at first.
+    /// Makes a free mutex.
     CMutexDBus();
 
-    /// The mutex must be free.
+    /// Ends the mutex, which must be free.
     ~CMutexDBus();
 
     CMutexDBus(CMutexDBus const&) = delete;
@@ -27,7 +27,7 @@ public:
     /// Releases the mutex, which the calling thread must hold.
     void Unlock();
 
-    /// True when the mutex was free and is now held by the calling thread; false, without waiting, otherwise.
+    /// Takes the mutex if it is free, without waiting; returns whether the calling thread now holds it.
     bool TryLock();
 
 private:
