@@ -18,13 +18,13 @@ constexpr auto MessageBus = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_
 
 using Clock = std::chrono::steady_clock;
 
-/// How long a bus that accepts a connection may take to answer.
+/// The longest time for a bus that accepts a connection to answer.
 constexpr std::chrono::milliseconds ConnectTimeout{2000};
-/// The pause after an attempt that timed out: the steps of one Create, and threads, share its outcome.
+/// The pause after an attempt that timed out: the steps of one Create, and all threads, share its outcome.
 constexpr std::chrono::milliseconds ConnectPause{500};
 
-/// The exit-on-close setting of the connection in use. It outlives the connection, so that the next one gets
-/// it.
+/// The exit-on-close setting of the present connection. It outlives the connection, so that the next one
+/// inherits it.
 class ExitOnClose
 {
 public:
@@ -41,7 +41,7 @@ public:
         Note(connection);
     }
 
-    /// The setting of the connection that was followed last. Waits while another thread ends that one.
+    /// The setting of the last connection that was followed. Waits while another thread ends that connection.
     bool Last()
     {
         std::unique_lock<std::mutex> lock(m_mutex);
@@ -69,7 +69,7 @@ private:
     bool m_isOn = true; // GIO's default for shared connections
 };
 
-/// The connection that GIO shares within the process. It is a new one if nobody holds the former one.
+/// The connection that GIO shares within the process. It is new if nobody holds the previous one.
 Owned<GDBusConnection> Shared(bool exitsOnClose, Error& error)
 {
     Deadline const deadline(ConnectTimeout);
@@ -80,7 +80,7 @@ Owned<GDBusConnection> Shared(bool exitsOnClose, Error& error)
     return connection;
 }
 
-/// A connection in place of one whose bus has died; null while there is no bus.
+/// A connection that replaces one whose bus has died; null while there is no bus.
 Owned<GDBusConnection> Replacement(gboolean exitsOnClose, Error& error)
 {
     Deadline const deadline(ConnectTimeout);
@@ -104,7 +104,7 @@ bool IsAlive(Owned<GDBusConnection> const& connection)
     if (!IsOpen(connection)) {
         return false;
     }
-    // GIO notices on another thread, a moment later than the socket.
+    // GIO notices it on another thread, slightly later than the socket.
     GIOStream* const stream = g_dbus_connection_get_stream(connection.get());
     return G_IS_SOCKET_CONNECTION(stream) == FALSE ||
            g_socket_condition_check(g_socket_connection_get_socket(G_SOCKET_CONNECTION(stream)), G_IO_HUP) ==
@@ -122,13 +122,13 @@ Owned<GDBusConnection> SystemBus(Error& error)
     static std::mutex mutex;
     static GWeakRef last;                               // all zero, which is empty
     static ExitOnClose& exitOnClose = *new ExitOnClose; // the application may end a connection at exit
-    static Clock::time_point timedOut;                  // when the latest attempt did, if any
+    static Clock::time_point timedOut;                  // time of the last attempt that timed out, if any
     std::lock_guard<std::mutex> const lock(mutex);
     Owned<GDBusConnection> current(static_cast<GDBusConnection*>(g_weak_ref_get(&last)));
     if (current != nullptr && IsAlive(current)) {
         return current;
     }
-    Error unused; // as long as a dead connection stands in
+    Error unused; // while a dead connection is kept
     if (timedOut != Clock::time_point() && Clock::now() - timedOut < ConnectPause) {
         SetTimedOut(current == nullptr ? error : unused);
         return current;

@@ -7,27 +7,25 @@
 
 namespace zviptv {
 
-/// Where the system bus is, by DBUS_SYSTEM_BUS_ADDRESS at this moment. Empty where nothing is known.
+/// The address of the system bus, by the present value of DBUS_SYSTEM_BUS_ADDRESS. Empty if it is unknown.
 std::string SystemBusAddress();
 
-/// The process's connection to the system bus, on which all objects of the library are.
-///
-/// It is the one that GIO shares within the process. When that one's bus has died and a bus is there again,
-/// it is a private connection of the library, which ends when nothing of the library is on it. While there is
-/// no bus, the dead connection stays: everything on it fails.
-///
-/// Each connection takes the exit-on-close setting over from the one before. If the application has switched
-/// exit-on-close off, it stays off, also when there was no connection meanwhile.
-///
-/// Null, with `error`, if the process never had a connection and cannot have one: a bus that accepts
-/// connections and does not answer is given up after 2 s. Any thread may call it.
+/// The process's connection to the system bus, which all objects of the library use.
+/// It is the connection that GIO shares within the process. After the bus has died and a bus is available
+/// again, it is a private connection of the library, which closes when no object of the library uses it.
+/// While there is no bus, the dead connection is kept, and everything on it fails.
+/// Each connection inherits the exit-on-close setting of the previous one. If the application has switched
+/// exit-on-close off, it stays off, even if there was no connection in between.
+/// Returns null, with `error`, if the process never had a connection and cannot get one. If a bus accepts
+/// connections but does not answer, it gives up after 2 s. Any thread may call it.
 Owned<GDBusConnection> SystemBus(Error& error);
 
-/// Whether the bus is at the other end.
+/// Whether the connection to the bus is open.
 bool IsAlive(Owned<GDBusConnection> const& connection);
 
-/// False for a connection that SystemBus() has replaced, or does so now, because its bus has died and is
-/// there again. What is on it is lost, and its unique name may by now be another process's.
+/// Returns false for a connection that SystemBus() has replaced, or replaces now, because its bus has died
+/// and a bus is available again. Objects on it are lost, and its unique name may now belong to another
+/// process.
 bool IsPresent(Owned<GDBusConnection> const& connection);
 
 } // namespace zviptv

@@ -5,8 +5,8 @@
 
 namespace zviptv {
 
-/// Calls a method of the bus itself and does not wait for the answer, which is dropped. Consumes `arguments`
-/// if it is floating. On a closed connection nothing happens. Needs no descriptor. Any thread may call it.
+/// Calls a method of the bus itself without waiting for the answer, which is dropped. Consumes `arguments` if
+/// it is floating. Does nothing on a closed connection. Needs no descriptor. Any thread may call it.
 void TellTheBus(GDBusConnection* connection, char const* method, GVariant* arguments);
 
 } // namespace zviptv

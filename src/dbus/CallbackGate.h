@@ -12,11 +12,12 @@
 
 namespace zviptv {
 
-/// What GLib's callbacks hold in place of a raw object pointer.
+/// The user data of GLib's callbacks, in place of a raw object pointer.
 ///
 /// GLib calls back on the thread that iterates a context, with the user data it was given, even while another
-/// thread is unregistering. The gate leads such a call to the object while that lives and to nothing
-/// afterwards: the registration owns one reference (Token), and the object closes the gate before it goes.
+/// thread is unregistering. The gate gives such a callback the object while the object exists, and null
+/// afterwards: the registration owns one reference (Token), and the object closes the gate before it is
+/// destroyed.
 class CallbackGate
 {
 public:
@@ -29,22 +30,22 @@ public:
     static Pointer FromToken(void* data) { return UserData<Pointer>::Get(data); }
     static void ReleaseToken(void* data) { UserData<Pointer>::Release(data); }
 
-    /// Lets no further visit begin.
+    /// Closes the gate: no further visit begins.
     void Refuse()
     {
         std::lock_guard<std::mutex> const lock(m_mutex);
         m_owner = nullptr;
     }
 
-    /// Returns when no other thread is inside.
+    /// Returns when no other thread is in a visit.
     void WaitForOthers()
     {
         std::unique_lock<std::mutex> lock(m_mutex);
         m_left.wait(lock, [this] { return !OthersInside(); });
     }
 
-    /// A callback's stay with the owner, who waits for its end before going, unless it goes on the visit's
-    /// own thread.
+    /// The access of a callback to the owner. The owner waits for the end of the visit before it is
+    /// destroyed, unless it is destroyed on the visit's thread.
     template <typename Owner>
     class Visit
     {

@@ -8,15 +8,15 @@
 namespace zviptv {
 
 /// Reports once that a connection has closed; ends with its owner.
-///
-/// GIO reports it through the main context in which the connection was made, which may be another thread's.
-/// The watch passes it on to the context of the thread that made it.
+/// GIO reports it through the main context in which the connection was made, which may be that of another
+/// thread. The watch passes it on to the context of the thread that made the watch.
 class CloseWatch
 {
 public:
     CloseWatch() = default;
-    /// `closed` is called through the main context that is the calling thread's default. A call that is on
-    /// its way when the watch ends still comes. `closed` is destroyed when no call can come any more.
+    /// `closed` is called through the main context that is the calling thread's default. A call that is
+    /// already queued when the watch ends is still made. `closed` is destroyed when no more calls can be
+    /// made.
     CloseWatch(GDBusConnection* connection, std::function<void()> closed);
     CloseWatch(CloseWatch&& other) noexcept;
     CloseWatch& operator=(CloseWatch&& other) noexcept;

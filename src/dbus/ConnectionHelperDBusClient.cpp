@@ -60,7 +60,7 @@ bool CConnectionHelperDBusClient::CheckConnection()
     FailureScope const scope("CheckConnection");
     OwnerQuestion::Answer const answer = OwnerQuestion::Ask();
     if (answer == OwnerQuestion::Answer::Failed) {
-        // The line never shows the bus's message.
+        // The log line never contains the bus's message.
         ZV_LOG_ERROR_LINE("[TCIPCConnection::%s] DBus Error while checking name owner: %s", "CheckConnection",
                           "(null)");
     }
@@ -106,7 +106,7 @@ bool CConnectionHelperDBusClient::m_SendMessage(CMessageBuffer& request, CMessag
             body.get(), Timeout, error);
     }
     if (error) {
-        // The code alone decides, whatever its domain.
+        // Only the code decides, whatever its domain.
         switch (error.Code()) {
         case G_DBUS_ERROR_SERVICE_UNKNOWN:
         case G_DBUS_ERROR_NAME_HAS_NO_OWNER:

@@ -35,7 +35,7 @@ char const* const CConnectionHelperDBusServer::INTERFACE_XML =
 GDBusInterfaceVTable const CConnectionHelperDBusServer::m_vtable = {
     CConnectionHelperDBusServer::m_MethodCallback, nullptr, nullptr, {}};
 
-// The one object, which is never deleted: no pointer to it dangles.
+// The only object. It is never deleted, so that no pointer to it dangles.
 CConnectionHelperDBusServer* CConnectionHelperDBusServer::m_pInstance = nullptr;
 pthread_rwlock_t CConnectionHelperDBusServer::m_rwlock = PTHREAD_RWLOCK_INITIALIZER;
 
@@ -50,12 +50,12 @@ struct WriteSide
     pthread_rwlock_t& rwlock;
 };
 
-/// What the object has from its Instance() to its Destroy(): the name and the object on the bus.
+/// The state from Instance() to Destroy(): the name and the object on the bus.
 class Server : public std::enable_shared_from_this<Server>
 {
 public:
     Server() = default;
-    /// A handler that has begun but does not hold the server yet finds that it ends.
+    /// Lets a handler that has begun but does not hold the server yet see that the server ends.
     ~Server()
     {
         m_gate->Refuse();
@@ -72,10 +72,10 @@ public:
 
     void Start(SourceLocation const& where, GBusNameAcquiredCallback acquired, GBusNameLostCallback lost);
 
-    /// The bus has died, and is there again.
+    /// Whether the bus has died and is available again.
     bool IsOutdated() const { return !zviptv::IsPresent(m_pServCon); }
 
-    /// Withdraws the object, then releases the name. A handler that runs is not waited for.
+    /// Removes the object, then releases the name. Does not wait for a running handler.
     void End()
     {
         m_gate->Refuse();
@@ -85,7 +85,7 @@ public:
 
     void WaitForHandlers() { m_gate->WaitForOthers(); }
 
-    /// Why it answers nobody.
+    /// Why the server does not answer.
     zviptv::KeptFailure failure;
 
     void SetHandler(Handler handler)
@@ -157,7 +157,7 @@ CConnectionHelperDBusServer* CConnectionHelperDBusServer::Instance()
 {
     zviptv::FailureScope const scope("Instance");
     ZV_LOG_ENTRY();
-    Server::Handler handler; // of the server whose bus has died
+    Server::Handler handler; // that of the server whose bus has died
     auto const make = [&handler] {
         auto server = std::make_shared<Server>();
         server->SetHandler(handler);
@@ -242,12 +242,12 @@ void CConnectionHelperDBusServer::m_MethodCallback(GDBusConnection* connection, 
     std::string answer;
     Server::Handler const handler = held->CurrentHandler();
     if (handler.call != nullptr) {
-        zviptv::IncomingScope scope("", owned.get()); // the handler of announcements gets no sender
+        zviptv::IncomingScope scope("", owned.get()); // the announcement handler does not get the sender
         try {
             answer = handler.call(request.GetValue(key::DBusName), request.GetValue(key::Type),
                                   request.GetValue(key::Add), handler.userData);
         } catch (...) {
-            scope.TakeInvocation(); // stays unanswered
+            scope.TakeInvocation(); // leaves the announcement unanswered
             throw;
         }
         if (scope.TakeInvocation() == nullptr) {

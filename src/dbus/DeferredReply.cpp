@@ -11,7 +11,7 @@ using zviptv::IncomingScope;
 
 namespace {
 
-/// Whether the bus carries `text` as an error's.
+/// Whether the bus accepts `text` as the text of an error.
 bool IsErrorText(char const* text)
 {
     if (text == nullptr || g_utf8_validate(text, -1, nullptr) == FALSE) {

@@ -8,15 +8,15 @@
 
 namespace zviptv {
 
-/// What GLib opens to make a proxy: the wake-up of a main context; one more for another thread.
+/// Descriptors to make a proxy: one for the wake-up of a main context, and one more for another thread.
 constexpr int DescriptorsOfAProxy = 2;
-/// For a first connection: the socket, and the wake-ups of the main contexts of GIO's thread, the process and
-/// the greeting; some more for other threads.
+/// Descriptors for a first connection: the socket, the wake-ups of the main contexts of GIO's thread, of the
+/// process and of the handshake, and some more for other threads.
 constexpr int DescriptorsOfAConnection = 8;
 
-/// Whether that many descriptors are free; `error` says when they are not. Asked before GLib needs them: it
-/// ends the process when it gets none for a wake-up. Between the question and the use another thread can take
-/// them.
+/// Whether the given number of descriptors is free; if not, `error` is set. Call it before GLib needs them:
+/// GLib ends the process if it gets no descriptor for a wake-up. After the check, another thread can still
+/// take them.
 inline bool HaveFreeDescriptors(int count, Error& error)
 {
     int const descriptor = eventfd(0, EFD_CLOEXEC);

@@ -8,20 +8,21 @@
 
 namespace zviptv {
 
-/// GIO subscribes and owns names on an open connection only, and takes anything else for a programming error.
+/// GIO subscribes and owns names only on an open connection, and treats anything else as a programming error.
 inline bool IsOpen(Owned<GDBusConnection> const& connection)
 {
     return connection != nullptr && g_dbus_connection_is_closed(connection.get()) == FALSE;
 }
 
-/// A bus name, whole: one with a zero byte would be taken for its beginning.
+/// Whether it is a valid bus name as a whole: of a text with a zero byte, GLib would only read the beginning.
 inline bool IsBusName(std::string const& name)
 {
     return name.find('\0') == std::string::npos && g_dbus_is_name(name.c_str()) != FALSE;
 }
 
-/// A path that a subscription can name: the bus takes match rules of up to 1,024 bytes, of which the rest of
-/// a channel's needs less than half. It also leaves MAX_BODY_SIZE the room beside the header.
+/// Whether a subscription can use the path: the bus accepts match rules of up to 1,024 bytes, and the rest of
+/// a channel's rule needs less than half of that. The limit also leaves room for a body of MAX_BODY_SIZE
+/// besides the header.
 inline bool IsObjectPath(std::string const& path)
 {
     std::size_t const longest = 512;
@@ -29,7 +30,7 @@ inline bool IsObjectPath(std::string const& path)
            g_variant_is_object_path(path.c_str()) != FALSE;
 }
 
-/// An exported object on a connection; End() or its owner's end withdraws it.
+/// An exported object on a connection; End() or the destructor removes it.
 class ObjectRegistration
 {
 public:
@@ -38,7 +39,7 @@ public:
     ObjectRegistration& operator=(ObjectRegistration const&) = delete;
     ~ObjectRegistration() { End(); }
 
-    /// Exports the first interface of `node` at `path`; `userData` is released with `release`, also on
+    /// Exports the first interface of `node` at `path`; `userData` is released with `release`, even on
     /// failure.
     bool Begin(GDBusConnection* connection, char const* path, GDBusNodeInfo* node,
                GDBusInterfaceVTable const& vtable, gpointer userData, GDestroyNotify release, Error& error)
@@ -48,12 +49,12 @@ public:
         if (m_id != 0) {
             m_connection = Share(connection);
         } else {
-            release(userData); // GLib leaves it with the caller when it refuses
+            release(userData); // GLib does not release it if it refuses
         }
         return m_id != 0;
     }
 
-    /// False when the connection knows nothing of the object.
+    /// Returns false if the connection does not know the object.
     bool End()
     {
         if (m_id == 0) {

@@ -11,7 +11,7 @@ namespace {
 
 thread_local IncomingScope* current = nullptr;
 
-/// The body of an answer, in the form of the interface that was called.
+/// The body of an answer, in the format of the interface that was called.
 Owned<GVariant> EncodeAnswer(GDBusMethodInvocation* invocation, CMessageBuffer const& reply, Error& error)
 {
     char const* const interface = g_dbus_method_invocation_get_interface_name(invocation);

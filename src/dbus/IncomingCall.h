@@ -7,9 +7,9 @@
 
 namespace zviptv {
 
-/// What the calling thread is handling, a call or a notification, for as long as the object lives. A call
-/// whose answer is still open then, because of an exception, is answered with an error: the bus lets nobody
-/// have more than 128 unanswered ones.
+/// The call or notification that the calling thread is handling, for the life of the object. If a call is
+/// still unanswered at the end, because of an exception, it is answered with an error: the bus allows a
+/// connection only 128 unanswered calls.
 class IncomingScope
 {
 public:
@@ -19,12 +19,12 @@ public:
     IncomingScope(IncomingScope const&) = delete;
     IncomingScope& operator=(IncomingScope const&) = delete;
 
-    /// The innermost one on this thread, or null.
+    /// The innermost scope on this thread, or null.
     static IncomingScope* Current();
 
     char const* Sender() const { return m_sender; }
 
-    /// The call whose answer is still open; null afterwards and for notifications.
+    /// The call that is still unanswered; null after the answer, and for notifications.
     GDBusMethodInvocation* TakeInvocation() { return std::exchange(m_invocation, nullptr); }
 
 private:
@@ -33,11 +33,11 @@ private:
     IncomingScope* m_outer;
 };
 
-/// Answers a call with `reply`, or with an error when that cannot travel. Not through the invocation: that
-/// would refuse a reply to the declared method SendSignal, which is answered like Send.
+/// Answers a call with `reply`, or with an error if the reply cannot be sent. It does not use the invocation,
+/// which would refuse a reply to the declared method SendSignal; that method is answered like Send.
 void AnswerCall(GDBusMethodInvocation* invocation, CMessageBuffer const& reply);
 
-/// Answers a call that nobody has answered, with an error.
+/// Answers a call that is still unanswered, with an error.
 void AnswerCallWithNothing(GDBusMethodInvocation* invocation);
 
 /// Answers a call with a D-Bus error.

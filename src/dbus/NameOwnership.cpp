@@ -15,10 +15,10 @@ class NameOwnership::Request
 public:
     enum class State
     {
-        Asked,    ///< the bus has not answered; signals report the end of an earlier ownership
+        Asked,    ///< the bus has not answered yet; signals refer to the end of an earlier ownership
         Owned,    ///< this connection owns the name
-        NotOwned, ///< another one does, and the bus has queued the request
-        Over      ///< the bus has refused or gone, or the request has been withdrawn
+        NotOwned, ///< another connection owns it, and the bus has queued the request
+        Over      ///< the bus has refused or ended, or the request has been withdrawn
     };
 
     Request(GDBusConnection* connection, std::string name, GBusNameAcquiredCallback acquired,
@@ -29,7 +29,7 @@ public:
 
     bool IsAnswered() const { return m_state != State::Asked; }
 
-    /// Reports the change, if it is one.
+    /// Reports the state if it has changed.
     void Become(State next)
     {
         State former = m_state;
@@ -70,7 +70,7 @@ NameOwnership::NameOwnership(GDBusConnection* connection, std::string const& nam
 {
     guint32 const flags = G_BUS_NAME_OWNER_FLAGS_NONE;
     // No time-out: a bus that has stopped grants the name when it continues, and only its answer shows
-    // whether the name is this request's or had been the application's before.
+    // whether this request got the name or the application owned it before.
     g_dbus_connection_call(connection, "org.freedesktop.DBus", "/org/freedesktop/DBus",
                            "org.freedesktop.DBus", "RequestName", g_variant_new("(su)", name.c_str(), flags),
                            G_VARIANT_TYPE("(u)"), G_DBUS_CALL_FLAGS_NONE, G_MAXINT, nullptr, OnAnswered,

@@ -9,26 +9,25 @@
 
 namespace zviptv {
 
-/// The request for a well-known name, which waits in the bus's queue while another owns the name; released
-/// with its owner.
-///
-/// In place of g_bus_own_name_on_connection. That one's release waits for the bus's answer: it blocks for 25
-/// s on a bus that has stopped, and ends a process that has no free descriptor.
+/// The request for a well-known name, which waits in the bus's queue while another connection owns the name.
+/// The destructor releases it.
+/// It replaces g_bus_own_name_on_connection, whose release waits for the bus's answer: it blocks for 25 s on
+/// a bus that has stopped, and ends a process that has no free descriptor.
 class NameOwnership
 {
 public:
     NameOwnership() = default;
-    /// Returns at once. `acquired` and `lost` report every change, and first what has come of the request,
-    /// however late the bus answers, through the main context that is the calling thread's default. `lost`
-    /// gets a null connection when that has closed. Both may still be called on another thread while the
-    /// ownership ends.
+    /// Returns at once. `acquired` and `lost` first report the outcome of the request, however late the bus
+    /// answers, and then every change, through the main context that is the calling thread's default. `lost`
+    /// gets a null connection if the connection has closed. Both may still be called on another thread while
+    /// the ownership ends.
     NameOwnership(GDBusConnection* connection, std::string const& name, GBusNameAcquiredCallback acquired,
                   GBusNameLostCallback lost);
     NameOwnership(NameOwnership&& other) noexcept = default;
     NameOwnership& operator=(NameOwnership&& other) noexcept;
     ~NameOwnership();
 
-    /// False for one that has asked for nothing.
+    /// Returns false if no name was requested.
     explicit operator bool() const { return m_request != nullptr; }
 
 private:

@@ -28,7 +28,7 @@ struct MessageRelease
 };
 using Message = std::unique_ptr<DBusMessage, MessageRelease>;
 
-/// A private connection must be closed before it is given up.
+/// Closes a private connection before it releases it, as libdbus requires.
 struct ConnectionClose
 {
     void operator()(DBusConnection* connection) const
@@ -39,18 +39,18 @@ struct ConnectionClose
 };
 using Connection = std::unique_ptr<DBusConnection, ConnectionClose>;
 
-/// A call of the bus itself.
+/// The message that calls a method of the bus.
 Message BusCall(char const* method)
 {
     return Message(
         dbus_message_new_method_call(DBUS_SERVICE_DBUS, DBUS_PATH_DBUS, DBUS_INTERFACE_DBUS, method));
 }
 
-/// Waits until the connection can do something. libdbus's own wait begins again after each signal that
-/// interrupts it, with the whole time.
+/// Waits until the connection can read or write. After each signal that interrupts it, libdbus's own wait
+/// starts again with the whole time.
 void Wait(DBusConnection* connection, Clock::time_point deadline)
 {
-    // Before the handshake is done, what it still has to write is not known from outside.
+    // Before the end of the handshake, libdbus does not show whether it still has to write.
     bool const isReady = dbus_connection_get_is_authenticated(connection) != FALSE;
     Milliseconds const longest(isReady ? 2000 : 20);
     auto const left = std::chrono::ceil<Milliseconds>(deadline - Clock::now());
@@ -62,12 +62,12 @@ void Wait(DBusConnection* connection, Clock::time_point deadline)
     poll(&polled, 1, static_cast<int>(std::clamp(left, Milliseconds(0), longest).count()));
 }
 
-/// The answer to the call of this serial; null if the bus goes or does not answer in time. Everything else
-/// that arrives is read and dropped.
+/// The answer to the call with this serial; null if the bus ends or does not answer in time. All other
+/// messages are read and dropped.
 Message Await(DBusConnection* connection, dbus_uint32_t serial, Clock::time_point deadline)
 {
     for (;;) {
-        // A turn of the handshake either reads or writes.
+        // Each step of the handshake either reads or writes.
         bool const isOpen = dbus_connection_read_write(connection, 0) != FALSE &&
                             dbus_connection_read_write(connection, 0) != FALSE;
         while (Message message{dbus_connection_pop_message(connection)}) {
@@ -82,7 +82,7 @@ Message Await(DBusConnection* connection, dbus_uint32_t serial, Clock::time_poin
     }
 }
 
-/// Says hello and asks, both at once: the bus handles them in their order.
+/// Sends "Hello" and the query at once: the bus handles them in this order.
 Message AskTheBus(DBusConnection* connection, Clock::time_point deadline)
 {
     char const* const name = helper::BusName;
@@ -115,7 +115,7 @@ private:
     DBusError m_error = {};
 };
 
-/// Sets why a connection has brought no answer.
+/// Sets the failure of a connection without an answer.
 void SetUnanswered(DBusConnection* connection)
 {
     if (dbus_connection_get_is_connected(connection) != FALSE) {
@@ -129,7 +129,7 @@ void SetUnanswered(DBusConnection* connection)
 
 OwnerQuestion::Answer OwnerQuestion::Ask()
 {
-    Error shortage; // GLib, too, opens some when it is first asked for the address
+    Error shortage; // the first query for the address opens descriptors in GLib, too
     if (!HaveFreeDescriptors(DescriptorsOfAConnection, shortage)) {
         SetShortage();
         return Answer::Failed;

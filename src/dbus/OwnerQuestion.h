@@ -4,9 +4,8 @@
 namespace zviptv {
 
 /// Asks the system bus whether the helper bus has an owner.
-///
-/// The question goes over a connection of libdbus that is opened for it and closed after it, so that nothing
-/// that others send stays in the process. Connecting apart, it takes at most 2,000 ms, also when signals
+/// The query uses a connection of libdbus that is opened for it and closed after it, so that messages of
+/// others do not stay in the process. Without connecting, it takes at most 2,000 ms, even if signals
 /// interrupt it. Any thread may call it.
 class OwnerQuestion
 {

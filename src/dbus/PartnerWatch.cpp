@@ -20,7 +20,7 @@ struct PartnerWatch::Watched
     Watched(Watched const&) = delete;
     Watched& operator=(Watched const&) = delete;
 
-    /// `bus` is null when it is the connection that has gone.
+    /// `bus` is null if the connection has closed.
     void Tell(GDBusConnection* bus)
     {
         if (!isOver.exchange(true)) {
@@ -76,7 +76,7 @@ void PartnerWatch::OnOwnerChanged(GDBusConnection* connection, char const* /*sen
         char const* owner = nullptr;
         g_variant_get_child(parameters, 1, "&s", &former);
         g_variant_get_child(parameters, 2, "&s", &owner);
-        if (*former != '\0' || *owner == '\0') { // a new owner knows nothing of what the former agreed to
+        if (*former != '\0' || *owner == '\0') { // a new owner does not know the state of the previous one
             watched->Tell(connection);
         }
     }

@@ -9,25 +9,24 @@
 
 namespace zviptv {
 
-/// Reports once that a bus name has no owner, from the beginning or later, or has passed from one owner to
-/// another, or when the connection has closed; ends with its owner.
-///
-/// In place of g_bus_watch_name_on_connection, which fails with criticals when the connection closes on
-/// another thread while the watch is set up.
+/// Reports once that a bus name has no owner, at first or later, that it has passed from one owner to
+/// another, or that the connection has closed. Ends with its destructor.
+/// It replaces g_bus_watch_name_on_connection, which logs criticals if the connection closes on another
+/// thread while the watch is set up.
 class PartnerWatch
 {
 public:
     PartnerWatch() = default;
     /// `vanished` is called through the main context that is the calling thread's default, with a null
-    /// connection when that has closed. `userData` is released with `release` when no call can come any
-    /// more.
+    /// connection if the connection has closed. `userData` is released with `release` when no more calls can
+    /// be made.
     PartnerWatch(GDBusConnection* connection, std::string const& name, GBusNameVanishedCallback vanished,
                  void* userData, GDestroyNotify release);
     PartnerWatch(PartnerWatch&& other) noexcept = default;
     PartnerWatch& operator=(PartnerWatch&& other) noexcept;
     ~PartnerWatch();
 
-    /// Not 0 for a watch.
+    /// Not 0 for an active watch.
     guint Id() const { return m_changes.Id(); }
 
 private:

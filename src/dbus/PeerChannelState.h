@@ -12,8 +12,8 @@
 #include <mutex>
 #include <string>
 
-/// What a channel holds. The names of the bus objects are fixed once the constructor is done; the rest, which
-/// senders, callbacks and Connect share, is guarded by m_guard.
+/// The state of a channel. The names of the bus objects do not change after the constructor. The other
+/// members, which senders, callbacks and Connect share, are guarded by m_guard.
 struct CProxyDBusHelper::State
 {
     struct MessageHandler
@@ -32,7 +32,7 @@ struct CProxyDBusHelper::State
         void* userData = nullptr;
     };
 
-    /// What a send needs; holds its own references, so that losing the partner meanwhile does no harm.
+    /// The data of a send. It holds separate references, so that the partner may be lost during the send.
     struct Link
     {
         bool ready;
@@ -75,7 +75,7 @@ struct CProxyDBusHelper::State
     NotificationHandler m_notification_cb;
     DisconnectHandler m_disconnect_cb;
 
-    /// Held while the loss of the partner is handled. Shared, since the handler may end the channel.
+    /// Held while the loss of the partner is handled. Shared, because the handler may end the channel.
     std::shared_ptr<CMutexDBus> m_mutex = std::make_shared<CMutexDBus>();
 
     zviptv::CallbackGate::Pointer m_gate;
@@ -83,22 +83,22 @@ struct CProxyDBusHelper::State
 
 namespace zviptv {
 
-/// What the library's own endpoints need of a channel beside its public functions.
+/// The functions of a channel that the library uses in addition to the public ones.
 struct ChannelAccess
 {
     static CallbackGate::Pointer Gate(CProxyDBusHelper const& channel) { return channel.m_state->m_gate; }
 
-    /// Ends the channel but for its memory, which calls on other threads still use: the object and all
-    /// callbacks are withdrawn, sends are refused. Callbacks that run are not waited for.
+    /// Ends the channel, except for its memory, which calls on other threads still use: removes the object
+    /// and all callbacks, and refuses sends. Does not wait for running callbacks.
     static void Withdraw(CProxyDBusHelper& channel);
 
-    /// False once the bus of the channel has died. Opens no connection.
+    /// Returns false after the bus of the channel has died. Opens no connection.
     static bool IsOnLiveBus(CProxyDBusHelper const& channel)
     {
         return channel.m_state->m_connection == nullptr || IsAlive(channel.m_state->m_connection);
     }
 
-    /// Whether the channel is on the process's present connection; see IsPresent().
+    /// Whether the channel uses the process's present connection; see IsPresent().
     static bool IsOnPresentBus(CProxyDBusHelper const& channel)
     {
         return IsPresent(channel.m_state->m_connection);

@@ -29,11 +29,11 @@ Owned<GVariant> EmptyArray(char const* elementType)
     return Owned<GVariant>(g_variant_ref_sink(g_variant_new_array(G_VARIANT_TYPE(elementType), nullptr, 0)));
 }
 
-/// GLib works out the description of a container type anew whenever there is no value of it. A value of each
-/// type that the entries of a body and the fields of a header have, kept as long as the process lives, spares
-/// every message that. They are never released: a child that was forked while another thread held GLib's lock
-/// would wait for it in exit(). The pointer is kept although nothing reads it, so that leak checkers find
-/// them.
+/// GLib builds the description of a container type again whenever no value of that type exists. To avoid this
+/// for every message, this keeps one value of each type that occurs in the entries of a body and the fields
+/// of a header. The values are never released: a child that was forked while another thread held GLib's lock
+/// would wait for it in exit(). The pointer is kept, although nothing reads it, so that leak checkers find
+/// the values.
 void KeepTypeDescriptions()
 {
     [[gnu::used]] static auto const* const values =

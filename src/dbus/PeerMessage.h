@@ -7,12 +7,13 @@
 
 namespace zviptv {
 
-/// Body of a peer-channel message: the one argument "(a{sv})", each value an "ay" of exactly the entry's
-/// bytes. Null, with `error` set, when a key is not UTF-8 or the body is larger than the bus carries.
+/// Encodes the body of a peer-channel message: "(a{sv})", in which each value is an "ay" with exactly the
+/// entry's bytes. Returns null, with `error` set, if a key is not UTF-8 or the body is larger than the bus
+/// accepts.
 Owned<GVariant> EncodePeerMessage(CMessageBuffer const& message, Error& error);
 
-/// Appends the entries of `body` to `message`, but for those with no bytes and those that are no "ay". False,
-/// with `error` set, when the body is not of type "(a{sv})".
+/// Appends the entries of `body` to `message`, except those without bytes and those that are not an "ay".
+/// Returns false, with `error` set, if the body is not of type "(a{sv})".
 bool DecodePeerMessage(GVariant* body, CMessageBuffer& message, Error& error);
 
 } // namespace zviptv

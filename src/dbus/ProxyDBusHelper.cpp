@@ -23,7 +23,7 @@ char const* const CProxyDBusHelper::PROXY_DBUS_HELPER_SYN_SUFFIX = "_SYN";
 char const* const CProxyDBusHelper::PROXY_DBUS_HELPER_SYNACK_SUFFIX = "_SYN_ACK";
 char const* const CProxyDBusHelper::PROXY_DBUS_HELPER_ACK_SUFFIX = "_ACK";
 
-// SendSignal travels as a signal although it is declared as a method: services rely on this text.
+// SendSignal is sent as a signal, although it is declared as a method here: services rely on this text.
 char const* const CProxyDBusHelper::INTERFACE_XML =
     "<node>"
     "  <interface name='org.corvel.zviptvapi.DbusCommunication'>"
@@ -42,8 +42,8 @@ GDBusInterfaceVTable const CProxyDBusHelper::m_vtable = {
 
 namespace {
 
-// The channel has a watch and a subscription of its own: the proxy needs no properties, signals or match
-// rules. No partner is started by the bus, which would take up to 25 s.
+// The channel has a separate watch and subscription: the proxy needs no properties, signals or match rules.
+// The bus must not start a partner, which would take up to 25 s.
 constexpr auto PartnerProxyFlags = static_cast<GDBusProxyFlags>(
     G_DBUS_PROXY_FLAGS_DO_NOT_LOAD_PROPERTIES | G_DBUS_PROXY_FLAGS_DO_NOT_CONNECT_SIGNALS |
     G_DBUS_PROXY_FLAGS_DO_NOT_AUTO_START | G_DBUS_PROXY_FLAGS_NO_MATCH_RULE);
@@ -89,7 +89,7 @@ CProxyDBusHelper::~CProxyDBusHelper()
 {
     zviptv::ChannelAccess::Withdraw(*this);
     m_state->m_gate->WaitForOthers();
-    m_Disconnect(); // from what a Connect has done meanwhile
+    m_Disconnect(); // in case Connect has run meanwhile
 }
 
 void zviptv::ChannelAccess::Withdraw(CProxyDBusHelper& channel)
@@ -111,7 +111,7 @@ int CProxyDBusHelper::Connect(std::string partner)
 {
     zviptv::FailureScope const scope("Connect");
     ZV_LOG_ENTRY();
-    // The partner may be lost at once, and its handler, on another thread, may end the channel.
+    // The partner may be lost at once, and the handler, on another thread, may end the channel.
     CallbackGate::Visit<CProxyDBusHelper> const stay(m_state->m_gate);
     if (!stay) {
         zviptv::SetGone();
@@ -135,7 +135,7 @@ int CProxyDBusHelper::m_CreatePartnerProxy()
     ZV_LOG_INFO_LINE("Monitor partner [%s] connection ", partner.c_str());
     guint watch = 0;
     if (zviptv::IsOpen(state.m_connection) && zviptv::IsBusName(partner)) {
-        // Under the guard: a loss that another thread handles at once has to find the watch.
+        // With the guard held: a loss that another thread handles at once must find the watch.
         std::lock_guard<std::mutex> const lock(state.m_guard);
         state.m_watcher =
             zviptv::PartnerWatch(state.m_connection.get(), partner, m_PartnerNameVanishedCallback,
@@ -160,8 +160,8 @@ int CProxyDBusHelper::m_CreatePartnerProxy()
     } else if (!zviptv::IsOpen(state.m_connection)) {
         error.Set(G_IO_ERROR_CLOSED, "The connection is closed");
     } else if (zviptv::HaveFreeDescriptors(zviptv::DescriptorsOfAProxy, error)) {
-        // The subscription comes first: when a well-known name is asked for its owner, as the proxy does, no
-        // signal of that owner is missed.
+        // The subscription is made first, so that no signal is missed after the proxy has queried the owner
+        // of a well-known name.
         subscription = zviptv::SignalSubscription(
             state.m_connection.get(), {partner, PROXY_DBUS_HELPER_OBJ_IFACE, "", state.m_object_name, ""},
             m_SignalCallback, CallbackGate::NewToken(state.m_gate), CallbackGate::ReleaseToken);
@@ -190,7 +190,7 @@ int CProxyDBusHelper::m_CreatePartnerProxy()
     std::lock_guard<std::mutex> const lock(state.m_guard);
     if (state.m_partner_name != partner) {
         zviptv::SetFailure(ZV_FAILURE_NO_SERVICE, {"the partner has left the bus"});
-        return 0; // lost meanwhile, and handled so by the thread that iterates the context
+        return 0; // lost meanwhile; the thread that iterates the context has handled it
     }
     state.m_partner_proxy = std::move(proxy);
     state.m_subscription = std::move(subscription);
@@ -200,7 +200,7 @@ int CProxyDBusHelper::m_CreatePartnerProxy()
 
 void CProxyDBusHelper::m_Disconnect()
 {
-    // Released after the guard, the last one first.
+    // Released after the guard, in reverse order.
     zviptv::SignalSubscription subscription;
     Owned<GDBusProxy> proxy;
     zviptv::PartnerWatch watcher;
@@ -236,7 +236,7 @@ void CProxyDBusHelper::m_PartnerNameVanishedCallback(GDBusConnection* connection
     if (!channel || channel->m_state->CurrentLink().partner != name) {
         return;
     }
-    // Without a connection, the bus itself has died: the handler runs, and sends go on to say what has
+    // Without a connection, the bus itself has died: the handler runs, and sends still report what has
     // closed.
     if (connection != nullptr) {
         ZV_LOG_ERROR_LINE("Connection lost with partner id=%s", name);
@@ -249,7 +249,8 @@ void CProxyDBusHelper::m_PartnerNameVanishedCallback(GDBusConnection* connection
     State::DisconnectHandler const handler = channel->m_state->Get(&State::m_disconnect_cb);
     std::string const own = channel->m_state->m_name;
 
-    // Nobody who destroys the channel waits from here on: the handler may need a lock that he holds.
+    // From here on, a thread that destroys the channel does not wait: the handler may need a lock of that
+    // thread.
     channel.Leave();
     if (handler.call != nullptr) {
         handler.call(name, own, handler.userData);

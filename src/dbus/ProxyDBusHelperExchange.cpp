@@ -22,12 +22,12 @@ namespace {
 constexpr std::chrono::milliseconds SyncTimeout{2000};
 constexpr int DefaultTimeout = -1;
 
-/// For a signal to a name that a service could be started for.
+/// Flags of a signal for which the bus must not start a service.
 constexpr auto WithoutAutoStart = static_cast<GDBusMessageFlags>(G_DBUS_MESSAGE_FLAGS_NO_REPLY_EXPECTED |
                                                                  G_DBUS_MESSAGE_FLAGS_NO_AUTO_START);
 
-/// A signal to `partner` alone; never to everybody, which is what GIO makes of a null destination. Connection
-/// and path come from the partner proxy: the channel may be ended meanwhile.
+/// Sends a signal only to `partner`, and never with a null destination, with which GIO would broadcast it.
+/// Uses the connection and path of the partner proxy, because the channel may end meanwhile.
 bool EmitSignal(GDBusProxy* proxy, std::string const& partner, CMessageBuffer const& message, Error& error)
 {
     if (!zviptv::IsBusName(partner)) {
@@ -50,7 +50,7 @@ bool EmitSignal(GDBusProxy* proxy, std::string const& partner, CMessageBuffer co
                                           G_DBUS_SEND_MESSAGE_FLAGS_NONE, nullptr, error.Out()) != FALSE;
 }
 
-/// Calls the partner that the proxy stands for, and waits for the answer.
+/// Calls the partner of the proxy, and waits for the answer.
 Owned<GVariant> CallPartner(GDBusProxy* proxy, GVariant* body, Error& error)
 {
     Owned<char> const owner(g_dbus_proxy_get_name_owner(proxy));
@@ -66,7 +66,7 @@ Owned<GVariant> CallPartner(GDBusProxy* proxy, GVariant* body, Error& error)
                                body, SyncTimeout, error);
 }
 
-/// What a send finds that has no partner.
+/// Refuses a send without a partner: sets the failure and returns the result of the send.
 int RefuseUnconnected(Owned<GDBusConnection> const& connection)
 {
     if (!zviptv::IsOpen(connection)) {
@@ -105,7 +105,8 @@ int CProxyDBusHelper::m_SendSyncMessage(CMessageBuffer& request, CMessageBuffer&
     Owned<GVariant> result;
     CMessageBuffer decoded;
     if (body != nullptr) {
-        // The channel may be gone when this returns: only what this function holds is touched from here on.
+        // The channel may no longer exist when this returns: from here on, use only references of this
+        // function.
         result = CallPartner(link.proxy.get(), body.get(), error);
     }
     bool const isAnswered = result != nullptr;
@@ -150,8 +151,7 @@ int CProxyDBusHelper::m_SendAsyncMessage(CMessageBuffer& request,
     return 1;
 }
 
-// Needs no channel: the call is finished on the partner proxy it was made on, which the completion keeps
-// alive.
+// Needs no channel: the call is finished on its partner proxy, which the completion keeps alive.
 void CProxyDBusHelper::m_GAsyncMessageCallback(GObject* source, GAsyncResult* result, void* /*userData*/)
 {
     ZV_LOG_DEBUG_LINE("Enter");

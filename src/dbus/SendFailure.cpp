@@ -12,7 +12,7 @@ namespace {
 constexpr char NotOnTheBus[] =
     "the service is not on the bus; start it, then destroy the object and create it again";
 
-/// An error that was answered, by the bus or by whom the message was for.
+/// Sets the failure from an error with which the bus or the destination has answered.
 void SetAnswered(GError const* answered)
 {
     Owned<char> const name(g_dbus_error_get_remote_error(answered));
@@ -41,7 +41,7 @@ void SetSendFailure(Error const& error, char const* what)
         SetFailure(ZV_FAILURE_INVALID_ARGUMENT, {what, " cannot be sent: ", error.Message()});
     } else if (error.Is(G_IO_ERROR_TOO_MANY_OPEN_FILES)) {
         SetShortage();
-    } else if (error.Is(G_IO_ERROR_FAILED)) { // GIO's proxy of a well-known name that nobody owns
+    } else if (error.Is(G_IO_ERROR_FAILED)) { // a GIO proxy of a well-known name without an owner
         SetFailure(ZV_FAILURE_NO_SERVICE, {NotOnTheBus});
     } else {
         SetFailure(ZV_FAILURE_NO_BUS, {"no connection to the bus: ", error.Message(),

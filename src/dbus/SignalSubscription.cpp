@@ -9,7 +9,7 @@ namespace zviptv {
 
 namespace {
 
-/// Empty if the bus needs none.
+/// The match rule; empty if the bus needs none.
 std::string Rule(SignalSubscription::Match const& match)
 {
     if (match.isUnicast) {

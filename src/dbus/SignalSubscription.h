@@ -7,14 +7,13 @@
 
 namespace zviptv {
 
-/// A subscription to signals of the bus; ends with its owner.
-///
-/// It sends its match rule itself. GIO writes a critical, which ends a process that has made these fatal,
-/// when the connection closes at the moment in which GIO sends one.
+/// A subscription to signals of the bus. Ends with its destructor.
+/// It sends its match rule itself. If GIO sends one at the moment when the connection closes, it logs a
+/// critical, which ends a process that has made criticals fatal.
 class SignalSubscription
 {
 public:
-    /// What the signals have. Empty texts stand for anything; the others are valid names and paths.
+    /// The signals to subscribe to. An empty text matches anything; the others are valid names and paths.
     struct Match
     {
         std::string sender;
@@ -22,12 +21,12 @@ public:
         std::string member;
         std::string path;
         std::string firstArgument;
-        bool isUnicast = false; ///< sent to this connection alone: the bus needs no match rule
+        bool isUnicast = false; ///< sent only to this connection: the bus needs no match rule
     };
 
     SignalSubscription() = default;
-    /// Signals come through the main context that is the calling thread's default. `userData` is released
-    /// with `release`, also on failure.
+    /// Signals are delivered through the main context that is the calling thread's default. `userData` is
+    /// released with `release`, even on failure.
     SignalSubscription(GDBusConnection* connection, Match const& match, GDBusSignalCallback callback,
                        void* userData, GDestroyNotify release);
     SignalSubscription(SignalSubscription&& other) noexcept;

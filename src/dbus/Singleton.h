@@ -10,26 +10,25 @@
 
 namespace zviptv {
 
-/// The one instance of its kind in a process: none, being made, present, or being ended.
-///
-/// An instance is made and ended by the first thread that asks for it, with no lock held. A thread that asks
-/// for the same meanwhile waits for that attempt and shares its outcome. A thread that asks for the opposite
-/// waits for the next attempt, which is also shared. So no thread waits for more than two attempts, however
-/// many threads there are, and the next instance is made only after the former one has ended.
+/// The only instance of its kind in a process: absent, being made, present, or being ended.
+/// The first thread that asks makes or ends the instance, with no lock held. Threads that ask for the same
+/// meanwhile wait for that attempt and share its outcome. Threads that ask for the opposite wait for the next
+/// attempt, which is also shared. Therefore no thread waits for more than two attempts, whatever the number
+/// of threads, and the next instance is made only after the former one has ended.
 template <typename Instance>
 class Singleton
 {
 public:
     using Pointer = std::shared_ptr<Instance>;
 
-    /// The instance; null if there is none, and as soon as its end has begun.
+    /// The instance; null if there is none, or if its end has begun.
     Pointer Current() const
     {
         std::lock_guard<std::mutex> const lock(m_mutex);
         return m_instance;
     }
 
-    /// The instance. If there is none, it becomes what `make` returns, which may be null.
+    /// Returns the instance. If there is none, it becomes the result of `make`, which may be null.
     template <typename Make>
     Pointer GetOrMake(Make make)
     {
@@ -37,8 +36,8 @@ public:
             make, [](Instance const&) { return false; }, [](Instance&) {});
     }
 
-    /// As above, but an instance for which `isOutdated` returns true is first ended with `end` and then
-    /// replaced.
+    /// Like the function above, but an instance for which `isOutdated` returns true is first ended with `end`
+    /// and then replaced.
     template <typename Make, typename IsOutdated, typename EndInstance>
     Pointer GetOrMake(Make make, IsOutdated isOutdated, EndInstance end)
     {
@@ -58,9 +57,10 @@ public:
             outdated);
     }
 
-    /// Runs `end` on the instance, if there is one, and gives it up. Returns it and all that ended earlier,
-    /// or were replaced, as long as anybody holds them: callbacks of theirs may still run on other threads.
-    /// `last` becomes the instance that this call ended, or whose end it shared; null if there was none.
+    /// Runs `end` on the instance, if there is one, and releases it. Returns it and all instances that were
+    /// ended or replaced earlier and that are still referenced: their callbacks may still run on other
+    /// threads. `last` becomes the instance that this call ended, or whose end it shared; null if there was
+    /// none.
     template <typename EndInstance>
     std::vector<Pointer> End(EndInstance end, Pointer& last)
     {
@@ -85,8 +85,8 @@ public:
         return End(end, last);
     }
 
-    /// As End(), but only if `isMeant` accepts the instance, which it returns. Waits for one that is being
-    /// made.
+    /// Like End(), but only if `isMeant` accepts the instance, which it returns. Waits for an instance that
+    /// is being made.
     template <typename EndInstance, typename IsMeant>
     Pointer EndIf(EndInstance end, IsMeant isMeant)
     {
@@ -145,7 +145,7 @@ private:
         m_instance = nullptr;
         NoteEnd(present);
         lock.unlock();
-        Finish const finish{*this, *own}; // also when `work` throws
+        Finish const finish{*this, *own}; // even if `work` throws
         own->outcome = work(present);
         return own->outcome;
     }
@@ -160,7 +160,7 @@ private:
         }
     }
 
-    /// Publishes what an attempt came to, and lets the next one run.
+    /// Publishes the outcome of an attempt, and lets the next one run.
     struct Finish
     {
         ~Finish()

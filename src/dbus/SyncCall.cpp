@@ -16,10 +16,11 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// How late the end of a connection is noticed, of which nobody tells a waiting thread.
+/// The interval in which a waiting thread checks whether its connection has closed, because nothing reports
+/// it.
 constexpr std::chrono::milliseconds LookInterval{25};
 
-/// GIO numbers its messages from 1: this half is left for ours.
+/// GIO counts its serials from 1: the upper half is free for this file's calls.
 constexpr guint32 FirstSerial = 0x80000000;
 
 constexpr char BusName[] = "org.freedesktop.DBus";
@@ -34,12 +35,12 @@ struct Waiter
     Owned<GDBusMessage> answer{};
 };
 
-/// The calls of the whole process that wait. Never destroyed: GIO's thread may ask for it at exit.
+/// All waiting calls of the process. Never destroyed: GIO's thread may use it at exit.
 struct Waiters
 {
     std::mutex mutex;
     std::vector<Waiter*> all;
-    guint32 lastSerial = FirstSerial | std::random_device()(); // strangers are not to guess it
+    guint32 lastSerial = FirstSerial | std::random_device()(); // so that strangers cannot guess it
 
     static Waiters& Get()
     {
@@ -55,8 +56,8 @@ struct Waiters
     }
 };
 
-/// An answer of the one that was called, or of the bus in its place. Whose well-known name was called answers
-/// under a unique one.
+/// Whether it is an answer of the callee, or of the bus in its place. The owner of a well-known name answers
+/// from its unique name.
 bool IsAnswer(GDBusMessage* message, Waiter const& waiter)
 {
     GDBusMessageType const type = g_dbus_message_get_message_type(message);
@@ -67,7 +68,7 @@ bool IsAnswer(GDBusMessage* message, Waiter const& waiter)
             g_dbus_is_unique_name(waiter.callee) == FALSE);
 }
 
-/// Takes what somebody waits for; GIO gets the rest. On GIO's thread.
+/// Takes the answers that a call waits for; GIO gets all other messages. Runs on GIO's thread.
 GDBusMessage* TakeAnswer(GDBusConnection* connection, GDBusMessage* message, gboolean isIncoming,
                          gpointer /*userData*/)
 {
@@ -86,7 +87,8 @@ GDBusMessage* TakeAnswer(GDBusConnection* connection, GDBusMessage* message, gbo
     return nullptr;
 }
 
-/// Marks the connections that TakeAnswer sees: of this copy of the library, of which a process may have more.
+/// Marks the connections whose messages this copy of TakeAnswer filters; a process may have several copies of
+/// the library.
 GQuark IsListening()
 {
     static int copy = 0;
@@ -95,7 +97,7 @@ GQuark IsListening()
     return quark;
 }
 
-/// Has TakeAnswer see what comes. With the lock held.
+/// Makes TakeAnswer filter the messages of the connection. Call it with the lock held.
 void ListenTo(GDBusConnection* connection)
 {
     if (g_object_get_qdata(G_OBJECT(connection), IsListening()) == nullptr) {

@@ -7,7 +7,7 @@
 
 namespace zviptv {
 
-/// What is called, and how.
+/// The method to call, and its parameters.
 struct MethodTarget
 {
     char const* destination;
@@ -17,15 +17,13 @@ struct MethodTarget
     GDBusMessageFlags flags = G_DBUS_MESSAGE_FLAGS_NONE;
 };
 
-/// Calls a method and waits for its answer, from any thread. Null, with GIO's errors, when there is none:
-/// G_IO_ERROR_TIMED_OUT after `timeout`, G_IO_ERROR_CLOSED within 25 ms of the end of the connection, or the
-/// error that was answered.
-///
-/// Only messages of the callee or of the bus count as answers. Whose well-known name is called may answer
-/// under any unique one; serials that strangers cannot guess stand in for the check.
-///
-/// The answer is taken on GIO's worker thread, which saves the calling thread the main context that GIO's own
-/// synchronous calls make for each call, and the descriptors that one needs.
+/// Calls a method and waits for its answer, on any thread. Without an answer, it returns null with an error
+/// of GIO: G_IO_ERROR_TIMED_OUT after `timeout`, G_IO_ERROR_CLOSED within 25 ms after the end of the
+/// connection, or the error in the answer.
+/// Only messages of the callee or of the bus count as answers. If a well-known name is called, the answer may
+/// come from any unique name; serials that strangers cannot guess replace the check.
+/// The answer is received on GIO's worker thread. Therefore the calling thread does not need a main context
+/// and its descriptors, which GIO's synchronous calls make for each call.
 Owned<GVariant> CallAndWait(GDBusConnection* connection, MethodTarget const& target, GVariant* body,
                             std::chrono::milliseconds timeout, Error& error);
 

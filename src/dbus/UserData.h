@@ -6,7 +6,7 @@
 
 namespace zviptv {
 
-/// A value as the user data of a GLib registration, which owns it.
+/// A value that a GLib registration owns as its user data.
 ///
 /// GLib's locks order all uses of the value. Tools that check for data races do not see these locks: an
 /// atomic counter, which every use changes, orders the uses for them.

@@ -7,17 +7,17 @@
 
 namespace zviptv {
 
-/// Adds up what a message body takes on the wire.
+/// Calculates the size of a message body on the wire.
 class WireSize
 {
 public:
-    /// Up to a multiple of `alignment`, then `size` bytes.
+    /// Adds padding up to a multiple of `alignment`, then `size` bytes.
     void Add(std::uint64_t alignment, std::uint64_t size)
     {
         m_bytes = (m_bytes + alignment - 1) / alignment * alignment + size;
     }
 
-    /// A string: its length, its bytes and a zero.
+    /// Adds a string: its length, its bytes and a zero.
     void AddString(std::uint64_t length) { Add(4, 4 + length + 1); }
 
     bool IsTooLarge() const { return m_bytes > static_cast<std::uint64_t>(CProxyDBusHelper::MAX_BODY_SIZE); }

@@ -9,8 +9,8 @@
 
 namespace zviptv {
 
-/// One line of printable UTF-8 text in a fixed place: what does not fit is cut and ends in "...", what is not
-/// printable is written as \x and two hexadecimal digits a byte.
+/// One line of printable UTF-8 text in an array of fixed size. A text that does not fit is cut and ends in
+/// "...". Bytes that are not printable are written as \x and two hexadecimal digits.
 template <std::size_t Size>
 class BoundedText
 {
@@ -40,7 +40,7 @@ public:
 private:
     static constexpr std::string_view Ellipsis = "...";
 
-    /// The size of the first character, 0 if it is not one that can be printed.
+    /// The size of the first character, 0 if it is not printable.
     static std::size_t PrintableBytes(std::string_view text)
     {
         gunichar const character = g_utf8_get_char_validated(text.data(), static_cast<gssize>(text.size()));

@@ -7,11 +7,11 @@ namespace zviptv {
 
 namespace {
 
-// Needs no destructor: it can be read as long as its thread runs, and costs no memory of the heap.
+// Has no destructor: it can be read as long as its thread runs, and uses no heap memory.
 static_assert(std::is_trivially_destructible_v<FailureRecord>);
 thread_local FailureRecord record;
 
-/// The beginning of a text, whole characters of it.
+/// The beginning of a text, cut between characters.
 std::string_view Beginning(std::string_view text, std::size_t most)
 {
     while (most < text.size() && most > 0 && (static_cast<unsigned char>(text[most]) & 0xC0U) == 0x80U) {
@@ -42,7 +42,7 @@ FailureUntouched::FailureUntouched() noexcept : m_former(record)
 
 FailureUntouched::~FailureUntouched()
 {
-    record = m_former; // the texts are back in their places, which the failure points to
+    record = m_former; // restores the texts in the places to which the failure points
 }
 
 void SetFailure(EZVFailureKind kind, TextParts message, char const* key, std::string_view errorName) noexcept

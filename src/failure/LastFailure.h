@@ -15,29 +15,29 @@ namespace zviptv {
 /// Parts of a text, in order.
 using TextParts = std::initializer_list<std::string_view>;
 
-/// What a thread has failed with.
+/// The last failure of a thread.
 struct FailureRecord
 {
     ZVFailure failure{ZV_FAILURE_NONE, "", "", "", ""};
-    int depth = 0; ///< functions of the library that the thread is in
+    int depth = 0; ///< nested functions of the library that the thread is running
     BoundedText<256> errorName;
     BoundedText<1024> message;
 };
 
-/// A function of the library, while it runs. The outermost one on a thread begins without a failure and gives
-/// its name to those that are set until it ends.
+/// The scope of a running function of the library. The outermost scope on a thread starts without a failure,
+/// and its function's name is that of all failures until it ends.
 class FailureScope
 {
 public:
-    /// `function` must live as long as the process.
+    /// `function` must be valid for the life of the process.
     explicit FailureScope(char const* function) noexcept;
     ~FailureScope();
     FailureScope(FailureScope const&) = delete;
     FailureScope& operator=(FailureScope const&) = delete;
 };
 
-/// Gives the calling thread back, when it ends, the failure that it has now: for what the library does in
-/// callbacks of the main loop, which begins without a failure.
+/// Restores the calling thread's present failure at the end of the scope: for callbacks of the main loop, in
+/// which the library starts without a failure.
 class FailureUntouched
 {
 public:
@@ -50,31 +50,31 @@ private:
     FailureRecord const m_former;
 };
 
-/// Sets the calling thread's failure; the last one counts. Allocates nothing. `key` must live as long as the
-/// process.
+/// Sets the calling thread's failure; the last one counts. Allocates no memory. `key` must be valid for the
+/// life of the process.
 void SetFailure(EZVFailureKind kind, TextParts message, char const* key = "",
                 std::string_view errorName = {}) noexcept;
 
-/// Sets it unless one is set: for what fails because of something that failed before.
+/// Sets the failure unless one is set: for a failure that follows from an earlier one.
 void SetFailureUnlessSet(EZVFailureKind kind, TextParts message, char const* key = "") noexcept;
 
-/// The value `got` of `key` is not what was `expected`.
+/// Sets the failure that the value `got` of `key` is not the one `expected`.
 void SetMalformed(char const* key, std::string_view expected, std::string_view got) noexcept;
 
-/// The call is one on an object that has been destroyed.
+/// Sets the failure that the called object has been destroyed.
 void SetGone() noexcept;
 
-/// The failure that is set is that of `function`.
+/// Changes the function of the failure that is set to `function`.
 void NameFailedFunction(char const* function) noexcept;
 
-/// Keeps a failure for later calls that fail for the same reason, also on other threads. Any thread may call
+/// Stores a failure for later calls that fail for the same reason, also on other threads. Any thread may call
 /// its functions.
 class KeptFailure
 {
 public:
-    /// Keeps the calling thread's failure, or that there is none.
+    /// Stores the calling thread's failure, or that there is none.
     void Keep();
-    /// Sets the calling thread's failure, if one was kept.
+    /// Sets the calling thread's failure, if one was stored.
     void Recall() const;
 
 private:

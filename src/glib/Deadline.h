@@ -10,7 +10,7 @@
 
 namespace zviptv {
 
-/// Cancels operations that use Get() after a time. Its thread ends with it.
+/// Cancels operations that use Get() after a given time. Its thread ends with the object.
 class Deadline
 {
 public:
@@ -48,7 +48,7 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_changed;
     bool m_isOver = false;
-    std::thread m_thread; ///< last: it uses all of these
+    std::thread m_thread; ///< declared last: it uses all other members
 };
 
 } // namespace zviptv

@@ -6,7 +6,8 @@
 #include <memory>
 #include <utility>
 
-// Owners of GLib's handles, for the library, the tools and the tests. They need nothing else of the library.
+// Owners of GLib's handles, for the library, the tools and the tests. They use no other header of the
+// library.
 
 namespace zviptv {
 
@@ -29,11 +30,11 @@ struct GLibRelease
     }
 };
 
-/// Owns one reference of an object or another handle of GLib, or a text that it has allocated.
+/// Owns a reference to an object or another handle of GLib, or a text that GLib has allocated.
 template <typename T>
 using Owned = std::unique_ptr<T, GLibRelease>;
 
-/// Another reference to `object`, which may be null.
+/// Adds a reference to `object`, which may be null.
 template <typename T>
 Owned<T> Share(T* object)
 {
@@ -49,7 +50,7 @@ public:
     Error(Error const&) = delete;
     Error& operator=(Error const&) = delete;
 
-    /// For the error parameter of a GLib call.
+    /// The argument for the error parameter of a GLib call.
     GError** Out()
     {
         g_clear_error(&m_error);
@@ -61,7 +62,7 @@ public:
         *Out() = g_error_new_literal(G_IO_ERROR, code, message);
     }
 
-    /// Takes the D-Bus name of a remote error off the message.
+    /// Removes the D-Bus name of a remote error from the message.
     void StripName() { g_dbus_error_strip_remote_error(m_error); }
 
     explicit operator bool() const { return m_error != nullptr; }

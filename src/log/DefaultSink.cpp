@@ -19,7 +19,7 @@ namespace {
 struct PriorityNames
 {
     int syslog;
-    char const* number; // the journal's PRIORITY field
+    char const* number; // for the journal's PRIORITY field
     char const* word;
 };
 
@@ -63,10 +63,10 @@ void ReportDropped(JournalSocket& journal)
     }
 }
 
-/// False where no journal runs. A line that the journal has no room for is dropped and counted.
+/// Returns false if no journal runs. A line for which the journal has no room is dropped and counted.
 bool WriteToJournal(EZVLogPriority priority, SourceLocation const& where, char const* line)
 {
-    static JournalSocket* const journal = new JournalSocket; // objects that outlive main still log
+    static JournalSocket* const journal = new JournalSocket; // objects that outlive main() still log
     std::string const lineNumber = std::to_string(where.line);
     switch (journal->Send(Entry({{"MESSAGE", line},
                                  {"PRIORITY", NamesOf(priority).number},

@@ -7,10 +7,10 @@ namespace zviptv {
 
 constexpr char LogTag[] = "ZV_IPTV_API";
 
-/// The file's name without its directories.
+/// The file name without its directories.
 char const* BaseName(char const* path);
 
-/// The system's own log: the journal where one runs, else syslog(3).
+/// The system's log: the journal if one runs, otherwise syslog(3).
 void WriteToSystemLog(EZVLogPriority priority, SourceLocation const& where, char const* line);
 
 void WriteToStandardError(EZVLogPriority priority, char const* line);

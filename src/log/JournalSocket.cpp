@@ -16,11 +16,11 @@
 
 namespace zviptv {
 
-/// A connected descriptor, closed at the end.
+/// A connected descriptor, closed by the destructor.
 class JournalSocket::Connection
 {
 public:
-    /// Null where no journal runs.
+    /// Null if no journal runs.
     static Handle Open();
 
     Connection(int descriptor, struct stat const& identity) : m_descriptor(descriptor), m_identity(identity)
@@ -35,8 +35,8 @@ public:
     Connection(Connection const&) = delete;
     Connection& operator=(Connection const&) = delete;
 
-    /// Whether the descriptor is still this socket: an application that becomes a daemon closes all that it
-    /// knows nothing of, and then opens others of the same number.
+    /// Whether the descriptor is still this socket: an application that becomes a daemon closes all
+    /// descriptors that it does not know, and then opens others with the same numbers.
     bool IsOurs() const
     {
         struct stat status = {};
@@ -53,7 +53,7 @@ public:
     }
 
 private:
-    /// How the journal takes what is too long for a datagram: as a sealed file in memory.
+    /// Sends an entry that is too long for a datagram, as a sealed file in memory.
     Outcome SendAsFile(std::string const& entry) const;
 
     static Outcome OutcomeOfFailure()
@@ -118,7 +118,7 @@ JournalSocket::Outcome JournalSocket::Send(std::string const& entry)
     if (outcome != Outcome::Absent) {
         return outcome;
     }
-    // The journal may have come, or have another socket, since the last line.
+    // Since the last line, the journal may have started, or have a new socket.
     Handle const renewed = Renewed(kept);
     return renewed == nullptr ? Outcome::Absent : renewed->Send(entry);
 }
@@ -129,7 +129,7 @@ JournalSocket::Handle JournalSocket::Current()
     return m_connection != nullptr && m_connection->IsOurs() ? m_connection : nullptr;
 }
 
-/// Another connection than the one that failed: a new one, unless another thread has made it already.
+/// Returns a connection to replace the one that failed: a new one, unless another thread has already made it.
 JournalSocket::Handle JournalSocket::Renewed(Handle const& failed)
 {
     std::lock_guard<std::mutex> const lock(m_mutex);

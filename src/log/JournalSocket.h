@@ -7,19 +7,19 @@
 
 namespace zviptv {
 
-/// The journal's socket, connected once: to look its path up for each line would cost as much as the rest.
-/// May be used from any thread.
+/// The journal's socket, connected once: looking up its path for each line would cost as much as sending the
+/// line. May be used from any thread.
 class JournalSocket
 {
 public:
     enum class Outcome
     {
         Sent,
-        Full,  ///< the journal does not read
+        Full,  ///< the journal does not read its socket
         Absent ///< no journal runs
     };
 
-    /// Sends one entry in the journal's own form. Never waits.
+    /// Sends one entry in the journal's native format. Never waits.
     Outcome Send(std::string const& entry);
 
 private:
@@ -33,7 +33,7 @@ private:
     Handle m_connection;
 };
 
-/// Appends a field to an entry; a value with line breaks takes the form that gives its length.
+/// Appends a field to an entry; a value with line breaks is written with its length.
 void AppendJournalField(std::string& entry, char const* name, char const* value);
 
 } // namespace zviptv

@@ -41,7 +41,7 @@ std::string Prefix(SourceLocation const& where)
 class Logger
 {
 public:
-    /// Never destroyed: objects that outlive main still log.
+    /// Never destroyed: objects that outlive main() still log.
     static Logger& Instance()
     {
         static Logger* const logger = new Logger;
@@ -92,7 +92,7 @@ private:
         }
     }
 
-    /// The value that an environment variable's word stands for; an unknown word adds to the complaints.
+    /// The value of an environment variable's word; an unknown word is added to the complaints.
     template <typename T>
     static T FromEnvironment(char const* variable, T fallback,
                              std::array<std::pair<char const*, T>, 3> const& words,
@@ -112,7 +112,7 @@ private:
         return fallback;
     }
 
-    /// What IsLogWanted() goes by.
+    /// Sets the threshold of IsLogWanted().
     void Publish() const
     {
         bool const isRead = m_destination != Destination::None || m_sink.call != nullptr;

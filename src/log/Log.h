@@ -7,14 +7,14 @@
 
 namespace zviptv {
 
-/// Where a log line is written: what its prefix names.
+/// The place of a log line, which its prefix shows.
 struct SourceLocation
 {
     char const* file;
     char const* function;
     int line;
 
-    /// As a default argument: the place of the call.
+    /// As a default argument, this is the place of the call.
     static constexpr SourceLocation Here(char const* file = __builtin_FILE(),
                                          char const* function = __builtin_FUNCTION(),
                                          int line = __builtin_LINE())
@@ -23,10 +23,11 @@ struct SourceLocation
     }
 };
 
-/// The least priority that anybody wants to see; below all of them until it is known.
+/// The lowest priority that is logged; below all priorities until it is known.
 extern std::atomic<int> leastLogPriority;
 
-/// The whole cost of a line that is filtered out. The lines below ask before their arguments are evaluated.
+/// The only cost of a line that is filtered out. The macros below call it before they evaluate their
+/// arguments.
 inline bool IsLogWanted(EZVLogPriority priority)
 {
     return priority >= leastLogPriority.load(std::memory_order_relaxed);
@@ -36,7 +37,7 @@ inline bool IsLogWanted(EZVLogPriority priority)
 void WriteLog(EZVLogPriority priority, SourceLocation const& where, char const* format, ...)
     __attribute__((format(printf, 3, 4)));
 
-/// Writes a line that is the prefix alone: a function was entered.
+/// Writes a line that contains only the prefix: a function was entered.
 void WriteLogEntry(SourceLocation const& where, EZVLogPriority priority = ZV_LOG_INFO);
 
 } // namespace zviptv

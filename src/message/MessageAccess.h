@@ -7,7 +7,7 @@
 
 namespace zviptv {
 
-/// Lets the library read entries in place and take their values; applications get copies only.
+/// Lets the library read entries in place and move their values out; applications get only copies.
 struct MessageAccess
 {
     static std::vector<MessageEntry> const& Entries(CMessageBuffer const& message)
@@ -15,10 +15,11 @@ struct MessageAccess
         return message.m_entries;
     }
 
-    /// Room for so many entries in all.
+    /// Reserves memory for the given total number of entries.
     static void Reserve(CMessageBuffer& message, std::size_t count) { message.m_entries.reserve(count); }
 
-    /// What GetValue() would copy. It is taken out of the message: the next to ask for it gets nothing.
+    /// Moves the value out of the message that GetValue() would copy. A second call for it returns an empty
+    /// text.
     static std::string TakeValue(CMessageBuffer& message, char const* key)
     {
         for (MessageEntry& entry : message.m_entries) {

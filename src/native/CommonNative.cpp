@@ -18,7 +18,7 @@ CCommonNative::CCommonNative(std::string name)
 CCommonNative::~CCommonNative()
 {
     ZV_LOG_ENTRY();
-    t_StopCallbacks(); // a hook that runs on another thread still finds the channel
+    t_StopCallbacks(); // so that a hook on another thread can still use the channel
     m_pDBusHelper.reset();
 }
 

@@ -13,13 +13,13 @@
 
 namespace zviptv {
 
-/// How much more than has arrived may be announced, in bytes. It bounds what a message costs that announces
-/// much and carries nothing: the rest is filled with zeros.
+/// The largest difference between the announced size and the data, in bytes. It limits the memory for a
+/// message that announces much and contains little: the rest is filled with zeros.
 constexpr std::size_t MostMissing = std::size_t{1024} * 1024;
 
-/// Empties `target` and returns how many elements a value of `carried` bytes was announced to have. A
-/// negative number, and MostMissing more than was carried, is a std::length_error and the calling thread's
-/// failure, for which `key` is to blame.
+/// Empties `target` and returns the announced number of elements of a value of `carried` bytes. If the number
+/// is negative, or over MostMissing bytes more than the value has, it throws std::length_error, and sets the
+/// calling thread's failure with `key`.
 template <typename Element>
 std::size_t ClearForAnnounced(std::vector<Element>& target, int announced, std::size_t carried,
                               char const* key)
@@ -33,8 +33,8 @@ std::size_t ClearForAnnounced(std::vector<Element>& target, int announced, std::
     return static_cast<std::size_t>(announced);
 }
 
-/// Makes `target` hold the first `announced` elements of `bytes`; what the value is too short for is zero.
-/// Throws as ClearForAnnounced() does.
+/// Stores the first `announced` elements of `bytes` in `target`; missing elements are zero. Throws like
+/// ClearForAnnounced().
 template <typename Element>
 void TakeAnnounced(std::vector<Element>& target, int announced, std::string const& bytes, char const* key)
 {
@@ -45,7 +45,7 @@ void TakeAnnounced(std::vector<Element>& target, int announced, std::string cons
     }
 }
 
-/// The same of bytes, of which there may be many: none is written twice.
+/// The same for bytes: as there may be many, no byte is written twice.
 inline void TakeAnnounced(std::vector<std::uint8_t>& target, int announced, std::string const& bytes,
                           char const* key)
 {

@@ -19,7 +19,7 @@ CBroadcastDataProxy& CBroadcastDataProxy::m_Only()
     return only;
 }
 
-// The disconnect callback is set first, so that no loss is missed while another thread iterates the context.
+// The disconnect callback is set first, so that no loss is missed if another thread iterates the context.
 CBroadcastDataProxy* CBroadcastDataProxy::Instance(IPTVHandle handle)
 {
     ZV_LOG_ENTRY();

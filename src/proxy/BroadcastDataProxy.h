@@ -18,7 +18,7 @@ public:
 private:
     CBroadcastDataProxy() = default;
 
-    /// The one object, which is never deleted.
+    /// The only object, which is never deleted.
     static CBroadcastDataProxy& m_Only();
     static void m_DisconnectedCB(std::string partner, std::string own, void* user);
 

@@ -14,7 +14,7 @@ namespace {
 
 constexpr char const* TypeWord = zviptv::protocol::type::ProgramGuide;
 
-/// The service id is a text, since it may not fit a JSON number; the rest are numbers.
+/// The service id is a text, because it may not fit into a JSON number; the other members are numbers.
 std::string ToJson(IPGProgramId const& id)
 {
     Json::Value json;
@@ -33,7 +33,7 @@ CIPGUtilProxy& CIPGUtilProxy::m_Only()
     return only;
 }
 
-// Made also when the service does not run; its calls then fail.
+// The object is also made if the service does not run; its calls then fail.
 CIPGUtilProxy* CIPGUtilProxy::Instance()
 {
     ZV_LOG_ENTRY();

@@ -18,15 +18,15 @@ public:
 private:
     CIPGUtilProxy() = default;
 
-    /// The one object, which is never deleted.
+    /// The only object, which is never deleted.
     static CIPGUtilProxy& m_Only();
 
-    /// An entry line and one query.
+    /// Logs the entry line and makes one query.
     template <typename Output>
     bool m_Query(char const* functionName, zviptv::RequestFields fields, Output& output,
                  zviptv::SourceLocation const& where = zviptv::SourceLocation::Here());
 
-    /// One query: its answer's "data" goes into `output`, whatever result the service sends with it.
+    /// Makes one query and stores "data" of the answer in `output`, whatever the service's result.
     template <typename Output>
     static bool m_Ask(std::shared_ptr<zviptv::Session> const& session, char const* functionName,
                       zviptv::RequestFields fields, Output& output, zviptv::SourceLocation const& where);

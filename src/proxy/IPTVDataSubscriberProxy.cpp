@@ -26,8 +26,8 @@ namespace {
 constexpr char const* TypeWord = zviptv::protocol::type::DataSubscriber;
 constexpr int KeyTries = 100;
 
-/// A key that no subscriber has. The draw is seeded with the clock's second: within one second every try
-/// draws the same number.
+/// Returns a key that no subscriber has. The random number is seeded with the clock's second: within one
+/// second, every attempt gets the same number.
 template <typename Record>
 std::optional<int> MakeKey(Subscribers<Record> const& subscribers)
 {
@@ -51,7 +51,7 @@ ZVCaption CaptionOf(CMessageBuffer& notification)
     return caption;
 }
 
-/// The bytes go into `memory`.
+/// Stores the bytes in `memory`.
 ZVPESData PESOf(CMessageBuffer& notification, std::vector<std::uint8_t> memory)
 {
     ZVPESData pes{};
@@ -65,7 +65,8 @@ ZVPESData PESOf(CMessageBuffer& notification, std::vector<std::uint8_t> memory)
     return pes;
 }
 
-/// What `read` makes of a notification. Where it throws, the failure is that of the notification.
+/// Returns the result of `read` for a notification. If `read` throws, the failure is that of the
+/// notification.
 template <typename Read>
 auto ReadAs(char const* name, Read read)
 {
@@ -235,7 +236,7 @@ CMessageBuffer CIPTVDataSubscriberProxy::m_MessageCb(CMessageBuffer& message, vo
     return t_HandleMessage(message);
 }
 
-// The session lives as long as the dispatch: a callback may destroy the object, another thread replace it.
+// Keeps the session during the dispatch: a callback may destroy the object, or another thread may replace it.
 void CIPTVDataSubscriberProxy::m_NotificationCb(CMessageBuffer& notification, void* session)
 {
     if (SessionPointer const held = static_cast<SubscriberSession*>(session)->weak_from_this().lock()) {

@@ -21,19 +21,20 @@ public:
     bool UnSubscribeForPES(int key) override;
 
 private:
-    /// A session with its subscriptions. Callbacks of the channel get it as their user data.
+    /// A session with its subscriptions. It is the user data of the channel's callbacks.
     struct SubscriberSession : zviptv::Session, std::enable_shared_from_this<SubscriberSession>
     {
         using Session::Session;
-        /// A callback that has begun but does not hold the session yet finds that it ends.
+        /// Lets a callback that has begun but does not hold the session yet see that the session ends.
         ~SubscriberSession();
 
-        /// Ends all subscriptions, too: a dispatch under way finds no further subscriber.
+        /// Also ends all subscriptions: a running dispatch finds no further subscriber.
         void Leave();
 
         zviptv::Subscribers<ZVCaption> caption;
         zviptv::Subscribers<ZVPESData> pes;
-        /// Held while a subscription is made or ended, so that the service is asked once and in order.
+        /// Held while a subscription is made or ended, so that the service gets each request once and in
+        /// order.
         std::mutex changing;
     };
     using SessionPointer = std::shared_ptr<SubscriberSession>;
@@ -43,7 +44,7 @@ private:
 
     CIPTVDataSubscriberProxy() = default;
 
-    /// The one object, which is never deleted.
+    /// The only object, which is never deleted.
     static CIPTVDataSubscriberProxy& m_Only();
 
     static CMessageBuffer m_MessageCb(CMessageBuffer& message, void* session);

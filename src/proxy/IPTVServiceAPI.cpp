@@ -12,13 +12,13 @@
 
 namespace {
 
-/// The application's id counts with its low 16 bits.
+/// Only the low 16 bits of the application's id count.
 IPTVHandle Handle(IPTVProfile profile, int id)
 {
     return {profile, static_cast<std::uint16_t>(id)};
 }
 
-/// Creates through `instance` and hands the object out; without a place to put it nothing is created.
+/// Creates the object with `instance` and stores it in the out-parameter; if that is null, creates nothing.
 template <typename Interface, typename Instance>
 int Create(Interface** out, Instance instance,
            zviptv::SourceLocation const& where = zviptv::SourceLocation::Here())

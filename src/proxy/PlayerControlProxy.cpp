@@ -17,7 +17,7 @@ CPlayerControlProxy& CPlayerControlProxy::m_Only()
     return only;
 }
 
-// The disconnect callback is set first, so that no loss is missed while another thread iterates the context.
+// The disconnect callback is set first, so that no loss is missed if another thread iterates the context.
 CPlayerControlProxy* CPlayerControlProxy::Instance(IPTVHandle handle)
 {
     ZV_LOG_ENTRY();

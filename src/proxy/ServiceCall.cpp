@@ -28,7 +28,7 @@ ReplyField::ReplyField(char const* key, int& number)
 {
 }
 
-// Sizes and indices are signed on the wire: -1 arrives as the largest unsigned number.
+// Sizes and indices are signed on the wire: -1 becomes the largest unsigned number.
 ReplyField::ReplyField(char const* key, unsigned int& number)
     : ReplyField(key, &number, Int32, [](std::string& value, void* target, std::size_t) {
           *static_cast<unsigned int*>(target) = static_cast<unsigned int>(std::stoi(value));
@@ -102,7 +102,7 @@ auto ReadNumber(CMessageBuffer const& message, char const* key, char const* expe
     }
 }
 
-/// Where every call ends that could not be sent.
+/// The end of every call that could not be sent.
 bool RefuseUnsent(SourceLocation const& where)
 {
     WriteLog(ZV_LOG_ERROR, where, "SendMessage failed.");

@@ -14,10 +14,10 @@
 
 namespace zviptv {
 
-/// What a reply is expected to have for an int.
+/// The text for the expected value of an int in a reply.
 constexpr char Int32[] = "a signed 32-bit decimal number";
 
-/// One argument of a request: numbers as decimal text, texts as they are. A null text is left out.
+/// One argument of a request: numbers as decimal text, texts unchanged. A null text is left out.
 class RequestField
 {
 public:
@@ -55,8 +55,9 @@ private:
     std::string m_value;
 };
 
-/// One out-parameter of a reply: where the value under a key goes, decoded as the parameter's type asks.
-/// Numbers throw what the standard conversions throw; a record takes its bytes and is filled up with zeros.
+/// One out-parameter of a reply: the place for the value of a key, which is decoded by the parameter's type.
+/// Numbers throw the exceptions of the standard conversions; a record gets its bytes and is filled up with
+/// zeros.
 class ReplyField
 {
 public:
@@ -85,8 +86,8 @@ public:
 
     char const* Key() const { return m_key; }
 
-    /// Decodes `value`, which may be used up, into the out-parameter. What is thrown is told as the calling
-    /// thread's failure, too.
+    /// Decodes `value`, which may be moved from, into the out-parameter. If it throws, it also sets the
+    /// calling thread's failure.
     void Decode(std::string& value) const;
 
 private:
@@ -109,12 +110,12 @@ private:
 using RequestFields = std::initializer_list<RequestField>;
 using ReplyFields = std::initializer_list<ReplyField>;
 
-/// The number under `key`. Throws what std::stoi throws, which is the calling thread's failure, too.
+/// The number under `key`. Throws like std::stoi, and then also sets the calling thread's failure.
 int ReadInt32(CMessageBuffer const& message, char const* key);
-/// As above, with std::stoll.
+/// The same with std::stoll.
 long long ReadInt64(CMessageBuffer const& message, char const* key);
 
-/// What became of a call.
+/// The outcome of a call.
 enum class CallOutcome
 {
     NotSent, ///< the exchange failed
@@ -122,30 +123,31 @@ enum class CallOutcome
     Accepted ///< the service answered with another result
 };
 
-/// Whether a request has the key "handleID", where the session has a handle.
+/// Whether a request has the key "handleID", if the session has a handle.
 enum class HandleID
 {
     Sent,
     LeftOut
 };
 
-/// The one path of every proxy method to the service: request ("functionname", "handleID", the fields in
-/// order), synchronous exchange. False, a log line, and the calling thread's failure, when the exchange
-/// failed or there is no session.
+/// Sends a request to the service; every proxy method uses it. Builds the request ("functionname",
+/// "handleID", the fields in order) and makes a synchronous exchange. If the exchange fails or there is no
+/// session, it returns false, logs a line, and sets the calling thread's failure.
 bool Exchange(std::shared_ptr<Session> const& session, char const* functionName, RequestFields fields,
               CMessageBuffer& reply, SourceLocation const& where, HandleID handleID = HandleID::Sent);
 
-/// An entry line, and an exchange whose reply carries a result and, whatever the result, the values of
-/// `outputs`. One of the library's functions, whose name is that of `where`.
+/// Logs the entry line, and makes an exchange whose reply has a result and, whatever the result, the values
+/// of `outputs`. It is one of the library's functions, whose name is in `where`.
 CallOutcome Call(std::shared_ptr<Session> const& session, char const* functionName, RequestFields fields,
                  ReplyFields outputs, SourceLocation const& where, HandleID handleID = HandleID::Sent);
 
-/// An exchange that counts whatever the service answers: a result of 0 is the calling thread's failure only.
+/// Makes an exchange that succeeds whatever the service answers: a result of 0 only sets the calling thread's
+/// failure.
 bool Inform(std::shared_ptr<Session> const& session, char const* functionName, RequestFields fields,
             SourceLocation const& where);
 
-/// Logs why a call on an object without session is refused, and sets the calling thread's failure. False, as
-/// the call returns.
+/// Logs why a call on an object without a session is refused, and sets the calling thread's failure. Returns
+/// false, the result of the call.
 bool RefuseWithoutSession(SourceLocation const& where);
 
 } // namespace zviptv

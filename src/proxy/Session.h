@@ -14,10 +14,11 @@
 
 namespace zviptv {
 
-/// What a proxy has from its Create to its Destroy: a channel to the service, and the handle of its requests.
+/// The state of a proxy from its Create to its Destroy: a channel to the service, and the handle of its
+/// requests.
 ///
-/// The proxies themselves are made once and never deleted, so that no pointer to one dangles. A call takes a
-/// reference to the session first; without a session it is refused. The session's end does not wait for
+/// The proxies themselves are made once and never deleted, so that no pointer to one dangles. A call first
+/// takes a reference to the session; without a session it is refused. The end of a session does not wait for
 /// calls: the last reference frees the memory.
 class Session
 {
@@ -25,32 +26,32 @@ public:
     /// Makes the channel; `typeWord` is its name.
     explicit Session(char const* typeWord, std::optional<IPTVHandle> handle = std::nullopt);
 
-    /// Announces the channel on the helper bus and connects it to the partner that the service names. A
-    /// channel that cannot be connected stays as it is: its sends fail.
+    /// Announces the channel on the helper bus and connects it to the partner that the service names. If the
+    /// channel cannot be connected, it is kept, and its sends fail.
     void Connect(SourceLocation const& where);
 
-    /// The bus has died under the channel, and is there again: the session is to be replaced.
+    /// Whether the bus of the channel has died and a bus is available again, so that the session must be
+    /// replaced.
     bool IsOutdated() const;
 
-    /// Tells the helper bus, if the channel is still on it, that the channel goes away, then withdraws it.
-    /// Until then it answers the service.
+    /// Announces the end of the channel on the helper bus, if it is still on the same bus, then closes the
+    /// channel. Until then, the channel answers the service.
     void Leave();
 
     /// Sets the calling thread's failure to that of Leave(), if it failed.
     void ExplainLeaving() const { m_leaveFailure.Recall(); }
 
-    /// Returns when no callback of the channel runs on another thread. After Leave().
+    /// Returns when no callback of the channel runs on another thread. Call it after Leave().
     void WaitForCallbacks();
 
     CProxyDBusHelper& Channel() { return m_channel; }
-    /// Identifies the session, for as long as it or a callback of its channel lives.
+    /// Identifies the session while it or a callback of its channel exists.
     void* Identity() const;
     std::optional<IPTVHandle> const& Handle() const { return m_handle; }
-    /// Leave() has begun.
+    /// Whether Leave() has begun.
     bool IsLeaving() const { return m_isLeaving; }
 
-    /// Sets the calling thread's failure where the session is the reason of it: it leaves, or could not be
-    /// connected.
+    /// Sets the calling thread's failure if the session is its reason: it leaves, or could not be connected.
     void ExplainFailure() const;
 
 private:
@@ -62,18 +63,19 @@ private:
     CProxyDBusHelper m_channel;
 };
 
-/// Whether the service runs; a log line says when it does not.
+/// Whether the service runs; if not, it logs a line.
 bool IsServiceRunning(SourceLocation const& where);
 
-/// The one session of a proxy, and why none could be made: threads that wait for an attempt share both.
+/// The only session of a proxy, or the reason why none could be made: threads that wait for an attempt share
+/// both.
 template <typename AnySession>
 struct Sessions : Singleton<AnySession>
 {
     KeptFailure failure;
 };
 
-/// Returns the session; makes one if there is none or if its bus has died. Sets the calling thread's failure
-/// if there is none, or one that could not be connected.
+/// Returns the session, and makes one if there is none or if its bus has died. Sets the calling thread's
+/// failure if none could be made, or if it could not be connected.
 template <typename AnySession, typename Make>
 std::shared_ptr<AnySession> GetOrMakeSession(Sessions<AnySession>& sessions, Make make)
 {
@@ -95,8 +97,9 @@ std::shared_ptr<AnySession> GetOrMakeSession(Sessions<AnySession>& sessions, Mak
     return session;
 }
 
-/// Ends the session, if there is one; returns when no callback of it or of an earlier one runs on another
-/// thread. Sets the calling thread's failure, also where another thread ends the session meanwhile.
+/// Ends the session, if there is one, and returns when no callback of it or of an earlier session runs on
+/// another thread. Sets the calling thread's failure, also if another thread ends the session at the same
+/// time.
 template <typename AnySession>
 void EndSession(Singleton<AnySession>& sessions)
 {
@@ -109,8 +112,8 @@ void EndSession(Singleton<AnySession>& sessions)
     }
 }
 
-/// As EndSession(), but only for the session with this identity, and the failure of the application's last
-/// call stays.
+/// Like EndSession(), but only for the session with this identity, and without a change to the failure of the
+/// application's last call.
 inline void EndLostSession(Singleton<Session>& sessions, void* identity)
 {
     FailureUntouched const untouched;

@@ -12,9 +12,8 @@
 namespace zviptv {
 
 /// The subscribers of one kind of data, in ascending order of their keys.
-///
-/// Its lock is never held while a callback runs: callbacks may subscribe, unsubscribe and end the
-/// subscription's proxy.
+/// No lock is held while a callback runs: callbacks may subscribe, unsubscribe and end the subscription's
+/// proxy.
 template <typename Record>
 class Subscribers
 {
@@ -37,14 +36,14 @@ public:
         }
     }
 
-    /// False when there is no such key.
+    /// Returns false if there is no such key.
     bool Remove(int key)
     {
         std::lock_guard<std::mutex> const lock(m_mutex);
         return m_callbacks.erase(key) != 0;
     }
 
-    /// Ends all subscriptions, for good: a dispatch under way finds nobody any more.
+    /// Ends all subscriptions permanently: a running dispatch finds no further subscriber.
     void Close()
     {
         std::lock_guard<std::mutex> const lock(m_mutex);
@@ -58,7 +57,7 @@ public:
         return m_callbacks.empty();
     }
 
-    /// Whether the service was asked to deliver.
+    /// Whether the service was asked to send.
     bool IsRequested() const
     {
         std::lock_guard<std::mutex> const lock(m_mutex);
@@ -72,16 +71,16 @@ public:
         Bytes().swap(m_spare);
     }
 
-    /// Memory for the next record's bytes: that of the last one, if it was kept and nobody else has it.
+    /// Memory for the next record's bytes: that of the last record, if it was kept and is not in use.
     Bytes TakeSpare()
     {
         std::lock_guard<std::mutex> const lock(m_mutex);
         return std::exchange(m_spare, Bytes());
     }
 
-    /// Keeps a record's memory for the next one. Malloc would hand it back to the system and fetch it anew,
-    /// page by page, which costs more than the record. Not kept: what is unusually large, and when nobody
-    /// waits for more.
+    /// Keeps a record's memory for the next one. malloc would return it to the system and get it again page
+    /// by page, which costs more than the record. Unusually large memory is not kept, nor is any if there are
+    /// no subscribers.
     void KeepSpare(Bytes&& bytes)
     {
         std::lock_guard<std::mutex> const lock(m_mutex);
@@ -90,7 +89,7 @@ public:
         }
     }
 
-    /// Hands `record` to every subscriber with a null user-data pointer; `announce` runs before each.
+    /// Passes `record` to every subscriber with a null user-data pointer; `announce` runs before each.
     template <typename Announce>
     void Deliver(Record& record, Announce announce) const
     {
@@ -100,7 +99,7 @@ public:
         }
     }
 
-    /// Why the service was not asked to deliver, or refused to.
+    /// Why the service was not asked to send, or refused to.
     KeptFailure requestFailure;
 
 private:
