@@ -1,8 +1,8 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# Builds the Debian packages twice, in folders, time zones and with umasks that differ, and keeps the first ones if the
-# second are the same to the byte: build.sh OUT. With --once before OUT, once and without their judge: for a test of
-# what they install.
+# Builds the Debian packages twice, with different folders, time zones and umasks, and keeps the first ones if the
+# second ones are identical to the byte: build.sh OUT. With --once before OUT, builds once and without lintian, to test
+# the packages.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 once=''
@@ -17,7 +17,7 @@ trap 'rm -rf "$work"' EXIT
 
 say() { printf '\n== %s\n' "$*"; }
 
-# What belongs to the project: all that git does not ignore, or, where there is no git to ask, all that was not built.
+# Prints the files of the project: all that git does not ignore or, without git, all that were not built.
 files() {
     if [ -e .git ] && git ls-files >/dev/null 2>&1; then
         git ls-files -z --cached --others --exclude-standard | while IFS= read -r -d '' file; do
@@ -28,8 +28,8 @@ files() {
     fi
 }
 
-# build FOLDER TIMEZONE UMASK [OPTION...]: the packages are beside FOLDER then. Nothing of the caller's environment gets
-# in.
+# build FOLDER TIMEZONE UMASK [OPTION...]: builds the packages in the parent folder of FOLDER, without the caller's
+# environment.
 build() (
     cd "$1"
     umask "$3"
@@ -42,7 +42,7 @@ build() (
 
 version=$(dpkg-parsechangelog -l packaging/debian/changelog -S Version)
 if [ "$(date +%s)" -lt "$(dpkg-parsechangelog -l packaging/debian/changelog -S Timestamp)" ]; then
-    echo "The clock shows a time before that of packaging/debian/changelog; it is wrong, or that is." >&2
+    echo "the clock is earlier than packaging/debian/changelog; correct the clock or the changelog" >&2
     exit 1
 fi
 first=$work/one/libzv-iptv-service-api-$version
@@ -51,7 +51,7 @@ mkdir -p "$first" "$second"
 files | tar -c --null --files-from=- | tar -x -C "$first"
 cp -r "$first/packaging/debian" "$first/debian"
 
-# keep: the built packages, in the place of those of before.
+# keep: replaces the previous packages with the ones just built.
 keep() {
     rm -f "$out"/*.{deb,dsc,tar.xz,changes,buildinfo}
     find "$work/one" -maxdepth 1 -type f ! -name '*.log' -exec cp -t "$out" {} +
@@ -72,7 +72,7 @@ build "$second" Asia/Kathmandu 077
 for file in "$work"/one/*.deb "$work"/one/*.dsc "$work"/one/*.tar.xz; do
     cmp "$file" "$(dirname "$second")/$(basename "$file")"
 done
-echo "The same to the byte."
+echo "Both builds are identical to the byte."
 
 say "lintian"
 lintian --allow-root --fail-on error,warning --info --display-info "$work"/one/*.changes

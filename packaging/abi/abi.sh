@@ -1,26 +1,26 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# The library's binary interface against the committed one, as abidiff sees it: sizes and members of what the headers
-# declare, slots of virtual functions, parameters, symbols. The library has to be of a release build by g++: debug
-# information tells all of this.
+# Compares the library's binary interface with the committed one, using abidiff: sizes and members of the classes in the
+# headers, slots of virtual functions, parameters, symbols. The library must be a release build by g++, whose debug
+# information contains all of this.
 #
 #   abi.sh write LIBRARY HEADERS FILE   writes the interface to FILE
 #   abi.sh compare FILE BASELINE        status 1 when anything in FILE differs from BASELINE, additions included
 #   abi.sh renew LIBRARY HEADERS        shows what differs and makes it the baseline
 set -euo pipefail
 
-# write LIBRARY HEADERS FILE: nothing of where it was built, and nothing that is the same for every caller.
+# write LIBRARY HEADERS FILE: leaves out build paths, and data that does not affect callers.
 write() {
     local class
     abidw --no-corpus-path --no-comp-dir-path --no-show-locs --no-parameter-names --no-elf-needed \
         --headers-dir "$2" --drop-private-types --exported-interfaces-only --drop-undefined-syms \
         --out-file "$3" "$1"
 
-    # Without debug information, or with that of one file alone, there would be little that could differ.
+    # Without complete debug information, the comparison would miss differences.
     for class in IPlayerControl IBroadcastData IIPTVDataSubscriber IIPGUtil IConnectionHelper CCommonNative \
         CMessageBuffer CProxyDBusHelper ZVAudio ZVTTX ZVResolution ZVPESData; do
         grep -q "<class-decl name='$class' size-in-bits=" "$3" || {
-            echo "The debug information of $1 does not describe $class." >&2
+            echo "the debug information of $1 does not describe $class; use a release build by g++" >&2
             exit 1
         }
     done
@@ -31,7 +31,7 @@ differences() { abidiff --harmless --redundant --no-show-locs "$1" "$2"; }
 # compare FILE BASELINE
 compare() {
     differences "$2" "$1" || {
-        echo "The binary interface is not that of $(basename "$2"): docs/reference/compatibility.md says what to do." >&2
+        echo "the binary interface differs from $(basename "$2"); see docs/reference/compatibility.md" >&2
         exit 1
     }
 }
@@ -48,7 +48,7 @@ renew)
     cp "$work/abi" "$baseline"
     ;;
 *)
-    echo "What? abi.sh write | compare | renew" >&2
+    echo "unknown command; use abi.sh write | compare | renew" >&2
     exit 2
     ;;
 esac

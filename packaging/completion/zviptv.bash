@@ -1,9 +1,10 @@
 # SPDX-License-Identifier: MIT
 # shellcheck shell=bash
-# Bash completes the words of zviptvctl and zviptv-sim. What they take is asked of their --help, so that nothing is
-# listed twice.
+# Bash completion of zviptvctl and zviptv-sim. It reads commands and options from their --help, so that
+# nothing is listed twice.
 
-# Lines of an option and what it takes, if anything: "--bus system|private". An option of two names is two lines.
+# Prints a line for each option with its value, if it has one: "--bus system|private". An option with two
+# names has two lines.
 _zviptv_options()
 {
     sed -E 's/^  (--[a-z-]+),(--[a-z-]+)(.*)$/  \1\3\n  \2\3/' <<<"$1" |
@@ -15,14 +16,14 @@ _zviptv_subcommands()
     sed -nE '/^Subcommands:/,/^$/s/^  ([^ ]+) .*/\1/p' <<<"$1"
 }
 
-# What the Nth positional argument takes: its name, or the words of which its description consists: "on or off".
+# Prints what the Nth positional argument accepts: its name, or the words of its description: "on or off".
 _zviptv_positional()
 {
     sed -nE '/^Positionals:/,/^$/s/^  ([^ ]+)( REQUIRED)? +(.*)$/\1 \3/p' <<<"$1" |
         sed -nE "$2{s/^[^ ]+ ([a-z]+) or ([a-z]+)$/\1|\2/;s/ .*//;p}"
 }
 
-# What an option, or a positional argument, may be: files, the alternatives that its help spells, methods.
+# Completes the value of an option or a positional argument: files, the alternatives in its help, methods.
 _zviptv_values()
 {
     local kind=${1%%=*} tool=$2 cur=$3 methods
@@ -41,7 +42,7 @@ _zviptv_values()
     esac
 }
 
-# What stands behind --: a command and its arguments.
+# Completes the words after --: a command and its arguments.
 _zviptv_command()
 {
     if declare -F _command_offset >/dev/null; then

@@ -1,8 +1,8 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# Builds library and tools for another architecture and tests them, in QEMU where this machine cannot run them:
+# Builds library and tools for another architecture and tests them, in QEMU if this machine cannot run them:
 # cross.sh ARCHITECTURE PACKAGE...
-# The packages are what the sysroot has. All files are in build/cross/ARCHITECTURE.
+# PACKAGE... are the packages of the sysroot. All files are in build/cross/ARCHITECTURE.
 set -euo pipefail
 architecture=$1
 shift
@@ -13,7 +13,7 @@ jobs=$(nproc)
 
 say() { printf '\n== %s\n' "$*"; }
 
-# quietly LOG COMMAND...: shows what the command printed if it fails.
+# quietly LOG COMMAND...: runs the command, and shows its output only if it fails.
 quietly() {
     local log=$1
     shift
@@ -24,7 +24,7 @@ quietly() {
 programs=(message_tests dbus_tests native_tests proxy_tests log_tests support_tests
     mpegts_tests sim_stream_tests sim_guide_tests sim_unit_tests)
 
-# leave_out REASON NAME...: tests by the beginning of their names.
+# leave_out REASON NAME...: leaves out the tests whose names begin so.
 names=() reasons=()
 leave_out() {
     reasons+=("$*")
@@ -54,7 +54,7 @@ if [ "$architecture" = armhf ]; then
         proxy_tests.DispatchFaults.FailureOfACallbackLeavesTheDispatch
 fi
 
-# beginning NAME...: a regular expression of tests that begin so.
+# beginning NAME...: prints a regular expression for the tests whose names begin so.
 beginning() {
     local IFS='|'
     local alternatives="$*"

@@ -1,9 +1,10 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# Unpacks Debian packages of another architecture, with all they depend on, into a folder to compile and link against:
-# sysroot.sh ARCHITECTURE FOLDER PACKAGE...
-# Nothing is installed: the packages of this machine and its list of architectures stay as they are. Needs no root. The
-# packages come from the archives that apt uses here. A folder that was made for the same packages is left alone.
+# Unpacks Debian packages of another architecture, with all their dependencies, into a folder to compile and link
+# against: sysroot.sh ARCHITECTURE FOLDER PACKAGE...
+# Installs nothing: the packages of this machine and its list of architectures do not change. Needs no root. The
+# packages come from the archives that apt uses on this machine. A folder that was made for the same packages is not
+# changed.
 set -euo pipefail
 architecture=$1 folder=$2
 shift 2
@@ -19,7 +20,7 @@ trap 'rm -rf "$work"' EXIT
 mkdir -p "$work"/state/lists/partial "$work"/cache/archives/partial "$work/root"
 touch "$work/status"
 
-# An apt that knows the other architecture alone, and no installed package.
+# An apt configuration with only the other architecture, and without installed packages.
 cat >"$work/apt.conf" <<END
 APT::Architecture "$architecture";
 APT::Architectures { "$architecture"; };
@@ -32,7 +33,7 @@ Dir::Cache "$work/cache";
 END
 export APT_CONFIG=$work/apt.conf
 
-# An archive of others that cannot be read is no reason to stop: what is missing is found out below.
+# Continues if a third-party archive cannot be read: missing packages are reported below.
 apt-get update -qq >"$work/log" 2>&1 || true
 if ! apt-get install -y -qq --download-only "$@" >>"$work/log" 2>&1; then
     cat "$work/log" >&2
@@ -43,7 +44,7 @@ fi
 for package in "$work"/cache/archives/*.deb; do
     dpkg-deb -x "$package" "$work/root"
 done
-# Emulated programs look into the sysroot first: commands and configuration are to be those of this machine.
+# Emulated programs search the sysroot first, but must use the commands and configuration of this machine.
 rm -rf "$work"/root/{bin,sbin,etc,var,usr/bin,usr/sbin}
 # Links to /lib would lead out of the sysroot.
 find "$work/root" -type l -lname '/*' -printf '%p %l\n' | while read -r link target; do

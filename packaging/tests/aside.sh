@@ -1,19 +1,19 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# Runs a command as root on a copy of this machine that vanishes with it, or on the machine itself where that cannot be
-# (a container without the right to mount): aside.sh [--root FOLDER | --copy-only] COMMAND...
-# With --root the copy is of another installation of Debian, as debootstrap makes it. With --copy-only the machine itself
-# is never taken: status 77 where there can be no copy.
+# Runs a command as root on a temporary copy of this machine, or on the machine itself if a copy is not possible (in a
+# container without the right to mount): aside.sh [--root FOLDER | --copy-only] COMMAND...
+# With --root, it copies another installation of Debian, as debootstrap makes it. With --copy-only, it never uses the
+# machine itself: the status is 77 if a copy is not possible.
 set -euo pipefail
 
-# make_copy LOWER MOUNTPOINT: what is written stays in memory.
+# make_copy LOWER MOUNTPOINT: mounts a copy whose changes stay in memory.
 make_copy() {
     mount -t tmpfs -o mode=755 tmpfs "$2"
     mkdir "$2/root" "$2/changed" "$2/work"
     mount -t overlay overlay -o "lowerdir=$1,upperdir=$2/changed,workdir=$2/work" "$2/root"
 }
 
-# The calls of this script to itself, in a mount namespace of its own.
+# The script calls itself with these arguments, in a separate mount namespace.
 case $1 in
 --inside)
     make_copy "$2" "$3"
@@ -67,9 +67,9 @@ on_copy() {
 if reason=$(on_copy dpkg-query -W dpkg 2>&1 >/dev/null); then
     on_copy "$@"
 elif [ "$lower" = / ] && [ -z "$copy_only" ]; then
-    echo "No copy can be mounted here: on the machine itself. ($reason)" >&2
+    echo "cannot mount a copy of this machine ($reason); using the machine itself" >&2
     "$@"
 else
-    echo "No copy can be mounted here: $reason" >&2
+    echo "cannot mount a copy of this machine: $reason" >&2
     exit 77
 fi

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
 # shellcheck shell=bash disable=SC2154
-# Sourced by installed.sh: puts packages and an account on the machine and takes them away again.
+# Sourced by installed.sh: installs packages and creates an account, and removes them again.
 tester=zviptv-tester
 packages_before='' accounts_before='' ours=''
 
@@ -15,8 +15,8 @@ install_packages() {
     for deb in "$@"; do
         ours+=" $(dpkg-deb -f "$deb" Package)"
     done
-    # A system bus is recommended only. What is there already is not asked of a mirror again. Images for containers
-    # leave documentation out.
+    # A system bus is only recommended. Packages that are already installed are not downloaded again. Container images
+    # leave out documentation.
     dpkg-query -W -f '${Status}' dbus 2>/dev/null | grep -q 'ok installed' || set -- "$@" dbus
     DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends --reinstall \
         -o DPkg::Options::='--path-include=/usr/share/doc/zv-iptv-doc/*' \
@@ -28,7 +28,7 @@ install_packages() {
 
 add_tester() { useradd --system --no-create-home --home-dir "$work/home" --groups zviptv-apps "$tester"; }
 
-# What came with the packages goes with them, and none of their files stays.
+# Dependencies are removed with the packages, and none of their files may remain.
 remove_packages() {
     [ -n "$ours" ] || return 0
     local files package added file status=0
@@ -50,7 +50,7 @@ remove_packages() {
     return "$status"
 }
 
-# Packages leave their accounts on the machine, so that a number does not get another owner. A test does not.
+# Packages leave their accounts on the machine, so that their numbers are not reused. A test removes them.
 remove_accounts() {
     if getent passwd "$tester" >/dev/null; then
         userdel "$tester"

@@ -1,8 +1,8 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# The installed packages at work, as root: installed.sh [DEB...]. Packages that are given are installed first and purged
-# at the end, with all that came along. The bus has Debian's own configuration, and a socket of its own where the
-# machine's system bus runs.
+# Tests the installed packages, as root: installed.sh [DEB...]. The given packages are installed first and purged at the
+# end, with their dependencies. The bus has Debian's configuration, and a separate socket if the machine's system bus
+# runs.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 . "$here/installation.sh"
@@ -51,7 +51,8 @@ start_bus() {
     export DBUS_SYSTEM_BUS_ADDRESS
 }
 
-# become USER COMMAND...: the shell does. A background process so is the command, and can be stopped.
+# become USER COMMAND...: replaces the shell by the command, so that a background process is the command itself and can
+# be stopped.
 become() {
     local user=$1
     shift
@@ -63,7 +64,7 @@ as() (become "$@")
 
 bus_method() { dbus-send --system --print-reply --dest=org.freedesktop.DBus / "org.freedesktop.DBus.$1" "${@:2}"; }
 
-# Where no bus runs, ours is the machine's, and the installation itself has to make it read the policy.
+# If no bus runs, the test's bus is that of the machine, and the installation itself must make it read the policy.
 if [ ! -S "$stock_socket" ] && command -v dbus-daemon >/dev/null; then
     start_bus "$stock_socket"
     made_socket=yes

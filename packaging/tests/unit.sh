@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
 # shellcheck shell=bash disable=SC2154
-# Sourced by installed.sh: the simulator's unit. Where systemd runs the machine, it is started, too.
+# Sourced by installed.sh: tests the simulator's unit, and starts it if systemd runs the machine.
 unit=zviptv-sim.service
 if ! command -v systemd-analyze >/dev/null; then
     echo "skipped: systemd is not installed"
