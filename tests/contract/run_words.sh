@@ -14,15 +14,15 @@ refuses() {
     test "$said" = "$wanted" || { echo "./run $* says: $said"; exit 1; }
 }
 
-refuses 'No such command: tset. ./run help lists them.' tset
-refuses 'One word too many: --asan. ./run help shows what build takes.' build --asan
-refuses 'One word too many: --asan. ./run help shows what test takes.' test --asan
-refuses 'One word too many: --tsan. ./run help shows what check takes.' check --asan --tsan
-refuses 'Which check? ./run check [--asan | --tsan | --valgrind]' check --msan
-refuses 'One word too many: 20. ./run help shows what fuzz takes.' fuzz 10 20
-refuses 'One word too many: i386. ./run help shows what cross takes.' cross armhf i386
-refuses 'For which architecture? ./run cross armhf | arm64 | i386' cross
-refuses 'For which architecture? ./run cross armhf | arm64 | i386' cross mips
+refuses "unknown command 'tset'; see ./run help" tset
+refuses "unexpected argument '--asan' of 'build'; see ./run help" build --asan
+refuses "unexpected argument '--asan' of 'test'; see ./run help" test --asan
+refuses "unexpected argument '--tsan' of 'check'; see ./run help" check --asan --tsan
+refuses "unknown option '--msan'; use ./run check [--asan | --tsan | --valgrind]" check --msan
+refuses "unexpected argument '20' of 'fuzz'; see ./run help" fuzz 10 20
+refuses "unexpected argument 'i386' of 'cross'; see ./run help" cross armhf i386
+refuses 'the architecture is missing or unknown; use ./run cross armhf | arm64 | i386' cross
+refuses 'the architecture is missing or unknown; use ./run cross armhf | arm64 | i386' cross mips
 diff <("$root/run") <("$root/run" help)
 
 # A build without tests, where nothing has to be installed, and with a CMake that says how it was called.

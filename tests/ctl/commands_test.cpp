@@ -104,11 +104,10 @@ TEST_F(CommandsTest, ARefusalSaysWhatToLookAt)
 {
     m_service.AnswerByDefault(Entries({{"result_internal", "0"}}));
     std::vector<std::pair<Words, std::string>> const refusals = {
-        {{"audio", "select", "9"}, "select audio track 9: 'zviptvctl audio list' shows which there are"},
-        {{"ttx", "select", "9"}, "select teletext entry 9: 'zviptvctl ttx list' shows which there are"},
-        {{"subtitle", "select", "9"}, "select subtitle 9: 'zviptvctl subtitle list' shows which there are"},
-        {{"captions", "select", "caption", "9"},
-         "select caption 9: 'zviptvctl captions list' shows which there are"},
+        {{"audio", "select", "9"}, "select audio track 9: 'zviptvctl audio list' lists them"},
+        {{"ttx", "select", "9"}, "select teletext entry 9: 'zviptvctl ttx list' lists them"},
+        {{"subtitle", "select", "9"}, "select subtitle 9: 'zviptvctl subtitle list' lists them"},
+        {{"captions", "select", "caption", "9"}, "select caption 9: 'zviptvctl captions list' lists them"},
         {{"mute", "video", "on"}, "mute the video: 'zviptvctl status' shows whether it plays"},
         {{"unlock", "all"}, "change the lock: 'zviptvctl rating' shows what is locked"},
         {{"unlock", "pin"}, "lift the mute: 'zviptvctl rating' shows what is locked"},
@@ -132,12 +131,13 @@ TEST_F(CommandsTest, MuteAndUnlock)
                   .back()
                   .bytes,
               "2");
-    EXPECT_EQ(
-        RequestOf({"unlock", "all"}, "everything is unlocked until the set is switched off\n").back().bytes,
-        "3");
+    EXPECT_EQ(RequestOf({"unlock", "all"}, "everything is unlocked until the television is switched off\n")
+                  .back()
+                  .bytes,
+              "3");
     EXPECT_EQ(RequestOf({"unlock", "lock"}, "locked again\n"),
               Entries({{"functionname", "SetUnlockedInfo"}, {"handleID", "256"}, {"ratingInfo", "0"}}));
-    EXPECT_EQ(RequestOf({"unlock", "pin"}, "the mute of the locked programme is lifted\n"),
+    EXPECT_EQ(RequestOf({"unlock", "pin"}, "the locked programme is unlocked\n"),
               Entries({{"functionname", "UnMuteByRatingPin"}, {"handleID", "256"}}));
 }
 

@@ -40,7 +40,7 @@ TEST_P(DoctorOfAHelper, NamesTheKey)
     EXPECT_EQ(diagnosis.result.code, naming.code);
     EXPECT_EQ(diagnosis.Wrong(), "endpoints");
     EXPECT_EQ(diagnosis.Text("endpoints"), naming.text + ": " + allTypes);
-    EXPECT_EQ(diagnosis.Text("requests"), "not looked at: no endpoint is known");
+    EXPECT_EQ(diagnosis.Text("requests"), "not checked: no endpoint is known");
     EXPECT_NE(diagnosis.Command("endpoints"), "");
     EXPECT_THAT(diagnosis.checks.at("endpoints")["note"].asString(),
                 HasSubstr("answer each announcement with one pair, \"dbusname\" and the unique name"));

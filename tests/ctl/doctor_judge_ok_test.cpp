@@ -44,14 +44,15 @@ TEST(DoctorJudge, WithoutABusOnlyTheVersionIsLookedAt)
     for (Finding const& finding : Judge(WithoutBus(HealthyMachine(), Reach::Absent, "no such file"))) {
         bool const isLookedAt = finding.check == "bus" || finding.check == "version";
         EXPECT_EQ(finding.state != State::Unknown, isLookedAt) << finding.check;
-        EXPECT_EQ(finding.text == "not looked at: no bus is reached", !isLookedAt) << finding.check;
+        EXPECT_EQ(finding.text == "not checked: there is no connection to a bus", !isLookedAt)
+            << finding.check;
     }
 }
 
 TEST(DoctorJudge, WithoutAServiceItsOwnChecksAreNotLookedAt)
 {
     for (char const* const check : {"owner", "main loop", "protocol", "endpoints", "requests"}) {
-        ExpectFinding(MachineWithoutService(), check, State::Unknown, "not looked at: there is no service");
+        ExpectFinding(MachineWithoutService(), check, State::Unknown, "not checked: there is no service");
     }
     ExpectFinding(MachineWithoutService(), "group", State::Ok, "user jo belongs to the group zviptv-apps");
 }
@@ -61,13 +62,13 @@ TEST(DoctorJudge, ABusThatKeepsSilentLaterLeavesMuchUnknown)
     Facts facts = HealthyMachine();
     facts.policy.deniesByDefault.reset();
     facts.service = {};
-    ExpectFinding(facts, "policy", State::Unknown, "the bus does not tell whether it needs a policy");
-    ExpectFinding(facts, "service", State::Unknown, "the bus does not tell whether there is a service");
+    ExpectFinding(facts, "policy", State::Unknown, "the bus does not report whether it needs a policy");
+    ExpectFinding(facts, "service", State::Unknown, "the bus does not report whether there is a service");
     facts = HealthyMachine();
     facts.policy.isLoaded.reset();
-    ExpectFinding(facts, "policy", State::Unknown, "the bus does not tell whether it is loaded");
+    ExpectFinding(facts, "policy", State::Unknown, "the bus does not report whether it is loaded");
     facts.service.userId.reset();
-    ExpectFinding(facts, "owner", State::Unknown, "the bus does not tell as whom the service runs");
+    ExpectFinding(facts, "owner", State::Unknown, "the bus does not report which user runs the service");
 }
 
 TEST(DoctorJudge, AnOpenBusNeedsNoPolicy)
@@ -75,7 +76,7 @@ TEST(DoctorJudge, AnOpenBusNeedsNoPolicy)
     for (char const* const check : {"accounts", "policy", "group"}) {
         ExpectFinding(HealthyDesk(), check, State::Ok, "not needed: this bus lets everybody call everybody");
     }
-    ExpectFinding(HealthyDesk(), "owner", State::Ok, "user jo; on this bus the service may be anybody's");
+    ExpectFinding(HealthyDesk(), "owner", State::Ok, "user jo; on this bus any user may run the service");
 }
 
 /// What an integrator puts into /etc/dbus-1/system.d counts by what it does.
@@ -85,14 +86,15 @@ TEST(DoctorJudge, APolicyOfAnothersThatLetsTheUserCallIsNotWrong)
     facts.caller.isListed = facts.caller.isMember = false;
     facts.policy.isLoaded = false;
     ExpectFinding(facts, "group", State::Ok, "not needed: the bus lets user jo call the service");
-    ExpectFinding(facts, "policy", State::Ok, "another one than the packages' lets user jo call the service");
+    ExpectFinding(facts, "policy", State::Ok,
+                  "a policy other than the packages' lets user jo call the service");
 }
 
 TEST(DoctorJudge, RootNeedsNoGroup)
 {
     Facts facts = MachineWithoutService();
     facts.caller = {"root", true, false, false, false};
-    ExpectFinding(facts, "group", State::Ok, "root needs none");
+    ExpectFinding(facts, "group", State::Ok, "root needs no group");
 }
 
 TEST(DoctorJudge, TheServicesUserIsNoApplication)
@@ -101,9 +103,9 @@ TEST(DoctorJudge, TheServicesUserIsNoApplication)
     facts.caller = {"zviptv", false, true, false, false};
     facts.service.outcome = Outcome::Forbidden;
     ExpectFinding(facts, "group", State::Unknown,
-                  "not looked at: user zviptv is the service's own, not an application's");
+                  "not checked: user zviptv runs the service, not applications");
     ExpectFinding(facts, "main loop", State::Unknown,
-                  "not looked at: the bus does not let the service's own user call it; ask as root");
+                  "not checked: the bus does not let the service's user call it; run the command as root");
     ExpectFinding(facts, "policy", State::Ok,
                   "loaded (/usr/share/dbus-1/system.d/org.corvel.zviptvapi.dbushelper.conf)");
 }
@@ -114,8 +116,8 @@ TEST(DoctorJudge, WhoIsRefusedLearnsNothingOfTheMainLoop)
     facts.caller.isListed = facts.caller.isMember = false;
     facts.service.outcome = Outcome::Forbidden;
     ExpectFinding(facts, "main loop", State::Unknown,
-                  "not looked at: the bus does not let user jo ask the service");
-    ExpectFinding(facts, "protocol", State::Unknown, "not looked at: the service has not answered");
+                  "not checked: the bus does not let user jo call the service");
+    ExpectFinding(facts, "protocol", State::Unknown, "not checked: the service has not answered");
 }
 
 /// GLib's own thread says that there is no such method.
@@ -124,7 +126,7 @@ TEST(DoctorJudge, AnErrorTellsNothingOfTheMainLoop)
     Facts facts = HealthyMachine();
     facts.service.outcome = Outcome::Failed;
     ExpectFinding(facts, "main loop", State::Unknown,
-                  "the service answered with an error, which tells nothing of it");
+                  "the service answered with an error, which does not show whether it works");
 }
 
 TEST(DoctorJudge, ALibraryWhoseNameTellsNoVersionIsUnknown)

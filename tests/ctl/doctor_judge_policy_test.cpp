@@ -140,7 +140,7 @@ INSTANTIATE_TEST_SUITE_P(
                           }),
                   "group",
                   4,
-                  "user jo was put into the group zviptv-apps after this process's login",
+                  "user jo was added to the group zviptv-apps after this process's login",
                   {"newgrp zviptv-apps"},
                   "",
                   "log out and in again"}));

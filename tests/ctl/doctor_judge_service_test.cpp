@@ -52,7 +52,7 @@ INSTANTIATE_TEST_SUITE_P(
                   "nobody owns the name org.corvel.zviptvapi.dbushelper",
                   {"sudo -u zviptv '/opt/my tv/bin/zviptv-sim' --bus system --ts FILE.ts --loop"},
                   "",
-                  "FILE.ts stands for your own stream."},
+                  Replace "FILE.ts with your own stream."},
         WrongCase{
             "NotStartedOnADesk",
             Changed(HealthyDesk(),
@@ -65,7 +65,7 @@ INSTANTIATE_TEST_SUITE_P(
             "nobody owns the name org.corvel.zviptvapi.dbushelper",
             {"zviptv-sim --bus system --ts FILE.ts --loop"},
             "",
-            "That is the simulator; start your own service as its documentation says. FILE.ts stands for "
+            "This starts the simulator; start your own service as its documentation says. FILE.ts stands for "
             "your own stream."},
         WrongCase{"OfTheWrongUser",
                   Changed(HealthyMachine(),
@@ -106,18 +106,19 @@ INSTANTIATE_TEST_SUITE_P(
                   {"sudo kill -CONT 811"},
                   "waits 2 seconds",
                   ""},
-        WrongCase{"NoMainLoop",
-                  Changed(HealthyMachine(),
-                          [](Facts& facts) {
-                              facts.service.outcome = Outcome::Silent;
-                              facts.service.isConnectionAlive = true;
-                          }),
-                  "main loop",
-                  4,
-                  "process 811 (zviptv-sim) answers a ping, but no application within 2 seconds",
-                  {"sudo systemctl restart zviptv-sim"},
-                  "",
-                  "the main loop stands still"},
+        WrongCase{
+            "NoMainLoop",
+            Changed(HealthyMachine(),
+                    [](Facts& facts) {
+                        facts.service.outcome = Outcome::Silent;
+                        facts.service.isConnectionAlive = true;
+                    }),
+            "main loop",
+            4,
+            "process 811 (zviptv-sim) answers a ping, but does not answer applications within 2 seconds",
+            {"sudo systemctl restart zviptv-sim"},
+            "",
+            "the main loop stands still"},
         WrongCase{"NoMainLoopOfAnother",
                   Changed(HealthyMachine(),
                           [](Facts& facts) {
@@ -126,7 +127,7 @@ INSTANTIATE_TEST_SUITE_P(
                           }),
                   "main loop",
                   4,
-                  "process 811 (televisiond) answers nothing within 2 seconds, not even a ping",
+                  "process 811 (televisiond) does not answer within 2 seconds, not even a ping",
                   {"sudo systemctl restart televisiond"},
                   "",
                   ""},
@@ -134,7 +135,7 @@ INSTANTIATE_TEST_SUITE_P(
                   Changed(HealthyDesk(), [](Facts& facts) { facts.service.outcome = Outcome::Silent; }),
                   "main loop",
                   4,
-                  "process 811 (zviptv-sim) answers nothing within 2 seconds, not even a ping",
+                  "process 811 (zviptv-sim) does not answer within 2 seconds, not even a ping",
                   {"kill -KILL 811", "zviptv-sim --bus system --ts FILE.ts --loop"},
                   "",
                   StartsTheSimulator},
@@ -142,7 +143,7 @@ INSTANTIATE_TEST_SUITE_P(
                   Changed(HealthyMachine(), [](Facts& facts) { facts.service.outcome = Outcome::Gone; }),
                   "main loop",
                   3,
-                  "the service left the bus when it was asked",
+                  "the service left the bus when it was called",
                   {"sudo systemctl start zviptv-sim"},
                   "",
                   "That is the simulator."}));

@@ -92,7 +92,7 @@ INSTANTIATE_TEST_SUITE_P(
                   WithoutBus(HealthyMachine(), Reach::Silent, "no answer"),
                   "bus",
                   4,
-                  "the bus at unix:path=/run/dbus/system_bus_socket takes connections and does not answer: "
+                  "the bus at unix:path=/run/dbus/system_bus_socket accepts connections but does not answer: "
                   "no answer",
                   {"sudo pkill -CONT dbus-"},
                   "hangs",

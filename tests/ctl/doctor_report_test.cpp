@@ -30,16 +30,16 @@ TEST(DoctorReport, IsTheExampleOfThePageOnPackages)
 TEST(DoctorReport, PutsHowToFixItBelowWhatIsWrong)
 {
     std::string const text = TextOf(Judge(PackagingExample()));
-    EXPECT_THAT(text,
-                HasSubstr("\n"
-                          "wrong    group      user jo does not belong to the group zviptv-apps\n"
-                          "    The bus refuses every call that an application of this user makes. To "
-                          "fix it:\n"
-                          "        sudo adduser jo zviptv-apps\n"
-                          "        newgrp zviptv-apps\n"
-                          "    The second command does for one shell. For everything, log out and in "
-                          "again.\n"
-                          "wrong    service    nobody owns the name org.corvel.zviptvapi.dbushelper\n"));
+    EXPECT_THAT(
+        text, HasSubstr("\n"
+                        "wrong    group      user jo does not belong to the group zviptv-apps\n"
+                        "    The bus refuses every call that an application of this user makes. To "
+                        "fix it:\n"
+                        "        sudo adduser jo zviptv-apps\n"
+                        "        newgrp zviptv-apps\n"
+                        "    The second command applies to one shell only. For all programs, log out and in "
+                        "again.\n"
+                        "wrong    service    nobody owns the name org.corvel.zviptvapi.dbushelper\n"));
     EXPECT_THAT(text, EndsWith("\n2 things are wrong: group, service; fix the first one first\n"));
     EXPECT_EQ(static_cast<int>(CodeOf(Judge(PackagingExample()))), 4);
 }

@@ -75,7 +75,7 @@ TEST_F(DoctorOfAService, TheDoctorSaysThatNobodyIsTheService)
     EXPECT_EQ(diagnosis.Wrong(), "service");
     EXPECT_EQ(diagnosis.Text("service"), "nobody owns the name org.corvel.zviptvapi.dbushelper");
     EXPECT_THAT(diagnosis.Command("service"), StartsWith("zviptv-sim --bus system --ts "));
-    EXPECT_EQ(diagnosis.Text("main loop"), "not looked at: there is no service");
+    EXPECT_EQ(diagnosis.Text("main loop"), "not checked: there is no service");
 }
 
 TEST_F(DoctorOfAService, TheDoctorSaysThatThereIsNoBus)
@@ -87,7 +87,7 @@ TEST_F(DoctorOfAService, TheDoctorSaysThatThereIsNoBus)
         EXPECT_EQ(diagnosis.Wrong(), "bus") << address;
         EXPECT_THAT(diagnosis.Text("bus"), StartsWith("no bus at ")) << address;
         EXPECT_EQ(diagnosis.Command("bus"), "unset DBUS_SYSTEM_BUS_ADDRESS") << address;
-        EXPECT_EQ(diagnosis.Text("policy"), "not looked at: no bus is reached") << address;
+        EXPECT_EQ(diagnosis.Text("policy"), "not checked: there is no connection to a bus") << address;
         EXPECT_EQ(diagnosis.result.errors, "") << address;
     }
 }
@@ -160,9 +160,10 @@ TEST_F(DoctorOfAService, TheDoctorSaysThatTheServiceLeavesApplicationsUnanswered
     Diagnosis const diagnosis = Diagnose();
     EXPECT_EQ(diagnosis.result.code, 4);
     EXPECT_EQ(diagnosis.Wrong(), "main loop");
-    EXPECT_EQ(diagnosis.Text("main loop"), Self() + " answers a ping, but no application within 2 seconds");
+    EXPECT_EQ(diagnosis.Text("main loop"),
+              Self() + " answers a ping, but does not answer applications within 2 seconds");
     EXPECT_EQ(diagnosis.Command("main loop"), "kill -KILL " + std::to_string(getpid()));
-    EXPECT_EQ(diagnosis.Text("protocol"), "not looked at: the service has not answered");
+    EXPECT_EQ(diagnosis.Text("protocol"), "not checked: the service has not answered");
 }
 
 /// A handler that blocks stops that loop, pings included.
@@ -178,7 +179,7 @@ TEST_F(DoctorOfAService, TheDoctorSaysThatTheServiceAnswersNothingAtAll)
     blocked.set_value();
     EXPECT_EQ(diagnosis.result.code, 4);
     EXPECT_EQ(diagnosis.Wrong(), "main loop");
-    EXPECT_EQ(diagnosis.Text("main loop"), Self() + " answers nothing within 2 seconds, not even a ping");
+    EXPECT_EQ(diagnosis.Text("main loop"), Self() + " does not answer within 2 seconds, not even a ping");
 }
 
 TEST_F(DoctorOfAService, TheDoctorSaysThatTheServiceLeftTheBus)
@@ -190,7 +191,7 @@ TEST_F(DoctorOfAService, TheDoctorSaysThatTheServiceLeftTheBus)
     Diagnosis const diagnosis = Understood(Finish(*child));
     EXPECT_EQ(diagnosis.result.code, 3);
     EXPECT_EQ(diagnosis.Wrong(), "main loop");
-    EXPECT_EQ(diagnosis.Text("main loop"), "the service left the bus when it was asked");
+    EXPECT_EQ(diagnosis.Text("main loop"), "the service left the bus when it was called");
 }
 
 TEST_F(DoctorOfAService, TheDoctorSaysThatTheServiceSpeaksAnotherProtocol)
@@ -246,7 +247,8 @@ TEST(DoctorTest, TellsAServiceWithoutAMainLoopFromOneThatIsGone)
     CConnectionHelperDBusServer::Destroy();
     EXPECT_EQ(diagnosis.result.code, 4);
     EXPECT_EQ(diagnosis.Wrong(), "main loop");
-    EXPECT_EQ(diagnosis.Text("main loop"), Self() + " answers a ping, but no application within 2 seconds");
+    EXPECT_EQ(diagnosis.Text("main loop"),
+              Self() + " answers a ping, but does not answer applications within 2 seconds");
 }
 
 class DoctorAtTheDesk : public testing::Test

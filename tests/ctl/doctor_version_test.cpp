@@ -35,7 +35,7 @@ TEST_F(DoctorVersion, TheLibraryThatIsReallyLoadedIsNamed)
     EXPECT_THAT(diagnosis.Text("version"), HasSubstr(", but " + m_file + ", which it has loaded, is 0.9.9"));
     EXPECT_EQ(diagnosis.Command("version"), "unset LD_LIBRARY_PATH");
     EXPECT_EQ(diagnosis.checks.at("version")["note"].asString(),
-              m_file + " is in the way: LD_LIBRARY_PATH names its folder.");
+              m_file + " is found first: its folder is in LD_LIBRARY_PATH.");
 }
 
 /// The folder may be named through a link, and beside others.

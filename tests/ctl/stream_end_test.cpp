@@ -111,7 +111,8 @@ TEST_F(StreamTest, TellsOnceThatTheSourceHasEnded)
     m_service.Answer("GetSourceState", {{"result_internal", "1"}, {"sourcestate", "3"}});
     auto const child = StartSubscribed({"pes", "--count", "1"});
     ASSERT_TRUE(child->WaitForErrors(
-        "zviptvctl: the source has ended: packets come only if it starts again; Ctrl-C ends\n", patience));
+        "zviptvctl: the source has ended: packets arrive only if it starts again; press Ctrl-C to end\n",
+        patience));
     PushPes("1", "256", "1", "x"); // it waits all the same
     EXPECT_EQ(Finish(*child).code, 0);
     EXPECT_EQ(child->Output(), "video pid=0x0100 pts=1 size=1\n");
@@ -122,7 +123,8 @@ TEST_F(StreamTest, TellsOfSilenceAndThenOfTheEnd)
 {
     m_service.Answer("GetSourceState", {{"result_internal", "1"}, {"sourcestate", "2"}});
     auto const child = StartSubscribed({"caption"}, "requestCaptionCB");
-    ASSERT_TRUE(child->WaitForErrors("zviptvctl: nothing has come for 5 seconds; Ctrl-C ends\n", patience));
+    ASSERT_TRUE(
+        child->WaitForErrors("zviptvctl: no data has arrived for 5 seconds; Ctrl-C ends\n", patience));
     m_service.ClearRecords();
     ASSERT_TRUE(m_service.WaitForRequest("GetSourceState")); // five seconds later
     m_service.Answer("GetSourceState", {{"result_internal", "1"}, {"sourcestate", "3"}});
@@ -140,7 +142,7 @@ TEST_F(StreamTest, TellsOfSilenceWithoutASourceStateToo)
     auto const child = StartSubscribed({"pes", "--seconds", "6"});
     CtlResult const result = Finish(*child);
     EXPECT_EQ(result.code, 0);
-    EXPECT_THAT(result.errors, StartsWith("zviptvctl: nothing has come for 5 seconds; Ctrl-C ends\n"));
+    EXPECT_THAT(result.errors, StartsWith("zviptvctl: no data has arrived for 5 seconds; Ctrl-C ends\n"));
 }
 
 TEST_F(StreamTest, UnreadableNotificationsAreToldAndSkipped)

@@ -89,7 +89,7 @@ TEST(UsageTest, HelpIsACommandToo)
     EXPECT_EQ(help.output, RunAlone({"guide", "list", "--help"}).output);
     EXPECT_THAT(help.output, HasSubstr("\n  SERVICE REQUIRED            Id of the service"));
     EXPECT_THAT(help.output,
-                HasSubstr("\n  START REQUIRED              Begin, in the service's units; zviptv-sim: "
+                HasSubstr("\n  START REQUIRED              Start, in the service's units; zviptv-sim: "
                           "Unix seconds\n"));
 }
 
@@ -164,7 +164,7 @@ INSTANTIATE_TEST_SUITE_P(
         Mistake{{}, "zviptvctl: a command is required\n'zviptvctl --help' shows more\n"},
         Mistake{{"stauts"}, "zviptvctl: unknown command 'stauts'; did you mean status?\n"},
         Mistake{{"--jsno", "status"}, "zviptvctl: unknown option '--jsno'\n"},
-        Mistake{{"status", "now"}, "zviptvctl status: one argument too many: 'now'\n"},
+        Mistake{{"status", "now"}, "zviptvctl status: unexpected argument: 'now'\n"},
         Mistake{{"audio", "selct", "1"}, "zviptvctl audio: unknown command 'selct'; did you mean select?\n"},
         Mistake{{"audio", "select"}, "zviptvctl audio select: N is required\n"},
         Mistake{{"pes", "--count"}, "zviptvctl pes: --count needs a value\n"},
@@ -176,7 +176,7 @@ INSTANTIATE_TEST_SUITE_P(
                 "zviptvctl: argument 'SERVICE' of 'guide now' is an unsigned 64-bit number"},
         Mistake{{"captions", "select", "text", "0"},
                 "zviptvctl: argument 'TYPE' of 'captions select' is EZVISDBText"},
-        Mistake{{"call"}, "zviptvctl: call which method? 'zviptvctl methods' lists them\n"},
+        Mistake{{"call"}, "zviptvctl: no method is given: 'zviptvctl methods' lists them\n"},
         Mistake{{"call", "GetSTC"}, "zviptvctl: unknown method 'GetSTC'; did you mean GetSTCCount"},
         Mistake{{"call", "SetCurrentTTX", "x"},
                 "zviptvctl: argument 'index' of SetCurrentTTX is an unsigned 32-bit number (0 to "

@@ -36,9 +36,9 @@ TEST_F(WatchTest, TellsStepByStepHowTheServiceGoesAndComesBack)
     ASSERT_TRUE(child->WaitForOutput("subscribed to PES packets\n", patience));
     m_service->Vanish();
     ASSERT_TRUE(child->WaitForOutput(
-        "the service left the bus: no more PES packets come\n"
+        "the service left the bus: no more PES packets arrive\n"
         "the player control object destroyed itself: its calls fail until it is created again\n"
-        "CreatePlayerControl now gives null: no service runs\n"
+        "CreatePlayerControl now returns null: no service runs\n"
         "the data subscriber stays, but its calls fail: UnSubscribeForPES was not sent (",
         patience))
         << child->Output();

@@ -88,7 +88,7 @@ TEST_F(PolicyDoctorTest, FindsNothingWrongForAnApplicationAndForRoot)
 
     Report const asRoot = Ask(rootUser);
     EXPECT_EQ(asRoot.code, 0) << asRoot.text;
-    EXPECT_THAT(asRoot.text, HasSubstr("\nok       group      root needs none\n"));
+    EXPECT_THAT(asRoot.text, HasSubstr("\nok       group      root needs no group\n"));
 }
 
 TEST_F(PolicyDoctorTest, TellsAStrangerToJoinTheGroup)
@@ -101,7 +101,7 @@ TEST_F(PolicyDoctorTest, TellsAStrangerToJoinTheGroup)
                 HasSubstr("\nwrong    group      user nobody does not belong to the group games\n"));
     EXPECT_THAT(report.text, HasSubstr("\n        sudo adduser nobody games\n        newgrp games\n"));
     EXPECT_THAT(report.text,
-                HasSubstr("\nunknown  main loop  not looked at: the bus does not let user nobody ask the "
+                HasSubstr("\nunknown  main loop  not checked: the bus does not let user nobody ask the "
                           "service\n"));
     EXPECT_THAT(report.text, HasSubstr("\nwrong: group\n"));
 }
@@ -114,7 +114,7 @@ TEST_F(PolicyDoctorTest, TellsWhoJoinedTheGroupTooLateToLogInAgain)
     EXPECT_EQ(report.code, 4) << report.text;
     EXPECT_THAT(
         report.text,
-        HasSubstr("\nwrong    group      user games was put into the group games after this process's "
+        HasSubstr("\nwrong    group      user games was added to the group games after this process's "
                   "login\n"));
     EXPECT_THAT(report.text, HasSubstr("\n        newgrp games\n"));
     EXPECT_THAT(report.text, Not(HasSubstr("adduser")));
@@ -127,7 +127,7 @@ TEST_F(PolicyDoctorTest, TheServicesOwnUserIsNoApplication)
     EXPECT_EQ(report.code, 0) << report.text;
     EXPECT_THAT(report.text, HasSubstr("\nok       policy     loaded"));
     EXPECT_THAT(report.text,
-                HasSubstr("\nunknown  group      not looked at: user daemon is the service's own"));
+                HasSubstr("\nunknown  group      not checked: user daemon is the service's own"));
     EXPECT_THAT(report.text, HasSubstr("nothing is wrong, as far as is known; unknown: group, main loop"));
 }
 
@@ -213,7 +213,7 @@ TEST_F(PolicyDoctorTest, NamesTheAccountsThatAreNotThere)
         report.text,
         HasSubstr("\nwrong    accounts   there is no user zviptv-none and no group zviptv-none-apps\n"));
     EXPECT_THAT(report.text,
-                HasSubstr("\nunknown  group      not looked at: there is no group zviptv-none-apps"));
+                HasSubstr("\nunknown  group      not checked: there is no group zviptv-none-apps"));
 }
 
 TEST_F(PolicyDoctorTest, NamesTheUserWhoIsNotLetIn)

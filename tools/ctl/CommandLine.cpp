@@ -115,9 +115,8 @@ void CommandLine::AddGlobalOptions(CLI::App& app)
         app.footer(""); // not the parent's
     }
     app.add_flag("--json", m_invocation.asJson, "Write JSON");
-    app.add_option("--profile", m_invocation.profile, "Profile of the handle; 1 unless given")
-        ->type_name("N");
-    app.add_option("--id", m_invocation.id, "Id of the handle, of which 16 bits count; 0 unless given")
+    app.add_option("--profile", m_invocation.profile, "Profile of the handle; 1 by default")->type_name("N");
+    app.add_option("--id", m_invocation.id, "Id of the handle, of which 16 bits count; 0 by default")
         ->type_name("N");
     app.add_flag("--log", m_invocation.echoLog, "Write the library's log lines to standard error");
 }
@@ -160,7 +159,7 @@ Answer CommandLine::Call(Session& session, std::vector<std::string> const& texts
         return ListMethods();
     }
     if (texts.empty()) {
-        throw Failure(ExitCode::Usage, "call which method? 'zviptvctl methods' lists them");
+        throw Failure(ExitCode::Usage, "no method is given: 'zviptvctl methods' lists them");
     }
     std::vector<std::string> const arguments(texts.begin() + 1, texts.end());
     return CallMethod(FindMethod(texts.front(), arguments.size()), session, arguments);
@@ -204,12 +203,12 @@ void CommandLine::AddDoctor()
 {
     auto const names = std::make_shared<doctor::Names>();
     CLI::App* const app =
-        m_app.add_subcommand("doctor", "Say what is wrong on this machine, and what fixes it");
+        m_app.add_subcommand("doctor", "Report what is wrong on this machine, and how to fix it");
     AddGlobalOptions(*app);
     app->footer(help::DoctorFooter);
-    app->add_option("--user", names->user, "The user as whom the service runs; zviptv unless given")
+    app->add_option("--user", names->user, "The user under which the service runs; zviptv by default")
         ->type_name("USER");
-    app->add_option("--group", names->group, "The group of applications; zviptv-apps unless given")
+    app->add_option("--group", names->group, "The group of applications; zviptv-apps by default")
         ->type_name("GROUP");
     app->callback(
         [this, names] { m_action = [this, names] { return doctor::Run(*names, m_invocation.asJson); }; });
@@ -218,7 +217,7 @@ void CommandLine::AddDoctor()
 void CommandLine::AddBatch()
 {
     CLI::App* const app = m_app.add_subcommand(
-        "batch", "Run commands from standard input, one a line, and answer each in JSON");
+        "batch", "Run commands from standard input, one per line, and answer each in JSON");
     AddGlobalOptions(*app);
     app->footer(help::BatchFooter);
     app->callback([this] {

@@ -81,7 +81,7 @@ void AddVerbs(CLI::App& simulator, std::function<void(CLI::App&)> const& prepare
 
 void CommandLine::AddSimulator()
 {
-    CLI::App* const simulator = m_app.add_subcommand("sim", "Steer the simulator that runs on the bus");
+    CLI::App* const simulator = m_app.add_subcommand("sim", "Control the simulator that runs on the bus");
     AddGlobalOptions(*simulator);
     simulator->require_subcommand(1);
     simulator->footer(help::SimulatorFooter);

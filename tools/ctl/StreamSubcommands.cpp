@@ -89,7 +89,7 @@ void CommandLine::AddWatch()
 {
     auto const seconds = std::make_shared<std::string>();
     CLI::App* const app =
-        m_app.add_subcommand("watch", "Watch the service as a long-living application sees it");
+        m_app.add_subcommand("watch", "Watch the service as a long-running application sees it");
     AddGlobalOptions(*app);
     app->footer(help::WatchFooter);
     app->add_option("--seconds", *seconds, "End after S seconds")->type_name("S");

@@ -26,7 +26,7 @@ std::string UsageMessage(CLI::App const& app, CLI::ParseError const& error)
         return "unknown option" + quoted;
     }
     if (names.empty()) {
-        return "one argument too many:" + quoted;
+        return "unexpected argument:" + quoted;
     }
     std::vector<std::string> const near = NearWords(unknown.front(), names);
     return "unknown command" + quoted + (near.empty() ? "" : "; did you mean " + Join(near, " or ") + "?");

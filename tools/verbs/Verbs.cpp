@@ -175,7 +175,7 @@ void CheckOptions(Verb const& verb, GVariant* options)
 std::vector<Verb> const& Verbs()
 {
     static std::vector<Verb> const verbs = {
-        {"pause", "Pause", {}, {}, "Stop the clock, and with it the stream"},
+        {"pause", "Pause", {}, {}, "Stop the clock and the stream"},
         {"play", "Play", {}, {}, "Let the clock run again"},
         {"seek", "Seek", {Form::Position}, {}, "Go to a position of the stream"},
         {"speed", "SetSpeed", {Form::Speed}, {}, "Let the clock run faster or slower; 1 is real time"},
@@ -189,10 +189,10 @@ std::vector<Verb> const& Verbs()
          {Form::Fault},
          {{"count", Form::Count, "Only N messages"},
           {"for", Form::FaultTime, "Only for S seconds of the simulator's clock"}},
-         "Make messages faulty, as --fault does"},
+         "Make messages faulty, like --fault"},
         {"fault remove", "RemoveFault", {Form::Fault}, {}, "Remove the faults with this text"},
         {"fault clear", "ClearFaults", {}, {}, "Remove all faults"},
-        {"mute", "Mute", {Form::Mutable, Form::Switch}, {}, "Mute the sound or the picture, or end that"},
+        {"mute", "Mute", {Form::Mutable, Form::Switch}, {}, "Mute the sound or the picture, or end the mute"},
         {"select", "Select", {Form::Track, Form::Index}, {}, "Select an audio track or a subtitle"},
         {"die",
          "Die",
@@ -200,8 +200,8 @@ std::vector<Verb> const& Verbs()
          {{"for", Form::Duration, "Come back after S seconds"}},
          "Kill the service; --restart-after, or --for, brings it back"},
         {"restart", "Restart", {}, {}, "Start a dead service, or kill it and start it again"},
-        {"reset", "Reset", {}, {}, "Go back to the start state, without a restart"},
-        {"quit", "Quit", {}, {}, "End the simulator as SIGTERM does"},
+        {"reset", "Reset", {}, {}, "Restore the initial state, without a restart"},
+        {"quit", "Quit", {}, {}, "End the simulator, like SIGTERM"},
     };
     return verbs;
 }

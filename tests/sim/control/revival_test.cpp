@@ -84,9 +84,9 @@ TEST_F(Revival, AnInputThatIsGoneShowsAsTheSourceState)
     EXPECT_EQ(m_remote->Get("Input"), "'" + other + "'");
     EXPECT_EQ(m_remote->Call("Seek", "(3.0,)"),
               Invalid + other + " cannot be played: load another input first");
-    EXPECT_TRUE(m_simulator->WaitForErrors("zviptv-sim: cannot open " + other +
-                                               ": No such file or directory; the service goes on answering\n",
-                                           Patience))
+    EXPECT_TRUE(m_simulator->WaitForErrors(
+        "zviptv-sim: cannot open " + other + ": No such file or directory; the service continues to answer\n",
+        Patience))
         << m_simulator->Errors();
     Application application;
     application.Announce("PLAYERCONTROL");
@@ -148,7 +148,7 @@ TEST_F(Revival, AServiceWhoseGuideIsGoneComesBack)
     ASSERT_EQ(m_remote->Call("Restart"), Done);
     EXPECT_EQ(m_remote->Get("SourceState"), "'playing'");
     EXPECT_TRUE(m_simulator->WaitForErrors(
-        guide + ": No such file or directory; the service goes on without this guide\n", Patience))
+        guide + ": No such file or directory; the service continues without this guide\n", Patience))
         << m_simulator->Errors();
     Application application;
     application.Announce("IPGUTIL");

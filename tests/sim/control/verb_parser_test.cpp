@@ -75,7 +75,7 @@ TEST(VerbParser, SaysWhatIsAccepted)
     EXPECT_THAT(Understood(""), testing::StartsWith("a verb is missing: use pause, play, "));
     EXPECT_THAT(Understood("jump"), testing::StartsWith("unknown verb 'jump': use pause, play, "));
     EXPECT_EQ(Understood("load \xFF"),
-              "load: an argument is not UTF-8 text; use an input as --ts takes it; use "
+              "load: an argument is not UTF-8 text; use an input like that of --ts; use "
               "load INPUT");
 }
 

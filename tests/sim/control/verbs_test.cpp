@@ -79,7 +79,7 @@ TEST_F(Verbs, AnotherInputIsLoadedOrTheFirstStays)
     EXPECT_EQ(m_remote->Call("Load", "('/no/such.ts',)"),
               std::string(Failed) + "cannot open /no/such.ts: No such file or directory");
     EXPECT_EQ(m_remote->Get("Input"), "'" + other + "'");
-    EXPECT_EQ(m_remote->Call("Load", "('',)"), std::string(Invalid) + "'' is not an input as --ts takes it");
+    EXPECT_EQ(m_remote->Call("Load", "('',)"), std::string(Invalid) + "'' is not an input like that of --ts");
 }
 
 /// Its sender sets the pace.
@@ -135,7 +135,7 @@ TEST_F(Verbs, NoProgrammeCanBeSelectedBeforeItsTablesHaveCome)
     ASSERT_EQ(m_remote->Call("Load", "('" + url + "',)"), Done);
     EXPECT_EQ(m_remote->Call("SelectProgramme", "(1,)"),
               std::string(Invalid) +
-                  "programme 1 is not known, since no PAT and PMT were received yet: wait until "
+                  "programme 1 is not known, because no PAT and PMT were received yet: wait until "
                   "the property Programmes lists it");
 }
 

@@ -15,7 +15,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 
 constexpr std::chrono::seconds Patience{20};
-constexpr char Killed[] = "zviptv-sim: the command does not end when it is told, and is killed\n";
+constexpr char Killed[] = "zviptv-sim: the command did not end when asked to, and is killed\n";
 
 std::vector<std::string> Beside(std::vector<std::string> const& command)
 {

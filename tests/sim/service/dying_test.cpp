@@ -111,7 +111,7 @@ TEST_F(Dying, SaysThatTheServiceComesBackWithoutItsGuide)
     Start({"--guide", path, "--die-after", "0.5", "--restart-after", "0.1"}, "rm '" + path + "'; ");
     EXPECT_TRUE(m_process->WaitForErrors(
         std::string(Dies) + ComesBack + "zviptv-sim: cannot load the guide: " + path +
-            ": No such file or directory; the service goes on without this guide\n",
+            ": No such file or directory; the service continues without this guide\n",
         Patience));
     ExpectEnd();
 }

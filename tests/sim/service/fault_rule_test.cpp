@@ -92,7 +92,7 @@ TEST(FaultRule, SaysWhatAnArgumentMayBe)
     for (auto const& [text, reason] : std::initializer_list<std::pair<char const*, char const*>>{
              {"MuteAudio=delay", "delay needs a MS; use MuteAudio=delay:MS, drop"},
              {"MuteAudio=missing:", "missing needs a KEY; use"},
-             {"MuteAudio=drop:1", "drop takes nothing after it; use"},
+             {"MuteAudio=drop:1", "drop accepts nothing after it; use"},
              {"MuteAudio=delay:x", "'x' is not a number of milliseconds, 0 to 2147483647"},
              {"MuteAudio=delay:-1", "'-1' is not a number of milliseconds, 0 to 2147483647"},
              {"MuteAudio=delay:1.5", "'1.5' is not a number of milliseconds, 0 to 2147483647"},

@@ -104,7 +104,7 @@ TEST_F(GuideLoading, AFileThatCannotBeLoadedChangesNothing)
     std::ofstream(m_big, std::ios::app) << "</surplus>";
     EXPECT_EQ(Clone(m_big), "0");
     EXPECT_TRUE(m_simulator->WaitForErrors("zviptv-sim: cannot load the guide: " + m_big + ":", Patience));
-    EXPECT_TRUE(m_simulator->WaitForErrors("; the one before stays\n", Patience));
+    EXPECT_TRUE(m_simulator->WaitForErrors("; the previous one stays loaded\n", Patience));
     EXPECT_EQ(m_application.Ask(Type, {{"functionname", "ExistXmlForIPG"}}).Value("data"), "1");
     EXPECT_EQ(ProgrammesOf200(), "0");
 }

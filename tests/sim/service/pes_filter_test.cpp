@@ -77,9 +77,10 @@ TEST(PesFilterWords, ThatMeanNothingAreRefused)
         ChildProcess process(
             {ZVIPTV_SIM, "--ts", ZVIPTV_SAMPLE_FILE, "--pes", std::string("video,") + word + ",audio"});
         EXPECT_EQ(process.Wait(Patience), (ExitStatus{2, 0})) << word;
-        EXPECT_THAT(process.Errors(), HasSubstr(std::string("zviptv-sim: '") + word +
-                                                "' is no kind of PES packet: use audio, subtitle, teletext, "
-                                                "caption, video, a PID up to 8191 or 0x1FFF"));
+        EXPECT_THAT(process.Errors(),
+                    HasSubstr(std::string("zviptv-sim: '") + word +
+                              "' is not a kind of PES packet: use audio, subtitle, teletext, "
+                              "caption, video, a PID up to 8191 or 0x1FFF"));
     }
 }
 

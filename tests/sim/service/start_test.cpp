@@ -68,7 +68,7 @@ TEST_F(SlowStart, IsGivenUpWhenItIsTold)
         ASSERT_NE(Loading(process), 0);
         process.Signal(number);
         EXPECT_EQ(process.Wait(Patience), (ExitStatus{128 + number, 0}));
-        EXPECT_EQ(process.Errors(), "zviptv-sim: told to end before the service was ready\n");
+        EXPECT_EQ(process.Errors(), "zviptv-sim: ended before the service was ready\n");
         EXPECT_EQ(process.Output(), "");
     }
 }

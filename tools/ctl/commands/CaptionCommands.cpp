@@ -59,7 +59,7 @@ Answer SelectCaption(Session& session, CommandArguments const& arguments)
     auto& player = session.Get<IPlayerControl>();
     std::string const text = LowerName(type) + " " + std::to_string(index);
     return Done(session.Ask("SetCurrentISDBText", [&] { return player.SetCurrentISDBText(type, index); }),
-                text + " selected", "select " + text, "'zviptvctl captions list' shows which there are");
+                text + " selected", "select " + text, "'zviptvctl captions list' lists them");
 }
 
 } // namespace

@@ -18,9 +18,9 @@ std::vector<CommandGroup> const& CommandGroups()
         {"subtitle", "List or select subtitles, DVB and teletext"},
         {"ttx", "List or select teletext pages"},
         {"captions", "List or select ISDB captions and superimposed text"},
-        {"mute", "Silence the sound or blank the picture"},
-        {"unlock", "Lift or restore parental locks"},
-        {"guide", "Ask the programme guide"},
+        {"mute", "Mute or unmute the sound, or blank or show the picture"},
+        {"unlock", "Unlock, or restore the parental lock"},
+        {"guide", "Query the programme guide"},
     };
     return groups;
 }

@@ -72,7 +72,7 @@ std::string Shortage(Json::Value const& programmes, int size)
         return std::string();
     }
     return "the list ends after " + std::to_string(programmes.size()) + " of " + std::to_string(size) +
-           " programmes, since a message takes no more: ask again from a later START";
+           " programmes, because a message holds no more: ask again from a later START";
 }
 
 Answer List(Session& session, CommandArguments const& arguments)
@@ -134,7 +134,7 @@ Answer Load(Session& session, CommandArguments const& arguments)
     session.Ask("CloneUSBToTV", [&] { return session.Get<IIPGUtil>().CloneUSBToTV(path, done); });
     Answer answer = Done(done, "guide data copied from " + PrintableText(path),
                          "copy guide data from " + PrintableText(path),
-                         "it reads the path as its own user, and may say more itself");
+                         "it reads the path as its own user; see its own messages");
     answer.json["done"] = done;
     return answer;
 }
@@ -145,10 +145,10 @@ std::vector<Command> GuideCommands()
 {
     CommandArgument const service = {"SERVICE", "Id of the service in the guide"};
     CommandArgument const event = {"EVENT", "Id of the programme's event"};
-    CommandArgument const start = {"START", "Begin, in the service's units; zviptv-sim: Unix seconds"};
+    CommandArgument const start = {"START", "Start, in the service's units; zviptv-sim: Unix seconds"};
     CommandArgument const duration = {"DURATION", "Length, in the service's units; zviptv-sim: seconds"};
     return {
-        {"guide", "exists", {}, "Tell whether the guide has data", Exists},
+        {"guide", "exists", {}, "Show whether the guide has data", Exists},
         {"guide", "now", {service}, "Show the present programme of a service", Now},
         {"guide", "list", {service, start, duration}, "List programmes of a service, from START on", List},
         {"guide", "find", {service, event}, "Show a programme of a service by its event id", Find},
@@ -162,7 +162,7 @@ std::vector<Command> GuideCommands()
         {"guide",
          "load",
          {{"PATH", "Path, as the service sees it"}},
-         "Have the service copy guide data from PATH",
+         "Make the service copy guide data from PATH",
          Load},
     };
 }

@@ -16,7 +16,7 @@ Answer MuteAudio(Session& session, CommandArguments const& arguments)
     bool const on = arguments.Get<bool>(0);
     auto& player = session.Get<IPlayerControl>();
     return Done(session.Ask("MuteAudio", [&] { return player.MuteAudio(on); }),
-                on ? "audio muted" : "audio not muted", on ? "mute the audio" : "let the audio be heard",
+                on ? "audio muted" : "audio not muted", on ? "mute the audio" : "unmute the audio",
                 WhetherItPlays);
 }
 
@@ -65,7 +65,7 @@ Answer Unlock(Session& session, CommandArguments const& /*arguments*/)
 {
     static char const* const done[] = {"locked again", "the present programme is unlocked",
                                        "the service is unlocked until another one is selected",
-                                       "everything is unlocked until the set is switched off"};
+                                       "everything is unlocked until the television is switched off"};
     auto& broadcast = session.Get<IBroadcastData>();
     return Done(session.Ask("SetUnlockedInfo", [&] { return broadcast.SetUnlockedInfo(Lock); }), done[Lock],
                 "change the lock", WhatIsLocked);
@@ -75,7 +75,7 @@ Answer UnlockPin(Session& session, CommandArguments const& /*arguments*/)
 {
     auto& broadcast = session.Get<IBroadcastData>();
     return Done(session.Ask("UnMuteByRatingPin", [&] { return broadcast.UnMuteByRatingPin(); }),
-                "the mute of the locked programme is lifted", "lift the mute", WhatIsLocked);
+                "the locked programme is unlocked", "unlock the programme", WhatIsLocked);
 }
 
 } // namespace
@@ -83,11 +83,7 @@ Answer UnlockPin(Session& session, CommandArguments const& /*arguments*/)
 std::vector<Command> LockCommands()
 {
     return {
-        {"mute",
-         "audio",
-         {{"STATE", "on or off"}},
-         "Mute the sound (on) or let it be heard (off)",
-         MuteAudio},
+        {"mute", "audio", {{"STATE", "on or off"}}, "Mute the sound (on) or unmute it (off)", MuteAudio},
         {"mute", "video", {{"STATE", "on or off"}}, "Mute the picture (on) or show it (off)", MuteVideo},
         {"", "rating", {}, "List the ratings of the present programme and what is locked", Rating},
         {"unlock", "programme", {}, "Unlock the present programme", Unlock<ZV_PARENTAL_UNLOCKED_PROGRAMME>},
@@ -99,10 +95,10 @@ std::vector<Command> LockCommands()
         {"unlock",
          "all",
          {},
-         "Unlock everything until the set is switched off",
+         "Unlock everything until the television is switched off",
          Unlock<ZV_PARENTAL_UNLOCKED_ALL>},
         {"unlock", "lock", {}, "Lock again", Unlock<ZV_PARENTAL_LOCKED>},
-        {"unlock", "pin", {}, "Lift the mute of a locked programme, as after the PIN was entered", UnlockPin},
+        {"unlock", "pin", {}, "Unlock the locked programme, as after the PIN was entered", UnlockPin},
     };
 }
 

@@ -102,10 +102,10 @@ void Stream::TellSilence()
 {
     if (!m_toldEnd && HasSourceEnded()) {
         m_toldEnd = m_toldSilence = true;
-        Say("the source has ended: packets come only if it starts again; Ctrl-C ends");
+        Say("the source has ended: packets arrive only if it starts again; press Ctrl-C to end");
     } else if (!m_toldSilence) {
         m_toldSilence = true;
-        Say("nothing has come for " + std::to_string(LongSilence) + " seconds; Ctrl-C ends");
+        Say("no data has arrived for " + std::to_string(LongSilence) + " seconds; Ctrl-C ends");
     }
 }
 

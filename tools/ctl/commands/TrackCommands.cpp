@@ -65,8 +65,7 @@ Answer SelectAudio(Session& session, CommandArguments const& arguments)
     auto& player = session.Get<IPlayerControl>();
     return Done(session.Ask("SetCurrentAudioByIndex", [&] { return player.SetCurrentAudioByIndex(index); }),
                 "audio track " + std::to_string(index) + " selected",
-                "select audio track " + std::to_string(index),
-                "'zviptvctl audio list' shows which there are");
+                "select audio track " + std::to_string(index), "'zviptvctl audio list' lists them");
 }
 
 Answer ListTeletext(Session& session, CommandArguments const& /*arguments*/)
@@ -103,8 +102,7 @@ Answer SelectTeletext(Session& session, CommandArguments const& arguments)
     auto& player = session.Get<IPlayerControl>();
     return Done(session.Ask("SetCurrentTTX", [&] { return player.SetCurrentTTX(index); }),
                 "teletext entry " + std::to_string(index) + " selected",
-                "select teletext entry " + std::to_string(index),
-                "'zviptvctl ttx list' shows which there are");
+                "select teletext entry " + std::to_string(index), "'zviptvctl ttx list' lists them");
 }
 
 Answer ListSubtitles(Session& session, CommandArguments const& /*arguments*/)
@@ -145,7 +143,7 @@ Answer SelectSubtitle(Session& session, CommandArguments const& arguments)
     auto& player = session.Get<IPlayerControl>();
     return Done(session.Ask("SetCurrentHybridSBT", [&] { return player.SetCurrentHybridSBT(index); }),
                 "subtitle " + std::to_string(index) + " selected", "select subtitle " + std::to_string(index),
-                "'zviptvctl subtitle list' shows which there are");
+                "'zviptvctl subtitle list' lists them");
 }
 
 } // namespace
@@ -153,7 +151,7 @@ Answer SelectSubtitle(Session& session, CommandArguments const& arguments)
 std::vector<Command> TrackCommands()
 {
     return {
-        {"audio", "list", {}, "List the audio tracks; a star marks the one that is heard", ListAudio},
+        {"audio", "list", {}, "List the audio tracks; a star marks the current one", ListAudio},
         {"audio",
          "select",
          {{"N", "Number of the track in 'audio list', from 0"}},

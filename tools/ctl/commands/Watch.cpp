@@ -159,7 +159,7 @@ void Watch::OnService(ServiceWatch::Event event)
         m_loop.Quit();
     } else if (event == ServiceWatch::Event::Gone && m_state == State::Connected) {
         m_state = State::Losing;
-        Say("lost", "the service left the bus: no more PES packets come");
+        Say("lost", "the service left the bus: no more PES packets arrive");
     }
 }
 
@@ -207,9 +207,9 @@ void Watch::TellFactory()
     Handle const& handle = m_session.HandleOfCalls();
     CIPTVServiceAPI::CreatePlayerControl(handle.profile, handle.id, &player);
     if (player == nullptr) {
-        Say("factory-refuses", "CreatePlayerControl now gives null: no service runs");
+        Say("factory-refuses", "CreatePlayerControl now returns null: no service runs");
     } else {
-        Say("factory-works", "CreatePlayerControl gives a new object already");
+        Say("factory-works", "CreatePlayerControl already returns a new object");
     }
 }
 

@@ -82,7 +82,7 @@ BusProbe::BusProbe(BusFacts& facts)
     facts.reach = error ? ReachOf(error, stream != nullptr) : Reach::Absent;
     facts.reason = facts.reach == Reach::Silent ? "no answer within 2 seconds"
                    : error                      ? error.Message()
-                                                : "no reason is told";
+                                                : "no reason given";
 }
 
 /// GLib's own greeting of a bus cannot be given up, and waits for 25 seconds.

@@ -17,7 +17,7 @@ Finding Unknown(char const* check, std::string const& why)
 
 Finding NotLookedAt(char const* check, std::string const& why)
 {
-    return Unknown(check, "not looked at: " + why);
+    return Unknown(check, "not checked: " + why);
 }
 
 Finding Wrong(char const* check, ExitCode code, std::string const& text, std::string const& meaning,
@@ -43,10 +43,10 @@ bool IsLetThrough(Facts const& facts)
 std::optional<Finding> NoPolicyMatters(Facts const& facts, char const* check)
 {
     if (facts.bus.reach != Reach::Reached) {
-        return NotLookedAt(check, "no bus is reached");
+        return NotLookedAt(check, "there is no connection to a bus");
     }
     if (!facts.policy.deniesByDefault) {
-        return Unknown(check, "the bus does not tell whether it needs a policy");
+        return Unknown(check, "the bus does not report whether it needs a policy");
     }
     if (!*facts.policy.deniesByDefault) {
         return Ok(check, "not needed: this bus lets everybody call everybody");
@@ -57,10 +57,10 @@ std::optional<Finding> NoPolicyMatters(Facts const& facts, char const* check)
 std::optional<Finding> NoOwner(Facts const& facts, char const* check)
 {
     if (facts.bus.reach != Reach::Reached) {
-        return NotLookedAt(check, "no bus is reached");
+        return NotLookedAt(check, "there is no connection to a bus");
     }
     if (!facts.service.isOwned) {
-        return Unknown(check, "the bus does not tell whether there is a service");
+        return Unknown(check, "the bus does not report whether there is a service");
     }
     if (!*facts.service.isOwned) {
         return NotLookedAt(check, "there is no service");

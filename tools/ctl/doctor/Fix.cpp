@@ -34,7 +34,7 @@ bool HasUnit(Facts const& facts)
 std::string StreamNote(Facts const& facts)
 {
     bool const isNamed = HasUnit(facts) || facts.machine.sample != MachineFacts().sample;
-    return isNamed ? "" : " " + facts.machine.sample + " stands for your own stream.";
+    return isNamed ? "" : " Replace " + facts.machine.sample + " with your own stream.";
 }
 
 } // namespace
@@ -54,13 +54,13 @@ Fix StartService(Facts const& facts)
 {
     if (HasUnit(facts)) {
         return {{AsRoot(facts, "systemctl start zviptv-sim")},
-                "That is the simulator. If it does not start: systemctl status zviptv-sim"};
+                "This starts the simulator. If it does not start, run: systemctl status zviptv-sim"};
     }
     std::string const simulator =
         Quoted(facts.machine.simulator) + " --bus system --ts " + Quoted(facts.machine.sample) + " --loop";
     bool const denies = facts.policy.deniesByDefault.value_or(!facts.bus.isFromEnvironment);
     return {{denies ? AsServiceUser(facts, simulator) : simulator},
-            std::string("That is the simulator; ") + OwnService + StreamNote(facts)};
+            std::string("This starts the simulator; ") + OwnService + StreamNote(facts)};
 }
 
 Fix ReplaceService(Facts const& facts)

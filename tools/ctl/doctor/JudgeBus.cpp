@@ -16,7 +16,7 @@ std::string Place(Facts const& facts)
 
 std::string DeskInstead(Facts const& facts)
 {
-    return "For a private bus and a simulated service: " + StartDesk(facts);
+    return "For a private bus and a simulated service, run: " + StartDesk(facts);
 }
 
 Finding Absent(Facts const& facts)
@@ -25,7 +25,7 @@ Finding Absent(Facts const& facts)
     std::string const meaning = "An application finds no service and gets null instead of objects.";
     if (facts.bus.isFromEnvironment) {
         return Wrong(Check, ExitCode::NoService, text, meaning, {Unset},
-                     "The machine's own bus is used then. " + DeskInstead(facts));
+                     "Then the machine's own bus is used. " + DeskInstead(facts));
     }
     std::vector<std::string> commands;
     if (!facts.machine.hasDBus) {
@@ -43,7 +43,7 @@ Finding Refused(Facts const& facts)
     std::string const meaning = "An application of this user finds no service.";
     if (facts.bus.isFromEnvironment) {
         return Wrong(Check, ExitCode::NoService, text, meaning, {Unset},
-                     "Or be the user who started that bus. " + DeskInstead(facts));
+                     "Or run the command as the user who started that bus. " + DeskInstead(facts));
     }
     if (facts.bus.reach == Reach::Refused) {
         return Wrong(
@@ -53,16 +53,17 @@ Finding Refused(Facts const& facts)
     }
     return Wrong(Check, ExitCode::NoService, text, meaning,
                  {AsRoot(facts, "chmod a+rw /run/dbus/system_bus_socket")},
-                 "Everybody has to reach the system bus; what each may do there the policy says.");
+                 "Every user must be able to reach the system bus; its policy decides what each may do.");
 }
 
 Finding Silent(Facts const& facts)
 {
     return Wrong(Check, ExitCode::NoAnswer,
-                 "the bus at " + Place(facts) + " takes connections and does not answer: " + facts.bus.reason,
+                 "the bus at " + Place(facts) +
+                     " accepts connections but does not answer: " + facts.bus.reason,
                  "An application hangs as soon as it creates an object.",
                  {facts.bus.isFromEnvironment ? "pkill -CONT dbus-" : AsRoot(facts, "pkill -CONT dbus-")},
-                 "That lets a stopped bus run on. One that still does not answer has to be started again.");
+                 "The command continues a stopped bus. If the bus still does not answer, start it again.");
 }
 
 } // namespace

@@ -146,7 +146,7 @@ Finding JudgeEndpoints(Facts const& facts)
         return Ok(Check, "the service has one for each interface");
     }
     return Wrong(Check, problems.front().code, TextOf(problems),
-                 "An application gets objects, but their calls reach nobody and answer false.",
+                 "An application gets objects, but their calls reach no endpoint and return false.",
                  RestartService(facts), NamingNote);
 }
 
@@ -159,7 +159,7 @@ Finding JudgeRequests(Facts const& facts)
     std::vector<Problem> const problems = ProblemsOf(facts, ReplyProblem, &EndpointFacts::function);
     if (!problems.empty()) {
         return Wrong(Check, problems.front().code, TextOf(problems),
-                     "An application's calls answer false, or throw an exception.", RestartService(facts),
+                     "An application's calls return false, or throw an exception.", RestartService(facts),
                      ReplyNote);
     }
     bool const isAsked =

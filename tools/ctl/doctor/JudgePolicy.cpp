@@ -35,7 +35,7 @@ std::vector<std::string> MakeAccounts(Facts const& facts)
 
 Finding NotLoaded(Facts const& facts)
 {
-    constexpr char Meaning[] = "The bus lets nobody be the service and nobody call it.";
+    constexpr char Meaning[] = "Nobody may run the service on this bus, and nobody may call it.";
     if (!facts.policy.files.empty()) {
         return Wrong("policy", ExitCode::NoAnswer, "the bus has not loaded " + Files(facts), Meaning,
                      {ReloadBus(facts)}, OtherNames);
@@ -64,7 +64,7 @@ Finding JudgeAccounts(Facts const& facts)
                                 : facts.accounts.hasGroup ? user
                                                           : user + " and no " + group;
     return Wrong("accounts", ExitCode::NoAnswer, "there is no " + missing,
-                 "The bus ignores what its policy says of them, and refuses the service or its applications.",
+                 "The bus ignores its policy's rules for them, and refuses the service or its applications.",
                  MakeAccounts(facts), OtherNames);
 }
 
@@ -76,28 +76,29 @@ Finding JudgePolicy(Facts const& facts)
     PolicyFacts const& policy = facts.policy;
     Names const& names = facts.accounts.names;
     if (!policy.isLoaded) {
-        return Unknown("policy", "the bus does not tell whether it is loaded");
+        return Unknown("policy", "the bus does not report whether it is loaded");
     }
     if (!*policy.isLoaded) {
-        return IsLetThrough(facts) ? Ok("policy", "another one than the packages' lets user " +
+        return IsLetThrough(facts) ? Ok("policy", "a policy other than the packages' lets user " +
                                                       facts.caller.name + " call the service")
                                    : NotLoaded(facts);
     }
     if (policy.isServiceAllowed && !*policy.isServiceAllowed) {
         return Wrong("policy", ExitCode::NoAnswer,
                      "the bus has loaded the policy, but not for user " + names.user,
-                     "The service may not own its name. The user was made after the bus read the policy.",
+                     "The service may not own its name. The user was created after the bus read the policy.",
                      {ReloadBus(facts)}, OtherNames);
     }
     bool const mayCall = facts.caller.isRoot || facts.caller.isMember;
     if (facts.service.outcome == Outcome::Forbidden && mayCall) {
         std::string const who =
             facts.caller.isRoot ? "root" : "user " + facts.caller.name + " of the group " + names.group;
-        return Wrong("policy", ExitCode::NoAnswer,
-                     "the bus has loaded the policy, but does not let " + who + " call the service",
-                     "An application gets no answer: " + facts.service.error, {ReloadBus(facts)},
-                     "The group may have been made after the bus read the policy. If it stays so, another "
-                     "policy in /etc/dbus-1/system.d forbids it.");
+        return Wrong(
+            "policy", ExitCode::NoAnswer,
+            "the bus has loaded the policy, but does not let " + who + " call the service",
+            "An application gets no answer: " + facts.service.error, {ReloadBus(facts)},
+            "The group may have been created after the bus read the policy. If this does not help, another "
+            "policy in /etc/dbus-1/system.d forbids it.");
     }
     return Ok("policy", "loaded" + (policy.files.empty() ? "" : " (" + Files(facts) + ")"));
 }
@@ -112,7 +113,7 @@ Finding JudgeGroup(Facts const& facts)
     std::string const& group = facts.accounts.names.group;
     std::string const user = "user " + caller.name;
     if (caller.isRoot) {
-        return Ok("group", "root needs none");
+        return Ok("group", "root needs no group");
     }
     if (caller.isMember) {
         return Ok("group", user + " belongs to the group " + group);
@@ -121,21 +122,21 @@ Finding JudgeGroup(Facts const& facts)
         return Ok("group", "not needed: the bus lets " + user + " call the service");
     }
     if (caller.isServiceUser) {
-        return NotLookedAt("group", user + " is the service's own, not an application's");
+        return NotLookedAt("group", user + " runs the service, not applications");
     }
     if (!facts.accounts.hasGroup) {
         return NotLookedAt("group", "there is no group " + group);
     }
     if (caller.isListed) {
         return Wrong("group", ExitCode::NoAnswer,
-                     user + " was put into the group " + group + " after this process's login", Meaning,
+                     user + " was added to the group " + group + " after this process's login", Meaning,
                      {"newgrp " + Quoted(group)},
-                     "That does for one shell. For everything, log out and in again.");
+                     "This applies to one shell only. For all programs, log out and in again.");
     }
     return Wrong(
         "group", ExitCode::NoAnswer, user + " does not belong to the group " + group, Meaning,
         {AsRoot(facts, "adduser " + Quoted(caller.name) + " " + Quoted(group)), "newgrp " + Quoted(group)},
-        "The second command does for one shell. For everything, log out and in again.");
+        "The second command applies to one shell only. For all programs, log out and in again.");
 }
 
 } // namespace zviptv::ctl::doctor

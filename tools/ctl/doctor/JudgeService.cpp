@@ -14,7 +14,7 @@ std::string Owner(Facts const& facts)
 }
 
 /// What an application waits for in vain.
-constexpr char NoAnswer[] = "An application waits 2 seconds for an answer; then its calls answer false.";
+constexpr char NoAnswer[] = "An application waits 2 seconds for an answer; then its calls return false.";
 
 Finding Silence(Facts const& facts)
 {
@@ -27,12 +27,12 @@ Finding Silence(Facts const& facts)
     }
     if (service.isConnectionAlive) {
         return Wrong("main loop", ExitCode::NoAnswer,
-                     process + " answers a ping, but no application within 2 seconds", NoAnswer,
+                     process + " answers a ping, but does not answer applications within 2 seconds", NoAnswer,
                      RestartService(facts),
-                     "In a service with GLib the main loop stands still: a thread beside it answers pings.");
+                     "In a service with GLib, the main loop is blocked: another thread answers pings.");
     }
     return Wrong("main loop", ExitCode::NoAnswer,
-                 process + " answers nothing within 2 seconds, not even a ping", NoAnswer,
+                 process + " does not answer within 2 seconds, not even a ping", NoAnswer,
                  RestartService(facts));
 }
 
@@ -58,14 +58,14 @@ Finding JudgeOwner(Facts const& facts)
     ServiceFacts const& service = facts.service;
     Names const& names = facts.accounts.names;
     if (!service.userId) {
-        return Unknown("owner", "the bus does not tell as whom the service runs");
+        return Unknown("owner", "the bus does not report which user runs the service");
     }
     if (!facts.policy.deniesByDefault) {
         return Unknown("owner",
-                       "user " + service.userName + "; the bus does not tell whether it needs a policy");
+                       "user " + service.userName + "; the bus does not report whether it needs a policy");
     }
     if (!*facts.policy.deniesByDefault) {
-        return Ok("owner", "user " + service.userName + "; on this bus the service may be anybody's");
+        return Ok("owner", "user " + service.userName + "; on this bus any user may run the service");
     }
     if (!facts.accounts.userId) {
         return NotLookedAt("owner", "there is no user " + names.user);
@@ -74,8 +74,8 @@ Finding JudgeOwner(Facts const& facts)
         Fix const fix = ChangeServiceUser(facts);
         return Wrong("owner", ExitCode::NoAnswer,
                      "the service runs as user " + service.userName + ", not as " + names.user,
-                     "The policy lets " + names.user +
-                         " alone push data: packets and captions do not arrive, whatever the calls answer.",
+                     "The policy lets only " + names.user +
+                         " push data: packets and captions do not arrive, even if calls succeed.",
                      fix.commands, fix.note + " " + OtherNames);
     }
     return Ok("owner", "user " + service.userName);
@@ -94,20 +94,20 @@ Finding JudgeLoop(Facts const& facts)
     case Outcome::Silent:
         return Silence(facts);
     case Outcome::Gone:
-        return Wrong(Check, ExitCode::NoService, "the service left the bus when it was asked",
-                     "An application's call fails and answers false, and its objects are gone.",
-                     StartService(facts));
+        return Wrong(Check, ExitCode::NoService, "the service left the bus when it was called",
+                     "An application's call returns false, and its objects are gone.", StartService(facts));
     case Outcome::Failed:
-        return Unknown(Check, "the service answered with an error, which tells nothing of it");
+        return Unknown(Check, "the service answered with an error, which does not show whether it works");
     case Outcome::Forbidden:
         return facts.caller.isServiceUser
-                   ? NotLookedAt(Check, "the bus does not let the service's own user call it; ask as root")
+                   ? NotLookedAt(Check,
+                                 "the bus does not let the service's user call it; run the command as root")
                    : NotLookedAt(Check,
-                                 "the bus does not let user " + facts.caller.name + " ask the service");
+                                 "the bus does not let user " + facts.caller.name + " call the service");
     case Outcome::NotAsked:
         break;
     }
-    return NotLookedAt(Check, "the service was not asked");
+    return NotLookedAt(Check, "the service was not called");
 }
 
 } // namespace zviptv::ctl::doctor

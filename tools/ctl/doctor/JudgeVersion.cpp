@@ -5,7 +5,7 @@ namespace zviptv::ctl::doctor {
 
 namespace {
 
-constexpr char Meaning[] = "An application may get other answers than its headers say, or none.";
+constexpr char Meaning[] = "An application may get answers that differ from its headers, or none.";
 
 bool IsBelow(std::string const& file, std::string const& folder)
 {
@@ -26,22 +26,22 @@ Finding WrongLibrary(Facts const& facts)
     bool const isLocalLibrary = IsBelow(versions.loadedFile, "/usr/local/");
     if (versions.isFromLibraryPath) {
         return Wrong("version", ExitCode::Malformed, text, Meaning, {"unset LD_LIBRARY_PATH"},
-                     versions.loadedFile + " is in the way: LD_LIBRARY_PATH names its folder.");
+                     versions.loadedFile + " is found first: its folder is in LD_LIBRARY_PATH.");
     }
     if (isLocalLibrary && !isLocalTool) {
         return Wrong("version", ExitCode::Malformed, text, Meaning,
                      {AsRoot(facts, "rm " + FolderOf(versions.loadedFile) + "libzv-iptv-service-api.so*"),
                       AsRoot(facts, "ldconfig")},
-                     versions.loadedFile + " is in the way, left by an earlier installation.");
+                     versions.loadedFile + " is found first. It is left from an earlier installation.");
     }
     if (isLocalTool && !isLocalLibrary) {
         return Wrong("version", ExitCode::Malformed, text, Meaning,
                      {AsRoot(facts, "rm " + Quoted(versions.toolFile))},
-                     versions.toolFile + " is in the way, left by an earlier installation.");
+                     versions.toolFile + " is found first. It is left from an earlier installation.");
     }
     return Wrong("version", ExitCode::Malformed, text, Meaning,
                  {AsRoot(facts, "apt-get install --reinstall libzv-iptv-service-api1 zv-iptv-tools")},
-                 "Where they do not come from packages, build and install both again.");
+                 "If they do not come from packages, build and install both again.");
 }
 
 Finding WrongService(Facts const& facts)

@@ -32,7 +32,7 @@ std::string UnreadableNotification(std::exception const& error)
 std::string EndpointClosed(std::string const& name)
 {
     return std::string("the service closed the connection ") + name + " of its endpoint " +
-           protocol::type::DataSubscriber + ": no more pushes come; restart the service";
+           protocol::type::DataSubscriber + ": no more pushes arrive; restart the service";
 }
 
 std::string ForbiddenByPolicy()

@@ -59,7 +59,8 @@ Subscription::Subscription(IIPTVDataSubscriber& subscriber, PacketKind kind, Han
     for (int tries = 1; !Subscribe(subscriber, kind, m_key); ++tries) {
         if (tries == MostTries) {
             HandlerOf(kind) = nullptr;
-            throw Failure(ExitCode::NoAnswer, "the library makes no key for the subscription: try again");
+            throw Failure(ExitCode::NoAnswer,
+                          "the library could not make a key for the subscription: try again");
         }
         waitForNextSecond();
     }

@@ -32,8 +32,8 @@ Failure ToFailure(GError* error)
     }
     g_dbus_error_strip_remote_error(error);
     if (name == "org.freedesktop.DBus.Error.AccessDenied") {
-        return {ExitCode::NoAnswer,
-                "the bus does not let this user steer the simulator: be root, or the simulator's user"};
+        return {ExitCode::NoAnswer, "the bus does not let this user control the simulator: run the command "
+                                    "as root or as the simulator's user"};
     }
     if (name.rfind(OwnErrors, 0) == 0) {
         return {CodeOf(name.substr(sizeof OwnErrors - 1)), error->message};
@@ -44,7 +44,7 @@ Failure ToFailure(GError* error)
                 "resumes it), or start another one"};
     }
     if (name == "org.freedesktop.DBus.Error.NoReply" || name.empty()) {
-        return {ExitCode::NoService, "the simulator went away before it answered"};
+        return {ExitCode::NoService, "the simulator left the bus before it answered"};
     }
     return {ExitCode::NoAnswer, std::string("the bus reported an error: ") + error->message};
 }

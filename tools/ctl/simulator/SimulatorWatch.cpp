@@ -53,7 +53,7 @@ ExitCode SimulatorWatch::Run()
     EventSource const over = m_duration ? Loop::Every(*m_duration, quit) : EventSource();
     m_loop.Run([](std::exception const&) { throw; });
     if (m_isGone) {
-        throw Failure(ExitCode::NoService, "the simulator went away");
+        throw Failure(ExitCode::NoService, "the simulator left the bus");
     }
     return ExitCode::Accepted;
 }

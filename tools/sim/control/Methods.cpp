@@ -114,7 +114,7 @@ void SelectProgramme(Service& service, GVariant* parameters)
         std::string const wanted = "programme " + std::to_string(number);
         throw std::invalid_argument(
             known.empty()
-                ? wanted + " is not known, since no PAT and PMT were received yet: wait until the property "
+                ? wanted + " is not known, because no PAT and PMT were received yet: wait until the property "
                            "Programmes lists it"
                 : "the input has no " + wanted + ": use " + known);
     }

@@ -137,7 +137,7 @@ void ReadFault(std::string const& text, std::string const& fault, FaultRule& rul
     }
     bool const wantsArgument = word->argument.name != nullptr;
     if (!wantsArgument && colon != std::string::npos) {
-        Refuse(text, name + " takes nothing after it" + usable);
+        Refuse(text, name + " accepts nothing after it" + usable);
     }
     if (wantsArgument && argument.empty()) {
         Refuse(text, name + " needs a " + word->argument.name + usable);

@@ -32,7 +32,7 @@ std::uint16_t ParsePid(std::string const& word)
     if (failure != std::errc() || end != wordEnd || pid > HighestPid) {
         throw std::invalid_argument(
             "'" + word +
-            "' is no kind of PES packet: use audio, subtitle, teletext, caption, video, a "
+            "' is not a kind of PES packet: use audio, subtitle, teletext, caption, video, a "
             "PID up to 8191 or 0x1FFF; or the one word none");
     }
     return pid;

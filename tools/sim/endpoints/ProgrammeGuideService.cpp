@@ -66,7 +66,7 @@ void ProgrammeGuideService::Clone(Request const& request, std::function<void(Rep
         if (result.loaded) {
             Use(path, *result.loaded);
         } else {
-            m_say("cannot load the guide: " + result.error + "; the one before stays");
+            m_say("cannot load the guide: " + result.error + "; the previous one stays loaded");
         }
         answer(Reply(result.loaded.has_value()).Add(key::Data, static_cast<int>(result.loaded.has_value())));
     };
@@ -81,7 +81,7 @@ Reply ProgrammeGuideService::TextReply(Request const& request, std::string const
 {
     if (text.size() > LargestText) {
         m_say(request.Function() + ": the answer has " + std::to_string(text.size()) +
-              " bytes, more than a message carries");
+              " bytes, more than a message can hold");
         return Reply(false).Add(key::Data, std::string());
     }
     return Reply(!text.empty()).Add(key::Data, text);

@@ -9,7 +9,7 @@ namespace zviptv::sim {
 namespace {
 
 constexpr char InjectedError[] = "org.corvel.zviptvapi.Error.Injected";
-constexpr char InjectedText[] = "An error as asked for with --fault";
+constexpr char InjectedText[] = "error requested with --fault";
 
 } // namespace
 

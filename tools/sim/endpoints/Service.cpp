@@ -105,7 +105,7 @@ try {
     if (!m_options.guideMayFail) {
         throw;
     }
-    m_log.Say(std::string(failure.what()) + "; the service goes on without this guide");
+    m_log.Say(std::string(failure.what()) + "; the service continues without this guide");
 }
 
 /// In place of all others.

@@ -34,7 +34,7 @@ void CommandProcess::Advance()
         return;
     }
     if (m_next == SIGKILL) {
-        std::fputs("zviptv-sim: the command does not end when it is told, and is killed\n", stderr);
+        std::fputs("zviptv-sim: the command did not end when asked to, and is killed\n", stderr);
     }
     m_process.Signal(m_next);
     m_nextAt = m_next == SIGKILL ? Signals::Never : Clock::now() + KillAfter;

@@ -121,7 +121,7 @@ void ControlBus::OnName(GObject* source, GAsyncResult* result, gpointer self)
     if (error && !error.Is(G_IO_ERROR_CLOSED)) {
         std::fprintf(stderr,
                      "zviptv-sim: no control interface: this user may not own %s on this bus; install its "
-                     "policy and be the user whom that names, or use --bus private\n",
+                     "policy and run as the user that it names, or use --bus private\n",
                      verbs::BusName);
     } else if (outcome != PrimaryOwner) {
         std::fprintf(stderr,

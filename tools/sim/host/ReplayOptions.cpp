@@ -33,9 +33,10 @@ void Refuse(CLI::App const& app, std::vector<std::string> const& options, std::s
 void AddReplay(CLI::App& app, ReplayOptions& options)
 {
     CLI::Option* const replay =
-        app.add_option("--replay", options.file,
-                       "Answer as the service did that was recorded in this file, pcapng or pcap, instead of "
-                       "playing a stream")
+        app.add_option(
+               "--replay", options.file,
+               "Answer like the service that was recorded in this pcapng or pcap file, instead of playing a "
+               "stream")
             ->type_name("FILE")
             ->check(CLI::Validator(
                 [](std::string& text) {
@@ -45,8 +46,9 @@ void AddReplay(CLI::App& app, ReplayOptions& options)
     app.add_option_function<std::string>(
            "--unrecorded",
            [&options](std::string const& word) { options.unrecorded = UnrecordedWords.at(word); },
-           "What answers a request that was not recorded: a D-Bus error, the reply with which the function "
-           "refuses, or the stream of --ts; error by default")
+           "Answer to a request that was not recorded: a D-Bus error, the function's refusal, or the answer "
+           "of "
+           "the stream of --ts; error by default")
         ->type_name("error|false|stream")
         ->needs(replay)
         ->check(CLI::Validator(

@@ -277,7 +277,7 @@ int ServiceProcess::Stop()
         sigtimedwait(&ended, nullptr, &pause);
     }
     if (!m_process->Poll()) {
-        std::fputs("zviptv-sim: the service does not end when it is told, and is killed\n", stderr);
+        std::fputs("zviptv-sim: the service did not end when asked to, and is killed\n", stderr);
     }
     m_process->Signal(SIGKILL);
     return m_process->Wait();

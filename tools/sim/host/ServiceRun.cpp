@@ -58,12 +58,12 @@ void GoOnBus(Service& service, GDBusConnection* connection)
 {
     service.Announce();
     if (!service.IsOnBus()) {
-        throw std::runtime_error("the system bus went away: start again, or use --bus private");
+        throw std::runtime_error("the system bus was lost: start it again, or use --bus private");
     }
     if (!OwnsServiceName(connection)) {
         throw std::runtime_error(
             "this user may not own org.corvel.zviptvapi.dbushelper on this bus: install its "
-            "policy and be the user whom that names, or use --bus private");
+            "policy and run as the user that it names, or use --bus private");
     }
 }
 

@@ -43,7 +43,7 @@ int EndBeforeReady(ServiceProcess& service, Signals::Signal const& signal)
     if (service.Stop() == 0) {
         return 0;
     }
-    std::fputs("zviptv-sim: told to end before the service was ready\n", stderr);
+    std::fputs("zviptv-sim: ended before the service was ready\n", stderr);
     return SignalStatus + signal.number;
 }
 
