@@ -7,7 +7,7 @@ NOTICE = "Generated from protocol/zviptv.xml. Do not edit."
 
 
 def quote(value):
-    """A text or a truth value as C++, and Lua, write it."""
+    """A text or a truth value as a literal of C++ and Lua."""
     return json.dumps(value, ensure_ascii=False)
 
 
@@ -44,10 +44,10 @@ def protocol_header(protocol):
         "// SPDX-License-Identifier: MIT", "/// @file", "/// The words of the protocol between applications and the service.", "",
         f"// {NOTICE}", "", "#pragma once", "",
         "/// The words of the protocol between applications and the service, for both sides.",
-        "/// docs/reference/protocol.md says how a message is put together.", "namespace zviptv::protocol {", "",
+        "/// docs/reference/protocol.md describes the structure of a message.", "namespace zviptv::protocol {", "",
         *block("type", 'Type words: names of the channels, and values of "type" in announcements.', types),
         *block("function", 'Values of "functionname".', functions),
-        *block("key", "Keys of entries, each with its type and meaning and where it is used.", keys),
+        *block("key", "Keys of entries, each with its type, its meaning and the functions that use it.", keys),
         "} // namespace zviptv::protocol", ""])
 
 
@@ -86,14 +86,14 @@ def types_header(protocol):
 
 
 def method_table(protocol):
-    """ctl/MethodTable.cpp: what zviptvctl calls"""
+    """ctl/MethodTable.cpp: the methods that zviptvctl can call"""
 
     def listed(entry, tag):
         return ", ".join(f"{{{quote(protocol.shown_type(value))}, {quote(name)}}}"
                          for name, value in protocol.parameters(entry, tag, flat=True))
 
     def take(name, value):
-        """Statements that take an argument, and how it is passed."""
+        """Statements that read an argument, and the expression that passes it."""
         if value.get("optional"):
             return [f"auto const {name} = call.TakeOptional();"], f"{name} ? {name}->c_str() : nullptr"
         if protocol.is_json(value.get("type")):

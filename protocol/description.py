@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: MIT
-"""The description of the protocol, zviptv.xml, with what follows from it."""
+"""The description of the protocol, zviptv.xml, with derived values."""
 
 import xml.etree.ElementTree as ElementTree
 
-# Types of values: what C++ declares, and what zviptvctl calls them.
+# Types of values: the C++ type, and the name in zviptvctl.
 BASIC = {
     "flag": ("bool", "bool"), "character": ("char", "char"),
     "text": ("std::string", "std::string"), "bytes": ("std::string", "std::string"),
@@ -14,7 +14,7 @@ FIELD_SIZES = {"u8": 1, "u16": 2, "u32": 4}
 
 
 class Protocol:
-    """Elements of the description, in which attributes that may be left out have their values."""
+    """Elements of the description, with the values of omitted attributes filled in."""
 
     def __init__(self, file):
         self.root = ElementTree.parse(file).getroot()

@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: MIT
 """Generates code and tables from zviptv.xml, the description of the protocol.
 
-generate.py code FOLDER         writes the generated code below FOLDER; leaves files alone that would not change
-generate.py page FILE           renews the tables of a page
+generate.py code FOLDER         writes the generated code below FOLDER; does not touch files that would not change
+generate.py page FILE           updates the tables of a page
 generate.py page --check FILE   fails, with the differences, if a table of the page is out of date
 """
 

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Renews the tables of docs/reference/protocol.md, between "<!-- table: ... -->" and "<!-- end of table -->"."""
+"""Updates the tables of docs/reference/protocol.md, between "<!-- table: ... -->" and "<!-- end of table -->"."""
 
 import re
 
@@ -53,7 +53,7 @@ def record_table(record):
 
 
 def tables_of(protocol):
-    """Lines of the tables by the words of their markers."""
+    """Lines of each table, by the words of its marker."""
     tables = {"helper": head("key", "in", *COLUMNS) + values(protocol.helper),
               "channel": head("key", "in", *COLUMNS) + values(protocol.channel),
               "endpoints": head("type word", "C++ interface", "meaning"),
@@ -71,7 +71,7 @@ def tables_of(protocol):
 
 
 def renew(protocol, text):
-    """The text of the page with its tables as they should be."""
+    """The text of the page with updated tables."""
     tables = tables_of(protocol)
 
     def renewed(match):

@@ -1,14 +1,15 @@
 -- SPDX-License-Identifier: MIT
--- Following the messages: what is a request, and which reply answers it.
+-- Follows the messages: finds requests and the replies that answer them.
 
--- What replies answer, by sender and serial of the request.
+-- Requests by their sender and serial, to find that of a reply.
 local requests = {}
 
 function zviptv.init()
     requests = {}
 end
 
--- What kind of message the header announces; nil for other people's messages. Replies go by their request.
+-- The kind of message by its header; nil for messages of other protocols. The kind of a reply depends on its
+-- request.
 local function classify()
     local kind, interface, member = number_of("message_type"), text_of("interface"), text_of("member")
     if kind == 2 or kind == 3 then

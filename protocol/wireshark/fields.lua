@@ -8,7 +8,7 @@
 -- zviptv.message      request, reply, error, notification; on the helper bus announcement, answer
 -- zviptv.endpoint     type word of the endpoint
 -- zviptv.function     functionname; a reply has that of its request
--- zviptv.NAME         there in every message of the function NAME
+-- zviptv.NAME         present in every message of the function NAME
 -- zviptv.KEY          value of the entry KEY; KEY.name is the name of an enumerator
 -- zviptv.RECORD.FIELD value of a field of a record
 -- zviptv.problem      what is wrong with the message
@@ -74,7 +74,7 @@ local function kind_of(type_name)
     return record ~= nil and record.form ~= "json" and "bytes" or kinds[type_name] or "text"
 end
 
--- A key has one field. If its values are of different kinds, that is a text; bytes have no field then.
+-- A key has one field. If its values have different types, the field is a text, and bytes have no field.
 local key_kinds = {}
 for _, of_endpoint in pairs(functions) do
     for name, description in pairs(of_endpoint) do

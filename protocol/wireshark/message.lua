@@ -1,5 +1,5 @@
 -- SPDX-License-Identifier: MIT
--- Reading the D-Bus message: its header from Wireshark's own dissector, its body from the bytes.
+-- Reads the D-Bus message: its header from Wireshark's dissector, its body from the bytes.
 
 local dbus = {}
 for _, name in ipairs({"message_type", "endianness", "serial", "reply_serial", "sender", "destination", "path", "interface",
@@ -72,7 +72,7 @@ local function first_type(signature)
     return signature:match("^%b()") or signature:match("^%b{}") or signature:sub(1, 1)
 end
 
--- Passes over a value of a complete D-Bus type.
+-- Skips a value of a complete D-Bus type.
 function Reader:skip(signature)
     local kind = signature:sub(1, 1)
     self:align(alignments[kind])
@@ -98,7 +98,7 @@ function Reader:skip(signature)
     end
 end
 
--- The bytes in a variant; nothing and the signature if it holds something else.
+-- The bytes in a variant; nil and the signature if it holds another type.
 function Reader:variant()
     local signature = self:signature()
     if signature ~= "ay" then

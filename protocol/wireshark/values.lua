@@ -1,11 +1,11 @@
 -- SPDX-License-Identifier: MIT
--- Showing the entries: numbers, names of enumerators, records.
+-- Shows the entries: numbers, names of enumerators, records.
 
 local function whole_number(text)
     return text:match("^%s*[+-]?%d+") ~= nil
 end
 
--- Digits as a number of 64 bits; Lua's own numbers have 53.
+-- Converts digits to a 64-bit number; Lua's own numbers have 53 bits.
 local function to_number64(text, class)
     local sign, digits = text:match("^%s*([+-]?)(%d+)")
     local number, ten = class.new(0), class.new(10)

@@ -9,7 +9,7 @@
 
 namespace zviptv {
 
-/// Something to do later.
+/// Work to do later.
 struct MainLoop::Work
 {
     MainLoop& loop;
@@ -63,12 +63,12 @@ void MainLoop::End(int signal)
 void MainLoop::After(std::chrono::milliseconds delay, std::function<void()> work)
 {
     auto owned = std::make_unique<Work>(Work{*this, std::move(work)});
-    std::lock_guard<std::mutex> const lock(m_mutex); // it may be due before its number is known
+    std::lock_guard<std::mutex> const lock(m_mutex); // the work may be due before its number is known
     m_workSources.insert(g_timeout_add_full(G_PRIORITY_DEFAULT, static_cast<guint>(delay.count()),
                                             Work::CallOnce, owned.release(), Work::Delete));
 }
 
-/// An exception must not get into GLib: it waits for the end of Run().
+/// An exception must not pass into GLib: it is kept until the end of Run().
 void MainLoop::Call(guint source, std::function<void()> const& work) noexcept
 {
     {

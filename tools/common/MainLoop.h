@@ -21,15 +21,15 @@ public:
     MainLoop(MainLoop const&) = delete;
     MainLoop& operator=(MainLoop const&) = delete;
 
-    /// From now on SIGINT and SIGTERM end Run(); before they end the process.
+    /// After this call, SIGINT and SIGTERM end Run(); before it, they end the process.
     void CatchSignals();
 
-    /// Runs until a caught signal comes, or Quit() is called. Returns the signal's number, or 0.
-    /// @throws what `work` of After() has thrown, which ends it, too
+    /// Runs until a caught signal arrives or Quit() is called. Returns the signal's number, or 0.
+    /// @throws the exception of a `work` of After(), which also ends it
     int Run();
     void Quit() { End(0); }
 
-    /// Calls `work` once after `delay`; called again only when asked for again.
+    /// Calls `work` once after `delay`.
     /// May be called from any thread.
     void After(std::chrono::milliseconds delay, std::function<void()> work);
 
@@ -49,7 +49,7 @@ private:
     Owned<GMainLoop> m_loop{g_main_loop_new(nullptr, FALSE)};
     int m_signal = 0;
     std::vector<guint> m_signalSources;
-    std::mutex m_mutex; ///< of the next one: work comes from any thread
+    std::mutex m_mutex; ///< guards the next member: any thread may add work
     std::set<guint> m_workSources;
     std::exception_ptr m_failure;
 };

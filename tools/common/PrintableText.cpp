@@ -7,7 +7,7 @@ namespace zviptv {
 
 namespace {
 
-// As HexEscape() writes them.
+// The digits of HexEscape().
 constexpr char LineBreak[] = "\\x0a";
 constexpr char Tab[] = "\\x09";
 

@@ -6,17 +6,17 @@
 
 namespace zviptv {
 
-// Texts of others, so that they do not upset a terminal: control characters and bytes that are not UTF-8 as
+// Makes texts of other programs safe for a terminal: control characters and bytes that are not UTF-8 become
 // \xNN.
 
-/// On one line: also line breaks and tabs are escaped, as \n and \t, and backslashes doubled.
+/// The text on one line: line breaks and tabs are also escaped, as \n and \t, and backslashes are doubled.
 std::string EscapeText(std::string_view text);
 
-/// For people: line breaks and tabs as they are.
+/// The text for people: line breaks and tabs are unchanged.
 std::string PrintableText(std::string_view text);
 
-/// Takes the first character off the text, which must not be empty; \xNN for the first byte of a control
-/// character or of no character.
+/// Removes the first character from the text, which must not be empty, and returns it; returns \xNN for a
+/// control character, or for a byte that is not part of a character.
 std::string TakePrintable(std::string_view& text);
 
 } // namespace zviptv

@@ -13,7 +13,7 @@ namespace zviptv {
 
 namespace {
 
-// A string literal, generated from the description.
+// A string literal that is generated from the description.
 constexpr std::string_view Text =
 #include "ProtocolSchema.inc"
     ;

@@ -10,21 +10,20 @@
 
 namespace zviptv {
 
-/// To be called first of all by a program: a standard stream that is closed gets its number taken by
-/// something that fails as a closed one does, so that no socket or file is given that number and then gets
-/// what was meant for the user.
+/// Call it first in a program. If a standard stream is closed, it opens a file at its number that fails like
+/// a closed stream. Otherwise a socket or file could get that number, and then the output for the user.
 inline void OccupyStandardStreams()
 {
     for (int const number : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (fcntl(number, F_GETFD) == -1) {
-            // The lowest free number, which is this one. To be read is what cannot be read, and so on.
+            // Opens the lowest free number, which is this one, in the mode in which it cannot be used.
             static_cast<void>(open("/dev/null", number == STDIN_FILENO ? O_WRONLY : O_RDONLY));
         }
     }
 }
 
-/// To be called after writing. @throws std::runtime_error with a line for the user when standard output has
-/// not taken everything so far
+/// Call it after writing. @throws std::runtime_error with a line for the user if standard output could not be
+/// written completely
 inline void RequireOutput()
 {
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {

@@ -8,7 +8,7 @@
 
 namespace zviptv {
 
-/// What is wrong with a command line, in our words where CLI11's are odd.
+/// The error in a command line, with clearer words than CLI11's where necessary.
 inline std::string UsageText(CLI::ParseError const& error)
 {
     std::string const text = error.what();
@@ -22,8 +22,8 @@ inline std::string UsageText(CLI::ParseError const& error)
     return text;
 }
 
-/// What help and version, which are exceptions to CLI11 too, print: without blanks at the ends of lines, two
-/// empty lines in a row, or one at the end.
+/// The output of help and version, which are exceptions in CLI11, too: without blanks at the ends of lines,
+/// without two empty lines in a row, and without an empty line at the end.
 inline std::string HelpText(CLI::App const& app, CLI::ParseError const& error)
 {
     std::stringstream raw;

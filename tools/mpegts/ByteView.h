@@ -8,7 +8,7 @@
 
 namespace zviptv {
 
-/// A read-only window on bytes that somebody else owns. It never reads past its end: bytes there are 0.
+/// A read-only view of bytes that it does not own. It never reads past its end: bytes there are 0.
 class ByteView
 {
 public:
@@ -36,7 +36,7 @@ public:
         return (std::uint32_t{U16(offset)} << 16) | U16(offset + 2);
     }
 
-    /// The part from `offset`, at most `count` bytes; cut to what there is.
+    /// The part from `offset`, at most `count` bytes, cut at the end of the view.
     constexpr ByteView Part(std::size_t offset, std::size_t count = SIZE_MAX) const
     {
         std::size_t const start = std::min(offset, m_size);

@@ -7,7 +7,7 @@ namespace {
 
 constexpr std::size_t StampSize = 5;
 
-/// Streams whose packets have no head beyond the length: maps, padding, private 2, ECM, EMM, DSM-CC, …
+/// Streams whose packets have no header after the length: maps, padding, private 2, ECM, EMM, DSM-CC, …
 bool HasLongHead(std::uint8_t streamId)
 {
     switch (streamId) {
@@ -25,7 +25,7 @@ bool HasLongHead(std::uint8_t streamId)
     }
 }
 
-/// `mark` is what the upper half of the first byte has to be.
+/// `mark` is the required upper half of the first byte.
 std::optional<std::uint64_t> ParseStamp(ByteView field, std::uint8_t mark)
 {
     bool const markers = (field[0] & 0x01) && (field[2] & 0x01) && (field[4] & 0x01);

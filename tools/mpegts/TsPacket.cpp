@@ -21,7 +21,7 @@ std::optional<std::uint64_t> ParsePcr(ByteView field)
     return base * 300 + extension;
 }
 
-/// False when the field does not fit.
+/// Returns false if the field does not fit.
 bool ReadAdaptationField(ByteView field, TsPacket& packet)
 {
     std::size_t const length = field[0];
@@ -52,7 +52,7 @@ std::optional<TsPacket> ParseTsPacket(TsBytes const& bytes)
     packet.continuity = view[3] & 0x0F;
     packet.hasPayload = (view[3] & 0x10) != 0;
     packet.payload = view.Part(HeadSize);
-    if (packet.transportError) { // nothing further in it can be trusted
+    if (packet.transportError) { // the rest of the packet is not reliable
         packet.hasPayload = false;
         packet.payload = {};
         return packet;

@@ -15,7 +15,7 @@ constexpr std::uint16_t NullPid = 0x1FFF;
 /// The bytes of one transport packet.
 using TsBytes = std::array<std::uint8_t, TsPacketSize>;
 
-/// What the head of a transport packet says. `payload` points into the packet's own bytes.
+/// The header of a transport packet. `payload` points into the packet's bytes.
 struct TsPacket
 {
     std::uint16_t pid = NullPid;
@@ -29,8 +29,8 @@ struct TsPacket
     ByteView payload;
 };
 
-/// Nothing when the head contradicts itself: no sync byte, a reserved adaptation field control, an
-/// adaptation field longer than the packet.
+/// Returns nullopt if the header is invalid: no sync byte, a reserved adaptation field control, or an
+/// adaptation field that is longer than the packet.
 std::optional<TsPacket> ParseTsPacket(TsBytes const& bytes);
 
 } // namespace zviptv

@@ -18,7 +18,7 @@ constexpr std::size_t HeadSize = 4;
 constexpr std::size_t CrcSize = 4;
 constexpr std::size_t Room = TsPacketSize - HeadSize;
 
-// Adaptation field control, in the head's last byte.
+// Adaptation field control, in the header's last byte.
 constexpr unsigned PayloadOnly = 0x10;
 constexpr unsigned FieldOnly = 0x20;
 constexpr unsigned FieldAndPayload = 0x30;
@@ -33,7 +33,7 @@ void AddU16(Bytes& out, unsigned value)
     out.insert(out.end(), {Low(value >> 8), Low(value)});
 }
 
-/// With the bits that are reserved set.
+/// Sets the reserved bits.
 unsigned Pid(std::uint16_t pid)
 {
     return 0xE000U | pid;
@@ -73,14 +73,15 @@ void TsWriter::AddTables(Bytes& out, std::vector<Stream> const& streams, std::ui
     AddSection(out, PmtPid, PmtTable, version, pmt);
 }
 
-/// The only section of its table. Both tables have the number 1: of the stream, and of the programme.
+/// The only section of a table. Both tables have the number 1, as the number of the stream and of the
+/// programme.
 void TsWriter::AddSection(Bytes& out, std::uint16_t pid, std::uint8_t table, std::uint8_t version,
                           Bytes const& body)
 {
     constexpr std::size_t afterLength = 5;
     constexpr unsigned sectionSyntax = 0xB000;
     constexpr unsigned current = 0xC1;
-    Bytes unit{0, table}; // the section begins at once
+    Bytes unit{0, table}; // pointer_field: the section begins at once
     AddU16(unit, sectionSyntax | static_cast<unsigned>(afterLength + body.size() + CrcSize));
     AddU16(unit, ProgrammeNumber);
     unit.insert(unit.end(), {Low(current | unsigned{version} << 1), 0, 0});
@@ -98,7 +99,7 @@ void TsWriter::AddPes(Bytes& out, std::uint16_t pid, ByteView pes)
     }
 }
 
-/// An adaptation field fills the last packet up.
+/// An adaptation field fills up the last packet.
 std::size_t TsWriter::AddPart(Bytes& out, std::uint16_t pid, ByteView pes, std::size_t begin)
 {
     ByteView const part = pes.Part(begin, Room);

@@ -29,13 +29,14 @@ public:
     void AddTables(Bytes& out, std::vector<Stream> const& streams, std::uint16_t pcrPid,
                    std::uint8_t version = 0);
 
-    /// A whole PES packet.
+    /// Writes a complete PES packet.
     void AddPes(Bytes& out, std::uint16_t pid, ByteView pes);
 
     /// One transport packet with the bytes of a PES packet from `begin` on. Returns how many bytes it holds.
     std::size_t AddPart(Bytes& out, std::uint16_t pid, ByteView pes, std::size_t begin);
 
-    /// A packet without a payload, which the counter does not count. `clock` counts 1/90000 s in 33 bits.
+    /// Writes a packet without a payload, which the continuity counter does not count. `clock` has units of
+    /// 1/90000 s and 33 bits.
     static void AddClock(Bytes& out, std::uint16_t pid, std::uint64_t clock, bool isDiscontinuous);
 
 private:

@@ -18,7 +18,7 @@ BusDaemon StartBusDaemon(BusStart start)
                      start.descriptors,
                      true});
     address.CloseWriteEnd();
-    return {pid, address.ReadLine(timeout)}; // it listens before it prints where
+    return {pid, address.ReadLine(timeout)}; // it listens before it prints its address
 }
 
 } // namespace zviptv

@@ -12,21 +12,21 @@ namespace zviptv {
 struct BusDaemon
 {
     pid_t pid = 0;
-    std::string address; ///< empty if it ended, or kept silent for too long, instead of listening
+    std::string address; ///< empty if it ended, or did not listen in time
 };
 
-/// How to start one.
+/// How to start a dbus-daemon.
 struct BusStart
 {
     std::string program = "dbus-daemon"; ///< looked up in PATH
     std::string config;                  ///< file
-    std::string address;                 ///< where to listen, whatever the file says
-    /// For its standard error (2) and what else it needs; 3 is taken.
+    std::string address;                 ///< address to listen at, which overrides that of the file
+    /// Descriptors for its standard error (2) and other purposes; 3 is in use.
     std::vector<std::pair<int, int>> descriptors;
     pid_t (*spawn)(SpawnRequest const&) = Spawn;
 };
 
-/// Starts a dbus-daemon, in a process group of its own, and returns when it listens. Throws std::system_error
+/// Starts a dbus-daemon, in a separate process group, and returns when it listens. Throws std::system_error
 /// if it cannot be run.
 BusDaemon StartBusDaemon(BusStart start);
 

@@ -15,14 +15,15 @@ public:
     /// @throws std::system_error
     Pipe();
 
-    // A program that is run gets none of the two by itself.
+    // A program that is started inherits neither end.
     int ReadEnd() const { return m_read.Get(); }
     int WriteEnd() const { return m_write.Get(); }
 
-    /// To be called once the child has its own; without it the end of the child is not noticed.
+    /// Closes the end for writing. Call it when the child has its copy; otherwise the end of the child is not
+    /// noticed.
     void CloseWriteEnd() { m_write.Reset(); }
 
-    /// The first line that comes; empty when the pipe ends, or the time is over, before.
+    /// The first line that arrives; empty if the pipe ends or the time is over before.
     std::string ReadLine(std::chrono::milliseconds timeout);
 
 private:

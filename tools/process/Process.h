@@ -11,7 +11,7 @@ namespace zviptv {
 class Process
 {
 public:
-    /// The status of a program that cannot be run, as a shell has it.
+    /// The status of a program that cannot be run, as in a shell.
     static constexpr int CannotRun = 127;
 
     /// Takes over a process that Spawn() has started.
@@ -23,14 +23,14 @@ public:
 
     pid_t Pid() const { return m_pid; }
 
-    /// No effect once it has ended.
+    /// Has no effect after the process has ended.
     void Signal(int number);
 
-    /// Waits for the end. The exit status, or 128 plus the number of the signal that ended it, as a shell has
-    /// it.
+    /// Waits for the end. Returns the exit status, or 128 plus the number of the signal that ended the
+    /// process, as in a shell.
     int Wait();
 
-    /// The same when it has ended already.
+    /// The status, if the process has already ended.
     std::optional<int> Poll();
 
 private:

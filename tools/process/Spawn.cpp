@@ -42,7 +42,7 @@ std::vector<char*> Pointers(std::vector<std::string>& texts)
     return pointers;
 }
 
-/// Everything the child needs, made before fork(): it may not allocate.
+/// The data for the child, made before fork(), because the child must not allocate.
 struct ChildPlan
 {
     char const* program;
@@ -54,11 +54,11 @@ struct ChildPlan
     int failures;
 };
 
-/// The new process is killed when `parent` ends, and starts with no signal blocked.
+/// Sets that the new process is killed when `parent` ends, and unblocks all signals.
 void BeginChild(pid_t parent, bool ownGroup)
 {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
-    // The parent may have died before the request above, which then never fires.
+    // The parent may have died before the request above, which then has no effect.
     if (getppid() != parent) {
         _exit(Process::CannotRun);
     }
@@ -77,7 +77,7 @@ void BeginChild(pid_t parent, bool ownGroup)
     int const failures = fcntl(plan.failures, F_DUPFD_CLOEXEC, outOfTheWay);
     BeginChild(plan.parent, plan.ownGroup);
     std::signal(SIGPIPE, SIG_DFL);
-    // First all out of the way, so that no target overwrites a source that is still wanted.
+    // Moves all sources first, so that no target overwrites a source that is still needed.
     for (auto& [source, target] : plan.descriptors) {
         source = fcntl(source, F_DUPFD_CLOEXEC, outOfTheWay);
     }
@@ -90,7 +90,7 @@ void BeginChild(pid_t parent, bool ownGroup)
     _exit(Process::CannotRun);
 }
 
-/// The reason why exec() failed, 0 if it did not: then it has closed the other end.
+/// The error number of a failed exec(); 0 on success, which has closed the other end.
 int ReadReason(int failures)
 {
     int reason = 0;

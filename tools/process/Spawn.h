@@ -14,22 +14,22 @@ struct SpawnRequest
 {
     /// Program (searched in PATH if it has no slash) and arguments.
     std::vector<std::string> command;
-    /// Added to the environment of this process.
+    /// Variables to add to the environment of this process.
     std::map<std::string, std::string> environment;
-    /// Descriptor here, and the number it gets in the new process; all others are closed there if
-    /// they are close-on-exec.
+    /// Descriptors of this process, and their numbers in the new process; all others that are close-on-exec
+    /// are closed there.
     std::vector<std::pair<int, int>> descriptors;
-    /// In a process group of its own, which a terminal's Ctrl-C does not reach.
+    /// Whether to start it in a separate process group, which a terminal's Ctrl-C does not reach.
     bool ownGroup = false;
-    /// What to execute, if that is not the first word of the command, which then is only its name.
+    /// The file to execute, if it is not the first word of the command, which is then only the name.
     std::string program = {};
 };
 
-/// The process, or why there is none.
+/// The process, or the reason why it could not be started.
 struct SpawnOutcome
 {
     pid_t pid = 0;
-    int error = 0; ///< as errno
+    int error = 0; ///< a value of errno
     char const* what = "";
 
     /// The process. Throws std::system_error with the reason, and the name of `program`, if there is none.

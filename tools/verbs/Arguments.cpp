@@ -15,7 +15,7 @@ struct Description
     char const* name;
     char const* type;
     char const* accepted;
-    double least; ///< of numbers
+    double least; ///< for numbers
     double most;
 };
 
@@ -71,7 +71,7 @@ bool Read(std::string const& text, Number& number)
     return failure == std::errc() && end == text.data() + text.size();
 }
 
-/// Not a number is in no range.
+/// NaN is in no range.
 bool IsInRange(Description const& description, double number)
 {
     return number >= description.least && number <= description.most;

@@ -7,7 +7,7 @@
 
 namespace zviptv::verbs {
 
-/// What an argument of a verb may be, in words and on D-Bus.
+/// The kinds of arguments of verbs, in words and on D-Bus.
 enum class Form
 {
     Position,  ///< seconds of the stream, d
@@ -17,8 +17,8 @@ enum class Form
     Time,      ///< seconds since 1970, x
     Programme, ///< number of a programme, u
     Index,     ///< place in a list, u
-    Count,     ///< how often, u
-    Input,     ///< what to play, s
+    Count,     ///< number of messages, u
+    Input,     ///< input to play, s
     Fault,     ///< METHOD=FAULT, s
     Lockable,  ///< programme or service, s
     Mutable,   ///< audio or video, s
@@ -29,16 +29,16 @@ enum class Form
 /// The name in a synopsis: SECONDS.
 char const* NameOf(Form form);
 
-/// What is accepted: "a number of seconds, 0 to 1000000".
+/// The accepted values: "a number of seconds, 0 to 1000000".
 char const* Accepted(Form form);
 
 /// The D-Bus type.
 char const* TypeOf(Form form);
 
-/// The value that the text means. @throws std::invalid_argument with what is accepted
+/// The value of the text. @throws std::invalid_argument with the accepted values
 Owned<GVariant> Parse(Form form, std::string const& text);
 
-/// @throws std::invalid_argument with what is accepted when the value is of another type or out of range
+/// @throws std::invalid_argument with the accepted values if the value has another type or is out of range
 void Check(Form form, GVariant* value);
 
 } // namespace zviptv::verbs

@@ -75,7 +75,7 @@ Option const* FindOption(Verb const& verb, std::string const& name)
     return found == verb.options.end() ? nullptr : &*found;
 }
 
-/// Takes the words after the verb apart.
+/// Parses the words after the verb.
 class Reader
 {
 public:
@@ -149,7 +149,7 @@ private:
     }
 
     Verb const& m_verb;
-    std::size_t m_word = 0; ///< the place of the word that is read
+    std::size_t m_word = 0; ///< position of the word that is being read
     std::vector<Owned<GVariant>> m_arguments;
     std::vector<std::size_t> m_argumentWords;
     std::vector<std::pair<std::string, Owned<GVariant>>> m_options;

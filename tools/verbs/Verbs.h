@@ -22,7 +22,7 @@ struct Option
     char const* help;
 };
 
-/// What can be done with the television: words for people, a method on D-Bus.
+/// An action on the television: words for people, a method on D-Bus.
 struct Verb
 {
     char const* words; ///< "fault add"
@@ -44,15 +44,15 @@ struct Command
 {
     Verb const* verb;
     Owned<GVariant> parameters;
-    std::vector<std::size_t> arguments; ///< the places of the words that are arguments
+    std::vector<std::size_t> arguments; ///< positions of the words that are arguments
 };
 
-/// A line for the user, which says what is accepted.
+/// An error line for the user, with the accepted words.
 class VerbError : public std::invalid_argument
 {
 public:
     VerbError(std::string const& text, std::size_t word) : std::invalid_argument(text), m_word(word) {}
-    /// The place of the word that is wrong; the number of words when one is missing.
+    /// The position of the wrong word; the number of words if one is missing.
     std::size_t Word() const { return m_word; }
 
 private:
@@ -64,7 +64,7 @@ private:
 Command Parse(std::vector<std::string> const& words);
 
 /// Checks the arguments of a method, whose types are those of the interface.
-/// @throws std::invalid_argument as Parse() does
+/// @throws std::invalid_argument like Parse()
 void Check(std::string const& method, GVariant* parameters);
 
 } // namespace zviptv::verbs

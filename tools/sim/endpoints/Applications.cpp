@@ -7,7 +7,8 @@
 
 namespace zviptv::sim {
 
-/// Watches a bus name. One thread does everything, so that no notice comes after the end.
+/// Watches a bus name. Everything happens on one thread, so that no notice arrives after the end of the
+/// watch.
 class Applications::Watch
 {
 public:

@@ -10,11 +10,11 @@
 
 namespace zviptv::sim {
 
-/// The applications that have announced channels, until they take them back or leave the bus.
+/// The applications that have announced channels, until they withdraw them or leave the bus.
 class Applications
 {
 public:
-    /// `onGone` is called, in the main context, with the bus name of an application that has taken back its
+    /// `onGone` is called, in the main context, with the bus name of an application that has withdrawn its
     /// last channel or left the bus.
     explicit Applications(std::function<void(std::string const&)> onGone);
     ~Applications();
@@ -28,7 +28,7 @@ public:
     /// Their bus names.
     std::vector<std::string> Names() const;
 
-    /// What each is known by.
+    /// The names of each application.
     struct Description
     {
         std::string busName;
@@ -42,7 +42,7 @@ public:
     /// Whether it has announced a channel.
     bool Has(std::string const& busName) const { return m_applications.count(busName) != 0; }
 
-    /// What it is called by SetAppID; empty if it has not said, or has announced no channel.
+    /// The id that it has set with SetAppID; empty if it has set none, or has announced no channel.
     std::string IdOf(std::string const& busName) const;
     void SetId(std::string const& busName, std::string const& id);
 

@@ -21,19 +21,19 @@ ZVDualSound DualSound(EZVMultiSoundMode mode, bool available)
     return record;
 }
 
-/// What the viewer's next press of the dual sound key chooses.
+/// The choice of the viewer's next press of the dual sound key.
 EZVMultiSoundMode Next(EZVMultiSoundMode mode)
 {
     return static_cast<EZVMultiSoundMode>((static_cast<int>(mode) + 1) % (ZV_MULTI_SOUND_BOTH + 1));
 }
 
-/// The track that is heard; nothing when there is none.
+/// The current track; nullopt if there is none.
 std::optional<ZVAudio> CurrentAudio(Player const& player, Selection const& selection)
 {
     return At(AudioTracks(player.Current(), player.Sounds()), std::optional<int>(selection.audio));
 }
 
-/// The functions of broadcast data but for those of teletext, subtitles and captions.
+/// The functions of broadcast data, except those of teletext, subtitles and captions.
 class BroadcastData
 {
 public:

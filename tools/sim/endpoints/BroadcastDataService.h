@@ -8,7 +8,7 @@
 
 namespace zviptv::sim {
 
-/// Answers the requests of broadcast data objects from what the programme announces.
+/// Answers the requests of broadcast data objects from the data of the programme.
 class BroadcastDataService
 {
 public:
@@ -17,7 +17,7 @@ public:
     {
     }
 
-    /// Nothing when the function is not one of broadcast data.
+    /// Returns nullopt if the function is not one of broadcast data.
     std::optional<CMessageBuffer> Answer(Request const& request);
 
 private:

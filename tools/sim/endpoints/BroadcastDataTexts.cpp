@@ -15,7 +15,7 @@ namespace key = protocol::key;
 
 namespace {
 
-/// The first record that `suits`, else the first at all.
+/// The first record for which `suits` is true, or otherwise the first record.
 template <typename Record, typename Suits>
 std::optional<Record> Preferred(std::vector<Record> const& records, Suits suits)
 {

@@ -7,7 +7,7 @@
 
 namespace zviptv::sim {
 
-/// Answers the requests about teletext, subtitles and captions; nothing when the function is another one.
+/// Answers the requests about teletext, subtitles and captions; returns nullopt for other functions.
 std::optional<CMessageBuffer> AnswerTexts(Request const& request, Player const& player,
                                           Selection const& selection, EZVLanguageCode preferred);
 

@@ -11,7 +11,7 @@ namespace {
 
 using Kind = FaultRule::Kind;
 
-/// The bus never gives this name to anybody: its unique names begin with ":1.".
+/// The bus never assigns this name: its unique names begin with ":1.".
 constexpr char DeadName[] = ":0.1";
 
 std::string Spoilt(FaultRule const& rule, std::string const& value)

@@ -13,24 +13,24 @@
 
 namespace zviptv::sim {
 
-/// What several faults together do to one message. Without any it does nothing.
+/// The combined effect of several faults on one message.
 class Damage
 {
 public:
-    /// One more fault, which replaces those that contradict it. `number` identifies it in InForce().
+    /// Adds a fault, which replaces the faults that it contradicts. `number` identifies it in InForce().
     void Add(FaultRule const& rule, std::size_t number);
 
-    /// The numbers of the faults that no other one has replaced.
+    /// The numbers of the faults that no other fault has replaced.
     std::vector<std::size_t> InForce() const;
 
     bool IsNone() const { return m_faults.empty(); }
 
-    /// How late the message comes; zero for at once.
+    /// The delay of the message; zero to send it at once.
     std::chrono::milliseconds Delay() const
     {
         return std::chrono::milliseconds(NumberOf(FaultRule::Kind::Delay));
     }
-    /// Times the rate at which held messages come; zero when they are not held.
+    /// The factor to the rate at which held messages are sent; zero if they are not held.
     int Burst() const { return NumberOf(FaultRule::Kind::Burst); }
 
     bool IsDrop() const { return Has(FaultRule::Kind::Drop); }
@@ -38,17 +38,17 @@ public:
     bool IsDuplicate() const { return Has(FaultRule::Kind::Duplicate); }
     bool IsReorder() const { return Has(FaultRule::Kind::Reorder); }
 
-    /// False when the request is not to be carried out.
+    /// False if the request must not be carried out.
     bool TakesEffect() const;
 
-    /// What is left of the message.
+    /// The message after the faults.
     CMessageBuffer Spoil(CMessageBuffer const& message) const;
 
 private:
-    /// Of faults in the same place the last one counts.
+    /// Of several faults in the same place, the last one counts.
     struct Place
     {
-        FaultRule::Kind kind; ///< Drop for the message as a whole, Missing for a value
+        FaultRule::Kind kind; ///< Drop for the whole message, Missing for a value
         std::string key;      ///< of the value
         bool operator<(Place const& other) const;
     };

@@ -86,8 +86,8 @@ void DataSubscriberService::Remove(std::string const& busName)
     }
 }
 
-/// Never waits: the application that goes away may itself be waiting for our answer. The subscriber's thread
-/// says when it has stopped.
+/// Does not wait, because the application that leaves may itself be waiting for an answer. The subscriber's
+/// thread reports when it has stopped.
 void DataSubscriberService::Leave(std::unique_ptr<Subscriber> subscriber)
 {
     Subscriber::Counts const counts = subscriber->Count();

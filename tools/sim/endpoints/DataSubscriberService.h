@@ -18,11 +18,11 @@
 
 namespace zviptv::sim {
 
-/// Pushes PES packets and captions to the applications that asked for them.
+/// Pushes PES packets and captions to the applications that subscribed to them.
 class DataSubscriberService
 {
 public:
-    /// What a notification of the function to the application suffers; `followsHeld` as in Faults.
+    /// The faults of a notification of the function to the application; for `followsHeld` see Faults.
     using Faulty = std::function<Damage(char const* function, std::string const& busName, bool followsHeld)>;
 
     DataSubscriberService(PesFilter filter, Faulty faulty, MainLoop& loop);
@@ -30,22 +30,23 @@ public:
     DataSubscriberService(DataSubscriberService const&) = delete;
     DataSubscriberService& operator=(DataSubscriberService const&) = delete;
 
-    /// An application's channel, by its bus name, comes up or goes away.
+    /// Adds or removes an application's channel, by its bus name.
     void Add(std::string const& busName);
     void Remove(std::string const& busName);
 
-    /// Nothing when the function is not one of the subscriber.
+    /// Returns nullopt if the function is not one of the subscriber.
     std::optional<CMessageBuffer> Answer(Request const& request);
 
     void Push(PesPacket const& pes);
 
-    /// Notifications of this function are sent by Send() only, not by Push().
+    /// From now on, Send() only, not Push(), sends notifications of this function.
     void LeaveToReplay(std::string const& notification) { m_replayed.insert(notification); }
 
-    /// Sends one notification to one application. False if it has not asked for any of this kind.
+    /// Sends one notification to one application. Returns false if the application has not subscribed to this
+    /// kind.
     bool Send(std::string const& busName, Subscriber::Notification const& notification);
 
-    /// No packet follows for now: sends those that are held until another one comes.
+    /// Sends the packets that are held until the next one: none follows for now.
     void Release();
 
     /// Ends all subscriptions; the channels stay.
@@ -53,9 +54,9 @@ public:
 
     struct Counts
     {
-        std::uint64_t sent = 0;                          ///< notifications, to all applications together
-        std::uint64_t dropped = 0;                       ///< notifications that found a queue full
-        std::vector<RequestLog::Subscriber> subscribers; ///< applications that asked for data
+        std::uint64_t sent = 0;    ///< notifications, to all applications together
+        std::uint64_t dropped = 0; ///< notifications that were dropped because a queue was full
+        std::vector<RequestLog::Subscriber> subscribers; ///< applications that subscribed to data
     };
     Counts Count() const;
 
@@ -79,9 +80,10 @@ private:
     Faulty m_faulty;
     MainLoop& m_loop;
     std::map<std::string, Client> m_clients;
-    std::vector<std::unique_ptr<Subscriber>> m_leaving; ///< stopping; nobody waits for them
-    Counts m_gone;                                      ///< of those that left
-    std::set<std::string> m_replayed;                   ///< notifications that Push() does not send
+    std::vector<std::unique_ptr<Subscriber>>
+        m_leaving;                    ///< subscribers that are stopping; nothing waits for them
+    Counts m_gone;                    ///< counts of subscribers that have left
+    std::set<std::string> m_replayed; ///< notifications that Push() does not send
 };
 
 } // namespace zviptv::sim

@@ -10,7 +10,7 @@
 
 namespace zviptv::sim {
 
-/// One endpoint of the service: calls of applications go to a function.
+/// One endpoint of the service: passes the calls of applications to a function.
 class Endpoint final : public CCommonNative
 {
 public:

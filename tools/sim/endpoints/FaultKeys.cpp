@@ -11,7 +11,7 @@ namespace zviptv::sim {
 
 namespace {
 
-/// Adds the keys of a list of entries that are not there yet.
+/// Adds the missing keys of a list of entries.
 void AddKeys(Json::Value const& entries, std::vector<std::string>& keys)
 {
     for (Json::Value const& entry : entries) {

@@ -8,8 +8,8 @@
 
 namespace zviptv::sim {
 
-/// The keys of the messages of the rule's target and function, by the description of the protocol, in its
-/// order. Of all requests those of every answer.
+/// The keys of the messages of the rule's target and function, in the order of the description of the
+/// protocol. For all requests, the keys of all answers.
 std::vector<std::string> FaultKeys(FaultRule const& rule);
 
 } // namespace zviptv::sim

@@ -10,7 +10,7 @@ namespace zviptv::sim {
 
 namespace {
 
-/// Reads the value of an option. False when it is not accepted.
+/// Reads the value of an option. Returns false if it is not accepted.
 using Read = bool (*)(std::string const& value, FaultRule& rule);
 
 struct Option

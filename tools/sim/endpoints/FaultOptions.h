@@ -11,23 +11,23 @@
 namespace zviptv::sim {
 
 /// Reads OPTION=VALUE[,OPTION=VALUE]... into the rule, whose function and fault are known.
-/// @throws std::invalid_argument with what is wrong and what is accepted
+/// @throws std::invalid_argument with the error and the accepted values
 void ReadFaultOptions(std::string const& text, FaultRule& rule);
 
-/// ",OPTION=VALUE" for each option that is not at its default.
+/// ",OPTION=VALUE" for each option that does not have its default value.
 std::string FaultOptionsText(FaultRule const& rule);
 
 /// "count=N, for=SECONDS or ...".
 std::string AcceptedFaultOptions();
 
-/// A number in the range that takes the whole text; nothing if it is none.
+/// The text as a number in the range; nullopt if it is not one.
 template <typename Number>
 std::optional<Number> ReadNumber(std::string const& text, Number least, Number most)
 {
     Number number{};
     auto const [end, failure] = std::from_chars(text.data(), text.data() + text.size(), number);
     bool const isTaken = failure == std::errc() && end == text.data() + text.size() && number >= least &&
-                         number <= most; // not a number is in no range
+                         number <= most; // NaN is in no range
     return isTaken ? std::optional<Number>(number) : std::nullopt;
 }
 

@@ -22,11 +22,11 @@ namespace {
 using Kind = FaultRule::Kind;
 using Target = FaultRule::Target;
 
-/// What stands after the word of a fault.
+/// The value after the word of a fault.
 struct Argument
 {
-    char const* name;     ///< null for none
-    char const* accepted; ///< of a number; null for a key
+    char const* name;     ///< null if there is no value
+    char const* accepted; ///< accepted numbers; null for a key
     int least;
     int most;
 };
@@ -64,7 +64,7 @@ constexpr Word Words[] = {
     {"dead", Kind::Dead, None, Announcements},
 };
 
-/// Of a reader of a rule, for what it has to say.
+/// Throws the error for a rule that cannot be read.
 [[noreturn]] void Refuse(std::string const& text, std::string const& why)
 {
     throw std::invalid_argument("cannot use the fault '" + text + "': " + why);

@@ -7,7 +7,7 @@
 
 namespace zviptv::sim {
 
-/// What can go wrong with a kind of message, and when: one fault, as it is written on the command line.
+/// One fault as on the command line: the kind of message, what goes wrong with it, and when.
 struct FaultRule
 {
     /// The kinds of messages.
@@ -20,18 +20,18 @@ struct FaultRule
 
     enum class Kind
     {
-        Delay,     ///< comes late
-        Drop,      ///< does not come
-        Error,     ///< a D-Bus error comes instead
-        Result,    ///< comes with another result
-        Missing,   ///< comes without a key
-        Garbage,   ///< comes with letters for a value
-        Short,     ///< comes with half a value
+        Delay,     ///< is sent late
+        Drop,      ///< is not sent
+        Error,     ///< is replaced by a D-Bus error
+        Result,    ///< has another result
+        Missing,   ///< does not have a key
+        Garbage,   ///< has letters as a value
+        Short,     ///< has only half a value
         Empty,     ///< names no endpoint
         Dead,      ///< names an endpoint that nobody owns
-        Duplicate, ///< comes twice
-        Reorder,   ///< comes after the next one
-        Burst      ///< is held, and then comes together with others
+        Duplicate, ///< is sent twice
+        Reorder,   ///< is sent after the next one
+        Burst      ///< is held, and then sent together with others
     };
 
     static constexpr char AllRequests[] = "*";
@@ -40,20 +40,20 @@ struct FaultRule
     Target target = Target::Answer;
     std::string function; ///< AllRequests, Announcement, or a "functionname"
     Kind kind = Kind::Drop;
-    int number = 0;                     ///< milliseconds, result, or times the rate
+    int number = 0;                     ///< milliseconds, result, or factor to the rate
     std::string key;                    ///< whose value is changed; may be empty
     std::optional<std::uint32_t> count; ///< messages until it ends
     std::optional<double> duration;     ///< seconds until it ends, from when it begins
     double from = 0;                    ///< seconds until it begins
     std::string application;            ///< bus name or id; empty for all
-    double probability = 1;             ///< that it meets a message
+    double probability = 1;             ///< probability that it applies to a message
     bool takesEffect = true;            ///< false: the request is not carried out
 
     /// Reads FUNCTION=FAULT[,OPTION=VALUE]..., which docs/reference/simulator.md describes.
-    /// @throws std::invalid_argument with a line for the user, which says what is accepted
+    /// @throws std::invalid_argument with a line for the user, which lists the accepted values
     static FaultRule Parse(std::string const& text);
 
-    /// What Parse() accepts, in a sentence.
+    /// The texts that Parse() accepts, in a sentence.
     static std::string Usage();
 
     /// The shortest text that is read as this rule.

@@ -13,7 +13,7 @@ Faults::Time::duration Seconds(double seconds)
     return std::chrono::duration_cast<Faults::Time::duration>(std::chrono::duration<double>(seconds));
 }
 
-/// The same for the same seed and text, whatever other faults there are.
+/// A generator that depends only on the seed and the text, not on other faults.
 std::mt19937_64 RandomOf(std::uint64_t seed, std::string const& text)
 {
     std::vector<std::uint32_t> values(text.begin(), text.end());
@@ -23,7 +23,7 @@ std::mt19937_64 RandomOf(std::uint64_t seed, std::string const& text)
     return std::mt19937_64(sequence);
 }
 
-/// From 0 to below 1, from the 53 bits that a double has.
+/// A number from 0 to below 1, made from the 53 bits of a double.
 double Draw(std::mt19937_64& random)
 {
     return static_cast<double>(random() >> 11U) * 0x1p-53;
@@ -133,7 +133,7 @@ bool Faults::HasEnded(Fault const& fault, Time now)
     return (end && now >= *end) || (fault.rule.count && fault.progress.met >= *fault.rule.count);
 }
 
-/// Decides also by the fault's probability, for each message that it may meet.
+/// Whether the fault applies, also by its probability, for each message to which it can apply.
 bool Faults::Meets(Fault& fault, Message const& message, Time now)
 {
     FaultRule const& rule = fault.rule;

@@ -14,66 +14,66 @@
 
 namespace zviptv::sim {
 
-/// The faults that are in force now, or will be, so that applications can test their error paths. Not
-/// thread-safe.
+/// The present and future faults, with which applications test their error paths. Not thread-safe.
 class Faults
 {
 public:
     using Time = std::chrono::steady_clock::time_point;
     using Clock = std::function<Time()>;
 
-    /// A message that faults may meet.
+    /// A message to which faults may apply.
     struct Message
     {
         FaultRule::Target target;
         std::string function;
         std::string application;   ///< bus name
         std::string applicationId; ///< empty if there is none
-        bool followsHeld = false;  ///< it sets free one that `reorder` holds, and is not held itself
+        bool followsHeld = false;  ///< it releases a message that `reorder` holds, and is not held itself
     };
 
-    /// A fault and how far it is: all that it takes to go on with it in another object.
+    /// A fault and its progress, with which another object can continue it.
     struct Progress
     {
         std::string text;        ///< FaultRule::Text()
         Time since;              ///< when it was added
-        std::uint64_t met = 0;   ///< messages that it has met
-        std::uint64_t drawn = 0; ///< messages that its probability has decided on
+        std::uint64_t met = 0;   ///< messages to which it has applied
+        std::uint64_t drawn = 0; ///< messages for which its probability was used
     };
 
-    /// A fault as people see it.
+    /// A fault as it is shown to people.
     struct State
     {
         Progress progress;
-        std::optional<std::uint64_t> left; ///< messages that it will still meet; all when empty
+        std::optional<std::uint64_t> left; ///< remaining messages; unlimited if empty
         Time begin;
         std::optional<Time> end;
     };
 
-    /// `seed` decides which messages a fault with a probability meets. `onRandom` is called when the first
-    /// such fault is added.
+    /// `seed` determines to which messages a fault with a probability applies. `onRandom` is called when the
+    /// first such fault is added.
     Faults(
         Clock clock, std::uint64_t seed, std::function<void()> onRandom = [] {});
 
     /// Adds a fault, whose time begins now. Returns its normalised text.
-    /// @throws std::invalid_argument as FaultRule::Parse does; then nothing has changed
+    /// @throws std::invalid_argument like FaultRule::Parse; then nothing has changed
     std::string Add(std::string const& text);
     std::string Add(FaultRule const& rule);
 
-    /// Adds a fault that goes on from where it was.
+    /// Adds a fault that continues with its progress.
     /// @throws std::invalid_argument as FaultRule::Parse does
     void Resume(Progress const& progress);
 
     /// Removes all faults with this text; for FUNCTION=FAULT without options, also those that have options.
-    /// False when there are none. @throws std::invalid_argument as FaultRule::Parse does
+    /// Returns false if there are none. @throws std::invalid_argument as FaultRule::Parse does
     bool Remove(std::string const& text);
     void Clear() { m_faults.clear(); }
 
-    /// Those that have not ended, in the order in which they were added.
+    /// The faults that have not ended, in the order in which they were added.
     std::vector<State> List() const;
 
-    /// What the message suffers, which counts. Faults of all requests come first, then those of the function,
-    /// each in the order in which they were added; later ones replace earlier ones that they contradict.
+    /// Returns the effect of the faults on the message, and counts the message. Faults of all requests are
+    /// applied first, then those of the function, each in the order in which they were added. Later faults
+    /// replace earlier ones that they contradict.
     Damage To(Message const& message);
 
 private:

@@ -13,26 +13,26 @@
 
 namespace zviptv::sim {
 
-/// Loads guide files beside the main loop, which goes on meanwhile: on a thread of its own, one at a time.
-/// Everything but the loading itself happens on the main loop's thread.
+/// Loads guide files on a separate thread, one at a time, while the main loop continues. Everything except
+/// the loading itself happens on the main loop's thread.
 class GuideLoader
 {
 public:
     struct Result
     {
-        std::optional<LoadedGuide> loaded; ///< nothing when the file could not be loaded
-        std::string error;                 ///< then why
+        std::optional<LoadedGuide> loaded; ///< empty if the file could not be loaded
+        std::string error;                 ///< the reason, if it could not be loaded
     };
     using Done = std::function<void(Result const&)>;
 
     explicit GuideLoader(MainLoop& loop) : m_loop(loop) {}
-    /// Gives up what is being loaded.
+    /// Stops the present load.
     ~GuideLoader();
     GuideLoader(GuideLoader const&) = delete;
     GuideLoader& operator=(GuideLoader const&) = delete;
 
-    /// Calls `done` when the file is loaded, or is not. A file that is being loaded already is not loaded
-    /// once more. False, and nothing happens, while another one is being loaded.
+    /// Loads the file and then calls `done`, also on failure. A file that is already being loaded is not
+    /// loaded again. Returns false, and does nothing, while another file is being loaded.
     bool Load(std::string const& path, ServiceNames const& names, Done done);
 
 private:
@@ -42,8 +42,8 @@ private:
     MainLoop& m_loop;
     std::thread m_thread;
     std::atomic<bool> m_stopping{false};
-    std::string m_path;          ///< being loaded
-    std::vector<Done> m_waiting; ///< for it; empty when nothing is being loaded
+    std::string m_path;          ///< the file that is being loaded
+    std::vector<Done> m_waiting; ///< callbacks for that file; empty if none is being loaded
 };
 
 } // namespace zviptv::sim

@@ -24,7 +24,7 @@ public:
     std::string Function() const { return m_message.GetValue(protocol::key::FunctionName); }
     std::string Text(char const* key) const { return m_message.GetValue(key); }
 
-    /// Nothing when the argument is missing or no decimal number of this type.
+    /// Returns nullopt if the argument is missing or not a decimal number of this type.
     template <typename Number>
     std::optional<Number> Get(char const* key) const
     {
@@ -35,7 +35,7 @@ public:
         return whole ? std::optional<Number>(number) : std::nullopt;
     }
 
-    /// Nothing when the argument is missing or no number.
+    /// Returns nullopt if the argument is missing or not a number.
     std::optional<bool> Flag(char const* key) const
     {
         std::optional<int> const number = Get<int>(key);

@@ -9,12 +9,12 @@
 
 namespace zviptv::sim {
 
-/// Which PES packets go to subscribers.
+/// Selects the PES packets for subscribers.
 class PesFilter
 {
 public:
-    /// From a list of kinds and PIDs, "audio,subtitle,0x1FF", or "none"; everything when empty. PIDs are
-    /// decimal, or hexadecimal behind 0x.
+    /// Reads a list of kinds and PIDs, "audio,subtitle,0x1FF", or "none"; an empty text selects everything.
+    /// PIDs are decimal, or hexadecimal after 0x.
     /// @throws std::invalid_argument with a line for the user
     static PesFilter Parse(std::string const& text);
 

@@ -19,7 +19,7 @@ namespace {
 
 constexpr int TimeBase = 90000;
 
-/// Stores a chosen list entry; the result is 0 when the list has no such entry.
+/// Stores the selected list entry; the result is 0 if the list has no such entry.
 template <typename Index>
 Reply Choose(std::optional<Index> index, std::size_t count, Index& chosen)
 {
@@ -30,7 +30,7 @@ Reply Choose(std::optional<Index> index, std::size_t count, Index& chosen)
     return Reply(true);
 }
 
-/// The track with this coding that suits best: the one that plays, else one in its language, else the first.
+/// The best track with this coding: the current one, otherwise one in its language, otherwise the first.
 std::optional<int> TrackOfFormat(std::vector<ZVAudio> const& tracks, int current, int encoding)
 {
     std::optional<int> best;
@@ -83,7 +83,7 @@ ZVResolution ToRecord(VideoFormat const& format)
     return record;
 }
 
-/// Remembers who mutes, until somebody ends it.
+/// Stores which application has muted, until any application ends the mute.
 Reply Mute(std::string& mutedBy, std::optional<bool> on, std::string const& application)
 {
     if (on && (!*on || mutedBy.empty())) {
@@ -113,7 +113,7 @@ public:
         std::optional<int> const track =
             TrackOfFormat(AudioTracks(m_player.Current()), m_selection.audio, *type);
         m_selection.audio = track.value_or(m_selection.audio);
-        return Reply(*preferred || track.has_value()); // what is preferred need not be there
+        return Reply(*preferred || track.has_value()); // a preferred coding need not exist
     }
 
     Reply SetDigitalDualSound(Request const& request)
@@ -230,7 +230,8 @@ public:
             .Add(key::FirstPTS, pts.value_or(0))
             .Add(key::TimeBaseDen, TimeBase)
             .Add(key::TimeBaseNum, 1)
-            .Add(key::CurrentTime, static_cast<std::uint32_t>(now.count())); // all that 32 bits read
+            .Add(key::CurrentTime,
+                 static_cast<std::uint32_t>(now.count())); // the bits that 32-bit applications can read
     }
 
 private:

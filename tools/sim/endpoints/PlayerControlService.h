@@ -16,7 +16,7 @@ public:
     {
     }
 
-    /// Nothing when the function is not one of player control.
+    /// Returns nullopt if the function is not one of player control.
     std::optional<CMessageBuffer> Answer(Request const& request);
 
 private:

@@ -14,10 +14,10 @@ namespace key = protocol::key;
 
 namespace {
 
-/// Longest text that an answer can carry, with room for the rest of the message.
+/// The longest text in an answer, with room for the rest of the message.
 constexpr std::size_t LargestText = CProxyDBusHelper::MAX_BODY_SIZE - 1024;
 
-/// A text that takes one 64-bit id and nothing else.
+/// The text of a query whose only argument is a 64-bit id.
 template <typename Query>
 std::string ById(Request const& request, Query query)
 {
@@ -60,7 +60,7 @@ void ProgrammeGuideService::Clone(Request const& request, std::function<void(Rep
     std::string const path = request.Text(key::Path);
     auto const finish = [this, path, answer, resets = m_resets](GuideLoader::Result const& result) {
         if (resets != m_resets) {
-            answer(Reply(false).Add(key::Data, 0)); // for a television that is gone
+            answer(Reply(false).Add(key::Data, 0)); // for a television that has been reset
             return;
         }
         if (result.loaded) {
@@ -76,7 +76,7 @@ void ProgrammeGuideService::Clone(Request const& request, std::function<void(Rep
     }
 }
 
-/// Nothing found is an empty text, and so is what no message can carry.
+/// The answer is an empty text if nothing was found, or if the text does not fit into a message.
 Reply ProgrammeGuideService::TextReply(Request const& request, std::string const& text) const
 {
     if (text.size() > LargestText) {
@@ -102,8 +102,8 @@ void ProgrammeGuideService::ForgetEvents()
     }
 }
 
-/// What the stream calls present is present, whatever our clock says: a recording's events are of its own
-/// time.
+/// The event that the stream marks as present is present, whatever the guide's clock: the events of a
+/// recording have the time of the recording.
 std::int64_t ProgrammeGuideService::Now(std::uint64_t serviceId) const
 {
     EitEvent const* const present = m_fromFile || serviceId > UINT16_MAX

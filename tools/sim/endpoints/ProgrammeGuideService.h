@@ -21,7 +21,7 @@ class ProgrammeGuideService
 public:
     using Clock = std::function<std::int64_t()>;
 
-    /// Tells the user something.
+    /// Prints a line for the user.
     using Say = std::function<void(std::string const& text)>;
 
     /// `now` is the guide's clock, seconds since 1970.
@@ -33,28 +33,30 @@ public:
     /// @throws std::runtime_error with a line for the user
     void Load(std::string const& path);
 
-    /// Goes back to the guide of Load(), or to the event information that the stream will bring.
+    /// Restores the guide of Load(), or starts to use the stream's event information again.
     void Reset();
 
-    /// Answers CloneUSBToTV, when the guide has been loaded or could not be; then the guide so far stays.
+    /// Answers CloneUSBToTV after the guide has been loaded. If it could not be loaded, the previous guide
+    /// stays.
     void Clone(Request const& request, std::function<void(Reply const&)> const& answer);
 
-    /// Takes the stream's event information, as long as no file was loaded.
+    /// Stores the stream's event information, unless a file was loaded.
     void Push(TsPacket const& packet);
 
-    /// The next events are those of another stream. A guide file stays.
+    /// Discards the events of the stream, because another one follows. A guide file stays loaded.
     void ForgetEvents();
 
-    /// Nothing when the function is none of the programme guide, or CloneUSBToTV. Each application has its
-    /// own list for GetProgram.
+    /// Returns nullopt for CloneUSBToTV, and if the function is not one of the programme guide. Each
+    /// application has a separate list for GetProgram.
     std::optional<CMessageBuffer> Answer(Request const& request);
 
     void Forget(std::string const& busName) { m_lists.erase(busName); }
 
-    /// What is on now on the played service.
+    /// The present programme of the service that is played.
     RatedProgramme Present() const;
 
-    /// What the guide says of the played service. The programmes, null where there is none, are the guide's.
+    /// The guide's data about the service that is played. The guide owns the programmes, which are null if
+    /// there are none.
     struct NowAndNext
     {
         std::shared_ptr<Guide const> guide;
@@ -75,7 +77,7 @@ private:
     Say m_say;
     GuideLoader m_loader;
     ProgrammeGuide m_guide;
-    std::shared_ptr<Guide const> m_first; ///< of Load()
+    std::shared_ptr<Guide const> m_first; ///< guide of Load()
     unsigned m_resets = 0;
     EitReader m_eit;
     bool m_fromFile = false;

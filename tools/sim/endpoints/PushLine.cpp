@@ -51,7 +51,7 @@ void PushLine::SendInOrder(Item const& item, Send const& send)
     }
 }
 
-/// Those that come while a burst is sent belong to it. It ends when it has caught up with them.
+/// Notifications that arrive during a burst belong to it. The burst ends when it has sent all of them.
 PushLine::Time PushLine::BurstDue(int factor, Time now)
 {
     auto const dueFrom = [now, factor](Time begin) { return begin + BurstHold + (now - begin) / factor; };

@@ -11,8 +11,8 @@
 
 namespace zviptv::sim {
 
-/// The notifications of one function that go to one application, from when it asks for them: what faults make
-/// of them, in which order and when.
+/// The notifications of one function to one application since its subscription: applies the faults, and
+/// determines the order and the times.
 class PushLine
 {
 public:
@@ -26,22 +26,22 @@ public:
         std::uint16_t stream = 0;
     };
 
-    /// Takes what is to be sent, and when. Times never go back.
+    /// Gets a notification to send and its time. Times never decrease.
     using Send = std::function<void(Push const& push, Time due)>;
 
     /// How long a burst holds notifications before it sends them.
     static constexpr std::chrono::seconds BurstHold{1};
 
     bool IsOn() const { return m_isOn; }
-    /// What is held is forgotten.
+    /// Drops the notifications that are held.
     void Turn(bool on);
 
-    /// A notification of the stream is held until the next one of it.
+    /// Whether a notification of the stream is held until the next one of the same stream.
     bool Holds(std::uint16_t stream) const { return m_held.count(stream) != 0; }
 
     void Pass(Push push, Damage const& damage, Time now, Send const& send);
 
-    /// Sends what is held, since nothing follows.
+    /// Sends the notifications that are held, because none follows.
     void Release(Time now, Send const& send);
 
 private:
@@ -56,9 +56,9 @@ private:
     void SendInOrder(Item const& item, Send const& send);
 
     bool m_isOn = false;
-    Time m_last;                          ///< when the last one is due, which none overtakes
-    std::optional<Time> m_burst;          ///< when the notifications of the burst began to come
-    std::map<std::uint16_t, Item> m_held; ///< by their streams
+    Time m_last;                          ///< time of the last notification, which no other may overtake
+    std::optional<Time> m_burst;          ///< time of the first notification of the burst
+    std::map<std::uint16_t, Item> m_held; ///< held notifications, by their streams
 };
 
 } // namespace zviptv::sim

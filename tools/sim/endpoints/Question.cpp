@@ -25,8 +25,8 @@ Owned<GDBusMessage> NewCall(std::string const& busName)
     return call;
 }
 
-/// Whatever the application itself says is an answer, also any error. The bus speaks for one that has gone;
-/// where it forbids such calls, there will never be more of an answer than that.
+/// Any reply of the application is an answer, also an error. The bus replies for an application that has
+/// left; if the bus forbids such calls, its error is the only possible answer.
 bool IsAnswer(GDBusMessage* reply)
 {
     return g_strcmp0(g_dbus_message_get_sender(reply), Bus) != 0 ||

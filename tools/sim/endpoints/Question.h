@@ -7,23 +7,23 @@
 
 namespace zviptv::sim {
 
-/// A call of an application's data subscriber without content, which it answers when it has worked off what
-/// it was sent before. An application that stands still leaves one call open, however long, and answers it as
-/// soon as it goes on.
+/// A call without content to an application's data subscriber, which answers after it has handled all earlier
+/// messages. A stopped application leaves one call unanswered for as long as it is stopped, and answers when
+/// it continues.
 class Question
 {
 public:
-    /// On the bus connection that the channels use, so that nothing overtakes anything.
+    /// Uses the bus connection of the channels, so that the order of the messages is kept.
     explicit Question(std::string busName);
     ~Question() = default;
     Question(Question const&) = delete;
     Question& operator=(Question const&) = delete;
 
-    /// Waits for the answer. False when there will be none: the application has gone, Cancel() was called, or
-    /// the bus does not take the call.
+    /// Waits for the answer. Returns false if there will be none: the application has left, Cancel() was
+    /// called, or the bus does not accept the call.
     bool Ask();
 
-    /// Ends Ask() for good. From any thread.
+    /// Ends Ask() permanently. Any thread may call it.
     void Cancel();
 
 private:

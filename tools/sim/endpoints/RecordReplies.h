@@ -11,9 +11,9 @@
 
 namespace zviptv::sim {
 
-// Requests for lists of records, and replies about them.
+// Requests for records of lists, and their replies.
 
-/// The type of ISDB text that a request names; nothing for another number.
+/// The type of ISDB text in a request; nullopt for an unknown number.
 inline std::optional<EZVISDBTextType> TextType(Request const& request)
 {
     std::optional<int> const type = request.Get<int>(protocol::key::Mode);
@@ -21,7 +21,7 @@ inline std::optional<EZVISDBTextType> TextType(Request const& request)
     return known ? std::optional<EZVISDBTextType>(static_cast<EZVISDBTextType>(*type)) : std::nullopt;
 }
 
-/// The entry of a list; nothing past its end.
+/// An entry of a list; nullopt after its end.
 template <typename Record, typename Index>
 std::optional<Record> At(std::vector<Record> const& records, std::optional<Index> index)
 {

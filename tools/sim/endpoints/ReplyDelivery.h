@@ -18,22 +18,22 @@ struct Delivery
 {
     std::chrono::milliseconds delay{0};
     bool isDropped = false;
-    std::string errorName; ///< of the D-Bus error that is sent instead; empty for none
+    std::string errorName; ///< name of the D-Bus error that is sent instead; empty for none
     std::string errorText;
 
     bool IsAnswer() const { return !isDropped && errorName.empty(); }
     bool IsPlain() const { return IsAnswer() && delay.count() == 0; }
 };
 
-/// As the faults want it.
+/// The delivery with these faults.
 Delivery DeliveryOf(Damage const& damage);
 
-/// What the faults made of the answer, for the log; empty if nothing.
+/// The effect of the faults on the answer, for the log; empty if there is none.
 std::string NoteOf(Damage const& damage);
 
 /// Answers the call that the calling thread is handling: late, with an error, or not at all. Does nothing if
-/// the handler answers as well by returning the reply. `later` is the answer if it was taken already, and is
-/// taken if it has to be.
+/// the handler can answer by returning the reply. `later` is the deferred answer if it was already taken; if
+/// necessary, this function takes it.
 void Deliver(std::optional<CDeferredReply>& later, CMessageBuffer const& reply, Delivery const& delivery,
              MainLoop& loop);
 

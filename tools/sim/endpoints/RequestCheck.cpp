@@ -30,7 +30,7 @@ bool IsNumber(std::string const& text)
 
 bool IsOfType(std::string const& type, std::string const& text);
 
-/// A JSON object with exactly the fields of the record.
+/// Whether it is a JSON object with exactly the fields of the record.
 bool IsJsonRecord(Json::Value const& record, std::string const& text)
 {
     std::unique_ptr<Json::CharReader> const reader(Json::CharReaderBuilder().newCharReader());
@@ -121,7 +121,7 @@ std::vector<std::string> WarningsOf(std::string const& endpoint, CMessageBuffer 
         std::string const key = described["key"].asString();
         std::string const type = described["type"].asString();
         if (!HasKey(request, key)) {
-            if (!described["optional"].asBool() && type != "text") { // an empty text is lost on receipt
+            if (!described["optional"].asBool() && type != "text") { // empty texts are dropped on receipt
                 warnings.push_back("missing key " + key);
             }
         } else if (!IsOfType(type, request.GetValue(key.c_str()))) {

@@ -8,9 +8,8 @@
 
 namespace zviptv::sim {
 
-/// What is wrong with a request to the endpoint of this type word, by the description of the protocol: an
-/// unknown function, a missing, unexpected or repeated key, a malformed value. Empty if the request is as
-/// described.
+/// The differences between a request to the endpoint of this type word and the description of the protocol:
+/// an unknown function, a missing, unexpected or repeated key, a malformed value. Empty if there are none.
 std::vector<std::string> WarningsOf(std::string const& endpoint, CMessageBuffer const& request);
 
 /// The "functionname" of every function, in the order of the endpoints.

@@ -19,7 +19,7 @@ namespace key = protocol::key;
 
 namespace {
 
-/// The entries but for the keys that have a place of their own.
+/// The entries, except the keys that are shown separately.
 std::string Entries(CMessageBuffer const& message)
 {
     std::string text;
@@ -37,14 +37,14 @@ Json::Value JsonEntries(CMessageBuffer const& message)
     Json::Value json(Json::objectValue);
     for (int i = 0; i < message.Size(); ++i) {
         Json::Value& value = json[EscapeText(message.GetKey(i))];
-        if (value.isNull()) { // of entries with one key the first counts
+        if (value.isNull()) { // of several entries with the same key, the first counts
             value = Shown(message.GetValue(i));
         }
     }
     return json;
 }
 
-/// The line about a request that is not as the protocol describes it; else nothing.
+/// The warning about a request that differs from the protocol; otherwise empty.
 std::string WarningLine(RequestLog::Entry const& entry)
 {
     std::string text;
@@ -69,13 +69,13 @@ std::string Counted(std::size_t count, std::string const& what)
     return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
-/// Of live input, what is known of the way it comes.
+/// The counters of live input.
 std::string Reception(InputCounters const& input)
 {
     return input.isLive ? ", " + std::to_string(input.lost) + " lost, " + input.state : "";
 }
 
-/// What is out of the ordinary, at the end of the status line.
+/// Special states, at the end of the status line.
 std::string Conditions(RequestLog::Status const& status)
 {
     return std::string(status.audioMuted ? ", audio muted" : "") +

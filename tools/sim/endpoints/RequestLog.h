@@ -12,22 +12,22 @@
 
 namespace zviptv::sim {
 
-/// A value as people read it: short text with control characters escaped, long text and bytes by their size.
+/// A value for people: short text with escaped control characters, long text and bytes as their size.
 std::string Shown(std::string const& value);
 
-/// Shows what the service does: a line a request, and a status line.
+/// Shows the work of the service: a line for each request, and a status line.
 /// docs/reference/simulator.md has the JSON members.
 class RequestLog
 {
 public:
-    /// Entry::replay of a request that the recording does not have.
+    /// Value of Entry::replay for a request that was not recorded.
     static constexpr char NotRecorded[] = "not recorded";
 
     enum class Form
     {
         Quiet,
         Text, ///< for people: to standard error, the status line in place on a terminal
-        Json  ///< one object a line: to standard output
+        Json  ///< one object per line: to standard output
     };
 
     struct Entry
@@ -35,30 +35,30 @@ public:
         std::string endpoint; ///< type word
         std::string busName;  ///< of the application
         CMessageBuffer const& request;
-        CMessageBuffer const* reply; ///< null when there is none
-        std::string note;            ///< what a fault did; may be empty
+        CMessageBuffer const* reply; ///< null if there is none
+        std::string note;            ///< effect of a fault; may be empty
         std::chrono::microseconds took;
-        std::string replay; ///< how it differs from a recorded reply; may be empty
+        std::string replay; ///< difference from a recorded reply; may be empty
     };
 
-    /// An application that asked for data.
+    /// An application that has subscribed to data.
     struct Subscriber
     {
         std::string busName;
-        std::uint64_t sent = 0;    ///< notifications since it came
-        std::uint64_t dropped = 0; ///< notifications that found its queue full
-        std::size_t queued = 0;    ///< notifications that wait for it
-        bool pes = false;          ///< it wants PES packets
-        bool captions = false;     ///< it wants captions
+        std::uint64_t sent = 0;    ///< notifications since it subscribed
+        std::uint64_t dropped = 0; ///< notifications that were dropped because its queue was full
+        std::size_t queued = 0;    ///< notifications in its queue
+        bool pes = false;          ///< it has subscribed to PES packets
+        bool captions = false;     ///< it has subscribed to captions
     };
 
     struct Status
     {
         std::size_t clients = 0; ///< applications that have announced themselves
         std::uint64_t packetsPerSecond = 0;
-        std::uint64_t dropped = 0; ///< in all, those of applications that have left included
+        std::uint64_t dropped = 0; ///< in total, including those of applications that have left
         std::vector<Subscriber> subscribers;
-        std::string appId;       ///< that SetAppID has told last; may be empty
+        std::string appId;       ///< last id of SetAppID; may be empty
         bool audioMuted = false; ///< by MuteAudio
         bool videoMuted = false; ///< by MuteVideo
         bool locked = false;     ///< the programme or the service, until it is unlocked
@@ -73,13 +73,13 @@ public:
 
     bool WantsStatus() const { return m_form != Form::Quiet; }
     void Write(Entry const& entry);
-    /// @throws std::runtime_error with a line for the user when standard output does not take it, or has not
-    /// taken what came before
+    /// @throws std::runtime_error with a line for the user if this or earlier output could not be written to
+    /// standard output
     void Write(Status const& status);
-    /// Where applications find the private bus. @throws as Write(Status) does
+    /// Writes the address of the private bus. @throws like Write(Status)
     void WriteBus(std::string const& address);
 
-    /// A line for the user, in every form: to standard error, with control characters escaped.
+    /// Writes a line for the user, in both forms to standard error, with escaped control characters.
     void Say(std::string const& text);
 
 private:

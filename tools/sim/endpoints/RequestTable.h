@@ -10,7 +10,7 @@
 
 namespace zviptv::sim {
 
-/// One function and what answers it.
+/// One function and its handler.
 template <typename Service>
 struct RequestRow
 {
@@ -18,7 +18,7 @@ struct RequestRow
     Reply (Service::*answer)(Request const&);
 };
 
-/// What the row of the request's function answers; nothing when no row has it.
+/// The answer of the handler of the request's function; nullopt if there is none.
 template <typename Service, typename Rows>
 std::optional<CMessageBuffer> AnswerFrom(Rows const& rows, Service& service, Request const& request)
 {

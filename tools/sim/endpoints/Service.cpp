@@ -85,7 +85,7 @@ Service::Service(ServiceOptions const& options, MainLoop& loop)
 
 void Service::Announce()
 {
-    m_loop.CatchSignals(); // applications are about to know of the service: it has to end in order now
+    m_loop.CatchSignals(); // applications can find the service from now on, so it must end in order
     IConnectionHelper* helper = nullptr;
     CIPTVServiceAPI::CreateConnectionHelper(&helper);
     helper->SetDbusSignalCb(Announced, this);
@@ -108,7 +108,7 @@ try {
     m_log.Say(std::string(failure.what()) + "; the service continues without this guide");
 }
 
-/// In place of all others.
+/// Sets the faults of the options, which replace all others.
 void Service::AddFaultsOfOptions()
 {
     m_faults.Clear();
@@ -157,7 +157,7 @@ std::string Service::Announced(std::string busName, std::string type, std::strin
     return static_cast<Service*>(self)->AnswerAnnouncement(busName, type, add == "y");
 }
 
-/// What is returned is not sent if the answer was taken.
+/// The return value is not sent if the answer was taken.
 std::string Service::AnswerAnnouncement(std::string const& busName, std::string const& type, bool comesUp)
 {
     Damage const damage = FaultsOf(FaultRule::Target::Announcement, FaultRule::Announcement, busName);
@@ -180,7 +180,7 @@ std::string Service::Partner(std::string const& busName, std::string const& type
                                : type == type::ProgramGuide   ? &m_programmeGuideEnd
                                                               : nullptr;
     if (endpoint == nullptr || g_dbus_is_unique_name(busName.c_str()) == FALSE) {
-        return std::string(); // no name of a channel, and nothing that would be seen to leave
+        return std::string(); // not the name of a channel: its loss could not be noticed
     }
     comesUp ? m_applications.Add(busName, type) : m_applications.Remove(busName, type);
     m_onChange();
@@ -207,7 +207,7 @@ Service::Call Service::Begin(char const* type, CMessageBuffer const& message)
     return Call{type, busName, message, now, std::move(damage), {}, {}, {}};
 }
 
-/// A request that is not carried out is answered as one that is refused.
+/// A request that is not carried out gets the answer of a refused one.
 Endpoint::Handler Service::HandlerOf(char const* type, Answerer answer)
 {
     return [this, type, answer = std::move(answer)](CMessageBuffer& message) {
@@ -220,7 +220,7 @@ Endpoint::Handler Service::HandlerOf(char const* type, Answerer answer)
     };
 }
 
-/// A guide file is loaded beside everything else and answered for when that is done.
+/// A guide file is loaded in parallel, and the request is answered after that.
 CMessageBuffer Service::AnswerGuide(CMessageBuffer const& message)
 {
     Call call = Begin(type::ProgramGuide, message);
@@ -234,7 +234,7 @@ CMessageBuffer Service::AnswerGuide(CMessageBuffer const& message)
     if (request.Function() != protocol::function::CloneUSBToTV) {
         CMessageBuffer const reply = m_programmeGuide.Answer(request).value_or(Reply(false));
         if (!m_applications.Has(call.busName)) {
-            m_programmeGuide.Forget(call.busName); // nobody would tell when it goes
+            m_programmeGuide.Forget(call.busName); // its end would not be reported
         }
         return Finish(call, reply);
     }

@@ -35,21 +35,21 @@ struct ServiceOptions
 {
     PlayerOptions playback;
     PesFilter filter;
-    std::size_t awaitedSubscribers = 0; ///< play begins when so many applications have subscribed
-    std::string guide;                  ///< XMLTV file; the stream's own event information when empty
+    std::size_t awaitedSubscribers = 0; ///< playback begins after this number of applications has subscribed
+    std::string guide;                  ///< XMLTV file; if empty, the stream's event information is used
     bool guideMayFail = false;          ///< if the file cannot be loaded, use the stream's information
-    std::optional<std::int64_t> now; ///< what the guide's clock shows at the start; the real time when empty
-    std::optional<int> ratingLimit;  ///< highest minimum age that plays without a PIN
+    std::optional<std::int64_t> now;    ///< time of the guide's clock at the start; the real time if empty
+    std::optional<int> ratingLimit;     ///< highest minimum age that plays without a PIN
     bool serviceLocked = false;
-    bool isTapped = false;        ///< a decoder may want to show what is played
+    bool isTapped = false;        ///< a decoder may show the stream
     bool lockStopsPushes = false; ///< nothing is pushed while the programme or the service is locked
     std::vector<FaultRule> faults;
-    std::uint64_t faultSeed = 0; ///< of the faults with a probability
+    std::uint64_t faultSeed = 0; ///< seed of the faults with a probability
     RequestLog::Form log = RequestLog::Form::Quiet;
     ReplayOptions replay;
 };
 
-/// What the television consists of, for whoever steers it.
+/// The parts of the television, for the control interface.
 struct Television
 {
     SimulatedClock& clock;
@@ -63,13 +63,13 @@ struct Television
     StreamTap& tap;
 };
 
-/// The service on the bus: owns the helper bus, answers on the endpoints, plays the stream. Lives on one
-/// thread, whose main context has to be iterated.
+/// The service on the bus: owns the helper bus, answers on the endpoints, plays the stream. Runs on one
+/// thread, whose main context must be iterated.
 class Service
 {
 public:
-    /// Applications cannot find it yet. @throws StreamError as Player does, GuideError when the guide cannot
-    /// be read
+    /// After the constructor, applications cannot find the service yet. @throws StreamError like Player,
+    /// GuideError if the guide cannot be read
     Service(ServiceOptions const& options, MainLoop& loop);
     ~Service();
     Service(Service const&) = delete;
@@ -84,38 +84,38 @@ public:
     /// Begins to play and to show the status.
     void Start();
 
-    /// Back to the state after Start(), at once. Applications keep their channels, and lose their
+    /// Restores the state after Start(), at once. Applications keep their channels, but lose their
     /// subscriptions.
-    /// @throws StreamError when the input of the options cannot be read any more; then nothing has changed
+    /// @throws StreamError if the input of the options can no longer be read; then nothing has changed
     void Reset();
 
-    /// What answers as a recorded service did; null if nothing is replayed.
+    /// The replay of a recorded service; null if nothing is replayed.
     Replay* Replayed() { return m_replay.get(); }
 
     Television Parts();
 
-    /// To be called after the clock or the player were changed from outside.
+    /// Call it after the clock or the player was changed from outside.
     void Wake();
 
-    /// The stream is another one, or another programme of it.
+    /// Call it after another stream, or another programme of it, was selected.
     void FollowInput();
 
-    /// Play begins once applications have subscribed that are not there yet.
+    /// Whether playback waits for more applications to subscribe.
     bool AwaitsApplications() const;
     void BeginAtOnce() { m_awaited = 0; }
-    /// To be opened as the options say.
+    /// Opening options for an input with this URL.
     InputOptions InputNamed(std::string const& url) const { return {url, m_options.playback.input.follow}; }
     bool Loops() const { return m_options.playback.loop; }
 
     using RequestListener = std::function<void(RequestLog::Entry const&)>;
-    /// `onRequest` gets every request that was answered or, by a fault, was not; `onChange` is called after
-    /// what happens on the bus and in the stream.
+    /// `onRequest` gets every request that was answered, or not answered because of a fault. `onChange` is
+    /// called after events on the bus and in the stream.
     void SetListeners(RequestListener onRequest, std::function<void()> onChange);
 
 private:
     using Answerer = std::function<std::optional<CMessageBuffer>(Request const&)>;
 
-    /// A request that is being worked on.
+    /// A request that is being handled.
     struct Call
     {
         char const* type; ///< word of the endpoint
@@ -124,8 +124,8 @@ private:
         std::chrono::steady_clock::time_point begin;
         Damage damage;
         Delivery delivery;                   ///< without faults
-        std::string replayNote;              ///< what the recording says; empty if it has nothing special
-        std::optional<CDeferredReply> later; ///< set when the handler returns before the answer is there
+        std::string replayNote;              ///< note of the recording; empty if there is none
+        std::optional<CDeferredReply> later; ///< set if the handler returns before the answer is known
     };
 
     static std::string Announced(std::string busName, std::string type, std::string add, void* self);
@@ -158,9 +158,9 @@ private:
     std::size_t m_awaited;
     bool m_isStarted = false;
     bool m_isPlaying = false;
-    bool m_isWoken = false;   ///< by the player; Play() comes
-    std::uint64_t m_plan = 0; ///< number of the latest PlayAfter()
-    unsigned m_scans = 0;     ///< the present turn of MeasureDuration(); earlier ones do nothing
+    bool m_isWoken = false;   ///< woken by the player; Play() will run
+    std::uint64_t m_plan = 0; ///< number of the last PlayAfter()
+    unsigned m_scans = 0;     ///< number of the present MeasureDuration(); earlier ones do nothing
     std::optional<DurationScan> m_durationScan;
     std::optional<Player::Seconds> m_firstDuration; ///< of the input of the options
     RequestListener m_onRequest = [](RequestLog::Entry const&) {};

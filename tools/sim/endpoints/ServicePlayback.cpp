@@ -3,7 +3,7 @@
 
 #include <utility>
 
-// What makes the service play.
+// The playback of the service.
 
 namespace zviptv::sim {
 
@@ -33,7 +33,7 @@ bool Service::AwaitsApplications() const
     return !m_isPlaying && m_subscribers.Count().subscribers.size() < m_awaited;
 }
 
-/// Begins once everybody is there who is waited for.
+/// Begins after all awaited applications have subscribed.
 void Service::PlayWhenAwaited()
 {
     if (m_isStarted && !m_isPlaying && !AwaitsApplications()) {
@@ -49,7 +49,7 @@ void Service::Wake()
     }
 }
 
-/// Replaces what was planned before.
+/// Replaces the previous plan.
 void Service::PlayAfter(std::chrono::milliseconds delay)
 {
     m_loop.After(delay, [this, plan = ++m_plan] {
@@ -59,7 +59,7 @@ void Service::PlayAfter(std::chrono::milliseconds delay)
     });
 }
 
-/// Advances the player and comes back when it has more to do, or wakes.
+/// Advances the player, and runs again when the player has more to do or wakes it.
 void Service::Play()
 {
     m_isWoken = false;
@@ -94,7 +94,7 @@ void Service::FollowInput()
     }
 }
 
-/// Between everything else. What cannot be read has no duration.
+/// Runs in steps between other work. An input that cannot be read has no duration.
 void Service::MeasureDuration(unsigned scan)
 try {
     if (scan != m_scans) {

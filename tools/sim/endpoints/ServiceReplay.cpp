@@ -4,7 +4,7 @@
 #include <memory>
 #include <utility>
 
-// What makes the service answer as a recorded one.
+// The replay of the service.
 
 namespace zviptv::sim {
 
@@ -71,7 +71,7 @@ std::optional<CMessageBuffer> Service::AnswerFromRecording(Call& call)
     return answer->reply;
 }
 
-/// The application that subscribes, as far as the recording grants it, gets the recorded pushes.
+/// An application whose subscription the recording accepts gets the recorded pushes.
 void Service::FollowSubscription(Call const& call, ReplayedAnswer const& answer)
 {
     Request const request(call.message, call.busName);

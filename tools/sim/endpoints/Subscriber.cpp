@@ -17,7 +17,7 @@ constexpr std::chrono::seconds AskAgain{1};
 
 } // namespace
 
-/// The path is exported once in the process, by the endpoint that answers calls; this channel only sends.
+/// The endpoint that answers calls exports the path; this channel only sends.
 class Subscriber::Channel final : public CCommonNative
 {
 public:
@@ -138,8 +138,8 @@ void Subscriber::SendWindow(std::unique_lock<std::mutex>& lock)
     }
 }
 
-/// Asks until the application answers; again after a pause when the bus has too many open calls to take one
-/// more.
+/// Calls until the application answers. If the bus refuses the call because too many calls are unanswered,
+/// tries again after a pause.
 void Subscriber::AwaitConsumer(std::unique_lock<std::mutex>& lock)
 {
     while (!m_stopping) {

@@ -17,12 +17,11 @@
 
 namespace zviptv::sim {
 
-/// Delivery of notifications to one application, at the application's pace.
-///
-/// A queue and a thread per application: the thread sends a window of notifications and then makes a call,
-/// which the application answers when it has worked them off. So neither the bus nor this process piles up
-/// data for an application that does not run; what the queue cannot hold is dropped and counted. Once the
-/// application goes on, it answers, and gets what waits in the queue.
+/// Delivers notifications to one application, at the application's pace.
+/// There is a queue and a thread per application. The thread sends a window of notifications and then makes a
+/// call, which the application answers after it has handled them. Therefore neither the bus nor this process
+/// piles up data for a stopped application; notifications that do not fit into the queue are dropped and
+/// counted. When the application continues, it answers, and gets the notifications in the queue.
 class Subscriber
 {
 public:
@@ -35,33 +34,33 @@ public:
     static constexpr std::size_t WindowBytes = 512 * 1024;
 
     /// Connects to the application's channel. `onGone` is called, in the main context, when it leaves the
-    /// bus; it must not destroy the subscriber. `onStopped` is called, on the subscriber's own thread, as the
-    /// last that happens there.
+    /// bus; it must not destroy the subscriber. `onStopped` is called on the subscriber's thread, at its very
+    /// end.
     Subscriber(std::string const& busName, std::function<void()> onGone, std::function<void()> onStopped);
     ~Subscriber();
     Subscriber(Subscriber const&) = delete;
     Subscriber& operator=(Subscriber const&) = delete;
 
     /// Queues a notification of `size` bytes that is sent when it is `due`, or drops it when the queue is
-    /// full. Of those that are due at the same time, the one that was queued first is sent first.
+    /// full. Notifications that are due at the same time are sent in the order of queuing.
     void Offer(Notification const& notification, std::size_t size, Clock::time_point due);
 
-    /// Drops what waits in the queue, uncounted.
+    /// Drops the notifications in the queue without counting them.
     void Discard();
 
-    /// The same, and counts from zero again.
+    /// The same, and resets the counters to zero.
     void Restart();
 
-    /// Tells the thread to end, without waiting for it.
+    /// Requests the end of the thread without waiting for it.
     void Stop();
 
-    /// The thread has ended, so that the destructor waits for nothing.
+    /// Whether the thread has ended, so that the destructor does not wait.
     bool HasStopped() const;
 
     struct Counts
     {
         std::uint64_t sent = 0;
-        std::uint64_t dropped = 0; ///< found the queue full, or could not be sent
+        std::uint64_t dropped = 0; ///< the queue was full, or they could not be sent
         std::size_t queued = 0;
     };
     Counts Count() const;
@@ -85,7 +84,7 @@ private:
     std::function<void()> m_onStopped;
     mutable std::mutex m_mutex;
     std::condition_variable m_changed;
-    std::deque<Item> m_queue; ///< by the times when they are due
+    std::deque<Item> m_queue; ///< ordered by the times when they are due
     std::size_t m_queuedBytes = 0;
     Counts m_counts;
     bool m_stopping = false;
