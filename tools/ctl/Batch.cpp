@@ -14,7 +14,7 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-/// None for an empty line and for a comment.
+/// The words of a line; none for an empty line or a comment.
 Words Split(std::string const& line)
 {
     if (line.find('\0') != std::string::npos) {
@@ -33,7 +33,7 @@ Words Split(std::string const& line)
     return {words, words + count};
 }
 
-/// A call did not get through.
+/// Whether a call failed to reach the service.
 bool IsLoss(ExitCode code)
 {
     return code == ExitCode::NoService || code == ExitCode::NoAnswer;
@@ -72,7 +72,7 @@ ExitCode Batch::Run(std::istream& input)
     return first;
 }
 
-/// After a call that did not get through, the next command begins with new objects.
+/// After a call that failed to reach the service, the next command starts with new objects.
 Batch::Outcome Batch::Perform(Words const& words)
 {
     CommandLine::Question const question = m_commands.Read(m_options, words);
@@ -102,7 +102,7 @@ Answer Batch::Ask(CommandLine::Question const& question)
     return answer;
 }
 
-/// That the service left is noticed here.
+/// Here the batch notices that the service has left.
 Session& Batch::SessionFor(Handle const& handle)
 {
     Loop::RunPending();

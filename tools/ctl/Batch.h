@@ -11,15 +11,15 @@
 
 namespace zviptv::ctl {
 
-/// The command `batch`: runs a command a line in one session, and answers each with a line of JSON.
+/// The command `batch`: runs one command per line in one session, and answers each with a line of JSON.
 class Batch
 {
 public:
-    /// `options` hold for all commands.
+    /// `options` apply to all commands.
     explicit Batch(Invocation const& options) : m_options(options) {}
 
-    /// Until the end of the input, or until nobody reads the answers. Returns the exit code of the first
-    /// command that failed.
+    /// Runs until the end of the input, or until the answers are no longer read. Returns the exit code of the
+    /// first command that failed.
     ExitCode Run(std::istream& input);
 
 private:
@@ -37,7 +37,7 @@ private:
     CommandLine m_commands;
     std::optional<Session> m_session;
     std::optional<ServiceWatch> m_watch; ///< of the session's service
-    bool m_isLost = false;               ///< the session's objects are of a service that has gone
+    bool m_isLost = false;               ///< the session's objects belong to a service that has left
 };
 
 } // namespace zviptv::ctl

@@ -20,7 +20,7 @@ namespace zviptv::ctl {
 
 namespace {
 
-/// What was given for the arguments.
+/// The words that were given for the arguments.
 std::vector<std::string> TextsOf(std::vector<CLI::Option const*> const& arguments)
 {
     std::vector<std::string> texts;
@@ -30,7 +30,7 @@ std::vector<std::string> TextsOf(std::vector<CLI::Option const*> const& argument
     return texts;
 }
 
-/// What `call` got beyond its arguments: too many of them, or an option that it does not have.
+/// The extra words of `call`: too many arguments, or an unknown option.
 void AppendExtras(std::vector<std::string> const& extras, std::vector<std::string>& texts)
 {
     for (std::string const& extra : extras) {
@@ -69,7 +69,8 @@ CommandLine::CommandLine() : m_app(help::Program, "zviptvctl")
 
 ExitCode CommandLine::Run(int argc, char const* const* argv)
 {
-    // A reader that goes away shows as a failed write, so that subscriptions are ended properly.
+    // If the reader closes the pipe, writes fail instead of ending the process, so that subscriptions are
+    // ended.
     std::signal(SIGPIPE, SIG_IGN);
     try {
         m_app.parse(argc, argv);
@@ -77,7 +78,7 @@ ExitCode CommandLine::Run(int argc, char const* const* argv)
         if (error.get_exit_code() != static_cast<int>(CLI::ExitCodes::Success)) {
             return ReportUsage(m_app, error);
         }
-        m_action = [text = HelpText(m_app, error)] { // or the version
+        m_action = [text = HelpText(m_app, error)] { // or prints the version
             WriteOutput(text);
             return ExitCode::Accepted;
         };
@@ -93,7 +94,7 @@ CommandLine::Question CommandLine::Read(Invocation const& options, std::vector<s
     m_invocation = options;
     m_listsMethods = false;
     m_question = nullptr;
-    std::reverse(words.begin(), words.end()); // as the parser takes them
+    std::reverse(words.begin(), words.end()); // in the order that the parser requires
     try {
         m_app.parse(words);
     } catch (CLI::ParseError const& error) {
@@ -108,11 +109,11 @@ CommandLine::Question CommandLine::Read(Invocation const& options, std::vector<s
     return m_question;
 }
 
-/// On every level, so that they may stand anywhere.
+/// Adds the options on every level, so that they may stand anywhere.
 void CommandLine::AddGlobalOptions(CLI::App& app)
 {
     if (app.get_parent() != nullptr) {
-        app.footer(""); // not the parent's
+        app.footer(""); // without the parent's footer
     }
     app.add_flag("--json", m_invocation.asJson, "Write JSON");
     app.add_option("--profile", m_invocation.profile, "Profile of the handle; 1 by default")->type_name("N");
@@ -121,7 +122,7 @@ void CommandLine::AddGlobalOptions(CLI::App& app)
     app.add_flag("--log", m_invocation.echoLog, "Write the library's log lines to standard error");
 }
 
-/// One option each: CLI11 would take "[a,b]" apart in an option of many values.
+/// Uses one option for each argument: CLI11 would split "[a,b]" in an option with several values.
 CommandLine::Arguments CommandLine::AddArguments(CLI::App& app, std::vector<CommandArgument> const& arguments)
 {
     Arguments options;
@@ -235,7 +236,7 @@ void CommandLine::AddHelp()
     app->callback([this, words] { m_action = [this, words] { return Help(*words); }; });
 }
 
-/// As --help behind the same words.
+/// Prints the same as --help after these words.
 ExitCode CommandLine::Help(std::vector<std::string> words) const
 {
     CLI::App const* app = &m_app;

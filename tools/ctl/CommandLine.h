@@ -14,7 +14,7 @@ namespace zviptv::ctl {
 struct Command;
 struct CommandArgument;
 
-/// The program: reads the command line, runs the command it names and tells what went wrong.
+/// The program: reads the command line, runs the command and reports errors.
 class CommandLine
 {
 public:
@@ -22,14 +22,14 @@ public:
 
     ExitCode Run(int argc, char const* const* argv);
 
-    /// Asks the service, and understands what it answers.
+    /// Calls the service and evaluates its answers.
     using Question = std::function<Answer(Session& session)>;
 
-    /// Reads the words of a command that gives one answer, with `options` unless they say otherwise. May be
-    /// called again and again. Throws a Failure for words that make no such command.
+    /// Reads the words of a command that gives one answer; `options` are the default of its options. May be
+    /// called repeatedly. Throws a Failure for words that are no such command.
     Question Read(Invocation const& options, std::vector<std::string> words);
 
-    /// The options of the command that was read last.
+    /// The options of the last command that was read.
     Invocation const& Options() const { return m_invocation; }
 
 private:
@@ -56,8 +56,8 @@ private:
     Invocation m_invocation;
     bool m_listsMethods = false;
     bool m_answersOnce = true;          ///< the command answers with one JSON object
-    Question m_question;                ///< of a command that gives one answer
-    std::function<ExitCode()> m_action; ///< of any other
+    Question m_question;                ///< for a command that gives one answer
+    std::function<ExitCode()> m_action; ///< for any other command
 };
 
 } // namespace zviptv::ctl

@@ -65,7 +65,7 @@ ExitCode Invocation::AnswerWith(std::function<Answer(Session& session)> const& c
 ExitCode Invocation::Perform(std::function<ExitCode()> const& command, bool answersOnce) const
 {
     try {
-        OutputFile const probe("-"); // before a closed standard output's number is given to something else
+        OutputFile const probe("-"); // before another file gets the number of a closed standard output
         return command();
     } catch (Failure const& failure) {
         Say(failure.what());

@@ -9,7 +9,7 @@
 
 namespace zviptv::ctl {
 
-/// The options that every command has, and how commands run with them.
+/// The options of every command; runs commands with them.
 struct Invocation
 {
     bool asJson = false;
@@ -17,18 +17,18 @@ struct Invocation
     std::string profile = "1";
     std::string id = "0";
 
-    /// What the options select. Sends the library's log where they say. Throws a Failure for what is no
-    /// handle.
+    /// The handle that the options select. Redirects the library's log as they request. Throws a Failure if
+    /// the handle is invalid.
     Handle Apply() const;
 
-    /// Runs a command that needs a session, and writes by itself.
+    /// Runs a command that needs a session and prints its output itself.
     ExitCode RunWith(std::function<ExitCode(Session& session)> const& command) const;
 
-    /// Runs a command that needs a session, and prints its answer.
+    /// Runs a command that needs a session, and prints the answer.
     ExitCode AnswerWith(std::function<Answer(Session& session)> const& command) const;
 
-    /// Runs a command, and prints the Failure that ends it: as JSON, too, if the command writes one object
-    /// and no others.
+    /// Runs a command, and prints the Failure that ends it; also as JSON if the command prints exactly one
+    /// object.
     ExitCode Perform(std::function<ExitCode()> const& command, bool answersOnce) const;
 };
 

@@ -21,7 +21,7 @@ Words Split(std::string const& text)
     return {std::istream_iterator<std::string>(stream), {}};
 }
 
-/// The subcommand of the verb; that of "fault add" is within one of all faults.
+/// The subcommand of the verb; "fault add" is a subcommand of "fault".
 CLI::App* AddApp(CLI::App& simulator, verbs::Verb const& verb, std::function<void(CLI::App&)> const& prepare)
 {
     Words const words = Split(verb.words);
@@ -42,7 +42,7 @@ CLI::App* AddApp(CLI::App& simulator, verbs::Verb const& verb, std::function<voi
     return app;
 }
 
-/// What is given twice has the name twice in the words, so that it is refused.
+/// An option that is given twice is twice in the words, so that it is refused.
 void AddOption(CLI::App& app, verbs::Option const& option, std::shared_ptr<Words> const& texts)
 {
     std::string const name = std::string("--") + option.name;
@@ -56,7 +56,7 @@ void AddOption(CLI::App& app, verbs::Option const& option, std::shared_ptr<Words
         ->type_name(NameOf(option.form));
 }
 
-/// Adds a subcommand for each verb, of which `prepare` is called. `choose` gets the words of the one that was
+/// Adds a subcommand for each verb and calls `prepare` with it. `choose` gets the words of the verb that was
 /// given, with its arguments and options.
 void AddVerbs(CLI::App& simulator, std::function<void(CLI::App&)> const& prepare,
               std::function<void(std::vector<std::string>)> const& choose)

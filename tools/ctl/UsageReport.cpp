@@ -10,7 +10,7 @@ namespace zviptv::ctl {
 
 namespace {
 
-/// What is wrong with the words that `app`, the last command that was understood, was given.
+/// The error in the words for `app`, the last command that was recognised.
 std::string UsageMessage(CLI::App const& app, CLI::ParseError const& error)
 {
     std::vector<std::string> const unknown = app.remaining();

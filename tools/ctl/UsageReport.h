@@ -11,13 +11,13 @@ namespace zviptv::ctl {
 
 struct UsageError
 {
-    std::string command; ///< "zviptvctl audio", the last command that was understood
-    std::string message; ///< what is wrong with the words after it
+    std::string command; ///< "zviptvctl audio", the last command that was recognised
+    std::string message; ///< error in the words after it
 };
 
 UsageError ExplainUsage(CLI::App const& program, CLI::ParseError const& error);
 
-/// Writes what is wrong with the command line to standard error.
+/// Writes the error in the command line to standard error.
 ExitCode ReportUsage(CLI::App const& program, CLI::ParseError const& error);
 
 } // namespace zviptv::ctl

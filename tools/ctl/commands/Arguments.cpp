@@ -18,7 +18,7 @@ namespace {
                                        expected + ", not '" + text + "'");
 }
 
-/// The digits' value; nothing unless all of the text is one number of 64 bits.
+/// The value of the digits; nullopt unless the whole text is a 64-bit number.
 std::optional<std::uint64_t> Magnitude(std::string_view digits)
 {
     int base = 10;

@@ -11,14 +11,14 @@
 
 namespace zviptv::ctl {
 
-/// Where an argument stands, for messages: "argument 'index' of SetCurrentTTX".
+/// The place of an argument, for messages: "argument 'index' of SetCurrentTTX".
 struct ArgumentPlace
 {
     std::string owner;
     std::string name;
 };
 
-/// What a number may be.
+/// The range of a number.
 struct SignedRange
 {
     std::int64_t least;
@@ -26,17 +26,17 @@ struct SignedRange
     unsigned bits;
 };
 
-// Each reads one argument of the command line. Numbers are decimal, or hexadecimal after "0x". What cannot be
-// read ends the command with a Failure that says what was expected.
+// Each reads one argument of the command line. Numbers are decimal, or hexadecimal after "0x". If an argument
+// cannot be read, a Failure that says what was expected ends the command.
 
 std::int64_t ParseSigned(std::string const& text, SignedRange const& range, ArgumentPlace const& place);
 std::uint64_t ParseUnsigned(std::string const& text, std::uint64_t most, unsigned bits,
                             ArgumentPlace const& place);
 
-/// How many: 1 or more.
+/// A count: 1 or more.
 std::uint64_t ParseCount(std::string const& text, ArgumentPlace const& place);
 
-/// A time of more than 0 seconds, with decimals if need be.
+/// A time of more than 0 seconds, with optional decimals.
 std::chrono::milliseconds ParseSeconds(std::string const& text, ArgumentPlace const& place);
 
 /// 1, true, on; 0, false, off.

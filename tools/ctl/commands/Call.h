@@ -13,8 +13,8 @@
 
 namespace zviptv::ctl {
 
-/// One call of a method: takes the arguments of the command line one after the other, asks the service, and
-/// collects what it answers.
+/// One call of a method: takes the arguments of the command line in order, calls the service, and collects
+/// the answer.
 class Call
 {
 public:
@@ -31,7 +31,7 @@ public:
         return ParseArgument<Value>(m_arguments.at(index), {m_method.name, m_method.inputs.at(index).name});
     }
 
-    /// The next argument; nothing if it was left out.
+    /// The next argument; nullopt if it was left out.
     std::optional<std::string> TakeOptional()
     {
         std::size_t const index = m_taken++;

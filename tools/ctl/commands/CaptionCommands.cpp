@@ -9,7 +9,8 @@ namespace zviptv::ctl {
 
 namespace {
 
-/// The texts of one type into table and JSON list; false when the service refuses to list them.
+/// Adds the texts of one type to the table and the JSON list; returns false if the service refuses to list
+/// them.
 bool AddTexts(Session& session, EZVISDBTextType type, Table& table, Json::Value& list)
 {
     auto& broadcast = session.Get<IBroadcastData>();

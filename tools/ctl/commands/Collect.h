@@ -8,8 +8,8 @@
 
 namespace zviptv::ctl {
 
-/// Entries of one of the service's lists: asks for each until the service has no more. Throws a Failure for a
-/// `size` that no stream's tables can have.
+/// The entries of one of the service's lists: requests each entry until the service has no more. Throws a
+/// Failure for a `size` that the tables of a stream cannot have.
 template <typename Record, typename Get>
 std::vector<Record> Collect(Session& session, std::string const& method, unsigned int size, Get get)
 {

@@ -18,7 +18,7 @@ class CommandArguments
 public:
     CommandArguments(Command const& command, std::vector<std::string> texts);
 
-    /// The argument at `index`, from 0. Throws a Failure for what is no such value.
+    /// The argument at `index`, from 0. Throws a Failure if it is not such a value.
     template <typename Value>
     Value Get(std::size_t index) const
     {
@@ -38,10 +38,10 @@ struct CommandArgument
     char const* help;
 };
 
-/// A command in the words of people, which makes one or several calls of the interface.
+/// A command for people, which makes one or several calls of the interface.
 struct Command
 {
-    char const* group; ///< the word before the name; empty for a command that stands alone
+    char const* group; ///< the word before the name; empty for a command without a group
     char const* name;
     std::vector<CommandArgument> arguments;
     char const* help;
@@ -54,10 +54,10 @@ struct Command
 constexpr char WhetherItPlays[] = "'zviptvctl status' shows whether it plays";
 
 /// The answer of a command that changes something: what it `did`, or that the service refused its `wish`, and
-/// what `next` to look at.
+/// the `next` step.
 Answer Done(bool accepted, std::string const& did, std::string const& wish, std::string const& next);
 
-/// The answer of a command whose first call the service refused.
+/// The answer of a command if the service refused its first call.
 Answer Refused(std::string const& wish, std::string const& next = WhetherItPlays);
 
 } // namespace zviptv::ctl

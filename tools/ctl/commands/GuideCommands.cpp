@@ -15,8 +15,7 @@ namespace {
 
 using ServiceId = unsigned long long;
 
-/// The JSON object or array that a text of the guide is; the text itself when it is none, null when it is
-/// empty.
+/// A text of the guide as a JSON object or array; the text itself if it is neither, null if it is empty.
 Json::Value GuideValue(std::string const& text)
 {
     Json::Value const plain = ToJson(text);
@@ -27,15 +26,16 @@ Json::Value GuideValue(std::string const& text)
     try {
         Json::Value value;
         if (reader->parse(utf8.data(), utf8.data() + utf8.size(), &value, nullptr) &&
-            g_utf8_validate(Compact(value).c_str(), -1, nullptr) != FALSE) { // halves of surrogates are not
+            g_utf8_validate(Compact(value).c_str(), -1, nullptr) !=
+                FALSE) { // half surrogates are not valid UTF-8
             return value;
         }
-    } catch (Json::Exception const&) { // nested too deep
+    } catch (Json::Exception const&) { // nested too deeply
     }
     return text.empty() ? Json::Value() : plain;
 }
 
-/// A text of the guide, as the service wrote it.
+/// A text of the guide, exactly as the service sent it.
 Answer Text(std::string const& member, std::string const& text, std::string const& nothing)
 {
     Answer answer;
@@ -64,8 +64,8 @@ Answer Now(Session& session, CommandArguments const& arguments)
     return Text("program", programme, "no programme");
 }
 
-/// What is missing of a list that had to fit into one message; empty when nothing is, or when the service
-/// writes its lists in another form than an array.
+/// A warning about missing entries of a list that had to fit into one message; empty if none are missing, or
+/// if the service's list is not an array.
 std::string Shortage(Json::Value const& programmes, int size)
 {
     if (!programmes.isArray() || static_cast<int>(programmes.size()) >= size) {
@@ -126,7 +126,7 @@ Answer Genre(Session& session, CommandArguments const& arguments)
     return Text("genre", genre, "no genre");
 }
 
-/// Here the service's "not done" is a refusal: nothing else tells it.
+/// Here the service's "not done" counts as a refusal, because there is no other sign of it.
 Answer Load(Session& session, CommandArguments const& arguments)
 {
     auto const path = arguments.Get<std::string>(0);

@@ -29,7 +29,7 @@ Answer MuteVideo(Session& session, CommandArguments const& arguments)
                 WhetherItPlays);
 }
 
-/// "locked", or a dash when the service does not tell; null in JSON.
+/// "locked", or a dash if the service does not report it; null in JSON.
 std::string LockFact(Answer& answer, std::string const& member, bool known, bool locked)
 {
     answer.json[member] = known ? Json::Value(locked) : Json::Value();

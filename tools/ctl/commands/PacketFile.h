@@ -11,24 +11,24 @@
 
 namespace zviptv::ctl {
 
-/// The file that `pes` and `caption` write, or standard output for "-". What goes wrong is a Failure.
+/// The output file of `pes` and `caption`, or standard output for "-". Errors are thrown as a Failure.
 class PacketFile
 {
 public:
     enum class Form
     {
-        Packets,          ///< the data as it came
+        Packets,          ///< the data as received
         ElementaryStream, ///< PES packets without their headers
         TransportStream
     };
 
     PacketFile(std::string const& path, Form form) : m_file(path), m_form(form) {}
 
-    /// False when the reader of a pipe has gone. Packets without a PES header are left out of the last two
-    /// forms.
+    /// Returns false if the reader of a pipe has closed it. The last two forms leave out packets without a
+    /// PES header.
     bool Write(Packet const& packet);
 
-    /// Returns what was left out, in words.
+    /// Returns a text about the packets that were left out.
     std::vector<std::string> Close();
 
     bool IsStandardOutput() const { return m_file.IsStandardOutput(); }

@@ -11,14 +11,14 @@ namespace zviptv::ctl {
 
 namespace {
 
-/// One fact a line; what the service does not tell is a dash, and null in JSON.
+/// One fact per line; a value that the service does not report is a dash, and null in JSON.
 class Facts
 {
 public:
     explicit Facts(Session& session) : m_session(session) {}
 
-    /// The result of a call; false, and the failure is kept, when it fails. A service that has gone, or has
-    /// kept silent twice, is not asked again.
+    /// The result of a call; if it fails, returns false and keeps the failure. A service that has left, or
+    /// has not answered twice, is not called again.
     template <typename Interface, typename Call>
     bool Ask(std::string const& method, Call call)
     {
@@ -45,7 +45,7 @@ public:
             start + std::string(start.size() < Width ? Width - start.size() : 1, ' ') + text + "\n";
     }
 
-    /// The member of the JSON object alone.
+    /// Adds a member only to the JSON object.
     template <typename Value>
     void AddJson(std::string const& member, bool known, Value const& value)
     {
@@ -67,7 +67,7 @@ public:
         AddJson(member, known, value);
     }
 
-    /// Throws a Failure when no call was answered.
+    /// Throws a Failure if no call was answered.
     Answer Take()
     {
         if (!m_isAnswered) {
@@ -91,7 +91,7 @@ std::string Seconds(unsigned long long ticks, double ticksPerSecond)
     return text;
 }
 
-/// With the time base as the service tells it.
+/// Uses the time base that the service reports.
 std::string FirstPtsText(unsigned long long pts, int denominator, int numerator)
 {
     if (denominator <= 0 || numerator <= 0) {

@@ -54,7 +54,7 @@ ExitCode Stream::Run()
     return Conclude();
 }
 
-/// Where the service is gone there is nobody to tell.
+/// If the service has left, there is nothing to unsubscribe.
 void Stream::Unsubscribe(Subscription& subscription)
 {
     bool const isServiceLost = m_failure && m_failure->Code() != ExitCode::CannotWrite;
@@ -63,7 +63,7 @@ void Stream::Unsubscribe(Subscription& subscription)
     }
 }
 
-// A packet may come with the same batch of events after the end.
+// After the end, a packet of the same batch of events may still arrive.
 void Stream::Take(Packet const& packet)
 {
     if (m_ended || (!m_options.pids.empty() && m_options.pids.count(packet.pid.value_or(0)) == 0)) {
@@ -97,7 +97,7 @@ void Stream::OnSecond()
     m_live.Show(m_traffic.Now());
 }
 
-/// Each of the two once: the source may end later.
+/// Reports each of the two once: the source may end later.
 void Stream::TellSilence()
 {
     if (!m_toldEnd && HasSourceEnded()) {
@@ -116,12 +116,12 @@ bool Stream::HasSourceEnded()
         auto& player = m_session.Get<IPlayerControl>();
         m_session.Ask("GetSourceState", [&] { return player.GetSourceState(state); });
     } catch (Failure const&) {
-        return false; // to know is a courtesy: packets may come all the same
+        return false; // this query is optional: packets may still arrive
     }
     return state == ZV_SOURCE_STATE_ENDED;
 }
 
-/// False when nobody reads the output any more.
+/// Returns false if the output is no longer read.
 bool Stream::Write(Packet const& packet)
 {
     if (m_file && !m_file->Write(packet)) {

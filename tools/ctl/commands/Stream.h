@@ -24,13 +24,13 @@ struct StreamOptions
     std::optional<std::uint64_t> count;
     std::optional<std::chrono::milliseconds> duration;
     std::set<std::uint16_t> pids; ///< empty for all
-    std::string out;              ///< file, "-" for standard output instead of lines; empty for none
-    PacketFile::Form form = PacketFile::Form::Packets; ///< of the file
+    std::string out;              ///< output file, "-" for standard output instead of lines; empty for none
+    PacketFile::Form form = PacketFile::Form::Packets; ///< form of the file
     bool asJson = false;
 };
 
-/// The commands `pes` and `caption`: a line a packet until enough came, time is over, the user or the service
-/// ends it.
+/// The commands `pes` and `caption`: print one line per packet until the count is reached, the time is over,
+/// or the user or the service ends it.
 class Stream
 {
 public:

@@ -22,7 +22,7 @@ ExitCode Watch::Run()
     auto const end = [this] { End(); };
     EventSource const interrupt = Loop::OnSignal(SIGINT, end);
     EventSource const terminate = Loop::OnSignal(SIGTERM, end);
-    EventSource limit; // before the seconds: where both are due the last tick is the limit's
+    EventSource limit; // created before the timer of the seconds: if both are due, the limit runs first
     if (m_options.duration) {
         m_deadline = std::chrono::steady_clock::now() + *m_options.duration;
         limit = Loop::Every(*m_options.duration, [this] { LastTick(); });
@@ -38,9 +38,9 @@ ExitCode Watch::Run()
 void Watch::Connect()
 {
     m_subscription.reset();
-    m_session.Release(); // a data subscriber that lost its service stays deaf
+    m_session.Release(); // a data subscriber that lost its service receives nothing
     if (m_trouble && IsOver()) {
-        return; // to release may have taken as long
+        return; // the release may have taken this long
     }
     try {
         std::string const introduction = Introduce();
@@ -107,7 +107,7 @@ void Watch::Tick()
     }
 }
 
-/// At the deadline, unless the service keeps silent: then it has held up the command long enough.
+/// Runs at the deadline. It does not call a service that does not answer, which would delay the end.
 void Watch::LastTick()
 {
     Complain();
@@ -131,7 +131,7 @@ void Watch::Report()
         hasClock = m_session.Ask("GetSTCCount", [&] { return player.GetSTCCount(stc); });
         m_trouble.reset();
     } catch (Failure const& failure) {
-        if (failure.Code() != ExitCode::NoService) { // that it left is told step by step
+        if (failure.Code() != ExitCode::NoService) { // the loss is reported step by step
             Tell(failure);
         }
     }
@@ -163,7 +163,7 @@ void Watch::OnService(ServiceWatch::Event event)
     }
 }
 
-/// Each further second tries to connect again: the helper bus may name another connection by then.
+/// Connects again every second: the helper bus may then return another connection.
 void Watch::OnEndpointClosed()
 {
     if (m_state == State::Connected) {
@@ -185,7 +185,7 @@ void Watch::OnEvents()
     }
 }
 
-/// A call on it says so; one to a service that has left fails at once.
+/// Makes a call on it to find out; a call to a service that has left fails at once.
 bool Watch::IsPlayerControlGone() const
 {
     EZVSourceState state = ZV_SOURCE_STATE_UNKNOWN;
@@ -224,7 +224,7 @@ void Watch::TellSubscriber()
     }
 }
 
-/// The live line is left first: what the terminal shows of Ctrl-C stands behind it.
+/// First ends the live line, because the terminal shows Ctrl-C after it.
 void Watch::End()
 {
     m_live.End();
@@ -257,7 +257,7 @@ ExitCode Watch::Conclude()
     return m_trouble ? m_trouble->Code() : ExitCode::Accepted;
 }
 
-/// Once, while it lasts.
+/// Reports it once while it lasts.
 void Watch::Tell(Failure const& trouble)
 {
     if (!m_trouble || std::string(m_trouble->what()) != trouble.what()) {
@@ -266,7 +266,7 @@ void Watch::Tell(Failure const& trouble)
     m_trouble = trouble;
 }
 
-/// Also to standard error; a terminal shows it once.
+/// Also prints it to standard error, unless a terminal would then show it twice.
 void Watch::SayTrouble(std::string const& text)
 {
     Say("trouble", text);
@@ -294,7 +294,7 @@ void Watch::Write(Json::Value const& json, std::string const& text)
     } catch (Failure const& failure) {
         m_writeFailure = failure;
     }
-    m_loop.Quit(); // also when nobody reads it any more
+    m_loop.Quit(); // also if the output is no longer read
 }
 
 } // namespace zviptv::ctl

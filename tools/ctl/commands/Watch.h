@@ -24,22 +24,22 @@ struct WatchOptions
     bool asJson = false;
 };
 
-/// The command `watch`: an application that lives long, and tells what it sees when the service comes and
-/// goes.
+/// The command `watch`: a long-running application that reports what it sees when the service leaves and
+/// comes back.
 class Watch
 {
 public:
     Watch(Session& session, WatchOptions options);
 
-    /// Until time is over or the user ends it. Throws a Failure when the service is away then; trouble that
-    /// was told and lasts is a code.
+    /// Runs until the time is over or the user ends it. Throws a Failure if there is no service at that time;
+    /// a problem that was reported and still lasts determines the exit code.
     ExitCode Run();
 
 private:
     enum class State
     {
         Connected,
-        Losing, ///< the service is gone, the interface objects have not noticed yet
+        Losing, ///< the service has left, but the interface objects have not noticed yet
         Away
     };
 
@@ -76,12 +76,12 @@ private:
     bool m_isBusClosed = false;
     bool m_isEnding = false;
     std::optional<std::chrono::steady_clock::time_point> m_deadline;
-    std::optional<Failure> m_trouble; ///< of the latest look at the service
+    std::optional<Failure> m_trouble; ///< of the last query of the service
     std::optional<Failure> m_writeFailure;
     std::optional<EndpointWatch> m_endpoint;
     std::optional<Subscription> m_subscription;
     PidTraffic m_traffic;
-    IPlayerControl* m_player = nullptr; ///< valid also when it has destroyed itself
+    IPlayerControl* m_player = nullptr; ///< also valid after it has destroyed itself
 };
 
 } // namespace zviptv::ctl

@@ -7,7 +7,7 @@ namespace zviptv::ctl {
 
 namespace {
 
-/// JsonCpp writes delete and U+0080 to U+009F as they are, and terminals obey them.
+/// JsonCpp writes delete and U+0080 to U+009F unescaped, and terminals interpret them.
 std::string EscapeControls(std::string const& json)
 {
     std::string escaped;

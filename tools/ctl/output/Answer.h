@@ -12,14 +12,14 @@
 
 namespace zviptv::ctl {
 
-/// What a command has to say: the same facts as lines of text and as members of one JSON object.
+/// The answer of a command: the same facts as lines of text and as members of one JSON object.
 struct Answer
 {
     bool result = true;
     std::string text;
     Json::Value json = Json::Value(Json::objectValue);
     std::string warning;           ///< for standard error
-    std::vector<Failure> failures; ///< of calls that it has to do without
+    std::vector<Failure> failures; ///< of calls that failed without ending the command
 
     template <typename Value>
     void Add(std::string const& name, Value const& value)
@@ -31,13 +31,13 @@ struct Answer
     ExitCode Code() const;
 };
 
-/// One line without control characters, also at its end.
+/// The text on one line, without control characters, also at its end.
 std::string Compact(Json::Value const& json);
 
 /// The members of the answer with "result", which is false after failures, and "error".
 Json::Value JsonOf(Answer const& answer);
 
-/// That of a command that failed: "result" false, and the message under "error".
+/// The members for a command that failed: "result" false, and the message under "error".
 Json::Value JsonOfError(std::string const& message);
 
 /// The text, or the JSON object with "result" on one line, which is false after failures, and "error".

@@ -30,7 +30,7 @@ public:
     EnumName const* begin() const { return m_names; }
     EnumName const* end() const { return m_names + m_count; }
 
-    /// Null for a value without a name.
+    /// The name; null for a value without a name.
     char const* NameOf(std::int32_t value) const;
 
     /// The value of a name, with or without the prefix, in upper or lower case.
@@ -43,11 +43,11 @@ private:
     std::size_t m_count;
 };
 
-/// Of the enumerations of the protocol: ProtocolTypes.h, which is generated.
+/// Specialised for the enumerations of the protocol in ProtocolTypes.h, which is generated.
 template <typename Enumeration>
 EnumInfo const& InfoOf();
 
-/// The name in lower case, for tables and sentences; the number when it has none.
+/// The name in lower case, for tables and sentences; the number if there is no name.
 std::string LowerName(EnumInfo const& info, std::int32_t value);
 
 template <typename Enumeration>

@@ -6,16 +6,16 @@
 
 namespace zviptv::ctl {
 
-/// What zviptvctl tells the shell.
+/// The exit codes of zviptvctl.
 enum class ExitCode
 {
     Accepted = 0,   ///< the service accepted, or the command ran to its end
     Refused = 1,    ///< the service answered with the result "false"
     Usage = 2,      ///< the command line is invalid
-    NoService = 3,  ///< the bus or the service is not there, or it went away
+    NoService = 3,  ///< there is no bus or no service, or it went away
     NoAnswer = 4,   ///< time-out, or the bus reported an error
-    Malformed = 5,  ///< the service answered with something that cannot be read
-    CannotWrite = 6 ///< a file, or standard output, does not take the data
+    Malformed = 5,  ///< the service sent an answer that cannot be read
+    CannotWrite = 6 ///< a file or standard output could not be written
 };
 
 /// Ends a command with a message for the user and an exit code for the shell.

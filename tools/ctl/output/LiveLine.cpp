@@ -66,7 +66,7 @@ std::size_t LiveLine::Width() const
 
 void LiveLine::Write(std::string const& text) const
 {
-    // For the eye only: what does not get through is not missed.
+    // Only for people: errors are ignored.
     static_cast<void>(!write(m_descriptor, text.data(), text.size()));
 }
 

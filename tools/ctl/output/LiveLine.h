@@ -6,7 +6,7 @@
 
 namespace zviptv::ctl {
 
-/// A line at the bottom of a terminal that is rewritten in place. Does nothing where `descriptor` is no
+/// A line at the bottom of a terminal that is rewritten in place. Does nothing if `descriptor` is not a
 /// terminal.
 class LiveLine
 {
@@ -19,14 +19,14 @@ public:
 
     bool IsTerminal() const { return m_isTerminal; }
 
-    /// Shows the text instead of the former one, and as many of `more` behind it as fit in the terminal's
-    /// width; an ellipsis stands for the rest.
+    /// Replaces the text, followed by as many of `more` as fit into the terminal's width; an ellipsis
+    /// replaces the rest.
     void Show(std::string const& text, std::vector<std::string> const& more = {});
 
-    /// Makes room for other output, which may follow on the same terminal.
+    /// Removes the line, so that other output can follow on the same terminal.
     void Erase();
 
-    /// Leaves the line as it is; other output follows below it.
+    /// Keeps the line; other output follows below it.
     void End();
 
 private:

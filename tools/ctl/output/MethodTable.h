@@ -11,11 +11,11 @@ class Call;
 
 struct Parameter
 {
-    std::string type; ///< as in C++; numbers with their bits, such as uint32
+    std::string type; ///< C++ type; numbers with their bits, such as uint32
     std::string name;
 };
 
-/// One method of the interfaces, as a command line sees it.
+/// One method of the interfaces, for the command line.
 struct Method
 {
     char const* interface;
@@ -23,13 +23,13 @@ struct Method
     std::vector<Parameter> inputs; ///< the arguments; a programme id counts as its fields
     std::vector<Parameter> outputs;
     std::size_t required; ///< number of arguments that must be given
-    void (*call)(Call&);  ///< null when the method takes a callback
-    char const* instead;  ///< the command that does what the method is for, where `call` is null
+    void (*call)(Call&);  ///< null if the method takes a callback
+    char const* instead;  ///< the command that replaces the method if `call` is null
 
     bool Takes(std::size_t count) const { return count >= required && count <= inputs.size(); }
 };
 
-/// All of them, in the order of the interfaces' declarations. Generated from the description of the protocol.
+/// All methods, in the order of the interfaces' declarations. Generated from the description of the protocol.
 std::vector<Method> const& Methods();
 
 } // namespace zviptv::ctl

@@ -20,7 +20,7 @@ OutputFile::OutputFile(std::string const& path)
     if (m_descriptor < 0) {
         Throw(errno);
     }
-    // A standard output that was closed when the program started is open for reading by now.
+    // If standard output was closed when the program started, it is now open for reading.
     if (IsStandardOutput() && (fcntl(m_descriptor, F_GETFL) & O_ACCMODE) == O_RDONLY) {
         close(m_descriptor);
         Throw("it is closed");

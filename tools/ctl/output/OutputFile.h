@@ -6,8 +6,8 @@
 
 namespace zviptv::ctl {
 
-/// A file that is written from its start, or standard output for "-". What goes wrong is a Failure that names
-/// the file and the reason.
+/// A file that is written from its start, or standard output for "-". Errors are thrown as a Failure with the
+/// file and the reason.
 class OutputFile
 {
 public:
@@ -17,11 +17,11 @@ public:
     OutputFile(OutputFile const&) = delete;
     OutputFile& operator=(OutputFile const&) = delete;
 
-    /// Writes all of it, unbuffered. False when the reader of a pipe has gone, which is no failure: it has
-    /// seen enough. SIGPIPE has to be ignored.
+    /// Writes all data, unbuffered. Returns false if the reader of a pipe has closed it, which is not a
+    /// failure. SIGPIPE must be ignored.
     bool Write(void const* data, std::size_t size);
 
-    /// Some file systems tell only now that they are full.
+    /// Closes the file: some file systems report only now that they are full.
     void Close();
 
     bool IsStandardOutput() const { return m_path == "-"; }
@@ -34,7 +34,7 @@ private:
     int m_descriptor;
 };
 
-/// Writes to standard output. A reader that has seen enough is no failure.
+/// Writes to standard output. A reader that has closed the pipe is not a failure.
 void WriteOutput(std::string const& text);
 
 } // namespace zviptv::ctl

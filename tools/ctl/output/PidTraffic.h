@@ -11,7 +11,7 @@
 
 namespace zviptv::ctl {
 
-/// Traffic of every PID and of all together.
+/// Traffic of every PID and in total.
 class PidTraffic
 {
 public:
@@ -21,7 +21,7 @@ public:
 
     void Add(std::uint16_t pid, std::size_t bytes);
 
-    /// Sets all rates from what arrived since the last call: they add up.
+    /// Sets all rates from the data that arrived since the last call; they add up to the total.
     void Measure(Clock::time_point now = Clock::now());
 
     /// "12 packets, 24576 bytes, 8.2 kB/s; 0x0100: 12 packets, 8.2 kB/s"
@@ -30,7 +30,7 @@ public:
     /// "12 packets, 8.2 kB/s"
     std::string Total() const;
 
-    /// The rates in kB/s, to follow the total: ": 0x0100 6.1", ", 0x0101 2.1"
+    /// The rates in kB/s, for use after the total: ": 0x0100 6.1", ", 0x0101 2.1"
     std::vector<std::string> Rates() const;
 
     /// Adds "packets", "bytes", "bytesPerSecond" and the same for every entry of "pids".

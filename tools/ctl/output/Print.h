@@ -21,12 +21,12 @@ std::string ToHex(std::uint64_t number, unsigned digits);
 /// The number with its name: "2 (PLAYING)".
 std::string ToText(EnumInfo const& info, std::int32_t value);
 
-/// The ISO 639 code, or the number when it is none.
+/// The ISO 639 code, or the number if it is not a language.
 std::string ToText(EZVLanguageCode language);
 
 std::string ToText(bool flag);
 
-/// One character; \xNN when it is none.
+/// One character; \xNN if it is not a character.
 std::string ToText(char character);
 
 std::string ToText(std::string const& text);
@@ -54,7 +54,7 @@ std::string ToText(Value value, [[maybe_unused]] Notation notation)
     return ToText(value);
 }
 
-/// Bytes that are not UTF-8 become U+FFFD.
+/// Replaces bytes that are not UTF-8 by U+FFFD.
 Json::Value ToJson(std::string const& text);
 
 /// A byte above 127 becomes the character U+0080 to U+00FF.
@@ -84,7 +84,7 @@ Json::Value ToJson(Record const& record);
 template <typename Record>
 Json::Value ToJson(std::vector<Record> const& records);
 
-/// A language is two members: its number, and under "<name>Code" its ISO 639 code, empty when it has none.
+/// A language is two members: its number, and under "<name>Code" its ISO 639 code, empty if it has none.
 template <typename Value>
 void AddMember(Json::Value& object, std::string const& name, Value const& value)
 {
@@ -112,7 +112,7 @@ Json::Value ToJson(std::vector<Record> const& records)
     return array;
 }
 
-/// "name: value", a line each for every field of a record: "name.field: value".
+/// "name: value"; for a record, one line per field: "name.field: value".
 template <typename Value>
 void AddLines(std::string& text, std::string const& name, Value const& value)
 {

@@ -5,11 +5,11 @@
 
 namespace zviptv::ctl {
 
-/// How people write a number.
+/// The notation of a number.
 enum class Notation
 {
     Plain,
-    Hexadecimal ///< identifiers that the standards write so: 0x0101, with the digits that the type has
+    Hexadecimal ///< for identifiers that standards write in hexadecimal: 0x0101, with all digits of the type
 };
 
 template <typename Record, typename Member>
@@ -25,7 +25,8 @@ Field(char const*, Member Record::*) -> Field<Record, Member>;
 template <typename Record, typename Member>
 Field(char const*, Member Record::*, Notation) -> Field<Record, Member>;
 
-/// The fields of a record that mean something, in declaration order: ProtocolTypes.h, which is generated.
+/// The fields of a record without reserved bytes, in declaration order. Specialised in ProtocolTypes.h, which
+/// is generated.
 template <typename Record>
 struct RecordInfo;
 

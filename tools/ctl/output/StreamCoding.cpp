@@ -9,8 +9,8 @@ namespace {
 
 using Coding = std::optional<StreamCoding>;
 
-/// By the byte after a start code; `next` is the one after it. A picture without a sequence header before it
-/// ends the search: the numbers of its slices look like other codings.
+/// The coding by the byte after a start code; `next` is the following byte. A picture without a sequence
+/// header before it ends the search, because the numbers of its slices look like other codings.
 bool IsDecisive(unsigned code, unsigned next, Coding& coding)
 {
     if (code == 0x00) {
@@ -76,7 +76,7 @@ Coding MpegAudioCoding(ByteView payload)
     return std::nullopt;
 }
 
-/// The first segment of the subtitle names the page.
+/// The first segment of the subtitle contains the page.
 StreamCoding SubtitleCoding(ByteView payload)
 {
     bool const isSegment = payload[0] == 0x20 && payload[2] == 0x0F;

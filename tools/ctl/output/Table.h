@@ -14,10 +14,10 @@ public:
 
     explicit Table(Row headings);
 
-    /// As many cells as there are headings.
+    /// Adds a row with as many cells as there are headings.
     void Add(Row cells, bool isCurrent = false);
 
-    /// The whole table; `nothing` as a line of its own when there is no row.
+    /// The whole table; a line with `nothing` if there is no row.
     std::string Text(std::string const& nothing) const;
 
 private:

@@ -15,7 +15,7 @@ std::string AudioText(ZVAudio const& audio);
 
 std::string LockWord(bool locked);
 
-// Records as JSON whose numbers are null where 0 stands for "not known".
+// Records as JSON; a number is null if 0 means "not known".
 
 Json::Value KnownJson(ZVAudio const& audio);
 Json::Value KnownJson(std::vector<ZVAudio> const& tracks);

@@ -7,7 +7,7 @@
 
 namespace zviptv::ctl {
 
-/// Counts what arrives.
+/// Counts arriving packets and bytes.
 class Traffic
 {
 public:
@@ -17,7 +17,7 @@ public:
 
     void Add(std::size_t bytes);
 
-    /// Sets the rate from what arrived since the last call.
+    /// Sets the rate from the data that arrived since the last call.
     void Measure(Clock::time_point now = Clock::now());
 
     std::uint64_t Packets() const { return m_packets; }

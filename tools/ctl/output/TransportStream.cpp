@@ -9,7 +9,7 @@ namespace {
 
 using Bytes = TransportStream::Bytes;
 
-// The clock counts 1/90000 s in 33 bits.
+// The clock has units of 1/90000 s and 33 bits.
 constexpr std::uint64_t ClockMask = (std::uint64_t{1} << 33U) - 1;
 constexpr std::uint64_t Second = 90000;
 constexpr std::uint64_t ClockInterval = Second / 20;
@@ -75,8 +75,8 @@ void TransportStream::AddTables(Bytes& out)
     m_tablesAt = m_reached.value_or(0);
 }
 
-/// The clock runs on to `clock` while the unit is written. It waits for a stream that lags up to 1 s behind
-/// another one; anything else is a jump.
+/// Advances the clock to `clock` while the unit is written. The clock waits for a stream that is up to 1 s
+/// later than another one; any larger difference is a jump.
 void TransportStream::AddUnit(std::uint16_t pid, Bytes const& unit, Bytes& out,
                               std::optional<std::uint64_t> clock)
 {

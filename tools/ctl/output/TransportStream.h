@@ -24,7 +24,7 @@ public:
     /// The transport packets for a PES packet whose header this is; `type` is an EZVPESType.
     Bytes Pack(std::uint16_t pid, std::int32_t type, PesHeader const& header, Bytes const& packet);
 
-    /// PIDs of which no packet has shown the coding, and those that PAT, PMT, PCR and null packets occupy.
+    /// PIDs whose coding no packet has shown, and those that PAT, PMT, PCR and null packets use.
     std::set<std::uint16_t> const& LeftOut() const { return m_leftOut; }
 
 private:
@@ -37,10 +37,10 @@ private:
     std::map<std::uint16_t, StreamCoding> m_streams;
     std::set<std::uint16_t> m_leftOut;
     std::uint8_t m_version = 0;
-    bool m_hasClockedStream = false;         ///< video or audio
-    std::optional<std::uint64_t> m_reached;  ///< latest DTS of them, less 1 s
+    bool m_hasClockedStream = false;         ///< whether there is video or audio
+    std::optional<std::uint64_t> m_reached;  ///< latest DTS of video or audio, minus 1 s
     std::uint64_t m_clock = 0;               ///< the last PCR
-    std::optional<std::uint64_t> m_tablesAt; ///< the clock when the tables were written last
+    std::optional<std::uint64_t> m_tablesAt; ///< clock when the tables were last written
 };
 
 } // namespace zviptv::ctl

@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t MostSuggestions = 3;
 
-/// Letters to insert, remove or change to get from one word to the other.
+/// The number of letters to insert, remove or change to turn one word into the other.
 std::size_t EditDistance(std::string_view left, std::string_view right)
 {
     std::vector<std::size_t> row(right.size() + 1);
@@ -69,7 +69,8 @@ std::vector<std::string> NearWords(std::string_view word, std::vector<std::strin
         if (name == wanted) {
             return {candidate};
         }
-        // The start of a name is as near as a slip of the finger, another part of it is near too.
+        // A name that begins with the word counts like one typing error. A name that contains it is a
+        // candidate, too.
         std::size_t const place = wanted.size() > 2 ? name.find(wanted) : std::string::npos;
         bool const isPart = place != std::string::npos;
         std::size_t const distance = place == 0 ? 1 : EditDistance(wanted, name);

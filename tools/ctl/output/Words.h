@@ -7,7 +7,7 @@
 
 namespace zviptv::ctl {
 
-/// ASCII letters in lower case, everything else as it is.
+/// The text with ASCII letters in lower case.
 std::string ToLower(std::string_view text);
 
 /// "a, b, c"
@@ -16,7 +16,7 @@ std::string Join(std::vector<std::string> const& parts, std::string_view separat
 /// "1 packet", "2 packets"
 std::string Counted(unsigned long long count, std::string const& noun);
 
-/// The candidates most like `word`, the best first, three at most; empty when none is near.
+/// At most three candidates that are most similar to `word`, the best first; empty if none is similar.
 std::vector<std::string> NearWords(std::string_view word, std::vector<std::string> const& candidates);
 
 } // namespace zviptv::ctl

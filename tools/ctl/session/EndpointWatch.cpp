@@ -24,7 +24,7 @@ std::string ChannelPath()
     return std::string("/org/corvel/zviptvapi/DbusCommunication/") + protocol::type::DataSubscriber;
 }
 
-/// Why the library finds no function's name in the body. Empty if it does.
+/// Why the library finds no function name in the body. Empty if it finds one.
 std::string BodyComplaint(GVariant* body)
 {
     std::string const type = body == nullptr ? "()" : g_variant_get_type_string(body);
@@ -42,7 +42,7 @@ std::string BodyComplaint(GVariant* body)
                : key + " has the type " + g_variant_get_type_string(name.get()) + " instead of ay";
 }
 
-/// Why the library ignores a push. Empty if it does not.
+/// Why the library ignores a push. Empty if it accepts it.
 std::string Complaint(GDBusMessage* push, std::string const& endpoint)
 {
     std::string const sender = Text(g_dbus_message_get_sender(push));

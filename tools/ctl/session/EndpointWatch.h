@@ -11,9 +11,9 @@
 
 namespace zviptv::ctl {
 
-/// Reports two things that the library ignores silently: pushes that differ from those of the data
-/// subscriber's endpoint in sender, object or form, and the end of the endpoint's connection. Create it
-/// before the subscription: the request to subscribe names the connection of the endpoint.
+/// Reports two events that the library ignores silently: pushes whose sender, object or form is not that of
+/// the data subscriber's endpoint, and the end of the endpoint's connection. Create it before the
+/// subscription, because the request to subscribe contains the connection of the endpoint.
 class EndpointWatch
 {
 public:
@@ -23,10 +23,11 @@ public:
     EndpointWatch(EndpointWatch const&) = delete;
     EndpointWatch& operator=(EndpointWatch const&) = delete;
 
-    /// After subscribing: `onClosed` runs while the main context is iterated, if the service is still there.
+    /// Call it after subscribing: `onClosed` runs while the main context is iterated, if the service is still
+    /// on the bus.
     void Follow(std::function<void()> const& onClosed);
 
-    /// The connection that the subscription was sent to; empty if it was sent to nobody.
+    /// The connection to which the subscription was sent; empty if it was not sent.
     std::string Name() const;
 
     /// Why pushes were ignored, each reason once.

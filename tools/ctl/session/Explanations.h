@@ -6,21 +6,21 @@
 
 namespace zviptv::ctl {
 
-// What went wrong, in words.
+// Errors in words.
 
 /// Why a notification cannot be read, after the library threw `error`.
 std::string UnreadableNotification(std::exception const& error);
 
-/// The bus ended the connection.
+/// The bus closed the connection.
 constexpr char BusClosed[] = "the bus closed the connection; see whether it still runs";
 
-/// The endpoint, the connection of this name, was closed, and the service runs on.
+/// The connection of the endpoint with this name was closed, but the service still runs.
 std::string EndpointClosed(std::string const& name);
 
 /// The bus does not let this user call the service.
 std::string ForbiddenByPolicy();
 
-/// The service serves other interfaces, but not the method's.
+/// The service has endpoints of other interfaces, but not of the method's.
 std::string MissingEndpoint(std::string const& method);
 
 } // namespace zviptv::ctl

@@ -8,7 +8,7 @@
 
 namespace zviptv::ctl {
 
-/// A timer or a signal handler: alive as long as this.
+/// A timer or a signal handler, which ends with this object.
 class EventSource
 {
 public:
@@ -32,17 +32,16 @@ public:
     using ErrorHandler = std::function<void(std::exception const& error)>;
     using Hook = std::function<void()>;
 
-    /// Keeps to its times: one event that comes late does not delay those that follow. What was missed is
-    /// left out.
+    /// Runs at fixed times: a late event does not delay the following ones. Missed events are left out.
     static EventSource Every(std::chrono::milliseconds interval, EventSource::Work work);
     static EventSource OnSignal(int number, EventSource::Work work);
 
-    /// Handles the events that are there, without waiting for any.
+    /// Handles the pending events without waiting.
     static void RunPending();
 
-    /// Handles events until Quit(), and runs `afterEvents` whenever some were handled. What leaves an event's
-    /// handler as an exception is given to `onError` and the loop goes on: so the library tells of
-    /// notifications that it cannot read.
+    /// Handles events until Quit(), and runs `afterEvents` after each batch. Exceptions of a handler are
+    /// passed to `onError`, and the loop continues: the library reports notifications that it cannot read in
+    /// this way.
     void Run(
         ErrorHandler const& onError, Hook const& afterEvents = [] {});
 

@@ -26,7 +26,7 @@ void ServiceWatch::OnAppeared(GDBusConnection* /*connection*/, char const* /*nam
 
 void ServiceWatch::OnVanished(GDBusConnection* connection, char const* /*name*/, gpointer self)
 {
-    // Without a connection it is the bus that went, which OnClosed tells.
+    // Without a connection, the bus has closed it, which OnClosed reports.
     if (connection != nullptr) {
         static_cast<ServiceWatch*>(self)->m_handler(Event::Gone);
     }

@@ -15,13 +15,14 @@ class ServiceWatch
 public:
     enum class Event
     {
-        Present,  ///< the service is there, or there again
-        Gone,     ///< the service is not there, or not any more
-        BusClosed ///< the bus closed the connection: nothing will come any more
+        Present,  ///< the service is on the bus, or has come back
+        Gone,     ///< the service is not on the bus, or has left
+        BusClosed ///< the bus closed the connection: no more events follow
     };
     using Handler = std::function<void(Event event)>;
 
-    /// The first event, soon, tells how it is now. Another `name` is that of a part of the service.
+    /// The first event follows soon and reports the present state. `name` can also be the name of a part of
+    /// the service.
     ServiceWatch(GDBusConnection* connection, Handler handler,
                  char const* name = CConnectionHelperDBusClient::BUSNAME);
     ~ServiceWatch();

@@ -10,7 +10,7 @@ namespace zviptv::ctl {
 
 namespace {
 
-/// There is no object: the service was not found.
+/// Throws the failure that there is no object, because the service was not found.
 [[noreturn]] void ThrowNotFound()
 {
     ZVFailure const& failure = ZVGetLastFailure();

@@ -13,32 +13,32 @@
 
 namespace zviptv::ctl {
 
-/// Selects what the service is asked about.
+/// Selects the subject of the calls.
 struct Handle
 {
     IPTVProfile profile = IPTV_PROFILE_DEFAULT;
     int id = 0;
 };
 
-/// The interface objects of one run: made when first asked for, released at the end. Everything happens on
-/// the main thread.
+/// The interface objects of one run: made on first use, released at the end. Everything happens on the main
+/// thread.
 class Session
 {
 public:
-    /// Does nothing yet: what is wrong with the arguments shows also without a service.
+    /// Does nothing yet, so that errors in the arguments are also reported without a service.
     explicit Session(Handle handle);
     ~Session();
 
     Session(Session const&) = delete;
     Session& operator=(Session const&) = delete;
 
-    /// The one object of its kind. Not to be kept while the main context is iterated: objects may destroy
-    /// themselves there. Throws a Failure when the service is gone.
+    /// The only object of its kind. Do not keep it while the main context is iterated, because objects may
+    /// then destroy themselves. Throws a Failure if the service has left.
     template <typename Interface>
     Interface& Get();
 
-    /// The result of one call of the interface. Throws a Failure when the service was not reached, or when
-    /// its answer cannot be read; the result false then means that the service said no.
+    /// The result of one call of the interface. Throws a Failure if the service was not reached or its answer
+    /// cannot be read. Therefore the result false means that the service refused.
     template <typename Call>
     bool Ask(std::string const& method, Call call)
     {
@@ -59,14 +59,14 @@ public:
     /// Releases the objects; Get() makes new ones.
     void Release();
 
-    /// Whether the latest call waited for an answer in vain.
+    /// Whether the last call timed out.
     bool Hangs() const { return m_hangs; }
 
-    /// Leaves the objects as they are at the end: to announce to a service that hangs that they go would
-    /// block as long again. That the process goes the bus tells it anyway.
+    /// Does not destroy the objects at the end: the announcement to a service that hangs would block for the
+    /// same time again. The bus reports the end of the process to the service.
     void Abandon() { m_isAbandoned = true; }
 
-    /// Throws a Failure that says what to do when there is no bus or no service. Get() does this itself.
+    /// If there is no bus or no service, throws a Failure that says what to do. Get() calls it.
     void Start();
 
     /// Null before Start().

@@ -23,7 +23,7 @@ Subscription::Handler& HandlerOf(PacketKind kind)
     return kind == PacketKind::Pes ? pesHandler : captionHandler;
 }
 
-/// The handler may end its own subscription: it is kept while it runs.
+/// The handler may end its subscription, so it is kept while it runs.
 void Deliver(PacketKind kind, Packet const& packet)
 {
     Subscription::Handler const handler = HandlerOf(kind);
@@ -84,7 +84,7 @@ void Subscription::WaitForNextSecond()
 {
     std::time_t const present = std::time(nullptr);
     std::this_thread::sleep_until(std::chrono::system_clock::from_time_t(present + 1));
-    while (std::time(nullptr) == present) { // this clock may be some milliseconds late
+    while (std::time(nullptr) == present) { // this clock may be late by some milliseconds
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
 }

@@ -10,7 +10,7 @@
 
 namespace zviptv::ctl {
 
-/// One packet of either kind, valid while it is handled.
+/// A packet of either kind, valid while it is handled.
 struct Packet
 {
     std::int32_t type;
@@ -25,7 +25,8 @@ enum class PacketKind
     Caption
 };
 
-/// A subscription, one of a kind at a time: the interface's callbacks carry no user data.
+/// A subscription. Only one of a kind can exist at a time, because the interface's callbacks get no user
+/// data.
 class Subscription
 {
 public:
@@ -33,17 +34,18 @@ public:
     using Wait = std::function<void()>;
 
     /// Subscribes; `handler` runs while the main context is iterated. A key cannot be made twice in one
-    /// second: then it calls `waitForNextSecond` and tries again, a few times, and throws a Failure at last.
+    /// second: then it calls `waitForNextSecond` and tries again a few times, and finally throws a Failure.
     Subscription(IIPTVDataSubscriber& subscriber, PacketKind kind, Handler handler,
                  Wait const& waitForNextSecond = WaitForNextSecond);
 
-    /// Forgets the handler. Ends the subscription only if End() was called: the interface object may be gone.
+    /// Releases the handler. Ends the subscription only if End() was called: the interface object may no
+    /// longer exist.
     ~Subscription();
 
     Subscription(Subscription const&) = delete;
     Subscription& operator=(Subscription const&) = delete;
 
-    /// Unsubscribes at the object that was subscribed at, or at its successor, which does not know the key.
+    /// Unsubscribes from the object of the subscription, or from its successor, which does not know the key.
     void End(IIPTVDataSubscriber& subscriber);
 
     /// Blocks until the clock's second changes.
@@ -56,8 +58,8 @@ private:
 
 class Session;
 
-/// Puts a subscription at the session's object into `place`. Throws a Failure where the service does not take
-/// it.
+/// Makes a subscription with the session's object and stores it in `place`. Throws a Failure if the service
+/// does not accept it.
 void Subscribe(Session& session, PacketKind kind, Subscription::Handler handler,
                std::optional<Subscription>& place);
 

@@ -5,12 +5,12 @@
 
 namespace zviptv::ctl {
 
-/// The process's connection to the system bus, which the library uses too. It is told not to end the process
-/// when the bus closes it.
+/// The process's connection to the system bus, which the library uses, too. Its exit-on-close setting is
+/// switched off.
 class SystemBus
 {
 public:
-    /// Throws a Failure that says what to do when the bus cannot be reached.
+    /// If the bus cannot be reached, throws a Failure that says what to do.
     SystemBus();
 
     GDBusConnection* Connection() const { return m_connection.get(); }

@@ -11,9 +11,9 @@ namespace {
 
 constexpr char OwnErrors[] = "org.corvel.zviptvapi.Simulator1.Error.";
 constexpr int NoLimit = INT_MAX;
-constexpr int StateLimit = 5000; // milliseconds; the simulator waits a second for its service
+constexpr int StateLimit = 5000; // milliseconds; the simulator waits one second for its service
 
-/// How an error of the control interface ends the command.
+/// The exit code for an error of the control interface.
 ExitCode CodeOf(std::string const& error)
 {
     return error == "NotRunning" ? ExitCode::NoService
@@ -21,7 +21,7 @@ ExitCode CodeOf(std::string const& error)
                                  : ExitCode::Refused;
 }
 
-/// What an error of a call means.
+/// The failure for an error of a call.
 Failure ToFailure(GError* error)
 {
     Owned<char> const text(g_dbus_error_get_remote_error(error));

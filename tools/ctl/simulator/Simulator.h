@@ -11,17 +11,17 @@
 
 namespace zviptv::ctl {
 
-/// The control interface of the simulator on the bus. What goes wrong is a Failure: without a simulator it
-/// has the code NoService, and says how to start one.
+/// The control interface of the simulator on the bus. Errors are thrown as a Failure; without a simulator, it
+/// has the code NoService and says how to start one.
 class Simulator
 {
 public:
     Simulator();
 
-    /// Waits for the answer, however long that takes: a call waits while the service comes back.
+    /// Waits for the answer without a limit: a call waits while the service comes back.
     void Call(verbs::Command const& command) const;
 
-    /// All properties: one object. The answer comes within seconds, or a Failure.
+    /// All properties as one object. Throws a Failure if the answer does not arrive within seconds.
     Json::Value State() const;
 
     GDBusConnection* Connection() const { return m_bus.Connection(); }
@@ -33,7 +33,7 @@ private:
     SystemBus m_bus;
 };
 
-/// To be thrown when there is no simulator.
+/// The Failure to throw if there is no simulator.
 Failure NoSimulator();
 
 } // namespace zviptv::ctl

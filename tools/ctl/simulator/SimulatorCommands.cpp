@@ -13,7 +13,7 @@ namespace zviptv::ctl {
 
 namespace {
 
-/// The simulator may run in another folder: it resolves names of files that do not exist here.
+/// The simulator may run in another folder: it resolves the names of files that do not exist here.
 std::string AbsoluteInput(std::string const& input)
 {
     std::error_code ignored;

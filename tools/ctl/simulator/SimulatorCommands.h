@@ -9,7 +9,7 @@
 
 namespace zviptv::ctl {
 
-/// Does what the words say: a verb of the control interface and its arguments.
+/// Runs a verb of the control interface with its arguments.
 ExitCode SteerSimulator(std::vector<std::string> words, bool asJson);
 
 /// The command `sim status`.

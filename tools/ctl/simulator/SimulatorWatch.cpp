@@ -106,7 +106,7 @@ void SimulatorWatch::Write(Json::Value const& json, std::string const& text)
 {
     std::string const line = (m_asJson ? Compact(json) : text) + "\n";
     if (!m_out.Write(line.data(), line.size())) {
-        m_loop.Quit(); // the reader has seen enough
+        m_loop.Quit(); // the reader has closed the pipe
     }
 }
 

@@ -10,7 +10,7 @@
 
 namespace zviptv::ctl {
 
-/// The command `sim watch`: a line for each change of a property, request, death and return.
+/// The command `sim watch`: prints a line for each change of a property, request, death and return.
 class SimulatorWatch
 {
 public:
@@ -19,7 +19,8 @@ public:
     SimulatorWatch(SimulatorWatch const&) = delete;
     SimulatorWatch& operator=(SimulatorWatch const&) = delete;
 
-    /// Until time is over or the user ends it. Throws a Failure when the simulator goes, or was not there.
+    /// Runs until the time is over or the user ends it. Throws a Failure if there is no simulator or it
+    /// leaves the bus.
     ExitCode Run();
 
 private:

@@ -11,7 +11,7 @@ namespace zviptv::ctl {
 
 namespace {
 
-/// To milliseconds, without zeros at the end.
+/// With three decimals, without zeros at the end.
 std::string NumberText(double number)
 {
     char text[64];

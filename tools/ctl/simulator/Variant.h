@@ -9,9 +9,9 @@
 
 namespace zviptv::ctl {
 
-using zviptv::ToJson; // beside the overloads for the records
+using zviptv::ToJson; // in addition to the overloads for the records
 
-/// A D-Bus value as ToJson() shows it on one line, for people: "-" for what is empty.
+/// A D-Bus value on one line for people, like ToJson(), but "-" for an empty value.
 std::string ToLine(Json::Value const& value);
 
 } // namespace zviptv::ctl

@@ -17,21 +17,21 @@ public:
     Dictionary(Dictionary const&) = delete;
     Dictionary& operator=(Dictionary const&) = delete;
 
-    /// Takes a value that nobody owns yet, or shares one that has an owner.
+    /// Takes over a floating value, or adds a reference to one that has an owner.
     Dictionary& Add(char const* key, GVariant* value)
     {
         g_variant_builder_add(&m_builder, "{sv}", key, value);
         return *this;
     }
 
-    /// Text that is not UTF-8 gets U+FFFD in the place of what is not.
+    /// Bytes of the text that are not UTF-8 are replaced by U+FFFD.
     Dictionary& Add(char const* key, std::string const& text)
     {
         Owned<char> const valid(g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())));
         return Add(key, g_variant_new_string(valid.get()));
     }
 
-    /// The dictionary, which nobody owns yet.
+    /// The dictionary, as a floating reference.
     GVariant* End() { return g_variant_builder_end(&m_builder); }
     Owned<GVariant> Take() { return Owned<GVariant>(g_variant_ref_sink(End())); }
 
@@ -39,7 +39,7 @@ private:
     GVariantBuilder m_builder;
 };
 
-/// The entry of an a{sv} if it is there, of this type.
+/// The entry of an a{sv}, if it exists and has this type.
 inline Owned<GVariant> Entry(GVariant* dictionary, char const* key, char const* type)
 {
     return Owned<GVariant>(g_variant_lookup_value(dictionary, key, G_VARIANT_TYPE(type)));

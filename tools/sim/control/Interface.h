@@ -5,8 +5,8 @@
 
 namespace zviptv::sim {
 
-/// The description of the control interface, which gdbus-codegen makes from its XML file. It lives as long as
-/// the program.
+/// The description of the control interface, which gdbus-codegen generates from its XML file. It is valid for
+/// the life of the program.
 GDBusInterfaceInfo* SimulatorInterface();
 
 } // namespace zviptv::sim

@@ -39,7 +39,7 @@ void RestoreFaults(Faults& faults, GVariant* list)
     }
 }
 
-/// Speed and pause; the rest of the clock, too, if it goes on.
+/// Speed and pause, and the rest of the clock if it continues.
 void RestoreClock(Clock& clock, GVariant* kept)
 {
     if (std::optional<Clock::State> const state = ClockOf(kept)) {
@@ -54,7 +54,7 @@ void RestoreClock(Clock& clock, GVariant* kept)
     clock.Pause(paused != FALSE);
 }
 
-/// How far the stream is that began then; one that loops is as far in its present pass.
+/// The present position of a stream that began at that time; if it loops, the position in the present pass.
 Player::Seconds PositionNow(Clock const& clock, std::int64_t begin, double duration, bool loops)
 {
     return Player::PositionAfter(std::chrono::nanoseconds(Nanoseconds(clock.Shows()) - begin),
@@ -62,7 +62,7 @@ Player::Seconds PositionNow(Clock const& clock, std::int64_t begin, double durat
                                  loops);
 }
 
-/// The input, and how far it is by now.
+/// The input and its present position.
 void RestoreInput(Service& service, GVariant* kept, InputOptions const& input)
 {
     Player& player = service.Parts().player;
@@ -128,7 +128,7 @@ void Restore(Service& service, GVariant* kept)
     }
     char const* input = nullptr;
     if (g_variant_lookup(kept, "input", "&s", &input) == FALSE) {
-        return; // there was none before
+        return; // there was no previous one
     }
     RestoreFaults(television.faults, Entry(kept, "faults", "a(sxtt)").get());
     RestoreClock(television.clock, kept);

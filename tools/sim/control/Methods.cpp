@@ -33,7 +33,7 @@ double DoubleAt(GVariant* parameters, std::size_t index)
     return g_variant_get_double(value.get());
 }
 
-/// To milliseconds, rounded down, so that what is shown can be used.
+/// A number with three decimals, rounded down, so that the user can enter the number that is shown.
 std::string Seconds(Player::Seconds seconds)
 {
     char text[64];
@@ -41,7 +41,7 @@ std::string Seconds(Player::Seconds seconds)
     return text;
 }
 
-/// Live input sets the pace itself.
+/// Refuses a change of the pace of live input.
 void RequireFile(Service& service)
 {
     Player const& player = service.Parts().player;
@@ -54,7 +54,7 @@ void RequireFile(Service& service)
     }
 }
 
-/// After another input was loaded.
+/// Call it after another input was loaded.
 void FollowPaceOfInput(Service& service)
 {
     Television const television = service.Parts();
@@ -229,7 +229,7 @@ constexpr Row Rows[] = {
     {"Reset", Reset},
 };
 
-/// A recording is replayed as it is.
+/// Refuses a method that would change the replay of a recording.
 void RequireStreamFor(Service& service, std::string const& method)
 {
     static std::set<std::string> const possible = {"AddFault", "RemoveFault", "ClearFaults", "Reset"};

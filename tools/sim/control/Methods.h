@@ -9,12 +9,12 @@
 
 namespace zviptv::sim {
 
-/// The fault that the arguments of AddFault mean, with their options, as FaultRule::Parse() takes it.
+/// The fault of the arguments of AddFault, with its options, as a text for FaultRule::Parse().
 std::string FaultText(GVariant* parameters);
 
-/// Does what a method of the control interface says, with arguments of the interface's types. `done` is
-/// called once it has taken effect, with the empty text, or could not: now, or for another input from the
-/// main context.
+/// Runs a method of the control interface, with arguments of the interface's types. `done` is called with an
+/// empty text when it has taken effect, or with an error: at once, or, for another input, from the main
+/// context.
 /// @throws std::invalid_argument, or StreamError, with a line for the user; then nothing has changed, and
 /// `done` is not called
 void Perform(Service& service, std::string const& method, GVariant* parameters,

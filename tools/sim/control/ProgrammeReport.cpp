@@ -27,7 +27,7 @@ GVariant* Unsigned(std::uint64_t value)
     return g_variant_new_uint32(static_cast<guint32>(value));
 }
 
-/// The page as people write it: magazine 8, page 0x88 is 888.
+/// The page number for people: magazine 8, page 0x88 is 888.
 GVariant* PageNumber(unsigned magazine, unsigned page)
 {
     constexpr unsigned halfByte = 4;

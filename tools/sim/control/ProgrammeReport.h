@@ -6,7 +6,7 @@
 
 namespace zviptv::sim {
 
-/// Adds the properties about the programme that is played: its tracks and what the guide says of it.
+/// Adds the properties about the programme that is played: its tracks and its data in the guide.
 void AddProgramme(Dictionary& report, Television const& television);
 
 /// Adds kind, page and whether it is for the hard of hearing.

@@ -29,7 +29,7 @@ GVariant* Programmes(Player const& player)
     return g_variant_builder_end(&list);
 }
 
-/// What was received of the input, and what was lost.
+/// The counters of the input: data that was received and that was lost.
 GVariant* InputStatus(Player const& player)
 {
     InputCounters const counters = player.Counters();
@@ -43,7 +43,7 @@ GVariant* InputStatus(Player const& player)
     return status.End();
 }
 
-/// Empty before it is known.
+/// Empty until it is known.
 GVariant* Resolution(Player const& player)
 {
     Dictionary resolution;

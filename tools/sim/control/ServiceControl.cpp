@@ -21,7 +21,7 @@ namespace {
 constexpr std::chrono::milliseconds UpdateDelay{20};
 constexpr std::chrono::milliseconds UpdatePeriod{1000};
 
-/// Properties that change all the time: the interface says that their changes are not announced.
+/// Properties that change all the time: by the interface, their changes are not announced.
 bool IsContinuous(char const* property)
 {
     GDBusPropertyInfo const* const info =
@@ -52,7 +52,7 @@ Owned<GDBusConnection> Connect(int descriptor)
     return connection;
 }
 
-/// Text in full, unless it is very long; bytes by their size.
+/// A text, unless it is very long; otherwise the size in bytes.
 std::string Told(std::string const& value)
 {
     constexpr std::size_t longest = 4096;
@@ -65,7 +65,7 @@ GVariant* ArgumentsOf(CMessageBuffer const& request)
 {
     GVariantBuilder arguments;
     g_variant_builder_init(&arguments, G_VARIANT_TYPE("a{ss}"));
-    std::set<std::string> seen; // of entries with one key the first counts
+    std::set<std::string> seen; // of several entries with the same key, the first counts
     for (int i = 0; i < request.Size(); ++i) {
         std::string const key = Shown(request.GetKey(i));
         if (key != protocol::key::FunctionName && seen.insert(key).second) {
@@ -75,7 +75,7 @@ GVariant* ArgumentsOf(CMessageBuffer const& request)
     return g_variant_builder_end(&arguments);
 }
 
-/// -1 when there was none.
+/// -1 if there was none.
 gint32 ResultOf(CMessageBuffer const* reply)
 {
     return reply == nullptr ? -1
@@ -132,7 +132,7 @@ void ServiceControl::OnCall(GDBusConnection* /*connection*/, char const* /*sende
     }
 }
 
-/// What has changed is told before the answer.
+/// Changes are reported before the answer.
 void ServiceControl::Answer(std::string const& interface, std::string const& method, GVariant* parameters,
                             GDBusMethodInvocation* invocation)
 {
@@ -146,7 +146,7 @@ void ServiceControl::Answer(std::string const& interface, std::string const& met
         return;
     }
     if (method == link::Begin) {
-        m_loop.After(std::chrono::milliseconds(0), m_begin); // what it throws ends the service
+        m_loop.After(std::chrono::milliseconds(0), m_begin); // an exception ends the service
     } else if (method == link::Restore) {
         Owned<GVariant> const kept(g_variant_get_child_value(parameters, 0));
         Restore(m_service, kept.get());
@@ -190,7 +190,7 @@ void ServiceControl::OnRequest(RequestLog::Entry const& entry)
                        (entry.note.empty() ? entry.replay : entry.note).c_str()));
 }
 
-/// Many things may happen at once.
+/// Many changes may happen at once.
 void ServiceControl::UpdateSoon()
 {
     if (!m_isUpdateDue) {

@@ -10,19 +10,19 @@
 
 namespace zviptv::sim {
 
-/// The service's end of its connection with the simulator: exports the control interface, reports what
-/// changes and every request. Lives on the service's thread.
+/// The service's end of its connection with the simulator: exports the control interface, and reports changes
+/// and every request. Runs on the service's thread.
 class ServiceControl
 {
 public:
-    /// Takes over the connection's descriptor. `begin` is called, in the main loop, once the service has been
-    /// restored. @throws std::runtime_error when the other end is not a simulator
+    /// Takes over the connection's descriptor. `begin` is called, in the main loop, after the service was
+    /// restored. @throws std::runtime_error if the other end is not a simulator
     ServiceControl(int descriptor, Service& service, MainLoop& loop, std::function<void()> begin);
     ~ServiceControl();
     ServiceControl(ServiceControl const&) = delete;
     ServiceControl& operator=(ServiceControl const&) = delete;
 
-    /// Applications find the service now.
+    /// Reports that applications can find the service.
     void TellReady();
 
 private:
@@ -45,7 +45,7 @@ private:
     Owned<GDBusNodeInfo> m_node;
     Owned<GDBusConnection> m_connection;
     std::vector<guint> m_exported;
-    Owned<GVariant> m_report; ///< as it was told last
+    Owned<GVariant> m_report; ///< the last report that was sent
     Owned<GVariant> m_kept;
     bool m_isUpdateDue = false;
 };

@@ -6,8 +6,8 @@
 
 namespace zviptv::sim {
 
-/// Does what the call link::Watch says: has the picture or the sound written to the pipe that came with it.
-/// The answer, a tuple, which nobody owns yet. @throws std::invalid_argument when there is no pipe
+/// Handles the call link::Watch: writes the picture or the sound to the pipe of the call. Returns the answer,
+/// a floating tuple. @throws std::invalid_argument if there is no pipe
 GVariant* Watch(Service& service, GVariant* parameters, GDBusMethodInvocation* invocation);
 
 } // namespace zviptv::sim

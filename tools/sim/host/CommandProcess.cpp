@@ -16,7 +16,7 @@ constexpr std::chrono::seconds KillAfter{4};
 void CommandProcess::PassOn(Signals::Signal const& signal)
 {
     if (signal.number == SIGINT) {
-        if (signal.fromProcess) { // else the terminal has sent it to the command, too
+        if (signal.fromProcess) { // otherwise the terminal has sent it to the command, too
             m_process.Signal(SIGINT);
         }
         return;

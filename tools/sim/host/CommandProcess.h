@@ -11,20 +11,21 @@
 
 namespace zviptv::sim {
 
-/// The command beside the service, in the simulator's own group, so that the terminal's Ctrl-C reaches it.
+/// The command that runs with the service, in the simulator's process group, so that the terminal's Ctrl-C
+/// reaches it.
 class CommandProcess
 {
 public:
     using Clock = Signals::Clock;
 
-    /// @throws std::system_error when it cannot be run
+    /// @throws std::system_error if it cannot be run
     explicit CommandProcess(std::vector<std::string> const& words) : m_process(Spawn({words, {}, {}})) {}
 
-    /// Its exit status once it has ended.
+    /// Its exit status after it has ended.
     std::optional<int> Ended() { return m_process.Poll(); }
 
-    /// Passes a request to end on. After SIGTERM or SIGHUP a command that stays is sent the other one, which
-    /// a shell may heed instead, and at last killed.
+    /// Passes on a request to end. If the command does not end after SIGTERM or SIGHUP, it gets the other one
+    /// of the two, which a shell may obey, and is finally killed.
     void PassOn(Signals::Signal const& signal);
 
     /// Advance() is due.

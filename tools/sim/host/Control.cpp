@@ -16,7 +16,7 @@ namespace zviptv::sim {
 
 namespace {
 
-/// Properties are there at once.
+/// Properties are available at once.
 constexpr std::chrono::seconds ReportLimit{1};
 
 GVariant* Boolean(bool value)
@@ -98,7 +98,7 @@ void Control::Do(std::string const& method, GVariant* parameters, ServiceLink::R
         m_restarting.push_back(std::move(reply));
     } else if (method == "Quit") {
         reply(nullptr, nullptr);
-        m_bus.AfterFlush([] { kill(getpid(), SIGTERM); }); // Signals waits for it
+        m_bus.AfterFlush([] { kill(getpid(), SIGTERM); }); // Signals receives it
     } else {
         Owned<GVariant> arguments(g_variant_ref_sink(parameters));
         m_service.Call(
@@ -133,8 +133,8 @@ void Control::AnswerProperties(std::string const& method, GVariant* parameters,
     });
 }
 
-/// A service that runs is asked, since some properties change all the time. One that does not answer is known
-/// by its last report.
+/// Queries a running service, because some properties change all the time. If the service does not answer,
+/// uses its last report.
 void Control::Read(std::function<void(GVariant* properties)> const& reply)
 {
     auto const answer = [this, reply] { reply(m_report.All().get()); };
@@ -231,7 +231,7 @@ void Control::RefuseRestarts(char const* name, char const* text)
     }
 }
 
-/// Only a service that runs can respond.
+/// Only a running service can respond.
 void Control::TellResponding(bool isResponding)
 {
     bool const wasResponding = g_variant_get_boolean(m_report.Value("Responding")) != FALSE;

@@ -12,8 +12,8 @@
 
 namespace zviptv::sim {
 
-/// The control interface: outlives the service. It does itself what concerns the service's process, passes on
-/// the rest, and remembers what the service has reported for the time when that is dead.
+/// The control interface, which outlives the service. It handles the methods about the service's process,
+/// passes on the others, and keeps the service's reports for the time when the service is dead.
 class Control
 {
 public:
@@ -29,35 +29,35 @@ public:
     bool HasLostBus() { return m_bus.HasLostBus(); }
     bool KnowsLoss() const { return m_bus.KnowsLoss(); }
 
-    /// What a scenario has to know.
+    /// Callbacks for a scenario.
     struct Follower
     {
         std::function<void(GVariant* body)> onRequest;   ///< of the signal Request
-        std::function<void(bool isSought)> onKeptChange; ///< while a seek from the bus goes on, or not
+        std::function<void(bool isSought)> onKeptChange; ///< `isSought` during a seek from the bus
     };
 
     void SetFollower(Follower follower) { m_follower = std::move(follower); }
 
-    /// Gets every signal of the control interface, as the bus does; `body` is null or has an owner.
+    /// Gets every signal of the control interface, like the bus; `body` is null or has an owner.
     using Observer =
         std::function<void(std::string const& interface, std::string const& name, GVariant* body)>;
     void SetObserver(Observer observer) { m_observer = std::move(observer); }
 
-    /// Does what a call from the bus does, with arguments of the interface's types. `reply` is always called,
-    /// also when `caller`, a bus name, has left.
+    /// Does the same as a call from the bus, with arguments of the interface's types. `reply` is always
+    /// called, even if `caller`, a bus name, has left.
     void Call(std::string const& method, GVariant* parameters, ServiceLink::Reply const& reply,
               std::string const& caller = {});
 
-    /// Calls `reply` with all properties as they are now, an a{sv}.
+    /// Calls `reply` with the present values of all properties, an a{sv}.
     void Read(std::function<void(GVariant* properties)> const& reply);
 
-    /// Does what a method of the control interface, which has been checked, says. `reply` is always called,
-    /// also when `caller`, a bus name, has left. Not from a callback of the service.
+    /// Runs a method of the control interface, whose arguments have been checked. `reply` is always called,
+    /// even if `caller`, a bus name, has left. Must not be called from a callback of the service.
     /// @throws std::exception with a line for the user
     void Do(std::string const& method, GVariant* parameters, ServiceLink::Reply reply,
             std::string const& caller = {});
 
-    /// A property that the simulator itself knows has this value now.
+    /// Sets a property that the simulator itself knows.
     void Tell(char const* property, GVariant* value);
 
 private:
@@ -75,10 +75,10 @@ private:
     void RefuseRestarts(char const* name, char const* text);
 
     LastReport m_report;
-    std::vector<ServiceLink::Reply> m_restarting; ///< calls that are answered once the service is ready
+    std::vector<ServiceLink::Reply> m_restarting; ///< calls that are answered when the service is ready
     Follower m_follower;
     Observer m_observer;
-    unsigned m_seeks = 0; ///< calls of Seek from the bus that are not answered
+    unsigned m_seeks = 0; ///< unanswered calls of Seek from the bus
     ControlBus m_bus;
     ServiceProcess m_service;
     bool m_wasReady = false;

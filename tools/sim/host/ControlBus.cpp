@@ -37,7 +37,7 @@ ControlBus::~ControlBus()
     }
 }
 
-/// After a cancelled call `self` is gone. That the bus cannot be reached is the service's to say.
+/// After a cancelled call, `self` no longer exists. The service reports that the bus cannot be reached.
 void ControlBus::OnConnected(GObject* /*source*/, GAsyncResult* result, gpointer self)
 {
     Error error;
@@ -60,7 +60,7 @@ void ControlBus::OnConnected(GObject* /*source*/, GAsyncResult* result, gpointer
                            G_DBUS_CALL_FLAGS_NONE, -1, bus.m_cancellable.get(), OnName, self);
 }
 
-/// Learns of clients that leave, and of the bus's end.
+/// Receives the loss of clients and of the bus.
 void ControlBus::Follow()
 {
     g_dbus_connection_set_exit_on_close(m_connection.get(), FALSE);

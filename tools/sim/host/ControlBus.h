@@ -8,13 +8,13 @@
 
 namespace zviptv::sim {
 
-/// The control interface on the bus: owns the name, exports the object, takes calls. Everything happens in
-/// the main context of the thread that makes it; nothing waits.
+/// The control interface on the bus: owns the name, exports the object, receives calls. Everything happens in
+/// the main context of the creating thread; nothing blocks.
 class ControlBus
 {
 public:
-    /// A method of the control interface, or Get or GetAll of org.freedesktop.DBus.Properties. The handler
-    /// answers the invocation, at any time.
+    /// Handles a method of the control interface, or Get or GetAll of org.freedesktop.DBus.Properties. The
+    /// handler may answer the invocation at any time.
     using Handler = std::function<void(std::string const& method, GVariant* parameters,
                                        GDBusMethodInvocation* invocation)>;
 
@@ -26,20 +26,20 @@ public:
     ControlBus(ControlBus const&) = delete;
     ControlBus& operator=(ControlBus const&) = delete;
 
-    /// It can be called, or it is known that it never can: then the user has been told why, unless the bus
-    /// cannot be reached.
+    /// Whether it can be called, or never will: then the reason has been printed, unless the bus cannot be
+    /// reached.
     bool IsSettled() const { return m_isSettled; }
 
-    /// Whether the bus has closed the connection; asks the bus. The first time, the user is told.
+    /// Whether the bus has closed the connection; queries the bus. The first time, a message is printed.
     bool HasLostBus();
 
-    /// Whether that is known; does not ask.
+    /// Whether the loss is known; does not query the bus.
     bool KnowsLoss() const { return m_isLost; }
 
-    /// Calls `work` once everything has been written to the bus.
+    /// Calls `work` after everything has been written to the bus.
     void AfterFlush(std::function<void()> work);
 
-    /// To everybody; to nobody before it can be called.
+    /// Sends a signal to all clients, but only after the interface can be called.
     void Emit(std::string const& interface, std::string const& signal, GVariant* body);
 
 private:

@@ -5,7 +5,7 @@
 
 namespace zviptv::sim {
 
-/// The service's errors have their own D-Bus names; any other error means that it has died, or hangs.
+/// The service's errors have special D-Bus names; any other error means that it has died or hangs.
 std::string ErrorText(GError const* error, pid_t service)
 {
     if (g_dbus_error_is_remote_error(error) != FALSE) {

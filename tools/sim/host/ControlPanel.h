@@ -6,11 +6,11 @@
 
 namespace zviptv::sim {
 
-/// The panel of a control interface: does what its clients on the bus do, and hears what they hear.
+/// The panel of a control interface: makes the same calls as clients on the bus, and gets the same signals.
 class ControlPanel
 {
 public:
-    /// Tells the user the panel's address. `control` has to outlive this.
+    /// Prints the panel's address. `control` must outlive this object.
     /// @throws std::runtime_error with a line for the user
     ControlPanel(unsigned port, Control& control);
     ~ControlPanel();

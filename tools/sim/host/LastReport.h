@@ -18,10 +18,10 @@ public:
 
     GVariant* Value(std::string const& property) const { return m_values.at(property).get(); }
 
-    /// Takes a floating reference.
+    /// Sets a property; takes over a floating reference.
     void Set(std::string const& property, GVariant* value);
 
-    /// Takes the values of an a{sv}.
+    /// Sets the values of an a{sv}.
     void Update(GVariant* properties);
 
     /// Empties the properties that list applications, which a dead service does not have.

@@ -34,7 +34,7 @@ constexpr char Examples[] =
     "  zviptv-sim --replay bug.pcapng -- application\n"
     "      an application on the television that was recorded\n";
 
-/// What is given as text and has to be understood.
+/// Options that are given as text and must be parsed.
 struct Texts
 {
     std::string pes;
@@ -51,7 +51,7 @@ enum class Fractions
     Refused
 };
 
-/// Takes what is a number and in the range; `words` say what that is.
+/// Accepts a number in the range; `words` describe the range.
 CLI::Validator Number(double least, double most, Fractions fractions, std::string const& words)
 {
     return CLI::Validator(
@@ -240,14 +240,14 @@ void Understand(Texts const& texts, Options& options)
     options.service.log = LogForm(texts, !options.command.empty());
 }
 
-/// Empty if there is none. What is not understood may also be the mark before the command, and the command.
+/// The first unknown option; empty if there is none. The unparsed words may also be "--" and the command.
 std::string UnknownOption(CLI::App const& app)
 {
     std::vector<std::string> const rest = app.remaining();
     return rest.empty() || rest.front() == "--" ? std::string() : rest.front();
 }
 
-/// Help and version come here, too, with the code 0.
+/// Help and version are handled here, too, with the code 0.
 int ReportUsage(CLI::App const& app, CLI::ParseError const& error)
 {
     if (error.get_exit_code() == 0) {
@@ -284,7 +284,7 @@ std::optional<Options> ParseCommandLine(int argc, char** argv, int& exitStatus)
     try {
         app.parse(argc, argv);
         options.words.assign(argv, argv + argc);
-        if (app.count("--fault-seed") == 0) { // the service draws none of its own, nor after a death
+        if (app.count("--fault-seed") == 0) { // so that every service uses the same seed, also after a death
             options.words.insert(options.words.begin() + 1,
                                  "--fault-seed=" + std::to_string(options.service.faultSeed));
         }

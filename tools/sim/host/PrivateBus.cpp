@@ -19,7 +19,8 @@ namespace zviptv::sim {
 
 namespace {
 
-/// Whoever is let in may do everything. Without a rule that is the user of the daemon.
+/// Every user who may connect may do everything. Without a rule, only the user of the daemon and root may
+/// connect.
 constexpr char Policy[] = R"(
   <auth>EXTERNAL</auth>
   <policy context="default">
@@ -32,7 +33,7 @@ constexpr char Policy[] = R"(
 </busconfig>
 )";
 
-/// An abstract socket address, which is no file: it vanishes with the daemon.
+/// An abstract socket address, which has no file: it vanishes with the daemon.
 std::string NewAddress()
 {
     std::random_device random;
@@ -49,7 +50,7 @@ std::string Config(std::string const& address)
            address + "</listen>" + Policy;
 }
 
-/// A file without a name, to be handed to a program. It vanishes when its last descriptor is closed.
+/// A file without a name, to pass to a program. It vanishes when its last descriptor is closed.
 FileHandle MemoryFile(std::string const& contents = {})
 {
     FileHandle file(memfd_create("zviptv-sim", MFD_CLOEXEC));

@@ -8,12 +8,12 @@
 
 namespace zviptv::sim {
 
-/// A system bus of one's own: a dbus-daemon for the user who started it, and root. It has no file anywhere,
-/// and ends with this process however that ends, so nothing is ever left behind.
+/// A private system bus: a dbus-daemon for root and the user who started it. It has no file, and always ends
+/// with this process, so that nothing is left behind.
 class PrivateBus
 {
 public:
-    /// Returns when the bus answers; from then on DBUS_SYSTEM_BUS_ADDRESS names it.
+    /// Returns when the bus answers; DBUS_SYSTEM_BUS_ADDRESS is then its address.
     /// @throws std::runtime_error with a line for the user
     PrivateBus();
 

@@ -10,15 +10,15 @@
 
 namespace zviptv::sim {
 
-/// Records every message of a bus in a capture file while the main context is iterated, and asks the bus for
-/// the processes of the applications, so that the file has them, too.
+/// Records every message of a bus in a capture file while the main context is iterated. It queries the bus
+/// for the processes of the applications, so that the file contains them, too.
 class Recorder
 {
 public:
     /// @throws std::exception with a line for the user
     Recorder(std::string const& file, std::string const& address);
 
-    /// Records what is under way. False if the file does not have everything; the user was told then.
+    /// Records the pending messages. Returns false if the file is incomplete; then a message was printed.
     bool Finish();
 
 private:

@@ -88,7 +88,7 @@ void UnderstandReplay(CLI::App const& app, Options& all)
            {"--ts", "--follow", "--program", "--loop", "--pes", "--guide", "--time", "--rating-limit",
             "--lock-service"},
            " has no effect with --replay, which plays no stream: leave it out, or add --unrecorded stream");
-    options.playback.speed = 1; // of the input that never sends anything
+    options.playback.speed = 1; // speed of the empty input
 }
 
 } // namespace zviptv::sim

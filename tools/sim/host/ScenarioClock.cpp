@@ -16,7 +16,7 @@ void ScenarioClock::Start(State const& state)
     m_zero = m_clock.Shows();
 }
 
-/// Other jumps are those of a reset, or of a new service that starts with a new clock.
+/// Other jumps come from a reset, or from a new service that starts with a new clock.
 void ScenarioClock::Follow(State const& state, bool isSought)
 {
     m_isOwnPause = m_isOwnPause && (state.paused || !m_told.paused);

@@ -8,8 +8,8 @@
 namespace zviptv::sim {
 
 /// The time of a scenario: seconds on the simulated clock since the service was ready. It runs at the clock's
-/// speed, stands while the clock is paused, and follows a seek; but not when the scenario itself pauses or
-/// seeks, so that a later step can end that. It runs on while the service is dead. Not thread-safe.
+/// speed, stops while the clock is paused, and follows a seek. It ignores pauses and seeks of the scenario
+/// itself, so that a later step can end a pause. It continues while the service is dead. Not thread-safe.
 class ScenarioClock
 {
 public:
@@ -17,18 +17,18 @@ public:
 
     explicit ScenarioClock(SimulatedClock::Now now = &SimulatedClock::Real::now);
 
-    /// It is second 0 now.
+    /// Starts the time: it is now second 0.
     void Start(State const& state);
 
-    /// The service's clock has changed. `isSought`: by a seek that the scenario follows.
+    /// Call it after the service's clock has changed; `isSought` if it was a seek that the scenario follows.
     void Follow(State const& state, bool isSought);
 
-    /// The scenario itself is about to pause the clock.
+    /// Call it before the scenario itself pauses the clock.
     void NotePause() { m_isOwnPause = !m_told.paused; }
 
     double Seconds() const;
 
-    /// How long it takes until that second; nothing while the time stands.
+    /// The time until that second; nullopt while the time is stopped.
     std::optional<std::chrono::nanoseconds> Until(double second) const;
 
 private:

@@ -47,8 +47,7 @@ try {
     throw LineError(input.column, failure.what());
 }
 
-/// A file is taken from the scenario's folder, and has to be there. Anything else is the television's to
-/// read.
+/// The path of a file relative to the scenario's folder; the file must exist. Other inputs are unchanged.
 void CheckInput(Word& input, std::string const& folder)
 {
     if (!IsFile(input)) {
@@ -61,7 +60,7 @@ void CheckInput(Word& input, std::string const& folder)
     }
 }
 
-/// By itself, and with the options of `fault add`.
+/// Checks a fault, and the options of `fault add`.
 void CheckFault(Word const& fault, verbs::Command const& command)
 try {
     FaultRule::Parse(fault.text);

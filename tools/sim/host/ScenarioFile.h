@@ -8,7 +8,8 @@
 
 namespace zviptv::sim {
 
-/// Reads a scenario and checks all that can be known before it runs: its verbs, faults and inputs, too.
+/// Reads a scenario and checks everything that can be checked before it runs, including its verbs, faults and
+/// inputs.
 /// @throws ScenarioError
 Scenario LoadScenario(std::string const& file);
 

@@ -34,7 +34,7 @@ SeenRequest ToRequest(GVariant* body)
     char const* key = nullptr;
     char const* value = nullptr;
     while (g_variant_iter_next(arguments, "{&s&s}", &key, &value) != FALSE) {
-        if (std::strcmp(key, "handleID") != 0) { // says which object, not what is asked
+        if (std::strcmp(key, "handleID") != 0) { // selects the object, is not an argument
             request.arguments[key] = value;
         }
     }
@@ -54,7 +54,7 @@ bool Write(int file, std::string const& text)
     return true;
 }
 
-/// Concerns the service's process: what was asked of the service before has to be answered.
+/// Whether the verb affects the service's process: the service must first answer all earlier calls.
 bool EndsService(verbs::Verb const& verb)
 {
     return std::strcmp(verb.method, "Die") == 0 || std::strcmp(verb.method, "Restart") == 0 ||
@@ -117,7 +117,8 @@ void ScenarioRunner::Advance()
     }
 }
 
-/// In the order in which they were due. Not in a callback of the service's, which a verb may kill.
+/// Runs the steps in the order of their times. Must not run in a callback of the service, which a verb may
+/// kill.
 void ScenarioRunner::PerformQueued()
 {
     while (!m_queue.empty()) {
@@ -171,7 +172,7 @@ void ScenarioRunner::Fail(std::size_t step, char const* why)
     std::fprintf(stderr, "zviptv-sim: %s\n", PrintableText(text).c_str());
 }
 
-/// An answer of the service comes after all that it has told before.
+/// An answer of the service arrives after all its earlier messages.
 void ScenarioRunner::AwaitRequests(Signals const& signals)
 {
     auto const isAnswered = std::make_shared<bool>(false);

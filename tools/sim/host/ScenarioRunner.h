@@ -15,17 +15,16 @@
 
 namespace zviptv::sim {
 
-/// What is to be run, and where the report goes.
+/// The scenario to run, and the place of the report.
 struct ScenarioOptions
 {
     std::optional<Scenario> scenario;
-    FileHandle junit; ///< open for writing, if it is wanted
+    FileHandle junit; ///< open for writing, if a report was requested
     std::string junitName;
-    bool showsSteps = false; ///< on standard error
+    bool showsSteps = false; ///< whether steps are shown on standard error
 };
 
-/// Runs a scenario on the television, if there is one, and reports. Everything happens on the thread of
-/// `control`.
+/// Runs a scenario, if there is one, and writes the report. Everything happens on the thread of `control`.
 class ScenarioRunner
 {
 public:
@@ -34,15 +33,15 @@ public:
     ScenarioRunner(ScenarioRunner const&) = delete;
     ScenarioRunner& operator=(ScenarioRunner const&) = delete;
 
-    /// The service is ready: it is second 0.
+    /// Call it when the service is ready: it is second 0.
     void Start();
 
     /// Advance() is due at Change(), and after everything that was dispatched.
     Signals::Clock::time_point Change() const;
     void Advance();
 
-    /// Nothing more comes, for this reason: waits until the service has told what it got, and reports.
-    /// Returns the exit status of the simulator, which without the scenario would be `status`.
+    /// Ends the scenario for this reason: waits until the service has reported all requests, and writes the
+    /// report. Returns the exit status of the simulator, which would be `status` without the scenario.
     int Finish(int status, std::string const& why, Signals const& signals);
 
 private:
@@ -59,11 +58,12 @@ private:
     ScenarioClock m_clock;
     std::optional<Play> m_play;
     std::deque<std::size_t> m_queue; ///< steps whose verbs are due
-    std::size_t m_unanswered = 0;    ///< calls for verbs
+    std::size_t m_unanswered = 0;    ///< unanswered calls for verbs
     bool m_hasStarted = false;
     bool m_hasReported = false;
-    bool m_isWritten = true;                                              ///< the report, where it shall go
-    std::shared_ptr<ScenarioRunner> m_self{this, [](ScenarioRunner*) {}}; ///< ends with this, unlike calls
+    bool m_isWritten = true; ///< whether the report was written completely
+    std::shared_ptr<ScenarioRunner> m_self{this,
+                                           [](ScenarioRunner*) {}}; ///< ends with this object, unlike calls
 };
 
 } // namespace zviptv::sim

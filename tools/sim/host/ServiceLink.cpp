@@ -30,8 +30,8 @@ ServiceLink::~ServiceLink()
     }
 }
 
-/// After a failure, which the end of the link is one of, `self` may be gone. A service that has ended fails,
-/// too.
+/// After a failure, for example the end of the link, `self` may no longer exist. A service that has ended
+/// fails, too.
 void ServiceLink::OnConnected(GObject* /*source*/, GAsyncResult* result, gpointer self)
 {
     Owned<GDBusConnection> connection(g_dbus_connection_new_finish(result, nullptr));

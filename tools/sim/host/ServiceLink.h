@@ -13,16 +13,16 @@
 namespace zviptv::sim {
 
 /// The simulator's end of its connection with a service, which control/Link.h describes. Everything happens
-/// in the main context of the thread that makes it.
+/// in the main context of the creating thread.
 class ServiceLink
 {
 public:
-    /// Gets the value, or an error and no value.
+    /// Gets the value, or an error without a value.
     using Reply = std::function<void(GVariant* value, GError const* error)>;
     using Connected = std::function<void()>;
     using Signal = std::function<void(std::string const& interface, std::string const& name, GVariant* body)>;
 
-    /// What the service is asked.
+    /// A call of the service.
     struct Request
     {
         char const* interface;
@@ -31,21 +31,21 @@ public:
         std::chrono::milliseconds limit = NoLimit;
         std::string caller; ///< its bus name; empty for the simulator itself
         Reply reply;
-        Owned<GUnixFDList> descriptors = {}; ///< that go with the parameters
+        Owned<GUnixFDList> descriptors = {}; ///< descriptors for the parameters
     };
     static constexpr std::chrono::milliseconds NoLimit{INT_MAX};
 
     /// Takes over the descriptor. Neither function may destroy the link.
     ServiceLink(int descriptor, Connected onConnected, Signal onSignal);
-    /// Ends the calls that were not answered.
+    /// Ends the unanswered calls.
     ~ServiceLink();
     ServiceLink(ServiceLink const&) = delete;
     ServiceLink& operator=(ServiceLink const&) = delete;
 
     bool IsConnected() const { return m_connection != nullptr; }
 
-    /// Requires a connection. The reply is always called, also after the link has ended; when the limit is
-    /// over with the error G_IO_ERROR_TIMED_OUT.
+    /// Requires a connection. The reply is always called, even after the link has ended; after the time limit
+    /// with the error G_IO_ERROR_TIMED_OUT.
     void Call(Request request);
 
 private:

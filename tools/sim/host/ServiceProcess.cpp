@@ -20,13 +20,13 @@ namespace zviptv::sim {
 
 namespace {
 
-constexpr int Failure = 1; // the service has said why
+constexpr int Failure = 1; // the service has printed the reason
 constexpr int SignalStatus = 128;
 constexpr std::chrono::seconds StopTimeout{5};
 constexpr char Gone[] =
     "the service is dead and does not come back by itself; 'zviptvctl sim restart' starts it";
 
-/// Of a service that hangs there is no picture.
+/// A service that hangs sends no picture.
 constexpr std::chrono::seconds WatchLimit{5};
 
 } // namespace
@@ -36,7 +36,7 @@ ServiceProcess::ServiceProcess(Options const& options, Listener listener)
 {
 }
 
-/// The program is executed again, since other threads run in this process: a copy of it could do little.
+/// The program is executed again, because a fork of this process, which has other threads, could do little.
 void ServiceProcess::Start()
 {
     int ends[2];
@@ -63,7 +63,7 @@ void ServiceProcess::Start()
     Plan(Next::Nothing, {});
 }
 
-/// It is connected, and waits for what it shall go on with.
+/// Call it when the service is connected and waits for its state.
 void ServiceProcess::Begin()
 {
     auto const ignore = [](GVariant*, GError const*) {};
@@ -78,7 +78,7 @@ void ServiceProcess::Begin()
     m_link->Call({link::Interface, link::Begin, nullptr, ServiceLink::NoLimit, {}, ignore});
 }
 
-/// What was kept; without what makes the clock go on if that is not wanted.
+/// The kept state; without the clock, if the clock must restart.
 Owned<GVariant> ServiceProcess::ForNext() const
 {
     if (!m_kept) {
@@ -142,7 +142,7 @@ void ServiceProcess::Watch(std::string const& what, FileHandle const& pipe, Serv
         {link::Interface, link::Watch, std::move(arguments), WatchLimit, {}, reply, std::move(descriptors)});
 }
 
-/// Nobody answers them.
+/// Answers the waiting calls with an error.
 void ServiceProcess::RefuseWaiting(char const* why)
 {
     m_waiting.Refuse(G_IO_ERROR_NOT_CONNECTED, why);
@@ -178,8 +178,8 @@ void ServiceProcess::NoteReady()
     m_listener.onReady();
 }
 
-/// Somebody has killed it, or asked it to end, and it shall come back. A crash does not count, so that it is
-/// not overlooked.
+/// Whether another process has killed the service or requested its end, and it must come back. A crash does
+/// not count, so that it is noticed.
 bool ServiceProcess::CountsAsDeath(int status) const
 {
     bool const wasKilled = status == 0 || status == SignalStatus + SIGKILL ||
@@ -218,7 +218,7 @@ void ServiceProcess::NoteDeath(std::optional<double> comeBackAfter)
     m_listener.onDied(false);
 }
 
-/// Nothing comes without a time.
+/// Without a time, nothing is planned.
 void ServiceProcess::Plan(Next next, std::optional<double> seconds)
 {
     m_next = seconds ? next : Next::Nothing;
@@ -246,7 +246,7 @@ bool ServiceProcess::Die(std::optional<double> seconds)
 
 void ServiceProcess::Restart()
 {
-    Die(0); // calls that wait go on waiting
+    Die(0); // waiting calls continue to wait
     ComeBack(true);
 }
 
@@ -257,7 +257,7 @@ void ServiceProcess::StartFresh()
     ComeBack(true);
 }
 
-/// After a failure of a start that a call asked for, the caller can try again.
+/// If a call requested the start and it fails, the caller can try again.
 void ServiceProcess::ComeBack(bool isAsked)
 {
     std::fputs("zviptv-sim: the service comes back\n", stderr);
@@ -273,7 +273,7 @@ int ServiceProcess::Stop()
     sigaddset(&ended, SIGCHLD);
     auto const deadline = Clock::now() + StopTimeout;
     while (!m_process->Poll() && Clock::now() < deadline) {
-        timespec const pause{0, 100'000'000}; // in case the signal was for another child
+        timespec const pause{0, 100'000'000}; // in case the signal came from another child
         sigtimedwait(&ended, nullptr, &pause);
     }
     if (!m_process->Poll()) {

@@ -20,8 +20,8 @@ namespace {
 
 constexpr int BusLost = 1;
 
-/// Whether this process owns the service's name. The bus works off a process's requests in order: the answer
-/// comes after the one to the library's request for the name.
+/// Whether this process owns the service's name. The bus handles the requests of a process in order: this
+/// answer arrives after the one to the library's request for the name.
 bool OwnsServiceName(GDBusConnection* connection)
 {
     Owned<GVariant> const answer(g_dbus_connection_call_sync(
@@ -36,7 +36,7 @@ bool OwnsServiceName(GDBusConnection* connection)
     return std::strcmp(owner, g_dbus_connection_get_unique_name(connection)) == 0;
 }
 
-/// The connection that the library uses, too. @throws std::runtime_error when the bus cannot be used
+/// The connection that the library uses, too. @throws std::runtime_error if the bus cannot be used
 Owned<GDBusConnection> RequireBus()
 {
     Error error;
@@ -53,7 +53,7 @@ Owned<GDBusConnection> RequireBus()
     return connection;
 }
 
-/// Applications find it from now on. @throws std::runtime_error when they cannot
+/// Lets applications find the service. @throws std::runtime_error if they cannot
 void GoOnBus(Service& service, GDBusConnection* connection)
 {
     service.Announce();
@@ -67,7 +67,7 @@ void GoOnBus(Service& service, GDBusConnection* connection)
     }
 }
 
-/// Ends the loop when the bus closes the connection.
+/// Ends the loop if the bus closes the connection.
 class BusWatch
 {
 public:
@@ -104,7 +104,7 @@ int RunService(ServiceOptions options, bool returns)
     control.emplace(link::Descriptor, service, loop, [&] {
         GoOnBus(service, bus.get());
         service.Start();
-        loop.After(std::chrono::milliseconds(0), [&] { control->TellReady(); }); // play has begun by then
+        loop.After(std::chrono::milliseconds(0), [&] { control->TellReady(); }); // playback has begun by then
     });
     loop.Run();
     return g_dbus_connection_is_closed(bus.get()) != FALSE ? BusLost : 0;

@@ -5,17 +5,17 @@
 
 namespace zviptv::sim {
 
-/// The name by which the program is called to be the service of a simulator, which it finds at
+/// The program name with which the program runs as the service of a simulator, whose connection is
 /// link::Descriptor.
 constexpr char ServiceName[] = "zviptv-sim: service";
 
-/// The same for a service that replaces one that has died. It also starts if its input or its
-/// guide cannot be opened.
+/// The same for a service that replaces a dead one. It also starts if its input or its guide cannot be
+/// opened.
 constexpr char ReturningName[] = "zviptv-sim: returning service";
 
-/// Plays the stream as the service on the bus that the environment names, until SIGINT or SIGTERM, or until
-/// the bus is lost. Before applications can know of it, a signal ends the process at once. Exit status: 1
-/// when the bus was lost, which the simulator reports, else 0.
+/// Plays the stream as the service on the bus of the environment, until SIGINT or SIGTERM, or until the bus
+/// is lost. Before applications can find it, a signal ends the process at once. Exit status: 1 if the bus was
+/// lost, which the simulator reports, otherwise 0.
 /// @throws std::exception with a line for the user
 int RunService(ServiceOptions options, bool returns);
 

@@ -33,7 +33,8 @@ FileHandle BlockAndCatch()
     return Checked(signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK), "cannot wait for signals");
 }
 
-/// The time for a timer of CLOCK_MONOTONIC, which steady_clock is; zero, which stops the timer, for Never.
+/// The time for a timer of CLOCK_MONOTONIC, the clock of steady_clock; zero, which stops the timer, for
+/// Never.
 itimerspec Expiry(Signals::Clock::time_point deadline)
 {
     using std::chrono::seconds;
@@ -60,7 +61,8 @@ Signals::Signals()
 {
 }
 
-/// The sources stay attached: attaching one wakes the context, and the next iteration would not wait.
+/// The sources stay attached: attaching a source wakes the context, so that the next iteration would not
+/// wait.
 Signals::Signal Signals::Next(Clock::time_point deadline) const
 {
     itimerspec const expiry = Expiry(deadline);

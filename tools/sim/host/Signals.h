@@ -8,8 +8,8 @@
 
 namespace zviptv::sim {
 
-/// The signals that concern the supervisor: SIGINT, SIGTERM, SIGHUP and SIGCHLD. They are blocked in this
-/// process from now on, and waited for one by one.
+/// The signals of the supervisor: SIGINT, SIGTERM, SIGHUP and SIGCHLD. From now on they are blocked in this
+/// process, and received one by one.
 class Signals
 {
 public:
@@ -27,8 +27,8 @@ public:
     /// @throws std::system_error
     Signals();
 
-    /// Iterates the main context once; returns the signal that has come, if any. Its number is 0 when there
-    /// is none by `deadline`, or before something else was dispatched.
+    /// Iterates the main context once, and returns the signal that has arrived. Its number is 0 if none has
+    /// arrived before `deadline` or before another event was dispatched.
     Signal Next(Clock::time_point deadline) const;
 
 private:

@@ -37,7 +37,7 @@ std::string SystemBusAddress()
     return address.get();
 }
 
-/// Applications may know of the service already: then it ends in order, and so does the simulator.
+/// Applications may already know the service: then it ends in order, and so does the simulator.
 int EndBeforeReady(ServiceProcess& service, Signals::Signal const& signal)
 {
     if (service.Stop() == 0) {
@@ -47,8 +47,8 @@ int EndBeforeReady(ServiceProcess& service, Signals::Signal const& signal)
     return SignalStatus + signal.number;
 }
 
-/// Waits until the service is ready and can be controlled, however long that takes, also when it is killed
-/// before. Exit status when that will not be.
+/// Waits without a limit until the service is ready and can be controlled, even if it is killed before.
+/// Returns an exit status if this will not happen.
 std::optional<int> AwaitService(Control& control, Signals const& signals)
 {
     ServiceProcess& service = control.Service();
@@ -63,7 +63,7 @@ std::optional<int> AwaitService(Control& control, Signals const& signals)
     return ended == 0 ? Failure : ended;
 }
 
-/// Runs the command, and waits for its end, which the end of the service does not bring about.
+/// Runs the command and waits for its end. The end of the service does not end the command.
 int SuperviseCommand(std::vector<std::string> const& words, ServiceProcess& service, ScenarioRunner& scenario,
                      Signals const& signals)
 try {

@@ -6,10 +6,10 @@
 
 namespace zviptv::sim {
 
-/// Runs what the options ask for: the service on the bus that the environment names or on a private one,
-/// there with a command beside it. Returns, with everything ended that it started, on SIGINT or SIGTERM, or
-/// when the command or a service without one ends. Exit status: the command's where there is one; 1 instead
-/// of 0 when the scenario has failed.
+/// Runs the service on the bus of the environment, or on a private bus with a command, as the options
+/// request. Returns on SIGINT or SIGTERM, or after the end of the command, or of the service if there is no
+/// command; by then, all processes that it started have ended. Exit status: that of the command, if there is
+/// one; 1 instead of 0 if the scenario has failed.
 /// @throws std::exception with a line for the user
 int Run(Options const& options, ScenarioOptions scenario);
 

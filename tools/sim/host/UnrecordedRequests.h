@@ -7,18 +7,18 @@
 
 namespace zviptv::sim {
 
-/// The requests that the recording of a replay does not have. The service writes them to a file in memory, a
-/// line each, so that none is lost when it is killed.
+/// The requests of a replay that were not recorded. The service writes them to a file in memory, one per
+/// line, so that none is lost when the service is killed.
 class UnrecordedRequests
 {
 public:
     /// @throws std::system_error
     UnrecordedRequests();
 
-    /// To be handed to the service.
+    /// The descriptor to pass to the service.
     int File() const { return m_file.Get(); }
 
-    /// A line for each request with its count, under a line that says what they are; empty if there are none.
+    /// A heading, and a line with the count for each request; empty if there are none.
     std::string Text() const;
 
 private:

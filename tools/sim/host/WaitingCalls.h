@@ -11,7 +11,7 @@
 
 namespace zviptv::sim {
 
-/// Calls for a service that is not connected yet, in the order in which they came.
+/// Calls for a service that is not connected yet, in the order in which they arrived.
 class WaitingCalls
 {
 public:
@@ -19,10 +19,10 @@ public:
 
     void Add(ServiceLink::Request request) { m_requests.push_back(std::move(request)); }
 
-    /// All of them; then there are none.
+    /// Removes and returns all calls.
     Requests Take() { return std::exchange(m_requests, {}); }
 
-    /// Answers all of them with an error.
+    /// Answers all calls with an error.
     void Refuse(GIOErrorEnum code, char const* why);
 
     /// Drops the calls of this caller.
