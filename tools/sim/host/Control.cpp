@@ -29,14 +29,19 @@ GVariant* Boolean(bool value)
 Control::Control(Options const& options)
     : m_bus([this](std::string const& method, GVariant* parameters,
                    GDBusMethodInvocation* invocation) { OnCall(method, parameters, invocation); },
-            [this](std::string const& client) { m_service.Forget(client); }),
+            [this](std::string const& client) {
+                m_service.Forget(client);
+                if (m_onLeft) {
+                    m_onLeft(client);
+                }
+            }),
       m_service(options, {[this](std::string const& interface, std::string const& name, GVariant* body) {
                               OnSignal(interface, name, body);
                           },
                           [this](bool isFailure) { OnDied(isFailure); }, [this] { OnReady(); },
                           [this] {
-                              if (m_follower.onKeptChange) {
-                                  m_follower.onKeptChange(m_seeks > 0);
+                              for (auto const& [owner, follower] : m_followers) {
+                                  follower.onKeptChange(m_seeks > 0);
                               }
                           },
                           [this] { OnLate(); }})
@@ -46,6 +51,15 @@ Control::Control(Options const& options)
 Control::~Control()
 {
     RefuseRestarts(link::NotRunning, "the simulator ends");
+}
+
+void Control::SetFollower(void const* owner, Follower follower)
+{
+    if (follower.onRequest) {
+        m_followers[owner] = std::move(follower);
+    } else {
+        m_followers.erase(owner);
+    }
 }
 
 void Control::OnCall(std::string const& method, GVariant* parameters, GDBusMethodInvocation* invocation)
@@ -88,7 +102,9 @@ try {
 void Control::Do(std::string const& method, GVariant* parameters, ServiceLink::Reply reply,
                  std::string const& caller)
 {
-    if (method == "Die") {
+    if (method == "StartScenario" || method == "EndScenario") {
+        m_scenarioCall(method, parameters, std::move(reply), caller);
+    } else if (method == "Die") {
         Die(parameters, reply);
     } else if (method == "Restart") {
         m_service.Restart();
@@ -163,8 +179,10 @@ void Control::OnSignal(std::string const& interface, std::string const& name, GV
     if (interface == link::Properties) {
         Owned<GVariant> const properties(g_variant_get_child_value(body, 1));
         m_report.Update(properties.get());
-    } else if (name == "Request" && m_follower.onRequest) {
-        m_follower.onRequest(body);
+    } else if (name == "Request") {
+        for (auto const& [owner, follower] : m_followers) {
+            follower.onRequest(body);
+        }
     }
     Emit(interface, name, body);
 }

@@ -6,6 +6,7 @@
 #include "ServiceProcess.h"
 
 #include <functional>
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -36,7 +37,19 @@ public:
         std::function<void(bool isSought)> onKeptChange; ///< `isSought` during a seek from the bus
     };
 
-    void SetFollower(Follower follower) { m_follower = std::move(follower); }
+    /// Replaces the follower of `owner`; without functions, it has none.
+    void SetFollower(void const* owner, Follower follower);
+
+    /// Takes the methods StartScenario and EndScenario. Throws as Do() does.
+    using ScenarioCall = std::function<void(std::string const& method, GVariant* parameters,
+                                            ServiceLink::Reply reply, std::string const& caller)>;
+
+    /// `onLeft` gets the bus names of clients that have left the bus.
+    void SetScenarios(ScenarioCall call, std::function<void(std::string const& client)> onLeft)
+    {
+        m_scenarioCall = std::move(call);
+        m_onLeft = std::move(onLeft);
+    }
 
     /// Gets every signal of the control interface, like the bus; `body` is null or has an owner.
     using Observer =
@@ -76,7 +89,9 @@ private:
 
     LastReport m_report;
     std::vector<ServiceLink::Reply> m_restarting; ///< calls that are answered when the service is ready
-    Follower m_follower;
+    std::map<void const*, Follower> m_followers;  ///< by their owners
+    ScenarioCall m_scenarioCall;
+    std::function<void(std::string const& client)> m_onLeft;
     Observer m_observer;
     unsigned m_seeks = 0; ///< unanswered calls of Seek from the bus
     ControlBus m_bus;

@@ -15,6 +15,7 @@
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
+#include <utility>
 
 namespace zviptv::sim {
 
@@ -98,6 +99,18 @@ void CheckVerb(std::vector<Word>& verb, std::string const& folder)
 Scenario LoadScenario(std::string const& file)
 {
     return ParseScenario(file, {ReadFile, CheckVerb});
+}
+
+Scenario LoadScenarioText(std::string const& text, std::string const& file)
+{
+    if (text.size() > LargestFile) {
+        throw ScenarioError(file + ": the scenario is larger than 1 MiB; split it");
+    }
+    bool isFirst = true;
+    auto const read = [&](std::string const& path) {
+        return std::exchange(isFirst, false) ? text : ReadFile(path);
+    };
+    return ParseScenario(file, {read, CheckVerb});
 }
 
 ScenarioOptions PrepareScenario(Options const& options)

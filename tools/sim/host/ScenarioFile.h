@@ -13,6 +13,10 @@ namespace zviptv::sim {
 /// @throws ScenarioError
 Scenario LoadScenario(std::string const& file);
 
+/// The same of a text. `file` need not exist: messages name it, and other files are relative to its folder.
+/// @throws ScenarioError
+Scenario LoadScenarioText(std::string const& text, std::string const& file);
+
 /// Checks a verb of a scenario in that folder, and makes an input relative to it. @throws LineError
 void CheckVerb(std::vector<Word>& verb, std::string const& folder);
 

@@ -68,18 +68,18 @@ ScenarioRunner::ScenarioRunner(ScenarioOptions options, Control& control)
 {
     if (m_options.scenario) {
         m_play.emplace(*m_options.scenario, [this](std::size_t step) { m_queue.push_back(step); });
-        m_control.SetFollower({[this](GVariant* body) {
-                                   if (m_hasStarted) {
-                                       m_play->OnRequest(ToRequest(body), m_clock.Seconds());
-                                   }
-                               },
-                               [this](bool isSought) { Follow(isSought); }});
+        m_control.SetFollower(this, {[this](GVariant* body) {
+                                         if (m_hasStarted) {
+                                             m_play->OnRequest(ToRequest(body), m_clock.Seconds());
+                                         }
+                                     },
+                                     [this](bool isSought) { Follow(isSought); }});
     }
 }
 
 ScenarioRunner::~ScenarioRunner()
 {
-    m_control.SetFollower({});
+    m_control.SetFollower(this, {});
 }
 
 void ScenarioRunner::Follow(bool isSought)
@@ -198,17 +198,25 @@ int ScenarioRunner::Finish(int status, std::string const& why, Signals const& si
         return status;
     }
     if (!m_hasReported) {
-        double const now = m_hasStarted ? m_clock.Seconds() : -1;
         AwaitRequests(signals);
-        m_play->End(now, why);
-        Report();
+        End(why);
     }
     return status == 0 && (m_play->HasFailed() || !m_isWritten) ? Failure : status;
+}
+
+void ScenarioRunner::End(std::string const& why)
+{
+    m_play->End(m_hasStarted ? m_clock.Seconds() : -1, why);
+    Report();
 }
 
 void ScenarioRunner::Report()
 {
     m_hasReported = true;
+    if (m_options.onOver) {
+        m_options.onOver(*m_play);
+        return;
+    }
     std::fputs(TextReport(*m_play).c_str(), stderr);
     if (m_options.junit.Get() < 0) {
         return;

@@ -9,6 +9,7 @@
 #include "verbs/Verbs.h"
 
 #include <deque>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -21,7 +22,8 @@ struct ScenarioOptions
     std::optional<Scenario> scenario;
     FileHandle junit; ///< open for writing, if a report was requested
     std::string junitName;
-    bool showsSteps = false; ///< whether steps are shown on standard error
+    bool showsSteps = false;                 ///< whether steps are shown on standard error
+    std::function<void(Play const&)> onOver; ///< gets the report, which is otherwise printed
 };
 
 /// Runs a scenario, if there is one, and writes the report. Everything happens on the thread of `control`.
@@ -43,6 +45,12 @@ public:
     /// Ends the scenario for this reason: waits until the service has reported all requests, and writes the
     /// report. Returns the exit status of the simulator, which would be `status` without the scenario.
     int Finish(int status, std::string const& why, Signals const& signals);
+
+    /// The same without waiting and without an exit status.
+    void End(std::string const& why);
+
+    /// Everything was reported.
+    bool IsOver() const { return m_hasReported; }
 
 private:
     void Follow(bool isSought);

@@ -6,7 +6,7 @@
 #include "ControlPanel.h"
 #include "PrivateBus.h"
 #include "Recorder.h"
-#include "ScenarioRunner.h"
+#include "Scenarios.h"
 #include "Signals.h"
 #include "common/PrintableText.h"
 #include "glib/Owned.h"
@@ -64,7 +64,7 @@ std::optional<int> AwaitService(Control& control, Signals const& signals)
 }
 
 /// Runs the command and waits for its end. The end of the service does not end the command.
-int SuperviseCommand(std::vector<std::string> const& words, ServiceProcess& service, ScenarioRunner& scenario,
+int SuperviseCommand(std::vector<std::string> const& words, ServiceProcess& service, Scenarios& scenario,
                      Signals const& signals)
 try {
     CommandProcess command(words);
@@ -86,7 +86,7 @@ try {
 }
 
 /// Waits for a request to end, for a service that ends by itself, or for the loss of the bus.
-int SuperviseService(Control& control, ScenarioRunner& scenario, Signals const& signals)
+int SuperviseService(Control& control, Scenarios& scenario, Signals const& signals)
 {
     ServiceProcess& service = control.Service();
     while (!service.Ended() && !control.KnowsLoss()) {
@@ -99,7 +99,7 @@ int SuperviseService(Control& control, ScenarioRunner& scenario, Signals const& 
     return service.Ended().value_or(Failure);
 }
 
-int SuperviseReady(Options const& options, PrivateBus const* bus, Control& control, ScenarioRunner& scenario,
+int SuperviseReady(Options const& options, PrivateBus const* bus, Control& control, Scenarios& scenario,
                    Signals const& signals)
 {
     setenv("ZVIPTV_SIM_PID", std::to_string(control.Service().Pid()).c_str(), 1);
@@ -130,17 +130,17 @@ int Run(Options const& options, ScenarioOptions scenario)
     if (options.panel) {
         panel.emplace(*options.panel, control);
     }
-    ScenarioRunner runner(std::move(scenario), control);
+    Scenarios scenarios(std::move(scenario), control);
     ServiceProcess& service = control.Service();
     service.Start();
     std::optional<int> status = AwaitService(control, signals);
     std::string ended = "the service did not start";
     if (!status) {
-        runner.Start();
-        status = SuperviseReady(options, bus ? &*bus : nullptr, control, runner, signals);
+        scenarios.Start();
+        status = SuperviseReady(options, bus ? &*bus : nullptr, control, scenarios, signals);
         ended = options.command.empty() ? "the simulator ended" : "the command ended";
     }
-    status = runner.Finish(*status, ended, signals);
+    status = scenarios.Finish(*status, ended, signals);
     if (control.HasLostBus() && status == 0) {
         status = Failure;
     }
