@@ -64,7 +64,7 @@ tr '\n' ' ' <"$page" | grep -o '[^.]* change all the time' | marked | diff "$wor
 # A method's types are those before the entries of its dictionary.
 sed -n 's/^method //p' "$work/members" | sed 's/ *$//' | sort >"$work/described"
 echo methods:
-{ rows methods 3,4 | sed 's/:.*//'; rows "scenario methods" 2-4 | sed 's/  */, /2g'; } | sort | diff "$work/described" -
+{ rows methods 3,4 | sed 's/:.*//'; rows "scenario methods" 2-4 | sed -E 's/ ([a-z]) ([a-z])/ \1, \2/'; } | sort | diff "$work/described" -
 
 # Every verb, as zviptvctl spells it.
 for verb in $("$prefix/bin/zviptvctl" sim --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z]*\) .*/\1/p'); do

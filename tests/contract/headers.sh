@@ -1,6 +1,6 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# Every installed header compiles by itself, with strict warnings, and needs no GLib: headers.sh BUILD SOURCE
+# Every installed header compiles by itself, with strict warnings, and those of the interface need no GLib: headers.sh BUILD SOURCE
 . "$(dirname "$0")/install.sh"
 
 diff <(cd "$prefix/include/zviptv" && ls) - <<'EOF'
@@ -22,12 +22,23 @@ MutexDBus.h
 Protocol.h
 ProxyDBusHelper.h
 SystemLog.h
+testing
 EOF
 for header in "$prefix"/include/zviptv/*.h; do
     name=zviptv/$(basename "$header")
     echo "$name"
     printf '#include <%s>\n#include <%s>\nint main() {}\n' "$name" "$name" >"$work/one.cpp"
     "$CXX" -std=c++17 -Wall -Wextra -Wpedantic -Werror -fsyntax-only -I "$prefix/include" "$work/one.cpp"
+done
+
+# The test kit needs GIO and GoogleTest.
+for header in "$prefix"/include/zviptv/testing/*.h; do
+    name=zviptv/testing/$(basename "$header")
+    echo "$name"
+    printf '#include <%s>\n#include <%s>\nint main() {}\n' "$name" "$name" >"$work/one.cpp"
+    # shellcheck disable=SC2046
+    "$CXX" -std=c++17 -Wall -Wextra -Wpedantic -Werror -fsyntax-only -I "$prefix/include" \
+        $(pkg-config --cflags gio-2.0) "$work/one.cpp"
 done
 
 # An older language is told in a sentence, before anything else.

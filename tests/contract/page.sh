@@ -23,5 +23,6 @@ printf '#!/bin/sh\nexec "%s" --dbus-daemon="%s" "$@"\n' "$(command -v dbus-run-s
     >"$work/bin/dbus-run-session"
 chmod +x "$work"/bin/*
 export PATH=$work/bin:$prefix/bin:$PATH LD_LIBRARY_PATH=$libdir PKG_CONFIG_PATH=$libdir/pkgconfig ZV_IPTV_LOG=none
+export PYTHONPATH=$prefix/lib/python3/dist-packages PYTHONDONTWRITEBYTECODE=1
 export CMAKE_PREFIX_PATH=$prefix CXX=$work/bin/g++ DBUS_SYSTEM_BUS_ADDRESS=unix:path=$work/no-bus
 python3 -B "$source/pages/page.py" "$3" "$root" "$work"

@@ -1,0 +1,40 @@
+# SPDX-License-Identifier: MIT
+"""What the tests of the plugin share. pytester runs pytest on tests that are written into a folder."""
+import os
+import subprocess
+
+import pytest
+
+pytest_plugins = ["pytester", "zviptv.testing"]
+
+SAMPLES = os.environ["ZVIPTV_SAMPLES"]
+APPLICATION = """
+import subprocess
+def ctl(*words): return subprocess.run(['zviptvctl', *words], capture_output=True)
+"""
+SETTINGS = f"[pytest]\nzviptv_input = {SAMPLES}/sample.ts\n"
+
+
+def pytest_configure(config):
+    """The simulator of the tests themselves."""
+    ini = config.inicfg
+    ini["zviptv_input"] = f"{SAMPLES}/sample.ts"
+    ini["zviptv_guide"] = f"{SAMPLES}/sample.xml"
+
+
+@pytest.fixture
+def ctl():
+    """Runs zviptvctl as the application."""
+    return lambda *words: subprocess.run(["zviptvctl", *words], capture_output=True, text=True, check=False)
+
+
+@pytest.fixture
+def run(pytester):
+    """Runs pytest on this text, in a process; returns the result."""
+
+    def run_on(text, *options, settings=SETTINGS):
+        pytester.makefile(".ini", pytest=settings)
+        pytester.makepyfile(APPLICATION + text)
+        return pytester.runpytest_subprocess("-p", "no:cacheprovider", *options)
+
+    return run_on
