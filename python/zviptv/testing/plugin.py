@@ -25,7 +25,11 @@ def television_simulator(pytestconfig: pytest.Config) -> Iterator[Television]:
     arguments = [*(["--guide", guide] if guide else []), *shlex.split(pytestconfig.getini("zviptv_options"))]
     try:
         simulator = Simulator(_file(pytestconfig, "zviptv_input"), arguments)
-        found = Television(simulator)
+        try:
+            found = Television(simulator)
+        except TelevisionError:
+            simulator.stop()
+            raise
     except TelevisionError as error:
         pytest.fail(str(error), pytrace=False)
     with pytest.MonkeyPatch.context() as patch:
