@@ -3,7 +3,7 @@
 # Every installed header compiles by itself, with strict warnings, and those of the interface need no GLib: headers.sh BUILD SOURCE
 . "$(dirname "$0")/install.sh"
 
-diff <(cd "$prefix/include/zviptv" && ls) - <<'EOF'
+diff <(cd "$prefix/include/zviptv" && find . -name testing -prune -o -name '*.h' -printf '%P\n' | LC_ALL=C sort) - <<'EOF'
 CommonNative.h
 ConnectionHelperDBusClient.h
 ConnectionHelperDBusServer.h
@@ -22,10 +22,14 @@ MutexDBus.h
 Protocol.h
 ProxyDBusHelper.h
 SystemLog.h
-testing
+client/ByteView.h
+client/Caption.h
+client/CaptionDecoder.h
+client/PesPacket.h
+client/Subscription.h
 EOF
-for header in "$prefix"/include/zviptv/*.h; do
-    name=zviptv/$(basename "$header")
+for header in "$prefix"/include/zviptv/*.h "$prefix"/include/zviptv/client/*.h; do
+    name=${header#"$prefix/include/"}
     echo "$name"
     printf '#include <%s>\n#include <%s>\nint main() {}\n' "$name" "$name" >"$work/one.cpp"
     "$CXX" -std=c++17 -Wall -Wextra -Wpedantic -Werror -fsyntax-only -I "$prefix/include" "$work/one.cpp"

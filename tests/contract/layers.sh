@@ -24,7 +24,7 @@ may() {
         fi
     done
 }
-folders=$(find src tools tools/sim tools/ctl -mindepth 1 -maxdepth 1 -type d ! -path tools/sim ! -path tools/ctl)
+folders=$(find src src/client tools tools/sim tools/ctl -mindepth 1 -maxdepth 1 -type d ! -path src/client ! -path tools/sim ! -path tools/ctl)
 rooms=$(for folder in $folders; do echo "${folder##*/}"; done | tr '\n' ' ')
 checked=
 
@@ -36,11 +36,13 @@ may src/glib
 may src/dbus failure glib message log
 may src/native dbus message log
 may src/proxy dbus failure message log
+may src/mpegts
+may src/client/stream mpegts
+may src/client/captions mpegts
 
 may tools/process
 may tools/common glib
 may tools/verbs glib
-may tools/mpegts
 may tools/trace common glib
 may tools/sim/stream mpegts
 may tools/sim/input stream mpegts process glib

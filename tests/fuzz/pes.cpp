@@ -2,9 +2,9 @@
 #include "Fuzz.h"
 #include "StreamTestSupport.h"
 
+#include "mpegts/AribCaptions.h"
 #include "mpegts/PesHeader.h"
 #include "playback/Captions.h"
-#include "stream/AribLanguages.h"
 #include "stream/AudioFormat.h"
 #include "stream/PesAssembler.h"
 #include "stream/VideoFormat.h"

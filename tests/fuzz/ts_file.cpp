@@ -10,6 +10,7 @@
 
 // A file of any bytes as transport stream: reader, demultiplexer, tables, PES packets, captions.
 
+using namespace zviptv;
 using namespace zviptv::sim;
 using zviptv::fuzz::IsUtf8;
 using zviptv::fuzz::Require;

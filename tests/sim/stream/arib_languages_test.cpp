@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "StreamBuilder.h"
 
-#include "stream/AribLanguages.h"
+#include "mpegts/AribCaptions.h"
 
 #include <gtest/gtest.h>
 
-using namespace zviptv::sim;
+using namespace zviptv;
 using namespace zviptv::test;
 
 namespace {

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "guide/EitEvent.h"
-#include "mpegts/ByteView.h"
+#include <zviptv/client/ByteView.h>
 
 namespace zviptv::sim {
 

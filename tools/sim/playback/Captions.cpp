@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Captions.h"
 
+#include "mpegts/DataUnits.h"
 #include "mpegts/PesHeader.h"
 
 namespace zviptv::sim {
@@ -8,23 +9,16 @@ namespace zviptv::sim {
 namespace {
 
 constexpr std::uint8_t SubtitleDataUnit = 0x03; // EN 300 472: EBU teletext subtitle data
-constexpr std::size_t UnitHead = 2;             // id and length
 
 /// Of a teletext data field, which begins with its data identifier, the units that carry subtitles.
 std::vector<std::uint8_t> SubtitleUnits(ByteView field)
 {
     std::vector<std::uint8_t> units;
-    for (std::size_t at = 1; at + UnitHead <= field.Size();) {
-        std::size_t const length = UnitHead + field[at + 1];
-        if (at + length > field.Size()) {
-            break;
+    ForEachDataUnit(field.Part(1), [&](std::uint8_t id, ByteView /*content*/, ByteView whole) {
+        if (id == SubtitleDataUnit) {
+            units.insert(units.end(), whole.begin(), whole.end());
         }
-        if (field[at] == SubtitleDataUnit) {
-            ByteView const unit = field.Part(at, length);
-            units.insert(units.end(), unit.begin(), unit.end());
-        }
-        at += length;
-    }
+    });
     return units;
 }
 

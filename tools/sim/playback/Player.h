@@ -3,7 +3,7 @@
 
 #include "SimulatedClock.h"
 #include "input/Input.h"
-#include "stream/AribLanguages.h"
+#include "mpegts/AribCaptions.h"
 #include "stream/AudioFormat.h"
 #include "stream/Demux.h"
 #include "stream/Pacer.h"

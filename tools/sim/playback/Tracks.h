@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "stream/AribLanguages.h"
+#include "mpegts/AribCaptions.h"
 #include "stream/AudioFormat.h"
 
 #include <zviptv/IPTVTypes.h>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "mpegts/ByteView.h"
+#include <zviptv/client/ByteView.h>
 
 namespace zviptv::sim {
 

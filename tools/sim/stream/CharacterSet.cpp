@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "stream/CharacterSet.h"
 
-#include "mpegts/ByteView.h"
+#include <zviptv/client/ByteView.h>
 
 #include <algorithm>
 #include <cerrno>

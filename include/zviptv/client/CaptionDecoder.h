@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: MIT
+/// @file
+/// Decoders that turn teletext and ARIB captions into text.
+
+#pragma once
+
+#include <zviptv/Export.h>
+#include <zviptv/client/ByteView.h>
+#include <zviptv/client/Caption.h>
+#include <zviptv/client/PesPacket.h>
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace zviptv {
+
+/// Which teletext pages are decoded, by their numbers from 100 to 899.
+struct TeletextPages
+{
+    /// The pages to decode; if there are none, every page that the stream marks as a subtitle.
+    std::set<unsigned> pages;
+
+    /// Languages of pages, which their captions then have. The stream does not carry them; the tracks that
+    /// the service lists do: ZVHybridSBT and ZVTTX.
+    std::map<unsigned, std::string> languages;
+};
+
+/// Decodes the teletext pages of one stream with libzvbi.
+///
+/// A page is complete when the next page header of its magazine arrives, in which the former page ends. Its
+/// time is that of the packet with its own header.
+///
+/// Any bytes may be given: packets and pages that are damaged are left out. A decoder needs less than 10 MiB.
+///
+/// Threads: a decoder belongs to one thread at a time; several decoders may run in several threads.
+class ZVIPTV_API TeletextDecoder
+{
+public:
+    /// Decodes these pages.
+    explicit TeletextDecoder(TeletextPages pages = {});
+    ~TeletextDecoder();
+    TeletextDecoder(TeletextDecoder&& other) noexcept;
+    TeletextDecoder& operator=(TeletextDecoder&& other) noexcept;
+
+    /// False if the library was built without libzvbi. A decoder then finds no captions.
+    static bool IsAvailable();
+
+    /// Decodes one data field of EN 300 472: the payload of a PES packet, or its data units without the data
+    /// identifier. Returns the pages that became complete, in their order. `pts` counts 1/90000 s.
+    std::vector<Caption> Decode(ByteView field, std::optional<std::uint64_t> pts);
+
+    /// Returns the pages that have begun, as if the stream had ended.
+    std::vector<Caption> Flush();
+
+private:
+    struct State;
+    std::unique_ptr<State> m_state;
+};
+
+/// Decodes the ARIB captions or the superimposed text of one stream with libaribb24.
+///
+/// Characters that the broadcaster draws itself (DRCS) are U+3013 "〓". Text of more than 4096 bytes is left
+/// out: a screen holds far less.
+///
+/// Bytes and threads: as TeletextDecoder.
+class ZVIPTV_API AribCaptionDecoder
+{
+public:
+    /// How the stream is coded: its data component id (data component descriptor).
+    enum class Profile
+    {
+        Full,      ///< 0x0008, for televisions
+        OneSegment ///< 0x0012, for mobile receivers
+    };
+
+    explicit AribCaptionDecoder(Profile profile = Profile::Full);
+    ~AribCaptionDecoder();
+    AribCaptionDecoder(AribCaptionDecoder&& other) noexcept;
+    AribCaptionDecoder& operator=(AribCaptionDecoder&& other) noexcept;
+
+    /// False if the library was built without libaribb24. A decoder then finds no captions.
+    static bool IsAvailable();
+
+    /// Decodes the payload of a PES packet, from its data identifier. Returns its caption; nothing for
+    /// management data, from which the decoder learns the languages, and for other data. `pts` counts
+    /// 1/90000 s.
+    std::optional<Caption> Decode(ByteView field, std::optional<std::uint64_t> pts);
+
+private:
+    struct State;
+    std::unique_ptr<State> m_state;
+};
+
+/// Decodes all captions that the service pushes: a decoder of the right kind for every stream.
+///
+/// It decodes 16 streams and leaves out further ones. Threads: as TeletextDecoder.
+class ZVIPTV_API CaptionDecoder
+{
+public:
+    /// Decodes these teletext pages and all ARIB captions.
+    explicit CaptionDecoder(TeletextPages pages = {});
+    ~CaptionDecoder();
+    CaptionDecoder(CaptionDecoder&& other) noexcept;
+    CaptionDecoder& operator=(CaptionDecoder&& other) noexcept;
+
+    /// Decodes a packet of the kind ZV_PES_TELETEXT or ZV_PES_CAPTION; others give no captions.
+    std::vector<Caption> Decode(PesPacket const& packet);
+
+    /// Decodes data of the same kinds. The captions have neither PID nor PTS.
+    std::vector<Caption> Decode(CaptionData const& data);
+
+    /// Returns the teletext pages that have begun, as if the streams had ended.
+    std::vector<Caption> Flush();
+
+private:
+    struct State;
+    std::unique_ptr<State> m_state;
+};
+
+} // namespace zviptv

@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: MIT
+#include <zviptv/client/CaptionDecoder.h>
+
+#include <utility>
+
+namespace zviptv {
+
+namespace {
+
+constexpr std::size_t MostStreams = 16; // of each kind
+
+void Append(std::vector<Caption>& all, std::vector<Caption> more, std::optional<std::uint16_t> pid)
+{
+    for (Caption& caption : more) {
+        caption.pid = pid;
+        all.push_back(std::move(caption));
+    }
+}
+
+} // namespace
+
+struct CaptionDecoder::State
+{
+    using Pid = std::optional<std::uint16_t>; ///< nothing for data without one
+
+    std::vector<Caption> Decode(EZVPESType kind, Pid pid, ByteView field, std::optional<std::uint64_t> pts);
+
+    TeletextPages const pages;
+    std::map<Pid, TeletextDecoder> teletext;
+    std::map<Pid, AribCaptionDecoder> arib;
+};
+
+std::vector<Caption> CaptionDecoder::State::Decode(EZVPESType kind, Pid pid, ByteView field,
+                                                   std::optional<std::uint64_t> pts)
+{
+    std::vector<Caption> captions;
+    if (kind == ZV_PES_TELETEXT && (teletext.count(pid) != 0 || teletext.size() < MostStreams)) {
+        TeletextDecoder& decoder = teletext.try_emplace(pid, pages).first->second;
+        Append(captions, decoder.Decode(field, pts), pid);
+    }
+    if (kind == ZV_PES_CAPTION && (arib.count(pid) != 0 || arib.size() < MostStreams)) {
+        AribCaptionDecoder& decoder = arib.try_emplace(pid).first->second;
+        if (auto caption = decoder.Decode(field, pts)) {
+            caption->pid = pid;
+            captions.push_back(std::move(*caption));
+        }
+    }
+    return captions;
+}
+
+CaptionDecoder::CaptionDecoder(TeletextPages pages) : m_state(new State{std::move(pages), {}, {}}) {}
+
+CaptionDecoder::~CaptionDecoder() = default;
+CaptionDecoder::CaptionDecoder(CaptionDecoder&& other) noexcept = default;
+CaptionDecoder& CaptionDecoder::operator=(CaptionDecoder&& other) noexcept = default;
+
+std::vector<Caption> CaptionDecoder::Decode(PesPacket const& packet)
+{
+    return m_state->Decode(packet.Kind(), packet.Pid(), packet.Payload(), packet.Pts());
+}
+
+std::vector<Caption> CaptionDecoder::Decode(CaptionData const& data)
+{
+    return m_state->Decode(data.Kind(), std::nullopt, data.Data(), std::nullopt);
+}
+
+std::vector<Caption> CaptionDecoder::Flush()
+{
+    std::vector<Caption> captions;
+    for (auto& [pid, decoder] : m_state->teletext) {
+        Append(captions, decoder.Flush(), pid);
+    }
+    return captions;
+}
+
+} // namespace zviptv
