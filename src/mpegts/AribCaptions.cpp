@@ -10,7 +10,7 @@ namespace {
 constexpr std::size_t FieldHead = 3; // data identifier, private stream id, size of what follows
 constexpr std::size_t GroupHead = 5; // id and version, two link numbers, size
 
-/// The data behind the time control mode and its time.
+/// The data after the time control mode and its time.
 ByteView AfterTime(AribGroup const& group)
 {
     constexpr unsigned FreeTime = 0;

@@ -19,7 +19,7 @@ struct AribGroup
 };
 
 /// Reads the head of a group. `field` is the payload of the PES packet, from its data identifier. Nothing
-/// when it is no caption or shorter than its head.
+/// when it is not a caption, or shorter than its head.
 std::optional<AribGroup> ParseAribGroup(ByteView field);
 
 /// A language that ARIB text comes in.

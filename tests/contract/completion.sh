@@ -47,6 +47,8 @@ expect 'zviptvctl pes --out' '' 'film.scenario guide.xml one.ts two.ts'
 expect 'zviptvctl pes --out' t two.ts
 expect 'zviptvctl pes --ts' o one.ts
 expect 'zviptvctl pes --es' --o --out
+expect 'zviptvctl caption' -- '--count --help --help-all --id --json --log --out --page --profile --seconds --srt --text'
+expect 'zviptvctl caption --srt' t two.ts
 expect 'zviptvctl pes --count 3 --o' --o --out
 expect 'zviptvctl pes --count 3' -- '--count --es --help --help-all --id --json --log --out --pid --profile --seconds --ts'
 expect 'zviptvctl mute' '' 'audio video'

@@ -71,6 +71,15 @@ it closes the connection of the endpoint (3), or its pushes have a sender, an ob
 or a form that the library does not accept.
 )";
 
+constexpr char const* CaptionFooter =
+    R"(
+With --text each caption is a line when it is complete: "00:00:02.480 teletext 888
+eng: One / two", with "erased" when it leaves the screen. The time is the PTS. With
+--json it is an object with "kind", "page", "languageCode", "pid", "pts" and "lines",
+an array of texts. --count counts captions. Times in the file of --srt count from the
+first PTS that arrives.
+)";
+
 constexpr char const* WatchFooter =
     R"(Shows what a long-running application sees: state and clock once a second, the
 traffic of every PID, and each step when the service leaves and comes back. On a

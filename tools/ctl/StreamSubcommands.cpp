@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 
 namespace zviptv::ctl {
 
@@ -14,10 +15,28 @@ namespace {
 
 constexpr std::uint64_t LargestPid = 0x1FFF;
 constexpr unsigned PidBits = 13;
+constexpr unsigned FirstPage = 100;
+constexpr std::uint64_t LastPage = 899;
+constexpr unsigned PageBits = 10;
 
 std::optional<std::chrono::milliseconds> Duration(std::string const& text, std::string const& command)
 {
     return text.empty() ? std::nullopt : std::optional(ParseSeconds(text, {command, "--seconds"}));
+}
+
+CaptionOptions CaptionChoice(std::vector<std::string> const& pages, std::string const& srt)
+{
+    CaptionOptions options;
+    options.srt = srt;
+    for (std::string const& text : pages) {
+        auto const page =
+            static_cast<unsigned>(ParseUnsigned(text, LastPage, PageBits, {"caption", "--page"}));
+        if (page < FirstPage) {
+            throw Failure(ExitCode::Usage, "caption --page: " + text + " is not a page from 100 to 899");
+        }
+        options.pages.insert(page);
+    }
+    return options;
 }
 
 } // namespace
@@ -32,11 +51,14 @@ void CommandLine::AddStream(char const* name, char const* help, bool isPes)
         std::vector<std::string> pids;
         bool isElementary = false;
         std::string ts;
+        bool isText = false;
+        std::string srt;
+        std::vector<std::string> pages;
     };
     auto const given = std::make_shared<Given>();
     CLI::App* const app = m_app.add_subcommand(name, help);
     AddGlobalOptions(*app);
-    app->footer(help::StreamFooter);
+    app->footer(std::string(help::StreamFooter) + (isPes ? "" : help::CaptionFooter));
     app->add_option("--count", given->count, "End after N packets")->type_name("N");
     app->add_option("--seconds", given->seconds, "End after S seconds")->type_name("S");
     app->add_option("--out", given->out,
@@ -51,6 +73,17 @@ void CommandLine::AddStream(char const* name, char const* help, bool isPes)
                       "Write the elementary stream of one PID to the file of --out, without PES headers");
         app->add_option("--ts", given->ts, "Write a transport stream of the PIDs to FILE; - as for --out")
             ->type_name("FILE");
+    } else {
+        app->add_flag("--text", given->isText, "Show captions as text, with time, page and language");
+        app->add_option("--srt", given->srt,
+                        "As --text, and write the captions as subtitles to FILE; - writes them to "
+                        "standard output, and no lines")
+            ->type_name("FILE");
+        app->add_option("--page", given->pages,
+                        "With --text or --srt: this teletext page, 100 to 899, instead of all captions; "
+                        "may be repeated")
+            ->type_name("N")
+            ->allow_extra_args(false);
     }
     app->callback([=] {
         m_answersOnce = false;
@@ -76,6 +109,18 @@ void CommandLine::AddStream(char const* name, char const* help, bool isPes)
             }
             if (!given->ts.empty()) {
                 options.out = given->ts;
+            }
+            if (given->isText || !given->srt.empty()) {
+                options.kind = PacketKind::Pes; // captions alone have no time
+                options.captions = CaptionChoice(given->pages, given->srt);
+            }
+            if (!options.captions && !given->pages.empty()) {
+                throw Failure(ExitCode::Usage,
+                              "--page chooses pages to show as text: add --text or --srt FILE");
+            }
+            if (options.captions && !options.out.empty()) {
+                throw Failure(ExitCode::Usage,
+                              "--out writes data, --text and --srt show text: give one of them");
             }
             options.form = !given->ts.empty()    ? PacketFile::Form::TransportStream
                            : given->isElementary ? PacketFile::Form::ElementaryStream

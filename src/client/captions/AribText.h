@@ -7,7 +7,7 @@
 #include <ctime>
 #include <vector>
 
-extern "C" { // its headers do not say so themselves
+extern "C" { // its headers lack this
 #include <aribb24/aribb24.h>
 #include <aribb24/decoder.h>
 }

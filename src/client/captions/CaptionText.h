@@ -22,7 +22,7 @@ private:
     CaptionLine m_line;
 };
 
-/// The character in UTF-8; a space for what is no character, controls among them.
+/// The character in UTF-8; a space for controls and for numbers that are not characters.
 std::string ToUtf8(unsigned character);
 
 } // namespace zviptv

@@ -16,7 +16,7 @@ struct DeleteDecoder
     void operator()(vbi_decoder* decoder) const { vbi_decoder_delete(decoder); }
 };
 
-/// libzvbi decodes teletext while somebody listens.
+/// libzvbi decodes teletext only while an event handler is registered.
 void IgnoreEvent(vbi_event* /*event*/, void* /*userData*/) {}
 
 /// A page that libzvbi has put together.

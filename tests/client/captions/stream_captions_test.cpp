@@ -6,7 +6,6 @@
 
 #include <fstream>
 #include <set>
-#include <thread>
 
 namespace zviptv::test {
 namespace {
@@ -141,28 +140,6 @@ TEST(SampleCaptions, CaptionDataGivesTheSameTextsWithoutPidAndTime)
                             "caption jpn -:", "caption jpn -: ご", "caption jpn -:"));
     for (Caption const& caption : captions) {
         EXPECT_FALSE(caption.pid);
-    }
-}
-
-TEST(SampleCaptions, ThreadsDecodeIndependently)
-{
-    auto const packets = SamplePackets();
-    Texts const expected = Described(DecodeAll(CaptionDecoder(), packets));
-    ASSERT_EQ(expected.size(), 30U);
-    std::vector<Texts> found(4);
-    std::vector<std::thread> threads;
-    for (Texts& texts : found) {
-        threads.emplace_back([&] {
-            for (int round = 0; round < 10; ++round) {
-                texts = Described(DecodeAll(CaptionDecoder(), packets));
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    for (Texts const& texts : found) {
-        EXPECT_EQ(texts, expected);
     }
 }
 

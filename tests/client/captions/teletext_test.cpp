@@ -36,7 +36,7 @@ TEST(TeletextDecoder, PageIsCompleteWithTheNextHeader)
     EXPECT_THAT(decoder.Decode(OnePage("first").Field(), 100), IsEmpty());
     auto const captions = decoder.Decode(TeletextBuilder().Header(0x888, Subtitle).Field(), 200);
     ASSERT_THAT(TextsOf(captions), ElementsAre("888: first"));
-    EXPECT_EQ(captions[0].pts, 100U) << "the time of its own header";
+    EXPECT_EQ(captions[0].pts, 100U) << "the time of the packet with its header";
     EXPECT_THAT(TextsOf(decoder.Flush()), ElementsAre("888: "));
 }
 

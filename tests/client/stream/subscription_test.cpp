@@ -153,7 +153,7 @@ TEST_F(SubscriptionTest, CallbackMayCloseTheHub)
     EXPECT_FALSE(second.IsActive());
     EXPECT_EQ(first.Counters().packets, 1U) << "counters remain";
     first.End();
-    EXPECT_THAT(m_link.requests, ElementsAre("pes on")) << "nobody is told";
+    EXPECT_THAT(m_link.requests, ElementsAre("pes on")) << "the service is not told";
     EXPECT_FALSE(hub->Add({}, [](PesPacket const&) {}).IsActive());
 }
 

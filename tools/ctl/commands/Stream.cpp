@@ -30,6 +30,9 @@ Stream::Stream(Session& session, StreamOptions options)
 ExitCode Stream::Run()
 {
     m_session.Start();
+    if (m_options.captions) {
+        m_captions.emplace(m_session, *m_options.captions);
+    }
     auto const end = [this] { End(); };
     EventSource const interrupt = Loop::OnSignal(SIGINT, end);
     EventSource const terminate = Loop::OnSignal(SIGTERM, end);
@@ -66,19 +69,26 @@ void Stream::Unsubscribe(Subscription& subscription)
 // After the end, a packet of the same batch of events may still arrive.
 void Stream::Take(Packet const& packet)
 {
-    if (m_ended || (!m_options.pids.empty() && m_options.pids.count(packet.pid.value_or(0)) == 0)) {
+    if (m_ended || !IsChosen(packet)) {
         return;
     }
-    m_traffic.Add(packet.data.size());
-    m_silentSeconds = 0;
     try {
-        bool const isRead = Write(packet);
-        if (!isRead || (m_options.count && m_traffic.Packets() >= *m_options.count)) {
+        if (!m_captions || CaptionOutput::IsCaption(packet)) {
+            m_traffic.Add(packet.data.size());
+            m_silentSeconds = 0;
+        }
+        bool const isRead = m_captions ? Write(m_captions->Take(packet)) : Write(packet);
+        if (!isRead || (m_options.count && m_lineCount >= *m_options.count)) {
             End();
         }
     } catch (Failure const& failure) {
         Fail(failure);
     }
+}
+
+bool Stream::IsChosen(Packet const& packet) const
+{
+    return m_options.pids.empty() || m_options.pids.count(packet.pid.value_or(0)) != 0;
 }
 
 void Stream::Complain(EndpointWatch& endpoint)
@@ -124,14 +134,29 @@ bool Stream::HasSourceEnded()
 /// Returns false if the output is no longer read.
 bool Stream::Write(Packet const& packet)
 {
+    ++m_lineCount;
     if (m_file && !m_file->Write(packet)) {
         return false;
     }
-    if (m_file && m_file->IsStandardOutput()) {
-        return true;
+    return (m_file && m_file->IsStandardOutput()) || WriteLine(PacketLine(packet, m_options.asJson));
+}
+
+bool Stream::Write(std::vector<Caption> const& captions)
+{
+    for (Caption const& caption : captions) {
+        bool const isLast = m_options.count && ++m_lineCount >= *m_options.count;
+        bool const isRead = m_captions->Write(caption) && (m_captions->IsStandardOutput() ||
+                                                           WriteLine(CaptionText(caption, m_options.asJson)));
+        if (!isRead || isLast) {
+            return isRead;
+        }
     }
+    return true;
+}
+
+bool Stream::WriteLine(std::string const& line)
+{
     m_live.Erase();
-    std::string const line = PacketLine(packet, m_options.asJson);
     return m_lines.Write(line.data(), line.size());
 }
 
@@ -172,14 +197,17 @@ void Stream::Say(std::string const& text)
 
 ExitCode Stream::Conclude()
 {
+    if (m_captions && !m_failure && !(m_options.count && m_lineCount >= *m_options.count)) {
+        Write(m_captions->Flush());
+    }
     Say(m_traffic.Summary());
     if (m_failure) {
         throw *m_failure;
     }
-    if (m_file) {
-        for (std::string const& complaint : m_file->Close()) {
-            Say(complaint);
-        }
+    for (std::string const& complaint : m_file       ? m_file->Close()
+                                        : m_captions ? m_captions->Close()
+                                                     : std::vector<std::string>()) {
+        Say(complaint);
     }
     if (m_unreadable > 0) {
         throw Failure(ExitCode::Malformed, Counted(m_unreadable, "notification") + " could not be read");

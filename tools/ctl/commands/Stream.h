@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "CaptionOutput.h"
 #include "PacketFile.h"
 #include "output/LiveLine.h"
 #include "output/OutputFile.h"
@@ -15,6 +16,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace zviptv::ctl {
 
@@ -26,11 +28,12 @@ struct StreamOptions
     std::set<std::uint16_t> pids; ///< empty for all
     std::string out;              ///< output file, "-" for standard output instead of lines; empty for none
     PacketFile::Form form = PacketFile::Form::Packets; ///< form of the file
+    std::optional<CaptionOptions> captions;            ///< shows captions as text; needs PES packets
     bool asJson = false;
 };
 
-/// The commands `pes` and `caption`: print one line per packet until the count is reached, the time is over,
-/// or the user or the service ends it.
+/// The commands `pes` and `caption`: print one line per packet or caption until the count is reached, the
+/// time is over, or the user or the service ends it.
 class Stream
 {
 public:
@@ -41,6 +44,9 @@ public:
 private:
     void Unsubscribe(Subscription& subscription);
     void Take(Packet const& packet);
+    bool IsChosen(Packet const& packet) const;
+    bool Write(std::vector<Caption> const& captions);
+    bool WriteLine(std::string const& line);
     void Complain(EndpointWatch& endpoint);
     void OnSecond();
     bool HasSourceEnded();
@@ -57,6 +63,8 @@ private:
     StreamOptions const m_options;
     OutputFile m_lines;
     std::optional<PacketFile> m_file;
+    std::optional<CaptionOutput> m_captions;
+    std::uint64_t m_lineCount = 0;
     LiveLine m_live;
     Loop m_loop;
     Traffic m_traffic;
