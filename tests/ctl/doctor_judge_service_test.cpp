@@ -52,7 +52,7 @@ INSTANTIATE_TEST_SUITE_P(
                   "nobody owns the name org.corvel.zviptvapi.dbushelper",
                   {"sudo -u zviptv '/opt/my tv/bin/zviptv-sim' --bus system --ts FILE.ts --loop"},
                   "",
-                  Replace "FILE.ts with your own stream."},
+                  "Replace FILE.ts with your own stream."},
         WrongCase{
             "NotStartedOnADesk",
             Changed(HealthyDesk(),
