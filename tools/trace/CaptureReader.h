@@ -35,6 +35,9 @@ public:
     std::uint64_t Read() const { return m_read; } ///< messages that Next() has returned
     std::uint64_t Cut() const { return m_cut; }   ///< messages that were skipped
 
+    /// For the user: how many messages were skipped, and what to do about it.
+    std::string CutText() const;
+
 private:
     struct Close
     {

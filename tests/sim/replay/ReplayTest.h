@@ -6,6 +6,7 @@
 #include "TemporaryFolder.h"
 #include "trace/CaptureWriter.h"
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <utility>
@@ -21,9 +22,11 @@ public:
 
     void Add(int time, MadeMessage const& message)
     {
-        constexpr std::int64_t begin = 1'700'000'000'000'000;
-        m_writer.Write(message.At(begin + std::int64_t{time} * 1000));
+        m_writer.Write(message.At(m_begin + std::int64_t{time} * 1000));
     }
+
+    /// The clock of the television is set: the times of all messages after this are so much later.
+    void SetClock(std::chrono::hours step) { m_begin += std::chrono::microseconds(step).count(); }
 
     /// A request; returns its serial.
     std::uint32_t Ask(int time, std::string const& endpoint, WireBody body,
@@ -89,6 +92,7 @@ public:
 
 private:
     trace::CaptureWriter m_writer;
+    std::int64_t m_begin = 1'700'000'000'000'000; ///< microseconds since 1970
     std::uint32_t m_serial = 100;
     std::string m_application = ":1.5";
 };

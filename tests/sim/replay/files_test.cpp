@@ -88,5 +88,28 @@ TEST_F(ReplayFiles, ThatWereCutAreReplayedUpToThere)
     EXPECT_THAT(End(), HasSubstr("any further"));
 }
 
+/// busctl capture cuts long messages unless it is told otherwise.
+TEST_F(ReplayFiles, ThatLackPartsOfMessagesAreReplayedWithAWarning)
+{
+    constexpr std::size_t originalLength = 24; // in a block of pcapng
+    Recording().Exchange(0, "BROADCASTDATA", AskAudio("0"), Answered("whole"));
+    Recording().Save();
+    std::size_t const begin = ReadFile(Path()).size();
+    Recording().Caption(1, "cut");
+    Recording().Save();
+    std::string bytes = ReadFile(Path());
+    ++bytes.at(begin + originalLength);
+    Write(bytes);
+    Start({"--replay", Path()});
+    Application application;
+    application.Announce("BROADCASTDATA");
+    EXPECT_EQ(
+        application.Ask("BROADCASTDATA", {{"functionname", "GetAudio"}, {"handleID", "256"}, {"index", "0"}})
+            .Value("audio"),
+        "whole");
+    EXPECT_THAT(End(), HasSubstr("1 message was not recorded whole and is left out: record again, busctl "
+                                 "capture with --size=134217728"));
+}
+
 } // namespace
 } // namespace zviptv::test

@@ -191,7 +191,7 @@ void Trace::Read()
         }
     }
     if (reader.Cut() != 0) {
-        Say(Counted(reader.Cut(), "message") + " were not recorded whole, and are left out");
+        Say(reader.CutText());
     }
 }
 

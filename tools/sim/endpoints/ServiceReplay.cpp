@@ -40,8 +40,8 @@ void Service::BeginReplay()
     }
     m_replay = std::make_unique<Replay>(m_options.replay, m_loop);
     m_replay->Begin(0);
-    if (!m_replay->Recorded().warning.empty()) {
-        m_log.Say(m_replay->Recorded().warning);
+    for (std::string const& warning : m_replay->Recorded().warnings) {
+        m_log.Say(warning);
     }
     m_pushReplay = std::make_unique<PushReplay>(
         *m_replay, m_loop, [this](std::string const&, std::string const& application, CMessageBuffer push) {

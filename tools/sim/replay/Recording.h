@@ -84,7 +84,7 @@ struct Recording
     std::map<std::string, InTurn<RecordedAnswer>> answers; ///< by the texts of RequestKey
     std::map<std::string, InTurn<RecordedPushes>> pushes;  ///< by the function that subscribes
     std::vector<RecordedLife> lives{RecordedLife()};
-    std::string warning; ///< why a part of the file is not replayed; may be empty
+    std::vector<std::string> warnings; ///< why parts of the file are not replayed
 };
 
 } // namespace zviptv::sim

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "RecordingReader.h"
 
+#include "RecordedClock.h"
 #include "RecordedMessage.h"
 #include "RequestKey.h"
 #include "SubscriptionReader.h"
@@ -70,8 +71,8 @@ private:
 
     std::unique_ptr<Recording> m_recording = std::make_unique<Recording>();
     trace::Conversation m_conversation;
-    std::optional<std::int64_t> m_begin;        ///< time of the first message
-    microseconds m_now{0};                      ///< since then
+    RecordedClock m_clock;
+    microseconds m_now{0};                      ///< since the first message
     std::map<std::uint64_t, Awaited> m_awaited; ///< by the number of the request
     SubscriptionReader m_subscriptions{*m_recording};
     bool m_hasAnswers = false;
@@ -88,11 +89,16 @@ std::unique_ptr<Recording> RecordingReader::Read(std::string const& path)
         if (m_conversation.Count().messages == 0) {
             throw;
         }
-        m_recording->warning = std::string(failure.what()) + "; what comes before is replayed";
+        m_recording->warnings.push_back(std::string(failure.what()) + "; what comes before is replayed");
+    }
+    if (file.Cut() != 0) {
+        m_recording->warnings.push_back(file.CutText());
     }
     trace::Counts const& counts = m_conversation.Count();
     if (counts.messages == 0) {
-        throw std::runtime_error(path + " has no messages: record while an application uses the service");
+        throw std::runtime_error(path + " has no messages" +
+                                 (file.Cut() != 0 ? " that are whole: " + file.CutText()
+                                                  : ": record while an application uses the service"));
     }
     if (!m_hasAnswers && !m_subscriptions.HasPushes()) {
         bool const isForeign = counts.foreign + counts.malformed == counts.messages;
@@ -107,8 +113,7 @@ std::unique_ptr<Recording> RecordingReader::Read(std::string const& path)
 
 void RecordingReader::Take(trace::Message const& message)
 {
-    m_begin = m_begin.value_or(message.time);
-    m_now = microseconds(message.time - *m_begin);
+    m_now = m_clock.Advance(message.time);
     auto const event = m_conversation.Add(message);
     if (!event) {
         return;

@@ -12,7 +12,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cmath>
 #include <cstring>
 #include <stdexcept>
 
@@ -93,12 +92,12 @@ void Replay::PlanDeath(microseconds since)
         return;
     }
     auto const scaled = [this](microseconds time) {
-        return std::max(0.0, std::chrono::duration<double>(time).count() / m_options.speed);
+        return std::min<std::chrono::duration<double>>(time / m_options.speed, LongestDelay);
     };
     std::optional<double> const comeBack =
-        life.comeBack ? std::optional(scaled(*life.comeBack - *life.death)) : std::nullopt;
-    milliseconds const delay(std::llround(scaled(*life.death - since) * 1000));
-    if (delay > LongestDelay) {
+        life.comeBack ? std::optional(scaled(*life.comeBack - *life.death).count()) : std::nullopt;
+    auto const delay = std::chrono::round<milliseconds>(scaled(*life.death - since));
+    if (delay == LongestDelay) {
         return;
     }
     m_loop.After(delay, [this, comeBack, plan = m_plan] {
@@ -123,9 +122,9 @@ std::optional<ReplayedAnswer> Replay::Take(std::string const& key)
     }
     answer.isRecorded = true;
     answer.isMissing = recorded.kind == RecordedAnswer::Kind::Missing;
-    answer.delay = answer.isMissing ? milliseconds(0)
-                                    : std::max(milliseconds(0),
-                                               std::chrono::duration_cast<milliseconds>(recorded.latency));
+    answer.delay = answer.isMissing
+                       ? milliseconds(0)
+                       : std::min(std::chrono::duration_cast<milliseconds>(recorded.latency), LongestDelay);
     return answer;
 }
 
