@@ -118,6 +118,50 @@ TEST_F(TraceFileTest, AFileThatCannotBeCreatedIsReported)
                   "': No such file or directory; check that the folder exists and is writable\n");
 }
 
+TEST_F(TraceFileTest, ADiagramThatCannotBeCreatedIsReportedAtTheStart)
+{
+    for (char const* const option : {"--svg", "--html"}) {
+        CtlResult const result = RunCtl({"trace", option, InFolder("missing/diagram"), "--seconds", "1"});
+        EXPECT_EQ(result.code, 6);
+        EXPECT_EQ(result.errors, "zviptvctl: cannot write '" + InFolder("missing/diagram") +
+                                     "': No such file or directory\n");
+    }
+}
+
+TEST_F(TraceFileTest, AFileThatCannotBeReadIsReportedAloneAndLeavesOtherFilesAlone)
+{
+    std::ofstream(InFolder("a.svg")) << "a drawing";
+    std::ofstream(InFolder("a.pcap")) << "a recording";
+    CtlResult const result = RunCtl(
+        {"trace", "--in", InFolder("missing.pcap"), "--out", InFolder("a.pcap"), "--svg", InFolder("a.svg")});
+    EXPECT_EQ(result.code, 5);
+    EXPECT_EQ(result.errors,
+              "zviptvctl: cannot read '" + InFolder("missing.pcap") +
+                  "': No such file or directory; see whether the file is there and readable\n");
+    EXPECT_EQ(ReadFile(InFolder("a.svg")), "a drawing");
+    EXPECT_EQ(ReadFile(InFolder("a.pcap")), "a recording");
+}
+
+TEST_F(TraceFileTest, AFileThatIsReadIsNotOverwritten)
+{
+    std::string const file = Record("a.pcap");
+    std::string const recorded = ReadFile(file);
+    std::filesystem::create_symlink(file, InFolder("link.pcap"));
+    for (char const* const option : {"--out", "--svg", "--html"}) {
+        for (std::string const& name : {file, InFolder("link.pcap")}) {
+            CtlResult const result = RunCtl({"trace", "--in", file, option, name});
+            EXPECT_EQ(result.code, 2);
+            EXPECT_EQ(result.errors, std::string("zviptvctl: ") + option +
+                                         " would overwrite the file that --in reads: name another file\n");
+            EXPECT_TRUE(ReadFile(file) == recorded) << "the recording was changed";
+        }
+    }
+    CtlResult const result =
+        RunCtl({"trace", "--in", file, "--svg", InFolder("a.svg"), "--html", InFolder("./a.svg")});
+    EXPECT_EQ(result.code, 2);
+    EXPECT_EQ(result.errors, "zviptvctl: --html would overwrite the file of --svg: name another file\n");
+}
+
 TEST_F(TraceFileTest, SummaryAddsUpCallsAndPushes)
 {
     std::string const file = Record("a.pcapng");

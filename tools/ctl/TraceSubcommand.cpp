@@ -4,9 +4,45 @@
 #include "commands/Arguments.h"
 #include "trace/Trace.h"
 
+#include <filesystem>
+#include <iterator>
+#include <system_error>
+#include <utility>
+
 namespace zviptv::ctl {
 
 namespace {
+
+/// Whether both name one file, which may not exist yet. Standard input and output are different files.
+bool IsSameFile(std::string const& one, std::string const& other)
+{
+    if (one.empty() || other.empty() || one == "-" || other == "-") {
+        return false;
+    }
+    std::error_code failure;
+    return std::filesystem::weakly_canonical(one, failure) ==
+               std::filesystem::weakly_canonical(other, failure) ||
+           std::filesystem::equivalent(one, other, failure);
+}
+
+/// Files are written from their start, so that nothing may be lost that another option needs.
+void RequireDifferentFiles(TraceOptions const& options)
+{
+    std::pair<char const*, std::string const&> const written[] = {
+        {"--out", options.out}, {"--svg", options.svg}, {"--html", options.html}};
+    for (auto const& [option, path] : written) {
+        if (IsSameFile(path, options.in)) {
+            throw Failure(ExitCode::Usage, option + std::string(" would overwrite the file that --in reads: "
+                                                                "name another file"));
+        }
+        for (auto const* other = std::begin(written); other->first != option; ++other) {
+            if (IsSameFile(path, other->second)) {
+                throw Failure(ExitCode::Usage, option + std::string(" would overwrite the file of ") +
+                                                   other->first + ": name another file");
+            }
+        }
+    }
+}
 
 void RequireSense(TraceOptions const& options)
 {
@@ -21,6 +57,7 @@ void RequireSense(TraceOptions const& options)
     if (options.duration && !options.in.empty()) {
         throw Failure(ExitCode::Usage, "--seconds and --in exclude each other: a file ends by itself");
     }
+    RequireDifferentFiles(options);
 }
 
 } // namespace

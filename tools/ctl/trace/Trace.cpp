@@ -60,9 +60,8 @@ std::string BusAddress()
     return address.get();
 }
 
-void WriteFile(std::string const& path, std::string const& text)
+void WriteFile(OutputFile& file, std::string const& text)
 {
-    OutputFile file(path);
     file.Write(text.data(), text.size());
     file.Close();
 }
@@ -104,9 +103,6 @@ bool Trace::Prints() const
 ExitCode Trace::Run()
 {
     try {
-        if (!m_options.out.empty()) {
-            m_writer.emplace(m_options.out, "zviptvctl " ZVIPTV_VERSION);
-        }
         std::exception_ptr failure;
         try {
             if (m_options.in.empty()) {
@@ -115,6 +111,9 @@ ExitCode Trace::Run()
                 Read();
             }
         } catch (...) {
+            if (m_conversation.Count().messages == 0) {
+                throw;
+            }
             failure = std::current_exception(); // what came before is shown first
         }
         Pause();
@@ -132,8 +131,23 @@ ExitCode Trace::Run()
     return ExitCode::Accepted;
 }
 
+/// Files that cannot be written are reported before the user has waited for their content.
+void Trace::OpenOutputs()
+{
+    if (!m_options.out.empty()) {
+        m_writer.emplace(m_options.out, "zviptvctl " ZVIPTV_VERSION);
+    }
+    if (!m_options.svg.empty()) {
+        m_svg.emplace(m_options.svg);
+    }
+    if (!m_options.html.empty()) {
+        m_html.emplace(m_options.html);
+    }
+}
+
 void Trace::Watch()
 {
+    OpenOutputs();
     Loop loop;
     std::string end;
     auto const quit = [&loop] { loop.Quit(); };
@@ -181,6 +195,7 @@ void Trace::Read()
     Interruption const interruption;
     trace::CaptureReader reader(
         {m_options.in, m_options.follows, [this] { Pause(); }, [] { return isInterrupted != 0; }});
+    OpenOutputs();
     try {
         for (trace::Message message; m_isRead && reader.Next(message);) {
             Take(message);
@@ -229,11 +244,11 @@ void Trace::Pause()
 
 void Trace::Report()
 {
-    if (!m_options.svg.empty()) {
-        WriteFile(m_options.svg, m_diagram->Svg());
+    if (m_svg) {
+        WriteFile(*m_svg, m_diagram->Svg());
     }
-    if (!m_options.html.empty()) {
-        WriteFile(m_options.html, m_diagram->Html());
+    if (m_html) {
+        WriteFile(*m_html, m_diagram->Html());
     }
     if (m_summary) {
         trace::Counts const& counts = m_conversation.Count();

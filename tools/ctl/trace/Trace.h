@@ -6,6 +6,7 @@
 #include "TraceOptions.h"
 #include "TraceSummary.h"
 #include "output/Failure.h"
+#include "output/OutputFile.h"
 #include "trace/CaptureWriter.h"
 #include "trace/Conversation.h"
 #include "trace/Monitor.h"
@@ -30,6 +31,7 @@ public:
 
 private:
     bool Prints() const;
+    void OpenOutputs();
     void Watch();
     void Read();
     void Take(trace::Message const& message);
@@ -39,6 +41,8 @@ private:
 
     TraceOptions const m_options;
     std::optional<trace::CaptureWriter> m_writer;
+    std::optional<OutputFile> m_svg;
+    std::optional<OutputFile> m_html;
     std::optional<EventPrinter> m_printer;
     std::optional<SequenceDiagram> m_diagram;
     std::optional<TraceSummary> m_summary;
