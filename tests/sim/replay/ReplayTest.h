@@ -40,9 +40,10 @@ public:
     }
 
     /// The reply to the last request.
-    void Reply(int time, WireBody body)
+    void Reply(int time, WireBody body, std::string const& service = ":1.2")
     {
         MadeMessage message = MadeReply(m_serial, std::move(body));
+        message.sender = service;
         message.destination = m_application;
         Add(time, message);
     }
@@ -56,10 +57,11 @@ public:
         Add(time, message);
     }
 
-    void Exchange(int time, std::string const& endpoint, WireBody request, WireBody reply)
+    void Exchange(int time, std::string const& endpoint, WireBody request, WireBody reply,
+                  std::string const& service = ":1.2")
     {
         Ask(time, endpoint, std::move(request));
-        Reply(time, std::move(reply));
+        Reply(time, std::move(reply), service);
     }
 
     void Announce(int time, std::string const& type, std::string const& add)

@@ -10,6 +10,7 @@ namespace zviptv::test {
 namespace {
 
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 class ReplayFiles : public Replaying
@@ -109,6 +110,21 @@ TEST_F(ReplayFiles, ThatLackPartsOfMessagesAreReplayedWithAWarning)
         "whole");
     EXPECT_THAT(End(), HasSubstr("1 message was not recorded whole and is left out: record again, busctl "
                                  "capture with --size=134217728"));
+}
+
+TEST_F(ReplayFiles, OfTwoTelevisionsAreReplayedWithAWarning)
+{
+    Recording().Exchange(0, "BROADCASTDATA", AskAudio("0"), Answered("one"));
+    Recording().Owner(1, ":1.2", ":1.3"); // the next two are of one service after another
+    Recording().Exchange(2, "BROADCASTDATA", AskAudio("0"), Answered("again"), ":1.3");
+    Recording().Exchange(3, "PLAYERCONTROL", AskAudio("0"), Answered("elsewhere"), ":1.4");
+    Replay();
+    EXPECT_THAT(End(), Not(HasSubstr("two services")));
+    Recording().Exchange(4, "BROADCASTDATA", AskAudio("0"), Answered("other"), ":1.4");
+    Replay();
+    EXPECT_THAT(End(),
+                HasSubstr("zviptv-sim: the recording has two services, :1.3 and :1.4, whose answers are "
+                          "mixed: record one television at a time\n"));
 }
 
 } // namespace

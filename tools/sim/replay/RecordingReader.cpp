@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "RecordingReader.h"
 
+#include "AnsweringServices.h"
 #include "RecordedClock.h"
 #include "RecordedMessage.h"
 #include "RequestKey.h"
@@ -32,11 +33,6 @@ constexpr microseconds AnswerTimeout = std::chrono::seconds(2);
 
 /// A loss of the service that is this close to the end of the recording is the end of the session.
 constexpr microseconds EndOfSession = std::chrono::seconds(1);
-
-bool IsSubscription(std::string const& function)
-{
-    return function == protocol::function::RequestPESCB || function == protocol::function::RequestCaptionCB;
-}
 
 class RecordingReader
 {
@@ -75,6 +71,7 @@ private:
     microseconds m_now{0};                      ///< since the first message
     std::map<std::uint64_t, Awaited> m_awaited; ///< by the number of the request
     SubscriptionReader m_subscriptions{*m_recording};
+    AnsweringServices m_services;
     bool m_hasAnswers = false;
 };
 
@@ -91,8 +88,10 @@ std::unique_ptr<Recording> RecordingReader::Read(std::string const& path)
         }
         m_recording->warnings.push_back(std::string(failure.what()) + "; what comes before is replayed");
     }
-    if (file.Cut() != 0) {
-        m_recording->warnings.push_back(file.CutText());
+    for (std::string const& warning : {file.Cut() != 0 ? file.CutText() : "", m_services.Warning()}) {
+        if (!warning.empty()) {
+            m_recording->warnings.push_back(warning);
+        }
     }
     trace::Counts const& counts = m_conversation.Count();
     if (counts.messages == 0) {
@@ -169,7 +168,7 @@ void RecordingReader::TakeCall(trace::Event const& event, trace::ParsedMessage c
     CMessageBuffer const request = ToMessageBuffer(message);
     RequestKey const key = KeyOf(event.endpoint, request);
     std::optional<SubscriptionReader::Line> subscribes;
-    if (IsSubscription(event.function)) {
+    if (SubscriptionReader::IsSubscription(event.function)) {
         SubscriptionReader::Line const line(application, event.function);
         m_subscriptions.TakeRequest(line);
         if (request.GetValue(protocol::key::On) != "0") {
@@ -218,6 +217,9 @@ void RecordingReader::TakeAnswer(trace::Event const& event, trace::ParsedMessage
         }
         return;
     }
+    if (event.kind == EventKind::Reply) {
+        m_services.Note(event.endpoint, std::string(message.sender));
+    }
     Settle(awaited, RecordedAnswer::Kind::Message, m_recording->spool.Add(bytes));
     m_hasAnswers = true;
     if (awaited.subscribes && event.result.value_or(false)) {
@@ -231,6 +233,7 @@ void RecordingReader::TakeChange(trace::Event const& event)
         m_subscriptions.End(event.application->busName);
         return;
     }
+    m_services.Change();
     RecordedLife& life = m_recording->lives.back();
     if (event.kind == EventKind::Loss) {
         life.death = life.death.value_or(m_now);

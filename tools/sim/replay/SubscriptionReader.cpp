@@ -20,6 +20,11 @@ std::string SubscriptionFor(std::string const& notification)
 
 } // namespace
 
+bool SubscriptionReader::IsSubscription(std::string const& function)
+{
+    return function == function::RequestPESCB || function == function::RequestCaptionCB;
+}
+
 void SubscriptionReader::TakeRequest(Line const& line)
 {
     m_known.insert(line);

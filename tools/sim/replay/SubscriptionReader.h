@@ -23,6 +23,8 @@ public:
     /// `recording` has to outlive the reader.
     explicit SubscriptionReader(Recording& recording) : m_recording(recording) {}
 
+    static bool IsSubscription(std::string const& function);
+
     /// The application asks for a subscription or ends it. Pushes until Begin() do not belong to one.
     void TakeRequest(Line const& line);
 

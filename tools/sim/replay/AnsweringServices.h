@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <map>
+#include <string>
+
+namespace zviptv::sim {
+
+/// Notices a recording in which two services answer at the same time, as one of two televisions.
+class AnsweringServices
+{
+public:
+    /// A service has died or arrived.
+    void Change() { m_services.clear(); }
+
+    /// A request to the endpoint was answered by the service with this bus name.
+    void Note(std::string const& endpoint, std::string const& service)
+    {
+        std::string const& first = m_services.emplace(endpoint, service).first->second;
+        if (first != service && m_warning.empty()) {
+            m_warning = "the recording has two services, " + first + " and " + service +
+                        ", whose answers are mixed: record one television at a time";
+        }
+    }
+
+    /// For the user; empty if there was one service at a time.
+    std::string const& Warning() const { return m_warning; }
+
+private:
+    std::map<std::string, std::string> m_services; ///< by endpoint
+    std::string m_warning;
+};
+
+} // namespace zviptv::sim
