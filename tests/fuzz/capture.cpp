@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Fuzz.h"
+#include "MemoryFile.h"
 #include "trace/CaptureReader.h"
 #include "trace/Conversation.h"
 #include "trace/EventText.h"
@@ -8,33 +9,12 @@
 
 #include "output/Answer.h"
 
-#include <sys/mman.h>
-#include <unistd.h>
-
 // Any bytes as a capture file, and what all outputs of zviptvctl trace make of it.
 
 using namespace zviptv;
 using zviptv::fuzz::Require;
 
 namespace {
-
-/// A file in memory with a name.
-class File
-{
-public:
-    File(std::uint8_t const* data, std::size_t size) : m_descriptor(memfd_create("capture", MFD_CLOEXEC))
-    {
-        Require(write(m_descriptor, data, size) == static_cast<ssize_t>(size), "the input is written");
-    }
-    ~File() { close(m_descriptor); }
-    File(File const&) = delete;
-    File& operator=(File const&) = delete;
-
-    std::string Path() const { return "/proc/self/fd/" + std::to_string(m_descriptor); }
-
-private:
-    int const m_descriptor;
-};
 
 struct Outputs
 {
@@ -62,7 +42,7 @@ struct Outputs
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
 {
-    File const file(data, size);
+    fuzz::MemoryFile const file({reinterpret_cast<char const*>(data), size});
     trace::Conversation conversation;
     Outputs outputs;
     std::uint64_t events = 0;
