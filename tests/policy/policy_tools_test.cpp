@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <csignal>
+
 using testing::AllOf;
 using testing::HasSubstr;
 
@@ -111,6 +113,26 @@ TEST_F(PolicyToolsTest, OnlyRootMayTraceTheBus)
                     AllOf(HasSubstr("refuses to be watched: "),
                           HasSubstr("; run this command as root, or as the user who runs the bus\n")));
     }
+}
+
+/// Of all users, under the policy: requests, replies and pushes.
+TEST_F(PolicyToolsTest, RootSeesWhatApplicationsAndTheServiceExchange)
+{
+    auto const simulator = RunSimulator(m_bus->Address(), service);
+    ASSERT_TRUE(m_bus->Connect(application)->WaitForOwner(helperName, true)) << simulator->Errors();
+    auto const trace = Run(root, {ZVIPTV_CTL, "trace"});
+    ASSERT_TRUE(trace->WaitForErrors("; Ctrl-C ends it\n", patience)) << trace->Errors();
+    auto const call = Run(application, {ZVIPTV_CTL, "call", "MuteAudio", "true"});
+    EXPECT_EQ(call->Wait(patience), (ExitStatus{0, 0})) << call->Errors();
+    auto const pushed = Run(secondApplication, {ZVIPTV_CTL, "pes", "--count", "1"});
+    EXPECT_EQ(pushed->Wait(patience), (ExitStatus{0, 0})) << pushed->Errors();
+    for (char const* const text :
+         {"-> PLAYERCONTROL MuteAudio onoff=true\n", "<- PLAYERCONTROL MuteAudio true (",
+          "<- IPTVDATASUBSCRIBER requestPESCB true (", "<< IPTVDATASUBSCRIBER PESCB "}) {
+        EXPECT_TRUE(trace->WaitForOutput(text, patience)) << text << trace->Output();
+    }
+    trace->Signal(SIGINT);
+    EXPECT_EQ(trace->Wait(patience), (ExitStatus{0, 0})) << trace->Errors();
 }
 
 } // namespace zviptv::test
