@@ -24,7 +24,7 @@ sees() {
 
 dbus-monitor --pcap --address "$DBUS_SYSTEM_BUS_ADDRESS" >monitor.pcap &
 monitor=$!
-busctl --address="$DBUS_SYSTEM_BUS_ADDRESS" capture >busctl.pcap 2>busctl.log &
+busctl --address="$DBUS_SYSTEM_BUS_ADDRESS" --size=134217728 capture >busctl.pcap 2>busctl.log &
 busctl=$!
 zviptvctl trace --out trace.pcapng >trace.txt 2>trace.log &
 trace=$!
@@ -36,15 +36,16 @@ zviptv-sim --bus system --quiet --record sim.pcap --ts "$samples/sample.ts" --lo
     --time 1774735200 --fault SetAppID=error &
 simulator=$!
 wait_for_service "$simulator"
-{
-    zviptvctl --id 5 call MuteAudio true
-    zviptvctl call SetDigitalDualSound MAIN
-    zviptvctl call GetAudio 77 || [ $? = 1 ]
-    zviptvctl call SetAppID org.example || [ $? = 4 ]
-    zviptvctl call GetGenre 4
-    zviptvctl pes --pid 0x101 --count 1
-    zviptvctl caption --count 1
-} >calls.out 2>&1
+cat >calls.sh <<'END'
+zviptvctl --id 5 call MuteAudio true
+zviptvctl call SetDigitalDualSound MAIN
+zviptvctl call GetAudio 77 || [ $? = 1 ]
+zviptvctl call SetAppID org.example || [ $? = 4 ]
+zviptvctl call GetGenre 4
+zviptvctl pes --pid 0x101 --count 1
+zviptvctl caption --count 1
+END
+sh -e calls.sh >calls.out 2>&1
 kill "$simulator"
 wait "$simulator" || true
 
@@ -75,6 +76,12 @@ for name in trace.pcapng monitor.pcap busctl.pcap sim.pcap; do
     cmp trace.pcapng.txt "$name.txt"
 done
 [ "$(wc -l <trace.txt)" -eq "$(wc -l <trace.pcapng.txt)" ]
+
+# The simulator answers as the service did, whichever program has recorded it.
+for name in trace.pcapng monitor.pcap busctl.pcap sim.pcap; do
+    zviptv-sim --quiet --replay "$name" -- sh -e calls.sh 2>&1 | sed 's/ in [0-9.]* s .*//' |
+        diff <(sed 's/ in [0-9.]* s .*//' calls.out) -
+done
 
 # shown FILE: function, message, result and problems of every message, as tshark reads them.
 shown() {
