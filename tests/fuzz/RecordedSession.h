@@ -56,7 +56,7 @@ public:
     std::string Bytes() const { return m_capture.Bytes() + m_tail; }
     std::vector<Step> const& Asked() const { return m_asked; }
 
-    /// The answers in turn, by the number of the function and the value, if it is plain what they are.
+    /// The answers in turn, by the number of the function and the value. Null unless all steps are exchanges.
     using Expected = std::map<std::pair<std::size_t, std::uint8_t>, std::vector<std::string>>;
     Expected const* Answers() const { return m_isPlain ? &m_answers : nullptr; }
 

@@ -88,7 +88,7 @@ std::string CaptureReader::CutText() const
 {
     return (m_cut == 1 ? "1 message was not recorded whole and is"
                        : std::to_string(m_cut) + " messages were not recorded whole and are") +
-           " left out: record again, busctl capture with --size=" + std::to_string(LongestMessage);
+           " left out; record again, and with busctl capture add --size=" + std::to_string(LongestMessage);
 }
 
 } // namespace zviptv::trace

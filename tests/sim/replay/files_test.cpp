@@ -108,8 +108,8 @@ TEST_F(ReplayFiles, ThatLackPartsOfMessagesAreReplayedWithAWarning)
         application.Ask("BROADCASTDATA", {{"functionname", "GetAudio"}, {"handleID", "256"}, {"index", "0"}})
             .Value("audio"),
         "whole");
-    EXPECT_THAT(End(), HasSubstr("1 message was not recorded whole and is left out: record again, busctl "
-                                 "capture with --size=134217728"));
+    EXPECT_THAT(End(), HasSubstr("1 message was not recorded whole and is left out; record again, and with "
+                                 "busctl capture add --size=134217728\n"));
 }
 
 TEST_F(ReplayFiles, OfTwoTelevisionsAreReplayedWithAWarning)
