@@ -11,7 +11,7 @@ namespace zviptv::ctl::doctor {
 
 namespace {
 
-/// The supplementary groups of this process and the one that it acts as.
+/// The supplementary groups of this process, and its effective group.
 std::vector<gid_t> OwnGroups()
 {
     std::vector<gid_t> groups(static_cast<std::size_t>(std::max(getgroups(0, nullptr), 0)));
@@ -21,7 +21,7 @@ std::vector<gid_t> OwnGroups()
     return groups;
 }
 
-/// As a new login would get them.
+/// The groups that a new login would get.
 std::vector<gid_t> ListedGroups(passwd const& user)
 {
     int count = 64;
@@ -61,7 +61,7 @@ AccountFacts LookUpAccounts(Names const& names)
 CallerFacts LookUpCaller(AccountFacts const& accounts)
 {
     CallerFacts caller;
-    uid_t const self = geteuid(); // which is what the bus is told
+    uid_t const self = geteuid(); // the user that the bus sees
     caller.name = UserName(self);
     caller.isRoot = self == 0;
     caller.isServiceUser = accounts.userId == self;

@@ -9,7 +9,7 @@ namespace {
 
 constexpr char Bus[] = "org.freedesktop.DBus";
 
-/// Whoever does not want this user says no, or just hangs up, within the handshake.
+/// A bus that refuses this user answers so, or just closes the connection, during the handshake.
 Reach ReachOf(Error const& error, bool isSocketOpen)
 {
     if (error.Is(G_IO_ERROR_CANCELLED)) {
@@ -25,7 +25,7 @@ Owned<GDBusMessage> MessageTo(Address const& to, GVariant* body)
 {
     Owned<GDBusMessage> message(g_dbus_message_new_method_call(to.destination.c_str(), to.path.c_str(),
                                                                to.interface.c_str(), to.member.c_str()));
-    // Asking must not start anything.
+    // A call must not start a service.
     g_dbus_message_set_flags(message.get(), G_DBUS_MESSAGE_FLAGS_NO_AUTO_START);
     if (body != nullptr) {
         g_dbus_message_set_body(message.get(), body);
@@ -46,7 +46,7 @@ Reply ReplyOf(GDBusMessage* message)
     }
     reply.kind = Reply::Kind::Error;
     char const* const name = g_dbus_message_get_error_name(message);
-    char const* const text = g_dbus_message_get_arg0(message); // null where it is no text
+    char const* const text = g_dbus_message_get_arg0(message); // null if it is not a text
     reply.error = name == nullptr ? "" : name;
     reply.text = text == nullptr ? "" : text;
     return reply;
@@ -85,7 +85,7 @@ BusProbe::BusProbe(BusFacts& facts)
                                                 : "no reason given";
 }
 
-/// GLib's own greeting of a bus cannot be given up, and waits for 25 seconds.
+/// GLib's own "Hello" call cannot be cancelled, and waits for 25 seconds.
 void BusProbe::SayHello(BusFacts& facts)
 {
     Reply const reply = CallBus("Hello");
@@ -96,7 +96,8 @@ void BusProbe::SayHello(BusFacts& facts)
         facts.reach = Reach::Reached;
         return;
     }
-    bool const isRefused = reply.kind == Reply::Kind::Error || !reply.text.empty(); // or it has hung up
+    bool const isRefused =
+        reply.kind == Reply::Kind::Error || !reply.text.empty(); // or it has closed the connection
     facts.reach = isRefused ? Reach::Refused : Reach::Silent;
     facts.reason = isRefused ? reply.text : "no answer within 2 seconds";
     Close();
@@ -107,7 +108,7 @@ BusProbe::~BusProbe()
     Close();
 }
 
-/// Sync, so that GLib's thread is done with it; there is nothing left to be written.
+/// Closes synchronously, so that GLib's thread no longer uses it; nothing is left to write.
 void BusProbe::Close()
 {
     if (m_connection != nullptr) {

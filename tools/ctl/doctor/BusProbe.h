@@ -8,10 +8,10 @@
 
 namespace zviptv::ctl::doctor {
 
-/// As long as the library waits for an answer.
+/// The time that the library waits for an answer.
 constexpr int PatienceMs = 2000;
 
-/// What came back for a call.
+/// The outcome of a call.
 struct Reply
 {
     enum class Kind
@@ -22,14 +22,14 @@ struct Reply
     };
 
     Kind kind = Kind::Silence;
-    Owned<GVariant> body;   ///< of an answer; never null then
+    Owned<GVariant> body;   ///< body of an answer, in which case it is not null
     std::string error;      ///< "org.freedesktop.DBus.Error.AccessDenied"
-    std::string text;       ///< the error's; of a silence, why there can be no answer
-    bool isFromBus = false; ///< the bus said it, not whom the call was for
+    std::string text;       ///< text of the error; without an answer, why there can be none
+    bool isFromBus = false; ///< the bus has answered, not the destination
 
     bool IsDenied() const;
 
-    /// Whether it is an answer of this D-Bus type: "(a(ss))".
+    /// Whether it is an answer with this D-Bus type: "(a(ss))".
     bool IsOf(char const* type) const;
 
     /// Name and text of the error.
@@ -44,12 +44,12 @@ struct Address
     std::string member;
 };
 
-/// A connection of the doctor's own, which neither ends the process nor is known to the library. Nothing that
-/// it does takes longer than the library waits.
+/// A separate connection of the doctor, which does not end the process and which the library does not use. No
+/// operation takes longer than the library waits.
 class BusProbe
 {
 public:
-    /// Without a connection, `facts` say why.
+    /// If there is no connection, `facts` contain the reason.
     explicit BusProbe(BusFacts& facts);
     ~BusProbe();
 
@@ -60,13 +60,14 @@ public:
     GDBusConnection* Connection() const { return m_connection.get(); }
     std::string const& Name() const { return m_name; }
 
-    /// `body` may be floating, or null for none. Silence at once when the bus itself has kept silent before.
+    /// Makes a call. `body` may be floating, or null for none. If the bus itself has not answered before, the
+    /// outcome is Silence at once.
     Reply Call(Address const& to, GVariant* body);
 
-    /// A call of the bus itself.
+    /// Calls a method of the bus.
     Reply CallBus(char const* member, GVariant* body = nullptr);
 
-    /// A signal to one connection.
+    /// Sends a signal to one connection.
     void Emit(Address const& to);
 
 private:

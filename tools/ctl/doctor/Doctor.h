@@ -5,10 +5,10 @@
 
 namespace zviptv::ctl::doctor {
 
-/// One finding a check, in the order in which they depend on each other.
+/// One finding for each check, in the order in which they depend on each other.
 std::vector<Finding> Judge(Facts const& facts);
 
-/// Looks, judges and writes the report to standard output.
+/// Examines the machine, judges it and writes the report to standard output.
 ExitCode Run(Names const& names, bool asJson);
 
 } // namespace zviptv::ctl::doctor

@@ -26,7 +26,7 @@ struct Question
     std::vector<char const*> numbers;
 };
 
-/// A channel without subscriptions has none to end.
+/// This request ends subscriptions, of which the channel has none.
 std::vector<Question> Questions()
 {
     return {
@@ -45,7 +45,7 @@ std::string ChannelPath(char const* type)
     return std::string("/org/corvel/zviptvapi/DbusCommunication/") + type;
 }
 
-/// The first one counts.
+/// The first entry with the key counts.
 std::optional<std::string> ValueOf(GVariant* pairs, char const* wanted, std::string& otherKey)
 {
     GVariantIter entries;
@@ -124,7 +124,7 @@ bool HasByteArrays(GVariant* entries, EndpointFacts& facts)
     return true;
 }
 
-/// As the library reads it.
+/// Reads the number like the library.
 Answering ReadNumber(GVariant* entries, char const* name, EndpointFacts& facts)
 {
     facts.key = name;
@@ -190,7 +190,7 @@ EndpointFacts Probe(BusProbe& bus, std::string const& owner, Question const& que
     return facts;
 }
 
-/// Each further question could take 2 seconds, too.
+/// Each further call could also take 2 seconds.
 bool IsLast(EndpointFacts const& facts)
 {
     return facts.naming == Naming::Unanswered || facts.answering == Answering::Silent;

@@ -9,12 +9,13 @@
 
 namespace zviptv::ctl::doctor {
 
-/// Announces to the helper bus of `owner` that a channel of this connection comes ("y") or goes ("n").
+/// Announces to the helper bus of `owner` that a channel of this connection is created ("y") or destroyed
+/// ("n").
 Reply Announce(BusProbe& bus, std::string const& owner, char const* type, char const* add);
 
-/// Announces a channel of each type, as an application does, and sends each endpoint a request that changes
-/// nothing. All channels have gone again at the end. It ends after an announcement that fails and after the
-/// first silence.
+/// Announces a channel of each type, like an application, and sends each endpoint a request that changes
+/// nothing. At the end, all channels are withdrawn. It stops after a failed announcement and after the first
+/// missing answer.
 std::vector<EndpointFacts> ProbeEndpoints(BusProbe& bus, std::string const& owner);
 
 } // namespace zviptv::ctl::doctor

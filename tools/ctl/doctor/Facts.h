@@ -7,13 +7,13 @@
 
 namespace zviptv::ctl::doctor {
 
-// What there is to know about a machine. Nothing here judges; Judge() does, from these alone.
+// The facts about a machine. Judge() uses only these.
 
-/// Accounts that the bus's policy names.
+/// The accounts in the bus's policy.
 struct Names
 {
-    std::string user = "zviptv";       ///< as whom the service runs
-    std::string group = "zviptv-apps"; ///< to which applications belong
+    std::string user = "zviptv";       ///< user of the service
+    std::string group = "zviptv-apps"; ///< group of the applications' users
 };
 
 enum class Reach
@@ -21,8 +21,8 @@ enum class Reach
     Reached,
     Absent,  ///< nothing listens at the address
     Closed,  ///< this user may not open its socket
-    Refused, ///< what listens does not let this user in
-    Silent   ///< what listens does not answer
+    Refused, ///< the listening program refuses this user
+    Silent   ///< the listening program does not answer
 };
 
 struct BusFacts
@@ -30,67 +30,67 @@ struct BusFacts
     std::string address;
     bool isFromEnvironment = false;
     Reach reach = Reach::Absent;
-    std::string reason; ///< GIO's, why it is not reached
+    std::string reason; ///< reason of GIO why the bus cannot be reached
 };
 
 struct AccountFacts
 {
     Names names;
-    std::optional<unsigned> userId; ///< empty where there is no such user
+    std::optional<unsigned> userId; ///< empty if there is no such user
     bool hasGroup = false;
 };
 
-/// The user who asks.
+/// The user who runs the doctor.
 struct CallerFacts
 {
     std::string name;
     bool isRoot = false;
     bool isServiceUser = false;
-    bool isListed = false; ///< the group's list of members has the user
-    bool isMember = false; ///< this process is in the group, which is what the bus goes by
+    bool isListed = false; ///< the user is in the group's list of members
+    bool isMember = false; ///< this process is in the group, which is what the bus checks
 };
 
-/// Empty where the bus did not tell.
+/// Values are empty if the bus did not report them.
 struct PolicyFacts
 {
-    std::vector<std::string> files;       ///< of the policy, where the bus looks for it
+    std::vector<std::string> files;       ///< files of the policy in the folders that the bus reads
     std::optional<bool> deniesByDefault;  ///< a user may not call a process of the same user
-    std::optional<bool> isLoaded;         ///< the bus does what the policy says of everybody
-    std::optional<bool> isServiceAllowed; ///< the bus does what the policy says of the service's user
+    std::optional<bool> isLoaded;         ///< the bus applies the policy's rules for everybody
+    std::optional<bool> isServiceAllowed; ///< the bus applies the policy's rules for the service's user
 };
 
-/// What came of the question to the service.
+/// The outcome of the call of the service.
 enum class Outcome
 {
     NotAsked,
     Answered,
-    Unreadable, ///< an answer that is none of the protocol
+    Unreadable, ///< an answer that does not follow the protocol
     Failed,     ///< the owner of the name answered with an error
-    Forbidden,  ///< the bus did not let the question through
-    Silent,     ///< nothing came within the time that the library waits
+    Forbidden,  ///< the bus denied the call
+    Silent,     ///< no answer within the time that the library waits
     Gone        ///< the owner left the bus
 };
 
-/// What the helper bus answered to the announcement of a channel.
+/// The answer of the helper bus to the announcement of a channel.
 enum class Naming
 {
     NotAsked,
     Owned,     ///< a bus name that has an owner
     Dead,      ///< a bus name without an owner
     Junk,      ///< not a bus name
-    Empty,     ///< an empty text, which stands for no endpoint
-    OtherKey,  ///< pairs of which none is called "dbusname"
-    EmptyList, ///< no pair
-    Unanswered ///< an error, an answer of another type, or nothing within the time that the library waits
+    Empty,     ///< an empty text, which means no endpoint
+    OtherKey,  ///< pairs, but none with the key "dbusname"
+    EmptyList, ///< no pairs
+    Unanswered ///< an error, an answer of another type, or no answer within the time that the library waits
 };
 
-/// What an endpoint answered to a request that changes nothing.
+/// The answer of an endpoint to a request that changes nothing.
 enum class Answering
 {
     NotAsked,
     Readable,
-    Failed,     ///< with an error
-    Silent,     ///< nothing came within the time that the library waits
+    Failed,     ///< an error
+    Silent,     ///< no answer within the time that the library waits
     OtherType,  ///< not a{sv}
     OtherValue, ///< a value is not a byte array
     Missing,    ///< a number is missing, or empty
@@ -101,52 +101,54 @@ struct EndpointFacts
 {
     std::string type; ///< "PLAYERCONTROL"
     Naming naming = Naming::NotAsked;
-    std::string named; ///< the name; of another key that key; of an error its name and text
+    std::string named; ///< the name in the answer; for OtherKey, the key; for an error, its name and text
 
     std::string function; ///< "GetSourceState"
     Answering answering = Answering::NotAsked;
-    std::string key;    ///< of the value that cannot be read
-    std::string detail; ///< D-Bus type or value that came; of an error its name and text
+    std::string key;    ///< key of the value that cannot be read
+    std::string detail; ///< D-Bus type or value of the reply; for an error, its name and text
 };
 
 struct ServiceFacts
 {
-    std::optional<bool> isOwned; ///< empty where the bus did not tell
+    std::optional<bool> isOwned; ///< empty if the bus did not report it
     std::string owner;           ///< unique name
     unsigned process = 0;
     std::optional<unsigned> userId;
     std::string userName;
 
-    // Of the process, as far as this machine shows it to this user.
+    // Facts about the process that this machine shows to this user.
     std::string program;
-    std::string unit; ///< of the machine's systemd, without ".service"
+    std::string unit; ///< systemd unit, without ".service"
     bool isStopped = false;
     std::string loaded; ///< version of the library that it has loaded
     bool isLibraryReplaced = false;
 
     Outcome outcome = Outcome::NotAsked;
     std::string error;                    ///< name and text
-    bool isConnectionAlive = false;       ///< asked when it kept silent: its D-Bus thread answers
-    std::vector<EndpointFacts> endpoints; ///< looked at when it has answered
+    bool isConnectionAlive = false;       ///< its D-Bus thread answers a ping; checked if it has not answered
+    std::vector<EndpointFacts> endpoints; ///< checked if it has answered
 };
 
 struct VersionFacts
 {
     std::string tool;
     std::string toolFile;
-    std::string loaded;     ///< of the library in this process; empty when its file's name does not tell
-    std::string loadedFile; ///< without symbolic links
-    bool isFromLibraryPath = false; ///< LD_LIBRARY_PATH names its folder
+    std::string
+        loaded; ///< version of the library in this process; empty if its file name does not contain it
+    std::string loadedFile;         ///< without symbolic links
+    bool isFromLibraryPath = false; ///< its folder is in LD_LIBRARY_PATH
 };
 
 struct MachineFacts
 {
     bool hasDBus = false; ///< the configuration of a system bus is installed
     bool runsSystemd = false;
-    bool hasUnit = false;                 ///< zviptv-sim.service
-    bool hasSysusers = false;             ///< the accounts, for systemd-sysusers
-    std::string sample = "FILE.ts";       ///< a stream for the simulator
-    std::string simulator = "zviptv-sim"; ///< with its folder where it is known: sudo has a PATH of its own
+    bool hasUnit = false;           ///< zviptv-sim.service
+    bool hasSysusers = false;       ///< the accounts, for systemd-sysusers
+    std::string sample = "FILE.ts"; ///< a stream for the simulator
+    std::string simulator =
+        "zviptv-sim"; ///< with its folder if it is known, because sudo has a different PATH
 };
 
 struct Facts

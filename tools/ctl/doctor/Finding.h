@@ -15,20 +15,20 @@ enum class State
 {
     Ok,
     Wrong,
-    Unknown ///< not looked at, since something else is wrong, or not told
+    Unknown ///< not checked because of another problem, or not reported
 };
 
-/// One line of the report, and what is below it.
+/// One line of the report, and the lines below it.
 struct Finding
 {
     std::string check; ///< "bus"
     State state = State::Ok;
     std::string text;
 
-    // Of what is wrong.
-    std::string meaning;               ///< for an application
-    std::vector<std::string> commands; ///< that fix it, in this order
-    std::string note;                  ///< what else to do, or to do instead
+    // For problems only.
+    std::string meaning;               ///< consequence for an application
+    std::vector<std::string> commands; ///< commands that fix it, in this order
+    std::string note;                  ///< additional or alternative steps
     ExitCode code = ExitCode::Accepted;
 };
 
@@ -38,18 +38,18 @@ Finding NotLookedAt(char const* check, std::string const& why);
 Finding Wrong(char const* check, ExitCode code, std::string const& text, std::string const& meaning,
               std::vector<std::string> commands, std::string const& note = {});
 
-/// The fix's own note follows `note`.
+/// The note of the fix follows `note`.
 Finding Wrong(char const* check, ExitCode code, std::string const& text, std::string const& meaning,
               Fix const& fix, std::string const& note = {});
 
-/// Whether the question to the service got past the bus.
+/// Whether the bus let the call to the service through.
 bool IsLetThrough(Facts const& facts);
 
-/// Why what a policy says cannot be judged on this bus: nobody reaches it, it needs no policy, or it does not
-/// tell. Empty where it can.
+/// Why the policy cannot be judged on this bus: there is no connection, the bus needs no policy, or it does
+/// not report it. Empty if it can be judged.
 std::optional<Finding> NoPolicyMatters(Facts const& facts, char const* check);
 
-/// Why the owner of the name cannot be judged: there is no bus, or no owner. Empty where there is one.
+/// Why the owner of the name cannot be judged: there is no bus, or no owner. Empty if there is an owner.
 std::optional<Finding> NoOwner(Facts const& facts, char const* check);
 
 constexpr char OtherNames[] = "Where another policy names others on purpose, ask 'zviptvctl doctor --user "

@@ -9,7 +9,7 @@ namespace {
 
 constexpr char OwnService[] = "start your own service as its documentation says.";
 
-/// A process of somebody else takes signals from root alone.
+/// Only root may send signals to a process of another user.
 std::string Signal(Facts const& facts, char const* name)
 {
     std::string const command = std::string("kill -") + name + " " + std::to_string(facts.service.process);
@@ -25,7 +25,7 @@ std::string AsServiceUser(Facts const& facts, std::string const& command)
     return (facts.caller.isRoot ? "runuser -u " + user + " -- " : "sudo -u " + user + " ") + command;
 }
 
-/// On the machine's own bus systemd starts the simulator.
+/// On the machine's bus, systemd starts the simulator.
 bool HasUnit(Facts const& facts)
 {
     return !facts.bus.isFromEnvironment && facts.machine.runsSystemd && facts.machine.hasUnit;
@@ -69,7 +69,7 @@ Fix ReplaceService(Facts const& facts)
     if (!facts.service.unit.empty()) {
         commands.insert(commands.begin(), AsRoot(facts, "systemctl stop " + Quoted(facts.service.unit)));
     } else if (facts.service.process != 0) {
-        // What does not run its main loop does not hear a polite request either.
+        // A process that does not run its main loop does not react to SIGTERM.
         commands.insert(commands.begin(), Signal(facts, "KILL"));
     }
     return {commands,

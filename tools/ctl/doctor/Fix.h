@@ -8,7 +8,7 @@
 
 namespace zviptv::ctl::doctor {
 
-// Commands, ready to be copied.
+// Commands that the user can copy.
 
 struct Fix
 {
@@ -16,34 +16,34 @@ struct Fix
     std::string note;
 };
 
-/// What only root may do.
+/// The command run as root.
 std::string AsRoot(Facts const& facts, std::string const& command);
 
-/// Has the bus read its policies again.
+/// Makes the bus read its policies again.
 std::string ReloadBus(Facts const& facts);
 
-/// The simulator in the service's place, on the bus that is used.
+/// Starts the simulator in place of the service, on the present bus.
 Fix StartService(Facts const& facts);
 
-/// Ends what owns the name, whatever it is, and starts the simulator.
+/// Ends the owner of the name, whatever it is, and starts the simulator.
 Fix ReplaceService(Facts const& facts);
 
-/// Ends the service and starts it again, or the simulator where nothing tells how it is started.
+/// Ends the service and starts it again, or starts the simulator if it is unknown how to start the service.
 Fix RestartService(Facts const& facts);
 
-/// Has the service run as the user whom the policy names.
+/// Makes the service run as the user in the policy.
 Fix ChangeServiceUser(Facts const& facts);
 
-/// The simulator with a private bus.
+/// Starts the simulator with a private bus.
 std::string StartDesk(Facts const& facts);
 
-/// Lets a stopped process run on.
+/// Continues a stopped process.
 std::string ContinueService(Facts const& facts);
 
-/// "process 1234 (zviptv-sim)"; empty when the bus does not tell the process.
+/// "process 1234 (zviptv-sim)"; empty if the bus does not report the process.
 std::string ProcessText(ServiceFacts const& service);
 
-/// A word of a command.
+/// A word of a command, quoted if necessary.
 std::string Quoted(std::string const& word);
 
 } // namespace zviptv::ctl::doctor

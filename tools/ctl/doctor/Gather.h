@@ -5,12 +5,12 @@
 
 namespace zviptv::ctl::doctor {
 
-/// Looks at the machine and asks the bus and the service. Nothing stays behind at either, but that a bus may
-/// log what it denies: some questions are meant to be. Takes some seconds at most, however they behave;
-/// neither needs nor iterates a main context.
+/// Examines the machine, and calls the bus and the service. It leaves nothing behind, except that a bus may
+/// log the calls that it denies, which are intended. Takes at most some seconds; neither needs nor iterates a
+/// main context.
 Facts Gather(Names const& names);
 
-/// `tool` is the file of this program, beside which the simulator may be.
+/// `tool` is the file of this program, in whose folder the simulator may be.
 MachineFacts LookUpMachine(std::string const& tool);
 
 /// The files of the policy in these folders.

@@ -15,7 +15,7 @@ constexpr char NamingNote[] =
 constexpr char ReplyNote[] = "In a service that you write: answer each request with a{sv}, each value as a "
                              "variant of ay, with \"result_internal\" and every value of the function.";
 
-/// A problem, and where it was met.
+/// A problem, and the places where it was found.
 struct Problem
 {
     std::string text;
@@ -52,7 +52,7 @@ std::string TextOf(std::vector<Problem> const& problems)
     return text;
 }
 
-/// Empty where nothing is wrong.
+/// The problem; empty if there is none.
 std::string NamingProblem(EndpointFacts const& endpoint)
 {
     std::string const key = std::string("\"") + protocol::key::DBusName + "\"";
@@ -121,7 +121,7 @@ std::vector<Problem> ProblemsOf(Facts const& facts, std::string (*problemOf)(End
     return problems;
 }
 
-/// Why there is nothing to judge. Empty where there is.
+/// Why there is nothing to judge; empty otherwise.
 std::optional<Finding> NothingAsked(Facts const& facts, char const* check)
 {
     if (auto const finding = NoOwner(facts, check)) {

@@ -13,7 +13,7 @@ std::string Owner(Facts const& facts)
     return facts.service.owner + (process.empty() ? "" : ", " + process);
 }
 
-/// What an application waits for in vain.
+/// The finding for a service that does not answer applications.
 constexpr char NoAnswer[] = "An application waits 2 seconds for an answer; then its calls return false.";
 
 Finding Silence(Facts const& facts)

@@ -15,9 +15,9 @@ namespace {
 
 constexpr char Path[] = "/org/corvel/zviptvapi/doctor";
 constexpr char ChannelInterface[] = "org.corvel.zviptvapi.DbusCommunication";
-constexpr char FreeInterface[] = "org.corvel.zviptvapi.Doctor"; ///< no policy speaks of it
+constexpr char FreeInterface[] = "org.corvel.zviptvapi.Doctor"; ///< no policy mentions it
 
-/// Which signals get through to a connection.
+/// The signals that the bus delivers to a connection.
 class Listener
 {
 public:
@@ -41,7 +41,7 @@ private:
         std::atomic<bool> free{false};
     };
 
-    /// On a thread of GLib's.
+    /// Runs on a thread of GLib.
     static GDBusMessage* Listen(GDBusConnection* /*connection*/, GDBusMessage* message, gboolean incoming,
                                 gpointer heard)
     {
@@ -61,7 +61,7 @@ private:
     guint m_filter;
 };
 
-/// Root as another user towards whatever connects while this lives.
+/// While it exists, root connects as another user.
 class ActingAs
 {
 public:
@@ -69,7 +69,7 @@ public:
     ~ActingAs()
     {
         if (m_isActing && seteuid(0) != 0) {
-            std::abort(); // nothing after this would be what it says
+            std::abort(); // the results after this would be wrong
         }
     }
     ActingAs(ActingAs const&) = delete;
@@ -81,7 +81,8 @@ private:
     bool m_isActing;
 };
 
-/// Whether the bus lets a call through: "nobody has such a method" is said by GLib's thread behind it.
+/// Whether the bus lets a call through: then GLib's thread at the other end answers that there is no such
+/// method.
 std::optional<bool> MayCall(BusProbe& from, BusProbe const& to, char const* interface)
 {
     Reply const reply = from.Call({to.Name(), Path, interface, "Send"}, nullptr);
@@ -91,20 +92,21 @@ std::optional<bool> MayCall(BusProbe& from, BusProbe const& to, char const* inte
     return !reply.IsDenied();
 }
 
-/// The policy forbids everybody but the service's user one signal, which a bus without it lets through. That
-/// a file is there tells nothing: the bus may not have read it.
+/// The policy denies one signal to everybody except the service's user; a bus without the policy allows it.
+/// The existence of the file proves nothing, because the bus may not have read it.
 std::optional<bool> IsSignalGuarded(BusProbe& from, BusProbe& to)
 {
     Listener const listener(to.Connection());
     from.Emit({to.Name(), Path, ChannelInterface, "SendSignal"});
     from.Emit({to.Name(), Path, FreeInterface, "Last"});
-    // The bus works off what each sends in order, so that afterwards all has arrived that will.
+    // The bus handles the messages of each connection in order, so that afterwards all delivered signals have
+    // arrived.
     from.CallBus("GetId");
     to.CallBus("GetId");
     return listener.HasHeardFree() ? std::optional(!listener.HasHeardGuarded()) : std::nullopt;
 }
 
-/// What only the service's user may: call an application's channel.
+/// Only the service's user may call an application's channel.
 std::optional<bool> MayServiceCall(BusProbe& from, BusProbe const& to, Facts const& facts)
 {
     if (facts.caller.isServiceUser) {
@@ -138,7 +140,7 @@ void ProbePolicy(BusProbe& from, Facts& facts)
     policy.isServiceAllowed = MayServiceCall(from, to, facts);
     policy.isLoaded = IsSignalGuarded(from, to);
     if (facts.caller.isServiceUser && policy.isServiceAllowed.value_or(false)) {
-        policy.isLoaded = true; // this user's signals are let through
+        policy.isLoaded = true; // the bus allows this user's signals
     }
 }
 

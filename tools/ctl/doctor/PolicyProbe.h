@@ -6,8 +6,8 @@
 
 namespace zviptv::ctl::doctor {
 
-/// What the bus lets this user do, found out on two connections of the doctor's own. Root also tries what the
-/// service's user may do.
+/// Determines, with two connections of the doctor, what the bus allows this user. As root, it also tries what
+/// the bus allows the service's user.
 void ProbePolicy(BusProbe& from, Facts& facts);
 
 } // namespace zviptv::ctl::doctor

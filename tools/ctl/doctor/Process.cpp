@@ -27,7 +27,7 @@ bool EndsWith(std::string const& text, std::string const& end)
     return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
 }
 
-/// The letter behind the program's name, which stands in brackets and may contain anything.
+/// The letter after the program's name, which is in brackets and may contain any characters.
 bool IsStopped(std::string const& stat)
 {
     std::size_t const end = stat.rfind(") ");
@@ -66,7 +66,7 @@ void LookUpProcess(ServiceFacts& service)
 {
     std::string const folder = "/proc/" + std::to_string(service.process);
     struct stat status = {};
-    // Where the bus counts processes otherwise than this machine, the number is somebody else's.
+    // If the bus runs in another PID namespace, the number belongs to another process.
     if (service.process == 0 || !service.userId || stat(folder.c_str(), &status) != 0 ||
         status.st_uid != *service.userId) {
         return;

@@ -5,7 +5,7 @@
 
 namespace zviptv::ctl::doctor {
 
-/// What /proc shows of the process that owns the name.
+/// Reads from /proc the facts about the process that owns the name.
 void LookUpProcess(ServiceFacts& service);
 
 } // namespace zviptv::ctl::doctor

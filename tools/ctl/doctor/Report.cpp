@@ -26,7 +26,7 @@ std::string Line(Finding const& finding)
     return Padded(Word(finding.state), 9) + Padded(finding.check, 11) + EscapeText(finding.text) + "\n";
 }
 
-/// Commands stand alone on their lines, to be copied. There may be none, but a note.
+/// Commands are on separate lines, so that they can be copied. There may be a note without commands.
 std::string Below(Finding const& finding)
 {
     std::string text =

@@ -10,13 +10,13 @@
 
 namespace zviptv::ctl::doctor {
 
-/// A line a finding, what it means and how to fix it below it, and a summary.
+/// A line for each finding, followed by its consequence and the fix, and a summary.
 std::string TextOf(std::vector<Finding> const& findings);
 
-/// The same, with "result", and "error" where something is wrong.
+/// The same as JSON, with "result", and with "error" if there is a problem.
 Json::Value JsonOf(std::vector<Finding> const& findings);
 
-/// That of the first thing that is wrong.
+/// The exit code of the first problem.
 ExitCode CodeOf(std::vector<Finding> const& findings);
 
 } // namespace zviptv::ctl::doctor

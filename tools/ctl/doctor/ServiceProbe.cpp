@@ -42,7 +42,7 @@ void LookUpCredentials(BusProbe& bus, ServiceFacts& service)
     }
 }
 
-/// Errors that the bus speaks in place of an owner that goes, or has gone.
+/// Errors that the bus sends in place of an owner that has left.
 bool IsGone(Reply const& reply)
 {
     return reply.isFromBus && (reply.error == "org.freedesktop.DBus.Error.NoReply" ||
@@ -63,9 +63,9 @@ Outcome OutcomeOf(Reply const& reply)
     return reply.IsDenied() ? Outcome::Forbidden : IsGone(reply) ? Outcome::Gone : Outcome::Failed;
 }
 
-/// The first question is that a channel goes which never came. GLib's own thread answers Ping, Introspect and
-/// calls that nobody has, or that have other arguments, also in a process whose main loop stands still; this
-/// one it has to hand to the main loop. A service finds nothing to forget, and may answer anything.
+/// The first call announces the end of a channel that was never announced. GLib's own thread answers Ping,
+/// Introspect, and calls with an unknown method or wrong arguments, even if the main loop of the process is
+/// blocked; this call must reach the main loop. The service has nothing to do, and may answer anything.
 void Ask(BusProbe& bus, ServiceFacts& service)
 {
     Reply const reply = Announce(bus, service.owner, protocol::type::PlayerControl, "n");

@@ -6,7 +6,7 @@
 
 namespace zviptv::ctl::doctor {
 
-/// Asks the bus for the owner of the service's name, the owner for an answer, and then for its endpoints.
+/// Queries the bus for the owner of the service's name, calls the owner, and then queries its endpoints.
 void ProbeService(BusProbe& bus, ServiceFacts& service);
 
 } // namespace zviptv::ctl::doctor

@@ -20,8 +20,8 @@ std::string Resolved(std::string const& path)
     return failed ? path : resolved.string();
 }
 
-/// The file that the library in this process came from. A text of the library's tells it: a function's
-/// address may be one in the program, which only leads there.
+/// The file of the library in this process, found by the address of one of its texts: the address of a
+/// function may be that of a stub in the program.
 std::string LoadedLibrary()
 {
     Dl_info info = {};

@@ -7,7 +7,7 @@ namespace zviptv::ctl::doctor {
 
 VersionFacts LookUpVersions();
 
-/// "1.0.0" behind "libzv-iptv-service-api.so."; empty where the file is named otherwise.
+/// "1.0.0" after "libzv-iptv-service-api.so."; empty if the file has another name.
 std::string VersionOf(std::string const& loadedFile);
 
 } // namespace zviptv::ctl::doctor

@@ -38,7 +38,7 @@ std::string ParseCode(ByteView data)
     return code;
 }
 
-/// The bytes behind the length byte at `at`.
+/// The bytes after the length byte at `at`.
 ByteView Counted(ByteView data, std::size_t at)
 {
     return data.Part(at + 1, data[at]);
@@ -79,7 +79,7 @@ void AddContent(ByteView data, EitEvent& event)
     }
 }
 
-/// Codes over 15 are the broadcaster's own.
+/// Codes above 15 are defined by the broadcaster.
 void AddRatings(ByteView data, EitEvent& event)
 {
     for (; data.Size() >= 4; data = data.Part(4)) {

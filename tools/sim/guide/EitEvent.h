@@ -11,10 +11,10 @@ namespace zviptv::sim {
 /// An event's texts in one language, UTF-8.
 struct EitText
 {
-    std::string language; ///< ISO 639-2 as sent; what is no letter reads '?'
+    std::string language; ///< ISO 639-2 as sent; bytes that are not letters become '?'
     std::string title;
     std::string summary;
-    std::string description; ///< of the extended event descriptors, in their order
+    std::string description; ///< text of the extended event descriptors, in their order
 };
 
 struct EitRating
@@ -28,8 +28,8 @@ struct EitEvent
 {
     std::uint16_t serviceId = 0;
     std::uint16_t eventId = 0;
-    std::optional<std::uint32_t> start;    ///< seconds since 1970, UTC; nothing when undefined
-    std::optional<std::uint32_t> duration; ///< seconds; nothing when undefined
+    std::optional<std::uint32_t> start;    ///< seconds since 1970, UTC; empty if undefined
+    std::optional<std::uint32_t> duration; ///< seconds; empty if undefined
     std::uint8_t runningStatus = 0; ///< 1 not running, 2 starts soon, 3 pausing, 4 running; 0 undefined
     bool scrambled = false;
     std::vector<EitText> texts;

@@ -6,9 +6,9 @@
 
 namespace zviptv::sim {
 
-/// A guide of the events whose start is known. Service and event ids are the stream's; an event id is one of
-/// its service's only, so of equal ones GetRating and GetGenre mean that of the lowest service.
-/// `serviceNames` gives the services' names.
+/// A guide of the events with a known start. Service and event ids are those of the stream. An event id is
+/// unique only within its service, so GetRating and GetGenre use that of the lowest service. `serviceNames`
+/// gives the services' names.
 LoadedGuide MakeGuide(EitTable const& table, ServiceNames const& serviceNames = {});
 
 } // namespace zviptv::sim

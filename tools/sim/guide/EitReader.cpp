@@ -10,9 +10,9 @@ namespace {
 constexpr std::uint8_t PresentFollowingActual = 0x4E;
 constexpr std::uint8_t FirstScheduleActual = 0x50;
 constexpr std::uint8_t LastScheduleActual = 0x5F;
-constexpr std::size_t HeadSize = 14; // up to the first event
+constexpr std::size_t HeadSize = 14; // size up to the first event
 constexpr std::size_t CrcSize = 4;
-constexpr std::size_t EventHeadSize = 12; // up to its descriptors
+constexpr std::size_t EventHeadSize = 12; // size up to the descriptors
 
 bool IsOfActualStream(std::uint8_t tableId)
 {

@@ -12,17 +12,17 @@ namespace zviptv::sim {
 class EitTable
 {
 public:
-    /// Sections that are kept; more are ignored.
+    /// The largest number of sections that are kept; more are ignored.
     static constexpr std::size_t MaxSections = 16384;
 
-    /// A sound section (see IsSoundSection). True when it brings something new.
+    /// Adds a valid section (see IsSoundSection). Returns true if it contains new data.
     bool Add(ByteView section);
 
-    /// Null when the stream does not tell.
+    /// The present event of a service; null if the stream does not contain it.
     EitEvent const* Present(std::uint16_t serviceId) const { return PresentOrFollowing(serviceId, 0); }
     EitEvent const* Following(std::uint16_t serviceId) const { return PresentOrFollowing(serviceId, 1); }
 
-    /// Every event once, by service and event id; present and following come before the schedule.
+    /// Every event once, by service and event id; present and following have priority over the schedule.
     std::vector<EitEvent> Events() const;
 
 private:
@@ -49,14 +49,14 @@ private:
     std::size_t m_sections = 0;
 };
 
-/// Reads the event information of a DVB transport stream. Not for ARIB streams, whose times are Japanese and
-/// whose texts are coded differently.
+/// Reads the event information of a DVB transport stream. Not for ARIB streams, which have Japanese times and
+/// a different coding of texts.
 class EitReader
 {
 public:
     static constexpr std::uint16_t Pid = 0x12;
 
-    /// Any packet; those of other PIDs are passed over. True when it brings something new.
+    /// Reads a packet; packets of other PIDs are ignored. Returns true if it contains new data.
     bool Push(TsPacket const& packet);
 
     EitTable const& Table() const { return m_table; }
@@ -66,7 +66,7 @@ private:
     EitTable m_table;
 };
 
-/// The events of one sound section, as far as they are complete.
+/// The complete events of one valid section.
 std::vector<EitEvent> ParseEitEvents(ByteView section);
 
 } // namespace zviptv::sim

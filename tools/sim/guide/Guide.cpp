@@ -74,7 +74,7 @@ std::optional<std::uint32_t> Guide::Present(std::uint64_t serviceId, std::int64_
     return on ? std::optional<std::uint32_t>(position) : std::nullopt;
 }
 
-/// The first of the event at a position in [begin, end).
+/// The first programme of the event at a position in [begin, end).
 std::optional<std::uint32_t> Guide::FindEvent(std::uint32_t eventId, std::uint32_t begin,
                                               std::uint32_t end) const
 {

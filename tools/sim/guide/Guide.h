@@ -22,7 +22,7 @@ struct GuideRating
 {
     std::string system;
     std::string value;
-    std::optional<unsigned> minimumAge; ///< years; nothing when the value names no age
+    std::optional<unsigned> minimumAge; ///< years; empty if the value contains no age
 };
 
 /// One programme. Times are seconds since 1970, UTC.
@@ -32,11 +32,11 @@ struct GuideEntry
     std::uint32_t start = 0;
     std::uint32_t duration = 0; ///< seconds; never 0 in a finished guide
 
-    /// In the language of the first title. Texts without a language belong to it, and what it lacks comes
-    /// from the first other language that has it.
+    /// Texts in the language of the first title. Texts without a language belong to it, and missing texts are
+    /// those of the first other language that has them.
     GuideVersion main;
     std::vector<GuideVersion> translations; ///< the other languages, in the order of their first text
-    std::optional<GuideRating> rating;      ///< the one with the highest age, the first of those
+    std::optional<GuideRating> rating;      ///< the first one with the highest age
     std::string icon;
     std::string episode;
 
@@ -60,7 +60,7 @@ struct GuideRange
     std::uint32_t count = 0;
 };
 
-/// What an application knows of a programme that it means.
+/// The data with which an application identifies a programme.
 struct ProgrammeKey
 {
     std::uint64_t serviceId = 0;
@@ -68,8 +68,8 @@ struct ProgrammeKey
     std::uint32_t startTime = 0; ///< 0: not known
 };
 
-/// A finished programme guide; nothing in it changes, so threads may share it. Programmes are in the order of
-/// their services' ids, then of their start, and are named by their position in it.
+/// A finished, unchangeable programme guide, which threads may share. Programmes are ordered by their
+/// services' ids, then by their start, and are identified by their position.
 class Guide
 {
 public:
@@ -83,21 +83,21 @@ public:
     GuideService const& ServiceAt(std::uint32_t position) const;
     std::vector<GuideService> const& Services() const { return m_services; }
 
-    /// Null when the guide has no such service.
+    /// A service; null if the guide does not have it.
     GuideService const* FindService(std::uint64_t serviceId) const;
 
-    /// The service's programmes that are on at some time in [start, start + duration).
+    /// The service's programmes that are on during [start, start + duration).
     GuideRange List(std::uint64_t serviceId, std::uint32_t start, std::uint32_t duration) const;
 
     /// The programme with start <= now < stop.
     std::optional<std::uint32_t> Present(std::uint64_t serviceId, std::int64_t now) const;
 
-    /// The first with this event id; there is one at most in a guide read from a file.
+    /// The first programme with this event id; a guide from a file has at most one.
     std::optional<std::uint32_t> Find(std::uint32_t eventId) const;
     std::optional<std::uint32_t> Find(std::uint64_t serviceId, std::uint32_t eventId) const;
     std::optional<std::uint32_t> Find(ProgrammeKey const& key) const;
 
-    /// The programme `steps` later of the same service; earlier when negative.
+    /// The programme of the same service that is `steps` later, or earlier if negative.
     std::optional<std::uint32_t> Neighbour(std::uint32_t position, int steps) const;
 
 private:

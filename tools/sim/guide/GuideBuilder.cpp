@@ -8,7 +8,7 @@ namespace zviptv::sim {
 
 namespace {
 
-/// Length of a programme that has no stop and none after it, in seconds.
+/// Length in seconds of a programme without a stop and without a following programme.
 constexpr std::uint32_t DefaultDuration = 30 * 60;
 
 std::string NameOf(GuideService const& service, GuideEntry const& entry)
@@ -50,8 +50,8 @@ void FitTogether(GuideService& service, GuideWarnings& warnings)
 }
 
 /// Sorts the service's programmes by their start and makes sure that at most one is on at a time: of two that
-/// start together the one with the lower event id stays; one that runs into the next ends where that begins;
-/// one without a stop ends there, too.
+/// start together, the one with the lower event id stays. A programme that overlaps the next one, or has no
+/// stop, ends where the next one begins.
 void OrderSchedule(GuideService& service, GuideWarnings& warnings)
 {
     std::sort(service.entries.begin(), service.entries.end(),

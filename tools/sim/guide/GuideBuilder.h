@@ -10,17 +10,17 @@
 
 namespace zviptv::sim {
 
-/// Collects channels and programmes and makes a guide of them.
+/// Collects channels and programmes and makes a guide from them.
 class GuideBuilder
 {
 public:
-    /// A second channel of the same id only adds its names.
+    /// Adds a channel; a second one with the same id only adds its names.
     void AddChannel(GuideChannel channel);
 
-    /// A channel that nobody added becomes one without names.
+    /// Adds a programme; if its channel was not added, adds the channel without names.
     void AddProgramme(ProgrammeDraft draft);
 
-    /// Once only. `serviceNames` as for AssignServiceNumbers.
+    /// Makes the guide; call it only once. `serviceNames` as for AssignServiceNumbers.
     std::shared_ptr<Guide const> Build(ServiceNames const& serviceNames, GuideWarnings& warnings);
 
 private:

@@ -19,7 +19,7 @@ namespace {
 class InputFile
 {
 public:
-    /// Without blocking, in case it is a pipe.
+    /// Opens the file without blocking, in case it is a pipe.
     explicit InputFile(std::string const& path)
         : m_path(path), m_descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY))
     {

@@ -17,11 +17,12 @@ struct LoadedGuide
     GuideWarnings warnings;
 };
 
-/// Reads an XMLTV document. `name` is the document's in errors. @throws GuideError "name:line:column: …"
+/// Reads an XMLTV document. `name` is the name of the document in errors. @throws GuideError
+/// "name:line:column: …"
 LoadedGuide ReadGuide(std::string const& name, ReadBytes const& read, ServiceNames const& serviceNames = {});
 
-/// Reads an XMLTV file; gives up soon after `stop`, when there is one, has become true. @throws GuideError
-/// when it cannot be read or was given up, and as ReadGuide() does
+/// Reads an XMLTV file; stops soon after `stop`, if given, has become true. @throws GuideError if it cannot
+/// be read or was stopped, and like ReadGuide()
 LoadedGuide LoadGuide(std::string const& path, ServiceNames const& serviceNames = {},
                       std::atomic<bool> const* stop = nullptr);
 

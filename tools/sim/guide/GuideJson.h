@@ -13,7 +13,7 @@ std::string ProgrammeJson(Guide const& guide, std::uint32_t position);
 /// An array; it ends before the first programme with which it would have more than `largest` bytes.
 std::string ProgrammesJson(Guide const& guide, GuideRange range, std::size_t largest = SIZE_MAX);
 
-/// Empty when the programme has no rating.
+/// Empty if the programme has no rating.
 std::string RatingJson(Guide const& guide, std::uint32_t position);
 std::string GenresJson(Guide const& guide, std::uint32_t position);
 

@@ -9,20 +9,21 @@
 
 namespace zviptv::sim {
 
-/// A guide cannot be read; what() is one line for the user: file, line, column where there are any, and why.
+/// A guide cannot be read; what() is one line for the user: the file, the line and column if there are any,
+/// and the reason.
 class GuideError : public std::runtime_error
 {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// What was wrong with a guide without keeping it from being read: the number of all, the words of the first.
+/// Warnings about a guide that could be read: their number, and the texts of the first ones.
 class GuideWarnings
 {
 public:
     static constexpr std::size_t MaxKept = 20;
 
-    /// `line` 0: not of a single line.
+    /// Adds a warning; with `line` 0, it is not about a single line.
     void Add(std::uint64_t line, std::string const& text)
     {
         ++m_count;
@@ -33,7 +34,7 @@ public:
 
     std::size_t Count() const { return m_count; }
 
-    /// At most MaxKept, in the order found: "line 12: no such day".
+    /// The first warnings, at most MaxKept: "line 12: no such day".
     std::vector<std::string> const& First() const { return m_first; }
 
 private:

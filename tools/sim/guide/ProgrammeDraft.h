@@ -5,7 +5,7 @@
 
 namespace zviptv::sim {
 
-/// What a text of a programme is.
+/// The kinds of texts of a programme.
 enum class GuideField
 {
     Title,
@@ -18,24 +18,24 @@ enum class GuideField
     Episode
 };
 
-/// A programme as it comes from its source.
+/// A programme as read from its source.
 struct ProgrammeDraft
 {
     struct Text
     {
         GuideField field = GuideField::Title;
-        std::string language; ///< of more than 35 bytes: not known
+        std::string language; ///< unknown if it has more than 35 bytes
         std::string text;
     };
 
     std::uint32_t eventId = 0;
     std::string channel; ///< id of the channel
     std::uint32_t start = 0;
-    std::uint32_t stop = 0; ///< 0: not known
+    std::uint32_t stop = 0; ///< 0 if not known
     std::vector<Text> texts;
 };
 
-/// The programme with its texts sorted; its duration is 0 when no valid stop is known.
+/// The programme with sorted texts; its duration is 0 if no valid stop is known.
 GuideEntry Describe(ProgrammeDraft draft);
 
 } // namespace zviptv::sim

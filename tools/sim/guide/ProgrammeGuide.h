@@ -6,26 +6,26 @@
 
 namespace zviptv::sim {
 
-/// The list that an application asked for last. It stays what it was when another guide is loaded, and keeps
-/// the guide that it is of. The default is "none asked for yet".
+/// The last list that an application requested. It does not change when another guide is loaded, and keeps
+/// its guide. By default, no list has been requested.
 struct GuideList
 {
     std::shared_ptr<Guide const> guide;
     GuideRange range;
 };
 
-/// The simulator's guide: answers the requests of IIPGUtil, as JSON text where they want text. Empty text:
-/// there is no such programme, or no guide. Not thread-safe.
+/// The simulator's guide: answers the requests of IIPGUtil, with texts as JSON. A text is empty if there is
+/// no such programme, or no guide. Not thread-safe.
 class ProgrammeGuide
 {
 public:
-    /// Takes the guide of this XMLTV file. @throws GuideError, then the guide so far stays
+    /// Loads the guide of this XMLTV file. @throws GuideError, and then keeps the previous guide
     GuideWarnings Load(std::string const& path, ServiceNames const& serviceNames = {});
 
-    /// Takes a guide that was made elsewhere, of the stream for example.
+    /// Sets a guide that was made elsewhere, for example from the stream.
     void Use(std::shared_ptr<Guide const> guide) { m_guide = std::move(guide); }
 
-    /// Null before the first.
+    /// The guide; null before the first one.
     std::shared_ptr<Guide const> const& Current() const { return m_guide; }
 
     bool Exists() const { return m_guide != nullptr; }
@@ -52,8 +52,8 @@ public:
     /// GetGenre. An array, empty for a programme without genres.
     std::string Genre(std::uint32_t eventId) const;
 
-    /// GetProgramList. An array, empty when a service of the guide has nothing at that time; as many of the
-    /// programmes as `largest` bytes hold.
+    /// GetProgramList. An array, empty if a service of the guide has no programme in the period; it contains
+    /// as many programmes as fit into `largest` bytes.
     std::string List(std::uint64_t serviceId, std::uint32_t start, std::uint32_t duration,
                      std::size_t largest = SIZE_MAX) const;
 

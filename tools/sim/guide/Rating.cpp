@@ -16,7 +16,7 @@ struct Word
     unsigned age;
 };
 
-/// Values whose age is not the number in them.
+/// Values whose age is not the number that they contain.
 constexpr std::array<Word, 9> Words{{
     {"G", 0},
     {"U", 0},

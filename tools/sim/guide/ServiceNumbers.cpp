@@ -14,7 +14,7 @@ namespace {
 using Numbers = std::vector<std::optional<std::uint64_t>>;
 using Rule = std::function<std::optional<std::uint64_t>(GuideChannel const&)>;
 
-/// The number in front of `end` or of the text's end.
+/// The number before `end` or before the end of the text.
 std::optional<std::uint64_t> LeadingNumber(std::string_view text, char end)
 {
     std::uint64_t number = 0;

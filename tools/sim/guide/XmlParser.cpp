@@ -35,7 +35,7 @@ void XmlParser::Guard(Function function) noexcept
     }
 }
 
-/// What expat calls.
+/// The callbacks of expat.
 struct XmlCallbacks
 {
     static XmlParser& Self(void* data) { return *static_cast<XmlParser*>(data); }
@@ -74,8 +74,8 @@ struct XmlCallbacks
         self.Guard([&] { self.Fail("entity declarations are not allowed"); });
     }
 
-    /// Expat compares each declaration with those before it, and looks at all of an element in each of its
-    /// tags.
+    /// Expat compares each declaration with all earlier ones, and checks all declarations of an element in
+    /// each of its tags.
     static void OnAttributeDeclaration(void* data, XML_Char const*, XML_Char const*, XML_Char const*,
                                        XML_Char const*, int)
     {
@@ -87,7 +87,7 @@ struct XmlCallbacks
         });
     }
 
-    /// A reference to an entity that the unread DTD might declare stays as it is written.
+    /// A reference to an entity that the unread DTD might declare is kept unchanged.
     static void OnSkippedEntity(void* data, XML_Char const* name, int isParameterEntity)
     {
         XmlParser& self = Self(data);
@@ -98,7 +98,7 @@ struct XmlCallbacks
         });
     }
 
-    /// Encodings of one byte a character that expat does not know itself.
+    /// Encodings with one byte per character that expat does not know itself.
     static int OnUnknownEncoding(void*, XML_Char const* name, XML_Encoding* info)
     {
         auto const table = ByteCharacters(name);
@@ -148,8 +148,8 @@ void XmlParser::Fail(std::string const& text) const
     throw GuideError(m_name + ":" + std::to_string(Line()) + ":" + std::to_string(column) + ": " + text);
 }
 
-/// A token that is not finished yet is kept by expat as a whole. Expat from 2.6.0 on, and Debian's 2.5.0 with
-/// the security updates, parse it again only when there is twice as much of it.
+/// Expat keeps the whole of an unfinished token. Expat 2.6.0 and newer, and Debian's 2.5.0 with the security
+/// updates, parse it again only after its size has doubled.
 void XmlParser::CheckTokenSize() const
 {
     XML_Index const done = XML_GetCurrentByteIndex(m_parser.get());
@@ -159,7 +159,7 @@ void XmlParser::CheckTokenSize() const
     }
 }
 
-/// A few bytes of a tag may stand for a default of any length.
+/// A short tag may have default attributes of any length.
 void XmlParser::CountDefaults(char const* const* attributes)
 {
     for (char const* const* text = attributes + XML_GetSpecifiedAttributeCount(m_parser.get()); *text;

@@ -12,7 +12,7 @@ struct XML_ParserStruct;
 
 namespace zviptv::sim {
 
-/// Fills the buffer; 0 at the end. @throws GuideError when reading fails
+/// Fills the buffer; returns 0 at the end. @throws GuideError if reading fails
 using ReadBytes = std::function<std::size_t(char* buffer, std::size_t size)>;
 
 /// The attributes of one element, while its start is handled.
@@ -21,14 +21,15 @@ class XmlAttributes
 public:
     explicit XmlAttributes(char const* const* pairs) : m_pairs(pairs) {}
 
-    /// Empty when there is none of that name.
+    /// The value of an attribute; empty if there is none with this name.
     std::string_view Get(std::string_view name) const;
 
 private:
     char const* const* m_pairs; ///< name, value, name, value … null
 };
 
-/// Takes what an XmlParser finds. Texts are UTF-8, valid during the call. Exceptions end the parsing.
+/// Receives the elements and texts of an XmlParser. Texts are UTF-8 and valid during the call. Exceptions end
+/// the parsing.
 class XmlHandler
 {
 public:
@@ -36,13 +37,14 @@ public:
     virtual void OnStart(std::string_view name, XmlAttributes const& attributes) = 0;
     virtual void OnEnd(std::string_view name) = 0;
 
-    /// A piece of text; it may come in many.
+    /// A piece of text; a text may consist of several pieces.
     virtual void OnText(std::string_view text) = 0;
 };
 
-/// Reads an XML document of any size in pieces. Fetches nothing that a document refers to, and refuses what
-/// would make it grow in memory or take long: entity declarations, more than MaxAttributeDeclarations,
-/// attribute defaults that more than double it, tags and comments over MaxTokenSize, deep nesting.
+/// Reads an XML document of any size in pieces. Does not fetch anything that a document refers to, and
+/// refuses contents that would need much memory or time: entity declarations, more than
+/// MaxAttributeDeclarations, attribute defaults that more than double it, tags and comments over
+/// MaxTokenSize, deep nesting.
 class XmlParser
 {
 public:
@@ -51,19 +53,19 @@ public:
     static constexpr unsigned MaxDepth = 64;
     static constexpr unsigned MaxAttributeDeclarations = 256;
 
-    /// `name` is the document's in error messages.
+    /// `name` is the name of the document in error messages.
     XmlParser(std::string name, XmlHandler& handler);
     XmlParser(XmlParser const&) = delete;
     XmlParser& operator=(XmlParser const&) = delete;
     ~XmlParser();
 
-    /// Once only. @throws GuideError "name:line:column: …"
+    /// Call it only once. @throws GuideError "name:line:column: …"
     void Parse(ReadBytes const& read);
 
-    /// Where parsing is, counting from 1.
+    /// The present position, counting from 1.
     std::uint64_t Line() const;
 
-    /// @throws GuideError with the name and the place where parsing is
+    /// @throws GuideError with the name and the present position
     [[noreturn]] void Fail(std::string const& text) const;
 
 private:
@@ -78,7 +80,8 @@ private:
     void CheckTokenSize() const;
     void CountDefaults(char const* const* attributes);
 
-    /// Runs a callback of expat's. Exceptions must not pass through it: they stop it and wait in m_failure.
+    /// Runs a callback of expat. Exceptions must not pass through expat: they stop it and are kept in
+    /// m_failure.
     template <typename Function>
     void Guard(Function function) noexcept;
 
@@ -89,7 +92,7 @@ private:
     std::uint64_t m_fed = 0; ///< bytes
     unsigned m_depth = 0;
     unsigned m_attributeDeclarations = 0;
-    std::uint64_t m_defaulted = 0; ///< bytes of attributes that no tag has, and the DTD adds
+    std::uint64_t m_defaulted = 0; ///< bytes of attributes that the DTD adds to tags
 };
 
 } // namespace zviptv::sim

@@ -14,9 +14,9 @@ namespace zviptv::sim {
 namespace {
 
 constexpr std::size_t MaxIdSize = 1024;
-constexpr std::size_t MaxLanguageSize = 64; // Describe() takes less
+constexpr std::size_t MaxLanguageSize = 64; // Describe() accepts less
 
-// Depth of elements: 1 tv, 2 channel or programme, 3 what these are made of, 4 a rating's value.
+// Depth of elements: 1 tv, 2 channel or programme, 3 their parts, 4 a rating's value.
 constexpr unsigned ItemDepth = 2;
 constexpr unsigned PartDepth = 3;
 
@@ -28,7 +28,7 @@ constexpr std::array<std::pair<std::string_view, GuideField>, 5> TextFields{{
     {"episode-num", GuideField::Episode},
 }};
 
-/// Seconds as the guide keeps them.
+/// Converts seconds to the type of the guide.
 std::optional<std::uint32_t> ParseTime(std::string_view text)
 {
     auto const time = ParseXmltvTime(text);

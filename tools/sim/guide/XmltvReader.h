@@ -6,20 +6,20 @@
 
 namespace zviptv::sim {
 
-/// Reads an XMLTV document into a builder. Elements that it does not know are passed over.
+/// Reads an XMLTV document into a builder. Unknown elements are ignored.
 class XmltvReader : private XmlHandler
 {
 public:
-    /// Bytes of one text; the rest is left out, with a warning.
+    /// The largest size of a text in bytes; the rest is left out, with a warning.
     static constexpr std::size_t MaxTextSize = 65535;
 
-    /// Texts of one programme; more are left out, with a warning.
+    /// The largest number of texts of a programme; more are left out, with a warning.
     static constexpr std::size_t MaxTexts = 1000;
 
-    /// `name` is the document's in error messages.
+    /// `name` is the name of the document in error messages.
     XmltvReader(std::string name, GuideBuilder& builder, GuideWarnings& warnings);
 
-    /// Once only. @throws GuideError when the document is no XMLTV or not well-formed
+    /// Call it only once. @throws GuideError if the document is not XMLTV or not well-formed
     void Read(ReadBytes const& read);
 
 private:
@@ -54,7 +54,7 @@ private:
     ProgrammeDraft m_draft;
     bool m_keep = false; ///< the programme can be kept
     std::uint32_t m_programmes = 0;
-    unsigned m_textDepth = 0; ///< of the element whose text is being read; 0: none
+    unsigned m_textDepth = 0; ///< depth of the element whose text is being read; 0 for none
     GuideField m_field = GuideField::Title;
     std::string m_language;
     std::string m_text;

@@ -6,13 +6,13 @@
 
 namespace zviptv::sim {
 
-/// Takes blanks and line breaks off the ends; every run of them inside becomes one blank.
+/// Removes blanks and line breaks at both ends, and replaces every run of them inside by one blank.
 void TidyText(std::string& text);
 
-/// The text, cut short where it is long, in quotation marks, for messages.
+/// The text in quotation marks for messages, shortened if it is long.
 std::string Quoted(std::string_view text);
 
-/// The first `limit` bytes of a UTF-8 text, or less where that would cut a character in two.
+/// The first `limit` bytes of a UTF-8 text, or fewer if that would split a character.
 std::string_view CutUtf8(std::string_view text, std::size_t limit);
 
 } // namespace zviptv::sim

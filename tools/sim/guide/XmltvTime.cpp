@@ -50,7 +50,7 @@ std::string_view LeadingDigits(std::string_view text)
     return text.substr(0, static_cast<std::size_t>(end - text.begin()));
 }
 
-/// Takes `count` digits off the front; `fallback` when there are none left.
+/// Removes `count` digits from the front and returns their value; `fallback` if there are none left.
 int Take(std::string_view& digits, std::size_t count, int fallback)
 {
     if (digits.empty()) {
@@ -75,7 +75,8 @@ constexpr int DaysInMonth(int year, int month)
     return month == 2 && IsLeapYear(year) ? 29 : Days[static_cast<std::size_t>(month - 1)];
 }
 
-/// Days since 1970-01-01 in the Gregorian calendar. Years begin in March here, so that a leap day ends one.
+/// Days since 1970-01-01 in the Gregorian calendar. Years begin in March here, so that a leap day is the last
+/// day.
 constexpr std::int64_t DaysSinceEpoch(int year, int month, int day)
 {
     std::int64_t const y = month <= 2 ? year - 1 : year;
@@ -105,7 +106,7 @@ std::optional<std::int64_t> ParseClock(std::string_view digits)
     return DaysSinceEpoch(year, month, day) * 86400 + hour * 3600 + minute * 60 + second;
 }
 
-/// Of "+hhmm", "+hh:mm" or "+hh", in minutes.
+/// The offset "+hhmm", "+hh:mm" or "+hh" in minutes.
 std::optional<int> ParseOffset(std::string_view text)
 {
     int const sign = text.front() == '-' ? -1 : 1;
