@@ -25,9 +25,9 @@ Json::Value GuideValue(std::string const& text)
     std::unique_ptr<Json::CharReader> const reader(builder.newCharReader());
     try {
         Json::Value value;
+        // Half surrogates are not valid UTF-8.
         if (reader->parse(utf8.data(), utf8.data() + utf8.size(), &value, nullptr) &&
-            g_utf8_validate(Compact(value).c_str(), -1, nullptr) !=
-                FALSE) { // half surrogates are not valid UTF-8
+            g_utf8_validate(Compact(value).c_str(), -1, nullptr) != FALSE) {
             return value;
         }
     } catch (Json::Exception const&) { // nested too deeply

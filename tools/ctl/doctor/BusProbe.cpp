@@ -96,8 +96,7 @@ void BusProbe::SayHello(BusFacts& facts)
         facts.reach = Reach::Reached;
         return;
     }
-    bool const isRefused =
-        reply.kind == Reply::Kind::Error || !reply.text.empty(); // or it has closed the connection
+    bool const isRefused = reply.kind == Reply::Kind::Error || !reply.text.empty(); // or is closed
     facts.reach = isRefused ? Reach::Refused : Reach::Silent;
     facts.reason = isRefused ? reply.text : "no answer within 2 seconds";
     Close();

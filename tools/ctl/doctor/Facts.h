@@ -134,8 +134,7 @@ struct VersionFacts
 {
     std::string tool;
     std::string toolFile;
-    std::string
-        loaded; ///< version of the library in this process; empty if its file name does not contain it
+    std::string loaded;             ///< version of the loaded library by its file name; may be empty
     std::string loadedFile;         ///< without symbolic links
     bool isFromLibraryPath = false; ///< its folder is in LD_LIBRARY_PATH
 };
@@ -144,11 +143,10 @@ struct MachineFacts
 {
     bool hasDBus = false; ///< the configuration of a system bus is installed
     bool runsSystemd = false;
-    bool hasUnit = false;           ///< zviptv-sim.service
-    bool hasSysusers = false;       ///< the accounts, for systemd-sysusers
-    std::string sample = "FILE.ts"; ///< a stream for the simulator
-    std::string simulator =
-        "zviptv-sim"; ///< with its folder if it is known, because sudo has a different PATH
+    bool hasUnit = false;                 ///< zviptv-sim.service
+    bool hasSysusers = false;             ///< the accounts, for systemd-sysusers
+    std::string sample = "FILE.ts";       ///< a stream for the simulator
+    std::string simulator = "zviptv-sim"; ///< with its folder if known, as the PATH of sudo differs
 };
 
 struct Facts

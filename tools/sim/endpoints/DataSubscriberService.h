@@ -80,10 +80,9 @@ private:
     Faulty m_faulty;
     MainLoop& m_loop;
     std::map<std::string, Client> m_clients;
-    std::vector<std::unique_ptr<Subscriber>>
-        m_leaving;                    ///< subscribers that are stopping; nothing waits for them
-    Counts m_gone;                    ///< counts of subscribers that have left
-    std::set<std::string> m_replayed; ///< notifications that Push() does not send
+    std::vector<std::unique_ptr<Subscriber>> m_leaving; ///< stopping; nothing waits for them
+    Counts m_gone;                                      ///< counts of subscribers that have left
+    std::set<std::string> m_replayed;                   ///< notifications that Push() does not send
 };
 
 } // namespace zviptv::sim

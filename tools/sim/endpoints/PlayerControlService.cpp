@@ -230,8 +230,7 @@ public:
             .Add(key::FirstPTS, pts.value_or(0))
             .Add(key::TimeBaseDen, TimeBase)
             .Add(key::TimeBaseNum, 1)
-            .Add(key::CurrentTime,
-                 static_cast<std::uint32_t>(now.count())); // the bits that 32-bit applications can read
+            .Add(key::CurrentTime, static_cast<std::uint32_t>(now.count())); // all that 32-bit programs read
     }
 
 private:

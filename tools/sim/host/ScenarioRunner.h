@@ -70,8 +70,7 @@ private:
     bool m_hasStarted = false;
     bool m_hasReported = false;
     bool m_isWritten = true; ///< whether the report was written completely
-    std::shared_ptr<ScenarioRunner> m_self{this,
-                                           [](ScenarioRunner*) {}}; ///< ends with this object, unlike calls
+    std::shared_ptr<ScenarioRunner> m_self{this, [](ScenarioRunner*) {}}; ///< ends with this, unlike calls
 };
 
 } // namespace zviptv::sim

@@ -9,20 +9,19 @@
 
 namespace zviptv::sim {
 
-/// Bytes that arrive while the input is read. Lives on the thread whose default main context calls back.
+/// Bytes that arrive while the input is read. Used on the thread whose default main context calls back.
 class ArrivingBytes : public ByteSource
 {
 public:
-    /// `wake` is called, never from within Read(), when Read() may have more to give than when it last
-    /// returned 0.
+    /// `wake` is called, never inside Read(), when Read() may have new data after it has returned 0.
     void SetWakeUp(std::function<void()> wake) { m_wake = std::move(wake); }
 
-    /// Calls `done` once, now or later, when it is known whether the source can be read; with the empty text
-    /// if it can, else with a line for the user.
+    /// Calls `done` once, now or later, when it is known whether the source can be read: with an empty text
+    /// if it can, otherwise with a line for the user.
     virtual void WhenOpen(std::function<void(std::string const& error)> done) { done({}); }
 
-    /// Adds what it knows: transport, losses, jitter. Sets `state` where that is not merely waiting,
-    /// receiving, stalled or ended.
+    /// Adds its counters: transport, losses, jitter. Sets `state` unless it is waiting, receiving, stalled or
+    /// ended.
     virtual void AddTo(InputCounters& counters) const { static_cast<void>(counters); }
 
     /// @throws StreamError always

@@ -13,7 +13,7 @@ class ByteQueue
 public:
     void Add(ByteView bytes) { m_bytes.insert(m_bytes.end(), bytes.begin(), bytes.end()); }
 
-    /// Takes at most `size` bytes; returns how many.
+    /// Removes at most `size` bytes; returns their number.
     std::size_t Take(std::uint8_t* bytes, std::size_t size)
     {
         std::size_t const taken = std::min(size, Size());

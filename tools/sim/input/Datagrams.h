@@ -23,7 +23,7 @@ public:
         m_entries.push_back({datagram.Size(), arrival});
     }
 
-    /// Calls `use(ByteView, arrival)` for each, in order.
+    /// Calls `use(ByteView, arrival)` for each datagram, in order.
     template <typename Use>
     void ForEach(Use use) const
     {
@@ -37,7 +37,7 @@ public:
     bool Empty() const { return m_entries.empty(); }
     std::size_t Bytes() const { return m_bytes.size(); }
 
-    /// Keeps the memory for the next ones.
+    /// Removes all datagrams, but keeps the memory.
     void Clear()
     {
         m_bytes.clear();

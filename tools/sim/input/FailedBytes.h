@@ -8,7 +8,7 @@
 
 namespace zviptv::sim {
 
-/// Stands for an input that cannot be played: gives nothing, ends, and has the reason.
+/// Replaces an input that cannot be played: contains nothing, ends, and has the reason.
 class FailedBytes : public ArrivingBytes
 {
 public:
@@ -20,7 +20,7 @@ public:
         m_wasRead = true;
         return 0;
     }
-    bool HasEnded() const override { return m_wasRead; } // the reader refuses what has ended at once
+    bool HasEnded() const override { return m_wasRead; } // the reader refuses an input that has ended at once
     std::string const& Name() const override { return m_name; }
 
     void AddTo(InputCounters& counters) const override

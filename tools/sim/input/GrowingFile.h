@@ -6,14 +6,14 @@
 
 namespace zviptv::sim {
 
-/// A file that is being written: it is looked at again and again for more, and never ends. It is played at
-/// its own pace, and so not live. Lives on the thread whose default main context calls back.
+/// A file that is being written: it is checked repeatedly for more data, and never ends. It is played at its
+/// own pace, and therefore not live. Used on the thread whose default main context calls back.
 class GrowingFile : public ArrivingBytes
 {
 public:
-    static constexpr std::chrono::milliseconds Period{100}; ///< between two looks
+    static constexpr std::chrono::milliseconds Period{100}; ///< between two checks
 
-    /// @throws StreamError as FileBytes does
+    /// @throws StreamError like FileBytes
     explicit GrowingFile(std::string const& path) : m_file(path) {}
 
     std::size_t Read(std::uint8_t* bytes, std::size_t size) override;

@@ -14,7 +14,7 @@ constexpr gsize PieceSize = 64 * 1024;
 constexpr std::chrono::seconds FirstRetry{1};
 constexpr std::chrono::seconds LongestRetry{8};
 
-/// Server errors may pass; what the server says about the request does not.
+/// Server errors may be temporary; errors about the request are not.
 bool IsFinal(guint status)
 {
     return status >= 400 && status < 500;
@@ -33,7 +33,7 @@ HttpBytes::HttpBytes(std::string const& url)
       m_session(soup_session_new_with_options("timeout", Timeout, "user-agent", "zviptv-sim", nullptr)),
       m_retryAfter(FirstRetry)
 {
-    // Lengths are those of the stream itself.
+    // No compression, so that lengths are those of the stream.
     soup_session_remove_feature_by_type(m_session.get(), SOUP_TYPE_CONTENT_DECODER);
     RequireHost();
     Send();
@@ -44,7 +44,7 @@ HttpBytes::~HttpBytes()
     g_cancellable_cancel(m_cancellable.get());
 }
 
-/// For a callback that may come when this object is gone.
+/// For a callback that may run after this object was destroyed.
 gpointer HttpBytes::NewToken() const
 {
     return new std::weak_ptr<HttpBytes*>(m_self);
@@ -118,7 +118,7 @@ void HttpBytes::WhenOpen(std::function<void(std::string const& error)> done)
     }
 }
 
-/// Does not touch this object after the call, which may delete it.
+/// Does not use this object after the call, which may delete it.
 void HttpBytes::Opened(std::string const& error)
 {
     auto const done = std::exchange(m_whenOpen, {});
@@ -166,7 +166,7 @@ void HttpBytes::Add(GBytes* bytes)
     SoupEncoding const encoding = soup_message_headers_get_encoding(head);
     bool const isCut = encoding == SOUP_ENCODING_CONTENT_LENGTH &&
                        m_received < static_cast<std::uint64_t>(soup_message_headers_get_content_length(head));
-    if (isCut || encoding == SOUP_ENCODING_EOF) { // of a body without a length nobody knows
+    if (isCut || encoding == SOUP_ENCODING_EOF) { // the end of a body without a length is unknown
         Break("the server has closed the connection", false);
         return;
     }
@@ -175,7 +175,7 @@ void HttpBytes::Add(GBytes* bytes)
     Wake();
 }
 
-/// There is no connection. The first one has to succeed at once.
+/// Handles a failed connection. The first one must succeed at once.
 void HttpBytes::Break(std::string const& reason, bool isFinal)
 {
     m_stream.reset();

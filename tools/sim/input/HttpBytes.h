@@ -10,12 +10,12 @@
 
 namespace zviptv::sim {
 
-/// The body of an answer of HTTP. A connection that breaks is opened again: after 1 s, then 2, 4 and at most
-/// 8 s more, until the server refuses. Lives on the thread whose default main context calls back.
+/// The body of an HTTP response. A broken connection is opened again after 1 s, then 2, 4 and at most 8 s,
+/// until the server refuses. Used on the thread whose default main context calls back.
 class HttpBytes : public ArrivingBytes
 {
 public:
-    /// Sends the request. @throws StreamError when the URL is malformed
+    /// Sends the request. @throws StreamError if the URL is malformed
     explicit HttpBytes(std::string const& url);
     ~HttpBytes() override;
     HttpBytes(HttpBytes const&) = delete;
@@ -57,8 +57,8 @@ private:
     bool m_wasOpen = false;
     bool m_isAsking = false;
     bool m_hasEnded = false;
-    std::uint64_t m_bytes = 0;    ///< of all connections
-    std::uint64_t m_received = 0; ///< of this one
+    std::uint64_t m_bytes = 0;    ///< bytes of all connections
+    std::uint64_t m_received = 0; ///< bytes of this connection
 };
 
 } // namespace zviptv::sim

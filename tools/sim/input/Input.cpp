@@ -20,7 +20,7 @@ bool Input::Read(TsBytes& packet)
     if (!m_reader.Read(packet)) {
         bool const hasSkipped = std::exchange(m_skipped, m_reader.SkippedBytes()) != m_skipped;
         if (hasSkipped && !HasEnded() && m_wake) {
-            m_wake(); // there may be packets after what was skipped
+            m_wake(); // there may be packets after the skipped bytes
         }
         if (!m_emptySince) {
             m_emptySince = std::chrono::steady_clock::now();

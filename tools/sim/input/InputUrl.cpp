@@ -41,7 +41,7 @@ void ReadOptions(InputUrl& url, std::string_view options)
     }
 }
 
-/// udp:// or rtp://, as the user wrote it.
+/// Parses udp:// or rtp://, as the user wrote it.
 std::string SchemeOf(InputUrl const& socket)
 {
     return socket.text.substr(0, 6);

@@ -6,7 +6,7 @@
 
 namespace zviptv::sim {
 
-/// Where an input comes from, as the user writes it: a path, `-`, udp://[@]HOST:PORT[?iface=NAME], rtp://
+/// The source of an input, as the user writes it: a path, `-`, udp://[@]HOST:PORT[?iface=NAME], rtp://
 /// with the same parts, http:// or https://.
 struct InputUrl
 {
@@ -21,12 +21,12 @@ struct InputUrl
 
     Kind kind = Kind::File;
     std::string text; ///< all of it, as given
-    std::string host; ///< of a socket: address or name without brackets; empty for every address
+    std::string host; ///< for a socket: address or name without brackets; empty for every address
     std::uint16_t port = 0;
-    std::string interface; ///< of a socket: network interface; may be empty
+    std::string interface; ///< for a socket: network interface; may be empty
 };
 
-/// A text without :// is a path. @throws StreamError when another one is malformed
+/// A text without :// is a path. @throws StreamError if any other text is malformed
 InputUrl ParseInputUrl(std::string const& text);
 
 } // namespace zviptv::sim

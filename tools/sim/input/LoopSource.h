@@ -19,13 +19,13 @@ public:
     LoopSource& operator=(LoopSource&& other) noexcept;
     ~LoopSource() { Stop(); }
 
-    /// Whenever the descriptor can be read, or has ended.
+    /// Calls it whenever the descriptor can be read, or has ended.
     static LoopSource OnInput(int descriptor, std::function<void()> function);
 
-    /// Whenever the descriptor can be written to, or its reader has gone.
+    /// Calls it whenever the descriptor can be written to, or its reader has closed it.
     static LoopSource OnOutput(int descriptor, std::function<void()> function);
 
-    /// Every `period`.
+    /// Calls it every `period`.
     static LoopSource Every(std::chrono::milliseconds period, std::function<void()> function);
 
     bool IsRunning() const { return m_source != nullptr; }

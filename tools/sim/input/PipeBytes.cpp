@@ -13,7 +13,7 @@ namespace zviptv::sim {
 
 std::unique_ptr<PipeBytes> PipeBytes::OpenFifo(std::string const& path, bool outlivesWriters)
 {
-    // A descriptor that could write, too, is a writer that stays.
+    // A descriptor that could also write would count as a writer that never ends.
     int const access = outlivesWriters ? O_RDWR : O_RDONLY;
     FileHandle pipe(open(path.c_str(), access | O_NONBLOCK | O_CLOEXEC));
     if (!pipe) {
@@ -26,7 +26,8 @@ std::unique_ptr<PipeBytes> PipeBytes::OpenFifo(std::string const& path, bool out
 std::size_t PipeBytes::Read(std::uint8_t* bytes, std::size_t size)
 {
     pollfd ready{m_pipe.Get(), POLLIN, 0};
-    if (poll(&ready, 1, 0) > 0 && ready.revents != 0) { // read() itself may wait: others share standard input
+    // read() itself may block, because other processes share standard input.
+    if (poll(&ready, 1, 0) > 0 && ready.revents != 0) {
         ssize_t const got = read(m_pipe.Get(), bytes, size);
         if (got > 0) {
             m_watch.Stop();
@@ -44,7 +45,7 @@ std::size_t PipeBytes::Read(std::uint8_t* bytes, std::size_t size)
     }
     if (!m_watch.IsRunning()) {
         m_watch = LoopSource::OnInput(m_pipe.Get(), [this] {
-            m_watch.Stop(); // it would call again and again until somebody reads
+            m_watch.Stop(); // it would call repeatedly until the data is read
             Wake();
         });
     }

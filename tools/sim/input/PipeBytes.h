@@ -7,8 +7,8 @@
 
 namespace zviptv::sim {
 
-/// A FIFO, or standard input that is not a regular file. It ends when its last writer has gone; before the
-/// first one it has not begun.
+/// A FIFO, or standard input that is not a regular file. It begins with its first writer, and ends when its
+/// last writer has closed it.
 class PipeBytes : public ArrivingBytes
 {
 public:

@@ -23,13 +23,13 @@ public:
         m_timestamp = timestamp;
     }
 
-    /// The next packet has nothing to do with those before.
+    /// Starts again: the next packet is independent of the previous ones.
     void Restart() { m_arrival.reset(); }
 
     std::uint32_t Microseconds() const { return static_cast<std::uint32_t>(std::lround(m_jitter / 0.09)); }
 
 private:
-    std::optional<double> m_arrival; ///< of the packet before, in ticks
+    std::optional<double> m_arrival; ///< arrival of the previous packet, in ticks
     std::uint32_t m_timestamp = 0;
     double m_jitter = 0; ///< ticks
 };

@@ -11,12 +11,12 @@ namespace zviptv::sim {
 struct RtpPacket
 {
     std::uint16_t sequence = 0;
-    std::uint32_t timestamp = 0; ///< 90 kHz, of a transport stream
+    std::uint32_t timestamp = 0; ///< 90 kHz for a transport stream
     std::uint32_t source = 0;    ///< SSRC
-    ByteView payload;            ///< without list of sources (CSRC), head extension and padding
+    ByteView payload;            ///< without list of sources (CSRC), header extension and padding
 };
 
-/// Nothing when the datagram is not a whole RTP packet of version 2.
+/// Returns nullopt if the datagram is not a complete RTP packet of version 2.
 std::optional<RtpPacket> ParseRtpPacket(ByteView datagram);
 
 } // namespace zviptv::sim

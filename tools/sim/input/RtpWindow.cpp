@@ -5,7 +5,7 @@ namespace zviptv::sim {
 
 namespace {
 
-// RFC 3550, A.1: what is farther from the packets before is another sequence.
+// RFC 3550, A.1: a number that is farther from the previous packets belongs to another sequence.
 constexpr int MaxDropout = 3000;
 constexpr int MaxMisorder = 100;
 
@@ -41,7 +41,7 @@ bool RtpWindow::Push(RtpPacket const& packet)
     m_newNext.reset();
     Number const number = m_next + ahead;
     if (number < m_next) {
-        m_counters.duplicated += m_missed.count(number) == 0 ? 1U : 0U; // else it is too late, and lost
+        m_counters.duplicated += m_missed.count(number) == 0 ? 1U : 0U; // otherwise it is too late, and lost
     } else if (m_held.count(number) != 0) {
         ++m_counters.duplicated;
     } else {
@@ -54,7 +54,7 @@ void RtpWindow::Hold(Number number, ByteView payload)
 {
     m_counters.reordered += number < m_latest ? 1U : 0U;
     m_latest = std::max(m_latest, number);
-    if (number == m_next) { // as a rule
+    if (number == m_next) { // the usual case
         ++m_next;
         m_deliver(payload);
     } else {
@@ -63,7 +63,7 @@ void RtpWindow::Hold(Number number, ByteView payload)
     GoOn();
 }
 
-/// Delivers what is in order now, and gives up what has been waited for long enough.
+/// Delivers the packets that are in order, and gives up packets that are overdue.
 void RtpWindow::GoOn()
 {
     while (!m_held.empty()) {

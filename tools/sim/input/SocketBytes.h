@@ -12,12 +12,12 @@
 
 namespace zviptv::sim {
 
-/// What is sent to a UDP port: a transport stream, in RTP or not. Receives from the first Read() on; what
-/// came before is thrown away.
+/// The transport stream that is sent to a UDP port, in RTP or not. Receives from the first Read() on; earlier
+/// datagrams are discarded.
 class SocketBytes : public ArrivingBytes
 {
 public:
-    /// @throws StreamError as OpenUdpSocket() does
+    /// @throws StreamError like OpenUdpSocket()
     explicit SocketBytes(InputUrl const& url);
 
     std::size_t Read(std::uint8_t* bytes, std::size_t size) override;
@@ -29,7 +29,7 @@ private:
     void Begin();
 
     std::string m_name;
-    FileHandle m_socket; ///< until it is the receiver's
+    FileHandle m_socket; ///< until the receiver takes it over
     ByteQueue m_queue;
     std::optional<RtpStream> m_rtp;
     std::uint64_t m_bytes = 0;

@@ -32,14 +32,14 @@ FileHandle NewEvent()
 void Raise(FileHandle const& event)
 {
     std::uint64_t const one = 1;
-    static_cast<void>(!write(event.Get(), &one, sizeof(one))); // it fails when it is raised already
+    static_cast<void>(!write(event.Get(), &one, sizeof(one))); // it fails if it was already raised
 }
 
-/// What the kernel says about a datagram.
+/// The data of the kernel about a datagram.
 struct Notes
 {
     std::int64_t arrival = 0;           ///< microseconds of the real time clock
-    std::optional<std::uint32_t> drops; ///< of the socket so far
+    std::optional<std::uint32_t> drops; ///< dropped datagrams of the socket so far
 };
 
 std::int64_t RealTime()
@@ -66,7 +66,7 @@ Notes NotesOf(msghdr& message)
     return notes;
 }
 
-/// The next datagram; nothing when none has come.
+/// The next datagram; nullopt if none has arrived.
 std::optional<std::pair<ByteView, Notes>> Next(int socket, std::vector<std::uint8_t>& buffer)
 {
     iovec part{buffer.data(), buffer.size()};
@@ -92,7 +92,7 @@ UdpReceiver::UdpReceiver(FileHandle socket)
     sigset_t all;
     sigset_t before;
     sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before); // signals are for the main thread
+    pthread_sigmask(SIG_SETMASK, &all, &before); // only the main thread receives signals
     m_thread = std::thread([this] { Run(); });
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
@@ -105,7 +105,7 @@ UdpReceiver::~UdpReceiver()
 
 void UdpReceiver::Discard()
 {
-    constexpr int Most = 100'000; // more keep coming than can be thrown away
+    constexpr int Most = 100'000; // limit, in case datagrams arrive faster than they are discarded
     for (int i = 0; i < Most; ++i) {
         if (!Next(m_socket.Get(), m_buffer)) {
             return;
@@ -121,7 +121,7 @@ void UdpReceiver::Run()
         if (waited[1].revents != 0) {
             return;
         }
-        constexpr int Burst = 64; // then see whether to stop
+        constexpr int Burst = 64; // then checks whether to stop
         for (int i = 0; i < Burst && Receive(); ++i) {
         }
     }

@@ -10,28 +10,29 @@
 
 namespace zviptv::sim {
 
-/// Empties a socket on a separate thread, so that the socket's buffer, which may be small, does not fill up
-/// while the main loop is busy. The other functions may be called from any thread.
+/// Reads a socket on a separate thread, so that the socket's buffer, which may be small, does not fill up
+/// while the main loop is busy. All functions may be called from any thread.
 class UdpReceiver
 {
 public:
-    /// Datagrams that wait to be taken: 13 seconds at 20 Mbit/s. Those that find no room are lost.
+    /// The size of the buffer for received datagrams: 13 seconds at 20 Mbit/s. Datagrams that do not fit are
+    /// lost.
     static constexpr std::size_t MaxWaitingBytes = 32 * 1024 * 1024;
 
-    /// What came before is thrown away. @throws std::system_error
+    /// Discards earlier datagrams. @throws std::system_error
     explicit UdpReceiver(FileHandle socket);
     ~UdpReceiver();
     UdpReceiver(UdpReceiver const&) = delete;
     UdpReceiver& operator=(UdpReceiver const&) = delete;
 
-    /// Can be read from, until Acknowledge(), when there are datagrams where there were none.
+    /// Readable, until Acknowledge(), when datagrams have arrived after there were none.
     int ReadyEnd() const { return m_ready.Get(); }
     void Acknowledge();
 
-    /// Moves the datagrams that wait to `taken`, which has to be empty.
+    /// Moves the received datagrams to `taken`, which must be empty.
     void Take(Datagrams& taken);
 
-    /// Datagrams so far that found no room, here or in the socket.
+    /// The number of datagrams that did not fit, here or in the socket.
     std::uint64_t Lost() const;
 
 private:
@@ -42,12 +43,12 @@ private:
     FileHandle m_socket;
     FileHandle m_ready;
     FileHandle m_stop;
-    std::vector<std::uint8_t> m_buffer; ///< of the thread
-    mutable std::mutex m_mutex;         ///< of what follows
+    std::vector<std::uint8_t> m_buffer; ///< used by the thread
+    mutable std::mutex m_mutex;         ///< guards the members below
     Datagrams m_waiting;
     std::uint64_t m_noRoom = 0;
-    std::uint32_t m_drops = 0;                  ///< as the socket counts them, which wraps
-    std::optional<std::uint32_t> m_dropsBefore; ///< the first datagram
+    std::uint32_t m_drops = 0;                  ///< the socket's counter, which wraps
+    std::optional<std::uint32_t> m_dropsBefore; ///< counter before the first datagram
     std::thread m_thread;
 };
 

@@ -16,7 +16,7 @@ namespace zviptv::sim {
 
 namespace {
 
-constexpr int BufferSize = 8 * 1024 * 1024; // three seconds at 20 Mbit/s, where the kernel allows it
+constexpr int BufferSize = 8 * 1024 * 1024; // three seconds at 20 Mbit/s, if the kernel allows it
 
 using Addresses = std::unique_ptr<addrinfo, decltype(&freeaddrinfo)>;
 
@@ -30,7 +30,7 @@ Addresses Resolve(InputUrl const& url)
     addrinfo hints{};
     hints.ai_flags = AI_PASSIVE | AI_NUMERICSERV;
     hints.ai_socktype = SOCK_DGRAM;
-    hints.ai_family = url.host.empty() ? AF_INET6 : AF_UNSPEC; // every address, of IPv4, too
+    hints.ai_family = url.host.empty() ? AF_INET6 : AF_UNSPEC; // every address, also of IPv4
     addrinfo* found = nullptr;
     int const status = getaddrinfo(url.host.empty() ? nullptr : url.host.c_str(),
                                    std::to_string(url.port).c_str(), &hints, &found);
@@ -67,7 +67,7 @@ void Set(FileHandle const& socket, int level, int option, int value)
 int Join(FileHandle const& socket, addrinfo const& address, unsigned int interface)
 {
     if (address.ai_family == AF_INET) {
-        Set(socket, IPPROTO_IP, IP_MULTICAST_ALL, 0); // not what others on this machine have joined
+        Set(socket, IPPROTO_IP, IP_MULTICAST_ALL, 0); // without the groups of other programs
         ip_mreqn request{};
         request.imr_multiaddr = reinterpret_cast<sockaddr_in const*>(address.ai_addr)->sin_addr;
         request.imr_ifindex = static_cast<int>(interface);
@@ -120,7 +120,7 @@ FileHandle OpenUdpSocket(InputUrl const& url)
         Fail(url, std::strerror(errno));
     }
     Set(socket, SOL_SOCKET, SO_RCVBUF, BufferSize);
-    Set(socket, SOL_SOCKET, SO_RCVBUFFORCE, BufferSize); // past the limit, for root
+    Set(socket, SOL_SOCKET, SO_RCVBUFFORCE, BufferSize); // exceeds the limit, for root
     Set(socket, SOL_SOCKET, SO_RXQ_OVFL, 1);
     Set(socket, SOL_SOCKET, SO_TIMESTAMPNS, 1);
     if (isGroup) {

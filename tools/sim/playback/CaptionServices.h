@@ -9,16 +9,16 @@
 
 namespace zviptv::sim {
 
-/// A digital caption service that a caption service descriptor (A/65) announces.
+/// A digital caption service from a caption service descriptor (A/65).
 struct CaptionService
 {
     EZVCaptionService number = ZV_CAPTION_SERVICE_UNKNOWN;
     EZVLanguageCode language = ZV_LANGUAGE_UNKNOWN;
-    char koreanCode = '0'; ///< '1' when Korean characters are coded in two bytes each
+    char koreanCode = '0'; ///< '1' if Korean characters are coded in two bytes each
 };
 
-/// The programme's digital caption services, in the order announced, whether for the programme or a stream of
-/// it.
+/// The programme's digital caption services, of the programme and of its streams, in the order of the
+/// descriptors.
 std::vector<CaptionService> CaptionServices(Programme const& programme);
 
 } // namespace zviptv::sim

@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::uint8_t SubtitleDataUnit = 0x03; // EN 300 472: EBU teletext subtitle data
 
-/// Of a teletext data field, which begins with its data identifier, the units that carry subtitles.
+/// The units with subtitles in a teletext data field, which begins with its data identifier.
 std::vector<std::uint8_t> SubtitleUnits(ByteView field)
 {
     std::vector<std::uint8_t> units;

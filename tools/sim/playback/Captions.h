@@ -9,11 +9,11 @@
 
 namespace zviptv::sim {
 
-/// The caption data in a PES packet: of teletext the data units that carry subtitles, of ARIB captions the
-/// whole data field, from its data identifier on. Nothing when there is none.
+/// The caption data in a PES packet: for teletext, the data units with subtitles; for ARIB captions, the
+/// whole data field from its data identifier. nullopt if there is none.
 std::optional<ZVCaption> CaptionIn(PesPacket const& pes);
 
-/// What an elementary stream's packets are to applications.
+/// The kind of an elementary stream's packets for applications.
 EZVPESType TypeOf(StreamKind kind);
 
 } // namespace zviptv::sim

@@ -9,7 +9,7 @@
 
 namespace zviptv::sim {
 
-/// Finds out how long a file plays, by reading it once more to the end, a few milliseconds at a time.
+/// Measures the duration of a file by reading it once more to the end, a few milliseconds at a time.
 class DurationScan
 {
 public:
@@ -19,7 +19,7 @@ public:
         m_demux.Select(programme);
     }
 
-    /// Reads on for a short while; the duration at the end. @throws StreamError
+    /// Reads for a short while; returns the duration at the end. @throws StreamError
     std::optional<std::chrono::duration<double>> Advance()
     {
         auto const turnEnds = std::chrono::steady_clock::now() + Turn;

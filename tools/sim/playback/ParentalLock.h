@@ -12,21 +12,21 @@ namespace zviptv::sim {
 struct RatedProgramme
 {
     std::uint64_t service = 0;
-    std::optional<std::int64_t> start; ///< seconds since 1970; nothing when the guide knows no programme
+    std::optional<std::int64_t> start; ///< seconds since 1970; empty if the guide has no programme
     int minimumAge = 0;                ///< 0 for none
 };
 
-/// The viewer's lock: programmes above an age, and the service as a whole, until they are unlocked.
+/// The viewer's lock of programmes above an age, and of the whole service, until they are unlocked.
 class ParentalLock
 {
 public:
-    /// `limit`: the highest minimum age that plays without a PIN; nothing locks no programme.
+    /// `limit`: the highest minimum age that plays without a PIN; if empty, no programme is locked.
     ParentalLock(std::optional<int> limit, bool serviceLocked)
         : m_limit(limit), m_serviceLocked(serviceLocked)
     {
     }
 
-    /// The programme that is on. Another programme or age ends the unlocking of a programme; another
+    /// Sets the present programme. Another programme or age ends the unlocking of a programme; another
     /// service also ends that of a service.
     void Follow(RatedProgramme const& present);
 
@@ -36,17 +36,17 @@ public:
 
     void Unlock(EZVParentalLock lock) { m_unlocked = lock; }
 
-    /// The control interface locks, whatever applications have unlocked, or ends that and what the options
-    /// say.
+    /// A lock by the control interface, which overrides the unlocking by applications; or its end, which also
+    /// ends the lock of the options.
     void LockProgramme(bool on);
     void LockService(bool on);
 
-    /// LockProgramme() was called last with true.
+    /// Whether the last LockProgramme() was called with true.
     bool LocksEveryProgramme() const { return m_locksEvery; }
     /// Whether the service is locked until it is unlocked.
     bool LocksService() const { return m_serviceLocked; }
 
-    /// The PIN was entered: the present programme plays. False when it was not locked.
+    /// Unlocks the present programme after the PIN was entered. Returns false if it was not locked.
     bool EnterPin();
 
     void SetFactoryMode(bool on) { m_factoryMode = on; }

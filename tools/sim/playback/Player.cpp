@@ -8,10 +8,10 @@ namespace zviptv::sim {
 
 namespace {
 
-/// Others have their turn after it.
+/// After this time, other work runs.
 constexpr std::chrono::milliseconds LongestTurn{20};
 
-/// The PID whose first time stamp is the programme's.
+/// The PID whose first time stamp is that of the programme.
 std::optional<std::uint16_t> FirstPtsStream(Programme const& programme)
 {
     if (!programme.video.empty()) {
@@ -49,7 +49,7 @@ void Player::Seek(Seconds position)
     m_pacer.Start(m_skipUntil);
 }
 
-/// Time runs on in a stream, so that what has been handed out is reached from the start.
+/// Time increases in a stream, so that the position is reached again from the start.
 void Player::GoTo(Seconds position)
 {
     bool const isAhead = m_passTime + std::chrono::duration_cast<StreamTime>(position) > m_lastTime;
@@ -97,9 +97,9 @@ std::optional<std::chrono::milliseconds> Player::Advance()
     if (m_state == ZV_SOURCE_STATE_STARTING) {
         Begin();
     } else if (m_state == ZV_SOURCE_STATE_PLAYING && !m_next && Fetch() && m_pacer.IsDue(m_next->at.time)) {
-        m_pacer.Start(m_next->at.time); // it goes on after a wait for more
+        m_pacer.Start(m_next->at.time); // it continues after waiting for more data
     }
-    auto const turnEnds = Pacer::Clock::now() + LongestTurn; // a machine too slow for the speed is late
+    auto const turnEnds = Pacer::Clock::now() + LongestTurn; // slow machines fall behind
     while (m_state == ZV_SOURCE_STATE_PLAYING && m_next && m_pacer.IsDue(m_next->at.time) &&
            Pacer::Clock::now() < turnEnds) {
         m_lastTime = m_next->at.time;
@@ -113,7 +113,7 @@ std::optional<std::chrono::milliseconds> Player::Advance()
     return wait ? std::optional(std::chrono::ceil<std::chrono::milliseconds>(*wait)) : std::nullopt;
 }
 
-/// Everything that has come is due.
+/// Everything that has arrived is due.
 std::optional<std::chrono::milliseconds> Player::AdvanceLive()
 {
     auto const turnEnds = Pacer::Clock::now() + LongestTurn;
@@ -142,9 +142,9 @@ void Player::Begin()
     m_state = ZV_SOURCE_STATE_PLAYING;
 }
 
-/// The next event; from the start again at the end of a stream that loops. A pass without any packet is the
-/// end: the file has been cut. The last event of a pass tells when the next one begins. False at the end, and
-/// when nothing has come yet.
+/// Reads the next event; at the end of a looping stream, from its start again. A pass without packets is the
+/// end: the file was truncated. The last event of a pass determines when the next pass begins. Returns false
+/// at the end, and if nothing has arrived yet.
 bool Player::Fetch()
 {
     m_next = m_demux->Next();
@@ -163,7 +163,7 @@ bool Player::Fetch()
     return m_next.has_value();
 }
 
-/// The clock stops where the last event was.
+/// The clock stops at the last event.
 void Player::End()
 {
     if (m_state == ZV_SOURCE_STATE_PLAYING) {
@@ -190,7 +190,7 @@ void Player::Deliver(Event const& event)
     }
 }
 
-/// Time stamps of another programme, or of what else a PID carried before, say nothing of this one.
+/// Discards time stamps of another programme, or of an earlier use of a PID.
 void Player::Change(std::shared_ptr<Programme const> const& next)
 {
     if (m_onProgramme) {

@@ -20,15 +20,15 @@ namespace zviptv::sim {
 struct PlayerOptions
 {
     InputOptions input;
-    std::optional<std::uint16_t> programme; ///< the first one of the stream when empty
-    double speed = 1.0;                     ///< live input sets the pace itself
-    bool loop = false;                      ///< of a file
-    bool mayFail = false;                   ///< if the input cannot be played, begin with Fail()
+    std::optional<std::uint16_t> programme; ///< the first one of the stream if empty
+    double speed = 1.0;                     ///< live input sets its own pace
+    bool loop = false;                      ///< for files only
+    bool mayFail = false;                   ///< if the input cannot be played, start with Fail()
 };
 
-/// Plays a transport stream: hands out PES packets and knows the clock. A file is played at its own pace,
-/// on the simulated clock, live input as it comes. Not thread-safe; lives on the thread whose default main
-/// context calls back. Nothing is handed out but inside Advance().
+/// Plays a transport stream: presents PES packets and keeps the clock. A file is played at its own pace, on
+/// the simulated clock, and live input as it arrives. Not thread-safe; used on the thread whose default main
+/// context calls back. Packets are presented only inside Advance().
 class Player
 {
 public:
@@ -37,34 +37,33 @@ public:
     /// Seconds of the stream, from its first packet.
     using Seconds = std::chrono::duration<double>;
 
-    /// Waits until the input is open. `clock` has to outlive the player. @throws StreamError when it cannot
-    /// be read, is a file without such a programme, or does not go together with the other options, unless it
-    /// may fail
+    /// Waits until the input is open. `clock` must outlive the player. @throws StreamError if the input
+    /// cannot be read, is a file without such a programme, or is not compatible with the other options,
+    /// unless it may fail
     Player(PlayerOptions const& options, SimulatedClock& clock, Listener listener);
 
     /// Plays another input from its start: its first programme, at the speed of the options. `done` is called
-    /// once, now or, for HTTP, from the main context: with the empty text after the change, else with a line
-    /// for the user, and the input so far goes on. An input that is still being opened is given up.
-    ///
-    /// Everything that was known of the input before is forgotten, at once: the listeners hear of a programme
-    /// without a number and tracks, then of the new one, which of live input comes later.
+    /// once, now or, for HTTP, from the main context: with an empty text after the change; otherwise with a
+    /// line for the user, and the previous input continues. An input that is still being opened is abandoned.
+    /// All data about the previous input is discarded at once: the listeners get a programme without a number
+    /// and tracks, then the new one, which for live input arrives later.
     using Opened = std::function<void(std::string const& error)>;
     void Open(InputOptions const& options, Opened done);
 
-    /// The same, and waits until the input is open. @throws StreamError as the constructor does; then nothing
+    /// The same, but waits until the input is open. @throws StreamError like the constructor; then nothing
     /// has changed
     void OpenAndWait(InputOptions const& options, std::optional<std::uint16_t> programme);
 
-    /// Plays an input that cannot be opened: from now on the state is that of an error, and nothing is handed
-    /// out. `error` is a line for the user.
+    /// Sets the state of an input that cannot be opened: an error, and nothing is presented. `error` is a
+    /// line for the user.
     void Fail(InputOptions const& options, std::optional<std::uint16_t> programme, std::string const& error);
 
     /// Goes to a position of a file, and moves the clock by the same distance. The first packet that is
-    /// handed out is the first one that is complete at that position or later. What is passed over is read by
-    /// the next Advance()s. @throws StreamError when the file cannot be read again; then nothing has changed
+    /// presented is the first one that is complete at or after that position. The next calls of Advance()
+    /// read the skipped part. @throws StreamError if the file cannot be read again; then nothing has changed
     void Seek(Seconds position);
 
-    /// What lies before the position of a seek has not been passed over yet.
+    /// Whether the part before the position of a seek is still being read.
     bool IsSeeking() const { return m_next && m_next->at.time < m_skipUntil; }
 
     /// Plays a file from a position that is reached now, with the clock as it is. @throws StreamError as
@@ -85,72 +84,71 @@ public:
     /// while the clock is ahead of what has been played.
     Seconds Position() const;
 
-    /// The position of a stream that began this long ago.
+    /// The position of a stream that began this time ago.
     static Seconds PositionAfter(Seconds passed, std::optional<Seconds> duration, bool loops);
 
-    /// When, on the clock, the position was 0. Meaningful once play has begun.
+    /// The time on the clock at which the position was 0. Only valid after playback has begun.
     SimulatedClock::Time BeganAt() const { return m_pacer.DueAt(m_passTime); }
 
-    /// Of a file; nothing until it is known.
+    /// The duration of a file; nullopt until it is known.
     std::optional<Seconds> const& Duration() const { return m_duration; }
     void SetDuration(Seconds duration) { m_duration = duration; }
 
-    /// Plays another programme of this input, from here on; its duration is not known. False, and nothing
-    /// changes, if there is no such programme.
+    /// Plays another programme of this input from the present position; its duration is unknown. Returns
+    /// false and changes nothing if there is no such programme.
     bool SelectProgramme(std::uint16_t number);
 
-    /// What the input has given so far, and how.
+    /// The counters of the input.
     InputCounters Counters() const;
 
-    /// Called when Advance() has to be called again though it has returned nothing: packets have come, or
+    /// Called when Advance() must be called again although it has returned nullopt: packets have arrived, or
     /// another input is played.
     void SetWakeUp(std::function<void()> wake);
 
-    /// Gets every transport packet as it is read, a little ahead of what is due.
+    /// Gets every transport packet when it is read, slightly before it is due.
     void SetPacketListener(Demux::PacketListener listener);
 
-    /// Gets what the programme that is played becomes, as long as Current() and what was learnt of it still
-    /// are those before.
+    /// Gets the new state of the programme before Current() and the data about it change.
     using ProgrammeListener = std::function<void(Programme const& next)>;
     void SetProgrammeListener(ProgrammeListener listener) { m_onProgramme = std::move(listener); }
 
-    /// Gets every PES packet that is handed out and, with true, those that a seek passes over.
+    /// Gets every PES packet that is presented and, with true, those that a seek skips.
     using PesListener = std::function<void(PesPacket const& pes, bool isPassedOver)>;
     void SetPesListener(PesListener listener) { m_onPes = std::move(listener); }
 
-    /// Called when another input is about to be played.
+    /// Called before another input is played.
     void SetInputListener(std::function<void()> listener) { m_onInput = std::move(listener); }
 
-    /// Hands out what is due; returns how long until more is, nothing when the stream has ended, nothing has
-    /// come yet, or the clock is paused. @throws StreamError when reading fails
+    /// Presents the packets that are due. Returns the time until the next ones, or nullopt if the stream has
+    /// ended, nothing has arrived yet, or the clock is paused. @throws StreamError if reading fails
     std::optional<std::chrono::milliseconds> Advance();
 
-    /// Starting until something has been handed out, and while the input is stalled.
+    /// Starting until something has been presented, and while the input is stalled.
     EZVSourceState State() const;
 
-    /// The stream has been handed out to its end.
+    /// Whether the stream has been presented to its end.
     bool HasEnded() const { return m_state == ZV_SOURCE_STATE_ENDED; }
 
     /// All programmes of the stream, in the order of the PAT.
     std::vector<Programme> const& Programmes() const { return m_demux->Programmes(); }
 
-    /// The programme that is played; one without a number and tracks as long as it is not known.
+    /// The programme that is played; without a number and tracks until it is known.
     Programme const& Current() const { return *m_programme; }
 
-    /// The system time clock, 90 kHz; nothing before the first packet, or when the stream has no clock. It
+    /// The system time clock, 90 kHz; nullopt before the first packet, or if the stream has no clock. It
     /// stops at the end of the stream.
     std::optional<std::uint64_t> Stc() const;
 
-    /// First time stamp of the video, or where there is none of the first audio track, 90 kHz.
+    /// First time stamp of the video or, without video, of the first audio track, 90 kHz.
     std::optional<std::uint64_t> FirstPts() const;
 
-    /// What the video's sequence head says; nothing before it has passed.
+    /// The format in the video's sequence header; nullopt before it has been presented.
     std::optional<VideoFormat> const& Format() const { return m_format; }
 
-    /// What the audio frames that have passed say, the latest of each track.
+    /// The formats in the last presented audio frames of each track.
     AudioFormats const& Sounds() const { return m_sounds; }
 
-    /// Languages of the ARIB texts, as far as their management data has passed.
+    /// Languages of the ARIB texts whose management data has been presented.
     AribLanguages const& TextLanguages() const { return m_textLanguages; }
 
 private:
@@ -174,8 +172,8 @@ private:
 
     bool m_loop;
     SimulatedClock& m_clock;
-    InputOptions m_options;                ///< of the input that is played
-    std::optional<std::uint16_t> m_choice; ///< the programme that was asked for
+    InputOptions m_options;                ///< options of the present input
+    std::optional<std::uint16_t> m_choice; ///< the requested programme
     Listener m_listener;
     Demux::PacketListener m_onPacket;
     ProgrammeListener m_onProgramme;
@@ -183,20 +181,20 @@ private:
     std::function<void()> m_onInput;
     std::function<void()> m_wake;
     std::unique_ptr<Demux> m_demux;
-    sim::Input* m_input = nullptr; ///< the demultiplexer's; never null
+    sim::Input* m_input = nullptr; ///< input of the demultiplexer; never null
     std::unique_ptr<sim::Input> m_opening;
     InputOptions m_openingOptions;
-    Opened m_onOpened; ///< for it
+    Opened m_onOpened; ///< callback for it
     Pacer m_pacer;
     std::shared_ptr<Programme const> m_programme;
     std::optional<Event> m_next;
     std::uint64_t m_passBegan = 0; ///< packets read before this pass over the stream
-    StreamTime m_passTime{};       ///< when this pass began
-    StreamTime m_skipUntil{};      ///< what comes before is not handed out
-    StreamTime m_lastTime{};       ///< of the event that was handed out last
+    StreamTime m_passTime{};       ///< time at which this pass began
+    StreamTime m_skipUntil{};      ///< earlier packets are not presented
+    StreamTime m_lastTime{};       ///< time of the last presented event
     std::optional<Seconds> m_duration;
     EZVSourceState m_state = ZV_SOURCE_STATE_STARTING;
-    std::optional<std::uint64_t> m_lastStc; ///< where the clock stopped at the end
+    std::optional<std::uint64_t> m_lastStc; ///< value at which the clock stopped at the end
     std::optional<VideoFormat> m_format;
     AudioFormats m_sounds;
     AribLanguages m_textLanguages;

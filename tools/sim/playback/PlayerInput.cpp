@@ -5,7 +5,7 @@
 
 #include <utility>
 
-// What a player does about inputs and their programmes.
+// The player's handling of inputs and their programmes.
 
 namespace zviptv::sim {
 
@@ -52,7 +52,7 @@ std::unique_ptr<Demux> Player::Load(std::unique_ptr<sim::Input> input,
     return demux;
 }
 
-/// From its start.
+/// Plays from the start.
 void Player::Take(std::unique_ptr<Demux> demux, sim::Input* input)
 {
     m_demux = std::move(demux);
@@ -70,7 +70,7 @@ void Player::Take(std::unique_ptr<Demux> demux, sim::Input* input)
 void Player::Use(std::unique_ptr<Demux> demux, sim::Input* input)
 {
     if (m_demux) {
-        Change(std::make_shared<Programme const>()); // nothing chosen for another input holds for this one
+        Change(std::make_shared<Programme const>()); // selections for another input do not apply to this one
     }
     m_duration.reset();
     Take(std::move(demux), input);
@@ -79,7 +79,7 @@ void Player::Use(std::unique_ptr<Demux> demux, sim::Input* input)
     }
 }
 
-/// The same input from its start; what was chosen stays.
+/// Plays the same input from its start, and keeps the selections.
 void Player::Reopen()
 {
     std::unique_ptr<sim::Input> input = OpenInputAndWait(m_options);
@@ -177,7 +177,7 @@ bool Player::SelectProgramme(std::uint16_t number)
     }
     m_choice = number;
     m_next.reset();
-    m_duration.reset(); // by the programme's own clock
+    m_duration.reset(); // the duration depends on the programme's clock
     Change(m_demux->Current());
     if (m_wake) {
         m_wake();
@@ -197,7 +197,7 @@ void Player::SetPacketListener(Demux::PacketListener listener)
     m_demux->SetPacketListener(m_onPacket);
 }
 
-/// The programme that was asked for is not among those that the tables name.
+/// Handles that the requested programme is not in the tables.
 bool Player::LacksProgramme() const
 {
     return m_choice && !m_demux->Current() && m_demux->HasAllTables();

@@ -32,7 +32,7 @@ bool IsSame(ZVISDBText const& left, ZVISDBText const& right)
     return left.pid == right.pid && left.language == right.language;
 }
 
-/// Where the chosen record of `before` is in `now`; the first place when it is not there.
+/// The position in `now` of the selected record of `before`; the first position if it is missing.
 template <typename Index, typename Record>
 Index Moved(Index chosen, std::vector<Record> const& before, std::vector<Record> const& now)
 {

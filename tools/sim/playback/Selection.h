@@ -11,10 +11,10 @@ namespace zviptv::sim {
 class Player;
 struct Programme;
 
-/// What applications, or the control interface, have chosen.
+/// The selections of applications and of the control interface.
 struct Selection
 {
-    /// Instead of an application's bus name, where the control interface has muted.
+    /// Replaces an application's bus name if the control interface has muted.
     static constexpr char Control[] = "control";
 
     std::string audioMutedBy; ///< bus name of the application; empty while the sound is heard
@@ -26,8 +26,8 @@ struct Selection
     EZVMultiSoundMode dualSound = ZV_MULTI_SOUND_STEREO;
     std::string appId;
 
-    /// The player is about to play `next`: what is chosen stays chosen where that has it, too, at whatever
-    /// place; else the first is.
+    /// Call it before the player plays `next`: a selection is kept if `next` has the record, at any position;
+    /// otherwise the first record is selected.
     void Follow(Player const& player, Programme const& next);
 };
 

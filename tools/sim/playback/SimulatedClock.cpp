@@ -65,7 +65,7 @@ void SimulatedClock::SetUnixTime(std::int64_t seconds)
     m_state.unixOffset = seconds * Second - Count(Shows());
 }
 
-/// What follows holds from now on.
+/// Starts a new segment of the clock at the present time.
 void SimulatedClock::Settle()
 {
     m_state.simulated = Count(Shows());

@@ -8,7 +8,7 @@
 
 namespace zviptv::sim {
 
-/// The one clock of the simulator: the stream's position, the guide's clock and the time in GetFirstPTS
+/// The only clock of the simulator: the stream's position, the guide's clock and the time in GetFirstPTS
 /// follow it. It runs at a speed, can be paused, and jumps with a seek. At normal speed it shows the steady
 /// clock. Not thread-safe.
 class SimulatedClock
@@ -18,7 +18,8 @@ public:
     using Time = Real::time_point;
     using Now = std::function<Time()>;
 
-    /// What is needed to go on with the clock in another process: the steady clock is the machine's.
+    /// The state with which another process can continue the clock: processes of a machine have the same
+    /// steady clock.
     struct State
     {
         std::int64_t real = 0;       ///< nanoseconds on the steady clock
@@ -28,13 +29,13 @@ public:
         bool paused = false;
     };
 
-    /// `unixTime`: what the guide's clock shows now, seconds since 1970; the real time when empty.
+    /// `unixTime`: the present time of the guide's clock, seconds since 1970; the real time if empty.
     SimulatedClock(double speed, std::optional<std::int64_t> unixTime, Now realNow = &Real::now);
 
     Time Shows() const;
     /// The guide's clock, seconds since 1970.
     std::int64_t UnixTime() const;
-    /// What the guide's clock shows when this one shows `time`.
+    /// The time of the guide's clock when this clock shows `time`.
     double UnixTimeAt(Time time) const;
     void SetUnixTime(std::int64_t seconds);
 
@@ -42,10 +43,11 @@ public:
     void SetSpeed(double speed);
     bool IsPaused() const { return m_state.paused; }
     void Pause(bool on);
-    /// A seek: forwards, or backwards when negative.
+    /// Jumps with a seek: forwards, or backwards if negative.
     void Jump(std::chrono::nanoseconds distance);
 
-    /// How long it takes until the clock shows `time`: zero or less when it does; nothing while it is paused.
+    /// The real time until the clock shows `time`: zero or less if it already does; nullopt while the clock
+    /// is paused.
     std::optional<std::chrono::nanoseconds> Until(Time time) const;
 
     State const& Keep() const { return m_state; }

@@ -10,26 +10,26 @@
 
 namespace zviptv::sim {
 
-// What a programme announces, as the records that applications get, in the order of the PMT.
+// The tracks of a programme as records for applications, in the order of the PMT.
 
-/// With what is known of the tracks' frames.
+/// The audio tracks, with the data of their frames, as far as known.
 std::vector<ZVAudio> AudioTracks(Programme const& programme, AudioFormats const& formats = {});
 std::vector<ZVTTX> TeletextPages(Programme const& programme);
 
 /// DVB subtitles.
 std::vector<ZVHybridSBT> Subtitles(Programme const& programme);
 
-/// All subtitles: the DVB ones, then the teletext pages that carry some.
+/// All subtitles: DVB subtitles, then teletext pages with subtitles.
 std::vector<ZVHybridSBT> HybridSubtitles(Programme const& programme);
 
-/// One a stream; one a language where the stream's languages are known.
+/// One for each stream; one for each language if the stream's languages are known.
 std::vector<ZVISDBText> IsdbTexts(Programme const& programme, EZVISDBTextType type,
                                   AribLanguages const& languages = {});
 
-/// A page that carries subtitles.
+/// Whether the page has subtitles.
 bool IsSubtitle(ZVTTX const& page);
 
-/// Meant for the hard of hearing.
+/// Whether it is for the hard of hearing.
 bool IsForHardOfHearing(ZVTTX const& page);
 
 } // namespace zviptv::sim

@@ -40,7 +40,7 @@ std::size_t CharacterAt(std::string const& text, std::size_t at)
     return isShortest && isAllowed ? length : 0;
 }
 
-/// The value of an attribute: what XML does not allow is replaced.
+/// The value of an attribute, without characters that XML does not allow.
 std::string Escaped(std::string const& text)
 {
     std::string escaped;

@@ -21,7 +21,7 @@ constexpr char Forms[] =
     "SECONDS VERB, after METHOD VERB, expect METHOD within SECONDS, expect no METHOD for "
     "SECONDS, or include FILE";
 
-/// The word, or an error that says what is missing.
+/// The word; if it is missing, throws an error that says what is missing.
 Word const& Require(std::vector<Word> const& words, std::size_t index, std::string const& what)
 {
     if (index >= words.size()) {
@@ -80,7 +80,7 @@ Expectation TakeExpectation(std::vector<Word> const& words, std::size_t next)
     return expectation;
 }
 
-/// Ends the reading of a scenario with very many errors.
+/// Ends reading a scenario with too many errors.
 struct TooManyErrors
 {
 };
@@ -119,7 +119,7 @@ public:
     }
 
 private:
-    /// @throws std::runtime_error when it cannot be read
+    /// @throws std::runtime_error if it cannot be read
     void ReadFile(std::string const& file)
     {
         std::istringstream content(WithoutMark(m_source.read(file)));
@@ -133,7 +133,7 @@ private:
                 AddProblem({file, number, failure.Column()}, failure.what());
             }
             if (line.find('\0') != std::string::npos) {
-                break; // not a text file: what follows would only repeat this
+                break; // not a text file: the following lines would cause the same error
             }
         }
         m_open.pop_back();
@@ -178,7 +178,7 @@ private:
         m_scenario.steps.push_back(std::move(step));
     }
 
-    /// When the step runs. Returns the place of the word after that.
+    /// Reads when the step runs. Returns the position of the following word.
     static std::size_t TakeStart(std::vector<Word> const& words, Step& step)
     {
         std::size_t next = 0;
@@ -220,7 +220,7 @@ private:
 
     ScenarioSource const& m_source;
     Scenario m_scenario;
-    std::vector<std::string> m_open; ///< the file that is read, and those that include it
+    std::vector<std::string> m_open; ///< the present file, and those that include it
     std::size_t m_included = 0;
     std::string m_problems; ///< a line for each error
     std::size_t m_errors = 0;

@@ -8,20 +8,20 @@
 
 namespace zviptv::sim {
 
-/// What is wrong with a scenario: a line for each problem, FILE:LINE:COLUMN first.
+/// The errors in a scenario, one line for each, which begins with FILE:LINE:COLUMN.
 class ScenarioError : public std::runtime_error
 {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// What a scenario needs to be read: nothing here knows files or verbs.
+/// Callbacks to read a scenario: the parser itself does not know files or verbs.
 struct ScenarioSource
 {
     /// The content of a file. @throws std::runtime_error with the reason
     std::function<std::string(std::string const& path)> read;
 
-    /// Checks a verb and its arguments, and makes those paths that are relative to the file's folder.
+    /// Checks a verb and its arguments, and resolves paths relative to the file's folder.
     /// @throws LineError
     std::function<void(std::vector<Word>& verb, std::string const& folder)> check;
 };

@@ -75,7 +75,7 @@ constexpr Integer Integers[] = {
     {"i64", ReadNumber<std::int64_t>, "a number from -9223372036854775808 to 9223372036854775807"},
 };
 
-/// What a value means, in one spelling for all that mean the same; or nothing, and then what is accepted.
+/// The value in a normal form, which is the same for equal values; or nullopt and the accepted values.
 struct Meaning
 {
     std::optional<std::string> value;

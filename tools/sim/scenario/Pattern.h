@@ -9,7 +9,7 @@
 
 namespace zviptv::sim {
 
-/// A request as an application has sent it: values as they are on the bus.
+/// A request of an application, with the values as on the bus.
 struct SeenRequest
 {
     std::string function;
@@ -19,12 +19,12 @@ struct SeenRequest
 /// "MuteAudio onoff=1", in the order of the keys
 std::string ToText(SeenRequest const& request);
 
-/// What a request has to be: METHOD [KEY=VALUE...], in the words of the protocol.
+/// A pattern for requests: METHOD [KEY=VALUE...], in the words of the protocol.
 class Pattern
 {
 public:
-    /// Takes the words from `next` on, as far as they belong to the pattern.
-    /// @throws LineError when the protocol has no such function, key or value
+    /// Reads the words from `next` on that belong to the pattern.
+    /// @throws LineError if the protocol has no such function, key or value
     static Pattern Take(std::vector<Word> const& words, std::size_t& next);
 
     bool Matches(SeenRequest const& request) const;
@@ -34,7 +34,7 @@ private:
     void TakeValue(Word const& word);
 
     std::string m_function;
-    std::map<std::string, std::string> m_values; ///< as they are on the bus
+    std::map<std::string, std::string> m_values; ///< values as on the bus
 };
 
 } // namespace zviptv::sim

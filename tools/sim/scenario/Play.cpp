@@ -55,7 +55,7 @@ void Play::Advance(double now)
     }
 }
 
-/// Begins an expectation, or has the verb performed.
+/// Begins an expectation, or performs the verb.
 void Play::Run(std::size_t step, double now)
 {
     Outcome& outcome = m_outcomes[step];
@@ -120,7 +120,7 @@ std::string Play::WhatCame(std::size_t step) const
     return text;
 }
 
-/// Its time is over.
+/// Closes an expectation whose time is over.
 void Play::Close(std::size_t step)
 {
     Expectation const& expectation = *m_scenario.steps[step].expectation;
@@ -139,8 +139,7 @@ void Play::Fail(std::size_t step, std::string const& why)
     m_outcomes[step].seen = why;
 }
 
-/// An expectation that a request stays away has come true as far as that can be; one that never began was not
-/// checked.
+/// At the end, an open expectation without a request is met; an expectation that never began was not checked.
 void Play::End(double now, std::string const& why)
 {
     Advance(now);

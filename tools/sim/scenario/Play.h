@@ -10,16 +10,16 @@
 
 namespace zviptv::sim {
 
-/// What has become of a step.
+/// The outcome of a step.
 struct Outcome
 {
     enum class State
     {
-        Waiting, ///< its time or its request has not come
-        Open,    ///< an expectation whose time runs
-        Met,     ///< an expectation that came true, or a verb that ran
-        Unmet,   ///< an expectation that did not come true
-        Failed   ///< a verb that the television refused
+        Waiting, ///< its time or its request has not arrived
+        Open,    ///< an expectation whose time is running
+        Met,     ///< an expectation that was met, or a verb that ran
+        Unmet,   ///< an expectation that was not met
+        Failed   ///< a verb that was refused
     };
 
     State state = State::Waiting;
@@ -28,8 +28,8 @@ struct Outcome
     std::string seen; ///< in words
 };
 
-/// A scenario that runs: says which verb is due, and judges what applications send. It knows no clock: every
-/// call has the scenario time, in seconds. Not thread-safe.
+/// A running scenario: determines which verbs are due, and checks the requests of applications. It has no
+/// clock: every call passes the scenario time, in seconds. Not thread-safe.
 class Play
 {
 public:
@@ -38,27 +38,27 @@ public:
     /// `perform` is called with the number of each step whose verb is due.
     Play(Scenario const& scenario, Perform perform);
 
-    /// Runs what is due, and closes the expectations whose time is over.
+    /// Runs the steps that are due, and closes the expectations whose time is over.
     void Advance(double now);
 
     void OnRequest(SeenRequest const& request, double now);
 
-    /// The verb of a step has been refused.
+    /// Call it when the verb of a step was refused.
     void Fail(std::size_t step, std::string const& why);
 
-    /// Nothing more will come. `why`: "the command ended". `now` is negative when the scenario never began.
+    /// Ends the scenario. `why`: "the command ended". `now` is negative if the scenario never began.
     void End(double now, std::string const& why);
 
-    /// When Advance() is due; nothing while only requests can go on.
+    /// The time at which Advance() is due; nullopt while only requests can continue the scenario.
     std::optional<double> Next() const;
 
-    /// Every step has run, and every expectation is decided.
+    /// Whether every step has run and every expectation is decided.
     bool IsOver() const;
 
     Scenario const& Steps() const { return m_scenario; }
     Outcome const& Of(std::size_t step) const { return m_outcomes[step]; }
 
-    /// An expectation did not come true, or a verb was refused.
+    /// Whether an expectation was not met, or a verb was refused.
     bool HasFailed() const;
 
 private:
@@ -77,7 +77,7 @@ private:
 
     Scenario const& m_scenario;
     Perform m_perform;
-    std::vector<Outcome> m_outcomes; ///< one for each step, as m_windows
+    std::vector<Outcome> m_outcomes; ///< one for each step, like m_windows
     std::vector<Window> m_windows;
     std::vector<std::size_t> m_timetable; ///< the steps without a trigger, by their times
     std::size_t m_next = 0;               ///< the first one of these that has not run

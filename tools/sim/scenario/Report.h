@@ -7,8 +7,8 @@
 
 namespace zviptv::sim {
 
-/// What became of each expectation, of verbs that were refused and of steps that did not run: a line each,
-/// below a heading. Empty when there is none of them.
+/// The outcomes of expectations, refused verbs and steps that did not run: a heading and one line for each.
+/// Empty if there are none.
 std::string TextReport(Play const& play);
 
 /// The same as JUnit XML: a test case for each expectation, and an error for each verb that was refused.

@@ -9,7 +9,7 @@
 
 namespace zviptv::sim {
 
-/// Where something stands in a scenario.
+/// A place in a scenario.
 struct Place
 {
     std::string file;
@@ -20,29 +20,29 @@ struct Place
 /// "film.scenario:3:7"
 std::string ToText(Place const& place);
 
-/// What an application is expected to do.
+/// An expected behaviour of an application.
 struct Expectation
 {
     Pattern request;
-    bool isWanted = true; ///< it shall come; else it shall not
-    double seconds = 0;   ///< in this time
+    bool isWanted = true; ///< the request must arrive; otherwise it must not
+    double seconds = 0;   ///< time limit
 };
 
-/// What a line says: at a time, or after a request, a verb or an expectation.
+/// A line: a verb or an expectation, at a time or after a request.
 struct Step
 {
     Place place;
     std::string text;             ///< the line, without its comment
-    double second = 0;            ///< of a step that has no trigger
+    double second = 0;            ///< time of a step without a trigger
     std::optional<Pattern> after; ///< the request after which it runs
     std::optional<Expectation> expectation;
-    std::vector<std::string> verb; ///< with its arguments, of a step without an expectation
+    std::vector<std::string> verb; ///< verb and arguments of a step without an expectation
 };
 
 struct Scenario
 {
     std::string file;
-    std::vector<Step> steps; ///< in the order of the lines, those of included files in their place
+    std::vector<Step> steps; ///< in the order of the lines, with included files in place
 };
 
 } // namespace zviptv::sim

@@ -6,7 +6,7 @@
 
 namespace zviptv::sim {
 
-/// To milliseconds, without zeros at the end: "1.25"
+/// With at most three decimals, without zeros at the end: "1.25"
 inline std::string SecondsText(double seconds)
 {
     char text[64];

@@ -12,7 +12,7 @@ bool IsBlank(char letter)
 
 constexpr char NoText[] = "a NUL byte: the file is not plain text; save it as UTF-8 text";
 
-/// Reads a line letter by letter and counts its characters, which UTF-8 may write with several bytes.
+/// Reads a line byte by byte and counts its characters, which may have several bytes in UTF-8.
 class Reader
 {
 public:
@@ -92,7 +92,7 @@ Line SplitLine(std::string const& text)
         }
     }
     while (!reader.IsAtEnd()) {
-        reader.Take(); // a comment is text, too
+        reader.Take(); // a comment is checked, too
     }
     line.text = text.substr(begin, end - begin);
     return line;

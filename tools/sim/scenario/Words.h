@@ -11,7 +11,7 @@ namespace zviptv::sim {
 struct Word
 {
     std::string text;    ///< without its quotation marks
-    unsigned column = 1; ///< of its first character, from 1
+    unsigned column = 1; ///< column of its first character, from 1
     unsigned end = 1;    ///< the column after it
 };
 
@@ -21,7 +21,7 @@ struct Line
     std::string text; ///< without blanks around it, and without a comment
 };
 
-/// What is wrong at a column of a line.
+/// An error at a column of a line.
 class LineError : public std::runtime_error
 {
 public:
@@ -32,9 +32,9 @@ private:
     unsigned m_column;
 };
 
-/// Takes a line apart. Blanks separate words; "..." encloses any text, in which a backslash stands before a
+/// Splits a line into words. Blanks separate words; "..." encloses any text, in which a backslash precedes a
 /// quotation mark or a backslash. # at the beginning of a word begins a comment.
-/// @throws LineError when a quotation mark is not closed, or the line contains a NUL byte
+/// @throws LineError if a quotation mark is not closed, or the line contains a NUL byte
 Line SplitLine(std::string const& text);
 
 } // namespace zviptv::sim
