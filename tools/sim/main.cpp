@@ -17,7 +17,7 @@
 int main(int argc, char** argv)
 {
     zviptv::OccupyStandardStreams();
-    std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ); // a line is seen at once, in a pipe too
+    std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ); // a line is written at once, also to a pipe
     int exitStatus = 0;
     auto const options = zviptv::sim::ParseCommandLine(argc, argv, exitStatus);
     if (!options) {
@@ -28,10 +28,10 @@ int main(int argc, char** argv)
             zviptv::sim::ListServices(options->service.playback, options->service.guide);
             return 0;
         }
-        std::signal(SIGPIPE, SIG_IGN); // a reader that goes away shows as a failed write
+        std::signal(SIGPIPE, SIG_IGN); // if a reader closes the pipe, the write fails
         bool const returns = std::strcmp(argv[0], zviptv::sim::ReturningName) == 0;
         if (returns || std::strcmp(argv[0], zviptv::sim::ServiceName) == 0) {
-            prctl(PR_SET_NAME, "zviptv-sim"); // the program was executed by another name
+            prctl(PR_SET_NAME, "zviptv-sim"); // the program was executed with another name
             return zviptv::sim::RunService(options->service, returns);
         }
         return zviptv::sim::Run(*options, zviptv::sim::PrepareScenario(*options));

@@ -22,8 +22,8 @@ std::uint32_t ReadSampleRate(BitReader& bits)
     return code == RateFollows ? bits.Bits(24) : SampleRateOf(code);
 }
 
-/// Nothing in the head says whether two channels are one stereo sound; an arrangement of its own says
-/// neither.
+/// The header does not show whether two channels are one stereo sound; neither does a custom channel
+/// arrangement.
 AudioFormat FormatOf(std::uint32_t sampleRate, std::uint32_t channels)
 {
     AudioFormat format;
@@ -55,8 +55,8 @@ AudioFormat ReadSpecificConfig(BitReader& bits)
     return FormatOf(sampleRate, type == ParametricStereo ? 2 : channels);
 }
 
-/// Of the plain form, which has one programme of one layer; other forms tell nothing, nor does a rate that no
-/// sound has.
+/// The format of the simple form with one programme of one layer; other forms and impossible sampling rates
+/// have none.
 std::optional<AudioFormat> ReadStreamMuxConfig(BitReader& bits)
 {
     constexpr std::uint32_t HighestRate = 192000;

@@ -5,7 +5,7 @@
 
 namespace zviptv::sim {
 
-/// The frame that begins with the first byte; nothing when none does.
+/// The frame that begins with the first byte; nullopt if there is none.
 std::optional<AudioFrame> ParseAdtsFrame(ByteView bytes);
 std::optional<AudioFrame> ParseLatmFrame(ByteView bytes);
 

@@ -5,7 +5,7 @@
 
 namespace zviptv::sim {
 
-/// The frame of AC-3 or E-AC-3 that begins with the first byte; nothing when none does.
+/// The AC-3 or E-AC-3 frame that begins with the first byte; nullopt if there is none.
 std::optional<AudioFrame> ParseAc3Frame(ByteView bytes);
 
 } // namespace zviptv::sim

@@ -5,7 +5,7 @@
 
 namespace zviptv::sim {
 
-/// Reads bits, most significant first. Past the end it reads zeros and Ok() turns false.
+/// Reads bits, most significant first. After the end it reads zeros, and Ok() becomes false.
 class BitReader
 {
 public:

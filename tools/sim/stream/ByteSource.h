@@ -15,20 +15,20 @@ class ByteSource
 public:
     virtual ~ByteSource() = default;
 
-    /// Takes at most `size` bytes, without waiting. Returns how many; 0 at the end and, as long as HasEnded()
-    /// is false, when none have come yet. @throws StreamError when reading fails
+    /// Reads at most `size` bytes, without waiting. Returns their number: 0 at the end and, while HasEnded()
+    /// is false, if none have arrived yet. @throws StreamError if reading fails
     virtual std::size_t Read(std::uint8_t* bytes, std::size_t size) = 0;
 
-    /// Nothing more will come. Meaningful after Read() has returned 0.
+    /// Whether no more data will arrive. Only valid after Read() has returned 0.
     virtual bool HasEnded() const = 0;
 
-    /// Back to the first byte. @throws StreamError when that is impossible
+    /// Goes back to the first byte. @throws StreamError if that is impossible
     virtual void Rewind() = 0;
 
-    /// The sender sets the pace, and nothing can be read twice.
+    /// Whether the sender sets the pace and data cannot be read again.
     virtual bool IsLive() const { return false; }
 
-    /// What it is called in texts for the user.
+    /// The name in texts for the user.
     virtual std::string const& Name() const = 0;
 };
 

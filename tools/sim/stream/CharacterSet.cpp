@@ -49,7 +49,7 @@ public:
         return characters;
     }
 
-    /// Of the last conversion; 0 when everything was converted.
+    /// The error of the last conversion; 0 if everything was converted.
     int Error() const { return m_error; }
 
 private:
@@ -62,7 +62,7 @@ private:
 constexpr int NoCharacter = -1;
 constexpr int HalfCharacter = -2;
 
-/// The character that a byte is.
+/// The character of a byte.
 int Character(Converter& converter, char byte)
 {
     std::string_view text(&byte, 1);

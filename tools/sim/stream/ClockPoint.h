@@ -6,13 +6,13 @@
 
 namespace zviptv::sim {
 
-/// Time since the first packet, in ticks of 27 MHz. It never runs back: wraps, splices and loops included.
+/// Time since the first packet, in ticks of 27 MHz. It never decreases, not even at wraps, splices and loops.
 using StreamTime = std::chrono::duration<std::int64_t, std::ratio<1, 27'000'000>>;
 
 /// PCR and STC count 27 MHz ticks modulo this; PTS and DTS count 90 kHz ticks modulo a 300th of it.
 constexpr std::uint64_t PcrModulus = (std::uint64_t{1} << 33) * 300;
 
-/// One moment on two clocks: ours, and the broadcaster's.
+/// One moment on two clocks: the simulator's and the broadcaster's.
 struct ClockPoint
 {
     StreamTime time{};

@@ -22,7 +22,7 @@ void ContinuityCheck::Remember(TsPacket const& packet)
 
 Continuity ContinuityCheck::Check(TsPacket const& packet)
 {
-    if (!packet.hasPayload) { // such packets do not count
+    if (!packet.hasPayload) { // such packets do not increment the counter
         if (packet.discontinuity) {
             Forget();
         }

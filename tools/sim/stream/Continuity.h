@@ -8,7 +8,7 @@ namespace zviptv::sim {
 enum class Continuity
 {
     InOrder,
-    Duplicate, ///< the same packet once more, which the standard allows a sender once
+    Duplicate, ///< the same packet again, which the standard allows once
     Gap        ///< packets are missing
 };
 

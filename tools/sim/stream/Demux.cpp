@@ -27,8 +27,8 @@ Demux::Demux(std::unique_ptr<PacketSource> source)
     FollowStreams();
 }
 
-/// Reads the tables first, so that no PES packet in front of them is lost. Names may come seconds after the
-/// rest, which then stays as it was at the start.
+/// Reads the tables first, so that no PES packet before them is lost. Names may arrive seconds after the
+/// other tables, which then stay as they were at the start.
 void Demux::FindProgrammes()
 {
     TsBytes bytes;
@@ -61,14 +61,14 @@ bool Demux::Select(std::uint16_t programme)
     return true;
 }
 
-/// Whether the first programme that is known is the stream's first. Of a live stream others' tables may come
-/// before; one without a PMT is not waited for for ever.
+/// Whether the first known programme is the first of the stream. In a live stream, tables of other programmes
+/// may arrive earlier, and the wait for a missing PMT is limited.
 bool Demux::MayTakeFirst() const
 {
     return !Programmes().empty() && (!IsLive() || m_tables.HasFirst() || m_packet >= MaxPacketsToSearch);
 }
 
-/// Notices that the programme has changed, appeared or gone.
+/// Detects that the programme has changed, appeared or vanished.
 void Demux::FollowTables()
 {
     Programme const* now = nullptr;
@@ -92,7 +92,7 @@ void Demux::FollowTables()
     m_timeline.AddProgramme(m_packet, m_current);
 }
 
-/// Keeps the tracks of PIDs that stay, so that packets being put together are not lost.
+/// Keeps the tracks of unchanged PIDs, so that unfinished packets are not lost.
 void Demux::FollowStreams()
 {
     std::map<std::uint16_t, Track> tracks;
@@ -121,7 +121,7 @@ void Demux::AddPes(std::uint16_t pid, StreamKind kind, PesAssembler::Pes bytes)
     m_timeline.AddPes(m_packet, std::move(packet));
 }
 
-/// The event tells the time: of a live stream the one that this PCR shows.
+/// Adds an event with the time; for a live stream, that of this PCR.
 void Demux::AddPcr(TsPacket const& packet)
 {
     if (IsLive()) {
@@ -158,7 +158,7 @@ void Demux::Handle(TsBytes const& bytes)
     }
 }
 
-/// The stream has ended: nothing more will complete what is open.
+/// Handles the end of the stream: unfinished packets will not be completed.
 void Demux::Finish()
 {
     for (auto& [pid, track] : m_tracks) {

@@ -10,50 +10,50 @@
 
 namespace zviptv::sim {
 
-/// Plays one programme of a transport stream: hands out its PES packets, each with its time, and its clock.
-///
-/// Pull style: nothing happens but inside Next(), which reads ahead as far as it has to (a step of the PCR,
-/// as a rule). Memory is bounded whatever the stream holds. Not thread-safe.
+/// Plays one programme of a transport stream: returns its PES packets, each with its time, and its clock.
+/// Everything happens inside Next(), which reads ahead as far as necessary (normally one step of the PCR).
+/// Memory is bounded for any stream. Not thread-safe.
 class Demux
 {
 public:
     using PacketListener = std::function<void(TsPacket const&)>;
 
-    /// Opens a file and reads its tables. @throws StreamError as TsReader does
+    /// Opens a file and reads its tables. @throws StreamError like TsReader
     explicit Demux(std::string const& path);
     explicit Demux(std::unique_ptr<PacketSource> source);
 
     /// All programmes known so far, in the order of the PAT.
     std::vector<Programme> const& Programmes() const { return m_tables.Programmes(); }
 
-    /// The programme being played: the chosen one, else the first. Null as long as it is not known. It is as
-    /// new as what Next() has read, so a little ahead of the events.
+    /// The programme that is played: the selected one, otherwise the first. Null until it is known. It is as
+    /// new as the data that Next() has read, and therefore slightly ahead of the events.
     std::shared_ptr<Programme const> const& Current() const { return m_current; }
 
-    /// Chooses a programme; false if it is not known, then nothing changes. Events not taken yet are dropped.
+    /// Selects a programme and drops pending events. Returns false and changes nothing if the programme is
+    /// unknown.
     bool Select(std::uint16_t programme);
 
-    /// Plays this programme once it is known, and no other; to be called before Next().
+    /// Plays this programme when it is known, and no other. Call it before Next().
     void Await(std::uint16_t programme) { m_choice = programme; }
 
-    /// The PAT has arrived, and every PMT that it names.
+    /// Whether the PAT and all its PMTs have arrived.
     bool HasAllTables() const { return m_tables.IsComplete(); }
 
-    /// Called inside Next() for every packet that is sound, before it is worked off.
+    /// Called inside Next() for every valid packet, before it is handled.
     void SetPacketListener(PacketListener listener) { m_onPacket = std::move(listener); }
 
-    /// The next event in stream order; nothing at the end of the stream and, as long as HasEnded() is false,
-    /// when nothing has come yet. @throws StreamError
+    /// The next event in stream order; nullopt at the end of the stream and, while HasEnded() is false, if
+    /// nothing has arrived yet. @throws StreamError
     std::optional<Event> Next();
 
-    /// Next() has told everything up to the end of the stream.
+    /// Whether Next() has returned everything up to the end of the stream.
     bool HasEnded() const { return m_ended; }
 
-    /// The sender sets the pace. The programmes become known as their tables come, and events have no time:
-    /// they are handed out at once, with the STC of the latest PCR.
+    /// Whether the sender sets the pace. Then programmes become known when their tables arrive, and events
+    /// have no time: they are returned at once, with the STC of the latest PCR.
     bool IsLive() const { return m_source->IsLive(); }
 
-    /// Plays from the start again; events not taken yet are dropped. Time goes on. @throws StreamError
+    /// Plays from the start again and drops pending events. Time continues. @throws StreamError
     void Rewind();
 
     /// PTS (90 kHz) of the first PES packet of this PID with one that Next() returned, since the start or
@@ -61,21 +61,21 @@ public:
     std::optional<std::uint64_t> FirstPts(std::uint16_t pid) const;
     void ForgetFirstPts() { m_firstPts.clear(); }
 
-    /// The stream has shown a clock. Without one the STC of events means nothing, and time passes at the pace
-    /// of a 5 Mbit/s stream.
+    /// Whether the stream has a clock. Without a clock, the STC of events is meaningless, and time passes at
+    /// the pace of a 5 Mbit/s stream.
     bool HasClock() const { return m_timeline.HasClock(); }
 
-    /// What became of the packets of this PID; null if it is not of the programme.
+    /// Counters of the packets of this PID; null if it does not belong to the programme.
     PesCounters const* Counters(std::uint16_t pid) const;
 
-    /// Packets read so far, those of looking for the tables left out.
+    /// Packets read so far, without those of the search for the tables.
     std::uint64_t Packets() const { return m_packet; }
 
-    /// Sections of the tables so far, those read in looking for them included, whose check sum or length was
-    /// wrong.
+    /// Sections of the tables with a wrong checksum or length so far, including those of the search for the
+    /// tables.
     std::uint64_t DamagedSections() const { return m_tables.DamagedSections(); }
 
-    /// Packets whose head contradicted itself.
+    /// Packets with a contradictory header.
     std::uint64_t MalformedPackets() const { return m_malformed; }
 
 private:

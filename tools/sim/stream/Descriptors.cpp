@@ -19,7 +19,7 @@ std::string ParseLanguage(ByteView data)
     return code;
 }
 
-/// Cuts a descriptor into entries of equal size.
+/// Splits a descriptor into entries of equal size.
 template <typename Entry, typename Parse>
 std::vector<Entry> ParseEntries(ByteView data, std::size_t entrySize, Parse parse)
 {

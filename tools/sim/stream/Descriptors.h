@@ -12,7 +12,7 @@ namespace zviptv::sim {
 struct Descriptor
 {
     std::uint8_t tag = 0;
-    std::vector<std::uint8_t> data; ///< what follows the length byte
+    std::vector<std::uint8_t> data; ///< the bytes after the length byte
 };
 
 /// Descriptor tags of ISO/IEC 13818-1, EN 300 468 and ARIB STD-B10.
@@ -32,7 +32,7 @@ constexpr std::uint8_t Extension = 0x7F;
 constexpr std::uint8_t DataComponent = 0xFD;
 } // namespace tag
 
-/// Languages are three printable characters of ISO 639-2; whatever else was sent reads '?'.
+/// Languages are three printable characters of ISO 639-2; all other bytes become '?'.
 struct LanguageEntry
 {
     std::string language;
@@ -55,15 +55,15 @@ struct SubtitlePage
     std::uint16_t ancillaryPage = 0;
 };
 
-/// The descriptors of a list, up to one that runs past its end.
+/// The descriptors of a list, up to one that exceeds the list.
 std::vector<Descriptor> ParseDescriptors(ByteView list);
 
-/// An entry for each that the descriptor holds in full; a rest at its end is left out.
+/// The complete entries of the descriptor; an incomplete one at the end is left out.
 std::vector<LanguageEntry> ParseLanguages(ByteView data);
 std::vector<TeletextPage> ParseTeletextPages(ByteView data);
 std::vector<SubtitlePage> ParseSubtitlePages(ByteView data);
 
-/// The language of a supplementary audio descriptor (an Extension descriptor), where it names one.
+/// The language of a supplementary audio descriptor (an extension descriptor), if it has one.
 std::optional<std::string> ParseSupplementaryAudioLanguage(ByteView data);
 
 } // namespace zviptv::sim

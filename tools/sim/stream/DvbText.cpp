@@ -9,7 +9,7 @@ namespace {
 
 struct Table
 {
-    std::string charset;    ///< as iconv calls it; empty for the default table
+    std::string charset;    ///< name for iconv; empty for the default table
     std::size_t prefix = 0; ///< bytes that select the table
     std::size_t unit = 1;   ///< bytes of the smallest character
 };
@@ -44,7 +44,8 @@ Table FindTable(ByteView text)
     }
 }
 
-/// ISO 6937 as DVB has it: iconv knows no euro there, and has the Icelandic letter for the struck D.
+/// The ISO 6937 variant of DVB: iconv's table has no euro sign, and the Icelandic letter instead of the D
+/// with stroke.
 std::u32string DecodeDefault(std::string const& bytes)
 {
     constexpr char Euro = '\xA4';
@@ -60,7 +61,7 @@ std::u32string DecodeDefault(std::string const& bytes)
     return result;
 }
 
-/// In the tables whose characters have one byte or two; iconv does not have the controls in all of them.
+/// For the tables whose characters have one or two bytes; iconv does not know the controls in all of them.
 std::string DropControls(ByteView text)
 {
     std::string result;
@@ -86,7 +87,7 @@ std::u32string Decode(ByteView text)
     return ToUnicode(table.charset.c_str(), bytes, table.unit);
 }
 
-/// Adds the character as UTF-8, but no control; a line break as a blank.
+/// Adds the character as UTF-8; leaves out controls, and adds a blank for a line break.
 void Append(std::string& text, char32_t character)
 {
     char32_t const block = character & ~0x1Fu;

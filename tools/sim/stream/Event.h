@@ -8,13 +8,13 @@
 
 namespace zviptv::sim {
 
-/// A whole PES packet, head included, as the stream carries it.
+/// A whole PES packet, including its header, as in the stream.
 struct PesPacket
 {
     std::uint16_t pid = 0;
     StreamKind kind = StreamKind::Other;
     std::optional<std::uint64_t> pts; ///< 90 kHz, 33 bits
-    std::optional<std::uint64_t> dts; ///< 90 kHz, 33 bits; only where it differs from the PTS
+    std::optional<std::uint64_t> dts; ///< 90 kHz, 33 bits; only if it differs from the PTS
     std::vector<std::uint8_t> bytes;
 };
 
@@ -22,16 +22,16 @@ enum class EventType
 {
     Pes,              ///< `pes` has arrived
     ProgrammeChanged, ///< the programme being played is now `programme`
-    Clock             ///< nothing but `at`: a PCR, or the end of a pass over the stream
+    Clock             ///< only `at`: a PCR, or the end of a pass over the stream
 };
 
-/// Something that happens at `at`: when the last packet that it needs has arrived.
+/// An event at the time `at`, when its last packet arrives.
 struct Event
 {
     EventType type = EventType::Pes;
     ClockPoint at;
     PesPacket pes;
-    std::shared_ptr<Programme const> programme; ///< null: it left the stream
+    std::shared_ptr<Programme const> programme; ///< null if it left the stream
 };
 
 } // namespace zviptv::sim

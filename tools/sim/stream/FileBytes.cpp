@@ -19,7 +19,7 @@ std::string Reason()
 
 FileBytes::File Open(std::string const& path)
 {
-    // Without blocking, in case it is a pipe.
+    // Opens it without blocking, in case it is a pipe.
     int const descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
     FileBytes::File file(descriptor < 0 ? nullptr : fdopen(descriptor, "rb"));
     struct stat status
@@ -46,7 +46,7 @@ std::size_t FileBytes::Read(std::uint8_t* bytes, std::size_t size)
         throw StreamError("cannot read " + m_name + ": " + Reason());
     }
     if (got == 0) {
-        std::clearerr(m_file.get()); // a file may have grown when it is read again
+        std::clearerr(m_file.get()); // the file may have grown before it is read again
     }
     return got;
 }

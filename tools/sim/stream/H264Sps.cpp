@@ -63,7 +63,7 @@ void SkipPictureOrder(BitReader& bits)
     }
 }
 
-/// Picture size in pixels, cropped; false if it makes no sense.
+/// Reads the cropped picture size in pixels; returns false if it is invalid.
 bool ReadSize(BitReader& bits, std::uint32_t chroma, VideoFormat& format)
 {
     std::uint64_t const width = (std::uint64_t{bits.Ue()} + 1) * 16;
@@ -118,7 +118,7 @@ std::optional<VideoFormat> ParseH264Sps(ByteView bytes)
     if (chroma > 3 || !ReadSize(bits, chroma, format)) {
         return std::nullopt;
     }
-    format.displayAspect = Reduce(format.width, format.height); // square pixels unless told otherwise
+    format.displayAspect = Reduce(format.width, format.height); // square pixels unless specified otherwise
     if (bits.Flag()) {
         ReadDisplay(bits, format);
         ReadTiming(bits, 2, format); // fields have a tick each

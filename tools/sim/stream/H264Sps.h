@@ -5,7 +5,7 @@
 
 namespace zviptv::sim {
 
-/// The format that an H.264 sequence parameter set tells. `bytes` are those of a PES packet after its head.
+/// The format in an H.264 sequence parameter set. `bytes` are those of a PES packet after its header.
 std::optional<VideoFormat> ParseH264Sps(ByteView bytes);
 
 } // namespace zviptv::sim

@@ -26,7 +26,7 @@ void SkipProfiles(BitReader& bits, std::uint32_t subLayers)
     bits.Skip(rest);
 }
 
-/// Picture size in pixels, without the conformance window; false if it makes no sense.
+/// Reads the picture size in pixels, without the conformance window; returns false if it is invalid.
 bool ReadSize(BitReader& bits, VideoFormat& format)
 {
     std::uint32_t const chroma = bits.Ue();
@@ -59,7 +59,7 @@ void SkipCodes(BitReader& bits, std::uint32_t count)
     }
 }
 
-/// Lists of 4x4, 8x8, 16x16 and 32x32 factors; of the last there are two, not six.
+/// Lists of 4x4, 8x8, 16x16 and 32x32 factors; there are two of the last kind, not six.
 void SkipScalingLists(BitReader& bits)
 {
     constexpr unsigned Largest = 3;
@@ -67,12 +67,12 @@ void SkipScalingLists(BitReader& bits)
         for (unsigned list = 0; list < (size == Largest ? 2 : 6); ++list) {
             std::uint32_t const factors = size == 0 ? 16 : 64;
             bool const isCopy = !bits.Flag();
-            SkipCodes(bits, isCopy ? 1 : factors + (size >= 2 ? 1 : 0)); // signed codes are as long
+            SkipCodes(bits, isCopy ? 1 : factors + (size >= 2 ? 1 : 0)); // signed codes have the same length
         }
     }
 }
 
-/// Each set either lists its pictures, or tells which of the set before it takes over.
+/// Each set either lists its pictures, or selects pictures of the previous set.
 void SkipReferenceSets(BitReader& bits)
 {
     constexpr std::uint32_t MostSets = 64;
@@ -100,7 +100,7 @@ void SkipReferenceSets(BitReader& bits)
     }
 }
 
-/// What is between the picture size and the usability information.
+/// Skips the data between the picture size and the usability information.
 void SkipCodingTools(BitReader& bits, std::uint32_t subLayers)
 {
     SkipCodes(bits, 2); // bit depths
@@ -146,7 +146,7 @@ std::optional<VideoFormat> ParseHevcSps(ByteView bytes)
     if (!ReadSize(bits, format)) {
         return std::nullopt;
     }
-    format.displayAspect = Reduce(format.width, format.height); // square pixels unless told otherwise
+    format.displayAspect = Reduce(format.width, format.height); // square pixels unless specified otherwise
     SkipCodingTools(bits, subLayers);
     if (bits.Flag()) {
         ReadDisplay(bits, format);

@@ -5,7 +5,7 @@
 
 namespace zviptv::sim {
 
-/// The format that an HEVC sequence parameter set tells. `bytes` are those of a PES packet after its head.
+/// The format in an HEVC sequence parameter set. `bytes` are those of a PES packet after its header.
 std::optional<VideoFormat> ParseHevcSps(ByteView bytes);
 
 } // namespace zviptv::sim

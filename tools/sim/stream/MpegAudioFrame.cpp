@@ -11,7 +11,7 @@ constexpr std::uint32_t Mpeg1 = 3; // 2 is MPEG-2, 0 its extension to lower samp
 constexpr std::uint32_t LayerOne = 3;
 constexpr std::uint32_t LayerThree = 1;
 
-/// Kilobits a second; 0 for a free or forbidden rate.
+/// Kilobits per second; 0 for a free or forbidden rate.
 std::uint32_t BitRateOf(std::uint32_t version, std::uint32_t layer, std::uint32_t code)
 {
     constexpr std::uint16_t One[] = {0, 32, 64, 96, 128, 160, 192, 224, 256, 288, 320, 352, 384, 416, 448, 0};

@@ -35,7 +35,7 @@ Ratio DisplayAspectOf(std::uint32_t code, VideoFormat const& format)
     }
 }
 
-/// Whether the extension that belongs to a sequence head was there: it makes the sequence MPEG-2.
+/// Whether the sequence header has an extension, which makes the sequence MPEG-2.
 bool ApplyExtension(ByteView bytes, VideoFormat& format)
 {
     BitReader bits(bytes.Part(1));
@@ -80,7 +80,7 @@ std::optional<VideoFormat> ParseMpegSequence(ByteView bytes)
     if (format.width == 0 || format.height == 0) {
         return std::nullopt;
     }
-    if (isMpeg2 || aspect == 1) { // MPEG-1 has other aspects than these, all but the first
+    if (isMpeg2 || aspect == 1) { // MPEG-1 has different aspect ratios, except the first
         format.displayAspect = DisplayAspectOf(aspect, format);
     }
     return format;

@@ -5,7 +5,7 @@
 
 namespace zviptv::sim {
 
-/// The format that an MPEG-1 or MPEG-2 sequence head tells. `bytes` are those of a PES packet after its head.
+/// The format in an MPEG-1 or MPEG-2 sequence header. `bytes` are those of a PES packet after its header.
 std::optional<VideoFormat> ParseMpegSequence(ByteView bytes);
 
 } // namespace zviptv::sim

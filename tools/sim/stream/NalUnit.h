@@ -7,10 +7,11 @@
 
 namespace zviptv::sim {
 
-/// What follows the first start code 00 00 01 whose next byte `isWanted` accepts, up to the next start code.
+/// The bytes after the first start code 00 00 01 whose next byte `isWanted` accepts, up to the next start
+/// code.
 std::optional<ByteView> FindUnit(ByteView bytes, bool (*isWanted)(std::uint8_t));
 
-/// The head of a NAL unit without the emulation prevention bytes; enough for any parameter set.
+/// The beginning of a NAL unit without the emulation prevention bytes; long enough for any parameter set.
 std::vector<std::uint8_t> Unescape(ByteView nalUnit);
 
 } // namespace zviptv::sim

@@ -11,7 +11,7 @@ namespace {
 
 using Seconds = std::chrono::duration<double>;
 
-/// Ten years either way, so that no conversion overflows.
+/// Limited to ten years in both directions, so that no conversion overflows.
 template <typename Duration>
 Duration ToDuration(double seconds)
 {

@@ -7,8 +7,8 @@
 
 namespace zviptv::sim {
 
-/// Tells when an event of a stream is due on the steady clock, and what the STC shows now. It never sleeps.
-/// Not thread-safe.
+/// Calculates when an event of a stream is due on the steady clock, and the present STC. It never sleeps. Not
+/// thread-safe.
 class Pacer
 {
 public:
@@ -16,10 +16,11 @@ public:
     using Now = std::function<Clock::time_point()>;
 
     /// @param speed stream seconds per second: 1 is real time, above 0
-    /// @throws std::invalid_argument when speed is not a finite number above 0
+    /// @throws std::invalid_argument if speed is not a finite number above 0
     explicit Pacer(double speed = 1.0, Now now = &Clock::now);
 
-    /// Stream time `at` is now. Until then the stream begins now at the moment of construction.
+    /// Sets the stream time of the present moment to `at`. Before the first call, stream time 0 is the moment
+    /// of construction.
     void Start(StreamTime at);
 
     Clock::time_point DueAt(StreamTime time) const;
@@ -27,13 +28,13 @@ public:
 
     StreamTime StreamNow() const;
 
-    /// Takes the STC from an event that was just delivered.
+    /// Sets the STC from an event that was just delivered.
     void Follow(ClockPoint const& delivered) { m_followed = delivered; }
 
-    /// STC of the event that was delivered last, in 90 kHz, 33 bits.
+    /// STC of the last delivered event, in 90 kHz, 33 bits.
     std::uint64_t LastStc() const { return m_followed.stc / 300; }
 
-    /// STC now, in 90 kHz, 33 bits. Between events it runs on at the stream's speed.
+    /// Present STC, in 90 kHz, 33 bits. Between events it continues at the stream's speed.
     std::uint64_t StcNow() const;
 
 private:

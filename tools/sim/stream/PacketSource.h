@@ -7,7 +7,7 @@
 
 namespace zviptv::sim {
 
-/// A stream cannot be opened, read or played; what() is one line for the user, file name included.
+/// A stream cannot be opened, read or played; what() is one line for the user, with the file name.
 class StreamError : public std::runtime_error
 {
 public:
@@ -20,17 +20,17 @@ class PacketSource
 public:
     virtual ~PacketSource() = default;
 
-    /// False at the end and, as long as HasEnded() is false, when no packet has come yet.
-    /// @throws StreamError when reading fails
+    /// Returns false at the end and, while HasEnded() is false, if no packet has arrived yet.
+    /// @throws StreamError if reading fails
     virtual bool Read(TsBytes& packet) = 0;
 
-    /// No packet will come any more. Meaningful after Read() has returned false.
+    /// Whether no more packets will arrive. Only valid after Read() has returned false.
     virtual bool HasEnded() const { return true; }
 
-    /// The sender sets the pace, and nothing can be read twice.
+    /// Whether the sender sets the pace and data cannot be read again.
     virtual bool IsLive() const { return false; }
 
-    /// Back to the first packet. @throws StreamError when that is impossible.
+    /// Goes back to the first packet. @throws StreamError if that is impossible.
     virtual void Rewind() = 0;
 };
 

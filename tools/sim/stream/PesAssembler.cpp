@@ -8,7 +8,7 @@ namespace {
 constexpr std::size_t StartCodeSize = 3;
 constexpr std::size_t HeadSize = 6;
 
-/// Size of the whole packet by its head; 0 for an open length.
+/// Size of the whole packet by its header; 0 for an unspecified length.
 std::size_t AnnouncedSize(ByteView head)
 {
     std::size_t const length = head.U16(4);

@@ -5,22 +5,21 @@
 
 namespace zviptv::sim {
 
-/// What became of the packets of one PID.
+/// Counters of the packets of one PID.
 struct PesCounters
 {
     std::uint64_t delivered = 0;
-    std::uint64_t damaged = 0;   ///< begun, then lost to a gap, an error mark or scrambling
-    std::uint64_t truncated = 0; ///< the next one began, or the stream ended, before the announced length
+    std::uint64_t damaged = 0;   ///< begun, but lost because of a gap, an error mark or scrambling
+    std::uint64_t truncated = 0; ///< the next one began, or the stream ended, before its announced end
     std::uint64_t oversized = 0; ///< longer than the limit
     std::uint64_t headless = 0;  ///< did not begin with 00 00 01
     std::uint64_t duplicatePackets = 0;
     std::uint64_t scrambledPackets = 0;
 };
 
-/// Puts the PES packets of one PID together again, byte for byte as the stream carries them, head included.
-///
-/// A packet that announces its length is handed out as soon as it is complete; one of open length when the
-/// next begins, or by Flush(). At most one packet is held, of at most `limit` bytes.
+/// Assembles the PES packets of one PID, byte for byte as in the stream, including their headers.
+/// A packet with an announced length is returned as soon as it is complete; a packet of unspecified length
+/// when the next one begins, or by Flush(). At most one packet is held, of at most `limit` bytes.
 class PesAssembler
 {
 public:
@@ -33,10 +32,11 @@ public:
     /// The PES packets that this packet completes, in order: two at most.
     std::vector<Pes> Push(TsPacket const& packet);
 
-    /// The stream ends here: hands out the last packet of open length, if there is one.
+    /// Call it at the end of the stream: returns the last packet of unspecified length, if there is one.
     std::optional<Pes> Flush();
 
-    /// The next packets are from elsewhere in the stream: drops what is unfinished, without counting it.
+    /// Call it before packets from another place in the stream: drops an unfinished packet without counting
+    /// it.
     void Restart();
 
     PesCounters const& Counters() const { return m_counters; }

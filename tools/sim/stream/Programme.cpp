@@ -62,7 +62,7 @@ Formats FormatOfRegistration(ByteView data)
     return {};
 }
 
-/// Private PES streams tell by a descriptor what they carry.
+/// The kind of a private PES stream, which a descriptor shows.
 Formats FormatOfPrivate(ElementaryStream const& stream)
 {
     if (Has(stream, tag::Ac3)) {
@@ -97,7 +97,8 @@ std::optional<std::uint16_t> DataComponentOf(ElementaryStream const& stream)
     return data.Size() < 2 ? std::nullopt : std::optional<std::uint16_t>(data.U16(0));
 }
 
-/// ARIB text: told by its data component, or by its component tag alone if nothing else is announced.
+/// Whether it is ARIB text: by its data component or, if nothing else is announced, only by its component
+/// tag.
 std::optional<StreamKind> AribKindOf(ElementaryStream const& stream)
 {
     std::uint8_t const component = stream.componentTag.value_or(0);

@@ -31,7 +31,7 @@ enum class AudioCodec
     Mpeg, ///< MPEG-1 and MPEG-2 audio, any layer
     AacAdts,
     AacLatm,
-    Aac, ///< announced by an AAC descriptor, framing not told
+    Aac, ///< announced by an AAC descriptor, unknown framing
     Ac3,
     EnhancedAc3,
     Dts
@@ -58,9 +58,9 @@ struct AudioTrack
 {
     std::uint16_t pid = 0;
     AudioCodec codec = AudioCodec::Mpeg;
-    std::string language; ///< of a supplementary audio descriptor, else the first of `languages`; or empty
-    std::uint8_t audioType = 0;           ///< of the first of `languages`
-    std::vector<LanguageEntry> languages; ///< all that the ISO 639 descriptor names, two for dual mono
+    std::string language; ///< of a supplementary audio descriptor, or the first of `languages`; or empty
+    std::uint8_t audioType = 0;           ///< that of the first of `languages`
+    std::vector<LanguageEntry> languages; ///< all languages of the ISO 639 descriptor, two for dual mono
     std::optional<std::uint8_t> componentTag;
 };
 
@@ -82,12 +82,12 @@ struct SubtitleEntry
 struct AribTrack
 {
     std::uint16_t pid = 0;
-    bool superimpose = false; ///< superimposed text, else captions
+    bool superimpose = false; ///< superimposed text, otherwise captions
     std::optional<std::uint8_t> componentTag;
     std::optional<std::uint16_t> dataComponent; ///< 0x0008 fixed, 0x0012 mobile reception
 };
 
-/// One programme: its PMT in the order sent, and what the PMT announces, sorted by use.
+/// One programme: its PMT in the order sent, and the tracks in the PMT, sorted by kind.
 struct Programme
 {
     std::uint16_t number = 0;
@@ -109,7 +109,7 @@ struct Programme
 /// Adds a PMT entry at the end of the programme and to the lists that it belongs to.
 void AddStream(Programme& programme, ElementaryStream stream);
 
-/// Whether PMT, its version included, and names say the same.
+/// Whether the PMTs, including their versions, and the names are equal.
 bool HaveSameContent(Programme const& left, Programme const& right);
 
 } // namespace zviptv::sim

@@ -12,7 +12,7 @@ constexpr std::uint8_t PatTable = 0x00;
 constexpr std::uint8_t PmtTable = 0x02;
 constexpr std::uint8_t SdtActual = 0x42;
 
-/// At most MaxProgrammes, each number once.
+/// The programmes of the PAT: at most MaxProgrammes, each number once.
 std::vector<PatEntry> Trim(std::vector<PatEntry> const& entries)
 {
     std::vector<PatEntry> trimmed;
@@ -101,7 +101,7 @@ bool ProgrammeTable::PushPat(std::vector<std::uint8_t> section)
     return true;
 }
 
-/// Drops the programmes that are gone or have moved, and listens to the PIDs of the others.
+/// Drops the programmes that have vanished or moved, and follows the PIDs of the others.
 void ProgrammeTable::FollowPmtPids()
 {
     std::map<std::uint16_t, Pmt> pmts;

@@ -10,34 +10,35 @@ namespace zviptv::sim {
 class ProgrammeTable
 {
 public:
-    /// Programmes of the PAT past this number are not followed.
+    /// The largest number of programmes that are followed.
     static constexpr std::size_t MaxProgrammes = 256;
 
-    /// Where the SDT is.
+    /// The PID of the SDT.
     static constexpr std::uint16_t SdtPid = 0x0011;
 
-    /// True when the packet changed what Programmes() tells.
+    /// Reads a packet; returns true if it changed the result of Programmes().
     bool Push(TsPacket const& packet);
 
-    /// The next packets are from elsewhere in the stream: drops unfinished sections, keeps what is known.
+    /// Call it before packets from another place in the stream: drops unfinished sections, but keeps complete
+    /// data.
     void Restart();
 
     /// The programmes whose PMT has arrived, in the order of the PAT.
     std::vector<Programme> const& Programmes() const { return m_programmes; }
 
-    /// Nothing when the PMT of this programme has not arrived.
+    /// The programme; null if its PMT has not arrived.
     Programme const* Find(std::uint16_t number) const;
 
-    /// The PAT has arrived, and every PMT that it names.
+    /// Whether the PAT and all its PMTs have arrived.
     bool IsComplete() const;
 
-    /// The PAT has arrived, and the PMT that it names first.
+    /// Whether the PAT and the first of its PMTs have arrived.
     bool HasFirst() const;
 
-    /// The SDT has arrived.
+    /// Whether the SDT has arrived.
     bool HasNames() const { return m_haveSdt; }
 
-    /// Sections of these tables so far whose check sum or length was wrong.
+    /// Sections of these tables with a wrong checksum or length so far.
     std::uint64_t DamagedSections() const { return m_damaged; }
 
 private:

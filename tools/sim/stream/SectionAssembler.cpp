@@ -45,7 +45,7 @@ std::size_t SectionAssembler::Wanted() const
     return m_bytes.size() < HeadSize ? HeadSize : SectionSize(m_bytes);
 }
 
-/// Goes on with the open section; what follows its end is dropped.
+/// Continues the unfinished section; bytes after its end are dropped.
 void SectionAssembler::Append(ByteView bytes, Sections& done)
 {
     while (m_open && !bytes.Empty()) {
@@ -64,7 +64,7 @@ void SectionAssembler::Append(ByteView bytes, Sections& done)
     }
 }
 
-/// Sections that begin here, one behind the other, until stuffing or the packet's end.
+/// Reads the sections that begin here, one after another, until stuffing or the end of the packet.
 void SectionAssembler::Start(ByteView bytes, Sections& done)
 {
     while (!bytes.Empty() && bytes[0] != Stuffing) {

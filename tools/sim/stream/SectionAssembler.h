@@ -5,35 +5,36 @@
 
 namespace zviptv::sim {
 
-/// What the sections of a table may be.
+/// The rules for the sections of a table.
 struct SectionRules
 {
-    std::size_t largest;  ///< bytes, head and CRC included
-    bool numbersAreTight; ///< no section number is above the last one that the section names
+    std::size_t largest;  ///< bytes, including header and CRC
+    bool numbersAreTight; ///< no section number is above the last section number in the section
 };
 
 /// A PAT, PMT or SDT.
 constexpr SectionRules ServiceSections{1024, true};
 
-/// An EIT, whose segments let the numbers jump.
+/// An EIT, whose section numbers may have gaps because of its segments.
 constexpr SectionRules EventSections{4096, false};
 
-/// Whether this is one complete section of a table with versions: lengths agree, the CRC is right.
+/// Whether this is one complete section of a table with versions: its lengths are consistent and its CRC is
+/// correct.
 bool IsSoundSection(ByteView section, SectionRules const& rules = ServiceSections);
 
-/// Cuts the sections out of the packets of one PID. Holds at most one section.
+/// Extracts the sections from the packets of one PID. Holds at most one section.
 class SectionAssembler
 {
 public:
     explicit SectionAssembler(SectionRules const& rules = ServiceSections) : m_rules(rules) {}
 
-    /// The sections that this packet completes, sound ones only.
+    /// The valid sections that this packet completes.
     std::vector<std::vector<std::uint8_t>> Push(TsPacket const& packet);
 
-    /// Drops what is unfinished; the next packet may have any counter.
+    /// Drops an unfinished section; the next packet may have any counter.
     void Reset();
 
-    /// Sections so far that were complete, but not sound.
+    /// Complete but invalid sections so far.
     std::uint64_t Damaged() const { return m_damaged; }
 
 private:

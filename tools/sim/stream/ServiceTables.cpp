@@ -12,19 +12,19 @@ constexpr std::size_t CrcSize = 4;
 constexpr std::uint16_t PidMask = 0x1FFF;
 constexpr std::uint16_t LengthMask = 0x0FFF;
 
-/// What is between the section's head and its CRC.
+/// The bytes between the section's header and its CRC.
 ByteView BodyOf(ByteView section)
 {
     return section.Part(HeadSize, section.Size() - HeadSize - CrcSize);
 }
 
-/// The list whose length is told by the 16 bits at `at`.
+/// The list whose length is in the 16 bits at `at`.
 ByteView ListAt(ByteView bytes, std::size_t at)
 {
     return bytes.Part(at + 2, bytes.U16(at) & LengthMask);
 }
 
-/// Takes off an entry that ends with a list, whose length is told at `at`.
+/// Removes and returns an entry that ends with a list, whose length is at `at`.
 ByteView TakeEntry(ByteView& rest, std::size_t at)
 {
     ByteView const entry = rest.Part(0, at + 2 + ListAt(rest, at).Size());

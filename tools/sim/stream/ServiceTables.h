@@ -6,7 +6,7 @@
 
 namespace zviptv::sim {
 
-/// Where a programme's PMT is.
+/// The PID of a programme's PMT.
 struct PatEntry
 {
     std::uint16_t programme = 0;
@@ -19,9 +19,10 @@ struct ServiceName
     std::string provider;
 };
 
-// Each reads a complete table, as a TableCollector returns it. Lists that run past their section end with it.
+// Each function reads a complete table, as returned by a TableCollector. A list that exceeds its section ends
+// with the section.
 
-/// The programmes, without the entry for the network's own table.
+/// The programmes, without the entry for the network information table.
 std::vector<PatEntry> ParsePat(TableCollector::Sections const& sections);
 
 /// The programme, without names and PMT PID.
@@ -30,7 +31,7 @@ Programme ParsePmt(TableCollector::Sections const& sections);
 /// Names by service id.
 std::map<std::uint16_t, ServiceName> ParseSdt(TableCollector::Sections const& sections);
 
-/// Whether the section is long enough for what every section of its table has.
+/// Whether the section has at least the mandatory fields of its table.
 bool HasWholePatEntries(ByteView section);
 bool HasWholePmtHead(ByteView section);
 bool HasWholeSdtHead(ByteView section);

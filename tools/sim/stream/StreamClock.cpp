@@ -6,7 +6,7 @@ namespace zviptv::sim {
 namespace {
 
 constexpr std::uint64_t LongestStep =
-    10 * std::uint64_t{27'000'000}; // a longer way between samples is a jump
+    10 * std::uint64_t{27'000'000}; // a longer time between samples is a jump
 
 std::int64_t Distance(std::uint64_t from, std::uint64_t to)
 {
@@ -21,7 +21,7 @@ ClockPoint StreamClock::At(std::uint64_t packet) const
     return {m_point.time + StreamTime(ticks), MoveStc(m_point.stc, ticks)};
 }
 
-/// Nothing where the two samples do not belong together.
+/// The pace between two samples; nullopt if they do not belong together.
 std::optional<StreamClock::Pace> StreamClock::Measure(Mark from, Mark to, bool jump)
 {
     std::uint64_t const step = (to.value + PcrModulus - from.value) % PcrModulus;
@@ -36,14 +36,14 @@ std::optional<StreamClock::Pace> StreamClock::Measure(Mark from, Mark to, bool j
     return pace;
 }
 
-/// The line as it is, but with the STC that the mark shows.
+/// The same line with the STC of the mark.
 void StreamClock::AlignTo(Mark mark)
 {
     m_linePace = m_pace;
     m_point.stc = MoveStc(mark.value, m_linePace.Over(Distance(mark.packet, m_packet)));
 }
 
-/// The line goes on from the mark.
+/// Continues the line from the mark.
 void StreamClock::StartAt(Mark mark)
 {
     m_point = {At(mark.packet).time, mark.value};

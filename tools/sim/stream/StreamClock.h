@@ -7,31 +7,32 @@
 
 namespace zviptv::sim {
 
-/// Tells the time of every packet of a stream from the clock samples (PCR, or time stamps) in some of them.
-///
-/// Packets are numbered from 0, on through loops. Between two samples time grows evenly with the packet
-/// number. Where the samples jump, and past the last one, it goes on at the pace measured last; before any
-/// was measured at the pace of a 5 Mbit/s stream.
+/// Calculates the time of every packet of a stream from the clock samples (PCR, or time stamps) in some of
+/// them.
+/// Packets are numbered from 0, also across loops. Between two samples, time grows evenly with the packet
+/// number. Where the samples jump, and after the last one, it continues at the last measured pace, or at the
+/// pace of a 5 Mbit/s stream if none was measured.
 class StreamClock
 {
 public:
-    /// A packet with a clock value (27 MHz, modulo PcrModulus). `jump`: the value may be off the ones before.
+    /// A packet with a clock value (27 MHz, modulo PcrModulus). `jump`: the value may be unrelated to the
+    /// previous ones.
     /// @return whether At() now holds for the packets since the sample before, up to this one.
     bool Sample(std::uint64_t packet, std::uint64_t value, bool jump);
 
-    /// Time of a packet after the last but one sample.
+    /// The time of a packet after the last but one sample.
     ClockPoint At(std::uint64_t packet) const;
 
-    /// No further sample is to be waited for: At() holds for every packet after the last sample.
+    /// Call it if no further sample follows: At() then holds for every packet after the last sample.
     void Settle();
 
-    /// From this packet on the clock values have nothing to do with those before. Time goes on.
+    /// From this packet on, the clock values are unrelated to the previous ones. Time continues.
     void Restart(std::uint64_t packet);
 
-    /// The pace was measured.
+    /// Whether the pace was measured.
     bool IsMeasured() const { return m_measured; }
 
-    /// There was a sample; before, the STC of At() means nothing.
+    /// Whether there was a sample; without one, the STC of At() is meaningless.
     bool HasSamples() const { return m_hasSamples; }
 
 private:
@@ -55,15 +56,15 @@ private:
     void AlignTo(Mark mark);
     void StartAt(Mark mark);
 
-    // The straight line in force: through one packet's time and STC, at a pace.
+    // The present straight line: through one packet's time and STC, at a pace.
     std::uint64_t m_packet = 0;
     ClockPoint m_point;
     Pace m_linePace;
 
-    Pace m_pace; // measured last
+    Pace m_pace; // last measured pace
     bool m_measured = false;
     bool m_hasSamples = false;
-    std::optional<Mark> m_waiting; // the first sample, as long as no pace is known
+    std::optional<Mark> m_waiting; // the first sample, until a pace is known
     std::optional<Mark> m_last;
 };
 

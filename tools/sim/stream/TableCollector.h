@@ -8,14 +8,14 @@
 namespace zviptv::sim {
 
 /// Collects the sections of one table (a PAT, a PMT, an SDT) until it is complete. A section that differs
-/// from the one of its number begins a new table, whatever its version says.
+/// from the one with the same number begins a new table, whatever its version.
 class TableCollector
 {
 public:
     using Sections = std::map<std::uint8_t, std::vector<std::uint8_t>>; ///< by number
 
-    /// Takes a sound section (see IsSoundSection). Returns all sections when this one completes a new table,
-    /// else null. They stay until the next Push().
+    /// Adds a valid section (see IsSoundSection). Returns all sections if this one completes a new table,
+    /// otherwise null. They are valid until the next Push().
     Sections const* Push(std::vector<std::uint8_t> section);
 
 private:

@@ -5,7 +5,7 @@ namespace zviptv::sim {
 
 namespace {
 
-/// Memory that an event stands for, roughly.
+/// The approximate memory of an event.
 std::size_t CostOf(Event const& event)
 {
     constexpr std::size_t EventCost = 256;
@@ -84,7 +84,7 @@ void Timeline::ReleaseUpTo(std::uint64_t packet)
     }
 }
 
-/// Chooses the PID whose time stamps replace the PCR and applies those at hand.
+/// Selects the PID whose time stamps replace the PCR, and applies the ones received so far.
 void Timeline::UseTimeStamps()
 {
     PesPacket const* chosen = nullptr;

@@ -8,17 +8,16 @@
 
 namespace zviptv::sim {
 
-/// Gives events their time. Holds each back until the clock samples on both sides of it are known.
-///
-/// Without PCR the time stamps of one PID (video if there is any) take its place. What is held back is
-/// bounded: when no clock shows up for long, events get the time that the pace so far suggests.
+/// Sets the time of events. Holds back each event until the clock samples before and after it are known.
+/// Without a PCR, the time stamps of one PID (video if there is any) replace it. The number of events that
+/// are held back is limited: if there is no clock for long, events get their time from the pace so far.
 class Timeline
 {
 public:
     enum class Order
     {
-        Timed, ///< as above
-        AsIs   ///< of a live stream: events at once, their time 0, their STC the latest PCR
+        Timed, ///< as described above
+        AsIs   ///< for a live stream: events at once, with time 0 and the latest PCR as STC
     };
 
     explicit Timeline(Order order = Order::Timed) : m_order(order) {}
@@ -30,23 +29,23 @@ public:
     void AddPes(std::uint64_t packet, PesPacket pes);
     void AddProgramme(std::uint64_t packet, std::shared_ptr<Programme const> programme);
 
-    /// An event that tells nothing but the time of this packet.
+    /// Adds an event that contains only the time of this packet.
     void AddClock(std::uint64_t packet);
 
-    /// To be called after every packet.
+    /// Call it after every packet.
     void Advance(std::uint64_t packet);
 
-    /// A pass over the stream ends before this packet; the next one starts anew with its clock.
+    /// Call it if a pass over the stream ends before this packet; the clock of the next pass is independent.
     void EndPass(std::uint64_t packet);
 
-    /// Drops all events that were not taken.
+    /// Drops all pending events.
     void Clear();
 
-    /// The stream has shown a clock: PCR, or time stamps in its place. Without one the STC of events means
-    /// nothing.
+    /// Whether the stream has a clock: PCR, or time stamps in its place. Without a clock, the STC of events
+    /// is meaningless.
     bool HasClock() const { return m_clock.HasSamples() || m_latestPcr; }
 
-    /// The next event whose time is known, in stream order; times never decrease.
+    /// The next event with a known time, in stream order; times never decrease.
     std::optional<Event> Take();
 
 private:
@@ -66,7 +65,7 @@ private:
     StreamClock m_clock;
     StreamTime m_latest{};
     std::uint64_t m_lastSample = 0;
-    std::optional<std::uint16_t> m_reference; ///< whose time stamps stand in for the PCR
+    std::optional<std::uint16_t> m_reference; ///< PID whose time stamps replace the PCR
     std::deque<Pending> m_pending;
     std::size_t m_pendingBytes = 0;
     std::deque<Event> m_ready;

@@ -8,7 +8,7 @@ namespace zviptv::sim {
 namespace {
 
 constexpr std::size_t BufferSize = 64 * 1024;
-constexpr std::size_t SearchSize = 16 * 1024; // how far into a file the first packet may be
+constexpr std::size_t SearchSize = 16 * 1024; // the largest offset of the first packet in a file
 constexpr std::size_t SyncsWanted = 5;
 constexpr std::size_t Distances[] = {188, 192, 204};
 
@@ -30,8 +30,8 @@ TsReader::TsReader(std::unique_ptr<ByteSource> bytes) : m_bytes(std::move(bytes)
     }
 }
 
-/// Sees to it that `count` bytes (far fewer than the buffer holds) are at hand; false when there are
-/// not as many.
+/// Ensures that `count` bytes (far fewer than the buffer holds) are available; returns false if there are not
+/// as many.
 bool TsReader::Have(std::size_t count)
 {
     if (m_end - m_begin >= count) {
@@ -69,7 +69,7 @@ TsReader::Run TsReader::FollowSyncs(std::size_t offset, std::size_t distance)
     return run;
 }
 
-/// Short files are told by fewer sync bytes, but only if they begin with a packet.
+/// For short files, fewer sync bytes are sufficient, but only if they begin with a packet.
 bool TsReader::IsStart(Run const& run, std::size_t offset, std::size_t distance)
 {
     if (run.syncs == SyncsWanted) {
@@ -78,7 +78,7 @@ bool TsReader::IsStart(Run const& run, std::size_t offset, std::size_t distance)
     return run.atEnd && offset < distance && (run.syncs > 1 || (run.exact && offset == 0));
 }
 
-/// False also when more bytes have to come to tell.
+/// Also returns false if more bytes are needed to decide.
 bool TsReader::FindDistance()
 {
     std::size_t offset = 0;
@@ -97,15 +97,15 @@ bool TsReader::FindDistance()
             return true;
         }
     }
-    if (offset == SearchSize && m_bytes->IsLive()) { // packets may follow yet
+    if (offset == SearchSize && m_bytes->IsLive()) { // packets may still follow
         m_begin += SearchSize;
         m_skipped += SearchSize;
     }
     return false;
 }
 
-/// Goes on at the next byte from which packets follow one another again. False also when more bytes have to
-/// come to tell, and when much of a live input has been skipped: others have their turn then.
+/// Continues at the next byte from which packets follow one another again. Also returns false if more bytes
+/// are needed to decide, and after much of a live input was skipped, so that other work can run.
 bool TsReader::Resynchronise()
 {
     std::uint64_t const limit = m_bytes->IsLive() ? m_skipped + SearchSize : UINT64_MAX;

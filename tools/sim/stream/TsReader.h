@@ -8,8 +8,8 @@ namespace zviptv::sim {
 
 /// Reads the packets of an input, through a small buffer.
 ///
-/// Packets may be 188 bytes apart, 192 (four bytes of time stamp before each) or 204 (sixteen bytes of
-/// parity behind each). Bytes between packets that are not in step are skipped. Not thread-safe.
+/// Packets may be 188 bytes apart, 192 (four bytes of time stamp before each) or 204 (sixteen bytes of parity
+/// after each). Bytes outside packets are skipped. Not thread-safe.
 class TsReader : public PacketSource
 {
 public:
@@ -19,10 +19,10 @@ public:
     ///         "X holds no transport stream: no sync byte 0x47 at a 188-byte distance"
     explicit TsReader(std::string const& path);
 
-    /// Reads an open file that can seek; `name` stands for it in error texts.
+    /// Reads an open, seekable file; `name` is its name in error texts.
     TsReader(File file, std::string name);
 
-    /// A source that has not ended may begin later: then only reading it throws.
+    /// If the source has not ended, packets may begin later: then only reading throws.
     explicit TsReader(std::unique_ptr<ByteSource> bytes);
 
     bool Read(TsBytes& packet) override;
@@ -33,17 +33,17 @@ public:
     /// Distance from packet to packet: 188, 192 or 204.
     std::size_t PacketDistance() const { return m_distance; }
 
-    /// Bytes skipped so far because they were out of step, in all passes together.
+    /// Bytes skipped so far outside packets, in all passes together.
     std::uint64_t SkippedBytes() const { return m_skipped; }
 
 private:
-    /// Packets that follow one another in step.
+    /// Packets that follow one another at a constant distance.
     struct Run
     {
         std::size_t syncs = 0;
-        bool isCut = false; ///< there are no more bytes, but not SyncsWanted either
-        bool atEnd = false; ///< and there never will be
-        bool exact = false; ///< and the file ended where a packet ends
+        bool isCut = false; ///< there are no more bytes, but fewer than SyncsWanted sync bytes
+        bool atEnd = false; ///< and no more bytes will follow
+        bool exact = false; ///< and the file ends at the end of a packet
     };
 
     bool Have(std::size_t count);

@@ -5,28 +5,28 @@
 
 namespace zviptv::sim {
 
-/// A quotient in lowest terms; 0/0 where the stream does not tell.
+/// A quotient in lowest terms; 0/0 if it is unknown.
 struct Ratio
 {
     std::uint32_t numerator = 0;
     std::uint32_t denominator = 0;
 };
 
-/// What the head of a video sequence says about its pictures.
+/// The picture format in the header of a video sequence.
 struct VideoFormat
 {
-    std::uint32_t width = 0;  ///< of the picture shown, after cropping
+    std::uint32_t width = 0;  ///< of the visible picture, after cropping
     std::uint32_t height = 0; ///< of a whole frame, both fields
     Ratio frameRate;          ///< frames per second
     Ratio displayAspect;      ///< 16/9, 4/3, …
     bool interlaced = false;  ///< fields may be coded one by one
 };
 
-/// No picture is wider or higher.
+/// The largest width and height of a picture.
 constexpr std::uint32_t LargestVideoSide = 16384;
 
-/// Looks for a sequence head in a PES packet; a picture without one, or an unknown format, gives nothing.
-/// HEVC whose fields are pictures of their own counts them as pictures.
+/// Finds a sequence header in a PES packet; returns nullopt for a picture without one, or an unknown format.
+/// HEVC fields that are separate pictures count as pictures.
 std::optional<VideoFormat> ParseVideoFormat(VideoCodec codec, ByteView pes);
 
 /// n/d in lowest terms; 0/0 if either is 0 or does not fit.

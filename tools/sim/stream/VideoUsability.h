@@ -6,13 +6,13 @@
 
 namespace zviptv::sim {
 
-// The parts of the video usability information that H.264 and HEVC have in common. What is cut off stays
-// untold.
+// The parts of the video usability information that H.264 and HEVC have in common. Truncated values are not
+// set.
 
-/// Reads its beginning, up to the chroma location, and sets the display aspect.
+/// Reads the beginning, up to the chroma location, and sets the display aspect ratio.
 void ReadDisplay(BitReader& bits, VideoFormat& format);
 
-/// Reads its timing and sets the frame rate; a frame takes `ticks`.
+/// Reads the timing and sets the frame rate; a frame has `ticks`.
 void ReadTiming(BitReader& bits, unsigned ticks, VideoFormat& format);
 
 } // namespace zviptv::sim
