@@ -1,10 +1,11 @@
 # SPDX-License-Identifier: MIT
-# What `cmake --install` lays down for users of the library: headers, library, pkg-config file, CMake package.
+# The files that `cmake --install` installs for users of the library: headers, library, pkg-config file, CMake
+# package.
 include(CMakePackageConfigHelpers)
 
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/ZvIptvServiceApi")
 
-# The library alone is exported: what it is made of and links stays private to it.
+# Only the library is exported: its parts and the libraries that it links are private.
 install(TARGETS ServiceApi EXPORT ZvIptvServiceApiTargets)
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/zviptv" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
 install(EXPORT ZvIptvServiceApiTargets NAMESPACE ZvIptv:: DESTINATION "${package_dir}")

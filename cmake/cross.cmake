@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
 # Toolchain of ./run cross: Debian's cross compiler for the architecture ZVIPTV_CROSS, the libraries of that architecture
-# in ZVIPTV_SYSROOT (packaging/cross/sysroot.sh makes it), and QEMU to run what is built, if this machine cannot.
+# in ZVIPTV_SYSROOT (packaging/cross/sysroot.sh makes it), and QEMU to run the built programs, if this machine
+# cannot.
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES ZVIPTV_CROSS ZVIPTV_SYSROOT)
 
 if(ZVIPTV_CROSS STREQUAL "armhf")
@@ -25,7 +26,7 @@ set(CMAKE_CXX_COMPILER ${cross_compiler}-g++)
 set(CMAKE_CXX_FLAGS_INIT -Wno-psabi) # a note that older compilers passed arguments differently
 set(CMAKE_SYSROOT "${ZVIPTV_SYSROOT}")
 if(ZVIPTV_CROSS STREQUAL "i386" AND CMAKE_HOST_SYSTEM_PROCESSOR STREQUAL "x86_64")
-    # An RPATH, which the libraries of the sysroot heed as well, unlike a RUNPATH.
+    # An RPATH, which also applies to the libraries of the sysroot, unlike a RUNPATH.
     string(CONCAT CMAKE_EXE_LINKER_FLAGS_INIT "-Wl,--dynamic-linker=${ZVIPTV_SYSROOT}/lib/ld-linux.so.2"
         ",--disable-new-dtags,-rpath,${ZVIPTV_SYSROOT}/lib/${CMAKE_LIBRARY_ARCHITECTURE}"
         ",-rpath,${ZVIPTV_SYSROOT}/usr/lib/${CMAKE_LIBRARY_ARCHITECTURE}")

@@ -1,6 +1,6 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# The library at work, in words and real output: starts the simulator, which runs this script again as its command.
+# A demo of the library with real output: starts the simulator, which runs this script again as its command.
 set -euo pipefail
 
 if [ -z "${ZVIPTV_SIM_PID+set}" ]; then
@@ -12,7 +12,7 @@ fi
 bold=$([ -t 1 ] && printf '\033[1m' || true)
 plain=$([ -t 1 ] && printf '\033[0m' || true)
 
-# Ctrl-C ends the demo quietly, whatever the command that it also reached made of it.
+# Ctrl-C ends the demo quietly, however the running command reacts to it.
 stopper=
 interrupted() {
     [ -z "$stopper" ] || kill "$stopper" 2>/dev/null || true
@@ -22,7 +22,7 @@ trap interrupted INT
 
 chapter() { printf '\n%s== %s%s\n' "$bold" "$*" "$plain"; }
 
-# Shows a command and runs it; its exit status has to be the first argument.
+# Shows a command and runs it; its exit status must be the first argument.
 show() {
     local wanted=$1 status=0
     shift
@@ -34,10 +34,10 @@ show() {
     fi
 }
 
-# Whoever types sees a picture before the first command; so does the demo.
+# A person needs some time to type the first command, and then there is a picture. The demo waits for it.
 zviptvctl pes --pid 0x102 --count 1 >/dev/null 2>&1 || true
 
-chapter "Player control: each command creates the proxy, makes one call over the bus and prints what came back"
+chapter "Player control: each command creates the proxy, makes one call over the bus and prints the answer"
 show 0 zviptvctl status
 show 0 zviptvctl call MuteAudio true
 show 0 zviptvctl call MuteAudio false
@@ -45,9 +45,9 @@ show 0 zviptvctl call GetSourceState
 show 0 zviptvctl call GetSTCCount
 show 0 zviptvctl call GetFirstPTS
 show 1 zviptvctl call SetCurrentAudioByIndex 99
-printf '(The stream has no track 99: the service refused, exit status 1.)\n'
+printf '(The stream has no track 99: the service refuses, and the exit status is 1.)\n'
 
-chapter "Broadcast data: what the stream carries, and the parental lock"
+chapter "Broadcast data: the tracks of the stream, and the parental lock"
 show 0 zviptvctl audio list
 show 0 zviptvctl audio select 1
 show 0 zviptvctl call GetCurrentAudioInfo
@@ -60,22 +60,22 @@ show 0 zviptvctl subtitle list
 show 0 zviptvctl ttx list
 show 0 zviptvctl captions list
 show 0 zviptvctl call GetPreferredTTXSubtitle
-printf '(Track 1, German, is heard: the German page is preferred.)\n'
+printf '(The current track 1 is German: the German page is preferred.)\n'
 show 0 zviptvctl caption --count 4
-printf '(Captions come to a callback as broadcast: teletext is the data units of the subtitle pages, caption a data\n'
-printf 'group of the ARIB caption. They say One and Eins, いち, and so on to five.)\n'
+printf '(The callback gets captions as broadcast: "teletext" is the data units of the subtitle pages, "caption" a data\n'
+printf 'group of the ARIB caption. Their texts count from One, Eins and いち to five.)\n'
 
-chapter "Programme guide: what is on, by the guide's clock"
+chapter "Programme guide: the present programme by the guide's clock"
 show 0 zviptvctl call GetPresentProgram 1
 show 0 zviptvctl call GetProgramListSize 1 1774735200 14400
 
-chapter "A fault on demand: the simulator was told to answer SetAppID with an error"
+chapter "A fault on demand: the simulator answers SetAppID with an error, as its options request"
 show 4 zviptvctl call SetAppID org.example.application
 
 chapter "PES delivery: the service pushes the stream's packets to the application's callback"
 show 0 zviptvctl pes --count 12
 
-chapter "An application that stays: it watches the service, and after 6 seconds the service is stopped"
+chapter "A long-running application watches the service, which is stopped after 6 seconds"
 (
     sleep 6
     kill "$ZVIPTV_SIM_PID"
@@ -83,14 +83,14 @@ chapter "An application that stays: it watches the service, and after 6 seconds 
 stopper=$!
 show 3 zviptvctl watch --seconds 10
 
-chapter "No service any more"
+chapter "Without a service"
 show 3 zviptvctl call MuteAudio true
 
 cat <<'EOF'
 
 What was shown: a private system bus, the service simulator playing samples/sample.ts on it, and a client of the
-installed library. The client created its proxies, muted and unmuted, read source state, clock and first time stamp,
-was refused what does not exist, read the track lists, unlocked a rated programme, received captions, asked the guide,
-met a fault that it was promised, received PES packets as they were played, and saw the service go: the player control
-object destroyed itself, and nothing could be created until a service is back.
+installed library. The client created its proxies, muted and unmuted the sound, read the source state, the clock and the
+first time stamp, was refused a missing track, read the track lists, unlocked a rated programme, received captions,
+queried the guide, got the requested fault, received PES packets as they were played, and noticed that the service left:
+the player control object destroyed itself, and no object can be created until a service is back.
 EOF

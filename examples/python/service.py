@@ -47,7 +47,7 @@ TRACKS = {  # by the key of their records and the type of ISDB texts
     ("isdbText", 0): [TEXT.pack(language("jpn"), 0, 0x105, 0x0008, 0x30, 0),
                       TEXT.pack(language("eng"), 0, 0x105, 0x0008, 0x31, 1)],
     ("isdbText", 1): [TEXT.pack(language("jpn"), 1, 0x106, 0x0008, 0x38, 0)]}
-TRACK_FUNCTIONS = {  # choose one, count them, describe one, report which is chosen
+TRACK_FUNCTIONS = {  # select one, count them, describe one, report which one is selected
     "audio": ("SetCurrentAudioByIndex", "SizeOfAudio", "GetAudio", "GetCurrentAudioInfo"),
     "ttx": ("SetCurrentTTX", "SizeOfTTX", "GetTTX", "GetCurrentTTX"),
     "hybridSbt": ("SetCurrentHybridSBT", "SizeOfHybridSBT", "GetHybridSBT", "GetCurrentHybridSBT"),
@@ -79,7 +79,7 @@ class Request:
         return self._values.get(key, b"").decode(errors="replace")
 
     def number(self, key):
-        """Raises ValueError for a number that is missing or malformed."""
+        """Raises ValueError if a number is missing or malformed."""
         return int(self.text(key))
 
 
@@ -102,7 +102,7 @@ class Playback:
 
     def __init__(self):
         self.stc = FIRST_PTS
-        self._chosen = defaultdict(int)  # what applications have chosen: indices of TRACKS, and the rest
+        self._chosen = defaultdict(int)  # selections of applications: indices of TRACKS, and others
 
     def functions(self):
         functions = {
@@ -158,7 +158,7 @@ class Playback:
         return self._choose(name, places.get(request.number("compTag")), places.values())
 
     def _describe(self, kind, request):
-        """A reply has all its values, whatever its result: zeros for a track that is not there."""
+        """A reply has all its values, whatever its result: zeros for a missing track."""
         _, tracks = self._list(kind, request)
         track = at(tracks, request.number("index"))
         code = int.from_bytes(track[:4] if track else b"", sys.byteorder)
@@ -185,12 +185,12 @@ class Playback:
                 "nextMode": DUAL_SOUND.pack((mode + 1) % 4 if available else mode, available)}
 
     def _is_locked(self, unlocking):
-        """Whether something is locked that the values of EZVParentalLock unlock from this one on."""
+        """Whether something is locked that this and higher values of EZVParentalLock unlock."""
         return not self._chosen["factory"] and self._chosen["lock"] < unlocking
 
 
 class Guide:
-    """Answers IPGUTIL with the JSON of docs/reference/guide.md. Nothing found is an empty text."""
+    """Answers IPGUTIL with the JSON of docs/reference/guide.md, or with an empty text if nothing is found."""
 
     def __init__(self, now):
         self._programmes = PROGRAMMES
@@ -246,7 +246,7 @@ class Guide:
 
     def _load(self, request):
         try:
-            with open(request.text("path"), encoding="utf-8") as file:  # as GetProgramList answers
+            with open(request.text("path"), encoding="utf-8") as file:  # an answer of GetProgramList
                 programmes = [{member: one[member] for member in PROGRAMMES[0]} for one in json.load(file)]
             self._programmes = sorted(programmes, key=lambda one: (int(one["service_id"]), one["start_time"]))
         except (LookupError, OSError, TypeError, ValueError):
@@ -255,7 +255,7 @@ class Guide:
 
 
 class Channel:
-    """An application's channel. What is pushed waits until the application has handled what came before."""
+    """An application's channel. Notifications wait until the application has handled the previous ones."""
 
     def __init__(self, connection, name, word, on_vanished):
         self._connection = connection
@@ -285,7 +285,7 @@ class Channel:
             self._ask()
 
     def _ask(self):
-        """The application answers when it has handled what was sent before."""
+        """The application answers when it has handled all previous notifications."""
         self._asked = True
         self._connection.call(*self._target, "Send", message({}), None, Gio.DBusCallFlags.NO_AUTO_START,
                               GLib.MAXINT32, self._end, self._answered)
@@ -295,14 +295,14 @@ class Channel:
             connection.call_finish(result)
         except GLib.Error as error:  # an error of the application is an answer, too
             if error.matches(Gio.dbus_error_quark(), Gio.DBusError.LIMITS_EXCEEDED):
-                GLib.timeout_add_seconds(1, self._ask)  # the bus has too many open calls
+                GLib.timeout_add_seconds(1, self._ask)  # too many unanswered calls
                 return
         self._asked = False
         self._send()
 
 
 class Service:
-    """The bus: announcements, requests, pushes, and applications that vanish."""
+    """The bus: announcements, requests, pushes, and the loss of applications."""
 
     def __init__(self, connection, clock):
         self._connection = connection
@@ -319,7 +319,7 @@ class Service:
     def _announced(self, _connection, sender, _path, _interface, _method, body, invocation):
         entries = dict(body.unpack()[0])
         name, word = entries.get("dbusname", ""), entries.get("type")
-        known = word in TYPES and name == sender  # nobody announces for another application
+        known = word in TYPES and name == sender  # an application may announce only its own channels
         if known:
             self._leave(name, word)
         if known and entries.get("add") == "y":
@@ -329,7 +329,7 @@ class Service:
         invocation.return_value(GLib.Variant("(a(ss))", ([("dbusname", partner)],)))
 
     def _leave(self, name, word):
-        """An earlier service may have been told that the channel joins."""
+        """The channel may have been announced to an earlier service."""
         if (name, word) in self._channels:
             self._channels.pop((name, word)).close()
             print(f"{word} leaves", flush=True)
@@ -387,7 +387,7 @@ def main():
     loop = GLib.MainLoop()
     signal.signal(signal.SIGINT, signal.SIG_DFL)  # Ctrl-C ends it
     service = Service(connection, options.time)
-    # The name comes last: applications call as soon as it is there.
+    # The name is requested last: applications call as soon as it has an owner.
     Gio.bus_own_name_on_connection(connection, HELPER, Gio.BusNameOwnerFlags.NONE,
                                    lambda *_: print("ready", flush=True), lambda *_: loop.quit())
     GLib.timeout_add(100, service.push)
