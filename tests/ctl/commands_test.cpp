@@ -110,7 +110,7 @@ TEST_F(CommandsTest, ARefusalSaysWhatToLookAt)
         {{"captions", "select", "caption", "9"}, "select caption 9: 'zviptvctl captions list' lists them"},
         {{"mute", "video", "on"}, "mute the video: 'zviptvctl status' shows whether it plays"},
         {{"unlock", "all"}, "change the lock: 'zviptvctl rating' shows what is locked"},
-        {{"unlock", "pin"}, "lift the mute: 'zviptvctl rating' shows what is locked"},
+        {{"unlock", "pin"}, "unlock the programme: 'zviptvctl rating' shows what is locked"},
     };
     for (auto const& [command, words] : refusals) {
         CtlResult const refused = RunCtl(command);

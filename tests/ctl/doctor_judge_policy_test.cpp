@@ -84,7 +84,7 @@ INSTANTIATE_TEST_SUITE_P(
                   4,
                   "the bus has not loaded /usr/share/dbus-1/system.d/org.corvel.zviptvapi.dbushelper.conf",
                   {ReloadConfig},
-                  "nobody be the service and nobody call it",
+                  "Nobody may run the service on this bus, and nobody may call it",
                   ""},
         WrongCase{"NotInstalled",
                   Changed(HealthyMachine(),

@@ -65,8 +65,8 @@ INSTANTIATE_TEST_SUITE_P(
             "nobody owns the name org.corvel.zviptvapi.dbushelper",
             {"zviptv-sim --bus system --ts FILE.ts --loop"},
             "",
-            "This starts the simulator; start your own service as its documentation says. FILE.ts stands for "
-            "your own stream."},
+            "This starts the simulator; start your own service as its documentation says. Replace FILE.ts "
+            "with your own stream."},
         WrongCase{"OfTheWrongUser",
                   Changed(HealthyMachine(),
                           [](Facts& facts) {
@@ -118,7 +118,7 @@ INSTANTIATE_TEST_SUITE_P(
             "process 811 (zviptv-sim) answers a ping, but does not answer applications within 2 seconds",
             {"sudo systemctl restart zviptv-sim"},
             "",
-            "the main loop stands still"},
+            "the main loop is blocked"},
         WrongCase{"NoMainLoopOfAnother",
                   Changed(HealthyMachine(),
                           [](Facts& facts) {
@@ -146,7 +146,7 @@ INSTANTIATE_TEST_SUITE_P(
                   "the service left the bus when it was called",
                   {"sudo systemctl start zviptv-sim"},
                   "",
-                  "That is the simulator."}));
+                  "This starts the simulator."}));
 
 } // namespace
 } // namespace zviptv::test

@@ -47,8 +47,8 @@ INSTANTIATE_TEST_SUITE_P(
                   "zviptvctl is 1.4.0, but /opt/tv/libzv-iptv-service-api.so.1.0.0, which it has loaded, is "
                   "1.0.0",
                   {"unset LD_LIBRARY_PATH"},
-                  "other answers than its headers say",
-                  "/opt/tv/libzv-iptv-service-api.so.1.0.0 is in the way"},
+                  "answers that differ from its headers",
+                  "/opt/tv/libzv-iptv-service-api.so.1.0.0 is found first"},
         WrongCase{"LibraryLeftInUsrLocal",
                   Changed(HealthyMachine(),
                           [](Facts& facts) {
@@ -74,7 +74,7 @@ INSTANTIATE_TEST_SUITE_P(
                   "it has loaded, is 1.4.0",
                   {"sudo rm /usr/local/bin/zviptvctl"},
                   "",
-                  "/usr/local/bin/zviptvctl is in the way"},
+                  "/usr/local/bin/zviptvctl is found first"},
         WrongCase{"HalfAnUpgrade",
                   Changed(HealthyMachine(), [](Facts& facts) { facts.versions.tool = "1.5.0"; }),
                   "version",

@@ -102,9 +102,8 @@ TEST_F(CtlTest, AGuideListThatIsCutSaysSo)
     CtlResult const cut = RunCtl({"guide", "list", "1", "2", "3"});
     EXPECT_EQ(cut.output, "[{},{}]\n");
     EXPECT_EQ(cut.errors,
-              "zviptvctl: the list ends after 2 of 3 programmes, since a message takes no more: ask again "
-              "from a later "
-              "START\n");
+              "zviptvctl: the list ends after 2 of 3 programmes, because a message holds no more: "
+              "ask again from a later START\n");
     m_service.Answer("GetProgramListSize", {{"data", "2"}});
     EXPECT_EQ(RunCtl({"guide", "list", "1", "2", "3"}).errors, "");
 }
@@ -136,8 +135,8 @@ TEST_F(CtlTest, GuideDataThatIsNotCopiedEndsWithOne)
     EXPECT_EQ(result.code, 1);
     EXPECT_EQ(result.output, "");
     EXPECT_EQ(result.errors,
-              "zviptvctl: the service refused to copy guide data from /x: it reads the path as its own user, "
-              "and may say more itself\n");
+              "zviptvctl: the service refused to copy guide data from /x: it reads the path as its own user; "
+              "see its own messages\n");
 }
 
 } // namespace

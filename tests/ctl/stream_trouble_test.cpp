@@ -110,7 +110,7 @@ TEST_F(StreamTest, AnEndpointWhoseConnectionIsClosedEndsWithThree)
     CtlResult const result = Finish(*child);
     EXPECT_EQ(result.code, 3);
     EXPECT_THAT(result.errors, EndsWith("zviptvctl: the service closed the connection " + other.peer.Name() +
-                                        " of its endpoint IPTVDATASUBSCRIBER: no more pushes come; restart "
+                                        " of its endpoint IPTVDATASUBSCRIBER: no more pushes arrive; restart "
                                         "the service, then run this command again\n"));
 }
 

@@ -64,10 +64,11 @@ TEST_F(WatchTest, AClosedEndpointIsReportedAndReplaced)
     auto const child = StartCtl({"watch"});
     ASSERT_TRUE(child->WaitForOutput("subscribed to PES packets\n", patience));
     other.peer.Disconnect();
-    ASSERT_TRUE(child->WaitForErrors("zviptvctl: the service closed the connection " + other.peer.Name() +
-                                         " of its endpoint IPTVDATASUBSCRIBER: no more pushes come; restart "
-                                         "the service\n",
-                                     patience))
+    ASSERT_TRUE(
+        child->WaitForErrors("zviptvctl: the service closed the connection " + other.peer.Name() +
+                                 " of its endpoint IPTVDATASUBSCRIBER: no more pushes arrive; restart "
+                                 "the service\n",
+                             patience))
         << child->Errors();
     ASSERT_TRUE(m_service->WaitForRequest("requestPESCB"));
     child->Signal(SIGINT);
@@ -87,7 +88,7 @@ TEST_F(WatchTest, AnEndpointThatStaysClosedEndsWithAFailure)
     auto const child = StartCtl({"watch"});
     ASSERT_TRUE(child->WaitForOutput("subscribed to PES packets\n", patience));
     other.peer.Disconnect();
-    ASSERT_TRUE(child->WaitForErrors("no more pushes come", patience));
+    ASSERT_TRUE(child->WaitForErrors("no more pushes arrive", patience));
     child->Signal(SIGINT);
     CtlResult const result = Finish(*child);
     EXPECT_NE(result.code, 0);

@@ -68,7 +68,7 @@ TEST_F(PolicyToolsTest, WhoMaySteerTheSimulator)
             command.insert(command.end(), words.begin(), words.end());
             auto const refused = Run(account, command);
             EXPECT_EQ(refused->Wait(patience), (ExitStatus{4, 0})) << refused->Errors();
-            EXPECT_THAT(refused->Errors(), HasSubstr("does not let this user steer the simulator"));
+            EXPECT_THAT(refused->Errors(), HasSubstr("does not let this user control the simulator"));
         }
         EXPECT_THROW(m_bus->Connect(account)->OwnName("org.corvel.zviptvapi.Simulator"), std::runtime_error);
     }

@@ -157,7 +157,7 @@ TEST_F(SimCommand, WatchFollowsChangesAndRequests)
     EXPECT_EQ(json.Wait(Patience), (ExitStatus{0, 0}));
     ASSERT_EQ(m_remote->Call("Quit"), Done);
     EXPECT_EQ(watch.Wait(Patience), (ExitStatus{3, 0}));
-    EXPECT_EQ(watch.Errors(), "zviptvctl: the simulator went away\n");
+    EXPECT_EQ(watch.Errors(), "zviptvctl: the simulator left the bus\n");
 }
 
 TEST_F(SimCommand, WatchEndsWhenItsTimeIsOver)
