@@ -101,7 +101,7 @@ TEST_F(PolicyDoctorTest, TellsAStrangerToJoinTheGroup)
                 HasSubstr("\nwrong    group      user nobody does not belong to the group games\n"));
     EXPECT_THAT(report.text, HasSubstr("\n        sudo adduser nobody games\n        newgrp games\n"));
     EXPECT_THAT(report.text,
-                HasSubstr("\nunknown  main loop  not checked: the bus does not let user nobody ask the "
+                HasSubstr("\nunknown  main loop  not checked: the bus does not let user nobody call the "
                           "service\n"));
     EXPECT_THAT(report.text, HasSubstr("\nwrong: group\n"));
 }
