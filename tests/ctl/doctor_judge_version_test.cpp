@@ -61,7 +61,7 @@ INSTANTIATE_TEST_SUITE_P(
                   "loaded, is 1.0.0",
                   {"sudo rm /usr/local/lib/libzv-iptv-service-api.so*", "sudo ldconfig"},
                   "",
-                  "left by an earlier installation"},
+                  "left from an earlier installation"},
         WrongCase{"ToolLeftInUsrLocal",
                   Changed(HealthyMachine(),
                           [](Facts& facts) {

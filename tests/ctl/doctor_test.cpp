@@ -148,7 +148,7 @@ TEST_F(DoctorOfAService, TheDoctorDoesNotHangOnABusThatStandsStill)
     m_bus.Continue();
     EXPECT_EQ(diagnosis.result.code, 4);
     EXPECT_EQ(diagnosis.Wrong(), "bus");
-    EXPECT_THAT(diagnosis.Text("bus"), HasSubstr("takes connections and does not answer"));
+    EXPECT_THAT(diagnosis.Text("bus"), HasSubstr("accepts connections but does not answer"));
     EXPECT_EQ(diagnosis.Command("bus"), "pkill -CONT dbus-");
     EXPECT_EQ(Diagnose().result.code, 0);
 }

@@ -123,8 +123,8 @@ TEST_F(StreamTest, TellsOfSilenceAndThenOfTheEnd)
 {
     m_service.Answer("GetSourceState", {{"result_internal", "1"}, {"sourcestate", "2"}});
     auto const child = StartSubscribed({"caption"}, "requestCaptionCB");
-    ASSERT_TRUE(
-        child->WaitForErrors("zviptvctl: no data has arrived for 5 seconds; Ctrl-C ends\n", patience));
+    ASSERT_TRUE(child->WaitForErrors("zviptvctl: no data has arrived for 5 seconds; press Ctrl-C to end\n",
+                                     patience));
     m_service.ClearRecords();
     ASSERT_TRUE(m_service.WaitForRequest("GetSourceState")); // five seconds later
     m_service.Answer("GetSourceState", {{"result_internal", "1"}, {"sourcestate", "3"}});
@@ -132,7 +132,7 @@ TEST_F(StreamTest, TellsOfSilenceAndThenOfTheEnd)
     child->Signal(SIGINT);
     CtlResult const result = Finish(*child);
     EXPECT_EQ(result.code, 0);
-    EXPECT_THAT(result.errors, testing::MatchesRegex("zviptvctl: nothing has [^\n]*\nzviptvctl: the source "
+    EXPECT_THAT(result.errors, testing::MatchesRegex("zviptvctl: no data has [^\n]*\nzviptvctl: the source "
                                                      "[^\n]*\nzviptvctl: 0 packets, [^\n]*\n"));
 }
 
@@ -142,7 +142,8 @@ TEST_F(StreamTest, TellsOfSilenceWithoutASourceStateToo)
     auto const child = StartSubscribed({"pes", "--seconds", "6"});
     CtlResult const result = Finish(*child);
     EXPECT_EQ(result.code, 0);
-    EXPECT_THAT(result.errors, StartsWith("zviptvctl: no data has arrived for 5 seconds; Ctrl-C ends\n"));
+    EXPECT_THAT(result.errors,
+                StartsWith("zviptvctl: no data has arrived for 5 seconds; press Ctrl-C to end\n"));
 }
 
 TEST_F(StreamTest, UnreadableNotificationsAreToldAndSkipped)

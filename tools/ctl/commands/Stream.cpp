@@ -115,7 +115,7 @@ void Stream::TellSilence()
         Say("the source has ended: packets arrive only if it starts again; press Ctrl-C to end");
     } else if (!m_toldSilence) {
         m_toldSilence = true;
-        Say("no data has arrived for " + std::to_string(LongSilence) + " seconds; Ctrl-C ends");
+        Say("no data has arrived for " + std::to_string(LongSilence) + " seconds; press Ctrl-C to end");
     }
 }
 
