@@ -126,8 +126,7 @@ TEST_F(PolicyDoctorTest, TheServicesOwnUserIsNoApplication)
     Report const report = Ask(serviceUser);
     EXPECT_EQ(report.code, 0) << report.text;
     EXPECT_THAT(report.text, HasSubstr("\nok       policy     loaded"));
-    EXPECT_THAT(report.text,
-                HasSubstr("\nunknown  group      not checked: user daemon is the service's own"));
+    EXPECT_THAT(report.text, HasSubstr("\nunknown  group      not checked: user daemon runs the service"));
     EXPECT_THAT(report.text, HasSubstr("nothing is wrong, as far as is known; unknown: group, main loop"));
 }
 
