@@ -72,6 +72,7 @@ TEST_F(Properties, ShowTheTelevision)
              {"VideoMutedBy", "''"},
              {"ProgrammeLocked", "true"},
              {"ServiceLocked", "false"},
+             {"LockStopsPushes", "false"},
              {"ApplicationId", "''"},
              {"Resolution",
               "{'width': <uint32 320>, 'height': <uint32 180>, 'frameRateNumerator': <uint32 25>, "
@@ -112,6 +113,15 @@ TEST_F(Properties, ShowWhatApplicationsDo)
     EXPECT_EQ(m_remote->Get("Applications"), "[{'name': <'" + m_application.Peer().Name() +
                                                  "'>, 'id': <'org.example.one'>, 'endpoints': "
                                                  "<['PLAYERCONTROL']>}]");
+}
+
+TEST_F(Properties, ShowThatALockStopsPushes)
+{
+    Steer({"--lock-stops-pushes", "--lock-service"});
+    EXPECT_EQ(m_remote->Get("LockStopsPushes"), "true");
+    EXPECT_EQ(m_remote->Get("ServiceLocked"), "true");
+    ASSERT_EQ(m_remote->Call("Unlock", "('service',)"), Done);
+    EXPECT_EQ(m_remote->Get("LockStopsPushes"), "true");
 }
 
 TEST_F(Properties, CountWhatSubscribersGet)

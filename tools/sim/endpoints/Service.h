@@ -106,6 +106,7 @@ public:
     /// Opening options for an input with this URL.
     InputOptions InputNamed(std::string const& url) const { return {url, m_options.playback.input.follow}; }
     bool Loops() const { return m_options.playback.loop; }
+    bool LockStopsPushes() const { return m_options.lockStopsPushes; }
 
     using RequestListener = std::function<void(RequestLog::Entry const&)>;
     /// `onRequest` gets every request that was answered, or not answered because of a fault. `onChange` is

@@ -16,12 +16,14 @@ export function positionNow() {
 }
 
 /** Why the screen shows no picture: the icon, a title and a line. */
-export function coverOf({ Running, ProgrammeLocked, ServiceLocked, VideoMuted, VideoMutedBy, SourceState }) {
+export function coverOf({ Running, ProgrammeLocked, ServiceLocked, LockStopsPushes, VideoMuted, VideoMutedBy, SourceState }) {
   if (!Running) {
     return ["off", "The service is dead", "Restart it, or wait until it comes back."];
   }
   if (ProgrammeLocked || ServiceLocked) {
-    return ["lock", ProgrammeLocked ? "Programme locked" : "Service locked", "An application, or you, can unlock it."];
+    return ["lock", ProgrammeLocked ? "Programme locked" : "Service locked",
+      `An application, or you, can unlock it. ${LockStopsPushes ? "Until then no packets and captions are sent."
+        : "Packets and captions are still sent."}`];
   }
   if (VideoMuted) {
     return ["dark", "Picture muted", `by ${VideoMutedBy}`];
@@ -66,7 +68,8 @@ export function startTelevision() {
     toldAt = performance.now();
     showPosition();
   });
-  watch(["Running", "ProgrammeLocked", "ServiceLocked", "VideoMuted", "VideoMutedBy", "SourceState"], showCover);
+  watch(["Running", "ProgrammeLocked", "ServiceLocked", "LockStopsPushes", "VideoMuted", "VideoMutedBy", "SourceState"],
+    showCover);
   watch(["AudioMuted", "AudioMutedBy", "Paused", "Speed", "SourceState"], showBadges);
   watch(["Duration"], () => {
     byId("position").max = state.Duration;
