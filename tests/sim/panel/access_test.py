@@ -1,6 +1,8 @@
 # SPDX-License-Identifier: MIT
 """Who may use the panel: access_test.py SIM CTL SAMPLE GUIDE"""
 import resource
+import select
+import signal
 import socket
 import subprocess
 import unittest
@@ -82,6 +84,55 @@ class Access(unittest.TestCase):
         for method in ("HEAD", "PUT", "OPTIONS", "DELETE"):
             for path in ("", "api/verbs.json", "api/message/1", "api/verb"):
                 self.assertEqual(self.ask(path, method=method).status, 405, (method, path))
+
+    def test_serves_exact_names_only(self):
+        for path in ("api/verbs.jsonX", "api/verbs.json/", "api/verbs.json/x", "api/protocol.json2", "api/message/1/2",
+                     "api/message", "api/", "api/eventsX", "main.js/"):
+            answer = self.ask(path)
+            self.assertEqual((answer.status, answer.body), (404, "the panel has no such file\n"), path)
+        for path in ("api/eventsX", "api/events/", "api/picture2", "api/sound/1"):
+            self.assertEqual(self.ask(path, UPGRADE).status, 404, path)
+        for path in ("api/verbX", "api/verb/", "api/verb/1"):
+            self.assertEqual(self.ask(path, method="POST", body='{"words": ["quit"]}').status, 404, path)
+
+    def test_serves_32_pages(self):
+        head = f" HTTP/1.1\r\nHost: 127.0.0.1:{self.simulator.port}\r\n{UPGRADE}\r\n"
+        for path in ("api/events", "api/picture", "api/sound"):
+            links = [socket.create_connection(("127.0.0.1", self.simulator.port), timeout=PATIENCE) for _ in range(40)]
+            self.addCleanup(lambda these: [link.close() for link in these], links)
+            for link in links:
+                link.sendall(f"GET {self.simulator.root}{path}{head}".encode())
+            answers = [link.recv(65536) for link in links]
+            refused = [answer for answer in answers if answer.startswith(b"HTTP/1.1 503 ")]
+            self.assertEqual(sum(answer.startswith(b"HTTP/1.1 101 ") for answer in answers), 40 - len(refused), path)
+            answer = self.ask(path, UPGRADE)
+            self.assertEqual((answer.status, answer.body),
+                             (503, "too many pages are open: the panel serves 32; close one of them\n"), path)
+            self.assertEqual(self.ask("").status, 200, "the rest is served")
+            for link in links:
+                link.close()
+            wait_for(lambda: self.ask(path, UPGRADE).status == 101, f"a free place at {path}")
+
+    def test_refuses_requests_that_come_at_once(self):
+        """Of those that asked before 32 were open, the ones beyond 32 are closed with the code 1013."""
+        head = f" HTTP/1.1\r\nHost: 127.0.0.1:{self.simulator.port}\r\n{UPGRADE}\r\n"
+        links = [socket.create_connection(("127.0.0.1", self.simulator.port), timeout=PATIENCE) for _ in range(60)]
+        self.addCleanup(lambda: [link.close() for link in links])
+        self.simulator.process.send_signal(signal.SIGSTOP)
+        try:
+            for link in links:
+                link.sendall(f"GET {self.simulator.root}api/sound{head}".encode())
+        finally:
+            self.simulator.process.send_signal(signal.SIGCONT)
+        answers = {link: b"" for link in links}
+
+        def refused():
+            for link in select.select(links, [], [], 0)[0]:
+                answers[link] += link.recv(65536)
+            answered = [answer for answer in answers.values() if b"\r\n\r\n" in answer]
+            return len(answered) == 60 and sum(
+                answer.startswith(b"HTTP/1.1 503 ") or b"\x03\xf5too many pages are open" in answer for answer in answered)
+        wait_for(lambda: refused() == 60 - 32, "the refusals")
 
     def descriptors(self):
         return len(list(Path(f"/proc/{self.simulator.process.pid}/fd").iterdir()))

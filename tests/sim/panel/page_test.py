@@ -4,6 +4,7 @@ import json
 import os
 import re
 import signal
+import socket
 import subprocess
 import time
 import unittest
@@ -44,7 +45,8 @@ class Shows(PageTest):
         self.within_a_second(["mute", "video", "off"], lambda: self.attribute("screen", "data-cover") == "none")
         self.within_a_second(["audio", "select", "1"], lambda: self.driver.execute_script(
             "return document.querySelector('.track-item.selected').textContent.startsWith('deu')"))
-        self.within_a_second(["sim", "lock", "programme"], lambda: self.text("cover-text") == "Programme locked")
+        self.within_a_second(["sim", "lock", "programme"], lambda: self.text("cover-text") == "Programme locked"
+                             and "Packets and captions are still sent." in self.text("cover-note"))
         self.within_a_second(["unlock", "pin"], lambda: self.element("cover").get_attribute("hidden") is not None)
         self.within_a_second(["sim", "pause"], lambda: "Paused" in self.text("badges"))
         self.within_a_second(["sim", "seek", "7.5"], lambda: self.text("elapsed") == "0:07.5")
@@ -75,6 +77,29 @@ class Shows(PageTest):
         count = wait_for(sent)
         wait_for(lambda: sent() not in (None, count))
 
+    def test_a_page_too_many(self):
+        head = (f"GET {self.simulator.root}api/events HTTP/1.1\r\nHost: 127.0.0.1:{self.simulator.port}\r\n"
+                "Connection: Upgrade\r\nUpgrade: websocket\r\nSec-WebSocket-Version: 13\r\n"
+                "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\n\r\n")
+        self.driver.get("about:blank")
+        links = []
+        self.addCleanup(lambda: [link.close() for link in links])
+
+        def is_full():
+            link = socket.create_connection(("127.0.0.1", self.simulator.port), timeout=PATIENCE)
+            links.append(link)
+            link.sendall(head.encode())
+            return b" 503 " in link.recv(65536)
+        wait_for(is_full, "32 pages")
+        self.driver.get(self.simulator.address)
+        wait_for(lambda: "too many pages are open: the panel serves 32" in self.text("messages-area"))
+        self.assertEqual(self.text("service"), "refused")
+        self.driver.get_log("browser")  # it tries to connect again
+        for link in links:
+            link.close()
+        wait_for(lambda: self.text("service") == "running")
+        self.driver.get_log("browser")
+
     def test_the_end_of_the_simulator(self):
         self.simulator.process.terminate()
         wait_for(lambda: self.text("service") == "no simulator")
@@ -82,6 +107,15 @@ class Shows(PageTest):
 
 
 TAB, SPACE = "\ue004", "\ue00d"  # as WebDriver writes these keys
+
+
+class LockStopsPushes(PageTest):
+    options = ("--lock-stops-pushes",)
+
+    def test_is_shown_with_the_lock(self):
+        self.simulator.ctl("sim", "lock", "service")
+        wait_for(lambda: self.text("cover-text") == "Service locked")
+        self.assertIn("Until then no packets and captions are sent.", self.text("cover-note"))
 
 
 class Steers(PageTest):

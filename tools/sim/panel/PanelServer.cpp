@@ -11,6 +11,10 @@ namespace zviptv::sim {
 namespace {
 
 constexpr goffset LargestBody = 64 * 1024;
+constexpr gushort TryAgainLater = 1013; // RFC 6455, IANA registry of close codes
+constexpr char NoSuchFile[] = "the panel has no such file\n";
+constexpr char TooManyPages[] = "too many pages are open: the panel serves 32; close one of them\n";
+static_assert(PanelServer::MaxSockets == 32, "TooManyPages names it");
 
 void Respond(SoupServerMessage* message, unsigned status, char const* type, char const* bytes, gsize size)
 {
@@ -137,6 +141,7 @@ void PanelServer::OnRequestHead(SoupServer* /*server*/, SoupServerMessage* messa
                                 GHashTable* /*query*/, gpointer self)
 {
     auto const& server = *static_cast<PanelServer*>(self);
+    std::string const name = std::string(path).erase(0, server.m_access.Root().size());
     AddHeads(message);
     if (!server.m_access.Admits(path, soup_server_message_get_request_headers(message))) {
         RespondText(message, SOUP_STATUS_FORBIDDEN,
@@ -145,6 +150,10 @@ void PanelServer::OnRequestHead(SoupServer* /*server*/, SoupServerMessage* messa
     } else if (!HasModerateBody(message)) {
         RespondText(message, SOUP_STATUS_REQUEST_ENTITY_TOO_LARGE,
                     "the request is too long: send at most 64 KiB, with a Content-Length\n");
+    } else if (!server.Has(name)) {
+        RespondText(message, SOUP_STATUS_NOT_FOUND, NoSuchFile);
+    } else if (server.IsFull(name)) {
+        RespondText(message, SOUP_STATUS_SERVICE_UNAVAILABLE, TooManyPages);
     }
     if (soup_server_message_get_status(message) != 0) {
         soup_message_body_set_accumulate(soup_server_message_get_request_body(message), FALSE);
@@ -152,9 +161,24 @@ void PanelServer::OnRequestHead(SoupServer* /*server*/, SoupServerMessage* messa
 }
 
 /// libsoup calls the early handler of the most specific path only.
-void PanelServer::AddPath(std::string const& path)
+void PanelServer::AddPath(std::string const& name)
 {
-    soup_server_add_early_handler(m_server.get(), path.c_str(), OnRequestHead, this, nullptr);
+    m_paths.insert(name);
+    soup_server_add_early_handler(m_server.get(), (m_access.Root() + name).c_str(), OnRequestHead, this,
+                                  nullptr);
+}
+
+/// libsoup also calls a handler for paths that only begin with its path.
+bool PanelServer::Has(std::string const& name) const
+{
+    std::string const folder = name.substr(0, name.rfind('/') + 1);
+    return folder.empty() || m_paths.count(name) != 0 || (folder != name && m_paths.count(folder) != 0);
+}
+
+bool PanelServer::IsFull(std::string const& name) const
+{
+    auto const sockets = m_sockets.find(name);
+    return sockets != m_sockets.end() && *sockets->second >= MaxSockets;
 }
 
 void PanelServer::OnPage(SoupServer* /*server*/, SoupServerMessage* message, char const* path,
@@ -167,7 +191,7 @@ void PanelServer::OnPage(SoupServer* /*server*/, SoupServerMessage* message, cha
     std::string const name = path + server.m_access.Root().size();
     PageFile const file = FindPageFile(name.empty() ? "index.html" : name);
     if (file.bytes == nullptr) {
-        RespondText(message, SOUP_STATUS_NOT_FOUND, "the panel has no such file\n");
+        RespondText(message, SOUP_STATUS_NOT_FOUND, NoSuchFile);
         return;
     }
     gsize size = 0;
@@ -193,7 +217,7 @@ void PanelServer::AddFile(std::string const& name, FileHandler handler)
     };
     soup_server_add_handler(m_server.get(), path.c_str(), onRequest,
                             NewHandler(Handler(std::move(handler), path.size())), FreeHandler<Handler>);
-    AddPath(path);
+    AddPath(name);
 }
 
 void PanelServer::AddPost(std::string const& name, PostHandler handler)
@@ -220,18 +244,33 @@ void PanelServer::AddPost(std::string const& name, PostHandler handler)
     std::string const path = m_access.Root() + name;
     soup_server_add_handler(m_server.get(), path.c_str(), onRequest,
                             NewHandler(Handler(std::move(handler), m_self)), FreeHandler<Handler>);
-    AddPath(path);
+    AddPath(name);
 }
 
 void PanelServer::AddSocket(std::string const& name, SocketHandler handler)
 {
+    using Count = std::shared_ptr<std::size_t>;
+    using Handler = std::pair<SocketHandler, Count>;
     auto const onConnection = [](SoupServer*, SoupServerMessage*, char const*,
-                                 SoupWebsocketConnection* connection,
-                                 gpointer data) { (*static_cast<SocketHandler*>(data))(connection); };
-    std::string const path = m_access.Root() + name;
-    soup_server_add_websocket_handler(m_server.get(), path.c_str(), nullptr, nullptr, onConnection,
-                                      NewHandler(std::move(handler)), FreeHandler<SocketHandler>);
-    AddPath(path);
+                                 SoupWebsocketConnection* connection, gpointer data) {
+        auto const& [onSocket, count] = *static_cast<Handler*>(data);
+        if (*count >= MaxSockets) { // several were asked for at once
+            soup_websocket_connection_close(connection, TryAgainLater, TooManyPages);
+            return;
+        }
+        ++*count;
+        auto const onEnd = [](gpointer ended, GObject*) {
+            std::unique_ptr<Count> const owned(static_cast<Count*>(ended));
+            --**owned;
+        };
+        g_object_weak_ref(G_OBJECT(connection), onEnd, std::make_unique<Count>(count).release());
+        onSocket(connection);
+    };
+    Count const count = m_sockets.emplace(name, std::make_shared<std::size_t>(0)).first->second;
+    soup_server_add_websocket_handler(m_server.get(), (m_access.Root() + name).c_str(), nullptr, nullptr,
+                                      onConnection, NewHandler(Handler(std::move(handler), count)),
+                                      FreeHandler<Handler>);
+    AddPath(name);
 }
 
 } // namespace zviptv::sim

@@ -6,8 +6,10 @@
 #include "input/LoopSource.h"
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 
 namespace zviptv::sim {
@@ -31,7 +33,10 @@ public:
     PanelServer(PanelServer const&) = delete;
     PanelServer& operator=(PanelServer const&) = delete;
 
-    // `name` is the path after the token.
+    /// Of each socket, this many can be open at once. Another one is refused with the status 503.
+    static constexpr std::size_t MaxSockets = 32;
+
+    // `name` is the path after the token. A file whose name ends with a slash is a folder of files.
     void AddPost(std::string const& name, PostHandler handler);
     void AddSocket(std::string const& name, SocketHandler handler);
     void AddFile(std::string const& name, FileHandler handler);
@@ -44,14 +49,18 @@ private:
                               GHashTable* query, gpointer self);
     static void OnPage(SoupServer* server, SoupServerMessage* message, char const* path, GHashTable* query,
                        gpointer self);
-    void AddPath(std::string const& path);
+    void AddPath(std::string const& name);
+    bool Has(std::string const& name) const;
+    bool IsFull(std::string const& name) const;
     void Accept();
 
     Access m_access;
     Owned<GSocket> m_listener;
     LoopSource m_accepting;
     Owned<SoupServer> m_server;
-    std::shared_ptr<PanelServer*> m_self; ///< ends with this, unlike answers
+    std::set<std::string> m_paths;                                 ///< what was added
+    std::map<std::string, std::shared_ptr<std::size_t>> m_sockets; ///< how many are open, by name
+    std::shared_ptr<PanelServer*> m_self;                          ///< ends with this, unlike answers
 };
 
 } // namespace zviptv::sim

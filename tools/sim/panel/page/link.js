@@ -3,8 +3,19 @@
 
 const retryAfter = 1000;
 
+/** Why the simulator refuses a WebSocket, which has no other way to report it; empty if it does not. */
+async function refusalOf(address) {
+  try {
+    const answer = await fetch(address);
+    return answer.status === 503 ? (await answer.text()).trim() : "";
+  } catch {
+    return "";
+  }
+}
+
 /** Opens a WebSocket below the page's own address, again whenever it ends. `take` gets each message, which is answered
- *  once `take` has worked it off: the simulator then sends the next one. Returns a function that ends it. */
+ *  once `take` has worked it off: the simulator then sends the next one. `onChange` gets whether it is open and, if it was
+ *  refused, why. Returns a function that ends it. */
 export function listen(name, take, onChange = () => {}) {
   let socket = null;
   let isWanted = true;
@@ -13,7 +24,11 @@ export function listen(name, take, onChange = () => {}) {
     address.protocol = "ws:";
     socket = new WebSocket(address);
     socket.binaryType = "blob";
-    socket.onopen = () => onChange(true);
+    let wasOpen = false;
+    socket.onopen = () => {
+      wasOpen = true;
+      onChange(true, "");
+    };
     socket.onmessage = async message => {
       const from = socket;
       await take(message.data);
@@ -21,8 +36,8 @@ export function listen(name, take, onChange = () => {}) {
         from.send("seen");
       }
     };
-    socket.onclose = () => {
-      onChange(false);
+    socket.onclose = async () => {
+      onChange(false, wasOpen || !isWanted ? "" : await refusalOf(name));
       if (isWanted) {
         setTimeout(() => isWanted && open(), retryAfter);
       }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Puts the page together.
 import { byId, setText } from "./dom.js";
-import { listen } from "./link.js";
+import { listen, showError } from "./link.js";
 import { update, watch } from "./store.js";
 import { startTelevision } from "./television.js";
 import { startPicture } from "./picture.js";
@@ -13,10 +13,11 @@ import { startApplications } from "./applications.js";
 import { startRecorder } from "./recorder.js";
 
 let isConnected = false;
+let refusal = ""; // why the simulator does not serve this page
 
 function showService(state) {
   const pill = byId("service");
-  const word = !isConnected ? "no simulator" : !state.Running ? "service is dead"
+  const word = !isConnected ? refusal ? "refused" : "no simulator" : !state.Running ? "service is dead"
     : state.Responding ? "running" : "service does not answer";
   pill.className = `pill ${word === "running" ? "good" : "bad"}`;
   setText(pill, word);
@@ -45,8 +46,12 @@ listen("api/events", text => {
   Object.assign(known, news.state);
   update(news.state);
   take(news.messages, news.missed);
-}, nowConnected => {
+}, (nowConnected, why) => {
+  if (why && why !== refusal) {
+    showError(why);
+  }
   isConnected = nowConnected;
+  refusal = why;
   showService(known);
   document.body.classList.toggle("lost", !isConnected);
 });
