@@ -12,13 +12,6 @@ from pathlib import Path
 from support import BESIDE_OTHERS, SAMPLE, PageTest, children, main, wait_for
 
 
-def pixel(driver, x, y):
-    """Red, green and blue at a place of the picture, 0 to 1 from the left and from the top."""
-    return driver.execute_script("""
-        const c = document.getElementById('picture');
-        return [...c.getContext('2d').getImageData(c.width * arguments[0], c.height * arguments[1], 1, 1).data].slice(0, 3)""", x, y)
-
-
 class Picture(PageTest):
     def setUp(self):
         super().setUp()
@@ -85,34 +78,13 @@ class Picture(PageTest):
         subprocess.run(["ffmpeg", "-v", "fatal", "-f", "lavfi", "-i", "sine=d=20", "-c:a", "mp2", silent], check=True)
         self.simulator.ctl("sim", "load", str(silent))
         wait_for(lambda: self.text("picture-note") == "The programme has no video.")
-        self.assertEqual(pixel(self.driver, 0.02, 0.1), [192, 192, 192], "the test card")
+        self.assertEqual(self.pixel(0.02, 0.1), [192, 192, 192], "the test card")
 
     def test_sound_on_demand(self):
         self.element("sound").click()
         wait_for(lambda: float(self.attribute("sound", "data-seconds") or 0) > 1)
         self.element("sound").click()
         wait_for(lambda: len(self.simulator.decoders()) == 1)
-
-    def white(self):
-        """Pixels in the lower part of the picture that are white: the test picture has none there."""
-        return self.driver.execute_script("""
-            const c = document.getElementById('picture');
-            const p = c.getContext('2d').getImageData(0, c.height * 0.7, c.width, c.height * 0.3).data;
-            let count = 0;
-            for (let i = 0; i < p.length; i += 4) {
-              count += p[i] > 225 && p[i + 1] > 225 && p[i + 2] > 225 ? 1 : 0;
-            }
-            return count;""")
-
-    def test_selected_dvb_subtitle_is_in_the_picture(self):
-        wait_for(lambda: self.white() > 100, "a subtitle")
-        wait_for(lambda: self.white() == 0, "its end")
-
-    def test_says_that_teletext_is_not_drawn(self):
-        self.simulator.ctl("sim", "select", "subtitle", "1")
-        wait_for(lambda: "teletext page 888, which is not drawn" in self.text("picture-note"))
-        before = self.frames()
-        wait_for(lambda: self.frames() > before + 5)
 
 
 class Lag(PageTest):
@@ -162,8 +134,8 @@ class WithoutFfmpeg(PageTest):
 
     def test_draws_a_test_card_and_says_what_to_install(self):
         wait_for(lambda: "install ffmpeg: sudo apt install ffmpeg" in self.text("picture-note"))
-        self.assertEqual(pixel(self.driver, 0.02, 0.1), [192, 192, 192])
-        self.assertEqual(pixel(self.driver, 0.98, 0.1), [0, 0, 192])
+        self.assertEqual(self.pixel(0.02, 0.1), [192, 192, 192])
+        self.assertEqual(self.pixel(0.98, 0.1), [0, 0, 192])
         self.assertEqual(self.simulator.decoders(), [])
         self.simulator.ctl("mute", "audio", "on")
         wait_for(lambda: re.search("Sound muted", self.text("badges")))

@@ -216,6 +216,25 @@ class PageTest(unittest.TestCase):
     def attribute(self, name, key):
         return self.driver.execute_script("return document.getElementById(arguments[0]).getAttribute(arguments[1])", name, key)
 
+    def pixel(self, x, y):
+        """Red, green and blue at a place of the picture, 0 to 1 from the left and from the top."""
+        return self.driver.execute_script("""
+            const c = document.getElementById('picture');
+            return [...c.getContext('2d').getImageData(c.width * arguments[0], c.height * arguments[1], 1, 1).data].slice(0, 3)""",
+                                          x, y)
+
+    def pixels(self, left, top, right, bottom, darkest=0, brightest=255):
+        """How many pixels of this part of the picture are grey, between these limits. 0 to 1 from the left and the top."""
+        return self.driver.execute_script("""
+            const [left, top, right, bottom, darkest, brightest] = arguments, c = document.getElementById('picture');
+            const p = c.getContext('2d').getImageData(Math.floor(c.width * left), Math.floor(c.height * top),
+                Math.ceil(c.width * (right - left)), Math.ceil(c.height * (bottom - top))).data;
+            let count = 0;
+            for (let i = 0; i < p.length; i += 4) {
+              count += [0, 1, 2].every(j => p[i + j] >= darkest && p[i + j] <= brightest) ? 1 : 0;
+            }
+            return count;""", left, top, right, bottom, darkest, brightest)
+
     def frames(self):
         return int(self.attribute("picture", "data-frames") or 0)
 

@@ -46,14 +46,17 @@ Words PictureArguments(Json::Value const& content)
     std::string const video = "[0:v:0]scale=" + size + ",setsar=1";
     std::string const rate = "fps=25/2";
     std::string graph = video + "," + rate;
-    if (content["subtitle"]["kind"] == "dvb") { // of a page of teletext ffmpeg makes no picture here
+    Json::Value const& subtitle = content["subtitle"];
+    if (!subtitle.isNull()) {
         graph =
             video + "[video];[0:s:0]scale=" + size + "[text];[video][text]overlay=eof_action=pass," + rate;
     }
+    bool const isTeletext = subtitle["kind"] == "teletext";
     return Joined({Input(),
                    {"-threads", "2", "-thread_type", "slice"},
-                   {"-i", "pipe:0", "-filter_complex", graph, "-an", "-c:v", "mjpeg", "-q:v", "4", "-f",
-                    "mjpeg", "-flush_packets", "1", "pipe:1"}});
+                   isTeletext ? Words{"-txt_page", subtitle["page"].asString()} : Words{},
+                   {"-i", "pipe:0", "-filter_complex", graph, "-an", "-fps_mode", "passthrough", "-c:v",
+                    "mjpeg", "-q:v", "4", "-f", "mjpeg", "-flush_packets", "1", "pipe:1"}});
 }
 
 Words SoundArguments(Json::Value const& /*content*/)

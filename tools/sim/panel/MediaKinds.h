@@ -5,7 +5,8 @@
 
 namespace zviptv::sim {
 
-/// JPEG pictures with square pixels, 960 wide at most, 12.5 a second; with the selected DVB subtitle in them.
+/// JPEG pictures with square pixels, 960 wide at most, 12.5 a second; with the selected DVB or teletext
+/// subtitle in them.
 MediaStream::Kind PictureKind();
 
 /// Sound as pairs of 16-bit samples, left and right, little endian, 48000 a second.

@@ -43,7 +43,8 @@ void MediaStream::Add(SoupWebsocketConnection* connection)
 
 void MediaStream::Refresh()
 {
-    if (m_state["state"] == "still") {
+    std::string const state = m_state["state"].asString();
+    if (state == "still" || state == "playing") {
         StartAfter(AtOnce);
     }
 }

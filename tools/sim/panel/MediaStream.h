@@ -40,7 +40,7 @@ public:
 
     void Add(SoupWebsocketConnection* connection);
 
-    /// What a still picture shows is not what the television shows now.
+    /// The television is paused and shows something else now, or plays again.
     void Refresh();
 
 private:

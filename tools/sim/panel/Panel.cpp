@@ -139,16 +139,18 @@ void Panel::Set(GVariant* properties)
     m_pages.Advance();
 }
 
-/// A paused television that has gone elsewhere, or plays again, shows another picture.
+/// A paused television that has gone elsewhere, has another subtitle or plays again shows another picture.
 void Panel::RefreshStill(Json::Value const& properties)
 {
-    bool const isPaused = properties.get("Paused", m_stillAt >= 0).asBool();
-    double const position = properties.get("Position", m_stillAt).asDouble();
-    double const stillAt = isPaused ? position : -1;
-    if (stillAt != m_stillAt) {
-        m_stillAt = stillAt;
+    Json::Value still = m_still;
+    for (char const* const name : {"Paused", "Position", "Subtitle"}) {
+        still[name] = properties.get(name, still[name]);
+    }
+    bool const isPaused = still["Paused"].asBool();
+    if (still != m_still && (isPaused || m_still["Paused"].asBool())) {
         m_picture.Refresh();
     }
+    m_still = std::move(still);
 }
 
 /// `property` tells the pages what there is.

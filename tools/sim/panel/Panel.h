@@ -66,9 +66,9 @@ private:
     PanelServer m_server;
     MediaStream m_picture;
     MediaStream m_sound;
-    double m_stillAt = -1;          ///< the position, while the clock is paused
-    LoopSource m_reading;           ///< while there is a page
-    std::shared_ptr<Panel*> m_self; ///< ends with this, unlike calls
+    Json::Value m_still{Json::objectValue}; ///< what decides which picture a paused television shows
+    LoopSource m_reading;                   ///< while there is a page
+    std::shared_ptr<Panel*> m_self;         ///< ends with this, unlike calls
 };
 
 } // namespace zviptv::sim

@@ -11,6 +11,23 @@ namespace {
 /// Of a stream that never has such a picture nothing is kept.
 constexpr std::size_t MaxKept = std::size_t{16} * 1024 * 1024;
 
+// A subtitle may be shown with a picture if its time differs from the picture's by at most this, in units of
+// 1/90000 s.
+constexpr std::uint64_t SubtitleAge = 900000;
+constexpr std::uint64_t SubtitleLead = 450000;
+
+bool IsSubtitle(PesPacket const& pes)
+{
+    return pes.kind == StreamKind::Subtitle || pes.kind == StreamKind::Teletext;
+}
+
+bool IsShownWith(PesPacket const& subtitle, PesPacket const& picture)
+{
+    constexpr std::uint64_t wrap = std::uint64_t{1} << 33;
+    return subtitle.pts && picture.pts &&
+           (*picture.pts - *subtitle.pts + SubtitleLead) % wrap <= SubtitleAge + SubtitleLead;
+}
+
 } // namespace
 
 void StreamTap::Keep(PesPacket const& pes)
@@ -21,28 +38,46 @@ void StreamTap::Keep(PesPacket const& pes)
     }
     VideoTrack const& video = programme.video.front();
     bool const isVideo = pes.pid == video.pid;
+    if (isVideo && m_time.JumpsAt(pes)) {
+        Forget();
+    }
     if (isVideo && BeginsPicture(video.codec, pes)) {
-        m_kept.clear();
-        m_keptBytes = 0;
-    } else if (m_kept.empty()) {
+        ForgetBefore(pes);
+    } else if (isVideo && !m_hasPicture) {
         return;
     }
-    if (isVideo || pes.kind == StreamKind::Subtitle) {
+    if (isVideo || IsSubtitle(pes)) {
         m_kept.push_back(pes);
         m_keptBytes += pes.bytes.size();
     }
     if (m_keptBytes > MaxKept) {
-        m_kept.clear();
-        m_keptBytes = 0;
+        Forget();
     }
+}
+
+/// With this picture decoding can begin. Subtitles that it is shown with may have come earlier.
+void StreamTap::ForgetBefore(PesPacket const& picture)
+{
+    std::deque<PesPacket> const before = std::move(m_kept);
+    Forget();
+    m_hasPicture = true;
+    for (PesPacket const& pes : before) {
+        if (IsSubtitle(pes) && IsShownWith(pes, picture)) {
+            m_keptBytes += pes.bytes.size();
+            m_kept.push_back(pes);
+        }
+    }
+}
+
+void StreamTap::Forget()
+{
+    m_kept.clear();
+    m_keptBytes = 0;
+    m_hasPicture = false;
 }
 
 void StreamTap::Take(PesPacket const& pes, bool isPassedOver)
 {
-    if (isPassedOver && !m_isPassingOver) {
-        Restart();
-    }
-    m_isPassingOver = isPassedOver;
     Keep(pes);
     m_feeds.remove_if([&](Feed& feed) {
         return isPassedOver || feed.writer.HasFinished() || feed.selected != Selected(feed.kind) ||
@@ -53,8 +88,7 @@ void StreamTap::Take(PesPacket const& pes, bool isPassedOver)
 void StreamTap::Restart()
 {
     m_feeds.clear();
-    m_kept.clear();
-    m_keptBytes = 0;
+    Forget();
 }
 
 unsigned StreamTap::Selected(Kind kind) const
@@ -74,7 +108,7 @@ StreamTap::Content StreamTap::OpenPicture(FileHandle pipe)
     if (programme.video.empty()) {
         return {programme.number == 0 ? State::Waiting : State::Nothing, {}};
     }
-    if (m_kept.empty() || m_player.IsSeeking()) {
+    if (!m_hasPicture || m_player.IsSeeking()) {
         return {};
     }
     std::vector<TsWriter::Stream> streams{StreamOf(programme, programme.video.front().pid)};
@@ -82,9 +116,8 @@ StreamTap::Content StreamTap::OpenPicture(FileHandle pipe)
     std::optional<ZVHybridSBT> subtitle;
     if (m_selection.subtitle < subtitles.size()) {
         subtitle = subtitles[m_selection.subtitle];
-        if (subtitle->kind == ZV_SUBTITLE_DVB) {
-            streams.push_back(StreamOf(*subtitle));
-        }
+        streams.push_back(subtitle->kind == ZV_SUBTITLE_DVB ? StreamOf(*subtitle)
+                                                            : StreamOf(programme, subtitle->pid));
     }
     Feed& feed = m_feeds.emplace_back(Kind::Picture, std::move(pipe), streams, m_selection.subtitle);
     for (PesPacket const& pes : m_kept) {

@@ -12,13 +12,14 @@
 namespace zviptv::sim {
 
 /// Hands out what is played, so that a decoder can show it. For that it keeps the packets from the last
-/// picture on that can be decoded without others. Lives on the player's thread.
+/// picture on that can be decoded without others, and the subtitles of the seconds before. Lives on the
+/// player's thread.
 class StreamTap
 {
 public:
     enum class Kind
     {
-        Picture, ///< the video, and the selected subtitle if it is a DVB subtitle
+        Picture, ///< the video, and the stream of the selected subtitle
         Sound    ///< the selected audio track
     };
 
@@ -64,12 +65,16 @@ private:
     Content OpenSound(FileHandle pipe);
     unsigned Selected(Kind kind) const;
     void Keep(PesPacket const& pes);
+    void ForgetBefore(PesPacket const& picture);
+    void Forget();
 
     Player const& m_player;
     Selection const& m_selection;
-    std::deque<PesPacket> m_kept; ///< from a picture on that can be decoded by itself
+    /// From a picture on that can be decoded by itself, and the subtitles of the seconds before it.
+    std::deque<PesPacket> m_kept;
     std::size_t m_keptBytes = 0;
-    bool m_isPassingOver = false;
+    bool m_hasPicture = false; ///< among what is kept
+    JumpWatch m_time;          ///< of the video
     std::list<Feed> m_feeds;
 };
 

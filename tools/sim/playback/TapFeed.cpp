@@ -11,9 +11,7 @@ namespace zviptv::sim {
 
 namespace {
 
-// What a decoder takes for continuous, in units of 1/90000 s.
-constexpr std::int64_t LargestStepBack = 45000;
-constexpr std::int64_t LargestStep = 180000;
+constexpr std::uint16_t ClockPid = TsWriter::PmtPid + 1;
 
 } // namespace
 
@@ -23,20 +21,8 @@ TapFeed::TapFeed(FileHandle pipe, std::vector<TsWriter::Stream> const& streams) 
     for (TsWriter::Stream const& stream : streams) {
         m_pids.push_back(stream.pid);
     }
-    m_writer.AddTables(m_pending, streams, m_pids.front());
+    m_writer.AddTables(m_pending, streams, ClockPid);
     Write();
-}
-
-bool TapFeed::JumpsAt(PesPacket const& pes)
-{
-    std::optional<std::uint64_t> const time = pes.dts ? pes.dts : pes.pts;
-    if (pes.pid != m_pids.front() || !time) {
-        return false;
-    }
-    std::int64_t const step =
-        m_lastTime ? static_cast<std::int64_t>(*time) - static_cast<std::int64_t>(*m_lastTime) : 0;
-    m_lastTime = time;
-    return step < -LargestStepBack || step > LargestStep;
 }
 
 bool TapFeed::Add(PesPacket const& pes)
@@ -44,8 +30,14 @@ bool TapFeed::Add(PesPacket const& pes)
     if (m_isFinishing || std::find(m_pids.begin(), m_pids.end(), pes.pid) == m_pids.end()) {
         return !m_isBroken;
     }
-    if (JumpsAt(pes) || m_pending.size() > MaxPending) {
+    if ((pes.pid == m_pids.front() && m_time.JumpsAt(pes)) || m_pending.size() > MaxPending) {
         return false;
+    }
+    if (pes.kind == StreamKind::Teletext && pes.pts) {
+        // ffmpeg takes the time of teletext from the clock: it adds this to it
+        constexpr std::uint64_t lead = 9000;
+        constexpr std::uint64_t wrap = std::uint64_t{1} << 33;
+        TsWriter::AddClock(m_pending, ClockPid, (*pes.pts - lead) % wrap, false);
     }
     m_writer.AddPes(m_pending, pes.pid, pes.bytes);
     Write();

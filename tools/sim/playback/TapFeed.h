@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "TapStreams.h"
 #include "input/LoopSource.h"
 #include "mpegts/TsWriter.h"
 #include "process/FileHandle.h"
@@ -38,7 +39,6 @@ public:
     bool HasFinished() const { return m_isFinishing && m_pending.empty(); }
 
 private:
-    bool JumpsAt(PesPacket const& pes);
     void Write();
 
     FileHandle m_pipe;
@@ -46,7 +46,7 @@ private:
     TsWriter m_writer;
     std::vector<std::uint8_t> m_pending;
     LoopSource m_writing; ///< while something is pending
-    std::optional<std::uint64_t> m_lastTime;
+    JumpWatch m_time;
     bool m_isBroken = false;
     bool m_isFinishing = false;
 };

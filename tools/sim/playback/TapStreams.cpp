@@ -61,6 +61,21 @@ TsWriter::Stream StreamOf(ZVHybridSBT const& subtitle)
     return written;
 }
 
+bool JumpWatch::JumpsAt(PesPacket const& pes)
+{
+    // In units of 1/90000 s.
+    constexpr std::int64_t largestStepBack = 45000;
+    constexpr std::int64_t largestStep = 180000;
+    std::optional<std::uint64_t> const time = pes.dts ? pes.dts : pes.pts;
+    if (!time) {
+        return false;
+    }
+    std::int64_t const step =
+        m_last ? static_cast<std::int64_t>(*time) - static_cast<std::int64_t>(*m_last) : 0;
+    m_last = time;
+    return step < -largestStepBack || step > largestStep;
+}
+
 bool BeginsPicture(VideoCodec codec, PesPacket const& pes)
 {
     constexpr std::size_t near = 4096; // heads come first

@@ -59,8 +59,7 @@ function noteOf({ PanelPicture: picture, Paused, Captions }) {
     case "waiting":
       return hasPicture ? "" : Paused ? "Paused: the picture appears when the stream plays." : "Waiting for the next whole picture.";
     default:
-      return picture?.subtitle?.kind === "teletext" ? `Subtitles come from teletext page ${picture.subtitle.page}, which is not drawn into the picture.`
-        : !picture?.subtitle && Captions?.length && endPicture ? "The selected caption is not drawn into the picture." : "";
+      return !picture?.subtitle && Captions?.length && endPicture ? "The selected caption is not drawn into the picture." : "";
   }
 }
 
