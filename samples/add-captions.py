@@ -199,4 +199,5 @@ def multiplex(stream):
         sys.exit("add-captions.py: the stream is too short")
 
 
-Path(sys.argv[2]).write_bytes(b"".join(multiplex(Path(sys.argv[1]).read_bytes())))
+if __name__ == "__main__":
+    Path(sys.argv[2]).write_bytes(b"".join(multiplex(Path(sys.argv[1]).read_bytes())))

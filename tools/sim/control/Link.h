@@ -8,7 +8,7 @@ namespace zviptv::sim::link {
 // control interface, then calls Begin. The service emits Ready when applications can find it, and Kept
 // whenever its dictionary for the Restore of the next service changes. With Dies it requests to be killed,
 // like a recorded service; the argument is the number of seconds until the next service starts, negative for
-// never.
+// never. It emits Captions, with what CaptionsOf() returns, whenever that changes; the bus does not get it.
 // Watch makes the service write the "picture" or the "sound" to a pipe as a transport stream. The answer
 // contains the "state": "playing", "still" (the pipe ends because the clock is paused), "waiting" (call
 // again) or "nothing" (the programme has none), the "subtitle" and the size of the picture. The service
@@ -27,6 +27,7 @@ constexpr char Watch[] = "Watch";
 constexpr char Ready[] = "Ready";
 constexpr char Kept[] = "Kept";
 constexpr char Dies[] = "Dies";
+constexpr char Captions[] = "Captions";
 
 /// Descriptor of the service's end in its process.
 constexpr int Descriptor = 3;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ServiceControl.h"
 
+#include "CaptionReport.h"
 #include "Interface.h"
 #include "Link.h"
 #include "Methods.h"
@@ -232,10 +233,20 @@ void ServiceControl::Update()
              g_variant_new("(s@a{sv}as)", verbs::Interface, changed.get(), nullptr));
     }
     m_report = std::move(report);
+    TellCaptions();
     Owned<GVariant> kept = Keep(m_service);
     if (!m_kept || g_variant_equal(m_kept.get(), kept.get()) == FALSE) {
         Emit(link::Interface, link::Kept, g_variant_new("(@a{sv})", kept.get()));
         m_kept = std::move(kept);
+    }
+}
+
+void ServiceControl::TellCaptions()
+{
+    Owned<GVariant> captions = CaptionsOf(m_service.Parts().tap);
+    if (!m_captions || g_variant_equal(m_captions.get(), captions.get()) == FALSE) {
+        Emit(link::Interface, link::Captions, g_variant_new("(@a{sv})", captions.get()));
+        m_captions = std::move(captions);
     }
 }
 

@@ -38,6 +38,7 @@ private:
     void UpdateSoon();
     void UpdateEverySecond();
     void Update();
+    void TellCaptions();
 
     Service& m_service;
     MainLoop& m_loop;
@@ -47,6 +48,7 @@ private:
     std::vector<guint> m_exported;
     Owned<GVariant> m_report; ///< the last report that was sent
     Owned<GVariant> m_kept;
+    Owned<GVariant> m_captions;
     bool m_isUpdateDue = false;
 };
 

@@ -72,8 +72,11 @@ Service::Service(ServiceOptions const& options, MainLoop& loop)
         m_onChange();
     });
     if (m_options.isTapped) {
-        m_player.SetPesListener(
-            [this](PesPacket const& pes, bool isPassedOver) { m_tap.Take(pes, isPassedOver); });
+        m_player.SetPesListener([this](PesPacket const& pes, bool isPassedOver) {
+            if (m_tap.Take(pes, isPassedOver)) {
+                m_onChange();
+            }
+        });
     }
     m_player.SetInputListener([this] { m_programmeGuide.ForgetEvents(); });
     m_player.SetWakeUp([this] {

@@ -44,7 +44,12 @@ Control::Control(Options const& options)
                                   follower.onKeptChange(m_seeks > 0);
                               }
                           },
-                          [this] { OnLate(); }})
+                          [this] { OnLate(); },
+                          [this](GVariant* body) {
+                              if (m_observer) {
+                                  m_observer(link::Interface, link::Captions, body);
+                              }
+                          }})
 {
 }
 

@@ -51,7 +51,8 @@ public:
         m_onLeft = std::move(onLeft);
     }
 
-    /// Gets every signal of the control interface, like the bus; `body` is null or has an owner.
+    /// Gets every signal of the control interface, like the bus, and link::Captions; `body` is null or has an
+    /// owner.
     using Observer =
         std::function<void(std::string const& interface, std::string const& name, GVariant* body)>;
     void SetObserver(Observer observer) { m_observer = std::move(observer); }

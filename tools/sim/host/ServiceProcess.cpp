@@ -101,6 +101,8 @@ void ServiceProcess::OnSignal(std::string const& interface, std::string const& n
     } else if (name == link::Kept) {
         m_kept.reset(g_variant_get_child_value(body, 0));
         m_listener.onKeptChange();
+    } else if (name == link::Captions) {
+        m_listener.onCaptions(body);
     } else if (name == link::Ready) {
         NoteReady();
     } else if (name == link::Dies) {

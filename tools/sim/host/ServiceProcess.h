@@ -30,6 +30,7 @@ public:
         std::function<void()> onReady;              ///< applications can find it, for the first time or again
         std::function<void()> onKeptChange;         ///< Kept() has changed
         std::function<void()> onLate;               ///< it was not ready within AnswerLimit
+        std::function<void(GVariant* body)> onCaptions; ///< the service has emitted link::Captions
     };
 
     ServiceProcess(Options const& options, Listener listener);

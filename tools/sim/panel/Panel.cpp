@@ -173,6 +173,9 @@ void Panel::OnSignal(std::string const& /*interface*/, std::string const& name, 
     if (name == "PropertiesChanged") {
         Owned<GVariant> const properties(g_variant_get_child_value(body, 1));
         Set(properties.get());
+    } else if (name == "Captions") {
+        Owned<GVariant> const captions(g_variant_get_child_value(body, 0));
+        Set(captions.get());
     }
 }
 

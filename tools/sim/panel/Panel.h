@@ -48,7 +48,7 @@ public:
     /// For the browser, token included.
     std::string Address() const { return m_server.Address(); }
 
-    /// Gets every signal of the control interface.
+    /// Gets every signal of the control interface, and Captions of the service's link.
     void OnSignal(std::string const& interface, std::string const& name, GVariant* body);
 
 private:

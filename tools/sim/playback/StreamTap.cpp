@@ -40,6 +40,7 @@ void StreamTap::Keep(PesPacket const& pes)
     bool const isVideo = pes.pid == video.pid;
     if (isVideo && m_time.JumpsAt(pes)) {
         Forget();
+        ForgetTexts();
     }
     if (isVideo && BeginsPicture(video.codec, pes)) {
         ForgetBefore(pes);
@@ -69,6 +70,12 @@ void StreamTap::ForgetBefore(PesPacket const& picture)
     }
 }
 
+void StreamTap::ForgetTexts()
+{
+    m_caption.Forget();
+    m_superimpose.Forget();
+}
+
 void StreamTap::Forget()
 {
     m_kept.clear();
@@ -76,19 +83,22 @@ void StreamTap::Forget()
     m_hasPicture = false;
 }
 
-void StreamTap::Take(PesPacket const& pes, bool isPassedOver)
+bool StreamTap::Take(PesPacket const& pes, bool isPassedOver)
 {
     Keep(pes);
     m_feeds.remove_if([&](Feed& feed) {
         return isPassedOver || feed.writer.HasFinished() || feed.selected != Selected(feed.kind) ||
                !feed.writer.Add(pes);
     });
+    bool const isCaption = m_caption.Take(pes);
+    return m_superimpose.Take(pes) || isCaption;
 }
 
 void StreamTap::Restart()
 {
     m_feeds.clear();
     Forget();
+    ForgetTexts();
 }
 
 unsigned StreamTap::Selected(Kind kind) const

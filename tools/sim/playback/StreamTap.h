@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "CaptionTap.h"
 #include "Player.h"
 #include "Selection.h"
 #include "TapFeed.h"
@@ -39,8 +40,9 @@ public:
 
     StreamTap(Player const& player, Selection const& selection) : m_player(player), m_selection(selection) {}
 
-    /// Gets every packet that is handed out, and those that are passed over on the way to a position.
-    void Take(PesPacket const& pes, bool isPassedOver);
+    /// Gets every packet that is handed out, and those that are passed over on the way to a position. Whether
+    /// Caption() or Superimpose() has changed.
+    bool Take(PesPacket const& pes, bool isPassedOver);
 
     /// What was played before is not continued.
     void Restart();
@@ -48,6 +50,9 @@ public:
     /// Writes what is played to a pipe. Closes it when the stream jumps, another track is selected or the
     /// reader does not keep up. To see more, open another one then.
     Content Open(Kind kind, FileHandle pipe);
+
+    CaptionTap& Caption() { return m_caption; }
+    CaptionTap& Superimpose() { return m_superimpose; }
 
 private:
     struct Feed
@@ -67,6 +72,7 @@ private:
     void Keep(PesPacket const& pes);
     void ForgetBefore(PesPacket const& picture);
     void Forget();
+    void ForgetTexts();
 
     Player const& m_player;
     Selection const& m_selection;
@@ -75,6 +81,8 @@ private:
     std::size_t m_keptBytes = 0;
     bool m_hasPicture = false; ///< among what is kept
     JumpWatch m_time;          ///< of the video
+    CaptionTap m_caption{ZV_ISDB_TEXT_CAPTION, m_player, m_selection};
+    CaptionTap m_superimpose{ZV_ISDB_TEXT_SUPERIMPOSE, m_player, m_selection};
     std::list<Feed> m_feeds;
 };
 

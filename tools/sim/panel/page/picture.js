@@ -48,7 +48,7 @@ function forget() {
 }
 
 /** What the picture lacks, in a line below it. */
-function noteOf({ PanelPicture: picture, Paused, Captions }) {
+function noteOf({ PanelPicture: picture, Paused }) {
   switch (picture?.state) {
     case "no ffmpeg":
       return install;
@@ -59,7 +59,7 @@ function noteOf({ PanelPicture: picture, Paused, Captions }) {
     case "waiting":
       return hasPicture ? "" : Paused ? "Paused: the picture appears when the stream plays." : "Waiting for the next whole picture.";
     default:
-      return !picture?.subtitle && Captions?.length && endPicture ? "The selected caption is not drawn into the picture." : "";
+      return "";
   }
 }
 
@@ -136,7 +136,7 @@ function toggleSound() {
 export function startPicture() {
   watch(["Running", "ProgrammeLocked", "ServiceLocked", "VideoMuted", "SourceState"], follow);
   document.addEventListener("visibilitychange", follow);
-  watch(["PanelPicture", "Paused", "Captions"], showState);
+  watch(["PanelPicture", "Paused"], showState);
   watch(["Input", "Programme"], forget);
   watch(["AudioMuted", "ProgrammeLocked", "ServiceLocked", "Running"], followSound);
   byId("sound").onclick = toggleSound;
