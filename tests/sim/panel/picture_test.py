@@ -41,13 +41,17 @@ class Picture(PageTest):
             before = self.frames()
             wait_for(lambda: self.frames() > before)
 
-    def test_no_ffmpeg_stays_behind(self):
+    def test_nothing_stays_behind_a_killed_simulator(self):
+        """Neither the service, the bus nor ffmpeg, not even one that is stopped."""
         self.element("sound").click()
         wait_for(lambda: len(self.simulator.decoders()) == 2)
-        decoders = [pid for pid, command in children(self.simulator.process.pid) if command[0] == "ffmpeg"]
+        started = children(self.simulator.process.pid)
+        self.assertEqual(sorted(Path(command[0]).name for _, command in started)[:3], ["dbus-daemon", "ffmpeg", "ffmpeg"])
+        self.assertEqual(len(started), 4, started)
+        os.kill(next(pid for pid, command in started if command[0] == "ffmpeg"), signal.SIGSTOP)
         self.simulator.process.send_signal(signal.SIGKILL)
         self.simulator.process.wait()
-        wait_for(lambda: not any(Path(f"/proc/{pid}/exe").exists() for pid in decoders))
+        wait_for(lambda: not any(Path(f"/proc/{pid}/exe").exists() for pid, _ in started))
         self.driver.get("about:blank")
         self.driver.get_log("browser")
 

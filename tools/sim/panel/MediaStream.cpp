@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "MediaStream.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <system_error>
 #include <utility>
@@ -12,6 +13,19 @@ namespace {
 constexpr std::chrono::milliseconds AtOnce{1};
 constexpr std::chrono::milliseconds Soon{250};
 constexpr std::chrono::milliseconds Later{3000};
+
+constexpr std::chrono::milliseconds CheckPeriod{500};
+constexpr std::chrono::milliseconds NoticedAfter{2000};
+constexpr std::chrono::milliseconds KilledAfter{5000};
+constexpr double PlayedMeanwhile = 1; // seconds of the stream
+constexpr unsigned MaxDoubling = 5;   // Soon becomes 8 s
+constexpr unsigned MaxPatience = 3;   // KilledAfter becomes 40 s
+
+/// Twice as long after each failure, `most` times.
+std::chrono::milliseconds Doubled(std::chrono::milliseconds time, unsigned failures, unsigned most)
+{
+    return time * (1 << std::min(failures, most));
+}
 
 } // namespace
 
@@ -30,7 +44,9 @@ void MediaStream::Add(SoupWebsocketConnection* connection)
             if (m_viewers.empty()) {
                 m_decoder.reset();
                 m_next.Stop();
+                m_checking.Stop();
                 m_newest.reset();
+                m_failures = 0;
                 SetState("off");
             }
         });
@@ -44,7 +60,7 @@ void MediaStream::Add(SoupWebsocketConnection* connection)
 void MediaStream::Refresh()
 {
     std::string const state = m_state["state"].asString();
-    if (state == "still" || state == "playing") {
+    if (state == "still" || state == "playing" || state == "stalled") {
         StartAfter(AtOnce);
     }
 }
@@ -60,6 +76,7 @@ void MediaStream::StartAfter(std::chrono::milliseconds delay)
 void MediaStream::Start()
 try {
     m_decoder.reset();
+    m_checking.Stop();
     if (m_viewers.empty() || m_isAsking) {
         return;
     }
@@ -92,39 +109,65 @@ void MediaStream::Decode(Json::Value const& content, FileHandle input)
     try {
         m_written.clear();
         m_numberAtStart = m_number;
+        m_content = content;
+        m_startedAt = m_lastSign = Clock::now();
+        m_played = 0;
         m_decoder = std::make_unique<Decoder>(
             m_kind.arguments(content), std::move(input), [this](std::string const& bytes) { Take(bytes); },
             [this] { OnEnd(); });
-        SetState(content);
+        m_checking = LoopSource::Every(CheckPeriod, [this] { Check(); });
+        if (m_failures == 0) { // else something has to come first
+            SetState(content);
+        }
     } catch (std::system_error const& failure) {
         SetState(failure.code().value() == ENOENT ? "no ffmpeg" : "failed");
         StartAfter(Later);
     }
 }
 
-/// The stream has jumped, or this was a still picture.
+/// The stream has jumped, this was a still picture, or ffmpeg has failed.
 void MediaStream::OnEnd()
 {
+    m_checking.Stop();
     bool const hasShown = m_number != m_numberAtStart;
-    if (m_state["state"] == "still" && hasShown) {
+    if (m_content["state"] == "still" && hasShown) {
         m_next = LoopSource::Every(AtOnce, [this] {
             m_next.Stop();
             m_decoder.reset();
         });
-        return;
-    }
-    if (!hasShown) {
+    } else if (hasShown) {
+        auto const age = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - m_startedAt);
+        StartAfter(std::max(AtOnce, Soon - age));
+    } else {
         SetState("failed");
+        StartAfter(Doubled(Soon, m_failures++, MaxDoubling));
     }
-    StartAfter(hasShown ? AtOnce : Soon);
+}
+
+/// A decoder that was stopped, or hangs, writes nothing although it has got something.
+void MediaStream::Check()
+{
+    auto const silence = Clock::now() - m_lastSign;
+    bool const isStill = m_content["state"] == "still";
+    bool const isDue = isStill ? m_number == m_numberAtStart : m_played >= PlayedMeanwhile;
+    if (isDue && silence >= Doubled(KilledAfter, m_failures, MaxPatience)) {
+        ++m_failures;
+        StartAfter(AtOnce);
+    } else if (isDue && silence >= NoticedAfter) {
+        SetState("stalled");
+    }
 }
 
 void MediaStream::Take(std::string const& bytes)
 {
     m_written += bytes;
+    m_lastSign = Clock::now();
+    m_played = 0;
     for (std::string next = m_kind.take(m_written); !next.empty(); next = m_kind.take(m_written)) {
         m_newest.reset(g_bytes_new(next.data(), next.size()));
         ++m_number;
+        m_failures = 0;
+        SetState(m_content);
         Send();
     }
 }

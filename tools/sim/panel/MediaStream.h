@@ -6,6 +6,7 @@
 
 #include <json/value.h>
 
+#include <chrono>
 #include <cstdint>
 #include <list>
 #include <memory>
@@ -32,18 +33,24 @@ public:
         unsigned depth; ///< messages that a page may have unanswered
     };
 
-    /// `onState` gets what there is: the service's answer, with the states "no ffmpeg", "failed" and "off"
-    /// too.
+    /// `onState` gets what there is: the service's answer, with the states "no ffmpeg", "failed" (it has
+    /// ended without a message), "stalled" (no message comes) and "off" too.
     MediaStream(Kind kind, Watch watch, std::function<void(Json::Value const& content)> onState);
     MediaStream(MediaStream const&) = delete;
     MediaStream& operator=(MediaStream const&) = delete;
 
     void Add(SoupWebsocketConnection* connection);
 
+    /// The television has played this many seconds of the stream since the last call. An ffmpeg that has
+    /// written nothing meanwhile is started again.
+    void NotePlayed(double seconds) { m_played += seconds; }
+
     /// The television is paused and shows something else now, or plays again.
     void Refresh();
 
 private:
+    using Clock = std::chrono::steady_clock;
+
     struct Viewer : PageSocket
     {
         using PageSocket::PageSocket;
@@ -53,6 +60,7 @@ private:
     void Start();
     void Decode(Json::Value const& content, FileHandle input);
     void StartAfter(std::chrono::milliseconds delay);
+    void Check();
     void Take(std::string const& bytes);
     void OnEnd();
     void Send();
@@ -64,13 +72,19 @@ private:
     std::function<void(Json::Value const&)> m_onState;
     std::list<Viewer> m_viewers;
     Json::Value m_state;
+    Json::Value m_content; ///< what the decoder gets
     std::string m_written; ///< by ffmpeg, not yet a whole message
     Owned<GBytes> m_newest;
     std::uint64_t m_number = 0;        ///< of the newest message
     std::uint64_t m_numberAtStart = 0; ///< of this decoder
     bool m_isAsking = false;           ///< the service
+    unsigned m_failures = 0;           ///< decoders in a row that were started again without a message
+    Clock::time_point m_startedAt;     ///< the decoder
+    Clock::time_point m_lastSign;      ///< the decoder has begun, or has written something
+    double m_played = 0;               ///< seconds of the stream since then
     std::unique_ptr<Decoder> m_decoder;
-    LoopSource m_next; ///< when to start again
+    LoopSource m_next;     ///< when to start again
+    LoopSource m_checking; ///< while there is a decoder
     std::shared_ptr<MediaStream*> m_self{
         std::make_shared<MediaStream*>(this)}; ///< ends with this, unlike calls
 };

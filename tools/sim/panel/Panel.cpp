@@ -8,6 +8,7 @@
 
 #include <json/reader.h>
 
+#include <algorithm>
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -135,8 +136,18 @@ void Panel::Set(GVariant* properties)
     for (std::string const& name : json.getMemberNames()) {
         m_feed.Set(name, json[name]);
     }
+    NotePosition(json);
     RefreshStill(json);
     m_pages.Advance();
+}
+
+void Panel::NotePosition(Json::Value const& properties)
+{
+    double const position = properties.get("Position", m_position).asDouble();
+    double const played = std::max(0.0, position - m_position);
+    m_position = position;
+    m_picture.NotePlayed(played);
+    m_sound.NotePlayed(played);
 }
 
 /// A paused television that has gone elsewhere, has another subtitle or plays again shows another picture.

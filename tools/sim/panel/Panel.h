@@ -57,6 +57,7 @@ private:
     void Read();
     void Set(GVariant* properties);
     MediaStream MakeStream(MediaStream::Kind kind, char const* property);
+    void NotePosition(Json::Value const& properties);
     void RefreshStill(Json::Value const& properties);
 
     PanelLink m_link;
@@ -66,6 +67,7 @@ private:
     PanelServer m_server;
     MediaStream m_picture;
     MediaStream m_sound;
+    double m_position = 0;                  ///< seconds, as it was reported last
     Json::Value m_still{Json::objectValue}; ///< what decides which picture a paused television shows
     LoopSource m_reading;                   ///< while there is a page
     std::shared_ptr<Panel*> m_self;         ///< ends with this, unlike calls

@@ -53,7 +53,9 @@ function noteOf({ PanelPicture: picture, Paused }) {
     case "no ffmpeg":
       return install;
     case "failed":
-      return "ffmpeg cannot decode this stream.";
+      return "ffmpeg ended without a picture: it cannot decode this stream. It is started again.";
+    case "stalled":
+      return "No picture has come for 2 seconds: ffmpeg does not answer, or the stream has no pictures now. ffmpeg is started again after 5 seconds.";
     case "nothing":
       return "The programme has no video.";
     case "waiting":
@@ -134,7 +136,7 @@ function toggleSound() {
 }
 
 export function startPicture() {
-  watch(["Running", "ProgrammeLocked", "ServiceLocked", "VideoMuted", "SourceState"], follow);
+  watch(["Running", "ProgrammeLocked", "ServiceLocked", "VideoMuted", "SourceState", "Replay", "Input"], follow);
   document.addEventListener("visibilitychange", follow);
   watch(["PanelPicture", "Paused"], showState);
   watch(["Input", "Programme"], forget);

@@ -1,0 +1,110 @@
+# SPDX-License-Identifier: MIT
+"""The panel with an ffmpeg that fails or hangs, in a browser: broken_ffmpeg_test.py SIM CTL SAMPLE GUIDE"""
+import os
+import shutil
+import signal
+import tempfile
+import time
+from pathlib import Path
+
+from support import PageTest, main, wait_for
+
+
+class BrokenFfmpeg(PageTest):
+    """A program named ffmpeg, which is replaced by the real one in the end."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.folder = tempfile.TemporaryDirectory(prefix="zviptv-path-")
+        cls.addClassCleanup(cls.folder.cleanup)
+        cls.path = f"{cls.folder.name}:{os.environ['PATH']}"
+        cls.program = Path(cls.folder.name, "ffmpeg")
+        cls.starts = Path(cls.folder.name, "starts")
+
+    def setUp(self):
+        self.set_program("exit 1")
+        super().setUp()
+
+    def set_program(self, command):
+        """Each start adds a line to the file: when, and its process."""
+        self.starts.unlink(missing_ok=True)
+        script = Path(self.folder.name, "new")
+        script.write_text(f"#!/bin/sh\necho $(date +%s.%N) $$ >> {self.starts}\n{command}\n")
+        script.chmod(0o755)
+        script.replace(self.program)
+
+    def started(self):
+        return [line.split() for line in self.starts.read_text().splitlines()] if self.starts.exists() else []
+
+    def ask_again(self):
+        """A page that asks for the picture again gets an ffmpeg at once."""
+        self.simulator.ctl("sim", "mute", "video", "on")
+        wait_for(lambda: self.attribute("screen", "data-cover") == "dark")
+        self.simulator.ctl("sim", "mute", "video", "off")
+
+    def recovers(self, at_once=True):
+        """With the real ffmpeg."""
+        self.set_program(f'exec {shutil.which("ffmpeg")} "$@"')
+        if at_once:
+            self.ask_again()
+        wait_for(lambda: self.frames() > 3, "a picture of the real ffmpeg", 60)
+        wait_for(lambda: self.text("picture-note") == "")
+
+    def test_that_fails_is_started_again_after_longer_and_longer_pauses(self):
+        wait_for(lambda: "ffmpeg ended without a picture" in self.text("picture-note"))
+        self.set_program("exit 1")
+        starts = [float(when) for when, _ in wait_for(lambda: len(self.started()) > 3 and self.started())]
+        gaps = [after - before for before, after in zip(starts, starts[1:])]
+        self.assertTrue(all(after > before * 1.5 or after > 7 for before, after in zip(gaps, gaps[1:])), gaps)
+        self.assertEqual(self.pixel(0.02, 0.1), [192, 192, 192], "the test card")
+        self.recovers(at_once=False)
+
+    def hangs(self, command):
+        self.set_program(command)
+        self.ask_again()
+        wait_for(lambda: "No picture has come for 2 seconds: ffmpeg does not answer" in self.text("picture-note"), patience=60)
+        first = self.started()[0][1]
+        wait_for(lambda: len(self.started()) > 1, "another start", 60)
+        wait_for(lambda: not Path(f"/proc/{first}").exists(), "the end of the first one")
+        self.assertIn("No picture has come", self.text("picture-note"), "it stays until a picture comes")
+        self.recovers()
+
+    def test_that_does_not_read_is_started_again(self):
+        self.hangs("exec sleep 1000")
+
+    def test_that_does_not_write_is_started_again(self):
+        self.hangs("exec cat 3>&1 > /dev/null")
+
+    def test_that_is_stopped_is_started_again(self):
+        self.recovers()
+        stopped = int(self.started()[-1][1])
+        os.kill(stopped, signal.SIGSTOP)
+        wait_for(lambda: "No picture has come" in self.text("picture-note"))
+        wait_for(lambda: not Path(f"/proc/{stopped}").exists(), "its end")
+        before = self.frames()
+        wait_for(lambda: self.frames() > before + 3)
+        wait_for(lambda: self.text("picture-note") == "")
+
+    def test_that_hangs_in_a_pause_is_started_again(self):
+        self.set_program("exec sleep 1000")
+        self.simulator.ctl("sim", "pause")
+        wait_for(lambda: len(self.started()) > 2, "another start", 60)
+        before = self.frames()
+        self.set_program(f'exec {shutil.which("ffmpeg")} "$@"')
+        wait_for(lambda: self.frames() > before, "a picture of the real ffmpeg", 60)
+
+    def test_is_left_alone_in_a_pause(self):
+        self.recovers()
+        self.simulator.ctl("sim", "pause")
+        wait_for(lambda: "Paused" in self.text("badges"))
+
+        def is_quiet():
+            count = len(self.started())
+            time.sleep(6)  # longer than an ffmpeg may be silent
+            return not self.simulator.decoders() and len(self.started()) == count
+        wait_for(is_quiet, "6 seconds without an ffmpeg")
+        self.assertEqual(self.text("picture-note"), "")
+
+
+if __name__ == "__main__":
+    main()
