@@ -72,6 +72,7 @@ TEST_F(Properties, ShowTheTelevision)
              {"VideoMutedBy", "''"},
              {"ProgrammeLocked", "true"},
              {"ServiceLocked", "false"},
+             {"Replay", "''"},
              {"LockStopsPushes", "false"},
              {"ApplicationId", "''"},
              {"Resolution",

@@ -70,14 +70,15 @@ def children(pid):
 class Simulator:
     """zviptv-sim --panel, with further options."""
 
-    def __init__(self, *options, path=None, stream=SAMPLE):
+    def __init__(self, *options, path=None, stream=SAMPLE, inputs=None):
+        """`inputs` are the options that say what is played; without them `stream` is."""
         self.folder = tempfile.TemporaryDirectory(prefix="zviptv-panel-")
         self.errors = Path(self.folder.name, "stderr")
         self.output = Path(self.folder.name, "stdout")
         environment = {**os.environ, **({"PATH": path} if path else {})}
         with self.errors.open("w") as errors, self.output.open("w") as output:
             self.process = subprocess.Popen(
-                [SIM, "--ts", stream, "--loop", "--guide", GUIDE, "--time", "1774735200", "--bus", "private",
+                [SIM, *(inputs or ("--ts", stream, "--loop", "--guide", GUIDE, "--time", "1774735200")), "--bus", "private",
                  "--quiet", "--panel", *options], stdout=output, stderr=errors, env=environment)
         self.address = self._find(self.errors, r"the panel is at (http://127\.0\.0\.1:\d+/[0-9a-f]{32}/)\n")
         self.bus = self._find(self.output, r"DBUS_SYSTEM_BUS_ADDRESS='([^']*)'")
@@ -188,10 +189,11 @@ class PageTest(unittest.TestCase):
     options = ()
     path = None
     stream = SAMPLE
+    inputs = None
     driver = None  # one browser for all tests
 
     def setUp(self):
-        self.simulator = Simulator(*self.options, path=self.path, stream=self.stream)
+        self.simulator = Simulator(*self.options, path=self.path, stream=self.stream, inputs=self.inputs)
         self.addCleanup(self.simulator.close)
         if PageTest.driver is None:
             shared = browser()

@@ -160,6 +160,7 @@ Owned<GVariant> Report(Service& service)
     AddSelection(report, television.selection);
     report.Add("ProgrammeLocked", g_variant_new_boolean(television.lock.IsProgrammeLocked() ? TRUE : FALSE))
         .Add("ServiceLocked", g_variant_new_boolean(television.lock.IsServiceLocked() ? TRUE : FALSE))
+        .Add("Replay", service.Recording())
         .Add("LockStopsPushes", g_variant_new_boolean(service.LockStopsPushes() ? TRUE : FALSE))
         .Add("Faults", FaultList(television))
         .Add("Clients", Names(television.applications.Names()))

@@ -106,6 +106,8 @@ public:
     /// Opening options for an input with this URL.
     InputOptions InputNamed(std::string const& url) const { return {url, m_options.playback.input.follow}; }
     bool Loops() const { return m_options.playback.loop; }
+    /// The file that is replayed; empty if none is.
+    std::string const& Recording() const { return m_options.replay.file; }
     bool LockStopsPushes() const { return m_options.lockStopsPushes; }
 
     using RequestListener = std::function<void(RequestLog::Entry const&)>;

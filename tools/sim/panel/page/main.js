@@ -27,13 +27,13 @@ function showService(state) {
 function showInput(state) {
   const [, name] = state.Programmes.find(([number]) => number === state.Programme) ?? [0, ""];
   setText(byId("channel"), name || (state.Programme ? `Programme ${state.Programme}` : "Television"));
-  setText(byId("input"), state.Input);
+  setText(byId("input"), [state.Input, state.Replay && `replays ${state.Replay}`].filter(Boolean).join(" · "));
   document.title = `${byId("channel").textContent} – Television`;
 }
 
 const known = {};
 watch(["Running", "Responding"], showService);
-watch(["Programmes", "Programme", "Input"], showInput);
+watch(["Programmes", "Programme", "Input", "Replay"], showInput);
 startTelevision();
 startPicture();
 startCaptions();

@@ -56,7 +56,7 @@ const lists = [
 function trackItem(texts, isSelected, kind, index) {
   const words = make("span", {}, make("b", {}, texts[0]), ` ${texts.slice(1).filter(Boolean).join(" · ")}`);
   const common = { class: isSelected ? "track-item selected" : "track-item", "aria-current": isSelected && "true" };
-  return make("li", {}, kind
+  return make("li", {}, kind && !state.Replay
     ? make("button", { ...common, type: "button", "data-key": `${kind} ${index}`, "data-kind": kind, "data-index": index }, words)
     : make("div", common, words));
 }
@@ -79,7 +79,7 @@ export function startProgramme() {
   watch(["Resolution"], () => setText(byId("resolution"), resolutionText(state.Resolution)));
   watch(["Present"], () => showEvent(byId("present"), "Now", state.Present));
   watch(["Following"], () => showEvent(byId("following"), "Next", state.Following));
-  watch(lists.flatMap(([property, , selected]) => [property, selected]), showTracks);
+  watch([...lists.flatMap(([property, , selected]) => [property, selected]), "Replay"], showTracks);
   byId("track-lists").onclick = event => {
     const button = event.target.closest("button[data-kind]");
     if (button) {

@@ -43,7 +43,17 @@ function onKey(event) {
   }
 }
 
+/** What steers the stream, which a replay refuses. */
+const streamControls = `#play, #speed, #mute-audio, #mute-video, #lock-programme, #lock-service,
+  :is([data-verb], #time-form) :is(input, select, button)`;
+
 export function startSteering() {
+  watch(["Replay"], () => {
+    byId("replay-note").hidden = !state.Replay;
+    document.querySelectorAll(streamControls).forEach(control => {
+      control.disabled = Boolean(state.Replay);
+    });
+  });
   toggle("mute-audio", "AudioMuted", on => ["mute", "audio", on ? "on" : "off"]);
   toggle("mute-video", "VideoMuted", on => ["mute", "video", on ? "on" : "off"]);
   toggle("lock-programme", "ProgrammeLocked", on => [on ? "lock" : "unlock", "programme"]);

@@ -16,9 +16,13 @@ export function positionNow() {
 }
 
 /** Why the screen shows no picture: the icon, a title and a line. */
-export function coverOf({ Running, ProgrammeLocked, ServiceLocked, LockStopsPushes, VideoMuted, VideoMutedBy, SourceState }) {
+export function coverOf({ Running, ProgrammeLocked, ServiceLocked, LockStopsPushes, VideoMuted, VideoMutedBy, SourceState,
+  Replay, Input }) {
   if (!Running) {
     return ["off", "The service is dead", "Restart it, or wait until it comes back."];
+  }
+  if (Replay && !Input) {
+    return ["tv", "A recording is replayed", "It has no picture. Applications get the recorded answers and packets."];
   }
   if (ProgrammeLocked || ServiceLocked) {
     return ["lock", ProgrammeLocked ? "Programme locked" : "Service locked",
@@ -68,13 +72,13 @@ export function startTelevision() {
     toldAt = performance.now();
     showPosition();
   });
-  watch(["Running", "ProgrammeLocked", "ServiceLocked", "LockStopsPushes", "VideoMuted", "VideoMutedBy", "SourceState"],
-    showCover);
+  watch(["Running", "ProgrammeLocked", "ServiceLocked", "LockStopsPushes", "VideoMuted", "VideoMutedBy", "SourceState",
+    "Replay", "Input"], showCover);
   watch(["AudioMuted", "AudioMutedBy", "Paused", "Speed", "SourceState"], showBadges);
-  watch(["Duration"], () => {
+  watch(["Duration", "Replay"], () => {
     byId("position").max = state.Duration;
-    byId("position").disabled = state.Duration <= 0;
-    setText(byId("duration"), state.Duration > 0 ? clockText(state.Duration) : "live");
+    byId("position").disabled = state.Duration <= 0 || Boolean(state.Replay);
+    setText(byId("duration"), state.Duration > 0 ? clockText(state.Duration) : state.Input ? "live" : "");
   });
   watch(["Paused"], () => {
     const play = byId("play");

@@ -1,0 +1,86 @@
+# SPDX-License-Identifier: MIT
+"""The panel of a replay, in a browser: replay_test.py SIM CTL SAMPLE GUIDE"""
+import subprocess
+import tempfile
+from pathlib import Path
+
+from support import CTL, PATIENCE, SAMPLE, SIM, PageTest, main, wait_for
+
+
+def record(file):
+    """An application of the sample."""
+    session = f"{CTL} mute audio on; {CTL} audio list; {CTL} pes --count 20"
+    subprocess.run([SIM, "--ts", SAMPLE, "--loop", "--record", file, "--", "sh", "-c", session], check=True, timeout=PATIENCE,
+                   stdout=subprocess.DEVNULL)
+
+
+class ReplayTest(PageTest):
+    unrecorded = ()
+
+    @classmethod
+    def setUpClass(cls):
+        folder = tempfile.TemporaryDirectory(prefix="zviptv-replay-")
+        cls.addClassCleanup(folder.cleanup)
+        cls.recording = Path(folder.name, "bug.pcapng")
+        record(cls.recording)
+        cls.inputs = ("--replay", cls.recording, *cls.unrecorded)
+
+    def run_words(self, words):
+        self.driver.execute_script("const w=document.getElementById('words');w.value=arguments[0];w.form.requestSubmit()", words)
+
+
+class Replay(ReplayTest):
+    def test_shows_what_there_is(self):
+        wait_for(lambda: self.text("cover-text") == "A recording is replayed")
+        self.assertEqual(self.text("input"), f"replays {self.recording}")
+        self.assertEqual(self.text("track-lists"), "none")
+        self.assertFalse(self.driver.find_element("id", "replay-note").get_attribute("hidden"))
+        self.assertEqual(self.simulator.decoders(), [])
+        self.assertEqual(self.status()["Replay"], str(self.recording))
+
+    def test_shows_the_conversation(self):
+        subscriber = self.simulator.start_ctl("pes", "--count", "100000")
+        self.addCleanup(subscriber.wait)
+        self.addCleanup(subscriber.terminate)
+        wait_for(lambda: "subscribed to PES packets" in self.text("application-list"))
+        wait_for(lambda: "20 notifications sent" in self.text("totals"))
+        self.simulator.ctl("mute", "audio", "on")
+        for words in ("requestPESCB on=true", "PESCB 0x01", "MuteAudio onoff=true"):
+            wait_for(lambda: words in self.text("rows"), words)
+
+    def test_refuses_what_steers_a_stream(self):
+        for name in ("play", "speed", "mute-audio", "mute-video", "lock-programme", "lock-service", "load", "programme", "time",
+                     "position"):
+            self.assertFalse(self.element(name).is_enabled(), name)
+        for words, method in (("pause", "Pause"), ("seek 3", "Seek"), (f"load {SAMPLE}", "Load"), ("time 1774738800", "SetTime"),
+                              ("select audio 1", "Select"), ("lock service", "Lock")):
+            self.run_words(words)
+            wait_for(lambda: f"{method} is not possible: the simulator replays a recording; use die, restart, reset, quit or "
+                             "fault, or start it with --ts and without --replay" in self.text("messages-area"), words)
+
+    def test_steers_faults_and_deaths(self):
+        self.run_words("fault add MuteAudio=error")
+        wait_for(lambda: "MuteAudio=error" in self.text("fault-list"))
+        self.assertEqual(self.simulator.ctl("mute", "audio", "on").returncode, 4)
+        self.driver.find_element("css selector", "[data-words=reset]").click()
+        wait_for(lambda: "MuteAudio=error" not in self.text("fault-list"))
+        self.assertEqual(self.simulator.ctl("mute", "audio", "on").returncode, 0)
+        self.run_words("die")
+        wait_for(lambda: self.text("cover-text") == "The service is dead")
+        self.driver.find_element("css selector", "[data-words=restart]").click()
+        wait_for(lambda: self.text("cover-text") == "A recording is replayed")
+
+
+class ReplayWithStream(ReplayTest):
+    unrecorded = ("--unrecorded", "stream", "--ts", SAMPLE, "--loop")
+
+    def test_shows_the_stream(self):
+        wait_for(lambda: self.frames() > 3, "the picture of the stream")
+        self.assertIn("deu teletext", self.text("track-lists"))
+        self.assertEqual(self.driver.find_elements("css selector", "#track-lists button"), [])
+        self.assertFalse(self.element("position").is_enabled())
+        self.assertEqual(self.text("input"), f"{SAMPLE} · replays {self.recording}")
+
+
+if __name__ == "__main__":
+    main()
