@@ -235,6 +235,27 @@ class Fits(PageTest):
                     self.assertEqual(unnamed, [])
 
 
+    def test_heads_of_columns_do_not_overlap(self):
+        for _ in range(4):
+            self.simulator.ctl("mute", "audio", "on")
+        wait_for(lambda: self.driver.execute_script("return document.querySelectorAll('.lane').length") >= 4, "three applications")
+        places = self.driver.execute_script("""return [...document.querySelectorAll('.lane b')].map(
+            head => [head.getBoundingClientRect().left, head.getBoundingClientRect().right])""")
+        self.assertTrue(all(right <= left for (_, right), (left, _) in zip(places, places[1:])), places)
+
+    def test_fields_show_what_is_in_them(self):
+        cut = self.driver.execute_script("""return ['load', 'programme', 'fault-message', 'filter-application'].filter(id => {
+            const field = document.getElementById(id), text = document.createElement('span');
+            text.textContent = field.selectedOptions?.[0].textContent ?? field.placeholder;
+            text.style.font = getComputedStyle(field).font;
+            document.body.append(text);
+            const width = text.getBoundingClientRect().width;
+            text.remove();
+            return width + 36 > field.clientWidth;
+        })""")
+        self.assertEqual(cut, [])
+
+
 class Converses(PageTest):
     def rows(self):
         return self.driver.execute_script(

@@ -9,6 +9,7 @@ import { watch } from "./store.js";
 export const mostMessages = 10000;
 const rowHeight = 26;
 const lanesWidth = 0.55; // of the diagram
+const roomForTitle = 120; // pixels
 
 const messages = [];
 const applications = new Map(); // by bus name: what is known
@@ -88,7 +89,7 @@ function columnsOf(rows, width) {
   const first = width < 560 ? 66 : 96;
   const last = width - (width < 560 ? 30 : 70);
   const step = names.length > 1 ? (last - first) * lanesWidth / (names.length - 1) : 0;
-  return { service: first, of: new Map(names.map((name, index) => [name, last - (names.length - 1 - index) * step])) };
+  return { service: first, step, of: new Map(names.map((name, index) => [name, last - (names.length - 1 - index) * step])) };
 }
 
 function planDraw() {
@@ -146,10 +147,13 @@ function draw() {
   diagram.dataset.count = messages.length;
 }
 
-function drawColumns(columns) {
-  const heads = [["", "service", columns.service], ...[...columns.of].map(([name, x]) => [name, titleOf(name), x])];
+/** Where there is no room for a title, the bus name alone is the head of a column. */
+function drawColumns({ service, step, of }) {
+  const isNarrow = step > 0 && step < roomForTitle;
+  const heads = [["", "service", service], ...[...of].map(([name, x]) => [name, titleOf(name), x])];
   setChildren(byId("lanes"), ...heads.map(([name, title, x]) =>
-    make("span", { class: name ? "lane" : "lane service", style: `left:${x}px`, title: name || title }, make("b", {}, title))));
+    make("span", { class: name ? "lane" : "lane service", style: `left:${x}px`, title }, make("b",
+      isNarrow && name ? { style: `max-width:${step - 4}px` } : {}, isNarrow && name ? name : title))));
 }
 
 function showPaused() {
