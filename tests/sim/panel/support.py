@@ -55,7 +55,7 @@ def wait_for(condition, what="the condition", patience=PATIENCE):
 
 
 def children(pid):
-    """Of a process and of its children: pid and command line."""
+    """Pid and command line of each child of a process."""
     found = []
     for task in Path(f"/proc/{pid}/task").glob("*/children"):
         for child in task.read_text().split():
@@ -65,6 +65,13 @@ def children(pid):
                 continue
             found.append((int(child), [part.decode(errors="replace") for part in command]))
     return found
+
+
+def descendants(pid):
+    """Pid and command line of each child of a process, of each of their children, and so on."""
+    for child, command in children(pid):
+        yield child, command
+        yield from descendants(child)
 
 
 class Simulator:
@@ -165,22 +172,27 @@ class Application:
 
 
 @contextmanager
-def browser(width=1280, height=900, dark=False):
-    """A headless Chromium."""
+def browser():
+    """A headless Chromium that draws without a GPU: emulating one takes more processor time than drawing."""
     options = webdriver.ChromeOptions()
-    for argument in ("--headless=new", "--no-sandbox", "--disable-dev-shm-usage",
-                     "--autoplay-policy=no-user-gesture-required", f"--window-size={width},{height}"):
+    for argument in ("--headless=new", "--no-sandbox", "--disable-dev-shm-usage", "--disable-gpu",
+                     "--autoplay-policy=no-user-gesture-required", "--window-size=1280,900"):
         options.add_argument(argument)
     options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
     driver = webdriver.Chrome(service=Service(str(DRIVER)), options=options)
     try:
-        driver.execute_cdp_cmd("Emulation.setDeviceMetricsOverride",
-                               {"width": width, "height": height, "deviceScaleFactor": 1, "mobile": False})
-        driver.execute_cdp_cmd("Emulation.setEmulatedMedia", {"features": [
-            {"name": "prefers-color-scheme", "value": "dark" if dark else "light"}]})
+        show_on(driver)
         yield driver
     finally:
         driver.quit()
+
+
+def show_on(driver, width=1280, dark=False):
+    """The screen that the browser's pages are shown on."""
+    driver.execute_cdp_cmd("Emulation.setDeviceMetricsOverride",
+                           {"width": width, "height": 900, "deviceScaleFactor": 1, "mobile": False})
+    driver.execute_cdp_cmd("Emulation.setEmulatedMedia", {"features": [
+        {"name": "prefers-color-scheme", "value": "dark" if dark else "light"}]})
 
 
 class PageTest(unittest.TestCase):
