@@ -4,7 +4,12 @@
 set -euo pipefail
 build=$1
 docs=$2/../../docs/reference
-listed=$(ctest --test-dir "$build" -N | sed -n 's/^ *Test *#[0-9]*: //p')
+listed=$(
+    ctest --test-dir "$build" -N | sed -n 's/^ *Test *#[0-9]*: //p'
+    find "$build/tests" -name '*_tests' -type f -executable | while read -r program; do
+        "$program" --gtest_list_tests | awk -v program="${program##*/}" '/^[^ ]/ { suite = $1 } /^ / { print program "." suite $1 }'
+    done
+)
 status=0
 
 # A page names a test, the suite it belongs to, or the whole program.

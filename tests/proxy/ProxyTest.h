@@ -13,6 +13,7 @@
 
 #include <chrono>
 #include <future>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -34,10 +35,13 @@ inline Lines LinesOf(LogCapture const& log, std::string const& origin)
     return lines;
 }
 
-/// A test on a bus of its own where no service runs yet.
+/// A test on a private bus where no service runs yet.
 class ProxyTest : public testing::Test
 {
 protected:
+    static void SetUpTestSuite() { s_bus = std::make_unique<PrivateBus>(); }
+    static void TearDownTestSuite() { s_bus.reset(); }
+
     void TearDown() override { DestroyAll(); }
 
     static void DestroyAll()
@@ -76,8 +80,12 @@ protected:
         return guide;
     }
 
-    PrivateBus m_bus;
+    PrivateBus& m_bus = *s_bus;
     LogCapture m_log;
+
+private:
+    /// GIO has one connection to the system bus in a process, so the tests of a process share a bus.
+    static inline std::unique_ptr<PrivateBus> s_bus;
 };
 
 /// A test with a service running.
