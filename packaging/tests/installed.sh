@@ -105,9 +105,12 @@ start_service() {
 start_service
 bus_method GetConnectionUnixUser "string:$helper" | grep -qw "uint32 $(id -u zviptv)" || fail "another user owns the name"
 
-step "The API reference"
-reference=/usr/share/doc/zv-iptv-doc/reference/html
-grep -q 'Selects the audio track at' "$reference/classIPlayerControl.html" || fail "no API reference"
+step "The site and its API reference"
+site=/usr/share/doc/zv-iptv-doc/html
+grep -q 'Your first application' "$site/index.html" || fail "no site"
+grep -q 'Selects the audio track at' "$site/reference/api/IPlayerControl.h.html" || fail "no API reference"
+broken=$(find -L "$site" -type l -o -name '*.gz')
+[ -z "$broken" ] || fail "a browser cannot read: $broken"
 
 step "Examples, built by an ordinary user from the development files"
 examples=/usr/share/doc/zv-iptv-doc/examples

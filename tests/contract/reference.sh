@@ -14,7 +14,7 @@ fi
 # make_reference FOLDER: of a folder that looks like the project's.
 make_reference() {
     mkdir -p "$work/out"
-    printf '%s\n' '@INCLUDE = docs/api/Doxyfile' "INPUT += $generated/zviptv" "STRIP_FROM_PATH += $generated" "OUTPUT_DIRECTORY = $work/out" GENERATE_XML=YES |
+    printf '%s\n' '@INCLUDE = docs/site/Doxyfile' "INPUT += $generated/zviptv" "STRIP_FROM_PATH += $generated" "OUTPUT_DIRECTORY = $work/out" |
         (cd "$1" && doxygen -) 2>&1
 }
 make_reference "$root"
@@ -42,7 +42,7 @@ PYTHON
 copy=$work/copy
 mkdir -p "$copy/docs"
 cp -r "$root/include" "$root/examples" "$copy"
-cp -r "$root/docs/api" "$copy/docs"
+cp -r "$root/docs/site" "$copy/docs"
 for wrong in 'ZVIPTV_API void ZVNothingSaid();' $'/// Takes `a`.\n/// @param b what is not there\nZVIPTV_API void ZVWrong(int a);'; do
     { cat "$root/include/zviptv/SystemLog.h" && echo "$wrong"; } >"$copy/include/zviptv/SystemLog.h"
     if make_reference "$copy" >"$work/said"; then
