@@ -42,7 +42,7 @@ STYLE = """<style>
 
 
 def drawn(source):
-    """The picture without what tells the version of Graphviz."""
+    """The picture, without the comments of Graphviz, which contain its version."""
     text = source.read_text().replace("digraph {\n", LOOK, 1)
     svg = subprocess.run(["dot", "-Tsvg"], input=text, check=True, text=True, stdout=subprocess.PIPE).stdout
     svg = re.sub(r"<!--.*?-->\n", "", svg, flags=re.S)

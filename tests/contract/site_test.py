@@ -23,7 +23,7 @@ ROOT = Path(__file__).resolve().parents[2]
 PAGES = sorted(SITE.rglob("*.html"))
 SOUGHT = {"time out": "how-to/find-out-why-a-call-failed.html", "record a television": "how-to/replay-a-television.html",
           "test without hardware": "index.html", "which architectures": "reference/compatibility.html",
-          "service in Python": "reference/protocol.html", "MuteAudio": "reference/api/IPlayerControl.h.html",
+          "service in Python": "how-to/write-a-service-in-python.html", "MuteAudio": "reference/api/IPlayerControl.h.html",
           "zviptv-sim": "reference/man/zviptv-sim.1.html"}
 
 
