@@ -5,8 +5,8 @@ include(CMakePackageConfigHelpers)
 
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/ZvIptvServiceApi")
 
-# Only the library is exported: its parts and the libraries that it links are private.
-install(TARGETS ServiceApi EXPORT ZvIptvServiceApiTargets)
+# Only the two libraries are exported: their parts and the libraries that they link are private.
+install(TARGETS ServiceApi Client EXPORT ZvIptvServiceApiTargets)
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/zviptv" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
 install(EXPORT ZvIptvServiceApiTargets NAMESPACE ZvIptv:: DESTINATION "${package_dir}")
 

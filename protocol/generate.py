@@ -12,6 +12,7 @@ import json
 import pathlib
 import sys
 
+import client
 import cpp
 import page
 from description import Protocol
@@ -26,7 +27,7 @@ def schema(protocol):
 
     def plain(element, *left_out):
         return {name: made.get(name, str)(text) for name, text in element.attrib.items()
-                if text and name not in ("constant", "c", "prefix", "parameter", *left_out)}
+                if text and name not in ("constant", "c", "prefix", "parameter", "client", "part", "list", "items", *left_out)}
 
     def call(element, *left_out):
         return {**plain(element, *left_out), **{tag: [plain(v) for v in element.findall(tag)] for tag in ("in", "out")}}
@@ -68,7 +69,7 @@ def write_code(protocol, folder):
     texts = {f"src/{e.get('interface')}Overrides.inc": cpp.overrides(protocol, e) for e in protocol.endpoints}
     texts |= {"include/zviptv/Protocol.h": cpp.protocol_header(protocol), "ctl/MethodTable.cpp": cpp.method_table(protocol),
               "ctl/ProtocolTypes.h": cpp.types_header(protocol), "fuzz/ProxyMethodTable.inc": cpp.fuzz_table(protocol),
-              "tools/ProtocolSchema.inc": schema_source(protocol), "wireshark/zviptv.lua": dissector(protocol)}
+              "tools/ProtocolSchema.inc": schema_source(protocol), "wireshark/zviptv.lua": dissector(protocol), **client.sources(protocol)}
     for path, text in texts.items():
         file = pathlib.Path(folder) / path
         if not file.exists() or file.read_text(encoding="utf-8") != text:

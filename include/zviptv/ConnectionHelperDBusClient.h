@@ -10,6 +10,7 @@
 #include <memory>
 #include <string>
 
+typedef struct _GCancellable GCancellable;
 typedef struct _GDBusConnection GDBusConnection;
 typedef struct _GVariant GVariant;
 
@@ -27,6 +28,9 @@ public:
     /// Attaches to the system bus. Without a bus the object stays usable and every send fails.
     CConnectionHelperDBusClient();
 
+    /// Uses the caller's connection to a message bus. With a null connection, every send fails.
+    explicit CConnectionHelperDBusClient(GDBusConnection* connection);
+
     /// Releases the bus connection; announces nothing.
     virtual ~CConnectionHelperDBusClient();
 
@@ -40,6 +44,15 @@ public:
     /// Announces the channel `dbusname` of the given type word; returns the bus name of the endpoint to
     /// connect to, or an empty text if the exchange failed or the service named no endpoint.
     std::string Connect(std::string dbusname, std::string type);
+
+    /// Announces a channel as Connect does, without waiting. `completion` runs once, through the main context
+    /// that is the calling thread's default, with the bus name of the endpoint. If the exchange failed, the
+    /// name is empty, and ZVGetLastFailure() says why until `completion` returns; it is ZV_FAILURE_NONE if the
+    /// service named no endpoint or if `cancellable`, which may be null, was cancelled. Returns false, and
+    /// does not run `completion`, without a connection and for a name that is not UTF-8. The object may be
+    /// destroyed before `completion` runs.
+    bool ConnectAsync(std::string dbusname, std::string type, GCancellable* cancellable,
+                      void (*completion)(std::string const& partner, void* userData), void* userData);
 
     /// Announces the end of the channel; the outcome is ignored.
     void Disconnect(std::string dbusname, std::string type);

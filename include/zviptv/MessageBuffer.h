@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace zviptv {
@@ -62,6 +63,10 @@ public:
 
     /// Copy of the first value under `key`; empty when the key is null or absent.
     std::string GetValue(char const* key) const;
+
+    /// View of the first value under `key`; empty if the key is null or absent. It is valid until the message
+    /// is changed, assigned to, moved from or destroyed.
+    std::string_view GetView(char const* key) const;
 
     /// Copy of the value at `index`, 0 to Size() - 1; empty past the end. A negative index is undefined
     /// behaviour.

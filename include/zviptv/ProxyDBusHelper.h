@@ -12,6 +12,7 @@
 #include <string>
 
 typedef struct _GAsyncResult GAsyncResult;
+typedef struct _GCancellable GCancellable;
 typedef struct _GDBusConnection GDBusConnection;
 typedef struct _GDBusInterfaceVTable GDBusInterfaceVTable;
 typedef struct _GDBusMethodInvocation GDBusMethodInvocation;
@@ -74,6 +75,11 @@ public:
     /// fails, and the log says why.
     explicit CProxyDBusHelper(std::string name);
 
+    /// Exports the object on the caller's connection to a message bus, and holds the connection until the
+    /// channel is destroyed. Only one channel of this name can be on the connection. With a null connection,
+    /// everything fails.
+    CProxyDBusHelper(std::string name, GDBusConnection* connection);
+
     /// Removes the object and all callbacks; the class comment says what it waits for.
     virtual ~CProxyDBusHelper();
 
@@ -113,6 +119,18 @@ public:
     /// that is not UTF-8, a body over MAX_BODY_SIZE). The bus itself answers with an error if 128 calls of
     /// the process have no answer yet, including those that have timed out.
     int SendMessage(CMessageBuffer& request, CMessageBuffer& reply, int async);
+
+    /// Sends a request without waiting. `completion` runs once, through the main context that is the calling
+    /// thread's default. It gets the reply, or null if there is none; ZVGetLastFailure() then says why until
+    /// `completion` returns, and is ZV_FAILURE_NONE if `cancellable` was cancelled. `completion` may move from
+    /// the reply, which ends when `completion` returns.
+    ///
+    /// `timeoutMs` is the longest wait in milliseconds; -1 is GIO's default of 25 s, INT_MAX means no limit.
+    /// `cancellable` may be null. Returns 1 if the request was sent. Returns 0, and does not run `completion`,
+    /// if the channel is not connected or the message cannot be sent, as for SendMessage. The channel may be
+    /// destroyed before `completion` runs.
+    int SendAsync(CMessageBuffer& request, int timeoutMs, GCancellable* cancellable,
+                  void (*completion)(CMessageBuffer* reply, void* userData), void* userData);
 
     /// Sends a notification to the partner only. Returns 1 if it was queued, 0 if it cannot be sent.
     int SendNotification(CMessageBuffer& message);

@@ -5,9 +5,11 @@
 #include "dbus/CallbackGate.h"
 #include "dbus/PartnerWatch.h"
 #include "dbus/SignalSubscription.h"
+#include "log/Log.h"
 
 #include <zviptv/ProxyDBusHelper.h>
 
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -86,6 +88,16 @@ namespace zviptv {
 /// The functions of a channel that the library uses in addition to the public ones.
 struct ChannelAccess
 {
+    /// What the constructors do. `connect` gives the connection, or null and an error.
+    static void Begin(CProxyDBusHelper& channel, std::string name,
+                      std::function<Owned<GDBusConnection>(Error&)> const& connect);
+
+    /// What all sends do that do not wait: `callback` finishes the call of the proxy that it gets. 1 when the
+    /// request is on its way; otherwise 0, a log line and the calling thread's failure.
+    static int StartCall(CProxyDBusHelper& channel, CMessageBuffer const& request, int timeoutMs,
+                         GCancellable* cancellable, GAsyncReadyCallback callback, void* userData,
+                         SourceLocation const& where);
+
     static CallbackGate::Pointer Gate(CProxyDBusHelper const& channel) { return channel.m_state->m_gate; }
 
     /// Ends the channel, except for its memory, which calls on other threads still use: removes the object

@@ -52,36 +52,56 @@ constexpr auto PartnerProxyFlags = static_cast<GDBusProxyFlags>(
 
 CProxyDBusHelper::CProxyDBusHelper(std::string name) : m_state(std::make_unique<State>(this))
 {
-    zviptv::FailureScope const scope("CProxyDBusHelper");
-    State& state = *m_state;
-    state.m_name = std::move(name);
-    ZV_LOG_INFO_LINE("Constructor - %s", state.m_name.c_str());
-    state.m_node_info.reset(g_dbus_node_info_new_for_xml(INTERFACE_XML, nullptr));
-    ZV_LOG_INFO_LINE("XML parsed");
-    state.m_object_name = std::string(PROXY_DBUS_HELPER_OBJ_NAME) + "/" + state.m_name;
+    zviptv::ChannelAccess::Begin(*this, std::move(name), zviptv::SystemBus);
+}
 
-    ZV_LOG_INFO_LINE("Getting connection to DBUS");
+CProxyDBusHelper::CProxyDBusHelper(std::string name, GDBusConnection* connection)
+    : m_state(std::make_unique<State>(this))
+{
+    zviptv::ChannelAccess::Begin(*this, std::move(name), [connection](Error& error) {
+        if (connection == nullptr) {
+            error.Set(G_IO_ERROR_NOT_CONNECTED, "No connection was given");
+        }
+        return zviptv::Share(connection);
+    });
+}
+
+void zviptv::ChannelAccess::Begin(CProxyDBusHelper& channel, std::string name,
+                                  std::function<Owned<GDBusConnection>(Error&)> const& connect)
+{
+    FailureScope const scope("CProxyDBusHelper");
+    SourceLocation const where = SourceLocation::Here(__FILE__, "CProxyDBusHelper");
+    CProxyDBusHelper::State& state = *channel.m_state;
+    state.m_name = std::move(name);
+    WriteLog(ZV_LOG_INFO, where, "Constructor - %s", state.m_name.c_str());
+    state.m_node_info.reset(g_dbus_node_info_new_for_xml(CProxyDBusHelper::INTERFACE_XML, nullptr));
+    WriteLog(ZV_LOG_INFO, where, "XML parsed");
+    state.m_object_name = std::string(CProxyDBusHelper::PROXY_DBUS_HELPER_OBJ_NAME) + "/" + state.m_name;
+
+    WriteLog(ZV_LOG_INFO, where, "Getting connection to DBUS");
     Error error;
-    state.m_connection = zviptv::SystemBus(error);
+    state.m_connection = connect(error);
     if (error) {
-        ZV_LOG_ERROR_LINE("Error while connecting to system bus [%d] %s\n", error.Code(), error.Message());
-        zviptv::SetConnectFailure(error);
+        WriteLog(ZV_LOG_ERROR, where, "Error while connecting to system bus [%d] %s\n", error.Code(),
+                 error.Message());
+        SetConnectFailure(error);
         return;
     }
     char const* const uniqueName = g_dbus_connection_get_unique_name(state.m_connection.get());
     state.m_unique_name = uniqueName == nullptr ? "" : uniqueName;
-    ZV_LOG_INFO_LINE("Working with unique name %s", state.m_unique_name.c_str());
+    WriteLog(ZV_LOG_INFO, where, "Working with unique name %s", state.m_unique_name.c_str());
 
-    ZV_LOG_INFO_LINE("Registering Object and Interface on path %s", state.m_object_name.c_str());
-    if (!zviptv::IsObjectPath(state.m_object_name)) {
+    WriteLog(ZV_LOG_INFO, where, "Registering Object and Interface on path %s", state.m_object_name.c_str());
+    if (!IsObjectPath(state.m_object_name)) {
         error.Set(G_IO_ERROR_INVALID_ARGUMENT, "The channel's name makes no object path that the bus takes");
     } else {
         state.m_registration.Begin(state.m_connection.get(), state.m_object_name.c_str(),
-                                   state.m_node_info.get(), m_vtable, CallbackGate::NewToken(state.m_gate),
-                                   CallbackGate::ReleaseToken, error);
+                                   state.m_node_info.get(), CProxyDBusHelper::m_vtable,
+                                   CallbackGate::NewToken(state.m_gate), CallbackGate::ReleaseToken, error);
     }
     if (error) {
-        ZV_LOG_ERROR_LINE("Error while registering object [%d] %s", error.Code(), error.Message());
+        WriteLog(ZV_LOG_ERROR, where, "Error while registering object [%d] %s", error.Code(),
+                 error.Message());
     }
 }
 

@@ -129,25 +129,35 @@ int CProxyDBusHelper::m_SendAsyncMessage(CMessageBuffer& request,
                                                           void* userData),
                                          void* userData)
 {
-    State::Link const link = m_state->CurrentLink();
+    return zviptv::ChannelAccess::StartCall(*this, request, DefaultTimeout, nullptr, callback, userData,
+                                            ZV_LOG_HERE);
+}
+
+int zviptv::ChannelAccess::StartCall(CProxyDBusHelper& channel, CMessageBuffer const& request, int timeoutMs,
+                                     GCancellable* cancellable, GAsyncReadyCallback callback, void* userData,
+                                     SourceLocation const& where)
+{
+    CProxyDBusHelper::State::Link const link = channel.m_state->CurrentLink();
     if (!link.ready) {
-        ZV_LOG_ERROR_LINE("Connection not set.");
-        return RefuseUnconnected(m_state->m_connection);
+        WriteLog(ZV_LOG_ERROR, where, "Connection not set.");
+        return RefuseUnconnected(channel.m_state->m_connection);
     }
     if (link.proxy == nullptr) {
-        ZV_LOG_ERROR_LINE("Proxy not ready");
-        return RefuseUnconnected(m_state->m_connection);
+        WriteLog(ZV_LOG_ERROR, where, "Proxy not ready");
+        return RefuseUnconnected(channel.m_state->m_connection);
     }
-    ZV_LOG_DEBUG_LINE("Sending async message with %d key-value pairs", request.Size());
+    if (IsLogWanted(ZV_LOG_DEBUG)) {
+        WriteLog(ZV_LOG_DEBUG, where, "Sending async message with %d key-value pairs", request.Size());
+    }
     Error error;
     Owned<GVariant> const body = EncodePeerMessage(request, error);
     if (body == nullptr) {
-        ZV_LOG_ERROR_LINE("Error while sending message [%d] %s", error.Code(), error.Message());
-        zviptv::SetSendFailure(error, "the request");
+        WriteLog(ZV_LOG_ERROR, where, "Error while sending message [%d] %s", error.Code(), error.Message());
+        SetSendFailure(error, "the request");
         return 0;
     }
-    g_dbus_proxy_call(link.proxy.get(), PROXY_DBUS_HELPER_OBJ_METHOD, body.get(), G_DBUS_CALL_FLAGS_NONE,
-                      DefaultTimeout, nullptr, callback, userData);
+    g_dbus_proxy_call(link.proxy.get(), CProxyDBusHelper::PROXY_DBUS_HELPER_OBJ_METHOD, body.get(),
+                      G_DBUS_CALL_FLAGS_NONE, timeoutMs, cancellable, callback, userData);
     return 1;
 }
 

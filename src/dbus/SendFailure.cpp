@@ -3,6 +3,8 @@
 
 #include "failure/LastFailure.h"
 
+#include <array>
+#include <cstdio>
 #include <cstring>
 
 namespace zviptv {
@@ -28,13 +30,16 @@ void SetAnswered(GError const* answered)
 
 } // namespace
 
-void SetSendFailure(Error const& error, char const* what)
+void SetSendFailure(Error const& error, char const* what, int timeoutMs)
 {
+    int const defaultTimeoutMs = 25000;
     if (g_dbus_error_is_remote_error(error.Get()) != FALSE) {
         SetAnswered(error.Get());
     } else if (error.Is(G_IO_ERROR_TIMED_OUT)) {
-        SetFailure(ZV_FAILURE_TIMED_OUT, {"no answer to ", what,
-                                          " within 2000 ms; see whether the service hangs or is overloaded"});
+        std::array<char, 16> waited{};
+        std::snprintf(waited.data(), waited.size(), "%d", timeoutMs < 0 ? defaultTimeoutMs : timeoutMs);
+        SetFailure(ZV_FAILURE_TIMED_OUT, {"no answer to ", what, " within ", waited.data(),
+                                          " ms; see whether the service hangs or is overloaded"});
     } else if (error.Is(G_IO_ERROR_MESSAGE_TOO_LARGE)) {
         SetFailure(ZV_FAILURE_TOO_LARGE, {what, " is larger than the bus carries (32 MiB); send less"});
     } else if (error.Is(G_IO_ERROR_INVALID_DATA) || error.Is(G_IO_ERROR_INVALID_ARGUMENT)) {

@@ -48,15 +48,20 @@ void CMessageBuffer::AddValue(char const* key, int size, char const* value)
 
 std::string CMessageBuffer::GetValue(char const* key) const
 {
+    return std::string(GetView(key));
+}
+
+std::string_view CMessageBuffer::GetView(char const* key) const
+{
     if (key == nullptr) {
-        return std::string();
+        return {};
     }
     for (MessageEntry const& entry : m_entries) {
         if (entry.key == key) {
             return entry.value;
         }
     }
-    return std::string();
+    return {};
 }
 
 std::string CMessageBuffer::GetValue(int index) const

@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: MIT
+/// @file
+/// All headers of the client layer.
+
+#pragma once
+
+#include <zviptv/client/Broadcast.h>
+#include <zviptv/client/Failure.h>
+#include <zviptv/client/Guide.h>
+#include <zviptv/client/Language.h>
+#include <zviptv/client/Pending.h>
+#include <zviptv/client/Player.h>
+#include <zviptv/client/Programme.h>
+#include <zviptv/client/Result.h>
+#include <zviptv/client/Television.h>
+#include <zviptv/client/Types.h>

@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: MIT
+/// @file
+/// Programmes of the guide.
+
+#pragma once
+
+#include <zviptv/Export.h>
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace zviptv {
+
+/// From what age a programme is suitable.
+struct ProgrammeRating
+{
+    std::string system;            ///< who rates: "FSK", "MPAA", or a country such as "DEU"
+    std::string value;             ///< the rating as the source writes it
+    std::optional<int> minimumAge; ///< years; nothing if the value names no age
+};
+
+/// The texts of a programme in another language.
+struct Translation
+{
+    std::string language; ///< as the source writes it: "en", "de-AT", "fra"; empty if not known
+    std::string title;
+    std::string subtitle;
+    std::string description;
+    std::vector<std::string> genres;
+};
+
+/// Names a programme of the guide.
+struct ProgrammeId
+{
+    std::uint64_t serviceId = 0;
+    std::uint32_t eventId = 0; ///< the guide compares the low 16 bits alone
+    /// Start of the programme in UTC, from 1970 to 2106. The epoch itself, which is the default, stands for
+    /// any start.
+    std::chrono::system_clock::time_point start;
+    std::chrono::seconds duration{0}; ///< is not compared
+};
+
+/// A programme of the guide. Texts are UTF-8 and may be empty.
+struct Programme
+{
+    std::uint64_t serviceId = 0;
+    std::uint32_t eventId = 0;                   ///< from 1
+    std::chrono::system_clock::time_point start; ///< UTC
+    std::chrono::seconds duration{0};
+    std::string channel; ///< name of the service in the guide
+    std::string title;
+    std::string subtitle; ///< of the episode, for example
+    std::string description;
+    std::string language; ///< of the texts above, as the source writes it; empty if not known
+    std::string episode;  ///< number of the episode, as the source writes it
+    std::string icon;     ///< address of a picture
+    std::vector<std::string> genres;
+    std::optional<ProgrammeRating> rating;
+    std::vector<Translation> translations;
+
+    /// The end: a programme is on at `start`, and is not on any more at `End()`.
+    std::chrono::system_clock::time_point End() const { return start + duration; }
+    /// The name of this programme.
+    ProgrammeId Id() const { return {serviceId, eventId, start, duration}; }
+};
+
+ZVIPTV_API bool operator==(ProgrammeRating const& left, ProgrammeRating const& right);
+ZVIPTV_API bool operator==(Translation const& left, Translation const& right);
+ZVIPTV_API bool operator==(ProgrammeId const& left, ProgrammeId const& right);
+ZVIPTV_API bool operator==(Programme const& left, Programme const& right);
+inline bool operator!=(ProgrammeRating const& left, ProgrammeRating const& right)
+{
+    return !(left == right);
+}
+inline bool operator!=(Translation const& left, Translation const& right)
+{
+    return !(left == right);
+}
+inline bool operator!=(ProgrammeId const& left, ProgrammeId const& right)
+{
+    return !(left == right);
+}
+inline bool operator!=(Programme const& left, Programme const& right)
+{
+    return !(left == right);
+}
+
+/// "FSK 12"
+ZVIPTV_API std::string ToString(ProgrammeRating const& rating);
+/// "service 1, event 4, 2026-03-28 21:50:00 UTC"
+ZVIPTV_API std::string ToString(ProgrammeId const& programme);
+/// "2026-03-28 21:50:00 UTC, 180 min: Cellar Door"
+ZVIPTV_API std::string ToString(Programme const& programme);
+
+} // namespace zviptv

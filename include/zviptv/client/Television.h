@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: MIT
+/// @file
+/// A television: where applications begin.
+
+#pragma once
+
+#include <zviptv/Export.h>
+#include <zviptv/client/Broadcast.h>
+#include <zviptv/client/Guide.h>
+#include <zviptv/client/Pending.h>
+#include <zviptv/client/Player.h>
+#include <zviptv/client/Result.h>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace zviptv {
+
+/// The IPTV service of a television: calls its functions, reports whether it is there, and survives its
+/// restarts.
+///
+/// A Television has a bus connection of its own, and several may exist in a process, also beside the objects
+/// of IPTVServiceAPI.h. It connects by itself, to the bus and to the service, whenever one of them is there
+/// again; nothing has to be created again.
+///
+/// Threads: a Television belongs to the main context that is the default of the thread that creates it
+/// (g_main_context_get_thread_default()). All callbacks run on the thread that iterates this context, and all
+/// functions are for that thread, unless they say otherwise. The functions of Player, Broadcast and Guide
+/// that wait for their answer may be called from any thread, and do not need the context to be iterated.
+///
+/// Lifetime: may be destroyed inside its own callbacks, but not while another thread is in one of its
+/// functions. Outstanding asynchronous calls end with FailureKind::Gone: their completions run before the
+/// destructor returns. No callback runs after it. A call that is made in such a completion is dropped, and
+/// its completion does not run.
+///
+/// Exceptions: no function throws anything but std::bad_alloc, and no exception of a callback passes through.
+/// It is caught and reported to OnError.
+class ZVIPTV_API Television
+{
+public:
+    /// How a television is reached.
+    struct Options
+    {
+        /// D-Bus address of the bus; empty for the system bus, at DBUS_SYSTEM_BUS_ADDRESS if that is set.
+        std::string busAddress;
+        /// Profile of the handle of all requests; the low 16 bits count.
+        std::uint32_t profile = 1;
+        /// Number within the profile. Use numbers up to 255: larger ones carry into the profile's part.
+        std::uint16_t id = 0;
+        /// Names the application to the service (SetAppID) whenever the player is connected. Empty for no
+        /// name.
+        std::string applicationId;
+    };
+
+    /// On the system bus, with the default handle and without a name. Returns at once, and connects in the
+    /// background.
+    Television();
+    /// As said by `options`.
+    explicit Television(Options options);
+    ~Television();
+    Television(Television const&) = delete;
+    Television& operator=(Television const&) = delete;
+
+    /// Whether the service is on the bus, as far as is known: false until the context was iterated. Any
+    /// thread.
+    bool IsAvailable() const;
+
+    /// Calls `listener` with true whenever the service has come, and with false whenever it has left. Not
+    /// called for the state at the time of the registration.
+    Listener OnAvailability(std::function<void(bool isAvailable)> listener);
+
+    /// Calls `handler` with failures that belong to no call: pushed messages that cannot be read, and
+    /// exceptions of callbacks. Replaces the former handler; null for none. What the handler itself throws is
+    /// ignored.
+    void OnError(std::function<void(Failure const&)> handler);
+
+    /// Any thread may call these, and use what they return as long as the Television lives.
+    zviptv::Player& Player();
+    zviptv::Broadcast& Broadcast();
+    zviptv::Guide& Guide();
+
+private:
+    struct Parts;
+    std::unique_ptr<Parts> m_parts;
+};
+
+} // namespace zviptv

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "client/link/Channel.h"
+
+#include <zviptv/client/Result.h>
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+
+namespace zviptv::client {
+
+/// A connection to the bus that belongs to one television, and is replaced when its bus has died.
+class Bus
+{
+public:
+    /// An empty address stands for the system bus, where the environment says that it is when connecting.
+    explicit Bus(std::string address) : m_address(std::move(address)) {}
+
+    /// The attachment in use; null if there is none, or its bus has died. Any thread.
+    std::shared_ptr<Attachment> Current();
+
+    /// The attachment in use. If there is none it connects, and waits for 2 s at most. Any thread.
+    Result<std::shared_ptr<Attachment>> AttachNow(char const* function);
+
+    /// Connects without waiting; `done` runs through the main context that is the calling thread's default,
+    /// after 2 s at the latest, with nothing on success. Returns what cancels it, upon which `done` does not
+    /// run. That context's thread.
+    std::shared_ptr<void> Attach(std::function<void(std::optional<Failure>)> done);
+
+    /// Closes the connection. No further one is made. Any thread.
+    void Close();
+
+private:
+    struct Attempt;
+
+    std::string Address() const;
+    Result<std::shared_ptr<Attachment>> Install(Owned<GDBusConnection> connection);
+    static void OnConnected(GObject* source, GAsyncResult* result, void* data);
+
+    std::string const m_address;
+    std::mutex m_connecting; ///< held while a thread waits for a connection
+    std::mutex m_mutex;
+    std::shared_ptr<Attachment> m_current;
+    bool m_isClosed = false;
+};
+
+} // namespace zviptv::client

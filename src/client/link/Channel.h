@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "client/link/Endpoint.h"
+#include "glib/Owned.h"
+
+#include <zviptv/ProxyDBusHelper.h>
+#include <zviptv/client/Failure.h>
+
+#include <array>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+
+namespace zviptv::client {
+
+/// One end of a channel to an endpoint of the service. Any thread may use it.
+class Channel
+{
+public:
+    Channel(GDBusConnection* connection, EndpointId endpoint);
+
+    CProxyDBusHelper& Helper() { return m_helper; }
+
+    /// What the partner pushes goes to `handler`, through the context of the thread that connects. Once.
+    void SetPushHandler(std::function<void(CMessageBuffer& message)> handler);
+
+    /// Whether the service has named a partner that has not left since.
+    bool IsReady();
+    /// Announces the channel and waits for the service's answer, 2 s at most. Nothing on success.
+    std::optional<Failure> ConnectNow(char const* function);
+    /// Connects to the partner that the service has named. Nothing on success.
+    std::optional<Failure> Accept(std::string const& partner, char const* function);
+    /// The partner is to be asked for again.
+    void Forget();
+    /// Asks the bus, for 1 s at most, whether the partner has left.
+    bool HasPartnerLeft();
+
+private:
+    std::string Partner();
+
+    EndpointId const m_endpoint;
+    Owned<GDBusConnection> const m_connection;
+    std::mutex m_mutex;
+    std::string m_partner;
+    std::shared_ptr<std::function<void(CMessageBuffer&)> const> m_onPush;
+    CProxyDBusHelper m_helper; ///< last: it uses the handler
+};
+
+/// A connection to the bus with the channels on it, which are made at first use. Any thread may use it.
+class Attachment
+{
+public:
+    explicit Attachment(Owned<GDBusConnection> connection) : m_connection(std::move(connection)) {}
+
+    GDBusConnection* Connection() const { return m_connection.get(); }
+    /// Whether the bus is still there.
+    bool IsAlive() const;
+    Channel& Get(EndpointId endpoint);
+    /// The service has left: all partners are to be asked for again.
+    void ForgetPartners();
+    /// Closes the connection, upon which the service sees all channels leave. Does not wait.
+    void Close();
+
+private:
+    Owned<GDBusConnection> const m_connection;
+    std::mutex m_mutex;
+    std::array<std::unique_ptr<Channel>, EndpointCount> m_channels;
+};
+
+} // namespace zviptv::client
