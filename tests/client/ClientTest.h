@@ -46,7 +46,8 @@ private:
 template <class T>
 testing::AssertionResult Succeeded(Result<T> const& result)
 {
-    return result ? testing::AssertionSuccess() : testing::AssertionFailure() << ToString(result.GetFailure());
+    return result ? testing::AssertionSuccess()
+                  : testing::AssertionFailure() << ToString(result.GetFailure());
 }
 
 /// The kind of a call's failure in words; "success" for none.

@@ -11,8 +11,7 @@ TEST_F(TelevisionTest, ABlockingCallSendsTheRequestAndNeedsNoLoop)
     EXPECT_TRUE(Succeeded(player().MuteAudio(true)));
     WireMessage const request = m_service->LastRequest();
     EXPECT_EQ(request.path, "/org/corvel/zviptvapi/DbusCommunication/PLAYERCONTROL");
-    EXPECT_EQ(request.entries,
-              Entries({{"functionname", "MuteAudio"}, {"handleID", "256"}, {"onoff", "1"}}));
+    EXPECT_EQ(request.entries, Entries({{"functionname", "MuteAudio"}, {"handleID", "256"}, {"onoff", "1"}}));
 }
 
 TEST_F(TelevisionTest, ACallThatDoesNotBlockConnectsAndRunsItsCompletion)

@@ -176,4 +176,17 @@ TEST(MessageBuffer, RefusesNegativeSizesAndKeepsWhatItHas)
     EXPECT_EQ(buffer.Size(), 1);
 }
 
+TEST(MessageBuffer, ShowsTheFirstValueUnderAKeyWithoutACopy)
+{
+    CMessageBuffer buffer;
+    buffer.AddValue("a", 3, "x\0y");
+    buffer.AddValue("a", "second");
+    std::string_view const view = buffer.GetView("a");
+    EXPECT_EQ(view, std::string_view("x\0y", 3));
+    EXPECT_EQ(view.data(), buffer.GetView("a").data());
+    EXPECT_EQ(buffer.GetView("b"), "");
+    char const* const noKey = nullptr;
+    EXPECT_EQ(buffer.GetView(noKey), "");
+}
+
 } // namespace

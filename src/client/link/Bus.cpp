@@ -24,6 +24,25 @@ Failure CannotConnect(char const* function, Error const& error)
     return NoBus(function, std::string("cannot connect to the bus: ") + error.Message());
 }
 
+/// An attachment that ends while no other thread can be in a callback of its channels: no other thread
+/// iterates the context, or the one that does ends it.
+std::shared_ptr<Attachment> Share(Owned<GDBusConnection> connection, GMainContext* context)
+{
+    using Unique = std::unique_ptr<Attachment>;
+    auto const end = [kept = std::shared_ptr<GMainContext>(g_main_context_ref(context),
+                                                           g_main_context_unref)](Attachment* attachment) {
+        if (g_main_context_acquire(kept.get()) != FALSE) {
+            Unique(attachment).reset();
+            g_main_context_release(kept.get());
+        } else {
+            g_main_context_invoke_full(
+                kept.get(), G_PRIORITY_DEFAULT, [](void*) -> gboolean { return G_SOURCE_REMOVE; }, attachment,
+                [](void* data) { Unique(static_cast<Attachment*>(data)).reset(); });
+        }
+    };
+    return std::shared_ptr<Attachment>(std::make_unique<Attachment>(std::move(connection)).release(), end);
+}
+
 } // namespace
 
 /// One attempt to connect without waiting. The caller of Attach holds it, so that `bus` lives as long.
@@ -60,7 +79,7 @@ Result<std::shared_ptr<Attachment>> Bus::Install(Owned<GDBusConnection> connecti
         return Gone("");
     }
     if (m_current == nullptr || !m_current->IsAlive()) { // otherwise another thread was faster
-        m_current = std::make_shared<Attachment>(std::move(connection));
+        m_current = Share(std::move(connection), m_context.get());
     }
     return m_current;
 }

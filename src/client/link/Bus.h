@@ -17,7 +17,11 @@ class Bus
 {
 public:
     /// An empty address stands for the system bus, where the environment says that it is when connecting.
-    explicit Bus(std::string address) : m_address(std::move(address)) {}
+    /// `context` is the one through which the channels call back.
+    Bus(std::string address, GMainContext* context)
+        : m_address(std::move(address)), m_context(g_main_context_ref(context))
+    {
+    }
 
     /// The attachment in use; null if there is none, or its bus has died. Any thread.
     std::shared_ptr<Attachment> Current();
@@ -41,6 +45,7 @@ private:
     static void OnConnected(GObject* source, GAsyncResult* result, void* data);
 
     std::string const m_address;
+    Owned<GMainContext> const m_context;
     std::mutex m_connecting; ///< held while a thread waits for a connection
     std::mutex m_mutex;
     std::shared_ptr<Attachment> m_current;

@@ -12,14 +12,23 @@ Channel::Channel(GDBusConnection* connection, EndpointId endpoint)
 {
 }
 
-void Channel::SetPushHandler(std::function<void(CMessageBuffer& message)> handler)
+void Channel::SetPushHandlers(PushHandlers handlers)
 {
-    m_onPush = std::make_shared<std::function<void(CMessageBuffer&)> const>(std::move(handler));
+    if (m_pushes != nullptr) {
+        return;
+    }
+    m_pushes = std::make_shared<PushHandlers const>(std::move(handlers));
     m_helper.SetCallback(
         nullptr,
         [](CMessageBuffer& message, void* self) {
-            auto const kept = static_cast<Channel*>(self)->m_onPush; // the handler may end the channel
-            (*kept)(message);
+            auto const kept = static_cast<Channel*>(self)->m_pushes; // the handler may end the channel
+            kept->received(message);
+        },
+        this);
+    m_helper.SetDisconnectNotiCB(
+        [](std::string, std::string, void* self) {
+            auto const kept = static_cast<Channel*>(self)->m_pushes;
+            kept->lost();
         },
         this);
 }

@@ -24,8 +24,13 @@ public:
 
     CProxyDBusHelper& Helper() { return m_helper; }
 
-    /// What the partner pushes goes to `handler`, through the context of the thread that connects. Once.
-    void SetPushHandler(std::function<void(CMessageBuffer& message)> handler);
+    struct PushHandlers
+    {
+        std::function<void(CMessageBuffer& message)> received;
+        std::function<void()> lost; ///< the partner has left
+    };
+    /// They run through the context of the thread that connects. The first ones stay.
+    void SetPushHandlers(PushHandlers handlers);
 
     /// Whether the service has named a partner that has not left since.
     bool IsReady();
@@ -45,8 +50,8 @@ private:
     Owned<GDBusConnection> const m_connection;
     std::mutex m_mutex;
     std::string m_partner;
-    std::shared_ptr<std::function<void(CMessageBuffer&)> const> m_onPush;
-    CProxyDBusHelper m_helper; ///< last: it uses the handler
+    std::shared_ptr<PushHandlers const> m_pushes;
+    CProxyDBusHelper m_helper; ///< last: it uses the handlers
 };
 
 /// A connection to the bus with the channels on it, which are made at first use. Any thread may use it.

@@ -15,7 +15,9 @@ constexpr std::chrono::milliseconds RetryInterval{500};
 
 } // namespace
 
-Link::Link(LinkOptions options) : m_options(std::move(options)), m_bus(m_options.busAddress) {}
+Link::Link(LinkOptions options) : m_options(std::move(options)), m_bus(m_options.busAddress, m_context.get())
+{
+}
 
 Link::~Link() = default;
 
@@ -34,6 +36,7 @@ void Link::End()
         auto const call = m_calls.Find(*id);
         Finish(*id, call->outcome ? *call->outcome : Gone(call->request.Function()));
     }
+    m_pushes.End();
     m_onAvailability.Clear();
     m_onPush = nullptr;
     m_onError = nullptr;
@@ -134,11 +137,13 @@ void Link::OnOwner(std::string const& owner)
     }
     if (!former.empty()) {
         m_adopted->ForgetPartners();
+        m_pushes.Forget();
         SetAvailable(false);
         FailSent();
     }
     if (!m_isEnded && !m_owner.empty()) {
         SetAvailable(true);
+        m_pushes.Resume();
     }
 }
 
@@ -147,6 +152,7 @@ void Link::OnClosed()
     std::shared_ptr<Link> const self = shared_from_this();
     m_owner.clear();
     m_adopted.reset();
+    m_pushes.Forget();
     SetAvailable(false);
     StartAttaching(); // at once: the bus may have restarted already
 }
@@ -166,9 +172,19 @@ Listener Link::OnAvailability(std::function<void(bool)> listener)
     return m_onAvailability.Add(std::move(listener));
 }
 
-void Link::SetPushHandler(std::function<void(CMessageBuffer& message)> handler)
+void Link::OnPush(CMessageBuffer& message)
 {
-    m_onPush = std::move(handler);
+    if (auto const handler = m_onPush) { // it may replace itself
+        handler(message);
+    }
+}
+
+void Link::OnPusherLost()
+{
+    m_pushes.Forget();
+    if (m_isAvailable) { // otherwise when it is again
+        m_pushes.Resume();
+    }
 }
 
 } // namespace zviptv::client

@@ -5,6 +5,7 @@
 #include "client/link/Bus.h"
 #include "client/link/CallTable.h"
 #include "client/link/Listeners.h"
+#include "client/link/PushRequests.h"
 #include "client/link/ServiceWatch.h"
 
 #include <zviptv/client/Pending.h>
@@ -54,8 +55,13 @@ public:
     bool IsAvailable() const { return m_isAvailable; }
     Listener OnAvailability(std::function<void(bool)> listener);
 
-    /// Passes messages that the service pushes to `handler`, which replaces the former one. Null for none.
-    void SetPushHandler(std::function<void(CMessageBuffer& message)> handler);
+    /// Passes messages that the service pushes to `handler`. Null for none.
+    void SetPushHandler(std::function<void(CMessageBuffer& message)> handler)
+    {
+        m_onPush = std::move(handler);
+    }
+    /// What the service is to push.
+    PushRequests& Pushes() { return m_pushes; }
 
     /// Failures that belong to no call. A handler that throws is ignored.
     void SetErrorHandler(std::function<void(Failure const&)> handler) { m_onError = std::move(handler); }
@@ -74,6 +80,8 @@ private:
     void Adopt(std::shared_ptr<Attachment> const& attachment);
     void OnOwner(std::string const& owner);
     void OnClosed();
+    void OnPush(CMessageBuffer& message);
+    void OnPusherLost();
     void SetAvailable(bool isAvailable);
     void Post(std::function<void(Link&)> work);
 
@@ -110,6 +118,7 @@ private:
     CallTable m_calls;
     Listeners<bool> m_onAvailability;
     std::function<void(CMessageBuffer&)> m_onPush;
+    PushRequests m_pushes{*this};
     std::function<void(Failure const&)> m_onError;
 };
 

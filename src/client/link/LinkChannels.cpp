@@ -23,6 +23,18 @@ void Link::StartAnnouncing(EndpointId endpoint)
     using Data = UserData<Token>;
     ContextScope const scope(m_context.get());
     Channel& channel = m_adopted->Get(endpoint);
+    if (endpoint == EndpointId::DataSubscriber) {
+        m_pushes.Forget(); // an announcement begins the channel again
+        auto const with = [weak = weak_from_this()](auto const& work) {
+            std::shared_ptr<Link> const link = weak.lock();
+            if (link != nullptr && !link->m_isEnded) {
+                work(*link);
+            }
+        };
+        channel.SetPushHandlers(
+            {[with](CMessageBuffer& message) { with([&](Link& link) { link.OnPush(message); }); },
+             [with] { with([](Link& link) { link.OnPusherLost(); }); }});
+    }
     CConnectionHelperDBusClient client(m_adopted->Connection());
     client.ConnectAsync(
         channel.Helper().GetPublicName(), TypeWord(endpoint), nullptr,
