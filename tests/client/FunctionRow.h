@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "ClientTest.h"
+
+#include <functional>
+#include <string>
+
+namespace zviptv::test {
+
+/// A function of the layer: the request that it sends, a reply, and what it makes of that, in both forms.
+struct FunctionRow
+{
+    std::string name;
+    WireEntries request; ///< from "functionname" on
+    WireEntries reply;
+    std::function<void(Television&)> checkBlocking;
+    std::function<void(Television&)> checkAsync;
+};
+
+/// `call` calls the function on a television, with further arguments for the form that does not block.
+template <class T, class Call>
+FunctionRow Row(WireEntries request, WireEntries reply, T const& expected, Call const& call)
+{
+    std::string name = request.front().bytes;
+    return {std::move(name), std::move(request), std::move(reply),
+            [=](Television& television) {
+                Result<T> const result = call(television);
+                ASSERT_TRUE(Succeeded(result));
+                EXPECT_TRUE(*result == expected);
+            },
+            [=](Television& television) {
+                Outcome<T> outcome;
+                call(television, outcome.Take());
+                ASSERT_TRUE(outcome.Await());
+                ASSERT_TRUE(Succeeded(*outcome));
+                EXPECT_TRUE(**outcome == expected);
+            }};
+}
+
+/// One without a value.
+template <class Call>
+FunctionRow Row(WireEntries request, Call const& call)
+{
+    std::string name = request.front().bytes;
+    return {std::move(name), std::move(request), Entries({{"result_internal", "1"}}),
+            [=](Television& television) { EXPECT_TRUE(Succeeded(call(television))); },
+            [=](Television& television) {
+                Outcome<void> outcome;
+                call(television, outcome.Take());
+                ASSERT_TRUE(outcome.Await());
+                EXPECT_TRUE(Succeeded(*outcome));
+            }};
+}
+
+/// An entry of a request, or of a reply: "a signed number of 32 bits", for example.
+inline WireEntries Reply(std::initializer_list<TextEntry> values)
+{
+    WireEntries entries = Entries({{"result_internal", "1"}});
+    WireEntries const rest = Entries(values);
+    entries.insert(entries.end(), rest.begin(), rest.end());
+    return entries;
+}
+
+/// Runs rows in both forms. Each of their tests has a television, and a service.
+class FunctionTest : public TelevisionTest
+{
+protected:
+    void Check(FunctionRow const& row)
+    {
+        SCOPED_TRACE(row.name);
+        m_service->AnswerWith(row.name, row.reply);
+        for (auto const& check : {row.checkBlocking, row.checkAsync}) {
+            m_service->ClearRecords();
+            check(*m_television);
+            ASSERT_EQ(m_service->Requests().size(), 1U);
+            EXPECT_EQ(m_service->LastRequest().entries, row.request);
+        }
+    }
+};
+
+} // namespace zviptv::test
