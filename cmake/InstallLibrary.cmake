@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# The files that `cmake --install` installs for users of the library: headers, library, pkg-config file, CMake
+# The files that `cmake --install` installs for users of the libraries: headers, libraries, pkg-config files, CMake
 # package.
 include(CMakePackageConfigHelpers)
 
@@ -23,7 +23,7 @@ install(FILES
 # Paths relative to the file itself, so that an installation can be moved.
 file(RELATIVE_PATH pc_to_prefix "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
 string(REGEX REPLACE "/$" "" pc_to_prefix "${pc_to_prefix}")
-configure_file("${PROJECT_SOURCE_DIR}/cmake/zv-iptv-service-api.pc.in"
-    "${PROJECT_BINARY_DIR}/zv-iptv-service-api.pc" @ONLY)
-install(FILES "${PROJECT_BINARY_DIR}/zv-iptv-service-api.pc"
-    DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+foreach(name IN ITEMS zv-iptv-service-api zv-iptv-client)
+    configure_file("${PROJECT_SOURCE_DIR}/cmake/${name}.pc.in" "${PROJECT_BINARY_DIR}/${name}.pc" @ONLY)
+    install(FILES "${PROJECT_BINARY_DIR}/${name}.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+endforeach()

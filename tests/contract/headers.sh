@@ -22,11 +22,22 @@ MutexDBus.h
 Protocol.h
 ProxyDBusHelper.h
 SystemLog.h
+client/Broadcast.h
 client/ByteView.h
 client/Caption.h
 client/CaptionDecoder.h
+client/Client.h
+client/Failure.h
+client/Guide.h
+client/Language.h
+client/Pending.h
 client/PesPacket.h
+client/Player.h
+client/Programme.h
+client/Result.h
 client/Subscription.h
+client/Television.h
+client/Types.h
 EOF
 for header in "$prefix"/include/zviptv/*.h "$prefix"/include/zviptv/client/*.h; do
     name=${header#"$prefix/include/"}

@@ -37,6 +37,10 @@ may src/dbus failure glib message log
 may src/native dbus message log
 may src/proxy dbus failure message log
 may src/mpegts
+may src/client/guide
+may src/client/message
+may src/client/link dbus glib
+may src/client/calls
 may src/client/stream mpegts
 may src/client/captions mpegts
 
@@ -60,6 +64,35 @@ may tools/ctl/commands session output common
 may tools/ctl/simulator session output verbs common glib
 may tools/ctl/doctor output common glib
 may tools/ctl/trace session output trace common glib
+
+# The rooms of the client layer, which are included as "client/ROOM/...".
+client_may() {
+    local room=src/client/$1 included other
+    shift
+    [ -d "$room" ] || fail "$room is no folder"
+    clients+=" $room "
+    included=$({ grep -rhoE '#include "client/[a-z]+/' "$room" || true; } | sed 's|.*client/||; s|/$||' | sort -u)
+    for other in $included; do
+        grep -qw "$other" <<<"${room##*/} $*" || fail "$room includes client/$other"
+    done
+}
+clients=
+client_may guide
+client_may message guide
+client_may link message
+client_may calls link message
+client_may stream
+client_may captions stream
+for room in src/client/*/; do
+    [[ "$clients" == *" ${room%/} "* ]] || fail "say here what $room may include"
+done
+# It uses the library through its public headers, except for what watches a bus.
+while IFS=: read -r file name; do
+    case $name in
+    dbus/CloseWatch.h | dbus/FreeDescriptors.h | dbus/SignalSubscription.h | dbus/UserData.h) ;;
+    *) fail "$file includes $name" ;;
+    esac
+done < <(grep -roE '#include "dbus/[A-Za-z]+\.h"' src/client | sed 's/#include "//; s/"$//')
 
 for folder in $folders; do
     [[ "$checked" == *" $folder "* ]] || fail "say here what $folder may include"

@@ -29,6 +29,20 @@ if grep -E 'Proxy::|zviptv::' "$work/exported" | grep -v '^CProxyDBusHelper'; th
     exit 1
 fi
 
+# The library of the client layer.
+client=$libdir/libzv-iptv-client.so.1
+readelf -d "$client" >"$work/dynamic"
+grep -q 'SONAME.*\[libzv-iptv-client.so.1\]' "$work/dynamic"
+grep -q 'NEEDED.*\[libzv-iptv-service-api.so.1\]' "$work/dynamic"
+grep -q 'BIND_NOW' "$work/dynamic"
+grep -q 'NODELETE' "$work/dynamic"
+nm -DC --defined-only "$client" | cut -d' ' -f3- >"$work/client"
+grep -q '^zviptv::Television::Television()' "$work/client"
+if grep -vE '^zviptv::((Television|Player|Broadcast|Guide)::|ToString(\[|\()|EndWrongRead\(|operator[=!]=\()' "$work/client"; then
+    echo "exported by the client library, but declared in no header"
+    exit 1
+fi
+
 # Each is declared in the header of its class, by its name.
 sed -nE 's/^(C[A-Za-z]+)::~?([A-Za-z0-9_]+|operator=)(\[abi:cxx11\])?(\(.*)?$/\1 \2/p' "$work/exported" | sort -u >"$work/members"
 test "$(wc -l <"$work/members")" -gt 50

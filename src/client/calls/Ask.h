@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "client/calls/Reply.h"
-#include "client/calls/Request.h"
+#include "client/message/Reply.h"
+#include "client/message/Request.h"
 #include "client/link/Link.h"
 
 #include <zviptv/client/Pending.h>

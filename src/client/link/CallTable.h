@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "client/calls/Request.h"
+#include "client/message/Request.h"
 #include "client/link/Context.h"
 
 #include <zviptv/client/Result.h>

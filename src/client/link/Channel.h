@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "client/link/Endpoint.h"
+#include "client/message/Endpoint.h"
 #include "glib/Owned.h"
 
 #include <zviptv/ProxyDBusHelper.h>

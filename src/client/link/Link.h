@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "client/calls/Request.h"
+#include "client/message/Request.h"
 #include "client/link/Bus.h"
 #include "client/link/CallTable.h"
 #include "client/link/Listeners.h"

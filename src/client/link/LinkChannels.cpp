@@ -88,7 +88,7 @@ std::optional<Failure> Link::ConnectNow(EndpointId endpoint, Channel& channel, c
 
 Request Link::Introduction() const
 {
-    Request request(*this, EndpointId::PlayerControl, protocol::function::SetAppID, false);
+    Request request(EndpointId::PlayerControl, protocol::function::SetAppID, std::nullopt);
     request.Add(protocol::key::AppID, m_options.applicationId);
     return request;
 }

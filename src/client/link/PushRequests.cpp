@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "client/link/PushRequests.h"
 
-#include "client/calls/Ask.h"
+#include "client/link/Link.h"
 
 #include <cstring>
 
@@ -65,7 +65,7 @@ void PushRequests::Ask(Subject& subject)
         return;
     }
     subject.isUnderWay = true;
-    Request request(m_link, EndpointId::DataSubscriber, subject.function, true);
+    Request request(EndpointId::DataSubscriber, subject.function, m_link.HandleNumber());
     request.Add(protocol::key::On, on);
     m_link.Send(std::move(request), AnswerTimeout,
                 [this, &subject, on, forgotten = subject.wasForgotten](Result<CMessageBuffer> const& reply) {

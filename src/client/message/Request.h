@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "client/link/Endpoint.h"
+#include "client/message/Endpoint.h"
 
 #include <zviptv/MessageBuffer.h>
 #include <zviptv/client/Failure.h>
@@ -15,13 +15,12 @@
 
 namespace zviptv::client {
 
-class Link;
-
 /// A request on its way to the service: function, handle, then the arguments in their order.
 class Request
 {
 public:
-    Request(Link const& link, EndpointId endpoint, char const* function, bool hasHandle);
+    /// A request without a handle names none.
+    Request(EndpointId endpoint, char const* function, std::optional<std::uint32_t> handleNumber);
 
     template <class Value>
     void Add(char const* key, Value value)

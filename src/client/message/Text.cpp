@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "client/calls/Text.h"
+#include "client/message/Text.h"
 
 #include <zviptv/client/Result.h>
 

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "client/calls/Request.h"
+#include "client/message/Request.h"
 
 #include "client/guide/ProgrammeJson.h"
-#include "client/link/Link.h"
 
 #include <zviptv/Protocol.h>
 
@@ -10,12 +9,12 @@
 
 namespace zviptv::client {
 
-Request::Request(Link const& link, EndpointId endpoint, char const* function, bool hasHandle)
+Request::Request(EndpointId endpoint, char const* function, std::optional<std::uint32_t> handleNumber)
     : m_endpoint(endpoint), m_function(function)
 {
     m_message.AddValue(protocol::key::FunctionName, function);
-    if (hasHandle) {
-        Add(protocol::key::HandleID, link.HandleNumber());
+    if (handleNumber) {
+        Add(protocol::key::HandleID, *handleNumber);
     }
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "client/calls/Reply.h"
+#include "client/message/Reply.h"
 
 #include "client/guide/ProgrammeJson.h"
 
