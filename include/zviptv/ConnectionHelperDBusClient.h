@@ -47,10 +47,10 @@ public:
 
     /// Announces a channel as Connect does, without waiting. `completion` runs once, through the main context
     /// that is the calling thread's default, with the bus name of the endpoint. If the exchange failed, the
-    /// name is empty, and ZVGetLastFailure() says why until `completion` returns; it is ZV_FAILURE_NONE if the
-    /// service named no endpoint or if `cancellable`, which may be null, was cancelled. Returns false, and
-    /// does not run `completion`, without a connection and for a name that is not UTF-8. The object may be
-    /// destroyed before `completion` runs.
+    /// name is empty, and ZVGetLastFailure() says why until `completion` returns; it is ZV_FAILURE_NONE if
+    /// the service named no endpoint or if `cancellable`, which may be null, was cancelled. Returns false,
+    /// and does not run `completion`, without a connection and for a name that is not UTF-8. The object may
+    /// be destroyed before `completion` runs.
     bool ConnectAsync(std::string dbusname, std::string type, GCancellable* cancellable,
                       void (*completion)(std::string const& partner, void* userData), void* userData);
 

@@ -122,13 +122,13 @@ public:
 
     /// Sends a request without waiting. `completion` runs once, through the main context that is the calling
     /// thread's default. It gets the reply, or null if there is none; ZVGetLastFailure() then says why until
-    /// `completion` returns, and is ZV_FAILURE_NONE if `cancellable` was cancelled. `completion` may move from
-    /// the reply, which ends when `completion` returns.
+    /// `completion` returns, and is ZV_FAILURE_NONE if `cancellable` was cancelled. `completion` may move
+    /// from the reply, which ends when `completion` returns.
     ///
     /// `timeoutMs` is the longest wait in milliseconds; -1 is GIO's default of 25 s, INT_MAX means no limit.
-    /// `cancellable` may be null. Returns 1 if the request was sent. Returns 0, and does not run `completion`,
-    /// if the channel is not connected or the message cannot be sent, as for SendMessage. The channel may be
-    /// destroyed before `completion` runs.
+    /// `cancellable` may be null. Returns 1 if the request was sent. Returns 0, and does not run
+    /// `completion`, if the channel is not connected or the message cannot be sent, as for SendMessage. The
+    /// channel may be destroyed before `completion` runs.
     int SendAsync(CMessageBuffer& request, int timeoutMs, GCancellable* cancellable,
                   void (*completion)(CMessageBuffer* reply, void* userData), void* userData);
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "client/link/Link.h"
 #include "client/message/Reply.h"
 #include "client/message/Request.h"
-#include "client/link/Link.h"
 
 #include <zviptv/client/Pending.h>
 #include <zviptv/client/Result.h>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "client/message/Request.h"
 #include "client/link/Context.h"
+#include "client/message/Request.h"
 
 #include <zviptv/client/Result.h>
 

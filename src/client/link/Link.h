@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "client/message/Request.h"
 #include "client/link/Bus.h"
 #include "client/link/CallTable.h"
 #include "client/link/Listeners.h"
 #include "client/link/PushRequests.h"
 #include "client/link/ServiceWatch.h"
+#include "client/message/Request.h"
 
 #include <zviptv/client/Pending.h>
 #include <zviptv/client/Result.h>

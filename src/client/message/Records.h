@@ -42,6 +42,6 @@ private:
 
 /// Bytes of a record of this type.
 template <class Record>
-constexpr std::size_t RecordSize = 0;
+inline constexpr std::size_t RecordSize = 0;
 
 } // namespace zviptv::client
