@@ -90,6 +90,16 @@ class Layer:
     def words(self, value):
         return re.sub("_", " ", value.get("name").lower())
 
+    def summary(self, value):
+        """The summary, in which a flag is true or false."""
+        text = value.get("summary")
+        return text.replace("1 ", "true ", 1).replace(", 0 ", ", false ", 1) if value.get("type") == "flag" else text
+
+    def unit(self, value):
+        """The unit of a number, in brackets; a time of std::chrono has none."""
+        unit = value.get("unit")
+        return f" ({unit})" if unit and unit not in CHRONO else ""
+
     def is_hex(self, field):
         return field.get("notation") == "hex"
 
@@ -97,8 +107,8 @@ class Layer:
         """Lines on parameters and values for the comment of a function."""
         lines = []
         for value in self.inputs(function) + self.outputs(function):
-            unit = f" ({value.get('unit')})" if value.get("unit") and value.get("unit") not in CHRONO else ""
-            lines.append((value, value.get("parameter") if value.tag == "in" else self.member(value), value.get("summary") + unit))
+            name = value.get("parameter") if value.tag == "in" else self.member(value)
+            lines.append((value, name, self.summary(value) + self.unit(value)))
         inputs = [f"`{name}`: {text}." for value, name, text in lines if value.tag == "in"]
         outputs = [(name, text) for value, name, text in lines if value.tag == "out"]
         if len(outputs) == 1:

@@ -17,7 +17,7 @@ namespace zviptv {
 /// From what age a programme is suitable.
 struct ProgrammeRating
 {
-    std::string system;            ///< who rates: "FSK", "MPAA", or a country such as "DEU"
+    std::string system;            ///< rating system: "FSK", "MPAA", or a country such as "DEU"
     std::string value;             ///< the rating as the source writes it
     std::optional<int> minimumAge; ///< years; nothing if the value names no age
 };

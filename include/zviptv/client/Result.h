@@ -13,8 +13,8 @@
 
 namespace zviptv {
 
-/// Ends the process with a message on standard error that shows the failure; without one it says that there
-/// is no failure to read. What reading the wrong side of a Result does.
+/// Ends the process with a message on standard error: the program has read the value of a failed call, whose
+/// failure the message shows, or the failure of a successful one, if `failure` is null.
 [[noreturn]] ZVIPTV_API void EndWrongRead(Failure const* failure);
 
 /// The outcome of a call: a value of type T, or a Failure.

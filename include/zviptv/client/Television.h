@@ -21,9 +21,9 @@ namespace zviptv {
 /// The IPTV service of a television: calls its functions, reports whether it is there, and survives its
 /// restarts.
 ///
-/// A Television has a bus connection of its own, and several may exist in a process, also beside the objects
-/// of IPTVServiceAPI.h. It connects by itself, to the bus and to the service, whenever one of them is there
-/// again; nothing has to be created again.
+/// Each Television has a separate bus connection: several may exist in a process, also together with the
+/// objects of IPTVServiceAPI.h. It connects by itself to the bus and to the service, also after a restart of
+/// either. The application creates nothing again.
 ///
 /// Threads: a Television belongs to the main context that is the default of the thread that creates it
 /// (g_main_context_get_thread_default()). All callbacks run on the thread that iterates this context, and all

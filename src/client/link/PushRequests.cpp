@@ -41,7 +41,6 @@ void PushRequests::Forget()
 {
     for (Subject& subject : m_subjects) {
         subject.isTold = false;
-        ++subject.wasForgotten;
     }
 }
 
@@ -67,19 +66,18 @@ void PushRequests::Ask(Subject& subject)
     subject.isUnderWay = true;
     Request request(EndpointId::DataSubscriber, subject.function, m_link.HandleNumber());
     request.Add(protocol::key::On, on);
-    m_link.Send(std::move(request), AnswerTimeout,
-                [this, &subject, on, forgotten = subject.wasForgotten](Result<CMessageBuffer> const& reply) {
-                    OnAnswer(subject, on, forgotten, reply ? nullptr : &reply.GetFailure());
-                });
+    m_link.Send(std::move(request), AnswerTimeout, [this, &subject, on](Result<CMessageBuffer> const& reply) {
+        OnAnswer(subject, on, reply ? nullptr : &reply.GetFailure());
+    });
 }
 
-void PushRequests::OnAnswer(Subject& subject, bool on, unsigned forgotten, Failure const* failure)
+void PushRequests::OnAnswer(Subject& subject, bool on, Failure const* failure)
 {
     subject.isUnderWay = false;
     if (failure == nullptr) {
         subject.isReported = false;
-        subject.isTold = on && subject.wasForgotten == forgotten;
-        Ask(subject); // for what has changed meanwhile
+        subject.isTold = on; // the loss of this service would have been noticed later
+        Ask(subject);        // for what has changed meanwhile
         return;
     }
     if (!on) {

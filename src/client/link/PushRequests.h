@@ -37,12 +37,11 @@ private:
         bool isWanted = false;
         bool isTold = false; ///< the service has been asked to push, and not to stop
         bool isUnderWay = false;
-        unsigned wasForgotten = 0; ///< how often
-        bool isReported = false;   ///< the application knows that it fails
+        bool isReported = false; ///< the application knows that it fails
     };
 
     void Ask(Subject& subject);
-    void OnAnswer(Subject& subject, bool on, unsigned forgotten, Failure const* failure);
+    void OnAnswer(Subject& subject, bool on, Failure const* failure);
 
     Link& m_link;
     bool m_isEnded = false;

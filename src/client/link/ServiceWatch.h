@@ -10,9 +10,9 @@
 
 namespace zviptv::client {
 
-/// Reports who owns the name of the service, at first and whenever that changes, and the end of the
-/// connection. Ends with its owner. Everything runs through the main context that is the default of the
-/// thread that made it.
+/// Reports the owner of the service's name, at first and after each change, and the end of the connection.
+/// Ends with its owner. Everything runs through the main context that is the default of the thread that made
+/// it.
 class ServiceWatch
 {
 public:
