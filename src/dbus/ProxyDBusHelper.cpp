@@ -77,7 +77,6 @@ void zviptv::ChannelAccess::Begin(CProxyDBusHelper& channel, std::string name,
     state.m_node_info.reset(g_dbus_node_info_new_for_xml(CProxyDBusHelper::INTERFACE_XML, nullptr));
     WriteLog(ZV_LOG_INFO, where, "XML parsed");
     state.m_object_name = std::string(CProxyDBusHelper::PROXY_DBUS_HELPER_OBJ_NAME) + "/" + state.m_name;
-
     WriteLog(ZV_LOG_INFO, where, "Getting connection to DBUS");
     Error error;
     state.m_connection = connect(error);
@@ -90,7 +89,6 @@ void zviptv::ChannelAccess::Begin(CProxyDBusHelper& channel, std::string name,
     char const* const uniqueName = g_dbus_connection_get_unique_name(state.m_connection.get());
     state.m_unique_name = uniqueName == nullptr ? "" : uniqueName;
     WriteLog(ZV_LOG_INFO, where, "Working with unique name %s", state.m_unique_name.c_str());
-
     WriteLog(ZV_LOG_INFO, where, "Registering Object and Interface on path %s", state.m_object_name.c_str());
     if (!IsObjectPath(state.m_object_name)) {
         error.Set(G_IO_ERROR_INVALID_ARGUMENT, "The channel's name makes no object path that the bus takes");
