@@ -2,22 +2,65 @@
 #include <zviptv/client/Television.h>
 
 #include "client/link/Link.h"
+#include "client/stream/PushHub.h"
 
 #include <zviptv/IPTVTypes.h>
+#include <zviptv/Protocol.h>
 
 namespace zviptv {
+
+namespace {
+
+/// The way of subscriptions to the service. Callbacks may destroy it with the television.
+class PushesOfLink : public client::PushLink
+{
+public:
+    explicit PushesOfLink(std::shared_ptr<client::Link> link) : m_link(std::move(link)) {}
+
+    void Request(client::PushKind kind, bool on) override
+    {
+        namespace function = protocol::function;
+        m_link->Pushes().Want(
+            kind == client::PushKind::Pes ? function::RequestPESCB : function::RequestCaptionCB, on);
+    }
+    void ReportUnreadable(char const* function, char const* key, std::string const& message) override
+    {
+        m_link->Report({FailureKind::MalformedReply, function, key, "", message});
+    }
+    void Guard(char const* function, std::function<void()> const& code) override
+    {
+        auto const link = m_link; // the code may end this object
+        link->Guard(function, code);
+    }
+
+private:
+    std::shared_ptr<client::Link> m_link;
+};
+
+/// The message as the subscriptions read it. Packets keep it alive.
+client::Push PushOf(CMessageBuffer&& message)
+{
+    auto const owner = std::make_shared<CMessageBuffer const>(std::move(message));
+    return {owner, [message = owner.get()](char const* key) { return message->GetView(key); }};
+}
+
+} // namespace
 
 struct Television::Parts
 {
     explicit Parts(client::LinkOptions options)
-        : link(std::make_shared<client::Link>(std::move(options))), player(link), broadcast(link), guide(link)
+        : link(std::make_shared<client::Link>(std::move(options))), player(link), broadcast(link),
+          guide(link), pushes(link), hub(std::make_shared<client::PushHub>(pushes))
     {
+        link->SetPushHandler([hub = hub](CMessageBuffer& message) { hub->Take(PushOf(std::move(message))); });
     }
 
     std::shared_ptr<client::Link> link;
     zviptv::Player player;
     zviptv::Broadcast broadcast;
     zviptv::Guide guide;
+    PushesOfLink pushes;
+    std::shared_ptr<client::PushHub> hub;
 };
 
 Television::Television() : Television(Options()) {}
@@ -33,6 +76,7 @@ Television::Television(Options options)
 
 Television::~Television()
 {
+    m_parts->hub->Close();
     m_parts->link->End();
 }
 
@@ -49,6 +93,16 @@ Listener Television::OnAvailability(std::function<void(bool isAvailable)> listen
 void Television::OnError(std::function<void(Failure const&)> handler)
 {
     m_parts->link->SetErrorHandler(std::move(handler));
+}
+
+Subscription Television::SubscribePes(PesFilter filter, std::function<void(PesPacket const&)> callback)
+{
+    return m_parts->hub->Add(std::move(filter), std::move(callback));
+}
+
+Subscription Television::SubscribeCaptions(std::function<void(CaptionData const&)> callback)
+{
+    return m_parts->hub->Add(std::move(callback));
 }
 
 Player& Television::Player()

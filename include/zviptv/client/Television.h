@@ -10,6 +10,7 @@
 #include <zviptv/client/Pending.h>
 #include <zviptv/client/Player.h>
 #include <zviptv/client/Result.h>
+#include <zviptv/client/Subscription.h>
 
 #include <cstdint>
 #include <functional>
@@ -75,6 +76,15 @@ public:
     /// exceptions of callbacks. Replaces the former handler; null for none. What the handler itself throws is
     /// ignored.
     void OnError(std::function<void(Failure const&)> handler);
+
+    /// Calls `callback` with each PES packet that the service pushes and that passes the filter, until the
+    /// subscription ends. There may be any number of subscriptions: the service is asked to push while there
+    /// is at least one, and again after a restart.
+    Subscription SubscribePes(PesFilter filter, std::function<void(PesPacket const&)> callback);
+
+    /// The same for the data of captions, which the service pushes apart from PES packets. CaptionDecoder
+    /// makes texts of them.
+    Subscription SubscribeCaptions(std::function<void(CaptionData const&)> callback);
 
     /// Any thread may call these, and use what they return as long as the Television lives.
     zviptv::Player& Player();
