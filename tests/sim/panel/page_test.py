@@ -78,6 +78,12 @@ class Shows(PageTest):
         count = wait_for(sent)
         wait_for(lambda: sent() not in (None, count))
 
+    def test_the_program_of_an_application_without_subscription(self):
+        application = Application(self.simulator.bus)
+        self.addCleanup(application.connection.close_sync)
+        wait_for(lambda: "player control" in self.text("application-list"))
+        wait_for(lambda: application.ask_often(2) or "python3" in self.text("application-list"), "the name of the program")
+
     def test_a_page_too_many(self):
         head = (f"GET {self.simulator.root}api/events HTTP/1.1\r\nHost: 127.0.0.1:{self.simulator.port}\r\n"
                 "Connection: Upgrade\r\nUpgrade: websocket\r\nSec-WebSocket-Version: 13\r\n"
@@ -244,6 +250,15 @@ class Fits(PageTest):
         places = self.driver.execute_script("""return [...document.querySelectorAll('.lane b')].map(
             head => [head.getBoundingClientRect().left, head.getBoundingClientRect().right])""")
         self.assertTrue(all(right <= left for (_, right), (left, _) in zip(places, places[1:])), places)
+
+    def test_texts_of_pressed_buttons_fit(self):
+        cut = self.driver.execute_script("""return [...document.querySelectorAll('.toggle')].filter(button => {
+            button.setAttribute('aria-pressed', 'true');
+            const text = document.createRange();
+            text.selectNodeContents(button);
+            return text.getBoundingClientRect().width > button.clientWidth;
+        }).map(button => button.textContent)""")
+        self.assertEqual(cut, [])
 
     def test_fields_show_what_is_in_them(self):
         cut = self.driver.execute_script("""return ['load', 'programme', 'fault-message', 'filter-application'].filter(id => {

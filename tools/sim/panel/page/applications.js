@@ -27,7 +27,7 @@ function item(application) {
 }
 
 export function startApplications() {
-  watch(["Applications", "Subscribers"], () => setChildren(byId("application-list"),
+  watch(["Applications", "Subscribers", "PanelApplications"], () => setChildren(byId("application-list"),
     ...(state.Applications.length === 0 ? [make("li", { class: "quiet" }, "none connected")]
       : state.Applications.map(item))));
   watch(["Sent", "Dropped"], () => setText(byId("totals"),

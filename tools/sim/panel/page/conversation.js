@@ -4,7 +4,7 @@
 import { byId, make, setChildren, setText } from "./dom.js";
 import { showDetails } from "./details.js";
 import { describe, isFailure } from "./messages.js";
-import { watch } from "./store.js";
+import { update, watch } from "./store.js";
 
 export const mostMessages = 10000;
 const rowHeight = 26;
@@ -69,6 +69,7 @@ function note({ application, name, program, process }) {
   if (!known || (name && known.name !== name) || (program && known.program !== program)) {
     applications.set(application, { name: name || known?.name, program: program || known?.program, process });
     showApplications();
+    update({ PanelApplications: applications });
   }
 }
 

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // What the page knows of the television, and who is told when it changes.
 
-/** The properties of the control interface by name, as the simulator reported them last. */
+/** The properties of the control interface by name, as the simulator reported them last. Those that begin with "Panel" are
+ *  of the page only. */
 export const state = {};
 
 const watchers = [];
