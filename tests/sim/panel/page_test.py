@@ -161,6 +161,32 @@ class Steers(PageTest):
         self.driver.find_element("css selector", "[data-words=reset]").click()
         self.becomes("Speed", 1.0)
 
+    def submit(self, form):
+        self.driver.find_element("css selector", f"{form} button").click()
+
+    def test_input_programme_and_clock(self):
+        copy = Path(self.simulator.folder.name, "copy.ts")
+        copy.symlink_to(SAMPLE.resolve())
+        self.type("load", str(copy))
+        self.submit("[data-verb=load]")
+        self.becomes("Input", str(copy))
+        self.click("record")  # which takes what the simulator has accepted
+        self.submit("[data-verb=programme]")
+        wait_for(lambda: " programme 1\n" in self.text("recording") + "\n")
+        self.driver.execute_script("document.getElementById('time').value = '2026-03-29T01:00:00'")
+        self.submit("#time-form")
+        wait_for(lambda: 1774746000 <= self.status()["GuideTime"] < 1774746100)
+
+    def test_restart_and_quit(self):
+        self.driver.find_element("css selector", "[data-words=restart]").click()
+        wait_for(lambda: "the service has gone" in self.text("rows"))
+        wait_for(lambda: self.text("service") == "running")
+        self.driver.find_element("css selector", "[data-words=quit]").click()
+        self.driver.switch_to.alert.accept()
+        self.assertEqual(self.simulator.process.wait(PATIENCE), 0)
+        self.driver.get("about:blank")
+        self.driver.get_log("browser")
+
     def test_faults(self):
         self.type("fault-message", "MuteAudio")
         self.driver.execute_script("const k=document.getElementById('fault-kind');k.value='result';k.dispatchEvent(new Event('change'))")
@@ -285,7 +311,7 @@ class Converses(PageTest):
             self.simulator.ctl(*words)
         self.simulator.ctl("sim", "fault", "add", "GetTTX=error")
         self.simulator.ctl("call", "GetTTX", "0")
-        for pattern in ("MuteAudio onoff=true", "✓", "✗ refused", "PESCB 0x01", "announces playercontrol",
+        for pattern in ("MuteAudio onoff=true", "✓", "✗ refused", " µs", "PESCB 0x01", "announces playercontrol",
                         "has left the bus", "✗ org.corvel.zviptvapi.Error.Injected", "zviptvctl :1."):
             self.type_filter("")
             wait_for(lambda: self.anywhere(pattern), pattern)
@@ -301,6 +327,22 @@ class Converses(PageTest):
         self.type_filter("")
         self.element("filter-failures").click()
         wait_for(lambda: self.rows() and all("✗" in row for row in self.rows()))
+        colours = self.driver.execute_script("""return [...document.querySelectorAll('.message:not([hidden]) .says')].map(
+            row => getComputedStyle(row).color)""")
+        self.assertEqual(set(colours), {"rgb(179, 38, 30)"})
+
+    def test_shows_one_application(self):
+        applications = [Application(self.simulator.bus) for _ in range(2)]
+        for application in applications:
+            self.addCleanup(application.connection.close_sync)
+            application.ask_often(1)
+        wait_for(lambda: sum("MuteAudio" in row for row in self.rows()) == 2)
+        self.driver.execute_script("const f=document.getElementById('filter-application');f.value=arguments[0];"
+                                   "f.dispatchEvent(new Event('change'))", applications[1].connection.get_unique_name())
+        wait_for(lambda: sum("MuteAudio" in row for row in self.rows()) == 1)
+        lanes = self.driver.execute_script("return [...document.querySelectorAll('.lane')].map(e => e.title)")
+        self.assertEqual(len(lanes), 2)
+        self.assertIn(applications[1].connection.get_unique_name(), lanes[1])
 
     def type_filter(self, text):
         self.driver.execute_script("const f=document.getElementById('filter-text');f.value=arguments[0];"

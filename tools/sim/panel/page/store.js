@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // What the page knows of the television, and who is told when it changes.
 
-/** The properties of the control interface by name, as the simulator reported them last. Those that begin with "Panel" are
- *  of the page only. */
+/** The properties of the control interface by name, as the simulator reported them last. Those whose names begin with
+ *  "Panel" belong to the panel. */
 export const state = {};
 
 const watchers = [];
