@@ -5,10 +5,13 @@ include(CMakePackageConfigHelpers)
 
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/ZvIptvServiceApi")
 
-# Only the two libraries are exported: their parts and the libraries that they link are private.
-install(TARGETS ServiceApi Client EXPORT ZvIptvServiceApiTargets)
+# Only the two libraries are exported: their parts and the libraries that they link are private. Each has a separate
+# file, since the client layer may be missing.
+foreach(name IN ITEMS ServiceApi Client)
+    install(TARGETS ${name} EXPORT ZvIptv${name}Targets)
+    install(EXPORT ZvIptv${name}Targets NAMESPACE ZvIptv:: DESTINATION "${package_dir}")
+endforeach()
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/zviptv" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
-install(EXPORT ZvIptvServiceApiTargets NAMESPACE ZvIptv:: DESTINATION "${package_dir}")
 
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/ZvIptvServiceApiConfigVersion.cmake"
     COMPATIBILITY SameMajorVersion)

@@ -1,6 +1,6 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# Builds library and tools for another architecture and tests them, in QEMU if this machine cannot run them:
+# Builds the libraries and tools for another architecture and tests them, in QEMU if this machine cannot run them:
 # cross.sh ARCHITECTURE PACKAGE...
 # PACKAGE... are the packages of the sysroot. All files are in build/cross/ARCHITECTURE.
 set -euo pipefail
@@ -22,7 +22,7 @@ quietly() {
 
 # The test programs that run alone or beside a dbus-daemon of this machine.
 programs=(message_tests dbus_tests native_tests proxy_tests log_tests support_tests
-    mpegts_tests sim_stream_tests sim_guide_tests sim_unit_tests)
+    client_tests client_stream_tests caption_tests mpegts_tests sim_stream_tests sim_guide_tests sim_unit_tests)
 
 # leave_out REASON NAME...: leaves out the tests whose names begin so.
 names=() reasons=()
@@ -68,7 +68,7 @@ say "Building: $architecture"
 quietly "$folder/configure.log" cmake -S "$root" -B "$build" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$root/cmake/cross.cmake" \
     -DZVIPTV_CROSS="$architecture" -DZVIPTV_SYSROOT="$folder/sysroot" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
     -DZVIPTV_WERROR=ON -DZVIPTV_TOOLS=ON -DZVIPTV_BENCH=OFF -DBUILD_TESTING=ON
-cmake --build "$build" -j "$jobs" --target ServiceApi zviptv-sim zviptvctl fuzz_targets "${programs[@]}"
+cmake --build "$build" -j "$jobs" --target ServiceApi Client zviptv-sim zviptvctl fuzz_targets "${programs[@]}"
 
 say "Testing: $architecture, $how"
 ctest --test-dir "$build" -j $((jobs * 2)) --output-on-failure \

@@ -134,6 +134,7 @@ done
 as "$tester" zviptvctl status
 as "$tester" zviptvctl caption --count 1
 zviptvctl call MuteAudio false # root may
+. "$here/client.sh"
 
 step "nobody is refused, as a caller and as the service"
 status=0

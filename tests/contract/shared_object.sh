@@ -42,6 +42,10 @@ if grep -vE '^zviptv::((Television|Player|Broadcast|Guide|Subscription|PesPacket
     echo "exported by the client library, but declared in no header"
     exit 1
 fi
+if grep -E '::(State|Parts)(::|$)' "$work/client"; then
+    echo "exported by the client library, but private"
+    exit 1
+fi
 
 # Each is declared in the header of its class, by its name.
 sed -nE 's/^(C[A-Za-z]+)::~?([A-Za-z0-9_]+|operator=)(\[abi:cxx11\])?(\(.*)?$/\1 \2/p' "$work/exported" | sort -u >"$work/members"

@@ -27,7 +27,7 @@ bool Clears(std::vector<std::uint8_t> const& text)
 
 } // namespace
 
-struct AribCaptionDecoder::State
+struct __attribute__((visibility("hidden"))) AribCaptionDecoder::State
 {
     explicit State(Profile coding) : profile(coding), instance(arib_instance_new(nullptr)) {}
 

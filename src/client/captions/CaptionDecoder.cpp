@@ -19,7 +19,7 @@ void Append(std::vector<Caption>& all, std::vector<Caption> more, std::optional<
 
 } // namespace
 
-struct CaptionDecoder::State
+struct __attribute__((visibility("hidden"))) CaptionDecoder::State
 {
     using Pid = std::optional<std::uint16_t>; ///< nothing for data without one
 

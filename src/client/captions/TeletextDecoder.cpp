@@ -55,7 +55,7 @@ int Hexadecimal(unsigned page)
 } // namespace
 
 /// libzvbi gets the wanted pages alone, each as its only subpage: it keeps all that it is given.
-struct TeletextDecoder::State
+struct __attribute__((visibility("hidden"))) TeletextDecoder::State
 {
     struct Open
     {
