@@ -105,6 +105,11 @@ Subscription Television::SubscribeCaptions(std::function<void(CaptionData const&
     return m_parts->hub->Add(std::move(callback));
 }
 
+std::shared_ptr<client::Link> Television::GetLink() const
+{
+    return m_parts->link;
+}
+
 Player& Television::Player()
 {
     return m_parts->player;

@@ -35,6 +35,7 @@ client/PesPacket.h
 client/Player.h
 client/Programme.h
 client/Result.h
+client/StateWatcher.h
 client/Subscription.h
 client/Television.h
 client/Types.h

@@ -41,6 +41,7 @@ may src/client/guide
 may src/client/message
 may src/client/link dbus glib
 may src/client/calls
+may src/client/state
 may src/client/stream mpegts
 may src/client/captions mpegts
 

@@ -15,6 +15,7 @@
 #include <zviptv/client/Player.h>
 #include <zviptv/client/Programme.h>
 #include <zviptv/client/Result.h>
+#include <zviptv/client/StateWatcher.h>
 #include <zviptv/client/Subscription.h>
 #include <zviptv/client/Television.h>
 #include <zviptv/client/Types.h>

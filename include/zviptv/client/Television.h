@@ -92,6 +92,9 @@ public:
     zviptv::Guide& Guide();
 
 private:
+    friend class StateWatcher;
+    std::shared_ptr<client::Link> GetLink() const;
+
     struct Parts;
     std::unique_ptr<Parts> m_parts;
 };

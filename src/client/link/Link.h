@@ -41,6 +41,7 @@ public:
     /// Ends all calls with FailureKind::Gone, or what they were to end with, and closes the connection. No
     /// callback runs afterwards.
     void End();
+    bool IsEnded() const { return m_isEnded; }
 
     /// Any thread.
     std::uint32_t HandleNumber() const { return m_options.handleNumber; }

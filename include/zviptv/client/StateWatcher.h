@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: MIT
+/// @file
+/// Reports what changes on a television.
+
+#pragma once
+
+#include <zviptv/Export.h>
+#include <zviptv/client/Programme.h>
+#include <zviptv/client/Types.h>
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace zviptv {
+
+class Television;
+namespace client {
+class StateWatch;
+}
+
+/// The state of a television. A list is empty, and any other value missing, if the service refuses to report
+/// it or has not answered yet.
+struct TelevisionState
+{
+    std::optional<SourceState> source;       ///< state of the source that is played
+    std::vector<AudioTrack> audioTracks;     ///< the audio tracks, in the order of Broadcast::GetAudio
+    std::vector<Subtitle> subtitles;         ///< the subtitles, in the order of Broadcast::GetHybridSBT
+    std::vector<TeletextPage> pages;         ///< the teletext pages, in the order of Broadcast::GetTTX
+    std::vector<IsdbText> captions;          ///< the ISDB captions, in the order of Broadcast::GetISDBText
+    std::vector<IsdbText> superimposes;      ///< the ISDB superimposed texts, in the same order
+    std::optional<std::int32_t> audio;       ///< selected element of `audioTracks`
+    std::optional<std::int32_t> subtitle;    ///< selected element of `subtitles`
+    std::optional<std::int32_t> page;        ///< selected element of `pages`
+    std::optional<std::int32_t> caption;     ///< selected element of `captions`
+    std::optional<std::int32_t> superimpose; ///< selected element of `superimposes`
+    std::optional<bool> programmeLock; ///< whether the present programme is locked because of its rating
+    std::optional<bool> serviceLock;   ///< whether the present service is locked
+    std::optional<Programme> present;  ///< the programme that is on; needs StateOptions::serviceId
+};
+
+ZVIPTV_API bool operator==(TelevisionState const& left, TelevisionState const& right);
+inline bool operator!=(TelevisionState const& left, TelevisionState const& right)
+{
+    return !(left == right);
+}
+
+/// A change of one value of TelevisionState. Use the names below: `SourceChange`, `AudioChange`.
+template <auto Value>
+struct StateChange;
+
+template <class T, T TelevisionState::*Value>
+struct StateChange<Value>
+{
+    T before;
+    T after;
+};
+
+using SourceChange = StateChange<&TelevisionState::source>;
+using AudioTracksChange = StateChange<&TelevisionState::audioTracks>;
+using SubtitlesChange = StateChange<&TelevisionState::subtitles>;
+using TeletextPagesChange = StateChange<&TelevisionState::pages>;
+using CaptionsChange = StateChange<&TelevisionState::captions>;
+using SuperimposesChange = StateChange<&TelevisionState::superimposes>;
+using AudioChange = StateChange<&TelevisionState::audio>;
+using SubtitleChange = StateChange<&TelevisionState::subtitle>;
+using TeletextPageChange = StateChange<&TelevisionState::page>;
+using CaptionChange = StateChange<&TelevisionState::caption>;
+using SuperimposeChange = StateChange<&TelevisionState::superimpose>;
+using ProgrammeLockChange = StateChange<&TelevisionState::programmeLock>;
+using ServiceLockChange = StateChange<&TelevisionState::serviceLock>;
+using ProgrammeChange = StateChange<&TelevisionState::present>;
+
+/// What a StateWatcher reports: the whole state first, then one event for each value that has changed.
+using StateEvent =
+    std::variant<TelevisionState, SourceChange, AudioTracksChange, SubtitlesChange, TeletextPagesChange,
+                 CaptionsChange, SuperimposesChange, AudioChange, SubtitleChange, TeletextPageChange,
+                 CaptionChange, SuperimposeChange, ProgrammeLockChange, ServiceLockChange, ProgrammeChange>;
+
+/// One line for people: "audio track: 0 -> 1". The whole state has all its values, separated by "; ".
+ZVIPTV_API std::string ToString(StateEvent const& event);
+
+/// How a television is watched.
+struct StateOptions
+{
+    /// The time from the start of one round of questions to the start of the next. A round that takes longer
+    /// delays the next one. Less than 1 ms counts as 1 ms.
+    std::chrono::milliseconds interval{1000};
+    /// The service in the guide whose present programme is watched. Without it, no programme is.
+    std::optional<std::uint64_t> serviceId;
+};
+
+/// Reports changes of a television's state: the source, the tracks, the selections, the locks and the present
+/// programme.
+///
+/// The service does not report changes, so the watcher asks for everything at an interval, with asynchronous
+/// calls. It never starts a round of questions before the former one has ended. While the service is away
+/// nothing is reported; when it is back, the next round reports what has become different.
+///
+/// Threads: for the thread that iterates the Television's context, on which the callback runs. Creating a
+/// watcher does not wait. Lifetime: it may be destroyed inside its own callback, after which no event comes.
+/// It may outlive the Television, which ends it.
+///
+/// Errors: a question that the service refuses has no value. After any other failure the value stays as it
+/// was, and the failure is reported to Television::OnError, once until the question is answered again.
+class ZVIPTV_API StateWatcher
+{
+public:
+    /// Watches nothing.
+    StateWatcher();
+    /// Starts to watch. `callback` gets the events of each round, in the order of StateEvent.
+    StateWatcher(Television& television, StateOptions options,
+                 std::function<void(StateEvent const&)> callback);
+    ~StateWatcher();
+    StateWatcher(StateWatcher&& other) noexcept;
+    StateWatcher& operator=(StateWatcher&& other) noexcept;
+
+    /// The latest state; a state without values before the first event.
+    TelevisionState const& State() const;
+
+    /// Asks again as soon as possible instead of after the interval: for use after a call that changes the
+    /// state.
+    void Refresh();
+
+private:
+    std::shared_ptr<client::StateWatch> m_watch;
+};
+
+} // namespace zviptv
