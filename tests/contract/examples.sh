@@ -36,3 +36,36 @@ diff "$work/service" - <<'EOF'
 muted
 unmuted
 EOF
+
+# The same application with the client layer and without it: both print the same, also after a restart of the service,
+# and the first one is at most half as long.
+for variant in with_layer without_layer; do
+    # shellcheck disable=SC2046
+    "$CXX" -std=c++17 -Wall -Wextra -Wpedantic -Werror ${sanitize:+"$sanitize"} "$root/examples/comparison/$variant.cpp" \
+        -o "$work/$variant" $(PKG_CONFIG_PATH="$libdir/pkgconfig" pkg-config --cflags --libs zv-iptv-client glib-2.0 jsoncpp)
+    : >"$work/$variant.txt"
+    timeout 120 "$work/$variant" >"$work/$variant.txt" &
+    application=$!
+    for run in 1 2; do
+        zviptv-sim --bus system --quiet --ts "$root/samples/sample.ts" --loop --guide "$root/samples/sample.xml" \
+            --time 1774735200 &
+        service=$!
+        until [ "$(grep -c '^packet' "$work/$variant.txt")" = $((run * 3)) ] &&
+            [ "$(grep -c '^muted' "$work/$variant.txt")" = "$run" ]; do
+            kill -0 "$application"
+            sleep 0.1
+        done
+        kill -KILL "$service"
+        until [ "$(grep -c '^no service' "$work/$variant.txt")" = "$run" ]; do
+            kill -0 "$application"
+            sleep 0.1
+        done
+    done
+    kill "$application"
+done
+diff <(sort "$work/with_layer.txt") <(sort "$work/without_layer.txt")
+diff <(grep -v packet "$work/with_layer.txt") <(grep -v packet "$work/without_layer.txt")
+with=$(wc -l <"$root/examples/comparison/with_layer.cpp")
+without=$(wc -l <"$root/examples/comparison/without_layer.cpp")
+echo "$with lines with the client layer, $without without it"
+test $((2 * with)) -le "$without"

@@ -82,6 +82,7 @@ client_may guide
 client_may message guide
 client_may link message
 client_may calls link message
+client_may state link
 client_may stream
 client_may captions stream
 for room in src/client/*/; do
