@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: MIT
 """Runs all benchmarks of a build, prints their tables and draws their pictures.
 
-Everything is written to the folder of the build: results.json, summary.json, tables.md and the pictures. --docs also
-puts the tables into docs/explanation/performance.md, and the summary and the pictures into the folder beside it.
+Writes results.json, summary.json, tables.md and the pictures to the folder of the build. --docs also writes the tables
+into docs/explanation/performance.md, and the summary and the pictures into docs/explanation/performance.
 """
 
 import argparse
@@ -37,34 +37,34 @@ def run_inprocess(build, out, quick):
             "heap": encoding.heap_by_name(json.loads((out / "inprocess-allocations.json").read_text()))}
 
 
-def refuse_what_nobody_can_measure_again():
+def refuse_what_cannot_be_repeated():
     if not machine.is_committed():
-        sys.exit("What is measured is not what was committed: commit it first, so that the page can say what it is of. "
-                 "Without --docs it is measured all the same.")
+        sys.exit("cannot update the page: the sources have uncommitted changes, so the page could not name their "
+                 "revision; commit them first, or measure without --docs")
     if reason := processes.why_no_journal():
-        sys.exit(f"The page also says what the system's log costs, which {reason}.")
+        sys.exit(f"cannot update the page: measuring the cost of the system's log {reason}")
 
 
 def refuse_when_busy():
-    """There is no way to force it: what a busy machine finds is no figure."""
-    print("Waiting for the machine to come to rest, for at most two minutes", file=sys.stderr, flush=True)
+    """No option overrides this: the figures of a busy machine are not reliable."""
+    print("Waiting until the machine is idle, for at most two minutes", file=sys.stderr, flush=True)
     load = machine.busy(120)
     if load is not None:
-        sys.exit(f"The load is {load:.1f}, more than half of the {os.cpu_count()} processors: what this machine would "
-                 "find now is nothing to write down. Let it come to rest; without --docs it is measured all the same.")
+        sys.exit(f"cannot update the page: the load of {load:.1f} exceeds half of the {os.cpu_count()} processors; "
+                 "wait until the machine is idle, or measure without --docs")
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("build", type=pathlib.Path, help="the folder of the build")
-    parser.add_argument("--quick", action="store_true", help="a look within a minute: short blocks, and few")
-    parser.add_argument("--docs", action="store_true", help="takes the figures into docs/explanation/performance.md")
+    parser.add_argument("--quick", action="store_true", help="measures for a minute, too short for figures to quote")
+    parser.add_argument("--docs", action="store_true", help="updates docs/explanation/performance.md")
     options = parser.parse_args()
     if options.quick and options.docs:
-        parser.error("what --quick finds is nothing to write down")
+        parser.error("--docs cannot be used with --quick, whose figures are not reliable")
     if options.docs:
         report.check(report.PAGE)
-        refuse_what_nobody_can_measure_again()
+        refuse_what_cannot_be_repeated()
         refuse_when_busy()
     out = options.build
     results = {"machine": machine.describe(options.build), "quick": options.quick,

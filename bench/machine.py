@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""What was measured on: the figures are worth nothing without it."""
+"""Describes the machine, without which the figures mean nothing."""
 
 import os
 import pathlib
@@ -25,8 +25,8 @@ def version(package):
 
 
 def busy(patience):
-    """The load if it stays above half of the processors for that many seconds, in which a build's has time to fall; None
-    if it does not."""
+    """The load, if it stays above half of the processors for `patience` seconds, which the load of a finished build
+    does not; otherwise None."""
     end = time.monotonic() + patience
     while (load := os.getloadavg()[0]) > os.cpu_count() / 2:
         if time.monotonic() > end:
@@ -36,13 +36,13 @@ def busy(patience):
 
 
 def revision():
-    """The commit that is measured; it ends in -dirty when something else is."""
+    """The measured commit; ends in -dirty if the sources have uncommitted changes."""
     git = shutil.which("git")
     if git is None:
-        return "not told: git is not installed"
+        return "unknown: git is not installed"
     run = subprocess.run([git, "-c", "safe.directory=*", "-C", ROOT, "describe", "--always", "--dirty"],
                          capture_output=True, text=True, check=False)
-    return run.stdout.strip() or "not told: no checkout"
+    return run.stdout.strip() or "unknown: not a git checkout"
 
 
 def is_committed():
@@ -50,7 +50,7 @@ def is_committed():
 
 
 def compiler(build):
-    """The one that the build's programs were made by."""
+    """The compiler of the build."""
     cache = pathlib.Path(build, "CMakeCache.txt").read_text()
     path = re.search(r"^CMAKE_CXX_COMPILER:\w+=(.+)$", cache, re.MULTILINE)[1]
     return subprocess.run([path, "--version"], capture_output=True, text=True, check=True).stdout.splitlines()[0]

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""The page's figures are those of the summary beside it; none is typed by hand."""
+"""Checks that the figures of the page are those of its summary: none is typed by hand."""
 
 import json
 import unittest
@@ -10,14 +10,14 @@ import summary
 
 
 class Page(unittest.TestCase):
-    def test_has_the_tables_of_the_committed_summary(self):
+    def test_contains_the_tables_of_the_committed_summary(self):
         results = json.loads((report.PAGE.with_suffix("") / "summary.json").read_text())
         made = report.blocks(results)
         for name, text in report.filled(report.PAGE).items():
             self.assertEqual(text, made.pop(name), name)
-        self.assertEqual(made, {}, "a table without a place in the page")
+        self.assertEqual(made, {}, "a table without a block in the page")
 
-    def test_is_of_a_whole_run_on_what_was_committed(self):
+    def test_comes_from_a_complete_run_of_a_committed_revision(self):
         results = json.loads((report.PAGE.with_suffix("") / "summary.json").read_text())
         self.assertFalse(results["quick"])
         self.assertEqual(results, summary.of(results))

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""The pictures that the results make, drawn by gnuplot."""
+"""Draws the pictures of the results with gnuplot."""
 
 import pathlib
 import subprocess
@@ -32,7 +32,7 @@ def gnuplot(file, script, height=420):
 
 
 def draw_calls(bus, file):
-    """The distribution of all calls, up to where the slowest thousandth begins."""
+    """The distribution of all calls, without the slowest thousandth."""
     script = ("set multiplot layout 1,2\nset logscale x\nset xrange [10:10000]\nset xlabel \"µs\"\nset yrange [0:1]\n"
               "set ylabel \"share of the calls\"\nset key inside bottom right\n")
     for method, title in METHODS.items():
@@ -62,7 +62,7 @@ def draw_callbacks(bus, file):
     rows = [(count, *(one[figure][value] / 1e3 for figure in ("wall", "cpu") for value in ("median", "low", "high")))
             for count, one in bus["callbacks"]["callbacks"].items()]
     return gnuplot(file, data("callbacks", rows) + "set logscale x 2\nset yrange [0:*]\nset xlabel \"callbacks\"\n"
-                   "set ylabel \"µs a packet of 4 KiB\"\n"
+                   "set ylabel \"µs per packet of 4 KiB\"\n"
                    "plot $callbacks using 1:2:3:4 with yerrorlines lw 2 title \"from packet to packet\", "
                    "$callbacks using 1:5:6:7 with yerrorlines lw 2 title \"processor time\"\n", 340)
 
@@ -82,7 +82,7 @@ def draw_inprocess(times, folder):
 
 
 def draw(results, folder):
-    """All pictures, into the folder; their files."""
+    """Draws all pictures into the folder. Returns their files."""
     pictures = {"calls": draw_calls, "pushes": draw_pushes, "callbacks": draw_callbacks, "growth": draw_growth}
     return [*(picture(results["bus"], folder / f"{name}.svg") for name, picture in pictures.items()),
             *draw_inprocess(results["inprocess"]["times"], folder)]

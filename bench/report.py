@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
 """The tables of the results, as text or filled into the marked blocks of a page.
 
-A block is what stands between <!-- figures: NAME --> and <!-- end of figures -->.
+A block begins with <!-- figures: NAME --> and ends with <!-- end of figures -->.
 """
 
 import functools
@@ -34,17 +34,17 @@ def blocks(results):
 
 
 def text(results):
-    note = "A quick look: too short for figures to quote.\n\n" if results["quick"] else ""
+    note = "A quick run: too short for figures to quote.\n\n" if results["quick"] else ""
     return note + "\n\n".join(blocks(results).values()) + "\n"
 
 
 def filled(page):
-    """What stands in the blocks of the page."""
+    """The contents of the blocks of the page."""
     return {name: text.rstrip("\n") for name, text in BLOCK.findall(page.read_text())}
 
 
 def check(page):
-    """A table that the page has no block for, or a block that there is no table for, is an error."""
+    """Raises an error if a table has no block in the page, or a block has no table."""
     marked = sorted(filled(page))
     made = sorted([*TABLES, "inprocess"])
     if marked != made:
@@ -52,7 +52,7 @@ def check(page):
 
 
 def fill(page, results, files):
-    """Puts the tables into the page, and the files into the folder beside it that has its name."""
+    """Writes the tables into the page, and copies the files to the folder with the name of the page."""
     check(page)
     made = blocks(results)
 

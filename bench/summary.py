@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: MIT
-"""What the tables of a page are made of: the results without the figures of single blocks."""
+"""The data of the tables: the results without the figures of single blocks."""
 
 import json
 
-# What the pictures alone, or nobody, reads.
+# Used only by the pictures, or by nothing.
 DETAILS = ("blocks", "distribution")
 
 
@@ -14,7 +14,7 @@ def of(part):
 
 
 def as_json(part, indent=0):
-    """Indented, with a list, the summary of a figure and what has neither in one line each."""
+    """Indented JSON. A list, the summary of a figure, and an object without either take one line each."""
     if not isinstance(part, dict) or "median" in part or not any(isinstance(one, (dict, list)) for one in part.values()):
         return json.dumps(part, ensure_ascii=False)
     space = " " * indent

@@ -1,11 +1,11 @@
 # SPDX-License-Identifier: MIT
-"""The tables that the results make, as rows of text."""
+"""The tables of the results, as rows of text."""
 
 from bus.variants import BASELINE, LIBRARY, METHODS, PACKETS
 
 
 def number(value, digits=1):
-    """Three figures that count, with a thousands separator."""
+    """Three significant digits, with a thousands separator."""
     return f"{value:,.{0 if abs(value) >= 100 else digits if abs(value) >= 10 else 2}f}"
 
 
@@ -29,10 +29,10 @@ def where(results):
     machine = results["machine"]
     rows = [["date", machine["date"]], ["revision", f"`{machine['revision']}`"], ["compiler", machine["compiler"]],
             ["processor", f"{machine['processor']}, {machine['cores']} cores"],
-            ["kernel", machine["kernel"]], ["load when it began", str(machine["load"])],
+            ["kernel", machine["kernel"]], ["load at the start", str(machine["load"])],
             ["system log", results["bus"]["journal"]]]
     rows += [[f"`{package}`", version] for package, version in machine["versions"].items()]
-    return ["measured on", ""], rows
+    return ["machine", ""], rows
 
 
 def calls(results, method):
@@ -40,18 +40,18 @@ def calls(results, method):
     rows = [[title, between(part[key]["p50"], 1e3), ratio(part[key]["p50"]), between(part[key]["p99"], 1e3),
              ratio(part[key]["p99"]), between(part[key]["cpu"], 1e3), ratio(part[key]["cpu"])]
             for key, title in variants_of(results["bus"], part)]
-    return [METHODS[method], "p50, µs", "p50, ratio", "p99, µs", "p99, ratio", "processor, µs a call",
+    return [METHODS[method], "p50, µs", "p50, ratio", "p99, µs", "p99, ratio", "processor, µs per call",
             "processor, ratio"], rows
 
 
 def others(results, method):
-    """What the other processes work for a call."""
+    """The processor time of the other processes for a call."""
     part = results["bus"]["call"][method]
     rows = [[title, between(part[key]["cpu"], 1e3), *(between(part[key]["others"][other], 1e3)
                                                       if part[key]["others"][other]["median"] else "–"
                                                       for other in ("daemon", "service", "journal"))]
             for key, title in variants_of(results["bus"], part)]
-    return [f"processor, µs a call of {METHODS[method]}", "client", "daemon", "service", "journal"], rows
+    return [f"processor, µs per call of {METHODS[method]}", "client", "daemon", "service", "journal"], rows
 
 
 def instructions(results):
@@ -60,7 +60,7 @@ def instructions(results):
     rows = [[title, *(text for method in methods for text in (f"{part[method][key]['instructions']:,.0f}",
                                                                f"{part[method][key]['ratio']:.3f}"))]
             for key, title in variants_of(results["bus"], part[methods[0]])]
-    return ["instructions a call", *(text for method in methods for text in (METHODS[method], "ratio"))], rows
+    return ["instructions per call", *(text for method in methods for text in (METHODS[method], "ratio"))], rows
 
 
 def owners(results):
@@ -69,16 +69,16 @@ def owners(results):
     names = ("client", "library", "bus library", "C and C++")
     rows = [[f"{METHODS[method]}, {titles[key]}", *(f"{part[method][key]['owners'].get(name, 0):,.0f}" for name in names)]
             for method in METHODS if method in part for key in (LIBRARY.key, BASELINE.key)]
-    return ["instructions a call", "the program", "this library", "GLib and GIO", "the C and C++ libraries"], rows
+    return ["instructions per call", "the program", "this library", "GLib and GIO", "the C and C++ libraries"], rows
 
 
 def received(part, variants):
-    """Of one size of packets and one number of receivers."""
+    """The figures for one size of packets and one number of receivers."""
     rows = [[title, number(part[key]["messages"]["median"]), between(part[key]["bytes"], 1e6),
              ratio(part[key]["bytes"]), between(part[key]["cpu_a_mb"], 1e-6), ratio(part[key]["cpu_a_mb"]),
              number(part[key]["peak_kib"]["median"] / 1024), f"{part[key]['peak_kib']['to'][BASELINE.key]['median']:.2f}"]
             for key, title in variants]
-    return ["packets/s", "MB/s", "MB/s, ratio", "processor, µs a MB", "processor, ratio", "peak, MiB",
+    return ["packets/s", "MB/s", "MB/s, ratio", "processor, µs per MB", "processor, ratio", "peak, MiB",
             "peak, ratio"], rows
 
 
@@ -99,7 +99,7 @@ def crowds(results, size):
 def callbacks(results):
     rows = [[count, between(one["wall"], 1e3), between(one["cpu"], 1e3)]
             for count, one in results["bus"]["callbacks"]["callbacks"].items()]
-    return ["callbacks", "µs a packet of 4 KiB", "processor, µs a packet"], rows
+    return ["callbacks", "µs per packet of 4 KiB", "processor, µs per packet"], rows
 
 
 def starts(results):
@@ -111,10 +111,9 @@ def starts(results):
 
 def objects(results):
     rows = [[f"`{name}`", between(one["first"], 1e6), between(one["further"], 1e6), f"{one['heap']['median']:,.0f}",
-             "not told by the daemon" if one["matches"]["median"] < 0 else f"{one['matches']['median']:.0f}"]
+             "not reported by the daemon" if one["matches"]["median"] < 0 else f"{one['matches']['median']:.0f}"]
             for name, one in results["bus"]["objects"].items()]
-    return ["object", "first of a process, ms", "beside another, ms", "heap it adds, bytes",
-            "match rules it adds"], rows
+    return ["object", "first object, ms", "further object, ms", "added heap, bytes", "added match rules"], rows
 
 
 def growth(results):
@@ -126,10 +125,10 @@ def growth(results):
 
 
 def age(results):
-    """The old process beside new ones."""
+    """The old process compared with new ones."""
     part = results["bus"]["growth"]
     figures = {"p50": "p50 of a call", "round": "subscribing and unsubscribing", "rss_kib": "resident memory",
                "heap": "heap"}
     rows = [[title, ratio_text(part["old to new"][figure]), ratio_text(part["other new to new"][figure])]
             for figure, title in figures.items()]
-    return ["ratio to a new process", "of the old one", "of another new one"], rows
+    return ["ratio to a new process", "old process", "another new process"], rows

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""What was aimed at, and whether it was reached."""
+"""The targets, and whether the measurements meet them."""
 
 import math
 
@@ -8,13 +8,16 @@ from inprocess import encoding
 
 
 def line(what, found, limit, at_most=True):
-    """The found one may have an interval, in which it certainly lies; None if nothing is certain."""
+    """A row. `found` may contain the interval in which its median lies with 95 % probability; None if it is unknown."""
     median, certain = found["median"], found.get("certain", [found["median"]])
     low, high = min(certain or [-math.inf]), max(certain or [math.inf])
-    reached = "yes" if (median <= limit) == at_most else "**no**"
-    doubt = ", but not certainly" if min(low, median) < limit < max(high, median) else ""
+    reached = (median <= limit) == at_most
+    if min(low, median) < limit < max(high, median):
+        met = "probably" if reached else "**probably not**"
+    else:
+        met = "yes" if reached else "**no**"
     interval = f" ({low:.3f}–{high:.3f})" if low < high < math.inf else ""
-    return [what, f"{'≤' if at_most else '≥'} {limit:g}", f"{median:.3f}{interval}", reached + doubt]
+    return [what, f"{'≤' if at_most else '≥'} {limit:g}", f"{median:.3f}{interval}", met]
 
 
 def ratio(figure, base=BASELINE):
@@ -35,12 +38,13 @@ def of_calls(bus):
 def of_pushes(bus):
     rate = bus["push"]["65536"][LIBRARY.key]["bytes"]
     yield line("push of 64 KiB", ratio(rate), 0.95, at_most=False)
-    yield line(f"push of 64 KiB, to {SDBUSCPP.title}", ratio(rate, SDBUSCPP), 30, at_most=False)
+    yield line(f"push of 64 KiB, compared with {SDBUSCPP.title}", ratio(rate, SDBUSCPP), 30, at_most=False)
 
 
 def of_encoding(times):
     for name in ("peer_encode", "peer_decode", "helper_encode", "helper_decode"):
-        yield line(f"{encoding.TITLES[name]} of 1 MiB, to memcpy", {"median": encoding.large_ratio(times, name)}, 3)
+        yield line(f"{encoding.TITLES[name]} of 1 MiB, compared with memcpy",
+                   {"median": encoding.large_ratio(times, name)}, 3)
     for what, growth in encoding.growths(times).items():
         yield line(what, {"median": growth}, 1.25)
 
@@ -48,15 +52,15 @@ def of_encoding(times):
 def of_growth(growth):
     titles = {"p50": "a call", "round": "subscribing and unsubscribing", "rss_kib": "resident memory", "heap": "heap"}
     for figure, title in titles.items():
-        yield line(f"{title} after all calls and subscriptions, to that of a new process", growth["old to new"][figure],
-                   1.05)
+        yield line(f"{title} after all calls and subscriptions, compared with a new process",
+                   growth["old to new"][figure], 1.05)
     first, last = growth["line"][0], growth["line"][-1]
     for figure in ("rss_kib", "heap"):
-        yield line(f"{titles[figure]} after all calls and subscriptions, to that after a fiftieth",
+        yield line(f"{titles[figure]} after all calls and subscriptions, compared with the first fiftieth",
                    {"median": last[figure] / first[figure]}, 1.05)
 
 
 def targets(results):
     bus = results["bus"]
     rows = [*of_calls(bus), *of_pushes(bus), *of_encoding(results["inprocess"]["times"]), *of_growth(bus["growth"])]
-    return [f"ratio to {BASELINE.title}, or as it says", "wanted", "found", "reached"], rows
+    return [f"ratio to {BASELINE.title}, unless the row names another base", "limit", "measured", "met"], rows

@@ -15,7 +15,7 @@ struct Expected
     RequestEntries entries;
 };
 
-/// By function, whose name is among the entries.
+/// The expected requests by function. The name of the function is one of the entries.
 std::map<std::string, Expected, std::less<>> const& AllExpected()
 {
     static std::map<std::string, Expected, std::less<>> const all{
@@ -40,7 +40,7 @@ bool Checks::Accept(std::string const& sender, std::string_view function, std::s
     auto const expected = AllExpected().find(function);
     if (expected == AllExpected().end() || path != expected->second.path ||
         read() != expected->second.entries) {
-        std::fprintf(stderr, "bench_service: not as expected: %s\n", who.c_str());
+        std::fprintf(stderr, "bench_service: unexpected request: %s\n", who.c_str());
         return false;
     }
     m_accepted.insert(who);

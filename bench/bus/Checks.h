@@ -12,12 +12,12 @@ namespace zviptv::bench {
 /// A request's entries by key.
 using RequestEntries = std::map<std::string, std::string, std::less<>>;
 
-/// Knows what each function's request has to say, and where to, so that no client gets away with less. A
-/// client's first request of each function is compared; the others cost no more than a look.
+/// Compares requests with the protocol, entries and path, so that every client sends complete requests. Only
+/// the first request of each function of a client is compared; later ones cost one look-up.
 class Checks
 {
 public:
-    /// `read` makes the entries of the request.
+    /// `read` returns the entries of the request.
     bool Accept(std::string const& sender, std::string_view function, std::string_view path,
                 std::function<RequestEntries()> const& read);
 

@@ -8,7 +8,7 @@
 
 namespace zviptv::bench {
 
-/// A PES packet as it reaches the receiver; the bytes are valid during the call.
+/// A received PES packet. The bytes are valid during the call.
 struct Pes
 {
     int type;
@@ -20,7 +20,7 @@ struct Pes
 
 using Receiver = void (*)(Pes const&);
 
-/// What is measured: the same few things, done through one library or another. A failure throws
+/// The measured operations, implemented with one of the compared libraries. A failure throws
 /// std::runtime_error.
 class Client
 {
@@ -28,19 +28,19 @@ public:
     virtual ~Client() = default;
 
     virtual void MuteAudio(bool on) = 0;
-    /// The sum of the values of all ratings.
+    /// Returns the sum of the values of all ratings.
     virtual unsigned int GetRatingInfo() = 0;
 
-    /// Asks for PES packets. Once, but of the library as often as wanted.
+    /// Subscribes to PES packets. Only the client of the library may subscribe more than once.
     virtual void Subscribe(Receiver receiver) = 0;
-    /// No packets any more, for nobody.
+    /// Ends all subscriptions.
     virtual void Unsubscribe() = 0;
-    /// Waits for something to arrive and hands on at least a part of what has.
+    /// Waits for data, and passes at least a part of it to the receivers.
     virtual void Dispatch() = 0;
 };
 
-/// The client that this program was built for, connected to the system bus. `service` is the service's unique
-/// name, for those who do not find it themselves.
+/// Makes the client of this program, connected to the system bus. `service` is the service's unique name, for
+/// clients that do not find it themselves.
 std::unique_ptr<Client> NewClient(std::string const& service);
 
 } // namespace zviptv::bench

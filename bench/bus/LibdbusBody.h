@@ -21,7 +21,7 @@ struct LibdbusRelease
 template <typename T>
 using LibdbusOwned = std::unique_ptr<T, LibdbusRelease>;
 
-/// Frees what libdbus says of a failure.
+/// Owns an error of libdbus.
 class LibdbusError
 {
 public:
@@ -66,7 +66,7 @@ inline void AppendEntries(DBusMessage* message, std::initializer_list<wire::Entr
     dbus_message_iter_close_container(&body, &array);
 }
 
-/// Calls `visit` with the key and the bytes of each entry of a body as above; none when the body is another.
+/// Calls `visit` with the key and the bytes of each entry of such a body. Does nothing for any other body.
 template <typename Visit>
 void ForEachEntry(DBusMessage* message, Visit visit)
 {

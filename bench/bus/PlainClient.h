@@ -8,7 +8,7 @@
 
 namespace zviptv::bench {
 
-/// Takes the entries of a message, in any order. Their bytes live until it has been told to finish.
+/// Takes the entries of a message, in any order. Their bytes are valid until Finish.
 class EntryReader
 {
 public:
@@ -19,7 +19,7 @@ protected:
     ~EntryReader() = default;
 };
 
-/// Hands over the packet that a notification's entries make. It keeps no copy of the bytes.
+/// Makes a packet from the entries of a notification and passes it on, without a copy of the bytes.
 class PesReader final : public EntryReader
 {
 public:
@@ -35,8 +35,8 @@ private:
     Pes m_pes{};
 };
 
-/// Everything that clients without the library have in common: which entries make a request, and what becomes
-/// of those of an answer. How they travel is what differs.
+/// The common part of the clients without the library: the entries of requests and answers. Derived classes
+/// send and receive them.
 class PlainClient : public Client
 {
 public:
@@ -48,7 +48,7 @@ public:
 protected:
     using Entries = std::initializer_list<wire::Entry>;
 
-    /// Calls Send at the path and lets `reader` take the answer's entries and finish.
+    /// Sends a request to the path. `reader` takes the entries of the answer and finishes.
     virtual void Exchange(char const* path, Entries request, EntryReader& reader) = 0;
 
     Receiver m_receiver = nullptr;

@@ -52,7 +52,7 @@ void ResetPeakMemory()
 {
     std::ofstream refs("/proc/self/clear_refs");
     if (!(refs << 5 << std::flush)) {
-        throw std::runtime_error("the peak of the memory cannot be reset");
+        throw std::runtime_error("cannot reset the memory peak in /proc/self/clear_refs");
     }
 }
 

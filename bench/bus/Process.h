@@ -6,22 +6,22 @@
 
 namespace zviptv::bench {
 
-/// Nanoseconds of the clock that all processes share.
+/// The time in nanoseconds, on a clock that is the same for all processes.
 std::int64_t Now();
 
-/// Nanoseconds of processor time that this process has used, in all threads.
+/// The processor time of all threads of this process, in nanoseconds.
 std::int64_t ProcessorTime();
 
-/// This process ends with the one that started it, however that ends.
+/// Ends this process with the one that started it, even if that is killed.
 void DieWithParent();
 
 /// A line of /proc/self/status, in KiB: "VmRSS", "VmHWM".
 long StatusKiB(std::string const& field);
 
-/// VmHWM counts from here.
+/// Resets VmHWM.
 void ResetPeakMemory();
 
-/// Bytes that are allocated and not freed.
+/// The allocated bytes that are not freed.
 std::size_t HeapBytes();
 
 } // namespace zviptv::bench

@@ -46,7 +46,7 @@ LibdbusOwned<DBusConnection> Connect()
     }
     if (dbus_bus_request_name(connection.get(), wire::HelperName, DBUS_NAME_FLAG_DO_NOT_QUEUE, error.Out()) !=
         DBUS_REQUEST_NAME_REPLY_PRIMARY_OWNER) {
-        throw std::runtime_error("the helper bus has an owner already");
+        throw std::runtime_error("the name of the helper bus already has an owner");
     }
     return connection;
 }
@@ -81,7 +81,7 @@ bool Service::WantsToWrite() const
 void Service::Work()
 {
     if (dbus_connection_read_write(m_connection.get(), 0) == FALSE) {
-        throw std::runtime_error("the bus has gone");
+        throw std::runtime_error("the connection to the bus is closed");
     }
     while (dbus_connection_dispatch(m_connection.get()) == DBUS_DISPATCH_DATA_REMAINS) {
     }
@@ -166,7 +166,7 @@ void Service::Push(std::size_t count, std::size_t size, std::size_t batch)
 {
     bool const isPushing = m_sent < m_count;
     if (m_subscribers.empty() || isPushing) {
-        throw std::runtime_error(isPushing ? "still pushing" : "nobody to push to");
+        throw std::runtime_error(isPushing ? "a push is not finished" : "there are no subscribers");
     }
     m_packet.resize(size);
     for (std::size_t i = 0; i < size; ++i) {
@@ -183,7 +183,7 @@ void Service::Credit(std::size_t batches)
     m_onTheirWay -= batches * m_batch;
 }
 
-// The packet's time stamp is its number.
+// The number of the packet is its time stamp.
 void Service::PushOne(std::string const& subscriber)
 {
     m_packet.front() = m_packet.back() = wire::ByteOf(m_sent, 0, m_packet.size());

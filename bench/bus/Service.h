@@ -12,12 +12,12 @@
 
 namespace zviptv::bench {
 
-/// The service at its fastest, on libdbus alone: answers, and pushes packets to whoever has asked for them,
-/// no further ahead than their credit goes.
+/// A minimal service on libdbus: answers at once, and pushes packets to subscribers within the limit of their
+/// credit.
 class Service
 {
 public:
-    /// Owns the helper bus's name. Throws std::runtime_error.
+    /// Acquires the name of the helper bus. Throws std::runtime_error.
     Service();
     ~Service();
     Service(Service const&) = delete;
@@ -26,13 +26,13 @@ public:
     std::string Name() const { return dbus_bus_get_unique_name(m_connection.get()); }
     int Descriptor() const;
     bool WantsToWrite() const;
-    /// Reads, answers, writes, and pushes what may be pushed.
+    /// Reads, answers, writes, and pushes within the credit.
     void Work();
 
-    /// To every subscriber `count` packets of `size` bytes; on average never more than two batches on their
-    /// way to each.
+    /// Starts to push `count` packets of `size` bytes to every subscriber, on average with at most two
+    /// outstanding batches for each.
     void Push(std::size_t count, std::size_t size, std::size_t batch);
-    /// So many subscribers have each received a batch.
+    /// Reports that the given number of subscribers have each received a batch.
     void Credit(std::size_t batches);
 
 private:

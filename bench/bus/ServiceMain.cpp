@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The service. It prints its unique name, then obeys the lines that it reads: "push COUNT SIZE BATCH". A byte
-// on descriptor 3 is the credit of one subscriber for one batch.
+// The service. Prints its unique name, then executes the commands that it reads: "push COUNT SIZE BATCH". A
+// byte in the pipe is the credit of one subscriber for one batch.
 #include "Process.h"
 #include "Service.h"
 
@@ -32,12 +32,12 @@ void Obey(Service& service, std::string const& text)
     std::size_t size = 0;
     std::size_t batch = 0;
     if (!(line >> command >> count >> size >> batch) || command != "push" || size == 0 || batch == 0) {
-        throw std::runtime_error("what is " + text + "?");
+        throw std::runtime_error("unknown command: " + text);
     }
     service.Push(count, size, batch);
 }
 
-/// Until standard input ends. A command is one write of its sender, far shorter than a pipe.
+/// Runs until standard input ends. The sender writes each command at once, and it is far shorter than a pipe.
 void Serve(Service& service, int creditPipe)
 {
     while (true) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What an object costs: from Create to its first answered call, and what it adds to the process and to the
-// bus. Prints one line of JSON for the object that is named.
+// Measures the cost of an object: the time from Create to its first answered call, and its heap and match
+// rules. Prints one line of JSON for the object whose name is given.
 #include "Process.h"
 #include "glib/Owned.h"
 
@@ -65,12 +65,12 @@ std::int64_t Start(Object const& object)
 {
     std::int64_t const before = Now();
     if (!object.start()) {
-        throw std::runtime_error(std::string(object.name) + " does not start");
+        throw std::runtime_error(std::string(object.name) + " cannot be created or does not answer");
     }
     return Now() - before;
 }
 
-/// Match rules that this process has on the bus; -1 when the bus does not count them.
+/// The number of match rules of this process on the bus; -1 if the bus does not report it.
 long MatchRules()
 {
     zviptv::Error error;
@@ -91,7 +91,7 @@ long MatchRules()
     return known ? static_cast<long>(rules) : -1;
 }
 
-/// The first of a process, which connects to the bus, then a second one beside another object.
+/// Measures the first object of the process, which connects to the bus, then one while another object exists.
 void Probe(Object const& object, Object const& other)
 {
     std::int64_t const first = Start(object);
@@ -115,7 +115,7 @@ void ProbeNamed(char const* name)
             return;
         }
     }
-    throw std::runtime_error(std::string("there is no object ") + name);
+    throw std::runtime_error(std::string("unknown object: ") + name);
 }
 
 } // namespace

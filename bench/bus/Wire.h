@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string_view>
 
-/// The protocol's words as they travel, for the programs that do without the library.
+/// The words of the protocol, for the programs without the library.
 namespace zviptv::bench::wire {
 
 constexpr char HelperName[] = "org.corvel.zviptvapi.dbushelper";
@@ -22,14 +22,14 @@ constexpr char Signal[] = "SendSignal";
 constexpr int TimeoutMs = 2000;
 constexpr int Ratings = 100;
 
-/// A key and the bytes under it.
+/// A key and the bytes of its value.
 struct Entry
 {
     char const* key;
     std::string_view value;
 };
 
-/// A region's rating as its bytes travel.
+/// The layout of a region's rating in a message.
 struct Rating
 {
     std::uint8_t region;
@@ -38,8 +38,8 @@ struct Rating
 };
 static_assert(sizeof(Rating) == 3);
 
-/// What packet `number` holds at `position`: the number at both ends, in between a pattern that no shift by a
-/// page or a block of memory leaves as it is.
+/// The byte of packet `number` at `position`: the number at both ends, and between them a pattern that
+/// changes if it is shifted by a page or by a block of memory.
 inline char ByteOf(std::size_t number, std::size_t position, std::size_t size)
 {
     bool const isEnd = position == 0 || position + 1 == size;

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
-// One client in a process of its own. It obeys the lines that it reads and answers each with a line of JSON:
+// One client in a separate process. Executes the commands that it reads and answers each with a line of JSON:
 //   call mute|ratings COUNT   calls, each timed
 //   repeat mute|ratings COUNT calls, not timed
-//   subscribe COUNT           as many receivers
-//   unsubscribe               none
-//   rounds COUNT              subscribe and unsubscribe, that often
-//   receive COUNT SIZE BATCH  waits for packets; of each batch the service hears through the pipe. A packet
-//                             that comes alone is compared byte by byte
-//   memory                    what the process holds
-//   forget-peak               the peak of its memory counts from here
+//   subscribe COUNT           adds receivers
+//   unsubscribe               removes all receivers
+//   rounds COUNT              subscribes and unsubscribes COUNT times
+//   receive COUNT SIZE BATCH  waits for packets, and reports each batch to the service through the pipe. A
+//                             single packet is compared byte by byte
+//   memory                    reports the memory of the process
+//   forget-peak               resets the peak of its memory
 #include "Client.h"
 #include "Process.h"
 
@@ -30,7 +30,7 @@ using namespace zviptv::bench;
 int creditPipe = -1;
 constexpr unsigned int SumOfRatings = wire::Ratings * (wire::Ratings - 1) / 2;
 
-/// What has arrived. Receivers have no user data, so there is one.
+/// The received data. Receivers have no user data, so it is global.
 struct Arrival
 {
     std::size_t receivers = 1;
@@ -54,7 +54,7 @@ bool IsWhole(Pes const& pes, std::size_t number)
     return true;
 }
 
-/// Whether it is the next packet, by its number and both its ends.
+/// Whether it is the next packet: compares the number, and both ends.
 bool IsNext(Pes const& pes, std::size_t number)
 {
     char const end = wire::ByteOf(number, 0, pes.size);
@@ -75,7 +75,7 @@ void OnPes(Pes const& pes)
         ++arrival.damaged;
     }
     if (++arrival.count % arrival.batch == 0 && write(creditPipe, "+", 1) != 1) {
-        throw std::runtime_error("the service does not read what it is told");
+        throw std::runtime_error("cannot write to the pipe: the service does not read it");
     }
 }
 
@@ -98,7 +98,7 @@ public:
         line >> command;
         auto const found = Commands().find(command);
         if (found == Commands().end()) {
-            throw std::runtime_error("what is " + command + "?");
+            throw std::runtime_error("unknown command: " + command);
         }
         (this->*found->second)(line);
         std::fflush(stdout);
@@ -122,7 +122,7 @@ private:
     {
         T value{};
         if (!(line >> value)) {
-            throw std::runtime_error("something is missing in the command");
+            throw std::runtime_error("an argument of the command is missing or malformed");
         }
         return value;
     }
@@ -134,7 +134,7 @@ private:
         }
         return [this] {
             if (m_client->GetRatingInfo() != SumOfRatings) {
-                throw std::runtime_error("the ratings have arrived damaged");
+                throw std::runtime_error("the received ratings are damaged");
             }
         };
     }
@@ -204,7 +204,7 @@ private:
             m_client->Dispatch();
         }
         if (arrival.damaged > 0) {
-            throw std::runtime_error("packets have arrived damaged or out of order");
+            throw std::runtime_error("received packets are damaged or out of order");
         }
         std::printf("{\"cpu\": %lld, \"first\": %lld, \"last\": %lld}\n",
                     static_cast<long long>(ProcessorTime() - processor),

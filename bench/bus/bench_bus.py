@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""What the library costs across a bus, beside what else there is; written as JSON."""
+"""Measures the library across a bus, compared with the alternatives, and writes the results as JSON."""
 
 import argparse
 import json
@@ -14,7 +14,7 @@ import pushes
 from processes import Bench, why_no_journal
 from variants import ALL, BASELINE, LIBRARY, LOGGING, METHODS
 
-# Generations of processes and rounds of each, where there are two.
+# A pair is the number of generations of processes, and of rounds of each.
 FULL = {"call": ((14, 5), 250), "instructions": (tuple(METHODS), ALL, 100, 400, 3), "push": (8, 3),
         "crowd": ((3, 2), (4, 16)), "callbacks": 8, "objects": 15, "starts": 20, "growth": (1_000_000, 100_000, (6, 7))}
 QUICK = {"call": ((2, 5), 150), "instructions": (("mute",), (LIBRARY, BASELINE), 100, 200, 1), "push": (1, 2),
@@ -22,7 +22,7 @@ QUICK = {"call": ((2, 5), 150), "instructions": (("mute",), (LIBRARY, BASELINE),
 
 
 def parts(bench, variants, form):
-    """What is measured, by its name in the results."""
+    """The measurements, by their names in the results."""
     few = [variant for variant in variants if variant in form["instructions"][1]]
     return {
         "call": lambda: calls.measure_calls(bench, variants, *form["call"]),
@@ -41,14 +41,14 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("programs", help="the folder of the programs that were built")
     parser.add_argument("out", type=pathlib.Path, help="the file to write")
-    parser.add_argument("--quick", action="store_true", help="short blocks and few: a look, no result")
-    parser.add_argument("--only", action="append", help="measure this part alone; may be repeated")
+    parser.add_argument("--quick", action="store_true", help="few and short blocks, for a quick look")
+    parser.add_argument("--only", action="append", help="measure only this part; may be repeated")
     options = parser.parse_args()
     no_journal = why_no_journal()
     variants = [variant for variant in ALL if not (variant.journal and no_journal)]
     if no_journal:
-        print(f"left out: the library with a system log, which {no_journal}", file=sys.stderr)
-    results = {"quick": options.quick, "journal": no_journal or "systemd-journald of the client's own",
+        print(f"left out: measuring the library with a system log {no_journal}", file=sys.stderr)
+    results = {"quick": options.quick, "journal": no_journal or "a private systemd-journald",
                "variants": {variant.key: variant.title for variant in variants}}
     with Bench(options.programs) as bench:
         if not no_journal:

@@ -1,12 +1,12 @@
 # SPDX-License-Identifier: MIT
-"""Alternating blocks and what is made of them.
+"""Alternating blocks, and their statistics.
 
-Every round gives each variant one block, in an order that is drawn anew for each round, so that none always follows the
-same one. The draw is the same in every run. A ratio is that of two blocks of one round, and the median of the rounds is
-what is told.
+In every round each variant runs one block, in an order that is random for each round, so that no variant always follows
+the same one. The order is the same in every run. A ratio compares two blocks of one round. The result is the median of
+all rounds.
 
-Where the system puts the threads of a process, and so how fast it is, often stays as it was from one block to the next.
-So there are several generations of processes, each with its share of the rounds.
+The system often keeps the threads of a process on the same processors from one block to the next, which determines how
+fast they are. Therefore there are several generations of processes, each with its share of the rounds.
 """
 
 import math
@@ -17,7 +17,8 @@ from variants import BASELINE, SDBUSCPP
 
 
 def alternate(variants, rounds, block, seed=0):
-    """block(variant) for all variants, round after round; lists of results by variant. One round warms up."""
+    """Calls block(variant) for all variants in each round. Returns lists of results by variant. The first round is a
+    warm-up and does not count."""
     variants = list(variants)
     results = {variant: [] for variant in variants}
     draw = random.Random(seed)
@@ -30,8 +31,9 @@ def alternate(variants, rounds, block, seed=0):
 
 
 def over_generations(bench, variants, form, block, number=1):
-    """block(variant, clients) as above, with `number` new clients of each variant in every generation. The form is the
-    number of the generations and of their rounds. By variant, a list of results for each generation."""
+    """Calls block(variant, clients) like alternate, with `number` new clients of each variant in every generation. The
+    form is the number of generations and of their rounds. Returns a list of results for each generation, by variant.
+    """
     generations, rounds = form
     results = {variant: [] for variant in variants}
     for generation in range(generations):
@@ -51,14 +53,14 @@ def quantile(ordered, part):
 
 
 def spread(values):
-    """The median, and where the middle half lies."""
+    """The median and the quartiles."""
     ordered = sorted(values)
     return {"median": statistics.median(ordered), "low": quantile(ordered, 0.25), "high": quantile(ordered, 0.75)}
 
 
 def certainty(generations):
-    """Where the median lies with a probability of 95 % or more, by the order of the generations' medians: the blocks of
-    one generation resemble each other, and so do not count for themselves. None with fewer than six of them."""
+    """The interval in which the median lies with a probability of at least 95 %, from the order of the generations'
+    medians. The blocks of one generation are not independent, so only generations count. None for fewer than six."""
     ordered = sorted(statistics.median(generation) for generation in generations)
     number, outside, chance = len(ordered), 0, 0.0
     while (chance := chance + 2 * math.comb(number, outside) / 2**number) <= 0.05:
@@ -68,19 +70,19 @@ def certainty(generations):
 
 def quotients(own, others):
     if not all(others):
-        raise RuntimeError("a block has cost nothing: there is no ratio to it")
+        raise RuntimeError("a block took no time: a ratio to it is undefined")
     return [mine / other for mine, other in zip(own, others, strict=True)]
 
 
 def ratios(own, others):
-    """The spread of the ratios of blocks, pair by pair, and how certain their median is. Lists by generation."""
+    """The spread of the ratios of pairs of blocks, and the certainty of their median. The lists are by generation."""
     found = [quotients(*generation) for generation in zip(own, others, strict=True)]
     return {**spread(flat(found)), "certain": certainty(found)}
 
 
 def summaries(results, figures):
-    """By variant's key: for each figure, made of one block's result, its spread, those of its ratios, and the figures
-    of the single blocks."""
+    """By variant's key: for each figure, which a function computes from the result of a block, its spread, the spreads
+    of its ratios, and the figures of the single blocks."""
     summary = {variant.key: {} for variant in results}
     for name, figure in figures.items():
         values = {variant: [[figure(result) for result in blocks] for blocks in generations]

@@ -15,7 +15,7 @@ from variants import BASELINE, METHODS
 sys.path.append(str(pathlib.Path(__file__).parents[2] / "tests/cost"))
 import callgrind  # noqa: E402 - the reader of profiles is the guard's
 
-# By the beginnings of their files' names; the rest is the C and the C++ library.
+# Prefixes of file names; all other files belong to the C and C++ libraries.
 OWNERS = {"client": ("bench_client",), "library": ("libzv-iptv-service-api",), "bus library": (
     "libgio", "libglib", "libgobject", "libdbus", "libsystemd", "libsdbus")}
 
@@ -31,13 +31,13 @@ def p99(block):
 
 
 def distribution(blocks):
-    """Of all calls of all blocks."""
+    """The distribution of all calls of all blocks."""
     ordered = sorted(ns for block in blocks for ns in block["ns"])
     return {str(part): quantile(ordered, part) for part in QUANTILES}
 
 
 def call_block(bench, client, method, calls):
-    """One block, and what the other processes worked for it, a call."""
+    """One block, and the processor time of the other processes per call."""
     before = bench.processor_times(client)
     block = client.ask(f"call {method} {calls}")
     block["others"] = {name: (after - before[name]) / calls for name, after in bench.processor_times(client).items()}
@@ -60,7 +60,7 @@ def measure_calls(bench, variants, form, calls):
 
 
 def profile(bench, variant, method, count):
-    """The instructions of a whole process that makes so many calls, by the files that their code is in."""
+    """The instructions of a whole process that makes `calls` calls, by the files that contain their code."""
     command, environment = bench.command(variant)
     with tempfile.TemporaryDirectory() as folder:
         out = pathlib.Path(folder, "out")
@@ -72,13 +72,13 @@ def profile(bench, variant, method, count):
 
 
 def owner(file):
-    """Whose code a file holds."""
+    """The owner of the code in a file."""
     name = pathlib.Path(file or "").name
     return next((own for own, beginnings in OWNERS.items() if name.startswith(beginnings)), "C and C++")
 
 
 def by_owner(bench, variant, method, few, many):
-    """The instructions of a call by whose they are: what more calls add, so that neither start nor end counts."""
+    """The instructions of a call by owner: the difference between two numbers of calls, without start and end."""
     counts = collections.Counter()
     for sign, calls in ((1, many), (-1, few)):
         for file, count in profile(bench, variant, method, calls).items():
@@ -87,7 +87,7 @@ def by_owner(bench, variant, method, few, many):
 
 
 def measure_instructions(bench, variants, methods, few, many, runs):
-    """Medians of several runs: how often threads wait for each other is not always the same."""
+    """Medians of several runs, because the number of times that threads wait for each other varies."""
     def of_call(variant, method):
         found = sorted((by_owner(bench, variant, method, few, many) for _ in range(runs)), key=lambda run: run.total())
         return found[len(found) // 2]

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""The life of a client: what a start costs, and whether anything grows."""
+"""The life of a client: the cost of a start, and growth."""
 
 import json
 import statistics
@@ -19,7 +19,7 @@ def probe(bench, name):
 
 
 def measure_objects(bench, rounds):
-    """Of each of the library's objects, in processes of their own."""
+    """Measures each object of the library in a separate process."""
     results = alternate(OBJECTS, rounds, lambda name: probe(bench, name))
     return {name: {figure: spread([one[figure] for one in probes])
                    for figure in ("first", "further", "heap", "matches")} for name, probes in results.items()}
@@ -31,14 +31,14 @@ def start_of(bench, variant):
 
 
 def measure_starts(bench, variants, rounds):
-    """To the first answered call in a new process, whose loading does not count."""
+    """The time to the first answered call in a new process, without loading the program."""
     results = alternate(variants, rounds, lambda variant: start_of(bench, variant))
     return summaries({variant: [[start] for start in starts] for variant, starts in results.items()},
                      {"start": lambda start: start})
 
 
 def live(old, calls, subscriptions, slices):
-    """Many calls and subscriptions in one process, with a look at it after each slice."""
+    """Makes many calls and subscriptions in one process, and measures it after each slice."""
     part, rounds = calls // slices, subscriptions // slices
     for number in range(slices):
         timed = old.ask(f"call mute {min(part, 1000)}")
@@ -49,7 +49,7 @@ def live(old, calls, subscriptions, slices):
 
 
 def measure_growth(bench, calls, subscriptions, form, slices=50):
-    """One process, and how it compares with new ones when it is old."""
+    """The growth of one process, and how the old process compares with new ones."""
     with bench.clients([LIBRARY]) as clients:
         old = clients[LIBRARY][0]
         old.ask("call mute 2000")
@@ -59,7 +59,7 @@ def measure_growth(bench, calls, subscriptions, form, slices=50):
 
 
 def compare(bench, old, form, calls=250, subscriptions=50):
-    """The ratios of the old process to new ones, several of them one after the other, and of new ones to new ones."""
+    """The ratios of the old process to several successive new ones, and of new ones to each other."""
     def block(client):
         timed = client.ask(f"call mute {calls}")["ns"]
         subscribing = client.ask(f"rounds {subscriptions}")["ns"]

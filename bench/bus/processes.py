@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""The processes of a run: a private bus, the service, and one client for each block's turn."""
+"""The processes of a run: a private bus, the service, and the clients."""
 
 import contextlib
 import json
@@ -18,24 +18,24 @@ BUS_CONFIG = """<busconfig><type>system</type><listen>unix:path={folder}/bus</li
 
 
 def mortal(command):
-    """The command, so that it does not outlive this process."""
+    """Changes the command so that it ends with this process."""
     return ["setpriv", "--pdeathsig", "KILL", *map(str, command)]
 
 
 def why_no_journal():
-    """Why no journal can be started for a client; None if it can."""
+    """The reason why no journal can be started for a client; None if there is none."""
     if os.geteuid() != 0:
-        return "needs root, to give the client a journal of its own"
+        return "requires root, to start a private journal for the client"
     if not os.path.exists("/lib/systemd/systemd-journald"):
-        return "needs the package systemd"
+        return "requires the package systemd"
     probe = subprocess.run(["unshare", "--mount", HERE / "with_journal.sh", "true"], capture_output=True, text=True,
                            check=False)
-    return f"cannot be started here: {probe.stderr.strip()}" if probe.returncode else None
+    return f"requires a private journal, which does not start: {probe.stderr.strip()}" if probe.returncode else None
 
 
 class Process:
-    """A program that is told something in a line, and answers with one. The last argument is the descriptor of the pipe
-    through which clients tell the service what they have received."""
+    """A program that reads commands of one line, and answers each with a line. Its last argument is the descriptor of
+    the pipe through which clients report to the service what they have received."""
 
     def __init__(self, command, credit, environment):
         self.name = " ".join(map(str, command))
@@ -51,7 +51,7 @@ class Process:
     def hear(self):
         if not self.waiting.select(PATIENCE):
             self.process.kill()
-            raise RuntimeError(f"{self.name} has not answered for {PATIENCE} s")
+            raise RuntimeError(f"{self.name} did not answer within {PATIENCE} s")
         line = self.process.stdout.readline()
         if not line.endswith(b"\n"):
             raise RuntimeError(f"{self.name} has ended with status {self.process.wait()}")
@@ -61,7 +61,7 @@ class Process:
         return self
 
     def __exit__(self, failure, *_):
-        """Ends it; that it ends badly is a failure, unless there is another one already."""
+        """Ends the process. Its failure is reported unless another failure is."""
         self.process.stdin.close()
         try:
             status = self.process.wait(PATIENCE)
@@ -73,7 +73,7 @@ class Process:
 
 
 class Client(Process):
-    """One client process; `start` is how long it took to the first answered call, in nanoseconds."""
+    """One client process. `start` is the time to its first answered call, in nanoseconds."""
 
     def __init__(self, command, credit, environment):
         super().__init__(command, credit, environment)
@@ -85,7 +85,7 @@ class Client(Process):
 
 
 def processor_time(pid):
-    """What the process's threads have worked, in nanoseconds. One may end meanwhile."""
+    """The processor time of all threads of the process, in nanoseconds. A thread may end meanwhile."""
     worked = 0
     for file in pathlib.Path(f"/proc/{pid}/task").glob("*/schedstat"):
         with contextlib.suppress(FileNotFoundError, ProcessLookupError):
@@ -94,7 +94,7 @@ def processor_time(pid):
 
 
 class Bench:
-    """A bus and the service on it, for as long as the `with` lasts."""
+    """A bus with the service, until the end of the `with` statement."""
 
     def __init__(self, programs):
         self.programs = pathlib.Path(programs)
@@ -128,7 +128,7 @@ class Bench:
         return self.stack.__exit__(*what)
 
     def command(self, variant):
-        """How a client of that variant is run, and in which environment."""
+        """The command of a client of the variant, and its environment."""
         command = [self.programs / f"bench_client_{variant.program}", self.service_name]
         if not variant.journal:
             return command, self.environment
@@ -145,14 +145,14 @@ class Bench:
             yield made
 
     def processor_times(self, client):
-        """What the others have worked that a call of this client keeps busy, in nanoseconds."""
+        """The processor time of the other processes that take part in a call of the client, in nanoseconds."""
         times = {"daemon": processor_time(self.daemon), "service": processor_time(self.service.process.pid)}
         children = pathlib.Path(f"/proc/{client.process.pid}/task/{client.process.pid}/children")
         journal = children.read_text().split() if children.exists() else []
         return {**times, "journal": sum(map(processor_time, journal))}
 
     def count_journal_lines(self, variant):
-        """How many lines of a client that makes ten calls come to the journal of its own; none is a failure."""
+        """The number of lines that ten calls of a client write to its journal. Fewer than ten are a failure."""
         command, environment = self.command(variant)
         looking = ["sh", "-c", """
             "$@" >/dev/null
@@ -167,11 +167,11 @@ class Bench:
                              input="repeat mute 10\n")
         lines = sum("MuteAudio" in line for line in run.stdout.splitlines())
         if lines < 10:
-            raise RuntimeError(f"of ten calls {lines} lines have come to the journal: {run.stderr}")
+            raise RuntimeError(f"ten calls wrote only {lines} lines to the journal: {run.stderr}")
         return lines
 
     def push(self, clients, count, size, batch):
-        """Pushes to clients that have subscribed; what each of them says of it."""
+        """Pushes packets to subscribed clients. Returns the report of each client."""
         for client in clients:
             client.tell(f"receive {count} {size} {batch}")
         self.service.tell(f"push {count} {size} {batch}")

@@ -6,15 +6,15 @@ import itertools
 from blocks import alternate, over_generations, spread, summaries
 from variants import CROWD_SIZES, LIBRARY, PACKETS, SDBUSCPP
 
-# By the size of a packet: packets of a batch, of which two may be on their way, and batches of a block.
+# By the size of a packet: packets per batch, and batches per block. At most two batches are outstanding.
 SHAPES = {188: (100, 20), 4096: (100, 10), 65536: (8, 40), 1048576: (1, 60)}
 SLOW_BATCHES = {188: 5, 4096: 1, 65536: 2, 1048576: 6}
 CALLBACKS = (1, 2, 4, 8, 16, 32, 64)
 
 
 def block_of(variant, size, clients=1):
-    """Packets of a block and of a batch. Who copies byte by byte gets fewer of the same batches, and so do several
-    clients at a time."""
+    """The packets of a block and of a batch. A client that copies byte by byte gets fewer batches of the same size, and
+    so do several clients at a time."""
     batch, batches = SHAPES[size]
     if variant == SDBUSCPP:
         return batch * SLOW_BATCHES[size], batch
@@ -22,7 +22,7 @@ def block_of(variant, size, clients=1):
 
 
 def inspect(bench, variants):
-    """A packet of each size that comes alone, so that the client compares all its bytes."""
+    """Pushes a single packet of each size, so that the client compares all its bytes."""
     with bench.clients(variants) as clients:
         for variant, size in itertools.product(variants, PACKETS):
             client = clients[variant][0]
@@ -32,7 +32,7 @@ def inspect(bench, variants):
 
 
 def push_block(bench, clients, variant, size):
-    """One block; the clock runs from the first packet's arrival to the last one's."""
+    """One block. The time is that from the arrival of the first packet to that of the last one."""
     count, batch = block_of(variant, size, len(clients))
     for client in clients:
         client.ask("forget-peak")
@@ -63,15 +63,15 @@ def measure_pushes(bench, variants, form):
 
 
 def measure_crowds(bench, variants, form, crowds):
-    """Several processes, each of which gets every packet. Not with a log: each would have a journal of its own, and no
-    system has so many."""
+    """Measures several processes, each of which gets every packet. Variants with a journal are left out: each process
+    would have a private one, and no system has that many."""
     few = [variant for variant in variants if not variant.journal]
     return {"form": form, **{str(size): {str(number): pushed(bench, few, form, size, number) for number in crowds}
                              for size in CROWD_SIZES}}
 
 
 def measure_callbacks(bench, rounds, size=4096):
-    """More and more callbacks in one process of the library: seconds a message, and of the processor."""
+    """Measures a growing number of callbacks in one process of the library: time and processor time per message."""
     count, batch = block_of(LIBRARY, size)
     measured = {"rounds": rounds, "size": size, "callbacks": {}}
 

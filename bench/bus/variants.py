@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""What is compared, and at what. The ratios are to GDBus, and some to sdbus-c++."""
+"""The compared variants, methods and sizes. Ratios are to GDBus, and some to sdbus-c++."""
 
 from typing import NamedTuple
 

@@ -1,7 +1,7 @@
 #!/bin/sh
 # SPDX-License-Identifier: MIT
-# with_journal.sh COMMAND...: runs the command where the system's log is a journal of its own, in memory, that takes
-# every line: nothing is written to the machine's log. As root, with unshare --mount around it.
+# with_journal.sh COMMAND...: runs the command with a private journal as the system's log, which keeps every line in
+# memory. Nothing is written to the machine's log. Run it as root, in unshare --mount.
 set -e
 mount --make-rprivate /
 mount -t tmpfs tmpfs /run
@@ -12,7 +12,7 @@ setpriv --pdeathsig KILL /lib/systemd/systemd-journald </dev/null >/dev/null 2>&
 tries=0
 until [ -S /run/systemd/journal/socket ]; do
     tries=$((tries + 1))
-    [ "$tries" -lt 600 ] || { echo "the journal does not start" >&2; exit 1; }
+    [ "$tries" -lt 600 ] || { echo "systemd-journald does not start" >&2; exit 1; }
     sleep 0.05
 done
 exec "$@"

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""What inprocess.sh has measured, as rows of text and as data of plots."""
+"""The measurements of inprocess.sh, as rows of text and as data of plots."""
 
 import statistics
 
@@ -22,18 +22,18 @@ def rounds_by_name(result):
 
 
 def heap_by_name(result):
-    """What a round asks the heap for."""
+    """The allocations of a round."""
     return {run["name"]: {figure: run[figure] for figure in ("allocations", "allocated_bytes")}
             for run in result["benchmarks"]}
 
 
 def large_ratio(times, name):
-    """How many times a memcpy of 1 MiB it takes, from median to median."""
+    """The ratio of the median to that of a memcpy of 1 MiB."""
     return statistics.median(times[f"{name}/{LARGE}"]) / statistics.median(times[f"memcpy/{LARGE}"])
 
 
 def growths(times):
-    """How the cost grows: 1 where it is linear in the entries, and follows memcpy in the bytes."""
+    """How the cost grows: 1 if it is linear in the entries, and proportional to memcpy in the bytes."""
     def median(name, shape):
         return statistics.median(times[f"{name}/{shape}"])
 
@@ -46,9 +46,10 @@ def growths(times):
     found = {}
     for name in ("peer_encode", "peer_decode"):
         title = TITLES[name]
-        found[f"{title}: an entry more between 100 and 1,000, to one between 10 and 100"] = (
+        found[f"{title}: a further entry with 100 to 1,000, compared with 10 to 100"] = (
             entry(name, 100, 1000) / entry(name, 10, 100))
-        found[f"{title}: times memcpy at 8 MiB, to times memcpy at 1 MiB"] = factor(name, 8 << 20) / factor(name, 1 << 20)
+        found[f"{title}: factor to memcpy at 8 MiB, compared with 1 MiB"] = (
+            factor(name, 8 << 20) / factor(name, 1 << 20))
     return found
 
 
@@ -87,11 +88,11 @@ def times_table(times, first, shapes, label):
 
 
 def rate_table(times, shapes):
-    """Bytes a second."""
+    """Bytes per second."""
     def row(shape):
         size = int(shape.split("/")[1])
         return [size_text(size)] + [f"{size / statistics.median(times[f'{name}/{shape}']):.3g}" for name in SERIES]
-    return ["GB a second, value of", *TITLES.values()], [row(shape) for shape in shapes]
+    return ["GB/s, value of", *TITLES.values()], [row(shape) for shape in shapes]
 
 
 def heap_table(heap, shapes):
@@ -110,22 +111,22 @@ def workload_table(times, heap):
         return [f"`{name.split('/')[1]}`", time_text(median), f"{spread:.1%}", f"{run['allocations']:.0f}",
                 f"{run['allocated_bytes']:.0f}"]
     names = sorted(name for name in times if name.startswith("workload/"))
-    header = ["workload", "median", "between the quartiles", "allocations", "bytes allocated"]
+    header = ["workload", "median", "interquartile range", "allocations", "bytes allocated"]
     return header, [row(name) for name in names]
 
 
 def large_table(times):
-    """Values of 1 MiB. The ratio is that of the medians; between the quartiles lies half of the row's own times."""
+    """Values of 1 MiB. The ratio is that of the medians; half of the times of a row are in its interquartile range."""
     base = statistics.median(times[f"memcpy/{LARGE}"])
 
     def row(name):
         median, spread = quartiles(times[f"{name}/{LARGE}"])
         return [TITLES[name], time_text(median), f"{median / base:.2f}", f"{spread:.1%}"]
-    return ["value of 1 MiB", "median", "times memcpy", "between the quartiles"], [row(name) for name in SERIES]
+    return ["value of 1 MiB", "median", "factor to memcpy", "interquartile range"], [row(name) for name in SERIES]
 
 
 def shapes_of(times):
-    """The messages that were measured, as <entries>/<bytes>: those of one entry, and those of more and more."""
+    """The measured messages, as <entries>/<bytes>: those with one entry, and those with a growing number of entries."""
     shapes = [name.removeprefix("memcpy/") for name in times if name.startswith("memcpy/")]
     return (sorted((shape for shape in shapes if shape.startswith("1/")), key=lambda shape: int(shape[2:])),
             sorted((shape for shape in shapes if shape.endswith("/16")), key=lambda shape: int(shape[:-3])))

@@ -13,8 +13,9 @@
 #include <string>
 #include <vector>
 
-// Each benchmark is named <what>/<entries>/<bytes of a value>, or workload/<name>. With G_SLICE=always-malloc
-// in the environment, which makes GLib's slices visible, each also tells what one round asks the heap for.
+// The name of a benchmark is <what>/<entries>/<bytes of a value>, or workload/<name>. With
+// G_SLICE=always-malloc in the environment, which makes GLib's slices visible, each also reports the
+// allocations of one round.
 
 using namespace zviptv;
 using namespace zviptv::test;
@@ -23,7 +24,7 @@ namespace {
 
 using Run = std::function<void()>;
 
-/// A round of something on messages of so many entries with so many bytes each.
+/// One round on messages with the given number of entries and of bytes per entry.
 using Maker = Run (*)(std::size_t entries, std::size_t size);
 
 std::size_t BytesOf(std::size_t entries, std::size_t size)
@@ -31,7 +32,7 @@ std::size_t BytesOf(std::size_t entries, std::size_t size)
     return entries * size;
 }
 
-/// A plain copy of the values' bytes, between two buffers that are there.
+/// Copies the bytes of the values between two existing buffers.
 Run Copying(std::size_t entries, std::size_t size)
 {
     auto const from = std::make_shared<std::vector<char>>(BytesOf(entries, size), 'v');
@@ -42,13 +43,13 @@ Run Copying(std::size_t entries, std::size_t size)
     };
 }
 
-/// The same into memory that the heap hands out for it: what has to be paid wherever somebody keeps the copy.
-/// The heap may hand out what it was given back before.
+/// The same into newly allocated memory, which everyone who keeps a copy needs. The heap may return memory
+/// that was freed before.
 Run CopyingIntoHeap(std::size_t entries, std::size_t size)
 {
     auto const from = std::make_shared<std::vector<char>>(BytesOf(entries, size), 'v');
     return [=] {
-        // NOLINTNEXTLINE(cppcoreguidelines-no-malloc): memory that is not written before
+        // NOLINTNEXTLINE(cppcoreguidelines-no-malloc): uninitialised memory
         std::unique_ptr<void, decltype(&std::free)> const to(std::malloc(from->size()), std::free);
         benchmark::DoNotOptimize(std::memcpy(to.get(), from->data(), from->size()));
         benchmark::ClobberMemory();
@@ -69,14 +70,14 @@ Run Decoding(std::size_t entries, std::size_t size)
     return [=] { benchmark::DoNotOptimize(Decode(body.get())); };
 }
 
-/// GIO's part, without the sending: the encoded body made into the bytes of a message.
+/// GIO's part without the sending: converts the encoded body to the bytes of a message.
 Run WritingGIO(std::size_t entries, std::size_t size)
 {
     std::shared_ptr<GVariant> const body = EncodeForPeer(MakeMessage(entries, size));
     return [=] { benchmark::DoNotOptimize(ToWire(body.get())); };
 }
 
-/// And a body made of the bytes.
+/// Converts the bytes back to a body.
 Run ReadingGIO(std::size_t entries, std::size_t size)
 {
     auto const wire = std::make_shared<Wire>(ToWire(EncodeForPeer(MakeMessage(entries, size)).get()));

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# Both axes logarithmic: what is linear is a line that rises by one decade in each.
+# Both axes are logarithmic: linear growth is a straight line that rises by one decade per decade.
 set terminal svg size 900,560 background "white" font "sans,13"
 set logscale xy
 set key left top

@@ -13,7 +13,7 @@ GVariant* NewEntry(wire::Entry const& entry)
     return g_variant_new_dict_entry(g_variant_new_string(entry.key), g_variant_new_variant(bytes));
 }
 
-/// Without format strings, which would have to be read anew for each entry.
+/// Uses no format strings, which GLib would parse for each entry.
 GVariant* Encode(std::initializer_list<wire::Entry> entries)
 {
     GVariantBuilder builder;
@@ -45,7 +45,7 @@ void Decode(GVariant* body, EntryReader& reader)
         zviptv::Owned<GVariant> const entry(g_variant_get_child_value(entries.get(), i));
         DecodeEntry(entry.get(), reader);
     }
-    reader.Finish(); // the body still holds all values
+    reader.Finish(); // the body still owns all values
 }
 
 zviptv::Owned<GDBusConnection> Connect()

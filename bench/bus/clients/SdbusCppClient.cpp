@@ -27,7 +27,7 @@ void Read(Dictionary const& entries, EntryReader& reader)
     reader.Finish();
 }
 
-/// One proxy for each of the service's objects, as sdbus-c++ wants it.
+/// One proxy for each object of the service, as sdbus-c++ requires.
 class SdbusCppClient final : public PlainClient
 {
 public:

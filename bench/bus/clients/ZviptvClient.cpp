@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-// Keys of subscriptions are drawn from the clock's second, so that each new one has to wait for the next.
-// Here the program's clock, which the library asks too, moves on when it is told to.
+// Keys of subscriptions are derived from the clock's second, so each new one must wait for the next second.
+// This clock, which the library also uses, advances when the program tells it to.
 namespace {
 std::time_t now = 1'000'000'000;
 }
