@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
-# Writes FILE, which adds the tests of a program to CTest: each test by itself, except that those of a suite in TOGETHER
-# are one. Run after the program has been linked, with NAME, PROGRAM, EMULATOR, TOGETHER, PROPERTIES and FILE.
+# Writes FILE, which adds the tests of a program to CTest: an entry for each test, and one for each suite in
+# TOGETHER. Run after the program has been linked, with NAME, PROGRAM, EMULATOR, TOGETHER, PROPERTIES and FILE.
 cmake_minimum_required(VERSION 3.25)
 execute_process(COMMAND ${EMULATOR} "${PROGRAM}" --gtest_list_tests
     OUTPUT_VARIABLE listed TIMEOUT 60 COMMAND_ERROR_IS_FATAL ANY)

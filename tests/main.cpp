@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <gmock/gmock.h>
 
-/// Of every test program. The exit status is 77 if nothing has failed and a test has been skipped.
+/// The main function of every test program. The exit status is 77 if a test was skipped and none failed.
 int main(int argc, char** argv)
 {
     testing::InitGoogleMock(&argc, argv);

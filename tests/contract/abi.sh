@@ -1,6 +1,6 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# The binary interface of both libraries is the committed one: abi.sh BUILD SOURCE [left-out]
+# Checks that the binary interface of both libraries is the committed one: abi.sh BUILD SOURCE [left-out]
 if [ "${3-}" = left-out ]; then
     echo "skipped: the committed interface is that of the release build by g++ on x86-64, without sanitizers"
     exit 77
@@ -25,7 +25,7 @@ is_committed() {
     fi
 }
 
-# The check notices what it is for: each time the baseline is that of a library which differs in one thing.
+# The check finds differences: each baseline is that of a library with one difference.
 notices() {
     local what=$1
     sed -E "$2" "$baseline" >"$work/other.abi"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A user's program for the client layer: something of every header.
+// A user's program for the client layer that uses something from every header.
 #include <zviptv/client/Client.h>
 
 #include <iostream>

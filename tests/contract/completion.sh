@@ -1,7 +1,7 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# What bash offers to complete, with the installed files and without bash-completion's own functions: completion.sh
-# BUILD SOURCE
+# Checks the completions that bash offers with the installed files, and without the functions of bash-completion:
+# completion.sh BUILD SOURCE
 . "$(dirname "$0")/install.sh"
 
 export PATH=$prefix/bin:$PATH LD_LIBRARY_PATH=$libdir
@@ -11,7 +11,7 @@ mkdir empty media
 touch media/one.ts media/two.ts media/guide.xml media/film.scenario
 cd media
 
-# offered WORD...: what may stand in the last one's place, as bash calls the function; words are parted at "=".
+# offered WORD...: prints the completions of the last word. Like bash, it splits words at "=".
 offered() (
     # shellcheck source=../../packaging/completion/zviptv.bash
     . "$completions/$1"
@@ -84,11 +84,11 @@ expect 'zviptv-sim --replay one.ts --unrecorded' '' 'error false stream'
 expect 'zviptv-sim --ts one.ts --' zviptvct zviptvctl
 expect 'zviptv-sim --ts one.ts -- cat' o one.ts
 
-# With bash-completion, what stands behind -- is that package's.
+# With bash-completion, that package completes the words after --.
 _command_offset() { COMPREPLY=("offset $1"); }
 expect 'zviptv-sim --ts one.ts -- zviptvctl' au 'offset 4'
 
-# Every subcommand and option of the tools is offered.
+# All subcommands and options of the tools are offered.
 for tool in zviptvctl zviptv-sim; do
     offered "$tool" -- | sort >"$work/offered"
     "$tool" --help | sed -nE 's/^  (-h,)?(--[a-z-]+(,--[a-z-]+)?).*/\2/p' | tr , '\n' | sort >"$work/named"
@@ -98,5 +98,5 @@ done
 offered zviptvctl '' | sort >"$work/offered"
 "$prefix/bin/zviptvctl" --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z]*\) .*/\1/p' | sort | diff - "$work/offered"
 
-# A tool that is gone offers nothing and says nothing.
+# Without the tool, nothing is offered and nothing is printed.
 [ -z "$(PATH=$work/empty offered zviptvctl '' 2>&1)" ]

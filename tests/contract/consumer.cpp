@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A user's program: every kind of thing the library exports, used from outside.
+// A user's program that uses every kind of export of the library.
 #include <zviptv/CommonNative.h>
 #include <zviptv/ConnectionHelperDBusClient.h>
 #include <zviptv/IPTVServiceAPI.h>

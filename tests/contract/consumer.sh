@@ -32,7 +32,7 @@ pkg-config)
     ;;
 esac
 
-# No bus: the programs show what an application meets there.
+# Without a bus, the programs show how the library fails.
 export DBUS_SYSTEM_BUS_ADDRESS=unix:path=$work/no-bus LD_LIBRARY_PATH=$libdir
 for program in consumer client_consumer; do
     "$programs/$program" >"$work/output"

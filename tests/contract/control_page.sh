@@ -1,20 +1,20 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# The page of the control interface names the members that the interface has, with their types, the words that some
-# properties show, and the verbs that zviptvctl has: control_page.sh BUILD SOURCE
+# Checks that the page of the control interface lists its members with their types, the words of its properties, and the
+# verbs of zviptvctl: control_page.sh BUILD SOURCE
 . "$(dirname "$0")/install.sh"
 
 root=$source/../..
 page=$root/docs/reference/simulator-control.md
 export LD_LIBRARY_PATH=$libdir
 
-# The rows of a table, their first N cells without the code marks: "Running b".
+# Prints the first N cells of each row of a table, without code marks: "Running b".
 rows() {
     sed -n "/^<!-- table: $1 -->/,/^<!-- end of table -->/p" "$page" | sed -n '5,$p;4p' | grep '^| `' |
         sed 's/\\|/OR/g' | cut -d '|' -f "$2" | sed 's/`//g; s/|/ /g; s/  */ /g; s/^ //; s/ *$//; s/OR/|/g' | sort
 }
 
-# The words between code marks.
+# Prints the words between code marks.
 marked() {
     # shellcheck disable=SC2016
     grep -o '`[A-Za-z]*`' | tr -d '`' | sort
@@ -38,7 +38,7 @@ for table in properties:property:2,3 signals:signal:2,3; do
     rows "$name" "$cells" | diff "$work/described" -
 done
 
-# The words of properties that are enumerations, each in the place of its number.
+# The words of enumerations, in the order of their numbers.
 words() {
     sed -n "s/^constexpr char const\* $1\[\] = {\(.*\)};/\1/p" "$root/tools/sim/control/Report.cpp" |
         tr -d '" ' | tr ',' '\n'
@@ -54,14 +54,14 @@ for property in SourceState:SourceStates DualSound:DualSounds; do
     sed -n "s/^| \`${property%:*}\` //p" "$page" | cut -d '|' -f 3 | marked | diff "$work/described" -
 done
 
-# Properties that are not announced: the page names them in the sentence about it.
+# Properties whose changes are not signalled, which the page names in one sentence.
 echo "not announced:"
 grep -B 1 EmitsChangedSignal "$root/tools/sim/control/org.corvel.zviptvapi.Simulator1.xml" |
     sed -n 's/.*<property name="\([A-Za-z]*\)".*/\1/p' | sort >"$work/described"
 [ -s "$work/described" ]
 tr '\n' ' ' <"$page" | grep -o '[^.]* change all the time' | marked | diff "$work/described" -
 
-# A method's types are those before the entries of its dictionary.
+# The types of a method are those before its dictionary of options.
 sed -n 's/^method //p' "$work/members" | sed 's/ *$//' | sort >"$work/described"
 echo methods:
 { rows methods 3,4 | sed 's/:.*//'; rows "scenario methods" 2-4 | sed -E 's/ ([a-z]) ([a-z])/ \1, \2/'; } | sort | diff "$work/described" -

@@ -1,6 +1,6 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# The demo runs to its end: demo.sh BUILD SOURCE
+# Runs the demo, and checks its output: demo.sh BUILD SOURCE
 . "$(dirname "$0")/install.sh"
 
 export PATH=$prefix/bin:$PATH LD_LIBRARY_PATH=$libdir ZV_IPTV_LOG=none

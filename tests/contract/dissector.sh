@@ -1,6 +1,6 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# tshark reads with zviptv.lua what dbus-monitor recorded of the simulator's bus: dissector.sh BUILD SOURCE
+# Checks what tshark shows with zviptv.lua of a recording of dbus-monitor: dissector.sh BUILD SOURCE
 . "$(dirname "$0")/install.sh"
 . "$source/private_bus.sh"
 
@@ -8,12 +8,12 @@ samples=$(cd "$source/../../samples" && pwd)
 export LD_LIBRARY_PATH=$libdir PATH=$prefix/bin:$PATH ZV_IPTV_LOG=none
 cd "$work"
 
-# tick NAME: something for the monitor to see.
+# tick NAME: sends a signal, so that the monitor receives something.
 tick() {
     dbus-send --system --print-reply --dest=org.freedesktop.DBus / org.freedesktop.DBus.NameHasOwner "string:$1" >tick.out
 }
 
-# A capture begins with a head of 24 bytes; more comes when the monitor sees messages.
+# A capture begins with a header of 24 bytes. It grows when the monitor receives messages.
 dbus-monitor --pcap --address "$DBUS_SYSTEM_BUS_ADDRESS" >bus.pcap &
 monitor=$!
 until [ "$(stat -c %s bus.pcap)" -gt 24 ]; do
@@ -40,7 +40,7 @@ wait_for_service "$service"
     zviptvctl caption --count 1
 } >calls.out 2>&1
 
-# send MESSAGE: a request to the service that is not of the protocol.
+# send MESSAGE: sends the service a request that is not part of the protocol.
 send() {
     gdbus call --address "$DBUS_SYSTEM_BUS_ADDRESS" --dest org.corvel.zviptvapi.dbushelper \
         --object-path /org/corvel/zviptvapi/DbusCommunication/PLAYERCONTROL \
@@ -60,7 +60,7 @@ done
 kill "$monitor"
 wait "$monitor" || true
 
-# shown FILTER FIELD...: the filter, and under it the fields of every message that passes it.
+# shown FILTER FIELD...: prints the filter, and below it the fields of every message that matches it.
 shown() {
     local filter=$1 fields=() field
     shift

@@ -1,6 +1,6 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# The examples, built against the installed files and run with the installed simulator: examples.sh BUILD SOURCE
+# Builds the examples with the installed files, and runs them with the installed simulator: examples.sh BUILD SOURCE
 . "$(dirname "$0")/install.sh"
 
 root=$(cd "$source/../.." && pwd)
@@ -24,7 +24,7 @@ EOF
 on_the_sample receive_pes | tee "$work/out"
 test "$(grep -cE '^PID (256|257|258|259|260|261), PTS [0-9]+, [0-9]+ bytes$' "$work/out")" = 10
 
-# The minimal service on a private bus of its own, muted and unmuted by the first example.
+# The first example mutes and unmutes the minimal service on a private bus.
 . "$source/private_bus.sh"
 minimal_service >"$work/service" &
 service=$!

@@ -1,6 +1,7 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# Every installed header compiles by itself, with strict warnings, and those of the interface need no GLib: headers.sh BUILD SOURCE
+# Checks that every installed header compiles by itself with strict warnings, and that those of the interface do not
+# need GLib: headers.sh BUILD SOURCE
 . "$(dirname "$0")/install.sh"
 
 diff <(cd "$prefix/include/zviptv" && find . -name testing -prune -o -name '*.h' -printf '%P\n' | LC_ALL=C sort) - <<'EOF'
@@ -57,7 +58,7 @@ for header in "$prefix"/include/zviptv/testing/*.h; do
         $(pkg-config --cflags gio-2.0) "$work/one.cpp"
 done
 
-# An older language is told in a sentence, before anything else.
+# With an older C++ standard, the first error is a sentence that says so.
 printf '#include <zviptv/IPTVServiceAPI.h>\n' >"$work/old.cpp"
 if "$CXX" -std=c++14 -fsyntax-only -I "$prefix/include" "$work/old.cpp" 2>"$work/errors"; then
     echo "the headers take C++14"

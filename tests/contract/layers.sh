@@ -1,7 +1,7 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# Folders of src and tools include what docs/explanation/architecture.md says, headers nothing of either:
-# layers.sh BUILD SOURCE
+# Checks that the folders of src and tools include only the folders in docs/explanation/architecture.md, and that the
+# installed headers include nothing of either: layers.sh BUILD SOURCE
 set -euo pipefail
 cd "$2/../.."
 status=0
@@ -11,7 +11,7 @@ fail() {
     status=1
 }
 
-# may FOLDER OTHER...: the folders of which this one includes something, besides itself.
+# may FOLDER OTHER...: declares the other folders that the folder includes.
 may() {
     local folder=$1 included other
     shift
@@ -66,7 +66,7 @@ may tools/ctl/simulator session output verbs common glib
 may tools/ctl/doctor output common glib
 may tools/ctl/trace session output trace common glib
 
-# The rooms of the client layer, which are included as "client/ROOM/...".
+# The folders of the client layer, which are included as "client/FOLDER/...".
 client_may() {
     local room=src/client/$1 included other
     shift
@@ -88,7 +88,7 @@ client_may captions stream
 for room in src/client/*/; do
     [[ "$clients" == *" ${room%/} "* ]] || fail "say here what $room may include"
 done
-# It uses the library through its public headers, except for what watches a bus.
+# It uses the library through its public headers, except for the code that watches a bus.
 while IFS=: read -r file name; do
     case $name in
     dbus/CloseWatch.h | dbus/FreeDescriptors.h | dbus/SignalSubscription.h | dbus/UserData.h) ;;
@@ -99,7 +99,7 @@ done < <(grep -roE '#include "dbus/[A-Za-z]+\.h"' src/client | sed 's/#include "
 for folder in $folders; do
     [[ "$checked" == *" $folder "* ]] || fail "say here what $folder may include"
 done
-# A name without a folder is of the same folder, or of a generated header, never of the folder above.
+# A name without a folder belongs to the same folder or to a generated header, never to the folder above.
 while IFS=: read -r file name; do
     [ -e "${file%/*}/$name" ] || [ -z "$(find src tools -name "$name")" ] || fail "$file includes $name of another folder"
 done < <(grep -roE '#include "[A-Za-z0-9]+\.h"' src/*/ tools/*/ | sed 's/#include "//; s/"$//')

@@ -1,6 +1,6 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# The manual pages name the options and commands that --help does, no more and no less: man_pages.sh BUILD SOURCE
+# Checks that the manual pages list exactly the options and commands of --help: man_pages.sh BUILD SOURCE
 . "$(dirname "$0")/install.sh"
 
 pages=$(cd "$source/../../docs/man" && pwd)
@@ -9,7 +9,7 @@ options() { grep -oE -- '--[a-z][a-z-]*' | sort -u; }
 
 for tool in zviptv-sim zviptvctl; do
     "$prefix/bin/$tool" --help >"$work/help"
-    # What stands at the beginning of a line; of the command line's page, what is before its commands.
+    # The words at the beginning of a line; on the page of zviptvctl, only those before its commands.
     grep -oE '^ *(-[a-z],)?--[a-z-]+(,--[a-z-]+)*' "$work/help" | options >"$work/in-help"
     sed '/^# COMMANDS/,$d' "$pages/$tool.1.scd" | grep -E '^\*-' | options >"$work/in-page"
     echo "$tool:"
@@ -26,7 +26,7 @@ sed -n '/^# EXIT/,/^# ENV/p' "$pages/zviptvctl.1.scd" | sed -n '/^\*[0-6]\*$/{s/
 test -s "$work/in-help"
 diff "$work/in-help" "$work/in-page"
 
-# The installed pages are those of the tools and the overview.
+# The pages of the tools and the overview are installed.
 for page in man1/zviptv-sim.1 man1/zviptvctl.1 man7/zv-iptv.7; do
     grep -q '^\.TH ' "$prefix/share/man/$page" || { echo "Not installed: $page"; exit 1; }
 done

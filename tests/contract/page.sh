@@ -1,23 +1,23 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# Types the commands of a page, builds its programs and compares what comes out: page.sh BUILD SOURCE PAGE
+# Runs the commands of a page, builds its programs and compares the output: page.sh BUILD SOURCE PAGE
 . "$(dirname "$0")/install.sh"
 
 root=$(cd "$source/../.." && pwd)
 mkdir "$work/bin"
 printf '#!/bin/sh\nexec "%s" "$@" %s\n' "$CXX" "$sanitize" >"$work/bin/g++"
-# Whoever types waits until a service is there; so does the script.
+# Pages use this to wait for a service, as a reader would.
 cat >"$work/bin/wait-for-service" <<'END'
 #!/bin/sh
 tries=0
 until dbus-send --system --print-reply --dest=org.freedesktop.DBus / org.freedesktop.DBus.NameHasOwner \
     string:org.corvel.zviptvapi.dbushelper | grep -q true; do
     tries=$((tries + 1))
-    [ "$tries" -lt 600 ] || { echo "no service has come" >&2; exit 1; }
+    [ "$tries" -lt 600 ] || { echo "no service has started" >&2; exit 1; }
     sleep 0.05
 done
 END
-# In a container the bus complains of its limits.
+# In a container the bus prints warnings about its limits.
 printf '#!/bin/sh\nexec dbus-daemon "$@" 2>>"%s"\n' "$work/bus.log" >"$work/bin/bus"
 printf '#!/bin/sh\nexec "%s" --dbus-daemon="%s" "$@"\n' "$(command -v dbus-run-session)" "$work/bin/bus" \
     >"$work/bin/dbus-run-session"

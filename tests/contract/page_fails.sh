@@ -1,7 +1,7 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# What is wrong in a page is noticed: page_fails.sh BUILD SOURCE
-# shellcheck disable=SC2016 # pages, as they are
+# Checks that page.py finds errors in pages: page_fails.sh BUILD SOURCE
+# shellcheck disable=SC2016 # the pages contain code marks
 set -euo pipefail
 source=$2
 root=$(cd "$source/../.." && pwd)
@@ -10,7 +10,7 @@ trap 'rm -rf "$work"' EXIT
 mkdir "$work/root"
 ln -s "$root/run" "$root/samples" "$root/examples" "$root/tests" "$root/packaging" "$work/root"
 
-# try STATUS SAID: standard input is a page.
+# try STATUS TEXT: page.py ends with the status, and prints the text, for the page in standard input.
 try() {
     local status=0
     cat >"$work/root/page.md"
@@ -36,8 +36,8 @@ printf '```\nls\n```\n' | try 1 'page.md:1: block without a language: neither ru
 printf 'Text:\n\n    ls\n' | try 1 'page.md:3: block without a language: neither run nor marked'
 printf '* item\n\n  ```sh\n  ls\n  ```\n' | try 1 'page.md:3: sh: neither run nor marked'
 printf '<!-- not run: needs root -->\n```\nls\n```\n' | try 0 'not run: needs root'
-printf '<!-- not run: -->\n```\nls\n```\n' | try 1 'for what reason?'
-printf '<!-- not run it: needs root -->\n```\nls\n```\n' | try 1 'a comment that is no marker'
+printf '<!-- not run: -->\n```\nls\n```\n' | try 1 'not run, without a reason'
+printf '<!-- not run it: needs root -->\n```\nls\n```\n' | try 1 'a comment that is not a marker'
 printf '<!-- not run: needs root -->\nText\n' | try 1 "no block follows the marker 'not run'"
 printf '```console\n$ ls\n' | try 1 'a block without an end'
 printf '<!-- file: a.txt -->\n```\na\n```\n```console\n$ cat a.txt\nb\n```\n' | try 1 '+a'
@@ -49,4 +49,4 @@ printf '<!-- run by: tests/contract/page.sh -->\n```\nsystemctl start nothing\n`
 printf '<!-- drop-in of: packaging/systemd/zviptv-sim.service -->\n```ini\n[Service]\nEnvironment="ZVIPTV_OPTIONS=a"\n```\n' |
     try 1 'does not use ZVIPTV_OPTIONS'
 printf 'Type `./run everything`.\n' | try 1 'does not know ./run everything'
-printf 'See [there](docs/nowhere.md).\n' | try 1 'docs/nowhere.md, which is not there'
+printf 'See [there](docs/nowhere.md).\n' | try 1 'docs/nowhere.md, which does not exist'

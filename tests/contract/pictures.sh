@@ -1,6 +1,6 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# The pictures of the pages are drawn from their sources as they are now: pictures.sh BUILD SOURCE
+# Checks that the pictures of the pages match their sources: pictures.sh BUILD SOURCE
 set -euo pipefail
 root=$(cd "$2/../.." && pwd)
 if ! command -v dot >/dev/null; then
@@ -13,7 +13,7 @@ if ! fc-list 'DejaVu Sans' | grep -q .; then
 fi
 "$root/docs/pictures/draw.py" --check
 
-# A picture that its source no longer draws is noticed.
+# The check finds a picture that differs from its source.
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cp "$root"/docs/pictures/* "$work"

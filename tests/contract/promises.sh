@@ -1,6 +1,6 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# Every test that the pages of promises name exists: promises.sh BUILD SOURCE
+# Checks that every test that the pages of guarantees name exists: promises.sh BUILD SOURCE
 set -euo pipefail
 build=$1
 docs=$2/../../docs/reference
@@ -12,7 +12,7 @@ listed=$(
 )
 status=0
 
-# A page names a test, the suite it belongs to, or the whole program.
+# A page names a test, its suite, or the whole program.
 is_test() {
     local program=${1%%.*} rest=''
     [ "$program" = "$1" ] || rest="\.([A-Za-z0-9]+/)?${1#*.}"
@@ -24,7 +24,7 @@ for page in reliability.md compatibility.md; do
     named=$(grep -oE '`([a-z_]+_tests|contract)(\.[A-Za-z0-9_]+)*`' "$docs/$page" | tr -d '`' | sort -u)
     [ -n "$named" ] || { echo "docs/reference/$page names no test" >&2; exit 1; }
     while read -r test; do
-        is_test "$test" || { echo "docs/reference/$page names $test, which is no test" >&2; status=1; }
+        is_test "$test" || { echo "docs/reference/$page names $test, which does not exist" >&2; status=1; }
     done <<<"$named"
     echo "docs/reference/$page: $(wc -l <<<"$named") tests named"
 done

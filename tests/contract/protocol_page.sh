@@ -1,6 +1,6 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# The tables of docs/reference/protocol.md are those of protocol/zviptv.xml: protocol_page.sh BUILD SOURCE
+# Checks that docs/reference/protocol.md has the tables of protocol/zviptv.xml: protocol_page.sh BUILD SOURCE
 set -euo pipefail
 root=$(cd "$2/../.." && pwd)
 work=$(mktemp -d)
@@ -9,7 +9,7 @@ check() { python3 -B "$root/protocol/generate.py" page --check "$1"; }
 
 check "$root/docs/reference/protocol.md"
 
-# refused PATTERN SED-EXPRESSION: a page that was changed like this fails with such a line.
+# refused PATTERN SED-EXPRESSION: a page changed by the expression fails with a line that matches the pattern.
 refused() {
     sed -E "$2" "$root/docs/reference/protocol.md" >"$work/page.md"
     if check "$work/page.md" >"$work/said" 2>&1; then
@@ -22,7 +22,7 @@ refused 'tables are out of date; renew them with ./run protocol' '/^\| `onoff` /
 refused "no table 'functions of NOBODY'; there are: " 's/functions of IPGUTIL/functions of NOBODY/'
 refused 'has no .* for: record ZVTTX$' '/^<!-- table: record ZVTTX -->$/,/^<!-- end of table -->$/d'
 
-# Renewing a page is all that it takes to pass.
+# Updating the page makes the check pass.
 sed -E '/^\| `onoff` /d' "$root/docs/reference/protocol.md" >"$work/page.md"
 python3 -B "$root/protocol/generate.py" page "$work/page.md"
 diff "$root/docs/reference/protocol.md" "$work/page.md"

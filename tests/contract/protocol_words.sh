@@ -1,7 +1,7 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# The installed Protocol.h keeps the constants and words that were released, in protocol_words.txt: namespace, constant,
-# word; more of them may come: protocol_words.sh BUILD SOURCE
+# Checks that the installed Protocol.h has all released constants and words, which protocol_words.txt lists as
+# namespace, constant, word. It may have more: protocol_words.sh BUILD SOURCE
 . "$(dirname "$0")/install.sh"
 
 {
@@ -15,7 +15,7 @@
 compile() { "$CXX" -std=c++17 -fsyntax-only -I "$prefix/include" "$work/words.cpp" 2>"$work/errors"; }
 compile || { cat "$work/errors" && exit 1; }
 
-# A word that differs is noticed.
+# The check finds a word that differs.
 sed -i 's/"MuteAudio"/"Muteaudio"/' "$work/words.cpp"
 if compile; then
     echo "another word passes"

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: MIT
-"""An application and a stranger without the library, on the bus of python_service.sh. Prints what the service says.
+"""An application and a stranger without the library, on the bus of python_service.sh. Prints received messages.
 
 The application answers every Send with an error: the first with one that means that the bus has too many open calls.
 """
@@ -45,7 +45,7 @@ def request(connection, method, **values):
 
 
 class Events:
-    """What arrives: s for a notification, c for a call of Send."""
+    """Prints received messages: s for a notification, c for a call of Send."""
 
     def __init__(self, connection):
         self.text = ""

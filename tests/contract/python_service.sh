@@ -1,7 +1,7 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# examples/python/service.py answers every function, pushes to those who ask, and is found again after it was killed:
-# python_service.sh BUILD SOURCE
+# Checks that examples/python/service.py answers every function, pushes to subscribers, and works again after it was
+# killed: python_service.sh BUILD SOURCE
 . "$(dirname "$0")/install.sh"
 . "$source/private_bus.sh"
 
@@ -23,17 +23,17 @@ await() {
     done
 }
 
-# lines PATTERN FILE COUNT: at least COUNT lines of the file match the pattern.
+# lines PATTERN FILE COUNT: succeeds if at least COUNT lines of the file match the pattern.
 lines() { [ -f "$2" ] && [ "$(grep -c "$1" "$2")" -ge "$3" ]; }
 
-# ask TYPE REQUEST: a request from a caller that has announced nothing.
+# ask TYPE REQUEST: sends a request as a caller that has announced nothing.
 ask() {
     gdbus call --address "$DBUS_SYSTEM_BUS_ADDRESS" --dest org.corvel.zviptvapi.dbushelper \
         --object-path "/org/corvel/zviptvapi/DbusCommunication/$1" \
         --method org.corvel.zviptvapi.DbusCommunication.Send "$2" 2>&1 | sed '/^(According to introspection/d; /^$/d'
 }
 
-# Types the commands of a session, which begin with "$ ", and compares what comes out and every exit status but 0.
+# Runs the commands of a session, which begin with "$ ", and compares the output and every exit status other than 0.
 replay() {
     local line
     while read -r line; do

@@ -11,7 +11,7 @@ if ! command -v doxygen >/dev/null; then
     exit 77
 fi
 
-# make_reference FOLDER: of a folder that looks like the project's.
+# make_reference FOLDER: makes the reference of a folder with the layout of the project.
 make_reference() {
     mkdir -p "$work/out"
     printf '%s\n' '@INCLUDE = docs/site/Doxyfile' "INPUT += $generated/zviptv" "STRIP_FROM_PATH += $generated" "OUTPUT_DIRECTORY = $work/out" |
@@ -19,7 +19,7 @@ make_reference() {
 }
 make_reference "$root"
 
-# Enumerators and macros are not warned of: they are looked up in what was made.
+# Doxygen does not warn about enumerators and macros: the test searches for them in the result.
 python3 - "$work/out/xml" <<'PYTHON'
 import glob, sys, xml.etree.ElementTree as tree
 def bare(node):
@@ -38,7 +38,7 @@ if missing or seen < 80:
     sys.exit("not documented: " + ", ".join(missing))
 PYTHON
 
-# What is not documented, and what is documented wrongly, is noticed.
+# The check finds entities without documentation and with wrong documentation.
 copy=$work/copy
 mkdir -p "$copy/docs"
 cp -r "$root/include" "$root/examples" "$copy"

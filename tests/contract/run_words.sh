@@ -1,6 +1,6 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# What ./run does with its words: run_words.sh BUILD SOURCE
+# Tests the command line of ./run: run_words.sh BUILD SOURCE
 set -euo pipefail
 root=$(cd "$2/../.." && pwd)
 
@@ -25,7 +25,7 @@ refuses 'the architecture is missing or unknown; use ./run cross armhf | arm64 |
 refuses 'the architecture is missing or unknown; use ./run cross armhf | arm64 | i386' cross mips
 diff <("$root/run") <("$root/run" help)
 
-# A build without tests, where nothing has to be installed, and with a CMake that says how it was called.
+# A build without tests, in which nothing must be installed, with a CMake that records its arguments.
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 mkdir -p "$work/packaging" "$work/bin" "$work/build/release"

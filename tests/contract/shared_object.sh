@@ -1,6 +1,6 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# The library file: soname, what it exports, hardening: shared_object.sh BUILD SOURCE
+# Checks the soname, the exports and the hardening of the libraries: shared_object.sh BUILD SOURCE
 . "$(dirname "$0")/install.sh"
 
 readelf -d "$library" >"$work/dynamic"
@@ -15,7 +15,7 @@ if grep -q 'GNU_STACK.*RWE' "$work/segments"; then
 fi
 test -L "$libdir/libzv-iptv-service-api.so"
 
-# Exported: the classes and functions of the headers, nothing of the standard library, nothing internal.
+# The library exports the classes and functions of its headers, and nothing internal or of the standard library.
 nm -DC --defined-only "$library" | cut -d' ' -f3- >"$work/exported"
 grep -q '^CIPTVServiceAPI::CreatePlayerControl(' "$work/exported"
 grep -q '^ZVGetLastFailure(' "$work/exported"
@@ -47,7 +47,7 @@ if grep -E '::(State|Parts)(::|$)' "$work/client"; then
     exit 1
 fi
 
-# Each is declared in the header of its class, by its name.
+# Each exported function is declared in the header of its class.
 sed -nE 's/^(C[A-Za-z]+)::~?([A-Za-z0-9_]+|operator=)(\[abi:cxx11\])?(\(.*)?$/\1 \2/p' "$work/exported" | sort -u >"$work/members"
 test "$(wc -l <"$work/members")" -gt 50
 test "$(grep -cE '^C[A-Za-z]+::' "$work/exported")" = "$(grep -cE '^C[A-Za-z]+::~?([A-Za-z0-9_]+|operator=)(\[|\(|$)' "$work/exported")"

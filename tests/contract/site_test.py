@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: MIT
-"""The built site as a reader meets it, opened from its folder: site_test.py HTML"""
+"""Tests the built site as readers use it, opened from its folder: site_test.py HTML"""
 import re
 import sys
 import unittest
@@ -28,7 +28,7 @@ SOUGHT = {"time out": "how-to/find-out-why-a-call-failed.html", "record a televi
 
 
 class Page(HTMLParser):
-    """The identifiers of a page, its links, and what a browser loads with it."""
+    """The identifiers and links of a page, and the files that a browser loads with it."""
 
     def __init__(self, file):
         super().__init__()

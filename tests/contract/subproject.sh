@@ -23,7 +23,7 @@ EOF
 "$CMAKE_COMMAND" -G Ninja -S "$work" -B "$work/build" -DZVIPTV_SOURCE="$root" -DCMAKE_CXX_COMPILER_LAUNCHER="${3-}"
 "$CMAKE_COMMAND" --build "$work/build"
 
-# The library alone is built, and a warning of a newer compiler does not stop the user's build.
+# Only the library is built, and a warning of a newer compiler does not stop the user's build.
 grep -x 'ZVIPTV_WERROR:BOOL=OFF' "$work/build/CMakeCache.txt"
 "$CMAKE_COMMAND" --build "$work/build" --target help >"$work/targets"
 grep -q '^ServiceApi:' "$work/targets"

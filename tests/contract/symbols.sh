@@ -1,6 +1,6 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# Both libraries export what the symbols files of their packages list, no more and no less: symbols.sh BUILD SOURCE
+# Checks that both libraries export exactly the symbols in the symbols files of their packages: symbols.sh BUILD SOURCE
 . "$(dirname "$0")/install.sh"
 
 root=$(cd "$source/../.." && pwd)
@@ -9,7 +9,7 @@ if ! command -v dpkg-gensymbols >/dev/null; then
     exit 77
 fi
 version=$(dpkg-parsechangelog -l "$root/packaging/debian/changelog" -S Version)
-# dpkg-gensymbols reads debian/control, and looks for debian/*.symbols, where it is started.
+# dpkg-gensymbols reads debian/control and debian/*.symbols in the current folder.
 mkdir "$work/debian"
 cp "$root/packaging/debian/control" "$work/debian"
 cd "$work"
@@ -19,7 +19,7 @@ check() {
     gensymbols() { dpkg-gensymbols "-p$package" "-v$version" "-e$library" -c4 -O/dev/null "-I$1"; }
     gensymbols "$symbols"
 
-    # The check notices a symbol that is listed and missing, and one that is not listed.
+    # The check finds a listed symbol that is missing, and an exported one that is not listed.
     { cat "$symbols" && echo ' _ZN15CIPTVServiceAPI4GoneEv@Base 1.0.0~'; } >"$work/more"
     grep -v "$3" "$symbols" >"$work/fewer"
     for wrong in more fewer; do

@@ -1,7 +1,7 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# One session of the simulator, recorded by every tool that can: zviptvctl trace shows the same of each recording, and
-# tshark reads what it has written: trace.sh BUILD SOURCE
+# Records one session of the simulator with several tools. Checks that zviptvctl trace shows the same for each
+# recording, and that tshark reads its files: trace.sh BUILD SOURCE
 . "$(dirname "$0")/install.sh"
 . "$source/private_bus.sh"
 
@@ -9,12 +9,12 @@ samples=$(cd "$source/../../samples" && pwd)
 export LD_LIBRARY_PATH=$libdir PATH=$prefix/bin:$PATH ZV_IPTV_LOG=none TZ=UTC
 cd "$work"
 
-# tick NAME: something for the monitors to see.
+# tick NAME: sends a signal, so that the monitors receive something.
 tick() {
     dbus-send --system --print-reply --dest=org.freedesktop.DBus / org.freedesktop.DBus.NameHasOwner "string:$1" >tick.out
 }
 
-# sees FILE NAME PID: until the recording has seen a tick of that name.
+# sees FILE NAME PID: waits until the recording contains a tick of that name.
 sees() {
     until grep -aqs "$2" "$1"; do
         kill -0 "$3"
@@ -57,7 +57,7 @@ wait "$trace"
 kill "$monitor" "$busctl"
 wait "$monitor" "$busctl" || true
 
-# content FILE: what happened according to a recording, without the times and without what asks the bus.
+# content FILE: prints the events of a recording, without times and without calls to the bus itself.
 content() {
     zviptvctl trace --in "$1" --json 2>"$1.log" | python3 -c '
 import json, sys
@@ -77,7 +77,7 @@ for name in trace.pcapng monitor.pcap busctl.pcap sim.pcap; do
 done
 [ "$(wc -l <trace.txt)" -eq "$(wc -l <trace.pcapng.txt)" ]
 
-# The simulator answers as the service did, whichever program has recorded it.
+# The simulator answers like the recorded service, whichever program made the recording.
 for name in trace.pcapng monitor.pcap busctl.pcap sim.pcap; do
     zviptv-sim --quiet --replay "$name" -- sh -e calls.sh 2>&1 | sed 's/ in [0-9.]* s .*//' |
         diff <(sed 's/ in [0-9.]* s .*//' calls.out) -

@@ -64,7 +64,7 @@ void ChannelTest::ConnectAndSettle(TestChannel& channel)
     ASSERT_EQ(channel->Connect(m_partner.Name()), 1);
     CMessageBuffer message;
     ASSERT_EQ(channel->SendNotification(message), 1);
-    ASSERT_TRUE(m_partner.WaitFor(IsSignal("SendSignal"))); // so the bus has answered all that came before
+    ASSERT_TRUE(m_partner.WaitFor(IsSignal("SendSignal"))); // the bus has answered all earlier requests
     auto const former = std::exchange(channel.onNotification, nullptr);
     bool notified = false;
     channel.onNotification = [&](CMessageBuffer&) { notified = true; };

@@ -21,15 +21,15 @@
 
 namespace zviptv::test {
 
-/// The words of the peer channel, spelled out once more so that a typo in the library shows.
+/// The words of the peer channel, repeated here to find typos in the library.
 constexpr char ChannelInterface[] = "org.corvel.zviptvapi.DbusCommunication";
 constexpr char ChannelObject[] = "/org/corvel/zviptvapi/DbusCommunication/";
 
 /// A message of text or byte entries.
 CMessageBuffer Message(std::initializer_list<TextEntry> entries);
 
-/// The entries of a buffer in the form of the wire. Fails the test where a declared size differs from the
-/// value's.
+/// The entries of a buffer in the wire format. Fails the test if a declared size differs from that of the
+/// value.
 WireEntries EntriesOf(CMessageBuffer const& message);
 
 /// A channel and its callbacks as functions. The functions must not be changed while the channel's loop runs.
@@ -39,11 +39,11 @@ public:
     explicit TestChannel(std::string const& name = "IPGUTIL");
 
     CProxyDBusHelper* operator->() const { return m_channel.get(); }
-    /// Ends the channel; allowed in its callbacks.
+    /// Destroys the channel. May be called in its callbacks.
     void Destroy() { m_channel.reset(); }
     bool IsDestroyed() const { return m_channel == nullptr; }
 
-    /// What a partner calls or signals.
+    /// Calls and signals of a partner.
     WireTarget Target(std::string const& member) const;
 
     std::function<CMessageBuffer(CMessageBuffer&)> onMessage;
@@ -60,7 +60,7 @@ private:
     std::unique_ptr<CProxyDBusHelper> m_channel;
 };
 
-/// A bus of the test's own with one foreign participant on it.
+/// A private bus with one participant that does not use the library.
 class BusTest : public testing::Test
 {
 protected:
@@ -68,7 +68,7 @@ protected:
     WirePeer m_partner;
 };
 
-/// The library's log is caught. Nobody iterates the default context but the test, with RunUntil.
+/// Captures the library's log. Only the test iterates the default context, with RunUntil.
 class ChannelTest : public testing::Test
 {
 protected:
@@ -78,8 +78,8 @@ protected:
         return RunUntil([&] { return m_log.Has(priority, message); });
     }
 
-    /// Connects the channel and returns when the bus has done all that this asked of it, and the channel has
-    /// handled the answers: the subscription is in force, the name watch has seen the partner.
+    /// Connects the channel. Returns when the bus has handled all requests for this, and the channel the
+    /// answers: the subscription works, and the name watch knows the partner.
     void ConnectAndSettle(TestChannel& channel);
 
     PrivateBus m_bus;
@@ -87,7 +87,7 @@ protected:
     WirePeer m_partner;
 };
 
-/// The default context is iterated on a thread of its own, so that the test may block.
+/// A separate thread iterates the default context, so that the test may block.
 class LoopedChannelTest : public ChannelTest
 {
 protected:

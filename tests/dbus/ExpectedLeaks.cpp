@@ -5,7 +5,7 @@ namespace {
 bool expected = false;
 }
 
-/// Asked by LeakSanitizer, where there is one, at the end of the process.
+/// LeakSanitizer, if present, calls this at the end of the process.
 extern "C" __attribute__((visibility("default"))) int __lsan_is_turned_off()
 {
     return expected ? 1 : 0;

@@ -3,8 +3,7 @@
 
 namespace zviptv::test {
 
-/// Says that this test leaks and may: an exception that passes through GLib's frames takes what they hold
-/// with it.
+/// Allows leaks in this test: an exception that passes through GLib's frames leaks their memory.
 void ExpectLeaks();
 
 } // namespace zviptv::test

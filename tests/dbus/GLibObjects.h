@@ -10,8 +10,8 @@ using VariantPtr = Owned<GVariant>;
 using NodeInfoPtr = Owned<GDBusNodeInfo>;
 using ContextPtr = Owned<GMainContext>;
 
-/// The process's shared connection to the system bus, which the library uses too. It does not end the process
-/// when the bus goes.
+/// The process's shared connection to the system bus, which the library also uses. The process survives the
+/// end of the bus.
 inline ConnectionPtr SharedConnection()
 {
     ConnectionPtr connection(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr));

@@ -8,7 +8,7 @@
 
 namespace zviptv::test {
 
-/// The helper bus, spelled out once more.
+/// The words of the helper bus, repeated here to find typos in the library.
 constexpr char HelperName[] = "org.corvel.zviptvapi.dbushelper";
 constexpr char HelperPath[] = "/org/corvel/zviptvapi/dbushelper";
 
@@ -17,7 +17,7 @@ inline WireTarget HelperTarget(std::string const& destination = HelperName)
     return {destination, HelperPath, "org.corvel.zviptvapi.dbushelper", "SendSignal"};
 }
 
-/// Ends the process's server, whatever way a test is left.
+/// Ends the process's server at the end of a test.
 struct ServerEnd
 {
     ServerEnd() = default;
@@ -26,7 +26,7 @@ struct ServerEnd
     ServerEnd& operator=(ServerEnd const&) = delete;
 };
 
-/// What the announcement handler was called with, and what it answers.
+/// The arguments of the announcement handler, and its answer.
 struct Handled
 {
     using Announced = std::vector<std::string>;

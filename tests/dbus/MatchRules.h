@@ -7,8 +7,8 @@
 
 namespace zviptv::test {
 
-/// How many match rules the bus keeps for the process's shared connection. All that the process has asked of
-/// the bus before is done when it answers.
+/// The number of match rules of the process's shared connection. When the bus answers, it has handled all
+/// earlier requests of the process.
 inline unsigned MatchRules()
 {
     ConnectionPtr const connection = SharedConnection();

@@ -9,7 +9,7 @@
 
 namespace zviptv::test {
 
-/// What a log line says: its priority, the function that wrote it and the text behind the prefix.
+/// A log line: its priority, the function that wrote it, and the text after the prefix.
 struct Said
 {
     EZVLogPriority priority;
@@ -43,7 +43,7 @@ inline Said Failed(std::string function, std::string message)
     return {ZV_LOG_ERROR, std::move(function), std::move(message)};
 }
 
-/// Every line caught so far, in order.
+/// All captured lines, in order.
 inline std::vector<Said> SaidIn(LogCapture const& log)
 {
     std::vector<Said> said;

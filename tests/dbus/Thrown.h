@@ -8,7 +8,7 @@
 
 namespace zviptv::test {
 
-/// How often the handlers of a test throw.
+/// The number of times that the handlers of a test throw.
 constexpr int Throws = 20;
 
 struct Thrown : std::runtime_error
@@ -16,7 +16,7 @@ struct Thrown : std::runtime_error
     Thrown() : std::runtime_error("out of a handler") {}
 };
 
-/// Iterates like RunUntil, but counts the exceptions that come out of the loop.
+/// Iterates like RunUntil, and counts the exceptions that leave the loop.
 inline bool RunCounting(int& caught, std::function<bool()> const& condition)
 {
     for (;;) {

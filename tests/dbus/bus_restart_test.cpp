@@ -8,11 +8,11 @@ using namespace zviptv::test;
 
 namespace {
 
-/// A process that outlives its bus: it has switched off exit-on-close.
+/// A process that survives the end of its bus: it has switched off exit-on-close.
 class BusRestart : public ChannelTest
 {
 protected:
-    /// Nothing iterates the context here: what is made next has to find out by itself that the bus has died.
+    /// Nothing iterates the context here: the next object must detect that the bus has died.
     static void ExpectAnswered(WirePeer& partner)
     {
         partner.SetHandler([](WireMessage const&) { return WireAnswer(Entries({{"said", "yes"}})); });
@@ -50,7 +50,7 @@ TEST_F(BusRestart, ANewChannelWorksAtTheAddressOfTheMoment)
     setenv("DBUS_SYSTEM_BUS_ADDRESS", former.c_str(), 1);
 }
 
-/// Only what is created after the bus has died changes to another one.
+/// Only objects that are created after the end of the bus use another bus.
 TEST_F(BusRestart, TheOwnerIsLookedForAtTheAddressOfTheMomentWhileTheFormerBusRuns)
 {
     std::string const former = m_bus.Address();
@@ -119,7 +119,7 @@ TEST_F(BusRestart, TheHelperServerOwnsItsNameAgainWhenItIsMadeAgain)
     EXPECT_TRUE(RunUntil([&] { return !observer.GetNameOwner(HelperName).empty(); }));
 }
 
-/// The process would be ended by the first bus that dies with exit-on-close set.
+/// If exit-on-close were set, the end of the first bus would end the process.
 class ExitOnClose : public ChannelTest
 {
 protected:
@@ -131,7 +131,7 @@ protected:
     static bool IsSet() { return g_dbus_connection_get_exit_on_close(Connection().get()) != FALSE; }
     static void Set(bool on) { g_dbus_connection_set_exit_on_close(Connection().get(), on ? TRUE : FALSE); }
 
-    /// Runs `use` while there is an object, and returns when the connection has ended with it.
+    /// Runs `use` while an object exists. Returns when the connection has ended with the object.
     void WithAnObject(std::function<void()> const& use)
     {
         std::string name;
@@ -193,7 +193,7 @@ TEST_F(ExitOnClose, StaysAsItWasLast)
     LoseTheBus();
 }
 
-/// The setting of a bus that has died is not noted again when the last reference to its connection goes.
+/// Dropping the last reference to the connection of a dead bus does not store its setting again.
 TEST_F(ExitOnClose, IsThatOfTheLaterBus)
 {
     ConnectionPtr former = SharedConnection();

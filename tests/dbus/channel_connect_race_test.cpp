@@ -27,8 +27,8 @@ protected:
     std::unique_ptr<CProxyDBusHelper> m_channel = std::make_unique<CProxyDBusHelper>("IPGUTIL");
 };
 
-/// In its first line Connect has not asked for the watch yet, in the last one it has done all but its last
-/// step.
+/// At its first log line, Connect has not requested the watch yet; at its last one, only the last step is
+/// left.
 TEST_F(LostWhileConnecting, IsNotReady)
 {
     WirePeer next;
@@ -58,7 +58,7 @@ TEST_F(LostWhileConnecting, IsNotReady)
     EXPECT_EQ(m_losses, 1);
 }
 
-/// A folder of services that the bus may start; what it starts leaves a mark and never takes its name.
+/// A folder of services that the bus may start. A started service leaves a mark and never takes its name.
 class ActivatableService
 {
 public:

@@ -177,7 +177,7 @@ TEST_F(ChannelTest, ConnectWatchesTheNameAndSubscribesToItsSignals)
     EXPECT_EQ(monitor.Seen().Count(IsCall("GetAll")), 0U) << "properties are not asked for";
 }
 
-/// Whatever was subscribed to since the monitor began.
+/// The subscriptions since the start of the monitor.
 bool AllRulesAreRemoved(BusMonitor& monitor)
 {
     std::vector<std::string> const added = RulesOf(monitor, "AddMatch");

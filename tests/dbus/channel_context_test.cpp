@@ -6,7 +6,7 @@ using namespace zviptv::test;
 
 namespace {
 
-/// Three contexts: of the construction, of Connect and the process's default.
+/// Three contexts: that of the construction, that of Connect, and the process's default.
 class ChannelContexts : public ChannelTest
 {
 protected:
@@ -58,7 +58,7 @@ TEST_F(ChannelContexts, EventsComeThroughTheContextOfTheirSetUp)
     channel->Destroy();
     for (GMainContext* const context : {m_constructing.get(), m_connecting.get()}) {
         ContextScope const scope(context);
-        RunPending(); // the registrations' ends come through them too
+        RunPending(); // they also deliver the ends of registrations
     }
 }
 
@@ -102,7 +102,7 @@ TEST_F(ChannelContexts, ALossOfTheBusComesThroughTwoContexts)
     }
     CMessageBuffer message;
     ASSERT_EQ((*channel)->SendNotification(message), 1);
-    ASSERT_TRUE(partner.WaitFor(IsSignal("SendSignal"))); // so the bus has answered all that came before
+    ASSERT_TRUE(partner.WaitFor(IsSignal("SendSignal"))); // the bus has answered all earlier requests
     partner.Emit(channel->Target("SendSignal"), WireEntries());
     ASSERT_TRUE(RunOneUntil(m_connecting.get(), [&] { return notifications == 1; }));
     m_bus.Kill();
@@ -139,7 +139,7 @@ TEST_F(ChannelContexts, WithoutALoopNothingIsDelivered)
     CMessageBuffer message;
     CMessageBuffer reply;
     EXPECT_EQ(channel->SendMessage(message, reply, 0),
-              0); // all of that has been received when this is answered
+              0); // after this answer, all of it has been received
     EXPECT_EQ(events, 0);
     EXPECT_TRUE(channel->IsConnectionReady());
     EXPECT_TRUE(RunUntil([&] { return events == 2; }));

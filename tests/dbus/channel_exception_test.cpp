@@ -11,7 +11,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// Counts the exceptions that come out of the loop.
+/// Counts the exceptions that leave the loop.
 class Exceptions : public BusTest
 {
 protected:
@@ -74,7 +74,7 @@ TEST_F(Exceptions, OutOfDisconnectHandlersReleaseTheLock)
         ASSERT_EQ(channel->Connect(partner.Name()), 1);
         partner.Disconnect();
         ASSERT_TRUE(
-            RunCounting(m_caught, [&] { return losses == round; })); // for ever, if the lock were still held
+            RunCounting(m_caught, [&] { return losses == round; })); // forever, if the lock were still held
         EXPECT_FALSE(channel->IsConnectionReady());
     }
     EXPECT_TRUE(RunCounting(m_caught, [&] { return m_caught == Throws; }));
@@ -98,7 +98,7 @@ TEST_F(Exceptions, DoNotHoldUpADestructorOnAnotherThread)
     m_partner.Emit(channel.Target("SendSignal"), WireEntries());
     m_partner.CallWithoutReply(channel.Target("Send"), WireEntries());
     EXPECT_TRUE(WaitUntil([&] { return thrown.load(); }, patience));
-    channel.Destroy(); // waits for ever, if one of the callbacks has not been left
+    channel.Destroy(); // would wait forever if a callback had not ended
     stop = true;
     EXPECT_TRUE(loop.get());
 }

@@ -104,7 +104,7 @@ TEST_F(ChannelTest, LossOfAnotherNameChangesNothing)
     channel.onDisconnect = [&](std::string const&, std::string const&) { ++losses; };
     ASSERT_EQ(channel->Connect(m_partner.Name()), 1);
     ASSERT_EQ(channel->Connect("undotted"),
-              0); // the channel's partner by name, but the watch is the former's
+              0); // the name is that of the channel's partner, but the watch is that of the former partner
     m_partner.Disconnect();
     ASSERT_TRUE(RunUntilSaid(ZV_LOG_INFO, "m_PartnerNameVanishedCallback name=" + m_partner.Name()));
     RunPending();

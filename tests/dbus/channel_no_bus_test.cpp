@@ -15,7 +15,7 @@ using testing::ElementsAre;
 
 namespace {
 
-/// There is no bus where the environment says.
+/// No bus is at the address in the environment.
 class ChannelWithoutBus : public testing::Test
 {
 protected:
@@ -24,7 +24,7 @@ protected:
     LogCapture m_log;
 };
 
-/// "[code] message" of GIO's own failure to connect.
+/// "[code] message" of the error that GIO reports when it cannot connect.
 std::string ConnectFailure()
 {
     GError* error = nullptr;
@@ -109,7 +109,7 @@ TEST_F(ChannelWithoutBus, EverythingFailsQuietly)
     RunPending();
 }
 
-/// A bus that dies with the process living on.
+/// A bus that dies while the process continues.
 class ChannelOfADyingBus : public ChannelTest
 {
 protected:
@@ -171,7 +171,7 @@ TEST_F(ChannelOfADyingBus, ConstructingAndConnectingDoesNoHarm)
     RunPending();
 }
 
-/// The quickest of a few rounds, since a busy machine may let any of them wait.
+/// The shortest of a few rounds, because a busy machine may delay any of them.
 TEST_F(ChannelOfADyingBus, ASyncSendEndsWithin50MillisecondsOfTheBus)
 {
     using Clock = std::chrono::steady_clock;

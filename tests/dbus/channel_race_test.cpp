@@ -15,7 +15,7 @@ constexpr int Rounds = 200;
 class DestroyedMeanwhile : public BusTest
 {
 protected:
-    /// Rounds of: connect, have `flood` sent, wait for a few deliveries, destroy.
+    /// In each round: connects, sends `flood`, waits for a few deliveries, destroys.
     void Run(std::function<void(WireTarget const&)> const& flood, char const* member)
     {
         for (int round = 0; round < Rounds; ++round) {
@@ -30,7 +30,7 @@ protected:
             channel.reset();
             probe->gone = true;
             int const touched = probe->touched;
-            m_loop.Run([] {}); // whatever was under way on the loop's thread has ended
+            m_loop.Run([] {}); // callbacks that were running on the loop's thread have ended
             ASSERT_EQ(probe->touched, touched);
         }
         EXPECT_EQ(m_lateCalls, 0);
@@ -62,7 +62,7 @@ TEST_F(DestroyedMeanwhile, ByAFloodOfCalls)
     Run(flood, "Send");
 }
 
-/// Where the disconnect handler of a channel that another thread destroys finds what it needs.
+/// The data of the disconnect handler of a channel that another thread destroys.
 std::atomic<int> losses{0};
 
 TEST_F(DestroyedMeanwhile, ByThePartnersLoss)
@@ -104,7 +104,7 @@ TEST_F(DestroyedMeanwhile, ByCompletionsOfAsynchronousSends)
     }
 }
 
-/// The channel as its user holds it: behind a lock that the disconnect handler and others take.
+/// The channel of a user, with a lock that the disconnect handler and others take.
 struct Holder
 {
     void Destroy()

@@ -122,7 +122,7 @@ TEST_F(Teardown, AReplyToADestroyedChannelIsTakenAndDropped)
     EXPECT_EQ(reply.Size(), 0);
 }
 
-/// A handler that runs when another thread begins to destroy its channel.
+/// A handler that is running when another thread begins to destroy its channel.
 class RunningHandler : public LoopedChannelTest, public testing::WithParamInterface<char const*>
 {
 protected:

@@ -11,7 +11,7 @@ using namespace zviptv::test;
 
 namespace {
 
-/// A server whose announcement handler puts its answers off.
+/// A server whose announcement handler defers its answers.
 class DeferredAnnouncement : public LoopedChannelTest
 {
 protected:

@@ -10,7 +10,7 @@ using namespace zviptv::test;
 
 namespace {
 
-/// A channel whose handler puts its answers off.
+/// A channel whose handler defers its answers.
 class DeferredReply : public LoopedChannelTest
 {
 protected:
@@ -23,7 +23,7 @@ protected:
         };
     }
 
-    /// Calls on a thread of its own and waits until the call's answer is put off.
+    /// Calls on a separate thread, and waits until the answer is deferred.
     std::thread Call(WireMessage& reply)
     {
         std::thread caller(
@@ -121,7 +121,7 @@ TEST_F(DeferredReply, ReplacesATextThatIsLargerThanTheBusCarries)
     EXPECT_EQ(reply.strings, std::vector<std::string>{"The service reports an error"});
 }
 
-/// More than the bus lets one connection leave unanswered.
+/// More calls than the bus lets one connection leave unanswered.
 constexpr int ManyCalls = 150;
 
 TEST_F(DeferredReply, ThatIsDroppedIsAnError)

@@ -14,7 +14,7 @@ namespace {
 class HelperErrors : public ChannelTest
 {
 protected:
-    /// The lines of one announcement that is answered with this error.
+    /// The log lines of one announcement that is answered with this error.
     std::vector<Said> SaidOn(std::string const& errorName)
     {
         m_partner.SetHandler(

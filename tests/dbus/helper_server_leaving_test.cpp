@@ -10,7 +10,7 @@ using testing::ElementsAre;
 
 namespace {
 
-/// A server whose handler runs until it is let go, while another thread destroys it.
+/// A server whose handler runs until the test releases it, while another thread destroys the server.
 class HelperServerLeaving : public LoopedChannelTest
 {
 protected:
@@ -93,7 +93,7 @@ TEST_F(HelperServerLeaving, HandlersOfADestroyedServerAreRefused)
     EXPECT_EQ(m_handled.announced.size(), 0U);
 }
 
-/// A server that is replaced, since its bus has died, while an announcement to it is handled.
+/// A server that is replaced after the end of its bus while it handles an announcement.
 class HelperServerReplaced : public LoopedChannelTest
 {
 protected:
@@ -101,7 +101,7 @@ protected:
 
     static CConnectionHelperDBusServer& Server() { return *CConnectionHelperDBusServer::Instance(); }
 
-    /// The announcement has begun, but its handler has not been looked up, when this returns.
+    /// When this returns, the announcement has begun, but the server has not looked up its handler.
     void HoldAnnouncement()
     {
         Server().SetDbusSignalCb(Handled::Handle, &m_handled);
@@ -113,7 +113,7 @@ protected:
         EXPECT_TRUE(m_log.WaitUntilHeld());
     }
 
-    /// Writes over memory of this thread that was given up.
+    /// Overwrites freed memory of this thread.
     static void OverwriteFreedMemory()
     {
         std::vector<std::string> blocks;

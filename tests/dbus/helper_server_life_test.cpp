@@ -15,7 +15,7 @@ namespace {
 
 constexpr char Constructor[] = "CConnectionHelperDBusServer";
 
-/// No loop runs but the test's.
+/// Only the test runs a loop.
 class HelperServerLife : public ChannelTest
 {
 protected:

@@ -13,7 +13,7 @@ namespace {
 constexpr char Acquired[] = "Name acquired: org.corvel.zviptvapi.dbushelper";
 constexpr char Lost[] = "Name lost: org.corvel.zviptvapi.dbushelper";
 
-/// The server's well-known name on the bus. No loop runs but the test's.
+/// The server's well-known name on the bus. Only the test runs a loop.
 class HelperServerName : public ChannelTest
 {
 protected:
@@ -27,7 +27,7 @@ protected:
         m_log.Clear();
     }
 
-    /// All that the bus has sent so far has been handled when this returns.
+    /// When this returns, all earlier messages of the bus have been handled.
     void Settle()
     {
         VariantPtr const answer(g_dbus_connection_call_sync(
@@ -132,7 +132,7 @@ TEST_F(HelperServerName, OfADestroyedServerIsNotTakenForTheNextOnes)
     }
 }
 
-/// As does an application that owns the name itself, on the connection that it shares with the library.
+/// The same for an application that owns the name itself, on the connection that it shares with the library.
 TEST_F(HelperServerName, ThatTheProcessHadBeforeStays)
 {
     guint const own = g_bus_own_name_on_connection(
@@ -199,7 +199,7 @@ TEST_F(HelperServerName, IsRequestedWithoutWaitingForAStoppedBus)
     EXPECT_TRUE(RunUntilSaid(ZV_LOG_DEBUG, Acquired));
 }
 
-/// A call of GIO's is given up after 25 s, but the bus still carries it out.
+/// GIO gives up a call after 25 s, but the bus still carries it out.
 TEST_F(HelperServerName, IsKnownToBeGrantedByABusThatStoppedForLong)
 {
     m_bus.Stop();

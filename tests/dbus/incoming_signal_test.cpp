@@ -23,7 +23,7 @@ protected:
         m_partner.Emit(m_channel.Target(member), body);
     }
 
-    /// Emits a last signal and runs the loop until it has come, so that all before it have been handled.
+    /// Emits a last signal and runs the loop until it arrives, so that all earlier ones have been handled.
     void Finish()
     {
         Emit(Entries({{"the", "end"}}));

@@ -11,7 +11,7 @@ namespace {
 
 constexpr char EndpointName[] = "org.corvel.test.Endpoint";
 
-/// A bus that would start a service for the endpoint's name: one that leaves a file, and never takes the
+/// A bus that would start a service for the endpoint's name. That service creates a file, and never takes the
 /// name.
 class NoAutoStart : public testing::Test
 {
@@ -52,14 +52,14 @@ TEST_F(NoAutoStart, TheBusStartsNoEndpoint)
     m_observer->CallWithoutReply(
         {"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetId"});
     EXPECT_LT(std::chrono::steady_clock::now() - start, 1900ms);
-    // What the channel has sent has been handled when the bus answers its connection once more.
+    // When the bus answers the connection again, it has handled all messages of the channel.
     CProxyDBusHelper other("PLAYERCONTROL");
     other.Connect(m_observer->Name());
     other.SendMessage(message, reply, 0);
     EXPECT_FALSE(WaitUntil([this] { return IsStarted(); }, 300ms));
 }
 
-/// The bus of this test does start services: what is looked for above would be seen.
+/// The bus of this test does start services, so that the tests above would detect a start.
 TEST_F(NoAutoStart, TheBusStartsItForACall)
 {
     m_observer->CallWithoutReply({EndpointName, "/x", "x.y", "Z"});

@@ -21,7 +21,7 @@ Owned<GDBusConnection> NewConnection(std::string const& address)
         g_dbus_connection_new_for_address_sync(address.c_str(), flags, nullptr, nullptr, nullptr));
 }
 
-/// What a completion of SendAsync was given.
+/// The arguments of a completion of SendAsync.
 struct Answered
 {
     static void Complete(CMessageBuffer* reply, void* data)
@@ -184,7 +184,7 @@ TEST_F(OwnConnection, TheCompletionRunsAlthoughTheChannelHasEnded)
     EXPECT_EQ(m_answered.count, 1);
 }
 
-/// What a completion of ConnectAsync was given.
+/// The arguments of a completion of ConnectAsync.
 struct Announced
 {
     static void Complete(std::string const& partner, void* data)

@@ -12,7 +12,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// How CheckConnection() asks the bus.
+/// Tests how CheckConnection() queries the bus.
 class OwnerCheck : public ChannelTest
 {
 };
@@ -26,7 +26,7 @@ TEST_F(OwnerCheck, LeavesNoConnectionBehind)
     EXPECT_TRUE(WaitUntil([&] { return m_partner.ListNames() == before; }, patience));
 }
 
-/// Sends the thread that made it a signal again and again, whose handler interrupts every wait.
+/// Repeatedly sends a signal to the thread that made it. The handler interrupts every wait.
 class Interruptions
 {
 public:
@@ -45,7 +45,7 @@ public:
         m_thread.join();
     }
 
-    /// Has to be in force before.
+    /// Must be set before.
     static void Catch()
     {
         struct sigaction action = {};
@@ -67,7 +67,7 @@ TEST_F(OwnerCheck, EndsAfterTwoSecondsOnAStoppedBusWhateverInterruptsIt)
         m_bus.Stop();
         auto const start = std::chrono::steady_clock::now();
         {
-            std::thread resume; // so that the test ends where the check does not
+            std::thread resume; // ends the test if the check does not end
             Interruptions const signals(pause);
             std::atomic<bool> done{false};
             resume = std::thread([&] {

@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::chrono::seconds patience{20};
 
-/// An instance that is made and ended when the test lets it.
+/// An instance whose creation and end wait for the test.
 class SingletonTest : public testing::Test
 {
 protected:
@@ -48,7 +48,7 @@ protected:
         return ended.empty() ? nullptr : ended.back();
     }
 
-    /// Attempts wait here until their number is up.
+    /// Attempts wait here until the test has released their number.
     void Pass()
     {
         int const attempt = ++m_begun;
@@ -105,7 +105,7 @@ TEST_F(SingletonTest, SharesTheOutcomeOfAnAttemptThatMakesNothing)
     EXPECT_EQ(m_made, 0);
 }
 
-/// An end is under way; then `count` threads ask to make, and as many to end.
+/// During an end, `count` threads request an instance, and as many its end.
 TEST_F(SingletonTest, NobodyWaitsForMoreThanTwoAttempts)
 {
     Get();

@@ -15,7 +15,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// A channel whose partner answers what the test says. No loop runs: sends need none.
+/// A channel whose partner gives the answers of the test. No loop runs, because sends do not need one.
 class SyncSend : public ChannelTest
 {
 protected:
@@ -237,7 +237,7 @@ TEST_F(SyncSend, EndsAtOnceWhenThePartnerDies)
     EXPECT_EQ(m_log.Count("Connection lost with partner id=" + m_partner.Name()), 1U);
 }
 
-/// A stranger's message in answer to a call. It is on its way to the victim when this returns.
+/// Sends a stranger's answer to a call. When this returns, the bus is delivering it to the victim.
 void Forge(int type, std::string const& victim, std::uint32_t serial)
 {
     BusLink link;
@@ -253,7 +253,7 @@ void Forge(int type, std::string const& victim, std::uint32_t serial)
     link.Sync();
 }
 
-/// Even when they know the serial of the call.
+/// Strangers cannot answer even if they know the serial of the call.
 TEST_F(SyncSend, StrangersDoNotAnswer)
 {
     for (int const type : {DBUS_MESSAGE_TYPE_METHOD_CALL, DBUS_MESSAGE_TYPE_METHOD_RETURN,

@@ -15,7 +15,7 @@ using namespace zviptv::test;
 
 namespace {
 
-/// What another thread finds after `work`.
+/// The failure of another thread after `work`.
 template <typename Work>
 std::string OnAnotherThread(Work work)
 {
@@ -187,7 +187,7 @@ TEST(FailureKind, NumbersStay)
     EXPECT_EQ(ZV_FAILURE_INVALID_ARGUMENT, 9);
 }
 
-/// Tells the failure when it is destroyed.
+/// Reports the failure when it is destroyed.
 struct Teller
 {
     ~Teller()

@@ -10,7 +10,7 @@
 
 namespace zviptv::test {
 
-/// Has the kit find the zviptv-sim that was built.
+/// Makes the kit use the zviptv-sim of the build.
 inline void FindSimulator()
 {
     setenv("PATH", (std::string(ZVIPTV_SIM_FOLDER ":") + std::getenv("PATH")).c_str(), 1);
@@ -22,7 +22,7 @@ inline simulated::Options KitOptions()
     return {ZVIPTV_SAMPLE_FILE, ZVIPTV_SAMPLE_GUIDE, {"--loop", "--time", "1774735200"}};
 }
 
-/// A fresh television for each test, and an application in the same process.
+/// A new television for each test, and an application in the same process.
 class KitTest : public testing::Test
 {
 protected:

@@ -9,7 +9,7 @@ namespace {
 using testing::ContainsRegex;
 using testing::HasSubstr;
 
-/// What a user of the kit sees of a test that fails.
+/// The output of a failing test of a user of the kit.
 class KitFailures : public testing::Test
 {
 protected:

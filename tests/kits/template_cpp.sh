@@ -1,6 +1,6 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# The template of a C++ application, built and tested with the installed files: template_cpp.sh BUILD SOURCE
+# Builds and tests the template of a C++ application with the installed files: template_cpp.sh BUILD SOURCE
 . "$(dirname "$0")/../contract/install.sh"
 
 root=$(cd "$source/../.." && pwd)

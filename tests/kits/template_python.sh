@@ -1,6 +1,6 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# The template of a Python application, tested with the installed kit: template_python.sh BUILD SOURCE
+# Tests the template of a Python application with the installed kit: template_python.sh BUILD SOURCE
 . "$(dirname "$0")/../contract/install.sh"
 
 root=$(cd "$source/../.." && pwd)

@@ -1,8 +1,8 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# What tools say of the sources without running them: lint.sh BUILD [FILE...]
-# All of the project's files, or those that are named. Sources are compiled as the release in BUILD does; a header is
-# looked at with the sources that include it.
+# Checks the sources without running them: lint.sh BUILD [FILE...]
+# Checks all files of the project, or the given ones. Sources are compiled as in the release in BUILD. A header is
+# checked with the sources that include it.
 set -uo pipefail
 root=$(cd "$(dirname "$0")/../.." && pwd)
 build=$(realpath "$1")
@@ -15,18 +15,18 @@ failed=0
 
 all() { git ls-files --cached --others --exclude-standard; }
 chosen() { if [ -v named ]; then printf '%s\n' "${named[@]}"; else all; fi; }
-# What is meant: files that are there.
+# The files to check, without those that do not exist.
 mapfile -t files < <(chosen | while read -r file; do [ ! -f "$file" ] || printf '%s\n' "$file"; done)
 
-# matching PATTERN: of these.
+# matching PATTERN: prints those of them that match.
 matching() { printf '%s\n' "${files[@]}" | grep -E "$1"; }
 
-# say TOOL FILE...: what is looked at.
+# say TOOL FILE...: prints the tool and the number of its files.
 say() { printf '%s: %s files\n' "$1" "$(($# - 1))"; }
 
 check() { "$@" || failed=1; }
 
-# What .editorconfig says of all texts. Markdown may end lines with spaces; seeds and samples are no texts of ours.
+# The rules of .editorconfig for all texts. Markdown may end lines with spaces. Seeds and samples are not checked.
 mapfile -t texts < <(matching . | grep -vE '^(tests/fuzz/corpus|samples)/|\.(md|svg)$' | xargs -d '\n' grep -lI .)
 if [ ${#texts[@]} -gt 0 ]; then
     say "ends of lines" "${texts[@]}"
@@ -51,7 +51,7 @@ if [ ${#sources[@]} -gt 0 ]; then
     check clang-format-14 --dry-run -Werror "${sources[@]}"
 fi
 
-# Bash's scripts are known by their names or their first lines.
+# Names or first lines identify the scripts of bash.
 mapfile -t scripts < <(for file in "${files[@]}"; do
     case $file in
     *.sh | *.bash) printf '%s\n' "$file" ;;
@@ -72,8 +72,8 @@ for name in sys.argv[1:]:
     compile(open(name, encoding="utf-8").read(), name, "exec")' "${modules[@]}"
 fi
 
-# The commands of the build, without what g++ alone understands and without precompiled headers, which would hide that
-# an include is missing.
+# The commands of the build, without the options that only g++ understands and without precompiled headers, which would
+# hide a missing include.
 sed -E 's/ -(femit-class-debug-always|fpch-preprocess|Winvalid-pch)//g; s/ -include [^ ]*cmake_pch\.hxx//g' "$build/compile_commands.json" >"$work/compile_commands.json"
 mapfile -t sources < <(matching '\.cpp$' | while read -r file; do
     ! grep -qF "\"$root/$file\"" "$work/compile_commands.json" || printf '%s\n' "$root/$file"

@@ -19,7 +19,7 @@ struct Written
     std::string errors;
 };
 
-/// What the four lines of a program with this environment come to.
+/// The output of the four lines of a program with this environment.
 Written LinesWith(Environment const& environment)
 {
     ChildProcess child({LOG_PROBE, "lines"}, environment);

@@ -32,7 +32,7 @@ void WriteLongLine(std::size_t size)
     ZV_LOG_INFO_LINE("%s", std::string(size, 'x').c_str());
 }
 
-/// Its size in front, since it may hold anything.
+/// Writes the size first, because the text may contain any bytes.
 void PrintEntry(std::string const& kind, std::string const& datagram)
 {
     std::printf("%s %zu\n", kind.c_str(), datagram.size());
@@ -79,8 +79,8 @@ int LoggedToANewJournal()
     return 0;
 }
 
-/// What a program does that becomes a daemon: everything it knows nothing of is closed, and others get its
-/// numbers.
+/// Does what a program that becomes a daemon does: closes all descriptors that it does not know, whose
+/// numbers are then used again.
 int LoggedAfterClosing()
 {
     zviptv::test::LogSockets sockets(true);
@@ -101,7 +101,7 @@ int LoggedAfterClosing()
     return isUntouched ? 0 : 1;
 }
 
-/// A journal that reads nothing while many lines are written, long ones too, and then reads again.
+/// A journal that does not read while many lines are written, also long ones, and then reads again.
 int LoggedToAFullJournal()
 {
     zviptv::test::LogSockets sockets(true);

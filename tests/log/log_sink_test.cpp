@@ -113,7 +113,7 @@ TEST(LogSink, GetsWhatTheLibrarySaysWithForeignPercentSigns)
     EXPECT_TRUE(log.Has(ZV_LOG_INFO, "Constructor - 50%s%n"));
 }
 
-/// Counts lines that are not whole.
+/// Counts incomplete lines.
 void Examine(EZVLogPriority, char const*, char const* line, void* counter)
 {
     std::string const text(line);
@@ -127,7 +127,7 @@ void Examine(EZVLogPriority, char const*, char const* line, void* counter)
 
 TEST(LogSink, MayBeReplacedWhileOthersLog)
 {
-    static std::atomic<int> broken[2]; // a line under way may still reach the earlier sink
+    static std::atomic<int> broken[2]; // a line that is being written may still reach the earlier sink
     std::vector<std::thread> writers;
     for (char const letter : {'a', 'b', 'c'}) {
         writers.emplace_back([letter] {

@@ -64,7 +64,7 @@ void PrintTo(Entry const& entry, std::ostream* out)
     *out << entry.kind << ' ' << entry.datagram.substr(0, 400);
 }
 
-/// What a program that logs finds in the system's logs; nothing where namespaces are not permitted.
+/// The lines of a program in the system's logs; nothing if namespaces are not permitted.
 class SystemLog : public testing::Test
 {
 protected:

@@ -19,7 +19,7 @@ namespace zviptv::test {
 constexpr char endpointPath[] = "/org/corvel/zviptvapi/DbusCommunication/ENDPOINT";
 constexpr char channelInterface[] = "org.corvel.zviptvapi.DbusCommunication";
 
-/// A second endpoint on the same connection: a call that it answers was delivered after all that came before.
+/// A second endpoint on the same connection. After its answer, all earlier messages have been delivered.
 class Fence : public CCommonNative
 {
 public:
@@ -31,7 +31,7 @@ public:
     }
 };
 
-/// An endpoint "ENDPOINT" on a bus of its own and a partner that is no part of the library.
+/// An endpoint "ENDPOINT" on a private bus, and a partner that is not part of the library.
 class EndpointTest : public testing::Test
 {
 protected:
@@ -40,13 +40,13 @@ protected:
         return {endpoint.GetPublicName(), endpointPath, channelInterface, member};
     }
 
-    /// The partner's notification to the endpoint.
+    /// Sends a notification from the partner to the endpoint.
     void Notify(CCommonNative& endpoint, WireEntries const& entries)
     {
         m_partner.Emit(Target(endpoint, "SendSignal"), entries);
     }
 
-    /// The partner's call, while the calling thread iterates the context.
+    /// Makes the partner call the endpoint, while the calling thread iterates the context.
     WireMessage Call(WireTarget const& target, WireEntries const& entries)
     {
         auto answer = std::async(std::launch::async, [&] { return m_partner.Call(target, entries); });
@@ -54,7 +54,7 @@ protected:
         return answer.get();
     }
 
-    /// Priorities and messages of the lines that "CommonNative.cpp: <function>" wrote.
+    /// The priorities and messages of the lines of "CommonNative.cpp: <function>".
     std::vector<std::pair<EZVLogPriority, std::string>> LinesOf(std::string const& function) const
     {
         std::vector<std::pair<EZVLogPriority, std::string>> lines;

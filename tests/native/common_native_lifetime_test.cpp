@@ -62,7 +62,7 @@ TEST_F(EndpointTest, DestructionIsNoLoss)
     EXPECT_TRUE(losses.empty());
 }
 
-/// Ends itself in whichever hook is called.
+/// Destroys itself in the first hook that is called.
 class SelfEnding : public CCommonNative
 {
 public:
@@ -84,7 +84,7 @@ private:
 
 TEST_F(EndpointTest, MayEndItselfWhileItAnswersACall)
 {
-    Fence const keepsTheConnection; // an answer on its way goes with the connection's last user
+    Fence const keepsTheConnection; // the last user of the connection would drop an answer that is being sent
     std::unique_ptr<SelfEnding> endpoint;
     endpoint = std::make_unique<SelfEnding>(endpoint);
     WireMessage const reply = Call(Target(*endpoint, "Send"), Entries({{"functionname", "Last"}}));
@@ -131,7 +131,7 @@ TEST_F(EndpointTest, MayEndWithACallOutstanding)
     EXPECT_TRUE(RunUntil([&] { return m_log.Has(ZV_LOG_DEBUG, "Enter"); }));
 }
 
-/// Runs `work` in every notification; safe to end on any thread.
+/// Runs `work` in every notification. May be destroyed on any thread.
 class Stoppable : public CCommonNative
 {
 public:
@@ -189,7 +189,7 @@ TEST_F(EndpointTest, StopCallbacksIsHarmlessOnceTheChannelIsGone)
     endpoint.Close();
 }
 
-/// Whether the thread waits for something.
+/// Whether the thread is waiting.
 bool IsAsleep(long thread)
 {
     std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");

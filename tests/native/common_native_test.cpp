@@ -10,7 +10,7 @@ using namespace zviptv::test;
 
 namespace {
 
-/// Takes what comes in and answers with an echo.
+/// Records incoming messages, and echoes them.
 class Recorder : public CCommonNative
 {
 public:
@@ -32,7 +32,7 @@ public:
     std::vector<std::string> notified;
 };
 
-/// Leaves both hooks as they are.
+/// Overrides neither hook.
 class Plain : public CCommonNative
 {
 public:

@@ -38,7 +38,7 @@ std::string Replaced(std::string text, std::string const& what, std::string cons
     return text;
 }
 
-/// What stands inside <busconfig>.
+/// The contents of <busconfig>.
 std::string Policies(char const* serviceUser)
 {
     std::string const file = ReadFile(ZVIPTV_POLICY_FILE);
@@ -49,7 +49,7 @@ std::string Policies(char const* serviceUser)
                     "group=\"zviptv-apps\"", "group=\"" + std::string(applicationGroup) + "\"");
 }
 
-/// The calling process with another account's effective ids, for as long as the object lives.
+/// Gives the calling process another account's effective ids during the life of the object.
 class ActingAs
 {
 public:
@@ -70,7 +70,7 @@ public:
     {
         gid_t const none = 0;
         if (seteuid(0) != 0 || setegid(0) != 0 || setgroups(1, &none) != 0) {
-            std::abort(); // nothing that follows would test what it says
+            std::abort(); // later tests would run as the wrong user
         }
     }
 
@@ -89,7 +89,7 @@ PolicyBus::PolicyBus(std::string const& more, char const* serviceUser)
           return options;
       }())
 {
-    // Other users have to reach the socket.
+    // Other users must be able to reach the socket.
     std::filesystem::permissions(m_bus.Directory(), std::filesystem::perms(0711));
 }
 

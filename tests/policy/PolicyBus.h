@@ -10,11 +10,11 @@
 
 namespace zviptv::test {
 
-/// Accounts that every Debian has, in the roles of the policy's own.
+/// Accounts of every Debian, in the roles of the policy's accounts.
 struct Account
 {
     char const* name;
-    /// Whether it is in the group of applications.
+    /// Whether the account is in the group of applications.
     bool application;
 };
 
@@ -24,7 +24,7 @@ constexpr Account secondApplication{"mail", true};
 constexpr Account stranger{"nobody", false};
 constexpr Account root{"root", false};
 
-/// The group that stands for the group of applications.
+/// Replaces the group of applications.
 constexpr char const* applicationGroup = "games";
 
 /// A bus with the stock system configuration and the policy file of this project, whose account names are
@@ -32,21 +32,21 @@ constexpr char const* applicationGroup = "games";
 class PolicyBus
 {
 public:
-    /// `more` is put behind the policy.
+    /// `more` is appended to the policy.
     explicit PolicyBus(std::string const& more = {}, char const* serviceUser = service.name);
 
     std::string const& Address() const { return m_bus.Address(); }
     std::string const& Directory() const { return m_bus.Directory(); }
-    /// A connection whose credentials, as the kernel tells them to the daemon, are the account's.
+    /// A connection for which the kernel reports the credentials of the account to the daemon.
     std::unique_ptr<WirePeer> Connect(Account const& account) const;
-    /// Does `work` with the account's effective ids.
+    /// Runs `work` with the effective ids of the account.
     static void As(Account const& account, std::function<void()> const& work);
 
 private:
     PrivateBus m_bus;
 };
 
-/// Empty where these tests can run, else the reason why not.
+/// The reason why these tests cannot run; empty if they can.
 std::string WhyNot();
 
 } // namespace zviptv::test

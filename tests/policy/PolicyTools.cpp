@@ -8,7 +8,7 @@ namespace zviptv::test {
 
 namespace {
 
-/// False if some folder above the program is closed to other users.
+/// False if other users cannot enter a folder above the program.
 bool IsOpenToAll(std::filesystem::path const& program)
 {
     for (auto path = program; path.has_relative_path(); path = path.parent_path()) {

@@ -12,7 +12,7 @@
 
 namespace zviptv::test {
 
-/// What a process runs as, whatever the database says of the user.
+/// The user and groups of a process, regardless of the user database.
 struct Credentials
 {
     std::string user;

@@ -40,8 +40,8 @@ WireBody Descriptors()
     });
 }
 
-/// An application with a connected object on the stock bus, and `nobody`, who sends to every connection that
-/// the application has, or may have.
+/// An application with a connected object on the stock bus, and the user `nobody`, who sends to every
+/// connection that the application has or may have.
 class PolicyAttack : public testing::Test
 {
 protected:
@@ -51,7 +51,7 @@ protected:
             GTEST_SKIP() << reason;
         }
         m_bus = std::make_unique<PolicyBus>();
-        // Before anything acts as another user: libdbus then no longer reads the environment.
+        // Must precede any change of the user: after it, libdbus no longer reads the environment.
         EXPECT_FALSE(CConnectionHelperDBusClient::CheckConnection());
         m_service = m_bus->Connect(service);
         m_stranger = m_bus->Connect(stranger);
@@ -66,11 +66,11 @@ protected:
 
     void TearDown() override { CIPTVServiceAPI::DestroyPlayerControl(); }
 
-    /// The application finds the service, within the time that one failing step would take.
+    /// The application finds the service, in less time than one failing step would take.
     static void CreateAndCall()
     {
         auto const start = std::chrono::steady_clock::now();
-        EXPECT_TRUE(CConnectionHelperDBusClient::CheckConnection()); // which anybody may ask
+        EXPECT_TRUE(CConnectionHelperDBusClient::CheckConnection()); // any user may call it
         PolicyBus::As(application, [] {
             CIPTVServiceAPI::DestroyPlayerControl();
             IPlayerControl* player = nullptr;

@@ -21,7 +21,7 @@ namespace {
 constexpr char const* helperName = "org.corvel.zviptvapi.dbushelper";
 constexpr char const* packagedPolicy = "/usr/share/dbus-1/system.d/org.corvel.zviptvapi.dbushelper.conf";
 
-/// The process of a user and one group, whatever the database says of the user.
+/// A process with this user and one group, regardless of the user database.
 struct User
 {
     char const* name;
@@ -59,7 +59,7 @@ protected:
 
     Report Ask(User const& user) const { return Ask(m_bus->Address(), user); }
 
-    /// The simulator as the policy's service, or as somebody else.
+    /// Starts the simulator as the policy's service user, or as another user.
     void StartSimulator(PolicyBus const& bus, Account const& account)
     {
         m_simulator = RunSimulator(bus.Address(), account);
@@ -106,7 +106,7 @@ TEST_F(PolicyDoctorTest, TellsAStrangerToJoinTheGroup)
     EXPECT_THAT(report.text, HasSubstr("\nwrong: group\n"));
 }
 
-/// The user "games" has the group "games" by the database; this process of it has not.
+/// The database lists the user "games" in the group "games", but this process is not in it.
 TEST_F(PolicyDoctorTest, TellsWhoJoinedTheGroupTooLateToLogInAgain)
 {
     StartSimulator(*m_bus, service);
@@ -159,7 +159,7 @@ TEST_F(PolicyDoctorTest, TellsAPolicyThatIsNotLoadedFromAMissingGroup)
     }
 }
 
-/// Root and the service's user can tell; others see that the policy is loaded.
+/// Root and the service's user can check the rules; others only see that the policy is loaded.
 TEST_F(PolicyDoctorTest, TellsAPolicyThatWasLoadedBeforeTheUserWasMade)
 {
     PolicyBus const bus({}, "zviptv-nobody-yet");

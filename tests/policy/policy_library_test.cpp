@@ -14,7 +14,7 @@ namespace {
 constexpr char const* channelInterface = "org.corvel.zviptvapi.DbusCommunication";
 constexpr char const* channelPath = "/org/corvel/zviptvapi/DbusCommunication/PLAYERCONTROL";
 
-/// What an application's channel was told, and by whom.
+/// The messages that an application's channel received, and their senders.
 struct Heard
 {
     static CMessageBuffer OnMessage(CMessageBuffer& /*request*/, void* self)
@@ -36,7 +36,7 @@ struct Heard
     int losses = 0;
 };
 
-/// What the service may do, and here somebody else tries.
+/// Another user tries what only the service may do.
 void Spoof(WirePeer& peer, WireTarget target, WireTarget busNotice, std::string const& partner)
 {
     target.member = "SendSignal";

@@ -18,7 +18,7 @@ constexpr char const* channelInterface = "org.corvel.zviptvapi.DbusCommunication
 constexpr char const* channelPath = "/org/corvel/zviptvapi/DbusCommunication/PLAYERCONTROL";
 constexpr char const* accessDenied = "org.freedesktop.DBus.Error.AccessDenied";
 
-/// The service on its name; every account connects as itself.
+/// The service owns its name. Every account has a separate connection.
 class PolicyTest : public testing::Test
 {
 protected:
@@ -37,7 +37,7 @@ protected:
 
     std::unique_ptr<WirePeer> Connect(Account const& account) const { return m_bus->Connect(account); }
 
-    /// "" for a call that was answered, else the error's name.
+    /// The name of the error; "" for a call that was answered.
     static std::string Call(WirePeer& from, std::string const& to, char const* path, char const* interface,
                             char const* member)
     {
@@ -60,7 +60,7 @@ protected:
         return Call(from, to.Name(), channelPath, channelInterface, "Send");
     }
 
-    /// True if the signal arrives; a signal of the service, which is sent after it, tells that it will not.
+    /// Whether the signal arrives. A later signal of the service shows that it will not.
     bool Notifies(WirePeer& from, WirePeer& to, char const* interface = channelInterface) const
     {
         from.Emit({to.Name(), channelPath, interface, "SendSignal"});

@@ -34,7 +34,7 @@ TEST_F(PolicyToolsTest, ApplicationsUseTheServiceAndStrangersAreTurnedAway)
     EXPECT_THAT(refused->Errors(), AllOf(HasSubstr("AccessDenied"), HasSubstr("policy")));
 }
 
-/// It confirms each push by a call to the application, which the policy has to allow, too.
+/// The simulator confirms each push by a call to the application, which the policy must also allow.
 TEST_F(PolicyToolsTest, AServiceWithoutTheLibraryWorksTheSame)
 {
     auto const python = Run(service, {ZVIPTV_PYTHON_SERVICE});
@@ -50,7 +50,7 @@ TEST_F(PolicyToolsTest, AServiceWithoutTheLibraryWorksTheSame)
     EXPECT_THAT(refused->Errors(), AllOf(HasSubstr(helperName), HasSubstr("policy")));
 }
 
-/// Only root and the simulator's user.
+/// Only root and the simulator's user may control it.
 TEST_F(PolicyToolsTest, WhoMaySteerTheSimulator)
 {
     auto const simulator = RunSimulator(m_bus->Address(), service);
@@ -74,7 +74,7 @@ TEST_F(PolicyToolsTest, WhoMaySteerTheSimulator)
     }
 }
 
-/// What it tells of applications is not for everybody: a signal to all arrives with root alone.
+/// Reports about applications are not public: only root receives the signal, which is sent to all.
 TEST_F(PolicyToolsTest, WhoHearsOfTheSimulator)
 {
     auto const simulator = RunSimulator(m_bus->Address(), service);
@@ -89,7 +89,7 @@ TEST_F(PolicyToolsTest, WhoHearsOfTheSimulator)
     auto const steers = Run(root, {ZVIPTV_CTL, "sim", "pause"});
     EXPECT_EQ(steers->Wait(patience), (ExitStatus{0, 0})) << steers->Errors();
     ASSERT_TRUE(asRoot->WaitFor(IsSignal("PropertiesChanged")));
-    asRoot->Emit({"", "/", "org.example.Test", "Last"}); // after it, nothing of the above can arrive
+    asRoot->Emit({"", "/", "org.example.Test", "Last"}); // nothing sent before it can arrive after it
     ASSERT_TRUE(asStranger->WaitFor(IsSignal("Last")));
     EXPECT_EQ(asStranger->Received().Count(IsSignal("PropertiesChanged")), 0U);
 }
@@ -101,7 +101,7 @@ TEST_F(PolicyToolsTest, TheSimulatorSaysThatItMayNotOwnTheName)
     EXPECT_THAT(simulator->Errors(), AllOf(HasSubstr(helperName), HasSubstr("policy")));
 }
 
-/// The bus decides: root may, others learn what to do.
+/// The bus allows it for root; others get a message with what to do.
 TEST_F(PolicyToolsTest, OnlyRootMayTraceTheBus)
 {
     auto const asRoot = Run(root, {ZVIPTV_CTL, "trace", "--seconds", "0.1"});
@@ -115,7 +115,7 @@ TEST_F(PolicyToolsTest, OnlyRootMayTraceTheBus)
     }
 }
 
-/// Of all users, under the policy: requests, replies and pushes.
+/// Requests, replies and pushes of all users, under the policy.
 TEST_F(PolicyToolsTest, RootSeesWhatApplicationsAndTheServiceExchange)
 {
     auto const simulator = RunSimulator(m_bus->Address(), service);

@@ -24,7 +24,7 @@ def section(table, extension, body):
 
 
 def adaptation_field(size, pcr):
-    """`size` bytes in all: the clock, if there is one, and stuffing."""
+    """`size` bytes: the clock, if there is one, and stuffing."""
     content = b"\x10" + pcr if pcr else b"\0"
     return bytes([size - 1]) + content.ljust(size - 1, b"\xFF")[:size - 1]
 
@@ -35,7 +35,7 @@ class Stream:
         self.packets = []
 
     def add(self, pid, payload, start=False, pcr=b""):
-        """One packet with as much of the payload as fits; returns how much."""
+        """Writes one packet with as much of the payload as fits. Returns that number of bytes."""
         size = max(PACKET - 4 - len(payload), 8 if pcr else 0)
         field = adaptation_field(size, pcr) if size else b""
         counter = self.counters.get(pid, 0)

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""What the soak finds wrong with made-up figures."""
+"""Tests which problems the soak finds in invented figures."""
 
 import unittest
 
@@ -8,7 +8,7 @@ import soak
 
 
 def samples(minutes, ends=None, **rates):
-    """One a second; after the second `ends` nothing happens any more. Rates are per second."""
+    """One sample per second. Nothing happens after the second `ends`. Rates are per second."""
     made = []
     for second in range(int(minutes * 60) + 1):
         busy = second if ends is None else min(second, ends)

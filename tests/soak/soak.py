@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""The soak: applications call, and are pushed to, for minutes while the service dies and comes back at random.
+"""The soak: applications call and receive pushes for minutes while the service dies and comes back at random.
 
 Prints a report and writes samples.csv, report.json and soak.svg. Ends with status 1 when an application died, got
 damaged data or an exception, or grew, when calls failed that the service's end does not explain, or when a part of
@@ -33,12 +33,12 @@ FIGURES = ("calls", "refused", "absent", "exceptions", "packets", "damaged", "lo
 
 
 def run(command, **options):
-    """A process that does not outlive this one, however this one ends."""
+    """A process that ends with this one, even if this one is killed."""
     return subprocess.Popen(["setpriv", "--pdeathsig", "KILL", *command], **options)
 
 
 class Client:
-    """One application and the latest figures that it printed."""
+    """One application, and its latest figures."""
 
     def __init__(self, program, environment, errors):
         self.figures = dict.fromkeys(FIGURES, 0)
@@ -67,7 +67,7 @@ def descriptors(pid):
 
 
 class Service:
-    """The simulator, which is ended and started again at random moments."""
+    """The simulator, which is stopped and started again at random times."""
 
     def __init__(self, command, environment, errors, rng):
         self.command, self.environment, self.errors, self.rng = command, environment, errors, rng
@@ -158,7 +158,7 @@ def working_calls(entry):
 
 
 def idle_parts(samples):
-    """What did not happen, and when."""
+    """The problems of the run, with their times."""
     end = samples[-1]["seconds"]
     parts = max(1, min(PARTS, int(end / SHORTEST_PART)))
     marks = [min(samples, key=lambda entry: abs(entry["seconds"] - end * i / parts)) for i in range(parts + 1)]
@@ -171,7 +171,7 @@ def idle_parts(samples):
 
 
 def judge(samples, statuses, restarts, total, any_memory):
-    """The report, and what is wrong."""
+    """The report, and the problems."""
     warm = samples[int(len(samples) * WARM_UP):]
     span = max(1, len(warm) // 10)
     first, last = warm[:span], warm[-span:]

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// One application of the soak: all four objects, calls of every kind and PES packets, until it is terminated.
-// Each second it prints its figures so far, one JSON object a line.
+// One application of the soak: uses all four objects, calls of every kind and PES packets, until it is
+// terminated. Prints its figures every second, as one line of JSON.
 #include <zviptv/IPTVServiceAPI.h>
 
 #include <gio/gio.h>
@@ -34,7 +34,7 @@ Figures figures;
 bool served = false;
 IIPTVDataSubscriber* subscribed = nullptr;
 
-/// The stream's packets repeat one byte behind their header.
+/// The payload of the stream's packets repeats one byte.
 void OnPacket(ZVPESData& pes, void* /*userData*/)
 {
     ++figures.packets;
@@ -45,7 +45,7 @@ void OnPacket(ZVPESData& pes, void* /*userData*/)
     figures.damaged += whole ? 0U : 1U;
 }
 
-/// Objects end with the service, so each call asks for its object anew.
+/// Objects end with the service, so each call gets its object from the factory.
 template <typename Interface, typename Call>
 bool With(int (*create)(IPTVProfile, int, Interface**), Call const& call)
 {
@@ -76,7 +76,7 @@ bool AskGuide()
     return guide != nullptr && guide->GetPresentProgram(1, programme);
 }
 
-/// Keys come from the clock's second: a subscription that finds none is made by a later call.
+/// Keys depend on the clock's second: a subscription that gets no key is made by a later call.
 bool Subscribe()
 {
     return With(CIPTVServiceAPI::CreateIPTVDataSubscriber, [](IIPTVDataSubscriber& subscriber) {
@@ -213,7 +213,7 @@ int main()
     g_unix_signal_add(SIGTERM, Quit, loop);
     g_main_loop_run(loop);
     g_bus_unwatch_name(watch);
-    served = false; // its own end is no loss
+    served = false; // the end of this process is not a loss
     ServiceWent(nullptr, nullptr, nullptr);
     Print(nullptr);
     g_main_loop_unref(loop);

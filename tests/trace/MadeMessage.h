@@ -12,7 +12,8 @@
 
 namespace zviptv::test {
 
-/// Messages that libdbus has put together, so that what reads them shares no code with what wrote them.
+/// Messages that libdbus has built, so that the code that reads them shares nothing with the code that
+/// wrote them.
 struct MadeMessage
 {
     int type = DBUS_MESSAGE_TYPE_METHOD_CALL;
@@ -65,7 +66,7 @@ private:
     }
 };
 
-/// A request of :1.5 to the service, which is :1.2.
+/// A request from :1.5 to the service, :1.2.
 inline MadeMessage MadeRequest(std::string const& endpoint, std::uint32_t serial, WireBody body)
 {
     MadeMessage message;
@@ -79,7 +80,7 @@ inline MadeMessage MadeRequest(std::string const& endpoint, std::uint32_t serial
     return message;
 }
 
-/// The reply of :1.2 to :1.5.
+/// The reply from :1.2 to :1.5.
 inline MadeMessage MadeReply(std::uint32_t replySerial, WireBody body)
 {
     MadeMessage message;
@@ -92,7 +93,7 @@ inline MadeMessage MadeReply(std::uint32_t replySerial, WireBody body)
     return message;
 }
 
-/// A notification of :1.2 to :1.5.
+/// A notification from :1.2 to :1.5.
 inline MadeMessage MadeNotification(WireBody body)
 {
     MadeMessage message = MadeRequest("IPTVDATASUBSCRIBER", 77, std::move(body));

@@ -15,7 +15,7 @@ using testing::StartsWith;
 
 namespace {
 
-/// What became of reading a file.
+/// The result of reading a file.
 struct Reading
 {
     std::uint64_t read = 0;

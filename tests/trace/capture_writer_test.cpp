@@ -47,7 +47,7 @@ std::string ErrorOf(std::string const& path)
     return "none";
 }
 
-/// Files of this process have no more bytes; writing more is an error instead of a signal.
+/// Limits the size of the files of this process. Writing more is an error instead of a signal.
 class SmallDisk
 {
 public:

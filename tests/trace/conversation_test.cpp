@@ -14,7 +14,7 @@ using testing::IsEmpty;
 
 namespace {
 
-/// As text, in which numbers have no types.
+/// The messages as text, in which numbers have no types.
 std::string JsonOf(std::optional<Event> const& event)
 {
     return event ? ToJson(*event).toStyledString() : "no event";

@@ -1,16 +1,16 @@
 # SPDX-License-Identifier: MIT
-"""The code blocks of a page, Markdown or scdoc, and the markers that stand before them in comments."""
+"""The code blocks of a page, Markdown or scdoc, and the markers in comments before them."""
 import re
 from dataclasses import dataclass, field
 
 MARKERS = {
-    "file": "written to this file; ', the same as FILE' may follow",
-    "comes from": "what this command prints",
-    "drop-in of": "lines for this unit of systemd",
-    "unseen": "a command that is typed before the block and not shown",
-    "unseen in the shell": "the same, once the next shell has begun",
+    "file": "writes the block to this file; ', the same as FILE' may follow",
+    "comes from": "the block is the output of this command",
+    "drop-in of": "lines for this systemd unit",
+    "unseen": "a command that runs before the block and is not shown",
+    "unseen in the shell": "the same, after the start of the next shell",
     "not run": "the reason",
-    "run by": "the test that does it, and ', as: TEXT' where it spells it otherwise",
+    "run by": "the test that runs it; ', as: TEXT' may follow if its text differs",
 }
 PAGE_MARKERS = ("numbers may differ after", "numbers may differ in", "typed in an empty folder")
 
@@ -35,7 +35,7 @@ class PageError(Exception):
 
 
 def _marker(comment):
-    """(name, value) of a comment; for one that is no marker, and may not stand before a block, (None, comment)."""
+    """(name, value) of a marker; (None, comment) for any other comment, which must not precede a block."""
     name, _, value = comment.partition(":")
     name = name.strip()
     return (name, value.strip()) if name in MARKERS or name in PAGE_MARKERS else (None, comment)
@@ -44,12 +44,12 @@ def _marker(comment):
 def _block(page, line, language, text, markers):
     for name, comment in markers:
         if name is None:
-            raise PageError(f"{page}:{line}: a block behind a comment that is no marker: {comment}")
+            raise PageError(f"{page}:{line}: a block after a comment that is not a marker: {comment}")
     return Block(page, line, language, text, markers)
 
 
 def read_page(name, text):
-    """The page's blocks in their order, and its own markers."""
+    """The blocks of the page in their order, and the markers of the page itself."""
     lines = text.split("\n")
     return _read_scdoc(name, lines) if name.endswith(".scd") else _read_markdown(name, lines)
 
@@ -89,7 +89,7 @@ def _read_markdown(page, lines):
 
 
 def _needs_no_block(page, line, pending):
-    """What is unseen may stand apart from the block that it prepares; other markers stand before theirs."""
+    """Text may separate an unseen command from its block, but no other marker."""
     pending[:] = [found for found in pending if found[0] is not None]
     for name, _ in pending:
         if not name.startswith("unseen"):
@@ -97,7 +97,7 @@ def _needs_no_block(page, line, pending):
 
 
 def _with_last(blocks, page, line, pending):
-    """What is typed at the end of the page belongs to a block that is none."""
+    """Adds an empty block for the unseen commands at the end of the page."""
     _needs_no_block(page, line, pending)
     return blocks + ([Block(page, line, "end of page", "", pending)] if pending else [])
 

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""What is checked of blocks that are not typed."""
+"""Checks of pages, and of blocks that are not run."""
 import configparser
 import re
 import shutil
@@ -11,7 +11,7 @@ from blocks import PageError
 
 
 def check_run_by(block, root):
-    """The test that is named has the block's commands, or the text that is named."""
+    """Checks that the test contains the commands of the block, or the given text."""
     test, _, spelled = block.marker("run by").partition(", as: ")
     text = " ".join((root / test).read_text().split())
     lines = [spelled] if spelled else [line.removeprefix("$ ") for line in block.text.strip().split("\n")]
@@ -22,7 +22,7 @@ def check_run_by(block, root):
 
 
 def check_drop_in(block, root):
-    """The lines are those of a unit, and together with it systemd takes them; variables are used by the unit."""
+    """Checks that systemd accepts the unit with these lines, and that the unit uses their variables."""
     unit = root / block.marker("drop-in of")
     lines = configparser.ConfigParser(strict=False, interpolation=None)
     lines.optionxform = str
@@ -45,15 +45,15 @@ def check_drop_in(block, root):
 
 
 def check_links(name, page, root):
-    """Files that the page links to are there."""
+    """Checks that the linked files exist."""
     prose = re.sub(r"```.*?```|`[^`]*`", "", page, flags=re.DOTALL)
     for target in re.findall(r"\]\(([^)#:]+)(?:#[^)]*)?\)", prose):
         if not (root / name).parent.joinpath(target).exists():
-            raise PageError(f"{name} links to {target}, which is not there")
+            raise PageError(f"{name} links to {target}, which does not exist")
 
 
 def check_run_words(name, page, root):
-    """./run has all words that the page uses, in blocks and elsewhere."""
+    """Checks that ./run help lists every ./run command in the page, in blocks and in text."""
     known = subprocess.run([str(root / "run"), "help"], text=True, check=True, stdout=subprocess.PIPE).stdout
     for word, option in re.findall(r"\./run ([a-z]+)(?: (--[a-z]+))?", page):
         if not re.search(rf"^\./run {word}\b", known, re.MULTILINE) or option not in known:

@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: MIT
-"""Does what a page says and compares what comes out: page.py PAGE ROOT WORK
+"""Runs the commands of a page and compares their output: page.py PAGE ROOT WORK
 
-Every block of the page is run here, or marked with the reason why not, or the test that does it is named; anything
-else is an error. MARKERS in blocks.py are the markers. PATH leads to an installation.
+Every block of the page is run here, or marked with the reason why not, or with the test that runs it. Any other block
+is an error. MARKERS in blocks.py lists the markers. PATH contains an installation.
 """
 import difflib
 import os
@@ -16,11 +16,11 @@ from blocks import PageError, read_page
 from checks import check_drop_in, check_links, check_run_by, check_run_words
 from typed import Script
 
-LICENCE = "// SPDX-License-Identifier: MIT\n"  # of the file, which a page need not repeat
+LICENCE = "// SPDX-License-Identifier: MIT\n"  # the first line of a file, which a page may leave out
 
 
 def without_numbers(text, page_markers):
-    """Numbers that may differ, in what the page's markers name or from there to the line's end, become #."""
+    """Replaces numbers that may differ with #: those in the matches of a marker, or from there to the line's end."""
     for name, pattern in page_markers:
         if name.startswith("numbers"):
             rest = ".*" if name.endswith("after") else ""
@@ -37,14 +37,14 @@ def write_file(script, block, root):
 
 
 def take(script, block, root):
-    """Has the block run or checked; says what became of it."""
+    """Adds the block to the script, or checks it. Returns a description for the log."""
     for name, value in block.markers:
         if name == "unseen":
             script.unseen(value)
     script.unseen_in_the_shell += [value for name, value in block.markers if name == "unseen in the shell"]
     if block.marker("not run") is not None:
         if len(block.marker("not run")) < 10:
-            raise PageError(f"{block}: not run, for what reason?")
+            raise PageError(f"{block}: not run, without a reason")
         return f"not run: {block.marker('not run')}"
     if block.marker("run by"):
         return check_run_by(block, root)
@@ -70,7 +70,7 @@ def take(script, block, root):
 
 
 def prepare(root, work, is_empty):
-    """The folder where the page's reader is: one like the project's, or an empty one."""
+    """Makes the current folder of the page's reader: a copy of the project's, or an empty one."""
     here = work / "here"
     here.mkdir()
     share = work / "share"
@@ -108,7 +108,7 @@ def main(name, root, work):
                        env={**os.environ, "PAGES_WORK": str(work)}, check=False)
     came = (work / "run").read_text(errors="replace")
     diff = list(difflib.unified_diff(without_numbers(expected, page_markers),
-                                     without_numbers(came, page_markers), name, "what comes out", lineterm=""))
+                                     without_numbers(came, page_markers), name, "actual output", lineterm=""))
     print("\n".join(diff))
     return 1 if diff else 0
 

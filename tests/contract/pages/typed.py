@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
-"""The shell script that does what a page tells its reader to do, and what has to come out of it.
+"""The shell script with the commands of a page, and its expected output.
 
-Commands begin with "$ ". What follows a command that ends in "-- bash" is typed in that shell, up to "exit".
+Commands begin with "$ ". After a command that ends in "-- bash", the following ones run in that shell, up to "exit".
 """
 import re
 
@@ -9,10 +9,10 @@ from blocks import PageError
 
 
 class Script:
-    """Written from the page's blocks, one after the other."""
+    """Collects the blocks of the page in their order."""
 
     def __init__(self, share):
-        self.share = share  # what /usr/share/zv-iptv is here
+        self.share = share  # replaces /usr/share/zv-iptv
         self.lines = ["exec 2>&1"]
         self.expected = []
         self.shells = []
@@ -32,7 +32,7 @@ class Script:
 
     def _leave(self):
         if not self.shells:
-            raise PageError("exit, and no shell to leave")
+            raise PageError("exit without a shell")
         self.lines.append(self.shells.pop())
 
     def unseen(self, command):
@@ -63,7 +63,7 @@ class Script:
                 self._do(shown[2:])
 
     def succeed(self, text):
-        """Commands of which the page shows no output: they have to end well."""
+        """Adds commands without output in the page: they must succeed."""
         for command in text.strip().split("\n"):
             self.expected.append(f"{command}: 0\n")
             self._do(command.replace("-- bash", "-- bash </dev/null"), " >/dev/null 2>&1")

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""What the tests of the plugin share. pytester runs pytest on tests that are written into a folder."""
+"""Shared fixtures of the tests of the plugin. pytester runs pytest on tests in a temporary folder."""
 import os
 import subprocess
 

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""What pytest prints, and how the plugin is loaded."""
+"""Tests the output of pytest, and the loading of the plugin."""
 import os
 import subprocess
 import sys

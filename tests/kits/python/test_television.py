@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""The fixture as a test uses it."""
+"""Tests the fixture as its users do."""
 import os
 import statistics
 import threading
