@@ -86,7 +86,8 @@ void CProxyDBusHelper::SetCallback(CMessageBuffer (*messageCb)(CMessageBuffer&, 
     service.notify = m_SignalCallback;
 }
 
-/// In GIO's place, since it comes first: no owner, so that the call below is made.
+/// Replaces GIO's function, because the linker finds it first. Reports no owner, so that the call below is
+/// made.
 gchar* g_dbus_proxy_get_name_owner(GDBusProxy* /*proxy*/)
 {
     return nullptr;

@@ -27,7 +27,7 @@ struct Wire
 Wire ToWire(GVariant* body);
 Owned<GVariant> FromWire(Wire const& wire);
 
-/// The body of a message as a receiver gets it: put on the wire and read from it by GIO.
+/// The body of a received message: GIO has written and read its bytes.
 Owned<GVariant> Arrived(GVariant* body);
 
 } // namespace zviptv::test

@@ -6,7 +6,7 @@
 
 namespace zviptv::test {
 
-/// Ends the process: what is measured has to be what was meant.
+/// Ends the process if the condition is false, so that only the intended work is measured.
 inline void Require(bool holds, char const* property)
 {
     if (!holds) {

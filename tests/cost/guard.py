@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""What the workloads cost, in instructions and on the heap, against the committed baseline.
+"""Compares the instructions and the heap of the workloads with the committed baseline.
 
     guard.py check WORKLOAD    status 1 when the workload costs more than 5 % over its baseline
     guard.py renew             measures all and writes baseline.json
@@ -44,7 +44,7 @@ def run(*command):
 
 
 def instructions(profile, program):
-    """All that a profile counted, and those in the program itself, where the library's code is."""
+    """The instructions of a whole profile, and those of the program itself, which contains the library's code."""
     counts = callgrind.by_object(profile)
     return counts.total(), sum(count for file, count in counts.items() if os.path.realpath(file) == program)
 
@@ -70,7 +70,7 @@ def versions(program):
 
 
 def compare(measured, baseline):
-    """Lines about what is over the limit, and about what is as far under the baseline."""
+    """Messages about figures over the limit, and about figures equally far below the baseline."""
     over, under = [], []
     for name in MEASURES:
         now, then = measured[name], baseline[name]

@@ -7,7 +7,7 @@
 
 namespace zviptv::test {
 
-/// All four objects of the factory, as an application has them.
+/// All four objects of the factory, as in an application.
 struct FactoryObjects
 {
     ~FactoryObjects() { Destroy(); }
@@ -37,7 +37,7 @@ struct FactoryObjects
         return player != nullptr && broadcast != nullptr && subscriber != nullptr && guide != nullptr;
     }
 
-    /// How many of the three that say so reach the service.
+    /// How many of the three objects that can report it reach the service.
     int Answered() const
     {
         std::string genre;
@@ -45,7 +45,7 @@ struct FactoryObjects
                (guide->GetGenre(1, genre) ? 1 : 0);
     }
 
-    /// Ends its subscription again when it is told to.
+    /// Ends its subscription if the test requests it.
     bool Subscribe(bool andUnsubscribe) const
     {
         int key = 0;

@@ -36,7 +36,7 @@ void FaultTest::Begin()
 
 void FaultTest::End()
 {
-    // Other threads may be about to give back what the last round took.
+    // Other threads may still be releasing resources of the last round.
     auto const isBack = [this] {
         m_after = CurrentFootprint();
         return m_after->descriptors <= m_before->descriptors &&

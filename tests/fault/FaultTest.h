@@ -14,7 +14,7 @@
 
 namespace zviptv::test {
 
-/// True with ZVIPTV_FAULTS=long: the stated counts and durations instead of a second or so each.
+/// True with ZVIPTV_FAULTS=long: tests use the full counts and durations instead of about a second each.
 bool IsLongForm();
 
 template <typename Value>
@@ -23,9 +23,9 @@ Value ShortOrLong(Value shortForm, Value longForm)
     return IsLongForm() ? longForm : shortForm;
 }
 
-/// A fault happens, again and again, on a bus of the test's own, to partners in processes of their own. What
-/// the process holds before and after must be the same. Each test leaves a row, at the end of the file that
-/// ZVIPTV_FAULTS_TABLE names, and on the terminal.
+/// Repeats a fault on a private bus, with partners in separate processes. The process must hold the same
+/// resources before and after. Each test prints a row, and appends it to the file that ZVIPTV_FAULTS_TABLE
+/// names.
 class FaultTest : public testing::Test
 {
 protected:
@@ -33,16 +33,16 @@ protected:
 
     void TearDown() override;
 
-    /// A round or two to get warm, then that many that count.
+    /// Runs one or two rounds to warm up, then the given number of rounds.
     void Repeat(int rounds, std::function<void()> const& round);
-    /// As many rounds as the time allows, three at least; the first tenth of it is to get warm.
+    /// Runs rounds for the given time, at least three. The first tenth of the time is a warm-up.
     void RepeatFor(std::chrono::milliseconds duration, std::function<void()> const& round);
 
-    /// How much more memory than before is nothing to wonder at, KiB: what the allocator keeps, what is on
-    /// its way.
+    /// The additional memory that is normal, in KiB: memory that the allocator keeps, and messages in
+    /// transit.
     void AllowMemory(long kibibytes) { m_allowed = kibibytes; }
 
-    /// Something for the table beside the figures.
+    /// Adds a remark to the figures in the table.
     void Remark(std::string const& text) { m_remark = text; }
 
     PrivateBus m_bus;
@@ -59,16 +59,16 @@ private:
     std::chrono::steady_clock::time_point const m_start = std::chrono::steady_clock::now();
 };
 
-/// A partner that obeys orders, and a channel to it.
+/// A partner that executes orders, and a channel to it.
 class PartnerTest : public FaultTest
 {
 protected:
-    /// An order without an answer of interest; the result of the send.
+    /// Sends an order whose answer does not matter. Returns the result of the send.
     static int Order(TestChannel& channel, std::initializer_list<TextEntry> entries, int async = 0);
-    /// An order's answer; fails the test when there is none.
+    /// Sends an order and returns its answer. Fails the test if there is none.
     static CMessageBuffer Ask(TestChannel& channel, std::initializer_list<TextEntry> entries);
-    /// Orders signals or, with the member "Send", a call to the channel itself. They have been received, and
-    /// wait for the context, when this returns.
+    /// Orders signals or, with the member "Send", a call to the channel itself. When this returns, they have
+    /// been received and wait for the context.
     static void OrderEvents(TestChannel& channel, std::string const& member,
                             std::initializer_list<TextEntry> more);
 

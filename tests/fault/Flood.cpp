@@ -68,7 +68,7 @@ void BeFlood(Arguments const& arguments)
         link.Send(next(sent++));
         link.Flush();
         if (Clock::now() >= toTell) {
-            link.Sync(); // a bus that falls behind is not run over
+            link.Sync(); // waits for a bus that falls behind
             Tell("sent " + std::to_string(sent));
             toTell += std::chrono::milliseconds(100);
         }

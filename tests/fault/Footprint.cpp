@@ -16,7 +16,7 @@ namespace zviptv::test {
 
 namespace {
 
-/// The number behind a word of /proc/self/status, KiB.
+/// The number after a word in /proc/self/status, in KiB.
 long Status(std::string const& word)
 {
     std::ifstream file("/proc/self/status");
@@ -30,8 +30,7 @@ long Status(std::string const& word)
 
 } // namespace
 
-// Memory that is free but kept by malloc does not count: how much that is depends on how busy the machine
-// was.
+// Free memory that malloc keeps does not count, because its size depends on the load of the machine.
 Footprint CurrentFootprint()
 {
     malloc_trim(0);

@@ -5,7 +5,7 @@
 
 namespace zviptv::test {
 
-/// What the process holds.
+/// The resources that the process holds.
 struct Footprint
 {
     long memory;             ///< resident, KiB
@@ -17,7 +17,7 @@ Footprint CurrentFootprint();
 /// The most memory that was resident at any time, KiB.
 long PeakMemory();
 
-/// False under tools that keep freed memory: what is resident says nothing there.
+/// False under tools that keep freed memory, where resident memory has no meaning.
 bool MemoryCounts();
 
 } // namespace zviptv::test

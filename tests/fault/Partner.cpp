@@ -19,7 +19,7 @@ std::size_t Number(WireMessage const& order, char const* key)
     return text.empty() ? 0 : std::stoul(text);
 }
 
-/// That much in values that libdbus carries.
+/// A body of the given size, in values that libdbus can send.
 WireEntries Load(std::size_t mebibytes)
 {
     WireEntries entries;
@@ -31,7 +31,7 @@ WireEntries Load(std::size_t mebibytes)
     return entries;
 }
 
-/// What is no message: every type but an "ay" in it, or no dictionary at all.
+/// An invalid message: values of every type except "ay", or no dictionary at all.
 WireBody Malformed(std::string const& kind)
 {
     if (kind == "variants") {
@@ -40,7 +40,7 @@ WireBody Malformed(std::string const& kind)
     return kind == "strings" ? WireBody::Strings({"no", "dictionary"}) : WireBody();
 }
 
-/// Large as ordered, or malformed.
+/// A body of the ordered size, or a malformed one.
 WireBody BodyOf(WireMessage const& order)
 {
     return order.Has("kind") ? Malformed(order.Value("kind")) : WireBody(Load(Number(order, "mebibytes")));
@@ -52,7 +52,7 @@ WireTarget TargetOf(WireMessage const& order)
             order.Value("member")};
 }
 
-/// How many messages with a value of that size have come since the recording began, which ends.
+/// Ends the recording. Returns the number of recorded messages with a value of the given size.
 WireEntries Report(WirePeer& peer, std::size_t size)
 {
     peer.SetRecording(false);

@@ -6,16 +6,15 @@
 
 namespace zviptv::test {
 
-/// What follows the mode on the command line.
+/// The arguments after the mode on the command line.
 using Arguments = std::vector<std::string>;
 
-// What a peer process can be. Each prints its unique bus name as soon as it is ready and runs until it is
-// killed.
+// The modes of a peer process. Each prints its unique bus name when it is ready, and runs until it is killed.
 
-/// Answers calls, and does what they order.
+/// Answers calls and executes their orders.
 [[noreturn]] void BePartner();
 
-/// Owns the helper bus's name and says yes to every request.
+/// Owns the helper bus's name and accepts every request.
 [[noreturn]] void BeService();
 
 /// Sends at a steady rate and prints every 100 ms how many messages those were: kind ("signals", "calls", or
@@ -25,7 +24,7 @@ using Arguments = std::vector<std::string>;
 /// Claims to be others: victim's bus name, object path, partner's bus name. Prints "done" at the end.
 [[noreturn]] void BeStranger(Arguments const& arguments);
 
-/// Prints a line at once.
+/// Prints a line immediately.
 void Tell(std::string const& line);
 
 } // namespace zviptv::test

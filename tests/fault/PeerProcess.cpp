@@ -21,7 +21,8 @@ std::vector<std::string> Command(std::vector<std::string> const& mode)
     return command;
 }
 
-/// The state letter of a process, 'T' when it is stopped; behind the name, which may hold anything.
+/// The state letter of a process, 'T' if it is stopped. It is after the name, which may contain any
+/// characters.
 char StateOf(pid_t pid)
 {
     std::ifstream file("/proc/" + std::to_string(pid) + "/stat");

@@ -8,24 +8,24 @@
 
 namespace zviptv::test {
 
-/// A participant of the bus in a process of its own; see fault_peer.cpp for what it can be.
+/// A participant of the bus in a separate process; see PeerModes.h for its modes.
 class PeerProcess
 {
 public:
-    /// Returns when it is on the bus; throws std::runtime_error when it does not get there.
+    /// Returns when it is on the bus. Throws std::runtime_error if it does not get there.
     explicit PeerProcess(std::vector<std::string> const& mode = {"partner"});
 
     std::string const& Name() const { return m_name; }
 
-    /// SIGKILL; returns when the process is no more.
+    /// Sends SIGKILL. Returns when the process has ended.
     void Kill();
-    /// SIGSTOP; returns when the process stands still.
+    /// Sends SIGSTOP. Returns when the process has stopped.
     void Stop();
     void Continue();
 
-    /// How many messages a flood says that it has sent.
+    /// The number of messages that a flood reports as sent.
     std::size_t Sent() const;
-    /// Whether a stranger is through.
+    /// Whether a stranger has finished.
     bool WaitForDone() const;
 
 private:

@@ -13,7 +13,7 @@ namespace {
 
 constexpr char ChannelInterface[] = "org.corvel.zviptvapi.DbusCommunication";
 
-/// The partner's notice that it has left, as the bus would word it.
+/// A forged notice of the bus that the partner has left.
 WireBody LeaveNotice(std::string const& partner)
 {
     return WireBody::Strings({partner, partner, ""});

@@ -14,12 +14,12 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// The bus is killed, and started anew, for real. The application keeps the process alive by clearing
+/// The bus is killed and started again. The application keeps the process alive by clearing
 /// exit-on-close on the shared connection, a new one after each restart.
 class BusFault : public FaultTest
 {
 protected:
-    /// What every use of a channel without a bus comes to.
+    /// Checks the result of every use of a channel without a bus.
     static void ExpectNothingWorks(CProxyDBusHelper& channel)
     {
         CMessageBuffer message = Message({{"k", "v"}});
@@ -46,11 +46,11 @@ protected:
         CIPTVServiceAPI::DestroyConnectionHelper();
     }
 
-    /// A bus that has just started, a partner on it and a channel that is connected.
+    /// Starts a bus, a partner on it, and a connected channel.
     void Begin()
     {
         m_bus.Restart();
-        // GIO hands out the closed connection as long as one of its threads still holds it.
+        // GIO returns the closed connection while one of its threads still holds it.
         ASSERT_TRUE(RunUntil([this] {
             m_connection.reset();
             m_connection = SharedConnection();
@@ -117,7 +117,7 @@ TEST_F(BusFault, F07_BusDiesDuringSends)
         CMessageBuffer reply;
         ASSERT_EQ(m_channel->SendMessage(request, reply, 1), 1);
         auto killed = std::async(std::launch::async, [this] {
-            std::this_thread::sleep_for(20ms); // in the middle of the send, or just before
+            std::this_thread::sleep_for(20ms); // during the send, or just before it
             m_bus.Kill();
         });
         auto const start = std::chrono::steady_clock::now();
@@ -144,7 +144,7 @@ TEST_F(BusFault, F07_BusDiesAfterTheDestroyOfAChannelWithCallsOutstanding)
     });
 }
 
-/// The bus stands still with Connect's question for the partner's owner on its way, and dies.
+/// The bus stops while Connect queries the owner of the partner's name, and dies.
 TEST_F(BusFault, F07_BusDiesDuringConnect)
 {
     Repeat(ShortOrLong(5, 100), [this] {
@@ -161,7 +161,7 @@ TEST_F(BusFault, F07_BusDiesDuringConnect)
     });
 }
 
-/// Once only: threads use the objects when the bus dies.
+/// Once: threads use the objects while the bus dies.
 TEST_F(BusFault, F07_BusDiesWithObjectsInUse)
 {
     Begin();
@@ -224,7 +224,7 @@ TEST_F(BusFault, F16_BusDiesWhileObjectsAreMadeAndEnded)
                 }
             }));
         }
-        std::this_thread::sleep_for(std::chrono::milliseconds(++round % 20)); // any moment will do
+        std::this_thread::sleep_for(std::chrono::milliseconds(++round % 20)); // varies the moment
         KillTheBus();
         stop = true;
         users.clear();
@@ -234,7 +234,7 @@ TEST_F(BusFault, F16_BusDiesWhileObjectsAreMadeAndEnded)
     });
 }
 
-/// The bus stands still with the owner check on its way, and dies.
+/// The bus stops during the owner check, and dies.
 TEST_F(BusFault, F07_BusDiesDuringTheOwnerCheck)
 {
     Repeat(ShortOrLong(5, 100), [this] {

@@ -9,13 +9,14 @@ using namespace zviptv::test;
 
 namespace {
 
-/// The process has switched off exit-on-close, and lives on when its bus dies. Nothing of it is destroyed.
+/// The process has switched off exit-on-close, and survives the end of its bus. None of its objects is
+/// destroyed.
 class BusRestartFault : public FaultTest
 {
 protected:
     BusRestartFault() { SharedConnection(); }
 
-    /// Another bus and the service on it; then the application asks for its objects once more.
+    /// Starts another bus with the service. Then the application creates its objects again.
     void CreateOn(PrivateBus& bus)
     {
         m_service.reset();

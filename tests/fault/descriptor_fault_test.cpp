@@ -33,7 +33,7 @@ protected:
         CIPTVServiceAPI::DestroyConnectionHelper();
     }
 
-    /// The service of another process has the name of the helper bus, for which the own server waits.
+    /// The service of another process owns the name of the helper bus, for which this process's server waits.
     PeerProcess m_service{{"service"}};
     CProxyDBusHelper m_other{"FENCE"}; // keeps the connection
     LoopThread m_loop;

@@ -10,13 +10,13 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// Every handler throws twenty times; what GLib holds at that moment leaks, and nothing else.
+/// Every handler throws twenty times. Only the memory that GLib holds at that moment leaks.
 class ExceptionFault : public PartnerTest
 {
 protected:
     ExceptionFault() { ExpectLeaks(); }
 
-    /// Lets a partner die, until its loss was told.
+    /// Kills a partner, and waits for the report of its loss.
     void Lose(TestChannel& channel, int& losses)
     {
         int const before = losses;
@@ -105,7 +105,7 @@ TEST_F(ExceptionFault, F10_TwentyOutOfDisconnectHandlers)
     };
     Repeat(Throws, [&] {
         Lose(channel, losses);
-        Lose(channel, losses); // for ever, if the lock were still held
+        Lose(channel, losses); // forever, if the lock were still held
         ASSERT_EQ(losses, 2 * m_caught);
     });
 }

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The other end as a process of its own, so that it can be killed and stopped for real. Made of nothing but
-// libdbus.
+// The other end as a separate process, which tests can kill and stop. Uses only libdbus.
 #include "PeerModes.h"
 
 #include "FakeService.h"

@@ -9,15 +9,15 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// Channels are made and deleted by one thread while another one delivers messages to them, 30,000 a second
-/// where the machine is up to it; the row says how many it were.
+/// One thread makes and deletes channels while another one delivers messages to them, 30,000 a second if the
+/// machine is fast enough. The row contains the actual number.
 class FloodFault : public FaultTest
 {
 protected:
     FloodFault() { AllowMemory(16384); } // messages that wait for the loop
 
-    /// A channel that lives for a few deliveries; both are gone, and all that was under way has ended, when
-    /// this returns.
+    /// Makes a channel that lives for a few deliveries. When this returns, the channel is gone and all its
+    /// deliveries have ended.
     void Live(PeerProcess& partner, int deliveries, std::chrono::milliseconds patienceWithThem)
     {
         LateCallProbe probe(m_lateCalls, 1);
@@ -34,8 +34,7 @@ protected:
         m_deliveries += touched;
     }
 
-    /// Returns when the loop has handled what had come. One that falls behind is not run over: the flood
-    /// waits for it.
+    /// Returns when the loop has handled all received messages. The flood waits for a loop that falls behind.
     void CatchUp(PeerProcess& flood)
     {
         auto const isBehind = [this] {
@@ -51,7 +50,7 @@ protected:
         }
     }
 
-    /// A second. What checks memory or races slows the loop down, which would not keep up.
+    /// Per second. Tools that check memory or races slow the loop down, and it would fall behind.
     static std::string Rate() { return MemoryCounts() ? "30000" : "500"; }
 
     void Flood(std::string const& kind)
@@ -108,7 +107,7 @@ TEST_F(FloodFault, F03_ChannelDeletedUnderAFloodOfNameChanges)
             ASSERT_TRUE(WaitUntil([&] { return probe.touched > 0; }, patience));
         }
         channel.reset();
-        m_loop.Run([] {}); // a handler that had begun has ended
+        m_loop.Run([] {}); // a running handler has ended
         probe.gone = true;
         int const touched = probe.touched;
         m_loop.Run([] {});

@@ -10,8 +10,8 @@ using namespace zviptv::test;
 
 namespace {
 
-/// A number of elements that the service announces, whatever it sends: it costs an exception or what was
-/// sent, never the memory that was announced.
+/// The service announces more elements than it sends. The library throws an exception or uses the memory of
+/// the sent data, never that of the announced number.
 class HostileCounts : public SubscriberTest, public testing::WithParamInterface<int>
 {
 protected:
@@ -27,7 +27,7 @@ protected:
     static std::string Count() { return std::to_string(GetParam()); }
     static bool IsPossible() { return GetParam() == 0; }
 
-    /// Dispatches what the service has sent; true when a length error came out of it.
+    /// Dispatches the messages of the service. Returns whether this threw a length error.
     bool DispatchThrows(bool const& delivered)
     {
         try {

@@ -38,8 +38,7 @@ private:
     }
 };
 
-/// The objects as a careless application uses them: it keeps every pointer, whatever has become of the
-/// object.
+/// The objects of a careless application, which keeps every pointer after the end of its object.
 class CarelessUser
 {
 public:
@@ -87,7 +86,7 @@ public:
         }
     }
 
-    /// How many calls returned true, of those that could be made.
+    /// The number of calls that returned true.
     unsigned CallAll(unsigned& made)
     {
         std::string genre;
@@ -124,7 +123,7 @@ private:
 class LifetimeFault : public FaultTest
 {
 protected:
-    /// Runs `use` again and again on eight threads until `meanwhile` returns.
+    /// Runs `use` repeatedly on eight threads until `meanwhile` returns.
     template <typename Use, typename Meanwhile>
     void RunUsers(Use use, Meanwhile meanwhile)
     {

@@ -9,7 +9,7 @@ namespace {
 
 std::string const NotUtf8 = "not \xff\xfe utf-8";
 
-/// Texts that are no bus name, no path and, some of them, no text.
+/// Texts that are not bus names or paths. Some are not even valid UTF-8.
 std::vector<std::string> BadNames()
 {
     return {"",
@@ -29,7 +29,7 @@ std::vector<std::string> BadNames()
 
 TEST_F(PartnerTest, F08_NamesThatAreNone)
 {
-    AllowMemory(16384); // the allocator keeps what a name of 100,000 characters took
+    AllowMemory(16384); // the allocator keeps the memory of a name of 100,000 characters
     PeerProcess partner;
     WirePeer service;
     service.SetRecording(false);
@@ -54,7 +54,7 @@ TEST_F(PartnerTest, F08_ChannelsWhoseNameMakesNoPath)
     Repeat(ShortOrLong(10, 1000), [&] {
         for (std::string const& name : BadNames()) {
             if (name == "undotted" || name == std::string(256, 'x')) {
-                continue; // these make a path
+                continue; // these are a valid path
             }
             CProxyDBusHelper channel(name);
             CMessageBuffer message;

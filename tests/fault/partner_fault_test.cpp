@@ -16,7 +16,7 @@ protected:
     static constexpr int Calls = 20;
     static constexpr int Signals = 10;
 
-    /// Calls that the partner has got and leaves unanswered, and signals that it has sent before.
+    /// Makes calls that the partner receives and does not answer, after signals that it sends.
     static void LeaveOutstanding(TestChannel& channel)
     {
         OrderEvents(channel, "SendSignal", {{"count", std::to_string(Signals)}});

@@ -12,7 +12,7 @@ namespace {
 
 constexpr char HelperName[] = "org.corvel.zviptvapi.dbushelper";
 
-/// All four objects of the factory, and a loop on a thread of its own, as in an application.
+/// All four objects of the factory, and a loop on a separate thread, as in an application.
 class ServiceFault : public FaultTest
 {
 protected:
@@ -49,7 +49,7 @@ TEST_F(ServiceFault, F04_DestroyOnOneThreadWhileTheVanishedHandlerDestroys)
         ASSERT_NE(m_objects.broadcast, nullptr);
         std::thread destroyer([this, lead = ++round % 8] {
             for (int i = 0; i < lead * 200; ++i) {
-                std::this_thread::yield(); // before, in, and after the time when the loss is handled
+                std::this_thread::yield(); // before, during and after the handling of the loss
             }
             if (lead == 7) {
                 WaitUntil([this] { return CountOf("Destroy CPlayerControlProxy") == 1; }, patience);
@@ -90,7 +90,7 @@ TEST_F(ServiceFault, F12_ServiceRestartsWithAllProxiesLive)
                        CountOf("Destroy CBroadcastDataProxy") == 1;
             },
             patience));
-        m_loop.Run([] {}); // they have done so
+        m_loop.Run([] {}); // the loop has handled it
         std::string genre;
         EXPECT_FALSE(m_objects.guide->GetGenre(1, genre));
         EXPECT_FALSE(m_objects.subscriber->UnSubscribeForPES(0));

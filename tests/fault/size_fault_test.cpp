@@ -7,10 +7,10 @@ using namespace zviptv::test;
 
 namespace {
 
-constexpr int Largest = 31; // MiB that the bus carries, of those that are tried
+constexpr int Largest = 31; // MiB; the largest of the tested sizes that the bus accepts
 
-/// Messages of 31, 32, 64 and 129 MiB. The bus ends the connection of whoever sends more than 32 MiB; it must
-/// never be ours.
+/// Messages of 31, 32, 64 and 129 MiB. The bus closes the connection of a sender of more than 32 MiB. The
+/// library must never be that sender.
 class SizeFault : public PartnerTest, public testing::WithParamInterface<int>
 {
 protected:
@@ -48,12 +48,12 @@ TEST_P(SizeFault, F09_RequestsAndNotifications)
     CMessageBuffer reply;
     Repeat(ShortOrLong(1, 10), [&] {
         ASSERT_EQ(Order(channel, {{"do", "record"}}), 1);
-        // A request that travels may take longer than the send waits for its answer.
+        // Sending a request may take longer than the send waits for its answer.
         int const sent = channel->SendMessage(message, reply, 0);
         ASSERT_TRUE(IsCarried() || sent == 0);
         ASSERT_EQ(channel->SendMessage(message, reply, 1), IsCarried() ? 1 : 0);
         ASSERT_EQ(channel->SendNotification(message), IsCarried() ? 1 : 0);
-        ASSERT_TRUE(RunUntil([&] { return Order(channel, {{"id", "1"}}) == 1; })); // it has worked them off
+        ASSERT_TRUE(RunUntil([&] { return Order(channel, {{"id", "1"}}) == 1; })); // it has handled them
         CMessageBuffer const report =
             Ask(channel, {{"do", "report"}, {"mebibytes", std::to_string(GetParam())}});
         ASSERT_EQ(report.GetValue("count"), IsCarried() ? "3" : "0") << "both requests and the notification";
@@ -65,7 +65,7 @@ TEST_P(SizeFault, F09_RequestsAndNotifications)
 TEST_P(SizeFault, F09_AnswersToThePartner)
 {
     LoopThread loop;
-    WirePeer caller; // here, to see the answer
+    WirePeer caller; // in this process, to check the answer
     TestChannel channel;
     std::string const value = Value();
     channel.onMessage = [&](CMessageBuffer&) { return Message({{"v", value}}); };
@@ -79,11 +79,11 @@ TEST_P(SizeFault, F09_AnswersToThePartner)
     EXPECT_EQ(m_observer.GetNameOwner(m_ownName), m_ownName);
 }
 
-/// What the partner sends: it arrives, or the bus throws the partner out and the channel tells its loss.
+/// A message of the partner arrives, or the bus disconnects the partner and the channel reports its loss.
 class IncomingSizeFault : public SizeFault
 {
 protected:
-    /// One message by a partner that lives just for it.
+    /// Sends one message from a new partner.
     void Receive(std::function<void(TestChannel&)> const& order)
     {
         PeerProcess partner;

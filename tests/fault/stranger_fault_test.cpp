@@ -5,7 +5,7 @@ using namespace zviptv::test;
 
 namespace {
 
-/// Everybody may do everything, but for answers that nobody asked for: those no bus lets through.
+/// Everybody may do everything, except send unrequested replies, which every bus refuses.
 BusOptions OpenBus()
 {
     BusOptions options;
@@ -22,7 +22,7 @@ protected:
     StrangerFault() : PartnerTest(OpenBus()) {}
 };
 
-/// A third process on an open bus pretends to be the partner, the bus, or nobody in particular.
+/// A third process on an open bus pretends to be the partner or the bus, or sends in its own name.
 TEST_F(StrangerFault, F11_StrangersSignalsCallsAndForgeries)
 {
     PeerProcess partner;
@@ -44,7 +44,7 @@ TEST_F(StrangerFault, F11_StrangersSignalsCallsAndForgeries)
             {"stranger", channel->GetPublicName(), channel.Target("Send").path, partner.Name()});
         ASSERT_TRUE(stranger.WaitForDone());
         ASSERT_EQ(Ask(channel, {{"id", "mine"}}).GetValue("id"), "mine");
-        OrderEvents(channel, "SendSignal", {{"count", "1"}}); // all of the stranger's was before
+        OrderEvents(channel, "SendSignal", {{"count", "1"}}); // arrives after all messages of the stranger
         ASSERT_TRUE(RunUntil([&] { return signals > 0 && !callers.empty(); }));
         RunPending();
         ASSERT_EQ(signals, 1) << "the partner's own";

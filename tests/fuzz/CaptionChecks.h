@@ -7,7 +7,7 @@
 
 namespace zviptv::fuzz {
 
-/// What holds for every caption that a decoder returns.
+/// Checks that apply to every caption of a decoder.
 inline void CheckCaption(Caption const& caption)
 {
     bool const isTeletext = caption.kind == CaptionKind::Teletext;

@@ -16,14 +16,14 @@
 #include <string_view>
 #include <vector>
 
-// What the fuzz targets share. A target is a source that defines LLVMFuzzerTestOneInput(): it is linked with
-// libFuzzer to look for new inputs, and with replay.cpp to run those that are kept in corpus/.
+// Common code of the fuzz targets. A target is a source that defines LLVMFuzzerTestOneInput(): it is linked
+// with libFuzzer to look for new inputs, and with replay.cpp to run those that are kept in corpus/.
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size);
 
 namespace zviptv::fuzz {
 
-/// Ends the process, which is what a fuzzer takes for a finding.
+/// Ends the process, which is a finding for the fuzzer.
 inline void Require(bool holds, char const* property)
 {
     if (!holds) {
@@ -77,7 +77,7 @@ inline bool IsJsonLine(std::string const& line)
     return ParseJsonLine(line, value);
 }
 
-/// What is left of the input, from its beginning.
+/// The rest of the input, from its beginning.
 inline std::vector<std::uint8_t> Rest(FuzzedDataProvider& input)
 {
     return input.ConsumeRemainingBytes<std::uint8_t>();

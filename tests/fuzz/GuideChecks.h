@@ -7,7 +7,7 @@
 
 namespace zviptv::fuzz {
 
-/// What holds for every programme of a guide, wherever it came from.
+/// Checks that apply to every programme of every guide.
 inline void CheckProgramme(sim::Guide const& guide, std::uint32_t position)
 {
     sim::GuideEntry const& entry = guide.At(position);

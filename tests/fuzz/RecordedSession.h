@@ -40,7 +40,7 @@ std::string ValueOf(std::uint8_t value);
 std::string NameOf(std::uint8_t number);
 BusMessage::Pairs EntriesOf(Function const& function, std::string const& handle, std::string const& value);
 
-/// Writes the session, and notes what a replay has to answer.
+/// Writes the session, and stores the expected answers of a replay.
 class Session
 {
 public:

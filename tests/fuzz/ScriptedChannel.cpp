@@ -26,7 +26,7 @@ struct Script
 
 Script script;
 
-/// What leaves a proxy reaches a service as it was.
+/// Checks that a service receives the message of a proxy unchanged.
 void CheckRequest(CMessageBuffer const& request)
 {
     Error error;

@@ -13,7 +13,7 @@ namespace zviptv::fuzz {
 /// Has the library write its log, to nowhere.
 void ReadLog();
 
-/// Whether the service is there for objects to be made.
+/// Whether a service runs, so that objects can be made.
 void SetServiceRunning(bool running);
 
 /// The service's answers from now on, one an exchange; with null, and when none is left, the exchange fails

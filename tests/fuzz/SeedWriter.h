@@ -47,7 +47,7 @@ private:
     std::string m_back;
 };
 
-/// Writes a seed to `folder`/`name`, as `name` is without what a file name should not hold.
+/// Writes a seed to `folder`/`name`, without characters of `name` that do not belong in a file name.
 inline void WriteSeed(std::filesystem::path const& folder, std::string name, std::string const& seed)
 {
     for (char& character : name) {

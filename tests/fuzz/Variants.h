@@ -26,7 +26,7 @@ inline GVariant* NewBytes(std::string const& bytes)
     return g_variant_new_fixed_array(G_VARIANT_TYPE_BYTE, bytes.data(), bytes.size(), 1);
 }
 
-/// A value as it may stand under a key: bytes most often, else anything.
+/// The value of a key: usually bytes, otherwise any type.
 inline GVariant* NewValue(FuzzedDataProvider& input)
 {
     switch (input.ConsumeIntegralInRange(0, 11)) {

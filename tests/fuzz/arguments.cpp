@@ -27,7 +27,7 @@ std::optional<Value> Parsed(std::string const& text)
     return std::nullopt;
 }
 
-/// Whatever number a text is read as, its decimal digits are read as the same.
+/// The decimal digits of a parsed number are parsed as the same number.
 template <typename Number>
 void CheckNumber(std::string const& text)
 {

@@ -9,7 +9,7 @@
 
 #include "output/Answer.h"
 
-// Any bytes as a capture file, and what all outputs of zviptvctl trace make of it.
+// Any bytes as a capture file, with all outputs of zviptvctl trace.
 
 using namespace zviptv;
 using zviptv::fuzz::Require;

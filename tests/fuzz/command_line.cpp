@@ -13,7 +13,7 @@
 #include <iostream>
 #include <sstream>
 
-// The program with any arguments, a line each, where no service runs.
+// Runs the program without a service, with any arguments, one per line.
 
 using namespace zviptv::ctl;
 using namespace zviptv::fuzz;
@@ -33,7 +33,7 @@ std::vector<std::string> Lines(std::string const& text)
     return lines;
 }
 
-/// Standard output as a file in memory.
+/// Redirects standard output to a file in memory.
 int Output()
 {
     static int const descriptor = [] {

@@ -15,7 +15,7 @@ constexpr char const* Functions[] = {"MuteAudio", "requestPESCB", "PESCB", "Capt
 constexpr FaultRule::Target Targets[] = {FaultRule::Target::Answer, FaultRule::Target::Push,
                                          FaultRule::Target::Announcement};
 
-/// A fault is written as it is read; a text that is none is named, and changes nothing.
+/// The text of a fault parses to the same text. The error for an invalid text quotes it, and nothing changes.
 bool Add(Faults& faults, std::string const& text)
 {
     std::size_t const count = faults.List().size();

@@ -1,7 +1,7 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# fuzz.sh BUILD SECONDS: lets every fuzz target of the build folder BUILD look for new inputs for so many seconds,
-# two at a time, and tells what came of it. What ends a target is kept in BUILD/findings, new inputs in BUILD/corpus.
+# fuzz.sh BUILD SECONDS: runs every fuzz target of the build folder BUILD for the given number of seconds, two at a
+# time, and prints the results. Inputs that end a target are kept in BUILD/findings, new inputs in BUILD/corpus.
 # Not 0 when there is a finding, or a target did not run.
 set -euo pipefail
 here=$(dirname "$(realpath "${BASH_SOURCE[0]}")")
@@ -28,7 +28,7 @@ run_target() {
     printf '\nexit status %d\n' "$status" >>"$build/logs/$target.log"
 }
 
-# The number behind a word in the line that libFuzzer writes last.
+# Prints the number after a word in the last line of libFuzzer.
 number() { sed -nE "s|^#.*[[:space:]]$2 ([0-9]+).*|\\1|p" "$build/logs/$1.log" | tail -1; }
 
 row() {

@@ -8,7 +8,7 @@ here=$(dirname "$(realpath "${BASH_SOURCE[0]}")")
 corpus=$here/corpus
 build=$(realpath "$1")
 
-# Records what each of these commands and methods sends and gets.
+# Records the messages of each of these commands and methods.
 record_all() {
     local words
     while read -r -a words; do

@@ -10,7 +10,7 @@
 #include <stdexcept>
 #include <thread>
 
-// What a subscriber with several callbacks does with any notification.
+// Passes any notification to a subscriber with several callbacks.
 
 using namespace zviptv;
 using namespace zviptv::fuzz;
@@ -27,7 +27,7 @@ Got got;
 std::string announced; ///< under the key of the data
 std::string carried;
 
-/// The bytes that came, as many as were announced, zeros behind them.
+/// The received bytes, padded with zeros to the announced size.
 void CheckData(std::vector<std::uint8_t> const& data)
 {
     Require(data.size() == static_cast<std::size_t>(std::stoi(announced)), "as much as announced");

@@ -20,7 +20,7 @@ namespace {
 
 constexpr std::size_t Limit = 2000;
 
-/// What the head of a frame tells is possible, or 0.
+/// Checks that the values in the header of a frame are possible or 0.
 void CheckSounds(Bytes const& pes)
 {
     for (auto const codec : {AudioCodec::Mpeg, AudioCodec::AacAdts, AudioCodec::AacLatm, AudioCodec::Aac,
@@ -68,7 +68,7 @@ void CheckContent(Bytes const& pes)
     CheckLanguages(pes);
 }
 
-/// From packets of any kind no more comes out than the limit lets.
+/// Packets of any kind produce no more data than the limit allows.
 void CheckAssembly(Bytes const& stream)
 {
     PesAssembler assembler(Limit);
@@ -85,7 +85,7 @@ void CheckAssembly(Bytes const& stream)
     Require(assembler.Counters().delivered == count, "what was handed out is counted");
 }
 
-/// What a sender sends in order arrives byte for byte.
+/// Data sent in order arrives byte for byte.
 void CheckRoundTrip(Bytes const& payload, bool open, std::uint64_t pts)
 {
     Bytes const pes = zviptv::test::MakePes(pts, payload, open);

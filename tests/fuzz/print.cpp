@@ -12,7 +12,7 @@
 #include <cstring>
 #include <sstream>
 
-// What the command line prints of values that a service may send: records, texts and packets of any bytes.
+// The output of the command line for values of a service: records, texts and packets with any bytes.
 
 using namespace zviptv;
 using namespace zviptv::ctl;

@@ -22,7 +22,7 @@ constexpr std::size_t LargestSeed = 2048;
 
 using Message = Owned<GDBusMessage>;
 
-/// Makes the connection one that sees everybody's messages, and keeps them.
+/// Makes the connection a monitor of all messages, and keeps them.
 class Monitor
 {
 public:
@@ -63,7 +63,7 @@ private:
         auto* const monitor = static_cast<Monitor*>(self);
         std::lock_guard<std::mutex> const lock(monitor->m_mutex);
         monitor->m_messages.push_back(Share(message));
-        // Who answers others' calls is no monitor any more: the bus ends the connection.
+        // The bus closes the connection of a monitor that answers calls.
         bool const isCall = g_dbus_message_get_message_type(message) == G_DBUS_MESSAGE_TYPE_METHOD_CALL;
         return isCall ? (g_object_unref(message), nullptr) : message;
     }
@@ -116,7 +116,7 @@ public:
         }
     }
 
-    /// The command with all the answers that it got.
+    /// The command with all its answers.
     void Finish()
     {
         if (m_command.rfind("pes", 0) == 0 || m_replies.empty() || m_replies.size() > 15) {

@@ -45,7 +45,7 @@ std::optional<sim::ReplayedAnswer> Ask(sim::Replay& replay, Step const& step, st
     return answer;
 }
 
-/// What the session has, in its order; then once more, when the last answer comes again.
+/// Replays the session in order, then again, which repeats the last answers.
 void CheckTurns(sim::Replay& replay, Session::Expected const& expected)
 {
     for (auto const& [asked, answers] : expected) {

@@ -16,7 +16,7 @@ std::string ReadFile(std::filesystem::path const& path)
     return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
-/// From a copy of just this size, so that a sanitizer sees what is read past its end.
+/// Uses a copy of exactly this size, so that a sanitizer finds reads past its end.
 void Run(std::string_view bytes)
 {
     std::vector<std::uint8_t> const input(bytes.begin(), bytes.end());

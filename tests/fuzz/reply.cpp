@@ -8,7 +8,7 @@
 #include <numeric>
 #include <stdexcept>
 
-// Every method of the proxies on any reply. An input begins with a method's name and a line break.
+// Calls every method of the proxies with any reply. An input begins with a method's name and a line break.
 
 using namespace zviptv;
 using namespace zviptv::fuzz;
@@ -26,7 +26,7 @@ ProxyMethod const& Chosen(std::string const& name)
     return found != std::end(ProxyMethods) ? *found : ProxyMethods[sum % std::size(ProxyMethods)];
 }
 
-/// What a method may end with: its result, or one of the standard conversions' exceptions.
+/// The permitted outcomes of a method: its result, or an exception of the standard conversions.
 enum class Ending
 {
     False,

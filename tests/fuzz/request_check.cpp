@@ -7,7 +7,7 @@
 
 #include <set>
 
-// What the simulator's request log says of requests with any entries.
+// The simulator's request log for requests with any entries.
 
 using namespace zviptv;
 using namespace zviptv::fuzz;
@@ -19,7 +19,7 @@ void CheckLine(std::string const& text)
     Require(IsUtf8(text) && !HasControls(text) && !HasLateControls(text), "the log's text is printable");
 }
 
-/// Whether one key stands in the request twice.
+/// Whether the request contains a key twice.
 bool HasTwins(CMessageBuffer const& request)
 {
     std::set<std::string> keys;

@@ -17,7 +17,7 @@ using namespace zviptv::fuzz;
 
 namespace {
 
-/// Inputs are not looked for on this machine.
+/// Scenarios open no inputs of this machine.
 void CheckVerbButInput(std::vector<Word>& verb, std::string const& folder)
 {
     if (verb.front().text != "load") {

@@ -5,7 +5,7 @@
 #include "playback/Tracks.h"
 #include "stream/ProgrammeTable.h"
 
-// PAT, PMT and SDT whose check sums are right, whatever they say.
+// PAT, PMT and SDT with any contents and correct check sums.
 
 using namespace zviptv;
 using namespace zviptv::sim;

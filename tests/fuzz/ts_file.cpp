@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::uint64_t PtsModulus = std::uint64_t{1} << 33;
 
-/// What is known of the programme's frames, as the player keeps it.
+/// The known frames of the programme, as the player keeps them.
 struct Heard
 {
     AudioFormats sounds;
@@ -52,7 +52,7 @@ void Check(Programme const& programme, Heard const& heard)
     }
 }
 
-/// Reads the packet's head as what its programme says it is.
+/// Reads the packet's header with the type in its programme.
 void Listen(Programme const& programme, PesPacket const& pes, Heard& heard)
 {
     for (AudioTrack const& track : programme.audio) {

@@ -25,7 +25,7 @@ std::vector<std::string> Lines(std::string const& text)
     return lines;
 }
 
-/// What was understood is what the interface accepts: a tuple of the method's types within their ranges.
+/// The interface accepts every parsed verb: a tuple of the method's types, within their ranges.
 void CheckCommand(verbs::Command const& command)
 {
     std::string types;

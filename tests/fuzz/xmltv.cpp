@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-// Any document as XMLTV; its last byte tells in pieces of which size it is read.
+// Any document as XMLTV. Its last byte is the size of the pieces in which it is read.
 
 using namespace zviptv::sim;
 using namespace zviptv::fuzz;

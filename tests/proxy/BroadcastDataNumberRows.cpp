@@ -10,7 +10,7 @@ using Row = Method<IBroadcastData>;
 constexpr auto otherEncoding = static_cast<EZVAudioEncodeType>(77);
 constexpr auto otherLanguage = static_cast<EZVLanguageCode>(77);
 
-/// A method that fills numbers and flags: what it leaves untouched shows as 77 or, in flags, as 1.
+/// A method that fills numbers and flags. Untouched numbers remain 77, untouched flags remain 1.
 Row NumberRow(std::function<Outcome(IBroadcastData&)> call, WireEntries request,
               std::vector<ReplyValue> reply, std::string decoded, std::string start)
 {

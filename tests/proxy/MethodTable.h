@@ -59,14 +59,14 @@ Record Untouched()
     return record;
 }
 
-/// What a call left behind: its result and its out-parameters.
+/// The outcome of a call: its result and its out-parameters.
 struct Outcome
 {
     bool result;
     std::string outputs;
 };
 
-/// Calls a getter without arguments, its out-parameters being `outputs` before.
+/// Calls a getter without arguments. `outputs` are the start values of its out-parameters.
 template <typename Interface, typename... Outputs>
 std::function<Outcome(Interface&)> Getter(bool (Interface::*method)(Outputs&...), Outputs... outputs)
 {
@@ -124,7 +124,7 @@ struct Method
     std::function<Outcome(Interface&)> call;
     /// The whole request.
     WireEntries request;
-    /// What the service answers besides its result.
+    /// The service's answer without its result.
     std::vector<ReplyValue> reply;
     /// The out-parameters after that answer.
     std::string decoded;
@@ -162,7 +162,7 @@ bool HasRecords(Method<Interface> const& method)
     return false;
 }
 
-/// The rows that `wanted` accepts.
+/// The rows for which `wanted` returns true.
 template <typename Interface>
 std::vector<Method<Interface>> Select(std::vector<Method<Interface>> const& methods,
                                       bool (*wanted)(Method<Interface> const&))

@@ -6,7 +6,7 @@
 
 namespace zviptv::test {
 
-/// The checks that hold for every row of a proxy whose methods read the service's result.
+/// The checks for every row of a proxy whose methods read the service's result.
 template <typename Interface>
 class MethodTest : public ServiceTest, public testing::WithParamInterface<Method<Interface>>
 {
@@ -171,7 +171,7 @@ protected:
         return hasFewer ? "an unsigned 32-bit decimal number" : "an unsigned 64-bit decimal number";
     }
 
-    /// Records that are too long count with their first bytes; what is missing of short ones is zero.
+    /// Of records that are too long, only the first bytes count. Missing bytes of short records are zero.
     void ExpectRecordsOfAnySize()
     {
         Interface& object = Object();

@@ -11,14 +11,14 @@
 
 namespace zviptv::test {
 
-/// One of the proxies, for what holds for all of them.
+/// One of the proxies, for tests that apply to all of them.
 struct ProxyKind
 {
     char const* name;
     char const* type;
     char const* file;
     char const* className;
-    /// Creates, and gives the object's address or null.
+    /// Creates the object. Returns its address or null.
     void* (*create)(IPTVProfile profile, int id);
     int (*destroy)();
     /// A method that makes one request, which carries the handle if the proxy has one.
@@ -26,7 +26,7 @@ struct ProxyKind
     bool (*call)(void* object);
 
     void request(void* object) const { EXPECT_TRUE(call(object)); }
-    /// What the log lines of `function` begin with.
+    /// The prefix of the log lines of `function`.
     std::string Origin(std::string const& function) const { return std::string(file) + ": " + function; }
 };
 

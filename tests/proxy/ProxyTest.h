@@ -35,7 +35,7 @@ inline Lines LinesOf(LogCapture const& log, std::string const& origin)
     return lines;
 }
 
-/// A test on a private bus where no service runs yet.
+/// A test on a private bus on which no service runs yet.
 class ProxyTest : public testing::Test
 {
 protected:
@@ -92,8 +92,8 @@ private:
 class ServiceTest : public ProxyTest
 {
 protected:
-    /// The service's call of the client's channel, while the calling thread iterates the context. As messages
-    /// keep their order, all that the service sent before has been delivered when it is answered.
+    /// Makes the service call the client's channel, while the calling thread iterates the context. Messages
+    /// keep their order: after the answer, all earlier messages of the service have been delivered.
     WireMessage CallClient(std::string const& type, WireEntries const& entries = {})
     {
         auto answer = std::async(std::launch::async, [&] {

@@ -9,7 +9,7 @@
 
 namespace zviptv::test {
 
-/// The number that a key drawn in the clock's second `second` has.
+/// The number of a key that is made in the clock's second `second`.
 inline int KeyOf(std::time_t second)
 {
     auto seed = static_cast<unsigned int>(second);
@@ -23,7 +23,7 @@ inline void WaitForNextSecond()
     WaitUntil([start] { return std::time(nullptr) != start; }, std::chrono::seconds(5));
 }
 
-/// What subscriber `Number` of a kind got.
+/// The data that subscriber `Number` of a kind received.
 template <typename Record>
 struct Delivery
 {
@@ -33,7 +33,7 @@ struct Delivery
     void* userData;
 };
 
-/// What was delivered to `Collect`, in order. For one thread.
+/// The data that `Collect` received, in order. For one thread.
 template <typename Record>
 std::vector<Delivery<Record>>& Deliveries()
 {
@@ -61,10 +61,10 @@ protected:
         m_service.Notify(m_service.ClientOf("IPTVDATASUBSCRIBER"), "IPTVDATASUBSCRIBER", entries);
     }
 
-    /// Handles all that the service sent before.
+    /// Handles all earlier messages of the service.
     void Dispatch() { EXPECT_EQ(CallClient("IPTVDATASUBSCRIBER").kind, WireKind::Reply); }
 
-    /// Entries of the requests so far that ask for deliveries.
+    /// The entries of all requests for deliveries.
     std::vector<WireEntries> Requests() const
     {
         std::vector<WireEntries> requests;
@@ -79,7 +79,7 @@ protected:
         return Entries({{"functionname", function}, {"handleID", "256"}, {"on", on}});
     }
 
-    /// Subscribes in a second in which no other key was drawn.
+    /// Subscribes in a second in which no other key was made.
     int SubscribeForPES(void (*callback)(ZVPESData&, void*))
     {
         int key = 0;

@@ -7,11 +7,11 @@ namespace {
 
 constexpr auto otherLanguage = static_cast<EZVLanguageCode>(77);
 
-/// Values are stored one after the other: what comes before a malformed one is kept, the rest is not touched.
+/// Values are stored in order: those before a malformed one are stored, later ones are not.
 class BroadcastDecodeOrder : public ServiceTest
 {
 protected:
-    /// The call's failure, with what its out-parameters were then.
+    /// The failure of the call, with the out-parameters at that time.
     template <typename... Outputs>
     std::string Fail(bool (IBroadcastData::*method)(Outputs&...), WireEntries const& answer,
                      std::string const& function, Outputs... outputs)

@@ -11,7 +11,7 @@ namespace {
 class CallsUnderWay : public ServiceTest
 {
 protected:
-    /// Destroys with `destroy` when `call`, a request for `function`, waits for its answer.
+    /// Runs `destroy` while `call`, a request for `function`, waits for its answer.
     template <typename Call>
     void DestroyDuring(std::string const& function, Call call, int (*destroy)())
     {
@@ -21,7 +21,7 @@ protected:
         EXPECT_EQ(destroy(), 0);
         m_destroyedInTime +=
             answered.wait_for(std::chrono::seconds(0)) == std::future_status::timeout ? 1 : 0;
-        answered.get(); // with the answer or without, but in good order
+        answered.get(); // with or without the answer, but without a crash
     }
 
     int m_destroyedInTime = 0;

@@ -35,7 +35,7 @@ protected:
         return notification;
     }
 
-    /// What leaves the iteration of the context that dispatches `notification`.
+    /// The exception that leaves the context while it dispatches `notification`.
     std::string FailureOfDispatch(WireEntries const& notification)
     {
         Notify(notification);

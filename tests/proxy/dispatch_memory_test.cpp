@@ -17,7 +17,7 @@ void Take(ZVPESData& pes, void* /*userData*/)
     taken.push_back(std::move(pes.data));
 }
 
-/// The last packet's memory, which holds the next one when it was kept.
+/// The memory of the last packet. If the library keeps it, it contains the next packet.
 std::vector<std::uint8_t const*> addresses;
 
 void Look(ZVPESData& pes, void* /*userData*/)

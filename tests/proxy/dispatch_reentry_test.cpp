@@ -9,7 +9,7 @@ namespace {
 
 auto& pesDeliveries = Deliveries<ZVPESData>();
 
-/// What the callback `Act` does before it collects.
+/// The action of the callback `Act` before it collects.
 std::function<void()> action;
 
 template <int Number>

@@ -90,7 +90,7 @@ TEST_F(Factory, EachClassHasItsOwnHandle)
     EXPECT_EQ(m_service.LastRequest().Value("handleID"), "257");
 }
 
-/// The calls that the library makes on the bus, "member argument", in order; greetings left out.
+/// The calls of the library on the bus, "member argument", in order, without Hello.
 class LibraryCalls
 {
 public:
@@ -101,10 +101,10 @@ public:
         Take();
     }
 
-    /// All since the last time.
+    /// All calls since the last time.
     std::vector<std::string> Take()
     {
-        CMessageBuffer fence; // comes after all that was sent before
+        CMessageBuffer fence; // arrives after all earlier messages
         fence.AddValue("functionname", "fence");
         EXPECT_EQ(m_connection.SendMessage(fence, fence, 0), 1);
         auto const isFence = [](WireMessage const& message) {

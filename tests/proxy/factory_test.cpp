@@ -79,7 +79,7 @@ TEST_P(EveryProxy, DestructionWritesNoLineOfItsOwn)
     }
 }
 
-/// The helper bus client lives until the channel is gone.
+/// The client of the helper bus lives until the channel has ended.
 TEST_P(EveryProxy, DestructionEndsTheChannelBeforeTheHelperBusClient)
 {
     ASSERT_NE(Create(), nullptr);

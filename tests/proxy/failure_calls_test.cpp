@@ -30,7 +30,7 @@ TEST_F(CallFailure, IsDeniedByThePolicy)
               "bus error | MuteAudio |  | org.freedesktop.DBus.Error.AccessDenied | Rejected send message");
 }
 
-/// The bus answers for it.
+/// The bus answers instead of the service.
 TEST_F(CallFailure, PartnerDiesDuringTheCall)
 {
     m_service.AnswerNothing("MuteAudio");

@@ -14,7 +14,7 @@ namespace {
 constexpr char NoAnnouncementAnswer[] =
     "no answer to the announcement within 2000 ms; see whether the service hangs or is overloaded";
 
-/// Why objects cannot be made, connected or destroyed, alike for all of them.
+/// Why objects cannot be made, connected or destroyed: the same for all of them.
 class FactoryFailure : public ServiceTest, public testing::WithParamInterface<ProxyKind>
 {
 protected:
@@ -165,10 +165,10 @@ TEST_P(FactoryFailure, ServiceLeavesWhileTheObjectLives)
                   " |  | org.freedesktop.DBus.Error.ServiceUnknown | the service is not on the "
                   "bus; start it, then destroy the object and create it again");
     Kind().destroy();
-    EXPECT_EQ(ZVGetLastFailure().kind, ZV_FAILURE_NO_SERVICE); // nobody was there to be told
+    EXPECT_EQ(ZVGetLastFailure().kind, ZV_FAILURE_NO_SERVICE); // no service received the announcement
 }
 
-/// Those that wait for another thread's attempt have its reason, too.
+/// Threads that wait for another thread's attempt get its failure.
 TEST_P(FactoryFailure, IsThatOfEveryThreadThatSharesAnAttempt)
 {
     m_service.AnswerAnnouncements([](Announcement const&) { return WireAnswer::Nothing(); });
@@ -204,7 +204,7 @@ TEST_P(FactoryFailure, IsThatOfEveryThreadThatSharesADestroy)
     EXPECT_EQ(LastFailure(), NoFailure(DestroyName())) << "nothing was there to end";
 }
 
-/// The endpoint leaves, and the service, which is another process, does not answer that the object ends.
+/// The endpoint leaves. The service, another process, does not answer the announcement of the object's end.
 TEST_F(ServiceTest, DestroySharesTheFailureOfAnObjectThatEndsItself)
 {
     LoopThread loop;

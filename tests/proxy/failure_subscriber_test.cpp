@@ -43,7 +43,7 @@ TEST_F(SubscriberFailure, TellsOfASubscriptionThatTheServiceWasNotToldOf)
     EXPECT_EQ(LastFailure(), "bus error | UnsubscribeForCaption" + reason);
 }
 
-/// The service is asked once: a further subscription waits for the same data.
+/// The service gets one request: a further subscription waits for the same data.
 TEST_F(SubscriberFailure, IsThatOfTheFirstSubscriptionForFurtherOnes)
 {
     m_service.AnswerError("requestPESCB");
@@ -112,7 +112,7 @@ TEST_F(SubscriberFailure, TellsThatTheServiceHasLeft)
               "was never connected; destroy the object and create it again");
 }
 
-/// What the main loop throws: the notification is what has failed.
+/// The exception leaves the main loop. The failure names the notification.
 TEST_F(SubscriberFailure, NamesTheKeyOfANotificationThatCannotBeRead)
 {
     SubscribeForPES(Ignore);

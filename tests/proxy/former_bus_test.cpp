@@ -15,7 +15,7 @@ using namespace zviptv::test;
 
 namespace {
 
-/// Objects of a bus that has died and is there again.
+/// Objects of a bus that has died and been started again.
 class FormerBus : public ProxyTest
 {
 protected:

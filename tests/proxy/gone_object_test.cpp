@@ -18,7 +18,7 @@ protected:
 
     std::size_t Ends() const { return LinesOf(m_log, "ProxyDBusHelper.cpp: ~CProxyDBusHelper").size(); }
 
-    /// A call on another thread, which stands still in the line that `function` writes.
+    /// A call on another thread, which stops at the log line of `function`.
     std::future<bool> CallHeldAt(std::string const& function, void* object)
     {
         m_log.HoldAt(Kind().Origin(function));

@@ -24,7 +24,7 @@ namespace {
 
 #if defined(__x86_64__) || defined(__i386__) || defined(__aarch64__) || defined(__arm__)
 
-/// Position of a virtual operation, the two slots of the destructor counted.
+/// The position of a virtual function, counting the two slots of the destructor.
 template <typename Operation>
 std::size_t SlotOf(Operation operation)
 {
@@ -34,14 +34,14 @@ std::size_t SlotOf(Operation operation)
     return offset / sizeof(void*);
 }
 
-/// What follows the virtual functions of a class.
+/// The slot after the virtual functions of a class.
 template <typename Class>
 struct Following : Class
 {
     virtual void Next() = 0;
 };
 
-/// The destructor comes first, then these, and nothing else.
+/// The destructor comes first, then exactly these functions.
 template <typename Class, typename... Operations>
 void ExpectSlotsInOrder(Operations... operations)
 {

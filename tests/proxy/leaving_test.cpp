@@ -10,11 +10,12 @@ using namespace zviptv::test;
 
 namespace {
 
-/// What the service meets while an object says goodbye: the announcement is held up.
+/// An object that announces its end. The test delays the announcement.
 class Leaving : public ServiceTest, public testing::WithParamInterface<ProxyKind>
 {
 protected:
-    /// The service calls the object's channel when it hears of its departure, before it answers.
+    /// When the service receives the announcement of the end, it calls the object's channel before it
+    /// answers.
     void CallAtTheGoodbye()
     {
         m_service.AnswerAnnouncements([this](Announcement const& announcement) -> WireAnswer {
@@ -64,7 +65,7 @@ TEST_P(LeavingSubscriber, DeliversUntilItHasSaidGoodbye)
     EXPECT_EQ(delivered, 1);
 }
 
-/// A callback of the data subscriber that runs until it is let go, and what it does then.
+/// A callback of the data subscriber that runs until the test releases it, and its action after that.
 class CreateMeanwhile : public SubscriberTest
 {
 protected:
@@ -97,7 +98,7 @@ protected:
         return destroyed;
     }
 
-    /// "y", "n" and so on, in the order in which the service heard it.
+    /// "y", "n" and so on, in the order in which the service received them.
     std::string Announced() const
     {
         std::string announced;

@@ -14,7 +14,7 @@ std::size_t Ends(LogCapture const& log)
     return LinesOf(log, "ProxyDBusHelper.cpp: ~CProxyDBusHelper").size();
 }
 
-/// The two proxies that end themselves with the service.
+/// The two proxies that destroy themselves with the service.
 class SelfEndingProxy : public ServiceTest, public testing::WithParamInterface<ProxyKind>
 {
 protected:
@@ -133,7 +133,7 @@ std::vector<ProxyKind> SelfEnding()
 
 INSTANTIATE_TEST_SUITE_P(Proxies, SelfEndingProxy, testing::ValuesIn(SelfEnding()), KindName);
 
-/// The two proxies that stay.
+/// The two proxies that survive the service.
 class StayingProxy : public ServiceTest, public testing::WithParamInterface<ProxyKind>
 {
 };

@@ -49,7 +49,7 @@ private:
 class LifecycleThreads : public ProxyTest
 {
 protected:
-    /// Every channel that was made has ended, once.
+    /// Every channel has ended once.
     void ExpectNoChannelLeft()
     {
         DestroyAll();
@@ -61,7 +61,7 @@ protected:
         EXPECT_EQ(LinesOf(m_log, "ProxyDBusHelper.cpp: ~CProxyDBusHelper").size(), made);
     }
 
-    /// Returns when all that `service` sent before has been dispatched.
+    /// Returns when all earlier messages of `service` have been dispatched.
     void PassFence(FakeService& service)
     {
         EXPECT_EQ(service.CallClient(m_fence->GetPublicName(), "FENCE", WireEntries()).kind, WireKind::Reply);
@@ -187,7 +187,7 @@ TEST_F(LifecycleThreads, NoCallbackAfterDestroyUnderAFlood)
 std::promise<void>* entered = nullptr;
 std::promise<void>* left = nullptr;
 
-/// Destroys its own proxy, makes another one and does the same once more.
+/// Destroys its proxy, makes another one, and repeats this.
 void Churn(ZVPESData& /*pes*/, void* /*userData*/)
 {
     entered->set_value();

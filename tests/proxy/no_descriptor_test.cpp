@@ -20,8 +20,8 @@ void SkipWhereChecksNeedADescriptor()
     }
 }
 
-/// The process has no free descriptor: what exists works on, and what is made fails, until some are free
-/// again.
+/// The process has no free descriptor: existing objects continue to work, and new ones fail, until
+/// descriptors are free again.
 class NoDescriptor : public ServiceTest
 {
 protected:
@@ -107,7 +107,7 @@ TEST_F(NoDescriptor, SubscribingGoesOn)
     EXPECT_EQ(LastFailure(), NoFailure("UnSubscribeForPES"));
 }
 
-/// The service's own side.
+/// The classes of the service's side.
 class NoDescriptorOfTheService : public testing::Test
 {
 protected:

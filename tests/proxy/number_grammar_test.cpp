@@ -11,7 +11,7 @@ namespace {
 class NumberGrammar : public ServiceTest
 {
 protected:
-    /// What an application gets for `text` in the place of a signed number of 32 bits.
+    /// The value that an application gets for `text` as a signed number of 32 bits.
     std::string Index(std::string const& text)
     {
         m_service.AnswerWith("GetCurrentAudioInfo",
@@ -23,7 +23,7 @@ protected:
         return failure == "none" ? std::to_string(index) : failure;
     }
 
-    /// The same of an unsigned number of 64 bits.
+    /// The same for an unsigned number of 64 bits.
     std::string Clock(std::string const& text)
     {
         m_service.AnswerWith("GetSTCCount", Entries({{"result_internal", "1"}, {"stcCount", text}}));

@@ -37,7 +37,7 @@ TEST_F(PlayerControl, OrderOfTheAnswersEntriesDoesNotCount)
     EXPECT_EQ(Getter(&IPlayerControl::GetFirstPTS, 0ULL, 0, 0, 0UL)(player).outputs, "1, 2, 3, 4");
 }
 
-/// What was decoded before the malformed value stays, what comes after keeps its start value.
+/// Values before the malformed one are decoded. Later ones keep their start values.
 TEST_F(PlayerControl, DecodesInTheTablesOrderUpToTheMalformedValue)
 {
     IPlayerControl& player = *CreatePlayer();

@@ -10,7 +10,7 @@ using Row = Method<IIPGUtil>;
 
 constexpr unsigned long long largest = 18446744073709551615ULL;
 
-/// A query that fills a text; "untouched" shows that it did not.
+/// A query that fills a text. "untouched" shows that it did not.
 template <typename Query>
 std::function<Outcome(IIPGUtil&)> TextQuery(Query query)
 {
@@ -168,7 +168,7 @@ TEST_P(ProgramGuideTable, FailedExchangeLeavesOutputsUntouched)
               "bus error | " + GetParam().function + " |  | org.corvel.test.Failed | scripted error");
 }
 
-/// An answer without data is an empty text, and no number.
+/// An answer without data is an empty text; as a number it is an error.
 TEST_P(ProgramGuideTable, AnswerWithoutData)
 {
     IIPGUtil& guide = *CreateGuide();

@@ -23,7 +23,7 @@ void CloseAndAdd(ZVCaption& /*caption*/, void* /*userData*/)
     table->Add(2, Late);
 }
 
-// As when one thread's callback destroys the proxy that another thread is about to subscribe at.
+// Like a callback that destroys the proxy while another thread is about to subscribe.
 TEST(SubscribersTable, NobodyJoinsADispatchAfterItsEnd)
 {
     Captions captions;

@@ -5,7 +5,7 @@ using namespace zviptv::test;
 
 namespace {
 
-/// Subscribing and unsubscribing, alike for both kinds.
+/// Subscribing and unsubscribing, which are the same for both kinds.
 struct DataKind
 {
     char const* name;

@@ -19,9 +19,9 @@ public:
     {
         dbus_connection_send(m_connection.get(), message.get(), nullptr);
     }
-    /// Returns when everything sent has been written to the bus; takes in, and drops, what has come.
+    /// Returns when all sent messages have been written to the bus. Drops received messages.
     void Flush();
-    /// Returns when the bus has worked off everything sent.
+    /// Returns when the bus has handled all sent messages.
     void Sync();
 
 private:

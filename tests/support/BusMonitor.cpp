@@ -35,7 +35,7 @@ class BusMonitor::Impl
 public:
     Impl(std::string const& address, std::vector<std::string> const& rules) : m_loop(address)
     {
-        // The daemon disconnects a monitor that says anything, so libdbus must not answer pings.
+        // The daemon disconnects a monitor that sends anything, so libdbus must not answer pings.
         dbus_connection_set_route_peer_messages(m_loop.Connection(), TRUE);
         ErrorHandle error;
         MessageHandle const reply(

@@ -50,7 +50,7 @@ public:
     /// No effect once the process has ended.
     void Signal(int number);
 
-    /// What has been written to standard output and standard error so far.
+    /// The text so far in standard output and standard error.
     std::string Output() const { return Text(0); }
     std::string Errors() const { return Text(1); }
     /// True when the text is in the output (or the errors); false when the process has ended, or the

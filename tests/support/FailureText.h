@@ -19,7 +19,7 @@ inline std::string LastFailure()
     return text;
 }
 
-/// That of `function` where nothing has failed.
+/// The text for `function` without a failure.
 inline std::string NoFailure(std::string const& function)
 {
     return "none | " + function + " |  |  | ";
@@ -30,7 +30,7 @@ inline std::string GoneFailure(std::string const& function)
     return "gone | " + function + " |  |  | the object has been destroyed; create it again";
 }
 
-/// What `got`, as it is shown, is complained of.
+/// The message about the received value `got`.
 inline std::string MalformedFailure(std::string const& function, std::string const& key,
                                     std::string const& expected, std::string const& got)
 {

@@ -20,7 +20,7 @@ struct Announcement
     std::string dbusname;
     std::string type;
     std::string add;
-    /// The call as it came, with every pair in order.
+    /// The received call, with every pair in order.
     WireMessage message;
 };
 
@@ -53,7 +53,7 @@ public:
     void AnswerBy(std::string const& function, CallHandler handler);
     void AnswerNothing(std::string const& function);
     void AnswerError(std::string const& function, std::string const& errorName = "org.corvel.test.Failed");
-    /// For every function without an answer of its own; {"result_internal", "1"} at first.
+    /// The answer for every function without a separate answer; {"result_internal", "1"} at first.
     void AnswerByDefault(WireAnswer answer);
 
     /// The "dbusname" given to announcements; the own unique name at first.

@@ -7,7 +7,7 @@
 
 namespace zviptv::test {
 
-/// What is in the file; empty if it cannot be read.
+/// The contents of the file; empty if it cannot be read.
 inline std::string ReadFile(std::string const& path)
 {
     std::ifstream file(path, std::ios::binary);

@@ -19,7 +19,7 @@ struct PendingUnref
 };
 using PendingHandle = std::unique_ptr<DBusPendingCall, PendingUnref>;
 
-/// A private connection has to be closed before the last reference goes.
+/// A private connection must be closed before the last reference is dropped.
 struct ConnectionClose
 {
     void operator()(DBusConnection* connection) const

@@ -10,7 +10,7 @@
 
 namespace zviptv::test {
 
-/// Throws std::runtime_error for what is no JSON object or array.
+/// Throws std::runtime_error if the text is not a JSON object or array.
 inline Json::Value ParseJson(std::string const& text)
 {
     Json::CharReaderBuilder builder;

@@ -9,8 +9,8 @@
 
 namespace zviptv::test {
 
-/// What a channel's handlers touch. Freed as soon as the channel is gone, so that a memory checker sees every
-/// late call; the counter tells without one.
+/// The data of a channel's handlers. It is freed when the channel has ended, so that a memory checker finds
+/// every late call. The counter finds late calls without one.
 struct LateCallProbe
 {
     /// `yields`: how long a handler stays, so that the channel is often destroyed just then.

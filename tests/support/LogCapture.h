@@ -17,7 +17,7 @@ struct LogLine
     /// The whole line.
     std::string line;
 
-    /// What comes after "file: function(line) > "; empty for an entry line.
+    /// The text after "file: function(line) > "; empty for an entry line.
     std::string Message() const;
     /// "file: function"
     std::string Origin() const;

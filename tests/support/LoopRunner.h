@@ -10,15 +10,16 @@
 namespace zviptv::test {
 
 /// Iterates the calling thread's default main context until `condition` holds (true) or `timeout` has passed
-/// (false). The condition is asked after every event, and every few milliseconds for what other threads do.
+/// (false). The condition is checked after every event, and every few milliseconds for changes by other
+/// threads.
 bool RunUntil(std::function<bool()> const& condition,
               std::chrono::milliseconds timeout = std::chrono::seconds(20));
 
-/// Handles what is ready in the calling thread's default main context, without waiting.
+/// Handles all ready events of the calling thread's default main context, without waiting.
 void RunPending();
 
 /// A thread that iterates the process's default main context, as a host application's main thread would.
-/// While it runs, nobody else may iterate that context.
+/// While it runs, no other thread may iterate that context.
 class LoopThread
 {
 public:

@@ -46,7 +46,7 @@ private:
     mutable std::mutex m_mutex;
     mutable std::condition_variable m_added;
     std::vector<WireMessage> m_messages;
-    /// How often Clear() was called, for those who wait meanwhile.
+    /// The number of calls of Clear(), for threads that wait meanwhile.
     unsigned m_clears = 0;
 };
 

@@ -4,8 +4,8 @@
 
 #include <zviptv/ConnectionHelperDBusClient.h>
 
-// What is the same of every channel that takes the place of the library's own and needs no bus. Whom it
-// connects to, what travels through it and whether a service runs is for those who link this to define.
+// The common part of channels that replace the library's channel and need no bus. The programs that link this
+// define its partner, its messages, and whether a service runs.
 
 using namespace zviptv;
 

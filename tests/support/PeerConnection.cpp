@@ -152,7 +152,7 @@ void WirePeer::Impl::Receive(DBusMessage* message)
     if (decoded.kind != WireKind::Call && decoded.kind != WireKind::Signal) {
         return;
     }
-    // Recorded before it is answered: who has the answer finds the call in the record.
+    // Recorded before it is answered: after the answer, the call is in the record.
     if (m_recording) {
         received.Add(decoded);
     }
@@ -186,7 +186,7 @@ void WirePeer::Impl::AnswerCall(DBusMessage* call, WireMessage const& decoded)
     if (!answer || decoded.noReply) {
         return;
     }
-    // After a disconnection there is nobody left to tell.
+    // After a disconnection no receiver is left.
     auto const send = [answer](DBusConnection* connection) { SendNow(connection, answer.get()); };
     if (delay.count() > 0) {
         m_loop.RunAfter(delay, send);

@@ -24,7 +24,7 @@ public:
     bool IsConnected();
 
     MessageLog received;
-    /// What the bus itself said; apart from `received`, so that a test may clear or stop that one.
+    /// Messages of the bus itself, separate from `received`, which a test may clear or stop.
     MessageLog busNotices;
 
 private:

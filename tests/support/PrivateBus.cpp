@@ -42,7 +42,7 @@ std::string NewDirectory()
     return path;
 }
 
-/// The daemon keeps the test's user: one that changes it would outlive a killed test.
+/// The daemon runs as the test's user: a daemon that changes its user would survive a killed test.
 std::string BaseConfig(std::string const& file)
 {
     return file.empty()

@@ -12,10 +12,10 @@ struct BusOptions
 {
     /// XML put at the end of <busconfig>: limits, policies. Later policies win over earlier ones.
     std::string extraConfig;
-    /// A configuration file to begin with, of which only the address and the user are not used.
+    /// A configuration file to start with. Its address and its user are ignored.
     std::string baseConfig;
-    /// Allow everybody to own, send and receive everything. Without it nothing is allowed except
-    /// what extraConfig allows, as on a stock system bus.
+    /// Allows everybody to own, send and receive everything. Without it, only extraConfig allows
+    /// anything, as on a stock system bus.
     bool openPolicy = true;
     /// Point DBUS_SYSTEM_BUS_ADDRESS at this bus; the destructor restores the former value.
     bool setEnvironment = true;
@@ -23,8 +23,8 @@ struct BusOptions
     std::string program = "dbus-daemon";
 };
 
-/// A system bus of the test's own: a dbus-daemon of type "system" with its own configuration and
-/// socket in its own temporary directory. The constructor returns when the bus accepts connections
+/// A private system bus: a dbus-daemon of type "system" with a separate configuration and
+/// socket in a temporary directory. The constructor returns when the bus accepts connections
 /// and throws std::runtime_error when it cannot be started. The daemon dies with the test process,
 /// also when that is killed.
 ///
@@ -45,16 +45,16 @@ public:
     /// Process id of the daemon, 0 while it is dead.
     pid_t Pid() const { return m_pid; }
 
-    /// What the daemon has said on its standard error.
+    /// The standard error of the daemon.
     std::string Log() const;
 
     /// SIGKILL and reap. Connections are closed when this returns. No effect on a dead bus.
     void Kill();
     /// Kill(), then a new daemon on the same address.
     void Restart();
-    /// SIGSTOP; returns when the daemon stands still.
+    /// Sends SIGSTOP. Returns when the daemon has stopped.
     void Stop();
-    /// SIGCONT; returns when the daemon runs again.
+    /// Sends SIGCONT. Returns when the daemon runs again.
     void Continue();
 
 private:

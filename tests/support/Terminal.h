@@ -15,7 +15,7 @@
 
 namespace zviptv::test {
 
-/// A terminal that nobody looks at.
+/// A pseudo-terminal.
 class Terminal
 {
 public:

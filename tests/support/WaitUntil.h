@@ -8,7 +8,7 @@
 namespace zviptv::test {
 
 /// Asks `condition` every 2 ms on the calling thread until it is true (returns true) or `timeout` has
-/// passed (returns its last answer). For conditions that announce themselves nowhere (a file
+/// passed (returns its last answer). For conditions without an event to wait for (a file
 /// descriptor count, a counter in foreign code); everything on the bus has an event to wait for.
 inline bool WaitUntil(std::function<bool()> const& condition, std::chrono::milliseconds timeout)
 {

@@ -90,7 +90,7 @@ bool WatchSet::Holds(DBusWatch* watch) const
 
 void WatchSet::HandleEvents(std::vector<pollfd> const& polled)
 {
-    // Serving one watch may remove or disable others, so each is looked at anew.
+    // Serving one watch may remove or disable others, so each is looked up again.
     for (DBusWatch* const watch : std::vector<DBusWatch*>(m_watches)) {
         if (!Holds(watch) || dbus_watch_get_enabled(watch) == 0) {
             continue;

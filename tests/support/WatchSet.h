@@ -24,7 +24,7 @@ public:
     void Attach(DBusConnection* connection);
     void Detach(DBusConnection* connection);
 
-    /// Appends what has to be polled.
+    /// Appends the descriptors to poll.
     void AddTo(std::vector<pollfd>& polled) const;
     /// Earliest time-out, Clock::time_point::max() if there is none.
     Clock::time_point NextDeadline() const;

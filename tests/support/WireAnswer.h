@@ -9,7 +9,7 @@
 
 namespace zviptv::test {
 
-/// What a scripted handler does with a method call.
+/// The reaction of a scripted handler to a method call.
 class WireAnswer
 {
 public:
@@ -25,7 +25,7 @@ public:
     WireAnswer(WireEntries entries) : m_body(std::move(entries)) {}
     WireAnswer(WirePairs pairs) : m_body(std::move(pairs)) {}
 
-    /// A reply whose body the function builds, of any signature.
+    /// A reply with any signature, whose body the function builds.
     static WireAnswer Raw(AppendFunction append) { return WireAnswer(WireBody::Raw(std::move(append))); }
 
     /// A D-Bus error.

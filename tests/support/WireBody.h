@@ -14,7 +14,7 @@ namespace zviptv::test {
 /// Appends arguments to a message; runs on the thread that sends.
 using AppendFunction = std::function<void(DBusMessageIter*)>;
 
-/// One entry of an "a{sv}" whose variant holds anything: for bodies outside the contract.
+/// One entry of an "a{sv}" with any variant: for bodies outside the protocol.
 struct WireVariant
 {
     std::string key;
@@ -26,7 +26,7 @@ WireVariant BytesVariant(std::string key, std::string bytes);
 WireVariant TextVariant(std::string key, std::string text);
 WireVariant NumberVariant(std::string key, std::int32_t number);
 
-/// What a message carries. A value: copy it, send it as often as wanted.
+/// The body of a message. It is a value: copy it and send it any number of times.
 /// Building one throws std::invalid_argument for what libdbus cannot express: text that is not UTF-8
 /// or holds a zero byte, byte arrays above 64 MiB, entries whose signature is not "ay".
 class WireBody
@@ -43,7 +43,7 @@ public:
     static WireBody Strings(std::vector<std::string> texts);
     /// One "a{sv}" with contents of any type.
     static WireBody Variants(std::vector<WireVariant> variants);
-    /// Whatever the function appends.
+    /// A body that the function appends.
     static WireBody Raw(AppendFunction append);
 
     void AppendTo(DBusMessage* message) const;

@@ -15,7 +15,7 @@
 
 namespace zviptv::test {
 
-/// Where a message goes. For signals an empty destination is a broadcast.
+/// The destination of a message. For signals, an empty one is a broadcast.
 struct WireTarget
 {
     std::string destination;

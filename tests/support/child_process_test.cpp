@@ -153,7 +153,7 @@ TEST(ChildProcessTest, OutlivesTheThreadThatStartedIt)
     EXPECT_TRUE(child->WaitForOutput("alive", patience));
 }
 
-/// The starter, which is this test run anew, is killed and cannot clean up; the kernel has to.
+/// The parent, which is this test program run again, is killed and cannot clean up. The kernel must.
 TEST(ChildProcessTest, DiesWithTheProcessThatStartedIt)
 {
     if (getenv("ZVIPTV_TEST_STARTER") != nullptr) {
