@@ -150,7 +150,7 @@ private:
             lines.push_back(name + "  " + text);
         }
         lines.resize(static_cast<std::size_t>(LINES - 1));
-        lines.push_back("m sound  v picture  a audio  s subtitle  t teletext  u unlock  q quit");
+        lines.emplace_back("m sound  v picture  a audio  s subtitle  t teletext  u unlock  q quit");
         for (std::size_t row = 0; row < lines.size(); ++row) {
             move(static_cast<int>(row), 0);
             clrtobot(); // what the former line left here
