@@ -81,9 +81,9 @@ TEST_F(ClientFault, F04_TelevisionsEndOnFourThreadsWhileTheServiceDies)
             threads.emplace_back([&, &context = contexts[i], lead = (round + static_cast<int>(i)) % 4] {
                 g_main_context_push_thread_default(context.get());
                 {
-                    Television television;
                     Kinds kinds;
                     bool isLost = false;
+                    Television television;
                     Listener const listener =
                         television.OnAvailability([&](bool isAvailable) { isLost = !isAvailable; });
                     auto const end = Clock::now() + 20s;
