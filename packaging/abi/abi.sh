@@ -21,7 +21,7 @@ write() {
     case $(soname "$1") in
     libzv-iptv-client.so.*)
         options+=(--suppressions "$here/client.supp")
-        classes='Television Player Broadcast Guide Subscription Pending PesPacket PesFilter Caption CaptionLine
+        classes='Television Player Broadcast Guide StateWatcher TelevisionState Subscription Pending PesPacket PesFilter Caption CaptionLine
             Programme Failure AudioTrack Subtitle TeletextPage IsdbText'
         ;;
     *)
