@@ -20,7 +20,7 @@ namespace zviptv::test {
 
 using Words = std::vector<std::string>;
 
-/// What the program did. A code of -1 stands for a program that did not end.
+/// The outcome of the program. The code is -1 if it did not end.
 struct CtlResult
 {
     int code = -1;

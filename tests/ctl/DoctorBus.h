@@ -16,7 +16,7 @@
 
 namespace zviptv::test {
 
-/// Lets root open no more than anybody, in this thread; others stay who they are.
+/// Takes root's right to open all files from this thread. Has no effect for other users.
 class AsNobody
 {
 public:

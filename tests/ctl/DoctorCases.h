@@ -11,7 +11,7 @@
 
 namespace zviptv::test {
 
-/// A machine on which one thing is wrong, and how it is told.
+/// A machine with one problem, and the report about it.
 struct WrongCase
 {
     char const* name;

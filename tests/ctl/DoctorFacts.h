@@ -5,7 +5,8 @@
 
 namespace zviptv::test {
 
-/// A machine where nothing is wrong: the packages are installed, systemd runs it, an ordinary user asks.
+/// A machine without problems: the packages are installed, systemd runs, and an ordinary user runs the
+/// doctor.
 inline ctl::doctor::Facts HealthyMachine()
 {
     using namespace ctl::doctor;
@@ -67,7 +68,7 @@ inline ctl::doctor::Facts HealthyDesk()
     return facts;
 }
 
-/// As nobody reaches it.
+/// The same without a bus that can be reached.
 inline ctl::doctor::Facts WithoutBus(ctl::doctor::Facts facts, ctl::doctor::Reach reach,
                                      std::string const& reason)
 {

@@ -19,7 +19,7 @@ struct Diagnosis
     {
         return checks.at(check)["commands"][index].asString();
     }
-    /// "service", or "group service", the names of what is wrong.
+    /// The names of the problems: "service", or "group service".
     std::string Wrong() const
     {
         std::string names;
@@ -47,7 +47,7 @@ inline Diagnosis Diagnose(std::map<std::string, std::string> const& environment 
     return Understood(RunCtl({"doctor", "--json"}, environment));
 }
 
-/// A service that answers what the doctor asks.
+/// A service that answers the requests of the doctor.
 class DoctorOfAService : public CtlTest
 {
 protected:

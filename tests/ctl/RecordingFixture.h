@@ -23,7 +23,7 @@ inline void PrintTo(MadeStream const& stream, std::ostream* out)
     *out << stream.name;
 }
 
-/// Plays streams that ffmpeg has made, and asks ffprobe what was recorded. No stream is part of the project.
+/// Plays streams of ffmpeg, and checks the recordings with ffprobe. No stream is part of the project.
 class RecordingTest : public testing::Test
 {
 protected:
@@ -75,7 +75,7 @@ protected:
         return RunProgram(command);
     }
 
-    /// What ffprobe says of the entries of all streams, a line each, in the order of ids.
+    /// The output of ffprobe for the entries of all streams, one line each, in the order of ids.
     std::string Probe(std::string const& name, std::string const& entries) const
     {
         CtlResult const result =

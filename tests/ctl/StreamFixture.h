@@ -9,7 +9,7 @@ namespace zviptv::test {
 class StreamTest : public CtlTest
 {
 protected:
-    /// Starts the program and returns when it has asked for `function`, "requestPESCB" or "requestCaptionCB".
+    /// Starts the program. Returns when it has requested `function`, "requestPESCB" or "requestCaptionCB".
     std::unique_ptr<ChildProcess> StartSubscribed(Words const& arguments,
                                                   std::string const& function = "requestPESCB")
     {
@@ -50,7 +50,7 @@ protected:
               {"captionData", data}});
     }
 
-    /// Whether the program told the service that it wants no more.
+    /// Whether the program has ended its subscription.
     bool IsUnsubscribed(std::string const& function = "requestPESCB") const
     {
         auto const request = m_service.WaitForRequest(function);

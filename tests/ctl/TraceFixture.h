@@ -21,7 +21,7 @@ protected:
         EXPECT_TRUE(m_trace->WaitForErrors("; Ctrl-C ends it\n", patience)) << m_trace->Errors();
     }
 
-    /// What it has shown of everything so far.
+    /// The output so far.
     CtlResult End()
     {
         m_trace->Signal(SIGINT);

@@ -67,7 +67,7 @@ TEST_F(BatchTest, AnswersEachCommandWithALine)
               "{\"command\":\"mute audio on # aloud\",\"exitCode\":0,\"result\":true}\n");
 }
 
-/// Besides "command" and "exitCode" it is what the command by itself writes.
+/// Apart from "command" and "exitCode", it is the output of the command by itself.
 TEST_F(BatchTest, AnswersAsTheCommandWithJson)
 {
     for (std::string const command : {"methods", "status", "rating", "audio list"}) {

@@ -74,7 +74,7 @@ TEST_P(GuideCallTest, SendsTheRequestAndPrintsTheReply)
 
 INSTANTIATE_TEST_SUITE_P(Methods, GuideCallTest, testing::ValuesIn(Cases()), NameOfCase);
 
-/// The programme id travels as JSON text whose indentation is of no account.
+/// The programme id is sent as JSON text, whose indentation does not matter.
 TEST_F(CtlTest, GetProgramByIdSendsTheIdAsJson)
 {
     m_service.AnswerWith("GetProgramIPG", Data("the one before"));

@@ -21,7 +21,7 @@ Caption Shown(std::uint64_t pts, std::string const& text, unsigned page = 888)
     return caption;
 }
 
-/// What the program makes of captions that the simulator plays.
+/// The output of the program for captions that the simulator plays.
 class CaptionTextTest : public RecordingTest
 {
 protected:

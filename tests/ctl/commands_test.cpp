@@ -18,7 +18,7 @@ std::string Unknown()
         "00 00 00 00 04 00 00 00 02 01 00 00 00 00 00 00 00 00 00 00 00 00 0f 00 00 00 00 00 00 00 00 00");
 }
 
-/// A service with two audio tracks, of which the second is heard.
+/// A service with two audio tracks, of which the second is selected.
 class CommandsTest : public CtlTest
 {
 protected:
@@ -153,7 +153,7 @@ TEST_F(CommandsTest, TeletextAndSubtitleLists)
 
     m_service.Answer("SizeOfHybridSBT", {{"result_internal", "1"}, {"size", "5"}});
     m_service.AnswerBy("GetHybridSBT", [](WireMessage const& request) {
-        // The list is shorter than was said.
+        // The list is shorter than announced.
         return Entries(
             {{"result_internal", request.Value("index") == "0" ? "1" : "0"},
              {"landCode", "0"},

@@ -10,7 +10,7 @@ namespace {
 
 using testing::HasSubstr;
 
-/// The demonstration with a client that does what `script` says.
+/// The demo with a client that runs `script`.
 CtlResult RunDemo(std::string const& directory, std::string const& script)
 {
     std::string const program = directory + "/zviptvctl";

@@ -72,7 +72,7 @@ TEST_F(DoctorOfAService, NamesTheOneEndpointThatIsMissing)
     EXPECT_EQ(diagnosis.State("requests"), "ok");
 }
 
-/// It has answered that a channel goes.
+/// The service has answered the announcement of a channel's end.
 TEST_F(DoctorOfAService, SaysThatAnnouncementsOfNewChannelsFail)
 {
     m_service.AnswerAnnouncements([](Announcement const& announcement) {

@@ -79,7 +79,7 @@ TEST(DoctorJudge, AnOpenBusNeedsNoPolicy)
     ExpectFinding(HealthyDesk(), "owner", State::Ok, "user jo; on this bus any user may run the service");
 }
 
-/// What an integrator puts into /etc/dbus-1/system.d counts by what it does.
+/// For the files of an integrator in /etc/dbus-1/system.d, only their effect counts.
 TEST(DoctorJudge, APolicyOfAnothersThatLetsTheUserCallIsNotWrong)
 {
     Facts facts = HealthyMachine();
@@ -120,7 +120,7 @@ TEST(DoctorJudge, WhoIsRefusedLearnsNothingOfTheMainLoop)
     ExpectFinding(facts, "protocol", State::Unknown, "not checked: the service has not answered");
 }
 
-/// GLib's own thread says that there is no such method.
+/// GLib's thread answers that the method is unknown.
 TEST(DoctorJudge, AnErrorTellsNothingOfTheMainLoop)
 {
     Facts facts = HealthyMachine();

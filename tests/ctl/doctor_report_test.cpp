@@ -93,7 +93,7 @@ TEST(DoctorReport, HasNoErrorInJsonWhenNothingIsWrong)
     EXPECT_FALSE(json.isMember("error"));
 }
 
-/// What a bus or a service says must not upset a terminal.
+/// Texts of a bus or a service must not control a terminal.
 TEST(DoctorReport, EscapesWhatComesFromElsewhere)
 {
     Facts facts = HealthyMachine();

@@ -40,7 +40,7 @@ TEST_F(DoctorOfAService, TheDoctorFindsNothingWrongWithAServiceThatAnswers)
     EXPECT_THAT(result.output, testing::EndsWith("\nnothing is wrong\n"));
 }
 
-/// A service may know nothing but what the protocol says.
+/// A service may implement nothing beyond the protocol.
 TEST_F(DoctorOfAService, TheDoctorLeavesNoChannelBehind)
 {
     EXPECT_EQ(Diagnose().result.code, 0);
@@ -106,7 +106,7 @@ void ExpectReach(Reach expected, ctl::doctor::BusFacts const& facts)
     EXPECT_NE(facts.reason, "");
 }
 
-/// The bus takes the connection, and hangs up.
+/// The bus accepts the connection, and closes it.
 TEST(DoctorBus, APolicyThatForbidsTheUserIsNoClosedSocket)
 {
     BusOptions options;

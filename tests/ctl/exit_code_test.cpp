@@ -128,7 +128,7 @@ TEST_F(CtlTest, AServiceThatHangsEndsWithFour)
               "hangs or is overloaded\n");
 }
 
-/// It goes while it is asked.
+/// The service leaves during the request.
 TEST_F(CtlTest, AServiceThatDiesDuringACallEndsWithThree)
 {
     m_service.AnswerNothing("MuteAudio");
@@ -219,7 +219,7 @@ TEST_F(CtlTest, ClosedOutputEndsWithSix)
     EXPECT_TRUE(m_service.Requests().empty());
 }
 
-/// What is meant for the user must not get into the connection either.
+/// Messages for the user must not get into the connection either.
 TEST_F(CtlTest, ClosedInputAndErrorsChangeNothing)
 {
     m_service.Answer("MuteAudio", {{"result_internal", "1"}});

@@ -108,7 +108,7 @@ TEST_F(CtlTest, AGuideListThatIsCutSaysSo)
     EXPECT_EQ(RunCtl({"guide", "list", "1", "2", "3"}).errors, "");
 }
 
-/// What the service sent, and what is in the command's JSON.
+/// The answer of the service, and the JSON of the command.
 TEST_F(CtlTest, TheGuidesJsonIsJson)
 {
     std::string const deep(2000, '[');

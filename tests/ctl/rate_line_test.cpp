@@ -25,7 +25,7 @@ protected:
         m_client = request->sender;
     }
 
-    /// True when the terminal shows it in time, after what it showed before.
+    /// Whether the terminal shows the text in time, after its earlier output.
     bool Shows(std::string const& pattern)
     {
         std::string shown;
@@ -40,7 +40,7 @@ protected:
         return true;
     }
 
-    /// Interrupts the program; what the terminal shows from then on is in m_shown alone.
+    /// Interrupts the program. From then on, the output of the terminal is only in m_shown.
     void Interrupt()
     {
         m_shown.clear();

@@ -71,7 +71,7 @@ TEST_F(CtlTest, StatusShowsADashForWhatIsNotTold)
     EXPECT_TRUE(json["audio"].isNull());
 }
 
-/// In the words' JSON; `call` gives the record as it came.
+/// The JSON of the words; `call` returns the received record.
 TEST_F(CtlTest, NumbersThatAreNotKnownAreNull)
 {
     Play(m_service);
@@ -128,7 +128,7 @@ TEST_F(CtlTest, StatusShowsWhatIsKnownWhenCallsFail)
     EXPECT_TRUE(json["serviceLocked"].asBool());
 }
 
-/// Each silence takes two seconds.
+/// Each missing answer takes two seconds.
 TEST_F(CtlTest, StatusAsksAServiceThatHangsNoMoreThanTwice)
 {
     Play(m_service);

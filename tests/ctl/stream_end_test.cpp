@@ -118,7 +118,7 @@ TEST_F(StreamTest, TellsOnceThatTheSourceHasEnded)
     EXPECT_EQ(child->Output(), "video pid=0x0100 pts=1 size=1\n");
 }
 
-/// Each of the two is told once.
+/// Each of the two is reported once.
 TEST_F(StreamTest, TellsOfSilenceAndThenOfTheEnd)
 {
     m_service.Answer("GetSourceState", {{"result_internal", "1"}, {"sourcestate", "2"}});

@@ -27,7 +27,7 @@ TEST_F(StreamTest, ARefusedSubscriptionIsReportedAndEndsWithOne)
               "zviptvctl: SubscribeForCaption: the service refused: it answered with the result 0\n");
 }
 
-/// A name in the answer to the announcement, and why nobody can be asked there.
+/// A name in the answer to the announcement, and why it cannot be called.
 struct NameCase
 {
     char const* name;

@@ -12,7 +12,7 @@ using namespace zviptv::ctl;
 
 namespace {
 
-/// Refuses so many subscriptions, as the library does while the second lasts.
+/// Refuses the given number of subscriptions, as the library does during the same second.
 class Subscriber : public IIPTVDataSubscriber
 {
 public:

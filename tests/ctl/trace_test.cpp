@@ -130,7 +130,7 @@ TEST_F(TraceTest, ShowsWhatIsChosen)
     EXPECT_EQ(chosen({"--function", "GetAudio"}), 0U);
 }
 
-/// Sends as fast as the bus takes it, and says how fast that was.
+/// Sends as fast as the bus accepts messages. Returns the rate.
 TEST_F(TraceTest, KeepsUpWithPushesWithoutLoss)
 {
     constexpr std::size_t count = 20'000;

@@ -48,7 +48,7 @@ struct Clock
     bool isDiscontinuous;
 };
 
-/// What a transport stream has, read again.
+/// The contents of a transport stream, read again.
 struct Content
 {
     std::map<unsigned, Bytes> payloads;

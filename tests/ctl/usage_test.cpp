@@ -8,7 +8,7 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 
-/// No bus is there: what is wrong with the command line shows all the same.
+/// Without a bus, errors in the command line are reported nevertheless.
 CtlResult RunAlone(Words const& arguments)
 {
     return RunCtl(arguments, {{"DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/bus"}});
@@ -60,7 +60,7 @@ TEST(UsageTest, HelpThatCannotBeWrittenEndsWithSix)
 TEST(UsageTest, AReaderWhoHasSeenEnoughHelpIsNoFailure)
 {
     for (char const* const help : {"--help-all", "--help", "help", "--version", "methods"}) {
-        // The reader has gone before the program writes.
+        // The reader has closed the pipe before the program writes.
         ChildProcess child({"bash", "-c",
                             ("coproc read -r; reader=$COPROC_PID; exec 3>&\"${COPROC[1]}\"; echo >&3;"
                              " wait $reader; exec \"$0\" \"$1\" >&3"),

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""PES packets and captions as they came through to subscribers."""
+"""PES packets and captions as subscribers receive them."""
 
 import json
 import signal
@@ -9,7 +9,7 @@ PATIENCE = 60
 
 
 class Subscriber:
-    """A zviptvctl that writes down what the service pushes."""
+    """A zviptvctl that records the pushes of the service."""
 
     def __init__(self, service, command, folder):
         self._out = f"{folder}/{command}.bytes"
@@ -21,7 +21,7 @@ class Subscriber:
             return [json.loads(line) for line in file if line.endswith("\n")]
 
     def end(self, count, findings):
-        """Waits for so many packets, ends the subscription and returns all: each its line and its bytes."""
+        """Waits for the given number of packets, and ends the subscription. Returns the line and the bytes of each."""
         limit = time.monotonic() + PATIENCE
         while len(self._read_lines()) < count and time.monotonic() < limit:
             time.sleep(0.05)

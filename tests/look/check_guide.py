@@ -58,7 +58,7 @@ def check_guide(service, path, names, now, findings):
 
 
 def check_another(service, path, names, findings):
-    """Loading a guide replaces the one before; what cannot be loaded does not."""
+    """Loading a guide replaces the previous one, unless it cannot be loaded."""
     guide = Guide(path, names)
     findings.same("loading a guide", service.CloneUSBToTV(path), {"result": True, "done": True})
     for number in guide.services:

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Tracks, subtitles and captions: lists, choices, and what follows from a choice."""
+"""Tracks, subtitles and captions: lists, selections, and the effects of selections."""
 
 from tracks import CAPTION, SUPERIMPOSE, is_subtitle
 
@@ -12,14 +12,14 @@ def spelled(code):
 
 
 def plain(record, findings):
-    """A record without the spellings of its languages, which have to be right."""
+    """A record without the texts of its languages, which are checked here."""
     if "languageCode" in record:
         findings.same("spelling of a language", record["languageCode"], spelled(record["language"]))
     return {name: value for name, value in record.items() if name != "languageCode"}
 
 
 def check_list(name, answers, size, expected, findings):
-    """`answers(index)` has to give each expected record, and refuse what is past the last one."""
+    """`answers(index)` must return each expected record, and refuse an index after the last one."""
     findings.same(f"number of {name}", size, {"result": True, "size": len(expected)})
     for index, record in enumerate(expected):
         answer = answers(index)

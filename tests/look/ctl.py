@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""The service, asked with zviptvctl."""
+"""Calls the service with zviptvctl."""
 
 import json
 import os
@@ -40,7 +40,7 @@ class Service:
 
 
 class Findings:
-    """Counts comparisons and tells of those that fail."""
+    """Counts comparisons, and reports those that fail."""
 
     def __init__(self):
         self.made = 0

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Runs as the simulator's command: calls every method and compares each answer with what the look says.
+"""Runs as the simulator's command: calls every method and compares each answer with that of independent readers.
 
 usage: inside.py PARAMETERS.json   (written by look.py)
 """
@@ -35,7 +35,7 @@ def play(service, subject, parameters, findings):
 
 
 def set_what_nothing_tells(service, findings):
-    """No getter shows these; what the service was asked is seen from outside."""
+    """No getter shows these. The requests to the service are checked from outside."""
     for on in (True, False):
         findings.same("muting audio", service.MuteAudio(on), {"result": True})
         findings.same("muting video", service.MuteVideo(on), {"result": True})

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""PES packets, put together again independently of the simulator."""
+"""PES packets, reassembled independently of the simulator."""
 
 from transport import payload_of
 

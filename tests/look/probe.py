@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""What ffprobe says about a stream."""
+"""The output of ffprobe for a stream."""
 
 import json
 import subprocess
@@ -33,5 +33,5 @@ class Probe:
         return self.streams[pid].get("tags", {}).get("language", "").split(",")[0]
 
     def number(self, pid, field):
-        """A number of a stream, 0 where ffprobe does not know it."""
+        """A number of a stream; 0 if ffprobe does not know it."""
         return int(self.streams[pid].get(field, 0))

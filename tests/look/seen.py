@@ -8,7 +8,7 @@ FUNCTIONS = 52  # two pairs of methods share one: subscribing and unsubscribing
 
 
 def values(requests, function, key):
-    """What `function` was asked with, in order, where the service answered that it is done."""
+    """The arguments of the successful calls of `function`, in order."""
     return [one["request"].get(key) for one in requests
             if one["request"]["functionname"] == function and one["reply"].get("result_internal") == "1"]
 

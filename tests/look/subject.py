@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""The stream that is looked at, and what an independent look at it says."""
+"""The examined stream, and the results of independent readers."""
 
 from pes import Reassembly
 from probe import Probe
@@ -41,7 +41,7 @@ class Subject:
         return PES_TYPES.get(stream.get("codec_name"), PES_TYPES.get(stream.get("codec_type"), 0))
 
     def caption_data(self, pid):
-        """What the packets of a PID give as captions: subtitle units of teletext, whole ARIB payloads."""
+        """The captions in the packets of a PID: subtitle units of teletext, whole ARIB payloads."""
         kind = self.pes_type(pid)
         pieces = []
         for packet in self.packets(pid):
@@ -50,14 +50,14 @@ class Subject:
         return [piece for piece in pieces if piece]
 
     def first_pts(self):
-        """By ffprobe: of the video, without one of the first audio track; nothing where none has a time."""
+        """By ffprobe: of the video or, without video, of the first audio track; None if no packet has a time."""
         pids = self.pids_of("video")[:1] or self.pids_of("audio")[:1]
         stamps = [packet["pts"] % (1 << 33) for pid in pids for packet in self.probe.packets(pid)
                   if "pts" in packet]
         return stamps[0] if stamps else None
 
     def resolution(self):
-        """The record by ffprobe; nothing where there is no picture to see."""
+        """The record by ffprobe; None without a picture."""
         pids = self.pids_of("video")
         if not pids or self.probe.number(pids[0], "width") == 0:
             return None

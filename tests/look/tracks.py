@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""The records that a service has to give for a programme, made of its PMT and of what ffprobe says."""
+"""The records that a service must return for a programme, from its PMT and from ffprobe."""
 
 MPEG, AC3, EAC3, AAC, LATM, DTS = 1, 2, 3, 4, 5, 6
 ENCODINGS = {"mp1": MPEG, "mp2": MPEG, "mp3": MPEG, "ac3": AC3, "eac3": EAC3, "aac": AAC, "aac_latm": LATM,
@@ -9,7 +9,7 @@ CAPTION, SUPERIMPOSE = 0, 1
 
 
 def language(code):
-    """The number of a language; 0 for what is no code of three letters."""
+    """The number of a language; 0 if it is not a code of three letters."""
     code = code.decode("latin-1").lower() if isinstance(code, bytes) else code.lower()
     return int.from_bytes(code.encode(), "big") if len(code) == 3 and code.isascii() and code.isalpha() else 0
 

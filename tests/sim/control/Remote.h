@@ -84,7 +84,7 @@ public:
         std::string body;
     };
 
-    /// What has come so far.
+    /// The signals received so far.
     std::vector<Signal> const& Signals()
     {
         while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
@@ -92,7 +92,7 @@ public:
         return m_signals;
     }
 
-    /// Waits for a signal with this text in its body, among those that came and will come.
+    /// Waits for a signal with this text in its body. Earlier signals count, too.
     bool WaitForSignal(std::string const& name, std::string const& text = "")
     {
         return WaitUntil(
@@ -139,7 +139,7 @@ private:
         void operator()(GVariantType* type) const { g_variant_type_free(type); }
     };
 
-    /// Of the arguments, where the text alone would be understood as another one.
+    /// The types of the arguments, if the text alone would be parsed as another type.
     static std::unique_ptr<GVariantType, FreeType> TypeOf(std::string const& /*interface*/,
                                                           std::string const& method)
     {

@@ -35,7 +35,7 @@ TEST_F(BusLoss, IsSeenWhileTheServiceIsDead)
     EXPECT_THAT(m_simulator->Errors(), HasSubstr(LossOf(m_bus.Address())));
 }
 
-/// The command goes on. Its own failure stays.
+/// The command continues. Its own failure remains the exit status.
 TEST_F(BusLoss, MakesTheStatusOfACommandOne)
 {
     for (int const code : {0, 3}) {

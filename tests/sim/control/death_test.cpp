@@ -53,7 +53,7 @@ TEST_F(Death, ARestartKillsAServiceThatLives)
     EXPECT_NE(NewService(first), 0);
 }
 
-/// Whatever killed it: with --restart-after it comes back.
+/// With --restart-after, the service comes back after every kind of death.
 TEST_F(Death, ByASignalOfSomebodyElseCounts)
 {
     Steer({"--loop", "--restart-after", "0.1"});
@@ -96,7 +96,7 @@ TEST_F(Death, OfTheSimulatorTakesTheServiceAlong)
     EXPECT_TRUE(m_watcher.WaitForOwner(Helper, false));
 }
 
-/// The broadcast goes on while the television is off.
+/// The broadcast continues while the service is dead.
 TEST_F(Death, TheClockGoesOn)
 {
     Steer({"--time", "1774735200", "--speed", "2"});

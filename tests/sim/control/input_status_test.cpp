@@ -37,7 +37,7 @@ protected:
         m_sender.Send(MakeRtp(parts));
     }
 
-    /// The socket is open once something has come.
+    /// After the first data, the socket is open.
     void Begin()
     {
         ASSERT_TRUE(WaitUntil(

@@ -55,8 +55,8 @@ protected:
     Application m_application;
 };
 
-/// The page's table of what is answered when another programme has been selected, row by row. While the clock
-/// stands, nothing of the new programme comes.
+/// The table of the page with the answers after another programme was selected, row by row. While the clock
+/// is paused, no data of the new programme arrives.
 TEST_F(Programmes, ChangeTheAnswersOfAConnectedApplication)
 {
     Begin();

@@ -138,7 +138,7 @@ TEST_F(Properties, CountWhatSubscribersGet)
     EXPECT_GE(m_remote->Number("Sent"), 2);
 }
 
-/// The bus shows what the file describes.
+/// Introspection returns the members of the description file.
 TEST_F(Properties, AreIntrospectable)
 {
     Steer();

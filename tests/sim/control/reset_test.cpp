@@ -9,7 +9,7 @@ namespace {
 class Reset : public Steered
 {
 protected:
-    /// The state but for what is never twice the same.
+    /// The state without the values that always differ.
     std::vector<std::string> State()
     {
         std::vector<std::string> state;

@@ -8,7 +8,7 @@ namespace {
 
 using testing::StartsWith;
 
-/// What brings a dead service back when something is in the way.
+/// A dead service comes back although something is missing.
 class Revival : public Steered
 {
 protected:
@@ -175,7 +175,7 @@ TEST_F(Revival, ACommandWaitsForAServiceThatDiesWhileItStarts)
     EXPECT_EQ(process.Output(), "result: true\n");
 }
 
-/// Nobody would answer a call that waits for a service which is dead for good.
+/// A call that waits for a permanently dead service would never be answered.
 TEST_F(Revival, ARestartIsAnsweredWhenTheServiceDiesAgain)
 {
     Steer();

@@ -47,7 +47,7 @@ TEST_F(ControlSignals, TellWhatApplicationsChange)
     EXPECT_TRUE(m_remote->WaitForSignal("PropertiesChanged", "'ApplicationId': <'org.example.one'>"));
 }
 
-/// Their values are wanted when somebody asks, and not many times a second.
+/// Changes of these properties, which happen many times a second, send no signal.
 TEST_F(ControlSignals, TellNothingOfWhatChangesAllTheTime)
 {
     Steer();

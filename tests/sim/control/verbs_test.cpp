@@ -46,7 +46,7 @@ TEST_F(Verbs, APauseStopsPushes)
     m_application.Ask("IPTVDATASUBSCRIBER", {{"functionname", "requestPESCB"}, {"on", "1"}});
     ASSERT_TRUE(m_application.WaitForPackets("257", 1));
     ASSERT_EQ(m_remote->Call("Pause"), Done);
-    // What was sent before has arrived once an answer has.
+    // After an answer, all earlier messages have arrived.
     m_application.Ask("IPTVDATASUBSCRIBER", {{"functionname", "requestPESCB"}, {"on", "1"}});
     ASSERT_TRUE(WaitUntil(
         [this] { return m_remote->Get("Subscribers").find("'queued': <uint64 0>") != std::string::npos; },
@@ -97,7 +97,7 @@ TEST_F(Verbs, LiveInputCanNeitherPauseNorSeekNorRunFaster)
     EXPECT_EQ(m_remote->Call("Pause"), Done);
 }
 
-/// Its sender sets the pace, at whatever speed a file ran before.
+/// The sender sets the pace, regardless of the speed of an earlier file.
 TEST_F(Verbs, LiveInputRunsTheClockAtNormalSpeed)
 {
     Steer({"--loop", "--speed", "4"});

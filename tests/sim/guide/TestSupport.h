@@ -26,7 +26,7 @@ Json::Value ParseJson(std::string const& text);
 
 bool IsUtf8(std::string const& text);
 
-/// A file in the temporary folder that goes away with the object.
+/// A file in the temporary folder that is removed with the object.
 class TempFile
 {
 public:

@@ -26,7 +26,7 @@ std::uint64_t StatusField(std::string const& name)
     return 0;
 }
 
-/// Lets the kernel count the peak anew from here.
+/// Resets the kernel's memory peak.
 bool ResetPeak()
 {
     std::ofstream reset("/proc/self/clear_refs");

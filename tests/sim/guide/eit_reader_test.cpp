@@ -25,7 +25,7 @@ protected:
         return changes;
     }
 
-    /// Sends on where the last stream ended.
+    /// Continues at the end of the last stream.
     int Send(Bytes const& section)
     {
         std::size_t const before = m_stream.Stream().size();

@@ -43,7 +43,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Spelling{"200007281733 BST", 964801980}, Spelling{"19691231190000 EST", 0},
                     Spelling{"19691231170000 PDT", 0}, Spelling{"  19700101000000 \t+0000\n", 0}));
 
-// The clock jumps, the offsets tell: one hour of wall clock is missing, or comes twice.
+// The clock jumps, as the offsets show: one hour of local time is missing or occurs twice.
 INSTANTIATE_TEST_SUITE_P(SummerTime, XmltvTimeValid,
                          testing::Values(Spelling{"20260329015959 +0100", 1774745999},
                                          Spelling{"20260329030000 +0200", 1774746000},
@@ -100,7 +100,7 @@ TEST(XmltvTime, EveryDayOfFourCenturiesFollowsTheOneBefore)
 TEST(XmltvTime, AgreesWithTheSystemsCalendar)
 {
     std::mt19937 random(1);
-    // Where it has 32 bits, the calendar ends in 2038.
+    // With 32 bits, the calendar ends in 2038.
     constexpr std::int64_t end = std::min<std::int64_t>(0xFFFFFFFF, std::numeric_limits<std::time_t>::max());
     std::uniform_int_distribution<std::time_t> any(0, static_cast<std::time_t>(end));
     for (int i = 0; i < 10000; ++i) {

@@ -5,7 +5,7 @@
 
 namespace zviptv::test {
 
-/// What goes into an RTP packet, in the order of RFC 3550, 5.1.
+/// The fields of an RTP packet, in the order of RFC 3550, 5.1.
 struct RtpParts
 {
     std::uint16_t sequence = 0;

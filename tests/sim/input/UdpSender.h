@@ -15,11 +15,11 @@
 
 namespace zviptv::test {
 
-/// Sends datagrams to a port of an address that nobody used when it was made.
+/// Sends datagrams to a port of an address that was free when the sender was made.
 class UdpSender
 {
 public:
-    /// `interface` is where multicast goes out.
+    /// `interface` is the network interface for multicast.
     explicit UdpSender(std::string const& host, std::string const& interface = "")
         : m_isNew(host.find(':') != std::string::npos),
           m_socket(::socket(m_isNew ? AF_INET6 : AF_INET, SOCK_DGRAM, 0))

@@ -8,7 +8,7 @@
 namespace zviptv::test {
 namespace {
 
-/// A stream in memory of which packet after packet comes when the test says so.
+/// A stream in memory whose packets arrive when the test releases them.
 class LiveMemory : public MemorySource
 {
 public:

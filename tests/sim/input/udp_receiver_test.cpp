@@ -20,7 +20,7 @@ namespace {
 using sim::OpenUdpSocket;
 using sim::ParseInputUrl;
 
-/// What comes until `count` datagrams are there, or nothing comes for long.
+/// Receives until `count` datagrams have arrived, or until nothing arrives for a long time.
 std::vector<std::string> TakeFrom(sim::UdpReceiver& receiver, std::size_t count)
 {
     std::vector<std::string> texts;

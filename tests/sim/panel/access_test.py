@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Who may use the panel: access_test.py SIM CTL SAMPLE GUIDE"""
+"""Tests who may use the panel: access_test.py SIM CTL SAMPLE GUIDE"""
 import resource
 import select
 import signal

@@ -63,7 +63,7 @@ class Sample(CaptionTest):
 
 
 class TwoLanguages(CaptionTest):
-    """Each statement comes in Japanese and, as the second language, in English."""
+    """Each statement is in Japanese and, as the second language, in English."""
 
     @classmethod
     def setUpClass(cls):
@@ -106,7 +106,7 @@ class TwoLanguages(CaptionTest):
 
 
 class Decoder(PageTest):
-    """What the page makes of statements."""
+    """The statements as the page shows them."""
 
     def decode(self, text, units=b""):
         """The characters with their places and colours, and the seconds that were waited."""

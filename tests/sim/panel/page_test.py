@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""What the page shows and steers, in a browser: page_test.py SIM CTL SAMPLE GUIDE"""
+"""Tests the display and the controls of the page in a browser: page_test.py SIM CTL SAMPLE GUIDE"""
 import json
 import os
 import re

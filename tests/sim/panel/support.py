@@ -43,7 +43,7 @@ def main(needs_browser=True):
 
 
 def wait_for(condition, what="the condition", patience=PATIENCE):
-    """The condition's value once it is true."""
+    """Waits until the condition is true. Returns its value."""
     end = time.monotonic() + patience
     while True:
         value = condition()
@@ -78,7 +78,7 @@ class Simulator:
     """zviptv-sim --panel, with further options."""
 
     def __init__(self, *options, path=None, stream=SAMPLE, inputs=None):
-        """`inputs` are the options that say what is played; without them `stream` is."""
+        """`inputs` are the options for the input. Without them, `stream` is played."""
         self.folder = tempfile.TemporaryDirectory(prefix="zviptv-panel-")
         self.errors = Path(self.folder.name, "stderr")
         self.output = Path(self.folder.name, "stdout")
@@ -117,7 +117,7 @@ class Simulator:
 
 
 def exchange(port, request):
-    """What the server answers to these bytes: status and body."""
+    """The server's answer to these bytes: status and body."""
     with socket.create_connection(("127.0.0.1", port), timeout=PATIENCE) as link:
         link.sendall(request)
         answer = b""

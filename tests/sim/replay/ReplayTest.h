@@ -99,7 +99,7 @@ private:
     std::string m_application = ":1.5";
 };
 
-/// A simulator on the test's bus that replays what the test has written.
+/// A simulator on the test's bus that replays a file of the test.
 class Replaying : public Steered
 {
 protected:
@@ -123,7 +123,7 @@ protected:
         ASSERT_TRUE(m_remote->WaitFor("Running", "true"));
     }
 
-    /// What the simulator has printed on standard error until its end.
+    /// The standard error of the simulator, until its end.
     std::string End()
     {
         m_simulator->Signal(SIGTERM);

@@ -102,7 +102,7 @@ struct Seen
     std::string output;                                     ///< of the commands
 };
 
-/// Without what the service asks to find out whether an application keeps up, which depends on time.
+/// Without the service's checks whether an application keeps up, which depend on time.
 Seen Sort(std::vector<WireMessage> const& messages, std::string const& service)
 {
     Aliases aliases(service);

@@ -16,7 +16,7 @@ using testing::StartsWith;
 class ReplayFiles : public Replaying
 {
 protected:
-    /// What the simulator says about a file that it cannot replay.
+    /// The simulator's message about a file that it cannot replay.
     static std::string Refusal(std::string const& path)
     {
         ChildProcess process({ZVIPTV_SIM, "--bus", "private", "--replay", path});
@@ -89,7 +89,7 @@ TEST_F(ReplayFiles, ThatWereCutAreReplayedUpToThere)
     EXPECT_THAT(End(), HasSubstr("any further"));
 }
 
-/// busctl capture cuts long messages unless it is told otherwise.
+/// busctl capture truncates long messages by default.
 TEST_F(ReplayFiles, ThatLackPartsOfMessagesAreReplayedWithAWarning)
 {
     constexpr std::size_t originalLength = 24; // in a block of pcapng

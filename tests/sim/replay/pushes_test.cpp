@@ -8,7 +8,7 @@ using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 using testing::ElementsAre;
 
-/// An application that notes its captions and when they came.
+/// An application that records its captions and their times.
 class Viewer
 {
 public:

@@ -38,7 +38,7 @@ TEST_F(Expectations, ThatAreNotMetMakeTheStatusOne)
                       ContainsRegex("  not met  .*:2:1: .*: seen after [0-9.]+ s: MuteVideo onoff=1\n")));
 }
 
-/// The last request of a command that ends at once counts.
+/// The last request of a command that ends immediately counts.
 TEST_F(Expectations, SeeTheLastRequestOfTheCommand)
 {
     for (int i = 0; i < 5; ++i) {

@@ -262,7 +262,7 @@ TEST(ScenarioParser, SaysWhyTheFileCannotBeRead)
               "can be read");
 }
 
-/// What the protocol calls equal is equal.
+/// Values that are equal in the protocol are equal in a scenario.
 TEST(ScenarioPattern, ComparesDecodedValues)
 {
     auto const matches = [](std::string const& pattern, SeenRequest const& request) {

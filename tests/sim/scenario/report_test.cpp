@@ -13,7 +13,7 @@ constexpr char Film[] =
     "1 lock programme\n1 expect UnMuteByRatingPin within 2 # soon\nexpect no MuteAudio for 1\n"
     "after SetAppID AppID=\"<\\\"&'>\" pause\n2 bad-luck";
 
-/// A scenario of which everything has gone wrong that can.
+/// A scenario with every kind of failure.
 class Reports : public testing::Test
 {
 protected:
@@ -70,7 +70,7 @@ TEST(TextReport, OfStepsThatRanIsEmpty)
     EXPECT_EQ(TextReport(play), "");
 }
 
-/// What an application sends must not steer the terminal.
+/// Texts of an application must not control the terminal.
 TEST(TextReport, ShowsNoControlCharacters)
 {
     Scenario const scenario = Parsed("expect no SetAppID for 1");
@@ -83,7 +83,7 @@ TEST(TextReport, ShowsNoControlCharacters)
               "AppID=\\x1b[2J\\n\n");
 }
 
-/// Takes the message of the only failure.
+/// Returns the message of the only failure.
 class Message : public XmlHandler
 {
 public:
@@ -99,7 +99,7 @@ public:
     std::string text;
 };
 
-/// What an XML parser reads where `text` was reported.
+/// The text that an XML parser reads if `text` was reported.
 std::string ReadBack(std::string const& text)
 {
     Scenario const scenario = Parsed("1 pause");

@@ -80,7 +80,7 @@ TEST_F(ScenarioSteps, ChangeWhatComesBackAfterADeath)
         << Errors();
 }
 
-/// What was asked of the service before takes effect before it dies.
+/// Earlier requests to the service take effect before it dies.
 TEST_F(ScenarioSteps, OfOneTimeRunOneAfterTheOther)
 {
     EXPECT_EQ(
@@ -109,7 +109,7 @@ TEST_F(ScenarioSteps, OfAFileWithAnyNameRun)
         << Errors();
 }
 
-/// What the stream has cannot be known before it is played.
+/// The contents of the stream are unknown before it is played.
 TEST_F(ScenarioSteps, ThatAreRefusedFail)
 {
     EXPECT_EQ(

@@ -15,7 +15,7 @@ namespace zviptv::test {
 /// The JSON objects of the complete lines in a text. Throws std::runtime_error for a line that is none.
 std::vector<Json::Value> JsonLines(std::string const& text);
 
-/// What one `zviptvctl pes` or `caption` got.
+/// The data that one `zviptvctl pes` or `caption` received.
 struct Received
 {
     std::vector<Json::Value> packets;
@@ -35,7 +35,7 @@ protected:
     /// The last status that the simulator, started with --json, has shown; null before the first.
     Json::Value Status() const;
 
-    /// Until a status shows so many of them.
+    /// Waits until a status shows the given number of them.
     bool WaitForSubscribers(std::size_t count) const;
 
     std::unique_ptr<ChildProcess> Run(std::vector<std::string> arguments);

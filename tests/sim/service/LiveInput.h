@@ -25,7 +25,7 @@ protected:
         return Start(all);
     }
 
-    /// What the last status says about the input, once that fulfils the condition.
+    /// Waits until the input in the status fulfils the condition. Returns it.
     Json::Value InputWhere(std::function<bool(Json::Value const&)> const& condition)
     {
         Json::Value input;
@@ -57,7 +57,7 @@ protected:
         m_subscriber.Ask("IPTVDATASUBSCRIBER", {{"functionname", "requestPESCB"}, {"on", "1"}});
     }
 
-    /// PAT, PMT and what makes it seven packets.
+    /// PAT, PMT, and padding to seven packets.
     static StreamBuilder& AddTables(StreamBuilder& builder)
     {
         return builder.Section(0, MakePat({{1, 0x1000}}))

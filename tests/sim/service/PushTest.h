@@ -20,7 +20,7 @@ class Pushes : public Simulator
 protected:
     static constexpr std::size_t Count = 40;
 
-    /// It waits for two applications: m_application, and what Play() adds.
+    /// The simulator waits for two applications: m_application, and the one that Play() starts.
     void Begin(std::vector<std::string> const& faults, std::vector<std::string> const& options = {})
     {
         std::string const path = m_bus.Directory() + "/dense.ts";
@@ -56,7 +56,7 @@ protected:
         Subscribe(m_other, false);
     }
 
-    /// Plays to the last caption, which comes after all packets that are not late.
+    /// Plays to the last caption, which arrives after all packets that are not delayed.
     void PlayToTheEnd(std::size_t captions = Count)
     {
         Play();

@@ -16,7 +16,7 @@ namespace zviptv::test {
 
 constexpr std::chrono::seconds Patience{20};
 
-/// The simulator in a process of its own, on the test's bus.
+/// The simulator in a separate process, on the test's bus.
 class Simulator : public testing::Test
 {
 protected:

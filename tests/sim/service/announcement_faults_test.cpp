@@ -103,7 +103,7 @@ TEST_F(AnnouncementFaults, WithoutEffectTheApplicationIsNotKnown)
     EXPECT_EQ(Subscribe(), "1");
 }
 
-/// One that leaves is met as well, and is gone all the same.
+/// The fault also applies to the announcement of an end, and the application still ends.
 TEST_F(AnnouncementFaults, MeetThoseThatLeave)
 {
     BeginWith({"Announcement=drop,from=0,application=org.example.nobody", "Announcement=empty"});

@@ -22,7 +22,7 @@ protected:
         m_application.Ask("IPTVDATASUBSCRIBER", {{"functionname", "requestCaptionCB"}, {"on", "1"}});
     }
 
-    /// The data of the first captions of a type, as many as asked for, oldest first.
+    /// The data of the given number of first captions of a type, oldest first.
     std::vector<std::string> Wait(std::string const& type, std::size_t count)
     {
         auto const isWanted = [&type](WireMessage const& message) {
@@ -43,7 +43,7 @@ protected:
     Application m_application;
 };
 
-/// What a caption shows, page by page; "blank" when it takes the text away.
+/// The text of a caption, page by page; "blank" if it erases the text.
 std::string TeletextShown(std::string const& data)
 {
     std::string shown;

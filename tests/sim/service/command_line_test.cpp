@@ -206,7 +206,7 @@ TEST(CommandLine, EndsWhenTheReaderOfItsJsonGoes)
                            "full, or its reader has gone\n"));
 }
 
-/// As a shell expects of what it starts.
+/// As a shell expects of its commands.
 TEST(CommandLine, GivesTheCommandTheUsualHandlingOfABrokenPipe)
 {
     ChildProcess process(Simulate({"--ts", ZVIPTV_SAMPLE_FILE, "--", "sh", "-c", "kill -PIPE $$"}));

@@ -5,7 +5,7 @@
 namespace zviptv::test {
 namespace {
 
-/// What applications have told, as the status shows it.
+/// The conditions that applications have reported, as in the status.
 class Conditions : public Crowd
 {
 protected:

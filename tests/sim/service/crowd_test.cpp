@@ -16,7 +16,7 @@ std::vector<std::string> PacketsOf(Bytes const& stream, std::uint16_t pid)
     return packets;
 }
 
-/// A caption is what follows the PES header (9 bytes and a PTS) and the data identifier.
+/// A caption begins after the PES header (9 bytes and a PTS) and the data identifier.
 std::vector<std::string> CaptionsOf(Bytes const& stream)
 {
     std::vector<std::string> captions;
@@ -51,7 +51,7 @@ TEST_F(Crowd, EveryProcessGetsTheSameCaptions)
     }
 }
 
-/// Each process is a client of its own to the simulator, and none has lost anything.
+/// The simulator treats each process as a separate client, and no client loses data.
 TEST_F(Crowd, EveryProcessIsCounted)
 {
     Play({}, {"--json"});

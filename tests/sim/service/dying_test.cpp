@@ -20,7 +20,7 @@ constexpr char Dies[] = "zviptv-sim: the service dies\n";
 constexpr char ComesBack[] = "zviptv-sim: the service comes back\n";
 constexpr char Crashed[] = "zviptv-sim: the service was ended by signal 6 (Aborted)\n";
 
-/// A simulator with a command that tells the bus, and ends with 5 when it reads a line.
+/// A simulator with a command that prints the address of the bus, and ends with 5 when it reads a line.
 class Dying : public testing::Test
 {
 protected:

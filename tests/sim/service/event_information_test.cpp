@@ -67,7 +67,7 @@ TEST_F(EventInformation, IsTheGuideWithoutAFile)
 {
     Begin();
     EXPECT_EQ(Number(Ask({{"functionname", "ExistXmlForIPG"}}), "data"), "1");
-    // The stream says what is on, though its time has long passed or not come.
+    // The stream determines the present programme, although its time is in the past or in the future.
     Json::Value const present = JsonData({{"functionname", "GetPresentProgram"}, {"inID", "1"}});
     EXPECT_EQ(present["title"], "News");
     EXPECT_EQ(present["event_id"], 70);

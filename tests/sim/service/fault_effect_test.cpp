@@ -26,7 +26,7 @@ TEST_F(Pushes, ComeAfterAFailedRequestWithEffect)
     EXPECT_THAT(Notifications("PESCB"), SizeIs(3 * Count));
 }
 
-/// The application hears that all is well.
+/// The application gets an answer that reports success.
 TEST_F(Pushes, DoNotComeAfterASuccessWithoutEffect)
 {
     Begin({"requestPESCB=result:1,effect=no"});

@@ -13,7 +13,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// Faults on a clock that stands still until it is moved.
+/// Faults on a clock that the test advances.
 class FaultLimits : public testing::Test
 {
 protected:

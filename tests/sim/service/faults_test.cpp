@@ -31,7 +31,7 @@ TEST_F(FaultInjection, AnswersWithAnError)
     EXPECT_EQ(reply.errorName, InjectedError);
 }
 
-/// One that comes late does not hold up the others, however long they take.
+/// A late answer does not delay the others, whatever its delay.
 TEST_F(FaultInjection, DelaysOneAnswerAndNotTheOthers)
 {
     Begin({"MuteAudio=delay:600000", "GetSourceState=delay:300"});

@@ -6,7 +6,7 @@ namespace {
 
 constexpr char Type[] = "IPGUTIL";
 
-/// Which applications have a list of their own for GetProgram. The others count through the whole guide,
+/// The applications that have a separate list for GetProgram. The others count through the whole guide,
 /// whose programmes are more than the list's two.
 class GuideList : public Simulator
 {
@@ -65,7 +65,7 @@ TEST_F(GuideList, StaysWhenAnotherChannelGoes)
     EXPECT_TRUE(HasList());
 }
 
-/// It would be kept for good: nobody tells when such an application goes.
+/// The list would be kept forever, because the end of such an application is not reported.
 TEST_F(GuideList, IsNotKeptForWhoHasNotAnnouncedItself)
 {
     WirePeer stranger;

@@ -34,7 +34,7 @@ protected:
         m_application.Announce(Type);
     }
 
-    /// The big one is the next that the service is asked to load.
+    /// Makes the big guide the next one that the service loads.
     void StartLoading()
     {
         Application leaving;
@@ -45,7 +45,7 @@ protected:
         leaving.Peer().Sync();
     }
 
-    /// Asks for a guide that cannot be loaded: while another one is being loaded, that is not even tried.
+    /// Requests a guide that cannot be loaded. While another one is being loaded, the service does not try.
     bool IsLoading()
     {
         std::string const path = "/no/such/guide" + std::to_string(++m_probes);
@@ -81,7 +81,7 @@ TEST_F(GuideLoading, OthersAreServedMeanwhile)
     player.Announce("PLAYERCONTROL");
     EXPECT_EQ(Number(player.Ask("PLAYERCONTROL", {{"functionname", "GetSourceState"}}), "sourcestate"), "2");
     ASSERT_TRUE(IsLoading()) << "all that happened meanwhile";
-    // Who asked has gone; the guide comes all the same.
+    // The requesting application has left, and the guide is loaded nevertheless.
     EXPECT_TRUE(WaitUntil([this] { return ProgrammesOf200() != "0"; }, Patience));
     EXPECT_FALSE(IsLoading());
 }

@@ -73,7 +73,7 @@ protected:
     }
 };
 
-/// Announces a data subscriber under a name; returns what the service answers.
+/// Announces a data subscriber under a name. Returns the service's answer.
 std::string AnnounceAs(Application& application, std::string const& name)
 {
     return application.Peer()

@@ -70,7 +70,7 @@ TEST_F(PrivateSimulator, NothingIsLeftWhenItIsTold)
     EXPECT_THAT(ReadFile("/proc/net/unix"), Not(HasSubstr("@" + Socket())));
 }
 
-/// It is open to the user who started it only; a test can become another one only as root.
+/// Only the user who started it may use it. The test must be root to become another user.
 TEST_F(PrivateSimulator, OthersAreKeptOut)
 {
     if (geteuid() != 0) {

@@ -78,7 +78,7 @@ std::vector<Picture> PicturesIn(std::string const& output)
     return pictures;
 }
 
-/// Each picture comes once and in order: its time follows that of the one before.
+/// Each picture arrives once and in order: its time follows that of the previous one.
 void CheckPictures(std::vector<Picture> const& pictures)
 {
     std::set<std::size_t> sizes;
@@ -89,7 +89,7 @@ void CheckPictures(std::vector<Picture> const& pictures)
     EXPECT_GT(sizes.size(), 10U) << "the pictures differ";
 }
 
-/// The simulator and a client of what ffmpeg sends.
+/// The simulator with input from ffmpeg, and a client.
 class LiveLoad : public LiveInput
 {
 protected:

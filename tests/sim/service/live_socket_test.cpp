@@ -16,7 +16,7 @@ protected:
         m_control.Announce("PLAYERCONTROL");
     }
 
-    /// Sends tables until the simulator plays: what comes before it listens is thrown away.
+    /// Sends tables until the simulator plays. Packets that arrive before it listens are lost.
     void Begin()
     {
         ASSERT_TRUE(WaitUntil(
@@ -152,7 +152,7 @@ TEST_F(LiveSocket, GetsBackIntoStep)
               333);
 }
 
-/// The simulator stands still while more comes than its socket's buffer holds.
+/// The simulator is stopped while more data arrives than its socket's buffer holds.
 TEST_F(LiveSocket, CountsDatagramsThatFindNoRoom)
 {
     Listen("udp");
@@ -230,7 +230,7 @@ TEST_F(LiveSocket, SaysWhatProgrammesThereAre)
     EXPECT_TRUE(WaitForState("2"));
 }
 
-/// What other programs send.
+/// Input from other programs.
 void SendWithFfmpeg(std::optional<ChildProcess>& sender, std::string const& format, std::string const& url)
 {
     sender.emplace(std::vector<std::string>{"ffmpeg", "-nostdin", "-v", "error", "-re", "-stream_loop", "-1",

@@ -13,7 +13,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-/// What Run() throws; empty when it returns.
+/// The message of the exception of Run(); empty if it returns.
 std::string FailureOf(MainLoop& loop)
 {
     try {

@@ -33,7 +33,7 @@ void WriteFilms(std::string const& path, std::time_t begin, std::time_t seconds,
     file << "</tv>";
 }
 
-/// What one film's PIN opens.
+/// The locks that the PIN for one film unlocks.
 class LockOfFilms : public Simulator
 {
 protected:

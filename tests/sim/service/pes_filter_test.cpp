@@ -26,7 +26,7 @@ class PesFilter : public Simulator, public testing::WithParamInterface<Filter>
 {
 };
 
-/// The sample once, to an application that is there from its first packet.
+/// Plays the sample once, to an application that receives from the first packet.
 TEST_P(PesFilter, LetsThrough)
 {
     Start({"--ts", ZVIPTV_SAMPLE_FILE, "--speed", "50", "--wait-for", "1", "--pes", GetParam().list});
@@ -39,7 +39,7 @@ TEST_P(PesFilter, LetsThrough)
         ASSERT_GT(count, 0U);
         EXPECT_TRUE(application.WaitForPackets(std::to_string(pid), count)) << pid;
     }
-    // The streams are interleaved: what else passed would have come before the last of these.
+    // The streams are interleaved: any other packet would have arrived before the last of these.
     std::set<std::string> wanted;
     for (std::uint16_t const pid : GetParam().pids) {
         wanted.insert(std::to_string(pid));

@@ -56,7 +56,7 @@ TEST_F(PlayerPosition, StaysWithinTheDurationOfAFile)
     EXPECT_EQ(m_player->Position().count(), 12);
 }
 
-/// What is shown is the next pass; what is read is the one before.
+/// The shown position is in the next pass of the loop; the reader is still in the previous one.
 TEST_F(PlayerPosition, IsSoughtFromTheStartWhenTheLoopIsNotReadYet)
 {
     Play(true);

@@ -91,7 +91,7 @@ protected:
         return m_application.Ask("BROADCASTDATA", {{"functionname", function}});
     }
 
-    /// The index that a getter tells with success.
+    /// The index that a getter returns with success.
     std::string Current(char const* function)
     {
         WireMessage const reply = Ask(function);

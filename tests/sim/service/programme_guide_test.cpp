@@ -11,7 +11,7 @@ namespace {
 
 constexpr char Type[] = "IPGUTIL";
 
-/// What the simulator answers from the sample guide, at 22:00 UTC on 28 March 2026.
+/// The simulator's answers from the sample guide, at 22:00 UTC on 28 March 2026.
 class SampleGuide : public Simulator
 {
 protected:

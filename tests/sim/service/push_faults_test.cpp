@@ -128,7 +128,7 @@ TEST_F(Pushes, OfOneApplicationAreFaulty)
               0U);
 }
 
-/// Plays once with each of the options, and sees which packets come.
+/// Plays once with each of the options, and checks which packets arrive.
 class RandomPushes : public Pushes
 {
 protected:

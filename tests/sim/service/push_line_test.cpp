@@ -30,7 +30,7 @@ protected:
         return damage;
     }
 
-    /// A notification that comes at this millisecond.
+    /// A notification that arrives at this millisecond.
     void Pass(std::string const& text, int time, Damage const& damage = {}, std::uint16_t stream = 1)
     {
         auto notification = std::make_shared<CMessageBuffer>();

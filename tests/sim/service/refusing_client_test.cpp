@@ -27,7 +27,7 @@ TEST_P(RefusingClient, GetsItsPacketsAllTheSame)
     EXPECT_TRUE(application.Peer().Received().WaitForCount(isPacket, 4 * sim::Subscriber::Window));
 }
 
-/// The bus says the second and the third, too, of an application that is gone.
+/// The bus returns the second and the third error also for an application that has left.
 INSTANTIATE_TEST_SUITE_P(Errors, RefusingClient,
                          testing::Values("com.example.Error.Unsupported",
                                          "org.freedesktop.DBus.Error.NoReply",

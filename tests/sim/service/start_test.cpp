@@ -29,7 +29,7 @@ protected:
     /// True when the process, a simulator, reads the guide.
     bool Reads(pid_t pid) const { return HasOpen(pid, m_guide); }
 
-    /// Of the service's process, once it reads the guide.
+    /// Waits until the service's process reads the guide. Returns its id.
     pid_t Loading(ChildProcess const& simulator) const
     {
         pid_t found = 0;
@@ -47,7 +47,7 @@ protected:
     std::string const m_guide = m_bus.Directory() + "/big.xml";
 };
 
-/// As on a machine that is very slow: the service stands still for longer than anyone would wait.
+/// As on a very slow machine: the service is stopped for longer than any time-out.
 TEST_F(SlowStart, IsAwaited)
 {
     ChildProcess process(Command({"--", "echo", "ready"}));
@@ -93,7 +93,7 @@ TEST_F(SlowStart, SaysWhenTheServiceIsKilled)
     EXPECT_EQ(process.Errors(), "zviptv-sim: the service was ended by signal 9 (Killed)\n");
 }
 
-/// Nobody writes to it: opening it must not wait for that.
+/// The FIFO has no writer, and opening it must not wait for one.
 TEST_F(Simulator, RefusesADeviceAsAStream)
 {
     ChildProcess process({ZVIPTV_SIM, "--ts", "/dev/null", "--", "true"});

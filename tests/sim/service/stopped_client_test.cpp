@@ -109,7 +109,7 @@ TEST_F(StoppedClient, NeitherStallsTheOthersNorGrowsTheSimulator)
     std::size_t const memory = ResidentBytes(ServicePid());
     std::size_t const before = Lines(*m_healthy[0]);
     m_stopped->Signal(SIGSTOP);
-    // Until what was dropped would have grown it beyond doubt.
+    // Until the dropped data would certainly have grown it.
     std::size_t most = 0;
     bool const hasDropped = WaitUntil(
         [&] {
@@ -138,7 +138,7 @@ TEST_F(StoppedClient, NeitherStallsTheOthersNorGrowsTheSimulator)
         }
     }
 
-    // More than what waited for it here and on its way.
+    // More than the queued data and the data in transit.
     std::size_t const target = Lines(*m_stopped) + QueuedForTheStopped() + 4 * sim::Subscriber::Window;
     m_stopped->Signal(SIGCONT);
     EXPECT_TRUE(WaitUntil([&] { return Lines(*m_stopped) > target; }, 2 * Patience));

@@ -12,7 +12,7 @@ Bytes Field(std::uint8_t seed)
     return Bytes{0x81, 0xFF, 0xF0, 0x04, 0, 0, 0, 20} + Noise(20, seed) + Bytes{0x12, 0x34};
 }
 
-/// Superimposed text, which has no time stamp of its own, in a stream with a clock.
+/// Superimposed text, which has no time stamp, in a stream with a clock.
 class Superimpose : public MadeStream
 {
 protected:

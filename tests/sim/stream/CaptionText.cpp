@@ -28,7 +28,7 @@ std::uint8_t Mirror(std::uint8_t byte)
     return static_cast<std::uint8_t>(mirrored);
 }
 
-/// Four bits of a Hamming 8/4 byte; its four parity sums have to be odd.
+/// Four bits of a Hamming 8/4 byte, whose four parity sums must be odd.
 unsigned Nibble(std::uint8_t byte)
 {
     for (unsigned const sum : {0xA3u, 0x8Eu, 0x3Au, 0xFFu}) {

@@ -23,7 +23,7 @@ std::vector<TeletextRow> ReadTeletext(Bytes const& units);
 /// @throws std::runtime_error at a wrong length or check sum
 std::pair<unsigned, Bytes> ReadAribGroup(Bytes const& field);
 
-/// What a PES packet carries after its header.
+/// The payload of a PES packet.
 Bytes PesPayload(Bytes const& pes);
 
 } // namespace zviptv::test

@@ -12,7 +12,7 @@ namespace zviptv::test {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// What goes into one transport packet. A payload under 184 bytes is padded by an adaptation field.
+/// The contents of one transport packet. An adaptation field pads a payload of less than 184 bytes.
 struct PacketParts
 {
     std::uint16_t pid = 0x100;

@@ -70,7 +70,7 @@ inline std::vector<sim::Event> Drain(sim::Demux& demux)
     return events;
 }
 
-/// The times told up to the end of the stream by events that tell nothing else.
+/// The times of all events that contain only a time, up to the end of the stream.
 inline std::vector<sim::ClockPoint> DrainClock(sim::Demux& demux)
 {
     std::vector<sim::ClockPoint> points;

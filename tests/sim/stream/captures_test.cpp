@@ -13,7 +13,7 @@ using namespace zviptv::test;
 
 namespace {
 
-/// Plays a capture of a real broadcast; skips where the captures are not at hand.
+/// Plays a capture of a real broadcast. Without the captures, the test is skipped.
 class Capture : public testing::Test
 {
 protected:

@@ -18,7 +18,7 @@ void ExpectTimesNeverDecrease(std::vector<Event> const& events)
     }
 }
 
-/// Takes so many events of a stream that never ends; the time of the last.
+/// Reads the given number of events from an endless stream. Returns the time of the last one.
 StreamTime TimeAfter(Demux& demux, int events)
 {
     StreamTime last{};

@@ -10,7 +10,7 @@
 
 #include <random>
 
-// Damaged and invented input, the same in every run. What it shows best it shows under a sanitizer.
+// Damaged and invented input, the same in every run. Sanitizers find most of its errors.
 
 using namespace zviptv;
 using namespace zviptv::sim;

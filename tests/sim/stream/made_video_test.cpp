@@ -11,7 +11,7 @@ using namespace zviptv::sim;
 
 namespace {
 
-/// A picture as an encoder is asked for it.
+/// The parameters of a picture for an encoder.
 struct Picture
 {
     char const* encoder;
@@ -25,7 +25,7 @@ void PrintTo(Picture const& picture, std::ostream* out)
     *out << picture.encoder << " " << picture.size << " " << picture.rate << " " << picture.pixelAspect;
 }
 
-/// What a command prints. Its status goes to the test's output when it is not 0.
+/// The output of a command. A status other than 0 is printed.
 std::string OutputOf(std::string const& command)
 {
     std::unique_ptr<std::FILE, int (*)(std::FILE*)> pipe(popen(command.c_str(), "r"), [](std::FILE* file) {
