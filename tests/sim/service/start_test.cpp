@@ -93,7 +93,6 @@ TEST_F(SlowStart, SaysWhenTheServiceIsKilled)
     EXPECT_EQ(process.Errors(), "zviptv-sim: the service was ended by signal 9 (Killed)\n");
 }
 
-/// The FIFO has no writer, and opening it must not wait for one.
 TEST_F(Simulator, RefusesADeviceAsAStream)
 {
     ChildProcess process({ZVIPTV_SIM, "--ts", "/dev/null", "--", "true"});
