@@ -64,7 +64,7 @@ TEST(ArgumentsTest, SignedNumbers)
     }
 }
 
-TEST(ArgumentsTest, MessagesSayWhatIsExpected)
+TEST(ArgumentsTest, MessagesNameTheExpectedForm)
 {
     EXPECT_EQ(UsageError([] { Parse<unsigned int>("x"); }),
               "argument 'index' of SetCurrentTTX is an unsigned 32-bit number (0 to 4294967295), not 'x'");

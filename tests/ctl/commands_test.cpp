@@ -100,7 +100,7 @@ TEST_F(CommandsTest, SelectingAsksForTheIndex)
             {{"functionname", "SetCurrentISDBText"}, {"handleID", "256"}, {"mode", "1"}, {"index", "0"}}));
 }
 
-TEST_F(CommandsTest, ARefusalSaysWhatToLookAt)
+TEST_F(CommandsTest, ARefusalNamesTheCommandToCheck)
 {
     m_service.AnswerByDefault(Entries({{"result_internal", "0"}}));
     std::vector<std::pair<Words, std::string>> const refusals = {

@@ -29,7 +29,7 @@ TEST(DemoTest, CtrlCEndsItQuietly)
     EXPECT_EQ(result.errors, "");
 }
 
-TEST(DemoTest, AnotherExitStatusThanWantedIsTold)
+TEST(DemoTest, ReportsAnUnexpectedExitStatus)
 {
     PrivateBus const directory;
     CtlResult const result = RunDemo(directory.Directory(), "exit 3");

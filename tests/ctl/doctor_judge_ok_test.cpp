@@ -97,7 +97,7 @@ TEST(DoctorJudge, RootNeedsNoGroup)
     ExpectFinding(facts, "group", State::Ok, "root needs no group");
 }
 
-TEST(DoctorJudge, TheServicesUserIsNoApplication)
+TEST(DoctorJudge, TheServicesUserIsNotAnApplication)
 {
     Facts facts = HealthyMachine();
     facts.caller = {"zviptv", false, true, false, false};
@@ -110,7 +110,7 @@ TEST(DoctorJudge, TheServicesUserIsNoApplication)
                   "loaded (/usr/share/dbus-1/system.d/org.corvel.zviptvapi.dbushelper.conf)");
 }
 
-TEST(DoctorJudge, WhoIsRefusedLearnsNothingOfTheMainLoop)
+TEST(DoctorJudge, ARefusedUserCannotCheckTheMainLoop)
 {
     Facts facts = HealthyMachine();
     facts.caller.isListed = facts.caller.isMember = false;
@@ -121,7 +121,7 @@ TEST(DoctorJudge, WhoIsRefusedLearnsNothingOfTheMainLoop)
 }
 
 /// GLib's thread answers that the method is unknown.
-TEST(DoctorJudge, AnErrorTellsNothingOfTheMainLoop)
+TEST(DoctorJudge, AnErrorDoesNotShowAMainLoop)
 {
     Facts facts = HealthyMachine();
     facts.service.outcome = Outcome::Failed;
@@ -129,7 +129,7 @@ TEST(DoctorJudge, AnErrorTellsNothingOfTheMainLoop)
                   "the service answered with an error, which does not show whether it works");
 }
 
-TEST(DoctorJudge, ALibraryWhoseNameTellsNoVersionIsUnknown)
+TEST(DoctorJudge, ALibraryWithoutVersionInItsNameIsUnknown)
 {
     Facts facts = HealthyMachine();
     facts.versions.loaded = "";

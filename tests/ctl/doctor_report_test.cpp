@@ -27,7 +27,7 @@ TEST(DoctorReport, IsTheExampleOfThePageOnPackages)
     EXPECT_THAT(text, HasSubstr("\n$ zviptvctl doctor\n" + TextOf(Judge(PackagingExample())) + "```\n"));
 }
 
-TEST(DoctorReport, PutsHowToFixItBelowWhatIsWrong)
+TEST(DoctorReport, PutsTheFixBelowTheProblem)
 {
     std::string const text = TextOf(Judge(PackagingExample()));
     EXPECT_THAT(
@@ -94,7 +94,7 @@ TEST(DoctorReport, HasNoErrorInJsonWhenNothingIsWrong)
 }
 
 /// Texts of a bus or a service must not control a terminal.
-TEST(DoctorReport, EscapesWhatComesFromElsewhere)
+TEST(DoctorReport, EscapesForeignTexts)
 {
     Facts facts = HealthyMachine();
     facts.service.outcome = Outcome::Failed;

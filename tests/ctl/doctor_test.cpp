@@ -107,14 +107,14 @@ void ExpectReach(Reach expected, ctl::doctor::BusFacts const& facts)
 }
 
 /// The bus accepts the connection, and closes it.
-TEST(DoctorBus, APolicyThatForbidsTheUserIsNoClosedSocket)
+TEST(DoctorBus, DistinguishesAForbiddenUserFromAClosedSocket)
 {
     BusOptions options;
     options.extraConfig = "<policy context=\"mandatory\"><deny user=\"*\"/></policy>";
     ExpectReach(Reach::Refused, Probe(PrivateBus(options).Address()));
 }
 
-TEST(DoctorBus, ARefusedAuthenticationIsNoMissingBus)
+TEST(DoctorBus, DistinguishesRefusedAuthenticationFromAMissingBus)
 {
     ScriptedBus const bus({"REJECTED KERBEROS_V4"}); // which GIO does not know
     ExpectReach(Reach::Refused, Probe(bus.Address()));
@@ -238,7 +238,7 @@ TEST_F(DoctorOfAService, TheDoctorsReportThatCannotBeWrittenEndsWithSix)
 }
 
 /// The library's own server, of which GLib's thread runs, and the main loop does not.
-TEST(DoctorTest, TellsAServiceWithoutAMainLoopFromOneThatIsGone)
+TEST(DoctorTest, DistinguishesAServiceWithoutAMainLoopFromAMissingOne)
 {
     PrivateBus const bus;
     CConnectionHelperDBusServer::Instance();

@@ -76,7 +76,7 @@ TEST_F(DoctorVersion, AServiceWhoseLibraryWasReplacedIsTold)
     EXPECT_EQ(diagnosis.Command("version"), "kill -KILL " + std::to_string(OnlyChildOf(simulator.Pid())));
 }
 
-TEST(DoctorVersionOf, IsWhatStandsBehindTheName)
+TEST(DoctorVersionOf, IsThePartAfterTheName)
 {
     using ctl::doctor::VersionOf;
     EXPECT_EQ(VersionOf("/usr/lib/x86_64-linux-gnu/libzv-iptv-service-api.so.1.0.0"), "1.0.0");

@@ -61,7 +61,7 @@ TEST(PrintTest, TextsStayOnOneLine)
     EXPECT_EQ(Lines(std::string("a\xc2\x9b\x31m\x7f")), "x: a\\xc2\\x9b1m\\x7f\n");
 }
 
-TEST(PrintTest, TextsAreUtf8WhateverTheServiceSends)
+TEST(PrintTest, TextsAreAlwaysUtf8)
 {
     EXPECT_EQ(Lines(std::string("a\xff\xc3\xa9\xc3")), "x: a\\xff\xc3\xa9\\xc3\n");
     EXPECT_EQ(PrintableText("\xed\xa0\x80\n\xe2\x82"), "\\xed\\xa0\\x80\n\\xe2\\x82");

@@ -148,7 +148,7 @@ TEST(TransportStreamTest, MarksAJumpOfTheClock)
     EXPECT_EQ(clocks[1].time, 90000U);
 }
 
-TEST(TransportStreamTest, LeavesOutWhatHasNoKnownCoding)
+TEST(TransportStreamTest, LeavesOutTracksOfUnknownCoding)
 {
     TransportStream stream;
     Bytes out;

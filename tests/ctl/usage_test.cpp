@@ -57,7 +57,7 @@ TEST(UsageTest, HelpThatCannotBeWrittenEndsWithSix)
     }
 }
 
-TEST(UsageTest, AReaderWhoHasSeenEnoughHelpIsNoFailure)
+TEST(UsageTest, AReaderThatClosesThePipeDuringHelpIsNotAFailure)
 {
     for (char const* const help : {"--help-all", "--help", "help", "--version", "methods"}) {
         // The reader has closed the pipe before the program writes.

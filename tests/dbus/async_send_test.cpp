@@ -53,7 +53,7 @@ TEST_F(AsyncSend, ReturnsBeforeTheAnswerAndDropsIt)
     EXPECT_EQ(EntriesOf(m_reply), m_untouched);
 }
 
-TEST_F(AsyncSend, DoesNotWaitForAPartnerWhoSaysNothing)
+TEST_F(AsyncSend, DoesNotWaitForASilentPartner)
 {
     m_partner.SetHandler([](WireMessage const&) { return WireAnswer::Nothing(); });
     auto const start = std::chrono::steady_clock::now();

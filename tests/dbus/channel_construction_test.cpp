@@ -95,7 +95,7 @@ TEST_F(LoopedChannelTest, SecondChannelOfTheSameNameIsConstructedWithoutObject)
     EXPECT_EQ(m_partner.Call(first.Target("Send"), WireEntries()).Value("who"), "first");
 }
 
-TEST_F(ChannelTest, FailureToUnregisterIsTold)
+TEST_F(ChannelTest, ReportsAFailureToUnregister)
 {
     ConnectionPtr const connection = SharedConnection();
     NodeInfoPtr const node(g_dbus_node_info_new_for_xml(CProxyDBusHelper::INTERFACE_XML, nullptr));

@@ -24,7 +24,7 @@ TEST(BoundedText, KeepsPrintableText)
     EXPECT_EQ(Shown<64>("Zürich, 東京, 🙂"), "Zürich, 東京, 🙂");
 }
 
-TEST(BoundedText, EscapesWhatCannotBePrinted)
+TEST(BoundedText, EscapesUnprintableCharacters)
 {
     EXPECT_EQ(Shown<64>("one\ntwo\t\x1b[2Jthree\x7f"), "one\\x0atwo\\x09\\x1b[2Jthree\\x7f");
     EXPECT_EQ(Shown<64>(std::string("zero\0byte", 9)), "zero\\x00byte");
@@ -32,7 +32,7 @@ TEST(BoundedText, EscapesWhatCannotBePrinted)
     EXPECT_EQ(Shown<64>("control in two bytes: \xc2\x85"), "control in two bytes: \\xc2\\x85");
 }
 
-TEST(BoundedText, CutsWhatDoesNotFitBetweenCharacters)
+TEST(BoundedText, TruncatesBetweenCharacters)
 {
     EXPECT_EQ(Shown<8>("1234"), "1234");
     EXPECT_EQ(Shown<8>("12345"), "1234...");

@@ -84,7 +84,7 @@ TEST(LastFailure, IsThatOfItsThread)
     EXPECT_EQ(LastFailure(), "too large | Here |  |  | here");
 }
 
-TEST(LastFailure, IsLeftAloneByWhatCallbacksDo)
+TEST(LastFailure, IsNotChangedByCallbacks)
 {
     {
         FailureScope const scope("Call");

@@ -114,7 +114,7 @@ TEST(LogLine, TakesExtremeLineNumbers)
     EXPECT_THAT(LinesOf(log), ElementsAre(": (2147483647) > "));
 }
 
-TEST(BaseName, IsWhatFollowsTheLastSlash)
+TEST(BaseName, IsThePartAfterTheLastSlash)
 {
     EXPECT_STREQ(zviptv::BaseName("a.cpp"), "a.cpp");
     EXPECT_STREQ(zviptv::BaseName("/x/y/a.cpp"), "a.cpp");

@@ -86,7 +86,7 @@ TEST(LogSink, TheLevelInfoLeavesOutDebugOnly)
     EXPECT_EQ(log.Messages(), (std::vector<std::string>{"info", "error"}));
 }
 
-TEST(LogSink, ArgumentsOfALineThatNobodyWantsAreNotEvaluated)
+TEST(LogSink, DoesNotEvaluateArgumentsOfFilteredLines)
 {
     int evaluated = 0;
     auto const text = [&evaluated] {

@@ -155,7 +155,7 @@ TEST(MessageBuffer, CopiesAreIndependent)
     EXPECT_EQ(target.GetValue("b"), "2");
 }
 
-TEST(MessageBuffer, MovesWhatItHas)
+TEST(MessageBuffer, MovesItsEntries)
 {
     CMessageBuffer source;
     source.AddValue("a", "1");
@@ -168,7 +168,7 @@ TEST(MessageBuffer, MovesWhatItHas)
     EXPECT_EQ(target.GetValue("a"), "1");
 }
 
-TEST(MessageBuffer, RefusesNegativeSizesAndKeepsWhatItHas)
+TEST(MessageBuffer, RefusesNegativeSizesAndKeepsItsEntries)
 {
     CMessageBuffer buffer;
     buffer.AddValue("a", "1");

@@ -50,7 +50,7 @@ TEST_F(BroadcastData, FlagsAreTrueForAnyOtherNumberThanZero)
     }
 }
 
-TEST_F(BroadcastData, RatingsReplaceWhatTheVectorHeld)
+TEST_F(BroadcastData, RatingsReplaceTheContentsOfTheVector)
 {
     AnswerRatings("2", std::string("\1\2\3\4\5\6", 6));
     EXPECT_TRUE(CreateBroadcast()->GetRatingInfo(m_ratings));

@@ -77,7 +77,7 @@ TEST_F(CallFailure, ReplyIsOfAnotherType)
               "(a{sv})");
 }
 
-TEST_F(CallFailure, NamesTheKeyThatIsMalformedAndWhatWasExpected)
+TEST_F(CallFailure, NamesTheMalformedKeyAndTheExpectedForm)
 {
     unsigned long long clock = 0;
     m_service.Answer("GetSTCCount", {{"result_internal", "1"}, {"stcCount", "garbage"}});

@@ -65,7 +65,7 @@ TEST(BusMonitorTest, SurvivesPingsThatAreMeantForOthers)
     EXPECT_EQ(monitor.Seen().Count(IsSignal("Disconnected")), 0U);
 }
 
-TEST(BusMonitorTest, RulesNarrowWhatIsSeen)
+TEST(BusMonitorTest, RulesSelectMessages)
 {
     PrivateBus const bus;
     WirePeer one;

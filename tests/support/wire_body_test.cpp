@@ -97,7 +97,7 @@ TEST(WireBodyTest, StringsAndRawBodies)
     EXPECT_TRUE(raw.entries.empty());
 }
 
-TEST(WireBodyTest, RefusesWhatTheWireCannotCarry)
+TEST(WireBodyTest, RefusesValuesThatCannotBeSent)
 {
     EXPECT_THROW(WireBody(Entries({{"\xff", "v"}})), std::invalid_argument);
     EXPECT_THROW(WireBody(Entries({{std::string("a\0b", 3), "v"}})), std::invalid_argument);

@@ -98,7 +98,7 @@ TEST(BytesTest, RecordsAndPatternsKeepEveryByte)
     EXPECT_NE(pattern.substr(256, 500), pattern.substr(0, 500));
 }
 
-TEST(MessageLogTest, WaitForFindsWhatIsThereAndWhatComes)
+TEST(MessageLogTest, WaitForFindsEarlierAndLaterMessages)
 {
     MessageLog log;
     log.Add(Named("early"));
@@ -110,7 +110,7 @@ TEST(MessageLogTest, WaitForFindsWhatIsThereAndWhatComes)
     EXPECT_FALSE(log.WaitFor(IsCall("late"), 0ms));
 }
 
-TEST(MessageLogTest, WaitForSkipsWhatIsBeforeTheMark)
+TEST(MessageLogTest, WaitForSkipsMessagesBeforeTheMark)
 {
     MessageLog log;
     log.Add(Named("one"));

@@ -110,7 +110,7 @@ TEST_F(CaptureReaderTest, RefusesFilesThatAreNoCaptures)
     EXPECT_THAT(ReadAll(m_folder / "missing").error, HasSubstr("No such file or directory"));
 }
 
-TEST_F(CaptureReaderTest, WhatComesBeforeTheCutIsRead)
+TEST_F(CaptureReaderTest, ReadsTheMessagesBeforeTheCut)
 {
     for (char const* const suffix : {".pcap", ".pcapng"}) {
         std::string const path = m_folder / ("whole" + std::string(suffix));

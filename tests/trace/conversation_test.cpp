@@ -97,7 +97,7 @@ TEST(ConversationTest, AnErrorIsTheAnswerToARequest)
         "latency": 2000000, "error": "org.freedesktop.DBus.Error.NoReply", "errorText": "no answer"})"));
 }
 
-TEST(ConversationTest, AnnouncementsTellWhichChannelsAnApplicationHas)
+TEST(ConversationTest, AnnouncementsDefineTheChannelsOfAnApplication)
 {
     Conversation conversation;
     auto const joins = conversation.Add(MadeAnnouncement(4, "IPGUTIL", "y").At(10));

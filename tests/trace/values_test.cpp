@@ -49,7 +49,7 @@ TEST(ValuesTest, NumbersHave64Bits)
               -1);
 }
 
-TEST(ValuesTest, SaysThatATextIsNoNumber)
+TEST(ValuesTest, ReportsATextThatIsNotANumber)
 {
     for (char const* const text : {"", "two", "-", "+ 1"}) {
         Decoded const index = DecodeOf("PLAYERCONTROL", "SetCurrentAudioByIndex", false, "index", text);
@@ -92,7 +92,7 @@ TEST(ValuesTest, RecordsAreReadByTheirLayout)
     EXPECT_EQ(audio.value.json["languageName"].asString(), "eng");
 }
 
-TEST(ValuesTest, ShortRecordsAreToldAndListsKeepWhatIsWhole)
+TEST(ValuesTest, ReportsShortRecordsAndKeepsCompleteElements)
 {
     Decoded const audio = DecodeOf("BROADCASTDATA", "GetAudio", true, "audio", "short");
     EXPECT_THAT(audio.problems, ElementsAre("audio has 5 bytes, not 32"));

@@ -31,7 +31,7 @@ Fields Without(Fields fields, std::string const& key)
 
 } // namespace
 
-TEST(Push, PesPacketHasWhatTheMessageSays)
+TEST(Push, PesPacketHasTheValuesOfTheMessage)
 {
     client::Push const push = PushOf(PesFields("8191", std::string("\0\1x", 3), "1"));
     PesPacket const packet = client::ReadPes(push);

@@ -48,7 +48,7 @@ TEST_F(ControlSignals, TellWhatApplicationsChange)
 }
 
 /// Changes of these properties, which happen many times a second, send no signal.
-TEST_F(ControlSignals, TellNothingOfWhatChangesAllTheTime)
+TEST_F(ControlSignals, AreNotSentForValuesThatChangeAllTheTime)
 {
     Steer();
     ASSERT_TRUE(WaitUntil([this] { return m_remote->Number("Duration") > 0; }, Patience));

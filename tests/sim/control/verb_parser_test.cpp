@@ -44,7 +44,7 @@ TEST(VerbParser, MakesMethodsOfWords)
     }
 }
 
-TEST(VerbParser, SaysWhatIsAccepted)
+TEST(VerbParser, ErrorsListTheAcceptedValues)
 {
     for (auto const& [line, error] : std::vector<std::pair<char const*, char const*>>{
              {"fault", "incomplete verb 'fault': use fault add, fault remove, fault clear"},
@@ -79,7 +79,7 @@ TEST(VerbParser, SaysWhatIsAccepted)
               "load INPUT");
 }
 
-TEST(VerbParser, ChecksWhatComesOverTheBus)
+TEST(VerbParser, ChecksArgumentsFromTheBus)
 {
     auto const check = [](char const* method, GVariant* raw) -> std::string {
         Owned<GVariant> const parameters(g_variant_ref_sink(raw));

@@ -164,7 +164,7 @@ TEST_F(GuideQueries, KeyNamesServiceEventAndStart)
     EXPECT_EQ(m_guide->Find({8, 2, 0}), std::nullopt);
 }
 
-TEST(GuideKeys, StartTellsEventsOfEqualLowBitsApart)
+TEST(GuideKeys, StartDistinguishesEventsWithEqualLowBits)
 {
     std::string programmes;
     for (unsigned i = 0; i < 65536 + 2; ++i) {

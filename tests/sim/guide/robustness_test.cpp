@@ -68,7 +68,7 @@ TEST(Robustness, DamagedXmltvIsReadOrRefused)
     EXPECT_GT(read, 100);
 }
 
-TEST(Robustness, NoiseIsNoGuide)
+TEST(Robustness, NoiseIsNotAGuide)
 {
     for (unsigned seed = 1; seed <= 500; ++seed) {
         Bytes const noise = Noise(seed * 13, seed);

@@ -151,7 +151,7 @@ TEST(XmlParser, DeepNestingIsRefused)
     EXPECT_THAT(ErrorOf(deep + "<a></a>" + end + "</tv>"), HasSubstr("elements are nested too deeply"));
 }
 
-TEST(XmlParser, AnotherRootIsNoGuide)
+TEST(XmlParser, ADifferentRootIsNotAGuide)
 {
     EXPECT_EQ(ErrorOf("<?xml version=\"1.0\"?>\n<rss><channel id=\"1\"/></rss>"),
               "test.xml:2:1: the document is not a programme guide: <rss>, not <tv>");

@@ -20,7 +20,7 @@ struct Good
     char const* interface;
 };
 
-TEST(InputUrl, TellsItsParts)
+TEST(InputUrl, ReturnsItsParts)
 {
     using Kind = InputUrl::Kind;
     for (Good const& good : {
@@ -49,7 +49,7 @@ TEST(InputUrl, TellsItsParts)
     }
 }
 
-TEST(InputUrl, SaysWhatIsWrongAndWhatToWrite)
+TEST(InputUrl, ErrorsShowTheProblemAndTheFix)
 {
     for (auto const& [text, reason] : std::map<std::string, std::string>{
              {"ftp://host/a.ts", "unknown kind of input 'ftp'; use a file, -, udp://"},

@@ -12,7 +12,7 @@ using sim::ParseRtpPacket;
 
 Bytes const Payload{0x47, 1, 2, 3, 4};
 
-TEST(RtpPacket, TellsItsHead)
+TEST(RtpPacket, ReturnsItsHeader)
 {
     Bytes const datagram{0x80, 0x21, 0x12, 0x34, 1, 2, 3, 4, 0xA, 0xB, 0xC, 0xD, 0x47};
     auto const packet = ParseRtpPacket(datagram);
@@ -56,7 +56,7 @@ TEST(RtpPacket, MayHaveAnEmptyExtensionAndPayload)
     EXPECT_TRUE(packet->payload.Empty());
 }
 
-TEST(RtpPacket, RefusesWhatIsNotWhole)
+TEST(RtpPacket, RefusesIncompletePackets)
 {
     RtpParts parts;
     parts.contributors = {1, 2};

@@ -150,7 +150,7 @@ TEST(UdpReceiver, AsksForALargeSocketBuffer)
     }
 }
 
-TEST(UdpReceiver, ThrowsAwayWhatCameBefore)
+TEST(UdpReceiver, DropsEarlierDatagrams)
 {
     UdpSender sender("127.0.0.1");
     FileHandle socket = OpenUdpSocket(ParseInputUrl("udp://127.0.0.1:" + std::to_string(sender.Port())));

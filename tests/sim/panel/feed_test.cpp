@@ -7,7 +7,7 @@
 namespace zviptv::sim {
 namespace {
 
-TEST(Feed, GivesEachPageWhatItDoesNotKnow)
+TEST(Feed, SendsEachPageOnlyNewMessages)
 {
     Feed feed;
     Feed::Place early;

@@ -123,7 +123,7 @@ TEST(JUnitReport, KeepsEveryTextThatXmlCanHold)
     }
 }
 
-TEST(JUnitReport, ReplacesWhatXmlCannotHold)
+TEST(JUnitReport, ReplacesCharactersThatXmlForbids)
 {
     EXPECT_EQ(ReadBack(std::string("a\0b", 3)), "a\xEF\xBF\xBD"
                                                 "b");

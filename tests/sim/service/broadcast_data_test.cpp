@@ -39,7 +39,7 @@ TEST_F(BroadcastData, ListsTheAudioTracksOfThePmt)
     EXPECT_EQ(third.Value("audio"), std::string(32, '\0'));
 }
 
-TEST_F(BroadcastData, SettersChangeWhatGettersSay)
+TEST_F(BroadcastData, SettersChangeTheResultsOfGetters)
 {
     Begin();
     EXPECT_EQ(Number(Ask({{"functionname", "GetCurrentAudioInfo"}}), "landCode"), "6647399"); // eng
@@ -98,7 +98,7 @@ TEST_F(BroadcastData, ListsTheAribCaptionOfThePmt)
 }
 
 /// A stream of sound alone.
-TEST_F(BroadcastData, WhatTheStreamDoesNotCarryIsNotListed)
+TEST_F(BroadcastData, ListsOnlyTracksOfTheStream)
 {
     std::string const path = m_bus.Directory() + "/sound.ts";
     StreamBuilder builder;

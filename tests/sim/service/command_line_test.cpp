@@ -165,7 +165,7 @@ TEST(CommandLine, RunsTheCommandWhenTheServiceAnswers)
     EXPECT_THAT(process.Output(), HasSubstr("boolean true"));
 }
 
-TEST(CommandLine, EndsWhenItIsTold)
+TEST(CommandLine, EndsOnRequest)
 {
     for (int const number : {SIGTERM, SIGINT}) {
         ChildProcess process(Simulate({"--ts", ZVIPTV_SAMPLE_FILE, "--bus", "private"}));
@@ -175,7 +175,7 @@ TEST(CommandLine, EndsWhenItIsTold)
     }
 }
 
-TEST(CommandLine, TellsTheBusInJsonToo)
+TEST(CommandLine, PrintsTheBusInJson)
 {
     ChildProcess process(Simulate({"--ts", ZVIPTV_SAMPLE_FILE, "--bus", "private", "--json"}));
     ASSERT_TRUE(process.WaitForOutput("\"event\":\"bus\"}\n", Patience));
@@ -254,7 +254,7 @@ TEST(CommandLine, EndsTheCommandWhenItIsTerminated)
     EXPECT_NE(kill(command, 0), 0);
 }
 
-TEST(CommandLine, HelpsAndTellsItsVersion)
+TEST(CommandLine, PrintsHelpAndVersion)
 {
     ChildProcess help(Simulate({"--help"}));
     EXPECT_EQ(EndOf(help), (ExitStatus{0, 0}));

@@ -71,7 +71,7 @@ TEST(FaultRule, WritesOptionsInOneOrderAndForm)
     EXPECT_EQ(Normal("PESCB=drop,from=-0,probability=-0"), "PESCB=drop,probability=0");
 }
 
-TEST(FaultRule, SaysWhatAFunctionTakes)
+TEST(FaultRule, ErrorsListTheFaultsOfAFunction)
 {
     EXPECT_EQ(Refusal("MuteAudio=explode"),
               "cannot use the fault 'MuteAudio=explode': unknown fault 'explode' of MuteAudio; use "
@@ -87,7 +87,7 @@ TEST(FaultRule, SaysWhatAFunctionTakes)
     }
 }
 
-TEST(FaultRule, SaysWhatAnArgumentMayBe)
+TEST(FaultRule, ErrorsDescribeValidArguments)
 {
     for (auto const& [text, reason] : std::initializer_list<std::pair<char const*, char const*>>{
              {"MuteAudio=delay", "delay needs a MS; use MuteAudio=delay:MS, drop"},
@@ -104,7 +104,7 @@ TEST(FaultRule, SaysWhatAnArgumentMayBe)
     }
 }
 
-TEST(FaultRule, SaysWhichKeysAMessageHas)
+TEST(FaultRule, ErrorsListTheKeysOfAMessage)
 {
     for (std::string const fault : {"missing", "garbage", "short"}) {
         for (auto const& [function, key, reason] :
@@ -136,7 +136,7 @@ TEST(FaultRule, SaysWhichKeysAMessageHas)
                       HasSubstr(", timebasenum, currenttime, encodeType, "), HasSubstr(" or data")));
 }
 
-TEST(FaultRule, SaysWhatAnOptionMayBe)
+TEST(FaultRule, ErrorsDescribeValidOptions)
 {
     constexpr char Options[] = "use count=N, for=SECONDS, from=SECONDS, application=NAME, probability=P or "
                                "effect=yes|no";
@@ -163,7 +163,7 @@ TEST(FaultRule, SaysWhatAnOptionMayBe)
     }
 }
 
-TEST(FaultRule, SaysWhatAFaultLooksLike)
+TEST(FaultRule, ErrorsDescribeTheFormOfAFault)
 {
     for (std::string const text : {"", "MuteAudio", "=drop", "=", "count=1,drop", "MuteAudio,count=2"}) {
         EXPECT_THAT(Refusal(text), StartsWith("cannot use the fault '" + text + "': ")) << text;

@@ -58,7 +58,7 @@ TEST(AudioFormat, ReadsMpegAudio)
     ExpectFormat(FormatIn(AudioCodec::Mpeg, Frame({0xFF, 0xE3, 0x18, 0xC0}, 72)), 8000, 8000, 1, false);
 }
 
-TEST(AudioFormat, TellsAFrameByWhatFollows)
+TEST(AudioFormat, RecognisesAFrameByTheNextOne)
 {
     Bytes const rest(100, 0x11);
     ExpectFormat(FormatIn(AudioCodec::Mpeg, Join(rest, LayerTwo)), 48000, 192000, 2, false);
@@ -80,7 +80,7 @@ TEST(AudioFormat, ReadsAnything)
     }
 }
 
-TEST(AudioFormat, RefusesWhatIsForbidden)
+TEST(AudioFormat, RefusesForbiddenValues)
 {
     for (Bytes const& head : {Bytes{0xFF, 0xED, 0xA4, 0x00}, Bytes{0xFF, 0xF9, 0xA4, 0x00}, // version, layer
                               Bytes{0xFF, 0xFD, 0xF4, 0x00}, Bytes{0xFF, 0xFD, 0x04, 0x00}, // rates

@@ -74,7 +74,7 @@ TEST(Demux, LoopingDamagesNothing)
     EXPECT_EQ(demux.Counters(0x1F0), nullptr);
 }
 
-TEST(Demux, RewindInTheMiddleDropsWhatWasNotTaken)
+TEST(Demux, RewindInTheMiddleDropsPendingEvents)
 {
     StreamBuilder builder;
     AddTables(builder).Pcr(Video, 0);
@@ -92,7 +92,7 @@ TEST(Demux, RewindInTheMiddleDropsWhatWasNotTaken)
     EXPECT_EQ(AsPes(events.front())->pts, 0u);
 }
 
-TEST(Demux, TellsOfANewPmtInItsPlace)
+TEST(Demux, ReportsANewPmtInItsPlace)
 {
     Bytes const audio = MakePes(1, Noise(10));
     Bytes const other = MakePes(2, Noise(20));
@@ -128,7 +128,7 @@ TEST(Demux, ANewPmtDoesNotDisturbThePacketsOfPidsThatStay)
     EXPECT_EQ(PesOf(Drain(demux), Audio), std::vector<Bytes>{audio});
 }
 
-TEST(Demux, TellsThatTheProgrammeIsGone)
+TEST(Demux, ReportsThatTheProgrammeIsGone)
 {
     StreamBuilder builder;
     AddTables(builder).Pes(Audio, MakePes(1, {1}));

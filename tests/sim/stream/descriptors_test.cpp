@@ -63,7 +63,7 @@ TEST(Descriptors, FiftyOneTeletextPagesAreNotTooMany)
     EXPECT_EQ(pages.back().page, 50);
 }
 
-TEST(Descriptors, ARestThatIsNoEntryIsLeftOut)
+TEST(Descriptors, IgnoresAnIncompleteLastEntry)
 {
     EXPECT_TRUE(ParseTeletextPages(Bytes{'e', 'n', 'g', 0x11}).empty());
     EXPECT_EQ(ParseSubtitlePages(Bytes(15, 'a')).size(), 1u);

@@ -104,7 +104,7 @@ TEST(DvbText, LineBreaksAreBlanksAndEmphasisIsDropped)
               "A B");
 }
 
-TEST(DvbText, WhatCannotBeReadIsMarkedAndTheRestIsRead)
+TEST(DvbText, MarksInvalidCharactersAndReadsTheRest)
 {
     EXPECT_EQ(Decode("A\xC0"
                      "B K\xC8oln"),

@@ -98,7 +98,7 @@ TEST_F(Assembler, OnePacketMayCompleteTwo)
     EXPECT_EQ(Push(1, true, small), (List{m_open, small}));
 }
 
-TEST_F(Assembler, IgnoresWhatComesBeforeTheFirstStart)
+TEST_F(Assembler, IgnoresDataBeforeTheFirstStart)
 {
     EXPECT_EQ(Push(5, false, Bytes{0x00, 0x00, 0x01, 0xBD, 0x00, 0x01, 0xFF}), List{});
     EXPECT_EQ(Push(6, true, m_first), List{});
@@ -179,7 +179,7 @@ TEST_F(Assembler, ACopyThatClaimsToBeAStartIsAGap)
     EXPECT_EQ(m_assembler.Flush(), m_open) << "the one that began there";
 }
 
-TEST_F(Assembler, AnAnnouncedDiscontinuityIsNoGap)
+TEST_F(Assembler, AnAnnouncedDiscontinuityIsNotAGap)
 {
     Push(0, true, m_first);
     EXPECT_EQ(Push({0x100, 9, false, m_second, false, false, true, {}}), List{m_bounded});

@@ -70,7 +70,7 @@ TEST(Programme, KnowsPrivateAudioByItsDescriptor)
     EXPECT_EQ(KindOf(0x06, {0x05, 3, 'A', 'C', '-'}), StreamKind::Other) << "cut off";
 }
 
-TEST(Programme, TellsTheLanguagesOfAudio)
+TEST(Programme, ListsTheLanguagesOfAudio)
 {
     auto const programme = ProgrammeOf({{0x03, 0x101, {0x52, 1, 0x42, 0x0A, 4, 'e', 'n', 'g', 2}},
                                         {0x03, 0x102, {0x0A, 8, 'd', 'e', 'u', 0, 'f', 'r', 'a', 0}},

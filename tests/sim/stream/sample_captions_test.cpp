@@ -34,7 +34,7 @@ TEST(SampleCaptions, TeletextIsSentInWholeTransportPackets)
     }
 }
 
-TEST(SampleCaptions, PageOneHundredTellsOfTheSubtitles)
+TEST(SampleCaptions, PageOneHundredListsTheSubtitles)
 {
     std::vector<TeletextRow> const wanted{{0x100, 0, "ZV Sample One"},
                                           {0x100, 2, "ZV Sample One"},

@@ -93,7 +93,7 @@ TEST(StreamClock, TenSecondsWithoutASampleAreStillOneStep)
     EXPECT_EQ(clock.At(100).time, StreamTime(10 * Second));
 }
 
-TEST(StreamClock, GoesOnBehindTheLastSample)
+TEST(StreamClock, ContinuesAfterTheLastSample)
 {
     StreamClock clock;
     clock.Sample(0, 0, false);
@@ -103,7 +103,7 @@ TEST(StreamClock, GoesOnBehindTheLastSample)
     EXPECT_EQ(clock.At(250).stc, 2500u);
 }
 
-TEST(StreamClock, ShowsTheNewStcBehindAJumpAtTheEnd)
+TEST(StreamClock, ShowsTheNewStcAfterAJumpAtTheEnd)
 {
     StreamClock clock;
     clock.Sample(0, 1'000'000, false);

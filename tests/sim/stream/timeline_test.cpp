@@ -139,7 +139,7 @@ TEST(Timeline, PrefersTheStampsOfVideo)
     EXPECT_EQ(events[3].at.time - events[1].at.time, StreamTime(Second));
 }
 
-TEST(Timeline, ClearDropsWhatIsHeldAndWhatIsReady)
+TEST(Timeline, ClearDropsHeldAndReadyEvents)
 {
     Timeline timeline;
     timeline.AddPcr(0, 0, false);

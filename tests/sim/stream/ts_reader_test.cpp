@@ -98,7 +98,7 @@ TEST(TsReader, LeavesOutAnUnfinishedPacketAtTheEnd)
     EXPECT_EQ(ReaderOf(stream).Marks(), (Bytes{1, 2}));
 }
 
-TEST(TsReader, SkipsWhatIsInFrontOfTheFirstPacket)
+TEST(TsReader, SkipsBytesBeforeTheFirstPacket)
 {
     ReaderOf reader(Joined({Bytes{0x47, 0, 0, 0x47}, Marked(1), Marked(2), Marked(3), Marked(4), Marked(5)}));
     EXPECT_EQ(reader.Marks(), (Bytes{1, 2, 3, 4, 5}));
