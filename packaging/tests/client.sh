@@ -37,8 +37,8 @@ as "$tester" ctest --test-dir "$work/home/template" --output-on-failure >"$work/
 tail -n 4 "$work/ctest.log"
 
 step "The template of an application in Python: pytest finds the plugin by its entry point"
-as "$tester" python3 -c 'import zviptv; print(zviptv.__file__)' | tee "$work/out"
+as "$tester" /usr/bin/python3 -c 'import zviptv; print(zviptv.__file__)' | tee "$work/out"
 grep -qx '/usr/lib/python3/dist-packages/zviptv/__init__.py' "$work/out" || fail "another package is imported"
-as "$tester" python3 -m pytest -q -p no:cacheprovider "$templates/template-python" >"$work/pytest.log" ||
+as "$tester" /usr/bin/python3 -m pytest -q -p no:cacheprovider "$templates/template-python" >"$work/pytest.log" ||
     fail "the tests of the template"
 tail -n 1 "$work/pytest.log"

@@ -115,10 +115,11 @@ broken=$(find -L "$site" -type l -o -name '*.gz')
 step "Examples, built by an ordinary user from the development files"
 examples=/usr/share/doc/zv-iptv-doc/examples
 for source in "$examples"/*.cpp; do
-    [ "${source##*/}" != remote.cpp ] || continue # needs ncursesw
+    modules='zv-iptv-service-api glib-2.0'
+    ! grep -q '<zviptv/client/' "$source" || modules='zv-iptv-client glib-2.0 ncursesw'
     # shellcheck disable=SC2046
     as "$tester" g++ -std=c++17 -Wall -Wextra -Wpedantic -Werror "$source" \
-        -o "$work/home/$(basename "$source" .cpp)" $(pkg-config --cflags --libs zv-iptv-service-api glib-2.0)
+        -o "$work/home/$(basename "$source" .cpp)" $(pkg-config --cflags --libs $modules)
 done
 as "$tester" cmake -S "$examples" -B "$work/home/cmake" >"$work/cmake.log"
 as "$tester" cmake --build "$work/home/cmake" >>"$work/cmake.log"
