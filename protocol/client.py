@@ -116,16 +116,21 @@ class Layer:
         return inputs
 
 
+def environment():
+    """What renders the templates."""
+    found = jinja2.Environment(loader=jinja2.FileSystemLoader(pathlib.Path(__file__).resolve().parent / "templates"),
+                               trim_blocks=True, lstrip_blocks=True, keep_trailing_newline=True,
+                               undefined=jinja2.StrictUndefined)
+    found.filters["quote"] = quote
+    return found
+
+
 def sources(protocol):
     """The texts of the generated files, by their paths."""
-    environment = jinja2.Environment(loader=jinja2.FileSystemLoader(pathlib.Path(__file__).resolve().parent / "templates"),
-                                     trim_blocks=True, lstrip_blocks=True, keep_trailing_newline=True,
-                                     undefined=jinja2.StrictUndefined)
-    environment.filters["quote"] = quote
     layer = Layer(protocol)
 
     def made(template, **names):
-        return environment.get_template(template).render(layer=layer, **names)
+        return environment().get_template(template).render(layer=layer, **names)
 
     texts = {"include/zviptv/client/Types.h": made("Types.h.j2"), "client/Types.cpp": made("Types.cpp.j2"),
              "src/ClientRecords.h": made("Records.h.j2")}

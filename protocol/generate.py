@@ -12,6 +12,7 @@ import json
 import pathlib
 import sys
 
+import bindings
 import client
 import cpp
 import page
@@ -69,7 +70,7 @@ def write_code(protocol, folder):
     texts = {f"src/{e.get('interface')}Overrides.inc": cpp.overrides(protocol, e) for e in protocol.endpoints}
     texts |= {"include/zviptv/Protocol.h": cpp.protocol_header(protocol), "ctl/MethodTable.cpp": cpp.method_table(protocol),
               "ctl/ProtocolTypes.h": cpp.types_header(protocol), "fuzz/ProxyMethodTable.inc": cpp.fuzz_table(protocol),
-              "tools/ProtocolSchema.inc": schema_source(protocol), "wireshark/zviptv.lua": dissector(protocol), **client.sources(protocol)}
+              "tools/ProtocolSchema.inc": schema_source(protocol), "wireshark/zviptv.lua": dissector(protocol), **client.sources(protocol), **bindings.sources(protocol)}
     for path, text in texts.items():
         file = pathlib.Path(folder) / path
         if not file.exists() or file.read_text(encoding="utf-8") != text:

@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Convert.h"
+#include "Core.h"
+#include "Queue.h"
+
+#include <atomic>
+#include <cmath>
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+
+// The functions of the service as functions of the compiled module.
+
+namespace zviptv::python {
+
+/// An asynchronous call that is done.
+struct Completed
+{
+    std::uint64_t token = 0;
+    std::function<py::object()> value; ///< with the GIL; raises the failure
+};
+
+/// Where asynchronous calls end.
+using Completions = Queue<Completed>;
+
+/// An asynchronous call.
+struct Call
+{
+    std::uint64_t token;
+    std::weak_ptr<Core> core;
+    std::shared_ptr<Pending> pending; ///< for the television's thread
+
+    void Cancel() const
+    {
+        if (auto const television = core.lock()) {
+            television->Post([handle = pending](Television& /*television*/) { handle->Cancel(); });
+        }
+    }
+};
+
+/// Calls a function and waits for the answer without the GIL.
+template <class Function>
+py::object Wait(Core& core, Function const& function)
+{
+    Core::Stay const stay(core);
+    auto const result = [&] {
+        py::gil_scoped_release const release;
+        return function(stay.Television());
+    }();
+    return ToPython(result);
+}
+
+/// A time-out in seconds as the layer has it.
+inline CallOptions Within(double seconds)
+{
+    double const most = 1e9;
+    double const time = std::isnan(seconds) ? 0.0 : std::min(std::max(seconds, 0.0), most);
+    return {std::chrono::milliseconds(std::llround(std::ceil(time * 1000)))};
+}
+
+/// Calls a function whose outcome is added to `completions`.
+template <class Answer, class Function>
+Call Start(Core& core, std::shared_ptr<Completions> const& completions, double timeout, Function function)
+{
+    static std::atomic<std::uint64_t> last{0};
+    Core::Stay const stay(core);
+    Call call{++last, core.weak_from_this(), std::make_shared<Pending>()};
+    auto done = [completions, token = call.token](Result<Answer> const& result) {
+        completions->Push({token, [result] { return ToPython(result); }});
+    };
+    bool const isPosted = core.Post([function = std::move(function), done, pending = call.pending,
+                                     options = Within(timeout)](Television& television) {
+        *pending = function(television, Completion<Answer>(done), options);
+    });
+    if (!isPosted) {
+        done(Failure{FailureKind::Gone, "", "", "", "the Television is closed; create another one"});
+    }
+    return call;
+}
+
+/// Defines a function in both forms: "name(arguments...)" and "start_name(completions, timeout,
+/// arguments...)". `make` reads the arguments and returns what calls the function.
+template <class Answer, class Make>
+void Define(py::class_<Core, std::shared_ptr<Core>>& core, std::string const& name, Make make)
+{
+    core.def(name.c_str(),
+             [make](Core& self, py::args const& arguments) { return Wait(self, make(arguments)); });
+    core.def(("start_" + name).c_str(), [make](Core& self, std::shared_ptr<Completions> const& completions,
+                                               double timeout, py::args const& arguments) {
+        return Start<Answer>(self, completions, timeout, make(arguments));
+    });
+}
+
+} // namespace zviptv::python

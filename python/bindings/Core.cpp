@@ -1,0 +1,166 @@
+// SPDX-License-Identifier: MIT
+#include "Core.h"
+
+#include "Convert.h"
+
+#include <pybind11/pybind11.h>
+
+#include <algorithm>
+#include <optional>
+
+namespace py = pybind11;
+
+namespace zviptv::python {
+
+namespace {
+
+/// Releases the GIL if the calling thread has it.
+class WithoutGil
+{
+public:
+    WithoutGil()
+    {
+        if (PyGILState_Check() != 0) {
+            m_release.emplace();
+        }
+    }
+
+private:
+    std::optional<py::gil_scoped_release> m_release;
+};
+
+} // namespace
+
+Core::Core(Television::Options options) : m_loop(Loop::Instance())
+{
+    WithoutGil const without;
+    m_loop.Run([&] { m_television = std::make_unique<Television>(std::move(options)); });
+}
+
+Core::~Core()
+{
+    if (IsForkedChild()) {
+        static_cast<void>(m_television.release()); // its locks may be held for ever
+        return;
+    }
+    Close();
+}
+
+void Core::Close()
+{
+    if (IsForkedChild()) {
+        return;
+    }
+    WithoutGil const without;
+    std::vector<std::weak_ptr<Waitable>> waitables;
+    {
+        std::unique_lock lock(m_mutex);
+        if (m_isClosed) {
+            m_left.wait(lock, [this] { return m_isDestroyed; });
+            return;
+        }
+        m_isClosed = true;
+        waitables.swap(m_waitables);
+    }
+    for (auto const& weak : waitables) {
+        if (auto const waitable = weak.lock()) {
+            waitable->Close();
+        }
+    }
+    {
+        std::unique_lock lock(m_mutex);
+        m_left.wait(lock, [this] { return m_staying == 0; });
+    }
+    // What was posted before has run then.
+    m_loop.Run([this] { m_television.reset(); });
+    std::lock_guard const lock(m_mutex);
+    m_isDestroyed = true;
+    m_left.notify_all();
+}
+
+bool Core::IsAvailable()
+{
+    bool isStaying = false;
+    Stay const stay(*this, isStaying);
+    return isStaying && m_television->IsAvailable();
+}
+
+bool Core::Enter()
+{
+    if (IsForkedChild()) {
+        return false;
+    }
+    std::lock_guard const lock(m_mutex);
+    m_staying += m_isClosed ? 0 : 1;
+    return !m_isClosed;
+}
+
+Core::Stay::Stay(Core& core) : m_core(core), m_isStaying(core.Enter())
+{
+    CheckNotForked();
+    if (!m_isStaying) {
+        Raise({FailureKind::Gone, "", "", "", "the Television is closed; create another one"});
+    }
+}
+
+Core::Stay::Stay(Core& core, bool& isStaying) : m_core(core), m_isStaying(core.Enter())
+{
+    isStaying = m_isStaying;
+}
+
+Core::Stay::~Stay()
+{
+    if (!m_isStaying) {
+        return;
+    }
+    std::lock_guard const lock(m_core.m_mutex);
+    --m_core.m_staying;
+    m_core.m_left.notify_all();
+}
+
+bool Core::Post(std::function<void(Television&)> work)
+{
+    std::lock_guard const lock(m_mutex);
+    if (IsForkedChild() || m_isClosed) {
+        return false;
+    }
+    m_loop.Post([this, work = std::move(work)] { work(*m_television); });
+    return true;
+}
+
+void Core::Bury(std::shared_ptr<void> object)
+{
+    std::lock_guard const lock(m_mutex);
+    m_buried.push_back(std::move(object));
+}
+
+void Core::AddErrors(std::shared_ptr<Queue<Failure>> const& failures)
+{
+    Post([this, weak = std::weak_ptr(failures)](Television& television) {
+        m_errors.push_back(weak);
+        television.OnError([this](Failure const& failure) {
+            for (auto const& queue : m_errors) {
+                if (auto const open = queue.lock()) {
+                    open->Push(failure);
+                }
+            }
+        });
+    });
+}
+
+void Core::CloseWithThis(std::shared_ptr<Waitable> const& waitable)
+{
+    {
+        std::lock_guard const lock(m_mutex);
+        if (!m_isClosed) {
+            m_waitables.erase(std::remove_if(m_waitables.begin(), m_waitables.end(),
+                                             [](auto const& weak) { return weak.expired(); }),
+                              m_waitables.end());
+            m_waitables.push_back(waitable);
+            return;
+        }
+    }
+    waitable->Close();
+}
+
+} // namespace zviptv::python

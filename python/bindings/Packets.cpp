@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: MIT
+#include "Packets.h"
+
+#include "Convert.h"
+
+#include <zviptv/client/PesPacket.h>
+
+namespace zviptv::python {
+
+namespace {
+
+template <class Item>
+py::buffer_info Buffer(Item const& item)
+{
+    ByteView const bytes = item.Data();
+    static std::uint8_t const none = 0;
+    void const* const data = bytes.Size() == 0 ? &none : bytes.Data();
+    return py::buffer_info(const_cast<void*>(data), 1, py::format_descriptor<std::uint8_t>::format(),
+                           static_cast<py::ssize_t>(bytes.Size()), /*readonly=*/true);
+}
+
+/// The bytes from `begin` on, `size` of them. The view's `obj` is the packet.
+py::object View(py::handle item, std::size_t begin, std::size_t size)
+{
+    auto const whole = py::reinterpret_steal<py::object>(PyMemoryView_FromObject(item.ptr()));
+    if (!whole) {
+        throw py::error_already_set();
+    }
+    auto const number = [](std::size_t value) { return static_cast<py::ssize_t>(value); };
+    return whole[py::slice(number(begin), number(begin + size), 1)];
+}
+
+py::object Payload(py::object const& self)
+{
+    auto const& packet = self.cast<PesPacket const&>();
+    ByteView const payload = packet.Payload();
+    std::size_t const begin =
+        payload.Size() == 0 ? 0 : static_cast<std::size_t>(payload.Data() - packet.Data().Data());
+    return View(self, begin, payload.Size());
+}
+
+template <class Item>
+py::object Data(py::object const& self)
+{
+    return View(self, 0, self.cast<Item const&>().Data().Size());
+}
+
+template <class Item>
+py::object Kind(Item const& item)
+{
+    return Class("zviptv._types", "PesKind")(static_cast<int>(item.Kind()));
+}
+
+std::string Description(PesPacket const& packet)
+{
+    std::string const pts = packet.Pts() ? std::to_string(*packet.Pts()) : "None";
+    std::string const kind = py::str(Kind(packet).attr("name"));
+    return "<PesPacket pid=" + std::to_string(packet.Pid()) + " kind=" + kind + " pts=" + pts +
+           " size=" + std::to_string(packet.Data().Size()) + ">";
+}
+
+} // namespace
+
+void BindPackets(py::module_& module)
+{
+    py::class_<PesPacket>(module, "PesPacket", py::buffer_protocol())
+        .def_buffer([](PesPacket& packet) { return Buffer(packet); })
+        .def_property_readonly("pid", &PesPacket::Pid)
+        .def_property_readonly("kind", &Kind<PesPacket>)
+        .def_property_readonly("has_header", &PesPacket::HasHeader)
+        .def_property_readonly("stream_id", &PesPacket::StreamId)
+        .def_property_readonly("length", &PesPacket::Length)
+        .def_property_readonly("pts", [](PesPacket const& packet) { return ToPython(packet.Pts()); })
+        .def_property_readonly("dts", [](PesPacket const& packet) { return ToPython(packet.Dts()); })
+        .def_property_readonly("payload", &Payload)
+        .def_property_readonly("data", &Data<PesPacket>)
+        .def("__repr__", &Description);
+    py::class_<CaptionData>(module, "CaptionData", py::buffer_protocol())
+        .def_buffer([](CaptionData& data) { return Buffer(data); })
+        .def_property_readonly("kind", &Kind<CaptionData>)
+        .def_property_readonly("data", &Data<CaptionData>);
+}
+
+} // namespace zviptv::python

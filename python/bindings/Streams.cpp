@@ -1,0 +1,230 @@
+// SPDX-License-Identifier: MIT
+#include "Streams.h"
+
+#include "Convert.h"
+#include "Packets.h"
+
+#include <pybind11/stl.h>
+
+#include <algorithm>
+#include <chrono>
+#include <poll.h>
+#include <string>
+
+namespace zviptv::python {
+
+namespace {
+
+/// Waits without the GIL until the descriptor is readable, for at most `most`.
+void WaitFor(int descriptor, std::chrono::milliseconds most)
+{
+    py::gil_scoped_release const release;
+    pollfd polled{descriptor, POLLIN, 0};
+    poll(&polled, 1, static_cast<int>(most.count()));
+}
+
+/// Adds an item, if the stream exists.
+template <class Item>
+void Add(std::weak_ptr<Feed<Item>> const& weak, Item const& item)
+{
+    auto const feed = weak.lock();
+    if (feed == nullptr) {
+        return;
+    }
+    feed->queue->Push(item);
+    if (auto const* const subscription = std::get_if<Subscription>(&feed->source)) {
+        feed->Count(subscription->Counters());
+    }
+}
+
+py::object ToItem(PesPacket const& packet)
+{
+    return py::cast(packet);
+}
+
+py::object ToItem(CaptionData const& data)
+{
+    return py::cast(data);
+}
+
+py::object ToItem(bool isAvailable)
+{
+    return py::bool_(isAvailable);
+}
+
+py::object ToItem(Failure const& failure)
+{
+    return ToException(failure);
+}
+
+PesFilter Filter(std::vector<std::uint16_t> const& pids, std::vector<int> const& kinds)
+{
+    PesFilter filter;
+    filter.pids.insert(pids.begin(), pids.end());
+    for (int const kind : kinds) {
+        filter.kinds.insert(static_cast<EZVPESType>(kind));
+    }
+    return filter;
+}
+
+Stream<PesPacket> Pes(std::shared_ptr<Core> const& core, std::vector<std::uint16_t> const& pids,
+                      std::vector<int> const& kinds, std::size_t limit)
+{
+    Stream<PesPacket> stream(core, limit);
+    stream.Begin([filter = Filter(pids, kinds)](Television& television, auto const& feed) {
+        return television.SubscribePes(filter, [feed](PesPacket const& packet) { Add(feed, packet); });
+    });
+    return stream;
+}
+
+Stream<CaptionData> Captions(std::shared_ptr<Core> const& core, std::size_t limit)
+{
+    Stream<CaptionData> stream(core, limit);
+    stream.Begin([](Television& television, auto const& feed) {
+        return television.SubscribeCaptions([feed](CaptionData const& data) { Add(feed, data); });
+    });
+    return stream;
+}
+
+Stream<bool> Availability(std::shared_ptr<Core> const& core, std::size_t limit)
+{
+    Stream<bool> stream(core, limit);
+    stream.Begin([](Television& television, auto const& feed) {
+        Add(feed, television.IsAvailable());
+        return television.OnAvailability([feed](bool isAvailable) { Add(feed, isAvailable); });
+    });
+    return stream;
+}
+
+Stream<Failure> Errors(std::shared_ptr<Core> const& core, std::size_t limit)
+{
+    Stream<Failure> stream(core, limit);
+    stream.Begin([&core](std::shared_ptr<Queue<Failure>> const& queue) { core->AddErrors(queue); });
+    return stream;
+}
+
+template <class Item>
+void BindStream(py::module_& module, char const* name)
+{
+    py::class_<Stream<Item>>(module, name)
+        .def("poll", &Stream<Item>::Poll)
+        .def("get", &Stream<Item>::Get, py::arg("timeout") = py::none())
+        .def("fileno", &Stream<Item>::Descriptor)
+        .def("end", &Stream<Item>::End)
+        .def_property_readonly("has_ended", &Stream<Item>::HasEnded)
+        .def_property_readonly("dropped", &Stream<Item>::Dropped)
+        .def_property_readonly("counters", [](Stream<Item> const& stream) {
+            PushCounters const counters = stream.Counters();
+            return Class("zviptv._stream", "Counters")(counters.packets, counters.bytes, counters.gaps,
+                                                       stream.Dropped());
+        });
+}
+
+} // namespace
+
+template <class Item>
+Stream<Item>::Stream(std::shared_ptr<Core> const& core, std::size_t limit)
+    : m_core(core), m_feed(std::make_shared<Feed<Item>>(limit))
+{
+}
+
+template <class Item>
+template <class Subscribe>
+void Stream<Item>::Begin(Subscribe subscribe)
+{
+    auto const core = m_core.lock();
+    Core::Stay const stay(*core);
+    if constexpr (std::is_invocable_v<Subscribe, std::shared_ptr<Queue<Item>> const&>) {
+        subscribe(m_feed->queue);
+    } else {
+        core->Post([subscribe = std::move(subscribe), feed = m_feed](Television& television) {
+            // A callback does not keep the feed, which keeps the subscription, which keeps the callback.
+            feed->source = subscribe(television, std::weak_ptr(feed));
+        });
+    }
+    core->CloseWithThis(m_feed->queue);
+}
+
+template <class Item>
+py::object Stream<Item>::Poll()
+{
+    CheckNotForked();
+    std::optional<Item> const item = m_feed->queue->Pop();
+    return item ? ToItem(*item) : py::none();
+}
+
+template <class Item>
+py::object Stream<Item>::Get(std::optional<double> timeout)
+{
+    using Clock = std::chrono::steady_clock;
+    using Milliseconds = std::chrono::milliseconds;
+    Milliseconds const mostWait(100); // signals may be handled by other threads
+    double const mostTimeout = 1e9;
+    std::optional<Clock::time_point> end;
+    if (timeout) {
+        std::chrono::duration<double> const time(std::min(std::max(*timeout, 0.0), mostTimeout));
+        end = Clock::now() + std::chrono::duration_cast<Clock::duration>(time);
+    }
+    auto const core = m_core.lock();
+    for (;;) {
+        CheckNotForked();
+        if (std::optional<Item> const item = m_feed->queue->Pop()) {
+            return ToItem(*item);
+        }
+        bool isStaying = false;
+        std::optional<Core::Stay> stay;
+        if (core != nullptr) {
+            stay.emplace(*core, isStaying);
+        }
+        if (!isStaying || HasEnded()) {
+            throw py::stop_iteration();
+        }
+        Milliseconds wait = mostWait;
+        if (end) {
+            auto const left = std::chrono::ceil<Milliseconds>(*end - Clock::now());
+            if (left.count() <= 0) {
+                PyErr_SetString(PyExc_TimeoutError, "nothing came in time");
+                throw py::error_already_set();
+            }
+            wait = std::min(wait, left);
+        }
+        WaitFor(Descriptor(), wait);
+        if (PyErr_CheckSignals() != 0) {
+            throw py::error_already_set();
+        }
+    }
+}
+
+template <class Item>
+void Stream<Item>::End()
+{
+    if (m_feed == nullptr || m_isEnded) {
+        return;
+    }
+    if (IsForkedChild()) {
+        new std::shared_ptr<Feed<Item>>(m_feed); // its locks may be held for ever
+        return;
+    }
+    m_isEnded = true;
+    m_feed->queue->Close();
+    auto const core = m_core.lock();
+    if (core != nullptr &&
+        !core->Post([feed = m_feed](Television& /*television*/) { feed->source = std::monostate(); })) {
+        core->Bury(m_feed); // the television may be using it
+    }
+}
+
+void BindStreams(py::module_& module, py::class_<Core, std::shared_ptr<Core>>& core)
+{
+    BindPackets(module);
+    BindStream<PesPacket>(module, "PesStream");
+    BindStream<CaptionData>(module, "CaptionStream");
+    BindStream<bool>(module, "AvailabilityStream");
+    BindStream<Failure>(module, "FailureStream");
+    core.def("pes", &Pes)
+        .def("captions", &Captions)
+        .def("availability", &Availability)
+        .def("errors", &Errors);
+}
+
+} // namespace zviptv::python

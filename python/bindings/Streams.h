@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Core.h"
+#include "Queue.h"
+
+#include <zviptv/client/Subscription.h>
+
+#include <pybind11/pybind11.h>
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <variant>
+
+namespace zviptv::python {
+
+/// What the television's thread adds for Python: packets, captions, availability or failures.
+template <class Item>
+struct Feed
+{
+    explicit Feed(std::size_t limit) : queue(std::make_shared<Queue<Item>>(limit)) {}
+
+    std::shared_ptr<Queue<Item>> queue;
+    std::variant<std::monostate, Subscription, Listener> source; ///< for the television's thread
+
+    void Count(PushCounters const& latest)
+    {
+        std::lock_guard const lock(m_mutex);
+        m_counters = latest;
+    }
+    PushCounters Counters() const
+    {
+        std::lock_guard const lock(m_mutex);
+        return m_counters;
+    }
+
+private:
+    mutable std::mutex m_mutex;
+    PushCounters m_counters;
+};
+
+/// A feed as Python sees it. Functions are called with the GIL.
+template <class Item>
+class Stream
+{
+public:
+    Stream(std::shared_ptr<Core> const& core, std::size_t limit);
+    ~Stream() { End(); }
+    Stream(Stream&& other) noexcept = default;
+    Stream(Stream const&) = delete;
+    Stream& operator=(Stream const&) = delete;
+
+    /// Subscribes on the television's thread.
+    template <class Subscribe>
+    void Begin(Subscribe subscribe);
+
+    /// An item that is there; None if there is none.
+    pybind11::object Poll();
+    /// Waits for an item, `timeout` seconds at most, without the GIL. Raises TimeoutError, StopIteration
+    /// after the end, and what the handler of a signal raises.
+    pybind11::object Get(std::optional<double> timeout);
+    int Descriptor() const { return m_feed->queue->Descriptor(); }
+    void End();
+    bool HasEnded() const { return m_feed->queue->IsClosed(); }
+    std::uint64_t Dropped() const { return m_feed->queue->Dropped(); }
+    PushCounters Counters() const { return m_feed->Counters(); }
+
+private:
+    std::weak_ptr<Core> m_core;
+    std::shared_ptr<Feed<Item>> m_feed; ///< null after a move
+    bool m_isEnded = false;
+};
+
+/// Adds the streams and the packets to the module.
+void BindStreams(pybind11::module_& module, pybind11::class_<Core, std::shared_ptr<Core>>& core);
+
+} // namespace zviptv::python

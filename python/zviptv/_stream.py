@@ -1,0 +1,68 @@
+# SPDX-License-Identifier: MIT
+"""What the service pushes, as iterators that wait."""
+from __future__ import annotations
+
+import dataclasses
+from types import TracebackType
+from typing import TYPE_CHECKING, Generic, TypeVar
+
+if TYPE_CHECKING:
+    from ._native import Source
+
+T = TypeVar("T")
+
+#: How many items a stream keeps for its reader, unless it is told otherwise.
+DEFAULT_LIMIT = 1024
+
+
+@dataclasses.dataclass(frozen=True)
+class Counters:
+    """What a stream has received."""
+
+    packets: int  #: including those that were dropped
+    bytes: int  #: of packets with their headers, or of caption data
+    gaps: int  #: pauses of a second or more between two packets of the same PID
+    dropped: int  #: items that the reader did not take in time
+
+
+class Subscribed(Generic[T]):
+    """What both kinds of streams have in common."""
+
+    def __init__(self, source: Source[T]) -> None:
+        self._source = source
+
+    def end(self) -> None:
+        """Ends the subscription. Items that have arrived can still be read. Further calls do nothing."""
+        self._source.end()
+
+    @property
+    def counters(self) -> Counters:
+        """What has come so far; also after the end."""
+        return self._source.counters
+
+
+class Stream(Subscribed[T]):
+    """Items in the order in which they arrived: an iterator, and a context manager whose end is that of the subscription.
+
+    If the reader is slow, the oldest items are dropped and counted. The iteration ends after end(), and when the Television
+    is closed. Several threads may read; each item goes to one of them.
+    """
+
+    def __enter__(self) -> Stream[T]:
+        return self
+
+    def __exit__(self, kind: type[BaseException] | None, error: BaseException | None, trace: TracebackType | None) -> None:
+        self.end()
+
+    def __iter__(self) -> Stream[T]:
+        return self
+
+    def __next__(self) -> T:
+        return self._source.get()
+
+    def get(self, timeout: float | None = None) -> T:
+        """Waits for the next item, `timeout` seconds at most; None for as long as it takes.
+
+        Raises TimeoutError if none came, and StopIteration after the end.
+        """
+        return self._source.get(timeout)

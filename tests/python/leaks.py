@@ -1,0 +1,89 @@
+# SPDX-License-Identifier: MIT
+"""Memory, threads and descriptors of many calls, streams and televisions: leaks.py [CALLS], within zviptv-sim."""
+import asyncio
+import gc
+import os
+import sys
+import threading
+import tracemalloc
+
+import zviptv
+
+CALLS = int(sys.argv[1]) if len(sys.argv) > 1 else 100_000
+
+
+def resident():
+    """The resident memory of this process in KiB."""
+    with open("/proc/self/status", encoding="ascii") as status:
+        return int(next(line for line in status if line.startswith("VmRSS")).split()[1])
+
+
+def resources():
+    """Threads of the process, and open descriptors."""
+    return len(os.listdir("/proc/self/task")), len(os.listdir("/proc/self/fd"))
+
+
+def calls(tv, number):
+    """A third of them answers a record, a third a list of two records, a third is refused."""
+    for _ in range(number // 6):
+        tv.broadcast.get_audio(0)
+        tv.broadcast.audio_tracks()
+        tv.player.get_resolution()
+        try:
+            tv.player.set_current_audio_by_index(77)
+        except zviptv.Failure:
+            pass
+
+
+async def coroutines(number):
+    """The same, ten at once, some of them cancelled."""
+    async with zviptv.aio.Television() as tv:
+        await tv.wait_until_available()
+        for _ in range(number // 10):
+            tasks = [asyncio.create_task(tv.player.get_source_state()) for _ in range(10)]
+            tasks[9].cancel()
+            await asyncio.gather(*tasks, return_exceptions=True)
+
+
+async def streams(number):
+    """Subscribes, reads and leaves."""
+    for _ in range(number):
+        async with zviptv.aio.Television() as tv:
+            async for packet in tv.pes():
+                assert len(packet.payload) >= 0
+                break
+
+
+def grown(what, work, number, most):
+    """Runs the work twice, and fails if the second time has kept memory, in KiB."""
+    work(number // 5)
+    gc.collect()
+    memory, before = resident(), resources()
+    work(number)
+    gc.collect()
+    difference = resident() - memory
+    print(f"{what}: {number} kept {difference} KiB, {resources()} threads and descriptors after {before}")
+    assert difference < most
+    assert all(now <= then for now, then in zip(resources(), before))
+
+
+def main():
+    with zviptv.Television() as tv:
+        tv.wait_until_available(30)
+        grown("calls", lambda number: calls(tv, number), CALLS, 1024)
+        calls(tv, 1000)
+        tracemalloc.start()
+        gc.collect()
+        before = tracemalloc.get_traced_memory()[0]
+        calls(tv, CALLS // 20)
+        gc.collect()
+        difference = tracemalloc.get_traced_memory()[0] - before
+        tracemalloc.stop()
+        print(f"objects of Python: {difference} bytes")
+        assert difference < 10_000
+        grown("coroutines", lambda number: asyncio.run(coroutines(number)), CALLS // 5, 1024)
+        grown("streams", lambda number: asyncio.run(streams(number)), max(CALLS // 2000, 5), 4096)
+    assert threading.active_count() == 1
+
+
+main()
