@@ -53,6 +53,13 @@ py::object Wait(Core& core, Function const& function)
     return ToPython(result);
 }
 
+/// A number that no other call has.
+inline std::uint64_t NextToken()
+{
+    static std::atomic<std::uint64_t> last{0};
+    return ++last;
+}
+
 /// A time-out in seconds as the layer has it.
 inline CallOptions Within(double seconds)
 {
@@ -65,9 +72,8 @@ inline CallOptions Within(double seconds)
 template <class Answer, class Function>
 Call Start(Core& core, std::shared_ptr<Completions> const& completions, double timeout, Function function)
 {
-    static std::atomic<std::uint64_t> last{0};
     Core::Stay const stay(core);
-    Call call{++last, core.weak_from_this(), std::make_shared<Pending>()};
+    Call call{NextToken(), core.weak_from_this(), std::make_shared<Pending>()};
     auto done = [completions, token = call.token](Result<Answer> const& result) {
         completions->Push({token, [result] { return ToPython(result); }});
     };

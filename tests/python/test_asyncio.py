@@ -26,6 +26,16 @@ def test_a_hundred_calls_at_once(television):
     assert len(run(main())) == 100
 
 
+def test_different_functions_at_once(television):
+    async def main():
+        async with zviptv.aio.Television() as tv:
+            return await asyncio.gather(tv.broadcast.audio_tracks(), tv.player.mute_audio(True), tv.broadcast.size_of_audio(),
+                                        tv.player.get_source_state(), tv.guide.exist_xml_for_ipg())
+
+    tracks, nothing, size, state, exists = run(main())
+    assert (len(tracks), nothing, size, type(state), exists) == (2, None, 2, zviptv.SourceState, True)
+
+
 def test_the_loop_runs_while_a_call_waits(television):
     async def main():
         async with zviptv.aio.Television() as tv:
