@@ -36,6 +36,10 @@ as "$tester" cmake --build "$work/home/template" >>"$work/cmake.log"
 as "$tester" ctest --test-dir "$work/home/template" --output-on-failure >"$work/ctest.log" || fail "the tests of the template"
 tail -n 4 "$work/ctest.log"
 
+step "A program in Python"
+as "$tester" /usr/bin/python3 -c 'import zviptv; print(len(zviptv.Television().broadcast.audio_tracks()))' | tee "$work/out"
+grep -qx 2 "$work/out" || fail "Python does not see the two audio tracks"
+
 step "The template of an application in Python: pytest finds the plugin by its entry point"
 as "$tester" /usr/bin/python3 -c 'import zviptv; print(zviptv.__file__)' | tee "$work/out"
 grep -qx '/usr/lib/python3/dist-packages/zviptv/__init__.py' "$work/out" || fail "another package is imported"
