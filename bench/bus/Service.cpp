@@ -164,8 +164,9 @@ void Service::Register(std::string const& sender, bool subscribes)
 
 void Service::Push(std::size_t count, std::size_t size, std::size_t batch)
 {
-    if (m_sent < m_count) {
-        throw std::runtime_error("a push is not finished");
+    bool const isPushing = m_sent < m_count;
+    if (m_subscribers.empty() || isPushing) {
+        throw std::runtime_error(isPushing ? "a push is not finished" : "there are no subscribers");
     }
     m_packet.resize(size);
     for (std::size_t i = 0; i < size; ++i) {

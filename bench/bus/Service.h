@@ -30,7 +30,7 @@ public:
     void Work();
 
     /// Starts to push `count` packets of `size` bytes to every subscriber, on average with at most two
-    /// outstanding batches for each. Waits until there is a subscriber.
+    /// outstanding batches for each.
     void Push(std::size_t count, std::size_t size, std::size_t batch);
     /// Reports that the given number of subscribers have each received a batch.
     void Credit(std::size_t batches);

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Calls and packets a second in Python, compared with the C++ layer in blocks that take turns; printed as a table."""
+"""Calls a second in Python, compared with the C++ layer in blocks that take turns; printed as a table."""
 
 import argparse
 import contextlib
@@ -18,7 +18,6 @@ from processes import Bench, Process  # noqa: E402
 PYTHON = "/usr/bin/python3"
 CLIENTS = {"C++ layer": None, "Python": "wait", "Python, asyncio": "asyncio"}
 CALLS = 500
-PACKETS = {"188 B": (188, 100, 20), "64 KiB": (65536, 8, 40)}  # size, packets of a batch, batches
 
 
 class Client(Process):
@@ -40,19 +39,7 @@ def measure(bench, build, rounds):
             found = clients[name].ask(f"call {CALLS}")
             return CALLS / found["seconds"], found["cpu"] / CALLS
 
-        def receive(size, batch, batches):
-            def block(name):
-                count = batch * batches
-                clients[name].tell(f"receive {count} {size} {batch}")
-                bench.service.tell(f"push {count} {size} {batch}")
-                found = json.loads(clients[name].hear())
-                return (count - 1) / found["seconds"], found["cpu"] / count
-            return block
-
-        results = {"calls": alternate(CLIENTS, rounds, call)}
-        for title, shape in PACKETS.items():
-            results[f"packets of {title}"] = alternate(CLIENTS, rounds, receive(*shape))
-    return results
+        return {"calls": alternate(CLIENTS, rounds, call)}
 
 
 def table(results):
