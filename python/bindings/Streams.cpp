@@ -31,10 +31,11 @@ void Add(std::weak_ptr<Feed<Item>> const& weak, Item const& item)
     if (feed == nullptr) {
         return;
     }
-    feed->queue->Push(item);
+    // The counters come first: Python reads them once it has the item.
     if (auto const* const subscription = std::get_if<Subscription>(&feed->source)) {
         feed->Count(subscription->Counters());
     }
+    feed->queue->Push(item);
 }
 
 py::object ToItem(PesPacket const& packet)
