@@ -8,8 +8,6 @@
 #include <algorithm>
 #include <optional>
 
-namespace py = pybind11;
-
 namespace zviptv::python {
 
 namespace {

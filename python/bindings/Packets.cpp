@@ -14,9 +14,8 @@ py::buffer_info Buffer(Item const& item)
 {
     ByteView const bytes = item.Data();
     static std::uint8_t const none = 0;
-    void const* const data = bytes.Size() == 0 ? &none : bytes.Data();
-    return py::buffer_info(const_cast<void*>(data), 1, py::format_descriptor<std::uint8_t>::format(),
-                           static_cast<py::ssize_t>(bytes.Size()), /*readonly=*/true);
+    std::uint8_t const* const data = bytes.Size() == 0 ? &none : bytes.Data();
+    return py::buffer_info(data, static_cast<py::ssize_t>(bytes.Size()), /*readonly=*/true);
 }
 
 /// The bytes from `begin` on, `size` of them. The view's `obj` is the packet.
