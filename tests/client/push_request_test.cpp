@@ -20,7 +20,7 @@ protected:
         options.handleNumber = 256;
         m_link = std::make_shared<client::Link>(options);
         m_link->SetPushHandler(
-            [this](CMessageBuffer& message) { m_pushed.push_back(message.GetValue("functionname")); });
+            [this](CMessageBuffer& message) { m_pushed.emplace_back(message.GetValue("functionname")); });
         m_link->SetErrorHandler(
             [this](Failure const& failure) { m_reported.push_back(ToString(failure.kind)); });
         m_link->Begin();

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "ClientTest.h"
 
+#include <future>
+
 using namespace zviptv;
 using namespace zviptv::test;
 using namespace std::chrono_literals;

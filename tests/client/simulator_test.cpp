@@ -17,8 +17,9 @@ protected:
     static std::unique_ptr<ChildProcess> Start()
     {
         return std::make_unique<ChildProcess>(std::vector<std::string>{
-            ZVIPTV_SIM_PATH, "--bus", "system", "--quiet", "--loop", "--ts", SAMPLE_FOLDER "/sample.ts",
-            "--guide", SAMPLE_FOLDER "/sample.xml", "--time", "1774735200", "--rating-limit", "12"});
+            ZVIPTV_SIM_PATH, "--bus", "system", "--quiet", "--loop", "--ts",
+            std::string(SAMPLE_FOLDER) + "/sample.ts", "--guide", std::string(SAMPLE_FOLDER) + "/sample.xml",
+            "--time", "1774735200", "--rating-limit", "12"});
     }
     bool AwaitAvailable(bool isAvailable)
     {

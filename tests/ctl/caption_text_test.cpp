@@ -8,7 +8,6 @@ namespace zviptv::test {
 namespace {
 
 using testing::HasSubstr;
-using testing::Not;
 
 Caption Shown(std::uint64_t pts, std::string const& text, unsigned page = 888)
 {

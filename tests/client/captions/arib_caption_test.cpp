@@ -12,8 +12,6 @@
 namespace zviptv::test {
 namespace {
 
-using testing::HasSubstr;
-
 constexpr unsigned Management = 0;
 constexpr unsigned FirstLanguage = 1;
 constexpr unsigned SecondLanguage = 2;

@@ -11,7 +11,6 @@ namespace zviptv::test {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 using Texts = std::vector<std::string>;
 

@@ -186,7 +186,7 @@ TEST_F(SubscriptionTest, SubscriptionsMoveAndOutliveTheHub)
 {
     Subscription one = Note({}, m_pids);
     Subscription other = std::move(one);
-    EXPECT_FALSE(one.IsActive());
+    EXPECT_FALSE(one.IsActive()); // NOLINT(bugprone-use-after-move): a moved subscription has ended
     EXPECT_EQ(one.Counters().packets, 0U);
     Push("256");
     EXPECT_THAT(m_pids, ElementsAre(256));
