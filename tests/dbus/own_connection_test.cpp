@@ -4,7 +4,9 @@
 
 #include <zviptv/Failure.h>
 
+#include <chrono>
 #include <climits>
+#include <future>
 
 using namespace zviptv::test;
 using namespace std::chrono_literals;
@@ -67,18 +69,13 @@ TEST_F(OwnConnection, TheChannelIsOnTheConnectionThatItWasGiven)
 {
     EXPECT_EQ(m_channel.GetPublicName(), g_dbus_connection_get_unique_name(m_connection.get()));
     EXPECT_NE(m_channel.GetPublicName(), g_dbus_connection_get_unique_name(SharedConnection().get()));
-    WireMessage const answer = [&] {
-        std::optional<WireMessage> got;
-        std::thread caller([&] {
-            got = m_partner.Call({m_channel.GetPublicName(), std::string(ChannelObject) + "PLAYERCONTROL",
-                                  ChannelInterface, "Send"},
-                                 Entries({{"a", "1"}}));
-        });
-        RunUntil([&] { return got.has_value(); });
-        caller.join();
-        return *got;
-    }();
-    EXPECT_EQ(answer.kind, WireKind::Reply);
+    auto answer = std::async(std::launch::async, [this] {
+        return m_partner.Call({m_channel.GetPublicName(), std::string(ChannelObject) + "PLAYERCONTROL",
+                               ChannelInterface, "Send"},
+                              Entries({{"a", "1"}}));
+    });
+    RunUntil([&] { return answer.wait_for(std::chrono::seconds(0)) == std::future_status::ready; });
+    EXPECT_EQ(answer.get().kind, WireKind::Reply);
 }
 
 TEST_F(OwnConnection, TwoChannelsOfOneNameLiveOnTwoConnections)
