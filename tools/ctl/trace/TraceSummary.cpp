@@ -5,7 +5,10 @@
 #include "output/Print.h"
 #include "output/Words.h"
 
+#include <zviptv/client/Subscription.h>
+
 #include <algorithm>
+#include <chrono>
 
 namespace zviptv::ctl {
 
@@ -15,7 +18,7 @@ using trace::Event;
 using trace::EventKind;
 
 constexpr std::int64_t SlowCall = 100'000; ///< microseconds
-constexpr std::int64_t LongGap = 1'000'000;
+constexpr std::int64_t LongGap = std::chrono::microseconds(Subscription::LongPause).count();
 constexpr std::size_t MostWaits = 10;
 
 /// More rows than these are added up in one.

@@ -28,7 +28,7 @@ constexpr char Examples[] =
     "  zviptv-sim --ts samples/sample.ts --loop --bus private -- bash\n"
     "      a private bus with the service on it, and a shell in which applications find it\n"
     "  zviptv-sim --ts capture.ts -- zviptvctl pes --count 20\n"
-    " one command with the service; the exit status is the command's\n"
+    "      one command with the service; the exit status is the command's\n"
     "  zviptv-sim --ts capture.ts --scenario film.scenario -- application\n"
     "      an application on a television that does what the file says\n"
     "  zviptv-sim --replay bug.pcapng -- application\n"
