@@ -22,7 +22,7 @@ protected:
         m_link->SetPushHandler(
             [this](CMessageBuffer& message) { m_pushed.emplace_back(message.GetValue("functionname")); });
         m_link->SetErrorHandler(
-            [this](Failure const& failure) { m_reported.push_back(ToString(failure.kind)); });
+            [this](Failure const& failure) { m_reported.emplace_back(ToString(failure.kind)); });
         m_link->Begin();
     }
     ~PushRequestTest() override { m_link->End(); }
