@@ -254,8 +254,7 @@ void CProxyDBusHelper::m_PartnerNameVanishedCallback(GDBusConnection* connection
     if (!channel || channel->m_state->CurrentLink().partner != name) {
         return;
     }
-    // Without a connection, the bus itself has died: the handler runs, and sends still report what has
-    // closed.
+    // Without a connection, the bus has died: the handler runs, and sends still report what has closed.
     if (connection != nullptr) {
         ZV_LOG_ERROR_LINE("Connection lost with partner id=%s", name);
         {
@@ -267,8 +266,7 @@ void CProxyDBusHelper::m_PartnerNameVanishedCallback(GDBusConnection* connection
     State::DisconnectHandler const handler = channel->m_state->Get(&State::m_disconnect_cb);
     std::string const own = channel->m_state->m_name;
 
-    // From here on, a thread that destroys the channel does not wait: the handler may need a lock of that
-    // thread.
+    // From here on, a thread that destroys the channel does not wait: the handler may need its lock.
     channel.Leave();
     if (handler.call != nullptr) {
         handler.call(name, own, handler.userData);
