@@ -34,8 +34,8 @@ namespace zviptv {
 /// Lifetime: may be destroyed inside its own callbacks, but not while another thread is in one of its
 /// functions. Outstanding asynchronous calls end with FailureKind::Gone: their completions run before the
 /// destructor returns. No callback runs after it. A call that is made in such a completion is dropped, and
-/// its completion does not run. Descriptors of the connection are closed when the context is iterated next:
-/// do not drop a context right after its last Television.
+/// its completion does not run. The destructor closes all descriptors, for which it waits for the bus for
+/// 250 ms at most. Memory of outstanding calls is freed when the context is iterated next, or freed.
 ///
 /// Exceptions: no function throws anything but std::bad_alloc, and no exception of a callback passes through.
 /// It is caught and reported to OnError.

@@ -6,6 +6,9 @@
 #include "dbus/FreeDescriptors.h"
 #include "glib/Deadline.h"
 
+#include <future>
+#include <system_error>
+
 namespace zviptv::client {
 
 namespace {
@@ -15,6 +18,9 @@ constexpr auto MessageBus = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_
 
 /// How long a bus that accepts a connection may take to answer.
 constexpr std::chrono::milliseconds ConnectTimeout{2000};
+/// The same if nobody wants the connection any more. If a handshake is cancelled in its last step, GIO closes
+/// the socket on another thread, a moment later.
+constexpr std::chrono::milliseconds AbandonTimeout{250};
 
 Failure CannotConnect(char const* function, Error const& error)
 {
@@ -22,6 +28,22 @@ Failure CannotConnect(char const* function, Error const& error)
         return NoBus(function, "the bus does not answer");
     }
     return NoBus(function, std::string("cannot connect to the bus: ") + error.Message());
+}
+
+/// A connection that is still to be made. It belongs to the main context that is the calling thread's
+/// default.
+Owned<GDBusConnection> Unconnected(std::string const& address)
+{
+    return Owned<GDBusConnection>(G_DBUS_CONNECTION(
+        g_object_new(G_TYPE_DBUS_CONNECTION, "address", address.c_str(), "flags", MessageBus, nullptr)));
+}
+
+/// Makes a connection, and waits for the answer of the bus. Nothing on success.
+std::optional<Failure> Connect(char const* function, GDBusConnection* connection, GCancellable* cancellable)
+{
+    Error error;
+    bool const isConnected = g_initable_init(G_INITABLE(connection), cancellable, error.Out()) != FALSE;
+    return isConnected ? std::nullopt : std::optional<Failure>(CannotConnect(function, error));
 }
 
 /// An attachment that ends while no other thread can be in a callback of its channels: no other thread
@@ -45,17 +67,83 @@ std::shared_ptr<Attachment> Share(Owned<GDBusConnection> connection, GMainContex
 
 } // namespace
 
-/// One attempt to connect without waiting. The caller of Attach holds it, so that `bus` lives as long.
-struct Bus::Attempt
+/// One attempt to connect without waiting: it connects on another thread. The caller of Attach holds it, so
+/// that `bus` lives as long.
+struct Bus::Attempt : std::enable_shared_from_this<Attempt>
 {
     Attempt(Bus* b, std::function<void(std::optional<Failure>)> d) : bus(b), done(std::move(d)) {}
-    ~Attempt() { g_cancellable_cancel(cancellable.get()); }
+    ~Attempt();
+    void Begin();
+    void ReportOutcome();
+    void OnOutcome();
 
     Bus* bus;
     std::function<void(std::optional<Failure>)> done;
+    Owned<GDBusConnection> connection = Unconnected(bus->Address());
     Owned<GCancellable> cancellable{g_cancellable_new()};
     Timer timeout{};
+    Timer report{};
+    std::future<std::optional<Failure>> outcome{};
 };
+
+Bus::Attempt::~Attempt()
+{
+    if (outcome.valid()) {
+        outcome.wait_for(AbandonTimeout);
+        g_cancellable_cancel(cancellable.get());
+        if (!outcome.get()) {
+            Attachment(std::move(connection)).Close();
+        }
+    }
+}
+
+void Bus::Attempt::Begin()
+{
+    auto const refuse = [this](Failure failure) {
+        outcome = std::async(std::launch::deferred,
+                             [failure = std::move(failure)] { return std::optional(failure); });
+        ReportOutcome();
+    };
+    Error error;
+    if (!HaveFreeDescriptors(DescriptorsOfAConnection, error)) {
+        refuse(CannotConnect("", error));
+        return;
+    }
+    timeout = Timer(bus->m_context.get(), ConnectTimeout, [weak = weak_from_this()] {
+        if (std::shared_ptr<Attempt> const self = weak.lock()) {
+            g_cancellable_cancel(self->cancellable.get());
+        }
+    });
+    try {
+        outcome = std::async(std::launch::async, [this] {
+            std::optional<Failure> failure = Connect("", connection.get(), cancellable.get());
+            ReportOutcome();
+            return failure;
+        });
+    } catch (std::system_error const& exception) {
+        refuse(NoBus("", std::string("cannot start a thread that connects: ") + exception.what()));
+    }
+}
+
+void Bus::Attempt::ReportOutcome()
+{
+    report = Timer(bus->m_context.get(), std::chrono::milliseconds(0), [weak = weak_from_this()] {
+        if (std::shared_ptr<Attempt> const self = weak.lock()) {
+            self->OnOutcome();
+        }
+    });
+}
+
+void Bus::Attempt::OnOutcome()
+{
+    timeout = Timer();
+    std::optional<Failure> failure = outcome.get();
+    if (!failure) {
+        auto const installed = bus->Install(std::move(connection));
+        failure = installed ? std::nullopt : std::optional<Failure>(installed.GetFailure());
+    }
+    done(failure);
+}
 
 std::string Bus::Address() const
 {
@@ -94,14 +182,13 @@ Result<std::shared_ptr<Attachment>> Bus::AttachNow(char const* function)
         return current;
     }
     Error error;
-    Owned<GDBusConnection> connection;
-    if (HaveFreeDescriptors(DescriptorsOfAConnection, error)) {
-        Deadline const deadline(ConnectTimeout);
-        connection.reset(g_dbus_connection_new_for_address_sync(Address().c_str(), MessageBus, nullptr,
-                                                                deadline.Get(), error.Out()));
-    }
-    if (connection == nullptr) {
+    if (!HaveFreeDescriptors(DescriptorsOfAConnection, error)) {
         return CannotConnect(function, error);
+    }
+    Deadline const deadline(ConnectTimeout);
+    Owned<GDBusConnection> connection = Unconnected(Address());
+    if (std::optional<Failure> const failure = Connect(function, connection.get(), deadline.Get())) {
+        return *failure;
     }
     return Install(std::move(connection));
 }
@@ -109,44 +196,8 @@ Result<std::shared_ptr<Attachment>> Bus::AttachNow(char const* function)
 std::shared_ptr<void> Bus::Attach(std::function<void(std::optional<Failure>)> done)
 {
     auto const attempt = std::make_shared<Attempt>(this, std::move(done));
-    GMainContext* const context = g_main_context_get_thread_default();
-    std::weak_ptr<Attempt> const weak = attempt;
-    Error error;
-    if (!HaveFreeDescriptors(DescriptorsOfAConnection, error)) {
-        attempt->timeout =
-            Timer(context, std::chrono::milliseconds(0), [weak, why = CannotConnect("", error)] {
-                if (std::shared_ptr<Attempt> const self = weak.lock()) {
-                    self->done(why);
-                }
-            });
-        return attempt;
-    }
-    attempt->timeout = Timer(context, ConnectTimeout, [weak] {
-        if (std::shared_ptr<Attempt> const self = weak.lock()) {
-            g_cancellable_cancel(self->cancellable.get());
-        }
-    });
-    g_dbus_connection_new_for_address(Address().c_str(), MessageBus, nullptr, attempt->cancellable.get(),
-                                      OnConnected, UserData<std::weak_ptr<Attempt>>::New(weak));
+    attempt->Begin();
     return attempt;
-}
-
-void Bus::OnConnected(GObject* /*source*/, GAsyncResult* result, void* data)
-{
-    std::shared_ptr<Attempt> const attempt = UserData<std::weak_ptr<Attempt>>::Get(data).lock();
-    UserData<std::weak_ptr<Attempt>>::Release(data);
-    Error error;
-    Owned<GDBusConnection> connection(g_dbus_connection_new_for_address_finish(result, error.Out()));
-    if (attempt == nullptr) {
-        return;
-    }
-    attempt->timeout = Timer();
-    if (connection == nullptr) {
-        attempt->done(CannotConnect("", error));
-    } else {
-        auto const installed = attempt->bus->Install(std::move(connection));
-        attempt->done(installed ? std::nullopt : std::optional<Failure>(installed.GetFailure()));
-    }
 }
 
 void Bus::Close()

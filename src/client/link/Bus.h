@@ -29,12 +29,12 @@ public:
     /// The attachment in use. If there is none it connects, and waits for 2 s at most. Any thread.
     Result<std::shared_ptr<Attachment>> AttachNow(char const* function);
 
-    /// Connects without waiting; `done` runs through the main context that is the calling thread's default,
-    /// after 2 s at the latest, with nothing on success. Returns what cancels it, upon which `done` does not
-    /// run. That context's thread.
+    /// Connects without waiting; `done` runs through the context, after 2 s at the latest, with nothing on
+    /// success. Returns what cancels it when it ends, upon which `done` does not run; this waits for at most
+    /// 250 ms, and only for a bus that is about to answer. The context's thread.
     std::shared_ptr<void> Attach(std::function<void(std::optional<Failure>)> done);
 
-    /// Closes the connection. No further one is made. Any thread.
+    /// Closes the connection as Attachment::Close does. No further one is made. Any thread.
     void Close();
 
 private:
@@ -42,7 +42,6 @@ private:
 
     std::string Address() const;
     Result<std::shared_ptr<Attachment>> Install(Owned<GDBusConnection> connection);
-    static void OnConnected(GObject* source, GAsyncResult* result, void* data);
 
     std::string const m_address;
     Owned<GMainContext> const m_context;

@@ -5,7 +5,17 @@
 
 #include <zviptv/ConnectionHelperDBusClient.h>
 
+#include <chrono>
+#include <thread>
+
 namespace zviptv::client {
+
+namespace {
+
+/// How long GIO's thread may take to close a socket, which it does at once unless the machine is overloaded.
+constexpr std::chrono::milliseconds CloseTimeout{1000};
+
+} // namespace
 
 Channel::Channel(GDBusConnection* connection, EndpointId endpoint)
     : m_endpoint(endpoint), m_connection(Share(connection)), m_helper(TypeWord(endpoint), connection)
@@ -132,7 +142,13 @@ void Attachment::ForgetPartners()
 
 void Attachment::Close()
 {
+    GIOStream* const stream = g_dbus_connection_get_stream(m_connection.get());
     g_dbus_connection_close(m_connection.get(), nullptr, nullptr, nullptr);
+    // A callback would need a main context, and thereby a descriptor, which GIO's thread would close late.
+    auto const limit = std::chrono::steady_clock::now() + CloseTimeout;
+    while (g_io_stream_is_closed(stream) == FALSE && std::chrono::steady_clock::now() < limit) {
+        std::this_thread::sleep_for(std::chrono::microseconds(50));
+    }
 }
 
 } // namespace zviptv::client

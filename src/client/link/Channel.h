@@ -66,7 +66,8 @@ public:
     Channel& Get(EndpointId endpoint);
     /// The service has left: all partners are to be asked for again.
     void ForgetPartners();
-    /// Closes the connection, upon which the service sees all channels leave. Does not wait.
+    /// Closes the connection, upon which the service sees all channels leave. Waits for GIO, which closes the
+    /// socket on another thread, but not for the bus.
     void Close();
 
 private:
