@@ -6,7 +6,6 @@
 #include "Queue.h"
 
 #include <atomic>
-#include <cmath>
 #include <functional>
 #include <memory>
 #include <string>
@@ -60,14 +59,6 @@ inline std::uint64_t NextToken()
     return ++last;
 }
 
-/// A time-out in seconds as the layer has it.
-inline CallOptions Within(double seconds)
-{
-    double const most = 1e9;
-    double const time = std::isnan(seconds) ? 0.0 : std::min(std::max(seconds, 0.0), most);
-    return {std::chrono::milliseconds(std::llround(std::ceil(time * 1000)))};
-}
-
 /// Calls a function whose outcome is added to `completions`.
 template <class Answer, class Function>
 Call Start(Core& core, std::shared_ptr<Completions> const& completions, double timeout, Function function)
@@ -78,7 +69,7 @@ Call Start(Core& core, std::shared_ptr<Completions> const& completions, double t
         completions->Push({token, [result] { return ToPython(result); }});
     };
     bool const isPosted = core.Post([function = std::move(function), done, pending = call.pending,
-                                     options = Within(timeout)](Television& television) {
+                                     options = CallOptions{Milliseconds(timeout)}](Television& television) {
         *pending = function(television, Completion<Answer>(done), options);
     });
     if (!isPosted) {

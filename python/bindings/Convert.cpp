@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "Convert.h"
 
+#include <algorithm>
+#include <cmath>
+
 namespace zviptv::python {
 
 namespace {
@@ -117,6 +120,13 @@ py::object ToPython(Programme const& value)
         ToPython(value.channel), ToPython(value.title), ToPython(value.subtitle), ToPython(value.description),
         ToPython(value.language), ToPython(value.episode), ToPython(value.icon),
         py::tuple(ToPython(value.genres)), ToPython(value.rating), py::tuple(ToPython(value.translations)));
+}
+
+std::chrono::milliseconds Milliseconds(double seconds)
+{
+    double const most = 1e9;
+    double const time = std::isnan(seconds) ? 0.0 : std::min(std::max(seconds, 0.0), most);
+    return std::chrono::milliseconds(std::llround(std::ceil(time * 1000)));
 }
 
 std::int64_t Integer(py::handle object, char const* name, std::int64_t least, std::int64_t most)

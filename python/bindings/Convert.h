@@ -79,6 +79,9 @@ py::object ToPython(Result<Value> const& result)
     }
 }
 
+/// Seconds as the layer has them. Less than 0 and what is not a number count as 0, fractions are rounded up.
+std::chrono::milliseconds Milliseconds(double seconds);
+
 /// An integer from `least` to `most`. Raises TypeError or ValueError, with the name of the argument.
 std::int64_t Integer(py::handle object, char const* name, std::int64_t least, std::int64_t most);
 std::uint64_t Unsigned(py::handle object, char const* name);

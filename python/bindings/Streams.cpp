@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "Streams.h"
 
+#include "Captions.h"
 #include "Convert.h"
 #include "Packets.h"
+#include "State.h"
 
 #include <pybind11/stl.h>
 
@@ -23,39 +25,43 @@ void WaitFor(int descriptor, std::chrono::milliseconds most)
     poll(&polled, 1, static_cast<int>(most.count()));
 }
 
-/// Adds an item, if the stream exists.
+/// Adds items, if the stream exists.
 template <class Item>
-void Add(std::weak_ptr<Feed<Item>> const& weak, Item const& item)
+void Add(std::weak_ptr<Feed<Item>> const& weak, Item const* items, std::size_t number)
 {
     auto const feed = weak.lock();
     if (feed == nullptr) {
         return;
     }
-    // The counters come first: Python reads them once it has the item.
-    if (auto const* const subscription = std::get_if<Subscription>(&feed->source)) {
-        feed->Count(subscription->Counters());
+    // The status comes first: Python reads it once it has the item.
+    if constexpr (std::is_same_v<Item, StateEvent>) {
+        if (auto const* const watcher = std::get_if<StateWatcher>(&feed->source)) {
+            feed->SetStatus(watcher->State());
+        }
+    } else if (auto const* const subscription = std::get_if<Subscription>(&feed->source)) {
+        feed->SetStatus(subscription->Counters());
     }
-    feed->queue->Push(item);
+    for (Item const* item = items; item != items + number; ++item) {
+        feed->queue->Push(*item);
+    }
 }
 
-py::object ToItem(PesPacket const& packet)
+template <class Item>
+void Add(std::weak_ptr<Feed<Item>> const& weak, Item const& item)
 {
-    return py::cast(packet);
+    Add(weak, &item, 1);
 }
 
-py::object ToItem(CaptionData const& data)
+template <class Item>
+py::object ToItem(Item const& item)
 {
-    return py::cast(data);
-}
-
-py::object ToItem(bool isAvailable)
-{
-    return py::bool_(isAvailable);
-}
-
-py::object ToItem(Failure const& failure)
-{
-    return ToException(failure);
+    if constexpr (std::is_same_v<Item, PesPacket> || std::is_same_v<Item, CaptionData>) {
+        return py::cast(item);
+    } else if constexpr (std::is_same_v<Item, Failure>) {
+        return ToException(item);
+    } else {
+        return ToPython(item);
+    }
 }
 
 PesFilter Filter(std::vector<std::uint16_t> const& pids, std::vector<int> const& kinds)
@@ -87,6 +93,35 @@ Stream<CaptionData> Captions(std::shared_ptr<Core> const& core, std::size_t limi
     return stream;
 }
 
+Stream<Caption> CaptionTexts(std::shared_ptr<Core> const& core, py::object const& pages,
+                             py::object const& languages, std::size_t limit)
+{
+    Stream<Caption> stream(core, limit);
+    auto const decoder = std::make_shared<CaptionDecoder>(ToPages(pages, languages));
+    stream.Begin([decoder](Television& television, auto const& feed) {
+        PesFilter const filter{{}, {ZV_PES_TELETEXT, ZV_PES_CAPTION}};
+        return television.SubscribePes(filter, [decoder, feed](PesPacket const& packet) {
+            std::vector<Caption> const captions = decoder->Decode(packet);
+            Add(feed, captions.data(), captions.size());
+        });
+    });
+    return stream;
+}
+
+Stream<StateEvent> Watch(std::shared_ptr<Core> const& core, double interval, py::object const& serviceId,
+                         std::size_t limit)
+{
+    StateOptions options{Milliseconds(interval), std::nullopt};
+    if (!serviceId.is_none()) {
+        options.serviceId = Unsigned(serviceId, "service_id");
+    }
+    Stream<StateEvent> stream(core, limit);
+    stream.Begin([options](Television& television, auto const& feed) {
+        return StateWatcher(television, options, [feed](StateEvent const& event) { Add(feed, event); });
+    });
+    return stream;
+}
+
 Stream<bool> Availability(std::shared_ptr<Core> const& core, std::size_t limit)
 {
     Stream<bool> stream(core, limit);
@@ -105,9 +140,9 @@ Stream<Failure> Errors(std::shared_ptr<Core> const& core, std::size_t limit)
 }
 
 template <class Item>
-void BindStream(py::module_& module, char const* name)
+py::class_<Stream<Item>> BindStream(py::module_& module, char const* name)
 {
-    py::class_<Stream<Item>>(module, name)
+    return py::class_<Stream<Item>>(module, name)
         .def("poll", &Stream<Item>::Poll)
         .def("get", &Stream<Item>::Get, py::arg("timeout") = py::none())
         .def("fileno", &Stream<Item>::Descriptor)
@@ -115,7 +150,10 @@ void BindStream(py::module_& module, char const* name)
         .def_property_readonly("has_ended", &Stream<Item>::HasEnded)
         .def_property_readonly("dropped", &Stream<Item>::Dropped)
         .def_property_readonly("counters", [](Stream<Item> const& stream) {
-            PushCounters const counters = stream.Counters();
+            PushCounters counters;
+            if constexpr (!std::is_same_v<Item, StateEvent>) {
+                counters = stream.Status();
+            }
             return Class("zviptv._stream", "Counters")(counters.packets, counters.bytes, counters.gaps,
                                                        stream.Dropped());
         });
@@ -158,13 +196,11 @@ template <class Item>
 py::object Stream<Item>::Get(std::optional<double> timeout)
 {
     using Clock = std::chrono::steady_clock;
-    using Milliseconds = std::chrono::milliseconds;
-    Milliseconds const mostWait(100); // signals may be handled by other threads
-    double const mostTimeout = 1e9;
+    using std::chrono::milliseconds;
+    milliseconds const mostWait(100); // signals may be handled by other threads
     std::optional<Clock::time_point> end;
     if (timeout) {
-        std::chrono::duration<double> const time(std::min(std::max(*timeout, 0.0), mostTimeout));
-        end = Clock::now() + std::chrono::duration_cast<Clock::duration>(time);
+        end = Clock::now() + Milliseconds(*timeout);
     }
     auto const core = m_core.lock();
     for (;;) {
@@ -180,9 +216,9 @@ py::object Stream<Item>::Get(std::optional<double> timeout)
         if (!isStaying || HasEnded()) {
             throw py::stop_iteration();
         }
-        Milliseconds wait = mostWait;
+        milliseconds wait = mostWait;
         if (end) {
-            auto const left = std::chrono::ceil<Milliseconds>(*end - Clock::now());
+            auto const left = std::chrono::ceil<milliseconds>(*end - Clock::now());
             if (left.count() <= 0) {
                 PyErr_SetString(PyExc_TimeoutError, "nothing came in time");
                 throw py::error_already_set();
@@ -215,15 +251,36 @@ void Stream<Item>::End()
     }
 }
 
+template <class Item>
+void Stream<Item>::Refresh()
+{
+    auto const core = m_core.lock();
+    if (core != nullptr && !m_isEnded) {
+        core->Post([feed = m_feed](Television& /*television*/) {
+            if (auto* const watcher = std::get_if<StateWatcher>(&feed->source)) {
+                watcher->Refresh();
+            }
+        });
+    }
+}
+
 void BindStreams(py::module_& module, py::class_<Core, std::shared_ptr<Core>>& core)
 {
     BindPackets(module);
     BindStream<PesPacket>(module, "PesStream");
     BindStream<CaptionData>(module, "CaptionStream");
+    BindCaptions(module);
+    BindStream<Caption>(module, "CaptionTextStream");
+    BindStream<StateEvent>(module, "StateStream")
+        .def("refresh", &Stream<StateEvent>::Refresh)
+        .def_property_readonly("state",
+                               [](Stream<StateEvent> const& stream) { return ToPython(stream.Status()); });
     BindStream<bool>(module, "AvailabilityStream");
     BindStream<Failure>(module, "FailureStream");
     core.def("pes", &Pes)
         .def("captions", &Captions)
+        .def("caption_texts", &CaptionTexts)
+        .def("watch", &Watch)
         .def("availability", &Availability)
         .def("errors", &Errors);
 }

@@ -4,6 +4,7 @@
 #include "Core.h"
 #include "Queue.h"
 
+#include <zviptv/client/StateWatcher.h>
 #include <zviptv/client/Subscription.h>
 
 #include <pybind11/pybind11.h>
@@ -11,33 +12,38 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <type_traits>
 #include <variant>
 
 namespace zviptv::python {
 
-/// What the television's thread adds for Python: packets, captions, availability or failures.
+/// What the television's thread adds for Python: packets, captions, changes or failures.
 template <class Item>
 struct Feed
 {
+    /// What Python reads beside the items.
+    using Status = std::conditional_t<std::is_same_v<Item, StateEvent>, TelevisionState, PushCounters>;
+
     explicit Feed(std::size_t limit) : queue(std::make_shared<Queue<Item>>(limit)) {}
 
     std::shared_ptr<Queue<Item>> queue;
-    std::variant<std::monostate, Subscription, Listener> source; ///< for the television's thread
+    /// For the television's thread.
+    std::variant<std::monostate, Subscription, Listener, StateWatcher> source;
 
-    void Count(PushCounters const& latest)
+    void SetStatus(Status const& latest)
     {
         std::lock_guard const lock(m_mutex);
-        m_counters = latest;
+        m_status = latest;
     }
-    PushCounters Counters() const
+    Status GetStatus() const
     {
         std::lock_guard const lock(m_mutex);
-        return m_counters;
+        return m_status;
     }
 
 private:
     mutable std::mutex m_mutex;
-    PushCounters m_counters;
+    Status m_status;
 };
 
 /// A feed as Python sees it. Functions are called with the GIL.
@@ -62,9 +68,11 @@ public:
     pybind11::object Get(std::optional<double> timeout);
     int Descriptor() const { return m_feed->queue->Descriptor(); }
     void End();
+    /// Has the watcher of a Stream<StateEvent> ask again.
+    void Refresh();
     bool HasEnded() const { return m_feed->queue->IsClosed(); }
     std::uint64_t Dropped() const { return m_feed->queue->Dropped(); }
-    PushCounters Counters() const { return m_feed->Counters(); }
+    typename Feed<Item>::Status Status() const { return m_feed->GetStatus(); }
 
 private:
     std::weak_ptr<Core> m_core;

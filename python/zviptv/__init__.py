@@ -3,11 +3,12 @@
 
 zviptv.Television has functions that wait for the answer; zviptv.aio.Television has them as coroutines.
 """
-from ._failure import Failure, FailureKind
+from ._caption import *
+from ._failure import *
 from ._programme import *
 
 try:
-    from ._native import CaptionData, PesPacket
+    from ._native import CaptionData as CaptionData, CaptionDecoder as CaptionDecoder, PesPacket as PesPacket
 except ModuleNotFoundError as error:
     if error.name != "zviptv._native":
         raise
@@ -16,8 +17,9 @@ except ModuleNotFoundError as error:
         raise AttributeError(f"zviptv.{name} needs the compiled module, which this installation lacks; "
                              "install the package python3-zviptv, or build with -D ZVIPTV_PYTHON=ON")
 else:
-    from . import aio
-    from ._functions import Broadcast, Guide, Player
-    from ._stream import Counters, Stream
-    from ._television import Television
+    from . import aio as aio
+    from ._functions import Broadcast as Broadcast, Guide as Guide, Player as Player
+    from ._state import *
+    from ._stream import *
+    from ._television import *
     from ._types import *

@@ -2,6 +2,8 @@
 """Why a call failed."""
 import enum
 
+__all__ = ["Failure", "FailureKind"]
+
 
 class FailureKind(enum.Enum):
     """Why something failed. The value is the kind in words."""

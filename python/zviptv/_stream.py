@@ -4,10 +4,14 @@ from __future__ import annotations
 
 import dataclasses
 from types import TracebackType
-from typing import TYPE_CHECKING, Generic, TypeVar
+from typing import TYPE_CHECKING, Generic, Self, TypeVar
+
+from ._state import StateEvent, TelevisionState
 
 if TYPE_CHECKING:
-    from ._native import Source
+    from ._native import Source, StateSource
+
+__all__ = ["Counters", "StateWatcher", "Stream"]
 
 T = TypeVar("T")
 
@@ -48,13 +52,13 @@ class Stream(Subscribed[T]):
     is closed. Several threads may read; each item goes to one of them.
     """
 
-    def __enter__(self) -> Stream[T]:
+    def __enter__(self) -> Self:
         return self
 
     def __exit__(self, kind: type[BaseException] | None, error: BaseException | None, trace: TracebackType | None) -> None:
         self.end()
 
-    def __iter__(self) -> Stream[T]:
+    def __iter__(self) -> Self:
         return self
 
     def __next__(self) -> T:
@@ -66,3 +70,27 @@ class Stream(Subscribed[T]):
         Raises TimeoutError if none came, and StopIteration after the end.
         """
         return self._source.get(timeout)
+
+
+class Watching(Subscribed[StateEvent]):
+    """What both kinds of StateWatcher have in common."""
+
+    _source: StateSource
+
+    @property
+    def state(self) -> TelevisionState:
+        """The latest state; without values before the first event. It may have changes that were not read yet."""
+        return self._source.state
+
+    def refresh(self) -> None:
+        """Asks again as soon as possible instead of after the interval: for use after a call that changes the state."""
+        self._source.refresh()
+
+
+class StateWatcher(Watching, Stream[StateEvent]):
+    """Changes of the state of a television: the whole state first, then one event for each value that has changed.
+
+    The service does not report changes, so a thread in the background asks for everything at an interval. Nothing comes
+    while the service is away; when it is back, what has become different comes. A question that the service refuses has
+    no value. After any other failure the value stays as it was, and errors() of the Television has the failure.
+    """

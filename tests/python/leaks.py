@@ -52,6 +52,10 @@ async def streams(number):
             async for packet in tv.pes():
                 assert len(packet.payload) >= 0
                 break
+            async for _ in tv.watch(0.01, service_id=1):
+                break
+            texts = tv.caption_texts()
+            del texts
 
 
 def grown(what, work, number, most):

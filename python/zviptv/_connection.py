@@ -1,0 +1,37 @@
+# SPDX-License-Identifier: MIT
+"""The connection of a television to the service."""
+from __future__ import annotations
+
+import atexit
+import weakref
+from collections.abc import Iterable
+
+from ._native import Core, end
+
+_open: weakref.WeakSet[Core] = weakref.WeakSet()
+
+
+@atexit.register
+def _close_all() -> None:
+    """The thread of the televisions does not run while the interpreter ends."""
+    for core in list(_open):
+        core.close()
+    end()
+
+
+def numbers(given: int | Iterable[int] | None) -> list[int]:
+    """A filter as a list; an empty one lets all through."""
+    return [] if given is None else [given] if isinstance(given, int) else list(given)
+
+
+class Connection:
+    """What both kinds of Television have in common."""
+
+    def __init__(self, bus_address: str = "", *, profile: int = 1, id: int = 0, application_id: str = "") -> None:
+        self._core = Core(bus_address, profile, id, application_id)
+        _open.add(self._core)
+
+    @property
+    def is_available(self) -> bool:
+        """Whether the service is on the bus, as far as is known: False until the bus has answered."""
+        return self._core.is_available
