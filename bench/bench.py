@@ -37,7 +37,7 @@ def run_inprocess(build, out, quick):
             "heap": encoding.heap_by_name(json.loads((out / "inprocess-allocations.json").read_text()))}
 
 
-def refuse_what_cannot_be_repeated():
+def require_repeatable():
     if not machine.is_committed():
         sys.exit("cannot update the page: the sources have uncommitted changes, so the page could not name their "
                  "revision; commit them first, or measure without --docs")
@@ -64,7 +64,7 @@ def main():
         parser.error("--docs cannot be used with --quick, whose figures are not reliable")
     if options.docs:
         report.check(report.PAGE)
-        refuse_what_cannot_be_repeated()
+        require_repeatable()
         refuse_when_busy()
     out = options.build
     results = {"machine": machine.describe(options.build), "quick": options.quick,

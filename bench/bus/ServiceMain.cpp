@@ -24,7 +24,7 @@ std::string ReadSome(int descriptor)
     return std::string(bytes.data(), size > 0 ? static_cast<std::size_t>(size) : 0);
 }
 
-void Obey(Service& service, std::string const& text)
+void Execute(Service& service, std::string const& text)
 {
     std::istringstream line(text);
     std::string command;
@@ -54,7 +54,7 @@ void Serve(Service& service, int creditPipe)
             if (text.empty()) {
                 return;
             }
-            Obey(service, text);
+            Execute(service, text);
         }
     }
 }

@@ -92,7 +92,7 @@ public:
         std::printf("{\"start\": %lld}\n", static_cast<long long>(Now() - start));
     }
 
-    void Obey(std::istream& line)
+    void Execute(std::istream& line)
     {
         std::string command;
         line >> command;
@@ -233,7 +233,7 @@ void Run(std::string const& service)
     std::fflush(stdout);
     for (std::string text; std::getline(std::cin, text);) {
         std::istringstream line(text);
-        worker.Obey(line);
+        worker.Execute(line);
     }
 }
 

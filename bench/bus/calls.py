@@ -9,7 +9,7 @@ import sys
 import tempfile
 
 from blocks import flat, over_generations, quantile, spread, summaries
-from processes import mortal
+from processes import child
 from variants import BASELINE, METHODS
 
 sys.path.append(str(pathlib.Path(__file__).parents[2] / "tests/cost"))
@@ -65,7 +65,7 @@ def profile(bench, variant, method, count):
     with tempfile.TemporaryDirectory() as folder:
         out = pathlib.Path(folder, "out")
         valgrind = ["valgrind", "--tool=callgrind", f"--callgrind-out-file={out}"]
-        subprocess.run(mortal([*valgrind, *command, 1]), input=f"repeat {method} {count}\n", text=True, env=environment,
+        subprocess.run(child([*valgrind, *command, 1]), input=f"repeat {method} {count}\n", text=True, env=environment,
                        capture_output=True, check=True, timeout=300)
         with out.open() as lines:
             return callgrind.by_object(lines)

@@ -6,14 +6,14 @@ import statistics
 import subprocess
 
 from blocks import alternate, ratios, spread, summaries
-from processes import mortal
+from processes import child
 from variants import LIBRARY
 
 OBJECTS = ("PlayerControl", "BroadcastData", "IPTVDataSubscriber", "IPGUtil")
 
 
 def probe(bench, name):
-    run = subprocess.run(mortal([bench.programs / "bench_start_probe", name]), env=bench.environment,
+    run = subprocess.run(child([bench.programs / "bench_start_probe", name]), env=bench.environment,
                          stdout=subprocess.PIPE, check=True, timeout=60)
     return json.loads(run.stdout)
 

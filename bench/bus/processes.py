@@ -17,7 +17,7 @@ BUS_CONFIG = """<busconfig><type>system</type><listen>unix:path={folder}/bus</li
 <allow send_destination="*"/><allow receive_sender="*"/></policy></busconfig>"""
 
 
-def mortal(command):
+def child(command):
     """Changes the command so that it ends with this process."""
     return ["setpriv", "--pdeathsig", "KILL", *map(str, command)]
 
@@ -39,12 +39,12 @@ class Process:
 
     def __init__(self, command, credit, environment):
         self.name = " ".join(map(str, command))
-        self.process = subprocess.Popen(mortal([*command, credit]), stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+        self.process = subprocess.Popen(child([*command, credit]), stdin=subprocess.PIPE, stdout=subprocess.PIPE,
                                         env=environment, pass_fds=[credit])
         self.waiting = selectors.DefaultSelector()
         self.waiting.register(self.process.stdout, selectors.EVENT_READ)
 
-    def tell(self, line):
+    def send_line(self, line):
         self.process.stdin.write(line.encode() + b"\n")
         self.process.stdin.flush()
 
@@ -80,7 +80,7 @@ class Client(Process):
         self.start = json.loads(self.hear())["start"]
 
     def ask(self, line):
-        self.tell(line)
+        self.send_line(line)
         return json.loads(self.hear())
 
 
@@ -106,7 +106,7 @@ class Bench:
             stack.callback(shutil.rmtree, folder)
             config = pathlib.Path(folder, "bus.conf")
             config.write_text(BUS_CONFIG.format(folder=folder))
-            daemon = subprocess.Popen(mortal(["dbus-daemon", f"--config-file={config}", "--nofork", "--nopidfile",
+            daemon = subprocess.Popen(child(["dbus-daemon", f"--config-file={config}", "--nofork", "--nopidfile",
                                               "--nosyslog", "--print-address"]),
                                       stdout=subprocess.PIPE, stderr=open(folder + "/log", "w"))
             self.daemon = daemon.pid
@@ -173,6 +173,6 @@ class Bench:
     def push(self, clients, count, size, batch):
         """Pushes packets to subscribed clients. Returns the report of each client."""
         for client in clients:
-            client.tell(f"receive {count} {size} {batch}")
-        self.service.tell(f"push {count} {size} {batch}")
+            client.send_line(f"receive {count} {size} {batch}")
+        self.service.send_line(f"push {count} {size} {batch}")
         return [json.loads(client.hear()) for client in clients]

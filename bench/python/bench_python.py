@@ -22,7 +22,7 @@ CALLS = 500
 
 class Client(Process):
     def ask(self, line):
-        self.tell(line)
+        self.send_line(line)
         return json.loads(self.hear())
 
 

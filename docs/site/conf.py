@@ -41,7 +41,7 @@ html_show_search_summary = False
 html_theme_options = {"top_of_page_button": None}
 
 
-def names_of_the_headers():
+def header_names():
     """Classes, records, enumerations and functions, as pages spell them."""
     index = tree.parse(Path(breathe_projects["api"]) / "index.xml")
     for compound in index.iterfind("compound"):
@@ -71,5 +71,5 @@ def is_no_namespace(record):
 
 def setup(app):
     logging.getLogger("sphinx.sphinx.domains.cpp").addFilter(is_no_namespace)
-    app.connect("builder-inited", lambda app: setattr(app.env, "api_names", frozenset(names_of_the_headers())))
+    app.connect("builder-inited", lambda app: setattr(app.env, "api_names", frozenset(header_names())))
     app.connect("doctree-read", link_names)

@@ -40,7 +40,7 @@ TEST_F(PlayerTest, UnlocksALockedProgramme)
     EXPECT_EQ(m_television.Property("ProgrammeLocked"), "false");
 }
 
-TEST_F(PlayerTest, LeavesAnUnlockedProgrammeAlone)
+TEST_F(PlayerTest, DoesNotUnlockAnUnlockedProgramme)
 {
     EXPECT_FALSE(m_player.UnlockWhenLocked(std::chrono::milliseconds(300)));
     EXPECT_TRUE(m_television.ExpectNo("UnMuteByRatingPin"));

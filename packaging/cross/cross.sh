@@ -37,8 +37,8 @@ if [ "$architecture" = i386 ] && [ "$(uname -m)" = x86_64 ]; then
     programs+=(fault_tests ctl_tests sim_service_tests)
     export GCONV_PATH=$folder/sysroot/usr/lib/i386-linux-gnu/gconv # character sets for the C library
     leave_out 'their programs find the libraries of the sysroot before those of LD_LIBRARY_PATH:' \
-        ctl_tests.DoctorVersion.TheLibraryThatIsReallyLoadedIsNamed \
-        ctl_tests.DoctorVersion.ALinkToItsFolderIsFollowed ctl_tests.DoctorVersion.AServiceWhoseLibraryWasReplacedIsTold
+        ctl_tests.DoctorVersion.ReportsTheLoadedLibrary \
+        ctl_tests.DoctorVersion.FollowsALinkToItsFolder ctl_tests.DoctorVersion.ReportsAServiceWhoseLibraryWasReplaced
 else
     how='in QEMU'
     leave_out 'they start programs of the architecture, which this machine cannot run by itself:' \
@@ -47,10 +47,10 @@ else
 fi
 if [ "$architecture" = armhf ]; then
     leave_out 'exceptions cannot pass through GLib, which has no unwind tables on armhf:' dbus_tests.Exceptions. \
-        dbus_tests.HelperServerLife.ExceptionsOfTheHandlerLeaveLaterAnnouncementsAnswered \
+        dbus_tests.HelperServerLife.AnswersAnnouncementsAfterAnExceptionOfTheHandler \
         proxy_tests.DispatchFaults.MalformedPESThrowsOutOfTheDispatch \
         proxy_tests.DispatchFaults.MalformedCaptionThrowsOutOfTheDispatch \
-        proxy_tests.DispatchFaults.FirstMalformedNumberCounts proxy_tests.DispatchFaults.ProxyWorksOnAfterManyFailures \
+        proxy_tests.DispatchFaults.FirstMalformedNumberCounts proxy_tests.DispatchFaults.ProxyWorksAfterManyFailures \
         proxy_tests.DispatchFaults.FailureOfACallbackLeavesTheDispatch
 fi
 

@@ -12,7 +12,7 @@ from ._stream import Subscribed, Watching
 T = TypeVar("T")
 
 # The number of items that are read without a turn of the event loop.
-_MOST_IN_A_ROW = 64
+_MAX_IN_A_ROW = 64
 
 
 class Stream(Subscribed[T]):
@@ -39,7 +39,7 @@ class Stream(Subscribed[T]):
         if self._is_waiting:
             raise RuntimeError("another task reads this stream; subscribe once for each task")
         self._in_a_row += 1
-        if self._in_a_row > _MOST_IN_A_ROW:
+        if self._in_a_row > _MAX_IN_A_ROW:
             self._in_a_row = 0
             await asyncio.sleep(0)
         while True:

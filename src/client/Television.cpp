@@ -20,7 +20,7 @@ public:
     void Request(client::PushKind kind, bool on) override
     {
         namespace function = protocol::function;
-        m_link->Pushes().Want(
+        m_link->Pushes().SetWanted(
             kind == client::PushKind::Pes ? function::RequestPESCB : function::RequestCaptionCB, on);
     }
     void ReportUnreadable(char const* function, char const* key, std::string const& message) override

@@ -5,7 +5,7 @@
 
 namespace zviptv {
 
-void TellTheBus(GDBusConnection* connection, char const* method, GVariant* arguments)
+void SendToBus(GDBusConnection* connection, char const* method, GVariant* arguments)
 {
     Owned<GDBusMessage> const message(g_dbus_message_new_method_call(
         "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", method));

@@ -41,7 +41,7 @@ public:
     void WaitForOthers()
     {
         std::unique_lock<std::mutex> lock(m_mutex);
-        m_left.wait(lock, [this] { return !OthersInside(); });
+        m_left.wait(lock, [this] { return !HasOtherVisitors(); });
     }
 
     /// The access of a callback to the owner. The owner waits for the end of the visit before it is
@@ -90,7 +90,7 @@ private:
         m_left.notify_all();
     }
 
-    bool OthersInside() const
+    bool HasOtherVisitors() const
     {
         return std::any_of(m_inside.begin(), m_inside.end(),
                            [](std::thread::id id) { return id != std::this_thread::get_id(); });

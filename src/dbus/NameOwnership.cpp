@@ -48,7 +48,7 @@ public:
     void Withdraw()
     {
         if (m_state.exchange(State::Over) != State::Over) {
-            TellTheBus(m_connection.get(), "ReleaseName", g_variant_new("(s)", m_name.c_str()));
+            SendToBus(m_connection.get(), "ReleaseName", g_variant_new("(s)", m_name.c_str()));
         }
     }
 

@@ -83,7 +83,7 @@ Message Await(DBusConnection* connection, dbus_uint32_t serial, Clock::time_poin
 }
 
 /// Sends "Hello" and the query at once: the bus handles them in this order.
-Message AskTheBus(DBusConnection* connection, Clock::time_point deadline)
+Message AskBus(DBusConnection* connection, Clock::time_point deadline)
 {
     char const* const name = helper::BusName;
     Message const hello = BusCall("Hello");
@@ -141,7 +141,7 @@ OwnerQuestion::Answer OwnerQuestion::Ask()
                    {error.Message(), "; start the bus, or set DBUS_SYSTEM_BUS_ADDRESS to one that runs"});
         return Answer::Failed;
     }
-    Message const answer = AskTheBus(connection.get(), Clock::now() + Milliseconds(2000));
+    Message const answer = AskBus(connection.get(), Clock::now() + Milliseconds(2000));
     dbus_bool_t owned = FALSE;
     if (answer == nullptr) {
         SetUnanswered(connection.get());

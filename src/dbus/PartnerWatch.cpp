@@ -21,7 +21,7 @@ struct PartnerWatch::Watched
     Watched& operator=(Watched const&) = delete;
 
     /// `bus` is null if the connection has closed.
-    void Tell(GDBusConnection* bus)
+    void Report(GDBusConnection* bus)
     {
         if (!isOver.exchange(true)) {
             vanished(bus, name.c_str(), userData);
@@ -43,7 +43,7 @@ PartnerWatch::PartnerWatch(GDBusConnection* connection, std::string const& name,
           connection,
           {"org.freedesktop.DBus", "org.freedesktop.DBus", "NameOwnerChanged", "/org/freedesktop/DBus", name},
           OnOwnerChanged, UserData<Pointer>::New(m_watched), UserData<Pointer>::Release),
-      m_closed(connection, [watched = m_watched] { watched->Tell(nullptr); })
+      m_closed(connection, [watched = m_watched] { watched->Report(nullptr); })
 {
     g_dbus_connection_call(connection, "org.freedesktop.DBus", "/org/freedesktop/DBus",
                            "org.freedesktop.DBus", "GetNameOwner", g_variant_new("(s)", name.c_str()),
@@ -77,7 +77,7 @@ void PartnerWatch::OnOwnerChanged(GDBusConnection* connection, char const* /*sen
         g_variant_get_child(parameters, 1, "&s", &former);
         g_variant_get_child(parameters, 2, "&s", &owner);
         if (*former != '\0' || *owner == '\0') { // a new owner does not know the state of the previous one
-            watched->Tell(connection);
+            watched->Report(connection);
         }
     }
 }
@@ -89,7 +89,7 @@ void PartnerWatch::OnOwnerAsked(GObject* source, GAsyncResult* result, void* dat
     GDBusConnection* const connection = G_DBUS_CONNECTION(source);
     Owned<GVariant> const owner(g_dbus_connection_call_finish(connection, result, nullptr));
     if (owner == nullptr) {
-        watched->Tell(IsOpen(watched->connection) ? connection : nullptr);
+        watched->Report(IsOpen(watched->connection) ? connection : nullptr);
     }
 }
 

@@ -29,10 +29,10 @@ std::string Rule(SignalSubscription::Match const& match)
     return rule;
 }
 
-void Tell(GDBusConnection* connection, char const* method, std::string const& rule)
+void SendRule(GDBusConnection* connection, char const* method, std::string const& rule)
 {
     if (!rule.empty()) {
-        TellTheBus(connection, method, g_variant_new("(s)", rule.c_str()));
+        SendToBus(connection, method, g_variant_new("(s)", rule.c_str()));
     }
 }
 
@@ -51,7 +51,7 @@ SignalSubscription::SignalSubscription(GDBusConnection* connection, Match const&
                                               TextOrAny(match.firstArgument),
                                               G_DBUS_SIGNAL_FLAGS_NO_MATCH_RULE, callback, userData, release))
 {
-    Tell(connection, "AddMatch", m_rule);
+    SendRule(connection, "AddMatch", m_rule);
 }
 
 SignalSubscription::SignalSubscription(SignalSubscription&& other) noexcept
@@ -71,7 +71,7 @@ SignalSubscription& SignalSubscription::operator=(SignalSubscription&& other) no
 SignalSubscription::~SignalSubscription()
 {
     if (m_id != 0) {
-        Tell(m_connection.get(), "RemoveMatch", m_rule);
+        SendRule(m_connection.get(), "RemoveMatch", m_rule);
         g_dbus_connection_signal_unsubscribe(m_connection.get(), m_id);
     }
 }

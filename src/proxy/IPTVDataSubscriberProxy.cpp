@@ -221,13 +221,13 @@ bool CIPTVDataSubscriberProxy::m_Unsubscribe(SessionPointer const& session, Kind
 bool CIPTVDataSubscriberProxy::m_RequestCaptionCB(SessionPointer const& session, bool on)
 {
     ZV_LOG_ENTRY();
-    return zviptv::Inform(session, function::RequestCaptionCB, {{key::On, on}}, ZV_LOG_HERE);
+    return zviptv::SendNotice(session, function::RequestCaptionCB, {{key::On, on}}, ZV_LOG_HERE);
 }
 
 bool CIPTVDataSubscriberProxy::m_RequestPESCB(SessionPointer const& session, bool on)
 {
     ZV_LOG_ENTRY();
-    return zviptv::Inform(session, function::RequestPESCB, {{key::On, on}}, ZV_LOG_HERE);
+    return zviptv::SendNotice(session, function::RequestPESCB, {{key::On, on}}, ZV_LOG_HERE);
 }
 
 CMessageBuffer CIPTVDataSubscriberProxy::m_MessageCb(CMessageBuffer& message, void* /*session*/)

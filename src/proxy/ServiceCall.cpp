@@ -103,7 +103,7 @@ auto ReadNumber(CMessageBuffer const& message, char const* key, char const* expe
 }
 
 /// The end of every call that could not be sent.
-bool RefuseUnsent(SourceLocation const& where)
+bool LogUnsent(SourceLocation const& where)
 {
     WriteLog(ZV_LOG_ERROR, where, "SendMessage failed.");
     return false;
@@ -144,7 +144,7 @@ bool Exchange(std::shared_ptr<Session> const& session, char const* functionName,
     }
     if (session->Channel().SendMessage(request, reply, 0) == 0) {
         session->ExplainFailure();
-        return RefuseUnsent(where);
+        return LogUnsent(where);
     }
     return true;
 }
@@ -169,8 +169,8 @@ CallOutcome Call(std::shared_ptr<Session> const& session, char const* functionNa
     return isAccepted ? CallOutcome::Accepted : CallOutcome::Refused;
 }
 
-bool Inform(std::shared_ptr<Session> const& session, char const* functionName, RequestFields fields,
-            SourceLocation const& where)
+bool SendNotice(std::shared_ptr<Session> const& session, char const* functionName, RequestFields fields,
+                SourceLocation const& where)
 {
     CMessageBuffer reply;
     if (!Exchange(session, functionName, fields, reply, where)) {
@@ -186,7 +186,7 @@ bool RefuseWithoutSession(SourceLocation const& where)
 {
     WriteLog(ZV_LOG_ERROR, where, "The object has been destroyed; create it again");
     SetGone();
-    return RefuseUnsent(where);
+    return LogUnsent(where);
 }
 
 } // namespace zviptv

@@ -143,8 +143,8 @@ CallOutcome Call(std::shared_ptr<Session> const& session, char const* functionNa
 
 /// Makes an exchange that succeeds whatever the service answers: a result of 0 only sets the calling thread's
 /// failure.
-bool Inform(std::shared_ptr<Session> const& session, char const* functionName, RequestFields fields,
-            SourceLocation const& where);
+bool SendNotice(std::shared_ptr<Session> const& session, char const* functionName, RequestFields fields,
+                SourceLocation const& where);
 
 /// Logs why a call on an object without a session is refused, and sets the calling thread's failure. Returns
 /// false, the result of the call.

@@ -39,7 +39,7 @@ public:
     void Leave();
 
     /// Sets the calling thread's failure to that of Leave(), if it failed.
-    void ExplainLeaving() const { m_leaveFailure.Recall(); }
+    void RecallLeaveFailure() const { m_leaveFailure.Recall(); }
 
     /// Returns when no callback of the channel runs on another thread. Call it after Leave().
     void WaitForCallbacks();
@@ -108,7 +108,7 @@ void EndSession(Singleton<AnySession>& sessions)
         ended->WaitForCallbacks();
     }
     if (last != nullptr) {
-        last->ExplainLeaving();
+        last->RecallLeaveFailure();
     }
 }
 

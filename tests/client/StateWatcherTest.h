@@ -12,7 +12,7 @@ inline std::string AudioBytes(std::string const& language)
 
 inline std::string const film =
     R"({"service_id":"7","event_id":4,"start_time":1774733400,"duration":10800,"title":"Cellar Door"})";
-inline std::string const nextFilm =
+inline std::string const NextFilm =
     R"({"service_id":"7","event_id":5,"start_time":1774744200,"duration":1800,"title":"Night Trains"})";
 
 /// A service with two audio tracks and a guide, and the events of a watcher.

@@ -79,7 +79,7 @@ TEST_F(TelevisionTest, AHundredCallsMayBeOutstanding)
     EXPECT_EQ(done, expected);
 }
 
-TEST_F(TelevisionTest, ACancelledCallCompletesOnceAndNotInsideCancel)
+TEST_F(TelevisionTest, ACancelledCallCompletesOnceAfterCancelReturns)
 {
     m_service->AnswerNothing("MuteAudio");
     Outcome<void> outcome;
@@ -207,7 +207,7 @@ TEST_F(TelevisionTest, ANullCompletionIsAllowed)
     EXPECT_TRUE(outcome.Await());
 }
 
-TEST_F(ServiceClientTest, TheHandleAndTheApplicationAreThoseOfTheOptions)
+TEST_F(ServiceClientTest, UsesHandleAndApplicationOfTheOptions)
 {
     Television::Options options;
     options.profile = 2;

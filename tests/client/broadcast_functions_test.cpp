@@ -16,31 +16,31 @@ WireEntries Request(std::string const& function, std::initializer_list<TextEntry
 
 // Every field has another value. Numbers are little endian.
 std::string const
-    audioBytes("gne\0\x02\0\0\0\x01\x01\x30\x03\x80\xbb\0\0\0\x77\x01\0\x02\x01\x0f\0\0\0\0\0\0\0\0\0", 32);
+    AudioBytes("gne\0\x02\0\0\0\x01\x01\x30\x03\x80\xbb\0\0\0\x77\x01\0\x02\x01\x0f\0\0\0\0\0\0\0\0\0", 32);
 AudioTrack const audio{Language("eng"), AudioCoding::Ac3, 0x101, 0x30, 3, 48000, 96000, 2, 1, 0x0f};
-std::string const pageBytes("ued\0\x04\x01\x08\x88\x02\x09\0\0\0\0\0\0", 16);
+std::string const PageBytes("ued\0\x04\x01\x08\x88\x02\x09\0\0\0\0\0\0", 16);
 TeletextPage const page{Language("deu"), 0x104, 8, 0x88, 2, 9};
-std::string const subtitleBytes("arf\0\x01\0\0\0\x03\x01\x01\x02\x03\x04\x10\x01\x07\x77\x2a\0\0\0\0\0", 24);
+std::string const SubtitleBytes("arf\0\x01\0\0\0\x03\x01\x01\x02\x03\x04\x10\x01\x07\x77\x2a\0\0\0\0\0", 24);
 Subtitle const subtitle{Language("fra"), SubtitleKind::Dvb, 0x103, 0x201, 0x403, 0x10, 1, 7, 0x77, 0x2a};
-std::string const textBytes("npj\0\x01\0\0\0\x05\x01\x12\0\x38\x02\0\0", 16);
+std::string const TextBytes("npj\0\x01\0\0\0\x05\x01\x12\0\x38\x02\0\0", 16);
 IsdbText const text{Language("jpn"), IsdbTextKind::Superimpose, 0x105, 0x12, 0x38, 2};
 
 TEST_F(FunctionTest, RecordsOfTheBroadcast)
 {
-    Check(Row(Request("GetAudio", {{"index", "4294967295"}}), Reply({{"audio", audioBytes}}), audio,
+    Check(Row(Request("GetAudio", {{"index", "4294967295"}}), Reply({{"audio", AudioBytes}}), audio,
               [](auto& tv, auto... more) { return tv.Broadcast().GetAudio(4294967295U, more...); }));
-    Check(Row(Request("GetTTX", {{"index", "1"}}), Reply({{"ttx", pageBytes}}), page,
+    Check(Row(Request("GetTTX", {{"index", "1"}}), Reply({{"ttx", PageBytes}}), page,
               [](auto& tv, auto... more) { return tv.Broadcast().GetTTX(1, more...); }));
-    Check(Row(Request("GetPreferredTTXSubtitle"), Reply({{"ttxSubtitle", pageBytes}}), page,
+    Check(Row(Request("GetPreferredTTXSubtitle"), Reply({{"ttxSubtitle", PageBytes}}), page,
               [](auto& tv, auto... more) { return tv.Broadcast().GetPreferredTTXSubtitle(more...); }));
     Check(Row(Request("GetHybridSBT", {{"index", "0"}}),
-              Reply({{"landCode", "6713953"}, {"hybridSbt", subtitleBytes}}),
+              Reply({{"landCode", "6713953"}, {"hybridSbt", SubtitleBytes}}),
               HybridSBTAnswer{Language("fra"), subtitle},
               [](auto& tv, auto... more) { return tv.Broadcast().GetHybridSBT(0, more...); }));
-    Check(Row(Request("GetPreferredHybridSBT"), Reply({{"landCode", "0"}, {"hybridSbt", subtitleBytes}}),
+    Check(Row(Request("GetPreferredHybridSBT"), Reply({{"landCode", "0"}, {"hybridSbt", SubtitleBytes}}),
               PreferredHybridSBTAnswer{Language(), subtitle},
               [](auto& tv, auto... more) { return tv.Broadcast().GetPreferredHybridSBT(more...); }));
-    Check(Row(Request("GetISDBText", {{"mode", "1"}, {"index", "2"}}), Reply({{"isdbText", textBytes}}), text,
+    Check(Row(Request("GetISDBText", {{"mode", "1"}, {"index", "2"}}), Reply({{"isdbText", TextBytes}}), text,
               [](auto& tv, auto... more) {
                   return tv.Broadcast().GetISDBText(IsdbTextKind::Superimpose, 2, more...);
               }));
@@ -114,7 +114,7 @@ TEST_F(FunctionTest, ListsAskForTheSizeAndThenForEachElement)
 {
     m_service->Answer("SizeOfHybridSBT", {{"result_internal", "1"}, {"size", "2"}});
     m_service->AnswerBy("GetHybridSBT", [](WireMessage const& request) {
-        std::string bytes = subtitleBytes;
+        std::string bytes = SubtitleBytes;
         bytes[8] = request.Value("index").front(); // the PID
         return Entries({{"result_internal", "1"}, {"landCode", "0"}, {"hybridSbt", bytes}});
     });
@@ -138,7 +138,7 @@ TEST_F(FunctionTest, AListFailsWithTheFirstRequestThatFails)
     m_service->Answer("SizeOfAudio", {{"result_internal", "1"}, {"size", "2"}});
     m_service->AnswerBy("GetAudio", [](WireMessage const& request) {
         return Entries(
-            {{"result_internal", request.Value("index") == "0" ? "1" : "0"}, {"audio", audioBytes}});
+            {{"result_internal", request.Value("index") == "0" ? "1" : "0"}, {"audio", AudioBytes}});
     });
     EXPECT_EQ(KindOf(m_television->Broadcast().AudioTracks()), "refused");
     Outcome<std::vector<AudioTrack>> outcome;

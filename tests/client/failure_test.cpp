@@ -46,13 +46,13 @@ protected:
     }
 };
 
-TEST_F(FailureTest, ARefusalNeedsNoValues)
+TEST_F(FailureTest, ARefusalMayOmitTheValues)
 {
     m_service->Answer("GetFirstPTS", {{"result_internal", "0"}});
     Check(FailureKind::Refused, "", "it answered with the result 0");
 }
 
-TEST_F(FailureTest, AMalformedValueIsNamed)
+TEST_F(FailureTest, NamesAMalformedValue)
 {
     Answer("1", "two");
     Check(FailureKind::MalformedReply, "firstPTS", "expected an unsigned 64-bit decimal number, got \"two\"");
@@ -104,13 +104,13 @@ TEST_F(FailureTest, AMessageThatIsTooLargeIsNotSent)
     EXPECT_EQ(KindOf(m_television->Guide().CloneUSBToTV("small")), "malformed reply") << "connected still";
 }
 
-TEST_F(FailureTest, AServiceWithoutTheEndpointIsNamed)
+TEST_F(FailureTest, ReportsAServiceWithoutTheEndpoint)
 {
     m_service->SetPartnerName("");
     Check(FailureKind::NoService, "dbusname", "the service has no endpoint for PLAYERCONTROL");
 }
 
-TEST_F(FailureTest, AnEndpointThatIsNoUniqueNameIsMalformed)
+TEST_F(FailureTest, AnEndpointWithoutAUniqueNameIsMalformed)
 {
     for (char const* wrong : {"no name", "org.corvel.zviptvapi.dbushelper"}) {
         m_service->SetPartnerName(wrong);
@@ -155,7 +155,7 @@ TEST_F(FailureTest, WithoutABusCallsFailAtOnce)
     EXPECT_LT(std::chrono::steady_clock::now() - start, 1900ms);
 }
 
-TEST(NoBus, ATelevisionIsMadeAllTheSame)
+TEST(NoBus, ATelevisionIsCreatedNevertheless)
 {
     Television::Options options;
     options.busAddress = "unix:path=/nonexistent/bus";

@@ -13,7 +13,7 @@ std::chrono::system_clock::time_point At(long long seconds)
     return std::chrono::system_clock::time_point(std::chrono::seconds(seconds));
 }
 
-std::string const filmJson =
+std::string const FilmJson =
     R"({"channel":"ZV Sample One","description":"Nobody who went down has come up again.","duration":10800,)"
     R"("episode":"S02E05","event_id":4294967295,"genres":["Movie","Horror"],"icon":"https://guide.example/x.png",)"
     R"("language":"en","rating":{"minimum_age":17,"system":"MPAA","value":"R"},"service_id":"18446744073709551615",)"
@@ -48,10 +48,10 @@ WireEntries Data(std::string const& value)
 TEST_F(FunctionTest, ProgrammesOfTheGuide)
 {
     std::optional<Programme> const film = Film();
-    Check(Row(Entries({{"functionname", "GetProgram"}, {"index", "4294967295"}}), Data(filmJson), film,
+    Check(Row(Entries({{"functionname", "GetProgram"}, {"index", "4294967295"}}), Data(FilmJson), film,
               [](auto& tv, auto... more) { return tv.Guide().GetProgram(4294967295U, more...); }));
     Check(Row(Entries({{"functionname", "GetPresentProgram"}, {"inID", "18446744073709551615"}}),
-              Data(filmJson), film, [](auto& tv, auto... more) {
+              Data(FilmJson), film, [](auto& tv, auto... more) {
                   return tv.Guide().GetPresentProgram(18446744073709551615ULL, more...);
               }));
     Check(Row(Entries({{"functionname", "FindProgram"}, {"inID", "1"}, {"eventID", "4294967295"}}), Data(""),
@@ -62,13 +62,13 @@ TEST_F(FunctionTest, ProgrammesOfTheGuide)
                  {"inID", "3"},
                  {"startTime", "1774677600"},
                  {"duration", "3600"}}),
-        Data("[" + filmJson + "," + filmJson + "]"), std::vector<Programme>{*film, *film},
+        Data("[" + FilmJson + "," + FilmJson + "]"), std::vector<Programme>{*film, *film},
         [](auto& tv, auto... more) { return tv.Guide().GetProgramList(3, At(1774677600), 1h, more...); }));
     Check(Row(Entries({{"functionname", "GetProgramIPG"},
                        {"inID", "{\n\t\"duration\" : 0,\n\t\"event_id\" : 2,\n\t\"service_id\" : \"1\",\n"
                                 "\t\"start_time\" : 1774719900\n}\n"},
                        {"program", "1"}}),
-              Data(filmJson), film, [](auto& tv, auto... more) {
+              Data(FilmJson), film, [](auto& tv, auto... more) {
                   return tv.Guide().GetProgram(ProgrammeId{1, 0x10002, At(1774719900), 0s}, Neighbour::Next,
                                                more...);
               }));
@@ -96,7 +96,7 @@ TEST_F(FunctionTest, OtherFunctionsOfTheGuide)
               [](auto& tv, auto... more) { return tv.Guide().CloneUSBToTV("/tmp/guide.xml", more...); }));
 }
 
-TEST_F(FunctionTest, WhatTheGuideCannotMeanIsMalformed)
+TEST_F(FunctionTest, RefusesMalformedGuideData)
 {
     std::string const deep(100000, '[');
     for (std::string const& wrong : std::vector<std::string>{
@@ -118,7 +118,7 @@ TEST_F(FunctionTest, WhatTheGuideCannotMeanIsMalformed)
     EXPECT_FALSE((*m_television->Guide().GetPresentProgram(1)).has_value());
 }
 
-TEST_F(FunctionTest, TimesThatTheProtocolHasNoNumbersForAreInvalidArguments)
+TEST_F(FunctionTest, TimesOutsideTheProtocolAreInvalidArguments)
 {
     auto const early = m_television->Guide().GetProgramListSize(1, At(-1), 1s);
     ASSERT_EQ(KindOf(early), "invalid argument");
@@ -135,7 +135,7 @@ TEST_F(FunctionTest, TimesThatTheProtocolHasNoNumbersForAreInvalidArguments)
     EXPECT_TRUE(m_service->Requests().empty());
 }
 
-TEST(Programmes, HaveTextsForPeople)
+TEST(Programmes, HaveReadableTexts)
 {
     Programme const film = Film();
     EXPECT_EQ(ToString(film), "2106-02-07 06:28:15 UTC, 180 min: Cellar Door");

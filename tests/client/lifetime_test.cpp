@@ -135,7 +135,7 @@ TEST_F(TelevisionTest, AListenerMayOutliveIt)
     Listener moved = std::move(listener);
 }
 
-TEST_F(ServiceClientTest, SeveralTelevisionsAndTheObjectsOfTheContractLiveSideBySide)
+TEST_F(ServiceClientTest, SeveralTelevisionsAndFactoryObjectsCoexist)
 {
     IPlayerControl* object = nullptr;
     ASSERT_EQ(CIPTVServiceAPI::CreatePlayerControl(IPTV_PROFILE_DEFAULT, 0, &object), 0);

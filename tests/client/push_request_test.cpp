@@ -55,10 +55,10 @@ protected:
     std::vector<std::string> m_reported;
 };
 
-TEST_F(PushRequestTest, TheServiceIsAskedOnceAndToldTheEnd)
+TEST_F(PushRequestTest, SendsOneRequestAndOneEnd)
 {
-    m_link->Pushes().Want("requestPESCB", true);
-    m_link->Pushes().Want("requestPESCB", true);
+    m_link->Pushes().SetWanted("requestPESCB", true);
+    m_link->Pushes().SetWanted("requestPESCB", true);
     ASSERT_TRUE(AwaitRequests(1));
     ASSERT_TRUE(AwaitAvailable(true));
     EXPECT_EQ(m_service->LastRequest().path, "/org/corvel/zviptvapi/DbusCommunication/IPTVDATASUBSCRIBER");
@@ -66,23 +66,23 @@ TEST_F(PushRequestTest, TheServiceIsAskedOnceAndToldTheEnd)
               Entries({{"functionname", "requestPESCB"}, {"handleID", "256"}, {"on", "1"}}));
     Push("PESCB");
     ASSERT_TRUE(RunUntil([&] { return m_pushed.size() == 1; }));
-    m_link->Pushes().Want("requestCaptionCB", true);
-    m_link->Pushes().Want("requestPESCB", false);
+    m_link->Pushes().SetWanted("requestCaptionCB", true);
+    m_link->Pushes().SetWanted("requestPESCB", false);
     ASSERT_TRUE(AwaitRequests(3));
     EXPECT_THAT(Requests(), ElementsAre("requestPESCB 1", "requestCaptionCB 1", "requestPESCB 0"));
 }
 
-TEST_F(PushRequestTest, AChangeWhileARequestIsUnderWayIsSentAfterIt)
+TEST_F(PushRequestTest, SendsAChangeAfterAnOutstandingRequest)
 {
-    m_link->Pushes().Want("requestPESCB", true);
-    m_link->Pushes().Want("requestPESCB", false);
+    m_link->Pushes().SetWanted("requestPESCB", true);
+    m_link->Pushes().SetWanted("requestPESCB", false);
     ASSERT_TRUE(AwaitRequests(2));
     EXPECT_THAT(Requests(), ElementsAre("requestPESCB 1", "requestPESCB 0"));
 }
 
-TEST_F(PushRequestTest, AServiceThatRestartsIsAskedAgain)
+TEST_F(PushRequestTest, AsksAgainAfterARestart)
 {
-    m_link->Pushes().Want("requestPESCB", true);
+    m_link->Pushes().SetWanted("requestPESCB", true);
     ASSERT_TRUE(AwaitRequests(1));
     for (int i = 0; i < 3; ++i) {
         ASSERT_TRUE(AwaitAvailable(true));
@@ -97,31 +97,31 @@ TEST_F(PushRequestTest, AServiceThatRestartsIsAskedAgain)
     EXPECT_TRUE(m_reported.empty());
 }
 
-TEST_F(PushRequestTest, AServiceThatComesLaterIsAsked)
+TEST_F(PushRequestTest, AsksAServiceThatStartsLater)
 {
     KillService();
     ASSERT_TRUE(AwaitAvailable(false));
-    m_link->Pushes().Want("requestPESCB", true);
+    m_link->Pushes().SetWanted("requestPESCB", true);
     RunPending();
     StartService();
     ASSERT_TRUE(AwaitRequests(1));
 }
 
-TEST_F(PushRequestTest, AServiceThatFailsAtFirstIsAskedAgainAndReportedOnce)
+TEST_F(PushRequestTest, RetriesAfterAFailureAndReportsItOnce)
 {
     int asked = 0;
     m_service->AnswerBy("requestPESCB", [&](WireMessage const&) {
         return ++asked < 3 ? WireAnswer::Error("org.corvel.test.Failed", "not yet")
                            : WireAnswer(Entries({{"result_internal", "1"}}));
     });
-    m_link->Pushes().Want("requestPESCB", true);
+    m_link->Pushes().SetWanted("requestPESCB", true);
     ASSERT_TRUE(AwaitRequests(3));
     EXPECT_THAT(m_reported, ElementsAre("bus error"));
 }
 
-TEST_F(PushRequestTest, ABusThatRestartsIsAskedAgain)
+TEST_F(PushRequestTest, AsksAgainAfterARestartOfTheBus)
 {
-    m_link->Pushes().Want("requestPESCB", true);
+    m_link->Pushes().SetWanted("requestPESCB", true);
     ASSERT_TRUE(AwaitRequests(1));
     ASSERT_TRUE(AwaitAvailable(true));
     KillService();
@@ -130,12 +130,12 @@ TEST_F(PushRequestTest, ABusThatRestartsIsAskedAgain)
     ASSERT_TRUE(AwaitRequests(1));
 }
 
-TEST_F(PushRequestTest, AnEndpointThatLeavesAloneIsReplaced)
+TEST_F(PushRequestTest, ReplacesAnEndpointThatLeavesAlone)
 {
     auto endpoint = std::make_unique<WirePeer>(m_bus.Address());
     endpoint->SetHandler([](WireMessage const&) { return Entries({{"result_internal", "1"}}); });
     m_service->SetPartnerName(endpoint->Name());
-    m_link->Pushes().Want("requestPESCB", true);
+    m_link->Pushes().SetWanted("requestPESCB", true);
     ASSERT_TRUE(AwaitAvailable(true));
     ASSERT_TRUE(RunUntil([&] {
         return endpoint->WaitFor([](WireMessage const& message) { return message.Value("on") == "1"; }, 0ms)
@@ -154,7 +154,7 @@ TEST_F(PushRequestTest, APushHandlerMayEndTheLink)
         m_link->End();
         m_pushed.push_back(message.GetValue("functionname"));
     });
-    m_link->Pushes().Want("requestPESCB", true);
+    m_link->Pushes().SetWanted("requestPESCB", true);
     ASSERT_TRUE(AwaitRequests(1));
     Push("PESCB");
     Push("PESCB");

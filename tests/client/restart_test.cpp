@@ -20,7 +20,7 @@ protected:
         m_television->OnAvailability([this](bool isAvailable) { m_told.push_back(isAvailable); });
 };
 
-TEST_F(RestartTest, AvailabilityIsToldWhenItChanges)
+TEST_F(RestartTest, AvailabilityIsReportedWhenItChanges)
 {
     EXPECT_FALSE(m_television->IsAvailable());
     ASSERT_TRUE(AwaitAvailable(true));
@@ -35,7 +35,7 @@ TEST_F(RestartTest, AvailabilityIsToldWhenItChanges)
     EXPECT_EQ(m_told.size(), 3U);
 }
 
-TEST_F(RestartTest, CallsWorkAgainWithoutCreatingAnything)
+TEST_F(RestartTest, CallsWorkAgainAfterARestart)
 {
     for (int i = 0; i < 3; ++i) {
         ASSERT_TRUE(AwaitAvailable(true));
@@ -63,7 +63,7 @@ TEST_F(RestartTest, ABlockingCallNoticesARestartWithoutALoop)
     }
 }
 
-TEST_F(RestartTest, ABlockingCallIsSentAgainIfNobodyGotIt)
+TEST_F(RestartTest, ABlockingCallIsRepeatedIfItWasNotReceived)
 {
     EXPECT_TRUE(Succeeded(player().MuteAudio(true)));
     KillService();
@@ -72,7 +72,7 @@ TEST_F(RestartTest, ABlockingCallIsSentAgainIfNobodyGotIt)
     EXPECT_EQ(m_service->Requests().size(), 1U);
 }
 
-TEST_F(RestartTest, ABlockingCallThatWasUnderWayIsNotSentAgain)
+TEST_F(RestartTest, ABlockingCallIsNotRepeatedIfItWasReceived)
 {
     EXPECT_TRUE(Succeeded(player().MuteVideo(true)));
     m_service->AnswerNothing("MuteAudio");
@@ -99,7 +99,7 @@ TEST_F(RestartTest, OutstandingCallsFailWhenTheServiceLeaves)
     EXPECT_FALSE(m_television->IsAvailable());
 }
 
-TEST_F(RestartTest, AnEndpointThatLeavesAloneIsAskedForAgain)
+TEST_F(RestartTest, RequestsAnEndpointThatLeftAgain)
 {
     auto endpoint = std::make_unique<WirePeer>(m_bus.Address());
     endpoint->SetHandler([](WireMessage const&) { return Entries({{"result_internal", "1"}}); });
@@ -120,7 +120,7 @@ TEST_F(RestartTest, AnEndpointThatLeavesAloneIsAskedForAgain)
     EXPECT_TRUE(Succeeded(player().MuteAudio(true)));
 }
 
-TEST_F(RestartTest, AnEndpointThatLeftUnnoticedIsAskedForAgain)
+TEST_F(RestartTest, RequestsAnEndpointThatLeftUnnoticedAgain)
 {
     auto endpoint = std::make_unique<WirePeer>(m_bus.Address());
     endpoint->SetHandler([](WireMessage const&) { return Entries({{"result_internal", "1"}}); });
@@ -134,7 +134,7 @@ TEST_F(RestartTest, AnEndpointThatLeftUnnoticedIsAskedForAgain)
     EXPECT_TRUE(Succeeded(*outcome));
 }
 
-TEST_F(RestartTest, TheBusMayRestart)
+TEST_F(RestartTest, SurvivesARestartOfTheBus)
 {
     ASSERT_TRUE(AwaitAvailable(true));
     Outcome<void> outstanding;

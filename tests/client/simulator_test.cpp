@@ -30,7 +30,7 @@ protected:
     Television m_television;
 };
 
-TEST_F(SimulatorTest, ItsAnswersAreRead)
+TEST_F(SimulatorTest, ReadsItsAnswers)
 {
     ASSERT_TRUE(AwaitAvailable(true));
     // The tables of the stream are read in the first seconds.
@@ -55,7 +55,7 @@ TEST_F(SimulatorTest, ItsAnswersAreRead)
     EXPECT_EQ(KindOf(m_television.Player().SetCurrentAudioByIndex(7)), "refused");
 }
 
-TEST_F(SimulatorTest, ItsGuideIsRead)
+TEST_F(SimulatorTest, ReadsItsGuide)
 {
     ASSERT_TRUE(AwaitAvailable(true));
     auto const now = m_television.Guide().GetPresentProgram(1);
@@ -79,7 +79,7 @@ TEST_F(SimulatorTest, ItsGuideIsRead)
     EXPECT_FALSE(none->has_value());
 }
 
-TEST_F(SimulatorTest, ItMayBeKilledAndComeBack)
+TEST_F(SimulatorTest, SurvivesAKillAndARestart)
 {
     ASSERT_TRUE(AwaitAvailable(true));
     ASSERT_TRUE(Succeeded(m_television.Player().MuteAudio(true)));

@@ -71,7 +71,7 @@ TEST_F(StateWatcherTest, AfterARestartOnlyChangesAreReported)
     EXPECT_THAT(m_texts, ElementsAre("audio track: 0 -> 1", "audio track: 1 -> 0", "audio track: 0 -> 1"));
 }
 
-TEST_F(StateWatcherTest, AServiceThatComesLaterIsReportedWhole)
+TEST_F(StateWatcherTest, AServiceThatStartsLaterIsReportedCompletely)
 {
     KillService();
     Watch({10min, 7});
@@ -96,7 +96,7 @@ TEST_F(StateWatcherTest, NoEventFollowsTheEndOfTheWatcher)
     EXPECT_LE(Count("GetSourceState"), asked);
 }
 
-TEST_F(StateWatcherTest, AWatcherMayEndWhileItsQuestionsAreOutstanding)
+TEST_F(StateWatcherTest, AWatcherMayEndWithOutstandingRequests)
 {
     m_service->AnswerNothing("GetSourceState");
     Watch();

@@ -33,7 +33,7 @@ TEST_F(StateWatcherTest, TheFirstEventIsTheWholeState)
               "2026-03-28 21:30:00 UTC, 180 min: Cellar Door");
 }
 
-TEST_F(StateWatcherTest, NothingIsReportedWithoutAChange)
+TEST_F(StateWatcherTest, ReportsNothingWithoutAChange)
 {
     Watch();
     ASSERT_TRUE(AwaitEvents(1));
@@ -53,7 +53,7 @@ TEST_F(StateWatcherTest, EachChangeIsAnEventWithTheOldAndTheNewValue)
     EXPECT_EQ(audio->after, 1);
     Lock(*m_service, "1");
     ASSERT_TRUE(AwaitEvents(3));
-    m_service->Answer("GetPresentProgram", {{"data", nextFilm}});
+    m_service->Answer("GetPresentProgram", {{"data", NextFilm}});
     ASSERT_TRUE(AwaitEvents(4));
     m_service->Answer("GetSourceState", {{"result_internal", "1"}, {"sourcestate", "3"}});
     ASSERT_TRUE(AwaitEvents(5));
@@ -101,7 +101,7 @@ TEST_F(StateWatcherTest, ListsAndTheirSelectionsAreReported)
                             "teletext page: none -> 0", "superimpose: none -> 0"));
 }
 
-TEST_F(StateWatcherTest, WithoutAServiceIdNoProgrammeIsAskedFor)
+TEST_F(StateWatcherTest, RequestsNoProgrammeWithoutAServiceId)
 {
     Watch({5ms, std::nullopt});
     ASSERT_TRUE(AwaitEvents(1));
@@ -109,7 +109,7 @@ TEST_F(StateWatcherTest, WithoutAServiceIdNoProgrammeIsAskedFor)
     EXPECT_FALSE(m_watcher->State().present);
 }
 
-TEST_F(StateWatcherTest, AFailingQuestionKeepsItsValueAndIsReportedOnce)
+TEST_F(StateWatcherTest, AFailedRequestKeepsItsValueAndIsReportedOnce)
 {
     std::vector<Failure> failures;
     m_television->OnError([&](Failure const& failure) { failures.push_back(failure); });
@@ -131,7 +131,7 @@ TEST_F(StateWatcherTest, AFailingQuestionKeepsItsValueAndIsReportedOnce)
     EXPECT_EQ(m_watcher->State().audio, 1);
 }
 
-TEST_F(StateWatcherTest, ARefusedQuestionHasNoValue)
+TEST_F(StateWatcherTest, ARefusedRequestHasNoValue)
 {
     Watch();
     ASSERT_TRUE(AwaitEvents(1));
@@ -146,7 +146,7 @@ TEST_F(StateWatcherTest, ARefusedQuestionHasNoValue)
                                      "programme lock: not locked -> none"));
 }
 
-TEST_F(StateWatcherTest, AListThatChangesMeanwhileIsTakenFromTheNextRound)
+TEST_F(StateWatcherTest, TakesAListThatChangesFromTheNextRound)
 {
     Watch();
     ASSERT_TRUE(AwaitEvents(1));

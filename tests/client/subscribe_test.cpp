@@ -10,7 +10,7 @@ using testing::ElementsAre;
 namespace {
 
 /// A PES packet of private data with the PTS 90000 and the payload "abc".
-std::string const packetBytes("\0\0\1\xbd\0\x0b\x80\x80\x05\x21\0\x05\xbf\x21"
+std::string const PacketBytes("\0\0\1\xbd\0\x0b\x80\x80\x05\x21\0\x05\xbf\x21"
                               "abc",
                               17);
 
@@ -25,7 +25,7 @@ protected:
                                    {"pesType", "2"},
                                    {"pesPID", pid},
                                    {"pesPTS", "90000"},
-                                   {"pesData", packetBytes}}));
+                                   {"pesData", PacketBytes}}));
     }
     bool AwaitRequest(std::string const& function, std::string const& on)
     {
@@ -37,7 +37,7 @@ protected:
     }
 };
 
-TEST_F(SubscribeTest, PacketsComeToTheSubscriptionsTheyPass)
+TEST_F(SubscribeTest, PacketsReachMatchingSubscriptions)
 {
     std::vector<PesPacket> kept;
     int all = 0;
@@ -58,7 +58,7 @@ TEST_F(SubscribeTest, PacketsComeToTheSubscriptionsTheyPass)
     EXPECT_EQ(m_service->Requests().size(), 1U) << "one subscription of the contract for both";
 }
 
-TEST_F(SubscribeTest, TheServiceIsToldWhenTheLastSubscriptionEnds)
+TEST_F(SubscribeTest, ReportsTheEndOfTheLastSubscription)
 {
     Subscription captions = m_television->SubscribeCaptions([](CaptionData const&) {});
     ASSERT_TRUE(AwaitRequest("requestCaptionCB", "1"));
@@ -66,7 +66,7 @@ TEST_F(SubscribeTest, TheServiceIsToldWhenTheLastSubscriptionEnds)
     ASSERT_TRUE(AwaitRequest("requestCaptionCB", "0"));
 }
 
-TEST_F(SubscribeTest, PacketsComeAgainAfterARestart)
+TEST_F(SubscribeTest, PacketsArriveAgainAfterARestart)
 {
     int packets = 0;
     Subscription const subscription = m_television->SubscribePes({}, [&](PesPacket const&) { ++packets; });

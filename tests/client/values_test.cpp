@@ -34,7 +34,7 @@ TEST(ResultDeathTest, ReadingTheWrongSideEndsTheProcessWithAMessage)
     EXPECT_DEATH((void)Result<void>().GetFailure(), "the failure of a successful call was read");
 }
 
-TEST(Failures, HaveTheWordsOfTheContractsKinds)
+TEST(Failures, HaveTheNamesOfTheFailureKinds)
 {
     std::vector<std::string> words;
     for (int i = 0; i < 12; ++i) {

@@ -70,7 +70,7 @@ class Files(unittest.TestCase):
         for style in SITE.rglob("*.css"):
             self.assertEqual(re.findall(r"(?:@import|url\()[ '\"]*(?:https?:|/)[^;)]*", style.read_text()), [], style)
 
-    def test_no_file_names_a_folder_of_the_machine(self):
+    def test_no_file_contains_a_folder_of_the_machine(self):
         for file in filter(Path.is_file, SITE.rglob("*")):
             self.assertNotIn(str(ROOT).encode() + b"/", file.read_bytes(), file)
 

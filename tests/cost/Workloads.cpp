@@ -107,7 +107,7 @@ Workload Announce()
 }
 
 /// A message of `entries` values of `size` bytes, there and back.
-Workload ThereAndBack(char const* name, int rounds, std::size_t entries, std::size_t size)
+Workload RoundTrip(char const* name, int rounds, std::size_t entries, std::size_t size)
 {
     auto const message = std::make_shared<CMessageBuffer>();
     auto const prepare = [=] { *message = MakeMessage(entries, size); };
@@ -128,8 +128,8 @@ std::vector<Workload> AllWorkloads()
             GetRatingInfo(),
             PushPES(),
             Announce(),
-            ThereAndBack("peer_message_1000_entries", 10, 1000, 16),
-            ThereAndBack("peer_message_1_mib", 10, 1, LargeSize)};
+            RoundTrip("peer_message_1000_entries", 10, 1000, 16),
+            RoundTrip("peer_message_1_mib", 10, 1, LargeSize)};
 }
 
 } // namespace zviptv::test

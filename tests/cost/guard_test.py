@@ -42,11 +42,11 @@ class Compare(unittest.TestCase):
             self.assertEqual(len(over), 1, name)
             self.assertIn(name, over[0])
 
-    def test_what_cost_nothing_may_not_begin_to(self):
+    def test_a_workload_without_allocations_must_stay_so(self):
         over, _ = guard.compare({**BASELINE, "allocations": 1.0}, {**BASELINE, "allocations": 0.0})
         self.assertEqual(len(over), 1)
 
-    def test_what_got_cheaper_is_told(self):
+    def test_reports_what_became_cheaper(self):
         over, under = guard.compare({**BASELINE, "allocations": 18.0}, BASELINE)
         self.assertEqual(over, [])
         self.assertIn("-10.0%", under[0])
@@ -59,12 +59,12 @@ class Check(unittest.TestCase):
               contextlib.redirect_stdout(io.StringIO()) as said):
             return guard.check("program", "one", {"versions": [], "workloads": {"one": BASELINE}}), said.getvalue()
 
-    def test_within_the_limit_it_passes_and_says_what_it_found(self):
+    def test_passes_within_the_limit_and_reports_the_figures(self):
         passed, said = self.verdict(BASELINE)
         self.assertTrue(passed)
         self.assertIn("instructions: 1000.0", said)
 
-    def test_over_the_limit_it_fails_and_says_how_to_renew(self):
+    def test_fails_over_the_limit_and_reports_how_to_update(self):
         passed, said = self.verdict({**BASELINE, "instructions": 1100.0})
         self.assertFalse(passed)
         self.assertIn("OVER THE LIMIT of +5%: instructions: 1100.0 a round", said)

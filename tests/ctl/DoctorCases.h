@@ -41,7 +41,7 @@ constexpr char ReloadConfig[] = "sudo dbus-send --system --print-reply --dest=or
 constexpr char StartsTheSimulator[] =
     "The last command starts the simulator; start your own service as its documentation says.";
 
-class DoctorOnAWrongMachine : public testing::TestWithParam<WrongCase>
+class DoctorOnMisconfiguredMachine : public testing::TestWithParam<WrongCase>
 {
 };
 

@@ -49,7 +49,7 @@ inline ctl::doctor::Facts MachineWithoutService()
 }
 
 /// A shell of the simulator: a bus that lets everybody do everything, and no accounts.
-inline ctl::doctor::Facts HealthyDesk()
+inline ctl::doctor::Facts HealthySimulator()
 {
     ctl::doctor::Facts facts = HealthyMachine();
     facts.bus.address = "unix:abstract=zviptv-bus-1";

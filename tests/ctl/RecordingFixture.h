@@ -11,14 +11,14 @@
 namespace zviptv::test {
 
 /// A stream that ffmpeg makes: the frames of a codec at PID 0x100.
-struct MadeStream
+struct GeneratedStream
 {
     char const* name;   ///< of the codec, as ffprobe has it
     Words options;      ///< of ffmpeg, from the input to the codec
     char const* frames; ///< their number, as ffprobe counts them
 };
 
-inline void PrintTo(MadeStream const& stream, std::ostream* out)
+inline void PrintTo(GeneratedStream const& stream, std::ostream* out)
 {
     *out << stream.name;
 }

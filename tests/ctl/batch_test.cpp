@@ -102,7 +102,7 @@ TEST_F(BatchTest, WordsAreQuotedAsInAShell)
     EXPECT_EQ(m_service.LastRequest().entries, Entries({{"functionname", "SetAppID"}, {"AppID", "[a,b]"}}));
 }
 
-TEST_F(BatchTest, ABadLineIsAnErrorAndTheRestGoesOn)
+TEST_F(BatchTest, ReportsABadLineAndContinues)
 {
     m_service.Answer("MuteVideo", {{"result_internal", "0"}});
     std::string const withZero{"zero \0 byte\n", 12};
@@ -143,7 +143,7 @@ TEST_F(BatchTest, ABadLineIsAnErrorAndTheRestGoesOn)
 }
 
 /// Nothing of a line is left in the next one.
-TEST_F(BatchTest, OptionsOfALineHoldForItAlone)
+TEST_F(BatchTest, OptionsOfALineApplyToThatLineOnly)
 {
     Run("call --list\n--profile 2 mute audio on\nmute audio on\n", {"--id", "7"});
     std::vector<WireMessage> const requests = m_service.Requests();
@@ -154,7 +154,7 @@ TEST_F(BatchTest, OptionsOfALineHoldForItAlone)
               Entries({{"functionname", "MuteAudio"}, {"handleID", "263"}, {"onoff", "1"}}));
 }
 
-TEST_F(BatchTest, AnswersAtOnceAndOutlivesTheService)
+TEST_F(BatchTest, AnswersAtOnceAndSurvivesTheLossOfTheService)
 {
     Start();
     EXPECT_EQ(Ask("mute audio on")["exitCode"].asInt(), 0);
@@ -172,7 +172,7 @@ TEST_F(BatchTest, AnswersAtOnceAndOutlivesTheService)
     EXPECT_EQ(Finish(*m_child).code, 5);
 }
 
-TEST_F(BatchTest, WithoutAServiceEachCommandSaysSo)
+TEST_F(BatchTest, ReportsAMissingServiceForEachCommand)
 {
     m_service.Vanish();
     CtlResult const result = Run("status\nmethods\nmute audio on\n");
@@ -184,7 +184,7 @@ TEST_F(BatchTest, WithoutAServiceEachCommandSaysSo)
     EXPECT_THAT(ParseJson(lines[2])["error"].asString(), HasSubstr("no service on this bus"));
 }
 
-TEST_F(BatchTest, AReaderThatHasSeenEnoughEndsIt)
+TEST_F(BatchTest, EndsWhenItsReaderClosesThePipe)
 {
     ChildProcess child({"bash", "-c",
                         "yes methods | \"$0\" batch | head -n 1 >/dev/null; exit ${PIPESTATUS[1]}",

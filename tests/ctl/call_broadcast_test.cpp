@@ -48,9 +48,9 @@ std::string IsdbText()
     return FromHex("6e 70 6a 00 01 00 00 00 30 01 08 00 38 01 00 00");
 }
 
-std::string const teletextLines = "ttx.language: deu\nttx.pid: 0x1abc\nttx.magazine: 8\nttx.page: 0x88\n"
+std::string const TeletextLines = "ttx.language: deu\nttx.pid: 0x1abc\nttx.magazine: 8\nttx.page: 0x88\n"
                                   "ttx.type: 2\nttx.componentTag: 0x07\n";
-std::string const subtitleLines =
+std::string const SubtitleLines =
     "subtitle.language: fra\nsubtitle.kind: 1 (DVB)\nsubtitle.pid: 0x0201\n"
     "subtitle.compositionPage: 1\nsubtitle.ancillaryPage: 2\nsubtitle.type: 0x20\n"
     "subtitle.hardOfHearing: 1\nsubtitle.magazine: 0\nsubtitle.page: 0x00\n"
@@ -94,7 +94,7 @@ std::vector<CallCase> TrackCases()
          Type,
          Request("GetTTX", Entries({{"index", "1"}})),
          Reply({{"ttx", Teletext()}}),
-         "result: true\n" + teletextLines},
+         "result: true\n" + TeletextLines},
         {{"GetCurrentTTX"},
          Type,
          Request("GetCurrentTTX"),
@@ -109,7 +109,7 @@ std::vector<CallCase> TrackCases()
          Type,
          Request("GetHybridSBT", Entries({{"index", "2"}})),
          Reply({{"landCode", Korean}, {"hybridSbt", Subtitle()}}),
-         "result: true\nlanguage: kor\n" + subtitleLines},
+         "result: true\nlanguage: kor\n" + SubtitleLines},
         {{"CheckHardOfHearingSBT"},
          Type,
          Request("CheckHardOfHearingSBT"),
@@ -119,7 +119,7 @@ std::vector<CallCase> TrackCases()
          Type,
          Request("GetPreferredHybridSBT"),
          Reply({{"landCode", English}, {"hybridSbt", Subtitle()}}),
-         "result: true\nlanguage: eng\n" + subtitleLines},
+         "result: true\nlanguage: eng\n" + SubtitleLines},
         {{"GetCurrentHybridSBT"},
          Type,
          Request("GetCurrentHybridSBT"),
@@ -129,7 +129,7 @@ std::vector<CallCase> TrackCases()
          Type,
          Request("GetPreferredTTXSubtitle"),
          Reply({{"ttxSubtitle", Teletext()}}),
-         "result: true\n" + teletextLines},
+         "result: true\n" + TeletextLines},
     };
 }
 

@@ -25,7 +25,7 @@ TEST_F(CtlTest, JsonNamesLanguagesTwice)
     EXPECT_EQ(result.output, "{\"index\":2,\"language\":6647399,\"languageCode\":\"eng\",\"result\":true}\n");
 }
 
-TEST_F(CtlTest, JsonOfARefusalHoldsTheValuesToo)
+TEST_F(CtlTest, JsonOfARefusalContainsTheValues)
 {
     m_service.Answer("GetSourceState", {{"result_internal", "0"}, {"sourcestate", "4"}});
     CtlResult const result = RunCtl({"call", "--json", "GetSourceState"});
@@ -64,13 +64,13 @@ TEST_F(CtlTest, JsonTextsAreUtf8)
               "{\"genre\":\"\xed\x95\x9c \\\"x\\\"\\n\xef\xbf\xbd\",\"result\":true}\n");
 }
 
-TEST_F(CtlTest, TheHandleIsChosenByOptions)
+TEST_F(CtlTest, OptionsSelectTheHandle)
 {
     EXPECT_EQ(RunCtl({"--profile", "2", "--id", "0x10005", "call", "MuteAudio", "1"}).code, 0);
     EXPECT_EQ(m_service.LastRequest().Value("handleID"), "517");
 }
 
-TEST_F(CtlTest, LogLinesGoToStandardErrorOnRequestOnly)
+TEST_F(CtlTest, WritesTheLogToStandardErrorOnlyOnRequest)
 {
     CtlResult const result = RunCtl({"call", "MuteAudio", "1", "--log"});
     EXPECT_EQ(result.output, "result: true\n");

@@ -63,7 +63,7 @@ TEST_F(CaptionTextTest, JsonHasOneObjectForEachCaption)
               "\n");
 }
 
-TEST_F(CaptionTextTest, PageIsShownAlone)
+TEST_F(CaptionTextTest, ShowsOnlyTheChosenPage)
 {
     CtlResult const result = Play({"caption", "--text", "--page", "889", "--count", "3"});
     EXPECT_EQ(result.code, 0) << result.errors;

@@ -45,7 +45,7 @@ protected:
     }
 };
 
-TEST_F(CommandsTest, AListThatCannotBeIsNotAskedFor)
+TEST_F(CommandsTest, RefusesAnImpossibleListWithoutACall)
 {
     m_service.Answer("SizeOfAudio", {{"result_internal", "1"}, {"size", "-1"}});
     CtlResult const result = RunCtl({"audio", "list"});
@@ -72,7 +72,7 @@ TEST_F(CommandsTest, AudioListIsATable)
     EXPECT_TRUE(json["audio"][1]["channels"].isNull());
 }
 
-TEST_F(CommandsTest, ARefusedListEndsWithOne)
+TEST_F(CommandsTest, ARefusedListEndsWithExitCode1)
 {
     m_service.Answer("SizeOfAudio", {{"result_internal", "0"}, {"size", "0"}});
     CtlResult const result = RunCtl({"audio", "list"});
@@ -86,7 +86,7 @@ TEST_F(CommandsTest, ARefusedListEndsWithOne)
     EXPECT_EQ(json.errors, result.errors);
 }
 
-TEST_F(CommandsTest, SelectingAsksForTheIndex)
+TEST_F(CommandsTest, SelectingSendsTheIndex)
 {
     EXPECT_EQ(RequestOf({"audio", "select", "1"}, "audio track 1 selected\n"),
               Entries({{"functionname", "SetCurrentAudioByIndex"}, {"handleID", "256"}, {"index", "1"}}));

@@ -8,8 +8,8 @@ namespace {
 
 using testing::HasSubstr;
 
-constexpr char allTypes[] = "PLAYERCONTROL, BROADCASTDATA, IPTVDATASUBSCRIBER, IPGUTIL";
-constexpr char allFunctions[] = "GetSourceState, SizeOfAudio, requestPESCB, ExistXmlForIPG";
+constexpr char AllTypes[] = "PLAYERCONTROL, BROADCASTDATA, IPTVDATASUBSCRIBER, IPGUTIL";
+constexpr char AllFunctions[] = "GetSourceState, SizeOfAudio, requestPESCB, ExistXmlForIPG";
 
 /// An answer of the service, and how the doctor reports it.
 struct AnswerCase
@@ -30,7 +30,7 @@ class DoctorOfAHelper : public DoctorOfAService, public testing::WithParamInterf
 {
 };
 
-TEST_P(DoctorOfAHelper, NamesTheKey)
+TEST_P(DoctorOfAHelper, ReportsTheKey)
 {
     AnswerCase const& naming = GetParam();
     m_service.AnswerAnnouncements([&](Announcement const& announcement) {
@@ -39,7 +39,7 @@ TEST_P(DoctorOfAHelper, NamesTheKey)
     Diagnosis const diagnosis = Diagnose();
     EXPECT_EQ(diagnosis.result.code, naming.code);
     EXPECT_EQ(diagnosis.Wrong(), "endpoints");
-    EXPECT_EQ(diagnosis.Text("endpoints"), naming.text + ": " + allTypes);
+    EXPECT_EQ(diagnosis.Text("endpoints"), naming.text + ": " + AllTypes);
     EXPECT_EQ(diagnosis.Text("requests"), "not checked: no endpoint is known");
     EXPECT_NE(diagnosis.Command("endpoints"), "");
     EXPECT_THAT(diagnosis.checks.at("endpoints")["note"].asString(),
@@ -61,7 +61,7 @@ INSTANTIATE_TEST_SUITE_P(
                    "\"dbusname\" is :1.4711, which nobody owns, in the answer to announcements"}),
     [](auto const& given) { return std::string(given.param.name); });
 
-TEST_F(DoctorOfAService, NamesTheOneEndpointThatIsMissing)
+TEST_F(DoctorOfAService, ReportsTheMissingEndpoint)
 {
     m_service.AnswerAnnouncements([&](Announcement const& announcement) {
         return WirePairs{{"dbusname", announcement.type == "IPGUTIL" ? "" : m_service.Name()}};
@@ -73,7 +73,7 @@ TEST_F(DoctorOfAService, NamesTheOneEndpointThatIsMissing)
 }
 
 /// The service has answered the announcement of a channel's end.
-TEST_F(DoctorOfAService, SaysThatAnnouncementsOfNewChannelsFail)
+TEST_F(DoctorOfAService, ReportsThatAnnouncementsFail)
 {
     m_service.AnswerAnnouncements([](Announcement const& announcement) {
         return announcement.add == "n" ? WireAnswer(WirePairs{})
@@ -90,7 +90,7 @@ class DoctorOfReplies : public CtlTest, public testing::WithParamInterface<Answe
 {
 };
 
-TEST_P(DoctorOfReplies, NamesTheKey)
+TEST_P(DoctorOfReplies, ReportsTheKey)
 {
     AnswerCase const& reply = GetParam();
     m_service.AnswerByDefault(reply.answer);
@@ -108,15 +108,15 @@ INSTANTIATE_TEST_SUITE_P(
     Answers, DoctorOfReplies,
     testing::Values(
         AnswerCase{"Error", WireAnswer::Error("org.corvel.test.Failed", "not today"), 4,
-                   std::string("requests get the error org.corvel.test.Failed: not today: ") + allFunctions},
+                   std::string("requests get the error org.corvel.test.Failed: not today: ") + AllFunctions},
         AnswerCase{"Silence", WireAnswer::Nothing(), 4,
                    "requests get no answer within 2 seconds: GetSourceState"},
         AnswerCase{"Texts",
                    WireAnswer(WireBody::Variants({TextVariant("result_internal", "1"),
                                                   TextVariant("sourcestate", "2")})),
-                   5, std::string("\"result_internal\" has the type s instead of ay: ") + allFunctions},
+                   5, std::string("\"result_internal\" has the type s instead of ay: ") + AllFunctions},
         AnswerCase{"AnotherType", WireAnswer(WireBody::Strings({"1"})), 5,
-                   std::string("replies have the type (s) instead of (a{sv}): ") + allFunctions},
+                   std::string("replies have the type (s) instead of (a{sv}): ") + AllFunctions},
         AnswerCase{
             "NoValues", WireAnswer(Entries({{"result_internal", "1"}})), 5,
             "\"sourcestate\" is missing: GetSourceState; \"size\" is missing: SizeOfAudio; \"data\" is "
@@ -126,7 +126,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](auto const& given) { return std::string(given.param.name); });
 
 /// The connection that is named has no such object.
-TEST_F(DoctorOfAService, SaysThatAnotherConnectionIsNamed)
+TEST_F(DoctorOfAService, ReportsAnotherConnection)
 {
     m_service.SetPartnerName("org.freedesktop.DBus");
     Diagnosis const diagnosis = Diagnose();

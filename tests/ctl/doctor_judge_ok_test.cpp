@@ -29,9 +29,9 @@ void ExpectFinding(Facts const& facts, std::string const& check, State state, st
     EXPECT_TRUE(finding.commands.empty());
 }
 
-TEST(DoctorJudge, AHealthyMachineIsOkInEveryPoint)
+TEST(DoctorJudge, AHealthyMachinePassesAllChecks)
 {
-    for (Facts const& facts : {HealthyMachine(), HealthyDesk()}) {
+    for (Facts const& facts : {HealthyMachine(), HealthySimulator()}) {
         for (Finding const& finding : Judge(facts)) {
             EXPECT_EQ(static_cast<int>(finding.state), static_cast<int>(State::Ok)) << finding.check;
             EXPECT_NE(finding.text, "") << finding.check;
@@ -39,7 +39,7 @@ TEST(DoctorJudge, AHealthyMachineIsOkInEveryPoint)
     }
 }
 
-TEST(DoctorJudge, WithoutABusOnlyTheVersionIsLookedAt)
+TEST(DoctorJudge, ChecksOnlyTheVersionWithoutABus)
 {
     for (Finding const& finding : Judge(WithoutBus(HealthyMachine(), Reach::Absent, "no such file"))) {
         bool const isLookedAt = finding.check == "bus" || finding.check == "version";
@@ -49,7 +49,7 @@ TEST(DoctorJudge, WithoutABusOnlyTheVersionIsLookedAt)
     }
 }
 
-TEST(DoctorJudge, WithoutAServiceItsOwnChecksAreNotLookedAt)
+TEST(DoctorJudge, SkipsTheServiceChecksWithoutAService)
 {
     for (char const* const check : {"owner", "main loop", "protocol", "endpoints", "requests"}) {
         ExpectFinding(MachineWithoutService(), check, State::Unknown, "not checked: there is no service");
@@ -57,7 +57,7 @@ TEST(DoctorJudge, WithoutAServiceItsOwnChecksAreNotLookedAt)
     ExpectFinding(MachineWithoutService(), "group", State::Ok, "user jo belongs to the group zviptv-apps");
 }
 
-TEST(DoctorJudge, ABusThatKeepsSilentLaterLeavesMuchUnknown)
+TEST(DoctorJudge, ABusThatStopsAnsweringLeavesResultsUnknown)
 {
     Facts facts = HealthyMachine();
     facts.policy.deniesByDefault.reset();
@@ -74,13 +74,15 @@ TEST(DoctorJudge, ABusThatKeepsSilentLaterLeavesMuchUnknown)
 TEST(DoctorJudge, AnOpenBusNeedsNoPolicy)
 {
     for (char const* const check : {"accounts", "policy", "group"}) {
-        ExpectFinding(HealthyDesk(), check, State::Ok, "not needed: this bus lets everybody call everybody");
+        ExpectFinding(HealthySimulator(), check, State::Ok,
+                      "not needed: this bus lets everybody call everybody");
     }
-    ExpectFinding(HealthyDesk(), "owner", State::Ok, "user jo; on this bus any user may run the service");
+    ExpectFinding(HealthySimulator(), "owner", State::Ok,
+                  "user jo; on this bus any user may run the service");
 }
 
 /// For the files of an integrator in /etc/dbus-1/system.d, only their effect counts.
-TEST(DoctorJudge, APolicyOfAnothersThatLetsTheUserCallIsNotWrong)
+TEST(DoctorJudge, AcceptsAnotherPolicyThatLetsTheUserCall)
 {
     Facts facts = HealthyMachine();
     facts.caller.isListed = facts.caller.isMember = false;

@@ -7,7 +7,7 @@ namespace {
 using namespace ctl::doctor;
 
 INSTANTIATE_TEST_SUITE_P(
-    Policy, DoctorOnAWrongMachine,
+    Policy, DoctorOnMisconfiguredMachine,
     testing::Values(
         WrongCase{"NoAccounts",
                   Changed(MachineWithoutService(),

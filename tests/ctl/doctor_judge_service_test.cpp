@@ -7,7 +7,7 @@ namespace {
 using namespace ctl::doctor;
 
 INSTANTIATE_TEST_SUITE_P(
-    Service, DoctorOnAWrongMachine,
+    Service, DoctorOnMisconfiguredMachine,
     testing::Values(
         WrongCase{"NotStarted",
                   MachineWithoutService(),
@@ -55,7 +55,7 @@ INSTANTIATE_TEST_SUITE_P(
                   "Replace FILE.ts with your own stream."},
         WrongCase{
             "NotStartedOnADesk",
-            Changed(HealthyDesk(),
+            Changed(HealthySimulator(),
                     [](Facts& facts) {
                         facts.service = {};
                         facts.service.isOwned = false;
@@ -132,7 +132,7 @@ INSTANTIATE_TEST_SUITE_P(
                   "",
                   ""},
         WrongCase{"NoMainLoopOnADesk",
-                  Changed(HealthyDesk(), [](Facts& facts) { facts.service.outcome = Outcome::Silent; }),
+                  Changed(HealthySimulator(), [](Facts& facts) { facts.service.outcome = Outcome::Silent; }),
                   "main loop",
                   4,
                   "process 811 (zviptv-sim) does not answer within 2 seconds, not even a ping",

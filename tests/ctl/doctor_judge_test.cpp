@@ -9,7 +9,7 @@ using namespace ctl::doctor;
 using testing::ElementsAreArray;
 using testing::HasSubstr;
 
-TEST_P(DoctorOnAWrongMachine, IsToldWithHowToFixIt)
+TEST_P(DoctorOnMisconfiguredMachine, ReportsTheProblemAndTheFix)
 {
     WrongCase const& expected = GetParam();
     std::vector<Finding> wrong;
@@ -31,7 +31,7 @@ TEST_P(DoctorOnAWrongMachine, IsToldWithHowToFixIt)
 namespace {
 
 INSTANTIATE_TEST_SUITE_P(
-    Bus, DoctorOnAWrongMachine,
+    Bus, DoctorOnMisconfiguredMachine,
     testing::Values(
         WrongCase{"NotStarted",
                   WithoutBus(HealthyMachine(), Reach::Absent, "no such file"),
@@ -55,7 +55,7 @@ INSTANTIATE_TEST_SUITE_P(
                   "",
                   ""},
         WrongCase{"OfTheEnvironment",
-                  WithoutBus(HealthyDesk(), Reach::Absent, "refused"),
+                  WithoutBus(HealthySimulator(), Reach::Absent, "refused"),
                   "bus",
                   3,
                   "no bus at unix:abstract=zviptv-bus-1 (DBUS_SYSTEM_BUS_ADDRESS): refused",
@@ -63,7 +63,7 @@ INSTANTIATE_TEST_SUITE_P(
                   "",
                   "zviptv-sim --ts FILE.ts --loop -- bash"},
         WrongCase{"OfSomebodyElse",
-                  WithoutBus(HealthyDesk(), Reach::Refused, "closed"),
+                  WithoutBus(HealthySimulator(), Reach::Refused, "closed"),
                   "bus",
                   3,
                   "the bus at unix:abstract=zviptv-bus-1 (DBUS_SYSTEM_BUS_ADDRESS) does not let user jo in: "

@@ -7,7 +7,7 @@ namespace {
 using namespace ctl::doctor;
 
 INSTANTIATE_TEST_SUITE_P(
-    Versions, DoctorOnAWrongMachine,
+    Versions, DoctorOnMisconfiguredMachine,
     testing::Values(
         WrongCase{"AnswerOfAnotherType",
                   Changed(HealthyMachine(),

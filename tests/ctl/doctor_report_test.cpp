@@ -21,7 +21,7 @@ Facts PackagingExample()
     return facts;
 }
 
-TEST(DoctorReport, IsTheExampleOfThePageOnPackages)
+TEST(DoctorReport, MatchesTheExampleInTheDocumentation)
 {
     std::string const text = zviptv::test::ReadFile(PACKAGING_PAGE);
     EXPECT_THAT(text, HasSubstr("\n$ zviptvctl doctor\n" + TextOf(Judge(PackagingExample())) + "```\n"));
@@ -44,13 +44,13 @@ TEST(DoctorReport, PutsTheFixBelowTheProblem)
     EXPECT_EQ(static_cast<int>(CodeOf(Judge(PackagingExample()))), 4);
 }
 
-TEST(DoctorReport, PutsTheNoteAloneWhereNoCommandFixesIt)
+TEST(DoctorReport, ShowsOnlyTheNoteIfNoCommandFixesTheProblem)
 {
     EXPECT_THAT(TextOf(Judge(WithoutBus(HealthyMachine(), Reach::Refused, "closed"))),
                 HasSubstr("\n    An application of this user finds no service.\n    A policy in "));
 }
 
-TEST(DoctorReport, SumsUp)
+TEST(DoctorReport, EndsWithASummary)
 {
     EXPECT_THAT(TextOf(Judge(HealthyMachine())), EndsWith("so.1.4.0)\nnothing is wrong\n"));
     EXPECT_THAT(TextOf(Judge(MachineWithoutService())), EndsWith("\nwrong: service\n"));
@@ -59,7 +59,7 @@ TEST(DoctorReport, SumsUp)
     EXPECT_THAT(TextOf(Judge(facts)), EndsWith("\nnothing is wrong, as far as is known; unknown: owner\n"));
 }
 
-TEST(DoctorReport, SaysTheSameInJson)
+TEST(DoctorReport, HasTheSameContentInJson)
 {
     Json::Value const json = JsonOf(Judge(PackagingExample()));
     EXPECT_FALSE(json["result"].asBool());

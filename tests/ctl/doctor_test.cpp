@@ -18,14 +18,14 @@ using ctl::doctor::Reach;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-constexpr char helperName[] = "org.corvel.zviptvapi.dbushelper";
+constexpr char HelperName[] = "org.corvel.zviptvapi.dbushelper";
 
 std::string Self()
 {
     return "process " + std::to_string(getpid()) + " (ctl_tests)";
 }
 
-TEST_F(DoctorOfAService, TheDoctorFindsNothingWrongWithAServiceThatAnswers)
+TEST_F(DoctorOfAService, FindsNothingWrongWithAServiceThatAnswers)
 {
     CtlResult const result = RunCtl({"doctor"});
     EXPECT_EQ(result.code, 0);
@@ -41,20 +41,21 @@ TEST_F(DoctorOfAService, TheDoctorFindsNothingWrongWithAServiceThatAnswers)
 }
 
 /// A service may implement nothing beyond the protocol.
-TEST_F(DoctorOfAService, TheDoctorLeavesNoChannelBehind)
+TEST_F(DoctorOfAService, LeavesNoChannelBehind)
 {
     EXPECT_EQ(Diagnose().result.code, 0);
-    std::vector<std::string> said;
+    std::vector<std::string> announcements;
     for (Announcement const& announcement : m_service.Announcements()) {
         EXPECT_EQ(announcement.dbusname, announcement.message.sender);
-        said.push_back(announcement.type + " " + announcement.add);
+        announcements.push_back(announcement.type + " " + announcement.add);
     }
-    EXPECT_THAT(said, testing::ElementsAre("PLAYERCONTROL n", "PLAYERCONTROL y", "PLAYERCONTROL n",
-                                           "BROADCASTDATA y", "BROADCASTDATA n", "IPTVDATASUBSCRIBER y",
-                                           "IPTVDATASUBSCRIBER n", "IPGUTIL y", "IPGUTIL n"));
+    EXPECT_THAT(announcements,
+                testing::ElementsAre("PLAYERCONTROL n", "PLAYERCONTROL y", "PLAYERCONTROL n",
+                                     "BROADCASTDATA y", "BROADCASTDATA n", "IPTVDATASUBSCRIBER y",
+                                     "IPTVDATASUBSCRIBER n", "IPGUTIL y", "IPGUTIL n"));
 }
 
-TEST_F(DoctorOfAService, TheDoctorAsksForNothingThatChangesTheService)
+TEST_F(DoctorOfAService, ChangesNothingInTheService)
 {
     EXPECT_EQ(Diagnose().result.code, 0);
     std::vector<WireMessage> const requests = m_service.Requests();
@@ -67,7 +68,7 @@ TEST_F(DoctorOfAService, TheDoctorAsksForNothingThatChangesTheService)
     EXPECT_EQ(requests[3].path, "/org/corvel/zviptvapi/DbusCommunication/IPGUTIL");
 }
 
-TEST_F(DoctorOfAService, TheDoctorSaysThatNobodyIsTheService)
+TEST_F(DoctorOfAService, ReportsAMissingService)
 {
     m_service.Vanish();
     Diagnosis const diagnosis = Diagnose();
@@ -78,7 +79,7 @@ TEST_F(DoctorOfAService, TheDoctorSaysThatNobodyIsTheService)
     EXPECT_EQ(diagnosis.Text("main loop"), "not checked: there is no service");
 }
 
-TEST_F(DoctorOfAService, TheDoctorSaysThatThereIsNoBus)
+TEST_F(DoctorOfAService, ReportsAMissingBus)
 {
     for (char const* const address : {"unix:path=/nonexistent/bus", "unix:abstract=zviptv-no-bus", "", "bus",
                                       "unix:", "tcp:host=127.0.0.1,port=1", ";;"}) {
@@ -120,7 +121,7 @@ TEST(DoctorBus, DistinguishesRefusedAuthenticationFromAMissingBus)
     ExpectReach(Reach::Refused, Probe(bus.Address()));
 }
 
-TEST(DoctorBus, ABusThatLetsInAndThenSaysNothingIsSilentAndNotWaitedFor)
+TEST(DoctorBus, DoesNotWaitForABusThatStopsAnswering)
 {
     ScriptedBus const bus({"REJECTED EXTERNAL", "OK 0123456789abcdef0123456789abcdef", "AGREE_UNIX_FD"});
     auto const begin = std::chrono::steady_clock::now();
@@ -128,7 +129,7 @@ TEST(DoctorBus, ABusThatLetsInAndThenSaysNothingIsSilentAndNotWaitedFor)
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20)); // GLib's own way takes 25
 }
 
-TEST(DoctorBus, ASocketThatMayNotBeOpenedIsClosed)
+TEST(DoctorBus, ReportsASocketThatMayNotBeOpened)
 {
     PrivateBus const bus;
     for (std::filesystem::directory_entry const& entry :
@@ -141,7 +142,7 @@ TEST(DoctorBus, ASocketThatMayNotBeOpenedIsClosed)
     ExpectReach(Reach::Closed, Probe(bus.Address()));
 }
 
-TEST_F(DoctorOfAService, TheDoctorDoesNotHangOnABusThatStandsStill)
+TEST_F(DoctorOfAService, DoesNotHangOnAStoppedBus)
 {
     m_bus.Stop();
     Diagnosis const diagnosis = Diagnose();
@@ -154,7 +155,7 @@ TEST_F(DoctorOfAService, TheDoctorDoesNotHangOnABusThatStandsStill)
 }
 
 /// libdbus answers pings in its main loop.
-TEST_F(DoctorOfAService, TheDoctorSaysThatTheServiceLeavesApplicationsUnanswered)
+TEST_F(DoctorOfAService, ReportsUnansweredApplications)
 {
     m_service.AnswerAnnouncements([](Announcement const&) { return WireAnswer::Nothing(); });
     Diagnosis const diagnosis = Diagnose();
@@ -167,7 +168,7 @@ TEST_F(DoctorOfAService, TheDoctorSaysThatTheServiceLeavesApplicationsUnanswered
 }
 
 /// A handler that blocks stops that loop, pings included.
-TEST_F(DoctorOfAService, TheDoctorSaysThatTheServiceAnswersNothingAtAll)
+TEST_F(DoctorOfAService, ReportsAServiceThatAnswersNothing)
 {
     std::promise<void> blocked;
     std::shared_future<void> const end = blocked.get_future();
@@ -182,7 +183,7 @@ TEST_F(DoctorOfAService, TheDoctorSaysThatTheServiceAnswersNothingAtAll)
     EXPECT_EQ(diagnosis.Text("main loop"), Self() + " does not answer within 2 seconds, not even a ping");
 }
 
-TEST_F(DoctorOfAService, TheDoctorSaysThatTheServiceLeftTheBus)
+TEST_F(DoctorOfAService, ReportsThatTheServiceLeftTheBus)
 {
     m_service.AnswerAnnouncements([](Announcement const&) { return WireAnswer::Nothing(); });
     auto const child = StartCtl({"doctor", "--json"});
@@ -194,7 +195,7 @@ TEST_F(DoctorOfAService, TheDoctorSaysThatTheServiceLeftTheBus)
     EXPECT_EQ(diagnosis.Text("main loop"), "the service left the bus when it was called");
 }
 
-TEST_F(DoctorOfAService, TheDoctorSaysThatTheServiceSpeaksAnotherProtocol)
+TEST_F(DoctorOfAService, ReportsAnotherProtocol)
 {
     m_service.AnswerAnnouncements([](Announcement const&) {
         return WireAnswer::Error("org.freedesktop.DBus.Error.UnknownMethod", "no such method");
@@ -219,7 +220,7 @@ TEST_F(DoctorOfAService, TheDoctorSaysThatTheServiceSpeaksAnotherProtocol)
 }
 
 /// An error that the service makes up is none of the bus's.
-TEST_F(DoctorOfAService, TheDoctorDoesNotTakeADenialOfTheServiceForOneOfTheBus)
+TEST_F(DoctorOfAService, DistinguishesADenialOfTheServiceFromOneOfTheBus)
 {
     m_service.AnswerAnnouncements([](Announcement const&) {
         return WireAnswer::Error("org.freedesktop.DBus.Error.AccessDenied", "no");
@@ -229,7 +230,7 @@ TEST_F(DoctorOfAService, TheDoctorDoesNotTakeADenialOfTheServiceForOneOfTheBus)
     EXPECT_EQ(diagnosis.State("policy"), "ok");
 }
 
-TEST_F(DoctorOfAService, TheDoctorsReportThatCannotBeWrittenEndsWithSix)
+TEST_F(DoctorOfAService, AReportThatCannotBeWrittenEndsWithExitCode6)
 {
     ChildProcess child({"sh", "-c", "exec \"$0\" doctor > /dev/full", ZVIPTVCTL_PATH});
     CtlResult const result = Finish(child);
@@ -242,7 +243,7 @@ TEST(DoctorTest, DistinguishesAServiceWithoutAMainLoopFromAMissingOne)
 {
     PrivateBus const bus;
     CConnectionHelperDBusServer::Instance();
-    ASSERT_TRUE(WirePeer().WaitForOwner(helperName, true));
+    ASSERT_TRUE(WirePeer().WaitForOwner(HelperName, true));
     Diagnosis const diagnosis = Diagnose();
     CConnectionHelperDBusServer::Destroy();
     EXPECT_EQ(diagnosis.result.code, 4);
@@ -251,14 +252,14 @@ TEST(DoctorTest, DistinguishesAServiceWithoutAMainLoopFromAMissingOne)
               Self() + " answers a ping, but does not answer applications within 2 seconds");
 }
 
-class DoctorAtTheDesk : public testing::Test
+class DoctorWithSimulator : public testing::Test
 {
 protected:
-    explicit DoctorAtTheDesk(std::map<std::string, std::string> const& environment = {})
+    explicit DoctorWithSimulator(std::map<std::string, std::string> const& environment = {})
         : m_simulator({ZVIPTV_SIM_PATH, "--bus", "system", "--quiet", "--loop", "--ts", SAMPLE_PATH},
                       environment)
     {
-        EXPECT_TRUE(WirePeer().WaitForOwner(helperName, true)) << m_simulator.Errors();
+        EXPECT_TRUE(WirePeer().WaitForOwner(HelperName, true)) << m_simulator.Errors();
     }
 
     /// The process that is on the bus.
@@ -269,7 +270,7 @@ protected:
     ChildProcess m_simulator;
 };
 
-TEST_F(DoctorAtTheDesk, FindsNothingWrongWithTheSimulator)
+TEST_F(DoctorWithSimulator, FindsNothingWrongWithTheSimulator)
 {
     Diagnosis const diagnosis = Diagnose();
     EXPECT_EQ(diagnosis.result.code, 0) << diagnosis.result.output;
@@ -278,7 +279,7 @@ TEST_F(DoctorAtTheDesk, FindsNothingWrongWithTheSimulator)
     EXPECT_EQ(ParseJson(diagnosis.result.output)["summary"].asString(), "nothing is wrong");
 }
 
-TEST_F(DoctorAtTheDesk, NamesTheStoppedProcessAndTheCommandLetsItRunOn)
+TEST_F(DoctorWithSimulator, ReportsTheStoppedProcessAndHowToContinueIt)
 {
     ASSERT_EQ(kill(Service(), SIGSTOP), 0);
     Diagnosis const diagnosis = Diagnose();

@@ -27,7 +27,7 @@ protected:
     std::string const m_file;
 };
 
-TEST_F(DoctorVersion, TheLibraryThatIsReallyLoadedIsNamed)
+TEST_F(DoctorVersion, ReportsTheLoadedLibrary)
 {
     Diagnosis const diagnosis = Diagnose({{"LD_LIBRARY_PATH", m_bus.Directory()}});
     EXPECT_EQ(diagnosis.result.code, 5);
@@ -39,7 +39,7 @@ TEST_F(DoctorVersion, TheLibraryThatIsReallyLoadedIsNamed)
 }
 
 /// The folder may be named through a link, and beside others.
-TEST_F(DoctorVersion, ALinkToItsFolderIsFollowed)
+TEST_F(DoctorVersion, FollowsALinkToItsFolder)
 {
     std::string const link = m_bus.Directory() + "/link";
     fs::create_directory_symlink(m_bus.Directory(), link);
@@ -48,7 +48,7 @@ TEST_F(DoctorVersion, ALinkToItsFolderIsFollowed)
     EXPECT_EQ(diagnosis.Command("version"), "unset LD_LIBRARY_PATH");
 }
 
-TEST_F(DoctorVersion, WhereNothingIsInTheWayItIsOk)
+TEST_F(DoctorVersion, IsOkWithoutAnotherLibrary)
 {
     Diagnosis const diagnosis = Diagnose();
     EXPECT_EQ(diagnosis.State("version"), "ok");
@@ -57,7 +57,7 @@ TEST_F(DoctorVersion, WhereNothingIsInTheWayItIsOk)
 }
 
 /// As an upgrade leaves it, the service that was not restarted included.
-TEST_F(DoctorVersion, AServiceWhoseLibraryWasReplacedIsTold)
+TEST_F(DoctorVersion, ReportsAServiceWhoseLibraryWasReplaced)
 {
     m_service.Vanish();
     ChildProcess simulator({ZVIPTV_SIM_PATH, "--bus", "system", "--quiet", "--loop", "--ts", SAMPLE_PATH},
@@ -87,7 +87,7 @@ TEST(DoctorVersionOf, IsThePartAfterTheName)
     EXPECT_EQ(VersionOf(""), "");
 }
 
-TEST_F(DoctorVersion, PolicyFilesAreThoseThatAreThere)
+TEST_F(DoctorVersion, ListsTheExistingPolicyFiles)
 {
     using ctl::doctor::PolicyFiles;
     std::string const folder = m_bus.Directory();
@@ -97,7 +97,7 @@ TEST_F(DoctorVersion, PolicyFilesAreThoseThatAreThere)
     EXPECT_EQ(PolicyFiles({"/nonexistent", folder}), std::vector<std::string>{file});
 }
 
-TEST(DoctorMachine, TheSimulatorBesideTheToolIsNamedWithItsFolder)
+TEST(DoctorMachine, FindsTheSimulatorBesideTheTool)
 {
     PrivateBus const bus;
     std::string const tool = bus.Directory() + "/zviptvctl";

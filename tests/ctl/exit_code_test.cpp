@@ -16,7 +16,7 @@ void ExpectErrorAlone(std::string const& output, std::string const& start)
     EXPECT_EQ(json.size(), 2U);
 }
 
-TEST_F(CtlTest, RefusalEndsWithOne)
+TEST_F(CtlTest, ARefusalEndsWithExitCode1)
 {
     m_service.Answer("MuteAudio", {{"result_internal", "0"}});
     CtlResult const result = RunCtl({"call", "MuteAudio", "1"});
@@ -25,7 +25,7 @@ TEST_F(CtlTest, RefusalEndsWithOne)
     EXPECT_EQ(result.errors, "");
 }
 
-TEST_F(CtlTest, NoBusEndsWithThree)
+TEST_F(CtlTest, AMissingBusEndsWithExitCode3)
 {
     CtlResult const result =
         RunCtl({"call", "MuteAudio", "1"}, {{"DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/bus"}});
@@ -35,7 +35,7 @@ TEST_F(CtlTest, NoBusEndsWithThree)
     EXPECT_THAT(result.errors, HasSubstr("set DBUS_SYSTEM_BUS_ADDRESS"));
 }
 
-TEST_F(CtlTest, NoServiceEndsWithThree)
+TEST_F(CtlTest, AMissingServiceEndsWithExitCode3)
 {
     m_service.Vanish();
     for (Words const& command : std::vector<Words>{{"call", "MuteAudio", "1"},
@@ -56,7 +56,7 @@ TEST_F(CtlTest, NoServiceEndsWithThree)
     ExpectErrorAlone(RunCtl({"--json", "status"}).output, "no service on this bus");
 }
 
-TEST_F(CtlTest, TimeOutEndsWithFour)
+TEST_F(CtlTest, ATimeoutEndsWithExitCode4)
 {
     m_service.AnswerNothing("GetSTCCount");
     CtlResult const result = RunCtl({"--json", "call", "GetSTCCount"});
@@ -67,7 +67,7 @@ TEST_F(CtlTest, TimeOutEndsWithFour)
     ExpectErrorAlone(result.output, "GetSTCCount: no answer");
 }
 
-TEST_F(CtlTest, ErrorReplyEndsWithFour)
+TEST_F(CtlTest, AnErrorReplyEndsWithExitCode4)
 {
     m_service.AnswerError("GetGenre");
     CtlResult const result = RunCtl({"call", "GetGenre", "1"});
@@ -87,7 +87,7 @@ TEST_F(CtlTest, ErrorsOfTheServiceAreShownWithoutControlCharacters)
     EXPECT_THAT(result.output, HasSubstr("org.corvel.test.Failed: a\\\\x1b[2J\\\\xc2\\\\x9b\\\\x7f\""));
 }
 
-TEST_F(CtlTest, AnErrorOfTheBusEndsWithFour)
+TEST_F(CtlTest, AnErrorOfTheBusEndsWithExitCode4)
 {
     m_service.AnswerError("GetGenre", "org.freedesktop.DBus.Error.LimitsExceeded");
     CtlResult const result = RunCtl({"call", "GetGenre", "1"});
@@ -96,7 +96,7 @@ TEST_F(CtlTest, AnErrorOfTheBusEndsWithFour)
                              "org.freedesktop.DBus.Error.LimitsExceeded: scripted error\n");
 }
 
-TEST_F(CtlTest, ADenialOfTheBusSaysWhoMayCall)
+TEST_F(CtlTest, ReportsWhoMayCallAfterADenialOfTheBus)
 {
     m_service.AnswerError("GetGenre", "org.freedesktop.DBus.Error.AccessDenied");
     CtlResult const result = RunCtl({"call", "GetGenre", "1"});
@@ -107,7 +107,7 @@ TEST_F(CtlTest, ADenialOfTheBusSaysWhoMayCall)
         "member of the group zviptv-apps\n");
 }
 
-TEST_F(CtlTest, AServiceThatNamesNoEndpointEndsWithFour)
+TEST_F(CtlTest, AServiceWithoutAnEndpointEndsWithExitCode4)
 {
     m_service.SetPartnerName("");
     CtlResult const result = RunCtl({"call", "MuteAudio", "1"});
@@ -118,7 +118,7 @@ TEST_F(CtlTest, AServiceThatNamesNoEndpointEndsWithFour)
               "zviptvctl: GetGenre: this service has no programme guide endpoint (IPGUTIL)\n");
 }
 
-TEST_F(CtlTest, AServiceThatHangsEndsWithFour)
+TEST_F(CtlTest, AServiceThatHangsEndsWithExitCode4)
 {
     m_service.AnswerAnnouncements([](Announcement const&) { return WireAnswer::Nothing(); });
     CtlResult const result = RunCtl({"call", "MuteAudio", "1"});
@@ -129,7 +129,7 @@ TEST_F(CtlTest, AServiceThatHangsEndsWithFour)
 }
 
 /// The service leaves during the request.
-TEST_F(CtlTest, AServiceThatDiesDuringACallEndsWithThree)
+TEST_F(CtlTest, AServiceThatDiesDuringACallEndsWithExitCode3)
 {
     m_service.AnswerNothing("MuteAudio");
     auto const child = StartCtl({"call", "MuteAudio", "1"});
@@ -140,7 +140,7 @@ TEST_F(CtlTest, AServiceThatDiesDuringACallEndsWithThree)
     EXPECT_EQ(result.errors, "zviptvctl: MuteAudio: the service left the bus; start it again\n");
 }
 
-TEST_F(CtlTest, ABusThatDiesDuringACallEndsWithFour)
+TEST_F(CtlTest, ABusThatDiesDuringACallEndsWithExitCode4)
 {
     m_service.AnswerNothing("MuteAudio");
     auto const child = StartCtl({"call", "MuteAudio", "1"});
@@ -153,7 +153,7 @@ TEST_F(CtlTest, ABusThatDiesDuringACallEndsWithFour)
 }
 
 /// Neither a first connection nor the next question finds a free descriptor.
-TEST_F(CtlTest, NoFreeDescriptorIsSaid)
+TEST_F(CtlTest, ReportsThatNoDescriptorIsFree)
 {
     for (char const* const command : {"status", "pes", "watch"}) {
         ChildProcess child({"sh", "-c", "ulimit -n 8; exec \"$0\" \"$1\"", ZVIPTVCTL_PATH, command});
@@ -173,7 +173,7 @@ struct BadReply
     std::string fault;
 };
 
-TEST_F(CtlTest, MalformedReplyEndsWithFive)
+TEST_F(CtlTest, AMalformedReplyEndsWithExitCode5)
 {
     std::vector<BadReply> const replies = {
         {{"MuteAudio", "1"},
@@ -208,7 +208,7 @@ TEST_F(CtlTest, MalformedReplyEndsWithFive)
 }
 
 /// Its number must not be given to a connection, which would get the output then.
-TEST_F(CtlTest, ClosedOutputEndsWithSix)
+TEST_F(CtlTest, AClosedOutputEndsWithExitCode6)
 {
     for (char const* const command : {"status", "pes", "watch", "methods"}) {
         ChildProcess child({"sh", "-c", "exec \"$0\" \"$1\" >&-", ZVIPTVCTL_PATH, command});
@@ -232,7 +232,7 @@ TEST_F(CtlTest, ClosedInputAndErrorsChangeNothing)
     EXPECT_EQ(m_service.Requests().size(), 3U);
 }
 
-TEST_F(CtlTest, FullOutputEndsWithSix)
+TEST_F(CtlTest, AFullOutputEndsWithExitCode6)
 {
     ChildProcess child({"sh", "-c", "exec \"$0\" call MuteAudio 1 > /dev/full", ZVIPTVCTL_PATH});
     CtlResult const result = Finish(child);

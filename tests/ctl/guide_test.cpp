@@ -23,7 +23,7 @@ class GuideTest : public CtlTest, public testing::WithParamInterface<GuideCase>
 {
 };
 
-TEST_P(GuideTest, AsksAndShowsTheText)
+TEST_P(GuideTest, SendsTheRequestAndPrintsTheText)
 {
     GuideCase const& guide = GetParam();
     m_service.AnswerWith(guide.function, Entries({{"data", guide.data}}));
@@ -95,7 +95,7 @@ TEST_F(CtlTest, GuideListAsksForTheSizeToo)
               "{\"list\":\"one\\ntwo\",\"result\":true,\"size\":2}\n");
 }
 
-TEST_F(CtlTest, AGuideListThatIsCutSaysSo)
+TEST_F(CtlTest, WarnsAboutATruncatedGuideList)
 {
     m_service.Answer("GetProgramListSize", {{"data", "3"}});
     m_service.Answer("GetProgramList", {{"data", "[{},{}]"}});
@@ -109,7 +109,7 @@ TEST_F(CtlTest, AGuideListThatIsCutSaysSo)
 }
 
 /// The answer of the service, and the JSON of the command.
-TEST_F(CtlTest, TheGuidesJsonIsJson)
+TEST_F(CtlTest, TheGuideIsJson)
 {
     std::string const deep(2000, '[');
     for (auto const& [sent, shown] : std::vector<std::pair<std::string, std::string>>{
@@ -128,7 +128,7 @@ TEST_F(CtlTest, TheGuidesJsonIsJson)
     }
 }
 
-TEST_F(CtlTest, GuideDataThatIsNotCopiedEndsWithOne)
+TEST_F(CtlTest, GuideDataThatIsNotCopiedEndsWithExitCode1)
 {
     m_service.Answer("CloneUSBToTV", {{"data", "0"}});
     CtlResult const result = RunCtl({"guide", "load", "/x"});

@@ -17,9 +17,9 @@ namespace {
 TEST(LiveLineTest, IsRewrittenInPlaceAndErased)
 {
     Terminal const terminal(20);
-    ASSERT_GE(terminal.Slave(), 0);
+    ASSERT_GE(terminal.Replica(), 0);
     {
-        LiveLine line(terminal.Slave());
+        LiveLine line(terminal.Replica());
         EXPECT_TRUE(line.IsTerminal());
         line.Erase();
         EXPECT_EQ(terminal.Read(), "");
@@ -37,7 +37,7 @@ TEST(LiveLineTest, IsRewrittenInPlaceAndErased)
 TEST(LiveLineTest, IsCutToTheWidth)
 {
     Terminal const terminal(20);
-    LiveLine line(terminal.Slave());
+    LiveLine line(terminal.Replica());
     line.Show("0123456789012345678901234567890");
     EXPECT_EQ(terminal.Read(), "\r\033[K012345678901234 ...");
 }
@@ -45,7 +45,7 @@ TEST(LiveLineTest, IsCutToTheWidth)
 TEST(LiveLineTest, ShowsAsManyPartsAsFit)
 {
     Terminal const terminal(20);
-    LiveLine line(terminal.Slave());
+    LiveLine line(terminal.Replica());
     line.Show("12 packets", {": 1", ", 234567"});
     EXPECT_EQ(terminal.Read(), "\r\033[K12 packets: 1 ...");
     line.Show("12 packets", {": 1", ", 2345"}); // fills all columns but the last
@@ -57,7 +57,7 @@ TEST(LiveLineTest, ShowsAsManyPartsAsFit)
 TEST(LiveLineTest, StaysWhenItEnds)
 {
     Terminal const terminal(20);
-    LiveLine line(terminal.Slave());
+    LiveLine line(terminal.Replica());
     line.End();
     EXPECT_EQ(terminal.Read(), "");
     line.Show("last");
@@ -66,7 +66,7 @@ TEST(LiveLineTest, StaysWhenItEnds)
     EXPECT_EQ(terminal.Read(), "\r\033[Klast\r\n");
 }
 
-TEST(LiveLineTest, NothingHappensWithoutATerminal)
+TEST(LiveLineTest, WritesNothingWithoutATerminal)
 {
     int ends[2];
     ASSERT_EQ(pipe2(ends, O_CLOEXEC | O_NONBLOCK), 0);

@@ -7,7 +7,7 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
-TEST_F(CtlTest, TheLogIsSilentUnlessItIsAskedFor)
+TEST_F(CtlTest, WritesNoLogUnlessRequested)
 {
     EXPECT_EQ(RunCtl({"mute", "audio", "on"}).errors, "");
     EXPECT_EQ(RunCtl({"mute", "audio", "on"}, {{"ZV_IPTV_LOG", ""}}).errors, "");
@@ -30,7 +30,7 @@ TEST_F(CtlTest, TheEnvironmentSetsTheLevelOfTheLog)
     EXPECT_THAT(result.errors, Not(HasSubstr(" debug: ")));
 }
 
-TEST_F(CtlTest, TheOptionComesBeforeTheEnvironment)
+TEST_F(CtlTest, TheOptionOverridesTheEnvironment)
 {
     CtlResult const result = RunCtl({"--log", "mute", "audio", "on"}, {{"ZV_IPTV_LOG", "none"}});
     EXPECT_THAT(result.errors, HasSubstr("[debug] "));

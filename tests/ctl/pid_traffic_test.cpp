@@ -8,7 +8,7 @@ using zviptv::ctl::PidTraffic;
 namespace {
 
 /// Also of those that come late in the window: one window for all.
-TEST(PidTrafficTest, RatesAddUp)
+TEST(PidTrafficTest, SumsTheRates)
 {
     PidTraffic::Clock::time_point const start = PidTraffic::Clock::now() - std::chrono::seconds(100);
     PidTraffic traffic(start);

@@ -54,7 +54,7 @@ protected:
     std::string m_shown;
 };
 
-TEST_F(RateLineTest, TellsWhatCameInTheLastSecond)
+TEST_F(RateLineTest, ShowsTheDataOfTheLastSecond)
 {
     Start("pes", "requestPESCB");
     EXPECT_TRUE(Shows("\r\x1b\\[K0 packets, 0 bytes, 0\\.0 kB/s")) << m_shown;
@@ -70,7 +70,7 @@ TEST_F(RateLineTest, TellsWhatCameInTheLastSecond)
     EXPECT_THAT(m_shown, HasSubstr("\r\x1b[Kzviptvctl: 2 packets, 150000 bytes in "));
 }
 
-TEST_F(RateLineTest, IsThereForCaptionsToo)
+TEST_F(RateLineTest, SupportsCaptions)
 {
     Start("caption", "requestCaptionCB");
     PushCaption("5", PatternBytes(30000));

@@ -20,7 +20,7 @@ Words Audio(Words const& codec)
     return options;
 }
 
-class RecordingOfACodec : public RecordingTest, public testing::WithParamInterface<MadeStream>
+class RecordingOfACodec : public RecordingTest, public testing::WithParamInterface<GeneratedStream>
 {
 };
 
@@ -50,15 +50,17 @@ TEST_P(RecordingOfACodec, IsReadByPlayersAsTransportStream)
 
 INSTANTIATE_TEST_SUITE_P(
     Codecs, RecordingOfACodec,
-    testing::Values(
-        MadeStream{"h264", Video({"-c:v", "libx264", "-preset", "ultrafast"}), "50"},
-        MadeStream{"hevc",
-                   Video({"-c:v", "libx265", "-preset", "ultrafast", "-x265-params", "log-level=none"}),
-                   "50"},
-        MadeStream{"mpeg2video", Video({"-c:v", "mpeg2video", "-bf", "2"}), "50"},
-        MadeStream{"mp2", Audio({"-c:a", "mp2"}), "84"}, MadeStream{"aac", Audio({"-c:a", "aac"}), "95"},
-        MadeStream{"aac_latm", Audio({"-c:a", "aac", "-mpegts_flags", "latm"}), "95"},
-        MadeStream{"ac3", Audio({"-c:a", "ac3"}), "63"}, MadeStream{"eac3", Audio({"-c:a", "eac3"}), "63"}),
+    testing::Values(GeneratedStream{"h264", Video({"-c:v", "libx264", "-preset", "ultrafast"}), "50"},
+                    GeneratedStream{
+                        "hevc",
+                        Video({"-c:v", "libx265", "-preset", "ultrafast", "-x265-params", "log-level=none"}),
+                        "50"},
+                    GeneratedStream{"mpeg2video", Video({"-c:v", "mpeg2video", "-bf", "2"}), "50"},
+                    GeneratedStream{"mp2", Audio({"-c:a", "mp2"}), "84"},
+                    GeneratedStream{"aac", Audio({"-c:a", "aac"}), "95"},
+                    GeneratedStream{"aac_latm", Audio({"-c:a", "aac", "-mpegts_flags", "latm"}), "95"},
+                    GeneratedStream{"ac3", Audio({"-c:a", "ac3"}), "63"},
+                    GeneratedStream{"eac3", Audio({"-c:a", "eac3"}), "63"}),
     [](auto const& given) { return std::string(given.param.name); });
 
 Words VideoWithTwoSounds()
@@ -71,7 +73,7 @@ Words VideoWithTwoSounds()
             "-c:a", "mp2",   "-streamid", "0:256"};
 }
 
-TEST_F(RecordingTest, ATransportStreamHasTheChosenPidsAlone)
+TEST_F(RecordingTest, ATransportStreamContainsOnlyTheChosenPids)
 {
     Make(VideoWithTwoSounds());
     CtlResult const all = Record({"--ts", Path("all.ts")});

@@ -33,7 +33,7 @@ void Play(FakeService& service)
     service.Answer("FlagServiceLocked", {{"result_internal", "1"}, {"outServiceLocked", "1"}});
 }
 
-TEST_F(CtlTest, StatusTellsWhatIsPlayed)
+TEST_F(CtlTest, StatusShowsWhatIsPlayed)
 {
     Play(m_service);
     EXPECT_EQ(RunCtl({"status"}).output, "source:         playing\n"
@@ -57,7 +57,7 @@ TEST_F(CtlTest, StatusTellsWhatIsPlayed)
     EXPECT_TRUE(json["serviceLocked"].asBool());
 }
 
-TEST_F(CtlTest, StatusShowsADashForWhatIsNotTold)
+TEST_F(CtlTest, StatusShowsADashForUnknownValues)
 {
     Play(m_service);
     m_service.Answer("GetSTCCount", {{"result_internal", "0"}, {"stcCount", "0"}});
@@ -72,7 +72,7 @@ TEST_F(CtlTest, StatusShowsADashForWhatIsNotTold)
 }
 
 /// The JSON of the words; `call` returns the received record.
-TEST_F(CtlTest, NumbersThatAreNotKnownAreNull)
+TEST_F(CtlTest, UnknownNumbersAreNull)
 {
     Play(m_service);
     m_service.Answer("GetAudio",
@@ -143,7 +143,7 @@ TEST_F(CtlTest, StatusAsksAServiceThatHangsNoMoreThanTwice)
     EXPECT_EQ(m_service.LastRequest().Value("functionname"), "GetFirstPTS");
 }
 
-TEST_F(CtlTest, StatusOfAServiceThatLeavesShowsWhatItToldBefore)
+TEST_F(CtlTest, StatusOfAServiceThatLeavesShowsItsLastValues)
 {
     Play(m_service);
     m_service.AnswerNothing("GetSTCCount");

@@ -26,7 +26,7 @@ TEST_P(StreamSignalTest, EndsTheSubscription)
 
 INSTANTIATE_TEST_SUITE_P(Signals, StreamSignalTest, testing::Values(SIGINT, SIGTERM));
 
-TEST_F(StreamTest, EndsAfterSomeSeconds)
+TEST_F(StreamTest, EndsAfterTheGivenSeconds)
 {
     auto const child = StartSubscribed({"pes", "--seconds", "0.01"});
     EXPECT_EQ(Finish(*child).code, 0);
@@ -48,7 +48,7 @@ TEST_F(StreamTest, EndsWhenTheServiceLeaves)
 }
 
 /// GLib would end the process otherwise.
-TEST_F(StreamTest, EndsWithFourWhenTheBusCloses)
+TEST_F(StreamTest, EndsWithExitCode4WhenTheBusCloses)
 {
     auto const child = StartSubscribed({"pes"});
     PushPes("1", "256", "1", "x");
@@ -60,7 +60,7 @@ TEST_F(StreamTest, EndsWithFourWhenTheBusCloses)
                 HasSubstr("zviptvctl: the bus closed the connection; see whether it still runs\n"));
 }
 
-TEST_F(StreamTest, EndsWithFourWhenTheServiceDoesNotTakeTheSubscription)
+TEST_F(StreamTest, EndsWithExitCode4IfTheServiceDoesNotSubscribe)
 {
     m_service.AnswerError("requestPESCB");
     CtlResult const result = RunCtl({"pes"});
@@ -81,7 +81,7 @@ TEST_F(StreamTest, AFullDiskEndsTheSubscription)
     EXPECT_TRUE(IsUnsubscribed());
 }
 
-TEST_F(StreamTest, AFileThatCannotBeMadeIsToldBeforeSubscribing)
+TEST_F(StreamTest, ReportsAnUnwritableFileBeforeSubscribing)
 {
     CtlResult const result = RunCtl({"pes", "--out", "/nonexistent/file"});
     EXPECT_EQ(result.code, 6);
@@ -89,7 +89,7 @@ TEST_F(StreamTest, AFileThatCannotBeMadeIsToldBeforeSubscribing)
     EXPECT_TRUE(m_service.Requests().empty());
 }
 
-TEST_F(StreamTest, AReaderThatHasSeenEnoughEndsTheSubscription)
+TEST_F(StreamTest, EndsTheSubscriptionWhenItsReaderClosesThePipe)
 {
     ChildProcess child({"bash", "-c", "\"$0\" pes | head -n 1; exit ${PIPESTATUS[0]}", ZVIPTVCTL_PATH});
     auto const request = m_service.WaitForRequest("requestPESCB");
@@ -106,7 +106,7 @@ TEST_F(StreamTest, AReaderThatHasSeenEnoughEndsTheSubscription)
     EXPECT_EQ(Finish(child).code, 0);
 }
 
-TEST_F(StreamTest, TellsOnceThatTheSourceHasEnded)
+TEST_F(StreamTest, ReportsOnceThatTheSourceHasEnded)
 {
     m_service.Answer("GetSourceState", {{"result_internal", "1"}, {"sourcestate", "3"}});
     auto const child = StartSubscribed({"pes", "--count", "1"});
@@ -119,7 +119,7 @@ TEST_F(StreamTest, TellsOnceThatTheSourceHasEnded)
 }
 
 /// Each of the two is reported once.
-TEST_F(StreamTest, TellsOfSilenceAndThenOfTheEnd)
+TEST_F(StreamTest, ReportsSilenceAndThenTheEnd)
 {
     m_service.Answer("GetSourceState", {{"result_internal", "1"}, {"sourcestate", "2"}});
     auto const child = StartSubscribed({"caption"}, "requestCaptionCB");
@@ -136,7 +136,7 @@ TEST_F(StreamTest, TellsOfSilenceAndThenOfTheEnd)
                                                      "[^\n]*\nzviptvctl: 0 packets, [^\n]*\n"));
 }
 
-TEST_F(StreamTest, TellsOfSilenceWithoutASourceStateToo)
+TEST_F(StreamTest, ReportsSilenceWithoutASourceState)
 {
     m_service.AnswerError("GetSourceState");
     auto const child = StartSubscribed({"pes", "--seconds", "6"});
@@ -146,7 +146,7 @@ TEST_F(StreamTest, TellsOfSilenceWithoutASourceStateToo)
                 StartsWith("zviptvctl: no data has arrived for 5 seconds; press Ctrl-C to end\n"));
 }
 
-TEST_F(StreamTest, UnreadableNotificationsAreToldAndSkipped)
+TEST_F(StreamTest, ReportsAndSkipsUnreadableNotifications)
 {
     auto const child = StartSubscribed({"pes", "--count", "1"});
     Push({{"functionname", "PESCB"}, {"pesType", "1"}});

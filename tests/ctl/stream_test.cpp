@@ -59,7 +59,7 @@ TEST_F(StreamTest, CaptionsHaveTypeAndSize)
     EXPECT_EQ(json->Output(), "{\"size\":0,\"type\":-3}\n");
 }
 
-TEST_F(StreamTest, PayloadsGoToAFileOneAfterAnother)
+TEST_F(StreamTest, WritesPayloadsToAFile)
 {
     std::string const path = m_bus.Directory() + "/payloads";
     std::ofstream(path) << "what was there before";
@@ -73,7 +73,7 @@ TEST_F(StreamTest, PayloadsGoToAFileOneAfterAnother)
     EXPECT_EQ(ReadFile(path), first + second);
 }
 
-TEST_F(StreamTest, PayloadsGoToStandardOutputWithoutLines)
+TEST_F(StreamTest, WritesPayloadsToStandardOutputWithoutLines)
 {
     auto const child = StartSubscribed({"caption", "--count", "2", "--out", "-"}, "requestCaptionCB");
     PushCaption("5", std::string("a\0", 2));

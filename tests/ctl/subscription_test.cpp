@@ -70,7 +70,7 @@ TEST(SubscriptionTest, TriesAgainInTheNextSecond)
     EXPECT_EQ(subscriber.calls, "pes 42");
 }
 
-TEST(SubscriptionTest, GivesUpAfterAWhile)
+TEST(SubscriptionTest, StopsTryingAfterAWhile)
 {
     Subscriber subscriber;
     subscriber.refusals = 100;
@@ -84,7 +84,7 @@ TEST(SubscriptionTest, GivesUpAfterAWhile)
     EXPECT_EQ(subscriber.refusals, 97);
 }
 
-TEST(SubscriptionTest, TheNextSecondIsWaitedFor)
+TEST(SubscriptionTest, WaitsForTheNextSecond)
 {
     std::time_t const before = std::time(nullptr);
     Subscription::WaitForNextSecond();
@@ -103,7 +103,7 @@ TEST(SubscriptionTest, PidsAreUnsigned)
     EXPECT_EQ(seen, "1 65535 4294967295 3");
 }
 
-TEST(SubscriptionTest, KindsAreApart)
+TEST(SubscriptionTest, KindsAreIndependent)
 {
     Subscriber subscriber;
     int packets = 0;

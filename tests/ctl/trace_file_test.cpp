@@ -35,7 +35,7 @@ protected:
 
 } // namespace
 
-TEST_F(TraceFileTest, AFileShowsWhatWasShownWhenItWasRecorded)
+TEST_F(TraceFileTest, AFileShowsWhatTheRecordingShowed)
 {
     for (char const* const name : {"a.pcapng", "a.pcap"}) {
         CtlResult const result = RunCtl({"trace", "--in", Record(name)}, {{"TZ", "UTC"}});
@@ -46,7 +46,7 @@ TEST_F(TraceFileTest, AFileShowsWhatWasShownWhenItWasRecorded)
     }
 }
 
-TEST_F(TraceFileTest, ACutFileIsShownUpToTheCut)
+TEST_F(TraceFileTest, ATruncatedFileIsShownUpToItsEnd)
 {
     std::string const whole = ReadFile(Record("a.pcap"));
     std::ofstream(InFolder("cut.pcap"), std::ios::binary) << whole.substr(0, whole.size() - 3);
@@ -128,7 +128,7 @@ TEST_F(TraceFileTest, ADiagramThatCannotBeCreatedIsReportedAtTheStart)
     }
 }
 
-TEST_F(TraceFileTest, AFileThatCannotBeReadIsReportedAloneAndLeavesOtherFilesAlone)
+TEST_F(TraceFileTest, AnUnreadableFileIsReportedAndChangesNoFile)
 {
     std::ofstream(InFolder("a.svg")) << "a drawing";
     std::ofstream(InFolder("a.pcap")) << "a recording";
@@ -162,7 +162,7 @@ TEST_F(TraceFileTest, AFileThatIsReadIsNotOverwritten)
     EXPECT_EQ(result.errors, "zviptvctl: --html would overwrite the file of --svg: name another file\n");
 }
 
-TEST_F(TraceFileTest, SummaryAddsUpCallsAndPushes)
+TEST_F(TraceFileTest, SummaryCountsCallsAndPushes)
 {
     std::string const file = Record("a.pcapng");
     CtlResult const text = RunCtl({"trace", "--in", file, "--summary"});
@@ -183,7 +183,7 @@ TEST_F(TraceFileTest, SummaryAddsUpCallsAndPushes)
     EXPECT_EQ(sum["pushes"][0]["bytes"].asInt(), 20);
 }
 
-TEST_F(TraceFileTest, DiagramsNeedNoOtherFilesAndEscapeWhatOthersSent)
+TEST_F(TraceFileTest, DiagramsAreSelfContainedAndEscapeForeignTexts)
 {
     std::string const file = Record("a.pcapng");
     CtlResult const result =

@@ -56,7 +56,7 @@ TEST(LatenciesTest, PercentilesAreAtMostOnePercentTooLong)
         latencies.Add(std::int64_t{time} * 1'000);
     }
     EXPECT_EQ(latencies.Count(), 1'000U);
-    EXPECT_EQ(latencies.Most(), 1'000'000);
+    EXPECT_EQ(latencies.Max(), 1'000'000);
     EXPECT_GE(latencies.Percentile(50), 500'000);
     EXPECT_LE(latencies.Percentile(50), 505'000);
     EXPECT_GE(latencies.Percentile(99), 990'000);
@@ -64,7 +64,7 @@ TEST(LatenciesTest, PercentilesAreAtMostOnePercentTooLong)
     EXPECT_EQ(latencies.Percentile(100), 1'000'000);
 }
 
-TEST(DiagramRowsTest, ALaneIsFreeAgainWhenItsApplicationHasLeft)
+TEST(DiagramRowsTest, ReusesTheLaneOfAnApplicationThatHasLeft)
 {
     DiagramRows rows;
     rows.Add(Made(EventKind::Request, ":1.1", 10));
@@ -78,7 +78,7 @@ TEST(DiagramRowsTest, ALaneIsFreeAgainWhenItsApplicationHasLeft)
     EXPECT_EQ(rows.Rows()[6].lane, 0U);
 }
 
-TEST(DiagramRowsTest, PushesShareARowUntilAnotherMessageComes)
+TEST(DiagramRowsTest, PushesShareARowUntilAnotherMessage)
 {
     DiagramRows rows;
     rows.Add(MadePush(":1.1", 10, 0x100));
@@ -93,7 +93,7 @@ TEST(DiagramRowsTest, PushesShareARowUntilAnotherMessageComes)
     EXPECT_EQ(rows.Rows()[4].detail, "0x0100, 0x0101, 200 bytes");
 }
 
-TEST(DiagramRowsTest, PausesAreShownAndThereAreNotTooManyRows)
+TEST(DiagramRowsTest, ShowsPausesAndLimitsTheRows)
 {
     DiagramRows rows;
     rows.Add(Made(EventKind::Request, ":1.1", 0));
@@ -108,7 +108,7 @@ TEST(DiagramRowsTest, PausesAreShownAndThereAreNotTooManyRows)
     EXPECT_EQ(rows.LeftOut(), 1'004U);
 }
 
-TEST(TraceSummaryTest, NamesSlowCallsPausesAndOpenRequests)
+TEST(TraceSummaryTest, ListsSlowCallsPausesAndOpenRequests)
 {
     TraceSummary summary;
     trace::Event slow = Made(EventKind::Reply, ":1.1", 400'000);

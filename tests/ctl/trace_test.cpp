@@ -105,7 +105,7 @@ TEST_F(TraceTest, WritesAnObjectForEachMessage)
     EXPECT_EQ(objects[2]["size"].asInt(), 7);
 }
 
-TEST_F(TraceTest, ShowsWhatIsChosen)
+TEST_F(TraceTest, ShowsOnlyTheChosenEvents)
 {
     WirePeer other;
     Start({"--out", InFolder("all.pcapng")});
@@ -182,14 +182,14 @@ TEST_F(TraceTest, ShowsThatTheServiceHasLeftAndArrived)
     EXPECT_EQ(lines[3], second.Name() + " -- the service has arrived");
 }
 
-TEST_F(TraceTest, EndsAfterTheTimeThatIsGiven)
+TEST_F(TraceTest, EndsAfterTheGivenTime)
 {
     CtlResult const result = RunCtl({"trace", "--seconds", "0.1"});
     EXPECT_EQ(result.code, 0);
     EXPECT_EQ(result.output, "");
 }
 
-TEST_F(TraceTest, SaysWhichBusIsMissing)
+TEST_F(TraceTest, ReportsWhichBusIsMissing)
 {
     CtlResult const result = RunCtl({"trace"}, {{"DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nowhere/bus"}});
     EXPECT_EQ(result.code, 3);

@@ -98,7 +98,7 @@ TEST(TransportStreamTest, CarriesPacketsOfAnySizeUnchanged)
     }
 }
 
-TEST(TransportStreamTest, CountsPacketsAndClocksThem)
+TEST(TransportStreamTest, NumbersAndClocksPackets)
 {
     TransportStream stream;
     Bytes out;
@@ -148,7 +148,7 @@ TEST(TransportStreamTest, MarksAJumpOfTheClock)
     EXPECT_EQ(clocks[1].time, 90000U);
 }
 
-TEST(TransportStreamTest, LeavesOutTracksOfUnknownCoding)
+TEST(TransportStreamTest, OmitsTracksOfUnknownCoding)
 {
     TransportStream stream;
     Bytes out;

@@ -14,7 +14,7 @@ CtlResult RunAlone(Words const& arguments)
     return RunCtl(arguments, {{"DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/bus"}});
 }
 
-TEST(UsageTest, HelpIsThereOnEveryLevel)
+TEST(UsageTest, HelpExistsOnEveryLevel)
 {
     for (Words const& command : std::vector<Words>{{},
                                                    {"call"},
@@ -47,7 +47,7 @@ TEST(UsageTest, HelpHasNoStrayBlanks)
     }
 }
 
-TEST(UsageTest, HelpThatCannotBeWrittenEndsWithSix)
+TEST(UsageTest, HelpThatCannotBeWrittenEndsWithExitCode6)
 {
     for (char const* const output : {">&-", ">/dev/full"}) {
         ChildProcess child({"sh", "-c", std::string("exec \"$0\" --help ") + output, ZVIPTVCTL_PATH});
@@ -71,7 +71,7 @@ TEST(UsageTest, AReaderThatClosesThePipeDuringHelpIsNotAFailure)
     }
 }
 
-TEST(UsageTest, HelpNamesTheExitCodes)
+TEST(UsageTest, HelpListsTheExitCodes)
 {
     std::string const help = RunAlone({"--help"}).output;
     for (char const* line : {"\n  0  ", "\n  1  ", "\n  2  ", "\n  3  ", "\n  4  ", "\n  5  ", "\n  6  "}) {
@@ -80,7 +80,7 @@ TEST(UsageTest, HelpNamesTheExitCodes)
     EXPECT_THAT(help, HasSubstr("\"languageCode\""));
 }
 
-TEST(UsageTest, HelpIsACommandToo)
+TEST(UsageTest, HelpIsACommand)
 {
     EXPECT_EQ(RunAlone({"help"}).output, RunAlone({"--help"}).output);
     EXPECT_EQ(RunAlone({"help", "call"}).output, RunAlone({"call", "--help"}).output);
@@ -150,7 +150,7 @@ class MistakeTest : public testing::TestWithParam<Mistake>
 {
 };
 
-TEST_P(MistakeTest, IsExplainedAndEndsWithTwo)
+TEST_P(MistakeTest, IsExplainedAndEndsWithExitCode2)
 {
     CtlResult const result = RunAlone(GetParam().arguments);
     EXPECT_EQ(result.code, 2);

@@ -21,7 +21,7 @@ std::size_t Count(std::string const& text, std::string const& part)
 }
 
 /// As many ticks as seconds, the last one at the very end.
-TEST_F(WatchTest, EverySecondHasItsTick)
+TEST_F(WatchTest, ReportsEverySecond)
 {
     CtlResult const result = RunCtl({"watch", "--seconds", "2"});
     EXPECT_EQ(result.code, 0) << result.errors;
@@ -29,7 +29,7 @@ TEST_F(WatchTest, EverySecondHasItsTick)
     EXPECT_EQ(Count(RunCtl({"watch", "--seconds", "0.1"}).output, "playing, STC 123456, PES"), 1U);
 }
 
-TEST_F(WatchTest, AMalformedAnswerIsToldOnceAndEndsWithFive)
+TEST_F(WatchTest, AMalformedAnswerIsReportedOnceAndEndsWithExitCode5)
 {
     m_service->Answer("GetSourceState", {{"result_internal", "1"}});
     CtlResult const result = RunCtl({"watch", "--seconds", "1.5"});
@@ -40,7 +40,7 @@ TEST_F(WatchTest, AMalformedAnswerIsToldOnceAndEndsWithFive)
     EXPECT_EQ(result.errors, "zviptvctl: " + result.output);
 }
 
-TEST_F(WatchTest, AnAnswerThatTurnsMalformedEndsWithFive)
+TEST_F(WatchTest, AnAnswerThatBecomesMalformedEndsWithExitCode5)
 {
     auto const child = StartCtl({"watch"});
     ASSERT_TRUE(child->WaitForOutput("PES 0 packets", patience));
@@ -69,20 +69,20 @@ void ExpectEndAfterOneCall(std::string const& message)
     EXPECT_THAT(result.errors, testing::StartsWith("zviptvctl: " + message));
 }
 
-TEST_F(WatchTest, AServiceThatHangsEndsWithFourInTime)
+TEST_F(WatchTest, AServiceThatHangsEndsWithExitCode4InTime)
 {
     m_service->AnswerAnnouncements([](Announcement const&) { return WireAnswer::Nothing(); });
     ExpectEndAfterOneCall("GetSourceState: no answer to the announcement within 2000 ms");
 }
 
-TEST_F(WatchTest, AServiceThatDoesNotAnswerEndsWithFourInTime)
+TEST_F(WatchTest, AServiceThatDoesNotAnswerEndsWithExitCode4InTime)
 {
     m_service->AnswerNothing("GetSourceState");
     ExpectEndAfterOneCall("GetSourceState: no answer to the request within 2000 ms");
 }
 
 /// A service that hangs while it is watched.
-TEST_F(WatchTest, ASilenceThatLastsEndsWithFour)
+TEST_F(WatchTest, ALastingSilenceEndsWithExitCode4)
 {
     auto const child = StartCtl({"watch", "--seconds", "3.5"});
     ASSERT_TRUE(child->WaitForOutput("playing, STC 123456", patience));
@@ -95,7 +95,7 @@ TEST_F(WatchTest, ASilenceThatLastsEndsWithFour)
 }
 
 /// On a terminal: a line that fits and stays, with a line break before all that follows.
-TEST_F(WatchTest, TheLiveLineFitsAndIsLeftAtTheEnd)
+TEST_F(WatchTest, TheLiveLineFitsAndRemainsAtTheEnd)
 {
     Terminal const terminal(60);
     ChildProcess child({"sh", "-c", "exec \"$0\" watch >\"$1\"", ZVIPTVCTL_PATH, terminal.Name()});
@@ -114,7 +114,7 @@ TEST_F(WatchTest, TheLiveLineFitsAndIsLeftAtTheEnd)
     EXPECT_THAT(terminal.Read(), EndsWith("\r\n"));
 }
 
-TEST_F(WatchTest, NothingIsRepeatedWhileItWaits)
+TEST_F(WatchTest, RepeatsNothingDuringAWait)
 {
     Terminal const terminal(80);
     ChildProcess child(

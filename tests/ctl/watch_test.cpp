@@ -8,7 +8,7 @@ namespace {
 
 using testing::HasSubstr;
 
-TEST_F(WatchTest, TellsStateClockAndTraffic)
+TEST_F(WatchTest, ReportsStateClockAndTraffic)
 {
     auto const child = StartCtl({"watch"});
     ASSERT_TRUE(child->WaitForOutput("connected: source playing, STC 123456, first PTS 90000\n"
@@ -30,7 +30,7 @@ TEST_F(WatchTest, TellsStateClockAndTraffic)
     EXPECT_EQ(request->Value("on"), "0");
 }
 
-TEST_F(WatchTest, TellsStepByStepHowTheServiceGoesAndComesBack)
+TEST_F(WatchTest, ReportsTheLossAndReturnOfTheService)
 {
     auto const child = StartCtl({"watch"});
     ASSERT_TRUE(child->WaitForOutput("subscribed to PES packets\n", patience));
@@ -56,7 +56,7 @@ TEST_F(WatchTest, TellsStepByStepHowTheServiceGoesAndComesBack)
     EXPECT_EQ(Finish(*child).code, 0);
 }
 
-TEST_F(WatchTest, EndsWithThreeWhenTheServiceDoesNotComeBack)
+TEST_F(WatchTest, EndsWithExitCode3IfTheServiceDoesNotReturn)
 {
     auto const child = StartCtl({"watch"});
     ASSERT_TRUE(child->WaitForOutput("subscribed to PES packets\n", patience));
@@ -68,7 +68,7 @@ TEST_F(WatchTest, EndsWithThreeWhenTheServiceDoesNotComeBack)
     EXPECT_EQ(result.errors, "zviptvctl: the service did not come back\n");
 }
 
-TEST_F(WatchTest, EndsAfterSomeSeconds)
+TEST_F(WatchTest, EndsAfterTheGivenSeconds)
 {
     CtlResult const result = RunCtl({"watch", "--seconds", "0.01"});
     EXPECT_EQ(result.code, 0);
@@ -104,7 +104,7 @@ TEST_F(WatchTest, JsonIsOneEventALine)
 }
 
 /// A service that answers with errors is not a service that left.
-TEST_F(WatchTest, TellsThatTheServiceAnswersWithAnError)
+TEST_F(WatchTest, ReportsAnErrorOfTheService)
 {
     auto const child = StartCtl({"watch"});
     ASSERT_TRUE(child->WaitForOutput("subscribed to PES packets\n", patience));

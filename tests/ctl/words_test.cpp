@@ -18,7 +18,7 @@ TEST(WordsTest, SmallHelpers)
     EXPECT_EQ(Counted(0, "packet"), "0 packets");
 }
 
-TEST(WordsTest, NearWordsComeNearestFirst)
+TEST(WordsTest, SortsSimilarWordsByDistance)
 {
     EXPECT_THAT(NearWords("pse", {"caption", "pes", "rating"}), ElementsAre("pes"));
     EXPECT_THAT(NearWords("Mute", {"UnMute", "MuteAudio", "Muted"}),
@@ -29,12 +29,12 @@ TEST(WordsTest, NearWordsComeNearestFirst)
     EXPECT_THAT(NearWords("Format", {"SetAudioFormat", "GetTTX"}), ElementsAre("SetAudioFormat"));
 }
 
-TEST(WordsTest, ThreeSuggestionsAtMost)
+TEST(WordsTest, GivesAtMostThreeSuggestions)
 {
     EXPECT_EQ(NearWords("aaaa", {"aaab", "aaac", "aaad", "aaae"}).size(), 3U);
 }
 
-TEST(WordsTest, NothingNearIsNothing)
+TEST(WordsTest, SuggestsNothingWithoutASimilarWord)
 {
     EXPECT_THAT(NearWords("qqqq", {"pes", "caption"}), IsEmpty());
     EXPECT_THAT(NearWords("", {"a"}), IsEmpty());

@@ -3,9 +3,9 @@
 
 #include "Bytes.h"
 #include "LogCapture.h"
+#include "LoggedLine.h"
 #include "LoopRunner.h"
 #include "PrivateBus.h"
-#include "Said.h"
 #include "WaitUntil.h"
 #include "WirePeer.h"
 
@@ -73,7 +73,7 @@ class ChannelTest : public testing::Test
 {
 protected:
     /// Runs the loop until the line has been written.
-    bool RunUntilSaid(EZVLogPriority priority, std::string const& message)
+    bool RunUntilLogged(EZVLogPriority priority, std::string const& message)
     {
         return RunUntil([&] { return m_log.Has(priority, message); });
     }
@@ -91,7 +91,7 @@ protected:
 class LoopedChannelTest : public ChannelTest
 {
 protected:
-    bool WaitUntilSaid(EZVLogPriority priority, std::string const& message)
+    bool WaitUntilLogged(EZVLogPriority priority, std::string const& message)
     {
         return WaitUntil([&] { return m_log.Has(priority, message); }, patience);
     }

@@ -44,12 +44,12 @@ TEST_F(AsyncSend, ReturnsBeforeTheAnswerAndDropsIt)
 {
     m_partner.SetHandler([](WireMessage const&) { return Entries({{"answer", "1"}}); });
     EXPECT_EQ(Send(Message({{"a", "1"}})), 1);
-    EXPECT_THAT(SaidIn(m_log),
+    EXPECT_THAT(LoggedLines(m_log),
                 ElementsAre(Debug("m_SendAsyncMessage", "Sending async message with 1 key-value pairs")));
     m_log.Clear();
-    ASSERT_TRUE(RunUntilSaid(ZV_LOG_INFO, "Replyed"));
-    EXPECT_THAT(SaidIn(m_log), ElementsAre(Debug("m_GAsyncMessageCallback", "Enter"),
-                                           Info("m_GAsyncMessageCallback", "Replyed")));
+    ASSERT_TRUE(RunUntilLogged(ZV_LOG_INFO, "Replyed"));
+    EXPECT_THAT(LoggedLines(m_log), ElementsAre(Debug("m_GAsyncMessageCallback", "Enter"),
+                                                Info("m_GAsyncMessageCallback", "Replyed")));
     EXPECT_EQ(EntriesOf(m_reply), m_untouched);
 }
 
@@ -74,32 +74,32 @@ TEST_F(AsyncSend, EveryValueButZeroIsAsynchronous)
     EXPECT_EQ(m_log.Count("Sending async message with 0 key-value pairs"), 2U);
 }
 
-TEST_F(AsyncSend, AnErrorIsADebugLine)
+TEST_F(AsyncSend, LogsAnErrorAsDebug)
 {
     m_partner.SetHandler(
         [](WireMessage const&) { return WireAnswer::Error("org.corvel.Failed", "because"); });
     EXPECT_EQ(Send(CMessageBuffer()), 1);
     m_log.Clear();
     ASSERT_TRUE(RunUntil([&] { return m_log.Lines().size() == 2; }));
-    EXPECT_THAT(SaidIn(m_log),
+    EXPECT_THAT(LoggedLines(m_log),
                 ElementsAre(Debug("m_GAsyncMessageCallback", "Enter"),
                             Debug("m_GAsyncMessageCallback",
                                   "Error received: 'GDBus.Error:org.corvel.Failed: because'")));
     EXPECT_EQ(EntriesOf(m_reply), m_untouched);
 }
 
-TEST_F(AsyncSend, AReplyOfAnotherTypeDoesNoHarm)
+TEST_F(AsyncSend, IgnoresAReplyOfAnotherType)
 {
     for (WireBody const& body : {WireBody(), WireBody::Strings({"a"})}) {
         m_log.Clear();
         m_partner.SetHandler([body](WireMessage const&) { return body; });
         EXPECT_EQ(Send(CMessageBuffer()), 1);
-        ASSERT_TRUE(RunUntilSaid(ZV_LOG_INFO, "Replyed"));
+        ASSERT_TRUE(RunUntilLogged(ZV_LOG_INFO, "Replyed"));
         EXPECT_EQ(EntriesOf(m_reply), m_untouched);
     }
 }
 
-TEST_F(AsyncSend, AKeyThatIsNotUtf8IsRefusedHere)
+TEST_F(AsyncSend, RefusesAKeyThatIsNotUtf8)
 {
     EXPECT_EQ(Send(Message({{"\xff", "1"}})), 0);
     EXPECT_THAT(m_log.Messages(ZV_LOG_ERROR),
@@ -109,7 +109,7 @@ TEST_F(AsyncSend, AKeyThatIsNotUtf8IsRefusedHere)
     EXPECT_EQ(m_partner.Received().Count(IsCall("Send")), 1U);
 }
 
-TEST_F(AsyncSend, ThePartnersLossComesBeforeTheFailure)
+TEST_F(AsyncSend, ReportsThePartnersLossBeforeTheFailure)
 {
     m_partner.SetHandler([](WireMessage const&) { return WireAnswer::Nothing(); });
     int losses = 0;
@@ -121,7 +121,7 @@ TEST_F(AsyncSend, ThePartnersLossComesBeforeTheFailure)
     EXPECT_EQ(Send(CMessageBuffer()), 1);
     ASSERT_TRUE(m_partner.WaitFor(IsCall("Send")));
     m_partner.Disconnect();
-    ASSERT_TRUE(RunUntilSaid(ZV_LOG_DEBUG, "Enter"));
+    ASSERT_TRUE(RunUntilLogged(ZV_LOG_DEBUG, "Enter"));
     EXPECT_TRUE(RunUntil([&] { return losses == 1; }));
     EXPECT_EQ(endedAtLoss, 0U);
     EXPECT_THAT(m_log.Messages(ZV_LOG_DEBUG).back(), testing::StartsWith("Error received: '"));
@@ -136,13 +136,13 @@ TEST_F(ChannelTest, SendsBeforeConnectAreRefused)
     EXPECT_EQ(channel.SendMessage(message, reply, 0), 0);
     EXPECT_EQ(channel.SendMessage(message, reply, 1), 0);
     EXPECT_EQ(channel.SendNotification(message), 0);
-    EXPECT_THAT(SaidIn(m_log), ElementsAre(Failed("m_SendSyncMessage", "Connection not set."),
-                                           Failed("m_SendAsyncMessage", "Connection not set."),
-                                           Failed("SendNotification", "Connection not set.")));
+    EXPECT_THAT(LoggedLines(m_log), ElementsAre(Failed("m_SendSyncMessage", "Connection not set."),
+                                                Failed("m_SendAsyncMessage", "Connection not set."),
+                                                Failed("SendNotification", "Connection not set.")));
     EXPECT_EQ(EntriesOf(reply), Entries({{"old", "1"}}));
 }
 
-TEST_F(LoopedChannelTest, TwoEndsOfTheLibraryUnderstandEachOther)
+TEST_F(LoopedChannelTest, TwoChannelsOfTheLibraryCommunicate)
 {
     TestChannel channel("IPTVDATASUBSCRIBER"); // both ends in one
     std::vector<WireEntries> arrived;

@@ -37,7 +37,7 @@ TEST_F(BusRestart, ANewChannelWorksAtTheSameAddress)
     }
 }
 
-TEST_F(BusRestart, ANewChannelWorksAtTheAddressOfTheMoment)
+TEST_F(BusRestart, ANewChannelUsesTheCurrentAddress)
 {
     std::string const former = m_bus.Address();
     BusOptions elsewhere;
@@ -51,7 +51,7 @@ TEST_F(BusRestart, ANewChannelWorksAtTheAddressOfTheMoment)
 }
 
 /// Only objects that are created after the end of the bus use another bus.
-TEST_F(BusRestart, TheOwnerIsLookedForAtTheAddressOfTheMomentWhileTheFormerBusRuns)
+TEST_F(BusRestart, TheOwnerCheckUsesTheCurrentAddressWhileTheFormerBusRuns)
 {
     std::string const former = m_bus.Address();
     BusOptions elsewhere;
@@ -66,7 +66,7 @@ TEST_F(BusRestart, TheOwnerIsLookedForAtTheAddressOfTheMomentWhileTheFormerBusRu
     setenv("DBUS_SYSTEM_BUS_ADDRESS", former.c_str(), 1);
 }
 
-TEST_F(BusRestart, AllThatIsMadeAfterwardsSharesOneConnection)
+TEST_F(BusRestart, LaterObjectsShareOneConnection)
 {
     m_bus.Restart();
     CProxyDBusHelper first("IPGUTIL");
@@ -74,7 +74,7 @@ TEST_F(BusRestart, AllThatIsMadeAfterwardsSharesOneConnection)
     EXPECT_EQ(first.GetPublicName(), second.GetPublicName());
 }
 
-TEST_F(BusRestart, AChannelMadeWhileThereIsNoBusIsOnTheDeadConnection)
+TEST_F(BusRestart, AChannelMadeWithoutABusUsesTheDeadConnection)
 {
     m_bus.Kill();
     CProxyDBusHelper channel("IPGUTIL");
@@ -83,7 +83,7 @@ TEST_F(BusRestart, AChannelMadeWhileThereIsNoBusIsOnTheDeadConnection)
     EXPECT_EQ(channel.SendNotification(message), 0);
 }
 
-TEST_F(BusRestart, TheOwnerIsFoundAgain)
+TEST_F(BusRestart, TheOwnerCheckFindsTheOwnerAgain)
 {
     EXPECT_FALSE(CConnectionHelperDBusClient::CheckConnection());
     m_bus.Restart();
@@ -108,7 +108,7 @@ TEST_F(BusRestart, TheDisconnectHandlerRunsOnce)
     EXPECT_EQ(losses, 1);
 }
 
-TEST_F(BusRestart, TheHelperServerOwnsItsNameAgainWhenItIsMadeAgain)
+TEST_F(BusRestart, ANewHelperServerOwnsItsNameAgain)
 {
     ServerEnd const end;
     CConnectionHelperDBusServer::Instance();
@@ -132,7 +132,7 @@ protected:
     static void Set(bool on) { g_dbus_connection_set_exit_on_close(Connection().get(), on ? TRUE : FALSE); }
 
     /// Runs `use` while an object exists. Returns when the connection has ended with the object.
-    void WithAnObject(std::function<void()> const& use)
+    void WithObject(std::function<void()> const& use)
     {
         std::string name;
         {
@@ -144,7 +144,7 @@ protected:
     }
 
     /// Returns when the loss of the bus has been handled.
-    void LoseTheBus()
+    void LoseBus()
     {
         TestChannel channel;
         WirePeer partner;
@@ -156,33 +156,33 @@ protected:
     }
 };
 
-TEST_F(ExitOnClose, IsOnAtFirst)
+TEST_F(ExitOnClose, IsInitiallyOn)
 {
-    WithAnObject([] { EXPECT_TRUE(IsSet()); });
-    WithAnObject([] { EXPECT_TRUE(IsSet()); });
+    WithObject([] { EXPECT_TRUE(IsSet()); });
+    WithObject([] { EXPECT_TRUE(IsSet()); });
 }
 
-TEST_F(ExitOnClose, StaysSwitchedOffWhenNoObjectIsLeft)
+TEST_F(ExitOnClose, StaysOffWithoutObjects)
 {
-    WithAnObject([] { Set(false); });
+    WithObject([] { Set(false); });
     for (int i = 0; i < 3; ++i) {
-        LoseTheBus();
+        LoseBus();
         m_bus.Restart();
     }
 }
 
-TEST_F(ExitOnClose, MayBeSwitchedOnAgain)
+TEST_F(ExitOnClose, CanBeSwitchedOnAgain)
 {
-    WithAnObject([] { Set(false); });
-    WithAnObject([] {
+    WithObject([] { Set(false); });
+    WithObject([] {
         EXPECT_FALSE(IsSet());
         Set(true);
     });
-    WithAnObject([] { EXPECT_TRUE(IsSet()); });
+    WithObject([] { EXPECT_TRUE(IsSet()); });
 }
 
 /// The application holds the connection longer than its objects.
-TEST_F(ExitOnClose, StaysAsItWasLast)
+TEST_F(ExitOnClose, KeepsItsLastValue)
 {
     ConnectionPtr connection = Connection();
     {
@@ -190,11 +190,11 @@ TEST_F(ExitOnClose, StaysAsItWasLast)
     }
     g_dbus_connection_set_exit_on_close(connection.get(), FALSE);
     connection.reset();
-    LoseTheBus();
+    LoseBus();
 }
 
 /// Dropping the last reference to the connection of a dead bus does not store its setting again.
-TEST_F(ExitOnClose, IsThatOfTheLaterBus)
+TEST_F(ExitOnClose, AppliesToTheLaterBus)
 {
     ConnectionPtr former = SharedConnection();
     bool isHandled = false;
@@ -208,7 +208,7 @@ TEST_F(ExitOnClose, IsThatOfTheLaterBus)
         g_dbus_connection_set_exit_on_close(former.get(), TRUE);
     }
     former.reset();
-    LoseTheBus();
+    LoseBus();
 }
 
 } // namespace

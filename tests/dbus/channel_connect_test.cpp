@@ -10,27 +10,27 @@ using testing::HasSubstr;
 
 namespace {
 
-TEST_F(ChannelTest, ConnectTellsEveryStep)
+TEST_F(ChannelTest, ConnectLogsEachStep)
 {
     CProxyDBusHelper channel("PLAYERCONTROL");
     m_log.Clear();
     EXPECT_EQ(channel.Connect(m_partner.Name()), 1);
-    std::vector<Said> said = SaidIn(m_log);
-    ASSERT_EQ(said.size(), 5U);
+    std::vector<LoggedLine> lines = LoggedLines(m_log);
+    ASSERT_EQ(lines.size(), 5U);
     std::string const partner = m_partner.Name();
     std::string const path = "/org/corvel/zviptvapi/DbusCommunication/PLAYERCONTROL";
     std::string const function = "m_CreatePartnerProxy";
-    EXPECT_EQ(said[0], Info("Connect", ""));
-    EXPECT_EQ(said[1], Info(function, "Monitor partner [" + partner + "] connection "));
-    EXPECT_EQ(said[2].priority, ZV_LOG_DEBUG);
-    EXPECT_EQ(said[2].function, function);
+    EXPECT_EQ(lines[0], Info("Connect", ""));
+    EXPECT_EQ(lines[1], Info(function, "Monitor partner [" + partner + "] connection "));
+    EXPECT_EQ(lines[2].priority, ZV_LOG_DEBUG);
+    EXPECT_EQ(lines[2].function, function);
     std::string const dot = "\\.";
     EXPECT_THAT(
-        said[2].message,
+        lines[2].message,
         testing::MatchesRegex("Create proxy\\[0x[0-9a-f]+\\] and watch\\[[1-9][0-9]*\\] for .* on obj .*"));
-    EXPECT_THAT(said[2].message, testing::EndsWith(" for " + partner + " on obj " + path));
-    EXPECT_EQ(said[3], Info(function, "Subscribe for signals from " + partner + " on object " + path + "."));
-    EXPECT_EQ(said[4], Info("Connect", "handshake done"));
+    EXPECT_THAT(lines[2].message, testing::EndsWith(" for " + partner + " on obj " + path));
+    EXPECT_EQ(lines[3], Info(function, "Subscribe for signals from " + partner + " on object " + path + "."));
+    EXPECT_EQ(lines[4], Info("Connect", "handshake done"));
 }
 
 TEST_F(ChannelTest, ConnectMakesTheChannelReady)
@@ -43,7 +43,7 @@ TEST_F(ChannelTest, ConnectMakesTheChannelReady)
     EXPECT_TRUE(channel.IsConnectionReady());
 }
 
-TEST_F(ChannelTest, ConnectSendsThePartnerNothing)
+TEST_F(ChannelTest, ConnectSendsNothingToThePartner)
 {
     CProxyDBusHelper channel("IPGUTIL");
     ASSERT_EQ(channel.Connect(m_partner.Name()), 1);
@@ -56,7 +56,7 @@ TEST_F(ChannelTest, ConnectSendsThePartnerNothing)
     EXPECT_EQ(m_partner.Received().Count(isFromTheChannel), 1U);
 }
 
-TEST_F(ChannelTest, AWellKnownNameIsAPartnerToo)
+TEST_F(ChannelTest, APartnerMayHaveAWellKnownName)
 {
     ASSERT_TRUE(m_partner.OwnName("org.corvel.test.Partner"));
     TestChannel channel;
@@ -66,7 +66,7 @@ TEST_F(ChannelTest, AWellKnownNameIsAPartnerToo)
     m_partner.Emit(channel.Target("SendSignal"), WireEntries());
     EXPECT_TRUE(RunUntil([&] { return notifications == 1; }));
     m_partner.ReleaseName("org.corvel.test.Partner");
-    EXPECT_TRUE(RunUntilSaid(ZV_LOG_ERROR, "Connection lost with partner id=org.corvel.test.Partner"));
+    EXPECT_TRUE(RunUntilLogged(ZV_LOG_ERROR, "Connection lost with partner id=org.corvel.test.Partner"));
 }
 
 class BadPartnerName : public ChannelTest, public testing::WithParamInterface<std::string>
@@ -79,7 +79,7 @@ TEST_P(BadPartnerName, IsRefused)
     BusMonitor monitor(m_bus.Address());
     m_log.Clear();
     EXPECT_EQ(channel.Connect(GetParam()), 0);
-    EXPECT_THAT(SaidIn(m_log),
+    EXPECT_THAT(LoggedLines(m_log),
                 ElementsAre(Info("Connect", ""),
                             Info("m_CreatePartnerProxy", "Monitor partner [" + GetParam() + "] connection "),
                             Failed("m_CreatePartnerProxy", "Error while g_dbus_proxy_new_sync")));
@@ -109,7 +109,7 @@ TEST_F(ChannelTest, ALongNameWithinTheLimitIsAccepted)
     std::string const longest = std::string(251, 'a') + ".bcd";
     ASSERT_EQ(longest.size(), 255U);
     EXPECT_EQ(channel.Connect(longest), 1);
-    EXPECT_TRUE(RunUntilSaid(ZV_LOG_ERROR, "Connection lost with partner id=" + longest));
+    EXPECT_TRUE(RunUntilLogged(ZV_LOG_ERROR, "Connection lost with partner id=" + longest));
 }
 
 TEST_F(ChannelTest, ARefusedNameLeavesAnEarlierConnectionReady)
@@ -125,7 +125,7 @@ TEST_F(ChannelTest, ARefusedNameLeavesAnEarlierConnectionReady)
     EXPECT_EQ(reply.GetValue("k"), "v");
 }
 
-TEST_F(ChannelTest, ANotificationToARefusedNameIsAnErrorAndNoBroadcast)
+TEST_F(ChannelTest, ANotificationToARefusedNameIsNotBroadcast)
 {
     BusMonitor monitor(m_bus.Address());
     CProxyDBusHelper channel("IPGUTIL");

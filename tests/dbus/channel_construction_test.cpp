@@ -11,17 +11,17 @@ using testing::StartsWith;
 
 namespace {
 
-TEST_F(ChannelTest, ConstructionTellsEveryStep)
+TEST_F(ChannelTest, ConstructionLogsEachStep)
 {
     CProxyDBusHelper channel("IPGUTIL");
-    std::vector<Said> const said = SaidIn(m_log);
+    std::vector<LoggedLine> const lines = LoggedLines(m_log);
     std::string const name = channel.GetPublicName();
     std::string const function = "CProxyDBusHelper";
-    EXPECT_THAT(said, ElementsAre(Info(function, "Constructor - IPGUTIL"), Info(function, "XML parsed"),
-                                  Info(function, "Getting connection to DBUS"),
-                                  Info(function, "Working with unique name " + name),
-                                  Info(function, "Registering Object and Interface on path "
-                                                 "/org/corvel/zviptvapi/DbusCommunication/IPGUTIL")));
+    EXPECT_THAT(lines, ElementsAre(Info(function, "Constructor - IPGUTIL"), Info(function, "XML parsed"),
+                                   Info(function, "Getting connection to DBUS"),
+                                   Info(function, "Working with unique name " + name),
+                                   Info(function, "Registering Object and Interface on path "
+                                                  "/org/corvel/zviptvapi/DbusCommunication/IPGUTIL")));
 }
 
 TEST_F(ChannelTest, PublicNameIsTheConnectionsUniqueName)
@@ -29,7 +29,7 @@ TEST_F(ChannelTest, PublicNameIsTheConnectionsUniqueName)
     CProxyDBusHelper channel("IPGUTIL");
     m_log.Clear();
     std::string const name = channel.GetPublicName();
-    EXPECT_THAT(SaidIn(m_log), ElementsAre(Info("GetPublicName", "")));
+    EXPECT_THAT(LoggedLines(m_log), ElementsAre(Info("GetPublicName", "")));
     EXPECT_THAT(name, StartsWith(":"));
     EXPECT_EQ(name, g_dbus_connection_get_unique_name(SharedConnection().get()));
     EXPECT_THAT(m_partner.ListNames(), testing::Contains(name));
@@ -42,16 +42,16 @@ TEST_F(ChannelTest, IsNotReadyBeforeConnect)
     EXPECT_FALSE(channel.IsConnectionReady());
     channel.SetCallback(nullptr, nullptr, nullptr);
     channel.SetDisconnectNotiCB(nullptr, nullptr);
-    EXPECT_THAT(SaidIn(m_log), ElementsAre());
+    EXPECT_THAT(LoggedLines(m_log), ElementsAre());
 }
 
-TEST_F(ChannelTest, DestructionWritesOneBareErrorLine)
+TEST_F(ChannelTest, DestructionLogsOneEmptyErrorLine)
 {
     {
         CProxyDBusHelper channel("IPGUTIL");
         m_log.Clear();
     }
-    EXPECT_THAT(SaidIn(m_log), ElementsAre(Failed("~CProxyDBusHelper", "")));
+    EXPECT_THAT(LoggedLines(m_log), ElementsAre(Failed("~CProxyDBusHelper", "")));
 }
 
 TEST_F(LoopedChannelTest, DestructionWithdrawsTheObject)
@@ -108,17 +108,17 @@ TEST_F(ChannelTest, ReportsAFailureToUnregister)
             << "ids are not consecutive";
         m_log.Clear();
     }
-    EXPECT_THAT(SaidIn(m_log), ElementsAre(Failed("~CProxyDBusHelper", ""),
-                                           Failed("~CProxyDBusHelper", "Assertion failed")));
+    EXPECT_THAT(LoggedLines(m_log), ElementsAre(Failed("~CProxyDBusHelper", ""),
+                                                Failed("~CProxyDBusHelper", "Assertion failed")));
     g_dbus_connection_unregister_object(connection.get(), before);
     RunPending();
 }
 
-class OddChannelName : public ChannelTest, public testing::WithParamInterface<std::string>
+class InvalidChannelName : public ChannelTest, public testing::WithParamInterface<std::string>
 {
 };
 
-TEST_P(OddChannelName, IsConstructedButNothingWorks)
+TEST_P(InvalidChannelName, IsConstructedButFails)
 {
     CProxyDBusHelper channel(GetParam());
     EXPECT_TRUE(m_log.Has(ZV_LOG_INFO, "Constructor - " + GetParam()));
@@ -136,7 +136,7 @@ TEST_P(OddChannelName, IsConstructedButNothingWorks)
     RunPending();
 }
 
-INSTANTIATE_TEST_SUITE_P(Channel, OddChannelName,
+INSTANTIATE_TEST_SUITE_P(Channel, InvalidChannelName,
                          testing::Values("", "a-b", "a b", "a//b", "/a", "a/", "\xff\xfe", "a.b", "50%s%n",
                                          std::string(513 - sizeof ChannelObject + 1, 'x'),
                                          std::string(8000, 'x')));

@@ -20,7 +20,7 @@ protected:
     ContextPtr m_connecting{g_main_context_new()};
 };
 
-TEST_F(ChannelContexts, EventsComeThroughTheContextOfTheirSetUp)
+TEST_F(ChannelContexts, EventsArriveInTheContextThatSetThemUp)
 {
     int calls = 0;
     int notifications = 0;
@@ -62,7 +62,7 @@ TEST_F(ChannelContexts, EventsComeThroughTheContextOfTheirSetUp)
     }
 }
 
-TEST_F(ChannelContexts, AsynchronousCompletionsComeThroughTheContextOfTheSend)
+TEST_F(ChannelContexts, CompletionsArriveInTheContextOfTheSend)
 {
     m_partner.SetHandler([](WireMessage const&) { return WireEntries(); });
     TestChannel channel;
@@ -81,7 +81,7 @@ TEST_F(ChannelContexts, AsynchronousCompletionsComeThroughTheContextOfTheSend)
 }
 
 /// GIO reports it through the context in which the connection was made, the channel through that of Connect.
-TEST_F(ChannelContexts, ALossOfTheBusComesThroughTwoContexts)
+TEST_F(ChannelContexts, ALossOfTheBusArrivesInBothContexts)
 {
     TestChannel former;
     SharedConnection();

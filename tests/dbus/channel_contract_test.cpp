@@ -8,7 +8,7 @@ using testing::HasSubstr;
 
 namespace {
 
-TEST(ChannelContract, ConstantsAreTheProtocols)
+TEST(ChannelContract, ConstantsMatchTheProtocol)
 {
     EXPECT_STREQ(CProxyDBusHelper::PROXY_DBUS_HELPER_PREFIX, "org.corvel.zviptvapi");
     EXPECT_STREQ(CProxyDBusHelper::PROXY_DBUS_HELPER_OBJ_NAME, "/org/corvel/zviptvapi/DbusCommunication");
@@ -20,7 +20,7 @@ TEST(ChannelContract, ConstantsAreTheProtocols)
     EXPECT_STREQ(CProxyDBusHelper::PROXY_DBUS_HELPER_ACK_SUFFIX, "_ACK");
 }
 
-TEST(ChannelContract, InterfaceXmlIsThisText)
+TEST(ChannelContract, InterfaceXmlMatchesLiterally)
 {
     EXPECT_STREQ(
         CProxyDBusHelper::INTERFACE_XML,
@@ -56,7 +56,7 @@ TEST_F(LoopedChannelTest, ExportedObjectDescribesItself)
     EXPECT_THAT(reply.strings[0], HasSubstr("<method name=\"SendSignal\">"));
 }
 
-TEST_F(LoopedChannelTest, ExportsNoPathButItsOwn)
+TEST_F(LoopedChannelTest, ExportsOnlyItsPath)
 {
     TestChannel const channel("IPGUTIL");
     WireTarget target = channel.Target("Send");

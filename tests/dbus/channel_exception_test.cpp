@@ -80,7 +80,7 @@ TEST_F(Exceptions, OutOfDisconnectHandlersReleaseTheLock)
     EXPECT_TRUE(RunCounting(m_caught, [&] { return m_caught == Throws; }));
 }
 
-TEST_F(Exceptions, DoNotHoldUpADestructorOnAnotherThread)
+TEST_F(Exceptions, DoNotBlockADestructorOnAnotherThread)
 {
     CProxyDBusHelper const other("PLAYERCONTROL"); // keeps the connection
     TestChannel channel;

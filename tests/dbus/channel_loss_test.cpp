@@ -8,7 +8,7 @@ namespace {
 
 using Loss = std::pair<std::string, std::string>;
 
-TEST_F(ChannelTest, LossIsToldStepByStep)
+TEST_F(ChannelTest, LossIsLoggedStepByStep)
 {
     TestChannel channel("IPGUTIL");
     ConnectAndSettle(channel);
@@ -18,12 +18,12 @@ TEST_F(ChannelTest, LossIsToldStepByStep)
     ASSERT_TRUE(RunUntil([&] { return losses > 0; }));
     std::string const name = m_partner.Name();
     std::string const function = "m_PartnerNameVanishedCallback";
-    EXPECT_THAT(SaidIn(m_log), ElementsAre(Info(function, "m_PartnerNameVanishedCallback name=" + name),
-                                           Failed(function, "Connection lost with partner id=" + name)));
+    EXPECT_THAT(LoggedLines(m_log), ElementsAre(Info(function, "m_PartnerNameVanishedCallback name=" + name),
+                                                Failed(function, "Connection lost with partner id=" + name)));
     EXPECT_EQ(losses, 1);
 }
 
-TEST_F(ChannelTest, HandlerGetsTheLostNameThenTheChannelsOwn)
+TEST_F(ChannelTest, HandlerReceivesTheLostNameAndTheChannelsName)
 {
     TestChannel channel("BROADCASTDATA");
     ASSERT_EQ(channel->Connect(m_partner.Name()), 1);
@@ -49,7 +49,7 @@ TEST_F(ChannelTest, WithoutHandlerLossOnlyLogsAndDisconnects)
     CProxyDBusHelper channel("IPGUTIL");
     ASSERT_EQ(channel.Connect(m_partner.Name()), 1);
     m_partner.Disconnect();
-    EXPECT_TRUE(RunUntilSaid(ZV_LOG_ERROR, "Connection lost with partner id=" + m_partner.Name()));
+    EXPECT_TRUE(RunUntilLogged(ZV_LOG_ERROR, "Connection lost with partner id=" + m_partner.Name()));
     EXPECT_FALSE(channel.IsConnectionReady());
 }
 
@@ -66,7 +66,7 @@ TEST_F(ChannelTest, ANullHandlerReplacesAnEarlierOne)
     EXPECT_EQ(losses, 0);
 }
 
-TEST_F(ChannelTest, ANameThatNobodyOwnsIsLostAtOnce)
+TEST_F(ChannelTest, ANameWithoutAnOwnerIsLostAtOnce)
 {
     TestChannel channel;
     std::vector<Loss> losses;
@@ -106,14 +106,14 @@ TEST_F(ChannelTest, LossOfAnotherNameChangesNothing)
     ASSERT_EQ(channel->Connect("undotted"),
               0); // the name is that of the channel's partner, but the watch is that of the former partner
     m_partner.Disconnect();
-    ASSERT_TRUE(RunUntilSaid(ZV_LOG_INFO, "m_PartnerNameVanishedCallback name=" + m_partner.Name()));
+    ASSERT_TRUE(RunUntilLogged(ZV_LOG_INFO, "m_PartnerNameVanishedCallback name=" + m_partner.Name()));
     RunPending();
     EXPECT_EQ(losses, 0);
     EXPECT_TRUE(channel->IsConnectionReady());
     EXPECT_EQ(m_log.Messages(ZV_LOG_ERROR), std::vector<std::string>({"Error while g_dbus_proxy_new_sync"}));
 }
 
-TEST_F(ChannelTest, ALostChannelConnectsAgain)
+TEST_F(ChannelTest, ALostChannelCanConnectAgain)
 {
     TestChannel channel;
     int losses = 0;
@@ -180,7 +180,7 @@ TEST_F(ChannelTest, AfterLossNoSignalArrivesButCallsAreAnswered)
     EXPECT_TRUE(m_log.Has(ZV_LOG_ERROR, "Connection not set."));
 }
 
-TEST_F(ChannelTest, DestructionIsNoLoss)
+TEST_F(ChannelTest, DestructionReportsNoLoss)
 {
     int losses = 0;
     {

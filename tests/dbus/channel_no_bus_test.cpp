@@ -34,27 +34,27 @@ std::string ConnectFailure()
     return text;
 }
 
-TEST_F(ChannelWithoutBus, IsConstructedAndSaysWhy)
+TEST_F(ChannelWithoutBus, IsConstructedAndReportsWhy)
 {
     CProxyDBusHelper channel("IPGUTIL");
     std::string const function = "CProxyDBusHelper";
     EXPECT_THAT(
-        SaidIn(m_log),
+        LoggedLines(m_log),
         ElementsAre(Info(function, "Constructor - IPGUTIL"), Info(function, "XML parsed"),
                     Info(function, "Getting connection to DBUS"),
                     Failed(function, "Error while connecting to system bus " + ConnectFailure() + "\n")));
 }
 
-constexpr char StartTheBus[] =
+constexpr char StartBus[] =
     "Could not connect: No such file or directory; start the bus, or set "
     "DBUS_SYSTEM_BUS_ADDRESS to one that runs, then destroy the object and create it again";
 
-TEST_F(ChannelWithoutBus, FailureNamesTheConstructor)
+TEST_F(ChannelWithoutBus, FailureContainsTheConstructor)
 {
     CProxyDBusHelper const channel("IPGUTIL");
-    EXPECT_EQ(LastFailure(), std::string("no bus | CProxyDBusHelper |  |  | ") + StartTheBus);
+    EXPECT_EQ(LastFailure(), std::string("no bus | CProxyDBusHelper |  |  | ") + StartBus);
     CConnectionHelperDBusClient const client;
-    EXPECT_EQ(LastFailure(), std::string("no bus | CConnectionHelperDBusClient |  |  | ") + StartTheBus);
+    EXPECT_EQ(LastFailure(), std::string("no bus | CConnectionHelperDBusClient |  |  | ") + StartBus);
 }
 
 TEST_F(ChannelTest, ConstructorThatSucceedsEndsAnOldFailure)
@@ -81,7 +81,7 @@ TEST_F(ChannelWithoutBus, FailureOfASendIsTheMissingBus)
     EXPECT_EQ(LastFailure(), "no bus | SendNotification" + reason);
 }
 
-TEST_F(ChannelWithoutBus, EverythingFailsQuietly)
+TEST_F(ChannelWithoutBus, EverythingFailsWithoutALog)
 {
     {
         CProxyDBusHelper channel("IPGUTIL");
@@ -89,7 +89,7 @@ TEST_F(ChannelWithoutBus, EverythingFailsQuietly)
         EXPECT_FALSE(channel.IsConnectionReady());
         m_log.Clear();
         EXPECT_EQ(channel.Connect(":1.1"), 0);
-        EXPECT_THAT(SaidIn(m_log),
+        EXPECT_THAT(LoggedLines(m_log),
                     ElementsAre(Info("Connect", ""),
                                 Info("m_CreatePartnerProxy", "Monitor partner [:1.1] connection "),
                                 Failed("m_CreatePartnerProxy", "Error while g_dbus_proxy_new_sync")));
@@ -100,12 +100,12 @@ TEST_F(ChannelWithoutBus, EverythingFailsQuietly)
         EXPECT_EQ(channel.SendMessage(message, reply, 0), 0);
         EXPECT_EQ(channel.SendMessage(message, reply, 1), 0);
         EXPECT_EQ(channel.SendNotification(message), 0);
-        EXPECT_THAT(SaidIn(m_log), ElementsAre(Failed("m_SendSyncMessage", "Connection not set."),
-                                               Failed("m_SendAsyncMessage", "Connection not set."),
-                                               Failed("SendNotification", "Connection not set.")));
+        EXPECT_THAT(LoggedLines(m_log), ElementsAre(Failed("m_SendSyncMessage", "Connection not set."),
+                                                    Failed("m_SendAsyncMessage", "Connection not set."),
+                                                    Failed("SendNotification", "Connection not set.")));
         m_log.Clear();
     }
-    EXPECT_THAT(SaidIn(m_log), ElementsAre(Failed("~CProxyDBusHelper", "")));
+    EXPECT_THAT(LoggedLines(m_log), ElementsAre(Failed("~CProxyDBusHelper", "")));
     RunPending();
 }
 
@@ -113,7 +113,7 @@ TEST_F(ChannelWithoutBus, EverythingFailsQuietly)
 class ChannelOfADyingBus : public ChannelTest
 {
 protected:
-    void KillTheBus()
+    void KillBus()
     {
         m_bus.Kill();
         ASSERT_TRUE(RunUntil([this] { return g_dbus_connection_is_closed(m_connection.get()) != FALSE; }));
@@ -122,28 +122,28 @@ protected:
     ConnectionPtr m_connection = SharedConnection();
 };
 
-TEST_F(ChannelOfADyingBus, LossWithoutConnectionIsAnErrorLineAndRunsTheHandlerAndChangesNothingElse)
+TEST_F(ChannelOfADyingBus, LossWithoutAConnectionLogsAnErrorAndCallsTheHandler)
 {
     TestChannel channel;
     int losses = 0;
     channel.onDisconnect = [&](std::string const&, std::string const&) { ++losses; };
     ConnectAndSettle(channel);
-    KillTheBus();
+    KillBus();
     ASSERT_TRUE(RunUntil([&] { return losses > 0; }));
     RunPending();
     std::string const function = "m_PartnerNameVanishedCallback";
-    EXPECT_THAT(SaidIn(m_log),
+    EXPECT_THAT(LoggedLines(m_log),
                 ElementsAre(Info(function, "m_PartnerNameVanishedCallback name=" + m_partner.Name()),
                             Failed(function, "Empty user_data or connection not valid.")));
     EXPECT_TRUE(channel->IsConnectionReady());
     EXPECT_EQ(losses, 1);
 }
 
-TEST_F(ChannelOfADyingBus, SendsFailAndSayThatTheConnectionIsClosed)
+TEST_F(ChannelOfADyingBus, SendsFailAndReportTheClosedConnection)
 {
     TestChannel channel;
     ConnectAndSettle(channel);
-    KillTheBus();
+    KillBus();
     m_log.Clear();
     CMessageBuffer message = Message({{"k", "v"}});
     CMessageBuffer reply = Message({{"kept", "as it was"}});
@@ -152,13 +152,13 @@ TEST_F(ChannelOfADyingBus, SendsFailAndSayThatTheConnectionIsClosed)
     EXPECT_EQ(channel->SendNotification(message), 0);
     EXPECT_TRUE(m_log.Has(ZV_LOG_ERROR, "Error while sending signal [18] The connection is closed"));
     EXPECT_EQ(channel->SendMessage(message, reply, 1), 1);
-    EXPECT_TRUE(RunUntilSaid(ZV_LOG_DEBUG, "Error received: 'The connection is closed'"));
+    EXPECT_TRUE(RunUntilLogged(ZV_LOG_DEBUG, "Error received: 'The connection is closed'"));
     EXPECT_EQ(EntriesOf(reply), Entries({{"kept", "as it was"}}));
 }
 
-TEST_F(ChannelOfADyingBus, ConstructingAndConnectingDoesNoHarm)
+TEST_F(ChannelOfADyingBus, ConstructingAndConnectingIsHarmless)
 {
-    KillTheBus();
+    KillBus();
     {
         CProxyDBusHelper channel("IPGUTIL");
         channel.Connect(m_partner.Name());

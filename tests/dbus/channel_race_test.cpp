@@ -118,7 +118,7 @@ struct Holder
     std::atomic<int> losses{0};
 };
 
-TEST_F(DestroyedMeanwhile, ByItsOwnDisconnectHandlerOnTheLoopsThread)
+TEST_F(DestroyedMeanwhile, ByItsDisconnectHandlerOnTheLoopThread)
 {
     Holder holder;
     auto const onLoss = [](std::string, std::string, void* data) {
@@ -142,7 +142,7 @@ TEST_F(DestroyedMeanwhile, ByItsOwnDisconnectHandlerOnTheLoopsThread)
 }
 
 /// A sender on one thread, the loss on the loop's, again and again on the same channel.
-TEST_F(DestroyedMeanwhile, NotAtAllButLostWhileSending)
+TEST_F(DestroyedMeanwhile, LostWhileSending)
 {
     CProxyDBusHelper channel("IPGUTIL");
     std::atomic<bool> stop{false};

@@ -87,7 +87,7 @@ TEST_F(DeferredReply, ReplacesAnErrorThatTheBusWouldRefuse)
     EXPECT_EQ(reply.strings, std::vector<std::string>{"The service reports an error"});
 }
 
-TEST_F(DeferredReply, TakesThePlaceOfAnEmptyOne)
+TEST_F(DeferredReply, ReplacesAnEmptyReply)
 {
     WireMessage reply;
     std::thread caller = Call(reply);

@@ -27,7 +27,7 @@ protected:
     }
 };
 
-TEST_F(HelperClient, ConstantsAreTheProtocols)
+TEST_F(HelperClient, ConstantsMatchTheProtocol)
 {
     EXPECT_STREQ(CConnectionHelperDBusClient::BUSNAME, "org.corvel.zviptvapi.dbushelper");
     EXPECT_STREQ(CConnectionHelperDBusClient::METHOD, "SendSignal");
@@ -63,14 +63,14 @@ TEST_F(HelperClient, DisconnectAnnouncesTheDeparture)
               Pairs({{"dbusname", ":1.7"}, {"type", "IPGUTIL"}, {"add", "n"}}));
 }
 
-TEST_F(HelperClient, TellsWhatItDoes)
+TEST_F(HelperClient, LogsEachStep)
 {
     {
         CConnectionHelperDBusClient client;
         client.Connect(":1.7", "IPGUTIL");
         client.Disconnect(":1.7", "IPGUTIL");
     }
-    EXPECT_THAT(SaidIn(m_log),
+    EXPECT_THAT(LoggedLines(m_log),
                 ElementsAre(Info("CConnectionHelperDBusClient", "ctor"), Info("m_SendMessage", "Sending"),
                             Info("m_SendMessage", "SendDone"), Info("m_SendMessage", "Sending"),
                             Info("m_SendMessage", "SendDone"), Info("~CConnectionHelperDBusClient", "dtor")));
@@ -88,7 +88,7 @@ TEST_F(HelperClient, EmptyAndMissingNamesAreEmpty)
     EXPECT_EQ(m_log.Count("SendDone"), 3U);
 }
 
-TEST_F(HelperClient, TheFirstOfSeveralNamesCounts)
+TEST_F(HelperClient, TheFirstOfSeveralNamesIsUsed)
 {
     AnswerWith(Pairs({{"other", "x"}, {"dbusname", ":1.8"}, {"dbusname", ":1.9"}}));
     CConnectionHelperDBusClient client;
@@ -108,7 +108,7 @@ TEST_F(HelperClient, ValuesAreCutAtTheirFirstZeroByte)
     EXPECT_EQ(m_partner.WaitFor(IsCall("SendSignal"))->pairs, Pairs({{"blob", "a"}, {"blob", ""}}));
 }
 
-TEST_F(HelperClient, TextThatIsNotUtf8IsRefusedHere)
+TEST_F(HelperClient, RefusesTextThatIsNotUtf8)
 {
     CConnectionHelperDBusClient client;
     EXPECT_EQ(client.Connect("\xff", "IPGUTIL"), "");
@@ -118,7 +118,7 @@ TEST_F(HelperClient, TextThatIsNotUtf8IsRefusedHere)
     EXPECT_EQ(client.Connect(":1.7", "IPGUTIL"), ":1.42") << "the connection is open";
 }
 
-TEST_F(HelperClient, AnAnnouncementTooLargeForTheBusIsRefusedHere)
+TEST_F(HelperClient, RefusesAnAnnouncementTooLargeForTheBus)
 {
     CConnectionHelperDBusClient client;
     EXPECT_EQ(client.Connect(std::string(33 * 1024 * 1024, 'x'), "IPGUTIL"), "");
@@ -137,7 +137,7 @@ TEST_F(HelperClient, SendReplacesTheReply)
         << "an empty buffer is an empty array";
 }
 
-TEST_F(HelperClient, AnAnswerOfAnotherTypeIsAnEmptyOne)
+TEST_F(HelperClient, AnAnswerOfAnotherTypeIsEmpty)
 {
     CConnectionHelperDBusClient client;
     for (WireBody const& body :
@@ -157,7 +157,7 @@ TEST_F(HelperClient, NeedsNoLoopAndWorksOnAnyThread)
     EXPECT_EQ(name, ":1.42");
 }
 
-TEST_F(LoopedChannelTest, ClientAndServerUnderstandEachOther)
+TEST_F(LoopedChannelTest, ClientAndServerCommunicate)
 {
     ServerEnd const end;
     Handled handled;

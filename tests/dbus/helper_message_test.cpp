@@ -87,7 +87,7 @@ TYPED_TEST(HelperMessage, DecodesPairsInOrder)
     EXPECT_EQ(this->Decoded("(@a(ss) [],)"), WireEntries());
 }
 
-TYPED_TEST(HelperMessage, DecodesNothingElse)
+TYPED_TEST(HelperMessage, RefusesOtherTypes)
 {
     EXPECT_EQ(this->m_converter.End().m_ConvertMsg(static_cast<GVariant*>(nullptr)).Size(), 0);
     for (char const* const text : {"()", "('a',)", "[('a', 'b')]", "({'a': 'b'},)", "([('a', 'b', 'c')],)"}) {

@@ -42,7 +42,7 @@ protected:
         return std::string();
     }
 
-    void LetGo()
+    void Release()
     {
         m_leave.set_value();
         m_destroyed.get();
@@ -67,25 +67,25 @@ protected:
 TEST_F(HelperServerLeaving, CreateOnAnotherThreadMakesALiveServer)
 {
     Server().SetDbusSignalCb(Handled::Handle, &m_handled);
-    LetGo();
+    Release();
     ExpectAlive();
 }
 
 TEST_F(HelperServerLeaving, CreateInsideTheHandlerMakesALiveServer)
 {
     m_atTheEnd = [this] { Server().SetDbusSignalCb(Handled::Handle, &m_handled); };
-    LetGo();
+    Release();
     ExpectAlive();
 }
 
 TEST_F(HelperServerLeaving, HandlersOfADestroyedServerAreRefused)
 {
-    LetGo();
+    Release();
     CConnectionHelperDBusServer& server = Server();
     CConnectionHelperDBusServer::Destroy();
     m_log.Clear();
     server.SetDbusSignalCb(Handled::Handle, &m_handled);
-    EXPECT_THAT(SaidIn(m_log),
+    EXPECT_THAT(LoggedLines(m_log),
                 ElementsAre(Failed("SetDbusSignalCb", "The object has been destroyed; create it again")));
     Server();
     EXPECT_TRUE(m_partner.WaitForOwner(HelperName, true));
@@ -127,7 +127,7 @@ protected:
     ServerEnd m_end;
 };
 
-TEST_F(HelperServerReplaced, TheAnnouncementStillFindsItsServer)
+TEST_F(HelperServerReplaced, TheAnnouncementReachesItsServer)
 {
     HoldAnnouncement();
     m_bus.Restart();

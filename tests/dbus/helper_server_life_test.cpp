@@ -30,44 +30,44 @@ protected:
     ServerEnd m_end;
 };
 
-TEST_F(HelperServerLife, ConstructionTellsEveryStep)
+TEST_F(HelperServerLife, ConstructionLogsEachStep)
 {
     Server();
-    std::vector<Said> const said = SaidIn(m_log);
-    ASSERT_EQ(said.size(), 6U);
-    EXPECT_EQ(said[0], Info("Instance", ""));
-    EXPECT_EQ(said[1], Info(Constructor, "XML parsed"));
-    EXPECT_EQ(said[2], Info(Constructor, "XML parsed 1"));
-    EXPECT_EQ(said[3], Info(Constructor, "XML parsed 2"));
-    EXPECT_EQ(said[4], Info(Constructor, "XML parsed 3"));
-    EXPECT_EQ(said[5].function, Constructor);
-    EXPECT_EQ(said[5].priority, ZV_LOG_INFO);
-    EXPECT_THAT(said[5].message, MatchesRegex("RegistID:[1-9][0-9]*, m_pServCon:0x0x[0-9a-f]+"));
+    std::vector<LoggedLine> const lines = LoggedLines(m_log);
+    ASSERT_EQ(lines.size(), 6U);
+    EXPECT_EQ(lines[0], Info("Instance", ""));
+    EXPECT_EQ(lines[1], Info(Constructor, "XML parsed"));
+    EXPECT_EQ(lines[2], Info(Constructor, "XML parsed 1"));
+    EXPECT_EQ(lines[3], Info(Constructor, "XML parsed 2"));
+    EXPECT_EQ(lines[4], Info(Constructor, "XML parsed 3"));
+    EXPECT_EQ(lines[5].function, Constructor);
+    EXPECT_EQ(lines[5].priority, ZV_LOG_INFO);
+    EXPECT_THAT(lines[5].message, MatchesRegex("RegistID:[1-9][0-9]*, m_pServCon:0x0x[0-9a-f]+"));
     EXPECT_THAT(m_log.Lines()[1].line,
                 StartsWith("ConnectionHelperDBusServer.cpp: CConnectionHelperDBusServer("));
     m_log.Clear();
     ASSERT_TRUE(RunUntil([&] { return !m_log.Lines().empty(); }));
-    EXPECT_THAT(SaidIn(m_log),
+    EXPECT_THAT(LoggedLines(m_log),
                 ElementsAre(Debug("m_NameAcquired", "Name acquired: org.corvel.zviptvapi.dbushelper")));
     EXPECT_TRUE(IsOwnedByTheLibrary());
 }
 
-TEST_F(HelperServerLife, InstanceIsToldEachTimeAndBuiltOnce)
+TEST_F(HelperServerLife, InstanceLogsEachTimeAndBuildsOnce)
 {
     auto const* const first = &Server();
     m_log.Clear();
     EXPECT_EQ(&Server(), first);
-    EXPECT_THAT(SaidIn(m_log), ElementsAre(Info("Instance", "")));
+    EXPECT_THAT(LoggedLines(m_log), ElementsAre(Info("Instance", "")));
 }
 
 TEST_F(HelperServerLife, DestroyWithoutInstanceDoesNothing)
 {
     CConnectionHelperDBusServer::Destroy();
     CConnectionHelperDBusServer::Destroy();
-    EXPECT_THAT(SaidIn(m_log), ElementsAre());
+    EXPECT_THAT(LoggedLines(m_log), ElementsAre());
 }
 
-TEST_F(HelperServerLife, DestroyReleasesNameAndObjectAndANewInstanceBeginsAfresh)
+TEST_F(HelperServerLife, DestroyReleasesNameAndObject)
 {
     for (int round = 0; round < 3; ++round) {
         m_log.Clear();
@@ -96,23 +96,23 @@ TEST_F(HelperServerLife, ANewInstanceHasNoHandler)
     EXPECT_EQ(handled.announced.size(), 0U);
 }
 
-TEST_F(HelperServerLife, ASecondServerOnlyTellsThatItHasNotGotTheName)
+TEST_F(HelperServerLife, ASecondServerOnlyLogsThatItHasNoName)
 {
     ASSERT_TRUE(m_partner.OwnName(HelperName));
     Server();
     m_log.Clear();
     ASSERT_TRUE(RunUntil([&] { return !m_log.Lines().empty(); }));
-    EXPECT_THAT(SaidIn(m_log),
+    EXPECT_THAT(LoggedLines(m_log),
                 ElementsAre(Debug("m_NameLost", "Name lost: org.corvel.zviptvapi.dbushelper")));
     EXPECT_FALSE(IsOwnedByTheLibrary());
     auto const* const instance = &Server();
     EXPECT_EQ(&Server(), instance);
     m_partner.ReleaseName(HelperName);
-    EXPECT_TRUE(RunUntilSaid(ZV_LOG_DEBUG, "Name acquired: org.corvel.zviptvapi.dbushelper"))
+    EXPECT_TRUE(RunUntilLogged(ZV_LOG_DEBUG, "Name acquired: org.corvel.zviptvapi.dbushelper"))
         << "it was queued";
 }
 
-TEST_F(HelperServerLife, AnObjectThatCannotBeRegisteredMakesItInert)
+TEST_F(HelperServerLife, IsInertIfItsObjectCannotBeRegistered)
 {
     NodeInfoPtr const node(g_dbus_node_info_new_for_xml(CConnectionHelperDBusServer::INTERFACE_XML, nullptr));
     guint const occupied = g_dbus_connection_register_object(
@@ -120,7 +120,7 @@ TEST_F(HelperServerLife, AnObjectThatCannotBeRegisteredMakesItInert)
     ASSERT_NE(occupied, 0U);
     Server();
     EXPECT_THAT(
-        SaidIn(m_log),
+        LoggedLines(m_log),
         ElementsAre(Info("Instance", ""), Info(Constructor, "XML parsed"), Info(Constructor, "XML parsed 1"),
                     Info(Constructor, "XML parsed 2"),
                     Failed(Constructor, "Couldn't register DBus bus : 'An object is already exported for the "
@@ -135,7 +135,7 @@ TEST_F(HelperServerLife, AnObjectThatCannotBeRegisteredMakesItInert)
     EXPECT_TRUE(RunUntil([&] { return IsOwnedByTheLibrary(); }));
 }
 
-TEST_F(HelperServerLife, AnnouncementsComeThroughTheContextOfTheCreation)
+TEST_F(HelperServerLife, AnnouncementsArriveInTheContextOfTheCreation)
 {
     ContextPtr const creating(g_main_context_new());
     Handled handled;
@@ -155,7 +155,7 @@ TEST_F(HelperServerLife, AnnouncementsComeThroughTheContextOfTheCreation)
     RunPending();
 }
 
-TEST_F(HelperServerLife, ExceptionsOfTheHandlerLeaveLaterAnnouncementsAnswered)
+TEST_F(HelperServerLife, AnswersAnnouncementsAfterAnExceptionOfTheHandler)
 {
     ExpectLeaks();
     static int calls;
@@ -191,18 +191,18 @@ TEST_F(HelperServerLife, ExceptionsOfTheHandlerLeaveLaterAnnouncementsAnswered)
     EXPECT_EQ(caught, 20);
 }
 
-TEST_F(HelperServerLife, TheBusMayDie)
+TEST_F(HelperServerLife, SurvivesTheDeathOfTheBus)
 {
     Server();
     ASSERT_TRUE(RunUntil([&] { return IsOwnedByTheLibrary(); }));
-    ASSERT_TRUE(RunUntilSaid(ZV_LOG_DEBUG, "Name acquired: org.corvel.zviptvapi.dbushelper"));
+    ASSERT_TRUE(RunUntilLogged(ZV_LOG_DEBUG, "Name acquired: org.corvel.zviptvapi.dbushelper"));
     m_bus.Kill();
-    EXPECT_TRUE(RunUntilSaid(ZV_LOG_DEBUG, "Name lost: org.corvel.zviptvapi.dbushelper"));
+    EXPECT_TRUE(RunUntilLogged(ZV_LOG_DEBUG, "Name lost: org.corvel.zviptvapi.dbushelper"));
     CConnectionHelperDBusServer::Destroy();
     RunPending();
 }
 
-TEST_F(HelperServerLife, ADeadConnectionDoesNoHarm)
+TEST_F(HelperServerLife, ADeadConnectionIsHarmless)
 {
     m_bus.Kill();
     ASSERT_TRUE(RunUntil([this] { return g_dbus_connection_is_closed(m_connection.get()) != FALSE; }));
@@ -222,13 +222,13 @@ TEST(HelperServerWithoutBus, IsInertUntilDestroyed)
     LogCapture log;
     auto* const instance = CConnectionHelperDBusServer::Instance();
     ASSERT_NE(instance, nullptr);
-    EXPECT_THAT(SaidIn(log),
+    EXPECT_THAT(LoggedLines(log),
                 ElementsAre(Info("Instance", ""), Info(Constructor, "XML parsed"),
                             Failed(Constructor, "Couldn't connect to DBus bus: '" + reason + "'\n")));
     log.Clear();
     PrivateBus bus;
     EXPECT_EQ(CConnectionHelperDBusServer::Instance(), instance);
-    EXPECT_THAT(SaidIn(log), ElementsAre(Info("Instance", ""))) << "it does not try again";
+    EXPECT_THAT(LoggedLines(log), ElementsAre(Info("Instance", ""))) << "it does not try again";
     Handled handled;
     instance->SetDbusSignalCb(Handled::Handle, &handled);
     CConnectionHelperDBusServer::Destroy();

@@ -23,7 +23,7 @@ protected:
     void CreateAndOwn()
     {
         Create();
-        ASSERT_TRUE(RunUntilSaid(ZV_LOG_DEBUG, Acquired));
+        ASSERT_TRUE(RunUntilLogged(ZV_LOG_DEBUG, Acquired));
         m_log.Clear();
     }
 
@@ -83,11 +83,11 @@ TEST_F(HelperServerName, IsNotTakenFromItsOwner)
 {
     ASSERT_TRUE(m_partner.OwnName(HelperName, WirePeer::AllowReplacement));
     Create();
-    ASSERT_TRUE(RunUntilSaid(ZV_LOG_DEBUG, Lost));
+    ASSERT_TRUE(RunUntilLogged(ZV_LOG_DEBUG, Lost));
     EXPECT_EQ(m_partner.GetNameOwner(HelperName), m_partner.Name());
 }
 
-TEST_F(HelperServerName, IsNotGivenToAnotherThatAsksForIt)
+TEST_F(HelperServerName, IsNotGivenToAnotherProcess)
 {
     CreateAndOwn();
     EXPECT_FALSE(m_partner.OwnName(HelperName, WirePeer::ReplaceExisting));
@@ -98,9 +98,9 @@ TEST_F(HelperServerName, PassesToTheServerWhenItsOwnerReleasesIt)
 {
     ASSERT_TRUE(m_partner.OwnName(HelperName));
     Create();
-    ASSERT_TRUE(RunUntilSaid(ZV_LOG_DEBUG, Lost));
+    ASSERT_TRUE(RunUntilLogged(ZV_LOG_DEBUG, Lost));
     ASSERT_TRUE(m_partner.ReleaseName(HelperName));
-    ASSERT_TRUE(RunUntilSaid(ZV_LOG_DEBUG, Acquired));
+    ASSERT_TRUE(RunUntilLogged(ZV_LOG_DEBUG, Acquired));
     EXPECT_THAT(Changes(), ElementsAre(Lost, Acquired));
     EXPECT_EQ(m_partner.GetNameOwner(HelperName), OwnName());
 }
@@ -117,13 +117,13 @@ TEST_F(HelperServerName, PassesToTheNextWhenTheServerIsDestroyed)
 }
 
 /// The bus still reports the release of the former server after the new one has been created.
-TEST_F(HelperServerName, OfADestroyedServerIsNotTakenForTheNextOnes)
+TEST_F(HelperServerName, OfADestroyedServerIsDistinguishedFromTheNext)
 {
     for (int i = 0; i < 3; ++i) {
         CreateAndOwn();
         Destroy();
         Create();
-        ASSERT_TRUE(RunUntilSaid(ZV_LOG_DEBUG, Acquired));
+        ASSERT_TRUE(RunUntilLogged(ZV_LOG_DEBUG, Acquired));
         Settle();
         EXPECT_THAT(Changes(), ElementsAre(Acquired));
         EXPECT_EQ(m_partner.GetNameOwner(HelperName), OwnName());
@@ -133,20 +133,20 @@ TEST_F(HelperServerName, OfADestroyedServerIsNotTakenForTheNextOnes)
 }
 
 /// The same for an application that owns the name itself, on the connection that it shares with the library.
-TEST_F(HelperServerName, ThatTheProcessHadBeforeStays)
+TEST_F(HelperServerName, IsKeptIfTheProcessOwnedItBefore)
 {
     guint const own = g_bus_own_name_on_connection(
         m_connection.get(), HelperName, G_BUS_NAME_OWNER_FLAGS_NONE, nullptr, nullptr, nullptr, nullptr);
     ASSERT_TRUE(RunUntil([this] { return m_partner.GetNameOwner(HelperName) == OwnName(); }));
     Create();
-    ASSERT_TRUE(RunUntilSaid(ZV_LOG_DEBUG, Lost));
+    ASSERT_TRUE(RunUntilLogged(ZV_LOG_DEBUG, Lost));
     Destroy();
     Settle();
     EXPECT_EQ(m_partner.GetNameOwner(HelperName), OwnName());
     g_bus_unown_name(own);
 }
 
-TEST_F(HelperServerName, ChangesAreReportedThroughTheContextOfTheCreation)
+TEST_F(HelperServerName, ChangesAreReportedInTheContextOfTheCreation)
 {
     ContextPtr const creating(g_main_context_new());
     {
@@ -158,14 +158,14 @@ TEST_F(HelperServerName, ChangesAreReportedThroughTheContextOfTheCreation)
     EXPECT_THAT(Changes(), ElementsAre());
     {
         ContextScope const scope(creating.get());
-        ASSERT_TRUE(RunUntilSaid(ZV_LOG_DEBUG, Acquired));
+        ASSERT_TRUE(RunUntilLogged(ZV_LOG_DEBUG, Acquired));
     }
     m_bus.Kill();
     ASSERT_TRUE(RunUntil([this] { return g_dbus_connection_is_closed(m_connection.get()) != FALSE; }));
     RunPending();
     EXPECT_THAT(Changes(), ElementsAre(Acquired));
     ContextScope const scope(creating.get());
-    EXPECT_TRUE(RunUntilSaid(ZV_LOG_DEBUG, Lost));
+    EXPECT_TRUE(RunUntilLogged(ZV_LOG_DEBUG, Lost));
     Destroy();
     RunPending();
 }
@@ -175,16 +175,16 @@ TEST_F(HelperServerName, IsLostOnceWhenTheBusDiesBeforeItAnswers)
     m_bus.Stop();
     Create();
     m_bus.Kill();
-    ASSERT_TRUE(RunUntilSaid(ZV_LOG_DEBUG, Lost));
+    ASSERT_TRUE(RunUntilLogged(ZV_LOG_DEBUG, Lost));
     RunPending();
     EXPECT_THAT(Changes(), ElementsAre(Lost));
 }
 
-TEST_F(HelperServerName, IsLostNoSecondTimeWhenTheBusDies)
+TEST_F(HelperServerName, IsLostOnlyOnceWhenTheBusDies)
 {
     ASSERT_TRUE(m_partner.OwnName(HelperName));
     Create();
-    ASSERT_TRUE(RunUntilSaid(ZV_LOG_DEBUG, Lost));
+    ASSERT_TRUE(RunUntilLogged(ZV_LOG_DEBUG, Lost));
     m_bus.Kill();
     ASSERT_TRUE(RunUntil([this] { return g_dbus_connection_is_closed(m_connection.get()) != FALSE; }));
     RunPending();
@@ -196,7 +196,7 @@ TEST_F(HelperServerName, IsRequestedWithoutWaitingForAStoppedBus)
     m_bus.Stop();
     EXPECT_LT(Duration(Create), 4s);
     m_bus.Continue();
-    EXPECT_TRUE(RunUntilSaid(ZV_LOG_DEBUG, Acquired));
+    EXPECT_TRUE(RunUntilLogged(ZV_LOG_DEBUG, Acquired));
 }
 
 /// GIO gives up a call after 25 s, but the bus still carries it out.
@@ -206,7 +206,7 @@ TEST_F(HelperServerName, IsKnownToBeGrantedByABusThatStoppedForLong)
     Create();
     EXPECT_FALSE(RunUntil([] { return false; }, 26s));
     m_bus.Continue();
-    EXPECT_TRUE(RunUntilSaid(ZV_LOG_DEBUG, Acquired));
+    EXPECT_TRUE(RunUntilLogged(ZV_LOG_DEBUG, Acquired));
     EXPECT_THAT(Changes(), ElementsAre(Acquired));
     EXPECT_EQ(m_partner.GetNameOwner(HelperName), OwnName());
     Destroy();

@@ -29,7 +29,7 @@ protected:
     ServerEnd m_end;
 };
 
-TEST_F(HelperServer, ConstantsAreTheProtocols)
+TEST_F(HelperServer, ConstantsMatchTheProtocol)
 {
     EXPECT_STREQ(CConnectionHelperDBusServer::CONNECTION_NAME, "org.corvel.zviptvapi.dbushelper");
     EXPECT_STREQ(CConnectionHelperDBusServer::INTERFACE_XML,
@@ -46,7 +46,7 @@ TEST_F(HelperServer, ConstantsAreTheProtocols)
     EXPECT_EQ(CConnectionHelperDBusServer::m_vtable.set_property, nullptr);
 }
 
-TEST_F(HelperServer, HandsAnnouncementsOverAndReturnsTheAnswer)
+TEST_F(HelperServer, PassesAnnouncementsToTheHandlerAndReturnsItsAnswer)
 {
     WireMessage const reply = Announce(Pairs({{"dbusname", ":1.7"}, {"type", "IPGUTIL"}, {"add", "y"}}));
     EXPECT_EQ(reply.kind, WireKind::Reply);
@@ -57,12 +57,12 @@ TEST_F(HelperServer, HandsAnnouncementsOverAndReturnsTheAnswer)
                 ElementsAre(ElementsAre(":1.7", "IPGUTIL", "y"), ElementsAre(":1.7", "IPGUTIL", "n")));
 }
 
-TEST_F(HelperServer, TellsOfEachAnnouncement)
+TEST_F(HelperServer, LogsEachAnnouncement)
 {
-    ASSERT_TRUE(WaitUntilSaid(ZV_LOG_DEBUG, "Name acquired: org.corvel.zviptvapi.dbushelper"));
+    ASSERT_TRUE(WaitUntilLogged(ZV_LOG_DEBUG, "Name acquired: org.corvel.zviptvapi.dbushelper"));
     m_log.Clear();
     Announce(Pairs({{"type", "IPGUTIL"}, {"dbusname", "100%s"}}));
-    EXPECT_THAT(SaidIn(m_log),
+    EXPECT_THAT(LoggedLines(m_log),
                 ElementsAre(Info("m_MethodCallback",
                                  "m_MethodCallback sender=" + m_partner.Name() +
                                      " obj_path=/org/corvel/zviptvapi/dbushelper "
@@ -79,7 +79,7 @@ TEST_F(HelperServer, MissingKeysAreEmptyTexts)
                 ElementsAre(ElementsAre(":1.7", "", ""), ElementsAre("", "", ""), ElementsAre("", "", "y")));
 }
 
-TEST_F(HelperServer, TheFirstOfEqualKeysCounts)
+TEST_F(HelperServer, TheFirstOfEqualKeysIsUsed)
 {
     Announce(Pairs({{"dbusname", ""}, {"dbusname", ":1.7"}, {"type", "A"}, {"type", "B"}}));
     EXPECT_THAT(m_handled.announced, ElementsAre(ElementsAre("", "A", "")));
@@ -93,7 +93,7 @@ TEST_F(HelperServer, WithoutHandlerTheAnswerIsAnEmptyName)
     EXPECT_THAT(m_handled.announced, ElementsAre());
 }
 
-TEST_F(HelperServer, AnEmptyAnswerTravels)
+TEST_F(HelperServer, SendsAnEmptyAnswer)
 {
     m_handled.answer.clear();
     EXPECT_EQ(Announce(WirePairs()).pairs, Pairs({{"dbusname", ""}}));
@@ -113,7 +113,7 @@ TEST_F(HelperServer, AnAnswerThatIsNotUtf8IsAnError)
     EXPECT_EQ(Announce(WirePairs()).Value("dbusname"), "fine");
 }
 
-TEST_F(HelperServer, AnAnswerTooLargeForTheBusIsAnErrorAndTheServerGoesOn)
+TEST_F(HelperServer, AnAnswerTooLargeForTheBusIsAnErrorAndTheServerContinues)
 {
     m_handled.answer = std::string(33 * 1024 * 1024, 'x');
     EXPECT_EQ(Announce(WirePairs()).kind, WireKind::Error);
@@ -131,7 +131,7 @@ TEST_F(HelperServer, ANewHandlerReplacesTheFormerOne)
     EXPECT_EQ(second.announced.size(), 1U);
 }
 
-TEST_F(HelperServer, OtherMethodsTypesAndPathsNeverReachTheHandler)
+TEST_F(HelperServer, IgnoresOtherMethodsTypesAndPaths)
 {
     WireTarget target = HelperTarget();
     target.member = "Send";

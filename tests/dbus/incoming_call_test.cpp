@@ -31,7 +31,7 @@ TEST_P(IncomingCall, WithoutHandlerTheAnswerIsEmpty)
     EXPECT_EQ(reply.entries, WireEntries());
 }
 
-TEST_P(IncomingCall, TheHandlersMessageIsTheAnswer)
+TEST_P(IncomingCall, AnswersWithTheMessageOfTheHandler)
 {
     std::string const record("\0\1\0\2\0\3\0\0", 8);
     m_channel.onMessage = [&](CMessageBuffer&) {
@@ -43,7 +43,7 @@ TEST_P(IncomingCall, TheHandlersMessageIsTheAnswer)
     EXPECT_TRUE(reply.HasOnlyByteArrays());
 }
 
-TEST_P(IncomingCall, TheHandlerGetsTheRequest)
+TEST_P(IncomingCall, PassesTheRequestToTheHandler)
 {
     WireEntries request;
     m_channel.onMessage = [&](CMessageBuffer& message) {
@@ -59,21 +59,21 @@ TEST_P(IncomingCall, TheHandlerGetsTheRequest)
     EXPECT_EQ(request, WireEntries());
 }
 
-TEST_P(IncomingCall, IsTold)
+TEST_P(IncomingCall, IsLogged)
 {
     std::string const name = m_channel->GetPublicName();
     m_log.Clear();
     Call();
     std::string const path = "/org/corvel/zviptvapi/DbusCommunication/BROADCASTDATA";
     EXPECT_THAT(
-        SaidIn(m_log),
+        LoggedLines(m_log),
         ElementsAre(Info("m_MethodCallback",
                          "m_MethodCallback sender=" + m_partner.Name() + " obj_path=" + path +
                              " iface_name=org.corvel.zviptvapi.DbusCommunication method_name=" + GetParam()),
                     Info("m_MethodCallback", "m_object_name: " + path)));
 }
 
-TEST_P(IncomingCall, AnybodyIsAnsweredBeforeAndAfterConnect)
+TEST_P(IncomingCall, AnswersEverybodyBeforeAndAfterConnect)
 {
     WirePeer stranger;
     m_channel.onMessage = [](CMessageBuffer&) {
@@ -89,7 +89,7 @@ TEST_P(IncomingCall, AnybodyIsAnsweredBeforeAndAfterConnect)
     EXPECT_EQ(outside, "");
 }
 
-TEST_P(IncomingCall, ACallThatWantsNoReplyGetsNone)
+TEST_P(IncomingCall, SendsNoReplyIfNoneIsExpected)
 {
     BusMonitor monitor(m_bus.Address());
     int calls = 0;
@@ -103,7 +103,7 @@ TEST_P(IncomingCall, ACallThatWantsNoReplyGetsNone)
     EXPECT_EQ(monitor.Seen().Count(answersIt), 0U);
 }
 
-TEST_P(IncomingCall, ArgumentsOfAnotherTypeNeverReachTheHandler)
+TEST_P(IncomingCall, RefusesArgumentsOfAnotherType)
 {
     int calls = 0;
     m_channel.onMessage = [&](CMessageBuffer&) {
@@ -116,7 +116,7 @@ TEST_P(IncomingCall, ArgumentsOfAnotherTypeNeverReachTheHandler)
     EXPECT_EQ(calls, 0);
 }
 
-TEST_P(IncomingCall, AnAnswerThatCannotTravelIsAnError)
+TEST_P(IncomingCall, AnAnswerThatCannotBeSentIsAnError)
 {
     m_channel.onMessage = [](CMessageBuffer& request) {
         return request.Size() == 0 ? Message({{"\xff", "1"}}) : Message({{"k", "v"}});
@@ -149,7 +149,7 @@ struct Seen
     int notifications = 0;
 };
 
-TEST_F(LoopedChannelTest, BothHandlersGetTheUserDataOfTheLastRegistration)
+TEST_F(LoopedChannelTest, BothHandlersReceiveTheLatestUserData)
 {
     CProxyDBusHelper channel("IPGUTIL");
     Seen first;

@@ -38,7 +38,7 @@ protected:
     std::vector<std::string> m_senders;
 };
 
-TEST_F(IncomingSignal, ArrivesAsSentButForEmptyValues)
+TEST_F(IncomingSignal, ArrivesUnchangedWithoutEmptyValues)
 {
     std::string const record("\0\1\0\2\0\3\0\0", 8);
     Emit(Entries({{"z", "1"}, {"e", ""}, {"z", "2"}, {"r", record}}));
@@ -48,26 +48,26 @@ TEST_F(IncomingSignal, ArrivesAsSentButForEmptyValues)
     EXPECT_THAT(m_senders, testing::Each(m_partner.Name()));
 }
 
-TEST_F(IncomingSignal, IsTold)
+TEST_F(IncomingSignal, IsLogged)
 {
     Emit(WireEntries());
     ASSERT_TRUE(RunUntil([this] { return m_arrived.size() == 1; }));
     EXPECT_THAT(
-        SaidIn(m_log),
+        LoggedLines(m_log),
         ElementsAre(Debug("m_SignalCallback",
                           "m_SignalCallback sender=" + m_partner.Name() +
                               " obj_path=/org/corvel/zviptvapi/DbusCommunication/IPTVDATASUBSCRIBER "
                               "iface_name=org.corvel.zviptvapi.DbusCommunication signal_name=SendSignal")));
 }
 
-TEST_F(IncomingSignal, ItsNameIsNotExamined)
+TEST_F(IncomingSignal, AcceptsAnyName)
 {
     Emit(Entries({{"k", "v"}}), "Anything");
     Finish();
     EXPECT_THAT(m_arrived, ElementsAre(Entries({{"k", "v"}})));
 }
 
-TEST_F(IncomingSignal, ABroadcastOfThePartnerIsANotificationToo)
+TEST_F(IncomingSignal, AcceptsABroadcastOfThePartner)
 {
     WireTarget target = m_channel.Target("SendSignal");
     target.destination.clear();
@@ -76,7 +76,7 @@ TEST_F(IncomingSignal, ABroadcastOfThePartnerIsANotificationToo)
     EXPECT_THAT(m_arrived, ElementsAre(Entries({{"k", "v"}})));
 }
 
-TEST_F(IncomingSignal, ForeignSendersAreNotHeard)
+TEST_F(IncomingSignal, IgnoresOtherSenders)
 {
     WirePeer stranger;
     stranger.Emit(m_channel.Target("SendSignal"), Entries({{"forged", "1"}}));
@@ -88,7 +88,7 @@ TEST_F(IncomingSignal, ForeignSendersAreNotHeard)
     EXPECT_THAT(m_arrived, ElementsAre());
 }
 
-TEST_F(IncomingSignal, OtherPathsAndInterfacesAreNotHeard)
+TEST_F(IncomingSignal, IgnoresOtherPathsAndInterfaces)
 {
     WireTarget target = m_channel.Target("SendSignal");
     target.path += "X";
@@ -102,7 +102,7 @@ TEST_F(IncomingSignal, OtherPathsAndInterfacesAreNotHeard)
     EXPECT_THAT(m_arrived, ElementsAre());
 }
 
-TEST_F(IncomingSignal, BodiesOfAnotherTypeAreLeftOut)
+TEST_F(IncomingSignal, IgnoresBodiesOfAnotherType)
 {
     Emit(WireBody());
     Emit(WireBody::Strings({"a"}));
@@ -112,7 +112,7 @@ TEST_F(IncomingSignal, BodiesOfAnotherTypeAreLeftOut)
     EXPECT_THAT(m_arrived, ElementsAre());
 }
 
-TEST_F(IncomingSignal, VariantsThatAreNoByteArraysAreLeftOut)
+TEST_F(IncomingSignal, OmitsVariantsThatAreNotByteArrays)
 {
     Emit(WireBody::Variants({TextVariant("s", "text"), BytesVariant("k", "v"), NumberVariant("n", 5)}));
     Finish();
@@ -129,7 +129,7 @@ TEST_F(IncomingSignal, WithoutHandlerItIsDiscarded)
     EXPECT_TRUE(m_channel->IsConnectionReady());
 }
 
-TEST_F(IncomingSignal, TheOrderOfManyIsKept)
+TEST_F(IncomingSignal, KeepsTheOrderOfMany)
 {
     for (int i = 0; i < 1000; ++i) {
         Emit(Entries({{"n", std::to_string(i)}}));
@@ -141,7 +141,7 @@ TEST_F(IncomingSignal, TheOrderOfManyIsKept)
     }
 }
 
-TEST_F(IncomingSignal, QueuedOnesComeBeforeTheLoss)
+TEST_F(IncomingSignal, QueuedSignalsArriveBeforeTheLoss)
 {
     std::size_t arrivedAtLoss = 0;
     bool lost = false;

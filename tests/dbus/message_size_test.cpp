@@ -34,7 +34,7 @@ protected:
     CMessageBuffer m_reply;
 };
 
-TEST_F(MessageSize, LargeRequestsTravel)
+TEST_F(MessageSize, SendsLargeRequests)
 {
     std::string const value = PatternBytes(31 * Mebibyte);
     EXPECT_EQ(Send(Message({{"v", value}}), 1), 1);
@@ -43,7 +43,7 @@ TEST_F(MessageSize, LargeRequestsTravel)
     EXPECT_TRUE(call->Value("v") == value);
 }
 
-TEST_F(MessageSize, LargeRepliesTravel)
+TEST_F(MessageSize, SendsLargeReplies)
 {
     std::string const value = PatternBytes(31 * Mebibyte);
     m_partner.SetHandler([value](WireMessage const&) { return Entries({{"v", value}}); });
@@ -55,7 +55,7 @@ TEST_F(MessageSize, LargeRepliesTravel)
     EXPECT_TRUE(m_reply.GetValue("v") == value);
 }
 
-TEST_F(MessageSize, TheLargestMessageTravelsAndALargerOneIsRefused)
+TEST_F(MessageSize, SendsTheLargestMessageAndRefusesALargerOne)
 {
     std::size_t const largest = static_cast<std::size_t>(CProxyDBusHelper::MAX_BODY_SIZE) - AroundTheValue;
     EXPECT_EQ(Send(Message({{"v", std::string(largest, 'x')}}), 1), 1);
@@ -98,7 +98,7 @@ protected:
 
 INSTANTIATE_TEST_SUITE_P(MiB, OverSize, testing::Values(32, 33, 64, 129), testing::PrintToStringParamName());
 
-TEST_P(OverSize, RequestsAreRefusedHereAndTheConnectionStaysOpen)
+TEST_P(OverSize, RequestsAreRefusedAndTheConnectionStaysOpen)
 {
     m_reply = Message({{"old", "1"}});
     EXPECT_EQ(Send(m_message), 0);
@@ -110,7 +110,7 @@ TEST_P(OverSize, RequestsAreRefusedHereAndTheConnectionStaysOpen)
     EXPECT_TRUE(m_channel->IsConnectionReady());
 }
 
-TEST_P(OverSize, NotificationsAreRefusedHereAndTheConnectionStaysOpen)
+TEST_P(OverSize, NotificationsAreRefusedAndTheConnectionStaysOpen)
 {
     CMessageBuffer message = m_message;
     EXPECT_EQ(m_channel->SendNotification(message), 0);
@@ -129,7 +129,7 @@ TEST_P(OverSize, AnswersBecomeErrorsAndTheConnectionStaysOpen)
     EXPECT_EQ(m_partner.Call(m_channel.Target("Send"), Entries({{"a", "b"}})).kind, WireKind::Reply);
 }
 
-TEST_F(MessageSize, ManySmallEntriesCountWithTheirPadding)
+TEST_F(MessageSize, CountsThePaddingOfSmallEntries)
 {
     CMessageBuffer message; // 24 bytes each on the wire, of which 2 are key and value
     for (int i = 0; i < 1500000; ++i) {

@@ -23,7 +23,7 @@ TEST_F(NotificationSend, IsAUnicastSignal)
     std::string const record("\0\1\0\2\0\3\0\0", 8);
     CMessageBuffer message = Message({{"z", "1"}, {"e", ""}, {"z", "2"}, {"r", record}});
     EXPECT_EQ(m_channel->SendNotification(message), 1);
-    EXPECT_THAT(SaidIn(m_log),
+    EXPECT_THAT(LoggedLines(m_log),
                 ElementsAre(Debug("SendNotification", "Sending signal with 4 key-value pairs")));
     WireMessage expected;
     expected.kind = WireKind::Signal;
@@ -52,7 +52,7 @@ TEST_F(NotificationSend, AnEmptyMessageIsAnEmptyDictionary)
     EXPECT_EQ(seen->entries, WireEntries());
 }
 
-TEST_F(NotificationSend, AKeyThatIsNotUtf8IsRefusedHere)
+TEST_F(NotificationSend, RefusesAKeyThatIsNotUtf8)
 {
     CMessageBuffer bad = Message({{"\xff", "1"}});
     EXPECT_EQ(m_channel->SendNotification(bad), 0);
@@ -87,7 +87,7 @@ TEST_F(NotificationSend, AfterLossItIsRefused)
     m_log.Clear();
     CMessageBuffer message;
     EXPECT_EQ(m_channel->SendNotification(message), 0);
-    EXPECT_THAT(SaidIn(m_log), ElementsAre(Failed("SendNotification", "Connection not set.")));
+    EXPECT_THAT(LoggedLines(m_log), ElementsAre(Failed("SendNotification", "Connection not set.")));
 }
 
 } // namespace

@@ -65,7 +65,7 @@ protected:
     Answered m_answered;
 };
 
-TEST_F(OwnConnection, TheChannelIsOnTheConnectionThatItWasGiven)
+TEST_F(OwnConnection, TheChannelUsesTheGivenConnection)
 {
     EXPECT_EQ(m_channel.GetPublicName(), g_dbus_connection_get_unique_name(m_connection.get()));
     EXPECT_NE(m_channel.GetPublicName(), g_dbus_connection_get_unique_name(SharedConnection().get()));
@@ -78,7 +78,7 @@ TEST_F(OwnConnection, TheChannelIsOnTheConnectionThatItWasGiven)
     EXPECT_EQ(answer.get().kind, WireKind::Reply);
 }
 
-TEST_F(OwnConnection, TwoChannelsOfOneNameLiveOnTwoConnections)
+TEST_F(OwnConnection, TwoConnectionsMayHaveChannelsOfOneName)
 {
     CProxyDBusHelper shared("PLAYERCONTROL");
     EXPECT_FALSE(m_log.Has(ZV_LOG_ERROR, "Error while registering object"));
@@ -135,7 +135,7 @@ TEST_F(OwnConnection, AReplyOfAnotherTypeIsMalformed)
     EXPECT_EQ(m_answered.kind, ZV_FAILURE_MALFORMED_REPLY);
 }
 
-TEST_F(OwnConnection, TheTimeoutIsThatOfTheCall)
+TEST_F(OwnConnection, UsesTheTimeoutOfTheCall)
 {
     m_partner.SetHandler([](WireMessage const&) { return WireAnswer::Nothing(); });
     EXPECT_EQ(Send(CMessageBuffer(), 50), 1);
@@ -156,7 +156,7 @@ TEST_F(OwnConnection, ACancelledSendHasNoFailure)
     EXPECT_EQ(m_answered.kind, ZV_FAILURE_NONE);
 }
 
-TEST_F(OwnConnection, ASendThatCannotBeMadeCompletesNothing)
+TEST_F(OwnConnection, ASendThatFailsAtOnceHasNoCompletion)
 {
     EXPECT_EQ(Send(Message({{"\xff", "1"}})), 0);
     EXPECT_EQ(ZVGetLastFailure().kind, ZV_FAILURE_INVALID_ARGUMENT);
@@ -170,7 +170,7 @@ TEST_F(OwnConnection, ASendThatCannotBeMadeCompletesNothing)
     EXPECT_EQ(m_answered.count, 1);
 }
 
-TEST_F(OwnConnection, TheCompletionRunsAlthoughTheChannelHasEnded)
+TEST_F(OwnConnection, TheCompletionRunsAfterTheChannelHasEnded)
 {
     auto channel = std::make_unique<CProxyDBusHelper>("IPGUTIL", m_connection.get());
     EXPECT_EQ(channel->Connect(m_partner.Name()), 1);
@@ -227,7 +227,7 @@ TEST_F(OwnAnnouncement, ConnectAsyncAnnouncesOnTheGivenConnection)
     EXPECT_EQ(call->pairs, (WirePairs{{"dbusname", ":1.7"}, {"type", "BROADCASTDATA"}, {"add", "y"}}));
 }
 
-TEST_F(OwnAnnouncement, ConnectAsyncSaysWhyThereIsNoName)
+TEST_F(OwnAnnouncement, ConnectAsyncReportsWhyThereIsNoName)
 {
     ASSERT_TRUE(Announce());
     ASSERT_TRUE(AwaitAnswer());

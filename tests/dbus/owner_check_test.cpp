@@ -59,7 +59,7 @@ private:
     std::thread m_thread;
 };
 
-TEST_F(OwnerCheck, EndsAfterTwoSecondsOnAStoppedBusWhateverInterruptsIt)
+TEST_F(OwnerCheck, EndsAfterTwoSecondsOnAStoppedBusDespiteInterruptions)
 {
     Interruptions::Catch();
     for (auto const pause : {1ms, 700ms, 1500ms}) {

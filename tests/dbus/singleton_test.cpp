@@ -132,7 +132,7 @@ TEST_F(SingletonTest, NobodyWaitsForMoreThanTwoAttempts)
     EXPECT_EQ(m_begun, 3) << "one making, one end, one making";
 }
 
-TEST_F(SingletonTest, AnEndThatIsAskedForDuringAMakingFollowsIt)
+TEST_F(SingletonTest, AnEndRequestedDuringAStartFollowsIt)
 {
     m_allowed = 0;
     auto made = Start([this] { return Get(); });
@@ -145,7 +145,7 @@ TEST_F(SingletonTest, AnEndThatIsAskedForDuringAMakingFollowsIt)
     EXPECT_EQ(m_singleton.Current(), nullptr);
 }
 
-TEST_F(SingletonTest, IsNobodysCurrentInstanceOnceItsEndHasBegun)
+TEST_F(SingletonTest, IsNotCurrentAfterItsEndBegins)
 {
     Get();
     m_allowed = 1;
@@ -155,7 +155,7 @@ TEST_F(SingletonTest, IsNobodysCurrentInstanceOnceItsEndHasBegun)
     m_allowed = 2;
 }
 
-TEST_F(SingletonTest, TellsOfAnEndedInstanceThatIsStillHeld)
+TEST_F(SingletonTest, ReportsAnEndedInstanceThatIsStillHeld)
 {
     Pointer held = Get();
     End();
@@ -164,7 +164,7 @@ TEST_F(SingletonTest, TellsOfAnEndedInstanceThatIsStillHeld)
     EXPECT_EQ(End(), nullptr);
 }
 
-TEST_F(SingletonTest, TellsOfAllInstancesThatAreStillHeld)
+TEST_F(SingletonTest, ReportsAllInstancesThatAreStillHeld)
 {
     Pointer first = Get();
     Pointer const second = m_singleton.GetOrMake([] { return std::make_shared<int>(2); },
@@ -192,7 +192,7 @@ TEST_F(SingletonTest, ReplacesAnOutdatedInstance)
     EXPECT_EQ(ended, 1);
 }
 
-TEST_F(SingletonTest, EndsOnlyTheInstanceThatIsMeant)
+TEST_F(SingletonTest, EndsOnlyTheGivenInstance)
 {
     m_allowed = 9;
     Pointer const first = Get();
@@ -207,7 +207,7 @@ TEST_F(SingletonTest, EndsOnlyTheInstanceThatIsMeant)
     EXPECT_EQ(endIf(1), nullptr);
 }
 
-TEST_F(SingletonTest, EndsTheInstanceThatIsMeantAlsoWhileItIsBeingMade)
+TEST_F(SingletonTest, EndsTheGivenInstanceWhileItStarts)
 {
     auto const made = Start([this] { return Get(); });
     WaitForBegun(1);
@@ -220,7 +220,7 @@ TEST_F(SingletonTest, EndsTheInstanceThatIsMeantAlsoWhileItIsBeingMade)
     EXPECT_EQ(m_singleton.Current(), nullptr);
 }
 
-TEST_F(SingletonTest, WorksOnAfterAnException)
+TEST_F(SingletonTest, WorksAfterAnException)
 {
     EXPECT_THROW(m_singleton.GetOrMake([]() -> Pointer { throw std::runtime_error("no"); }),
                  std::runtime_error);
@@ -229,7 +229,7 @@ TEST_F(SingletonTest, WorksOnAfterAnException)
     EXPECT_EQ(*Get(), 2);
 }
 
-TEST_F(SingletonTest, HoldsUnderManyThreads)
+TEST_F(SingletonTest, WorksWithManyThreads)
 {
     std::atomic<int> living{0};
     auto const churn = [&] {

@@ -97,7 +97,7 @@ TEST_F(SyncSend, KeysAreUtf8)
     EXPECT_EQ(m_partner.WaitFor(IsCall("Send"))->entries, Entries({{"schl\xc3\xbcssel", "\xff"}}));
 }
 
-TEST_F(SyncSend, AKeyThatIsNotUtf8IsRefusedHere)
+TEST_F(SyncSend, RefusesAKeyThatIsNotUtf8)
 {
     AnswerWith(WireEntries());
     EXPECT_EQ(Send(Message({{"fine", "1"}, {"\xff", "1"}})), 0);
@@ -119,14 +119,14 @@ TEST_F(SyncSend, ReplyReplacesEverything)
     EXPECT_EQ(m_reply.GetValue("d"), "1");
 }
 
-TEST_F(SyncSend, EmptyValuesDoNotArrive)
+TEST_F(SyncSend, OmitsEmptyValues)
 {
     AnswerWith(Entries({{"a", ""}, {"b", "1"}, {"c", ""}}));
     EXPECT_EQ(Send(), 1);
     EXPECT_EQ(EntriesOf(m_reply), Entries({{"b", "1"}}));
 }
 
-TEST_F(SyncSend, VariantsThatAreNoByteArraysAreLeftOut)
+TEST_F(SyncSend, OmitsVariantsThatAreNotByteArrays)
 {
     AnswerWith(WireBody::Variants(
         {TextVariant("s", "text"), BytesVariant("k", "v"), NumberVariant("n", 5), BytesVariant("l", "w")}));
@@ -155,11 +155,11 @@ TEST_F(SyncSend, RequestAndReplyMayBeTheSameBuffer)
     EXPECT_EQ(m_partner.WaitFor(IsCall("Send"))->entries, Entries({{"question", "?"}}));
 }
 
-TEST_F(SyncSend, TellsWhatItDoes)
+TEST_F(SyncSend, LogsEachStep)
 {
     AnswerWith(WireEntries());
     EXPECT_EQ(Send(Message({{"a", "1"}, {"b", ""}})), 1);
-    EXPECT_THAT(SaidIn(m_log),
+    EXPECT_THAT(LoggedLines(m_log),
                 ElementsAre(Debug("m_SendSyncMessage", "Sending sync message with 2 key-value pairs"),
                             Debug("m_SendSyncMessage", "Replyed")));
 }
@@ -168,7 +168,7 @@ TEST_F(SyncSend, AnErrorIsAFailure)
 {
     AnswerWith(WireAnswer::Error("org.corvel.Failed", "because 100%s"));
     EXPECT_EQ(Send(), 0);
-    EXPECT_THAT(SaidIn(m_log),
+    EXPECT_THAT(LoggedLines(m_log),
                 ElementsAre(Debug("m_SendSyncMessage", "Sending sync message with 0 key-value pairs"),
                             Failed("m_SendSyncMessage", "Error while sending message [36] "
                                                         "GDBus.Error:org.corvel.Failed: because 100%s")));
@@ -197,7 +197,7 @@ TEST_F(SyncSend, GivesUpAfterTwoSeconds)
     EXPECT_GE(waited, 1990ms);
     EXPECT_LT(waited, 10s);
     EXPECT_THAT(
-        SaidIn(m_log),
+        LoggedLines(m_log),
         ElementsAre(Debug("m_SendSyncMessage", "Sending sync message with 0 key-value pairs"),
                     Failed("m_SendSyncMessage", "Error while sending message [24] Timeout was reached")));
     EXPECT_EQ(EntriesOf(m_reply), m_untouched);

@@ -41,7 +41,7 @@ TEST(BoundedText, TruncatesBetweenCharacters)
     EXPECT_EQ(Shown<8>(std::string(1000, 'x')), "xxxx...");
 }
 
-TEST(BoundedText, AppendsUntilItIsCutAndStartsAgain)
+TEST(BoundedText, AppendsUntilFullAndRestartsWhenCleared)
 {
     BoundedText<8> text;
     text.Append("12");

@@ -60,7 +60,7 @@ TEST(LastFailure, StaysUntilTheNextFunctionBegins)
     EXPECT_EQ(LastFailure(), NoFailure("Second"));
 }
 
-TEST(LastFailure, LastOneCountsUnlessItFollowsFromAnother)
+TEST(LastFailure, TheLastFailureCountsUnlessItFollowsFromAnother)
 {
     FailureScope const scope("Function");
     SetFailureUnlessSet(ZV_FAILURE_NO_BUS, {"first"});
@@ -72,7 +72,7 @@ TEST(LastFailure, LastOneCountsUnlessItFollowsFromAnother)
     EXPECT_EQ(LastFailure(), GoneFailure("Function"));
 }
 
-TEST(LastFailure, IsThatOfItsThread)
+TEST(LastFailure, BelongsToItsThread)
 {
     FailureScope const scope("Here");
     SetFailure(ZV_FAILURE_TOO_LARGE, {"here"});
@@ -143,7 +143,7 @@ TEST(KeptFailure, IsRecalledForAnotherFunctionAndThread)
               "bus error | Second | aKey | org.example.Error | why");
 }
 
-TEST(KeptFailure, LeavesAFailureAloneWhereNothingHadFailed)
+TEST(KeptFailure, KeepsAnEarlierFailureIfNothingFailed)
 {
     KeptFailure kept;
     {
@@ -158,7 +158,7 @@ TEST(KeptFailure, LeavesAFailureAloneWhereNothingHadFailed)
     EXPECT_EQ(LastFailure(), "refused | Second |  |  | something else");
 }
 
-TEST(FailureKindName, IsInWords)
+TEST(FailureKindName, IsReadable)
 {
     EXPECT_STREQ(ZVFailureKindName(ZV_FAILURE_NONE), "none");
     EXPECT_STREQ(ZVFailureKindName(ZV_FAILURE_NO_BUS), "no bus");
@@ -173,7 +173,7 @@ TEST(FailureKindName, IsInWords)
     EXPECT_STREQ(ZVFailureKindName(static_cast<EZVFailureKind>(12)), "unknown");
 }
 
-TEST(FailureKind, NumbersStay)
+TEST(FailureKind, NumbersAreStable)
 {
     EXPECT_EQ(ZV_FAILURE_NONE, 0);
     EXPECT_EQ(ZV_FAILURE_NO_BUS, 1);
@@ -188,27 +188,27 @@ TEST(FailureKind, NumbersStay)
 }
 
 /// Reports the failure when it is destroyed.
-struct Teller
+struct FailureAtExit
 {
-    ~Teller()
+    ~FailureAtExit()
     {
         FailureScope const scope("AtTheEnd");
-        SetFailure(ZV_FAILURE_GONE, {"told at the end"});
-        *told = LastFailure();
-        std::fprintf(stderr, "%s\n", told->c_str());
+        SetFailure(ZV_FAILURE_GONE, {"reported at the end"});
+        *text = LastFailure();
+        std::fprintf(stderr, "%s\n", text->c_str());
     }
-    std::string* told;
+    std::string* text;
 };
 
 TEST(LastFailure, CanBeReadByDestructorsOfThreadLocalObjects)
 {
-    std::string told;
-    std::thread([&told] {
-        thread_local Teller const teller{&told}; // made before the thread has had a failure
-        static_cast<void>(teller);
+    std::string text;
+    std::thread([&text] {
+        thread_local FailureAtExit const failure{&text}; // made before the thread has had a failure
+        static_cast<void>(failure);
         SetFailure(ZV_FAILURE_TIMED_OUT, {"while it ran"});
     }).join();
-    EXPECT_EQ(told, "gone | AtTheEnd |  |  | told at the end");
+    EXPECT_EQ(text, "gone | AtTheEnd |  |  | reported at the end");
 }
 
 TEST(LastFailureDeathTest, CanBeReadByDestructorsOfStaticObjects)
@@ -216,12 +216,12 @@ TEST(LastFailureDeathTest, CanBeReadByDestructorsOfStaticObjects)
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(
         {
-            static std::string* const told = new std::string;
-            static Teller const teller{told};
-            static_cast<void>(teller);
+            static std::string* const text = new std::string;
+            static FailureAtExit const failure{text};
+            static_cast<void>(failure);
             std::exit(0);
         },
-        testing::ExitedWithCode(0), "gone . AtTheEnd .  .  . told at the end");
+        testing::ExitedWithCode(0), "gone . AtTheEnd .  .  . reported at the end");
 }
 
 } // namespace

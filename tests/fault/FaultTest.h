@@ -43,7 +43,7 @@ protected:
     void AllowMemory(long kibibytes) { m_allowed = kibibytes; }
 
     /// Adds a remark to the figures in the table.
-    void Remark(std::string const& text) { m_remark = text; }
+    void SetRemark(std::string const& text) { m_remark = text; }
 
     PrivateBus m_bus;
 

@@ -32,7 +32,7 @@ MessageHandle NameRequest(char const* member, std::string const& name)
 }
 
 /// The message number `i` of a flood.
-std::function<MessageHandle(std::size_t)> Ammunition(Arguments const& arguments)
+std::function<MessageHandle(std::size_t)> MessageFactory(Arguments const& arguments)
 {
     std::string const& kind = arguments[0];
     WireTarget const target{arguments[1], arguments[2], "org.corvel.zviptvapi.DbusCommunication",
@@ -51,12 +51,12 @@ std::function<MessageHandle(std::size_t)> Ammunition(Arguments const& arguments)
 
 } // namespace
 
-void BeFlood(Arguments const& arguments)
+void RunFlood(Arguments const& arguments)
 {
-    auto const next = Ammunition(arguments);
+    auto const next = MessageFactory(arguments);
     double const rate = std::stod(arguments[3]);
     BusLink link;
-    Tell(link.Name());
+    PrintLine(link.Name());
     auto const start = Clock::now();
     auto toTell = start + std::chrono::milliseconds(100);
     for (std::size_t sent = 0;;) {
@@ -69,7 +69,7 @@ void BeFlood(Arguments const& arguments)
         link.Flush();
         if (Clock::now() >= toTell) {
             link.Sync(); // waits for a bus that falls behind
-            Tell("sent " + std::to_string(sent));
+            PrintLine("sent " + std::to_string(sent));
             toTell += std::chrono::milliseconds(100);
         }
         std::this_thread::sleep_until(start +

@@ -62,7 +62,7 @@ WireEntries Report(WirePeer& peer, std::size_t size)
     return Entries({{"count", std::to_string(count)}});
 }
 
-WireAnswer Obey(WirePeer& peer, WireMessage const& order)
+WireAnswer Execute(WirePeer& peer, WireMessage const& order)
 {
     std::string const what = order.Value("do");
     if (what == "die") {
@@ -85,12 +85,12 @@ WireAnswer Obey(WirePeer& peer, WireMessage const& order)
 
 } // namespace
 
-void BePartner()
+void RunPartner()
 {
     WirePeer peer;
     peer.SetRecording(false);
-    peer.SetHandler([&peer](WireMessage const& order) { return Obey(peer, order); });
-    Tell(peer.Name());
+    peer.SetHandler([&peer](WireMessage const& order) { return Execute(peer, order); });
+    PrintLine(peer.Name());
     for (;;) {
         pause();
     }

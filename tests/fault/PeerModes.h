@@ -12,19 +12,19 @@ using Arguments = std::vector<std::string>;
 // The modes of a peer process. Each prints its unique bus name when it is ready, and runs until it is killed.
 
 /// Answers calls and executes their orders.
-[[noreturn]] void BePartner();
+[[noreturn]] void RunPartner();
 
 /// Owns the helper bus's name and accepts every request.
-[[noreturn]] void BeService();
+[[noreturn]] void RunService();
 
 /// Sends at a steady rate and prints every 100 ms how many messages those were: kind ("signals", "calls", or
 /// "names", which takes and gives back a bus name), destination or that name, object path, rate a second.
-[[noreturn]] void BeFlood(Arguments const& arguments);
+[[noreturn]] void RunFlood(Arguments const& arguments);
 
 /// Claims to be others: victim's bus name, object path, partner's bus name. Prints "done" at the end.
-[[noreturn]] void BeStranger(Arguments const& arguments);
+[[noreturn]] void RunStranger(Arguments const& arguments);
 
 /// Prints a line immediately.
-void Tell(std::string const& line);
+void PrintLine(std::string const& line);
 
 } // namespace zviptv::test

@@ -14,25 +14,25 @@ namespace {
 constexpr char ChannelInterface[] = "org.corvel.zviptvapi.DbusCommunication";
 
 /// A forged notice of the bus that the partner has left.
-WireBody LeaveNotice(std::string const& partner)
+WireBody ForgedLossNotice(std::string const& partner)
 {
     return WireBody::Strings({partner, partner, ""});
 }
 
 } // namespace
 
-void BeStranger(Arguments const& arguments)
+void RunStranger(Arguments const& arguments)
 {
     std::string const& victim = arguments[0];
     std::string const& path = arguments[1];
     std::string const& partner = arguments[2];
     BusLink link;
-    Tell(link.Name());
+    PrintLine(link.Name());
     for (bool const forged : {false, true}) {
         MessageHandle const signal =
             NewSignal({victim, path, ChannelInterface, "SendSignal"}, Entries({{"from", "stranger"}}));
         MessageHandle const left = NewSignal(
-            {victim, DBUS_PATH_DBUS, DBUS_INTERFACE_DBUS, "NameOwnerChanged"}, LeaveNotice(partner));
+            {victim, DBUS_PATH_DBUS, DBUS_INTERFACE_DBUS, "NameOwnerChanged"}, ForgedLossNotice(partner));
         if (forged) {
             dbus_message_set_sender(signal.get(), partner.c_str());
             dbus_message_set_sender(left.get(), DBUS_SERVICE_DBUS);
@@ -45,7 +45,7 @@ void BeStranger(Arguments const& arguments)
     dbus_message_set_sender(call.get(), partner.c_str());
     link.Send(call);
     link.Sync();
-    Tell("done");
+    PrintLine("done");
     for (;;) {
         pause();
     }

@@ -61,7 +61,7 @@ protected:
         ASSERT_EQ(m_channel->Connect(m_partner->Name()), 1);
     }
 
-    void KillTheBus()
+    void KillBus()
     {
         m_bus.Kill();
         ASSERT_TRUE(RunUntil([this] { return g_dbus_connection_is_closed(m_connection.get()) != FALSE; }));
@@ -98,7 +98,7 @@ TEST_F(BusFault, F07_BusDiesBeforeConstructConnectSendDestroyAndOwnerCheck)
 {
     Repeat(ShortOrLong(5, 100), [this] {
         Begin();
-        KillTheBus();
+        KillBus();
         ExpectNothingWorks(*m_channel);
         {
             CProxyDBusHelper late("PLAYERCONTROL");
@@ -139,7 +139,7 @@ TEST_F(BusFault, F07_BusDiesAfterTheDestroyOfAChannelWithCallsOutstanding)
             ASSERT_EQ(m_channel->SendMessage(request, reply, 1), 1);
         }
         m_channel.reset();
-        KillTheBus();
+        KillBus();
         End();
     });
 }
@@ -154,7 +154,7 @@ TEST_F(BusFault, F07_BusDiesDuringConnect)
         auto connected =
             std::async(std::launch::async, [&] { return channel.Connect("org.corvel.test.Partner"); });
         EXPECT_EQ(connected.wait_for(20ms), std::future_status::timeout);
-        KillTheBus();
+        KillBus();
         EXPECT_EQ(connected.get(), 0);
         ExpectNothingWorks(channel);
         End();
@@ -182,7 +182,7 @@ TEST_F(BusFault, F07_BusDiesWithObjectsInUse)
         }));
     }
     EXPECT_TRUE(WaitUntil([&] { return turns > 20; }, patience));
-    KillTheBus();
+    KillBus();
     EXPECT_EQ(objects.Answered(), 0);
     stop = true;
     users.clear();
@@ -225,7 +225,7 @@ TEST_F(BusFault, F16_BusDiesWhileObjectsAreMadeAndEnded)
             }));
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(++round % 20)); // varies the moment
-        KillTheBus();
+        KillBus();
         stop = true;
         users.clear();
         CIPTVServiceAPI::DestroyIPGUtil();

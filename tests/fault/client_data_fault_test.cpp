@@ -30,7 +30,7 @@ protected:
     std::unique_ptr<FakeService> m_service = std::make_unique<FakeService>(m_bus.Address());
 };
 
-TEST_F(ClientDataFault, F03_DestroyedUnderAFloodOfPackets)
+TEST_F(ClientDataFault, F03_DestroyedDuringAFloodOfPackets)
 {
     m_service->Peer().SetRecording(false); // what it keeps would grow
     RepeatFor(ShortOrLong(1000ms, 20000ms), [&] {
@@ -85,7 +85,7 @@ TEST_F(ClientDataFault, F07_BusAbsentAndDying)
     });
 }
 
-TEST_F(ClientDataFault, F08_NamesTextsAndTypesThatAreWrong)
+TEST_F(ClientDataFault, F08_WrongNamesTextsAndTypes)
 {
     Television television;
     Repeat(ShortOrLong(3, 200), [&] {

@@ -10,16 +10,16 @@
 
 namespace zviptv::test {
 
-void Tell(std::string const& line)
+void PrintLine(std::string const& line)
 {
     std::printf("%s\n", line.c_str());
     std::fflush(stdout);
 }
 
-void BeService()
+void RunService()
 {
     FakeService const service;
-    Tell(service.Name());
+    PrintLine(service.Name());
     for (;;) {
         pause();
     }
@@ -33,16 +33,16 @@ int main(int count, char** arguments)
     Arguments const rest(arguments + (count > 1 ? 2 : 1), arguments + count);
     std::string const mode = count > 1 ? arguments[1] : "";
     if (mode == "partner") {
-        BePartner();
+        RunPartner();
     }
     if (mode == "service") {
-        BeService();
+        RunService();
     }
     if (mode == "flood" && rest.size() == 4) {
-        BeFlood(rest);
+        RunFlood(rest);
     }
     if (mode == "stranger" && rest.size() == 3) {
-        BeStranger(rest);
+        RunStranger(rest);
     }
     std::fprintf(stderr,
                  "fault_peer: partner | service | flood KIND TO PATH RATE | stranger VICTIM PATH PARTNER\n");

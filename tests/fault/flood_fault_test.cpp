@@ -69,8 +69,8 @@ protected:
     {
         double const seconds =
             std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-        Remark(std::to_string(static_cast<long>(static_cast<double>(flood.Sent()) / seconds)) + " of " +
-               Rate() + "/s sent, " + std::to_string(m_deliveries) + " delivered");
+        SetRemark(std::to_string(static_cast<long>(static_cast<double>(flood.Sent()) / seconds)) + " of " +
+                  Rate() + "/s sent, " + std::to_string(m_deliveries) + " delivered");
     }
 
     std::atomic<int> m_lateCalls{0};
@@ -79,12 +79,12 @@ protected:
     LoopThread m_loop;
 };
 
-TEST_F(FloodFault, F03_ChannelDeletedUnderAFloodOfSignals)
+TEST_F(FloodFault, F03_ChannelDeletedDuringAFloodOfSignals)
 {
     Flood("signals");
 }
 
-TEST_F(FloodFault, F03_ChannelDeletedUnderAFloodOfCalls)
+TEST_F(FloodFault, F03_ChannelDeletedDuringAFloodOfCalls)
 {
     Flood("calls");
 }
@@ -92,7 +92,7 @@ TEST_F(FloodFault, F03_ChannelDeletedUnderAFloodOfCalls)
 /// The partner's name comes and goes; a handler that has begun is not waited for, but what it uses must live
 /// on until the loop's thread is through with it. Losses are too rare to meet a delete at a chosen moment:
 /// the tests DestroyedMeanwhile and BlockedHandler do that.
-TEST_F(FloodFault, F03_ChannelDeletedUnderAFloodOfNameChanges)
+TEST_F(FloodFault, F03_ChannelDeletedDuringAFloodOfNameChanges)
 {
     char const* const name = "org.corvel.test.Flood";
     PeerProcess const flood({"flood", "names", name, "/", Rate()});

@@ -39,10 +39,10 @@ private:
 };
 
 /// The objects of a careless application, which keeps every pointer after the end of its object.
-class CarelessUser
+class RandomUser
 {
 public:
-    explicit CarelessUser(unsigned seed) : m_random(seed) {}
+    explicit RandomUser(unsigned seed) : m_random(seed) {}
 
     unsigned Draw() { return static_cast<unsigned>(m_random() >> 8U); }
 
@@ -131,7 +131,7 @@ protected:
         std::vector<std::thread> users;
         for (unsigned seed = 1; seed <= Users; ++seed) {
             users.emplace_back([&stop, use, seed] {
-                CarelessUser user(seed);
+                RandomUser user(seed);
                 while (!stop) {
                     use(user);
                 }
@@ -157,7 +157,7 @@ TEST_F(LifetimeFault, F13_CreateCallDestroyAndServiceDeathOnEightThreads)
     std::atomic<unsigned> made{0};
     std::atomic<unsigned> answered{0};
     unsigned deaths = 0;
-    auto const use = [&](CarelessUser& user) {
+    auto const use = [&](RandomUser& user) {
         unsigned calls = 0;
         user.CreateOne();
         answered += user.CallAll(calls);
@@ -183,8 +183,8 @@ TEST_F(LifetimeFault, F13_CreateCallDestroyAndServiceDeathOnEightThreads)
     });
     EXPECT_GT(answered, 0U);
     EXPECT_GT(made, answered);
-    Remark(std::to_string(rounds) + " rounds, " + std::to_string(answered) + " of " + std::to_string(made) +
-           " calls answered, " + std::to_string(deaths) + " deaths");
+    SetRemark(std::to_string(rounds) + " rounds, " + std::to_string(answered) + " of " +
+              std::to_string(made) + " calls answered, " + std::to_string(deaths) + " deaths");
 }
 
 /// Each announcement waits for two seconds.
@@ -194,7 +194,7 @@ TEST_F(LifetimeFault, F14_CreateAndDestroyWhileTheServiceStandsStill)
     ASSERT_TRUE(m_observer.WaitForOwner(HelperName, true));
     service.Stop();
     std::atomic<std::chrono::milliseconds::rep> longest{0};
-    auto const use = [&longest](CarelessUser& user) {
+    auto const use = [&longest](RandomUser& user) {
         auto const start = std::chrono::steady_clock::now();
         IPlayerControl* player = nullptr;
         user.Draw() % 2 == 0 ? CIPTVServiceAPI::CreatePlayerControl(IPTV_PROFILE_DEFAULT, 0, &player)
@@ -208,7 +208,7 @@ TEST_F(LifetimeFault, F14_CreateAndDestroyWhileTheServiceStandsStill)
     RunUsers(use, [] { std::this_thread::sleep_for(ShortOrLong(9s, 30s)); });
     EXPECT_GE(longest, 2000) << "nobody has waited";
     EXPECT_LT(longest, 4500) << "two attempts of 2 s, and the time that threads take to wake up";
-    Remark("at most " + std::to_string(longest) + " ms");
+    SetRemark("at most " + std::to_string(longest) + " ms");
 }
 
 TEST_F(LifetimeFault, F15_AForkedChildExits)

@@ -27,7 +27,7 @@ std::vector<std::string> BadNames()
             "%s%n"};
 }
 
-TEST_F(PartnerTest, F08_NamesThatAreNone)
+TEST_F(PartnerTest, F08_InvalidNames)
 {
     AllowMemory(16384); // the allocator keeps the memory of a name of 100,000 characters
     PeerProcess partner;
@@ -48,7 +48,7 @@ TEST_F(PartnerTest, F08_NamesThatAreNone)
     });
 }
 
-TEST_F(PartnerTest, F08_ChannelsWhoseNameMakesNoPath)
+TEST_F(PartnerTest, F08_ChannelNamesWithoutAPath)
 {
     PeerProcess partner;
     Repeat(ShortOrLong(10, 1000), [&] {

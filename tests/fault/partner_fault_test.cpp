@@ -17,7 +17,7 @@ protected:
     static constexpr int Signals = 10;
 
     /// Makes calls that the partner receives and does not answer, after signals that it sends.
-    static void LeaveOutstanding(TestChannel& channel)
+    static void StartUnansweredCalls(TestChannel& channel)
     {
         OrderEvents(channel, "SendSignal", {{"count", std::to_string(Signals)}});
         for (int i = 0; i < Calls; ++i) {
@@ -54,7 +54,7 @@ TEST_F(PartnerFault, F01_PartnerKilledWithAsyncCallsOutstanding)
             errorsAtLoss = ErrorsIn(log);
         };
         ASSERT_EQ(channel->Connect(partner.Name()), 1);
-        LeaveOutstanding(channel);
+        StartUnansweredCalls(channel);
         partner.Kill();
         ASSERT_TRUE(RunUntil([&] { return ErrorsIn(log) == Calls; }));
         RunPending();
@@ -80,7 +80,7 @@ TEST_F(PartnerFault, F02_DisconnectHandlerDeletesItsOwner)
         };
         (*owner)->SetDisconnectNotiCB(handler, &both);
         ASSERT_EQ((*owner)->Connect(partner.Name()), 1);
-        LeaveOutstanding(*owner);
+        StartUnansweredCalls(*owner);
         partner.Kill();
         ASSERT_TRUE(RunUntil([&] { return ErrorsIn(log) == Calls; }));
         RunPending();
@@ -132,8 +132,8 @@ TEST_F(PartnerFault, F06_PartnerStopped)
         RunPending();
     });
     EXPECT_EQ(losses, 0);
-    Remark("at most " +
-           std::to_string(std::chrono::duration_cast<std::chrono::milliseconds>(longest).count()) + " ms");
+    SetRemark("at most " +
+              std::to_string(std::chrono::duration_cast<std::chrono::milliseconds>(longest).count()) + " ms");
 }
 
 } // namespace

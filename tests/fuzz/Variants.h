@@ -9,7 +9,7 @@
 namespace zviptv::fuzz {
 
 /// Takes a floating reference.
-inline Owned<GVariant> Sunk(GVariant* variant)
+inline Owned<GVariant> SinkFloating(GVariant* variant)
 {
     return Owned<GVariant>(g_variant_ref_sink(variant));
 }
@@ -71,7 +71,8 @@ inline Owned<GVariant> ConsumeUntrusted(FuzzedDataProvider& input)
     bool const normalise = input.ConsumeBool();
     std::vector<std::uint8_t> const bytes = Rest(input);
     Owned<GBytes> const held(g_bytes_new(bytes.data(), bytes.size()));
-    Owned<GVariant> const raw = Sunk(g_variant_new_from_bytes(G_VARIANT_TYPE(type), held.get(), FALSE));
+    Owned<GVariant> const raw =
+        SinkFloating(g_variant_new_from_bytes(G_VARIANT_TYPE(type), held.get(), FALSE));
     return Owned<GVariant>(normalise ? g_variant_get_normal_form(raw.get()) : g_variant_ref(raw.get()));
 }
 

@@ -74,7 +74,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     FuzzedDataProvider input(data + std::min(line + 1, size), size - std::min(line + 1, size));
     std::deque<zviptv::Owned<GVariant>> replies;
     for (int i = input.ConsumeIntegralInRange(0, 15); i > 0; --i) {
-        replies.push_back(Sunk(g_variant_new("(@a{sv})", NewDictionary(input))));
+        replies.push_back(SinkFloating(g_variant_new("(@a{sv})", NewDictionary(input))));
     }
     SetReplies(std::move(replies), true);
     Session session({});

@@ -126,7 +126,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     if (!verb.options.empty()) {
         g_variant_builder_add_value(&tuple, NewOptions(input, verb));
     }
-    Owned<GVariant> const parameters = Sunk(g_variant_builder_end(&tuple));
+    Owned<GVariant> const parameters = SinkFloating(g_variant_builder_end(&tuple));
     try {
         verbs::Check(verb.method, parameters.get());
     } catch (std::invalid_argument const& failure) {

@@ -53,7 +53,7 @@ Step ConsumeStep(FuzzedDataProvider& input)
             std::chrono::milliseconds(input.ConsumeIntegral<std::uint8_t>()) * 100};
 }
 
-void Meet(Faults& faults, Step const& step)
+void CheckMessage(Faults& faults, Step const& step)
 {
     CMessageBuffer message;
     message.AddValue("result_internal", "1");
@@ -62,7 +62,7 @@ void Meet(Faults& faults, Step const& step)
     Damage const damage =
         faults.To({step.target, step.function, ":1.7", "org.example.player", step.followsHeld});
     bool const isPush = step.target == FaultRule::Target::Push;
-    Require(damage.Spoil(message).Size() <= message.Size(), "nothing is added to a message");
+    Require(damage.Corrupt(message).Size() <= message.Size(), "nothing is added to a message");
     Require(damage.Delay().count() >= 0 && (damage.Burst() == 0 || damage.Burst() >= 2),
             "a time and a factor");
     Require(!isPush || (!damage.IsError() && damage.TakesEffect()), "a push is no error and takes effect");
@@ -88,7 +88,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     }
     for (Step const& step : steps) {
         if (!faults.List().empty()) {
-            Meet(faults, step);
+            CheckMessage(faults, step);
         }
         now += step.pause;
     }

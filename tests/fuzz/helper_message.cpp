@@ -36,7 +36,7 @@ void CheckRoundTrip(CMessageBuffer const& message)
     if (encoded == nullptr) {
         return;
     }
-    Owned<GVariant> const body = Sunk(encoded);
+    Owned<GVariant> const body = SinkFloating(encoded);
     Require(g_variant_is_normal_form(body.get()) != FALSE, "the body is in normal form");
     Require(PairsOf(helper::Decode(body.get())) == pairs, "what was sent arrives");
 }

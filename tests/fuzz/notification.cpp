@@ -17,13 +17,13 @@ using namespace zviptv::fuzz;
 
 namespace {
 
-struct Got
+struct Received
 {
     int calls[2] = {0, 0};
     void const* record = nullptr;
 };
 
-Got got;
+Received got;
 std::string announced; ///< under the key of the data
 std::string carried;
 
@@ -53,7 +53,7 @@ void Take(Record& record, void* userData)
 
 /// A key cannot be made twice in a second.
 template <typename Subscribe>
-void Insist(Subscribe subscribe)
+void SubscribeWithRetries(Subscribe subscribe)
 {
     int key = 0;
     while (!subscribe(key)) {
@@ -66,10 +66,14 @@ CIPTVDataSubscriberProxy& Subscriber()
     static CIPTVDataSubscriberProxy* const subscriber = [] {
         ReadLog();
         auto* const made = CIPTVDataSubscriberProxy::Instance({IPTV_PROFILE_DEFAULT, 0});
-        Insist([=](int& key) { return made->SubscribeForPES(Take<ZVPESData, 0>, nullptr, key); });
-        Insist([=](int& key) { return made->SubscribeForCaption(Take<ZVCaption, 0>, nullptr, key); });
-        Insist([=](int& key) { return made->SubscribeForPES(Take<ZVPESData, 1>, nullptr, key); });
-        Insist([=](int& key) { return made->SubscribeForCaption(Take<ZVCaption, 1>, nullptr, key); });
+        SubscribeWithRetries(
+            [=](int& key) { return made->SubscribeForPES(Take<ZVPESData, 0>, nullptr, key); });
+        SubscribeWithRetries(
+            [=](int& key) { return made->SubscribeForCaption(Take<ZVCaption, 0>, nullptr, key); });
+        SubscribeWithRetries(
+            [=](int& key) { return made->SubscribeForPES(Take<ZVPESData, 1>, nullptr, key); });
+        SubscribeWithRetries(
+            [=](int& key) { return made->SubscribeForCaption(Take<ZVCaption, 1>, nullptr, key); });
         return made;
     }();
     return *subscriber;
@@ -81,8 +85,9 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
 {
     Subscriber();
     FuzzedDataProvider input(data, size);
-    Owned<GVariant> const body =
-        input.ConsumeBool() ? Sunk(g_variant_new("(@a{sv})", NewDictionary(input))) : ConsumeUntrusted(input);
+    Owned<GVariant> const body = input.ConsumeBool()
+                                     ? SinkFloating(g_variant_new("(@a{sv})", NewDictionary(input)))
+                                     : ConsumeUntrusted(input);
     CMessageBuffer message;
     Error error;
     bool const isMessage = DecodePeerMessage(body.get(), message, error);
@@ -90,7 +95,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     bool const isCaption = message.GetValue("functionname") == "CaptionCB";
     announced = message.GetValue(isPes ? "pesDataSize" : "captionDataSize");
     carried = message.GetValue(isPes ? "pesData" : "captionData");
-    got = Got();
+    got = Received();
     bool failed = false;
     try {
         Notify(body.get());

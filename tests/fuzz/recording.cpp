@@ -102,9 +102,9 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     try {
         sim::Replay replay({file.Path(), unrecorded, speed}, loop);
         std::size_t deaths = 0;
-        replay.SetDeathListener([&deaths](std::optional<double> comeBackAfter) {
+        replay.SetDeathListener([&deaths](std::optional<double> returnAfter) {
             ++deaths;
-            Require(!comeBackAfter || (*comeBackAfter >= 0 && *comeBackAfter <= 49 * 86'400),
+            Require(!returnAfter || (*returnAfter >= 0 && *returnAfter <= 49 * 86'400),
                     "a return can be awaited");
         });
         std::size_t const lives = replay.Recorded().lives.size();

@@ -81,7 +81,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     std::size_t const line = std::min(all.find('\n'), size);
     FuzzedDataProvider input(data + std::min(line + 1, size), size - std::min(line + 1, size));
     Check(Chosen(std::string(all.substr(0, line))),
-          input.ConsumeBool() ? Sunk(g_variant_new("(@a{sv})", NewDictionary(input)))
+          input.ConsumeBool() ? SinkFloating(g_variant_new("(@a{sv})", NewDictionary(input)))
                               : ConsumeUntrusted(input));
     return 0;
 }

@@ -20,7 +20,7 @@ void CheckLine(std::string const& text)
 }
 
 /// Whether the request contains a key twice.
-bool HasTwins(CMessageBuffer const& request)
+bool HasDuplicateKeys(CMessageBuffer const& request)
 {
     std::set<std::string> keys;
     for (int i = 0; i < request.Size(); ++i) {
@@ -36,7 +36,7 @@ void CheckWarnings(std::string const& endpoint, CMessageBuffer const& request, b
         CheckLine(warning);
         isRepeated = isRepeated || warning.rfind("repeated key ", 0) == 0;
     }
-    Require(isRepeated == (isFunctionOfEndpoint && HasTwins(request)), "repeated keys are reported");
+    Require(isRepeated == (isFunctionOfEndpoint && HasDuplicateKeys(request)), "repeated keys are reported");
 }
 
 /// A request of a function of the description; entries may be missing, damaged or there twice.

@@ -20,7 +20,7 @@ namespace {
 constexpr std::uint64_t PtsModulus = std::uint64_t{1} << 33;
 
 /// The known frames of the programme, as the player keeps them.
-struct Heard
+struct Reported
 {
     AudioFormats sounds;
     AribLanguages texts;
@@ -39,33 +39,33 @@ void CheckTexts(Programme const& programme, AribLanguages const& languages)
             "every ISDB text in each language");
 }
 
-void Check(Programme const& programme, Heard const& heard)
+void Check(Programme const& programme, Reported const& reported)
 {
     Require(IsUtf8(programme.name) && IsUtf8(programme.provider), "names are UTF-8");
-    Require(AudioTracks(programme, heard.sounds).size() == programme.audio.size(),
+    Require(AudioTracks(programme, reported.sounds).size() == programme.audio.size(),
             "every audio track becomes a record");
     Require(TeletextPages(programme).size() == programme.teletext.size(), "every teletext page");
     Require(Subtitles(programme).size() == programme.subtitles.size(), "every subtitle");
-    CheckTexts(programme, heard.texts);
+    CheckTexts(programme, reported.texts);
     for (CaptionService const& service : CaptionServices(programme)) {
         Require(service.number >= 0 && service.number < 64, "a caption service has six bits");
     }
 }
 
 /// Reads the packet's header with the type in its programme.
-void Listen(Programme const& programme, PesPacket const& pes, Heard& heard)
+void Listen(Programme const& programme, PesPacket const& pes, Reported& reported)
 {
     for (AudioTrack const& track : programme.audio) {
         if (track.pid == pes.pid) {
             if (auto const format = ParseAudioFormat(track.codec, pes.bytes)) {
                 Require(format->sampleRate > 0, "a sound has a rate");
-                heard.sounds[track.pid] = *format;
+                reported.sounds[track.pid] = *format;
             }
         }
     }
     if (pes.kind == StreamKind::AribCaption || pes.kind == StreamKind::AribSuperimpose) {
         if (auto languages = ParseAribLanguages(pes.bytes)) {
-            heard.texts[pes.pid] = std::move(*languages);
+            reported.texts[pes.pid] = std::move(*languages);
         }
     }
 }
@@ -90,21 +90,21 @@ void Check(PesPacket const& pes)
 void Play(Demux& demux, std::size_t size, StreamTime& last)
 {
     std::size_t delivered = 0;
-    Heard heard;
+    Reported reported;
     while (auto const event = demux.Next()) {
         Require(event->at.time >= last && event->at.stc < PcrModulus, "time does not run back");
         last = event->at.time;
         if (event->type == EventType::Pes) {
             Check(event->pes);
             Require(demux.Current() != nullptr, "a packet belongs to a programme");
-            Listen(*demux.Current(), event->pes, heard);
+            Listen(*demux.Current(), event->pes, reported);
             delivered += event->pes.bytes.size();
         } else if (event->programme) {
-            Check(*event->programme, heard);
+            Check(*event->programme, reported);
         }
     }
     if (demux.Current()) {
-        Check(*demux.Current(), heard);
+        Check(*demux.Current(), reported);
     }
     Require(delivered <= size, "no more comes out than went in");
 }

@@ -43,7 +43,7 @@ TEST_F(KitTest, VerbsControlTheTelevision)
     EXPECT_EQ(m_television.Property("Running"), "true");
 }
 
-TEST_F(KitTest, FaultHasItsOptions)
+TEST_F(KitTest, FaultAcceptsOptions)
 {
     m_television.Fault("MuteAudio=result:0", 1);
     EXPECT_FALSE(Mute(true));
@@ -57,7 +57,7 @@ TEST_F(KitTest, FaultHasItsOptions)
     EXPECT_EQ(requests[1].endpoint, "PLAYERCONTROL");
 }
 
-TEST_F(KitTest, DeadServiceComesBack)
+TEST_F(KitTest, DeadServiceReturns)
 {
     m_television.Die(0.05);
     EXPECT_FALSE(Mute(true));

@@ -27,30 +27,30 @@ Written LinesWith(Environment const& environment)
     return {child.Output(), child.Errors()};
 }
 
-std::string const debugLine = "ZV_IPTV_API debug: log_probe\\.cpp: WriteLines\\([0-9]+\\) > a debug line\n";
-std::string const infoLine =
+std::string const DebugLine = "ZV_IPTV_API debug: log_probe\\.cpp: WriteLines\\([0-9]+\\) > a debug line\n";
+std::string const InfoLine =
     "ZV_IPTV_API info: log_probe\\.cpp: WriteLines\\([0-9]+\\) > an info line, 100% of it: 50%s%n\n";
-std::string const errorLine = "ZV_IPTV_API error: log_probe\\.cpp: WriteLines\\([0-9]+\\) > an error line\n";
-std::string const entryLine = "ZV_IPTV_API info: log_probe\\.cpp: WriteLines\\([0-9]+\\) > \n";
+std::string const ErrorLine = "ZV_IPTV_API error: log_probe\\.cpp: WriteLines\\([0-9]+\\) > an error line\n";
+std::string const EntryLine = "ZV_IPTV_API info: log_probe\\.cpp: WriteLines\\([0-9]+\\) > \n";
 
 TEST(LogEnvironment, StandardErrorGetsEveryLine)
 {
     Written const written = LinesWith({{"ZV_IPTV_LOG", "stderr"}, {"ZV_IPTV_LOG_LEVEL", ""}});
-    EXPECT_THAT(written.errors, MatchesRegex(debugLine + infoLine + errorLine + entryLine));
+    EXPECT_THAT(written.errors, MatchesRegex(DebugLine + InfoLine + ErrorLine + EntryLine));
     EXPECT_EQ(written.output, "");
 }
 
-TEST(LogEnvironment, LevelsLeaveOutWhatIsLess)
+TEST(LogEnvironment, LevelsOmitLessImportantLines)
 {
     EXPECT_THAT(LinesWith({{"ZV_IPTV_LOG", "stderr"}, {"ZV_IPTV_LOG_LEVEL", "debug"}}).errors,
-                MatchesRegex(debugLine + infoLine + errorLine + entryLine));
+                MatchesRegex(DebugLine + InfoLine + ErrorLine + EntryLine));
     EXPECT_THAT(LinesWith({{"ZV_IPTV_LOG", "stderr"}, {"ZV_IPTV_LOG_LEVEL", "info"}}).errors,
-                MatchesRegex(infoLine + errorLine + entryLine));
+                MatchesRegex(InfoLine + ErrorLine + EntryLine));
     EXPECT_THAT(LinesWith({{"ZV_IPTV_LOG", "stderr"}, {"ZV_IPTV_LOG_LEVEL", "error"}}).errors,
-                MatchesRegex(errorLine));
+                MatchesRegex(ErrorLine));
 }
 
-TEST(LogEnvironment, NoneAndTheSystemLogLeaveTheStandardStreamsAlone)
+TEST(LogEnvironment, NoneAndTheSystemLogDoNotUseTheStandardStreams)
 {
     for (char const* const destination : {"none", "system", ""}) {
         Written const written = LinesWith({{"ZV_IPTV_LOG", destination}});
@@ -72,15 +72,15 @@ TEST(LogEnvironment, UnknownWordsNeverReachStandardOutput)
 TEST(LogEnvironment, AnUnknownLevelLosesNoLine)
 {
     EXPECT_THAT(LinesWith({{"ZV_IPTV_LOG", "stderr"}, {"ZV_IPTV_LOG_LEVEL", "loud"}}).errors,
-                MatchesRegex("(.|\n)*" + debugLine + infoLine + errorLine + entryLine));
+                MatchesRegex("(.|\n)*" + DebugLine + InfoLine + ErrorLine + EntryLine));
 }
 
-TEST(LogEnvironment, AnUnknownLevelIsToldWhereTheLogGoes)
+TEST(LogEnvironment, AnUnknownLevelIsReportedInTheLog)
 {
     std::string const complaint =
         "ZV_IPTV_API error: [A-Za-z]+\\.cpp: [A-Za-z]+\\([0-9]+\\) > .*ZV_IPTV_LOG_LEVEL=loud.*\n";
     EXPECT_THAT(LinesWith({{"ZV_IPTV_LOG", "stderr"}, {"ZV_IPTV_LOG_LEVEL", "loud"}}).errors,
-                MatchesRegex(complaint + debugLine + infoLine + errorLine + entryLine));
+                MatchesRegex(complaint + DebugLine + InfoLine + ErrorLine + EntryLine));
 }
 
 } // namespace

@@ -37,7 +37,7 @@ TEST(LogLine, HasFileFunctionAndLineInFront)
                 ElementsAre("log_line_test.cpp: SaySomething(" + std::to_string(line) + ") > text 5"));
 }
 
-TEST(LogLine, OfAnEntryIsThePrefixAlone)
+TEST(LogLine, OfAnEntryContainsOnlyThePrefix)
 {
     LogCapture const log;
     zviptv::WriteLogEntry({"/some/where/File.cpp", "Function", 12});
@@ -88,7 +88,7 @@ TEST(LogLine, KeepsBlanksAndLineBreaksOfItsText)
     EXPECT_EQ(log.Messages(), std::vector<std::string>{"  two lines \n here \n"});
 }
 
-TEST(LogLine, IsWholeHoweverLong)
+TEST(LogLine, IsCompleteAtAnyLength)
 {
     LogCapture const log;
     for (std::size_t const size : {255U, 256U, 1023U, 1024U, 4096U, 65536U, 5000000U}) {

@@ -54,7 +54,7 @@ TEST(LogSink, NullRestoresTheDefault)
     EXPECT_EQ(lines, 1);
 }
 
-TEST(LogSink, ComesBeforeTheEnvironmentsNone)
+TEST(LogSink, OverridesNoneOfTheEnvironment)
 {
     setenv("ZV_IPTV_LOG", "none", 1);
     std::atomic<int> lines{0};
@@ -64,7 +64,7 @@ TEST(LogSink, ComesBeforeTheEnvironmentsNone)
     EXPECT_EQ(lines, 1);
 }
 
-TEST(LogSink, TheLevelHoldsForItToo)
+TEST(LogSink, TheLevelAppliesToTheSink)
 {
     setenv("ZV_IPTV_LOG_LEVEL", "error", 1);
     LogCapture const log;
@@ -76,7 +76,7 @@ TEST(LogSink, TheLevelHoldsForItToo)
     EXPECT_EQ(log.Messages(), (std::vector<std::string>{"error", ""}));
 }
 
-TEST(LogSink, TheLevelInfoLeavesOutDebugOnly)
+TEST(LogSink, TheLevelInfoOmitsOnlyDebug)
 {
     setenv("ZV_IPTV_LOG_LEVEL", "info", 1);
     LogCapture const log;
@@ -105,7 +105,7 @@ TEST(LogSink, DoesNotEvaluateArgumentsOfFilteredLines)
     EXPECT_EQ(evaluated, 1);
 }
 
-TEST(LogSink, GetsWhatTheLibrarySaysWithForeignPercentSigns)
+TEST(LogSink, ReceivesForeignPercentSignsUnchanged)
 {
     setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/bus", 1);
     LogCapture const log;

@@ -192,7 +192,7 @@ TEST_F(SystemLog, LinesThatAJournalDoesNotReadAreDroppedAndCounted)
     EXPECT_THAT(m_entries[last].Field("MESSAGE"), EndsWith(" > and again"));
 }
 
-TEST_F(SystemLog, LinesFollowTheJournalToItsNewSocketAndFindItAfterAPause)
+TEST_F(SystemLog, ReconnectsToTheJournal)
 {
     ASSERT_NO_FATAL_FAILURE(Run("new-journal"));
     if (IsSkipped()) {
@@ -207,7 +207,7 @@ TEST_F(SystemLog, LinesFollowTheJournalToItsNewSocketAndFindItAfterAPause)
     EXPECT_THAT(m_entries[3].Field("MESSAGE"), EndsWith(" > to the last"));
 }
 
-TEST_F(SystemLog, WhoGetsTheNumberOfTheClosedSocketGetsNoLines)
+TEST_F(SystemLog, WritesNothingToAReusedDescriptor)
 {
     ASSERT_NO_FATAL_FAILURE(Run("closed-journal"));
     if (IsSkipped()) {
@@ -218,7 +218,7 @@ TEST_F(SystemLog, WhoGetsTheNumberOfTheClosedSocketGetsNoLines)
     EXPECT_EQ(m_entries[1].kind, "journal");
 }
 
-TEST_F(SystemLog, UnknownWordsAreAnErrorLineAndTheLinesFollow)
+TEST_F(SystemLog, UnknownWordsAreReportedBeforeTheLines)
 {
     ASSERT_NO_FATAL_FAILURE(Run("journal", {{"ZV_IPTV_LOG", "stdout"}, {"ZV_IPTV_LOG_LEVEL", "loud"}}));
     if (IsSkipped()) {
@@ -235,7 +235,7 @@ TEST_F(SystemLog, UnknownWordsAreAnErrorLineAndTheLinesFollow)
     }
 }
 
-TEST_F(SystemLog, GetsNothingWhenTheEnvironmentSaysElsewhere)
+TEST_F(SystemLog, ReceivesNothingIfTheEnvironmentSelectsAnother)
 {
     ASSERT_NO_FATAL_FAILURE(Run("journal", {{"ZV_IPTV_LOG", "none"}}));
     EXPECT_THAT(m_entries, testing::IsEmpty());
@@ -247,7 +247,7 @@ TEST_F(SystemLog, GetsNothingWhenTheEnvironmentSaysElsewhere)
     EXPECT_THAT(m_errors, StartsWith("ZV_IPTV_API debug: "));
 }
 
-TEST_F(SystemLog, NoneSilencesTheComplaintToo)
+TEST_F(SystemLog, NoneAlsoSilencesTheReport)
 {
     ASSERT_NO_FATAL_FAILURE(Run("journal", {{"ZV_IPTV_LOG", "none"}, {"ZV_IPTV_LOG_LEVEL", "loud"}}));
     EXPECT_THAT(m_entries, testing::IsEmpty());

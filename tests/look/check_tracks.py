@@ -52,11 +52,11 @@ def check_audio(service, subject, findings):
     findings.same("audio -1", service.SetCurrentAudioByIndex(-1), {"result": False})
     for index, record in enumerate(subject.audio):
         service.SetCurrentAudioByIndex(index)
-        check_what_follows(service, subject, record, findings)
+        check_related_settings(service, subject, record, findings)
     check_format(service, subject, findings)
 
 
-def check_what_follows(service, subject, track, findings):
+def check_related_settings(service, subject, track, findings):
     """Of subtitles those in the language of the audio track are preferred."""
     findings.same("audio format", service.GetAudioFormat(), {"result": True, "encodeType": track["encoding"]})
     subtitle = best(subject.subtitles, track["language"])

@@ -34,7 +34,7 @@ def play(service, subject, parameters, findings):
     check_clock.after(service, subject, parameters["speed"], findings)
 
 
-def set_what_nothing_tells(service, findings):
+def set_invisible_state(service, findings):
     """No getter shows these. The requests to the service are checked from outside."""
     for on in (True, False):
         findings.same("muting audio", service.MuteAudio(on), {"result": True})
@@ -54,7 +54,7 @@ def main():
     check_tracks.check_subtitles(service, subject, findings)
     check_tracks.check_isdb(service, subject, findings)
     check_tracks.check_captions(service, subject, findings)
-    set_what_nothing_tells(service, findings)
+    set_invisible_state(service, findings)
     check_lock.check_lock(service, parameters["age"], findings)
     names = subject.probe.names
     check_guide.check_guide(service, parameters["guide"], names, parameters["now"], findings)

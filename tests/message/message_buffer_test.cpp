@@ -89,7 +89,7 @@ TEST(MessageBuffer, ComparesKeysByteByByte)
     EXPECT_EQ(buffer.GetValue("Key"), "1");
 }
 
-TEST(MessageBuffer, FirstResultCounts)
+TEST(MessageBuffer, TheFirstResultIsUsed)
 {
     CMessageBuffer buffer;
     buffer.SetResult(0);
@@ -100,7 +100,7 @@ TEST(MessageBuffer, FirstResultCounts)
     EXPECT_EQ(buffer.GetValue(1), "7");
 }
 
-TEST(MessageBuffer, ResultsComeBackUnchanged)
+TEST(MessageBuffer, ReturnsResultsUnchanged)
 {
     for (int const result : {-5, 0, 1, INT_MIN, INT_MAX}) {
         CMessageBuffer buffer;

@@ -37,7 +37,7 @@ TEST(PesHeader, ReadsPtsAndDtsUpToTheirLargestValues)
     EXPECT_EQ(ParsePesHeader(MakePes(0, {1}))->pts, 0u);
 }
 
-TEST(PesHeader, LeavesOutAPtsWithWrongMarkers)
+TEST(PesHeader, IgnoresAPtsWithWrongMarkers)
 {
     Bytes const good = MakePes(90000, {1});
     for (std::size_t const at : {9u, 11u, 13u}) {
@@ -60,7 +60,7 @@ TEST(PesHeader, KeepsThePtsWhenOnlyTheDtsIsWrong)
     EXPECT_FALSE(header->dts);
 }
 
-TEST(PesHeader, ReadsNoStampWhereNoneIsAnnounced)
+TEST(PesHeader, ReadsNoUnannouncedTimeStamp)
 {
     Bytes pes = MakePes(90000, {1});
     pes[7] = 0x00;
@@ -70,7 +70,7 @@ TEST(PesHeader, ReadsNoStampWhereNoneIsAnnounced)
     EXPECT_FALSE(ParsePesHeader(pes)->dts);
 }
 
-TEST(PesHeader, NeverReadsPastTheHeadOrTheEnd)
+TEST(PesHeader, DoesNotReadPastTheHeaderOrTheEnd)
 {
     Bytes pes = MakePes(90000, {});
     pes[8] = 4; // the head ends within the PTS
@@ -90,7 +90,7 @@ TEST(PesHeader, NeverReadsPastTheHeadOrTheEnd)
     }
 }
 
-TEST(PesHeader, KnowsStreamsWithoutALongHead)
+TEST(PesHeader, ReadsStreamsWithoutALongHeader)
 {
     for (std::uint8_t const id : Bytes{0xBC, 0xBE, 0xBF, 0xF0, 0xF1, 0xF2, 0xF8, 0xFF}) {
         Bytes const pes = MakePes(90000, {}, false, {}, id);
@@ -102,7 +102,7 @@ TEST(PesHeader, KnowsStreamsWithoutALongHead)
     }
 }
 
-TEST(PesHeader, NeedsTheStartCodeAndTheMark)
+TEST(PesHeader, RequiresTheStartCodeAndTheMarker)
 {
     EXPECT_FALSE(ParsePesHeader(Bytes{0, 0, 2, 0xBD, 0, 0, 0x80, 0x80, 5}));
     EXPECT_FALSE(ParsePesHeader(Bytes{0, 1, 1, 0xBD, 0, 0, 0x80, 0x80, 5}));
@@ -112,7 +112,7 @@ TEST(PesHeader, NeedsTheStartCodeAndTheMark)
     EXPECT_FALSE(ParsePesHeader(pes)->isWhole);
 }
 
-TEST(PesHeader, EndsThePayloadWhereTheLengthSays)
+TEST(PesHeader, EndsThePayloadAtTheGivenLength)
 {
     Bytes const pes = {0, 0, 1, 0xC0, 0, 5, 0x80, 0, 0, 1, 2, 99, 99};
     auto const header = ParsePesHeader(pes);

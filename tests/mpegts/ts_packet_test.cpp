@@ -24,7 +24,7 @@ TsBytes WithHead(Bytes const& head)
 
 } // namespace
 
-TEST(TsPacket, ReadsTheHead)
+TEST(TsPacket, ReadsTheHeader)
 {
     TsBytes bytes{};
     bytes[0] = 0x47;
@@ -83,7 +83,7 @@ TEST(TsPacket, IgnoresAPcrThatDoesNotFitItsField)
     EXPECT_FALSE(packet->pcr);
 }
 
-TEST(TsPacket, RefusesHeadsThatContradictThemselves)
+TEST(TsPacket, RefusesInconsistentHeaders)
 {
     TsBytes bytes{};
     bytes[0] = 0x46;
@@ -104,7 +104,7 @@ TEST(TsPacket, RefusesHeadsThatContradictThemselves)
     EXPECT_TRUE(Parse(bytes));
 }
 
-TEST(TsPacket, TrustsNothingInADamagedPacket)
+TEST(TsPacket, IgnoresADamagedPacket)
 {
     auto const bytes = ToTsBytes(MakePacket({0x100, 0, true, {1}, true, false, false, 5}));
     auto const packet = Parse(bytes);

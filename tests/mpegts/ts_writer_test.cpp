@@ -18,7 +18,7 @@ protected:
     TsWriter m_writer;
 };
 
-TEST_F(Writer, WritesTablesThatAReaderUnderstands)
+TEST_F(Writer, WritesReadableTables)
 {
     m_writer.AddTables(m_out, {{0x100, 0x1B, {}}, {0x103, 0x06, {0x59, 8, 'e', 'n', 'g', 0x10, 0, 1, 0, 2}}},
                        0x100);
@@ -70,7 +70,7 @@ TEST_F(Writer, CountsThePacketsOfEachPid)
     EXPECT_EQ(next[0x101], 20U);
 }
 
-TEST_F(Writer, WritesClocksByTheByte)
+TEST_F(Writer, WritesClocksByteByByte)
 {
     TsWriter::AddClock(m_out, 0x1FFE, 0x123456789, true);
     Bytes const head = {0x47, 0x1F, 0xFE, 0x20, 183, 0x90, 0x91, 0xA2, 0xB3, 0xC4, 0xFE, 0};

@@ -16,8 +16,8 @@
 
 namespace zviptv::test {
 
-constexpr char endpointPath[] = "/org/corvel/zviptvapi/DbusCommunication/ENDPOINT";
-constexpr char channelInterface[] = "org.corvel.zviptvapi.DbusCommunication";
+constexpr char EndpointPath[] = "/org/corvel/zviptvapi/DbusCommunication/ENDPOINT";
+constexpr char ChannelInterface[] = "org.corvel.zviptvapi.DbusCommunication";
 
 /// A second endpoint on the same connection. After its answer, all earlier messages have been delivered.
 class Fence : public CCommonNative
@@ -27,7 +27,7 @@ public:
 
     WireTarget Target()
     {
-        return {GetPublicName(), "/org/corvel/zviptvapi/DbusCommunication/FENCE", channelInterface, "Send"};
+        return {GetPublicName(), "/org/corvel/zviptvapi/DbusCommunication/FENCE", ChannelInterface, "Send"};
     }
 };
 
@@ -37,7 +37,7 @@ class EndpointTest : public testing::Test
 protected:
     WireTarget Target(CCommonNative& endpoint, char const* member) const
     {
-        return {endpoint.GetPublicName(), endpointPath, channelInterface, member};
+        return {endpoint.GetPublicName(), EndpointPath, ChannelInterface, member};
     }
 
     /// Sends a notification from the partner to the endpoint.

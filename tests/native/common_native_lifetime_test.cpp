@@ -34,7 +34,7 @@ public:
     Plain() : CCommonNative("ENDPOINT") {}
 };
 
-TEST_F(EndpointTest, TellsTheLossOfThePartner)
+TEST_F(EndpointTest, ReportsTheLossOfThePartner)
 {
     Plain endpoint;
     std::vector<Loss> losses;
@@ -49,7 +49,7 @@ TEST_F(EndpointTest, TellsTheLossOfThePartner)
     EXPECT_TRUE(m_log.Has(ZV_LOG_ERROR, "Connection not set."));
 }
 
-TEST_F(EndpointTest, DestructionIsNoLoss)
+TEST_F(EndpointTest, DestructionReportsNoLoss)
 {
     std::vector<Loss> losses;
     {
@@ -174,7 +174,7 @@ TEST_F(EndpointTest, StopCallbacksMayBeCalledInsideAHook)
     EXPECT_TRUE(RunUntil([&] { return count == 1; }));
 }
 
-TEST_F(EndpointTest, StopCallbacksIsHarmlessOnceTheChannelIsGone)
+TEST_F(EndpointTest, StopCallbacksIsHarmlessWithoutAChannel)
 {
     struct Closed : CCommonNative
     {
@@ -226,7 +226,7 @@ TEST_F(EndpointTest, StopCallbacksWaitsForARunningHook)
     EXPECT_FALSE(stoppedTooEarly);
 }
 
-TEST_F(EndpointTest, EndsOnAnotherThreadThanTheLoopUnderAFlood)
+TEST_F(EndpointTest, EndsOnAnotherThreadDuringAFlood)
 {
     constexpr int rounds = 30;
     LoopThread const loop;

@@ -60,7 +60,7 @@ TEST_F(EndpointTest, DefaultHookAnswersWithAnEmptyMessage)
     EXPECT_EQ(LinesOf("t_HandleMessage"), EntryLine());
 }
 
-TEST_F(EndpointTest, HooksTakeNotifications)
+TEST_F(EndpointTest, HooksReceiveNotifications)
 {
     Recorder endpoint;
     ASSERT_TRUE(endpoint.Connect(m_partner.Name()));
@@ -104,7 +104,7 @@ TEST_F(EndpointTest, DefaultNotificationHookOnlyLogs)
     EXPECT_EQ(origins.at(origins.size() - 2), "CommonNative.cpp: t_HandleNotification");
 }
 
-TEST_F(EndpointTest, SendsWithoutWaitingAndLeavesTheReplyAlone)
+TEST_F(EndpointTest, SendsWithoutWaitingAndKeepsTheReply)
 {
     m_partner.SetHandler([](WireMessage const&) {
         return Entries({{"result_internal", "1"}, {"other", "x"}});
@@ -141,7 +141,7 @@ TEST_F(EndpointTest, SendingSucceedsAlsoWhenThePartnerAnswersWithAnError)
     EXPECT_EQ(reply.Size(), 0);
 }
 
-TEST_F(EndpointTest, NotifiesThePartnerAlone)
+TEST_F(EndpointTest, NotifiesOnlyThePartner)
 {
     WirePeer bystander;
     bystander.AddMatch("type='signal',interface='org.corvel.zviptvapi.DbusCommunication'");
@@ -171,7 +171,7 @@ TEST_F(EndpointTest, NothingIsSentBeforeConnect)
     EXPECT_EQ(m_log.Count("Connection not set."), 2U);
 }
 
-TEST_F(EndpointTest, ConnectTellsWhetherItWorked)
+TEST_F(EndpointTest, ConnectReturnsWhetherItSucceeded)
 {
     Plain endpoint;
     m_log.Clear();
@@ -191,7 +191,7 @@ TEST_F(EndpointTest, PublicNameIsTheUniqueBusName)
     EXPECT_EQ(LinesOf("GetPublicName"), Lines());
 }
 
-TEST_F(EndpointTest, ConstructionAndDestructionWriteOneLineEach)
+TEST_F(EndpointTest, ConstructionAndDestructionLogOneLineEach)
 {
     {
         Plain const endpoint;
@@ -204,7 +204,7 @@ TEST_F(EndpointTest, ConstructionAndDestructionWriteOneLineEach)
     EXPECT_EQ(m_log.Lines().front().Origin(), "CommonNative.cpp: ~CCommonNative");
 }
 
-TEST_F(EndpointTest, SpeaksToNoHelperBus)
+TEST_F(EndpointTest, DoesNotUseTheHelperBus)
 {
     WirePeer helper;
     ASSERT_TRUE(helper.OwnName("org.corvel.zviptvapi.dbushelper"));

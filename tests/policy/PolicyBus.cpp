@@ -17,7 +17,7 @@ namespace zviptv::test {
 
 namespace {
 
-constexpr char const* stockConfiguration = "/usr/share/dbus-1/system.conf";
+constexpr char const* StockConfiguration = "/usr/share/dbus-1/system.conf";
 
 void Check(int result, char const* what)
 {
@@ -39,14 +39,14 @@ std::string Replaced(std::string text, std::string const& what, std::string cons
 }
 
 /// The contents of <busconfig>.
-std::string Policies(char const* serviceUser)
+std::string Policies(char const* ServiceUser)
 {
     std::string const file = ReadFile(ZVIPTV_POLICY_FILE);
     std::string const begin = "<busconfig>";
     auto const from = file.find(begin) + begin.size();
     std::string const policies = file.substr(from, file.find("</busconfig>") - from);
-    return Replaced(Replaced(policies, "user=\"zviptv\"", "user=\"" + std::string(serviceUser) + "\""),
-                    "group=\"zviptv-apps\"", "group=\"" + std::string(applicationGroup) + "\"");
+    return Replaced(Replaced(policies, "user=\"zviptv\"", "user=\"" + std::string(ServiceUser) + "\""),
+                    "group=\"zviptv-apps\"", "group=\"" + std::string(ApplicationGroup) + "\"");
 }
 
 /// Gives the calling process another account's effective ids during the life of the object.
@@ -56,7 +56,7 @@ public:
     explicit ActingAs(Account const& account)
     {
         passwd const* const user = getpwnam(account.name);
-        group const* const applications = getgrnam(applicationGroup);
+        group const* const applications = getgrnam(ApplicationGroup);
         if (user == nullptr || applications == nullptr) {
             throw std::runtime_error(std::string("no such account: ") + account.name);
         }
@@ -80,12 +80,12 @@ public:
 
 } // namespace
 
-PolicyBus::PolicyBus(std::string const& more, char const* serviceUser)
+PolicyBus::PolicyBus(std::string const& more, char const* ServiceUser)
     : m_bus([&] {
           BusOptions options;
           options.openPolicy = false;
-          options.baseConfig = stockConfiguration;
-          options.extraConfig = Policies(serviceUser) + more;
+          options.baseConfig = StockConfiguration;
+          options.extraConfig = Policies(ServiceUser) + more;
           return options;
       }())
 {
@@ -105,13 +105,13 @@ void PolicyBus::As(Account const& account, std::function<void()> const& work)
     work();
 }
 
-std::string WhyNot()
+std::string ReasonToSkip()
 {
     if (getuid() != 0) {
         return "connecting as different users needs root";
     }
-    if (!std::filesystem::exists(stockConfiguration)) {
-        return std::string("no stock configuration of the system bus at ") + stockConfiguration;
+    if (!std::filesystem::exists(StockConfiguration)) {
+        return std::string("no stock configuration of the system bus at ") + StockConfiguration;
     }
     return {};
 }

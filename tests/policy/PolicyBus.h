@@ -20,12 +20,12 @@ struct Account
 
 constexpr Account service{"daemon", false};
 constexpr Account application{"man", true};
-constexpr Account secondApplication{"mail", true};
+constexpr Account SecondApplication{"mail", true};
 constexpr Account stranger{"nobody", false};
 constexpr Account root{"root", false};
 
 /// Replaces the group of applications.
-constexpr char const* applicationGroup = "games";
+constexpr char const* ApplicationGroup = "games";
 
 /// A bus with the stock system configuration and the policy file of this project, whose account names are
 /// replaced by the ones above. Needs root.
@@ -33,7 +33,7 @@ class PolicyBus
 {
 public:
     /// `more` is appended to the policy.
-    explicit PolicyBus(std::string const& more = {}, char const* serviceUser = service.name);
+    explicit PolicyBus(std::string const& more = {}, char const* ServiceUser = service.name);
 
     std::string const& Address() const { return m_bus.Address(); }
     std::string const& Directory() const { return m_bus.Directory(); }
@@ -47,6 +47,6 @@ private:
 };
 
 /// The reason why these tests cannot run; empty if they can.
-std::string WhyNot();
+std::string ReasonToSkip();
 
 } // namespace zviptv::test

@@ -25,12 +25,12 @@ bool IsOpenToAll(std::filesystem::path const& program)
 Credentials CredentialsOf(Account const& account)
 {
     std::string const own = account.name == std::string("nobody") ? "nogroup" : account.name;
-    return {account.name, own, account.application ? applicationGroup : own};
+    return {account.name, own, account.application ? ApplicationGroup : own};
 }
 
 void PolicyToolsTest::SetUp()
 {
-    if (auto const reason = WhyNot(); !reason.empty()) {
+    if (auto const reason = ReasonToSkip(); !reason.empty()) {
         GTEST_SKIP() << reason;
     }
     for (auto const program : {ZVIPTV_SIM, ZVIPTV_CTL, ZVIPTV_PYTHON_SERVICE}) {

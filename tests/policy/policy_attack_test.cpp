@@ -47,7 +47,7 @@ class PolicyAttack : public testing::Test
 protected:
     void SetUp() override
     {
-        if (auto const reason = WhyNot(); !reason.empty()) {
+        if (auto const reason = ReasonToSkip(); !reason.empty()) {
             GTEST_SKIP() << reason;
         }
         m_bus = std::make_unique<PolicyBus>();
@@ -109,7 +109,7 @@ protected:
 
 } // namespace
 
-TEST_F(PolicyAttack, AHundredMiBFromAStrangerDoNotShutAnApplicationOut)
+TEST_F(PolicyAttack, AHundredMiBFromAStrangerDoNotDisconnectAnApplication)
 {
     SendToAll(WireBody::Strings({std::string(1024 * 1024, 'z')}), 100);
     CreateAndCall();

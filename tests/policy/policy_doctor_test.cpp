@@ -18,8 +18,8 @@ namespace zviptv::test {
 
 namespace {
 
-constexpr char const* helperName = "org.corvel.zviptvapi.dbushelper";
-constexpr char const* packagedPolicy = "/usr/share/dbus-1/system.d/org.corvel.zviptvapi.dbushelper.conf";
+constexpr char const* HelperName = "org.corvel.zviptvapi.dbushelper";
+constexpr char const* PackagedPolicy = "/usr/share/dbus-1/system.d/org.corvel.zviptvapi.dbushelper.conf";
 
 /// A process with this user and one group, regardless of the user database.
 struct User
@@ -28,10 +28,10 @@ struct User
     char const* group;
 };
 
-constexpr User applicationUser{"man", applicationGroup};
-constexpr User strangerUser{"nobody", "nogroup"};
-constexpr User rootUser{"root", "root"};
-constexpr User serviceUser{"daemon", "daemon"};
+constexpr User ApplicationUser{"man", ApplicationGroup};
+constexpr User StrangerUser{"nobody", "nogroup"};
+constexpr User RootUser{"root", "root"};
+constexpr User ServiceUser{"daemon", "daemon"};
 
 /// zviptvctl doctor in processes of different users, on a bus that denies by default.
 class PolicyDoctorTest : public PolicyToolsTest
@@ -45,7 +45,7 @@ protected:
 
     static std::vector<std::string> Doctor()
     {
-        return {ZVIPTV_CTL, "doctor", "--user", service.name, "--group", applicationGroup};
+        return {ZVIPTV_CTL, "doctor", "--user", service.name, "--group", ApplicationGroup};
     }
 
     Report Ask(std::string const& address, User const& user,
@@ -63,7 +63,7 @@ protected:
     void StartSimulator(PolicyBus const& bus, Account const& account)
     {
         m_simulator = RunSimulator(bus.Address(), account);
-        ASSERT_TRUE(bus.Connect(account)->WaitForOwner(helperName, true)) << m_simulator->Errors();
+        ASSERT_TRUE(bus.Connect(account)->WaitForOwner(HelperName, true)) << m_simulator->Errors();
     }
 
     std::unique_ptr<ChildProcess> m_simulator;
@@ -74,7 +74,7 @@ protected:
 TEST_F(PolicyDoctorTest, FindsNothingWrongForAnApplicationAndForRoot)
 {
     StartSimulator(*m_bus, service);
-    Report const asMember = Ask(applicationUser);
+    Report const asMember = Ask(ApplicationUser);
     EXPECT_EQ(asMember.code, 0) << asMember.text;
     EXPECT_THAT(asMember.text, HasSubstr("\nok       accounts   user daemon and group games exist\n"
                                          "ok       policy     loaded"));
@@ -86,15 +86,15 @@ TEST_F(PolicyDoctorTest, FindsNothingWrongForAnApplicationAndForRoot)
                                          "answers\n"));
     EXPECT_THAT(asMember.text, testing::EndsWith("\nnothing is wrong\n"));
 
-    Report const asRoot = Ask(rootUser);
+    Report const asRoot = Ask(RootUser);
     EXPECT_EQ(asRoot.code, 0) << asRoot.text;
     EXPECT_THAT(asRoot.text, HasSubstr("\nok       group      root needs no group\n"));
 }
 
-TEST_F(PolicyDoctorTest, TellsAStrangerToJoinTheGroup)
+TEST_F(PolicyDoctorTest, AdvisesAStrangerToJoinTheGroup)
 {
     StartSimulator(*m_bus, service);
-    Report const report = Ask(strangerUser);
+    Report const report = Ask(StrangerUser);
     EXPECT_EQ(report.code, 4) << report.text;
     EXPECT_THAT(report.text, HasSubstr("\nok       policy     loaded"));
     EXPECT_THAT(report.text,
@@ -107,7 +107,7 @@ TEST_F(PolicyDoctorTest, TellsAStrangerToJoinTheGroup)
 }
 
 /// The database lists the user "games" in the group "games", but this process is not in it.
-TEST_F(PolicyDoctorTest, TellsWhoJoinedTheGroupTooLateToLogInAgain)
+TEST_F(PolicyDoctorTest, AdvisesANewMemberToLogInAgain)
 {
     StartSimulator(*m_bus, service);
     Report const report = Ask({"games", "nogroup"});
@@ -120,35 +120,35 @@ TEST_F(PolicyDoctorTest, TellsWhoJoinedTheGroupTooLateToLogInAgain)
     EXPECT_THAT(report.text, Not(HasSubstr("adduser")));
 }
 
-TEST_F(PolicyDoctorTest, TheServicesOwnUserIsNoApplication)
+TEST_F(PolicyDoctorTest, TheServicesUserIsNotAnApplication)
 {
     StartSimulator(*m_bus, service);
-    Report const report = Ask(serviceUser);
+    Report const report = Ask(ServiceUser);
     EXPECT_EQ(report.code, 0) << report.text;
     EXPECT_THAT(report.text, HasSubstr("\nok       policy     loaded"));
     EXPECT_THAT(report.text, HasSubstr("\nunknown  group      not checked: user daemon runs the service"));
     EXPECT_THAT(report.text, HasSubstr("nothing is wrong, as far as is known; unknown: group, main loop"));
 }
 
-TEST_F(PolicyDoctorTest, NamesTheServiceThatDoesNotRun)
+TEST_F(PolicyDoctorTest, ReportsAServiceThatDoesNotRun)
 {
-    Report const report = Ask(applicationUser);
+    Report const report = Ask(ApplicationUser);
     EXPECT_EQ(report.code, 3) << report.text;
     EXPECT_THAT(report.text, HasSubstr("\nwrong: service\n"));
     EXPECT_THAT(report.text, HasSubstr("\n        sudo -u daemon zviptv-sim --bus system --ts "));
 }
 
-TEST_F(PolicyDoctorTest, TellsAPolicyThatIsNotLoadedFromAMissingGroup)
+TEST_F(PolicyDoctorTest, DistinguishesAnUnloadedPolicyFromAMissingGroup)
 {
     BusOptions options;
     options.openPolicy = false;
     options.baseConfig = "/usr/share/dbus-1/system.conf";
     PrivateBus const stock(options);
     chmod(stock.Directory().c_str(), 0711);
-    if (std::filesystem::exists(packagedPolicy)) {
-        GTEST_SKIP() << "every stock bus here loads " << packagedPolicy;
+    if (std::filesystem::exists(PackagedPolicy)) {
+        GTEST_SKIP() << "every stock bus here loads " << PackagedPolicy;
     }
-    for (User const& user : {applicationUser, rootUser, serviceUser}) {
+    for (User const& user : {ApplicationUser, RootUser, ServiceUser}) {
         Report const report = Ask(stock.Address(), user);
         EXPECT_EQ(report.code, 4) << user.name << '\n' << report.text;
         EXPECT_THAT(report.text,
@@ -160,10 +160,10 @@ TEST_F(PolicyDoctorTest, TellsAPolicyThatIsNotLoadedFromAMissingGroup)
 }
 
 /// Root and the service's user can check the rules; others only see that the policy is loaded.
-TEST_F(PolicyDoctorTest, TellsAPolicyThatWasLoadedBeforeTheUserWasMade)
+TEST_F(PolicyDoctorTest, ReportsAPolicyLoadedBeforeTheUserExisted)
 {
     PolicyBus const bus({}, "zviptv-nobody-yet");
-    for (User const& user : {rootUser, serviceUser}) {
+    for (User const& user : {RootUser, ServiceUser}) {
         Report const report = Ask(bus.Address(), user);
         EXPECT_EQ(report.code, 4) << user.name << '\n' << report.text;
         EXPECT_THAT(
@@ -172,15 +172,15 @@ TEST_F(PolicyDoctorTest, TellsAPolicyThatWasLoadedBeforeTheUserWasMade)
         EXPECT_THAT(report.text, HasSubstr("dbus-send --system --print-reply --dest=org.freedesktop.DBus / "
                                            "org.freedesktop.DBus.ReloadConfig\n"));
     }
-    EXPECT_THAT(Ask(bus.Address(), applicationUser).text, HasSubstr("\nok       policy     loaded"));
+    EXPECT_THAT(Ask(bus.Address(), ApplicationUser).text, HasSubstr("\nok       policy     loaded"));
 }
 
-TEST_F(PolicyDoctorTest, TellsAPolicyThatForbidsTheGroup)
+TEST_F(PolicyDoctorTest, ReportsAPolicyThatForbidsTheGroup)
 {
     PolicyBus const bus("<policy group=\"games\"><deny send_destination=\"org.corvel.zviptvapi.dbushelper\"/>"
                         "</policy>");
     StartSimulator(bus, service);
-    Report const report = Ask(bus.Address(), applicationUser);
+    Report const report = Ask(bus.Address(), ApplicationUser);
     EXPECT_EQ(report.code, 4) << report.text;
     EXPECT_THAT(report.text,
                 HasSubstr("\nwrong    policy     the bus has loaded the policy, but does not let "
@@ -189,11 +189,11 @@ TEST_F(PolicyDoctorTest, TellsAPolicyThatForbidsTheGroup)
                                        "org.freedesktop.DBus.Error.AccessDenied"));
 }
 
-TEST_F(PolicyDoctorTest, NamesTheWrongUserWhoOwnsTheName)
+TEST_F(PolicyDoctorTest, ReportsTheWrongOwnerOfTheName)
 {
     PolicyBus const bus("<policy user=\"root\"><allow own=\"org.corvel.zviptvapi.dbushelper\"/></policy>");
     StartSimulator(bus, root);
-    Report const report = Ask(bus.Address(), applicationUser);
+    Report const report = Ask(bus.Address(), ApplicationUser);
     EXPECT_EQ(report.code, 4) << report.text;
     EXPECT_THAT(report.text,
                 HasSubstr("\nwrong    owner      the service runs as user root, not as daemon\n"));
@@ -203,9 +203,9 @@ TEST_F(PolicyDoctorTest, NamesTheWrongUserWhoOwnsTheName)
     EXPECT_THAT(report.text, HasSubstr("\nwrong: owner\n"));
 }
 
-TEST_F(PolicyDoctorTest, NamesTheAccountsThatAreNotThere)
+TEST_F(PolicyDoctorTest, ReportsMissingAccounts)
 {
-    Report const report = Ask(m_bus->Address(), strangerUser,
+    Report const report = Ask(m_bus->Address(), StrangerUser,
                               {ZVIPTV_CTL, "doctor", "--user", "zviptv-none", "--group", "zviptv-none-apps"});
     EXPECT_EQ(report.code, 4) << report.text;
     EXPECT_THAT(
@@ -215,24 +215,24 @@ TEST_F(PolicyDoctorTest, NamesTheAccountsThatAreNotThere)
                 HasSubstr("\nunknown  group      not checked: there is no group zviptv-none-apps"));
 }
 
-TEST_F(PolicyDoctorTest, NamesTheUserWhoIsNotLetIn)
+TEST_F(PolicyDoctorTest, ReportsARefusedUser)
 {
     BusOptions options;
     options.openPolicy = false;
     options.extraConfig = "<policy context=\"default\"><allow user=\"root\"/></policy>";
     PrivateBus const closed(options);
     chmod(closed.Directory().c_str(), 0711);
-    Report const report = Ask(closed.Address(), strangerUser);
+    Report const report = Ask(closed.Address(), StrangerUser);
     EXPECT_EQ(report.code, 3) << report.text;
     EXPECT_THAT(report.text, StartsWith("wrong    bus        the bus at " + closed.Address() +
                                         " (DBUS_SYSTEM_BUS_ADDRESS) does not let user nobody in: "));
 }
 
-TEST_F(PolicyDoctorTest, NamesTheUserWhoMayNotOpenTheSocket)
+TEST_F(PolicyDoctorTest, ReportsAUserWhoMayNotOpenTheSocket)
 {
     PrivateBus const hidden;
     chmod(hidden.Directory().c_str(), 0700);
-    Report const report = Ask(hidden.Address(), strangerUser);
+    Report const report = Ask(hidden.Address(), StrangerUser);
     EXPECT_EQ(report.code, 3) << report.text;
     EXPECT_THAT(report.text, HasSubstr(" does not let user nobody in: "));
 }

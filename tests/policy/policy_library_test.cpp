@@ -11,24 +11,24 @@ namespace zviptv::test {
 
 namespace {
 
-constexpr char const* channelInterface = "org.corvel.zviptvapi.DbusCommunication";
-constexpr char const* channelPath = "/org/corvel/zviptvapi/DbusCommunication/PLAYERCONTROL";
+constexpr char const* ChannelInterface = "org.corvel.zviptvapi.DbusCommunication";
+constexpr char const* PlayerChannelPath = "/org/corvel/zviptvapi/DbusCommunication/PLAYERCONTROL";
 
 /// The messages that an application's channel received, and their senders.
-struct Heard
+struct Received
 {
     static CMessageBuffer OnMessage(CMessageBuffer& /*request*/, void* self)
     {
-        static_cast<Heard*>(self)->callers.push_back(CProxyDBusHelper::GetSenderName());
+        static_cast<Received*>(self)->callers.push_back(CProxyDBusHelper::GetSenderName());
         return CMessageBuffer();
     }
     static void OnNotification(CMessageBuffer& /*notification*/, void* self)
     {
-        static_cast<Heard*>(self)->notifiers.push_back(CProxyDBusHelper::GetSenderName());
+        static_cast<Received*>(self)->notifiers.push_back(CProxyDBusHelper::GetSenderName());
     }
     static void OnLoss(std::string /*partner*/, std::string /*own*/, void* self)
     {
-        ++static_cast<Heard*>(self)->losses;
+        ++static_cast<Received*>(self)->losses;
     }
 
     std::vector<std::string> callers;
@@ -49,9 +49,9 @@ void Spoof(WirePeer& peer, WireTarget target, WireTarget busNotice, std::string 
 
 } // namespace
 
-TEST(PolicyLibraryTest, AnApplicationsChannelHearsTheServiceAndNobodyElse)
+TEST(PolicyLibraryTest, AnApplicationReceivesOnlyFromTheService)
 {
-    if (auto const reason = WhyNot(); !reason.empty()) {
+    if (auto const reason = ReasonToSkip(); !reason.empty()) {
         GTEST_SKIP() << reason;
     }
     PolicyBus const bus;
@@ -59,11 +59,11 @@ TEST(PolicyLibraryTest, AnApplicationsChannelHearsTheServiceAndNobodyElse)
     partner->SetHandler([](WireMessage const&) { return WireAnswer(Entries({{"said", "yes"}})); });
     ASSERT_TRUE(partner->OwnName("org.corvel.zviptvapi.dbushelper"));
 
-    Heard heard;
+    Received received;
     std::unique_ptr<CProxyDBusHelper> channel;
     PolicyBus::As(application, [&] { channel = std::make_unique<CProxyDBusHelper>("PLAYERCONTROL"); });
-    channel->SetCallback(Heard::OnMessage, Heard::OnNotification, &heard);
-    channel->SetDisconnectNotiCB(Heard::OnLoss, &heard);
+    channel->SetCallback(Received::OnMessage, Received::OnNotification, &received);
+    channel->SetDisconnectNotiCB(Received::OnLoss, &received);
     ASSERT_EQ(channel->Connect(partner->Name()), 1);
     CMessageBuffer request;
     CMessageBuffer reply;
@@ -71,18 +71,18 @@ TEST(PolicyLibraryTest, AnApplicationsChannelHearsTheServiceAndNobodyElse)
     EXPECT_EQ(reply.GetValue("said"), "yes");
 
     std::string const own = channel->GetPublicName();
-    WireTarget const target{own, channelPath, channelInterface, "SendSignal"};
-    for (Account const& account : {stranger, secondApplication, root}) {
+    WireTarget const target{own, PlayerChannelPath, ChannelInterface, "SendSignal"};
+    for (Account const& account : {stranger, SecondApplication, root}) {
         Spoof(*bus.Connect(account), target,
               {own, "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameOwnerChanged"}, partner->Name());
     }
-    partner->CallWithoutReply({own, channelPath, channelInterface, "Send"}, WireEntries());
+    partner->CallWithoutReply({own, PlayerChannelPath, ChannelInterface, "Send"}, WireEntries());
     partner->Emit(target, WireEntries());
-    ASSERT_TRUE(RunUntil([&] { return !heard.callers.empty() && !heard.notifiers.empty(); }));
+    ASSERT_TRUE(RunUntil([&] { return !received.callers.empty() && !received.notifiers.empty(); }));
     RunPending();
-    EXPECT_EQ(heard.callers, std::vector<std::string>{partner->Name()});
-    EXPECT_EQ(heard.notifiers, std::vector<std::string>{partner->Name()});
-    EXPECT_EQ(heard.losses, 0);
+    EXPECT_EQ(received.callers, std::vector<std::string>{partner->Name()});
+    EXPECT_EQ(received.notifiers, std::vector<std::string>{partner->Name()});
+    EXPECT_EQ(received.losses, 0);
 }
 
 } // namespace zviptv::test

@@ -13,12 +13,12 @@ namespace zviptv::test {
 
 namespace {
 
-class PolicyNeighboursTest : public testing::Test
+class PolicyOtherServiceTest : public testing::Test
 {
 protected:
     void SetUp() override
     {
-        if (auto const reason = WhyNot(); !reason.empty()) {
+        if (auto const reason = ReasonToSkip(); !reason.empty()) {
             GTEST_SKIP() << reason;
         }
     }
@@ -26,7 +26,7 @@ protected:
 
 } // namespace
 
-TEST_F(PolicyNeighboursTest, AnotherServiceIsStillCalledWithoutAnInterface)
+TEST_F(PolicyOtherServiceTest, AnotherServiceCanBeCalledWithoutAnInterface)
 {
     PolicyBus const bus("<policy context=\"default\">"
                         "<allow own=\"org.example.Neighbour\"/>"

@@ -12,11 +12,11 @@ namespace zviptv::test {
 
 namespace {
 
-constexpr char const* helperName = "org.corvel.zviptvapi.dbushelper";
-constexpr char const* helperPath = "/org/corvel/zviptvapi/dbushelper";
-constexpr char const* channelInterface = "org.corvel.zviptvapi.DbusCommunication";
-constexpr char const* channelPath = "/org/corvel/zviptvapi/DbusCommunication/PLAYERCONTROL";
-constexpr char const* accessDenied = "org.freedesktop.DBus.Error.AccessDenied";
+constexpr char const* HelperName = "org.corvel.zviptvapi.dbushelper";
+constexpr char const* HelperPath = "/org/corvel/zviptvapi/dbushelper";
+constexpr char const* ChannelInterface = "org.corvel.zviptvapi.DbusCommunication";
+constexpr char const* PlayerChannelPath = "/org/corvel/zviptvapi/DbusCommunication/PLAYERCONTROL";
+constexpr char const* AccessDenied = "org.freedesktop.DBus.Error.AccessDenied";
 
 /// The service owns its name. Every account has a separate connection.
 class PolicyTest : public testing::Test
@@ -24,7 +24,7 @@ class PolicyTest : public testing::Test
 protected:
     void SetUp() override
     {
-        if (auto const reason = WhyNot(); !reason.empty()) {
+        if (auto const reason = ReasonToSkip(); !reason.empty()) {
             GTEST_SKIP() << reason;
         }
         m_bus = std::make_unique<PolicyBus>();
@@ -32,7 +32,7 @@ protected:
         m_service->SetHandler([](WireMessage const&) {
             return WireAnswer(WireEntries{{"said", "ay", "yes"}});
         });
-        ASSERT_TRUE(m_service->OwnName(helperName));
+        ASSERT_TRUE(m_service->OwnName(HelperName));
     }
 
     std::unique_ptr<WirePeer> Connect(Account const& account) const { return m_bus->Connect(account); }
@@ -46,26 +46,26 @@ protected:
 
     static std::string Announce(WirePeer& from)
     {
-        return Call(from, helperName, helperPath, helperName, "SendSignal");
+        return Call(from, HelperName, HelperPath, HelperName, "SendSignal");
     }
 
     std::string Request(WirePeer& from) const
     {
-        return Call(from, m_service->Name(), channelPath, channelInterface, "Send");
+        return Call(from, m_service->Name(), PlayerChannelPath, ChannelInterface, "Send");
     }
 
     static std::string CallChannel(WirePeer& from, WirePeer& to)
     {
         to.SetHandler([](WireMessage const&) { return WireAnswer(WireEntries{}); });
-        return Call(from, to.Name(), channelPath, channelInterface, "Send");
+        return Call(from, to.Name(), PlayerChannelPath, ChannelInterface, "Send");
     }
 
     /// Whether the signal arrives. A later signal of the service shows that it will not.
-    bool Notifies(WirePeer& from, WirePeer& to, char const* interface = channelInterface) const
+    bool Notifies(WirePeer& from, WirePeer& to, char const* interface = ChannelInterface) const
     {
-        from.Emit({to.Name(), channelPath, interface, "SendSignal"});
+        from.Emit({to.Name(), PlayerChannelPath, interface, "SendSignal"});
         from.Sync();
-        m_service->Emit({to.Name(), channelPath, channelInterface, "Last"});
+        m_service->Emit({to.Name(), PlayerChannelPath, ChannelInterface, "Last"});
         EXPECT_TRUE(to.WaitFor(IsSignal("Last"))) << "the service's own signal was not delivered";
         return to.Received().Count(IsSignal("SendSignal")) == 1;
     }
@@ -76,7 +76,7 @@ protected:
             .Call({"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "RequestName"},
                   WireBody::Raw([](DBusMessageIter* body) {
                       dbus_uint32_t const doNotQueue = 4;
-                      dbus_message_iter_append_basic(body, DBUS_TYPE_STRING, &helperName);
+                      dbus_message_iter_append_basic(body, DBUS_TYPE_STRING, &HelperName);
                       dbus_message_iter_append_basic(body, DBUS_TYPE_UINT32, &doNotQueue);
                   }))
             .errorName;
@@ -90,17 +90,17 @@ protected:
 
 TEST_F(PolicyTest, RootMayNotOwnTheName)
 {
-    EXPECT_EQ(Own(*Connect(root)), accessDenied);
+    EXPECT_EQ(Own(*Connect(root)), AccessDenied);
 }
 
 TEST_F(PolicyTest, AnApplicationMayNotOwnTheName)
 {
-    EXPECT_EQ(Own(*Connect(application)), accessDenied);
+    EXPECT_EQ(Own(*Connect(application)), AccessDenied);
 }
 
 TEST_F(PolicyTest, AStrangerMayNotOwnTheName)
 {
-    EXPECT_EQ(Own(*Connect(stranger)), accessDenied);
+    EXPECT_EQ(Own(*Connect(stranger)), AccessDenied);
 }
 
 TEST_F(PolicyTest, TheServiceMayOwnTheNameAgain)
@@ -116,7 +116,7 @@ TEST_F(PolicyTest, AnApplicationMayAnnounceItself)
 
 TEST_F(PolicyTest, ASecondApplicationMayAnnounceItself)
 {
-    EXPECT_THAT(Announce(*Connect(secondApplication)), IsEmpty());
+    EXPECT_THAT(Announce(*Connect(SecondApplication)), IsEmpty());
 }
 
 TEST_F(PolicyTest, RootMayAnnounceItself)
@@ -126,7 +126,7 @@ TEST_F(PolicyTest, RootMayAnnounceItself)
 
 TEST_F(PolicyTest, AStrangerMayNotAnnounceItself)
 {
-    EXPECT_EQ(Announce(*Connect(stranger)), accessDenied);
+    EXPECT_EQ(Announce(*Connect(stranger)), AccessDenied);
 }
 
 TEST_F(PolicyTest, AnApplicationMayCallTheServiceByItsUniqueName)
@@ -137,7 +137,7 @@ TEST_F(PolicyTest, AnApplicationMayCallTheServiceByItsUniqueName)
 
 TEST_F(PolicyTest, ASecondApplicationMayCallTheServiceByItsUniqueName)
 {
-    EXPECT_THAT(Request(*Connect(secondApplication)), IsEmpty());
+    EXPECT_THAT(Request(*Connect(SecondApplication)), IsEmpty());
 }
 
 TEST_F(PolicyTest, RootMayCallTheServiceByItsUniqueName)
@@ -147,21 +147,21 @@ TEST_F(PolicyTest, RootMayCallTheServiceByItsUniqueName)
 
 TEST_F(PolicyTest, AStrangerMayNotCallTheService)
 {
-    EXPECT_EQ(Request(*Connect(stranger)), accessDenied);
+    EXPECT_EQ(Request(*Connect(stranger)), AccessDenied);
 }
 
 TEST_F(PolicyTest, NobodyMayCallAnotherConnectionOfTheServicesUser)
 {
     auto const other = Connect(service);
-    EXPECT_EQ(CallChannel(*Connect(application), *other), accessDenied);
+    EXPECT_EQ(CallChannel(*Connect(application), *other), AccessDenied);
 }
 
-TEST_F(PolicyTest, AConnectionThatLostTheNameIsNotCalledAnyMore)
+TEST_F(PolicyTest, AConnectionThatLostTheNameCannotBeCalled)
 {
     auto const client = Connect(application);
     ASSERT_THAT(Request(*client), IsEmpty());
-    ASSERT_TRUE(m_service->ReleaseName(helperName));
-    EXPECT_EQ(Request(*client), accessDenied);
+    ASSERT_TRUE(m_service->ReleaseName(HelperName));
+    EXPECT_EQ(Request(*client), AccessDenied);
 }
 
 TEST_F(PolicyTest, TheServiceMayNotifyAnApplication)
@@ -179,10 +179,10 @@ TEST_F(PolicyTest, TheServiceMayCallAnApplicationsChannel)
     EXPECT_THAT(CallChannel(*m_service, *Connect(application)), IsEmpty());
 }
 
-TEST_F(PolicyTest, TheServiceMayNotCallWhatElseAnApplicationExports)
+TEST_F(PolicyTest, TheServiceMayNotCallOtherObjectsOfAnApplication)
 {
     auto const client = Connect(application);
-    EXPECT_EQ(Call(*m_service, client->Name(), "/", "org.example.Private", "Open"), accessDenied);
+    EXPECT_EQ(Call(*m_service, client->Name(), "/", "org.example.Private", "Open"), AccessDenied);
 }
 
 TEST_F(PolicyTest, AStrangerMayNotNotifyAnApplication)
@@ -192,7 +192,7 @@ TEST_F(PolicyTest, AStrangerMayNotNotifyAnApplication)
 
 TEST_F(PolicyTest, AnApplicationMayNotNotifyAnother)
 {
-    EXPECT_FALSE(Notifies(*Connect(secondApplication), *Connect(application)));
+    EXPECT_FALSE(Notifies(*Connect(SecondApplication), *Connect(application)));
 }
 
 TEST_F(PolicyTest, RootMayNotNotifyAnApplication)
@@ -202,24 +202,24 @@ TEST_F(PolicyTest, RootMayNotNotifyAnApplication)
 
 TEST_F(PolicyTest, AStrangerMayNotCallAnApplicationsChannel)
 {
-    EXPECT_EQ(CallChannel(*Connect(stranger), *Connect(application)), accessDenied);
+    EXPECT_EQ(CallChannel(*Connect(stranger), *Connect(application)), AccessDenied);
 }
 
 TEST_F(PolicyTest, AnApplicationMayNotCallAnothersChannel)
 {
-    EXPECT_EQ(CallChannel(*Connect(secondApplication), *Connect(application)), accessDenied);
+    EXPECT_EQ(CallChannel(*Connect(SecondApplication), *Connect(application)), AccessDenied);
 }
 
 TEST_F(PolicyTest, AStrangerMayNotNotifyTheService)
 {
     auto const marker = Connect(service);
-    Connect(stranger)->Emit({m_service->Name(), channelPath, channelInterface, "SendSignal"});
-    marker->Emit({m_service->Name(), channelPath, channelInterface, "Last"});
+    Connect(stranger)->Emit({m_service->Name(), PlayerChannelPath, ChannelInterface, "SendSignal"});
+    marker->Emit({m_service->Name(), PlayerChannelPath, ChannelInterface, "Last"});
     ASSERT_TRUE(m_service->WaitFor(IsSignal("Last")));
     EXPECT_EQ(m_service->Received().Count(IsSignal("SendSignal")), 0u);
 }
 
-TEST_F(PolicyTest, SignalsOfOtherInterfacesAreLeftAlone)
+TEST_F(PolicyTest, SignalsOfOtherInterfacesAreAllowed)
 {
     EXPECT_TRUE(Notifies(*Connect(stranger), *Connect(application), "org.example.Elsewhere"));
 }

@@ -13,18 +13,18 @@ namespace zviptv::test {
 
 namespace {
 
-constexpr char const* helperName = "org.corvel.zviptvapi.dbushelper";
+constexpr char const* HelperName = "org.corvel.zviptvapi.dbushelper";
 
 } // namespace
 
-TEST_F(PolicyToolsTest, ApplicationsUseTheServiceAndStrangersAreTurnedAway)
+TEST_F(PolicyToolsTest, ApplicationsUseTheServiceAndStrangersAreRefused)
 {
     auto const simulator = RunSimulator(m_bus->Address(), service);
-    ASSERT_TRUE(m_bus->Connect(application)->WaitForOwner(helperName, true)) << simulator->Errors();
+    ASSERT_TRUE(m_bus->Connect(application)->WaitForOwner(HelperName, true)) << simulator->Errors();
 
     auto const call = Run(application, {ZVIPTV_CTL, "call", "MuteAudio", "true"});
     EXPECT_EQ(call->Wait(patience), (ExitStatus{0, 0})) << call->Errors();
-    auto const pushed = Run(secondApplication, {ZVIPTV_CTL, "pes", "--count", "3"});
+    auto const pushed = Run(SecondApplication, {ZVIPTV_CTL, "pes", "--count", "3"});
     EXPECT_EQ(pushed->Wait(patience), (ExitStatus{0, 0})) << pushed->Errors();
     auto const asRoot = Run(root, {ZVIPTV_CTL, "call", "GetSourceState"});
     EXPECT_EQ(asRoot->Wait(patience), (ExitStatus{0, 0})) << asRoot->Errors();
@@ -35,10 +35,10 @@ TEST_F(PolicyToolsTest, ApplicationsUseTheServiceAndStrangersAreTurnedAway)
 }
 
 /// The simulator confirms each push by a call to the application, which the policy must also allow.
-TEST_F(PolicyToolsTest, AServiceWithoutTheLibraryWorksTheSame)
+TEST_F(PolicyToolsTest, AServiceWithoutTheLibraryWorks)
 {
     auto const python = Run(service, {ZVIPTV_PYTHON_SERVICE});
-    ASSERT_TRUE(m_bus->Connect(application)->WaitForOwner(helperName, true)) << python->Errors();
+    ASSERT_TRUE(m_bus->Connect(application)->WaitForOwner(HelperName, true)) << python->Errors();
 
     auto const call = Run(application, {ZVIPTV_CTL, "call", "MuteAudio", "true"});
     EXPECT_EQ(call->Wait(patience), (ExitStatus{0, 0})) << call->Errors();
@@ -47,19 +47,19 @@ TEST_F(PolicyToolsTest, AServiceWithoutTheLibraryWorksTheSame)
 
     auto const refused = Run(stranger, {ZVIPTV_PYTHON_SERVICE});
     EXPECT_EQ(refused->Wait(patience), (ExitStatus{1, 0}));
-    EXPECT_THAT(refused->Errors(), AllOf(HasSubstr(helperName), HasSubstr("policy")));
+    EXPECT_THAT(refused->Errors(), AllOf(HasSubstr(HelperName), HasSubstr("policy")));
 }
 
 /// Only root and the simulator's user may control it.
-TEST_F(PolicyToolsTest, WhoMaySteerTheSimulator)
+TEST_F(PolicyToolsTest, OnlyAllowedUsersControlTheSimulator)
 {
     auto const simulator = RunSimulator(m_bus->Address(), service);
     ASSERT_TRUE(m_bus->Connect(root)->WaitForOwner("org.corvel.zviptvapi.Simulator", true))
         << simulator->Errors();
 
     for (Account const& account : {root, service}) {
-        auto const steers = Run(account, {ZVIPTV_CTL, "sim", "speed", "2"});
-        EXPECT_EQ(steers->Wait(patience), (ExitStatus{0, 0})) << steers->Errors();
+        auto const control = Run(account, {ZVIPTV_CTL, "sim", "speed", "2"});
+        EXPECT_EQ(control->Wait(patience), (ExitStatus{0, 0})) << control->Errors();
     }
     for (Account const& account : {application, stranger}) {
         for (std::vector<std::string> const& words :
@@ -75,7 +75,7 @@ TEST_F(PolicyToolsTest, WhoMaySteerTheSimulator)
 }
 
 /// Reports about applications are not public: only root receives the signal, which is sent to all.
-TEST_F(PolicyToolsTest, WhoHearsOfTheSimulator)
+TEST_F(PolicyToolsTest, OnlyAllowedUsersReceiveItsSignals)
 {
     auto const simulator = RunSimulator(m_bus->Address(), service);
     auto const asRoot = m_bus->Connect(root);
@@ -86,19 +86,19 @@ TEST_F(PolicyToolsTest, WhoHearsOfTheSimulator)
         (*peer)->AddMatch("type='signal',member='Last'");
         (*peer)->Sync();
     }
-    auto const steers = Run(root, {ZVIPTV_CTL, "sim", "pause"});
-    EXPECT_EQ(steers->Wait(patience), (ExitStatus{0, 0})) << steers->Errors();
+    auto const control = Run(root, {ZVIPTV_CTL, "sim", "pause"});
+    EXPECT_EQ(control->Wait(patience), (ExitStatus{0, 0})) << control->Errors();
     ASSERT_TRUE(asRoot->WaitFor(IsSignal("PropertiesChanged")));
     asRoot->Emit({"", "/", "org.example.Test", "Last"}); // nothing sent before it can arrive after it
     ASSERT_TRUE(asStranger->WaitFor(IsSignal("Last")));
     EXPECT_EQ(asStranger->Received().Count(IsSignal("PropertiesChanged")), 0U);
 }
 
-TEST_F(PolicyToolsTest, TheSimulatorSaysThatItMayNotOwnTheName)
+TEST_F(PolicyToolsTest, TheSimulatorReportsThatItMayNotOwnTheName)
 {
     auto const simulator = RunSimulator(m_bus->Address(), stranger);
     EXPECT_EQ(simulator->Wait(patience), (ExitStatus{1, 0}));
-    EXPECT_THAT(simulator->Errors(), AllOf(HasSubstr(helperName), HasSubstr("policy")));
+    EXPECT_THAT(simulator->Errors(), AllOf(HasSubstr(HelperName), HasSubstr("policy")));
 }
 
 /// The bus allows it for root; others get a message with what to do.
@@ -119,12 +119,12 @@ TEST_F(PolicyToolsTest, OnlyRootMayTraceTheBus)
 TEST_F(PolicyToolsTest, RootSeesWhatApplicationsAndTheServiceExchange)
 {
     auto const simulator = RunSimulator(m_bus->Address(), service);
-    ASSERT_TRUE(m_bus->Connect(application)->WaitForOwner(helperName, true)) << simulator->Errors();
+    ASSERT_TRUE(m_bus->Connect(application)->WaitForOwner(HelperName, true)) << simulator->Errors();
     auto const trace = Run(root, {ZVIPTV_CTL, "trace"});
     ASSERT_TRUE(trace->WaitForErrors("; Ctrl-C ends it\n", patience)) << trace->Errors();
     auto const call = Run(application, {ZVIPTV_CTL, "call", "MuteAudio", "true"});
     EXPECT_EQ(call->Wait(patience), (ExitStatus{0, 0})) << call->Errors();
-    auto const pushed = Run(secondApplication, {ZVIPTV_CTL, "pes", "--count", "1"});
+    auto const pushed = Run(SecondApplication, {ZVIPTV_CTL, "pes", "--count", "1"});
     EXPECT_EQ(pushed->Wait(patience), (ExitStatus{0, 0})) << pushed->Errors();
     for (char const* const text :
          {"-> PLAYERCONTROL MuteAudio onoff=true\n", "<- PLAYERCONTROL MuteAudio true (",

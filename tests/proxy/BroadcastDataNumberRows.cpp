@@ -7,8 +7,8 @@ namespace {
 
 using Row = Method<IBroadcastData>;
 
-constexpr auto otherEncoding = static_cast<EZVAudioEncodeType>(77);
-constexpr auto otherLanguage = static_cast<EZVLanguageCode>(77);
+constexpr auto OtherEncoding = static_cast<EZVAudioEncodeType>(77);
+constexpr auto OtherLanguage = static_cast<EZVLanguageCode>(77);
 
 /// A method that fills numbers and flags. Untouched numbers remain 77, untouched flags remain 1.
 Row NumberRow(std::function<Outcome(IBroadcastData&)> call, WireEntries request,
@@ -45,24 +45,24 @@ std::vector<Row> Sizes()
 std::vector<Row> CurrentEntries()
 {
     return {
-        NumberRow(Getter(&IBroadcastData::GetAudioFormat, otherEncoding),
+        NumberRow(Getter(&IBroadcastData::GetAudioFormat, OtherEncoding),
                   Entries({{"functionname", "GetAudioFormat"}, {"handleID", "256"}}),
                   {{"encodeType", "-5", Decoding::Stoi}}, "-5", "77"),
-        NumberRow(Getter(&IBroadcastData::GetCurrentAudioInfo, otherLanguage, 77),
+        NumberRow(Getter(&IBroadcastData::GetCurrentAudioInfo, OtherLanguage, 77),
                   Entries({{"functionname", "GetCurrentAudioInfo"}, {"handleID", "256"}}),
                   {{"landCode", "6909541", Decoding::Stoi}, {"index", "-1", Decoding::Stoi}}, "6909541, -1",
                   "77, 77"),
-        NumberRow(Getter(&IBroadcastData::GetCurrentTTX, otherLanguage, 77U),
+        NumberRow(Getter(&IBroadcastData::GetCurrentTTX, OtherLanguage, 77U),
                   Entries({{"functionname", "GetCurrentTTX"}, {"handleID", "256"}}),
                   {{"landCode", "-2", Decoding::Stoi}, {"index", "-1", Decoding::Stoi}}, "-2, 4294967295",
                   "77, 77"),
-        NumberRow(Getter(&IBroadcastData::GetCurrentHybridSBT, otherLanguage, 77U),
+        NumberRow(Getter(&IBroadcastData::GetCurrentHybridSBT, OtherLanguage, 77U),
                   Entries({{"functionname", "GetCurrentHybridSBT"}, {"handleID", "256"}}),
                   {{"landCode", "12", Decoding::Stoi}, {"index", "-2", Decoding::Stoi}}, "12, 4294967294",
                   "77, 77"),
         NumberRow(
             [](IBroadcastData& broadcast) {
-                EZVLanguageCode language = otherLanguage;
+                EZVLanguageCode language = OtherLanguage;
                 unsigned int index = 77;
                 auto const type = static_cast<EZVISDBTextType>(-9);
                 bool const result = broadcast.GetCurrentISDBText(type, language, index);
@@ -73,7 +73,7 @@ std::vector<Row> CurrentEntries()
             "77, 77"),
         NumberRow(
             [](IBroadcastData& broadcast) {
-                EZVLanguageCode language = otherLanguage;
+                EZVLanguageCode language = OtherLanguage;
                 char code = '?';
                 bool const result =
                     broadcast.GetCaptionLanguage(static_cast<EZVCaptionService>(-4), language, code);

@@ -5,7 +5,7 @@ namespace zviptv::test {
 
 namespace {
 
-constexpr auto otherLanguage = static_cast<EZVLanguageCode>(77);
+constexpr auto OtherLanguage = static_cast<EZVLanguageCode>(77);
 
 std::string UntouchedHex(std::size_t size)
 {
@@ -54,7 +54,7 @@ std::vector<Method<IBroadcastData>> BroadcastDataRecordRows()
         {"GetHybridSBT",
          "GetHybridSBT",
          [](IBroadcastData& broadcast) {
-             EZVLanguageCode language = otherLanguage;
+             EZVLanguageCode language = OtherLanguage;
              auto subtitle = Untouched<ZVHybridSBT>();
              bool const result = broadcast.GetHybridSBT(2147483648U, language, subtitle);
              return Outcome{result, ShowAll(language, subtitle)};
@@ -65,7 +65,7 @@ std::vector<Method<IBroadcastData>> BroadcastDataRecordRows()
          "77, " + UntouchedHex(24)},
         {"GetPreferredHybridSBT",
          "GetPreferredHybridSBT",
-         Getter(&IBroadcastData::GetPreferredHybridSBT, otherLanguage, Untouched<ZVHybridSBT>()),
+         Getter(&IBroadcastData::GetPreferredHybridSBT, OtherLanguage, Untouched<ZVHybridSBT>()),
          Entries({{"functionname", "GetPreferredHybridSBT"}, {"handleID", "256"}}),
          {{"landCode", "6578549", Decoding::Stoi}, {"hybridSbt", bytes24, Decoding::Record}},
          "6578549, " + HexOf(bytes24),

@@ -94,7 +94,7 @@ protected:
         EXPECT_EQ(LastFailure(), NoFailure(Row().function));
     }
 
-    void ExpectStartValuesWhenTheExchangeFails()
+    void ExpectStartValuesAfterFailedExchange()
     {
         Interface& object = Object();
         m_service.AnswerError(Row().request.front().bytes);
@@ -107,7 +107,7 @@ protected:
                   "bus error | " + Row().function + " |  | org.corvel.test.Failed | scripted error");
     }
 
-    void ExpectRefusalOnceItIsDestroyed(int (*destroy)())
+    void ExpectRefusalAfterDestroy(int (*destroy)())
     {
         Interface& object = Object();
         destroy();

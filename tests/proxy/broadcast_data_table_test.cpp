@@ -32,19 +32,19 @@ TEST_P(BroadcastDataTable, SendsAndDecodes)
     ExpectAccepted();
 }
 
-TEST_P(BroadcastDataTable, DecodesWhateverTheResult)
+TEST_P(BroadcastDataTable, DecodesForEveryResult)
 {
     ExpectResultsAndDecoding();
 }
 
 TEST_P(BroadcastDataTable, FailedExchangeLeavesOutputsUntouched)
 {
-    ExpectStartValuesWhenTheExchangeFails();
+    ExpectStartValuesAfterFailedExchange();
 }
 
-TEST_P(BroadcastDataTable, IsRefusedOnceTheObjectIsDestroyed)
+TEST_P(BroadcastDataTable, IsRefusedAfterDestroy)
 {
-    ExpectRefusalOnceItIsDestroyed(CIPTVServiceAPI::DestroyBroadcastData);
+    ExpectRefusalAfterDestroy(CIPTVServiceAPI::DestroyBroadcastData);
 }
 
 TEST_P(BroadcastDataTable, ThrowsWithoutAResult)
@@ -72,7 +72,7 @@ class BroadcastDataRecord : public BroadcastDataTable
 {
 };
 
-TEST_P(BroadcastDataRecord, CopiesItsSizeWhateverArrives)
+TEST_P(BroadcastDataRecord, CopiesItsSizeForDataOfAnySize)
 {
     ExpectRecordsOfAnySize();
 }

@@ -19,7 +19,7 @@ protected:
     std::vector<ZVRatingInfo> m_ratings{{1, 1, 1}, {2, 2, 2}, {3, 3, 3}};
 };
 
-TEST_F(BroadcastData, FactoryModeFlagTravelsAsZeroToo)
+TEST_F(BroadcastData, SendsTheFactoryModeFlagAlsoAsZero)
 {
     EXPECT_TRUE(CreateBroadcast()->SetUnlockedInfoWhenFactoryMode(false));
     EXPECT_EQ(m_service.LastRequest().entries, Entries({{"functionname", "SetUnlockedInfoWhenFactoryMode"},
@@ -101,7 +101,7 @@ TEST_F(BroadcastData, HostileCountsAreALengthError)
     }
 }
 
-TEST_F(BroadcastData, MalformedCountLeavesTheVectorAsItWas)
+TEST_F(BroadcastData, MalformedCountLeavesTheVectorUnchanged)
 {
     AnswerRatings("many", "\1\2\3");
     IBroadcastData& broadcast = *CreateBroadcast();

@@ -5,7 +5,7 @@ using namespace zviptv::test;
 
 namespace {
 
-constexpr auto otherLanguage = static_cast<EZVLanguageCode>(77);
+constexpr auto OtherLanguage = static_cast<EZVLanguageCode>(77);
 
 /// Values are stored in order: those before a malformed one are stored, later ones are not.
 class BroadcastDecodeOrder : public ServiceTest
@@ -36,13 +36,13 @@ protected:
 TEST_F(BroadcastDecodeOrder, LanguageThenIndex)
 {
     EXPECT_EQ(Fail(&IBroadcastData::GetCurrentAudioInfo, LanguageThenBadIndex(), "GetCurrentAudioInfo",
-                   otherLanguage, 77),
+                   OtherLanguage, 77),
               "invalid_argument: stoi | 12, 77");
     EXPECT_EQ(
-        Fail(&IBroadcastData::GetCurrentTTX, LanguageThenBadIndex(), "GetCurrentTTX", otherLanguage, 77U),
+        Fail(&IBroadcastData::GetCurrentTTX, LanguageThenBadIndex(), "GetCurrentTTX", OtherLanguage, 77U),
         "invalid_argument: stoi | 12, 77");
     EXPECT_EQ(Fail(&IBroadcastData::GetCurrentHybridSBT, LanguageThenBadIndex(), "GetCurrentHybridSBT",
-                   otherLanguage, 77U),
+                   OtherLanguage, 77U),
               "invalid_argument: stoi | 12, 77");
 }
 
@@ -50,7 +50,7 @@ TEST_F(BroadcastDecodeOrder, LanguageThenIndexOfIsdbText)
 {
     m_service.AnswerWith("GetCurrentISDBText", LanguageThenBadIndex());
     IBroadcastData& broadcast = *CreateBroadcast();
-    EZVLanguageCode language = otherLanguage;
+    EZVLanguageCode language = OtherLanguage;
     unsigned int index = 77;
     EXPECT_EQ(FailureOf([&] { broadcast.GetCurrentISDBText(ZV_ISDB_TEXT_CAPTION, language, index); }),
               "invalid_argument: stoi");
@@ -61,16 +61,16 @@ TEST_F(BroadcastDecodeOrder, LanguageThenSubtitle)
 {
     auto subtitle = Untouched<ZVHybridSBT>();
     EXPECT_EQ(Fail(&IBroadcastData::GetPreferredHybridSBT, BadLanguageThenRecord(), "GetPreferredHybridSBT",
-                   otherLanguage, subtitle),
+                   OtherLanguage, subtitle),
               "invalid_argument: stoi | 77, " + HexOf(BytesOf(subtitle)));
     m_service.AnswerWith("GetHybridSBT", BadLanguageThenRecord());
     IBroadcastData& broadcast = *CreateBroadcast();
-    EZVLanguageCode language = otherLanguage;
+    EZVLanguageCode language = OtherLanguage;
     EXPECT_EQ(FailureOf([&] { broadcast.GetHybridSBT(0, language, subtitle); }), "invalid_argument: stoi");
     EXPECT_EQ(BytesOf(subtitle), BytesOf(Untouched<ZVHybridSBT>()));
 }
 
-TEST_F(BroadcastDecodeOrder, ResultBeforeEverything)
+TEST_F(BroadcastDecodeOrder, ResultBeforeAllValues)
 {
     EXPECT_EQ(Fail(&IBroadcastData::SizeOfAudio, Entries({{"result_internal", "yes"}, {"size", "3"}}),
                    "SizeOfAudio", 77U),

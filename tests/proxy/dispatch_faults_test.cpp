@@ -100,7 +100,7 @@ TEST_F(DispatchFaults, FirstMalformedNumberCounts)
     EXPECT_EQ(FailureOfDispatch(PESOf("1", "abc", "bad", "99999999999999999999")), "invalid_argument: stoi");
 }
 
-TEST_F(DispatchFaults, ProxyWorksOnAfterManyFailures)
+TEST_F(DispatchFaults, ProxyWorksAfterManyFailures)
 {
     SubscribeForPES(Collect<ZVPESData>);
     for (int i = 0; i < 20; ++i) {

@@ -52,7 +52,7 @@ TEST_F(DispatchMemory, PacketsOfAllSizesKeepTheirBytes)
     }
 }
 
-TEST_F(DispatchMemory, IsThatOfTheLastPacket)
+TEST_F(DispatchMemory, HoldsOnlyTheLastPacket)
 {
     SubscribeForPES(Look);
     NotifyOf(MiB, 'a');
@@ -75,7 +75,7 @@ TEST_F(DispatchMemory, MayBeTakenByTheCallback)
     }
 }
 
-TEST(SpareMemory, IsKeptWhileSomebodyWaitsUnlessItIsUnusuallyLarge)
+TEST(SpareMemory, IsKeptDuringAWaitUnlessItIsUnusuallyLarge)
 {
     using Bytes = std::vector<std::uint8_t>;
     zviptv::Subscribers<ZVPESData> subscribers;

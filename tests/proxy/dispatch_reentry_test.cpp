@@ -25,7 +25,7 @@ protected:
     ~Reentry() override { action = nullptr; }
 };
 
-TEST_F(Reentry, CallbackMayEndItsOwnSubscription)
+TEST_F(Reentry, CallbackMayEndItsSubscription)
 {
     int const key = SubscribeForPES(Act<0>);
     action = [&] { EXPECT_FALSE(m_subscriber->UnSubscribeForPES(key)); };
@@ -112,7 +112,7 @@ TEST_F(Reentry, CallbackMayCallOtherProxies)
     EXPECT_TRUE(muted);
 }
 
-TEST_F(Reentry, RecordThatACallbackKeepsIsItsOwn)
+TEST_F(Reentry, CallbackMayKeepACopyOfTheRecord)
 {
     SubscribeForPES(Act<0>);
     SubscribeForPES(Collect<ZVPESData, 1>);

@@ -71,7 +71,7 @@ TEST_F(Dispatching, NumbersAreTruncated)
     }
 }
 
-TEST_F(Dispatching, AnnouncedSizeCounts)
+TEST_F(Dispatching, UsesTheAnnouncedSize)
 {
     SubscribeForPES(Collect<ZVPESData>);
     SubscribeForCaption(Collect<ZVCaption>);
@@ -150,7 +150,7 @@ TEST(SubscribersTable, CallsInAscendingOrderOfTheKeys)
     pesDeliveries.clear();
 }
 
-TEST_F(Dispatching, NothingIsCalledWhileAKindIsIdle)
+TEST_F(Dispatching, CallsNothingWhileAKindIsIdle)
 {
     Notify(CaptionOf("3", "abc"));
     Notify(PESOf("3", "abc"));
@@ -170,7 +170,7 @@ TEST_F(Dispatching, NothingIsCalledWhileAKindIsIdle)
     EXPECT_EQ(m_log.Count("type : PESCB"), 2U);
 }
 
-TEST_F(Dispatching, IdleKindsAreNotEvenDecoded)
+TEST_F(Dispatching, DoesNotDecodeIdleKinds)
 {
     Notify(Entries({{"functionname", "CaptionCB"}}));
     Notify(Entries({{"functionname", "PESCB"}, {"pesDataSize", "bad"}}));

@@ -14,7 +14,7 @@ namespace {
 
 using FactoryWithoutService = ProxyTest;
 
-TEST_F(FactoryWithoutService, ProgramGuideIsCreatedAllTheSame)
+TEST_F(FactoryWithoutService, ProgramGuideIsCreatedNevertheless)
 {
     m_log.Clear();
     IIPGUtil* const guide = CreateGuide();
@@ -28,7 +28,7 @@ TEST_F(FactoryWithoutService, ProgramGuideIsCreatedAllTheSame)
     EXPECT_EQ(genre, "untouched");
 }
 
-TEST_F(FactoryWithoutService, ProgramGuideStaysUselessUntilItIsMadeAnew)
+TEST_F(FactoryWithoutService, ProgramGuideFailsUntilItIsRecreated)
 {
     IIPGUtil* guide = CreateGuide();
     FakeService service;
@@ -67,7 +67,7 @@ TEST_F(FactoryWithoutService, ServesBothSidesInOneProcess)
 
 using Factory = ServiceTest;
 
-TEST_F(Factory, NoPlaceToStoreTheObjectCreatesNone)
+TEST_F(Factory, CreatesNothingWithoutAnOutputPointer)
 {
     EXPECT_EQ(CIPTVServiceAPI::CreatePlayerControl(IPTV_PROFILE_DEFAULT, 0, nullptr), 0);
     EXPECT_EQ(CIPTVServiceAPI::CreateBroadcastData(IPTV_PROFILE_DEFAULT, 0, nullptr), 0);
@@ -157,7 +157,7 @@ std::vector<std::string> Only(std::vector<std::string> const& calls, std::vector
     return found;
 }
 
-TEST_F(Factory, SpeaksToTheBusInOrder)
+TEST_F(Factory, CallsTheBusInOrder)
 {
     LibraryCalls calls(m_bus, m_service);
     std::string const added = "AddMatch " + SignalRule(m_service.Name(), "PLAYERCONTROL");

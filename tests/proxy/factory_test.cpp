@@ -46,7 +46,7 @@ TEST_P(EveryProxy, AnnouncesItselfAndItsDeparture)
     }
 }
 
-TEST_P(EveryProxy, CreationWritesItsLinesInOrder)
+TEST_P(EveryProxy, CreationLogsItsLinesInOrder)
 {
     m_log.Clear();
     ASSERT_NE(Create(), nullptr);
@@ -69,7 +69,7 @@ TEST_P(EveryProxy, CreationWritesItsLinesInOrder)
     }
 }
 
-TEST_P(EveryProxy, DestructionWritesNoLineOfItsOwn)
+TEST_P(EveryProxy, DestructionLogsNothing)
 {
     ASSERT_NE(Create(), nullptr);
     m_log.Clear();
@@ -89,7 +89,7 @@ TEST_P(EveryProxy, DestructionEndsTheChannelBeforeTheHelperBusClient)
     EXPECT_EQ(LinesOf(m_log, "ProxyDBusHelper.cpp: ~CProxyDBusHelper"), (Lines{{ZV_LOG_ERROR, ""}}));
 }
 
-TEST_P(EveryProxy, ExistingOneIsHandedOutAgain)
+TEST_P(EveryProxy, ReturnsTheExistingObject)
 {
     void* const first = Create(5);
     m_log.Clear();
@@ -112,7 +112,7 @@ TEST_P(EveryProxy, DestroyingTwiceOrNothingIsHarmless)
     EXPECT_EQ(m_service.Announcements().size(), 2U);
 }
 
-TEST_P(EveryProxy, ObjectGoesWithTheProxy)
+TEST_P(EveryProxy, RemovesItsObjectFromTheBus)
 {
     CProxyDBusHelper const keepsTheConnection("OTHER");
     ASSERT_NE(Create(), nullptr);
@@ -123,7 +123,7 @@ TEST_P(EveryProxy, ObjectGoesWithTheProxy)
               "org.freedesktop.DBus.Error.UnknownMethod");
 }
 
-TEST_P(EveryProxy, IsHandedOutAlsoWhenTheHandshakeFails)
+TEST_P(EveryProxy, IsReturnedAlsoWhenTheHandshakeFails)
 {
     for (WireAnswer const& answer :
          {WireAnswer(Pairs({{"dbusname", ""}})), WireAnswer(WirePairs()),
@@ -140,7 +140,7 @@ TEST_P(EveryProxy, IsHandedOutAlsoWhenTheHandshakeFails)
     EXPECT_EQ(LinesOf(m_log, Origin(Kind().className)).back().second, "partner's name: ");
 }
 
-TEST_P(EveryProxy, TalksToThePartnerThatTheServiceNames)
+TEST_P(EveryProxy, CallsThePartnerThatTheServiceReturns)
 {
     WirePeer partner;
     partner.SetHandler([](WireMessage const&) { return Entries({{"result_internal", "1"}}); });

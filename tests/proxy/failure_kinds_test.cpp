@@ -34,7 +34,7 @@ private:
 
 INSTANTIATE_TEST_SUITE_P(Proxies, FactoryFailure, testing::ValuesIn(AllKinds()), KindName);
 
-TEST_P(FactoryFailure, IsNoneWhenAllIsWell)
+TEST_P(FactoryFailure, IsNoneOnSuccess)
 {
     void* const object = Create();
     EXPECT_EQ(LastFailure(), NoFailure(CreateName()));
@@ -83,7 +83,7 @@ TEST_P(FactoryFailure, NoBusCanBeReached)
     }
 }
 
-TEST_P(FactoryFailure, ServiceNamesNoEndpoint)
+TEST_P(FactoryFailure, ServiceReturnsNoEndpoint)
 {
     m_service.SetPartnerName("");
     void* const object = Create();
@@ -96,7 +96,7 @@ TEST_P(FactoryFailure, ServiceNamesNoEndpoint)
     EXPECT_EQ(LastFailure(), std::string("no service | ") + Kind().method + reason);
 }
 
-TEST_P(FactoryFailure, ServiceNamesWhatIsNoBusName)
+TEST_P(FactoryFailure, ServiceReturnsAnInvalidBusName)
 {
     m_service.SetPartnerName("not a bus name");
     void* const object = Create();
@@ -106,7 +106,7 @@ TEST_P(FactoryFailure, ServiceNamesWhatIsNoBusName)
     EXPECT_EQ(LastFailure(), MalformedFailure(Kind().method, "dbusname", "a bus name", "\"not a bus name\""));
 }
 
-TEST_P(FactoryFailure, ServiceNamesAnEndpointThatIsNotThere)
+TEST_P(FactoryFailure, ServiceReturnsAMissingEndpoint)
 {
     m_service.SetPartnerName("org.corvel.test.Nobody");
     void* const object = Create();
@@ -169,7 +169,7 @@ TEST_P(FactoryFailure, ServiceLeavesWhileTheObjectLives)
 }
 
 /// Threads that wait for another thread's attempt get its failure.
-TEST_P(FactoryFailure, IsThatOfEveryThreadThatSharesAnAttempt)
+TEST_P(FactoryFailure, IsSharedByThreadsOfOneAttempt)
 {
     m_service.AnswerAnnouncements([](Announcement const&) { return WireAnswer::Nothing(); });
     std::string const expected = "timed out | " + CreateName() + " |  |  | " + NoAnnouncementAnswer;
@@ -185,7 +185,7 @@ TEST_P(FactoryFailure, IsThatOfEveryThreadThatSharesAnAttempt)
     }
 }
 
-TEST_P(FactoryFailure, IsThatOfEveryThreadThatSharesADestroy)
+TEST_P(FactoryFailure, IsSharedByThreadsOfOneDestroy)
 {
     ASSERT_NE(Create(), nullptr);
     m_service.AnswerAnnouncements([](Announcement const&) { return WireAnswer::Nothing(); });
@@ -205,7 +205,7 @@ TEST_P(FactoryFailure, IsThatOfEveryThreadThatSharesADestroy)
 }
 
 /// The endpoint leaves. The service, another process, does not answer the announcement of the object's end.
-TEST_F(ServiceTest, DestroySharesTheFailureOfAnObjectThatEndsItself)
+TEST_F(ServiceTest, DestroySharesTheFailureOfAnEndingObject)
 {
     LoopThread loop;
     WirePeer endpoint(m_bus.Address());
@@ -227,7 +227,7 @@ TEST_F(ServiceTest, DestroySharesTheFailureOfAnObjectThatEndsItself)
 
 using FailureWithoutService = ProxyTest;
 
-TEST_F(FailureWithoutService, TellsOfAMissingPlaceForTheObject)
+TEST_F(FailureWithoutService, ReportsAMissingOutputPointer)
 {
     CIPTVServiceAPI::CreatePlayerControl(IPTV_PROFILE_DEFAULT, 0, nullptr);
     EXPECT_EQ(LastFailure(),
@@ -237,7 +237,7 @@ TEST_F(FailureWithoutService, TellsOfAMissingPlaceForTheObject)
     EXPECT_EQ(ZVGetLastFailure().kind, ZV_FAILURE_INVALID_ARGUMENT);
 }
 
-TEST_F(FailureWithoutService, TellsThatTheHelperBusIsGone)
+TEST_F(FailureWithoutService, ReportsThatTheHelperBusIsGone)
 {
     IConnectionHelper* helper = nullptr;
     CIPTVServiceAPI::CreateConnectionHelper(&helper);
@@ -250,7 +250,7 @@ TEST_F(FailureWithoutService, TellsThatTheHelperBusIsGone)
     EXPECT_EQ(LastFailure(), GoneFailure("SetDbusSignalCb"));
 }
 
-TEST_F(FailureWithoutService, TellsWhyTheHelperBusAnswersNobody)
+TEST_F(FailureWithoutService, ReportsWhyTheHelperBusDoesNotAnswer)
 {
     setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/bus", 1);
     for (int i = 0; i < 2; ++i) { // made, and found
@@ -266,7 +266,7 @@ TEST_F(FailureWithoutService, TellsWhyTheHelperBusAnswersNobody)
     CIPTVServiceAPI::DestroyConnectionHelper();
 }
 
-TEST_F(FailureWithoutService, CheckConnectionTellsWhatIsMissing)
+TEST_F(FailureWithoutService, CheckConnectionReportsWhatIsMissing)
 {
     EXPECT_FALSE(CConnectionHelperDBusClient::CheckConnection());
     EXPECT_EQ(LastFailure(), "no service | CheckConnection |  |  | no service runs on this bus; start it");

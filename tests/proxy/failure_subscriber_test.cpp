@@ -12,7 +12,7 @@ using SubscriberFailure = SubscriberTest;
 void Ignore(ZVPESData& /*pes*/, void* /*userData*/) {}
 void Ignore(ZVCaption& /*caption*/, void* /*userData*/) {}
 
-TEST_F(SubscriberFailure, IsNoneWhenAllIsWell)
+TEST_F(SubscriberFailure, IsNoneOnSuccess)
 {
     int pes = 0;
     int caption = 0;
@@ -26,7 +26,7 @@ TEST_F(SubscriberFailure, IsNoneWhenAllIsWell)
     EXPECT_EQ(LastFailure(), NoFailure("UnsubscribeForCaption"));
 }
 
-TEST_F(SubscriberFailure, TellsOfASubscriptionThatTheServiceWasNotToldOf)
+TEST_F(SubscriberFailure, ReportsAnUnsentSubscription)
 {
     m_service.AnswerError("requestPESCB");
     m_service.AnswerError("requestCaptionCB");
@@ -44,7 +44,7 @@ TEST_F(SubscriberFailure, TellsOfASubscriptionThatTheServiceWasNotToldOf)
 }
 
 /// The service gets one request: a further subscription waits for the same data.
-TEST_F(SubscriberFailure, IsThatOfTheFirstSubscriptionForFurtherOnes)
+TEST_F(SubscriberFailure, RepeatsTheFailureOfTheFirstSubscription)
 {
     m_service.AnswerError("requestPESCB");
     SubscribeForPES(Ignore);
@@ -53,7 +53,7 @@ TEST_F(SubscriberFailure, IsThatOfTheFirstSubscriptionForFurtherOnes)
     EXPECT_EQ(LastFailure(), "bus error | SubscribeForPES |  | org.corvel.test.Failed | scripted error");
 }
 
-TEST_F(SubscriberFailure, TellsOfARefusal)
+TEST_F(SubscriberFailure, ReportsARefusal)
 {
     m_service.Answer("requestPESCB", {{"result_internal", "0"}});
     int key = 0;
@@ -62,7 +62,7 @@ TEST_F(SubscriberFailure, TellsOfARefusal)
               "refused | SubscribeForPES |  |  | the service refused: it answered with the result 0");
 }
 
-TEST_F(SubscriberFailure, TellsOfWrongArguments)
+TEST_F(SubscriberFailure, ReportsWrongArguments)
 {
     int key = 0;
     EXPECT_FALSE(m_subscriber->SubscribeForPES(nullptr, nullptr, key));
@@ -72,7 +72,7 @@ TEST_F(SubscriberFailure, TellsOfWrongArguments)
               "invalid argument | UnsubscribeForCaption |  |  | there is no subscription with the key 42");
 }
 
-TEST_F(SubscriberFailure, TellsThatNoKeyCouldBeMade)
+TEST_F(SubscriberFailure, ReportsThatNoKeyCouldBeMade)
 {
     WaitForNextSecond();
     int key = 0;
@@ -84,7 +84,7 @@ TEST_F(SubscriberFailure, TellsThatNoKeyCouldBeMade)
     }
 }
 
-TEST_F(SubscriberFailure, TellsThatTheObjectIsGone)
+TEST_F(SubscriberFailure, ReportsThatTheObjectIsGone)
 {
     CIPTVServiceAPI::DestroyIPTVDataSubscriber();
     int key = 42;
@@ -99,7 +99,7 @@ TEST_F(SubscriberFailure, TellsThatTheObjectIsGone)
 }
 
 /// The partner's loss has been handled; the object stays.
-TEST_F(SubscriberFailure, TellsThatTheServiceHasLeft)
+TEST_F(SubscriberFailure, ReportsThatTheServiceHasLeft)
 {
     std::string const lost = "Connection lost with partner id=" + m_service.Name();
     m_service.Vanish();
@@ -113,7 +113,7 @@ TEST_F(SubscriberFailure, TellsThatTheServiceHasLeft)
 }
 
 /// The exception leaves the main loop. The failure names the notification.
-TEST_F(SubscriberFailure, NamesTheKeyOfANotificationThatCannotBeRead)
+TEST_F(SubscriberFailure, ReportsTheKeyOfAMalformedNotification)
 {
     SubscribeForPES(Ignore);
     SubscribeForCaption(Ignore);

@@ -47,7 +47,7 @@ TEST_F(FormerBus, ObjectsAnnounceNoDepartureOnALaterBus)
     EXPECT_EQ(m_service->Announcements().size(), 1U) << "only the new object's";
 }
 
-TEST_F(FormerBus, CreateReplacesThemThoughNobodyDestroyedThem)
+TEST_F(FormerBus, CreateReplacesObjectsThatWereNotDestroyed)
 {
     RestartBusAndService();
     std::string genre;
@@ -58,7 +58,7 @@ TEST_F(FormerBus, CreateReplacesThemThoughNobodyDestroyedThem)
     EXPECT_EQ(m_service->Announcements().size(), 2U) << "each once, and no departure";
 }
 
-BusOptions Elsewhere()
+BusOptions SeparateBus()
 {
     BusOptions options;
     options.setEnvironment = false;
@@ -66,11 +66,11 @@ BusOptions Elsewhere()
 }
 
 /// An object that ends with its bus opens no connection, which could take long.
-TEST_F(FormerBus, ObjectsEndAtOnceThoughTheNextBusStandsStill)
+TEST_F(FormerBus, ObjectsEndAtOnceWhileTheNextBusIsStopped)
 {
     IPlayerControl* const player = CreatePlayer();
     ASSERT_NE(player, nullptr);
-    PrivateBus next(Elsewhere());
+    PrivateBus next(SeparateBus());
     next.Stop();
     setenv("DBUS_SYSTEM_BUS_ADDRESS", next.Address().c_str(), 1);
     auto const start = std::chrono::steady_clock::now();
@@ -80,7 +80,7 @@ TEST_F(FormerBus, ObjectsEndAtOnceThoughTheNextBusStandsStill)
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1900));
 }
 
-TEST(StoppedBus, CreateGivesUpWithin4SecondsOnAnyNumberOfThreads)
+TEST(StoppedBus, CreateReturnsWithin4SecondsOnAnyNumberOfThreads)
 {
     PrivateBus bus;
     bus.Stop();

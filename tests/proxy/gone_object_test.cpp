@@ -55,7 +55,7 @@ TEST_P(GoneObject, RefusesCallsUntilItIsCreatedAgain)
     Kind().request(next);
 }
 
-TEST_P(GoneObject, RefusesCallsOnceItsServiceIsGoneAndItIsDestroyed)
+TEST_P(GoneObject, RefusesCallsAfterTheServiceLeftAndDestroy)
 {
     void* const object = Create();
     std::string const lost = "Connection lost with partner id=" + m_service.Name();
@@ -71,7 +71,7 @@ TEST_P(GoneObject, RefusesCallsOnceItsServiceIsGoneAndItIsDestroyed)
     Kind().request(Create());
 }
 
-TEST_P(GoneObject, CallThatEntersWhileAnotherThreadDestroysEndsInFalseOrIsAnswered)
+TEST_P(GoneObject, CallDuringADestroyFailsOrIsAnswered)
 {
     LoopThread const loop;
     for (int round = 0; round < 5; ++round) {
@@ -84,7 +84,7 @@ TEST_P(GoneObject, CallThatEntersWhileAnotherThreadDestroysEndsInFalseOrIsAnswer
     }
 }
 
-TEST_P(GoneObject, CallThatEntersWhileTheObjectIsCreatedAgainEndsToo)
+TEST_P(GoneObject, CallDuringARecreationReturns)
 {
     LoopThread const loop;
     void* const object = Create();
@@ -98,7 +98,7 @@ TEST_P(GoneObject, CallThatEntersWhileTheObjectIsCreatedAgainEndsToo)
     }
 }
 
-TEST_P(GoneObject, CallThatEntersWhileTheServiceDiesEndsInFalse)
+TEST_P(GoneObject, CallDuringTheDeathOfTheServiceFails)
 {
     LoopThread const loop;
     void* const object = Create();
@@ -129,7 +129,7 @@ TEST_F(GoneSubscriber, RefusesEveryCall)
     EXPECT_TRUE(m_service.Requests().empty());
 }
 
-TEST_F(GoneSubscriber, RequestThatIsOnItsWayWhenAnotherThreadDestroysEnds)
+TEST_F(GoneSubscriber, RequestDuringADestroyReturns)
 {
     CProxyDBusHelper const other("FENCE"); // keeps the connection
     LoopThread const loop;

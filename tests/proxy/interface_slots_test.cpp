@@ -110,7 +110,7 @@ TEST(InterfaceSlots, ConnectionHelper)
     ExpectSlotsInOrder<I>(&I::SetDbusSignalCb);
 }
 
-TEST(InterfaceSlots, ClassesWithNothingVirtualButTheirDestructor)
+TEST(InterfaceSlots, ClassesWithOnlyAVirtualDestructor)
 {
     ExpectSlotsInOrder<CAutoLockDBus>();
     ExpectSlotsInOrder<CConnectionHelperDBusClient>();
@@ -124,14 +124,14 @@ void ExpectNothingVirtual()
     EXPECT_FALSE((std::is_polymorphic_v<Classes> || ...));
 }
 
-TEST(InterfaceSlots, ClassesWithNothingVirtual)
+TEST(InterfaceSlots, ClassesWithoutVirtualFunctions)
 {
     ExpectNothingVirtual<CDeferredReply, CIPTVServiceAPI, CMutexDBus>();
 }
 
 #else
 
-TEST(InterfaceSlots, AreKnownToThisTestOnX86AndArmOnly)
+TEST(InterfaceSlots, AreCheckedOnX86AndArmOnly)
 {
     GTEST_SKIP() << "how a pointer to a virtual function tells its slot is known here for x86 and ARM only";
 }

@@ -16,7 +16,7 @@ protected:
     LoopThread m_loop;
 };
 
-TEST_P(LateLoss, LeavesTheNewObjectAlone)
+TEST_P(LateLoss, DoesNotEndTheNewObject)
 {
     ASSERT_NE(Create(), nullptr);
     m_log.HoldAt(Kind().Origin("m_DisconnectedCB"));

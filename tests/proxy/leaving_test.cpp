@@ -16,7 +16,7 @@ class Leaving : public ServiceTest, public testing::WithParamInterface<ProxyKind
 protected:
     /// When the service receives the announcement of the end, it calls the object's channel before it
     /// answers.
-    void CallAtTheGoodbye()
+    void CallDuringDeparture()
     {
         m_service.AnswerAnnouncements([this](Announcement const& announcement) -> WireAnswer {
             if (announcement.add == "n") {
@@ -36,9 +36,9 @@ protected:
 
 INSTANTIATE_TEST_SUITE_P(Proxies, Leaving, testing::ValuesIn(AllKinds()), KindName);
 
-TEST_P(Leaving, AnswersTheServiceUntilItHasSaidGoodbye)
+TEST_P(Leaving, AnswersTheServiceUntilItsDeparture)
 {
-    CallAtTheGoodbye();
+    CallDuringDeparture();
     ASSERT_NE(GetParam().create(IPTV_PROFILE_DEFAULT, 0), nullptr);
     GetParam().destroy();
     EXPECT_EQ(m_answer.kind, WireKind::Reply) << m_answer.errorName;
@@ -50,7 +50,7 @@ using LeavingSubscriber = Leaving;
 
 INSTANTIATE_TEST_SUITE_P(Proxies, LeavingSubscriber, testing::Values(KindsWithHandle().back()), KindName);
 
-TEST_P(LeavingSubscriber, DeliversUntilItHasSaidGoodbye)
+TEST_P(LeavingSubscriber, DeliversUntilItsDeparture)
 {
     delivered = 0;
     IIPTVDataSubscriber* const subscriber = CreateSubscriber();
@@ -150,7 +150,7 @@ TEST_F(CreateMeanwhile, InsideTheCallbackMakesALiveObject)
     ExpectAlive(made);
 }
 
-TEST_F(CreateMeanwhile, FollowsTheGoodbyeAlsoWhenTheServiceIsSlow)
+TEST_F(CreateMeanwhile, FollowsTheDepartureAlsoWithASlowService)
 {
     m_leave.set_value();
     std::promise<void> heard;

@@ -40,7 +40,7 @@ TEST_P(SelfEndingProxy, EndsWithTheService)
     EXPECT_TRUE(m_log.Has(ZV_LOG_ERROR, "iptv-serivce did not launched"));
 }
 
-TEST_P(SelfEndingProxy, NextOneIsNewWithAChannelOfItsOwn)
+TEST_P(SelfEndingProxy, TheNextObjectHasANewChannel)
 {
     ASSERT_NE(Create(5), nullptr);
     m_service.Vanish();
@@ -56,7 +56,7 @@ TEST_P(SelfEndingProxy, NextOneIsNewWithAChannelOfItsOwn)
     EXPECT_EQ(Ends(m_log), 2U);
 }
 
-TEST_P(SelfEndingProxy, TakesItsLeaveWhenOnlyThePartnerGoes)
+TEST_P(SelfEndingProxy, AnnouncesItsEndWhenOnlyThePartnerLeaves)
 {
     WirePeer partner;
     m_service.SetPartnerName(partner.Name());
@@ -67,7 +67,7 @@ TEST_P(SelfEndingProxy, TakesItsLeaveWhenOnlyThePartnerGoes)
     EXPECT_EQ(m_service.Announcements().size(), 2U);
 }
 
-TEST_P(SelfEndingProxy, StaysWhenOnlyTheHelperBusGoes)
+TEST_P(SelfEndingProxy, StaysWhenOnlyTheHelperBusLeaves)
 {
     WirePeer partner;
     partner.SetHandler([](WireMessage const&) { return Entries({{"result_internal", "1"}}); });
@@ -81,7 +81,7 @@ TEST_P(SelfEndingProxy, StaysWhenOnlyTheHelperBusGoes)
     Kind().request(object);
 }
 
-TEST_P(SelfEndingProxy, PartnerThatNeverWasEndsItToo)
+TEST_P(SelfEndingProxy, EndsWithoutAPartner)
 {
     std::string gone;
     {
@@ -93,7 +93,7 @@ TEST_P(SelfEndingProxy, PartnerThatNeverWasEndsItToo)
     EXPECT_TRUE(WaitForTheEnd());
 }
 
-TEST_P(SelfEndingProxy, DestroyedBeforeTheLossIsHandledThereIsNothingLeftToEnd)
+TEST_P(SelfEndingProxy, DestroyBeforeTheLossIsHandledEndsIt)
 {
     ASSERT_NE(Create(0), nullptr);
     m_service.Vanish();
@@ -161,7 +161,7 @@ INSTANTIATE_TEST_SUITE_P(Proxies, StayingProxy, testing::Values(KindsWithHandle(
 
 using Lifecycle = ServiceTest;
 
-TEST_F(Lifecycle, CallsOfStayingProxiesFailOnceTheServiceIsGone)
+TEST_F(Lifecycle, CallsOfStayingProxiesFailWithoutAService)
 {
     IIPTVDataSubscriber& subscriber = *CreateSubscriber();
     IIPGUtil& guide = *CreateGuide();
@@ -176,7 +176,7 @@ TEST_F(Lifecycle, CallsOfStayingProxiesFailOnceTheServiceIsGone)
     EXPECT_EQ(m_log.Count("SendMessage failed."), 2U);
 }
 
-TEST_F(Lifecycle, CallThatTheServiceDiesInFailsAtOnce)
+TEST_F(Lifecycle, CallFailsAtOnceWhenTheServiceDies)
 {
     IPlayerControl& player = *CreatePlayer();
     m_service.AnswerNothing("MuteAudio");

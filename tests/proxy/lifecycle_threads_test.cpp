@@ -165,7 +165,7 @@ void Flood(FakeService& service, std::size_t count)
                             pes, count);
 }
 
-TEST_F(LifecycleThreads, NoCallbackAfterDestroyUnderAFlood)
+TEST_F(LifecycleThreads, NoCallbackAfterDestroyDuringAFlood)
 {
     FakeService service;
     for (int round = 0; round < 30; ++round) {

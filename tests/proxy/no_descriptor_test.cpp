@@ -13,7 +13,7 @@ using namespace zviptv::test;
 
 namespace {
 
-void SkipWhereChecksNeedADescriptor()
+void SkipIfChecksNeedADescriptor()
 {
     if (ChecksNeedADescriptor) {
         GTEST_SKIP() << ReasonToSkip;
@@ -25,7 +25,7 @@ void SkipWhereChecksNeedADescriptor()
 class NoDescriptor : public ServiceTest
 {
 protected:
-    void SetUp() override { SkipWhereChecksNeedADescriptor(); }
+    void SetUp() override { SkipIfChecksNeedADescriptor(); }
 
     static std::string ShortageOf(std::string const& function)
     {
@@ -34,7 +34,7 @@ protected:
     }
 };
 
-TEST_F(NoDescriptor, CallsNeedNone)
+TEST_F(NoDescriptor, CallsNeedNoDescriptor)
 {
     IPlayerControl* const player = CreatePlayer();
     ASSERT_NE(player, nullptr);
@@ -42,7 +42,7 @@ TEST_F(NoDescriptor, CallsNeedNone)
     EXPECT_TRUE(player->MuteAudio(true));
 }
 
-TEST_F(NoDescriptor, CreateGivesNoObject)
+TEST_F(NoDescriptor, CreateReturnsNoObject)
 {
     {
         NoFreeDescriptor const none;
@@ -59,7 +59,7 @@ TEST_F(NoDescriptor, CreateGivesNoObject)
     EXPECT_TRUE(CreatePlayer()->MuteAudio(true));
 }
 
-TEST_F(NoDescriptor, CreateGivesNoFurtherObjectEither)
+TEST_F(NoDescriptor, CreateReturnsNoFurtherObject)
 {
     IPlayerControl* const player = CreatePlayer();
     {
@@ -70,7 +70,7 @@ TEST_F(NoDescriptor, CreateGivesNoFurtherObjectEither)
     EXPECT_TRUE(player->MuteAudio(true));
 }
 
-TEST_F(NoDescriptor, AGuideMadeWithoutWorksWhenItIsMadeAgain)
+TEST_F(NoDescriptor, ARecreatedGuideWorks)
 {
     std::string genre;
     {
@@ -96,7 +96,7 @@ TEST_F(NoDescriptor, DestroyEndsTheObject)
     EXPECT_TRUE(CreatePlayer()->MuteAudio(true));
 }
 
-TEST_F(NoDescriptor, SubscribingGoesOn)
+TEST_F(NoDescriptor, SubscribingWorks)
 {
     IIPTVDataSubscriber* const subscriber = CreateSubscriber();
     NoFreeDescriptor const none;
@@ -111,10 +111,10 @@ TEST_F(NoDescriptor, SubscribingGoesOn)
 class NoDescriptorOfTheService : public testing::Test
 {
 protected:
-    void SetUp() override { SkipWhereChecksNeedADescriptor(); }
+    void SetUp() override { SkipIfChecksNeedADescriptor(); }
 };
 
-TEST_F(NoDescriptorOfTheService, EndpointsAndServerAreMadeAgain)
+TEST_F(NoDescriptorOfTheService, EndpointsAndServerCanBeRecreated)
 {
     PrivateBus const bus;
     WirePeer partner;

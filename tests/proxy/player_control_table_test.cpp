@@ -6,7 +6,7 @@ using namespace zviptv::test;
 namespace {
 
 /// A number that needs every bit of an unsigned long, where that has 32, and more than 32 elsewhere.
-constexpr char const* largeTime = sizeof(unsigned long) == 8 ? "4294967297" : "4294967295";
+constexpr char const* LargeTime = sizeof(unsigned long) == 8 ? "4294967297" : "4294967295";
 
 using Row = Method<IPlayerControl>;
 
@@ -130,8 +130,8 @@ std::vector<Row> Getters()
          {{"firstPTS", "8589934591", Decoding::Stoull},
           {"timebaseden", "90000", Decoding::Stoi},
           {"timebasenum", "1", Decoding::Stoi},
-          {"currenttime", largeTime, Decoding::Stoul}},
-         std::string("8589934591, 90000, 1, ") + largeTime,
+          {"currenttime", LargeTime, Decoding::Stoul}},
+         std::string("8589934591, 90000, 1, ") + LargeTime,
          "0, 0, 0, 0"},
     };
 }
@@ -157,19 +157,19 @@ TEST_P(PlayerControlTable, SendsAndDecodes)
     ExpectAccepted();
 }
 
-TEST_P(PlayerControlTable, DecodesWhateverTheResult)
+TEST_P(PlayerControlTable, DecodesForEveryResult)
 {
     ExpectResultsAndDecoding();
 }
 
 TEST_P(PlayerControlTable, FailedExchangeLeavesStartValues)
 {
-    ExpectStartValuesWhenTheExchangeFails();
+    ExpectStartValuesAfterFailedExchange();
 }
 
-TEST_P(PlayerControlTable, IsRefusedOnceTheObjectIsDestroyed)
+TEST_P(PlayerControlTable, IsRefusedAfterDestroy)
 {
-    ExpectRefusalOnceItIsDestroyed(CIPTVServiceAPI::DestroyPlayerControl);
+    ExpectRefusalAfterDestroy(CIPTVServiceAPI::DestroyPlayerControl);
 }
 
 TEST_P(PlayerControlTable, ThrowsWithoutAResult)
@@ -197,7 +197,7 @@ class PlayerControlRecord : public PlayerControlTable
 {
 };
 
-TEST_P(PlayerControlRecord, CopiesItsSizeWhateverArrives)
+TEST_P(PlayerControlRecord, CopiesItsSizeForDataOfAnySize)
 {
     ExpectRecordsOfAnySize();
 }

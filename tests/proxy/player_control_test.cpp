@@ -26,7 +26,7 @@ TEST_F(PlayerControl, FirstPTSGivesDenominatorBeforeNumerator)
     EXPECT_EQ(now, 12U);
 }
 
-TEST_F(PlayerControl, OrderOfTheAnswersEntriesDoesNotCount)
+TEST_F(PlayerControl, AcceptsAnswersInAnyOrder)
 {
     IPlayerControl& player = *CreatePlayer();
     m_service.Answer("GetFirstPTS", {{"currenttime", "4"},
@@ -38,7 +38,7 @@ TEST_F(PlayerControl, OrderOfTheAnswersEntriesDoesNotCount)
 }
 
 /// Values before the malformed one are decoded. Later ones keep their start values.
-TEST_F(PlayerControl, DecodesInTheTablesOrderUpToTheMalformedValue)
+TEST_F(PlayerControl, DecodesInOrderUpToTheMalformedValue)
 {
     IPlayerControl& player = *CreatePlayer();
     m_service.Answer("GetFirstPTS", {{"result_internal", "1"},
@@ -75,7 +75,7 @@ TEST_F(PlayerControl, ResultIsReadBeforeTheValues)
     EXPECT_EQ(state, ZV_SOURCE_STATE_UNKNOWN);
 }
 
-TEST_F(PlayerControl, NoResultLineWhenNothingWasDecoded)
+TEST_F(PlayerControl, LogsNoResultIfNothingWasDecoded)
 {
     IPlayerControl& player = *CreatePlayer();
     m_service.Answer("GetCaptionDataMode", {{"result_internal", "1"}});
@@ -90,14 +90,14 @@ TEST_F(PlayerControl, NoResultLineWhenNothingWasDecoded)
               (Lines{{ZV_LOG_INFO, ""}, {ZV_LOG_ERROR, "SendMessage failed."}}));
 }
 
-TEST_F(PlayerControl, FirstOfTwoResultsCounts)
+TEST_F(PlayerControl, TheFirstOfTwoResultsIsUsed)
 {
     IPlayerControl& player = *CreatePlayer();
     m_service.Answer("MuteAudio", {{"result_internal", "0"}, {"result_internal", "1"}});
     EXPECT_FALSE(player.MuteAudio(true));
 }
 
-TEST_F(PlayerControl, SilentServiceIsGivenUpAfterTwoSeconds)
+TEST_F(PlayerControl, TimesOutAfterTwoSeconds)
 {
     IPlayerControl& player = *CreatePlayer();
     m_service.AnswerNothing("MuteAudio");
@@ -107,7 +107,7 @@ TEST_F(PlayerControl, SilentServiceIsGivenUpAfterTwoSeconds)
     EXPECT_TRUE(m_log.Has(ZV_LOG_ERROR, "SendMessage failed."));
 }
 
-TEST_F(PlayerControl, WithTheServiceGoneGettersKeepTheirStartValues)
+TEST_F(PlayerControl, GettersKeepTheirStartValuesWithoutAService)
 {
     IPlayerControl& player = *CreatePlayer();
     m_service.Vanish();

@@ -132,7 +132,7 @@ TEST_P(ProgramGuideTable, SendsAndDecodes)
     EXPECT_EQ(request.path, "/org/corvel/zviptvapi/DbusCommunication/IPGUTIL");
 }
 
-TEST_P(ProgramGuideTable, ResultOfTheServiceDoesNotCount)
+TEST_P(ProgramGuideTable, IgnoresTheResultOfTheService)
 {
     IIPGUtil& guide = *CreateGuide();
     std::string const data = GetParam().reply.front().value;
@@ -145,7 +145,7 @@ TEST_P(ProgramGuideTable, ResultOfTheServiceDoesNotCount)
     }
 }
 
-TEST_P(ProgramGuideTable, IsRefusedOnceTheObjectIsDestroyed)
+TEST_P(ProgramGuideTable, IsRefusedAfterDestroy)
 {
     IIPGUtil& guide = *CreateGuide();
     CIPTVServiceAPI::DestroyIPGUtil();

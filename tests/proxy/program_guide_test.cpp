@@ -23,7 +23,7 @@ protected:
     }
 };
 
-TEST_F(ProgramGuide, ProgrammeIdTravelsAsJson)
+TEST_F(ProgramGuide, SendsTheProgrammeIdAsJson)
 {
     m_service.Answer("GetProgramIPG", {{"data", "a programme"}});
     std::string programme;
@@ -63,7 +63,7 @@ TEST_F(ProgramGuide, SmallestProgrammeId)
                                         "\"service_id\" : \"0\",", "\"start_time\" : 0", "}", ""}));
 }
 
-TEST_F(ProgramGuide, QueryByProgrammeIdLogsItsEntryThenTheJsonThenTheAnswer)
+TEST_F(ProgramGuide, QueryByProgrammeIdLogsEntryJsonAndAnswer)
 {
     m_service.Answer("GetProgramIPG", {{"data", "found"}});
     IIPGUtil& guide = *CreateGuide();
@@ -76,7 +76,7 @@ TEST_F(ProgramGuide, QueryByProgrammeIdLogsItsEntryThenTheJsonThenTheAnswer)
                      {ZV_LOG_INFO, "Receive data : found"}}));
 }
 
-TEST_F(ProgramGuide, FailedQueryByProgrammeIdLeavesTheText)
+TEST_F(ProgramGuide, FailedQueryByProgrammeIdKeepsTheText)
 {
     m_service.AnswerError("GetProgramIPG");
     IIPGUtil& guide = *CreateGuide();
@@ -108,7 +108,7 @@ TEST_F(ProgramGuide, PathEndsAtItsFirstZeroByte)
               Entries({{"functionname", "CloneUSBToTV"}, {"path", "/media"}}));
 }
 
-TEST_F(ProgramGuide, FlagsFollowTheNumberOfTheData)
+TEST_F(ProgramGuide, DecodesFlags)
 {
     IIPGUtil& guide = *CreateGuide();
     for (auto const& [data, expected] :
@@ -130,7 +130,7 @@ TEST_F(ProgramGuide, FlagsFollowTheNumberOfTheData)
     }
 }
 
-TEST_F(ProgramGuide, MalformedNumbersLeaveTheOutput)
+TEST_F(ProgramGuide, MalformedNumbersKeepTheOutput)
 {
     IIPGUtil& guide = *CreateGuide();
     m_service.Answer("GetProgramListSize", {{"data", "many"}});
@@ -143,7 +143,7 @@ TEST_F(ProgramGuide, MalformedNumbersLeaveTheOutput)
     EXPECT_TRUE(done);
 }
 
-TEST_F(ProgramGuide, QueryByProgrammeIdTakesAnyAnswer)
+TEST_F(ProgramGuide, QueryByProgrammeIdAcceptsAnyAnswer)
 {
     IIPGUtil& guide = *CreateGuide();
     std::string programme = "before";
@@ -164,7 +164,7 @@ TEST_F(ProgramGuide, TextsMayHoldAnyBytes)
     EXPECT_EQ(rating, bytes);
 }
 
-TEST_F(ProgramGuide, FirstDataCounts)
+TEST_F(ProgramGuide, TheFirstDataIsUsed)
 {
     m_service.Answer("GetGenre", {{"data", "first"}, {"data", "second"}});
     std::string genre;

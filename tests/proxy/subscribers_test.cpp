@@ -24,7 +24,7 @@ void CloseAndAdd(ZVCaption& /*caption*/, void* /*userData*/)
 }
 
 // Like a callback that destroys the proxy while another thread is about to subscribe.
-TEST(SubscribersTable, NobodyJoinsADispatchAfterItsEnd)
+TEST(SubscribersTable, AddsNobodyToAFinishedDispatch)
 {
     Captions captions;
     table = &captions;

@@ -23,7 +23,7 @@ void PrintTo(DataKind const& kind, std::ostream* out)
     *out << kind.name;
 }
 
-DataKind const pesKind{
+DataKind const PesDataKind{
     "PES",
     "requestPESCB",
     "IPTVDataSubscriberProxy.cpp: SubscribeForPES",
@@ -37,7 +37,7 @@ DataKind const pesKind{
         return subscriber.SubscribeForPES(nullptr, nullptr, key);
     }};
 
-DataKind const captionKind{
+DataKind const CaptionDataKind{
     "Caption",
     "requestCaptionCB",
     "IPTVDataSubscriberProxy.cpp: SubscribeForCaption",
@@ -98,7 +98,7 @@ TEST_P(Subscription, KeyIsDrawnFromTheClocksSecond)
     EXPECT_TRUE(m_log.Has(ZV_LOG_INFO, "Make a key : " + std::to_string(key)));
 }
 
-TEST_P(Subscription, SecondOneWithinTheSecondFails)
+TEST_P(Subscription, ASecondOneWithinTheSecondFails)
 {
     int first = -1;
     int second = -7;
@@ -127,7 +127,7 @@ TEST_P(Subscription, SecondOneWithinTheSecondFails)
     EXPECT_NE(second, first);
 }
 
-TEST_P(Subscription, AsksTheServiceOnceAndTellsItOnce)
+TEST_P(Subscription, SendsOneRequestAndOneEnd)
 {
     auto const [first, second] = SubscribeTwice();
     EXPECT_EQ(Requests(), std::vector<WireEntries>{Request(Kind().request, "1")});
@@ -142,7 +142,7 @@ TEST_P(Subscription, AsksTheServiceOnceAndTellsItOnce)
     EXPECT_EQ(Requests().back(), Request(Kind().request, "1"));
 }
 
-TEST_P(Subscription, WritesItsLines)
+TEST_P(Subscription, LogsItsLines)
 {
     int key = 0;
     m_log.Clear();
@@ -175,7 +175,7 @@ TEST_P(Subscription, UnknownKeyIsRefusedLikeAKnownOne)
     EXPECT_EQ(Requests().size(), 2U);
 }
 
-TEST_P(Subscription, FailedRequestsCountAsMade)
+TEST_P(Subscription, FailedRequestsCountAsSent)
 {
     m_service.AnswerError(Kind().request);
     m_log.Clear();
@@ -192,7 +192,7 @@ TEST_P(Subscription, FailedRequestsCountAsMade)
     EXPECT_EQ(Requests().size(), 3U);
 }
 
-TEST_P(Subscription, ResultOfTheServiceDoesNotCount)
+TEST_P(Subscription, IgnoresTheResultOfTheService)
 {
     int key = 0;
     for (WireEntries const& answer :
@@ -204,7 +204,7 @@ TEST_P(Subscription, ResultOfTheServiceDoesNotCount)
     EXPECT_EQ(m_log.Count("SendMessage failed."), 0U);
 }
 
-TEST_P(Subscription, DestructionTellsTheServiceNothing)
+TEST_P(Subscription, DestructionSendsNothingToTheService)
 {
     int key = 0;
     EXPECT_TRUE(Subscribe(key));
@@ -217,7 +217,7 @@ TEST_P(Subscription, DestructionTellsTheServiceNothing)
     EXPECT_EQ(Requests().size(), 2U);
 }
 
-TEST_P(Subscription, NoCallbackIsNoSubscription)
+TEST_P(Subscription, RefusesANullCallback)
 {
     int key = -7;
     EXPECT_FALSE(Kind().subscribeNothing(*m_subscriber, key));
@@ -230,7 +230,7 @@ std::string NameOfKind(testing::TestParamInfo<DataKind> const& info)
     return info.param.name;
 }
 
-INSTANTIATE_TEST_SUITE_P(Kinds, Subscription, testing::Values(pesKind, captionKind), NameOfKind);
+INSTANTIATE_TEST_SUITE_P(Kinds, Subscription, testing::Values(PesDataKind, CaptionDataKind), NameOfKind);
 
 TEST_F(SubscriberTest, KindsHaveTheirOwnKeys)
 {

@@ -7,7 +7,7 @@
 
 namespace {
 
-TEST(Types, RecordsHaveTheSizesOfTheWire)
+TEST(Types, RecordsHaveTheWireSizes)
 {
     EXPECT_EQ(sizeof(ZVAudio), 32U);
     EXPECT_EQ(sizeof(ZVTTX), 16U);
@@ -20,7 +20,7 @@ TEST(Types, RecordsHaveTheSizesOfTheWire)
     EXPECT_EQ(alignof(IPGProgramId), 8U);
 }
 
-TEST(Types, RatingsLieSideBySide)
+TEST(Types, RatingsAreContiguous)
 {
     std::vector<ZVRatingInfo> const ratings(2);
     EXPECT_EQ(reinterpret_cast<char const*>(&ratings[1] + 1) - reinterpret_cast<char const*>(&ratings[0]), 6);
@@ -44,7 +44,7 @@ TEST(Types, EnumerationsAre32BitSigned)
     EXPECT_TRUE(Is32BitSigned<Program_IPG>);
 }
 
-TEST(Types, NotKnownHasItsNumbers)
+TEST(Types, UnknownHasItsNumbers)
 {
     EXPECT_EQ(static_cast<int>(ZV_SOURCE_STATE_UNKNOWN), -1);
     EXPECT_EQ(static_cast<int>(ZV_CAPTION_DATA_MODE_UNKNOWN), -1);
@@ -53,7 +53,7 @@ TEST(Types, NotKnownHasItsNumbers)
     EXPECT_EQ(static_cast<int>(IPTV_PROFILE_DEFAULT), 1);
 }
 
-TEST(Types, MembersHaveTheirWidths)
+TEST(Types, MembersHaveTheirSizes)
 {
     EXPECT_TRUE((std::is_same_v<decltype(ZVPESData::type), std::int32_t>));
     EXPECT_TRUE((std::is_same_v<decltype(ZVPESData::pid), std::int16_t>));
@@ -94,7 +94,7 @@ TEST(Languages, CodesBecomeNumbers)
     EXPECT_EQ(static_cast<int>(ZVLanguageFromISO639("zzz")), 0x7a7a7a);
 }
 
-TEST(Languages, AnythingElseIsNotKnown)
+TEST(Languages, OtherCodesAreUnknown)
 {
     for (char const* const code :
          {"", "e", "en", "engl", "e1g", "e g", "en{", "en`", "@ng", "en[", "\xc3\xa4n"}) {
@@ -113,7 +113,7 @@ TEST(Languages, NumbersBecomeCodes)
     }
 }
 
-TEST(Languages, NumbersThatAreNoneBecomeNothing)
+TEST(Languages, InvalidNumbersBecomeEmpty)
 {
     for (int const number :
          {0, 77, -1, 0x656e, 0x656e6700, 0x01656e67, 0x454e47, 0x656e7b, 0x650067, -0x656e67}) {

@@ -25,7 +25,7 @@ INJECTED = "org.corvel.zviptvapi.Error.Injected"
     ("GetSTCCount=garbage:stcCount", FailureKind.MALFORMED_REPLY, "stcCount", ""),
     ("GetSTCCount=drop", FailureKind.TIMED_OUT, "", ""),
 ])
-def test_a_failure_says_why(television, tv, fault, kind, key, error_name):
+def test_a_failure_contains_the_reason(television, tv, fault, kind, key, error_name):
     television.fault(fault)
     with pytest.raises(zviptv.Failure) as caught:
         tv.player.get_stc_count()
@@ -53,7 +53,7 @@ def test_without_a_bus():
             tv.wait_until_available(0.1)
 
 
-def test_a_closed_television_says_so(television):
+def test_a_closed_television_reports_it(television):
     tv = zviptv.Television()
     tv.close()
     tv.close()
@@ -64,7 +64,7 @@ def test_a_closed_television_says_so(television):
         assert caught.value.kind is FailureKind.GONE
 
 
-def test_the_text_is_that_of_the_layer():
+def test_the_text_is_that_of_the_client_layer():
     failure = zviptv.Failure(FailureKind.BUS_ERROR, "MuteAudio", "", INJECTED, "why")
     assert str(failure) == f"MuteAudio: bus error ({INJECTED}): why"
     assert str(zviptv.Failure(FailureKind.GONE)) == "gone"
@@ -230,7 +230,7 @@ def test_control_c_ends_a_wait(television, tv):
         assert time.monotonic() - begin < 5
 
 
-def test_control_c_during_a_call_comes_after_it(television, tv):
+def test_control_c_during_a_call_takes_effect_after_it(television, tv):
     television.fault("MuteAudio=drop", count=1)
     timer = threading.Timer(0.2, os.kill, (os.getpid(), signal.SIGINT))
     timer.start()

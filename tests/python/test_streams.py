@@ -93,7 +93,7 @@ def test_a_dropped_stream_ends_its_subscription(television, tv):
     television.expect("requestPESCB", on=False)
 
 
-def test_goes_on_after_a_restart(television, tv):
+def test_continues_after_a_restart(television, tv):
     with tv.pes(pid=AUDIO) as packets:
         packets.get(10)
         television.die(for_=0.2)

@@ -34,7 +34,7 @@ class Judge(unittest.TestCase):
         self.assertIn("no call was answered between second 120 and 240", found)
         self.assertIn("no packet came between second 1080 and 1200", found)
 
-    def test_calls_go_on_but_fail(self):
+    def test_calls_continue_but_fail(self):
         made = samples(20, ends=20, calls=2000, packets=100)
         for entry in made[20:]:
             entry["packets"] = entry["seconds"] * 100

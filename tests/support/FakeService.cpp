@@ -8,15 +8,15 @@ namespace zviptv::test {
 
 namespace {
 
-constexpr char const* channelBase = "/org/corvel/zviptvapi/DbusCommunication/";
-constexpr char const* channelInterface = "org.corvel.zviptvapi.DbusCommunication";
-constexpr char const* helperName = "org.corvel.zviptvapi.dbushelper";
-constexpr char const* helperPath = "/org/corvel/zviptvapi/dbushelper";
-constexpr char const* helperInterface = "org.corvel.zviptvapi.dbushelper";
+constexpr char const* ChannelBase = "/org/corvel/zviptvapi/DbusCommunication/";
+constexpr char const* ChannelInterface = "org.corvel.zviptvapi.DbusCommunication";
+constexpr char const* HelperName = "org.corvel.zviptvapi.dbushelper";
+constexpr char const* HelperPath = "/org/corvel/zviptvapi/dbushelper";
+constexpr char const* HelperInterface = "org.corvel.zviptvapi.dbushelper";
 
 bool IsChannelPath(std::string const& path)
 {
-    return path.rfind(channelBase, 0) == 0;
+    return path.rfind(ChannelBase, 0) == 0;
 }
 
 WireAnswer WrongType(std::string const& signature)
@@ -28,7 +28,7 @@ WireAnswer WrongType(std::string const& signature)
 
 std::string ChannelPath(std::string const& type)
 {
-    return channelBase + type;
+    return ChannelBase + type;
 }
 
 FakeService::FakeService(std::string const& address, std::function<void(FakeService&)> const& script)
@@ -49,8 +49,8 @@ void FakeService::Begin()
 {
     m_partnerName = m_peer.Name();
     m_peer.SetHandler([this](WireMessage const& message) { return Handle(message); });
-    if (!m_peer.OwnName(helperName)) {
-        throw std::runtime_error(std::string(helperName) + " has an owner already");
+    if (!m_peer.OwnName(HelperName)) {
+        throw std::runtime_error(std::string(HelperName) + " has an owner already");
     }
 }
 
@@ -161,22 +161,22 @@ void FakeService::NotifyRaw(std::string const& clientName, std::string const& ty
     if (clientName.empty()) {
         throw std::invalid_argument("a notification without destination would be a broadcast");
     }
-    m_peer.Emit({clientName, ChannelPath(type), channelInterface, "SendSignal"}, body);
+    m_peer.Emit({clientName, ChannelPath(type), ChannelInterface, "SendSignal"}, body);
 }
 
 WireMessage FakeService::CallClient(std::string const& clientName, std::string const& type,
                                     WireBody const& body, CallOptions const& options)
 {
-    return m_peer.Call({clientName, ChannelPath(type), channelInterface, "Send"}, body, options);
+    return m_peer.Call({clientName, ChannelPath(type), ChannelInterface, "Send"}, body, options);
 }
 
 WireAnswer FakeService::Handle(WireMessage const& message)
 {
-    if (message.path == helperPath && message.interface == helperInterface &&
+    if (message.path == HelperPath && message.interface == HelperInterface &&
         message.member == "SendSignal") {
         return HandleAnnouncement(message);
     }
-    if (IsChannelPath(message.path) && message.interface == channelInterface && message.member == "Send") {
+    if (IsChannelPath(message.path) && message.interface == ChannelInterface && message.member == "Send") {
         return HandleRequest(message);
     }
     return WireAnswer::Error("org.freedesktop.DBus.Error.UnknownMethod",

@@ -22,9 +22,9 @@ namespace zviptv::test {
 
 namespace {
 
-constexpr char const* addressVariable = "DBUS_SYSTEM_BUS_ADDRESS";
+constexpr char const* AddressVariable = "DBUS_SYSTEM_BUS_ADDRESS";
 
-constexpr char const* openPolicy = R"(  <policy context="default">
+constexpr char const* OpenPolicy = R"(  <policy context="default">
     <allow user="*"/>
     <allow own="*"/>
     <allow send_destination="*" eavesdrop="true"/>
@@ -53,9 +53,9 @@ std::string BaseConfig(std::string const& file)
 void RestoreVariable(std::optional<std::string> const& former)
 {
     if (former) {
-        setenv(addressVariable, former->c_str(), 1);
+        setenv(AddressVariable, former->c_str(), 1);
     } else {
-        unsetenv(addressVariable);
+        unsetenv(AddressVariable);
     }
 }
 
@@ -86,10 +86,10 @@ PrivateBus::PrivateBus(BusOptions options)
     if (!m_options.setEnvironment) {
         return;
     }
-    if (char const* const former = getenv(addressVariable); former != nullptr) {
+    if (char const* const former = getenv(AddressVariable); former != nullptr) {
         m_formerAddress = former;
     }
-    setenv(addressVariable, m_address.c_str(), 1);
+    setenv(AddressVariable, m_address.c_str(), 1);
 }
 
 PrivateBus::~PrivateBus()
@@ -119,7 +119,7 @@ void PrivateBus::WriteConfig() const
            << m_address
            << "</listen>\n"
               "  <auth>EXTERNAL</auth>\n"
-           << (m_options.openPolicy ? openPolicy : "") << m_options.extraConfig << "\n</busconfig>\n";
+           << (m_options.OpenPolicy ? OpenPolicy : "") << m_options.extraConfig << "\n</busconfig>\n";
     if (!config.flush()) {
         throw std::runtime_error("cannot write " + m_directory + "/bus.conf");
     }

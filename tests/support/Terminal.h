@@ -28,7 +28,7 @@ public:
         ioctl(m_slave.Get(), TIOCSWINSZ, &size);
     }
 
-    int Slave() const { return m_slave.Get(); }
+    int Replica() const { return m_slave.Get(); }
 
     /// To open the slave by.
     std::string Name() const { return ptsname(m_master.Get()); }

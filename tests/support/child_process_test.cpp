@@ -121,14 +121,14 @@ TEST(ChildProcessTest, WritingToAProcessThatIsGoneFails)
     EXPECT_FALSE(child.WriteInput("anybody there?"));
 }
 
-TEST(ChildProcessTest, WaitForTextGivesUpWhenTheProcessEnds)
+TEST(ChildProcessTest, WaitForTextReturnsWhenTheProcessEnds)
 {
     ChildProcess child(Shell("echo something >&2"));
     EXPECT_FALSE(child.WaitForOutput("something", patience));
     EXPECT_TRUE(child.WaitForErrors("something", patience));
 }
 
-TEST(ChildProcessTest, AGrandchildThatKeepsThePipeDoesNotHoldUpWait)
+TEST(ChildProcessTest, WaitDoesNotWaitForAGrandchildWithThePipe)
 {
     ChildProcess child(Shell("sleep 30 & echo $!; exit 0"));
     EXPECT_EQ(child.Wait(patience), (ExitStatus{0, 0}));

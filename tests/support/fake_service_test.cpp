@@ -41,7 +41,7 @@ TEST_F(FakeServiceTest, OwnsTheHelperName)
     EXPECT_THROW(FakeService(), std::runtime_error);
 }
 
-TEST_F(FakeServiceTest, AnswersAnnouncementsWithItsOwnNameAndRecordsThem)
+TEST_F(FakeServiceTest, AnswersAnnouncementsWithItsNameAndRecordsThem)
 {
     auto const reply = Announce(Pairs({{"dbusname", ":1.9"}, {"type", "IPGUTIL"}, {"add", "y"}}));
     EXPECT_EQ(reply.signature, "a(ss)");
@@ -66,7 +66,7 @@ TEST_F(FakeServiceTest, AnnouncementAnswersAreScriptable)
     EXPECT_EQ(Announce(Pairs({{"type", "IPGUTIL"}})).Value("dbusname"), "for.IPGUTIL");
 }
 
-TEST_F(FakeServiceTest, RequestsGetTheDefaultOrTheirOwnAnswer)
+TEST_F(FakeServiceTest, RequestsGetTheDefaultOrASpecificAnswer)
 {
     EXPECT_EQ(Request("Anything").entries, Entries({{"result_internal", "1"}}));
     m_service.Answer("GetSTCCount", {{"result_internal", "1"}, {"stc", "4711"}});
@@ -75,7 +75,7 @@ TEST_F(FakeServiceTest, RequestsGetTheDefaultOrTheirOwnAnswer)
     EXPECT_EQ(Request("Anything").Value("result_internal"), "0");
 }
 
-TEST_F(FakeServiceTest, OtherKindsOfAnswers)
+TEST_F(FakeServiceTest, SupportsOtherKindsOfAnswers)
 {
     m_service.AnswerNothing("Silent");
     EXPECT_EQ(Request("Silent", {30ms, false}).errorName, "org.freedesktop.DBus.Error.NoReply");
@@ -104,7 +104,7 @@ TEST_F(FakeServiceTest, RecordsRequestsInOrder)
     EXPECT_TRUE(m_service.Requests().empty());
 }
 
-TEST_F(FakeServiceTest, RejectsWhatIsNotOfTheProtocol)
+TEST_F(FakeServiceTest, RejectsMessagesOutsideTheProtocol)
 {
     auto const wrongMember =
         m_client.Call({m_service.Name(), "/org/corvel/zviptvapi/DbusCommunication/PLAYERCONTROL",

@@ -50,7 +50,7 @@ TEST(BusMonitorTest, SeesMatchRulesAndNameRequests)
     EXPECT_EQ(request->strings, std::vector<std::string>{"org.corvel.name"});
 }
 
-TEST(BusMonitorTest, SurvivesPingsThatAreMeantForOthers)
+TEST(BusMonitorTest, IgnoresPingsToOthers)
 {
     PrivateBus const bus;
     WirePeer one;

@@ -59,7 +59,7 @@ TEST(PrivateBusTest, IsReadyWhenConstructedAndSetsTheEnvironment)
     EXPECT_EQ(errno, ESRCH);
 }
 
-TEST(PrivateBusTest, LeavesTheEnvironmentAloneOnRequest)
+TEST(PrivateBusTest, KeepsTheEnvironmentOnRequest)
 {
     auto const before = Environment();
     BusOptions options;
@@ -80,7 +80,7 @@ TEST(PrivateBusTest, NestedBusesRestoreEachOther)
     EXPECT_EQ(Environment(), outer.Address());
 }
 
-TEST(PrivateBusTest, SaysWhatToInstallWhenThereIsNoDaemon)
+TEST(PrivateBusTest, ReportsWhatToInstallWithoutADaemon)
 {
     BusOptions options;
     options.program = "no-such-dbus-daemon";
@@ -92,7 +92,7 @@ TEST(PrivateBusTest, SaysWhatToInstallWhenThereIsNoDaemon)
     }
 }
 
-TEST(PrivateBusTest, ThrowsForABrokenConfigurationWithTheDaemonsReason)
+TEST(PrivateBusTest, ReportsTheReasonForABrokenConfiguration)
 {
     BusOptions options;
     options.extraConfig = "<nonsense/>";
@@ -104,7 +104,7 @@ TEST(PrivateBusTest, ThrowsForABrokenConfigurationWithTheDaemonsReason)
     }
 }
 
-TEST(PrivateBusTest, ExtraLimitsAndPoliciesAreInForce)
+TEST(PrivateBusTest, AppliesExtraLimitsAndPolicies)
 {
     BusOptions options;
     options.extraConfig = R"(<limit name="max_match_rules_per_connection">1</limit>
@@ -117,7 +117,7 @@ TEST(PrivateBusTest, ExtraLimitsAndPoliciesAreInForce)
     EXPECT_TRUE(peer.OwnName("org.corvel.allowed"));
 }
 
-TEST(PrivateBusTest, WithoutTheOpenPolicyNothingIsAllowed)
+TEST(PrivateBusTest, DeniesEverythingWithoutTheOpenPolicy)
 {
     BusOptions options;
     options.openPolicy = false;

@@ -108,7 +108,7 @@ TEST(WireBodyTest, RefusesValuesThatCannotBeSent)
     EXPECT_THROW(TextVariant("k", "\xff"), std::invalid_argument);
 }
 
-TEST(WireBodyTest, AnExceptionWhileAppendingLeavesNothingBroken)
+TEST(WireBodyTest, SurvivesAnExceptionWhileAppending)
 {
     MessageHandle const message(dbus_message_new_signal("/a", "b.c", "D"));
     auto const body =

@@ -24,7 +24,7 @@ WireMessage Named(std::string const& member)
 
 } // namespace
 
-TEST(WireMessageTest, ValueIsThatOfTheFirstEntryWithTheKey)
+TEST(WireMessageTest, ValueReturnsTheFirstEntryWithTheKey)
 {
     WireMessage message;
     message.entries = Entries({{"k", "first"}, {"k", "second"}});
@@ -34,7 +34,7 @@ TEST(WireMessageTest, ValueIsThatOfTheFirstEntryWithTheKey)
     EXPECT_FALSE(message.Has("other"));
 }
 
-TEST(WireMessageTest, ValueLooksIntoPairsToo)
+TEST(WireMessageTest, ValueAlsoReadsPairs)
 {
     WireMessage message;
     message.pairs = Pairs({{"type", "IPGUTIL"}});
@@ -42,7 +42,7 @@ TEST(WireMessageTest, ValueLooksIntoPairsToo)
     EXPECT_TRUE(message.Has("type"));
 }
 
-TEST(WireMessageTest, EqualityLooksAtEverythingButSerials)
+TEST(WireMessageTest, EqualityIgnoresSerials)
 {
     WireMessage const original = Named("SendSignal");
     WireMessage other = original;
@@ -59,7 +59,7 @@ TEST(WireMessageTest, OrderOfEntriesMatters)
     EXPECT_NE((WireEntry{"a", "s", ""}), (WireEntry{"a", "ay", ""}));
 }
 
-TEST(WireMessageTest, OnlyByteArraysNeedsTheWholeBodyToBeOne)
+TEST(WireMessageTest, OnlyByteArraysRequiresTheWholeBody)
 {
     WireMessage message;
     message.signature = "a{sv}";

@@ -66,13 +66,13 @@ TEST_F(WirePeerFaultsTest, DisconnectVanishesTheNamesAndLeavesAUsableObject)
     m_two.Disconnect();
 }
 
-TEST_F(WirePeerFaultsTest, WaitForOwnerTellsWhenNothingChanges)
+TEST_F(WirePeerFaultsTest, WaitForOwnerReportsThatNothingChanged)
 {
     EXPECT_FALSE(m_one.WaitForOwner("org.corvel.never", true, 20ms));
     EXPECT_FALSE(m_one.WaitForOwner(m_two.Name(), false, 20ms));
 }
 
-TEST_F(WirePeerFaultsTest, WaitForOwnerSeesANameThatComesLater)
+TEST_F(WirePeerFaultsTest, WaitForOwnerNoticesALaterName)
 {
     std::atomic<bool> came{false};
     std::thread waiting([&] { came = m_one.WaitForOwner("org.corvel.later", true); });
@@ -138,7 +138,7 @@ TEST_F(WirePeerFaultsTest, AHandlerMayReplaceItself)
     EXPECT_EQ(m_one.Call(Two()).Value("handler"), "2");
 }
 
-TEST_F(WirePeerFaultsTest, APeerMayGoWhileMessagesPourIn)
+TEST_F(WirePeerFaultsTest, APeerMayEndDuringAFlood)
 {
     for (int round = 0; round < 20; ++round) {
         auto target = std::make_unique<WirePeer>();

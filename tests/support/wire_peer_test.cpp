@@ -42,7 +42,7 @@ TEST_F(WirePeerTest, CallArrivesAsSentAndTheReplyComesBack)
     EXPECT_EQ(*call, expected);
 }
 
-TEST_F(WirePeerTest, PairsGoBothWays)
+TEST_F(WirePeerTest, SendsAndReceivesPairs)
 {
     m_two.SetHandler([](WireMessage const&) { return Pairs({{"dbusname", ":1.42"}}); });
     auto const body = Pairs({{"dbusname", m_one.Name()}, {"type", "IPGUTIL"}, {"add", "y"}});
@@ -50,7 +50,7 @@ TEST_F(WirePeerTest, PairsGoBothWays)
     EXPECT_EQ(m_two.WaitFor(IsCall("Send"))->pairs, body);
 }
 
-TEST_F(WirePeerTest, ErrorsAndRawBodiesAsAnswers)
+TEST_F(WirePeerTest, AnswersWithErrorsAndRawBodies)
 {
     m_two.SetHandler([](WireMessage const& call) {
         if (call.member == "Fail") {
@@ -84,7 +84,7 @@ TEST_F(WirePeerTest, AThrowingHandlerAnswersWithItsText)
     EXPECT_EQ(m_one.Call(Two()).errorName, "org.corvel.zviptvapi.test.HandlerFailed");
 }
 
-TEST_F(WirePeerTest, DelayedAnswersDoNotHoldUpOthers)
+TEST_F(WirePeerTest, DelayedAnswersDoNotDelayOthers)
 {
     m_two.SetHandler([](WireMessage const& call) {
         WireAnswer const answer(Entries({{"for", call.member}}));
@@ -159,7 +159,7 @@ TEST_F(WirePeerTest, RecordingCanBeSwitchedOff)
     EXPECT_EQ(m_two.Received().Count(IsSignal("Unseen")), 0U);
 }
 
-TEST_F(WirePeerTest, AMebibyteGoesThereAndBackUnchanged)
+TEST_F(WirePeerTest, AMebibyteReturnsUnchanged)
 {
     auto const blob = PatternBytes(1024 * 1024);
     m_two.SetHandler([](WireMessage const& call) { return Entries({{"echo", call.Value("data")}}); });
@@ -191,7 +191,7 @@ TEST_F(WirePeerTest, NamesAreOwnedListedAndReleased)
     EXPECT_EQ(m_one.GetNameOwner("org.corvel.name"), "");
 }
 
-TEST_F(WirePeerTest, FlagsOfACallAreSeen)
+TEST_F(WirePeerTest, ReportsTheFlagsOfACall)
 {
     m_one.CallWithoutReply(Two("Quiet"));
     auto const quiet = m_two.WaitFor(IsCall("Quiet"));
@@ -203,7 +203,7 @@ TEST_F(WirePeerTest, FlagsOfACallAreSeen)
     EXPECT_FALSE(m_two.WaitFor(IsCall("NoStart"))->noReply);
 }
 
-TEST_F(WirePeerTest, InvalidNamesAreRefusedHereNotByAnAbort)
+TEST_F(WirePeerTest, RefusesInvalidNamesWithoutAnAbort)
 {
     EXPECT_THROW(m_one.Call({"nodot", "/p", "a.b", "M"}), std::invalid_argument);
     EXPECT_THROW(m_one.Call({m_two.Name(), "p", "a.b", "M"}), std::invalid_argument);

@@ -86,7 +86,7 @@ TEST_F(CaptureReaderTest, ReadsLiteralPcap)
     EXPECT_EQ(reader.Read(), 1U);
 }
 
-TEST_F(CaptureReaderTest, SkipsAndCountsMessagesThatWereRecordedInPart)
+TEST_F(CaptureReaderTest, SkipsAndCountsIncompleteMessages)
 {
     Reading const reading = ReadAll(Write(PcapHead(231) + PcapRecord("hel", 5) + PcapRecord("world", 5)));
     EXPECT_EQ(reading.read, 1U);
@@ -94,7 +94,7 @@ TEST_F(CaptureReaderTest, SkipsAndCountsMessagesThatWereRecordedInPart)
     EXPECT_EQ(reading.error, "");
 }
 
-TEST_F(CaptureReaderTest, RefusesCapturesOfOtherThings)
+TEST_F(CaptureReaderTest, RefusesCapturesOfOtherTraffic)
 {
     EXPECT_EQ(ReadAll(Write(PcapHead(1))).error,
               "cannot read '" + m_path +
@@ -102,7 +102,7 @@ TEST_F(CaptureReaderTest, RefusesCapturesOfOtherThings)
                   "with zviptvctl trace --out");
 }
 
-TEST_F(CaptureReaderTest, RefusesFilesThatAreNoCaptures)
+TEST_F(CaptureReaderTest, RefusesOtherFiles)
 {
     EXPECT_THAT(ReadAll(Write("hello, this is a text file")).error,
                 StartsWith("cannot read '" + m_path + "': unknown file format; give a file that"));
@@ -110,7 +110,7 @@ TEST_F(CaptureReaderTest, RefusesFilesThatAreNoCaptures)
     EXPECT_THAT(ReadAll(m_folder / "missing").error, HasSubstr("No such file or directory"));
 }
 
-TEST_F(CaptureReaderTest, ReadsTheMessagesBeforeTheCut)
+TEST_F(CaptureReaderTest, ReadsTheMessagesOfATruncatedFile)
 {
     for (char const* const suffix : {".pcap", ".pcapng"}) {
         std::string const path = m_folder / ("whole" + std::string(suffix));
@@ -148,7 +148,7 @@ TEST_F(CaptureReaderTest, TimesAreBetweenTheYears1970And9999)
     EXPECT_EQ(message.time, 5);
 }
 
-TEST_F(CaptureReaderTest, NamesDamageInTheMiddle)
+TEST_F(CaptureReaderTest, ReportsDamageInTheMiddle)
 {
     std::string const damaged = PcapRecord("hello", 5).replace(8, 4, "\xff\xff\xff\x7f");
     Reading const reading = ReadAll(Write(PcapHead(231) + PcapRecord("one", 3) + damaged));

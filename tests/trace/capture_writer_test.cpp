@@ -78,7 +78,7 @@ private:
 INSTANTIATE_TEST_SUITE_P(Formats, CaptureWriterTest, testing::Values(".pcap", ".pcapng"),
                          [](auto const& format) { return std::string(format.param + 1); });
 
-TEST_P(CaptureWriterTest, WhatIsWrittenIsRead)
+TEST_P(CaptureWriterTest, ReadsBackWhatWasWritten)
 {
     {
         CaptureWriter writer(Path(), "test");
@@ -96,7 +96,7 @@ TEST_P(CaptureWriterTest, WhatIsWrittenIsRead)
     EXPECT_EQ(messages[3].bytes, std::string(1'000'001, 'x'));
 }
 
-TEST_P(CaptureWriterTest, WhatWasFlushedOutlivesAProcessThatIsKilled)
+TEST_P(CaptureWriterTest, FlushedMessagesSurviveAKill)
 {
     pid_t const child = fork();
     if (child == 0) {
@@ -142,14 +142,14 @@ TEST_P(CaptureWriterTest, AFullDiskIsAnErrorAndTheFileEndsAfterItsLastMessage)
     }
 }
 
-TEST(CaptureWriterNamesTest, TheNameSaysTheFormat)
+TEST(CaptureWriterNamesTest, TheNameSelectsTheFormat)
 {
     EXPECT_EQ(ErrorOf("/tmp/x.cap"), "cannot write '/tmp/x.cap': its name does not say the format; name it "
                                      "FILE.pcapng or FILE.pcap");
     EXPECT_THAT(ErrorOf("/nowhere/x.pcap"), StartsWith("cannot write '/nowhere/x.pcap': No such file"));
 }
 
-TEST(CaptureWriterNamesTest, PcapngHasItsBlocksByteByByte)
+TEST(CaptureWriterNamesTest, WritesThePcapngBlocksByteByByte)
 {
     TemporaryFolder const folder;
     CaptureWriter(folder / "a.pcapng", "me").Write({0x0000000123456789, "hello"});

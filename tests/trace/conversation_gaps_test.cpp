@@ -22,7 +22,7 @@ Problems ProblemsOf(MadeMessage const& message)
 
 } // namespace
 
-TEST(ConversationGapsTest, AReplyWhoseRequestCameBeforeTheRecordingIsShown)
+TEST(ConversationGapsTest, ShowsAReplyToARequestBeforeTheRecording)
 {
     Conversation conversation;
     auto const reply =
@@ -37,7 +37,7 @@ TEST(ConversationGapsTest, AReplyWhoseRequestCameBeforeTheRecordingIsShown)
     EXPECT_EQ(conversation.Count().unasked, 1U);
 }
 
-TEST(ConversationGapsTest, OtherTrafficIsCountedOnly)
+TEST(ConversationGapsTest, OtherTrafficIsOnlyCounted)
 {
     Conversation conversation;
     MadeMessage foreign = MadeRequest("PLAYERCONTROL", 1, WireBody::Strings({"x"}));
@@ -54,7 +54,7 @@ TEST(ConversationGapsTest, OtherTrafficIsCountedOnly)
     EXPECT_EQ(conversation.Count().malformed, 0U);
 }
 
-TEST(ConversationGapsTest, MalformedMessagesAreCountedAndTheFirstIsNamed)
+TEST(ConversationGapsTest, MalformedMessagesAreCountedAndTheFirstIsReported)
 {
     Conversation conversation;
     conversation.Add(MadeReply(2, Entries({{"Version", "1"}})).At(4));
@@ -65,7 +65,7 @@ TEST(ConversationGapsTest, MalformedMessagesAreCountedAndTheFirstIsNamed)
     EXPECT_EQ(conversation.Count().foreign, 1U);
 }
 
-TEST(ConversationGapsTest, RequestsWithoutRepliesAreForgottenAtLast)
+TEST(ConversationGapsTest, DropsOldRequestsWithoutReplies)
 {
     Conversation conversation;
     for (std::uint32_t serial = 1; serial <= 32'770; ++serial) {
@@ -78,7 +78,7 @@ TEST(ConversationGapsTest, RequestsWithoutRepliesAreForgottenAtLast)
     EXPECT_EQ(known->function, "ExistXmlForIPG");
 }
 
-TEST(ConversationGapsTest, ARequestThatWantsNoReplyIsNotAwaited)
+TEST(ConversationGapsTest, ExpectsNoReplyToARequestWithoutOne)
 {
     Conversation conversation;
     MadeMessage request = MadeRequest("IPGUTIL", 1, Entries({{"functionname", "ExistXmlForIPG"}}));
@@ -87,7 +87,7 @@ TEST(ConversationGapsTest, ARequestThatWantsNoReplyIsNotAwaited)
     EXPECT_EQ(conversation.Add(MadeReply(1, Entries({{"result_internal", "1"}})).At(2))->function, "");
 }
 
-TEST(ConversationGapsTest, SaysWhatIsWrongInTheWordsOfTheDissector)
+TEST(ConversationGapsTest, ReportsProblemsInTheWordsOfTheDissector)
 {
     EXPECT_THAT(ProblemsOf(MadeRequest(
                     "PLAYERCONTROL", 1,

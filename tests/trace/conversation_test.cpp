@@ -140,7 +140,7 @@ TEST(ConversationTest, PushesHavePidTimeStampAndSize)
     EXPECT_EQ(caption->values.at(1).text, "TELETEXT");
 }
 
-TEST(ConversationTest, TheServicesCallWithoutEntriesIsItsOwn)
+TEST(ConversationTest, ACallOfTheServiceWithoutEntriesIsASeparateEvent)
 {
     Conversation conversation;
     conversation.Add(MadeNotification(Entries({{"functionname", "PESCB"}})).At(10));
@@ -176,7 +176,7 @@ TEST(ConversationTest, ApplicationsHaveTheirNameAndProcess)
     EXPECT_EQ(ToJson(*first)["application"].toStyledString(), Same(R"({"bus": ":1.5"})"));
 }
 
-TEST(ConversationTest, LearnsProcessesFromTheBussAnswersToOthers)
+TEST(ConversationTest, LearnsProcessesFromAnswersOfTheBusToOthers)
 {
     Conversation conversation;
     conversation.Add(MadeRequest("IPGUTIL", 1, Entries({{"functionname", "ExistXmlForIPG"}})).At(10));
@@ -201,7 +201,7 @@ TEST(ConversationTest, LearnsProcessesFromTheBussAnswersToOthers)
     EXPECT_EQ(conversation.Count().foreign, 2U);
 }
 
-TEST(ConversationTest, LossesAndArrivalsComeFromTheBus)
+TEST(ConversationTest, TakesLossesAndArrivalsFromTheBus)
 {
     Conversation conversation;
     auto const arrival =

@@ -64,7 +64,7 @@ TEST_F(MonitorTest, SeesEveryMessageInOrder)
     EXPECT_EQ(monitor.Lost(), 0U);
 }
 
-TEST_F(MonitorTest, HandsOverTheValuesThatWereSent)
+TEST_F(MonitorTest, ReportsTheValuesThatWereSent)
 {
     WirePeer sender;
     WirePeer receiver;
@@ -87,7 +87,7 @@ TEST_F(MonitorTest, HandsOverTheValuesThatWereSent)
     EXPECT_NEAR(static_cast<double>(m_messages.back().time), static_cast<double>(g_get_real_time()), 20e6);
 }
 
-TEST_F(MonitorTest, StaysSilentWhenOthersAreCalled)
+TEST_F(MonitorTest, DoesNotAnswerCallsToOthers)
 {
     WirePeer caller;
     WirePeer callee;
@@ -102,7 +102,7 @@ TEST_F(MonitorTest, StaysSilentWhenOthersAreCalled)
     EXPECT_FALSE(m_end);
 }
 
-TEST_F(MonitorTest, CatchesUpWithEverythingThatTheBusHasPassedOn)
+TEST_F(MonitorTest, CatchesUpWithTheBus)
 {
     constexpr std::size_t count = 10'000;
     WirePeer sender;
@@ -120,7 +120,7 @@ TEST_F(MonitorTest, CatchesUpWithEverythingThatTheBusHasPassedOn)
     monitor.CatchUp(); // returns
 }
 
-TEST_F(MonitorTest, SaysThatTheBusEndedAfterItsLastMessage)
+TEST_F(MonitorTest, ReportsTheEndOfTheBusAfterItsLastMessage)
 {
     WirePeer sender;
     Monitor const monitor(m_bus.Address(), Collecting());
@@ -134,7 +134,7 @@ TEST_F(MonitorTest, SaysThatTheBusEndedAfterItsLastMessage)
     }));
 }
 
-TEST_F(MonitorTest, HandsNothingOverAfterItsEnd)
+TEST_F(MonitorTest, ReportsNothingAfterItsEnd)
 {
     WirePeer sender;
     {
@@ -149,7 +149,7 @@ TEST_F(MonitorTest, HandsNothingOverAfterItsEnd)
     EXPECT_EQ(m_messages.size(), before);
 }
 
-TEST_F(MonitorTest, NamesABusThatIsNotThere)
+TEST_F(MonitorTest, ReportsAMissingBus)
 {
     m_bus.Kill();
     try {

@@ -150,7 +150,7 @@ TEST(ParsedMessageTest, SkipsVariantsOfEveryType)
     EXPECT_EQ(entries[3].value, "here");
 }
 
-TEST(ParsedMessageTest, NamesWhatIsMalformed)
+TEST(ParsedMessageTest, ReportsWhatIsMalformed)
 {
     std::string const good = MadeRequest("IPGUTIL", 1, Entries({{"key", "value"}})).Bytes();
     EXPECT_EQ(ProblemOf(good), "none");

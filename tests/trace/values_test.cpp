@@ -78,7 +78,7 @@ TEST(ValuesTest, LanguagesAreTheirCodes)
     EXPECT_EQ(DecodeOf("BROADCASTDATA", "GetCurrentAudioInfo", true, "landCode", "0").value.text, "UNKNOWN");
 }
 
-TEST(ValuesTest, RecordsAreReadByTheirLayout)
+TEST(ValuesTest, ReadsRecordsByTheirLayout)
 {
     std::string bytes("gne\0\1\0\0\0\x05\1\x30\3\x80\xbb\0\0\0\xee\2\0\2\1\x0f", 23);
     bytes.resize(32);

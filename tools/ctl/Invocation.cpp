@@ -51,10 +51,10 @@ ExitCode Invocation::AnswerWith(std::function<Answer(Session& session)> const& c
         Answer const answer = command(session);
         Print(text, answer, asJson);
         if (!answer.warning.empty()) {
-            Say(answer.warning);
+            PrintMessage(answer.warning);
         }
         for (Failure const& failure : answer.failures) {
-            Say(failure.what());
+            PrintMessage(failure.what());
         }
         return answer.Code();
     });
@@ -68,7 +68,7 @@ ExitCode Invocation::Perform(std::function<ExitCode()> const& command, bool answ
         OutputFile const probe("-"); // before another file gets the number of a closed standard output
         return command();
     } catch (Failure const& failure) {
-        Say(failure.what());
+        PrintMessage(failure.what());
         bool const isAboutService = failure.Code() == ExitCode::NoService ||
                                     failure.Code() == ExitCode::NoAnswer ||
                                     failure.Code() == ExitCode::Malformed;
@@ -79,7 +79,7 @@ ExitCode Invocation::Perform(std::function<ExitCode()> const& command, bool answ
     }
 }
 
-void Say(std::string const& text)
+void PrintMessage(std::string const& text)
 {
     std::cerr << "zviptvctl: " << PrintableText(text) << '\n';
 }

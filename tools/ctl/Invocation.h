@@ -33,6 +33,6 @@ struct Invocation
 };
 
 /// Writes a line to standard error.
-void Say(std::string const& text);
+void PrintMessage(std::string const& text);
 
 } // namespace zviptv::ctl

@@ -93,7 +93,7 @@ void CommandLine::AddSimulator()
         *simulator, [this](CLI::App& app) { AddGlobalOptions(app); },
         [this](std::vector<std::string> words) {
             m_action = [this, words = std::move(words)] {
-                return SteerSimulator(words, m_invocation.asJson);
+                return ControlSimulator(words, m_invocation.asJson);
             };
         });
 }

@@ -44,7 +44,7 @@ void RequireDifferentFiles(TraceOptions const& options)
     }
 }
 
-void RequireSense(TraceOptions const& options)
+void RequireCompatibleOptions(TraceOptions const& options)
 {
     std::string const badName =
         options.out.empty() ? std::string() : trace::CaptureWriter::CheckName(options.out);
@@ -99,7 +99,7 @@ void CommandLine::AddTrace()
             if (!given->seconds.empty()) {
                 given->options.duration = ParseSeconds(given->seconds, {"trace", "--seconds"});
             }
-            RequireSense(given->options);
+            RequireCompatibleOptions(given->options);
             return Trace(given->options).Run();
         };
     });

@@ -8,7 +8,7 @@ namespace zviptv::trace {
 namespace {
 
 /// The default limit of a system bus: 128 calls of each of 256 connections of a user.
-constexpr std::size_t MostOpen = 32'768;
+constexpr std::size_t MaxOpen = 32'768;
 
 std::string KeyOf(std::string_view caller, std::uint32_t serial)
 {
@@ -22,7 +22,7 @@ void Exchanges::Add(std::string_view caller, std::uint32_t serial, Exchange exch
     std::string key = KeyOf(caller, serial);
     m_open.insert_or_assign(key, std::move(exchange));
     m_order.push_back(std::move(key));
-    while (!m_order.empty() && (m_order.size() > MostOpen || m_open.count(m_order.front()) == 0)) {
+    while (!m_order.empty() && (m_order.size() > MaxOpen || m_open.count(m_order.front()) == 0)) {
         m_forgotten += m_open.erase(m_order.front());
         m_order.pop_front();
     }

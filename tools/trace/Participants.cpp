@@ -6,7 +6,7 @@ namespace zviptv::trace {
 namespace {
 
 /// More than a bus has connections. A recording of something else may have more names.
-constexpr std::size_t Most = 10'000;
+constexpr std::size_t MaxApplications = 10'000;
 
 } // namespace
 
@@ -15,7 +15,7 @@ Participants::ApplicationPtr Participants::See(std::string const& busName)
     if (ApplicationPtr known = Find(busName)) {
         return known;
     }
-    if (m_applications.size() >= Most) {
+    if (m_applications.size() >= MaxApplications) {
         m_applications.erase(m_applications.begin());
     }
     auto made = std::make_shared<Application>();
@@ -45,7 +45,7 @@ void Participants::Change(std::string const& busName, std::function<void(Applica
 
 void Participants::SeeService(std::string const& busName)
 {
-    if (m_services.size() >= Most) {
+    if (m_services.size() >= MaxApplications) {
         m_services.clear();
     }
     m_services.insert(busName);

@@ -62,7 +62,7 @@ public:
         if (failure != 0 || address.empty()) {
             close(m_input);
             throw TelevisionError(failure != 0 ? "cannot start " + words[0] + ": " + std::strerror(failure)
-                                               : "zviptv-sim did not start: " + HowItEnded(0));
+                                               : "zviptv-sim did not start: " + EndDescription(0));
         }
         setenv("DBUS_SYSTEM_BUS_ADDRESS", address.c_str(), 1);
     }
@@ -85,7 +85,7 @@ public:
     {
         auto const end = std::chrono::steady_clock::now() + std::chrono::seconds(1);
         do {
-            if (m_end = m_end.empty() ? HowItEnded(WNOHANG) : m_end; !m_end.empty()) {
+            if (m_end = m_end.empty() ? EndDescription(WNOHANG) : m_end; !m_end.empty()) {
                 throw TelevisionError("zviptv-sim has ended during the tests: " + m_end);
             }
             usleep(1000);
@@ -131,7 +131,7 @@ private:
     }
 
     /// Empty if it has not.
-    std::string HowItEnded(int flags)
+    std::string EndDescription(int flags)
     {
         int status = 0;
         if (m_pid == 0 || waitpid(m_pid, &status, flags) != m_pid) {

@@ -12,7 +12,7 @@ namespace zviptv {
 
 namespace {
 
-constexpr std::size_t MostText = 4096; // bytes; libaribb24 walks all that it has found for each character
+constexpr std::size_t MaxText = 4096; // bytes; libaribb24 walks all that it has found for each character
 
 struct DestroyInstance
 {
@@ -47,7 +47,7 @@ std::vector<CaptionLine> AribCaptionDecoder::State::Lines(std::vector<std::uint8
     constexpr int OneSegmentHeight = 18;
     constexpr std::size_t LongestCharacter = 4;
     arib_decoder_t* const decoder = instance ? arib_get_decoder(instance.get()) : nullptr;
-    if (decoder == nullptr || text.size() > MostText) {
+    if (decoder == nullptr || text.size() > MaxText) {
         return {};
     }
     std::vector<std::uint8_t> const safe = DecodableText(text);

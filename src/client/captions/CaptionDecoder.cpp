@@ -7,7 +7,7 @@ namespace zviptv {
 
 namespace {
 
-constexpr std::size_t MostStreams = 16; // of each kind
+constexpr std::size_t MaxStreams = 16; // of each kind
 
 void Append(std::vector<Caption>& all, std::vector<Caption> more, std::optional<std::uint16_t> pid)
 {
@@ -34,11 +34,11 @@ std::vector<Caption> CaptionDecoder::State::Decode(EZVPESType kind, Pid pid, Byt
                                                    std::optional<std::uint64_t> pts)
 {
     std::vector<Caption> captions;
-    if (kind == ZV_PES_TELETEXT && (teletext.count(pid) != 0 || teletext.size() < MostStreams)) {
+    if (kind == ZV_PES_TELETEXT && (teletext.count(pid) != 0 || teletext.size() < MaxStreams)) {
         TeletextDecoder& decoder = teletext.try_emplace(pid, pages).first->second;
         Append(captions, decoder.Decode(field, pts), pid);
     }
-    if (kind == ZV_PES_CAPTION && (arib.count(pid) != 0 || arib.size() < MostStreams)) {
+    if (kind == ZV_PES_CAPTION && (arib.count(pid) != 0 || arib.size() < MaxStreams)) {
         AribCaptionDecoder& decoder = arib.try_emplace(pid).first->second;
         if (auto caption = decoder.Decode(field, pts)) {
             caption->pid = pid;

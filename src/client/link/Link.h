@@ -91,7 +91,7 @@ private:
     void OnAnnounced(std::shared_ptr<Attachment> const& attachment, EndpointId endpoint,
                      std::string const& partner);
     /// Names the application to a service that has just named its endpoint.
-    Request Introduction() const;
+    Request ApplicationIdRequest() const;
     std::optional<Failure> ConnectNow(EndpointId endpoint, Channel& channel, char const* function);
 
     // Calls.

@@ -67,7 +67,7 @@ void Link::OnAnnounced(std::shared_ptr<Attachment> const& attachment, EndpointId
     }
     if (endpoint == EndpointId::PlayerControl && !m_options.applicationId.empty()) {
         ContextScope const scope(m_context.get());
-        Request request = Introduction();
+        Request request = ApplicationIdRequest();
         channel.Helper().SendAsync(
             request.Message(), -1, nullptr, [](CMessageBuffer*, void*) {}, nullptr);
     }
@@ -79,14 +79,14 @@ std::optional<Failure> Link::ConnectNow(EndpointId endpoint, Channel& channel, c
     ContextScope const scope(m_context.get());
     std::optional<Failure> failure = channel.ConnectNow(function);
     if (!failure && endpoint == EndpointId::PlayerControl && !m_options.applicationId.empty()) {
-        Request request = Introduction();
+        Request request = ApplicationIdRequest();
         CMessageBuffer reply;
         channel.Helper().SendMessage(request.Message(), reply, 0);
     }
     return failure;
 }
 
-Request Link::Introduction() const
+Request Link::ApplicationIdRequest() const
 {
     Request request(EndpointId::PlayerControl, protocol::function::SetAppID, std::nullopt);
     request.Add(protocol::key::AppID, m_options.applicationId);

@@ -27,7 +27,7 @@ PushRequests::PushRequests(Link& link)
 {
 }
 
-void PushRequests::Want(char const* function, bool isWanted)
+void PushRequests::SetWanted(char const* function, bool isWanted)
 {
     for (Subject& subject : m_subjects) {
         if (std::strcmp(subject.function, function) == 0) {

@@ -21,7 +21,7 @@ public:
     explicit PushRequests(Link& link);
 
     /// What is pushed from now on, by the function that asks for it: "requestPESCB" or "requestCaptionCB".
-    void Want(char const* function, bool isWanted);
+    void SetWanted(char const* function, bool isWanted);
 
     /// The service knows nothing of former requests.
     void Forget();

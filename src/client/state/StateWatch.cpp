@@ -161,28 +161,28 @@ void StateWatch::EndRound()
     }
     TelevisionState const before = std::exchange(m_state, m_next);
     if (!std::exchange(m_isKnown, true)) {
-        Tell(m_state);
+        Report(m_state);
         return;
     }
-    TellChanges(static_cast<StateEvent const*>(nullptr), before, TelevisionState(m_state));
+    ReportChanges(static_cast<StateEvent const*>(nullptr), before, TelevisionState(m_state));
 }
 
 template <auto... Values>
-void StateWatch::TellChanges(std::variant<TelevisionState, StateChange<Values>...> const* /*event*/,
-                             TelevisionState const& before, TelevisionState const& after)
+void StateWatch::ReportChanges(std::variant<TelevisionState, StateChange<Values>...> const* /*event*/,
+                               TelevisionState const& before, TelevisionState const& after)
 {
-    (TellChange<Values>(before, after), ...);
+    (ReportChange<Values>(before, after), ...);
 }
 
 template <auto Value>
-void StateWatch::TellChange(TelevisionState const& before, TelevisionState const& after)
+void StateWatch::ReportChange(TelevisionState const& before, TelevisionState const& after)
 {
     if (before.*Value != after.*Value) {
-        Tell(StateChange<Value>{before.*Value, after.*Value});
+        Report(StateChange<Value>{before.*Value, after.*Value});
     }
 }
 
-void StateWatch::Tell(StateEvent const& event)
+void StateWatch::Report(StateEvent const& event)
 {
     if (!m_isEnded && m_callback) { // the callback may have ended the watcher, or the television
         m_link->Guard("StateWatcher", [&] { m_callback(event); });

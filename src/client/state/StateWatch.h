@@ -33,12 +33,12 @@ private:
     void EndRound();
     void StartRoundAfter(std::chrono::milliseconds time);
 
-    void Tell(StateEvent const& event);
+    void Report(StateEvent const& event);
     template <auto Value>
-    void TellChange(TelevisionState const& before, TelevisionState const& after);
+    void ReportChange(TelevisionState const& before, TelevisionState const& after);
     template <auto... Values>
-    void TellChanges(std::variant<TelevisionState, StateChange<Values>...> const* event,
-                     TelevisionState const& before, TelevisionState const& after);
+    void ReportChanges(std::variant<TelevisionState, StateChange<Values>...> const* event,
+                       TelevisionState const& before, TelevisionState const& after);
 
     /// The completion of the next question, which puts the answer into `value` of m_next.
     template <class Answer, class T>

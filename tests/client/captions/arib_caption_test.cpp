@@ -137,7 +137,7 @@ TEST(AribCaptionDecoder, EveryStatementIsReadFromItsBeginning)
     EXPECT_EQ(text, "ああああああああああああああああああああ") << "sets and sizes do not last";
 }
 
-TEST(AribCaptionDecoder, LongControlSequencesAreLeftOut)
+TEST(AribCaptionDecoder, OmitsLongControlSequences)
 {
     AribCaptionDecoder decoder;
     for (std::size_t const count : {14U, 17U, 255U, 256U, 257U, 4000U}) {
@@ -162,7 +162,7 @@ TEST(AribCaptionDecoder, UnitsThatDoNotFitEndTheText)
     }
 }
 
-TEST(AribCaptionDecoder, LongTextIsLeftOut)
+TEST(AribCaptionDecoder, OmitsLongText)
 {
     AribCaptionDecoder decoder;
     EXPECT_TRUE(decoder.Decode(Text(Bytes(4096, 0xA2)), 1));

@@ -31,7 +31,7 @@ PesPacket Packet(EZVPESType kind, std::uint16_t pid, Bytes const& field, std::ui
 
 } // namespace
 
-TEST(CaptionDecoder, StreamsAreDecodedApart)
+TEST(CaptionDecoder, StreamsAreDecodedIndependently)
 {
     CaptionDecoder decoder;
     EXPECT_THAT(decoder.Decode(Packet(ZV_PES_TELETEXT, 0x100, TeletextField("one"), 5)), IsEmpty());
@@ -45,7 +45,7 @@ TEST(CaptionDecoder, StreamsAreDecodedApart)
     EXPECT_EQ(captions[1].Text(), "two");
 }
 
-TEST(CaptionDecoder, KindDecides)
+TEST(CaptionDecoder, TheKindSelectsTheDecoder)
 {
     CaptionDecoder decoder;
     auto const captions = decoder.Decode(Packet(ZV_PES_CAPTION, 0x130, AribField, 9));

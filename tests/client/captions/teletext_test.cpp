@@ -40,7 +40,7 @@ TEST(TeletextDecoder, PageIsCompleteWithTheNextHeader)
     EXPECT_THAT(TextsOf(decoder.Flush()), ElementsAre("888: "));
 }
 
-TEST(TeletextDecoder, RowsMayComeInLaterPackets)
+TEST(TeletextDecoder, RowsMayArriveInLaterPackets)
 {
     TeletextDecoder decoder;
     decoder.Decode(TeletextBuilder().Header(0x888, Subtitle).Field(), 100);
@@ -123,7 +123,7 @@ TEST(TeletextDecoder, NationalCharactersAreRead)
     EXPECT_THAT(TextsOf(decoder.Flush()), ElementsAre("889: äöüßÄÖÜ"));
 }
 
-TEST(TeletextDecoder, HexadecimalPagesAndDamagedHeadersAreLeftOut)
+TEST(TeletextDecoder, OmitsHexadecimalPagesAndDamagedHeaders)
 {
     TeletextDecoder decoder;
     decoder.Decode(TeletextBuilder().Header(0x8A8, Subtitle).Row(8, 22, "\v\vhex\n\n").Field(), 1);

@@ -30,7 +30,7 @@ TEST(PesPacket, HeaderFieldsAreRead)
     EXPECT_EQ(packet.Data().Size(), 6U + 16U);
 }
 
-TEST(PesPacket, WithoutHeaderThereAreBytesAlone)
+TEST(PesPacket, WithoutAHeaderHasOnlyBytes)
 {
     for (Bytes const& bytes : {Bytes{}, Bytes{'t', 'e', 'x', 't', 0, 0, 0, 0, 0, 0}, Bytes{0, 0, 1, 0xE0}}) {
         PesPacket const packet = Packet(bytes);

@@ -6,7 +6,7 @@
 namespace zviptv::test {
 namespace {
 
-std::string Complaint(Fields fields)
+std::string FailureOf(Fields fields)
 {
     try {
         fields.at("functionname") == "PESCB" ? static_cast<void>(client::ReadPes(PushOf(fields)))
@@ -74,15 +74,15 @@ TEST(Push, CaptionDataHasTypeAndBytes)
 TEST(Push, UnreadableNumbersNameTheirKey)
 {
     Fields const pes = PesFields("1", "x");
-    EXPECT_EQ(Complaint(Without(pes, "pesPID")), "pesPID: the number is missing");
-    EXPECT_EQ(Complaint(With(pes, "pesPID", "pid")), "pesPID: 'pid' is not a number");
-    EXPECT_EQ(Complaint(With(pes, "pesType", "99999999999")), "pesType: '99999999999' is not a number");
-    EXPECT_EQ(Complaint(Without(pes, "pesDataSize")), "pesDataSize: the number is missing");
-    EXPECT_EQ(Complaint(With(pes, "pesDataSize", "-1")), "pesDataSize: the size -1 is negative");
-    EXPECT_EQ(Complaint(Without(CaptionFields("x"), "captionType")), "captionType: the number is missing");
-    EXPECT_EQ(Complaint(With(CaptionFields("x"), "captionDataSize", "x")),
+    EXPECT_EQ(FailureOf(Without(pes, "pesPID")), "pesPID: the number is missing");
+    EXPECT_EQ(FailureOf(With(pes, "pesPID", "pid")), "pesPID: 'pid' is not a number");
+    EXPECT_EQ(FailureOf(With(pes, "pesType", "99999999999")), "pesType: '99999999999' is not a number");
+    EXPECT_EQ(FailureOf(Without(pes, "pesDataSize")), "pesDataSize: the number is missing");
+    EXPECT_EQ(FailureOf(With(pes, "pesDataSize", "-1")), "pesDataSize: the size -1 is negative");
+    EXPECT_EQ(FailureOf(Without(CaptionFields("x"), "captionType")), "captionType: the number is missing");
+    EXPECT_EQ(FailureOf(With(CaptionFields("x"), "captionDataSize", "x")),
               "captionDataSize: 'x' is not a number");
-    EXPECT_EQ(Complaint(Without(pes, "pesPTS")), "") << "the time is in the packet";
+    EXPECT_EQ(FailureOf(Without(pes, "pesPTS")), "") << "the time is in the packet";
 }
 
 } // namespace zviptv::test

@@ -36,7 +36,7 @@ protected:
 
 } // namespace
 
-TEST_F(SubscriptionTest, ServiceIsAskedOnceWhileThereAreSubscriptions)
+TEST_F(SubscriptionTest, SendsOneRequestForAllSubscriptions)
 {
     Subscription first = Note({}, m_pids);
     {
@@ -199,7 +199,7 @@ TEST_F(SubscriptionTest, SubscriptionsMoveAndOutliveTheHub)
     EXPECT_EQ(other.Counters().packets, 1U);
 }
 
-TEST_F(SubscriptionTest, NullCallbackGivesNoSubscription)
+TEST_F(SubscriptionTest, RefusesANullCallback)
 {
     Subscription const none = m_hub->Add({}, nullptr);
     EXPECT_FALSE(none.IsActive());

@@ -56,7 +56,7 @@ def test_requests_are_decoded(television, ctl):
     assert name.arguments == {"AppID": "org.example.application"}
 
 
-def test_every_test_begins_afresh(television):
+def test_every_test_starts_in_the_initial_state(television):
     assert television.requests == []
     assert television.properties["Faults"] == []
 

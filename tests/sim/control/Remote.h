@@ -166,10 +166,11 @@ private:
 };
 
 /// A simulator on the test's bus, and its remote control.
-class Steered : public Simulator
+class ControlTest : public Simulator
 {
 protected:
-    void Steer(std::vector<std::string> options = {"--loop"}, std::string const& input = ZVIPTV_SAMPLE_FILE)
+    void StartControlled(std::vector<std::string> options = {"--loop"},
+                         std::string const& input = ZVIPTV_SAMPLE_FILE)
     {
         options.insert(options.begin(), {"--ts", input});
         Start(options);
@@ -178,17 +179,17 @@ protected:
         ASSERT_TRUE(m_remote->WaitFor("Running", "true"));
     }
 
-    Remote& TheRemote() { return *m_remote; }
+    Remote& GetRemote() { return *m_remote; }
 
     /// A copy of the sample in the test's folder.
-    std::string CopyOfTheSample(std::string const& name = "other.ts")
+    std::string CopySample(std::string const& name = "other.ts")
     {
         std::string const path = m_bus.Directory() + "/" + name;
         std::ofstream(path, std::ios::binary) << std::ifstream(ZVIPTV_SAMPLE_FILE, std::ios::binary).rdbuf();
         return path;
     }
 
-    std::string CopyOfTheGuide()
+    std::string CopyGuide()
     {
         std::string const path = m_bus.Directory() + "/guide.xml";
         std::ofstream(path) << std::ifstream(ZVIPTV_SAMPLE_GUIDE).rdbuf();

@@ -13,22 +13,22 @@ std::string LossOf(std::string const& address)
            " is lost: it died, or closed the connection; check that it runs, and start the simulator again\n";
 }
 
-class BusLoss : public Steered
+class BusLoss : public ControlTest
 {
 };
 
-TEST_F(BusLoss, EndsTheSimulatorWithOne)
+TEST_F(BusLoss, EndsTheSimulatorWithExitCode1)
 {
-    Steer({"--loop", "--restart-after", "0"});
+    StartControlled({"--loop", "--restart-after", "0"});
     m_bus.Kill();
     EXPECT_EQ(m_simulator->Wait(Patience), (ExitStatus{1, 0}));
     EXPECT_THAT(m_simulator->Errors(), HasSubstr(LossOf(m_bus.Address())));
     EXPECT_THAT(m_simulator->Errors(), Not(HasSubstr("status 0")));
 }
 
-TEST_F(BusLoss, IsSeenWhileTheServiceIsDead)
+TEST_F(BusLoss, IsNoticedWhileTheServiceIsDead)
 {
-    Steer();
+    StartControlled();
     ASSERT_EQ(m_remote->Call("Die", "({},)"), Done);
     m_bus.Kill();
     EXPECT_EQ(m_simulator->Wait(Patience), (ExitStatus{1, 0}));
@@ -36,7 +36,7 @@ TEST_F(BusLoss, IsSeenWhileTheServiceIsDead)
 }
 
 /// The command continues. Its own failure remains the exit status.
-TEST_F(BusLoss, MakesTheStatusOfACommandOne)
+TEST_F(BusLoss, MakesTheStatusOfTheCommand1)
 {
     for (int const code : {0, 3}) {
         ChildProcess process({ZVIPTV_SIM, "--ts", ZVIPTV_SAMPLE_FILE, "--loop", "--", "sh", "-c",

@@ -5,7 +5,7 @@ namespace zviptv::test {
 namespace {
 
 /// One clock: position, guide and the time of GetFirstPTS move together.
-class OneClock : public Steered
+class OneClock : public ControlTest
 {
 protected:
     struct Times
@@ -28,7 +28,7 @@ protected:
 
 TEST_F(OneClock, JumpsWithASeek)
 {
-    Steer({"--loop", "--time", "1774735200"});
+    StartControlled({"--loop", "--time", "1774735200"});
     ASSERT_TRUE(WaitUntil([this] { return m_remote->Number("Duration") > 0; }, Patience));
     ASSERT_EQ(m_remote->Call("Pause"), Done);
     Times const before = Read();
@@ -45,7 +45,7 @@ TEST_F(OneClock, JumpsWithASeek)
 
 TEST_F(OneClock, ASeekBeyondTheEndIsRefused)
 {
-    Steer();
+    StartControlled();
     ASSERT_TRUE(WaitUntil([this] { return m_remote->Number("Duration") > 0; }, Patience));
     EXPECT_EQ(m_remote->Call("Seek", "(12.5,)"),
               std::string(Invalid) + "'12.500' is beyond the end: use 0 to 11.986");
@@ -55,16 +55,16 @@ TEST_F(OneClock, ASeekBeyondTheEndIsRefused)
 
 TEST_F(OneClock, RunsAtTheSpeed)
 {
-    Steer({"--loop", "--time", "1774735200", "--speed", "1000"});
+    StartControlled({"--loop", "--time", "1774735200", "--speed", "1000"});
     // Half an hour takes 1.8 seconds.
     EXPECT_TRUE(WaitUntil([this] { return m_remote->Number("GuideTime") > 1774735200 + 1800; },
                           std::chrono::seconds(10)));
 }
 
 /// The first packet after a seek is the one that a player from the start would hand out there.
-TEST_F(OneClock, ASeekIsExactToAPacket)
+TEST_F(OneClock, ASeekIsExactToThePacket)
 {
-    Steer({"--wait-for", "1", "--pes", "257"});
+    StartControlled({"--wait-for", "1", "--pes", "257"});
     Application all;
     auto const subscribe = [](Application& application) {
         application.Announce("IPTVDATASUBSCRIBER");
@@ -89,7 +89,7 @@ TEST_F(OneClock, ASeekIsExactToAPacket)
 
 TEST_F(OneClock, ASeekWaitsForPlayToBegin)
 {
-    Steer({"--wait-for", "1"});
+    StartControlled({"--wait-for", "1"});
     EXPECT_EQ(m_remote->Get("SourceState"), "'starting'");
     EXPECT_EQ(m_remote->Call("Seek", "(5.0,)"),
               std::string(Invalid) + "play has not begun: --wait-for still waits for applications");

@@ -8,13 +8,13 @@ using testing::StartsWith;
 
 constexpr char Helper[] = "org.corvel.zviptvapi.dbushelper";
 
-class Death : public Steered
+class Death : public ControlTest
 {
 };
 
-TEST_F(Death, IsForGoodUntilARestart)
+TEST_F(Death, IsPermanentUntilARestart)
 {
-    Steer();
+    StartControlled();
     pid_t const first = NewService();
     EXPECT_EQ(first, ServicePid());
     ASSERT_EQ(m_remote->Call("Die", "({},)"), Done);
@@ -35,7 +35,7 @@ TEST_F(Death, IsForGoodUntilARestart)
 
 TEST_F(Death, EndsAfterTheTimeThatWasGiven)
 {
-    Steer();
+    StartControlled();
     pid_t const first = NewService();
     ASSERT_EQ(m_remote->Call("Die", "({'for': <0.3>},)"), Done);
     EXPECT_NE(NewService(first), 0);
@@ -46,7 +46,7 @@ TEST_F(Death, EndsAfterTheTimeThatWasGiven)
 
 TEST_F(Death, ARestartKillsAServiceThatLives)
 {
-    Steer();
+    StartControlled();
     pid_t const first = NewService();
     ASSERT_EQ(m_remote->Call("Restart"), Done);
     EXPECT_TRUE(HasEnded(first));
@@ -54,9 +54,9 @@ TEST_F(Death, ARestartKillsAServiceThatLives)
 }
 
 /// With --restart-after, the service comes back after every kind of death.
-TEST_F(Death, ByASignalOfSomebodyElseCounts)
+TEST_F(Death, ByAForeignSignalCounts)
 {
-    Steer({"--loop", "--restart-after", "0.1"});
+    StartControlled({"--loop", "--restart-after", "0.1"});
     pid_t service = NewService();
     for (int const number : {SIGKILL, SIGTERM, SIGINT, SIGHUP}) {
         ASSERT_GT(service, 0);
@@ -68,9 +68,9 @@ TEST_F(Death, ByASignalOfSomebodyElseCounts)
     }
 }
 
-TEST_F(Death, ByASignalOfSomebodyElseEndsASimulatorThatShallNotRestart)
+TEST_F(Death, ByAForeignSignalEndsASimulatorThatDoesNotRestart)
 {
-    Steer();
+    StartControlled();
     pid_t const service = NewService();
     ASSERT_GT(service, 0);
     ASSERT_EQ(kill(service, SIGKILL), 0);
@@ -78,18 +78,18 @@ TEST_F(Death, ByASignalOfSomebodyElseEndsASimulatorThatShallNotRestart)
 }
 
 /// A crash of the simulator's own code shall be seen.
-TEST_F(Death, ByACrashIsNoDeath)
+TEST_F(Death, ByACrashEndsTheSimulator)
 {
-    Steer({"--loop", "--restart-after", "0.1"});
+    StartControlled({"--loop", "--restart-after", "0.1"});
     pid_t const service = NewService();
     ASSERT_GT(service, 0);
     ASSERT_EQ(kill(service, SIGABRT), 0);
     EXPECT_EQ(m_simulator->Wait(Patience), (ExitStatus{128 + SIGABRT, 0}));
 }
 
-TEST_F(Death, OfTheSimulatorTakesTheServiceAlong)
+TEST_F(Death, OfTheSimulatorEndsTheService)
 {
-    Steer();
+    StartControlled();
     pid_t const service = NewService();
     m_simulator->Signal(SIGKILL);
     EXPECT_TRUE(WaitUntil([service] { return HasEnded(service); }, Patience));
@@ -97,9 +97,9 @@ TEST_F(Death, OfTheSimulatorTakesTheServiceAlong)
 }
 
 /// The broadcast continues while the service is dead.
-TEST_F(Death, TheClockGoesOn)
+TEST_F(Death, TheClockContinues)
 {
-    Steer({"--time", "1774735200", "--speed", "2"});
+    StartControlled({"--time", "1774735200", "--speed", "2"});
     pid_t const first = NewService();
     EXPECT_EQ(m_remote->Get("SourceState"), "'playing'");
     ASSERT_EQ(m_remote->Call("Die", "({},)"), Done);
@@ -114,9 +114,9 @@ TEST_F(Death, TheClockGoesOn)
     EXPECT_LE(m_remote->Number("GuideTime"), guide + 60);
 }
 
-TEST_F(Death, TheClockStartsAgainIfThatIsAskedFor)
+TEST_F(Death, TheClockRestartsOnRequest)
 {
-    Steer({"--time", "1774735200", "--restart-from-start"});
+    StartControlled({"--time", "1774735200", "--restart-from-start"});
     pid_t const first = NewService();
     ASSERT_EQ(m_remote->Call("Seek", "(10.0,)"), Done);
     ASSERT_EQ(m_remote->Call("SetTime", "(1800000000,)"), Done);
@@ -126,11 +126,11 @@ TEST_F(Death, TheClockStartsAgainIfThatIsAskedFor)
     EXPECT_NEAR(m_remote->Number("GuideTime"), 1774735200, 5);
 }
 
-TEST_F(Death, WhatTheControlInterfaceHasSetStays)
+TEST_F(Death, KeepsWhatTheControlInterfaceSet)
 {
-    Steer();
+    StartControlled();
     pid_t const first = NewService();
-    std::string const other = CopyOfTheSample();
+    std::string const other = CopySample();
     ASSERT_EQ(m_remote->Call("Load", "('" + other + "',)"), Done);
     ASSERT_EQ(m_remote->Call("SetTime", "(1774735200,)"), Done);
     ASSERT_EQ(m_remote->Call("SetSpeed", "(2.0,)"), Done);
@@ -159,7 +159,7 @@ TEST_F(Death, WhatTheControlInterfaceHasSetStays)
 /// Other tracks, or a fault, are there before applications find the service again.
 TEST_F(Death, CallsWaitForAServiceThatComesBack)
 {
-    Steer();
+    StartControlled();
     pid_t const first = NewService();
     ASSERT_EQ(m_remote->Call("Die", "({'for': <0.5>},)"), Done);
     EXPECT_EQ(m_remote->Get("Running"), "false");
@@ -176,7 +176,7 @@ TEST_F(Death, CallsWaitForAServiceThatComesBack)
 /// As if the service had played all the time.
 TEST_F(Death, CallsThatMoveTheClockWork)
 {
-    Steer();
+    StartControlled();
     ASSERT_EQ(m_remote->Call("Die", "({'for': <0.5>},)"), Done);
     EXPECT_EQ(m_remote->Call("Seek", "(7.0,)"), Done);
     EXPECT_EQ(m_remote->Call("SetSpeed", "(2.0,)"), Done);
@@ -190,7 +190,7 @@ TEST_F(Death, CallsThatMoveTheClockWork)
 
 TEST_F(Death, ASeekWorksBeforeAStreamStartsAgain)
 {
-    Steer({"--loop", "--restart-from-start"});
+    StartControlled({"--loop", "--restart-from-start"});
     ASSERT_EQ(m_remote->Call("Pause"), Done);
     ASSERT_EQ(m_remote->Call("Die", "({'for': <0.5>},)"), Done);
     EXPECT_EQ(m_remote->Call("Seek", "(7.0,)"), Done);
@@ -200,7 +200,7 @@ TEST_F(Death, ASeekWorksBeforeAStreamStartsAgain)
 
 TEST_F(Death, ASeekIsRefusedWhileApplicationsAreAwaited)
 {
-    Steer({"--loop", "--wait-for", "1"});
+    StartControlled({"--loop", "--wait-for", "1"});
     std::string const refusal =
         std::string(Invalid) + "play has not begun: --wait-for still waits for applications";
     EXPECT_EQ(m_remote->Call("Seek", "(7.0,)"), refusal);
@@ -211,7 +211,7 @@ TEST_F(Death, ASeekIsRefusedWhileApplicationsAreAwaited)
 /// Its caller would not know of it.
 TEST_F(Death, DropsACallWhoseCallerHasLeft)
 {
-    Steer();
+    StartControlled();
     ASSERT_EQ(m_remote->Call("Die", "({'for': <100000.0>},)"), Done);
     std::string name;
     {
@@ -229,7 +229,7 @@ TEST_F(Death, DropsACallWhoseCallerHasLeft)
 /// Killed at any moment of its life, again and again.
 TEST_F(Death, AtAnyMomentIsSurvived)
 {
-    Steer({"--loop", "--restart-after", "0"});
+    StartControlled({"--loop", "--restart-after", "0"});
     ASSERT_EQ(m_remote->Call("AddFault", "('MuteAudio=result:7', {})"), Done);
     for (int round = 0; round < 40; ++round) {
         std::this_thread::sleep_for(std::chrono::milliseconds(3 * round % 60)); // the moment

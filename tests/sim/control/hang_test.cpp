@@ -8,7 +8,7 @@ using testing::HasSubstr;
 using testing::StartsWith;
 
 /// A service or simulator that is stopped, and does not answer.
-class Hang : public Steered
+class Hang : public ControlTest
 {
 protected:
     static int CodeOf(ChildProcess& process)
@@ -17,9 +17,9 @@ protected:
     }
 };
 
-TEST_F(Hang, OfTheServiceLeavesItsLastReport)
+TEST_F(Hang, OfTheServiceKeepsItsLastReport)
 {
-    Steer();
+    StartControlled();
     ASSERT_EQ(m_remote->Call("SetSpeed", "(2.0,)"), Done);
     EXPECT_EQ(m_remote->Get("Responding"), "true");
     pid_t const service = NewService();
@@ -36,9 +36,9 @@ TEST_F(Hang, OfTheServiceLeavesItsLastReport)
 }
 
 /// Takes 15 seconds.
-TEST_F(Hang, OfTheServiceEndsCallsWithWhatToDo)
+TEST_F(Hang, OfTheServiceEndsCallsWithAdvice)
 {
-    Steer();
+    StartControlled();
     pid_t const service = NewService();
     ASSERT_EQ(kill(service, SIGSTOP), 0);
     ChildProcess reset({ZVIPTVCTL, "sim", "reset"});
@@ -54,9 +54,9 @@ TEST_F(Hang, OfTheServiceEndsCallsWithWhatToDo)
 }
 
 /// Takes 15 seconds.
-TEST_F(Hang, OfAServiceThatStartsEndsCallsWithWhatToDo)
+TEST_F(Hang, OfAStartingServiceEndsCallsWithAdvice)
 {
-    Steer();
+    StartControlled();
     ChildProcess restart({ZVIPTVCTL, "sim", "restart"});
     ASSERT_TRUE(m_remote->WaitForSignal("Died"));
     StopStartingService(m_simulator->Pid());
@@ -72,7 +72,7 @@ TEST_F(Hang, OfAServiceThatStartsEndsCallsWithWhatToDo)
 
 TEST_F(Hang, OfTheSimulatorEndsStatus)
 {
-    Steer();
+    StartControlled();
     ASSERT_EQ(kill(m_simulator->Pid(), SIGSTOP), 0);
     ChildProcess status({ZVIPTVCTL, "sim", "status"});
     EXPECT_EQ(CodeOf(status), 4);

@@ -14,7 +14,7 @@ using testing::HasSubstr;
 using testing::Not;
 
 /// The property InputStatus, of RTP that the test sends.
-class InputStatus : public Steered
+class InputStatus : public ControlTest
 {
 protected:
     void Load(std::string const& scheme)
@@ -62,7 +62,7 @@ protected:
 
 TEST_F(InputStatus, CountsWhatLiveInputLoses)
 {
-    Steer();
+    StartControlled();
     Load("rtp");
     EXPECT_THAT(m_remote->Get("InputStatus"), HasSubstr("'state': <'waiting'>"));
     Begin();
@@ -87,7 +87,7 @@ TEST_F(InputStatus, CountsWhatLiveInputLoses)
 /// Its counters change with every packet.
 TEST_F(InputStatus, IsNotAnnounced)
 {
-    Steer();
+    StartControlled();
     m_remote->Forget();
     ASSERT_EQ(m_remote->Call("SetSpeed", "(2.0,)"), Done);
     ASSERT_TRUE(m_remote->WaitForSignal("PropertiesChanged", "'Speed': <2.0>"));
@@ -118,7 +118,7 @@ std::map<std::string, std::string> Documented()
 
 TEST_F(InputStatus, HasTheDocumentedMembers)
 {
-    Steer();
+    StartControlled();
     Owned<GVariant> const status(g_variant_parse(G_VARIANT_TYPE_VARDICT, m_remote->Get("InputStatus").c_str(),
                                                  nullptr, nullptr, nullptr));
     ASSERT_TRUE(status);

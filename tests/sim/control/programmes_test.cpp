@@ -6,7 +6,7 @@ namespace {
 
 /// A stream of two programmes that ffmpeg makes of the sample (audio eng and deu) and of the stream with
 /// other tracks (audio fra, spa and ita).
-class Programmes : public Steered
+class Programmes : public ControlTest
 {
 protected:
     void Begin()
@@ -17,8 +17,8 @@ protected:
                              "program_num=1:title=One:st=0:st=1:st=2:st=3:st=4:st=5", "-program",
                              "program_num=2:title=Two:st=6:st=7:st=8:st=9", path});
         ASSERT_EQ(ffmpeg.Wait(Patience), (ExitStatus{0, 0})) << ffmpeg.Errors();
-        Steer({"--loop", "--guide", ZVIPTV_SAMPLE_GUIDE, "--time", "1774735200", "--rating-limit", "17"},
-              path);
+        StartControlled(
+            {"--loop", "--guide", ZVIPTV_SAMPLE_GUIDE, "--time", "1774735200", "--rating-limit", "17"}, path);
         for (char const* const type : {"PLAYERCONTROL", "BROADCASTDATA", "IPGUTIL", "IPTVDATASUBSCRIBER"}) {
             m_application.Announce(type);
         }
@@ -29,7 +29,7 @@ protected:
         return m_application.Ask(type, entries).Value(key);
     }
 
-    std::string Control(char const* function, char const* key)
+    std::string AskPlayer(char const* function, char const* key)
     {
         return Ask("PLAYERCONTROL", {{"functionname", function}}, key);
     }
@@ -62,8 +62,8 @@ TEST_F(Programmes, ChangeTheAnswersOfAConnectedApplication)
     Begin();
     EXPECT_EQ(m_remote->Get("Programmes"), "[(uint32 1, 'One'), (2, 'Two')]");
     EXPECT_EQ(m_remote->Get("Programme"), "uint32 1");
-    ASSERT_TRUE(WaitUntil([this] { return Control("GetResolution", "result_internal") == "1"; }, Patience));
-    ASSERT_TRUE(WaitUntil([this] { return Control("GetFirstPTS", "result_internal") == "1"; }, Patience));
+    ASSERT_TRUE(WaitUntil([this] { return AskPlayer("GetResolution", "result_internal") == "1"; }, Patience));
+    ASSERT_TRUE(WaitUntil([this] { return AskPlayer("GetFirstPTS", "result_internal") == "1"; }, Patience));
     EXPECT_EQ(Data("SizeOfAudio", "size"), "2");
     EXPECT_EQ(Audio("1"), std::string("ued\2\1", 5)); // deu, PID 0x102
     EXPECT_EQ(Data("SizeOfHybridSBT", "size"), "3");
@@ -73,24 +73,24 @@ TEST_F(Programmes, ChangeTheAnswersOfAConnectedApplication)
     EXPECT_EQ(Data("GetRatingLockState", "lockState"), "0"); // from 17 years
 
     ASSERT_EQ(m_remote->Call("Pause"), Done);
-    std::string const stc = Control("GetSTCCount", "stcCount");
+    std::string const stc = AskPlayer("GetSTCCount", "stcCount");
     ASSERT_EQ(m_remote->Call("SelectProgramme", "(2,)"), Done);
     EXPECT_EQ(m_remote->Get("Programme"), "uint32 2");
-    EXPECT_EQ(Control("GetSourceState", "sourcestate"), "2");
+    EXPECT_EQ(AskPlayer("GetSourceState", "sourcestate"), "2");
     EXPECT_EQ(Data("SizeOfAudio", "size"), "3");
     EXPECT_EQ(Audio("0"), std::string("arf\7\1", 5)); // fra, PID 0x107
     EXPECT_EQ(Audio("2"), std::string("ati\t\1", 5)); // ita, PID 0x109
     EXPECT_EQ(Data("SizeOfHybridSBT", "size"), "0");
     EXPECT_EQ(Data("GetCurrentAudioInfo", "index"), "0");
-    EXPECT_EQ(Control("GetSTCCount", "stcCount"), stc);
-    EXPECT_EQ(Control("GetFirstPTS", "result_internal"), "0");
-    EXPECT_EQ(Control("GetResolution", "result_internal"), "0");
+    EXPECT_EQ(AskPlayer("GetSTCCount", "stcCount"), stc);
+    EXPECT_EQ(AskPlayer("GetFirstPTS", "result_internal"), "0");
+    EXPECT_EQ(AskPlayer("GetResolution", "result_internal"), "0");
     EXPECT_EQ(PresentProgramme(), guide);
     EXPECT_EQ(Data("GetRatingLockState", "lockState"), "1"); // from 18 years
 
     ASSERT_EQ(m_remote->Call("Play"), Done);
-    EXPECT_TRUE(WaitUntil([this] { return Control("GetFirstPTS", "result_internal") == "1"; }, Patience));
-    EXPECT_TRUE(WaitUntil([this] { return Control("GetResolution", "result_internal") == "1"; }, Patience));
+    EXPECT_TRUE(WaitUntil([this] { return AskPlayer("GetFirstPTS", "result_internal") == "1"; }, Patience));
+    EXPECT_TRUE(WaitUntil([this] { return AskPlayer("GetResolution", "result_internal") == "1"; }, Patience));
     EXPECT_EQ(m_remote->Get("Resolution"),
               "{'width': <uint32 160>, 'height': <uint32 90>, 'frameRateNumerator': <uint32 25>, "
               "'frameRateDenominator': <uint32 1>, 'interlaced': <false>}");
@@ -126,7 +126,7 @@ TEST_F(Programmes, HaveTheirDuration)
         Patience));
 }
 
-TEST_F(Programmes, AreNamedWhenAnotherNumberIsRefused)
+TEST_F(Programmes, AreListedWhenAnotherNumberIsRefused)
 {
     Begin();
     EXPECT_EQ(m_remote->Call("SelectProgramme", "(3,)"),

@@ -9,7 +9,7 @@ namespace {
 using testing::HasSubstr;
 using testing::MatchesRegex;
 
-class Properties : public Steered
+class Properties : public ControlTest
 {
 protected:
     Application m_application;
@@ -17,7 +17,8 @@ protected:
 
 TEST_F(Properties, ShowTheTelevision)
 {
-    Steer({"--loop", "--time", "1774735200", "--guide", ZVIPTV_SAMPLE_GUIDE, "--rating-limit", "12"});
+    StartControlled(
+        {"--loop", "--time", "1774735200", "--guide", ZVIPTV_SAMPLE_GUIDE, "--rating-limit", "12"});
     ASSERT_TRUE(m_remote->WaitFor("SourceState", "'playing'"));
     ASSERT_TRUE(WaitUntil([this] { return m_remote->Get("Resolution") != "@a{sv} {}"; }, Patience));
     ASSERT_TRUE(WaitUntil([this] { return m_remote->Number("Duration") > 0; }, Patience));
@@ -91,9 +92,9 @@ TEST_F(Properties, ShowTheTelevision)
     EXPECT_THAT(m_remote->Get("Position"), MatchesRegex("[0-9]+\\.[0-9]+"));
 }
 
-TEST_F(Properties, ShowWhatApplicationsDo)
+TEST_F(Properties, ShowTheActionsOfApplications)
 {
-    Steer();
+    StartControlled();
     auto const ask = [this](std::initializer_list<TextEntry> entries) {
         m_application.Announce("PLAYERCONTROL");
         EXPECT_EQ(Number(m_application.Ask("PLAYERCONTROL", entries), "result_internal"), "1");
@@ -118,16 +119,16 @@ TEST_F(Properties, ShowWhatApplicationsDo)
 
 TEST_F(Properties, ShowThatALockStopsPushes)
 {
-    Steer({"--lock-stops-pushes", "--lock-service"});
+    StartControlled({"--lock-stops-pushes", "--lock-service"});
     EXPECT_EQ(m_remote->Get("LockStopsPushes"), "true");
     EXPECT_EQ(m_remote->Get("ServiceLocked"), "true");
     ASSERT_EQ(m_remote->Call("Unlock", "('service',)"), Done);
     EXPECT_EQ(m_remote->Get("LockStopsPushes"), "true");
 }
 
-TEST_F(Properties, CountWhatSubscribersGet)
+TEST_F(Properties, CountThePacketsOfSubscribers)
 {
-    Steer();
+    StartControlled();
     m_application.Announce("IPTVDATASUBSCRIBER");
     m_application.Ask("IPTVDATASUBSCRIBER", {{"functionname", "requestPESCB"}, {"on", "1"}});
     ASSERT_TRUE(m_application.WaitForPackets("257", 2));
@@ -141,7 +142,7 @@ TEST_F(Properties, CountWhatSubscribersGet)
 /// Introspection returns the members of the description file.
 TEST_F(Properties, AreIntrospectable)
 {
-    Steer();
+    StartControlled();
     std::string const shown = m_remote->CallOn("org.freedesktop.DBus.Introspectable", "Introspect", "()");
     std::string const file = ReadFile(ZVIPTV_CONTROL_XML);
     std::size_t members = 0;
@@ -158,7 +159,7 @@ TEST_F(Properties, AreIntrospectable)
 
 TEST_F(Properties, CannotBeSet)
 {
-    Steer();
+    StartControlled();
     EXPECT_THAT(m_remote->CallOn("org.freedesktop.DBus.Properties", "Set",
                                  "('org.corvel.zviptvapi.Simulator1', 'Speed', <2.0>)"),
                 testing::StartsWith("org.freedesktop.DBus.Error.InvalidArgs: "));

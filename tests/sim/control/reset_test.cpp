@@ -6,7 +6,7 @@
 namespace zviptv::test {
 namespace {
 
-class Reset : public Steered
+class Reset : public ControlTest
 {
 protected:
     /// The state without the values that always differ.
@@ -56,9 +56,9 @@ protected:
     Application m_application;
 };
 
-TEST_F(Reset, BringsBackTheStartState)
+TEST_F(Reset, RestoresTheInitialState)
 {
-    Steer({"--loop", "--time", "1774735200", "--lock-service", "--fault", "MuteAudio=result:3"});
+    StartControlled({"--loop", "--time", "1774735200", "--lock-service", "--fault", "MuteAudio=result:3"});
     ASSERT_TRUE(WaitUntil([this] { return m_remote->Number("Duration") > 0; }, Patience));
     std::vector<std::string> const before = State();
     ChangeEverything();
@@ -73,7 +73,7 @@ TEST_F(Reset, BringsBackTheStartState)
 /// Applications keep their objects: channels answer on, and the same process serves them.
 TEST_F(Reset, KeepsChannelsAndEndsSubscriptions)
 {
-    Steer();
+    StartControlled();
     std::string const endpoint = m_application.Announce("IPTVDATASUBSCRIBER");
     m_application.Ask("IPTVDATASUBSCRIBER", {{"functionname", "requestPESCB"}, {"on", "1"}});
     ASSERT_TRUE(m_application.WaitForPackets("257", 1));
@@ -91,7 +91,7 @@ TEST_F(Reset, KeepsChannelsAndEndsSubscriptions)
 
 TEST_F(Reset, WaitsForApplicationsAgain)
 {
-    Steer({"--loop", "--wait-for", "1"});
+    StartControlled({"--loop", "--wait-for", "1"});
     m_application.Announce("IPTVDATASUBSCRIBER");
     m_application.Ask("IPTVDATASUBSCRIBER", {{"functionname", "requestPESCB"}, {"on", "1"}});
     ASSERT_TRUE(m_remote->WaitFor("SourceState", "'playing'"));
@@ -111,7 +111,7 @@ int Rounds()
 /// From call to answer, across the bus; the median, since other work may come between.
 TEST_F(Reset, TakesLessThanFiftyMilliseconds)
 {
-    Steer({"--loop", "--guide", ZVIPTV_SAMPLE_GUIDE});
+    StartControlled({"--loop", "--guide", ZVIPTV_SAMPLE_GUIDE});
     std::vector<double> milliseconds;
     int const rounds = Rounds();
     for (int round = 0; round < rounds; ++round) {

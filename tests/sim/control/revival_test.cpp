@@ -9,10 +9,10 @@ namespace {
 using testing::StartsWith;
 
 /// A dead service comes back although something is missing.
-class Revival : public Steered
+class Revival : public ControlTest
 {
 protected:
-    void SteerWithInput(std::string const& input)
+    void RestartWithInput(std::string const& input)
     {
         Start({"--ts", input, "--loop"});
         m_remote.emplace(m_bus.Address());
@@ -20,10 +20,10 @@ protected:
     }
 
     /// Loads an input, removes it and restarts the service. Returns the input.
-    std::string RestartWithoutItsInput()
+    std::string RestartWithoutInput()
     {
-        Steer();
-        std::string const input = CopyOfTheSample();
+        StartControlled();
+        std::string const input = CopySample();
         EXPECT_EQ(m_remote->Call("Load", "('" + input + "',)"), Done);
         EXPECT_EQ(std::remove(input.c_str()), 0);
         EXPECT_EQ(m_remote->Call("Restart"), Done);
@@ -31,15 +31,15 @@ protected:
     }
 };
 
-TEST_F(Revival, AResetStartsADeadServiceInTheStartState)
+TEST_F(Revival, AResetStartsADeadServiceInTheInitialState)
 {
-    Steer({"--loop", "--fault", "MuteAudio=result:3"});
+    StartControlled({"--loop", "--fault", "MuteAudio=result:3"});
     std::string const faults = m_remote->Get("Faults");
     pid_t const first = NewService();
     ASSERT_EQ(m_remote->Call("SetSpeed", "(2.0,)"), Done);
     ASSERT_EQ(m_remote->Call("ClearFaults"), Done);
     ASSERT_EQ(m_remote->Call("Lock", "('service',)"), Done);
-    ASSERT_EQ(m_remote->Call("Load", "('" + CopyOfTheSample() + "',)"), Done);
+    ASSERT_EQ(m_remote->Call("Load", "('" + CopySample() + "',)"), Done);
     ASSERT_EQ(m_remote->Call("Die", "({},)"), Done);
     ASSERT_EQ(m_remote->Call("Reset"), Done);
     EXPECT_NE(m_watcher.GetNameOwner("org.corvel.zviptvapi.dbushelper"), "");
@@ -54,16 +54,16 @@ TEST_F(Revival, AResetStartsADeadServiceInTheStartState)
 }
 
 /// It does not wait for the planned return.
-TEST_F(Revival, AResetRefusesCallsThatHaveWaitedLonger)
+TEST_F(Revival, AResetRefusesWaitingCalls)
 {
-    Steer();
+    StartControlled();
     ASSERT_EQ(m_remote->Call("Die", "({'for': <100000.0>},)"), Done);
     m_remote->Send("Mute", "('audio', true)");
     ASSERT_EQ(m_remote->Call("Reset"), Done);
     EXPECT_EQ(m_remote->Get("AudioMuted"), "false");
 }
 
-TEST_F(Revival, AResetStartsAServiceThatHasEndedByItself)
+TEST_F(Revival, AResetStartsAServiceThatEnded)
 {
     std::string const script = R"(
         kill -KILL $ZVIPTV_SIM_PID
@@ -77,9 +77,9 @@ TEST_F(Revival, AResetStartsAServiceThatHasEndedByItself)
     EXPECT_EQ(process.Output(), "pause 3\nreset 0\nresult: true\n");
 }
 
-TEST_F(Revival, AnInputThatIsGoneShowsAsTheSourceState)
+TEST_F(Revival, AMissingInputChangesTheSourceState)
 {
-    std::string const other = RestartWithoutItsInput();
+    std::string const other = RestartWithoutInput();
     EXPECT_EQ(m_remote->Get("SourceState"), "'error'");
     EXPECT_EQ(m_remote->Get("Input"), "'" + other + "'");
     EXPECT_EQ(m_remote->Call("Seek", "(3.0,)"),
@@ -96,20 +96,20 @@ TEST_F(Revival, AnInputThatIsGoneShowsAsTheSourceState)
     EXPECT_EQ(m_remote->Get("SourceState"), "'playing'");
 }
 
-TEST_F(Revival, AnInputThatIsBackIsPlayedAfterARestart)
+TEST_F(Revival, ARestoredInputIsPlayedAfterARestart)
 {
-    std::string const other = RestartWithoutItsInput();
-    CopyOfTheSample();
+    std::string const other = RestartWithoutInput();
+    CopySample();
     ASSERT_EQ(m_remote->Call("Restart"), Done);
     EXPECT_EQ(m_remote->Get("SourceState"), "'playing'");
     EXPECT_EQ(m_remote->Get("Input"), "'" + other + "'");
 }
 
 /// Also that of the command line, which need not be the present one.
-TEST_F(Revival, TheInputOfTheCommandLineMayBeGoneToo)
+TEST_F(Revival, SurvivesTheLossOfTheFirstInput)
 {
-    std::string const first = CopyOfTheSample("first.ts");
-    SteerWithInput(first);
+    std::string const first = CopySample("first.ts");
+    RestartWithInput(first);
     ASSERT_EQ(std::remove(first.c_str()), 0);
     ASSERT_EQ(m_remote->Call("Restart"), Done);
     EXPECT_EQ(m_remote->Get("SourceState"), "'error'");
@@ -121,10 +121,10 @@ TEST_F(Revival, TheInputOfTheCommandLineMayBeGoneToo)
 }
 
 /// The start state needs the input. The simulator stays, so that the caller can try again.
-TEST_F(Revival, AResetSaysThatTheServiceDidNotStart)
+TEST_F(Revival, AResetReportsThatTheServiceDidNotStart)
 {
-    std::string const first = CopyOfTheSample("first.ts");
-    SteerWithInput(first);
+    std::string const first = CopySample("first.ts");
+    RestartWithInput(first);
     ASSERT_EQ(m_remote->Call("Die", "({},)"), Done);
     ASSERT_EQ(std::remove(first.c_str()), 0);
     EXPECT_EQ(m_remote->Call("Reset"),
@@ -135,15 +135,15 @@ TEST_F(Revival, AResetSaysThatTheServiceDidNotStart)
         << m_simulator->Errors();
     EXPECT_EQ(m_remote->Get("Running"), "false");
     EXPECT_THAT(m_remote->Call("Pause"), StartsWith(NotRunning));
-    CopyOfTheSample("first.ts");
+    CopySample("first.ts");
     ASSERT_EQ(m_remote->Call("Reset"), Done);
     EXPECT_EQ(m_remote->Get("SourceState"), "'playing'");
 }
 
-TEST_F(Revival, AServiceWhoseGuideIsGoneComesBack)
+TEST_F(Revival, AServiceReturnsWithoutItsGuide)
 {
-    std::string const guide = CopyOfTheGuide();
-    Steer({"--loop", "--guide", guide});
+    std::string const guide = CopyGuide();
+    StartControlled({"--loop", "--guide", guide});
     ASSERT_EQ(std::remove(guide.c_str()), 0);
     ASSERT_EQ(m_remote->Call("Restart"), Done);
     EXPECT_EQ(m_remote->Get("SourceState"), "'playing'");
@@ -153,7 +153,7 @@ TEST_F(Revival, AServiceWhoseGuideIsGoneComesBack)
     Application application;
     application.Announce("IPGUTIL");
     EXPECT_EQ(application.Ask("IPGUTIL", {{"functionname", "ExistXmlForIPG"}}).Value("data"), "0");
-    CopyOfTheGuide();
+    CopyGuide();
     ASSERT_EQ(m_remote->Call("Restart"), Done);
     Application other;
     other.Announce("IPGUTIL");
@@ -161,7 +161,7 @@ TEST_F(Revival, AServiceWhoseGuideIsGoneComesBack)
 }
 
 /// The command needs a service from its first line on.
-TEST_F(Revival, ACommandWaitsForAServiceThatDiesWhileItStarts)
+TEST_F(Revival, ACommandWaitsForAServiceThatDiesDuringItsStart)
 {
     ChildProcess process(
         {ZVIPTV_SIM, "--ts", ZVIPTV_SAMPLE_FILE, "--loop", "--", ZVIPTVCTL, "call", "MuteAudio", "1"});
@@ -176,9 +176,9 @@ TEST_F(Revival, ACommandWaitsForAServiceThatDiesWhileItStarts)
 }
 
 /// A call that waits for a permanently dead service would never be answered.
-TEST_F(Revival, ARestartIsAnsweredWhenTheServiceDiesAgain)
+TEST_F(Revival, ARestartReturnsWhenTheServiceDiesAgain)
 {
-    Steer();
+    StartControlled();
     ChildProcess restart({ZVIPTVCTL, "sim", "restart"});
     ASSERT_TRUE(m_remote->WaitForSignal("Died"));
     StopStartingService(m_simulator->Pid());

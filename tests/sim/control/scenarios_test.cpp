@@ -9,7 +9,7 @@ using testing::HasSubstr;
 using testing::StartsWith;
 
 /// Scenarios that a client of the control interface starts.
-class Scenarios : public Steered
+class Scenarios : public ControlTest
 {
 protected:
     void Ask(std::string const& onOff)
@@ -21,9 +21,9 @@ protected:
     Application m_application;
 };
 
-TEST_F(Scenarios, ScenarioRunsFromTheCallOn)
+TEST_F(Scenarios, ScenarioRunsFromTheCall)
 {
-    Steer();
+    StartControlled();
     ASSERT_EQ(m_remote->Call("StartScenario", "('expect MuteAudio onoff=1 within 50', '')"), "(uint32 1,)");
     ASSERT_EQ(m_remote->Call("StartScenario", "('0 pause\\nafter MuteAudio lock programme', '')"),
               "(uint32 2,)");
@@ -39,7 +39,7 @@ TEST_F(Scenarios, ScenarioRunsFromTheCallOn)
 
 TEST_F(Scenarios, UnmetExpectationIsReported)
 {
-    Steer();
+    StartControlled();
     ASSERT_EQ(m_remote->Call("StartScenario", "('expect MuteAudio onoff=1 within 0.2', 'tests/film')"),
               "(uint32 1,)");
     Ask("0");
@@ -50,9 +50,9 @@ TEST_F(Scenarios, UnmetExpectationIsReported)
                          "instead MuteAudio onoff=0 after ")));
 }
 
-TEST_F(Scenarios, RequestThatWasAnsweredCountsWhenTheTimeIsOver)
+TEST_F(Scenarios, CountsAnAnsweredRequestWhenTheTimeIsOver)
 {
-    Steer();
+    StartControlled();
     ASSERT_EQ(m_remote->Call("StartScenario",
                              "('after MuteAudio expect MuteVideo within 9\\nexpect MuteAudio within 9', '')"),
               "(uint32 1,)");
@@ -65,7 +65,7 @@ TEST_F(Scenarios, RequestThatWasAnsweredCountsWhenTheTimeIsOver)
 
 TEST_F(Scenarios, ErrorsAreAllReportedAndNothingStarts)
 {
-    Steer();
+    StartControlled();
     EXPECT_EQ(m_remote->Call("StartScenario", "('1 lock door\\nafter MuteAudio colour=1 pause', '')"),
               std::string(Invalid) +
                   "scenario:1:8: lock: 'door' is not programme or service; use lock "
@@ -75,9 +75,9 @@ TEST_F(Scenarios, ErrorsAreAllReportedAndNothingStarts)
                   "no scenario 1 of this client runs; use a number that StartScenario has returned");
 }
 
-TEST_F(Scenarios, OnlyTheClientThatHasStartedItMayEndIt)
+TEST_F(Scenarios, OnlyItsClientMayEndIt)
 {
-    Steer();
+    StartControlled();
     ASSERT_EQ(m_remote->Call("StartScenario", "('expect MuteAudio within 100', '')"), "(uint32 1,)");
     Remote other(m_bus.Address());
     EXPECT_THAT(other.Call("EndScenario", "(uint32 1, 0.0)"), StartsWith(Invalid));
@@ -88,7 +88,7 @@ TEST_F(Scenarios, OnlyTheClientThatHasStartedItMayEndIt)
 
 TEST_F(Scenarios, ScenariosOfAClientThatLeavesEnd)
 {
-    Steer();
+    StartControlled();
     {
         Remote leaving(m_bus.Address());
         for (int i = 0; i < 100; ++i) {
@@ -108,9 +108,9 @@ TEST_F(Scenarios, ScenariosOfAClientThatLeavesEnd)
     EXPECT_EQ(m_remote->Get("Paused"), "false");
 }
 
-TEST_F(Scenarios, ScenarioGoesOnOverADeath)
+TEST_F(Scenarios, ScenarioContinuesDuringADeath)
 {
-    Steer({"--loop", "--restart-after", "0"});
+    StartControlled({"--loop", "--restart-after", "0"});
     ASSERT_EQ(
         m_remote->Call("StartScenario", "('0 die\\n0 lock programme\\nexpect MuteAudio within 50', '')"),
         "(uint32 1,)");

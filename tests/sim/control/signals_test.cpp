@@ -4,15 +4,15 @@
 namespace zviptv::test {
 namespace {
 
-class ControlSignals : public Steered
+class ControlSignals : public ControlTest
 {
 protected:
     Application m_application;
 };
 
-TEST_F(ControlSignals, TellEveryRequestAndItsResult)
+TEST_F(ControlSignals, ReportEveryRequestAndItsResult)
 {
-    Steer({"--loop", "--fault", "MuteVideo=error"});
+    StartControlled({"--loop", "--fault", "MuteVideo=error"});
     m_application.Announce("PLAYERCONTROL");
     m_application.Ask("PLAYERCONTROL", {{"functionname", "MuteAudio"}, {"handleID", "1"}, {"onoff", "1"}});
     m_application.Ask("PLAYERCONTROL", {{"functionname", "MuteVideo"}, {"handleID", "1"}, {"onoff", "1"}});
@@ -24,9 +24,9 @@ TEST_F(ControlSignals, TellEveryRequestAndItsResult)
         "('" + name + "', 'PLAYERCONTROL', 'MuteVideo', {'handleID': '1', 'onoff': '1'}, -1, 'error')"));
 }
 
-TEST_F(ControlSignals, TellChangesOfPropertiesBeforeTheAnswer)
+TEST_F(ControlSignals, ReportChangesOfPropertiesBeforeTheAnswer)
 {
-    Steer();
+    StartControlled();
     m_remote->Forget();
     ASSERT_EQ(m_remote->Call("Pause"), Done);
     bool isTold = false;
@@ -37,9 +37,9 @@ TEST_F(ControlSignals, TellChangesOfPropertiesBeforeTheAnswer)
     EXPECT_TRUE(isTold);
 }
 
-TEST_F(ControlSignals, TellWhatApplicationsChange)
+TEST_F(ControlSignals, ReportChangesByApplications)
 {
-    Steer();
+    StartControlled();
     m_application.Announce("PLAYERCONTROL");
     EXPECT_TRUE(
         m_remote->WaitForSignal("PropertiesChanged", "'Clients': <['" + m_application.Peer().Name() + "']>"));
@@ -48,9 +48,9 @@ TEST_F(ControlSignals, TellWhatApplicationsChange)
 }
 
 /// Changes of these properties, which happen many times a second, send no signal.
-TEST_F(ControlSignals, AreNotSentForValuesThatChangeAllTheTime)
+TEST_F(ControlSignals, AreNotSentForValuesThatChangeContinuously)
 {
-    Steer();
+    StartControlled();
     ASSERT_TRUE(WaitUntil([this] { return m_remote->Number("Duration") > 0; }, Patience));
     ASSERT_EQ(m_remote->Call("Seek", "(6.0,)"), Done);
     ASSERT_EQ(m_remote->Call("SetTime", "(1774735200,)"), Done);
@@ -66,9 +66,9 @@ TEST_F(ControlSignals, AreNotSentForValuesThatChangeAllTheTime)
     EXPECT_LE(first, 1U);
 }
 
-TEST_F(ControlSignals, TellDeathAndReturn)
+TEST_F(ControlSignals, ReportDeathAndReturn)
 {
-    Steer();
+    StartControlled();
     ASSERT_EQ(m_remote->Call("Die", "({'for': <0.0>},)"), Done);
     EXPECT_TRUE(m_remote->WaitForSignal("Died"));
     EXPECT_TRUE(m_remote->WaitForSignal("PropertiesChanged", "'Running': <false>"));

@@ -30,7 +30,7 @@ TEST_F(SimulatedClockTest, ShowsTheSteadyClockAtNormalSpeed)
     EXPECT_EQ(clock.Until(m_now - 2s), 0s);
 }
 
-TEST_F(SimulatedClockTest, RunsAtItsSpeedFromWhereItIs)
+TEST_F(SimulatedClockTest, ContinuesAtANewSpeed)
 {
     SimulatedClock clock = Make(2);
     m_now += 5s;
@@ -42,7 +42,7 @@ TEST_F(SimulatedClockTest, RunsAtItsSpeedFromWhereItIs)
     EXPECT_EQ(clock.Until(Time(116s)), 2s);
 }
 
-TEST_F(SimulatedClockTest, StandsInAPause)
+TEST_F(SimulatedClockTest, StopsInAPause)
 {
     SimulatedClock clock = Make(1);
     m_now += 1s;
@@ -59,7 +59,7 @@ TEST_F(SimulatedClockTest, StandsInAPause)
     EXPECT_EQ(clock.Shows(), Time(111s));
 }
 
-TEST_F(SimulatedClockTest, SetsTheGuidesClockAlone)
+TEST_F(SimulatedClockTest, SetsOnlyTheClockOfTheGuide)
 {
     SimulatedClock clock = Make(1);
     clock.SetUnixTime(5);
@@ -70,12 +70,12 @@ TEST_F(SimulatedClockTest, SetsTheGuidesClockAlone)
     EXPECT_EQ(clock.UnixTimeAt(m_now), 5.0);
 }
 
-TEST_F(SimulatedClockTest, GoesOnElsewhere)
+TEST_F(SimulatedClockTest, ContinuesInAnotherProcess)
 {
     SimulatedClock clock = Make(3);
     clock.SetUnixTime(50);
     SimulatedClock other(1, {}, [this] { return m_now; });
-    other.GoOn(clock.Keep());
+    other.Continue(clock.Keep());
     m_now += 7s;
     EXPECT_EQ(other.Shows(), clock.Shows());
     EXPECT_EQ(other.UnixTime(), 71);

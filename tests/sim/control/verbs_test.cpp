@@ -8,7 +8,7 @@ namespace {
 
 using testing::StartsWith;
 
-class Verbs : public Steered
+class Verbs : public ControlTest
 {
 protected:
     /// The result of a request without arguments.
@@ -24,7 +24,7 @@ protected:
 
 TEST_F(Verbs, PauseAndPlayStopAndStartTheStc)
 {
-    Steer();
+    StartControlled();
     ASSERT_EQ(m_remote->Call("Pause"), Done);
     EXPECT_EQ(m_remote->Get("Paused"), "true");
     auto const stc = [this] { return Ask("PLAYERCONTROL", {{"functionname", "GetSTCCount"}}, "stcCount"); };
@@ -41,7 +41,7 @@ TEST_F(Verbs, PauseAndPlayStopAndStartTheStc)
 
 TEST_F(Verbs, APauseStopsPushes)
 {
-    Steer();
+    StartControlled();
     m_application.Announce("IPTVDATASUBSCRIBER");
     m_application.Ask("IPTVDATASUBSCRIBER", {{"functionname", "requestPESCB"}, {"on", "1"}});
     ASSERT_TRUE(m_application.WaitForPackets("257", 1));
@@ -61,7 +61,7 @@ TEST_F(Verbs, APauseStopsPushes)
 
 TEST_F(Verbs, SpeedIsSetAndRefused)
 {
-    Steer();
+    StartControlled();
     EXPECT_EQ(m_remote->Call("SetSpeed", "(20.0,)"), Done);
     EXPECT_EQ(m_remote->Get("Speed"), "20.0");
     EXPECT_EQ(m_remote->Call("SetSpeed", "(0.0,)"),
@@ -69,9 +69,9 @@ TEST_F(Verbs, SpeedIsSetAndRefused)
     EXPECT_EQ(m_remote->Get("Speed"), "20.0");
 }
 
-TEST_F(Verbs, AnotherInputIsLoadedOrTheFirstStays)
+TEST_F(Verbs, LoadsAnotherInputOrKeepsTheFirst)
 {
-    Steer();
+    StartControlled();
     std::string const other = m_bus.Directory() + "/other.ts";
     std::ofstream(other, std::ios::binary) << std::ifstream(ZVIPTV_SAMPLE_FILE, std::ios::binary).rdbuf();
     ASSERT_EQ(m_remote->Call("Load", "('" + other + "',)"), Done);
@@ -85,7 +85,7 @@ TEST_F(Verbs, AnotherInputIsLoadedOrTheFirstStays)
 /// Its sender sets the pace.
 TEST_F(Verbs, LiveInputCanNeitherPauseNorSeekNorRunFaster)
 {
-    Steer();
+    StartControlled();
     std::string const url = "udp://127.0.0.1:" + std::to_string(UdpSender("127.0.0.1").Port());
     ASSERT_EQ(m_remote->Call("Load", "('" + url + "',)"), Done);
     for (auto const& [method, arguments] : std::vector<std::pair<std::string, std::string>>{
@@ -100,7 +100,7 @@ TEST_F(Verbs, LiveInputCanNeitherPauseNorSeekNorRunFaster)
 /// The sender sets the pace, regardless of the speed of an earlier file.
 TEST_F(Verbs, LiveInputRunsTheClockAtNormalSpeed)
 {
-    Steer({"--loop", "--speed", "4"});
+    StartControlled({"--loop", "--speed", "4"});
     ASSERT_EQ(m_remote->Call("Pause"), Done);
     EXPECT_THAT(m_remote->Call("Load", "('udp://127.0.0.1:0',)"), StartsWith(Failed));
     EXPECT_EQ(m_remote->Get("Speed"), "4.0");
@@ -117,9 +117,9 @@ TEST_F(Verbs, LiveInputRunsTheClockAtNormalSpeed)
     EXPECT_EQ(m_remote->Get("Speed"), "4.0");
 }
 
-TEST_F(Verbs, AProgrammeThatIsNotThereIsRefused)
+TEST_F(Verbs, RefusesAMissingProgramme)
 {
-    Steer();
+    StartControlled();
     EXPECT_EQ(m_remote->Call("SelectProgramme", "(1,)"), Done);
     EXPECT_EQ(m_remote->Call("SelectProgramme", "(7,)"),
               std::string(Invalid) + "the input has no programme 7: use 1");
@@ -128,9 +128,9 @@ TEST_F(Verbs, AProgrammeThatIsNotThereIsRefused)
               std::string(Invalid) + "'0' is not a programme number, 1 to 65535");
 }
 
-TEST_F(Verbs, NoProgrammeCanBeSelectedBeforeItsTablesHaveCome)
+TEST_F(Verbs, NoProgrammeCanBeSelectedBeforeItsTables)
 {
-    Steer();
+    StartControlled();
     std::string const url = "udp://127.0.0.1:" + std::to_string(UdpSender("127.0.0.1").Port());
     ASSERT_EQ(m_remote->Call("Load", "('" + url + "',)"), Done);
     EXPECT_EQ(m_remote->Call("SelectProgramme", "(1,)"),
@@ -139,9 +139,9 @@ TEST_F(Verbs, NoProgrammeCanBeSelectedBeforeItsTablesHaveCome)
                   "the property Programmes lists it");
 }
 
-TEST_F(Verbs, LocksAreSeenByApplications)
+TEST_F(Verbs, ApplicationsSeeLocks)
 {
-    Steer();
+    StartControlled();
     ASSERT_EQ(m_remote->Call("Lock", "('programme',)"), Done);
     ASSERT_EQ(m_remote->Call("Lock", "('service',)"), Done);
     EXPECT_EQ(m_remote->Get("ProgrammeLocked"), "true");
@@ -161,7 +161,7 @@ TEST_F(Verbs, LocksAreSeenByApplications)
 
 TEST_F(Verbs, TheGuidesClockIsSet)
 {
-    Steer();
+    StartControlled();
     ASSERT_EQ(m_remote->Call("SetTime", "(1774735200,)"), Done);
     EXPECT_NEAR(m_remote->Number("GuideTime"), 1774735200, 5);
     EXPECT_THAT(m_remote->Call("SetTime", "(-1,)"),
@@ -170,7 +170,7 @@ TEST_F(Verbs, TheGuidesClockIsSet)
 
 TEST_F(Verbs, FaultsAreCountedRemovedAndCleared)
 {
-    Steer();
+    StartControlled();
     auto const mute = [this] {
         return Ask("PLAYERCONTROL", {{"functionname", "MuteAudio"}, {"onoff", "1"}});
     };
@@ -196,7 +196,7 @@ TEST_F(Verbs, FaultsAreCountedRemovedAndCleared)
 
 TEST_F(Verbs, AFaultEndsOnTheSimulatedClock)
 {
-    Steer();
+    StartControlled();
     ASSERT_EQ(m_remote->Call("Pause"), Done);
     ASSERT_EQ(m_remote->Call("AddFault", "('MuteAudio=result:7', {'for': <3.0>})"), Done);
     double const now = m_remote->Number("Position");
@@ -208,7 +208,7 @@ TEST_F(Verbs, AFaultEndsOnTheSimulatedClock)
 
 TEST_F(Verbs, BadFaultsAreRefused)
 {
-    Steer();
+    StartControlled();
     EXPECT_THAT(m_remote->Call("AddFault", "('MuteAudio=bad', {})"),
                 StartsWith(std::string(Invalid) +
                            "cannot use the fault 'MuteAudio=bad': unknown fault 'bad' of MuteAudio; use "));
@@ -223,9 +223,9 @@ TEST_F(Verbs, BadFaultsAreRefused)
     EXPECT_EQ(m_remote->Get("Faults"), "@aa{sv} []");
 }
 
-TEST_F(Verbs, MutesAreSetAndNameWhoDid)
+TEST_F(Verbs, SetsMutesAndReportsTheirOrigin)
 {
-    Steer();
+    StartControlled();
     ASSERT_EQ(m_remote->Call("Mute", "('audio', true)"), Done);
     EXPECT_EQ(m_remote->Get("AudioMuted"), "true");
     EXPECT_EQ(m_remote->Get("AudioMutedBy"), "'control'");
@@ -240,7 +240,7 @@ TEST_F(Verbs, MutesAreSetAndNameWhoDid)
 
 TEST_F(Verbs, TracksAreSelected)
 {
-    Steer();
+    StartControlled();
     ASSERT_EQ(m_remote->Call("Select", "('audio', 1)"), Done);
     ASSERT_EQ(m_remote->Call("Select", "('subtitle', 2)"), Done);
     EXPECT_EQ(m_remote->Get("Audio"), "uint32 1");
@@ -250,9 +250,9 @@ TEST_F(Verbs, TracksAreSelected)
     EXPECT_EQ(m_remote->Get("Audio"), "uint32 1");
 }
 
-TEST_F(Verbs, QuitEndsTheSimulatorInOrder)
+TEST_F(Verbs, QuitEndsTheSimulatorOrderly)
 {
-    Steer();
+    StartControlled();
     EXPECT_EQ(m_remote->Call("Quit"), Done);
     EXPECT_EQ(m_simulator->Wait(Patience), (ExitStatus{0, 0}));
 }

@@ -10,7 +10,7 @@ namespace {
 using testing::HasSubstr;
 
 /// zviptvctl beside a simulator.
-class SimCommand : public Steered
+class SimCommand : public ControlTest
 {
 protected:
     struct Outcome
@@ -29,9 +29,9 @@ protected:
     }
 };
 
-TEST_F(SimCommand, SteersWithVerbs)
+TEST_F(SimCommand, ControlsWithVerbs)
 {
-    Steer();
+    StartControlled();
     for (std::vector<std::string> const& words : std::vector<std::vector<std::string>>{
              {"pause"},
              {"play"},
@@ -58,9 +58,9 @@ TEST_F(SimCommand, SteersWithVerbs)
     EXPECT_EQ(m_simulator->Wait(Patience), (ExitStatus{0, 0}));
 }
 
-TEST_F(SimCommand, NamesStatusAsTheProperties)
+TEST_F(SimCommand, ShowsStatusWithThePropertyNames)
 {
-    Steer();
+    StartControlled();
     Json::Value const status = ParseJson(Run({"status", "--json"}).output);
     std::string const file = ReadFile(ZVIPTV_CONTROL_XML);
     for (std::string const& name : status.getMemberNames()) {
@@ -76,7 +76,7 @@ TEST_F(SimCommand, NamesStatusAsTheProperties)
     EXPECT_THAT(text, HasSubstr("\nInputStatus:     {"));
 }
 
-TEST_F(SimCommand, RefusesWithWordsAndACode)
+TEST_F(SimCommand, RefusesWithAMessageAndACode)
 {
     struct Case
     {
@@ -84,7 +84,7 @@ TEST_F(SimCommand, RefusesWithWordsAndACode)
         int code;
         char const* text;
     };
-    Steer();
+    StartControlled();
     for (Case const& one : std::vector<Case>{
              {{"seek", "soon"},
               2,
@@ -106,7 +106,7 @@ TEST_F(SimCommand, RefusesWithWordsAndACode)
     EXPECT_THAT(dead.errors, HasSubstr("'zviptvctl sim restart' starts it"));
 }
 
-TEST_F(SimCommand, SaysHowToStartASimulator)
+TEST_F(SimCommand, ReportsHowToStartASimulator)
 {
     for (char const* const verb : {"status", "watch", "pause"}) {
         Outcome const outcome = Run({verb});
@@ -119,7 +119,7 @@ TEST_F(SimCommand, SaysHowToStartASimulator)
 }
 
 /// Nothing listens at the address.
-TEST_F(SimCommand, SaysHowToStartASimulatorWithoutABus)
+TEST_F(SimCommand, ReportsHowToStartASimulatorWithoutABus)
 {
     for (char const* const verb : {"status", "watch", "pause"}) {
         ChildProcess process({ZVIPTVCTL, "sim", verb},
@@ -132,7 +132,7 @@ TEST_F(SimCommand, SaysHowToStartASimulatorWithoutABus)
 
 TEST_F(SimCommand, WatchFollowsChangesAndRequests)
 {
-    Steer();
+    StartControlled();
     ChildProcess watch({ZVIPTVCTL, "sim", "watch"});
     ChildProcess json({ZVIPTVCTL, "sim", "watch", "--json"});
     ASSERT_TRUE(watch.WaitForOutput("\nSpeed: 1\n", Patience)) << watch.Errors();
@@ -162,7 +162,7 @@ TEST_F(SimCommand, WatchFollowsChangesAndRequests)
 
 TEST_F(SimCommand, WatchEndsWhenItsTimeIsOver)
 {
-    Steer();
+    StartControlled();
     EXPECT_EQ(Run({"watch", "--seconds", "0.2"}).code, 0);
 }
 

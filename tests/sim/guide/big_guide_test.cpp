@@ -67,7 +67,7 @@ TEST(BigGuide, PeakMemoryIsBelowTwiceTheFile)
     EXPECT_LT(peak, written.bytes * 2);
 }
 
-TEST(BigGuide, AnswersComeFromAnyPlaceInIt)
+TEST(BigGuide, AnswersFromAnyPlaceInTheFile)
 {
     TempFile const file;
     auto const written = WriteGuide(file.Path(), 3'000'000);

@@ -32,7 +32,7 @@ TEST(EitDescriptors, ShortEventsByLanguage)
     EXPECT_EQ(event.texts[1].summary, "");
 }
 
-TEST(EitDescriptors, ExtendedEventsGoTogether)
+TEST(EitDescriptors, JoinsExtendedEvents)
 {
     auto const event = Read(MakeShortEvent("eng", FromText("Title"), {}) +
                             MakeExtendedEvent("eng", FromText("It was a "), 0) +
@@ -41,7 +41,7 @@ TEST(EitDescriptors, ExtendedEventsGoTogether)
     EXPECT_EQ(event.texts[0].description, "It was a dark night.");
 }
 
-TEST(EitDescriptors, ContentIsNamedOnce)
+TEST(EitDescriptors, ContentAppearsOnce)
 {
     auto const event =
         Read(MakeDescriptor(0x54, {0x10, 0x00, 0x14, 0x00, 0xB0, 0x00, 0x00, 0x01, 0xF3, 0x00, 0x40}));

@@ -64,7 +64,7 @@ TEST(EitGuide, EventIdsBelongToTheirService)
     EXPECT_EQ(guide.Find(6, 7), "");
 }
 
-TEST(EitGuide, EventsWithoutStartAreLeftOut)
+TEST(EitGuide, OmitsEventsWithoutStart)
 {
     EitEventParts parts;
     parts.start.assign(5, 0xFF);

@@ -96,7 +96,7 @@ TEST_F(Eit, UndefinedTimesAreNone)
     EXPECT_FALSE(m_reader.Table().Present(1)->duration);
 }
 
-TEST_F(Eit, RepetitionsBringNothingNew)
+TEST_F(Eit, RepetitionsChangeNothing)
 {
     EXPECT_EQ(Send(MakeEit({}, Named(1, "A"))), 1);
     EXPECT_EQ(Send(MakeEit({}, Named(1, "A"))), 0);
@@ -113,14 +113,14 @@ TEST_F(Eit, AnotherVersionReplacesTheTable)
     EXPECT_FALSE(m_reader.Table().Following(1));
 }
 
-TEST_F(Eit, ChangedContentCountsWithoutANewVersion)
+TEST_F(Eit, UsesChangedContentWithoutANewVersion)
 {
     Send(MakeEit({}, Named(1, "A")));
     EXPECT_EQ(Send(MakeEit({}, Named(1, "B"))), 1);
     EXPECT_EQ(PresentTitle(), "B");
 }
 
-TEST_F(Eit, EmptySectionMeansNothingIsOn)
+TEST_F(Eit, AnEmptySectionMeansNoEvent)
 {
     Send(MakeEit({}, Named(1, "A")));
     EXPECT_EQ(Send(MakeEit({}, {})), 1);
@@ -170,7 +170,7 @@ TEST_F(Eit, SectionsUpTo4096Bytes)
     EXPECT_THAT(m_reader.Table().Events(), SizeIs(20));
 }
 
-TEST_F(Eit, ALostPacketCostsOneSection)
+TEST_F(Eit, ALostPacketLosesOneSection)
 {
     Bytes const large = MakeEit({}, [] {
         Bytes events;
@@ -198,7 +198,7 @@ TEST_F(Eit, SeveralSectionsInOnePacket)
     EXPECT_TRUE(m_reader.Table().Following(1));
 }
 
-TEST_F(Eit, EventsComeOnceAndPresentBeforeSchedule)
+TEST_F(Eit, EventsAppearOnceAndPresentBeforeSchedule)
 {
     EitSectionParts schedule;
     schedule.table = Schedule;
@@ -213,7 +213,7 @@ TEST_F(Eit, EventsComeOnceAndPresentBeforeSchedule)
     EXPECT_EQ(events[2].eventId, 4u);
 }
 
-TEST_F(Eit, AnEventThatOverrunsItsSectionIsLeftOut)
+TEST_F(Eit, OmitsAnEventThatOverrunsItsSection)
 {
     Bytes events = Named(1, "A") + Named(2, "B");
     events[Named(1, "A").size() + 11] += 1; // length of the second one's descriptors

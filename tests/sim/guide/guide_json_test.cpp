@@ -8,7 +8,7 @@
 namespace zviptv::test {
 namespace {
 
-TEST(GuideJson, EveryMemberIsThereEvenWhenThereIsNothingToSay)
+TEST(GuideJson, EveryMemberIsPresentEvenIfEmpty)
 {
     auto const guide = ReadText(Tv(Programme("1", "20260101", "20260102", ""))).guide;
     EXPECT_EQ(sim::ProgrammeJson(*guide, 0),
@@ -23,7 +23,7 @@ TEST(GuideJson, ServiceIdsAreDigitsInAString)
     EXPECT_EQ(ParseJson(sim::ProgrammeJson(*guide, 0))["service_id"], "18446744073709551615");
 }
 
-TEST(GuideJson, TextsComeBackAsTheyAre)
+TEST(GuideJson, TextsAreUnchanged)
 {
     std::string const title = "\"Quotes\" \\ / é € 😀 おはよう \u2028";
     auto const guide = ReadText(Tv(Programme("1", "2026", "", "<title>" + title + "</title>"))).guide;

@@ -20,7 +20,7 @@ std::vector<std::string> Examples(std::string const& page)
     return examples;
 }
 
-TEST(GuidePage, ItsExamplesAreTheAnswersOfTheSampleGuide)
+TEST(GuidePage, ExamplesMatchTheSampleGuide)
 {
     sim::ProgrammeGuide guide;
     guide.Load(ZVIPTV_SAMPLE_GUIDE, {{"ZV Sample One", 1}});

@@ -43,20 +43,20 @@ TEST(GuideSchedule, MissingStopIsTheNextStartOfTheSameChannel)
     EXPECT_THAT(loaded.warnings.First(), IsEmpty());
 }
 
-TEST(GuideSchedule, GapsStay)
+TEST(GuideSchedule, KeepsGaps)
 {
     EXPECT_THAT(Times(*ReadText(Tv(At("0010", "0015") + At("0030", "0040"))).guide),
                 ElementsAre(T(10, 15), T(30, 40)));
 }
 
-TEST(GuideSchedule, OneThatRunsIntoTheNextIsCut)
+TEST(GuideSchedule, CutsAProgrammeAtTheStartOfTheNext)
 {
     auto const loaded = ReadText(Tv(At("0010", "0040") + At("0030", "0050")));
     EXPECT_THAT(Times(*loaded.guide), ElementsAre(T(10, 30), T(30, 50)));
     EXPECT_THAT(loaded.warnings.First(), ElementsAre("service 1: programme 1 runs into programme 2, cut"));
 }
 
-TEST(GuideSchedule, OfTwoThatStartTogetherTheFirstOfTheFileStays)
+TEST(GuideSchedule, OfTwoWithEqualStartKeepsTheFirst)
 {
     auto const loaded = ReadText(Tv(At("0010", "0020") + At("0010", "0040") + At("0010", "0040") +
                                     Programme("2", "197001010010", "")));
@@ -99,7 +99,7 @@ protected:
     }
 };
 
-TEST_F(GuideQueries, ListHasWhatOverlapsTheWindow)
+TEST_F(GuideQueries, ListContainsProgrammesThatOverlapTheWindow)
 {
     EXPECT_EQ(List(60, 60), T(0, 1));
     EXPECT_EQ(List(119, 1), T(0, 1));
@@ -153,7 +153,7 @@ TEST_F(GuideQueries, NeighboursAreOfTheSameService)
     EXPECT_EQ(m_guide->Neighbour(3, 1), std::nullopt);
 }
 
-TEST_F(GuideQueries, KeyNamesServiceEventAndStart)
+TEST_F(GuideQueries, KeyContainsServiceEventAndStart)
 {
     EXPECT_EQ(m_guide->Find({7, 2, 0}), 1u);
     EXPECT_EQ(m_guide->Find({7, 2, 120}), 1u);

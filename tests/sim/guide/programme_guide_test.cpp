@@ -61,7 +61,7 @@ TEST_F(ProgrammeGuide, Exists)
     EXPECT_TRUE(m_guide.Exists());
 }
 
-TEST_F(ProgrammeGuide, IndexCountsThroughTheListThatWasAskedFor)
+TEST_F(ProgrammeGuide, IndexRefersToTheRequestedList)
 {
     auto const list = m_guide.Select(5, 20 * Minute, 10 * Minute);
     EXPECT_EQ(list.range.count, 1u);
@@ -76,7 +76,7 @@ TEST_F(ProgrammeGuide, AnEmptyListHasNoProgrammes)
     EXPECT_EQ(m_guide.Programme(m_guide.Select(77, 0, 10000), 0), "");
 }
 
-TEST_F(ProgrammeGuide, WithoutAListTheIndexCountsThroughTheWholeGuide)
+TEST_F(ProgrammeGuide, WithoutAListTheIndexRefersToTheGuide)
 {
     EXPECT_EQ(Title(m_guide.Programme(sim::GuideList(), 0)), "C");
     EXPECT_EQ(Title(m_guide.Programme(sim::GuideList(), 1)), "A");
@@ -107,7 +107,7 @@ TEST_F(ProgrammeGuide, PreviousPresentAndNext)
     EXPECT_EQ(m_guide.Programme(Request("3", 1), 0), "");
 }
 
-TEST_F(ProgrammeGuide, OddRequestsFindNothing)
+TEST_F(ProgrammeGuide, ImpossibleRequestsFindNothing)
 {
     for (std::string const request :
          {"", "{}", "[]", "7", "null", "{\"service_id\":5,\"event_id\":1}", "{\"service_id\":\"5\"}",
@@ -173,7 +173,7 @@ TEST_F(ProgrammeGuide, AFailedLoadLosesNothing)
     EXPECT_EQ(m_guide.List(5, 0, 10000), answer);
 }
 
-TEST_F(ProgrammeGuide, ErrorsSayWhatAndWhere)
+TEST_F(ProgrammeGuide, ErrorsContainReasonAndPlace)
 {
     auto const error = [this](std::string const& path) -> std::string {
         try {
@@ -189,7 +189,7 @@ TEST_F(ProgrammeGuide, ErrorsSayWhatAndWhere)
     EXPECT_EQ(error("/tmp"), "/tmp: not a regular file");
 }
 
-TEST_F(ProgrammeGuide, WarningsAreHandedOut)
+TEST_F(ProgrammeGuide, ReportsWarnings)
 {
     TempFile const file(Tv(Programme("5", "x", "")));
     auto const warnings = m_guide.Load(file.Path());

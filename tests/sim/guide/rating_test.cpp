@@ -6,7 +6,7 @@
 namespace zviptv::sim {
 namespace {
 
-TEST(Rating, NumberInTheValueIsTheAge)
+TEST(Rating, TakesTheAgeFromANumber)
 {
     EXPECT_EQ(MinimumAge("12"), 12u);
     EXPECT_EQ(MinimumAge("0"), 0u);
@@ -19,7 +19,7 @@ TEST(Rating, NumberInTheValueIsTheAge)
     EXPECT_EQ(MinimumAge("R18"), 18u);
 }
 
-TEST(Rating, WordsThatStandForAnAge)
+TEST(Rating, TakesTheAgeFromAWord)
 {
     EXPECT_EQ(MinimumAge("G"), 0u);
     EXPECT_EQ(MinimumAge("U"), 0u);

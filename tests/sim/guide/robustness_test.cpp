@@ -14,7 +14,7 @@ namespace zviptv::test {
 namespace {
 
 /// Everything that a guide can answer holds together.
-void ExpectSound(sim::Guide const& guide)
+void ExpectValid(sim::Guide const& guide)
 {
     for (std::uint32_t i = 0; i < guide.All().count; ++i) {
         std::string const json = sim::ProgrammeJson(guide, i);
@@ -57,7 +57,7 @@ TEST(Robustness, DamagedXmltvIsReadOrRefused)
     for (int round = 0; round < 1500; ++round) {
         try {
             auto const loaded = ReadText(Mutate(sample, random), {}, 1 + random() % 5000);
-            ASSERT_NO_FATAL_FAILURE(ExpectSound(*loaded.guide));
+            ASSERT_NO_FATAL_FAILURE(ExpectValid(*loaded.guide));
             ++read;
         } catch (sim::GuideError const& error) {
             EXPECT_EQ(std::string(error.what()).rfind("test.xml:", 0), 0u) << error.what();
@@ -77,7 +77,7 @@ TEST(Robustness, NoiseIsNotAGuide)
 }
 
 /// Sections with a right CRC around anything.
-TEST(Robustness, AnyEitSectionGivesASoundGuide)
+TEST(Robustness, AnyEitSectionGivesAValidGuide)
 {
     std::mt19937 random(4711);
     sim::EitTable table;
@@ -103,10 +103,10 @@ TEST(Robustness, AnyEitSectionGivesASoundGuide)
     }
     auto const made = sim::MakeGuide(table);
     EXPECT_GT(made.guide->All().count, 20u);
-    ExpectSound(*made.guide);
+    ExpectValid(*made.guide);
 }
 
-TEST(Robustness, PacketsOfNoiseBringNoEvents)
+TEST(Robustness, PacketsOfNoiseContainNoEvents)
 {
     sim::EitReader reader;
     for (unsigned seed = 1; seed <= 5000; ++seed) {

@@ -20,13 +20,13 @@ protected:
     sim::GuideWarnings m_warnings;
 };
 
-TEST_F(SampleGuide, IsFlawless)
+TEST_F(SampleGuide, HasNoWarnings)
 {
     EXPECT_THAT(m_warnings.First(), ElementsAre());
     EXPECT_EQ(m_guide.Current()->All().count, 19u);
 }
 
-TEST_F(SampleGuide, HasThreeServicesWithOrWithoutTheStreamsNames)
+TEST_F(SampleGuide, HasThreeServicesWithAndWithoutNamesOfTheStream)
 {
     auto const names = [](sim::Guide const& guide) {
         std::vector<std::string> result;
@@ -40,7 +40,7 @@ TEST_F(SampleGuide, HasThreeServicesWithOrWithoutTheStreamsNames)
     EXPECT_THAT(names(*sim::LoadGuide(ZVIPTV_SAMPLE_GUIDE).guide), expected);
 }
 
-TEST_F(SampleGuide, ServiceOneIsOnAirWithoutAGap)
+TEST_F(SampleGuide, ServiceOneHasNoGap)
 {
     auto const list = ParseJson(m_guide.List(1, 0, 0xFFFFFFFF));
     ASSERT_EQ(list.size(), 10u);
@@ -50,7 +50,7 @@ TEST_F(SampleGuide, ServiceOneIsOnAirWithoutAGap)
     }
 }
 
-TEST_F(SampleGuide, TheHourThatTheClocksSkipIsNotThere)
+TEST_F(SampleGuide, OmitsTheHourSkippedBySummerTime)
 {
     auto const trains = ParseJson(m_guide.Present(1, ChangeOfClocks));
     EXPECT_EQ(trains["title"], "Night Trains");
@@ -61,7 +61,7 @@ TEST_F(SampleGuide, TheHourThatTheClocksSkipIsNotThere)
     EXPECT_EQ(sameByName["duration"], 6 * 3600);
 }
 
-TEST_F(SampleGuide, OneStepToANeighbourAndNoFurther)
+TEST_F(SampleGuide, NeighboursEndAtTheBorders)
 {
     std::string const request = R"({"service_id":"1","event_id":3})";
     EXPECT_EQ(ParseJson(m_guide.Programme(request, -1))["event_id"].asUInt(), 2u);

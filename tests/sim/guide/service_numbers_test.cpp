@@ -21,7 +21,7 @@ protected:
     GuideWarnings m_warnings;
 };
 
-TEST_F(ServiceNumbers, NameOfTheStreamComesFirst)
+TEST_F(ServiceNumbers, TheNameInTheStreamComesFirst)
 {
     EXPECT_THAT(Assign({{"9.example", {"Other", "ZV Sample One"}}}, {{"ZV Sample One", 4711}}),
                 ElementsAre(4711u));
@@ -34,7 +34,7 @@ TEST_F(ServiceNumbers, ChannelIdsThatAreNumbers)
     EXPECT_EQ(m_warnings.Count(), 1u);
 }
 
-TEST_F(ServiceNumbers, IdsThatOnlyLookLikeNumbersAreNone)
+TEST_F(ServiceNumbers, IdsThatResembleNumbersAreNotNumbers)
 {
     EXPECT_THAT(Assign({{"3sat.example", {}},
                         {"-5", {}},
@@ -52,13 +52,13 @@ TEST_F(ServiceNumbers, DisplayNamesThatAreNumbers)
     EXPECT_THAT(Assign({{"a", {"A", "42", "43"}}, {"b", {"44.b"}}}), ElementsAre(42u, 1u));
 }
 
-TEST_F(ServiceNumbers, TheRestCountsFromOneInFileOrderAroundTakenNumbers)
+TEST_F(ServiceNumbers, OtherServicesGetFreeNumbersInFileOrder)
 {
     EXPECT_THAT(Assign({{"a", {}}, {"2", {}}, {"b", {}}, {"c", {"1"}}, {"d", {}}}),
                 ElementsAre(3u, 2u, 4u, 1u, 5u));
 }
 
-TEST_F(ServiceNumbers, FirstChannelOfTheFileWinsAndTheOtherTriesTheNextRule)
+TEST_F(ServiceNumbers, TheFirstChannelOfTheFileTakesPrecedence)
 {
     EXPECT_THAT(
         Assign({{"5", {"60"}}, {"5.example", {"50"}}, {"x", {"Same"}}, {"8", {"Same"}}}, {{"Same", 3}}),
@@ -68,7 +68,7 @@ TEST_F(ServiceNumbers, FirstChannelOfTheFileWinsAndTheOtherTriesTheNextRule)
                             HasSubstr("channel \"5.example\": service id 5 belongs to another channel")));
 }
 
-TEST_F(ServiceNumbers, AnEarlierRuleWinsOverTheFileOrder)
+TEST_F(ServiceNumbers, AnEarlierRulePrecedesTheFileOrder)
 {
     EXPECT_THAT(Assign({{"1", {}}, {"x", {"ZV Sample One"}}}, {{"ZV Sample One", 1}}), ElementsAre(2u, 1u));
     EXPECT_EQ(m_warnings.Count(), 1u);

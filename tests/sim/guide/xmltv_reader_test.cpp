@@ -45,7 +45,7 @@ TEST(XmltvReader, EveryTextOfAProgramme)
     EXPECT_EQ(loaded.guide->Services().front().name, "One");
 }
 
-TEST(XmltvReader, LanguagesAreKeptApart)
+TEST(XmltvReader, LanguagesAreSeparate)
 {
     auto const loaded = ReadText(Tv(Programme("1", "2026", "", R"(
         <title lang="de">Titel</title><title lang="fr">Titre</title><title lang="de">Noch einer</title>
@@ -113,7 +113,7 @@ TEST(XmltvReader, EventIdsCountEveryProgrammeOfTheFile)
     EXPECT_EQ(guide.At(1).eventId, 1u);
 }
 
-TEST(XmltvReader, AbsurdTextsAreCut)
+TEST(XmltvReader, HugeTextsAreCut)
 {
     auto const loaded = ReadText(Tv(Programme("1", "2026", "",
                                               "<title>" + std::string(65534, 'x') + "€</title><desc>" +
@@ -126,7 +126,7 @@ TEST(XmltvReader, AbsurdTextsAreCut)
                                                      HasSubstr("text over 65535 bytes, cut")));
 }
 
-TEST(XmltvReader, TooManyTextsAreLeftOut)
+TEST(XmltvReader, OmitsTextsAboveTheLimit)
 {
     std::string genres = "<title>T</title>";
     for (int i = 0; i < 1200; ++i) {
@@ -137,7 +137,7 @@ TEST(XmltvReader, TooManyTextsAreLeftOut)
     EXPECT_EQ(loaded.warnings.Count(), 201u);
 }
 
-TEST(XmltvReader, ElementsInOddPlacesArePassedOver)
+TEST(XmltvReader, IgnoresMisplacedElements)
 {
     auto const loaded = ReadText(Tv(R"(<title>no</title><x><programme channel="1" start="2026"/></x>
         <channel id="5"><title>no</title><display-name> Five <b>TV</b></display-name></channel>
@@ -150,7 +150,7 @@ TEST(XmltvReader, ElementsInOddPlacesArePassedOver)
     EXPECT_EQ(guide.Services().front().name, "Five TV");
 }
 
-TEST(XmltvReader, ChannelsMayComeLateTwiceOrNotAtAll)
+TEST(XmltvReader, ChannelsMayBeLateDuplicateOrMissing)
 {
     auto const loaded = ReadText(Tv(Programme("x", "20260101", "") + Programme("y", "20260101", "") +
                                     "<channel id=\"y\"><display-name>Y</display-name></channel>"
@@ -160,12 +160,12 @@ TEST(XmltvReader, ChannelsMayComeLateTwiceOrNotAtAll)
     EXPECT_EQ(loaded.guide->Services()[1].id, 77u);
 }
 
-TEST(XmltvReader, EmptyGuideIsAGuide)
+TEST(XmltvReader, AcceptsAnEmptyGuide)
 {
     EXPECT_EQ(ReadText("<tv/>").guide->All().count, 0u);
 }
 
-TEST(XmltvReader, PiecesOfAnySizeGiveTheSame)
+TEST(XmltvReader, ReadsPiecesOfAnySize)
 {
     std::string const xml = ReadFile(ZVIPTV_SAMPLE_GUIDE);
     auto const texts = [&](std::size_t step) {
@@ -184,7 +184,7 @@ TEST(XmltvReader, PiecesOfAnySizeGiveTheSame)
     }
 }
 
-TEST(CutUtf8, StaysBetweenCharacters)
+TEST(CutUtf8, CutsBetweenCharacters)
 {
     EXPECT_EQ(sim::CutUtf8("aé€😀", 100), "aé€😀");
     EXPECT_EQ(sim::CutUtf8("aé€😀", 9), "aé€");

@@ -74,7 +74,7 @@ protected:
 
 using Pids = std::vector<int>;
 
-TEST_F(ArrivingReader, BeginsWhenFivePacketsAreInStep)
+TEST_F(ArrivingReader, StartsAfterFiveSyncBytesInStep)
 {
     EXPECT_EQ(Read(), Pids());
     Come(Packets(1, 4));
@@ -98,7 +98,7 @@ TEST_F(ArrivingReader, WaitsForTheRestOfAPacket)
     EXPECT_EQ(Read(), Pids{8});
 }
 
-TEST_F(ArrivingReader, GetsBackIntoStepAfterAForeignDatagram)
+TEST_F(ArrivingReader, ResynchronisesAfterAForeignDatagram)
 {
     Come(Packets(1, 7));
     EXPECT_EQ(Read().size(), 7U);
@@ -109,7 +109,7 @@ TEST_F(ArrivingReader, GetsBackIntoStepAfterAForeignDatagram)
     EXPECT_EQ(m_reader.SkippedBytes(), 100U);
 }
 
-TEST_F(ArrivingReader, FindsPacketsBehindMuchElse)
+TEST_F(ArrivingReader, FindsPacketsAfterOtherData)
 {
     Come(Bytes(100'000, 0));
     Come(Packets(1, 7));
@@ -130,7 +130,7 @@ TEST_F(ArrivingReader, TakesFewerPacketsAtTheEnd)
     EXPECT_TRUE(m_reader.HasEnded());
 }
 
-TEST_F(ArrivingReader, ReadsPacketsWithParityBehind)
+TEST_F(ArrivingReader, ReadsPacketsFollowedByParity)
 {
     Bytes stream;
     for (int i = 1; i <= 8; ++i) {

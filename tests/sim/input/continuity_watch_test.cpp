@@ -24,7 +24,7 @@ protected:
     sim::ContinuityWatch m_watch;
 };
 
-TEST_F(Watch, CountsEachPidByItself)
+TEST_F(Watch, CountsEachPidSeparately)
 {
     for (int i = 0; i < 40; ++i) {
         Push(0x100, i & 0x0F);
@@ -36,7 +36,7 @@ TEST_F(Watch, CountsEachPidByItself)
     EXPECT_EQ(m_watch.Gaps(), 1U);
 }
 
-TEST_F(Watch, KnowsDuplicatesDiscontinuitiesAndPacketsThatDoNotCount)
+TEST_F(Watch, RecognisesDuplicatesDiscontinuitiesAndUncountedPackets)
 {
     Push(0x100, 3);
     Push(0x100, 3);            // a duplicate

@@ -57,7 +57,7 @@ protected:
     std::unique_ptr<sim::Demux> m_demux;
 };
 
-TEST_F(LiveDemux, LearnsTheProgrammeWhenItsTablesCome)
+TEST_F(LiveDemux, LearnsTheProgrammeFromItsTables)
 {
     StreamBuilder builder;
     AddTables(builder);
@@ -71,7 +71,7 @@ TEST_F(LiveDemux, LearnsTheProgrammeWhenItsTablesCome)
     EXPECT_EQ(events[0].programme->number, 1);
 }
 
-TEST_F(LiveDemux, HandsOutAPacketThatIsCompleteWithoutWaitingForAPcr)
+TEST_F(LiveDemux, DeliversACompletePacketWithoutWaitingForAPcr)
 {
     StreamBuilder builder;
     AddTables(builder).Pes(Audio, MakePes(900, Noise(50)));
@@ -83,7 +83,7 @@ TEST_F(LiveDemux, HandsOutAPacketThatIsCompleteWithoutWaitingForAPcr)
     EXPECT_FALSE(m_demux->HasClock());
 }
 
-TEST_F(LiveDemux, TellsTheLatestPcr)
+TEST_F(LiveDemux, ReportsTheLatestPcr)
 {
     StreamBuilder builder;
     AddTables(builder).Pcr(Video, 1000).Pcr(Video, 5).Pes(Audio, MakePes(900, Noise(50)));
@@ -96,7 +96,7 @@ TEST_F(LiveDemux, TellsTheLatestPcr)
 }
 
 /// The PMT of the second programme comes first.
-TEST_F(LiveDemux, PlaysTheFirstProgrammeOfThePatNotTheFirstToCome)
+TEST_F(LiveDemux, PlaysTheFirstProgrammeOfThePat)
 {
     StreamBuilder builder;
     builder.Section(0, MakePat({{1, Pmt}, {2, Pmt + 1}}))
@@ -111,7 +111,7 @@ TEST_F(LiveDemux, PlaysTheFirstProgrammeOfThePatNotTheFirstToCome)
     EXPECT_TRUE(m_demux->HasAllTables());
 }
 
-TEST_F(LiveDemux, AwaitsTheProgrammeThatIsAskedFor)
+TEST_F(LiveDemux, WaitsForTheRequestedProgramme)
 {
     StreamBuilder builder;
     builder.Section(0, MakePat({{1, Pmt}, {2, Pmt + 1}}))

@@ -8,7 +8,7 @@ namespace {
 
 using sim::RtpJitter;
 
-TEST(RtpJitter, IsNoneWhenPacketsComeAsTheyAreStamped)
+TEST(RtpJitter, IsZeroForPacketsOnTime)
 {
     RtpJitter jitter;
     for (int i = 0; i < 100; ++i) {

@@ -23,7 +23,7 @@ TEST(RtpPacket, ReturnsItsHeader)
     EXPECT_EQ(packet->payload.Copy(), Bytes{0x47});
 }
 
-TEST(RtpPacket, LosesContributorsExtensionAndPadding)
+TEST(RtpPacket, RemovesContributorsExtensionAndPadding)
 {
     for (bool const hasContributors : {false, true}) {
         for (bool const hasExtension : {false, true}) {

@@ -38,7 +38,7 @@ TEST_F(Window, PassesPacketsInOrderAtOnce)
     EXPECT_EQ(m_window.Count().lost + m_window.Count().duplicated + m_window.Count().reordered, 0U);
 }
 
-TEST_F(Window, PutsLatePacketsInTheirPlace)
+TEST_F(Window, SortsLatePackets)
 {
     for (int const sequence : {10, 13, 12, 11, 14}) {
         Push(sequence);
@@ -48,7 +48,7 @@ TEST_F(Window, PutsLatePacketsInTheirPlace)
     EXPECT_EQ(m_window.Count().lost, 0U);
 }
 
-TEST_F(Window, GivesUpAMissingPacketAfter32Others)
+TEST_F(Window, SkipsAMissingPacketAfter32Others)
 {
     Push(100);
     for (int sequence = 103; sequence <= 132; ++sequence) { // 101 and 102 are missing
@@ -63,7 +63,7 @@ TEST_F(Window, GivesUpAMissingPacketAfter32Others)
     EXPECT_EQ(m_window.Count().reordered, 0U);
 }
 
-TEST_F(Window, CountsAPacketThatIsTooLateAsLostOnly)
+TEST_F(Window, CountsAPacketThatIsTooLateOnlyAsLost)
 {
     Push(0);
     for (int sequence = 2; sequence <= 40; ++sequence) {
@@ -114,7 +114,7 @@ TEST_F(Window, CountsALongGap)
     EXPECT_EQ(m_window.Count().lost, 1999U);
 }
 
-TEST_F(Window, BeginsAgainWithAnotherSource)
+TEST_F(Window, RestartsWithAnotherSource)
 {
     Push(10);
     Push(12); // held
@@ -123,7 +123,7 @@ TEST_F(Window, BeginsAgainWithAnotherSource)
     EXPECT_EQ(m_window.Count().lost, 1U);
 }
 
-TEST_F(Window, BelievesAJumpWhenTheNextPacketFollowsIt)
+TEST_F(Window, AcceptsAJumpThatTheNextPacketConfirms)
 {
     Push(10);
     EXPECT_FALSE(Push(30000));

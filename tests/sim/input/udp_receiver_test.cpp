@@ -51,7 +51,7 @@ void Pass(std::string const& url, UdpSender& sender)
     EXPECT_EQ(receiver.Lost(), 0U);
 }
 
-TEST(UdpReceiver, TakesDatagramsInOrder)
+TEST(UdpReceiver, ReceivesDatagramsInOrder)
 {
     for (char const* const host : {"127.0.0.1", "::1"}) {
         UdpSender sender(host);
@@ -95,7 +95,7 @@ TEST(UdpReceiver, JoinsAGroupOfIpv6)
 }
 
 /// Wrong addresses and their error messages.
-TEST(UdpReceiver, SaysWhyItCannotReceive)
+TEST(UdpReceiver, ReportsWhyItCannotReceive)
 {
     UdpSender const sender("127.0.0.1");
     std::string const port = ":" + std::to_string(sender.Port());

@@ -67,7 +67,7 @@ class Access(unittest.TestCase):
         self.assertEqual(self.ask("api/events", f"Origin: {own}\r\n{UPGRADE}").status, 101)
         self.assertEqual(self.ask("api/verb", f"Origin: {own}\r\n", method="POST", body='{"words": ["play"]}').status, 200)
 
-    def test_runs_verbs_and_says_what_is_wrong(self):
+    def test_runs_verbs_and_reports_errors(self):
         def run(body):
             return self.ask("api/verb", method="POST", body=body)
         self.assertEqual(run('{"words": ["seek", "3"]}').status, 200)
@@ -137,7 +137,7 @@ class Access(unittest.TestCase):
     def descriptors(self):
         return len(list(Path(f"/proc/{self.simulator.process.pid}/fd").iterdir()))
 
-    def test_keeps_nothing_of_connections_that_have_ended(self):
+    def test_keeps_no_data_of_closed_connections(self):
         before = self.descriptors()
         for _ in range(50):
             self.assertEqual(self.ask("").status, 200)
@@ -145,7 +145,7 @@ class Access(unittest.TestCase):
         wait_for(lambda: self.descriptors() <= before + 5, "the end of the connections")
 
     @unittest.skipIf(b"__ubsan_handle" in SIM.read_bytes(), "UndefinedBehaviorSanitizer itself needs free descriptors")
-    def test_lives_on_without_free_descriptors(self):
+    def test_continues_without_free_descriptors(self):
         simulator = Simulator()
         try:
             used = len(list(Path(f"/proc/{simulator.process.pid}/fd").iterdir()))

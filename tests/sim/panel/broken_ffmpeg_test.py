@@ -50,7 +50,7 @@ class BrokenFfmpeg(PageTest):
         wait_for(lambda: self.frames() > 3, "a picture of the real ffmpeg", 60)
         wait_for(lambda: self.text("picture-note") == "")
 
-    def test_that_fails_is_started_again_after_longer_and_longer_pauses(self):
+    def test_is_restarted_after_failures_with_growing_pauses(self):
         wait_for(lambda: "ffmpeg ended without a picture" in self.text("picture-note"))
         self.set_program("exit 1")
         starts = [float(when) for when, _ in wait_for(lambda: len(self.started()) > 3 and self.started())]
@@ -69,13 +69,13 @@ class BrokenFfmpeg(PageTest):
         self.assertIn("No picture has come", self.text("picture-note"), "it stays until a picture comes")
         self.recovers()
 
-    def test_that_does_not_read_is_started_again(self):
+    def test_is_restarted_if_it_does_not_read(self):
         self.hangs("exec sleep 1000")
 
-    def test_that_does_not_write_is_started_again(self):
+    def test_is_restarted_if_it_does_not_write(self):
         self.hangs("exec cat 3>&1 > /dev/null")
 
-    def test_that_is_stopped_is_started_again(self):
+    def test_is_restarted_if_it_is_stopped(self):
         self.recovers()
         stopped = int(self.started()[-1][1])
         os.kill(stopped, signal.SIGSTOP)
@@ -85,7 +85,7 @@ class BrokenFfmpeg(PageTest):
         wait_for(lambda: self.frames() > before + 3)
         wait_for(lambda: self.text("picture-note") == "")
 
-    def test_that_hangs_in_a_pause_is_started_again(self):
+    def test_is_restarted_if_it_hangs_in_a_pause(self):
         self.set_program("exec sleep 1000")
         self.simulator.ctl("sim", "pause")
         wait_for(lambda: len(self.started()) > 2, "another start", 60)
@@ -93,7 +93,7 @@ class BrokenFfmpeg(PageTest):
         self.set_program(f'exec {shutil.which("ffmpeg")} "$@"')
         wait_for(lambda: self.frames() > before, "a picture of the real ffmpeg", 60)
 
-    def test_is_left_alone_in_a_pause(self):
+    def test_is_not_restarted_in_a_pause(self):
         self.recovers()
         self.simulator.ctl("sim", "pause")
         wait_for(lambda: "Paused" in self.text("badges"))

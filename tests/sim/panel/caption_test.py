@@ -29,7 +29,7 @@ class CaptionTest(PageTest):
 
 
 class Sample(CaptionTest):
-    def test_comes_and_goes(self):
+    def test_appears_and_disappears(self):
         for text in ("に", "", "さん", "", "よん"):
             wait_for(lambda: self.shown() == text and (self.drawn() > 200) == bool(text), f"the caption '{text}'")
 
@@ -45,7 +45,7 @@ class Sample(CaptionTest):
         wait_for(lambda: self.driver.execute_script(
             "return getComputedStyle(document.getElementById('captions')).visibility") == "hidden")
 
-    def test_a_page_that_comes_later_shows_it(self):
+    def test_a_page_opened_later_shows_it(self):
         self.simulator.ctl("sim", "pause")
         self.simulator.ctl("sim", "seek", "5.8")
         wait_for(lambda: self.shown() == "さん")

@@ -49,7 +49,7 @@ TEST(Feed, KeepsABoundedNumberOfMessages)
               large.size() + std::string(R"({"state":{},"missed":1,"messages":[]})").size());
 }
 
-TEST(Jpeg, IsTakenWhenItIsWhole)
+TEST(Jpeg, IsTakenWhenComplete)
 {
     std::string const head("\xFF\xD8\xFF\xE0\x00\x04\xFF\xD9", 8); // a segment that has the mark of the end
     std::string const picture =

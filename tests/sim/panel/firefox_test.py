@@ -93,7 +93,7 @@ class Firefox(unittest.TestCase):
         wait_for(lambda: "MuteAudio onoff=true" in self.page.text("rows"))
         wait_for(lambda: "Sound muted by :1." in self.page.text("badges"))
 
-    def test_steers(self):
+    def test_controls_the_television(self):
         for name, key in (("play", "Paused"), ("mute-video", "VideoMuted"), ("lock-service", "ServiceLocked")):
             self.page.click(name)
             wait_for(lambda: self.status()[key], key)

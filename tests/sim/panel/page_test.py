@@ -36,7 +36,7 @@ class Shows(PageTest):
         before = self.text("elapsed")
         wait_for(lambda: self.text("elapsed") != before)
 
-    def test_what_applications_do_within_a_second(self):
+    def test_actions_of_applications_within_a_second(self):
         self.within_a_second(["mute", "audio", "on"], lambda: "Sound muted by :1." in self.text("badges"))
         self.within_a_second(["mute", "video", "on"], lambda: self.attribute("screen", "data-cover") == "dark")
         self.within_a_second(["mute", "video", "off"], lambda: self.attribute("screen", "data-cover") == "none")
@@ -80,7 +80,7 @@ class Shows(PageTest):
         wait_for(lambda: "player control" in self.text("application-list"))
         wait_for(lambda: application.ask_often(2) or "python3" in self.text("application-list"), "the name of the program")
 
-    def test_a_page_too_many(self):
+    def test_one_page_above_the_limit(self):
         head = (f"GET {self.simulator.root}api/events HTTP/1.1\r\nHost: 127.0.0.1:{self.simulator.port}\r\n"
                 "Connection: Upgrade\r\nUpgrade: websocket\r\nSec-WebSocket-Version: 13\r\n"
                 "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\n\r\n")
@@ -153,7 +153,7 @@ class Fits(PageTest):
         }).map(button => button.textContent)""")
         self.assertEqual(cut, [])
 
-    def test_fields_show_what_is_in_them(self):
+    def test_fields_show_their_whole_content(self):
         cut = self.driver.execute_script("""return ['load', 'programme', 'fault-message', 'filter-application'].filter(id => {
             const field = document.getElementById(id), text = document.createElement('span');
             text.textContent = field.selectedOptions?.[0].textContent ?? field.placeholder;
@@ -166,7 +166,7 @@ class Fits(PageTest):
         self.assertEqual(cut, [])
 
 
-class Converses(PageTest):
+class ConversationList(PageTest):
     def rows(self):
         return self.driver.execute_script(
             "return [...document.querySelectorAll('.message:not([hidden]) .says')].map(e => e.textContent)")
@@ -232,7 +232,7 @@ class Converses(PageTest):
         self.element("hold").click()
         wait_for(lambda: self.anywhere("MuteAudio"))
 
-    def test_stays_fluid_with_10000_messages(self):
+    def test_stays_responsive_with_10000_messages(self):
         self.driver.execute_script("""
             window.times = []; let last = performance.now();
             const tick = now => { window.times.push(now - last); last = now; requestAnimationFrame(tick); };
@@ -259,7 +259,7 @@ class Converses(PageTest):
         self.assertLess(worst, 100 * BESIDE_OTHERS)
         self.assertLess(arrived - asked, 2 * BESIDE_OTHERS)
 
-    def test_shows_the_history_to_a_page_that_comes_later(self):
+    def test_shows_the_history_to_a_page_opened_later(self):
         self.simulator.ctl("mute", "audio", "on")
         self.driver.get(self.simulator.address)
         wait_for(lambda: self.anywhere("MuteAudio"))

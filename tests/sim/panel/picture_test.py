@@ -41,7 +41,7 @@ class Picture(PageTest):
             before = self.frames()
             wait_for(lambda: self.frames() > before)
 
-    def test_nothing_stays_behind_a_killed_simulator(self):
+    def test_nothing_remains_of_a_killed_simulator(self):
         """Neither the service, the bus nor ffmpeg, not even one that is stopped."""
         self.element("sound").click()
         wait_for(lambda: len(self.simulator.decoders()) == 2)
@@ -71,7 +71,7 @@ class Picture(PageTest):
         before = self.frames()
         wait_for(lambda: self.frames() > before + 20)
 
-    def test_comes_back_with_the_service(self):
+    def test_returns_with_the_service(self):
         self.simulator.ctl("sim", "die", "--for", "0.3")
         wait_for(lambda: not self.simulator.decoders())
         before = self.frames()
@@ -136,7 +136,7 @@ class WithoutFfmpeg(PageTest):
         os.symlink(daemon, Path(cls.folder.name, "dbus-daemon"))
         cls.path = cls.folder.name
 
-    def test_draws_a_test_card_and_says_what_to_install(self):
+    def test_draws_a_test_card_and_reports_what_to_install(self):
         wait_for(lambda: "install ffmpeg: sudo apt install ffmpeg" in self.text("picture-note"))
         self.assertEqual(self.pixel(0.02, 0.1), [192, 192, 192])
         self.assertEqual(self.pixel(0.98, 0.1), [0, 0, 192])

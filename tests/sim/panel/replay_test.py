@@ -30,7 +30,7 @@ class ReplayTest(PageTest):
 
 
 class Replay(ReplayTest):
-    def test_shows_what_there_is(self):
+    def test_shows_the_available_parts(self):
         wait_for(lambda: self.text("cover-text") == "A recording is replayed")
         self.assertEqual(self.text("input"), f"replays {self.recording}")
         self.assertEqual(self.text("track-lists"), "none")
@@ -48,7 +48,7 @@ class Replay(ReplayTest):
         for words in ("requestPESCB on=true", "PESCB 0x01", "MuteAudio onoff=true"):
             wait_for(lambda: words in self.text("rows"), words)
 
-    def test_refuses_what_steers_a_stream(self):
+    def test_refuses_controls_of_a_stream(self):
         for name in ("play", "speed", "mute-audio", "mute-video", "lock-programme", "lock-service", "load", "programme", "time",
                      "position"):
             self.assertFalse(self.element(name).is_enabled(), name)
@@ -58,7 +58,7 @@ class Replay(ReplayTest):
             wait_for(lambda: f"{method} is not possible: the simulator replays a recording; use die, restart, reset, quit or "
                              "fault, or start it with --ts and without --replay" in self.text("messages-area"), words)
 
-    def test_steers_faults_and_deaths(self):
+    def test_controls_faults_and_deaths(self):
         self.run_words("fault add MuteAudio=error")
         wait_for(lambda: "MuteAudio=error" in self.text("fault-list"))
         self.assertEqual(self.simulator.ctl("mute", "audio", "on").returncode, 4)

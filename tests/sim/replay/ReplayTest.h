@@ -100,7 +100,7 @@ private:
 };
 
 /// A simulator on the test's bus that replays a file of the test.
-class Replaying : public Steered
+class Replaying : public ControlTest
 {
 protected:
     std::string Path() const { return m_folder / "made.pcapng"; }

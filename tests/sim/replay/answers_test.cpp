@@ -22,7 +22,7 @@ protected:
     Application m_application;
 };
 
-TEST_F(Answers, ComeInTheRecordedOrderAndTheLastOneAgain)
+TEST_F(Answers, FollowTheRecordedOrderAndTheLastIsRepeated)
 {
     Recording().Exchange(0, "BROADCASTDATA", AskAudio("0"), Answered("first"));
     Recording().Exchange(1, "BROADCASTDATA", AskAudio("1"), Answered("other"));
@@ -129,7 +129,7 @@ TEST_F(Answers, OfTheBusAreNotReplayed)
     EXPECT_EQ(Audio("0"), "works");
 }
 
-TEST_F(Answers, ToAnnouncementsNameTheServiceOfToday)
+TEST_F(Answers, ToAnnouncementsNameTheRunningService)
 {
     Recording().Announce(0, "BROADCASTDATA", "y");
     Recording().Reply(1, Pairs({{"dbusname", ":1.2"}}));

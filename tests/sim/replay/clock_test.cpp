@@ -34,7 +34,7 @@ protected:
     }
 };
 
-TEST_F(ReplayClock, ThatIsSetDoesNotDelayAReply)
+TEST_F(ReplayClock, SettingDoesNotDelayAReply)
 {
     Recording().Ask(0, "BROADCASTDATA", AskAudio("0"));
     Recording().SetClock(SinceThe1970s);
@@ -48,7 +48,7 @@ TEST_F(ReplayClock, ThatIsSetDoesNotDelayAReply)
         "at once");
 }
 
-TEST_F(ReplayClock, ThatIsSetForwardDoesNotDelayPushes)
+TEST_F(ReplayClock, SettingForwardDoesNotDelayPushes)
 {
     Subscribe();
     Recording().Caption(10, "before");
@@ -58,7 +58,7 @@ TEST_F(ReplayClock, ThatIsSetForwardDoesNotDelayPushes)
     EXPECT_TRUE(Receives("after"));
 }
 
-TEST_F(ReplayClock, ThatIsSetBackwardDoesNotLosePushes)
+TEST_F(ReplayClock, SettingBackwardDoesNotLosePushes)
 {
     Subscribe();
     Recording().Caption(10, "before");
@@ -68,7 +68,7 @@ TEST_F(ReplayClock, ThatIsSetBackwardDoesNotLosePushes)
     EXPECT_TRUE(Receives("after"));
 }
 
-TEST_F(ReplayClock, ThatIsSetDoesNotDelayTheReturnOfTheService)
+TEST_F(ReplayClock, SettingDoesNotDelayTheReturnOfTheService)
 {
     Recording().Owner(0, "", ":1.2");
     Recording().Exchange(1, "BROADCASTDATA", AskAudio("0"), Answered("first life"));

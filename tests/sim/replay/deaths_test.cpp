@@ -20,7 +20,7 @@ protected:
     }
 };
 
-TEST_F(Deaths, AndReturnsComeAsLongAfterTheFirstCall)
+TEST_F(Deaths, AndReturnsHaveTheRecordedTimesAfterTheFirstCall)
 {
     Recording().Owner(0, "", ":1.2");
     Recording().Exchange(7000, "BROADCASTDATA", AskAudio("0"), Answered("before"));
@@ -58,7 +58,7 @@ TEST_F(Deaths, FollowTheSpeed)
     ASSERT_TRUE(m_watcher.WaitForOwner(Helper, true));
 }
 
-TEST_F(Deaths, ComeWithoutCallsAsLongAfterTheStart)
+TEST_F(Deaths, HaveTheRecordedTimesWithoutCalls)
 {
     Recording().Owner(0, "", ":1.2");
     Recording().Owner(300, ":1.2", "");
@@ -71,7 +71,7 @@ TEST_F(Deaths, ComeWithoutCallsAsLongAfterTheStart)
     EXPECT_EQ(Audio(application), "second life");
 }
 
-TEST_F(Deaths, MayBeForGood)
+TEST_F(Deaths, MayBePermanent)
 {
     Recording().Exchange(0, "BROADCASTDATA", AskAudio("0"), Answered("before"));
     Recording().Owner(100, ":1.2", "");
@@ -100,7 +100,7 @@ TEST_F(Deaths, AtTheEndOfTheRecordingAreNotReplayed)
     EXPECT_EQ(Audio(application), "before");
 }
 
-TEST_F(Deaths, BeginTheNextLifeAlsoIfTheyWereAskedFor)
+TEST_F(Deaths, BeginTheNextLifeAlsoOnRequest)
 {
     Recording().Exchange(0, "BROADCASTDATA", AskAudio("0"), Answered("first life"));
     Recording().Owner(600'000, ":1.2", "");

@@ -34,7 +34,7 @@ protected:
     void Write(std::string const& bytes) const { std::ofstream(Path(), std::ios::binary) << bytes; }
 };
 
-TEST_F(ReplayFiles, ThatAreNoRecordingsAreRefused)
+TEST_F(ReplayFiles, OfOtherFormatsAreRefused)
 {
     EXPECT_THAT(Refusal("/no/such/file"), HasSubstr("No such file"));
     EXPECT_THAT(Refusal(ZVIPTV_SAMPLE_FILE), StartsWith("zviptv-sim: cannot read '" ZVIPTV_SAMPLE_FILE "'"));
@@ -70,7 +70,7 @@ TEST_F(ReplayFiles, WithoutAnswersAreRefused)
     EXPECT_THAT(Refusal(Path()), HasSubstr(" has no answer and no notification of the service: record the"));
 }
 
-TEST_F(ReplayFiles, ThatWereCutAreReplayedUpToThere)
+TEST_F(ReplayFiles, CutShortAreReplayedUpToTheCut)
 {
     Recording().Exchange(0, "BROADCASTDATA", AskAudio("0"), Answered("whole"));
     Recording().Exchange(1, "BROADCASTDATA", AskAudio("1"), Answered("cut"));
@@ -90,7 +90,7 @@ TEST_F(ReplayFiles, ThatWereCutAreReplayedUpToThere)
 }
 
 /// busctl capture truncates long messages by default.
-TEST_F(ReplayFiles, ThatLackPartsOfMessagesAreReplayedWithAWarning)
+TEST_F(ReplayFiles, WithIncompleteMessagesAreReplayedWithAWarning)
 {
     constexpr std::size_t originalLength = 24; // in a block of pcapng
     Recording().Exchange(0, "BROADCASTDATA", AskAudio("0"), Answered("whole"));

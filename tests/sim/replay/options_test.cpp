@@ -12,7 +12,7 @@ ExitStatus EndOf(ChildProcess& process)
     return process.Wait(Patience).value_or(ExitStatus{-1, -1});
 }
 
-TEST(ReplayOptions, ThatHaveNoEffectAreRefused)
+TEST(ReplayOptions, WithoutEffectAreRefused)
 {
     struct Case
     {
@@ -59,7 +59,7 @@ class ReplayControl : public Replaying
 {
 };
 
-TEST_F(ReplayControl, RefusesToSteerTheRecordedTelevision)
+TEST_F(ReplayControl, RefusesToControlTheRecordedTelevision)
 {
     Recording().Exchange(0, "BROADCASTDATA", AskAudio("0"), Answered("recorded"));
     Replay();
@@ -82,7 +82,7 @@ TEST_F(ReplayControl, RefusesToSteerTheRecordedTelevision)
     }
 }
 
-TEST_F(ReplayControl, AddsFaultsToWhatWasRecorded)
+TEST_F(ReplayControl, AddsFaultsToTheRecording)
 {
     Recording().Exchange(0, "BROADCASTDATA", AskAudio("0"), Answered("recorded"));
     Replay();

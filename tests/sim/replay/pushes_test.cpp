@@ -72,7 +72,7 @@ protected:
     }
 };
 
-TEST_F(Pushes, ComeAtTheirTimesAfterTheSubscription)
+TEST_F(Pushes, HaveTheRecordedTimesAfterTheSubscription)
 {
     Recording().Exchange(0, "BROADCASTDATA", AskAudio("0"), Answered("ten minutes before"));
     Subscribe(600'000);
@@ -115,7 +115,7 @@ TEST_F(Pushes, FollowTheSpeed)
     EXPECT_GE(viewer.SinceSubscription(), milliseconds(590));
 }
 
-TEST_F(Pushes, AreRepeatedForEachSubscriberAndTheLastOnesAgain)
+TEST_F(Pushes, AreRepeatedForEachSubscriber)
 {
     Subscribe(0);
     Recording().Caption(10, "one");
@@ -156,7 +156,7 @@ TEST_F(Pushes, EndWithTheSubscription)
     EXPECT_THAT(ends.Captions(), ElementsAre("first"));
 }
 
-TEST_F(Pushes, AreReplayedFromARecordingThatBeginsAfterTheSubscription)
+TEST_F(Pushes, StartWithARecordingThatBeginsAfterTheSubscription)
 {
     Recording().Caption(0, "first");
     Recording().Caption(20, "second");

@@ -41,7 +41,7 @@ TEST_F(Unrecorded, RequestsAreAnsweredWithAnError)
                     "Not in the recording: GetAudio index=3; record this request, or see --unrecorded"));
 }
 
-TEST_F(Unrecorded, RequestsAreRefusedAsTheFunctionRefuses)
+TEST_F(Unrecorded, RequestsAreRefusedInTheFormOfTheFunction)
 {
     Replay({"--unrecorded", "false"});
     EXPECT_EQ(AskForAudio("3").entries,
@@ -72,7 +72,7 @@ TEST_F(Unrecorded, RequestsAreAnsweredFromTheStream)
     EXPECT_TRUE(m_application.WaitForPackets("257", 1));
 }
 
-TEST_F(Unrecorded, StreamsDoNotPushWhatTheRecordingPushes)
+TEST_F(Unrecorded, StreamsDoNotRepeatRecordedPushes)
 {
     Recording().Ask(1, "IPTVDATASUBSCRIBER",
                     Entries({{"functionname", "requestPESCB"}, {"handleID", "256"}, {"on", "1"}}));

@@ -22,7 +22,7 @@ TEST_F(ScenarioSeconds, PassAtTheSpeedOfAStep)
     EXPECT_EQ(Run("0 speed 1000\n1000 quit\n", "", {"--bus", "private", "--quiet"}), 0);
 }
 
-TEST_F(ScenarioSeconds, StandInAPauseOfTheUser)
+TEST_F(ScenarioSeconds, StopInAPauseOfTheUser)
 {
     EXPECT_EQ(Run("2 lock programme\n", "\"$CTL\" sim pause; sleep 3; \"$CTL\" sim status | grep -E "
                                         "'Paused|ProgrammeLocked'; \"$CTL\" sim play; " +
@@ -31,7 +31,7 @@ TEST_F(ScenarioSeconds, StandInAPauseOfTheUser)
     EXPECT_THAT(Output(), AllOf(ContainsRegex("Paused: *yes"), ContainsRegex("ProgrammeLocked: *no")));
 }
 
-TEST_F(ScenarioSeconds, GoOnInAPauseOfTheScenario)
+TEST_F(ScenarioSeconds, ContinueInAPauseOfTheScenario)
 {
     EXPECT_EQ(Run("0.1 pause\n0.5 play\n0.7 quit\n", "", {"--bus", "private", "--quiet"}), 0);
 }
@@ -54,7 +54,7 @@ TEST_F(ScenarioSeconds, DoNotFollowASeekOfTheScenario)
     EXPECT_THAT(Output(), HasSubstr("no\n"));
 }
 
-TEST_F(ScenarioSeconds, GoOnWhileTheServiceIsDead)
+TEST_F(ScenarioSeconds, ContinueWhileTheServiceIsDead)
 {
     EXPECT_EQ(Run("0.2 die\n0.6 restart\n0.8 quit\n", "", {"--bus", "private", "--quiet"}), 0);
     EXPECT_EQ(Errors(), "zviptv-sim: the service dies\nzviptv-sim: the service comes back\n");

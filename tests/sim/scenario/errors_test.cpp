@@ -11,7 +11,7 @@ using testing::HasSubstr;
 
 using ScenarioErrors = ScenarioTest;
 
-TEST_F(ScenarioErrors, AreAllReportedBeforeAnythingStarts)
+TEST_F(ScenarioErrors, AreAllReportedBeforeTheStart)
 {
     std::string const more = Write("more.scenario", "0 lock door\n");
     EXPECT_EQ(Run("x\n0 seek fast\ninclude more.scenario\n", "touch \"$DIR/started\"",
@@ -35,7 +35,7 @@ TEST_F(ScenarioErrors, ShowNoControlCharacters)
                 HasSubstr(":1:8: cannot open " + m_folder + "/\\x1b[2J: No such file or directory: use"));
 }
 
-TEST_F(ScenarioErrors, SayThatAFileCannotBeRead)
+TEST_F(ScenarioErrors, ReportAFileThatCannotBeRead)
 {
     EXPECT_EQ(End(Start(Path("no.scenario"), {}, "true")), 2);
     EXPECT_EQ(Errors(), "zviptv-sim: cannot open " + Path("no.scenario") +
@@ -49,7 +49,7 @@ TEST_F(ScenarioErrors, SayThatAFileCannotBeRead)
                             ": it is larger than 1 MiB; check that it is a file that can be read\n");
 }
 
-TEST_F(ScenarioErrors, SayThatTheReportCannotBeWritten)
+TEST_F(ScenarioErrors, ReportAnUnwritableReport)
 {
     EXPECT_EQ(Run("1 pause\n", "touch \"$DIR/started\"", {"--junit", Path("no/junit.xml")}), 2);
     EXPECT_EQ(Errors(), "zviptv-sim: cannot write " + Path("no/junit.xml") +
@@ -62,7 +62,7 @@ TEST_F(ScenarioErrors, SayThatTheReportCannotBeWritten)
                   "scenario again\n"));
 }
 
-TEST_F(ScenarioErrors, SayThatTheReportWouldReplaceTheScenario)
+TEST_F(ScenarioErrors, ReportThatTheReportWouldReplaceTheScenario)
 {
     std::string const report = m_folder + "/./test.scenario";
     EXPECT_EQ(Run("1 pause\n", "touch \"$DIR/started\"", {"--junit", report}), 2);
@@ -74,7 +74,7 @@ TEST_F(ScenarioErrors, SayThatTheReportWouldReplaceTheScenario)
     EXPECT_EQ(content.str(), "1 pause\n");
 }
 
-TEST_F(ScenarioErrors, SayThatAReportNeedsAScenario)
+TEST_F(ScenarioErrors, ReportThatAReportNeedsAScenario)
 {
     ChildProcess process(
         {ZVIPTV_SIM, "--ts", ZVIPTV_SAMPLE_FILE, "--junit", Path("junit.xml"), "--", "true"});
@@ -82,7 +82,7 @@ TEST_F(ScenarioErrors, SayThatAReportNeedsAScenario)
     EXPECT_EQ(process.Errors(), "zviptv-sim: --junit requires --scenario\n'zviptv-sim --help' shows more\n");
 }
 
-TEST_F(ScenarioErrors, DoNotComeFromAPipe)
+TEST_F(ScenarioErrors, DoNotAffectAPipe)
 {
     ChildProcess process({"bash", "-c",
                           "exec \"$0\" --ts \"$1\" --scenario <(echo 'expect no MuteAudio for 1000') -- true",

@@ -13,7 +13,7 @@ using testing::StartsWith;
 
 using Expectations = ScenarioTest;
 
-TEST_F(Expectations, ThatAreMetLeaveTheStatusOfTheCommand)
+TEST_F(Expectations, KeepTheStatusOfTheCommandWhenMet)
 {
     EXPECT_EQ(Run("expect MuteAudio onoff=1 within 30\nafter MuteAudio expect no MuteAudio for 0.3\n",
                   "\"$CTL\" mute audio on; " + Until("grep -q testcase \"$DIR/junit.xml\""),
@@ -27,7 +27,7 @@ TEST_F(Expectations, ThatAreMetLeaveTheStatusOfTheCommand)
     EXPECT_THAT(Read("junit.xml"), HasSubstr("tests=\"2\" failures=\"0\" errors=\"0\""));
 }
 
-TEST_F(Expectations, ThatAreNotMetMakeTheStatusOne)
+TEST_F(Expectations, MakeTheStatus1WhenUnmet)
 {
     EXPECT_EQ(Run("expect MuteAudio onoff=1 within 0.5\nexpect no MuteVideo for 30\n",
                   "\"$CTL\" mute video on >/dev/null; sleep 0.6"),
@@ -39,7 +39,7 @@ TEST_F(Expectations, ThatAreNotMetMakeTheStatusOne)
 }
 
 /// The last request of a command that ends immediately counts.
-TEST_F(Expectations, SeeTheLastRequestOfTheCommand)
+TEST_F(Expectations, IncludeTheLastRequestOfTheCommand)
 {
     for (int i = 0; i < 5; ++i) {
         ASSERT_EQ(Run("expect MuteAudio onoff=0 within 30\n", "exec \"$CTL\" mute audio off"), 0) << Errors();
@@ -60,7 +60,7 @@ TEST_F(Expectations, AreDecidedWhenTheCommandEnds)
                       ContainsRegex(":3:1: .*: never began: the command ended at second [0-9.]+\n")));
 }
 
-TEST_F(Expectations, LeaveTheStatusOfACommandThatFails)
+TEST_F(Expectations, KeepTheStatusOfACommandThatFails)
 {
     EXPECT_EQ(Run("expect MuteAudio within 1000\n", "exit 7"), 7);
     EXPECT_THAT(Errors(), HasSubstr("0 of 1 expectation met\n"));
@@ -77,7 +77,7 @@ TEST_F(Expectations, AreReportedWhenTheCommandIsKilled)
                       HasSubstr("<failure message=\"not seen before the command ended, ")));
 }
 
-TEST_F(Expectations, AreReportedWhenTheSimulatorIsToldToEnd)
+TEST_F(Expectations, AreReportedWhenTheSimulatorIsTerminated)
 {
     ChildProcess& process = Start(Write("test.scenario", "expect MuteAudio within 1000\n"),
                                   {"--junit", Path("junit.xml")}, "echo running; exec sleep 1000");
@@ -87,7 +87,7 @@ TEST_F(Expectations, AreReportedWhenTheSimulatorIsToldToEnd)
     EXPECT_THAT(Read("junit.xml"), HasSubstr("failures=\"1\""));
 }
 
-TEST_F(Expectations, AreReportedWithoutACommandOnceTheyAreDecided)
+TEST_F(Expectations, AreReportedWithoutACommandWhenDecided)
 {
     ChildProcess& process =
         Start(Write("test.scenario", "expect MuteAudio within 0.2\nexpect no MuteVideo for 0.3\n"),

@@ -51,7 +51,7 @@ TEST(ScenarioParser, RefusesExpectationsThatCheckNothing)
               "a.scenario:2:27: 0 seconds check nothing: use a number of seconds above 0");
 }
 
-TEST(ScenarioParser, TakesAnyTextInQuotationMarks)
+TEST(ScenarioParser, AcceptsAnyTextInQuotationMarks)
 {
     Scenario const scenario = Parsed(R"(1 load "a \"b\" \\ #c" d"e f"g)");
     EXPECT_THAT(scenario.steps.at(0).verb, ElementsAre("load", R"(a "b" \ #c)", "de fg"));
@@ -225,13 +225,13 @@ TEST(ScenarioParser, ReportsEveryErrorOfEveryFile)
         "a.scenario:3:3: bad verb in ''");
 }
 
-TEST(ScenarioParser, RefusesIncludesInACircle)
+TEST(ScenarioParser, RefusesCyclicIncludes)
 {
     EXPECT_EQ(ErrorOf({{"a.scenario", "include x/b.scenario"}, {"x/b.scenario", "include ../a.scenario"}}),
               "x/b.scenario:1:9: a.scenario includes itself: remove one of the includes");
 }
 
-TEST(ScenarioParser, RefusesIncludesWithoutEnd)
+TEST(ScenarioParser, RefusesDeepIncludes)
 {
     std::map<std::string, std::string> files{{"a.scenario", "include 1"}};
     for (int i = 1; i < 20; ++i) {
@@ -255,7 +255,7 @@ TEST(ScenarioParser, RefusesTooManySteps)
     EXPECT_EQ(ErrorOf(many), "a.scenario:10001:1: too many steps: use 10000 at most");
 }
 
-TEST(ScenarioParser, SaysWhyTheFileCannotBeRead)
+TEST(ScenarioParser, ReportsWhyTheFileCannotBeRead)
 {
     EXPECT_EQ(ErrorOf(std::map<std::string, std::string>{}),
               "zviptv-sim: cannot open a.scenario: No such file or directory; check that it is a file that "

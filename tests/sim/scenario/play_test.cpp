@@ -41,7 +41,7 @@ protected:
     std::vector<std::string> m_performed;
 };
 
-TEST_F(PlayTest, RunsStepsByTimeAndThoseOfOneTimeInTheirOrder)
+TEST_F(PlayTest, RunsStepsByTimeAndThenInOrder)
 {
     Begin("3 c\n1 a\n3 d\n2 b");
     EXPECT_EQ(m_play->Next(), 1);
@@ -69,7 +69,7 @@ TEST_F(PlayTest, RunsAStepOnceAfterItsRequest)
     EXPECT_TRUE(m_play->IsOver());
 }
 
-TEST_F(PlayTest, ATimeThatGoesBackRunsNoStepAgain)
+TEST_F(PlayTest, RunsNoStepTwiceWhenTheTimeGoesBack)
 {
     Begin("1 a\n5 b");
     m_play->Advance(2);
@@ -92,7 +92,7 @@ TEST_F(PlayTest, AnExpectationIsMetByARequestInItsTime)
     EXPECT_FALSE(m_play->HasFailed());
 }
 
-TEST_F(PlayTest, AnExpectationIsNotMetByWhatIsSimilarOrLate)
+TEST_F(PlayTest, SimilarOrLateRequestsDoNotMeetAnExpectation)
 {
     Begin("expect MuteAudio onoff=1 within 3");
     m_play->OnRequest({"GetSTCCount", {}}, 0.5);
@@ -102,7 +102,7 @@ TEST_F(PlayTest, AnExpectationIsNotMetByWhatIsSimilarOrLate)
     EXPECT_TRUE(m_play->HasFailed());
 }
 
-TEST_F(PlayTest, AnExpectationSaysHowManyOtherRequestsCame)
+TEST_F(PlayTest, AnExpectationReportsTheNumberOfOtherRequests)
 {
     Begin("expect MuteAudio within 1\nexpect MuteVideo within 2\nexpect SetAppID within 3");
     m_play->Advance(1);
@@ -115,7 +115,7 @@ TEST_F(PlayTest, AnExpectationSaysHowManyOtherRequestsCame)
     EXPECT_EQ(Of(2), "Unmet: not seen within 3 s; 2 other requests came");
 }
 
-TEST_F(PlayTest, ARequestThatShallNotComeIsReported)
+TEST_F(PlayTest, ReportsAnUnwantedRequest)
 {
     Begin("expect no MuteAudio for 2\nexpect no MuteVideo for 2");
     m_play->OnRequest({"MuteAudio", {{"onoff", "1"}}}, 0.5);
@@ -136,7 +136,7 @@ TEST_F(PlayTest, ARequestDoesNotMeetTheExpectationThatItBegins)
     EXPECT_EQ(Of(1), "Met: not seen for 2 s");
 }
 
-TEST_F(PlayTest, TheEndDecidesWhatIsOpen)
+TEST_F(PlayTest, TheEndDecidesOpenExpectations)
 {
     Begin("expect MuteAudio within 9\nexpect no MuteVideo for 9\n8 expect SetAppID within 1\n8 expect no "
           "SetAppID for 1\n"

@@ -35,7 +35,7 @@ TEST_F(ScenarioTime, RunsAtTheSpeedOfTheClock)
     EXPECT_EQ(m_clock.Until(12), nanoseconds(0));
 }
 
-TEST_F(ScenarioTime, StandsInAPauseOfSomebodyElse)
+TEST_F(ScenarioTime, StopsInAForeignPause)
 {
     Pass(2);
     m_service.Pause(true);
@@ -49,7 +49,7 @@ TEST_F(ScenarioTime, StandsInAPauseOfSomebodyElse)
     EXPECT_DOUBLE_EQ(m_clock.Seconds(), 3);
 }
 
-TEST_F(ScenarioTime, RunsOnInItsOwnPause)
+TEST_F(ScenarioTime, ContinuesInItsPause)
 {
     Pass(2);
     m_clock.NotePause();
@@ -68,7 +68,7 @@ TEST_F(ScenarioTime, RunsOnInItsOwnPause)
     EXPECT_DOUBLE_EQ(m_clock.Seconds(), 8);
 }
 
-TEST_F(ScenarioTime, APauseThatIsThereAlreadyIsNotItsOwn)
+TEST_F(ScenarioTime, AnEarlierPauseIsForeign)
 {
     m_service.Pause(true);
     Follow();
@@ -77,7 +77,7 @@ TEST_F(ScenarioTime, APauseThatIsThereAlreadyIsNotItsOwn)
     EXPECT_DOUBLE_EQ(m_clock.Seconds(), 0);
 }
 
-TEST_F(ScenarioTime, FollowsASeekOfSomebodyElseOnly)
+TEST_F(ScenarioTime, FollowsOnlyForeignSeeks)
 {
     Pass(2);
     m_service.Jump(seconds(60));
@@ -88,7 +88,7 @@ TEST_F(ScenarioTime, FollowsASeekOfSomebodyElseOnly)
     EXPECT_DOUBLE_EQ(m_clock.Seconds(), 62);
 }
 
-TEST_F(ScenarioTime, GoesOnWhenTheServiceStartsWithANewClock)
+TEST_F(ScenarioTime, ContinuesWhenTheServiceStartsWithANewClock)
 {
     m_service.SetSpeed(4);
     Follow();

@@ -17,7 +17,7 @@ std::string StatusHas(std::string const& line)
     return "\"$CTL\" sim status | grep -q '" + line + "'";
 }
 
-TEST_F(ScenarioSteps, SteerTheTelevision)
+TEST_F(ScenarioSteps, ControlTheTelevision)
 {
     EXPECT_EQ(Run("0 lock programme\n0 select audio 1\n0.1 mute video on\n",
                   Until(StatusHas("^ProgrammeLocked: *yes")) + Until(StatusHas("^Audio: *1")) +
@@ -72,7 +72,7 @@ TEST_F(ScenarioSteps, CompareTheSizeOfVeryLongTexts)
     EXPECT_THAT(Output(), HasSubstr("sent"));
 }
 
-TEST_F(ScenarioSteps, ChangeWhatComesBackAfterADeath)
+TEST_F(ScenarioSteps, ChangeTheServiceThatReturns)
 {
     EXPECT_EQ(Run("0.2 die --for 0.2\n0.2 lock programme\n",
                   Until(StatusHas("^ProgrammeLocked: *yes")) + StatusHas("^Running: *yes")),
@@ -110,7 +110,7 @@ TEST_F(ScenarioSteps, OfAFileWithAnyNameRun)
 }
 
 /// The contents of the stream are unknown before it is played.
-TEST_F(ScenarioSteps, ThatAreRefusedFail)
+TEST_F(ScenarioSteps, FailWhenRefused)
 {
     EXPECT_EQ(
         Run("0 select audio 9\n", Until("grep -q audio \"$DIR/junit.xml\""), {"--junit", Path("junit.xml")}),

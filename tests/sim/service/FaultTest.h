@@ -26,7 +26,7 @@ protected:
     }
 
     /// For answers that do not come: waits a short time only.
-    WireMessage AskBriefly(std::string const& function)
+    WireMessage AskWithShortTimeout(std::string const& function)
     {
         return m_application.Peer().Call(
             {m_watcher.GetNameOwner("org.corvel.zviptvapi.dbushelper"), ChannelPath(Type),

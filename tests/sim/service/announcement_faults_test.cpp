@@ -59,7 +59,7 @@ TEST_F(AnnouncementFaults, AnEmptyAnswer)
     EXPECT_EQ(Announce().pairs, Pairs({{"dbusname", m_service}}));
 }
 
-TEST_F(AnnouncementFaults, ANameThatIsDead)
+TEST_F(AnnouncementFaults, ADeadName)
 {
     BeginWith({"Announcement=dead"});
     WireMessage const answer = Announce();
@@ -68,7 +68,7 @@ TEST_F(AnnouncementFaults, ANameThatIsDead)
     EXPECT_EQ(std::find(names.begin(), names.end(), ":0.1"), names.end());
 }
 
-TEST_F(AnnouncementFaults, AnErrorALateAnswerAndASpoiltOne)
+TEST_F(AnnouncementFaults, AnErrorALateAnswerAndACorruptAnswer)
 {
     BeginWith({"Announcement=error,count=1"});
     EXPECT_EQ(Announce().errorName, InjectedError);
@@ -104,7 +104,7 @@ TEST_F(AnnouncementFaults, WithoutEffectTheApplicationIsNotKnown)
 }
 
 /// The fault also applies to the announcement of an end, and the application still ends.
-TEST_F(AnnouncementFaults, MeetThoseThatLeave)
+TEST_F(AnnouncementFaults, AreAppliedToDepartures)
 {
     BeginWith({"Announcement=drop,from=0,application=org.example.nobody", "Announcement=empty"});
     Announce();

@@ -123,7 +123,7 @@ TEST_F(BroadcastData, ListsOnlyTracksOfTheStream)
     EXPECT_EQ(Number(mode, "mode"), "0"); // none
 }
 
-TEST_F(BroadcastData, EveryGetterCarriesItsValuesAlsoWhenItRefuses)
+TEST_F(BroadcastData, RefusalsAlsoContainTheValues)
 {
     Begin();
     struct Row
@@ -183,7 +183,7 @@ TEST_F(ParentalLock, FollowsTheGuidesRating)
               "0");
 }
 
-TEST_F(ParentalLock, LeavesProgrammesWithinTheLimitAlone)
+TEST_F(ParentalLock, DoesNotLockProgrammesWithinTheLimit)
 {
     Begin({"--rating-limit", "17"});
     EXPECT_EQ(Locked(), "0");

@@ -89,7 +89,7 @@ TEST_F(Captions, OfAribAreTheWholeDataField)
 }
 
 /// `--pes` is about packets.
-TEST_F(Captions, ComeAlsoWhenNoPacketsDo)
+TEST_F(Captions, ArriveAlsoWithoutPackets)
 {
     Begin({"--pes", "none"});
     EXPECT_EQ(Wait("4", 1).size(), 1U);

@@ -17,22 +17,23 @@ using testing::IsEmpty;
 constexpr std::chrono::seconds Patience{20};
 constexpr char Killed[] = "zviptv-sim: the command did not end when asked to, and is killed\n";
 
-std::vector<std::string> Beside(std::vector<std::string> const& command)
+std::vector<std::string> SimulatorWith(std::vector<std::string> const& command)
 {
     std::vector<std::string> all{ZVIPTV_SIM, "--ts", ZVIPTV_SAMPLE_FILE, "--loop", "--"};
     all.insert(all.end(), command.begin(), command.end());
     return all;
 }
 
-std::vector<std::string> BesideShell(std::string const& script)
+std::vector<std::string> SimulatorWithScript(std::string const& script)
 {
-    return Beside({"sh", "-c", script});
+    return SimulatorWith({"sh", "-c", script});
 }
 
-TEST(EndOfTheCommand, IsForcedWhenItIgnoresRequests)
+TEST(CommandEnd, IsForcedWhenItIgnoresRequests)
 {
     for (int const number : {SIGTERM, SIGHUP}) {
-        ChildProcess process(BesideShell("trap '' TERM HUP; echo running; while :; do sleep 0.1; done"));
+        ChildProcess process(
+            SimulatorWithScript("trap '' TERM HUP; echo running; while :; do sleep 0.1; done"));
         ASSERT_TRUE(process.WaitForOutput("running\n", Patience));
         process.Signal(number);
         EXPECT_EQ(process.Wait(Patience), (ExitStatus{128 + SIGKILL, 0}));
@@ -40,10 +41,10 @@ TEST(EndOfTheCommand, IsForcedWhenItIgnoresRequests)
     }
 }
 
-TEST(EndOfTheCommand, MayBeInOrder)
+TEST(CommandEnd, MayBeOrderly)
 {
     ChildProcess process(
-        BesideShell("trap 'echo told; exit 3' TERM; echo running; while :; do sleep 0.1; done"));
+        SimulatorWithScript("trap 'echo told; exit 3' TERM; echo running; while :; do sleep 0.1; done"));
     ASSERT_TRUE(process.WaitForOutput("running\n", Patience));
     process.Signal(SIGTERM);
     EXPECT_EQ(process.Wait(Patience), (ExitStatus{3, 0}));
@@ -52,9 +53,9 @@ TEST(EndOfTheCommand, MayBeInOrder)
 }
 
 /// It ignores SIGTERM and ends on SIGHUP.
-TEST(EndOfTheCommand, ComesToAnInteractiveShell)
+TEST(CommandEnd, EndsAnInteractiveShell)
 {
-    ChildProcess process(Beside({"bash", "--norc", "-i"}));
+    ChildProcess process(SimulatorWith({"bash", "--norc", "-i"}));
     ASSERT_TRUE(process.WriteInput("echo run''ning\n"));
     ASSERT_TRUE(process.WaitForOutput("running\n", Patience));
     process.Signal(SIGTERM);
@@ -62,19 +63,19 @@ TEST(EndOfTheCommand, ComesToAnInteractiveShell)
     EXPECT_THAT(process.Errors(), testing::Not(HasSubstr(Killed)));
 }
 
-TEST(EndOfTheCommand, FollowsAnInterruptOfTheSimulatorAlone)
+TEST(CommandEnd, FollowsAnInterruptOfTheSimulatorAlone)
 {
-    ChildProcess process(BesideShell("echo running; exec sleep 1000"));
+    ChildProcess process(SimulatorWithScript("echo running; exec sleep 1000"));
     ASSERT_TRUE(process.WaitForOutput("running\n", Patience));
     process.Signal(SIGINT);
     EXPECT_EQ(process.Wait(Patience), (ExitStatus{128 + SIGINT, 0}));
 }
 
-TEST(EndOfTheCommand, FollowsTheTerminalsCtrlC)
+TEST(CommandEnd, FollowsTheTerminalsCtrlC)
 {
     Terminal const terminal(80);
     std::vector<std::string> command{"sh", "-c", "exec setsid --ctty \"$0\" \"$@\" <\"$TERMINAL\""};
-    std::vector<std::string> const simulator = BesideShell("echo running; exec sleep 1000");
+    std::vector<std::string> const simulator = SimulatorWithScript("echo running; exec sleep 1000");
     command.insert(command.end(), simulator.begin(), simulator.end());
     ChildProcess process(command, {{"TERMINAL", terminal.Name()}});
     ASSERT_TRUE(process.WaitForOutput("running\n", Patience)) << process.Errors();
@@ -84,11 +85,11 @@ TEST(EndOfTheCommand, FollowsTheTerminalsCtrlC)
 }
 
 /// A command that outlives a Ctrl-C keeps the service.
-TEST(EndOfTheCommand, IsAwaitedAfterTheTerminalsCtrlC)
+TEST(CommandEnd, IsAwaitedAfterTheTerminalsCtrlC)
 {
     Terminal const terminal(80);
     std::vector<std::string> command{"sh", "-c", "exec setsid --ctty \"$0\" \"$@\" <\"$TERMINAL\""};
-    std::vector<std::string> const simulator = BesideShell(
+    std::vector<std::string> const simulator = SimulatorWithScript(
         "trap '\"$ZVIPTVCTL\" call MuteAudio 1; exit 4' INT; echo running; while :; do sleep 0.1; done");
     command.insert(command.end(), simulator.begin(), simulator.end());
     ChildProcess process(command, {{"TERMINAL", terminal.Name()}, {"ZVIPTVCTL", ZVIPTVCTL}});
@@ -98,10 +99,10 @@ TEST(EndOfTheCommand, IsAwaitedAfterTheTerminalsCtrlC)
     EXPECT_EQ(process.Output(), "running\nresult: true\n");
 }
 
-TEST(EndOfTheCommand, ComesWithTheSimulatorsOwn)
+TEST(CommandEnd, FollowsTheEndOfTheSimulator)
 {
     ChildProcess process(
-        BesideShell("trap '' TERM HUP INT; echo $$; echo running; while :; do sleep 0.1; done"));
+        SimulatorWithScript("trap '' TERM HUP INT; echo $$; echo running; while :; do sleep 0.1; done"));
     ASSERT_TRUE(process.WaitForOutput("running\n", Patience));
     auto const command = static_cast<pid_t>(std::stol(process.Output()));
     process.Signal(SIGKILL);

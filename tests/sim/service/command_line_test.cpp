@@ -30,7 +30,7 @@ std::vector<std::string> Simulate(std::vector<std::string> options)
     return options;
 }
 
-TEST(CommandLine, ComplainsInWords)
+TEST(CommandLine, ReportsMistakes)
 {
     struct Case
     {
@@ -112,7 +112,7 @@ TEST(CommandLine, ComplainsInWords)
     }
 }
 
-TEST(CommandLine, SaysHowManySectionsOfAStreamWithoutProgrammesAreDamaged)
+TEST(CommandLine, ReportsTheDamagedSectionsOfAStreamWithoutProgrammes)
 {
     std::string const path = testing::TempDir() + "damaged-" + std::to_string(getpid()) + ".ts";
     Bytes damaged = MakePmt(1, 0x101, {});
@@ -135,7 +135,7 @@ TEST(CommandLine, SaysHowManySectionsOfAStreamWithoutProgrammesAreDamaged)
     std::filesystem::remove(path);
 }
 
-TEST(CommandLine, SaysThatTheBusCannotBeReached)
+TEST(CommandLine, ReportsAnUnreachableBus)
 {
     ChildProcess process(Simulate({"--ts", ZVIPTV_SAMPLE_FILE}),
                          {{"DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/no/such/socket"}});
@@ -185,7 +185,7 @@ TEST(CommandLine, PrintsTheBusInJson)
     EXPECT_THAT(process.Output(), Not(HasSubstr("export")));
 }
 
-TEST(CommandLine, EndsWhenTheBusCannotBeTold)
+TEST(CommandLine, EndsWhenTheBusAddressCannotBeWritten)
 {
     ChildProcess process(
         {"sh", "-c", "exec \"$0\" --ts \"$1\" --bus private >/dev/full", ZVIPTV_SIM, ZVIPTV_SAMPLE_FILE});
@@ -194,7 +194,7 @@ TEST(CommandLine, EndsWhenTheBusCannotBeTold)
 }
 
 /// The reader reads the line of the bus, and no more.
-TEST(CommandLine, EndsWhenTheReaderOfItsJsonGoes)
+TEST(CommandLine, EndsWhenTheReaderOfItsJsonLeaves)
 {
     ChildProcess process({"bash", "-c",
                           "\"$0\" --json --ts \"$1\" --loop --bus private | head -n 1; exit ${PIPESTATUS[0]}",

@@ -52,7 +52,7 @@ TEST_F(Crowd, EveryProcessGetsTheSameCaptions)
 }
 
 /// The simulator treats each process as a separate client, and no client loses data.
-TEST_F(Crowd, EveryProcessIsCounted)
+TEST_F(Crowd, CountsEveryProcess)
 {
     Play({}, {"--json"});
     std::vector<std::unique_ptr<ChildProcess>> processes;

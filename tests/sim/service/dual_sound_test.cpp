@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "MadeStreamTest.h"
+#include "GeneratedStreamTest.h"
 
 namespace zviptv::test {
 namespace {
@@ -22,7 +22,7 @@ std::string Record(char mode, bool available)
 }
 
 /// A track whose channels are independent sounds, and one in stereo.
-class DualSound : public MadeStream
+class DualSound : public GeneratedStream
 {
 protected:
     void SetUp() override
@@ -61,7 +61,7 @@ TEST_F(DualSound, IsAvailableOnATrackOfTwoSounds)
     EXPECT_EQ(audio.Value("audio").substr(20, 2), "\x02\x01") << "two channels, dual mono";
 }
 
-TEST_F(DualSound, GoesThroughItsModes)
+TEST_F(DualSound, CyclesThroughItsModes)
 {
     EXPECT_EQ(Set("SetDigitalDualSound", "mode", "1"), "1");
     ExpectModes(Record(1, true), Record(2, true));

@@ -48,7 +48,7 @@ protected:
     std::optional<WirePeer> m_watcher;
 };
 
-TEST_F(Dying, ForGood)
+TEST_F(Dying, IsPermanent)
 {
     Start({"--die-after", "1"});
     ASSERT_TRUE(WaitForService(false));
@@ -58,7 +58,7 @@ TEST_F(Dying, ForGood)
     EXPECT_EQ(m_process->Errors(), Dies);
 }
 
-TEST_F(Dying, AndComingBackBesideACommand)
+TEST_F(Dying, AndReturningWithACommand)
 {
     Start({"--die-after", "0.5", "--restart-after", "0.1"});
     for (int round = 0; round < 2; ++round) {
@@ -85,7 +85,7 @@ TEST_F(Dying, DoesNotFollowACrash)
     }
 }
 
-TEST_F(Dying, BesideACommandIsToldOfACrash)
+TEST_F(Dying, WithACommandReportsACrash)
 {
     Start({}, "kill -ABRT $ZVIPTV_SIM_PID; ");
     EXPECT_TRUE(m_process->WaitForErrors(Crashed, Patience));
@@ -93,7 +93,7 @@ TEST_F(Dying, BesideACommandIsToldOfACrash)
 }
 
 /// Without a command the end of the service is the simulator's.
-TEST(DyingAlone, EndsTheSimulatorOnlyWhenItIsACrash)
+TEST(DyingAlone, EndsTheSimulatorOnlyAfterACrash)
 {
     ChildProcess process({ZVIPTV_SIM, "--ts", ZVIPTV_SAMPLE_FILE, "--bus", "private", "--die-after", "0.1"});
     ASSERT_TRUE(process.WaitForErrors(Dies, Patience));
@@ -104,7 +104,7 @@ TEST(DyingAlone, EndsTheSimulatorOnlyWhenItIsACrash)
 }
 
 /// The guide file was removed meanwhile.
-TEST_F(Dying, SaysThatTheServiceComesBackWithoutItsGuide)
+TEST_F(Dying, ReportsAReturnWithoutItsGuide)
 {
     std::string const path = testing::TempDir() + "dying-" + std::to_string(getpid()) + ".xml";
     std::ofstream(path) << std::ifstream(ZVIPTV_SAMPLE_GUIDE).rdbuf();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "MadeStreamTest.h"
+#include "GeneratedStreamTest.h"
 
 #include "../guide/EitBuilder.h"
 
@@ -14,7 +14,7 @@ constexpr char Guide[] = "IPGUTIL";
 constexpr std::int64_t Noon = 1774526400; // 2026-03-26 12:00:00 UTC
 
 /// Service 1 with news from 12:00 on, from 16 years, and a match from 14:00 on, for all.
-class EventInformation : public MadeStream
+class EventInformation : public GeneratedStream
 {
 protected:
     void Begin(std::vector<std::string> const& options = {})
@@ -120,7 +120,7 @@ TEST_F(EventInformation, WithinTheLimitLocksNothing)
     EXPECT_EQ(Lock("UnMuteByRatingPin", "result_internal"), "0");
 }
 
-TEST_F(MadeStream, AGuideFileFindsAServiceByItsNameInTheDefaultCharacterTable)
+TEST_F(GeneratedStream, AGuideFileFindsAServiceByItsNameInTheDefaultCharacterTable)
 {
     StreamBuilder builder;
     builder.Section(0, MakePat({{4660, 0x1000}})).Section(0x1000, MakePmt(4660, 0x101, {}));

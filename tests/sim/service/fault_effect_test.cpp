@@ -8,7 +8,7 @@ namespace {
 using testing::IsEmpty;
 using testing::SizeIs;
 
-TEST_F(Pushes, DoNotComeAfterAFailedRequestWithoutEffect)
+TEST_F(Pushes, DoNotFollowAFailedRequestWithoutEffect)
 {
     Begin({"requestPESCB=error,effect=no,application=" + m_application.Peer().Name()});
     Subscribe(m_application, false);
@@ -17,7 +17,7 @@ TEST_F(Pushes, DoNotComeAfterAFailedRequestWithoutEffect)
     EXPECT_THAT(Notifications("PESCB"), IsEmpty());
 }
 
-TEST_F(Pushes, ComeAfterAFailedRequestWithEffect)
+TEST_F(Pushes, FollowAFailedRequestWithEffect)
 {
     Begin({"requestPESCB=error"});
     Subscribe(m_application, false);
@@ -27,7 +27,7 @@ TEST_F(Pushes, ComeAfterAFailedRequestWithEffect)
 }
 
 /// The application gets an answer that reports success.
-TEST_F(Pushes, DoNotComeAfterASuccessWithoutEffect)
+TEST_F(Pushes, DoNotFollowASuccessWithoutEffect)
 {
     Begin({"requestPESCB=result:1,effect=no"});
     Subscribe(m_application);
@@ -40,7 +40,7 @@ TEST_F(FaultInjection, WithoutEffectTheRequestIsNotCarriedOut)
     Begin({"SetCurrentAudioByIndex=error,effect=no", "SetCurrentTTX=drop,effect=no",
            "SetCurrentHybridSBT=delay:1,effect=no", "SetAppID=delay:2"});
     EXPECT_EQ(Ask("SetCurrentAudioByIndex").errorName, InjectedError);
-    EXPECT_EQ(AskBriefly("SetCurrentTTX").errorName, NoReply);
+    EXPECT_EQ(AskWithShortTimeout("SetCurrentTTX").errorName, NoReply);
     EXPECT_EQ(Number(Ask("SetCurrentHybridSBT"), "result_internal"), "0");
     EXPECT_EQ(Number(Ask("SetAppID"), "result_internal"), "1");
     m_application.Announce("BROADCASTDATA");
@@ -54,7 +54,7 @@ TEST_F(FaultInjection, WithoutEffectTheRequestIsNotCarriedOut)
 }
 
 /// A question is not answered then, but refused.
-TEST_F(FaultInjection, WithoutEffectTheAnswerIsTheResultAlone)
+TEST_F(FaultInjection, WithoutEffectTheAnswerContainsOnlyTheResult)
 {
     Begin({"GetSTCCount=result:1,effect=no", "CloneUSBToTV=garbage:data,effect=no"});
     WireMessage const clock = Ask("GetSTCCount");

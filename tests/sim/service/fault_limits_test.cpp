@@ -19,12 +19,13 @@ class FaultLimits : public testing::Test
 protected:
     static constexpr std::uint64_t Seed = 7;
 
-    Damage Meet(std::string const& function, std::string const& busName = ":1.7", std::string const& id = "")
+    Damage DamageTo(std::string const& function, std::string const& busName = ":1.7",
+                    std::string const& id = "")
     {
         return m_faults.To({FaultRule::Target::Answer, function, busName, id});
     }
 
-    bool IsDropped(std::string const& function) { return Meet(function).IsDrop(); }
+    bool IsDropped(std::string const& function) { return DamageTo(function).IsDrop(); }
 
     void Wait(std::chrono::milliseconds time) { m_now += time; }
 
@@ -53,7 +54,7 @@ TEST_F(FaultLimits, ACountEndsAFault)
     EXPECT_FALSE(IsDropped("MuteAudio"));
 }
 
-TEST_F(FaultLimits, ATimeWindowBeginsAndEnds)
+TEST_F(FaultLimits, ATimeWindowLimitsAFault)
 {
     m_faults.Add("MuteAudio=drop,from=2,for=0.5");
     EXPECT_EQ(m_faults.List().at(0).begin, m_now + std::chrono::seconds(2));
@@ -69,14 +70,14 @@ TEST_F(FaultLimits, ATimeWindowBeginsAndEnds)
     EXPECT_FALSE(IsDropped("MuteAudio"));
 }
 
-TEST_F(FaultLimits, AnApplicationIsNamedByBusNameOrId)
+TEST_F(FaultLimits, AnApplicationMatchesByBusNameOrId)
 {
     m_faults.Add("MuteAudio=drop,application=:1.7");
     m_faults.Add("MuteVideo=drop,application=org.example.player");
-    EXPECT_TRUE(Meet("MuteAudio", ":1.7").IsDrop());
-    EXPECT_FALSE(Meet("MuteAudio", ":1.70", "org.example.player").IsDrop());
-    EXPECT_TRUE(Meet("MuteVideo", ":1.8", "org.example.player").IsDrop());
-    EXPECT_FALSE(Meet("MuteVideo", ":1.8").IsDrop());
+    EXPECT_TRUE(DamageTo("MuteAudio", ":1.7").IsDrop());
+    EXPECT_FALSE(DamageTo("MuteAudio", ":1.70", "org.example.player").IsDrop());
+    EXPECT_TRUE(DamageTo("MuteVideo", ":1.8", "org.example.player").IsDrop());
+    EXPECT_FALSE(DamageTo("MuteVideo", ":1.8").IsDrop());
 }
 
 /// Which of this many messages a fault meets, as letters.
@@ -107,13 +108,13 @@ TEST_F(FaultLimits, TheSameSeedRepeatsAProbability)
 }
 
 /// Fixed for all machines and compilers.
-TEST_F(FaultLimits, AProbabilityFollowsTheSeedEverywhere)
+TEST_F(FaultLimits, AProbabilityFollowsTheSeedOnEveryMachine)
 {
     m_faults.Add("MuteAudio=drop,probability=0.25");
     EXPECT_EQ(Pattern(m_faults, "MuteAudio", 32), "x............x...x....xxx...xx.x");
 }
 
-TEST_F(FaultLimits, AProbabilityIsAboutRight)
+TEST_F(FaultLimits, AProbabilityIsApproximatelyMet)
 {
     m_faults.Add("MuteAudio=drop,probability=0.1");
     std::string const pattern = Pattern(m_faults, "MuteAudio", 10000);
@@ -136,24 +137,24 @@ TEST_F(FaultLimits, AFaultThatIsReplacedIsNotCounted)
 {
     m_faults.Add("*=drop,count=1");
     m_faults.Add("MuteAudio=error,count=1");
-    EXPECT_TRUE(Meet("MuteAudio").IsError());
+    EXPECT_TRUE(DamageTo("MuteAudio").IsError());
     EXPECT_THAT(Texts(), ElementsAre("*=drop,count=1"));
     EXPECT_TRUE(IsDropped("MuteAudio"));
     EXPECT_THAT(Texts(), IsEmpty());
 }
 
-TEST_F(FaultLimits, AllRequestsAreNeitherPushesNorAnnouncements)
+TEST_F(FaultLimits, AllRequestsExcludePushesAndAnnouncements)
 {
     m_faults.Add("*=drop");
     m_faults.Add("PESCB=duplicate");
     EXPECT_FALSE(m_faults.To({FaultRule::Target::Push, "PESCB", ":1.7", ""}).IsDrop());
     EXPECT_TRUE(m_faults.To({FaultRule::Target::Push, "PESCB", ":1.7", ""}).IsDuplicate());
     EXPECT_TRUE(m_faults.To({FaultRule::Target::Announcement, "Announcement", ":1.7", ""}).IsNone());
-    EXPECT_FALSE(Meet("PESCB").IsDuplicate()) << "an unknown request of that name";
-    EXPECT_TRUE(Meet("*").IsDrop()) << "another one";
+    EXPECT_FALSE(DamageTo("PESCB").IsDuplicate()) << "an unknown request of that name";
+    EXPECT_TRUE(DamageTo("*").IsDrop()) << "another one";
 }
 
-TEST_F(FaultLimits, OneThatSetsAHeldOneFreeIsNotHeldNorCounted)
+TEST_F(FaultLimits, AMessageThatReleasesAHeldOneIsNotHeldOrCounted)
 {
     m_faults.Add("PESCB=reorder,count=2");
     EXPECT_TRUE(m_faults.To({FaultRule::Target::Push, "PESCB", ":1.7", "", false}).IsReorder());
@@ -177,7 +178,7 @@ TEST_F(FaultLimits, AreRemovedByTextOrByName)
     EXPECT_FALSE(m_faults.Remove("MuteAudio=delay:6"));
 }
 
-TEST_F(FaultLimits, ABadTextChangesNothing)
+TEST_F(FaultLimits, InvalidTextChangesNothing)
 {
     m_faults.Add("MuteAudio=drop");
     for (char const* const text : {"MuteAudio=drop,count=0", "MuteAudio=", "Mute=drop,count=1"}) {
@@ -188,7 +189,7 @@ TEST_F(FaultLimits, ABadTextChangesNothing)
     EXPECT_THAT(Texts(), ElementsAre("MuteAudio=drop"));
 }
 
-TEST_F(FaultLimits, GoOnInAnotherObject)
+TEST_F(FaultLimits, ContinueInAnotherObject)
 {
     m_faults.Add("MuteAudio=drop,count=20,probability=0.5");
     m_faults.Add("MuteVideo=drop,from=1,for=1");

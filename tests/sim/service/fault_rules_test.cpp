@@ -33,7 +33,7 @@ std::string Refusal(std::string const& fault)
     return process.Errors();
 }
 
-TEST(FaultMethods, ThatTheServiceLacksAreRefused)
+TEST(FaultMethods, UnknownToTheServiceAreRefused)
 {
     for (std::string const method : {"MuteAdio", "muteaudio", "pescb", "SubscribeForPES", "Mute*", "**"}) {
         EXPECT_THAT(Refusal(method + "=drop"),
@@ -63,7 +63,7 @@ TEST(FaultMethods, AreAllRequestsAndNotificationsOfTheProtocol)
     EXPECT_EQ(Words(list), wanted);
 }
 
-TEST_F(FaultInjection, OfAllMethodsMeetEveryEndpoint)
+TEST_F(FaultInjection, OfAllMethodsApplyToEveryEndpoint)
 {
     Begin({"*=result:7"});
     for (auto const& [type, functions] : std::vector<std::pair<std::string, std::vector<std::string>>>{
@@ -78,7 +78,7 @@ TEST_F(FaultInjection, OfAllMethodsMeetEveryEndpoint)
     }
 }
 
-TEST_F(FaultInjection, OfAMethodGoBeforeThoseOfAll)
+TEST_F(FaultInjection, OfAMethodPrecedeThoseOfAll)
 {
     Begin({"MuteAudio=result:7", "GetSourceState=delay:1", "*=error", "SetAppID=missing:result_internal"});
     EXPECT_EQ(Number(Ask("MuteAudio"), "result_internal"), "7");
@@ -87,7 +87,7 @@ TEST_F(FaultInjection, OfAMethodGoBeforeThoseOfAll)
     EXPECT_EQ(Ask("GetSourceState").errorName, InjectedError) << "a delay contradicts delays alone";
 }
 
-TEST_F(FaultInjection, TheLastOfEqualOnesCounts)
+TEST_F(FaultInjection, TheLastOfEqualFaultsApplies)
 {
     Begin({"MuteAudio=result:5", "MuteAudio=result:6", "MuteVideo=drop", "MuteVideo=result:3",
            "GetSourceState=result:3", "GetSourceState=error", "GetFirstPTS=garbage:firstPTS",
@@ -100,10 +100,10 @@ TEST_F(FaultInjection, TheLastOfEqualOnesCounts)
     EXPECT_FALSE(Number(pts, "timebaseden").empty());
     EXPECT_FALSE(pts.Has("firstPTS"));
     EXPECT_TRUE(Ask("GetResolution").Has("resolution"));
-    EXPECT_EQ(AskBriefly("SetAppID").errorName, NoReply);
+    EXPECT_EQ(AskWithShortTimeout("SetAppID").errorName, NoReply);
 }
 
-TEST_F(FaultInjection, OfDifferentKeysGoTogether)
+TEST_F(FaultInjection, OfDifferentKeysCombine)
 {
     Begin({"*=result:9", "GetFirstPTS=missing:timebasenum", "GetFirstPTS=garbage:firstPTS",
            "GetFirstPTS=short:timebaseden", "MuteAudio=short:result_internal", "*=garbage:stcCount"});
@@ -118,7 +118,7 @@ TEST_F(FaultInjection, OfDifferentKeysGoTogether)
     EXPECT_EQ(Number(Ask("MuteVideo"), "result_internal"), "9");
 }
 
-TEST_F(FaultInjection, ADelayGoesWithAllOthers)
+TEST_F(FaultInjection, ADelayCombinesWithAllOthers)
 {
     Begin({"*=delay:300", "MuteAudio=error", "MuteVideo=result:5", "GetSourceState=missing:sourcestate",
            "SetAppID=drop"});
@@ -129,18 +129,18 @@ TEST_F(FaultInjection, ADelayGoesWithAllOthers)
     EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(600));
     EXPECT_FALSE(Ask("GetSourceState").Has("sourcestate"));
     EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(900));
-    EXPECT_EQ(AskBriefly("SetAppID").errorName, NoReply);
+    EXPECT_EQ(AskWithShortTimeout("SetAppID").errorName, NoReply);
     for (char const* const note : {"-> no reply (", " ms) fault: delay:300 error\n",
                                    " ms) fault: delay:300\n", " ms) fault: drop\n"}) {
         EXPECT_TRUE(m_simulator->WaitForErrors(note, Patience)) << note << m_simulator->Errors();
     }
 }
 
-TEST_F(FaultInjection, TheRequestTakesEffectAllTheSame)
+TEST_F(FaultInjection, TheRequestTakesEffectNevertheless)
 {
     Begin({"SetCurrentAudioByIndex=error", "SetCurrentTTX=drop", "SetCurrentHybridSBT=result:0"});
     EXPECT_EQ(Ask("SetCurrentAudioByIndex").errorName, InjectedError);
-    EXPECT_EQ(AskBriefly("SetCurrentTTX").errorName, NoReply);
+    EXPECT_EQ(AskWithShortTimeout("SetCurrentTTX").errorName, NoReply);
     EXPECT_EQ(Number(Ask("SetCurrentHybridSBT"), "result_internal"), "0");
     m_application.Announce("BROADCASTDATA");
     for (char const* const function : {"GetCurrentAudioInfo", "GetCurrentTTX", "GetCurrentHybridSBT"}) {

@@ -10,7 +10,7 @@ namespace {
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-TEST_F(FaultInjection, SpoilsTheValuesThatItNames)
+TEST_F(FaultInjection, CorruptsTheNamedValues)
 {
     Begin({"MuteAudio=result:0", "GetSourceState=missing:sourcestate", "GetSTCCount=garbage:stcCount",
            "GetResolution=short:resolutioninfo"});
@@ -54,11 +54,11 @@ TEST_F(FaultInjection, DelaysOneAnswerAndNotTheOthers)
 TEST_F(FaultInjection, DropsAnAnswer)
 {
     Begin({"MuteAudio=drop"});
-    EXPECT_EQ(AskBriefly("MuteAudio").errorName, NoReply);
+    EXPECT_EQ(AskWithShortTimeout("MuteAudio").errorName, NoReply);
     EXPECT_EQ(Ask("MuteVideo").Value("result_internal"), "1");
 }
 
-TEST(FaultOptions, AreExplainedWhenTheyAreWrong)
+TEST(FaultOptions, ErrorsExplainTheOption)
 {
     for (char const* const fault :
          {"MuteAudio", "=drop", "MuteAudio=explode", "MuteAudio=delay", "MuteAudio=delay:x",
@@ -71,7 +71,7 @@ TEST(FaultOptions, AreExplainedWhenTheyAreWrong)
     }
 }
 
-TEST(Supervision, LetsTheServiceDieAndComeBack)
+TEST(Supervision, LetsTheServiceDieAndReturn)
 {
     ChildProcess process({ZVIPTV_SIM, "--ts", ZVIPTV_SAMPLE_FILE, "--loop", "--bus", "private", "--die-after",
                           "0.5", "--restart-after", "0.1"});
@@ -90,7 +90,7 @@ TEST(Supervision, LetsTheServiceDieAndComeBack)
 }
 
 /// A terminal's Ctrl-C goes to the whole foreground group.
-TEST(Supervision, EndsInOrderWhenItsGroupIsInterrupted)
+TEST(Supervision, EndsOrderlyWhenItsGroupIsInterrupted)
 {
     ChildProcess process({"setsid", ZVIPTV_SIM, "--ts", ZVIPTV_SAMPLE_FILE, "--bus", "private", "--quiet"});
     ASSERT_TRUE(process.WaitForOutput("export DBUS_SYSTEM_BUS_ADDRESS='", Patience));

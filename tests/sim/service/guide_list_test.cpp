@@ -37,7 +37,7 @@ protected:
     std::string m_service;
 };
 
-TEST_F(GuideList, GoesWithItsApplication)
+TEST_F(GuideList, EndsWithItsApplication)
 {
     EXPECT_FALSE(HasList());
     MakeList();
@@ -48,7 +48,7 @@ TEST_F(GuideList, GoesWithItsApplication)
 }
 
 /// Other channels of the application stay.
-TEST_F(GuideList, GoesWithItsChannel)
+TEST_F(GuideList, EndsWithItsChannel)
 {
     m_application.Announce("PLAYERCONTROL");
     MakeList();
@@ -57,7 +57,7 @@ TEST_F(GuideList, GoesWithItsChannel)
     EXPECT_FALSE(HasList());
 }
 
-TEST_F(GuideList, StaysWhenAnotherChannelGoes)
+TEST_F(GuideList, StaysWhenAnotherChannelEnds)
 {
     m_application.Announce("PLAYERCONTROL");
     MakeList();
@@ -66,7 +66,7 @@ TEST_F(GuideList, StaysWhenAnotherChannelGoes)
 }
 
 /// The list would be kept forever, because the end of such an application is not reported.
-TEST_F(GuideList, IsNotKeptForWhoHasNotAnnouncedItself)
+TEST_F(GuideList, IsNotKeptWithoutAnAnnouncement)
 {
     WirePeer stranger;
     auto const ask = [&](std::initializer_list<TextEntry> entries) {

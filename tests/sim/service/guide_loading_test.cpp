@@ -71,7 +71,7 @@ protected:
     int m_probes = 0;
 };
 
-TEST_F(GuideLoading, OthersAreServedMeanwhile)
+TEST_F(GuideLoading, OtherRequestsAreAnsweredMeanwhile)
 {
     Begin();
     StartLoading();
@@ -86,7 +86,7 @@ TEST_F(GuideLoading, OthersAreServedMeanwhile)
     EXPECT_FALSE(IsLoading());
 }
 
-TEST_F(GuideLoading, WhoAsksForTheSameFileWaitsForTheSameLoading)
+TEST_F(GuideLoading, RequestsForTheSameFileShareOneLoading)
 {
     Begin();
     StartLoading();
@@ -109,7 +109,7 @@ TEST_F(GuideLoading, AFileThatCannotBeLoadedChangesNothing)
     EXPECT_EQ(ProgrammesOf200(), "0");
 }
 
-TEST_F(GuideLoading, EndsInOrderMeanwhile)
+TEST_F(GuideLoading, EndsOrderlyMeanwhile)
 {
     Begin();
     StartLoading();
@@ -118,7 +118,7 @@ TEST_F(GuideLoading, EndsInOrderMeanwhile)
     EXPECT_EQ(m_simulator->Wait(Patience), (ExitStatus{0, 0}));
 }
 
-TEST_F(GuideLoading, MeetsTheFaultsOfOtherRequests)
+TEST_F(GuideLoading, HasTheFaultsOfOtherRequests)
 {
     Begin({"--fault", "CloneUSBToTV=error"});
     WireMessage const reply =
@@ -127,7 +127,7 @@ TEST_F(GuideLoading, MeetsTheFaultsOfOtherRequests)
 }
 
 /// Programmes with long texts: a list of them all has more bytes than a message carries.
-TEST_F(GuideLoading, AListEndsWhereTheMessageDoes)
+TEST_F(GuideLoading, AListEndsWithTheMessage)
 {
     Start({"--ts", ZVIPTV_SAMPLE_FILE, "--loop"});
     m_application.Announce(Type);

@@ -16,7 +16,7 @@ constexpr char Type[] = "IPTVDATASUBSCRIBER";
 constexpr std::size_t Many = 20;
 constexpr std::size_t StackMegabytes = 8;
 
-constexpr bool TellsAddresses = !UnderThreadSanitizer && !UnderAddressSanitizer;
+constexpr bool MeasuresAddresses = !UnderThreadSanitizer && !UnderAddressSanitizer;
 
 /// Applications that leave while no packet is sent.
 class Leaving : public Simulator
@@ -46,7 +46,7 @@ protected:
     }
 
     /// Many come, and leave by leaving the bus, or in order.
-    static void ComeAndGo(bool inOrder)
+    static void AnnounceAndLeave(bool inOrder)
     {
         std::vector<Application> applications(Many);
         for (Application& application : applications) {
@@ -59,12 +59,12 @@ protected:
 
     void ExpectNothingKept(bool inOrder = false)
     {
-        ComeAndGo(inOrder); // what stays of the first ones is for those that come after them
+        AnnounceAndLeave(inOrder); // what stays of the first ones is for those that come after them
         std::size_t const before = Megabytes();
         for (int round = 0; round < 4; ++round) {
-            ComeAndGo(inOrder);
+            AnnounceAndLeave(inOrder);
         }
-        if (!TellsAddresses) {
+        if (!MeasuresAddresses) {
             std::puts("The address space is not looked at: under a sanitizer it tells nothing.");
             return;
         }
@@ -83,7 +83,7 @@ std::string AnnounceAs(Application& application, std::string const& name)
         .Value("dbusname");
 }
 
-TEST_F(Leaving, BeforeTheyCame)
+TEST_F(Leaving, BeforeAnyStream)
 {
     Begin({"--wait-for", "1", "--quiet"});
     Application application;

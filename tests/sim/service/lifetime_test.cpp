@@ -60,7 +60,7 @@ TEST_F(PrivateSimulator, NothingIsLeftWhenItIsKilled)
         [this] { return ReadFile("/proc/net/unix").find("@" + Socket()) == std::string::npos; }, Patience));
 }
 
-TEST_F(PrivateSimulator, NothingIsLeftWhenItIsTold)
+TEST_F(PrivateSimulator, NothingIsLeftWhenItIsTerminated)
 {
     m_process.Signal(SIGTERM);
     EXPECT_EQ(m_process.Wait(Patience), (ExitStatus{0, 0}));
@@ -71,7 +71,7 @@ TEST_F(PrivateSimulator, NothingIsLeftWhenItIsTold)
 }
 
 /// Only the user who started it may use it. The test must be root to become another user.
-TEST_F(PrivateSimulator, OthersAreKeptOut)
+TEST_F(PrivateSimulator, RefusesOtherUsers)
 {
     if (geteuid() != 0) {
         GTEST_SKIP() << "needs root to act for another user";
@@ -93,7 +93,7 @@ TEST_F(PrivateSimulator, OthersAreKeptOut)
 
 /// Both tools with every choice of standard streams closed: what is meant for the user gets neither into a
 /// pipe of the private bus nor into a connection.
-TEST(ClosedStreams, DoNoHarm)
+TEST(ClosedStreams, AreHarmless)
 {
     for (std::string const closed : {"<&-", "2>&-", "<&- 2>&-", ">&-", ">&- 2>&-", "<&- >&- 2>&-"}) {
         std::string const result = "echo $? > \"$RESULT\"";
@@ -113,7 +113,7 @@ TEST(ClosedStreams, DoNoHarm)
     }
 }
 
-TEST(ClosedStreams, MessagesAreStillShownWhereTheyCanBe)
+TEST(ClosedStreams, MessagesAppearOnTheOpenStream)
 {
     ChildProcess process({"sh", "-c", "exec \"$0\" --ts \"$1\" -- \"$2\" status <&- >&-", ZVIPTV_SIM,
                           ZVIPTV_SAMPLE_FILE, ZVIPTVCTL});
@@ -122,7 +122,7 @@ TEST(ClosedStreams, MessagesAreStillShownWhereTheyCanBe)
 }
 
 /// The private bus needs no folder.
-TEST(TemporaryFolder, NeedNotBeThere)
+TEST(TemporaryFolder, NeedNotExist)
 {
     ChildProcess process({ZVIPTV_SIM, "--ts", ZVIPTV_SAMPLE_FILE, "--", ZVIPTVCTL, "call", "MuteAudio", "1"},
                          {{"TMPDIR", "/no/such/folder"}});
@@ -132,7 +132,7 @@ TEST(TemporaryFolder, NeedNotBeThere)
 }
 
 /// No dbus-daemon in PATH.
-TEST(PrivateBusOfTheSimulator, SaysWhyItDoesNotStart)
+TEST(PrivateBusOfTheSimulator, ReportsWhyItDoesNotStart)
 {
     ChildProcess process({ZVIPTV_SIM, "--ts", ZVIPTV_SAMPLE_FILE, "--bus", "private"},
                          {{"PATH", "/no/such"}});

@@ -75,7 +75,7 @@ TEST_F(LiveHttp, PlaysABodyToItsEnd)
 }
 
 /// Without a length, and short of the length announced.
-TEST_F(LiveHttp, AsksAgainWhenTheConnectionBreaks)
+TEST_F(LiveHttp, ReconnectsWhenTheConnectionBreaks)
 {
     for (char const* const path : {"/broken", "/short"}) {
         SCOPED_TRACE(path);
@@ -87,7 +87,7 @@ TEST_F(LiveHttp, AsksAgainWhenTheConnectionBreaks)
     }
 }
 
-TEST_F(LiveHttp, SaysThatItReconnects)
+TEST_F(LiveHttp, ReportsThatItReconnects)
 {
     StartLive(m_address + "/broken");
     ASSERT_TRUE(WaitForState("2"));
@@ -98,7 +98,7 @@ TEST_F(LiveHttp, SaysThatItReconnects)
     EXPECT_TRUE(WaitForState("1")); // stalled
 }
 
-TEST_F(LiveHttp, SaysWhyItCannotOpen)
+TEST_F(LiveHttp, ReportsWhyItCannotOpen)
 {
     UdpSender const unused("127.0.0.1");
     std::string const https = "https" + m_address.substr(4);

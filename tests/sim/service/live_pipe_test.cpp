@@ -32,7 +32,7 @@ protected:
     }
 
     /// All audio packets of the sample, and no others.
-    void ExpectTheSamplesSound()
+    void ExpectSampleSound()
     {
         std::vector<std::string> wanted;
         for (Bytes const& pes : ReassembleNaively(m_sample, 0x101)) {
@@ -45,14 +45,14 @@ protected:
     Bytes m_sample;
 };
 
-TEST_F(LivePipe, PlaysAFifoUntilItsWriterGoes)
+TEST_F(LivePipe, PlaysAFifoUntilItsWriterLeaves)
 {
     ASSERT_EQ(mkfifo(Path().c_str(), 0600), 0);
     StartLive(Path(), {"--wait-for", "1"});
     Subscribe();
     Append(Path(), m_sample);
     ASSERT_TRUE(m_simulator->WaitForErrors("the stream has ended", Patience));
-    ExpectTheSamplesSound();
+    ExpectSampleSound();
     EXPECT_TRUE(WaitForState("3"));
     EXPECT_EQ(InputWhere([](Json::Value const& input) { return input["state"] == "ended"; })["lost"], 0);
 }
@@ -82,10 +82,10 @@ TEST_F(LivePipe, PlaysStandardInput)
     ASSERT_TRUE(simulator.WriteInput(std::string(m_sample.begin(), m_sample.end())));
     simulator.CloseInput();
     ASSERT_TRUE(simulator.WaitForErrors("the stream has ended", Patience));
-    ExpectTheSamplesSound();
+    ExpectSampleSound();
 }
 
-TEST_F(LivePipe, SaysThatWhatCameIsNoTransportStream)
+TEST_F(LivePipe, ReportsInputThatIsNotATransportStream)
 {
     ChildProcess& simulator = StartLive("-");
     ASSERT_TRUE(simulator.WriteInput("no transport stream at all"));

@@ -70,7 +70,7 @@ std::string TextOf(Bytes const& bytes)
     return {bytes.begin(), bytes.end()};
 }
 
-TEST_F(LiveSocket, AnswersBeforeAnythingHasComeAndLearns)
+TEST_F(LiveSocket, AnswersBeforeAnyInputAndLearns)
 {
     Listen("udp");
     m_application.Announce("BROADCASTDATA");
@@ -104,7 +104,7 @@ TEST_F(LiveSocket, AnswersBeforeAnythingHasComeAndLearns)
         Patience));
 }
 
-TEST_F(LiveSocket, HandsOutPacketsByteByByteWithoutWaitingForAClock)
+TEST_F(LiveSocket, DeliversPacketsUnchangedWithoutWaitingForAClock)
 {
     Listen("udp");
     Subscribe();
@@ -139,7 +139,7 @@ TEST_F(LiveSocket, ShowsAStallAndRecovers)
 }
 
 /// Datagrams without transport packets arrive in between.
-TEST_F(LiveSocket, GetsBackIntoStep)
+TEST_F(LiveSocket, Resynchronises)
 {
     Listen("udp");
     Subscribe();
@@ -153,7 +153,7 @@ TEST_F(LiveSocket, GetsBackIntoStep)
 }
 
 /// The simulator is stopped while more data arrives than its socket's buffer holds.
-TEST_F(LiveSocket, CountsDatagramsThatFindNoRoom)
+TEST_F(LiveSocket, CountsDroppedDatagrams)
 {
     Listen("udp");
     Begin();
@@ -210,7 +210,7 @@ TEST_F(LiveRtp, PutsPacketsInOrderAndCounts)
 }
 
 /// A programme that the stream lacks is an error as long as it does.
-TEST_F(LiveSocket, SaysWhatProgrammesThereAre)
+TEST_F(LiveSocket, ReportsTheProgrammes)
 {
     Listen("udp", {"--program", "7"});
     ASSERT_TRUE(WaitUntil(

@@ -50,7 +50,7 @@ protected:
     }
 
     /// Until over a hundred packets have been played, as other clocks than that of this test tell.
-    void PlayOn()
+    void WaitForPackets()
     {
         std::string last;
         for (int changes = 0; changes < 100;) {
@@ -68,14 +68,14 @@ protected:
 TEST_F(LockedPushes, StopWhileTheServiceIsLocked)
 {
     Begin({"--lock-service", "--lock-stops-pushes"});
-    PlayOn();
+    WaitForPackets();
     EXPECT_EQ(Notifications(), 0U);
     Unlock("2");
     EXPECT_TRUE(WaitForMore(10));
     Unlock("0");
-    PlayOn(); // what was on its way has come
+    WaitForPackets(); // what was on its way has come
     std::size_t const before = Notifications();
-    PlayOn();
+    WaitForPackets();
     EXPECT_EQ(Notifications(), before);
 }
 
@@ -83,7 +83,7 @@ TEST_F(LockedPushes, StopWhileTheProgrammeIsLocked)
 {
     Begin({"--guide", ZVIPTV_SAMPLE_GUIDE, "--time", "1774735200", "--rating-limit", "12",
            "--lock-stops-pushes"});
-    PlayOn();
+    WaitForPackets();
     EXPECT_EQ(Notifications(), 0U);
     EXPECT_EQ(
         Number(m_application.Ask(Broadcast, {{"functionname", "UnMuteByRatingPin"}}), "result_internal"),
@@ -91,7 +91,7 @@ TEST_F(LockedPushes, StopWhileTheProgrammeIsLocked)
     EXPECT_TRUE(WaitForMore(10));
 }
 
-TEST_F(LockedPushes, GoOnWithoutTheOption)
+TEST_F(LockedPushes, ContinueWithoutTheOption)
 {
     Begin({"--lock-service"});
     EXPECT_TRUE(WaitForMore(10));

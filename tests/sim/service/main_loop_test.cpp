@@ -24,7 +24,7 @@ std::string FailureOf(MainLoop& loop)
     return {};
 }
 
-TEST(MainLoop, ThrowsWhatItsWorkThrows)
+TEST(MainLoop, RethrowsExceptionsOfItsWork)
 {
     MainLoop loop;
     loop.After(milliseconds(0), [] { throw std::runtime_error("cannot read the stream"); });
@@ -65,7 +65,7 @@ TEST(MainLoop, RunsAgainAfterAFailure)
 }
 
 /// It must not run in a loop to come, whose thread and time it knows nothing of.
-TEST(MainLoop, LetsGoOfWorkThatIsNotDueAtItsEnd)
+TEST(MainLoop, DropsWorkThatIsNotDueAtItsEnd)
 {
     auto held = std::make_shared<int>();
     std::weak_ptr<int> const isHeld = held;

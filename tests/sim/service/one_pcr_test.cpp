@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "MadeStreamTest.h"
+#include "GeneratedStreamTest.h"
 
 namespace zviptv::test {
 namespace {
@@ -8,7 +8,7 @@ constexpr std::uint64_t Second = 90'000;
 constexpr std::uint16_t Audio = 0x101;
 
 /// A stream whose only PCR says one second.
-class OnePcr : public MadeStream
+class OnePcr : public GeneratedStream
 {
 protected:
     static StreamBuilder Begin()
@@ -27,7 +27,7 @@ protected:
     }
 };
 
-TEST_F(OnePcr, GivesWayToTimeStamps)
+TEST_F(OnePcr, IsReplacedByTimeStamps)
 {
     StreamBuilder builder = Begin();
     for (std::uint64_t second = 10; second <= 40; ++second) {

@@ -26,7 +26,7 @@ TEST(ParentalLockRules, AnotherServiceIsLockedAgain)
     EXPECT_TRUE(lock.IsProgrammeLocked());
 }
 
-TEST(ParentalLockRules, AnotherServiceDoesNotLockWhatIsAllUnlocked)
+TEST(ParentalLockRules, AnotherServiceStaysUnlockedIfAllIs)
 {
     ParentalLock lock(12, true);
     lock.Follow({1, 100, 18});

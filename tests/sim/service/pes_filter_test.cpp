@@ -70,7 +70,7 @@ INSTANTIATE_TEST_SUITE_P(Mixes, PesFilter,
                          testing::Values(Filter{"audio,259,0x104", {0x101, 0x102, 0x103, 0x104}},
                                          Filter{"caption,0x105,8191", {0x105}}));
 
-TEST(PesFilterWords, ThatMeanNothingAreRefused)
+TEST(PesFilterWords, UnknownAreRefused)
 {
     for (char const* const word : {"Audio", "teletexts", "-1", "+257", " 257", "257x", "0x", "0xx1", "101h",
                                    "", "8192", "0x2000", "65793", "none"}) {

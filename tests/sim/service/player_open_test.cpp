@@ -87,7 +87,7 @@ protected:
     int m_wakes = 0;
 };
 
-TEST_F(PlayerOpen, ForgetsEverythingOfTheInputBefore)
+TEST_F(PlayerOpen, ForgetsThePreviousInput)
 {
     PlayToTheEnd();
     EXPECT_EQ(m_player->FirstPts(), 1000U);
@@ -105,7 +105,7 @@ TEST_F(PlayerOpen, ForgetsEverythingOfTheInputBefore)
     EXPECT_EQ(m_pids, std::vector<int>(20, Audio));
 }
 
-TEST_F(PlayerOpen, GoesOnWithTheInputBeforeAfterAnError)
+TEST_F(PlayerOpen, ContinuesThePreviousInputAfterAnError)
 {
     Write("empty.ts", StreamBuilder());
     Write("null.ts", StreamBuilder().Null(10));
@@ -129,7 +129,7 @@ TEST_F(PlayerOpen, GoesOnWithTheInputBeforeAfterAnError)
     EXPECT_EQ(m_pids.size(), 20U);
 }
 
-TEST_F(PlayerOpen, TellsLaterWhetherHttpCouldBeOpened)
+TEST_F(PlayerOpen, ReportsLaterWhetherHttpCouldBeOpened)
 {
     std::optional<std::string> outcome;
     std::optional<std::string> earlier;

@@ -57,7 +57,7 @@ TEST_F(PlayerPosition, StaysWithinTheDurationOfAFile)
 }
 
 /// The shown position is in the next pass of the loop; the reader is still in the previous one.
-TEST_F(PlayerPosition, IsSoughtFromTheStartWhenTheLoopIsNotReadYet)
+TEST_F(PlayerPosition, SeeksFromTheStartWhileTheLoopIsUnread)
 {
     Play(true);
     Pass(11900ms);

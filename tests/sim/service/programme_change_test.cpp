@@ -108,7 +108,7 @@ protected:
     Application m_application;
 };
 
-TEST_F(ProgrammeChange, WhatIsGoneIsNotChosenAnyMore)
+TEST_F(ProgrammeChange, ARemovedTrackIsNotSelected)
 {
     AddFirstPart();
     AddPart(SecondTime, 1,
@@ -124,7 +124,7 @@ TEST_F(ProgrammeChange, WhatIsGoneIsNotChosenAnyMore)
     EXPECT_EQ(FirstPts(), std::to_string(FirstTime)) << "the same video";
 }
 
-TEST_F(ProgrammeChange, WhatHasMovedStaysChosen)
+TEST_F(ProgrammeChange, AMovedTrackStaysSelected)
 {
     AddFirstPart();
     AddPart(SecondTime, 1,
@@ -144,7 +144,7 @@ TEST_F(ProgrammeChange, WhatHasMovedStaysChosen)
 }
 
 /// It has the same PIDs, as many do.
-TEST_F(ProgrammeChange, AnotherProgrammeBeginsAfresh)
+TEST_F(ProgrammeChange, AnotherProgrammeResetsTheSelection)
 {
     AddFirstPart();
     AddPart(SecondTime, 2,
@@ -164,7 +164,7 @@ TEST_F(ProgrammeChange, AnotherProgrammeBeginsAfresh)
 }
 
 /// A file that is played over and over, and is emptied.
-TEST_F(Simulator, EndsWhenNothingIsLeftToPlay)
+TEST_F(Simulator, EndsAfterTheStream)
 {
     std::string const path = m_bus.Directory() + "/cut.ts";
     std::filesystem::copy_file(ZVIPTV_SAMPLE_FILE, path);

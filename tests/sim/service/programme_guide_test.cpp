@@ -83,7 +83,7 @@ TEST_F(SampleGuide, KeepsAListForEachApplication)
               2U);
 }
 
-TEST_F(SampleGuide, LoadsAnotherGuideAndLosesNothingWhenThatFails)
+TEST_F(SampleGuide, LoadsAnotherGuideAndKeepsItsGuideOnError)
 {
     Begin({});
     EXPECT_EQ(Data({{"functionname", "ExistXmlForIPG"}}), "0");
@@ -96,14 +96,14 @@ TEST_F(SampleGuide, LoadsAnotherGuideAndLosesNothingWhenThatFails)
     EXPECT_EQ(JsonData({{"functionname", "GetProgram"}, {"index", "0"}})["title"], "Evening Report");
 }
 
-TEST_F(SampleGuide, SaysWhatIsWrongWithAGuide)
+TEST_F(SampleGuide, ReportsWhatIsWrongWithAGuide)
 {
     ChildProcess process({ZVIPTV_SIM, "--ts", ZVIPTV_SAMPLE_FILE, "--guide", ZVIPTV_SIM});
     EXPECT_EQ(process.Wait(Patience), (ExitStatus{1, 0}));
     EXPECT_THAT(process.Errors(), testing::HasSubstr(std::string(ZVIPTV_SIM) + ":1:"));
 }
 
-TEST_F(SampleGuide, TellsWhatItLeftOut)
+TEST_F(SampleGuide, ReportsOmittedEntries)
 {
     std::string const guide = m_bus.Directory() + "/odd.xml";
     std::ofstream(guide)

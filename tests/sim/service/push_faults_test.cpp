@@ -37,7 +37,7 @@ TEST_F(Pushes, AreDuplicated)
     }
 }
 
-TEST_F(Pushes, ChangePlacesWithTheNextOfTheirPid)
+TEST_F(Pushes, AreSwappedWithTheNextOfTheirPid)
 {
     Begin({"PESCB=reorder"});
     Subscribe(m_application);
@@ -53,7 +53,7 @@ TEST_F(Pushes, ChangePlacesWithTheNextOfTheirPid)
 }
 
 /// The last one of the stream is not kept back.
-TEST_F(Pushes, ThatAreHeldComeAtTheEndOfTheStream)
+TEST_F(Pushes, AreReleasedAtTheEndOfTheStream)
 {
     Begin({"PESCB=drop,count=1", "PESCB=reorder"}); // 39 are left of video
     Subscribe(m_application);
@@ -62,7 +62,7 @@ TEST_F(Pushes, ThatAreHeldComeAtTheEndOfTheStream)
     EXPECT_EQ(Got(DenseVideo).back(), 39);
 }
 
-TEST_F(Pushes, LoseOrChangeTheValuesThatAreNamed)
+TEST_F(Pushes, LoseOrChangeTheNamedValues)
 {
     Begin({"PESCB=missing:pesPTS", "PESCB=garbage:pesType", "PESCB=short:pesData,count=119",
            "CaptionCB=garbage:captionDataSize"});
@@ -83,7 +83,7 @@ TEST_F(Pushes, LoseOrChangeTheValuesThatAreNamed)
 }
 
 /// Those of the other function are not late.
-TEST_F(Pushes, ComeLateInTheirOrder)
+TEST_F(Pushes, AreDelayedInOrder)
 {
     Begin({"PESCB=delay:700"});
     Subscribe(m_application);

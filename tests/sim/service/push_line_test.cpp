@@ -50,14 +50,14 @@ protected:
     };
 };
 
-TEST_F(PushOrder, WithoutFaultsIsThatOfTheStream)
+TEST_F(PushOrder, WithoutFaultsFollowsTheStream)
 {
     Pass("a", 0);
     Pass("b", 10);
     EXPECT_THAT(m_sent, ElementsAre(Pair("a", 0), Pair("b", 10)));
 }
 
-TEST_F(PushOrder, ADelayHoldsUpWhatFollows)
+TEST_F(PushOrder, ADelayAlsoDelaysLaterPackets)
 {
     Pass("a", 0, Of({"PESCB=delay:50"}));
     Pass("b", 10);
@@ -66,7 +66,7 @@ TEST_F(PushOrder, ADelayHoldsUpWhatFollows)
     EXPECT_THAT(m_sent, ElementsAre(Pair("a", 50), Pair("b", 50), Pair("c", 60), Pair("d", 120)));
 }
 
-TEST_F(PushOrder, ReorderSwapsWithTheNextOfTheStream)
+TEST_F(PushOrder, ReorderSwapsWithTheNextPacketOfTheStream)
 {
     Damage const reorder = Of({"PESCB=reorder"});
     Pass("a", 0, reorder);
@@ -78,7 +78,7 @@ TEST_F(PushOrder, ReorderSwapsWithTheNextOfTheStream)
     EXPECT_THAT(m_sent, ElementsAre(Pair("other", 5), Pair("b", 10), Pair("a", 10), Pair("c", 20)));
 }
 
-TEST_F(PushOrder, WhatNothingFollowsIsReleased)
+TEST_F(PushOrder, ReleasesAPacketThatNothingFollows)
 {
     Pass("a", 0, Of({"PESCB=reorder", "PESCB=delay:30"}));
     Pass("b", 0, Of({"PESCB=reorder", "PESCB=duplicate"}), 2);
@@ -87,7 +87,7 @@ TEST_F(PushOrder, WhatNothingFollowsIsReleased)
     EXPECT_FALSE(m_line.Holds(1));
 }
 
-TEST_F(PushOrder, WhatIsHeldIsForgottenAtTheEnd)
+TEST_F(PushOrder, DropsHeldPacketsAtTheEnd)
 {
     Pass("a", 0, Of({"PESCB=reorder"}));
     Pass("b", 0, Of({"PESCB=delay:600000"}), 2);
@@ -124,14 +124,14 @@ TEST_F(PushOrder, ABurstAndADelayAddUp)
     EXPECT_THAT(m_sent, ElementsAre(Pair("a", 1050), Pair("b", 1050)));
 }
 
-TEST_F(PushOrder, DropGoesBeforeTheRest)
+TEST_F(PushOrder, DropOverridesOtherFaults)
 {
     Pass("a", 0, Of({"PESCB=duplicate", "PESCB=reorder", "PESCB=burst:2", "PESCB=drop"}));
     Release(0);
     EXPECT_THAT(m_sent, IsEmpty());
 }
 
-TEST_F(PushOrder, BothOfADuplicateAreSpoilt)
+TEST_F(PushOrder, CorruptsBothPacketsOfADuplicate)
 {
     Pass("abcd", 0, Of({"PESCB=duplicate", "PESCB=short:pesData"}));
     Pass("abcd", 1);

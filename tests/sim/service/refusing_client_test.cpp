@@ -13,7 +13,7 @@ class RefusingClient : public Simulator, public testing::WithParamInterface<char
 {
 };
 
-TEST_P(RefusingClient, GetsItsPacketsAllTheSame)
+TEST_P(RefusingClient, ReceivesItsPacketsNevertheless)
 {
     std::string const path = m_bus.Directory() + "/dense.ts";
     WriteDenseStream(path, {50, 100, 4});

@@ -77,7 +77,7 @@ TEST_F(RequestCheck, WarnsOfMissingAndUnexpectedKeys)
                                      {"unexpected key stcCount"}}));
 }
 
-TEST_F(RequestCheck, WarnsOnceOfKeysThatStandTwice)
+TEST_F(RequestCheck, WarnsOnceOfDuplicateKeys)
 {
     EXPECT_EQ(
         WarningsOf(
@@ -206,7 +206,7 @@ TEST_F(RequestCheck, FindsNothingInTheRequestsOfTheLibrary)
     EXPECT_EQ(functions.size(), 52U);
 }
 
-TEST_F(Simulator, SaysWarningsInTheTextOfTheLog)
+TEST_F(Simulator, WritesWarningsToTheLog)
 {
     Start({"--ts", ZVIPTV_SAMPLE_FILE, "--loop"});
     Application application;

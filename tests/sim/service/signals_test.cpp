@@ -40,7 +40,7 @@ TEST(Signals, DoNotWaitForADeadlineThatHasPassed)
     EXPECT_EQ(signals.Next(before - milliseconds(1)).number, 0);
 }
 
-TEST(Signals, ComeOneByOne)
+TEST(Signals, AreReturnedOneByOne)
 {
     Signals const signals;
     raise(SIGTERM);

@@ -51,7 +51,7 @@ TEST_F(Simulator, AnswersPlayerControl)
     EXPECT_EQ(Number(ask({{"functionname", "NoSuchFunction"}}), "result_internal"), "0");
 }
 
-TEST_F(Simulator, TellsTheStreamsClock)
+TEST_F(Simulator, ReportsTheClockOfTheStream)
 {
     StartSample();
     Application application;
@@ -115,7 +115,7 @@ TEST_F(Simulator, DeliversThePacketsOfTheStreamByteByByte)
     EXPECT_THAT(application.Packets("256"), IsEmpty());
 }
 
-TEST_F(Simulator, NotificationsHaveTheAgreedForm)
+TEST_F(Simulator, NotificationsHaveTheDocumentedForm)
 {
     StartSample();
     Application application;
@@ -136,7 +136,7 @@ TEST_F(Simulator, NotificationsHaveTheAgreedForm)
     EXPECT_EQ(seen->Value("pesDataSize"), std::to_string(seen->Value("pesData").size()));
 }
 
-TEST_F(Simulator, SendsOnlyToThoseWhoAsked)
+TEST_F(Simulator, SendsOnlyToSubscribers)
 {
     StartSample();
     Application quiet;
@@ -155,7 +155,7 @@ TEST_F(Simulator, SendsOnlyToThoseWhoAsked)
     EXPECT_THAT(eager.Packets("257"), IsEmpty());
 }
 
-TEST_F(Simulator, AStandingApplicationStallsNobody)
+TEST_F(Simulator, AStoppedApplicationDelaysNobody)
 {
     Start({"--ts", ZVIPTV_SAMPLE_FILE, "--loop", "--speed", "20"});
     Application standing;
@@ -171,7 +171,7 @@ TEST_F(Simulator, AStandingApplicationStallsNobody)
     EXPECT_LE(got, 64U); // one window
 }
 
-TEST_F(Simulator, AnApplicationMayLeaveWhileItIsServed)
+TEST_F(Simulator, AnApplicationMayLeaveDuringPushes)
 {
     Start({"--ts", ZVIPTV_SAMPLE_FILE, "--loop", "--speed", "20"});
     for (int round = 0; round < 5; ++round) {
@@ -188,7 +188,7 @@ TEST_F(Simulator, AnApplicationMayLeaveWhileItIsServed)
     EXPECT_EQ(Number(last.Ask("PLAYERCONTROL", {{"functionname", "GetSourceState"}}), "sourcestate"), "2");
 }
 
-TEST_F(Simulator, SaysWhenTheStreamHasEnded)
+TEST_F(Simulator, ReportsTheEndOfTheStream)
 {
     ChildProcess& simulator = Start({"--ts", ZVIPTV_SAMPLE_FILE, "--speed", "100"});
     ASSERT_TRUE(simulator.WaitForErrors("the stream has ended", Patience));

@@ -61,7 +61,7 @@ TEST_F(SlowStart, IsAwaited)
     EXPECT_EQ(process.Output(), "ready\n");
 }
 
-TEST_F(SlowStart, IsGivenUpWhenItIsTold)
+TEST_F(SlowStart, IsAbandonedOnASignal)
 {
     for (int const number : {SIGINT, SIGTERM}) {
         ChildProcess process(Command({"--", "echo", "ready"}));
@@ -83,7 +83,7 @@ TEST_F(SlowStart, EndsAtOnceOnASystemBus)
     }
 }
 
-TEST_F(SlowStart, SaysWhenTheServiceIsKilled)
+TEST_F(SlowStart, ReportsThatTheServiceIsKilled)
 {
     ChildProcess process(Command({"--", "echo", "ready"}));
     pid_t const service = Loading(process);

@@ -50,7 +50,7 @@ void Subscribe(Application& application)
     application.Ask("IPTVDATASUBSCRIBER", {{"functionname", "requestPESCB"}, {"on", "1"}});
 }
 
-TEST_F(StatusLine, TellsClientsSubscribersRateAndDrops)
+TEST_F(StatusLine, ShowsClientsSubscribersRateAndDrops)
 {
     PlayOnTerminal({50, 1500, 4}, {"--pes", "video"});
     EXPECT_TRUE(Shows("0 clients, 0 subscribers, 0 packets/s, 0 dropped")) << m_shown;
@@ -77,7 +77,7 @@ TEST_F(StatusLine, MakesRoomForOtherLines)
         << m_shown;
 }
 
-TEST_F(StatusLine, TellsWhatIsMutedOrLocked)
+TEST_F(StatusLine, ShowsWhatIsMutedOrLocked)
 {
     PlayOnTerminal({}, {"--lock-service"});
     Application application;
@@ -87,7 +87,7 @@ TEST_F(StatusLine, TellsWhatIsMutedOrLocked)
     EXPECT_TRUE(Shows("0 dropped, audio muted, video muted, locked")) << m_shown;
 }
 
-TEST_F(StatusLine, TellsWhatAStandingApplicationLost)
+TEST_F(StatusLine, ShowsWhatAStoppedApplicationLost)
 {
     PlayOnTerminal({50, 60000, 2}, {"--pes", "video", "--speed", "4"});
     Application standing;
@@ -167,7 +167,7 @@ TEST_F(Crowd, JsonHasTheDocumentedMembers)
     EXPECT_EQ(faults, (std::set<std::string>{"", "delay:1 error"}));
 }
 
-TEST_F(Crowd, JsonTellsRequestsAndReplies)
+TEST_F(Crowd, JsonReportsRequestsAndReplies)
 {
     ChildProcess& simulator = Play({}, {"--json", "--fault", "MuteVideo=error"});
     Application application;

@@ -103,7 +103,7 @@ protected:
     std::array<std::unique_ptr<ChildProcess>, 2> m_healthy;
 };
 
-TEST_F(StoppedClient, NeitherStallsTheOthersNorGrowsTheSimulator)
+TEST_F(StoppedClient, DoesNotDelayOthersOrGrowTheSimulator)
 {
     Begin();
     std::size_t const memory = ResidentBytes(ServicePid());

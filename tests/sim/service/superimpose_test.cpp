@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "MadeStreamTest.h"
+#include "GeneratedStreamTest.h"
 
 namespace zviptv::test {
 namespace {
@@ -13,7 +13,7 @@ Bytes Field(std::uint8_t seed)
 }
 
 /// Superimposed text, which has no time stamp, in a stream with a clock.
-class Superimpose : public MadeStream
+class Superimpose : public GeneratedStream
 {
 protected:
     static StreamBuilder Stream()
@@ -54,7 +54,7 @@ TEST_F(Superimpose, IsACaptionOfTheWholeDataField)
     EXPECT_EQ(seen, (std::vector<WireEntries>{Notification(1), Notification(2)}));
 }
 
-TEST_F(Superimpose, IsListedApartFromCaptions)
+TEST_F(Superimpose, IsListedSeparatelyFromCaptions)
 {
     PlayToTheEnd(Stream());
     m_application.Announce("BROADCASTDATA");

@@ -48,7 +48,7 @@ TEST(AribLanguages, ReadsTheLongerForms)
     EXPECT_EQ(languages->at(1).tag, 1);
 }
 
-TEST(AribLanguages, LeavesTheRestAlone)
+TEST(AribLanguages, IgnoresOtherData)
 {
     EXPECT_FALSE(ParseAribLanguages(Caption(0x01, Japanese))) << "a caption";
     EXPECT_FALSE(ParseAribLanguages(Caption(0x00, {0x3F, 8, 0x10, 'j', 'p', 'n', 0x80}))) << "cut off";

@@ -125,7 +125,7 @@ TEST(AudioFormat, ReadsLatm)
                  48000, 0, 2, false);
 }
 
-TEST(AudioFormat, ReadsARateThatLatmSpellsOut)
+TEST(AudioFormat, ReadsAnExplicitRateInLatm)
 {
     // rate code 15, and behind it the rate itself in 24 bits
     auto const spelledOut = [](Bytes const& rate) {

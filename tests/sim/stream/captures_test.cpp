@@ -103,13 +103,13 @@ TEST_F(TeletextCapture, AnnouncesItsStreams)
     EXPECT_EQ(m_programme.teletext[1].page.page, 0x89);
 }
 
-TEST_F(TeletextCapture, GivesEveryPesPacketByteForByte)
+TEST_F(TeletextCapture, ReturnsEveryPesPacketUnchanged)
 {
     EXPECT_EQ(PesOf(m_events, 0x42C).size(), 916u);
     ExpectSameBytes();
 }
 
-TEST_F(TeletextCapture, RunsByTheTimeStampsForItsPcrIsMissing)
+TEST_F(TeletextCapture, UsesTimeStampsWithoutAPcr)
 {
     ExpectTimesNeverDecrease();
     ASSERT_FALSE(m_events.empty());
@@ -145,7 +145,7 @@ TEST_F(SubtitleCapture, AnnouncesItsStreams)
     EXPECT_EQ(m_programme.subtitles[1].page.ancillaryPage, 1);
 }
 
-TEST_F(SubtitleCapture, GivesEveryPesPacketByteForByte)
+TEST_F(SubtitleCapture, ReturnsEveryPesPacketUnchanged)
 {
     EXPECT_EQ(PesOf(m_events, 0x78).size(), 29u);
     EXPECT_EQ(PesOf(m_events, 0x82).size(), 5u);
@@ -157,7 +157,7 @@ TEST_F(SubtitleCapture, GivesEveryPesPacketByteForByte)
     EXPECT_EQ(m_demux->Counters(0x82)->truncated, 1u) << "the capture ends within a packet";
 }
 
-TEST_F(SubtitleCapture, RunsByItsPcr)
+TEST_F(SubtitleCapture, UsesItsPcr)
 {
     ExpectTimesNeverDecrease();
     for (Event const& event : m_events) {
@@ -173,7 +173,7 @@ TEST_F(SubtitleCapture, RunsByItsPcr)
     }
 }
 
-TEST_F(SubtitleCapture, TellsItsPictureFormat)
+TEST_F(SubtitleCapture, ReportsItsPictureFormat)
 {
     std::optional<VideoFormat> format;
     for (Bytes const& pes : PesOf(m_events, 0x78)) {

@@ -88,7 +88,7 @@ TEST(DemuxClock, TimesAreInterpolatedBetweenPcrs)
     EXPECT_EQ(events[2].at.stc, 52 * Second + Second * 5 / 10u);
 }
 
-TEST(DemuxClock, TimeGoesOnThroughWrapJumpAndLoop)
+TEST(DemuxClock, TimeContinuesThroughWrapJumpAndLoop)
 {
     Bytes const audio = MakePes({}, Noise(100));
     StreamBuilder builder;
@@ -117,7 +117,7 @@ TEST(DemuxClock, TimeGoesOnThroughWrapJumpAndLoop)
     EXPECT_EQ(demux.Packets(), 3u * 42u);
 }
 
-TEST(DemuxClock, TimeStampsStandInForAMissingPcr)
+TEST(DemuxClock, TimeStampsReplaceAMissingPcr)
 {
     StreamBuilder builder;
     AddTables(builder, 0x1FFF);
@@ -136,7 +136,7 @@ TEST(DemuxClock, TimeStampsStandInForAMissingPcr)
     EXPECT_EQ(events[99].at.stc, (90'000u + 49 * 3600) * 300);
 }
 
-TEST(DemuxClock, LoopsOfAStreamWithoutPcrGoOnInTime)
+TEST(DemuxClock, LoopsOfAStreamWithoutPcrContinueInTime)
 {
     StreamBuilder builder;
     AddTables(builder, 0x1FFF);
@@ -158,7 +158,7 @@ TEST(DemuxClock, LoopsOfAStreamWithoutPcrGoOnInTime)
     EXPECT_EQ((starts[1] - starts[0]).count(), Second * 12 / 10) << "ten packets and those of the tables";
 }
 
-TEST(DemuxClock, AStreamWithoutAnyClockStillTakesTime)
+TEST(DemuxClock, AStreamWithoutAClockTakesTime)
 {
     StreamBuilder builder;
     AddTables(builder).Pes(Audio, MakePes({}, {1}));
@@ -171,7 +171,7 @@ TEST(DemuxClock, AStreamWithoutAnyClockStillTakesTime)
     EXPECT_GT(second[0].at.time, first[0].at.time);
 }
 
-TEST(DemuxClock, AnEndlessStreamWithoutClockIsNotReadForEver)
+TEST(DemuxClock, AnEndlessStreamWithoutAClockIsReadInParts)
 {
     StreamBuilder head;
     AddTables(head);
@@ -185,7 +185,7 @@ TEST(DemuxClock, AnEndlessStreamWithoutClockIsNotReadForEver)
     EXPECT_GT(TimeAfter(demux, 100'000), StreamTime(0));
 }
 
-TEST(DemuxClock, AnEndlessStreamWhosePcrStopsGoesOnByItsTimeStamps)
+TEST(DemuxClock, AnEndlessStreamWhosePcrStopsUsesItsTimeStamps)
 {
     StreamBuilder head;
     AddTables(head).Pcr(Video, 0).Null(9).Pcr(Video, 2700).Null(9);
@@ -219,7 +219,7 @@ TEST(DemuxClock, OnePcrIsFollowedAtTheAssumedPace)
     EXPECT_EQ(points[1].stc - points[0].stc, 100u * 8122u);
 }
 
-TEST(DemuxClock, WithoutPcrAndPesThereIsTimeButNoClock)
+TEST(DemuxClock, HasTimeButNoClockWithoutPcrAndPes)
 {
     StreamBuilder builder;
     AddTables(builder).Null(100);

@@ -34,7 +34,7 @@ TEST(Demux, HandsOutThePesPacketsOfTheProgramme)
     EXPECT_FALSE(demux.Next()) << "and it stays at the end";
 }
 
-TEST(Demux, LosesNothingInFrontOfTheTables)
+TEST(Demux, KeepsPacketsBeforeTheTables)
 {
     Bytes const audio = MakePes(9100, Noise(300), false, {}, 0xC0);
     StreamBuilder builder;
@@ -44,7 +44,7 @@ TEST(Demux, LosesNothingInFrontOfTheTables)
     EXPECT_EQ(PesOf(Drain(demux), Audio), std::vector<Bytes>{audio});
 }
 
-TEST(Demux, NamesMayComeLate)
+TEST(Demux, NamesMayArriveLate)
 {
     StreamBuilder builder;
     AddTables(builder).Null(2000);
@@ -55,7 +55,7 @@ TEST(Demux, NamesMayComeLate)
     EXPECT_EQ(demux.Current()->version, 0) << "as it is at the start";
 }
 
-TEST(Demux, LoopingDamagesNothing)
+TEST(Demux, LoopingLosesNothing)
 {
     // The counters do not meet at the seam, and the stream begins in the middle of a packet.
     Bytes const audio = MakePes(1, Noise(400));
@@ -92,7 +92,7 @@ TEST(Demux, RewindInTheMiddleDropsPendingEvents)
     EXPECT_EQ(AsPes(events.front())->pts, 0u);
 }
 
-TEST(Demux, ReportsANewPmtInItsPlace)
+TEST(Demux, ReportsANewPmtInOrder)
 {
     Bytes const audio = MakePes(1, Noise(10));
     Bytes const other = MakePes(2, Noise(20));
@@ -128,7 +128,7 @@ TEST(Demux, ANewPmtDoesNotDisturbThePacketsOfPidsThatStay)
     EXPECT_EQ(PesOf(Drain(demux), Audio), std::vector<Bytes>{audio});
 }
 
-TEST(Demux, ReportsThatTheProgrammeIsGone)
+TEST(Demux, ReportsTheEndOfTheProgramme)
 {
     StreamBuilder builder;
     AddTables(builder).Pes(Audio, MakePes(1, {1}));
@@ -145,7 +145,7 @@ TEST(Demux, ReportsThatTheProgrammeIsGone)
     EXPECT_EQ(AsPes(events[3])->pts, 3u);
 }
 
-TEST(Demux, PlaysTheProgrammeThatIsChosen)
+TEST(Demux, PlaysTheChosenProgramme)
 {
     StreamBuilder builder;
     builder.Section(0x0000, MakePat({{1, 0x1000}, {2, 0x1001}}));
@@ -190,7 +190,7 @@ TEST(Demux, AStreamWithoutTablesIsPlayedToItsEnd)
     EXPECT_EQ(demux.Packets(), 11u);
 }
 
-TEST(Demux, TablesThatComeLateAreUsedFromThereOn)
+TEST(Demux, UsesLateTablesFromTheirArrival)
 {
     StreamBuilder head;
     head.Pes(Audio, MakePes(1, {1}));
@@ -210,7 +210,7 @@ TEST(Demux, TablesThatComeLateAreUsedFromThereOn)
     EXPECT_EQ(AsPes(events[1])->pts, 2u);
 }
 
-TEST(Demux, CountsPacketsThatContradictThemselves)
+TEST(Demux, CountsInconsistentPackets)
 {
     StreamBuilder builder;
     AddTables(builder);

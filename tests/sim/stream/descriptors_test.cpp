@@ -77,7 +77,7 @@ TEST(Descriptors, LanguagesAreAlwaysThreePrintableCharacters)
     EXPECT_EQ(ParseLanguages(Bytes{'\n', 0x7F, 0x1B, 0})[0].language, "???");
 }
 
-TEST(Descriptors, SupplementaryAudioTellsItsLanguageIfItHasOne)
+TEST(Descriptors, SupplementaryAudioReportsItsLanguageIfPresent)
 {
     EXPECT_EQ(ParseSupplementaryAudioLanguage(Bytes{0x06, 0x85, 'f', 'r', 'a'}), "fra");
     EXPECT_FALSE(ParseSupplementaryAudioLanguage(Bytes{0x06, 0x84, 'f', 'r', 'a'})) << "flag not set";
@@ -86,7 +86,7 @@ TEST(Descriptors, SupplementaryAudioTellsItsLanguageIfItHasOne)
     EXPECT_FALSE(ParseSupplementaryAudioLanguage(Bytes{}));
 }
 
-TEST(Descriptors, AListEndsWithTheLastWholeOne)
+TEST(Descriptors, AListEndsAfterTheLastCompleteEntry)
 {
     auto const list = ParseDescriptors(Bytes{0x0A, 1, 'x', 0x52, 0, 0x48, 3, 'y', 'z'});
     ASSERT_EQ(list.size(), 2u);

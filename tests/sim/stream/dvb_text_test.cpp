@@ -122,7 +122,7 @@ TEST(DvbText, MarksInvalidCharactersAndReadsTheRest)
               "?A?");
 }
 
-TEST(DvbText, OfUnknownTablesAsciiIsRead)
+TEST(DvbText, ReadsAsciiInUnknownTables)
 {
     for (std::string const& table : {std::string("\x1F\x01"), std::string("\x10\x00\x63", 3),
                                      std::string("\x08"), std::string("\x16"), std::string(1, '\0')}) {
@@ -133,7 +133,7 @@ TEST(DvbText, OfUnknownTablesAsciiIsRead)
     EXPECT_EQ(Decode("\x10"), "");
 }
 
-TEST(DvbText, AnyBytesGiveUtf8)
+TEST(DvbText, AnyBytesBecomeUtf8)
 {
     for (unsigned seed = 1; seed < 20000; ++seed) {
         Bytes bytes = Noise(1 + seed % 40, seed);

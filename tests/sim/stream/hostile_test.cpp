@@ -82,7 +82,7 @@ TEST(Hostile, DamagedBytesAnywhere)
     }
 }
 
-TEST(Hostile, DamagedHeadsOfPackets)
+TEST(Hostile, DamagedPacketHeaders)
 {
     Bytes const sample = SampleHead();
     for (unsigned seed = 0; seed < 60; ++seed) {
@@ -136,7 +136,7 @@ TEST(Hostile, FilesOfNoise)
     EXPECT_GT(refused, 0);
 }
 
-TEST(Hostile, TablesWithARightCrcAndWrongContent)
+TEST(Hostile, TablesWithCorrectCrcAndWrongContent)
 {
     Bytes const pat = MakePat({{1, 0x1000}, {2, 0x1001}});
     Bytes const streams = Bytes{0xE1, 0x00, 0xF0, 0x02, 0x09, 0x00, 0x1B, 0xE1, 0x00, 0xF0, 0x00, 0x06, 0xE1,
@@ -172,7 +172,7 @@ TEST(Hostile, TablesWithARightCrcAndWrongContent)
     }
 }
 
-TEST(Hostile, HeadsOfPesPacketsAndVideo)
+TEST(Hostile, HeadersOfPesPacketsAndVideo)
 {
     Bytes const pes =
         MakePes(1, Bytes{0,    0,    1,    0x67, 0x64, 0x00, 0x28, 0xAC, 0xD9, 0x40, 0x78, 0x04, 0x4F,

@@ -48,7 +48,7 @@ TEST_F(Pacing, SpeedMakesStreamTimePassFasterOrSlower)
     EXPECT_EQ(slow.StreamNow(), Second);
 }
 
-TEST_F(Pacing, IsDueFromItsMomentOn)
+TEST_F(Pacing, IsDueFromItsTime)
 {
     Pacer pacer = Make(2.0);
     pacer.Start(StreamTime(0));
@@ -60,7 +60,7 @@ TEST_F(Pacing, IsDueFromItsMomentOn)
     EXPECT_TRUE(pacer.IsDue(Second));
 }
 
-TEST_F(Pacing, TheStcRunsOnFromTheLastEvent)
+TEST_F(Pacing, TheStcContinuesFromTheLastEvent)
 {
     Pacer pacer = Make(10.0);
     pacer.Start(StreamTime(0));
@@ -89,7 +89,7 @@ TEST_F(Pacing, AnEventTakenAheadOfItsTimeShowsAnEarlierStc)
     EXPECT_EQ(pacer.StcNow(), (1ull << 33) - 90'000);
 }
 
-TEST_F(Pacing, OnlySpeedsAboveZeroMakeSense)
+TEST_F(Pacing, RefusesSpeedsThatAreNotPositive)
 {
     EXPECT_THROW(Make(0), std::invalid_argument);
     EXPECT_THROW(Make(-1), std::invalid_argument);

@@ -46,7 +46,7 @@ private:
 
 } // namespace
 
-TEST_F(Assembler, HandsOutAPacketOfToldLengthAtOnce)
+TEST_F(Assembler, CompletesAPacketOfKnownLengthAtOnce)
 {
     EXPECT_EQ(Push(0, true, m_first), List{});
     EXPECT_EQ(Push(1, false, m_second), List{m_bounded});
@@ -54,7 +54,7 @@ TEST_F(Assembler, HandsOutAPacketOfToldLengthAtOnce)
     EXPECT_FALSE(m_assembler.Flush());
 }
 
-TEST_F(Assembler, CutsAtTheToldLengthExactly)
+TEST_F(Assembler, CutsAtTheGivenLength)
 {
     Push(0, true, m_first);
     EXPECT_EQ(Push(1, false, m_second + Bytes{0xDE, 0xAD}), List{m_bounded});
@@ -62,13 +62,13 @@ TEST_F(Assembler, CutsAtTheToldLengthExactly)
     EXPECT_FALSE(m_assembler.Flush());
 }
 
-TEST_F(Assembler, TheSmallestPacketOfToldLength)
+TEST_F(Assembler, AcceptsTheSmallestPacketOfGivenLength)
 {
     Bytes const smallest{0x00, 0x00, 0x01, 0xBE, 0x00, 0x01, 0xFF};
     EXPECT_EQ(Push(0, true, smallest), List{smallest});
 }
 
-TEST_F(Assembler, TheLargestToldLength)
+TEST_F(Assembler, AcceptsTheLargestGivenLength)
 {
     PesAssembler assembler;
     Bytes const largest = Bytes{0x00, 0x00, 0x01, 0xBD, 0xFF, 0xFF} + Noise(0xFFFF);
@@ -82,7 +82,7 @@ TEST_F(Assembler, TheLargestToldLength)
     EXPECT_EQ(packets, List{largest});
 }
 
-TEST_F(Assembler, HandsOutAPacketOfOpenLengthWhenTheNextBegins)
+TEST_F(Assembler, CompletesAPacketOfOpenLengthWhenTheNextBegins)
 {
     EXPECT_EQ(Push(0, true, m_open), List{});
     EXPECT_EQ(Push(1, false, Bytes{7, 8, 9}), List{});
@@ -107,7 +107,7 @@ TEST_F(Assembler, IgnoresDataBeforeTheFirstStart)
     EXPECT_EQ(Counters().damaged, 0u);
 }
 
-TEST_F(Assembler, AGapLosesThePacketInWork)
+TEST_F(Assembler, AGapDropsTheIncompletePacket)
 {
     Push(0, true, m_first);
     EXPECT_EQ(Push(2, false, m_second), List{});
@@ -117,7 +117,7 @@ TEST_F(Assembler, AGapLosesThePacketInWork)
     EXPECT_EQ(Counters().damaged, 1u);
 }
 
-TEST_F(Assembler, AGapInFrontOfAStartLosesTheOpenPacketBeforeIt)
+TEST_F(Assembler, AGapBeforeAStartDropsTheOpenPacket)
 {
     Push(0, true, m_open);
     EXPECT_EQ(Push(2, true, m_first), List{}) << "its end may be missing";
@@ -125,7 +125,7 @@ TEST_F(Assembler, AGapInFrontOfAStartLosesTheOpenPacketBeforeIt)
     EXPECT_EQ(Push(3, false, m_second), List{m_bounded});
 }
 
-TEST_F(Assembler, AGapBetweenPacketsLosesNothing)
+TEST_F(Assembler, AGapBetweenPacketsDropsNothing)
 {
     Push(0, true, m_first);
     Push(1, false, m_second);
@@ -186,7 +186,7 @@ TEST_F(Assembler, AnAnnouncedDiscontinuityIsNotAGap)
     EXPECT_EQ(Counters().damaged, 0u);
 }
 
-TEST_F(Assembler, ADiscontinuityMayBeAnnouncedInAPacketOfItsOwn)
+TEST_F(Assembler, ADiscontinuityMayBeAnnouncedInASeparatePacket)
 {
     Push(0, true, m_first);
     EXPECT_EQ(Push({0x100, 0, false, {}, false, false, true, {}}), List{});
@@ -201,7 +201,7 @@ TEST_F(Assembler, PacketsWithoutPayloadDoNotCount)
     EXPECT_EQ(Counters().duplicatePackets, 0u);
 }
 
-TEST_F(Assembler, ATransmissionErrorLosesThePacketInWork)
+TEST_F(Assembler, ATransmissionErrorDropsTheIncompletePacket)
 {
     Push(0, true, m_first);
     EXPECT_EQ(Push({0x100, 1, false, m_second, true, false, false, {}}), List{});
@@ -212,7 +212,7 @@ TEST_F(Assembler, ATransmissionErrorLosesThePacketInWork)
     EXPECT_EQ(Counters().damaged, 1u);
 }
 
-TEST_F(Assembler, ScrambledPayloadIsNotHandedOut)
+TEST_F(Assembler, ScrambledPayloadIsDropped)
 {
     EXPECT_EQ(Push({0x100, 0, true, m_open, false, true, false, {}}), List{});
     EXPECT_EQ(Push({0x100, 1, true, m_open, false, true, false, {}}), List{});
@@ -236,7 +236,7 @@ TEST_F(Assembler, PayloadWithoutAStartCodeIsDropped)
     EXPECT_EQ(Counters().delivered, 0u);
 }
 
-TEST_F(Assembler, TheHeadMayBeSpreadOverPackets)
+TEST_F(Assembler, TheHeaderMaySpanPackets)
 {
     std::uint8_t counter = 0;
     for (std::size_t at = 0; at < 10; ++at) {
@@ -246,7 +246,7 @@ TEST_F(Assembler, TheHeadMayBeSpreadOverPackets)
     EXPECT_EQ(Push(counter++, false, m_second), List{m_bounded});
 }
 
-TEST_F(Assembler, APacketShorterThanToldIsCounted)
+TEST_F(Assembler, APacketShorterThanItsLengthIsCounted)
 {
     Push(0, true, m_first);
     EXPECT_EQ(Push(1, true, m_first), List{});
@@ -269,7 +269,7 @@ TEST_F(Assembler, APacketOfOpenLengthOverTheLimitIsDropped)
     EXPECT_EQ(Push(13, false, m_second), List{m_bounded});
 }
 
-TEST_F(Assembler, APacketOfExactlyTheLimitIsHandedOut)
+TEST_F(Assembler, APacketOfExactlyTheLimitIsDelivered)
 {
     PesAssembler assembler(59);
     ASSERT_EQ(m_open.size(), 64u);
@@ -281,14 +281,14 @@ TEST_F(Assembler, APacketOfExactlyTheLimitIsHandedOut)
     EXPECT_EQ(assembler.Counters().oversized, 1u) << "64 bytes are too many";
 }
 
-TEST_F(Assembler, AToldLengthOverTheLimitIsDroppedAtOnce)
+TEST_F(Assembler, ALengthOverTheLimitIsDroppedAtOnce)
 {
     EXPECT_EQ(Push(0, true, Bytes{0x00, 0x00, 0x01, 0xBD, 0xFF, 0xFF}), List{});
     EXPECT_EQ(Counters().oversized, 1u);
     EXPECT_FALSE(m_assembler.Flush());
 }
 
-TEST_F(Assembler, RestartForgetsWithoutCounting)
+TEST_F(Assembler, RestartDropsPacketsWithoutCountingThem)
 {
     Push(0, true, m_first);
     m_assembler.Restart();

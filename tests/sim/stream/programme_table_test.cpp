@@ -43,7 +43,7 @@ using Numbers_t = std::vector<std::uint16_t>;
 
 } // namespace
 
-TEST_F(Tables, AProgrammeIsKnownWhenItsPmtHasArrived)
+TEST_F(Tables, AProgrammeIsKnownAfterItsPmt)
 {
     EXPECT_TRUE(Send(0x0000, MakePat({{0, 0x10}, {7, 0x1000}, {3, 0x1001}})));
     EXPECT_TRUE(Numbers().empty());
@@ -89,7 +89,7 @@ TEST_F(Tables, AChangeWithoutANewVersionIsNoticedToo)
     EXPECT_EQ(m_tables.Find(1)->audio.at(0).pid, 0x102);
 }
 
-TEST_F(Tables, ATableThatIsNotInForceYetIsIgnored)
+TEST_F(Tables, IgnoresATableThatIsNotYetValid)
 {
     Send(0x0000, MakePat({{1, 0x1000}}));
     Bytes const body{0xE1, 0x00, 0xF0, 0x00};
@@ -120,7 +120,7 @@ TEST_F(Tables, ANewPatDropsAndMovesProgrammes)
     EXPECT_EQ(Numbers(), (Numbers_t{3, 2}));
 }
 
-TEST_F(Tables, APatMayComeInSections)
+TEST_F(Tables, APatMayHaveSections)
 {
     Bytes const one{0x00, 0x01, 0xF0, 0x00};
     Bytes const two{0x00, 0x02, 0xF0, 0x01};
@@ -160,7 +160,7 @@ TEST_F(Tables, DamagedSectionsAreCounted)
     EXPECT_EQ(m_tables.DamagedSections(), 2u);
 }
 
-TEST_F(Tables, LengthsThatLieAreHarmless)
+TEST_F(Tables, WrongLengthsAreHarmless)
 {
     Send(0x0000, MakePat({{1, 0x1000}}));
     EXPECT_FALSE(Send(0x1000, MakeSection(0x02, 1, 0, {0xE1, 0x00, 0xFF, 0xFF})))

@@ -36,7 +36,7 @@ VideoCodec VideoOf(std::uint8_t type, Bytes const& descriptors = {})
 
 } // namespace
 
-TEST(Programme, KnowsVideoByItsStreamType)
+TEST(Programme, RecognisesVideoByItsStreamType)
 {
     EXPECT_EQ(VideoOf(0x01), VideoCodec::Mpeg1);
     EXPECT_EQ(VideoOf(0x02), VideoCodec::Mpeg2);
@@ -46,7 +46,7 @@ TEST(Programme, KnowsVideoByItsStreamType)
     EXPECT_EQ(VideoOf(0x06, {0x05, 4, 'H', 'E', 'V', 'C'}), VideoCodec::Hevc);
 }
 
-TEST(Programme, KnowsAudioByItsStreamType)
+TEST(Programme, RecognisesAudioByItsStreamType)
 {
     EXPECT_EQ(AudioOf(0x03), AudioCodec::Mpeg);
     EXPECT_EQ(AudioOf(0x04), AudioCodec::Mpeg);
@@ -56,7 +56,7 @@ TEST(Programme, KnowsAudioByItsStreamType)
     EXPECT_EQ(AudioOf(0x87), AudioCodec::EnhancedAc3);
 }
 
-TEST(Programme, KnowsPrivateAudioByItsDescriptor)
+TEST(Programme, RecognisesPrivateAudioByItsDescriptor)
 {
     EXPECT_EQ(AudioOf(0x06, {0x6A, 1, 0x00}), AudioCodec::Ac3);
     EXPECT_EQ(AudioOf(0x06, {0x7A, 1, 0x00}), AudioCodec::EnhancedAc3);
@@ -125,7 +125,7 @@ TEST(Programme, ListsEverySubtitleEntryOfADescriptor)
     EXPECT_EQ(programme.subtitles[2].page.compositionPage, 3);
 }
 
-TEST(Programme, KnowsAribTextByItsDataComponent)
+TEST(Programme, RecognisesAribTextByItsDataComponent)
 {
     EXPECT_EQ(KindOf(0x06, {0x52, 1, 0x30, 0xFD, 3, 0x00, 0x08, 0x3D}), StreamKind::AribCaption);
     EXPECT_EQ(KindOf(0x06, {0x52, 1, 0x38, 0xFD, 3, 0x00, 0x08, 0x3C}), StreamKind::AribSuperimpose);
@@ -137,7 +137,7 @@ TEST(Programme, KnowsAribTextByItsDataComponent)
     EXPECT_EQ(KindOf(0x06, {0x52, 1, 0x30, 0xFD, 1, 0x00}), StreamKind::Other) << "cut off";
 }
 
-TEST(Programme, KnowsAribTextByItsComponentTagAlone)
+TEST(Programme, RecognisesAribTextByItsComponentTag)
 {
     EXPECT_EQ(KindOf(0x06, {0x52, 1, 0x30}), StreamKind::AribCaption);
     EXPECT_EQ(KindOf(0x06, {0x52, 1, 0x37}), StreamKind::AribCaption);

@@ -66,7 +66,7 @@ TEST(Sample, AnnouncesItsStreams)
     EXPECT_EQ(programme.arib[0].dataComponent, 0x0008);
 }
 
-TEST(Sample, GivesEveryPesPacketByteForByte)
+TEST(Sample, ReturnsEveryPesPacketUnchanged)
 {
     Bytes const whole = ReadWholeFile(File);
     Demux demux{std::string(File)};
@@ -82,7 +82,7 @@ TEST(Sample, GivesEveryPesPacketByteForByte)
     EXPECT_EQ(demux.Packets(), whole.size() / 188);
 }
 
-TEST(Sample, TakesTwelveSecondsAndTheClockRunsAheadOfTheStamps)
+TEST(Sample, LastsTwelveSecondsWithTheClockAheadOfTheStamps)
 {
     Demux demux{std::string(File)};
     auto const events = Drain(demux);
@@ -104,7 +104,7 @@ TEST(Sample, TakesTwelveSecondsAndTheClockRunsAheadOfTheStamps)
     EXPECT_EQ(demux.FirstPts(0x105), 178'200u);
 }
 
-TEST(Sample, LoopsWithoutASeam)
+TEST(Sample, LoopsWithoutAGap)
 {
     Demux demux{std::string(File)};
     std::vector<std::vector<Bytes>> passes;
@@ -126,7 +126,7 @@ TEST(Sample, LoopsWithoutASeam)
     EXPECT_EQ(demux.Counters(0x101)->damaged, 0u);
 }
 
-TEST(Sample, TellsItsPictureFormat)
+TEST(Sample, ReportsItsPictureFormat)
 {
     Demux demux{std::string(File)};
     auto const events = Drain(demux);
@@ -141,7 +141,7 @@ TEST(Sample, TellsItsPictureFormat)
     EXPECT_FALSE(format->interlaced);
 }
 
-TEST(Sample, IsSmallAndWhole)
+TEST(Sample, IsSmallAndComplete)
 {
     Bytes const whole = ReadWholeFile(File);
     EXPECT_LT(whole.size(), 600u * 1024u);
@@ -150,7 +150,7 @@ TEST(Sample, IsSmallAndWhole)
                                                          0x0104, 0x0105, 0x1000}));
 }
 
-TEST(Demux, SaysWhyAFileCannotBePlayed)
+TEST(Demux, ReportsWhyAFileCannotBePlayed)
 {
     EXPECT_THROW(Demux(std::string("/nowhere/at/all.ts")), StreamError);
     EXPECT_THROW(Demux(std::string("/dev/null")), StreamError);

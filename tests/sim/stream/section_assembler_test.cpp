@@ -42,18 +42,18 @@ private:
 
 } // namespace
 
-TEST_F(Sections, OneInOnePacket)
+TEST_F(Sections, ReadsOneInOnePacket)
 {
     EXPECT_EQ(Push(0, true, Bytes{0} + m_short), std::vector<Bytes>{m_short});
 }
 
-TEST_F(Sections, OneAcrossPackets)
+TEST_F(Sections, ReadsOneAcrossPackets)
 {
     EXPECT_TRUE(Push(0, true, Bytes{0} + Slice(m_long, 0, 183)).empty());
     EXPECT_EQ(Push(1, false, Slice(m_long, 183, m_long.size())), std::vector<Bytes>{m_long});
 }
 
-TEST_F(Sections, EndAndBeginningInTheSamePacket)
+TEST_F(Sections, ReadsEndAndStartInOnePacket)
 {
     Push(0, true, Bytes{0} + Slice(m_long, 0, 183));
     Bytes const rest = Slice(m_long, 183, m_long.size());
@@ -61,19 +61,19 @@ TEST_F(Sections, EndAndBeginningInTheSamePacket)
     EXPECT_EQ(Push(1, true, payload), (std::vector<Bytes>{m_long, m_short}));
 }
 
-TEST_F(Sections, SeveralBehindOneAnotherUpToTheStuffing)
+TEST_F(Sections, ReadsSeveralUpToTheStuffing)
 {
     Bytes const payload = Bytes{0} + m_short + m_short + Bytes(10, 0xFF);
     EXPECT_EQ(Push(0, true, payload), (std::vector<Bytes>{m_short, m_short}));
 }
 
-TEST_F(Sections, HeadCutAfterItsFirstByte)
+TEST_F(Sections, ReadsAHeaderSplitAfterItsFirstByte)
 {
     EXPECT_TRUE(Push(0, true, Bytes{0} + Slice(m_short, 0, 1)).empty());
     EXPECT_EQ(Push(1, false, Slice(m_short, 1, m_short.size())), std::vector<Bytes>{m_short});
 }
 
-TEST_F(Sections, AGapDropsTheOpenOne)
+TEST_F(Sections, AGapDropsTheOpenSection)
 {
     Push(0, true, Bytes{0} + Slice(m_long, 0, 183));
     EXPECT_TRUE(Push(2, false, Slice(m_long, 183, m_long.size())).empty());
@@ -111,26 +111,26 @@ TEST_F(Sections, EmptySectionsAreHarmless)
     EXPECT_TRUE(Push(0, true, Bytes{0} + Bytes(183, 0x00)).empty());
 }
 
-TEST(SoundSection, NeedsAVersionAndNumbersInOrder)
+TEST(ValidSection, RequiresAVersionAndNumbersInOrder)
 {
     Bytes const sound = MakeSection(0x02, 1, 0, Noise(8));
-    EXPECT_TRUE(IsSoundSection(sound));
-    EXPECT_FALSE(IsSoundSection(MakeSection(0x02, 1, 0, Noise(8), 2, 1))) << "number past the last";
-    EXPECT_TRUE(IsSoundSection(MakeSection(0x02, 1, 0, Noise(1012)))) << "1024 bytes";
-    EXPECT_FALSE(IsSoundSection(MakeSection(0x02, 1, 0, Noise(1013)))) << "1025 bytes";
-    EXPECT_FALSE(IsSoundSection(Bytes{}));
-    EXPECT_FALSE(IsSoundSection(Bytes{0x00, 0xB0, 0x00}));
+    EXPECT_TRUE(IsValidSection(sound));
+    EXPECT_FALSE(IsValidSection(MakeSection(0x02, 1, 0, Noise(8), 2, 1))) << "number past the last";
+    EXPECT_TRUE(IsValidSection(MakeSection(0x02, 1, 0, Noise(1012)))) << "1024 bytes";
+    EXPECT_FALSE(IsValidSection(MakeSection(0x02, 1, 0, Noise(1013)))) << "1025 bytes";
+    EXPECT_FALSE(IsValidSection(Bytes{}));
+    EXPECT_FALSE(IsValidSection(Bytes{0x00, 0xB0, 0x00}));
 }
 
-TEST(SoundSection, OfEventsMayBeLongerAndItsNumbersMayJump)
+TEST(ValidSection, OfEventsMayBeLongerWithNumbersThatJump)
 {
-    EXPECT_TRUE(IsSoundSection(MakeSection(0x4E, 1, 0, Noise(8), 2, 1), EventSections));
-    EXPECT_TRUE(IsSoundSection(MakeSection(0x4E, 1, 0, Noise(4084)), EventSections)) << "4096 bytes";
-    EXPECT_FALSE(IsSoundSection(MakeSection(0x4E, 1, 0, Noise(4085)), EventSections)) << "4097 bytes";
-    EXPECT_FALSE(IsSoundSection(Bytes{}, EventSections));
+    EXPECT_TRUE(IsValidSection(MakeSection(0x4E, 1, 0, Noise(8), 2, 1), EventSections));
+    EXPECT_TRUE(IsValidSection(MakeSection(0x4E, 1, 0, Noise(4084)), EventSections)) << "4096 bytes";
+    EXPECT_FALSE(IsValidSection(MakeSection(0x4E, 1, 0, Noise(4085)), EventSections)) << "4097 bytes";
+    EXPECT_FALSE(IsValidSection(Bytes{}, EventSections));
 }
 
-TEST(SoundSection, RulesAreThoseOfTheAssembler)
+TEST(ValidSection, HasTheRulesOfTheAssembler)
 {
     Bytes const section = MakeSection(0x4E, 1, 0, Noise(4084));
     StreamBuilder stream;

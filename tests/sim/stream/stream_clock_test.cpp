@@ -27,7 +27,7 @@ TEST(StreamClock, InterpolatesBetweenSamples)
     EXPECT_EQ(clock.At(50).stc, 5500u);
 }
 
-TEST(StreamClock, TimeBeforeTheFirstSampleIsFoundBackwards)
+TEST(StreamClock, ExtrapolatesBeforeTheFirstSample)
 {
     StreamClock clock;
     clock.Sample(10, 5000, false);
@@ -50,7 +50,7 @@ TEST(StreamClock, FollowsAChangeOfPace)
     EXPECT_EQ(TimeAt(clock, 200), 5000);
 }
 
-TEST(StreamClock, TimeGoesOnAcrossTheWrapOfThePcr)
+TEST(StreamClock, TimeContinuesAcrossTheWrapOfThePcr)
 {
     StreamClock clock;
     clock.Sample(0, PcrModulus - 1500, false);
@@ -61,7 +61,7 @@ TEST(StreamClock, TimeGoesOnAcrossTheWrapOfThePcr)
     EXPECT_EQ(clock.At(160).stc, 100u);
 }
 
-TEST(StreamClock, GoesOnAtTheOldPaceWhereTheClockJumps)
+TEST(StreamClock, KeepsItsPaceWhenTheClockJumps)
 {
     for (std::uint64_t const target : {std::uint64_t{17}, 5000 + 11 * Second}) {
         StreamClock clock;
@@ -76,7 +76,7 @@ TEST(StreamClock, GoesOnAtTheOldPaceWhereTheClockJumps)
     }
 }
 
-TEST(StreamClock, AnAnnouncedJumpIsOneEvenIfItLooksPlausible)
+TEST(StreamClock, AcceptsAnAnnouncedJumpThatLooksPlausible)
 {
     StreamClock clock;
     clock.Sample(0, 0, false);
@@ -85,7 +85,7 @@ TEST(StreamClock, AnAnnouncedJumpIsOneEvenIfItLooksPlausible)
     EXPECT_EQ(TimeAt(clock, 200), 2000);
 }
 
-TEST(StreamClock, TenSecondsWithoutASampleAreStillOneStep)
+TEST(StreamClock, BridgesTenSecondsWithoutASample)
 {
     StreamClock clock;
     clock.Sample(0, 0, false);
@@ -98,7 +98,7 @@ TEST(StreamClock, ContinuesAfterTheLastSample)
     StreamClock clock;
     clock.Sample(0, 0, false);
     clock.Sample(100, 1000, false);
-    clock.Settle();
+    clock.FinishLine();
     EXPECT_EQ(TimeAt(clock, 250), 2500);
     EXPECT_EQ(clock.At(250).stc, 2500u);
 }
@@ -109,12 +109,12 @@ TEST(StreamClock, ShowsTheNewStcAfterAJumpAtTheEnd)
     clock.Sample(0, 1'000'000, false);
     clock.Sample(100, 1'001'000, false);
     clock.Sample(200, 77, false);
-    clock.Settle();
+    clock.FinishLine();
     EXPECT_EQ(TimeAt(clock, 210), 2100);
     EXPECT_EQ(clock.At(210).stc, 177u);
 }
 
-TEST(StreamClock, TakesANominalPaceWhenItKnowsNone)
+TEST(StreamClock, UsesANominalPaceIfNoneIsKnown)
 {
     StreamClock clock;
     EXPECT_FALSE(clock.IsMeasured());
@@ -122,12 +122,12 @@ TEST(StreamClock, TakesANominalPaceWhenItKnowsNone)
     EXPECT_NEAR(std::chrono::duration<double>(second).count(), 1.0, 0.01);
 
     clock.Sample(10, 900, false);
-    clock.Settle();
+    clock.FinishLine();
     EXPECT_EQ(clock.At(10).stc, 900u);
     EXPECT_GT(clock.At(11).time, clock.At(10).time);
 }
 
-TEST(StreamClock, RestartGoesOnInTimeWithANewClock)
+TEST(StreamClock, RestartContinuesInTimeWithANewClock)
 {
     StreamClock clock;
     clock.Sample(0, 70'000, false);
@@ -141,7 +141,7 @@ TEST(StreamClock, RestartGoesOnInTimeWithANewClock)
     EXPECT_EQ(TimeAt(clock, 215), 1150 + 2000);
 }
 
-TEST(StreamClock, AClockThatStandsStillDoesNotStopTheNextPass)
+TEST(StreamClock, AStoppedClockDoesNotStopTheNextPass)
 {
     StreamClock clock;
     clock.Sample(0, 500, false);

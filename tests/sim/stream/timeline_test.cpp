@@ -25,7 +25,7 @@ std::vector<Event> TakeAll(Timeline& timeline)
 
 } // namespace
 
-TEST(Timeline, HoldsEventsBackUntilTheNextSample)
+TEST(Timeline, HoldsEventsUntilTheNextSample)
 {
     Timeline timeline;
     timeline.AddPcr(0, 0, false);
@@ -55,7 +55,7 @@ TEST(Timeline, KeepsTheOrderOfEventsOfEveryType)
     EXPECT_EQ(events[0].at.time, events[1].at.time);
 }
 
-TEST(Timeline, GivesUpWaitingWhenTooMuchIsHeldBack)
+TEST(Timeline, ReleasesEventsWhenTooManyAreHeld)
 {
     Timeline timeline;
     std::size_t const large = 1024 * 1024;
@@ -70,7 +70,7 @@ TEST(Timeline, GivesUpWaitingWhenTooMuchIsHeldBack)
     EXPECT_EQ(TakeAll(timeline).size(), 4u);
 }
 
-TEST(Timeline, GivesUpWaitingWhenNoClockComesForLong)
+TEST(Timeline, ReleasesEventsWithoutAClockForLong)
 {
     Timeline timeline;
     timeline.AddPes(0, Pes(1));
@@ -80,7 +80,7 @@ TEST(Timeline, GivesUpWaitingWhenNoClockComesForLong)
     EXPECT_TRUE(timeline.Take());
 }
 
-TEST(Timeline, TimeDoesNotRunBackWhenTheClockComesBackBehindTheGuess)
+TEST(Timeline, TimeDoesNotRunBackwardsWhenTheClockReturns)
 {
     Timeline timeline;
     timeline.AddPcr(0, 0, false);
@@ -100,7 +100,7 @@ TEST(Timeline, TimeDoesNotRunBackWhenTheClockComesBackBehindTheGuess)
     EXPECT_LT(next->at.stc, 15 * Second) << "the clock shown is the true one";
 }
 
-TEST(Timeline, APcrThatTurnsUpTakesOverFromTimeStamps)
+TEST(Timeline, ALatePcrReplacesTimeStamps)
 {
     Timeline timeline;
     timeline.AddPes(0, Pes(1, 0));

@@ -91,7 +91,7 @@ TEST(TsReader, ReadsAFileOfOnePacket)
     EXPECT_EQ(ReaderOf(Marked(9)).Marks(), Bytes{9});
 }
 
-TEST(TsReader, LeavesOutAnUnfinishedPacketAtTheEnd)
+TEST(TsReader, IgnoresAnIncompletePacketAtTheEnd)
 {
     Bytes stream = Joined({Marked(1), Marked(2), Marked(3)});
     stream.resize(stream.size() - 1);
@@ -105,7 +105,7 @@ TEST(TsReader, SkipsBytesBeforeTheFirstPacket)
     EXPECT_EQ(reader->SkippedBytes(), 4u);
 }
 
-TEST(TsReader, FindsTheWayBackIntoStep)
+TEST(TsReader, Resynchronises)
 {
     Bytes const lost = Bytes{0x00} + Bytes(56, 0x47); // looks like sync bytes, leads nowhere
     ReaderOf reader(
@@ -124,7 +124,7 @@ TEST(TsReader, LosesOnlyThePacketWhoseSyncByteIsWrong)
     EXPECT_EQ(reader->SkippedBytes(), 188u);
 }
 
-TEST(TsReader, ReadsPacketsWithATimeStampBefore)
+TEST(TsReader, ReadsPacketsPrecededByATimeStamp)
 {
     Bytes const stamp{1, 2, 3, 4};
     ReaderOf reader(Joined({stamp, Marked(1), stamp, Marked(2), stamp, Marked(3)}));
@@ -133,7 +133,7 @@ TEST(TsReader, ReadsPacketsWithATimeStampBefore)
     EXPECT_EQ(reader->SkippedBytes(), 0u);
 }
 
-TEST(TsReader, ReadsPacketsWithParityBehind)
+TEST(TsReader, ReadsPacketsFollowedByParity)
 {
     Bytes const parity(16, 0x55);
     ReaderOf reader(Joined({Marked(1), parity, Marked(2), parity, Marked(3), parity}));
@@ -165,14 +165,14 @@ TEST(TsReader, RewindsAtAnyPlace)
     EXPECT_EQ(reader.Marks(), (Bytes{1, 2, 3, 4, 5}));
 }
 
-TEST(TsReader, SaysWhyAFileCannotBeOpened)
+TEST(TsReader, ReportsWhyAFileCannotBeOpened)
 {
     EXPECT_EQ(ErrorOf("/nowhere/at/all.ts"), "cannot open /nowhere/at/all.ts: No such file or directory");
     EXPECT_EQ(ErrorOf("/"), "cannot read /: Is a directory");
     EXPECT_EQ(ErrorOf("/dev/null"), "/dev/null is not a regular file: save the stream in one first");
 }
 
-TEST(TsReader, SaysThatAFileHoldsNoTransportStream)
+TEST(TsReader, ReportsAFileWithoutATransportStream)
 {
     EXPECT_THROW(ReaderOf(Bytes(20'000, 0x00)), StreamError);
     EXPECT_THROW(ReaderOf(Bytes(187, 0x47)), StreamError) << "too short for one packet";

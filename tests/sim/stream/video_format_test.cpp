@@ -168,7 +168,7 @@ TEST(VideoFormat, Hevc)
                  854, 480, {25, 1}, {427, 240}, false);
 }
 
-TEST(VideoFormat, HevcWithEverythingInFrontOfTheTiming)
+TEST(VideoFormat, HevcWithEverythingBeforeTheTiming)
 {
     BitWriter set;
     auto const codes = [&set](unsigned count) {
@@ -209,7 +209,7 @@ TEST(VideoFormat, HevcWithEverythingInFrontOfTheTiming)
     ExpectFormat(ParseVideoFormat(VideoCodec::Hevc, pes), 317, 233, {25, 1}, {1268, 699}, false);
 }
 
-TEST(VideoFormat, NothingWithoutASequenceHead)
+TEST(VideoFormat, NothingWithoutASequenceHeader)
 {
     EXPECT_FALSE(Parse(VideoCodec::H264, "00000001419a0011223344"));
     EXPECT_FALSE(Parse(VideoCodec::Hevc, "000000014001"));
@@ -219,7 +219,7 @@ TEST(VideoFormat, NothingWithoutASequenceHead)
     EXPECT_FALSE(ParseVideoFormat(VideoCodec::H264, Bytes{}));
 }
 
-TEST(VideoFormat, CutHeadsGiveNothingWrong)
+TEST(VideoFormat, IncompleteHeadersGiveNoWrongFormat)
 {
     std::string const whole = "0000000167640028acd94078044fde022000007d20001d4c03e2c5b2c0";
     for (std::size_t size = 0; size <= whole.size(); size += 2) {

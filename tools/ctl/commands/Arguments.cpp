@@ -34,10 +34,10 @@ std::optional<std::uint64_t> Magnitude(std::string_view digits)
 
 std::optional<std::int64_t> SignedNumber(std::string_view text)
 {
-    constexpr std::uint64_t Most = std::numeric_limits<std::int64_t>::max();
+    constexpr std::uint64_t Max = std::numeric_limits<std::int64_t>::max();
     bool const isNegative = !text.empty() && text[0] == '-';
     std::optional<std::uint64_t> const magnitude = Magnitude(isNegative ? text.substr(1) : text);
-    if (!magnitude || *magnitude > Most) {
+    if (!magnitude || *magnitude > Max) {
         return std::nullopt;
     }
     auto const number = static_cast<std::int64_t>(*magnitude);
@@ -84,12 +84,12 @@ std::uint64_t ParseCount(std::string const& text, ArgumentPlace const& place)
 
 std::chrono::milliseconds ParseSeconds(std::string const& text, ArgumentPlace const& place)
 {
-    constexpr double Least = 0.001;
-    constexpr double Most = 1000000;
+    constexpr double Min = 0.001;
+    constexpr double Max = 1000000;
     double seconds = 0;
     char const* const end = text.data() + text.size();
     auto const [stop, error] = std::from_chars(text.data(), end, seconds, std::chars_format::fixed);
-    if (error != std::errc() || stop != end || !(seconds >= Least && seconds <= Most)) {
+    if (error != std::errc() || stop != end || !(seconds >= Min && seconds <= Max)) {
         Refuse(text, "a number of seconds (0.001 to 1000000)", place);
     }
     return std::chrono::milliseconds(static_cast<std::int64_t>(seconds * 1000));

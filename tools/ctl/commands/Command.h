@@ -51,13 +51,13 @@ struct Command
     std::string FullName() const;
 };
 
-constexpr char WhetherItPlays[] = "'zviptvctl status' shows whether it plays";
+constexpr char PlaybackHint[] = "'zviptvctl status' shows whether it plays";
 
 /// The answer of a command that changes something: what it `did`, or that the service refused its `wish`, and
 /// the `next` step.
 Answer Done(bool accepted, std::string const& did, std::string const& wish, std::string const& next);
 
 /// The answer of a command if the service refused its first call.
-Answer Refused(std::string const& wish, std::string const& next = WhetherItPlays);
+Answer Refused(std::string const& wish, std::string const& next = PlaybackHint);
 
 } // namespace zviptv::ctl

@@ -66,7 +66,7 @@ Answer Now(Session& session, CommandArguments const& arguments)
 
 /// A warning about missing entries of a list that had to fit into one message; empty if none are missing, or
 /// if the service's list is not an array.
-std::string Shortage(Json::Value const& programmes, int size)
+std::string MissingEntries(Json::Value const& programmes, int size)
 {
     if (!programmes.isArray() || static_cast<int>(programmes.size()) >= size) {
         return std::string();
@@ -88,7 +88,7 @@ Answer List(Session& session, CommandArguments const& arguments)
     session.Ask("GetProgramList", [&] { return guide.GetProgramList(service, start, duration, list); });
     Answer answer = Text("list", list, "no programmes");
     answer.json["size"] = size;
-    answer.warning = Shortage(answer.json["list"], size);
+    answer.warning = MissingEntries(answer.json["list"], size);
     return answer;
 }
 

@@ -9,7 +9,7 @@ namespace zviptv::ctl {
 
 namespace {
 
-constexpr char WhatIsLocked[] = "'zviptvctl rating' shows what is locked";
+constexpr char LockedHint[] = "'zviptvctl rating' shows what is locked";
 
 Answer MuteAudio(Session& session, CommandArguments const& arguments)
 {
@@ -17,7 +17,7 @@ Answer MuteAudio(Session& session, CommandArguments const& arguments)
     auto& player = session.Get<IPlayerControl>();
     return Done(session.Ask("MuteAudio", [&] { return player.MuteAudio(on); }),
                 on ? "audio muted" : "audio not muted", on ? "mute the audio" : "unmute the audio",
-                WhetherItPlays);
+                PlaybackHint);
 }
 
 Answer MuteVideo(Session& session, CommandArguments const& arguments)
@@ -26,7 +26,7 @@ Answer MuteVideo(Session& session, CommandArguments const& arguments)
     auto& player = session.Get<IPlayerControl>();
     return Done(session.Ask("MuteVideo", [&] { return player.MuteVideo(on); }),
                 on ? "video muted" : "video not muted", on ? "mute the video" : "show the video",
-                WhetherItPlays);
+                PlaybackHint);
 }
 
 /// "locked", or a dash if the service does not report it; null in JSON.
@@ -68,14 +68,14 @@ Answer Unlock(Session& session, CommandArguments const& /*arguments*/)
                                        "everything is unlocked until the television is switched off"};
     auto& broadcast = session.Get<IBroadcastData>();
     return Done(session.Ask("SetUnlockedInfo", [&] { return broadcast.SetUnlockedInfo(Lock); }), done[Lock],
-                "change the lock", WhatIsLocked);
+                "change the lock", LockedHint);
 }
 
 Answer UnlockPin(Session& session, CommandArguments const& /*arguments*/)
 {
     auto& broadcast = session.Get<IBroadcastData>();
     return Done(session.Ask("UnMuteByRatingPin", [&] { return broadcast.UnMuteByRatingPin(); }),
-                "the locked programme is unlocked", "unlock the programme", WhatIsLocked);
+                "the locked programme is unlocked", "unlock the programme", LockedHint);
 }
 
 } // namespace

@@ -47,14 +47,14 @@ ExitCode Stream::Run()
     });
 
     EventSource const second = Loop::Every(std::chrono::seconds(1), [&] {
-        Complain(endpoint);
+        ReportProblems(endpoint);
         OnSecond();
     });
     EventSource const limit = m_options.duration ? Loop::Every(*m_options.duration, end) : EventSource();
     m_loop.Run([this](std::exception const& error) { OnUnreadable(error); });
-    Complain(endpoint);
+    ReportProblems(endpoint);
     Unsubscribe(*subscription);
-    return Conclude();
+    return Finish();
 }
 
 /// If the service has left, there is nothing to unsubscribe.
@@ -91,31 +91,31 @@ bool Stream::IsChosen(Packet const& packet) const
     return m_options.pids.empty() || m_options.pids.count(packet.pid.value_or(0)) != 0;
 }
 
-void Stream::Complain(EndpointWatch& endpoint)
+void Stream::ReportProblems(EndpointWatch& endpoint)
 {
-    for (std::string const& complaint : endpoint.TakeComplaints()) {
-        Say(complaint);
+    for (std::string const& complaint : endpoint.TakeProblems()) {
+        Print(complaint);
     }
 }
 
 void Stream::OnSecond()
 {
     if (!m_ended && ++m_silentSeconds % LongSilence == 0) {
-        TellSilence();
+        ReportSilence();
     }
     m_traffic.Measure();
     m_live.Show(m_traffic.Now());
 }
 
 /// Reports each of the two once: the source may end later.
-void Stream::TellSilence()
+void Stream::ReportSilence()
 {
-    if (!m_toldEnd && HasSourceEnded()) {
-        m_toldEnd = m_toldSilence = true;
-        Say("the source has ended: packets arrive only if it starts again; press Ctrl-C to end");
-    } else if (!m_toldSilence) {
-        m_toldSilence = true;
-        Say("no data has arrived for " + std::to_string(LongSilence) + " seconds; press Ctrl-C to end");
+    if (!m_hasReportedEnd && HasSourceEnded()) {
+        m_hasReportedEnd = m_hasReportedSilence = true;
+        Print("the source has ended: packets arrive only if it starts again; press Ctrl-C to end");
+    } else if (!m_hasReportedSilence) {
+        m_hasReportedSilence = true;
+        Print("no data has arrived for " + std::to_string(LongSilence) + " seconds; press Ctrl-C to end");
     }
 }
 
@@ -172,7 +172,7 @@ void Stream::OnService(ServiceWatch::Event event)
 void Stream::OnUnreadable(std::exception const& error)
 {
     ++m_unreadable;
-    Say(UnreadableNotification(error) + "; skipped");
+    Print(UnreadableNotification(error) + "; skipped");
 }
 
 void Stream::End()
@@ -189,25 +189,25 @@ void Stream::Fail(Failure const& failure)
     End();
 }
 
-void Stream::Say(std::string const& text)
+void Stream::Print(std::string const& text)
 {
     m_live.Erase();
     std::fprintf(stderr, "zviptvctl: %s\n", PrintableText(text).c_str());
 }
 
-ExitCode Stream::Conclude()
+ExitCode Stream::Finish()
 {
     if (m_captions && !m_failure && !(m_options.count && m_lineCount >= *m_options.count)) {
         Write(m_captions->Flush());
     }
-    Say(m_traffic.Summary());
+    Print(m_traffic.Summary());
     if (m_failure) {
         throw *m_failure;
     }
     for (std::string const& complaint : m_file       ? m_file->Close()
                                         : m_captions ? m_captions->Close()
                                                      : std::vector<std::string>()) {
-        Say(complaint);
+        Print(complaint);
     }
     if (m_unreadable > 0) {
         throw Failure(ExitCode::Malformed, Counted(m_unreadable, "notification") + " could not be read");

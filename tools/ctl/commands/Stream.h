@@ -47,17 +47,17 @@ private:
     bool IsChosen(Packet const& packet) const;
     bool Write(std::vector<Caption> const& captions);
     bool WriteLine(std::string const& line);
-    void Complain(EndpointWatch& endpoint);
+    void ReportProblems(EndpointWatch& endpoint);
     void OnSecond();
     bool HasSourceEnded();
-    void TellSilence();
+    void ReportSilence();
     bool Write(Packet const& packet);
     void OnService(ServiceWatch::Event event);
     void OnUnreadable(std::exception const& error);
     void End();
     void Fail(Failure const& failure);
-    void Say(std::string const& text);
-    ExitCode Conclude();
+    void Print(std::string const& text);
+    ExitCode Finish();
 
     Session& m_session;
     StreamOptions const m_options;
@@ -71,8 +71,8 @@ private:
     std::optional<Failure> m_failure;
     std::uint64_t m_unreadable = 0;
     int m_silentSeconds = 0;
-    bool m_toldEnd = false;
-    bool m_toldSilence = false;
+    bool m_hasReportedEnd = false;
+    bool m_hasReportedSilence = false;
     bool m_ended = false;
 };
 

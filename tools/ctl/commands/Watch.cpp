@@ -30,9 +30,10 @@ ExitCode Watch::Run()
     EventSource const second = Loop::Every(std::chrono::seconds(1), [this] { Tick(); });
     ServiceWatch const watch(m_session.Connection(), [this](ServiceWatch::Event event) { OnService(event); });
     Connect();
-    m_loop.Run([this](std::exception const& error) { Say("unreadable", UnreadableNotification(error)); },
-               [this] { OnEvents(); });
-    return Conclude();
+    m_loop.Run(
+        [this](std::exception const& error) { PrintEvent("unreadable", UnreadableNotification(error)); },
+        [this] { OnEvents(); });
+    return Finish();
 }
 
 void Watch::Connect()
@@ -43,19 +44,19 @@ void Watch::Connect()
         return; // the release may have taken this long
     }
     try {
-        std::string const introduction = Introduce();
+        std::string const introduction = DescribeState();
         Subscribe();
-        Say("connected", introduction);
-        Say("subscribed", "subscribed to PES packets");
+        PrintEvent("connected", introduction);
+        PrintEvent("subscribed", "subscribed to PES packets");
         m_state = State::Connected;
         m_trouble.reset();
     } catch (Failure const& failure) {
-        m_state = State::Away;
-        Tell(failure);
+        m_state = State::Absent;
+        ReportTrouble(failure);
     }
 }
 
-std::string Watch::Introduce()
+std::string Watch::DescribeState()
 {
     auto& player = m_session.Get<IPlayerControl>();
     m_player = &player;
@@ -83,23 +84,23 @@ void Watch::Subscribe()
     m_endpoint->Follow([this] { OnEndpointClosed(); });
 }
 
-void Watch::Complain()
+void Watch::ReportProblems()
 {
     if (m_endpoint) {
-        for (std::string const& complaint : m_endpoint->TakeComplaints()) {
-            SayTrouble(complaint);
+        for (std::string const& complaint : m_endpoint->TakeProblems()) {
+            PrintTrouble(complaint);
         }
     }
 }
 
 void Watch::Tick()
 {
-    Complain();
+    ReportProblems();
     if (IsOver()) {
         return;
     }
     m_traffic.Measure();
-    if (m_state == State::Away && m_isServicePresent) {
+    if (m_state == State::Absent && m_isServicePresent) {
         Connect();
     }
     if (m_state == State::Connected && !IsOver()) {
@@ -110,7 +111,7 @@ void Watch::Tick()
 /// Runs at the deadline. It does not call a service that does not answer, which would delay the end.
 void Watch::LastTick()
 {
-    Complain();
+    ReportProblems();
     if (m_state == State::Connected && !m_isEnding && !m_session.Hangs()) {
         m_traffic.Measure();
         Report();
@@ -132,7 +133,7 @@ void Watch::Report()
         m_trouble.reset();
     } catch (Failure const& failure) {
         if (failure.Code() != ExitCode::NoService) { // the loss is reported step by step
-            Tell(failure);
+            ReportTrouble(failure);
         }
     }
     std::string const text = LowerName(state) + ", STC " + (hasClock ? std::to_string(stc) : "-") + ", ";
@@ -158,8 +159,8 @@ void Watch::OnService(ServiceWatch::Event event)
         m_isBusClosed = true;
         m_loop.Quit();
     } else if (event == ServiceWatch::Event::Gone && m_state == State::Connected) {
-        m_state = State::Losing;
-        Say("lost", "the service left the bus: no more PES packets arrive");
+        m_state = State::ServiceLost;
+        PrintEvent("lost", "the service left the bus: no more PES packets arrive");
     }
 }
 
@@ -167,20 +168,20 @@ void Watch::OnService(ServiceWatch::Event event)
 void Watch::OnEndpointClosed()
 {
     if (m_state == State::Connected) {
-        m_state = State::Away;
-        Tell(Failure(ExitCode::NoService, EndpointClosed(m_endpoint->Name())));
+        m_state = State::Absent;
+        ReportTrouble(Failure(ExitCode::NoService, EndpointClosed(m_endpoint->Name())));
     }
 }
 
 void Watch::OnEvents()
 {
-    if (m_state == State::Losing && IsPlayerControlGone()) {
-        TellLoss();
-        m_state = State::Away;
-        Say("waiting", "waiting for the service to come back");
+    if (m_state == State::ServiceLost && IsPlayerControlGone()) {
+        ReportLoss();
+        m_state = State::Absent;
+        PrintEvent("waiting", "waiting for the service to come back");
     }
     if (m_state != State::Connected && m_isServicePresent && !m_trouble && !IsOver()) {
-        Say("back", "the service is back: making new objects");
+        PrintEvent("back", "the service is back: making new objects");
         Connect();
     }
 }
@@ -193,32 +194,33 @@ bool Watch::IsPlayerControlGone() const
     return ZVGetLastFailure().kind == ZV_FAILURE_GONE;
 }
 
-void Watch::TellLoss()
+void Watch::ReportLoss()
 {
-    Say("player-control-gone",
-        "the player control object destroyed itself: its calls fail until it is created again");
-    TellFactory();
-    TellSubscriber();
+    PrintEvent("player-control-gone",
+               "the player control object destroyed itself: its calls fail until it is created again");
+    ReportFactory();
+    ReportSubscriber();
 }
 
-void Watch::TellFactory()
+void Watch::ReportFactory()
 {
     IPlayerControl* player = nullptr;
     Handle const& handle = m_session.HandleOfCalls();
     CIPTVServiceAPI::CreatePlayerControl(handle.profile, handle.id, &player);
     if (player == nullptr) {
-        Say("factory-refuses", "CreatePlayerControl now returns null: no service runs");
+        PrintEvent("factory-refuses", "CreatePlayerControl now returns null: no service runs");
     } else {
-        Say("factory-works", "CreatePlayerControl already returns a new object");
+        PrintEvent("factory-works", "CreatePlayerControl already returns a new object");
     }
 }
 
-void Watch::TellSubscriber()
+void Watch::ReportSubscriber()
 {
     m_subscription->End(m_session.Get<IIPTVDataSubscriber>());
     ZVFailure const& failure = ZVGetLastFailure();
     if (failure.kind != ZV_FAILURE_NONE) {
-        Say("subscriber-fails",
+        PrintEvent(
+            "subscriber-fails",
             std::string("the data subscriber stays, but its calls fail: UnSubscribeForPES was not sent (") +
                 failure.message + ")");
     }
@@ -237,7 +239,7 @@ bool Watch::IsOver() const
     return m_isEnding || (m_deadline && std::chrono::steady_clock::now() >= *m_deadline);
 }
 
-ExitCode Watch::Conclude()
+ExitCode Watch::Finish()
 {
     m_live.End();
     if (m_writeFailure) {
@@ -258,24 +260,24 @@ ExitCode Watch::Conclude()
 }
 
 /// Reports it once while it lasts.
-void Watch::Tell(Failure const& trouble)
+void Watch::ReportTrouble(Failure const& trouble)
 {
     if (!m_trouble || std::string(m_trouble->what()) != trouble.what()) {
-        SayTrouble(trouble.what());
+        PrintTrouble(trouble.what());
     }
     m_trouble = trouble;
 }
 
 /// Also prints it to standard error, unless a terminal would then show it twice.
-void Watch::SayTrouble(std::string const& text)
+void Watch::PrintTrouble(std::string const& text)
 {
-    Say("trouble", text);
+    PrintEvent("trouble", text);
     if (!m_live.IsTerminal()) {
         std::fprintf(stderr, "zviptvctl: %s\n", PrintableText(text).c_str());
     }
 }
 
-void Watch::Say(char const* event, std::string const& text)
+void Watch::PrintEvent(char const* event, std::string const& text)
 {
     Json::Value json(Json::objectValue);
     json["event"] = event;

@@ -39,14 +39,14 @@ private:
     enum class State
     {
         Connected,
-        Losing, ///< the service has left, but the interface objects have not noticed yet
-        Away
+        ServiceLost, ///< the service has left, but the interface objects have not noticed yet
+        Absent
     };
 
     void Connect();
-    std::string Introduce();
+    std::string DescribeState();
     void Subscribe();
-    void Complain();
+    void ReportProblems();
     void Tick();
     void LastTick();
     void Report();
@@ -54,16 +54,16 @@ private:
     void OnEndpointClosed();
     void OnEvents();
     bool IsPlayerControlGone() const;
-    void TellLoss();
-    void TellFactory();
-    void TellSubscriber();
+    void ReportLoss();
+    void ReportFactory();
+    void ReportSubscriber();
     void End();
     bool IsOver() const;
-    ExitCode Conclude();
+    ExitCode Finish();
 
-    void Tell(Failure const& trouble);
-    void SayTrouble(std::string const& text);
-    void Say(char const* event, std::string const& text);
+    void ReportTrouble(Failure const& trouble);
+    void PrintTrouble(std::string const& text);
+    void PrintEvent(char const* event, std::string const& text);
     void Write(Json::Value const& json, std::string const& text);
 
     Session& m_session;
@@ -71,7 +71,7 @@ private:
     OutputFile m_out;
     LiveLine m_live;
     Loop m_loop;
-    State m_state = State::Away;
+    State m_state = State::Absent;
     bool m_isServicePresent = true;
     bool m_isBusClosed = false;
     bool m_isEnding = false;

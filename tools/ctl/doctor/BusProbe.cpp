@@ -66,7 +66,7 @@ bool Reply::IsOf(char const* type) const
 
 BusProbe::BusProbe(BusFacts& facts)
 {
-    Deadline const deadline{std::chrono::milliseconds(PatienceMs)};
+    Deadline const deadline{std::chrono::milliseconds(TimeoutMs)};
     Error error;
     Owned<GIOStream> const stream(
         g_dbus_address_get_stream_sync(facts.address.c_str(), nullptr, deadline.Get(), error.Out()));
@@ -125,7 +125,7 @@ Reply BusProbe::Call(Address const& to, GVariant* body)
     Owned<GDBusMessage> const message = MessageTo(to, sunk.get());
     Error error;
     Owned<GDBusMessage> const answer(g_dbus_connection_send_message_with_reply_sync(
-        m_connection.get(), message.get(), G_DBUS_SEND_MESSAGE_FLAGS_NONE, PatienceMs, nullptr, nullptr,
+        m_connection.get(), message.get(), G_DBUS_SEND_MESSAGE_FLAGS_NONE, TimeoutMs, nullptr, nullptr,
         error.Out()));
     if (answer != nullptr) {
         return ReplyOf(answer.get());

@@ -9,7 +9,7 @@
 namespace zviptv::ctl::doctor {
 
 /// The time that the library waits for an answer.
-constexpr int PatienceMs = 2000;
+constexpr int TimeoutMs = 2000;
 
 /// The outcome of a call.
 struct Reply

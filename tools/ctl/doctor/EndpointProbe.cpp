@@ -84,7 +84,7 @@ void ReadName(BusProbe& bus, Reply const& reply, EndpointFacts& facts)
     }
     facts.named = *name;
     facts.naming = name->empty()                            ? Naming::Empty
-                   : g_dbus_is_name(name->c_str()) == FALSE ? Naming::Junk
+                   : g_dbus_is_name(name->c_str()) == FALSE ? Naming::Invalid
                    : HasOwner(bus, *name)                   ? Naming::Owned
                                                             : Naming::Dead;
 }

@@ -77,7 +77,7 @@ enum class Naming
     NotAsked,
     Owned,     ///< a bus name that has an owner
     Dead,      ///< a bus name without an owner
-    Junk,      ///< not a bus name
+    Invalid,   ///< not a bus name
     Empty,     ///< an empty text, which means no endpoint
     OtherKey,  ///< pairs, but none with the key "dbusname"
     EmptyList, ///< no pairs

@@ -15,7 +15,7 @@ Finding Unknown(char const* check, std::string const& why)
     return {check, State::Unknown, why, {}, {}, {}, ExitCode::Accepted};
 }
 
-Finding NotLookedAt(char const* check, std::string const& why)
+Finding NotChecked(char const* check, std::string const& why)
 {
     return Unknown(check, "not checked: " + why);
 }
@@ -40,10 +40,10 @@ bool IsLetThrough(Facts const& facts)
            outcome == Outcome::Silent;
 }
 
-std::optional<Finding> NoPolicyMatters(Facts const& facts, char const* check)
+std::optional<Finding> PolicyNotApplicable(Facts const& facts, char const* check)
 {
     if (facts.bus.reach != Reach::Reached) {
-        return NotLookedAt(check, "there is no connection to a bus");
+        return NotChecked(check, "there is no connection to a bus");
     }
     if (!facts.policy.deniesByDefault) {
         return Unknown(check, "the bus does not report whether it needs a policy");
@@ -57,13 +57,13 @@ std::optional<Finding> NoPolicyMatters(Facts const& facts, char const* check)
 std::optional<Finding> NoOwner(Facts const& facts, char const* check)
 {
     if (facts.bus.reach != Reach::Reached) {
-        return NotLookedAt(check, "there is no connection to a bus");
+        return NotChecked(check, "there is no connection to a bus");
     }
     if (!facts.service.isOwned) {
         return Unknown(check, "the bus does not report whether there is a service");
     }
     if (!*facts.service.isOwned) {
-        return NotLookedAt(check, "there is no service");
+        return NotChecked(check, "there is no service");
     }
     return std::nullopt;
 }

@@ -34,7 +34,7 @@ struct Finding
 
 Finding Ok(char const* check, std::string const& text);
 Finding Unknown(char const* check, std::string const& why);
-Finding NotLookedAt(char const* check, std::string const& why);
+Finding NotChecked(char const* check, std::string const& why);
 Finding Wrong(char const* check, ExitCode code, std::string const& text, std::string const& meaning,
               std::vector<std::string> commands, std::string const& note = {});
 
@@ -47,7 +47,7 @@ bool IsLetThrough(Facts const& facts);
 
 /// Why the policy cannot be judged on this bus: there is no connection, the bus needs no policy, or it does
 /// not report it. Empty if it can be judged.
-std::optional<Finding> NoPolicyMatters(Facts const& facts, char const* check);
+std::optional<Finding> PolicyNotApplicable(Facts const& facts, char const* check);
 
 /// Why the owner of the name cannot be judged: there is no bus, or no owner. Empty if there is an owner.
 std::optional<Finding> NoOwner(Facts const& facts, char const* check);

@@ -95,7 +95,7 @@ Fix ChangeServiceUser(Facts const& facts)
             "In the editor: [Service], User=" + user + ", Group=" + user + "."};
 }
 
-std::string StartDesk(Facts const& facts)
+std::string StartSimulator(Facts const& facts)
 {
     return "zviptv-sim --ts " + facts.machine.sample + " --loop -- bash";
 }

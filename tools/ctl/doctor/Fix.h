@@ -35,7 +35,7 @@ Fix RestartService(Facts const& facts);
 Fix ChangeServiceUser(Facts const& facts);
 
 /// Starts the simulator with a private bus.
-std::string StartDesk(Facts const& facts);
+std::string StartSimulator(Facts const& facts);
 
 /// Continues a stopped process.
 std::string ContinueService(Facts const& facts);

@@ -14,9 +14,9 @@ std::string Place(Facts const& facts)
            (facts.bus.isFromEnvironment ? " (DBUS_SYSTEM_BUS_ADDRESS)" : "");
 }
 
-std::string DeskInstead(Facts const& facts)
+std::string SimulatorHint(Facts const& facts)
 {
-    return "For a private bus and a simulated service, run: " + StartDesk(facts);
+    return "For a private bus and a simulated service, run: " + StartSimulator(facts);
 }
 
 Finding Absent(Facts const& facts)
@@ -25,7 +25,7 @@ Finding Absent(Facts const& facts)
     std::string const meaning = "An application finds no service and gets null instead of objects.";
     if (facts.bus.isFromEnvironment) {
         return Wrong(Check, ExitCode::NoService, text, meaning, {Unset},
-                     "Then the machine's own bus is used. " + DeskInstead(facts));
+                     "Then the machine's own bus is used. " + SimulatorHint(facts));
     }
     std::vector<std::string> commands;
     if (!facts.machine.hasDBus) {
@@ -33,7 +33,7 @@ Finding Absent(Facts const& facts)
     }
     commands.push_back(
         AsRoot(facts, facts.machine.runsSystemd ? "systemctl start dbus" : "service dbus start"));
-    return Wrong(Check, ExitCode::NoService, text, meaning, commands, DeskInstead(facts));
+    return Wrong(Check, ExitCode::NoService, text, meaning, commands, SimulatorHint(facts));
 }
 
 Finding Refused(Facts const& facts)
@@ -43,7 +43,7 @@ Finding Refused(Facts const& facts)
     std::string const meaning = "An application of this user finds no service.";
     if (facts.bus.isFromEnvironment) {
         return Wrong(Check, ExitCode::NoService, text, meaning, {Unset},
-                     "Or run the command as the user who started that bus. " + DeskInstead(facts));
+                     "Or run the command as the user who started that bus. " + SimulatorHint(facts));
     }
     if (facts.bus.reach == Reach::Refused) {
         return Wrong(

@@ -62,7 +62,7 @@ std::string NamingProblem(EndpointFacts const& endpoint)
         break;
     case Naming::Dead:
         return key + " is " + endpoint.named + ", which nobody owns, in the answer to announcements";
-    case Naming::Junk:
+    case Naming::Invalid:
         return key + " is \"" + endpoint.named +
                "\", which is not a bus name, in the answer to announcements";
     case Naming::Empty:
@@ -100,7 +100,7 @@ std::string ReplyProblem(EndpointFacts const& endpoint)
     return {};
 }
 
-bool IsUnheard(EndpointFacts const& endpoint)
+bool IsUnanswered(EndpointFacts const& endpoint)
 {
     return endpoint.naming == Naming::Dead || endpoint.naming == Naming::Empty ||
            endpoint.naming == Naming::Unanswered || endpoint.answering == Answering::Failed ||
@@ -114,7 +114,7 @@ std::vector<Problem> ProblemsOf(Facts const& facts, std::string (*problemOf)(End
     for (EndpointFacts const& endpoint : facts.service.endpoints) {
         std::string const text = problemOf(endpoint);
         if (!text.empty()) {
-            Add(problems, text, IsUnheard(endpoint) ? ExitCode::NoAnswer : ExitCode::Malformed,
+            Add(problems, text, IsUnanswered(endpoint) ? ExitCode::NoAnswer : ExitCode::Malformed,
                 endpoint.*place);
         }
     }
@@ -122,13 +122,13 @@ std::vector<Problem> ProblemsOf(Facts const& facts, std::string (*problemOf)(End
 }
 
 /// Why there is nothing to judge; empty otherwise.
-std::optional<Finding> NothingAsked(Facts const& facts, char const* check)
+std::optional<Finding> NoEndpointAsked(Facts const& facts, char const* check)
 {
     if (auto const finding = NoOwner(facts, check)) {
         return finding;
     }
     if (facts.service.endpoints.empty()) {
-        return NotLookedAt(check, "the service has not answered");
+        return NotChecked(check, "the service has not answered");
     }
     return std::nullopt;
 }
@@ -138,7 +138,7 @@ std::optional<Finding> NothingAsked(Facts const& facts, char const* check)
 Finding JudgeEndpoints(Facts const& facts)
 {
     constexpr char Check[] = "endpoints";
-    if (auto const finding = NothingAsked(facts, Check)) {
+    if (auto const finding = NoEndpointAsked(facts, Check)) {
         return *finding;
     }
     std::vector<Problem> const problems = ProblemsOf(facts, NamingProblem, &EndpointFacts::type);
@@ -153,7 +153,7 @@ Finding JudgeEndpoints(Facts const& facts)
 Finding JudgeRequests(Facts const& facts)
 {
     constexpr char Check[] = "requests";
-    if (auto const finding = NothingAsked(facts, Check)) {
+    if (auto const finding = NoEndpointAsked(facts, Check)) {
         return *finding;
     }
     std::vector<Problem> const problems = ProblemsOf(facts, ReplyProblem, &EndpointFacts::function);
@@ -165,7 +165,7 @@ Finding JudgeRequests(Facts const& facts)
     bool const isAsked =
         std::any_of(facts.service.endpoints.begin(), facts.service.endpoints.end(),
                     [](EndpointFacts const& endpoint) { return endpoint.answering != Answering::NotAsked; });
-    return isAsked ? Ok(Check, "the endpoints answer them") : NotLookedAt(Check, "no endpoint is known");
+    return isAsked ? Ok(Check, "the endpoints answer them") : NotChecked(Check, "no endpoint is known");
 }
 
 } // namespace zviptv::ctl::doctor

@@ -51,7 +51,7 @@ Finding NotLoaded(Facts const& facts)
 
 Finding JudgeAccounts(Facts const& facts)
 {
-    if (auto const finding = NoPolicyMatters(facts, "accounts")) {
+    if (auto const finding = PolicyNotApplicable(facts, "accounts")) {
         return *finding;
     }
     Names const& names = facts.accounts.names;
@@ -70,7 +70,7 @@ Finding JudgeAccounts(Facts const& facts)
 
 Finding JudgePolicy(Facts const& facts)
 {
-    if (auto const finding = NoPolicyMatters(facts, "policy")) {
+    if (auto const finding = PolicyNotApplicable(facts, "policy")) {
         return *finding;
     }
     PolicyFacts const& policy = facts.policy;
@@ -106,7 +106,7 @@ Finding JudgePolicy(Facts const& facts)
 Finding JudgeGroup(Facts const& facts)
 {
     constexpr char Meaning[] = "The bus refuses every call that an application of this user makes.";
-    if (auto const finding = NoPolicyMatters(facts, "group")) {
+    if (auto const finding = PolicyNotApplicable(facts, "group")) {
         return *finding;
     }
     CallerFacts const& caller = facts.caller;
@@ -122,10 +122,10 @@ Finding JudgeGroup(Facts const& facts)
         return Ok("group", "not needed: the bus lets " + user + " call the service");
     }
     if (caller.isServiceUser) {
-        return NotLookedAt("group", user + " runs the service, not applications");
+        return NotChecked("group", user + " runs the service, not applications");
     }
     if (!facts.accounts.hasGroup) {
-        return NotLookedAt("group", "there is no group " + group);
+        return NotChecked("group", "there is no group " + group);
     }
     if (caller.isListed) {
         return Wrong("group", ExitCode::NoAnswer,

@@ -16,7 +16,7 @@ std::string Owner(Facts const& facts)
 /// The finding for a service that does not answer applications.
 constexpr char NoAnswer[] = "An application waits 2 seconds for an answer; then its calls return false.";
 
-Finding Silence(Facts const& facts)
+Finding ServiceSilent(Facts const& facts)
 {
     ServiceFacts const& service = facts.service;
     std::string const process =
@@ -68,7 +68,7 @@ Finding JudgeOwner(Facts const& facts)
         return Ok("owner", "user " + service.userName + "; on this bus any user may run the service");
     }
     if (!facts.accounts.userId) {
-        return NotLookedAt("owner", "there is no user " + names.user);
+        return NotChecked("owner", "there is no user " + names.user);
     }
     if (*service.userId != *facts.accounts.userId) {
         Fix const fix = ChangeServiceUser(facts);
@@ -92,7 +92,7 @@ Finding JudgeLoop(Facts const& facts)
     case Outcome::Unreadable:
         return Ok(Check, "the service answers");
     case Outcome::Silent:
-        return Silence(facts);
+        return ServiceSilent(facts);
     case Outcome::Gone:
         return Wrong(Check, ExitCode::NoService, "the service left the bus when it was called",
                      "An application's call returns false, and its objects are gone.", StartService(facts));
@@ -100,14 +100,14 @@ Finding JudgeLoop(Facts const& facts)
         return Unknown(Check, "the service answered with an error, which does not show whether it works");
     case Outcome::Forbidden:
         return facts.caller.isServiceUser
-                   ? NotLookedAt(Check,
-                                 "the bus does not let the service's user call it; run the command as root")
-                   : NotLookedAt(Check,
-                                 "the bus does not let user " + facts.caller.name + " call the service");
+                   ? NotChecked(Check,
+                                "the bus does not let the service's user call it; run the command as root")
+                   : NotChecked(Check,
+                                "the bus does not let user " + facts.caller.name + " call the service");
     case Outcome::NotAsked:
         break;
     }
-    return NotLookedAt(Check, "the service was not called");
+    return NotChecked(Check, "the service was not called");
 }
 
 } // namespace zviptv::ctl::doctor

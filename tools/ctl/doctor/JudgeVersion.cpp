@@ -75,7 +75,7 @@ Finding JudgeProtocol(Facts const& facts)
             "the service does not know a call that this version of the library makes: " + facts.service.error;
         break;
     default:
-        return NotLookedAt(Check, "the service has not answered");
+        return NotChecked(Check, "the service has not answered");
     }
     return Wrong(Check, ExitCode::Malformed, text, "An application gets objects whose calls answer false.",
                  ReplaceService(facts), "What owns the name now is no service for this version.");

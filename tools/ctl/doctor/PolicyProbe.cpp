@@ -22,20 +22,20 @@ class Listener
 {
 public:
     explicit Listener(GDBusConnection* connection)
-        : m_connection(connection), m_heard(std::make_shared<Heard>()),
-          m_filter(
-              g_dbus_connection_add_filter(connection, Listen, new std::shared_ptr<Heard>(m_heard), Drop))
+        : m_connection(connection), m_received(std::make_shared<Received>()),
+          m_filter(g_dbus_connection_add_filter(connection, Listen, new std::shared_ptr<Received>(m_received),
+                                                Drop))
     {
     }
     ~Listener() { g_dbus_connection_remove_filter(m_connection, m_filter); }
     Listener(Listener const&) = delete;
     Listener& operator=(Listener const&) = delete;
 
-    bool HasHeardGuarded() const { return m_heard->guarded; }
-    bool HasHeardFree() const { return m_heard->free; }
+    bool HasReceivedGuarded() const { return m_received->guarded; }
+    bool HasReceivedFree() const { return m_received->free; }
 
 private:
-    struct Heard
+    struct Received
     {
         std::atomic<bool> guarded{false};
         std::atomic<bool> free{false};
@@ -43,21 +43,21 @@ private:
 
     /// Runs on a thread of GLib.
     static GDBusMessage* Listen(GDBusConnection* /*connection*/, GDBusMessage* message, gboolean incoming,
-                                gpointer heard)
+                                gpointer received)
     {
         char const* const interface = g_dbus_message_get_interface(message);
         if (incoming != FALSE && interface != nullptr &&
             g_dbus_message_get_message_type(message) == G_DBUS_MESSAGE_TYPE_SIGNAL) {
-            Heard& all = **static_cast<std::shared_ptr<Heard>*>(heard);
+            Received& all = **static_cast<std::shared_ptr<Received>*>(received);
             all.guarded = all.guarded || std::strcmp(interface, ChannelInterface) == 0;
             all.free = all.free || std::strcmp(interface, FreeInterface) == 0;
         }
         return message;
     }
-    static void Drop(gpointer heard) { delete static_cast<std::shared_ptr<Heard>*>(heard); }
+    static void Drop(gpointer received) { delete static_cast<std::shared_ptr<Received>*>(received); }
 
     GDBusConnection* m_connection;
-    std::shared_ptr<Heard> m_heard;
+    std::shared_ptr<Received> m_received;
     guint m_filter;
 };
 
@@ -103,7 +103,7 @@ std::optional<bool> IsSignalGuarded(BusProbe& from, BusProbe& to)
     // arrived.
     from.CallBus("GetId");
     to.CallBus("GetId");
-    return listener.HasHeardFree() ? std::optional(!listener.HasHeardGuarded()) : std::nullopt;
+    return listener.HasReceivedFree() ? std::optional(!listener.HasReceivedGuarded()) : std::nullopt;
 }
 
 /// Only the service's user may call an application's channel.

@@ -31,7 +31,7 @@ Bytes TransportStream::Pack(std::uint16_t pid, std::int32_t type, PesHeader cons
                             Bytes const& packet)
 {
     Bytes out;
-    if (!Admit(pid, type, header)) {
+    if (!AcceptStream(pid, type, header)) {
         return out;
     }
     std::optional<std::uint64_t> clock;
@@ -47,7 +47,7 @@ Bytes TransportStream::Pack(std::uint16_t pid, std::int32_t type, PesHeader cons
     return out;
 }
 
-bool TransportStream::Admit(std::uint16_t pid, std::int32_t type, PesHeader const& header)
+bool TransportStream::AcceptStream(std::uint16_t pid, std::int32_t type, PesHeader const& header)
 {
     if (m_streams.count(pid) != 0) {
         return true;

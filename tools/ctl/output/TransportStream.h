@@ -28,7 +28,7 @@ public:
     std::set<std::uint16_t> const& LeftOut() const { return m_leftOut; }
 
 private:
-    bool Admit(std::uint16_t pid, std::int32_t type, PesHeader const& header);
+    bool AcceptStream(std::uint16_t pid, std::int32_t type, PesHeader const& header);
     void AddTables(Bytes& out);
     void AddUnit(std::uint16_t pid, Bytes const& unit, Bytes& out, std::optional<std::uint64_t> clock);
     void AddClock(std::uint64_t clock, bool isDiscontinuous, Bytes& out);

@@ -8,7 +8,7 @@ namespace zviptv::ctl {
 
 namespace {
 
-constexpr std::size_t MostSuggestions = 3;
+constexpr std::size_t MaxSuggestions = 3;
 
 /// The number of letters to insert, remove or change to turn one word into the other.
 std::size_t EditDistance(std::string_view left, std::string_view right)
@@ -82,7 +82,7 @@ std::vector<std::string> NearWords(std::string_view word, std::vector<std::strin
                      [](auto const& left, auto const& right) { return left.first < right.first; });
     std::vector<std::string> names;
     for (auto const& [distance, name] : near) {
-        if (names.size() < MostSuggestions && std::find(names.begin(), names.end(), name) == names.end()) {
+        if (names.size() < MaxSuggestions && std::find(names.begin(), names.end(), name) == names.end()) {
             names.push_back(name);
         }
     }

@@ -43,7 +43,7 @@ std::string BodyComplaint(GVariant* body)
 }
 
 /// Why the library ignores a push. Empty if it accepts it.
-std::string Complaint(GDBusMessage* push, std::string const& endpoint)
+std::string ProblemOf(GDBusMessage* push, std::string const& endpoint)
 {
     std::string const sender = Text(g_dbus_message_get_sender(push));
     std::string const path = Text(g_dbus_message_get_path(push));
@@ -78,7 +78,7 @@ struct EndpointWatch::State
             Text(g_dbus_message_get_path(message)) == ChannelPath()) {
             endpoint = Text(g_dbus_message_get_destination(message));
         } else if (isIncoming && type == G_DBUS_MESSAGE_TYPE_SIGNAL && !endpoint.empty()) {
-            Add(Complaint(message, endpoint));
+            Add(ProblemOf(message, endpoint));
         }
     }
 
@@ -125,7 +125,7 @@ std::string EndpointWatch::Name() const
     return m_state->endpoint;
 }
 
-std::vector<std::string> EndpointWatch::TakeComplaints()
+std::vector<std::string> EndpointWatch::TakeProblems()
 {
     std::lock_guard<std::mutex> const lock(m_state->mutex);
     return std::exchange(m_state->complaints, {});

@@ -31,7 +31,7 @@ public:
     std::string Name() const;
 
     /// Why pushes were ignored, each reason once.
-    std::vector<std::string> TakeComplaints();
+    std::vector<std::string> TakeProblems();
 
 private:
     struct State;

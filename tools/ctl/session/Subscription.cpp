@@ -13,7 +13,7 @@ namespace zviptv::ctl {
 
 namespace {
 
-constexpr int MostTries = 3;
+constexpr int MaxTries = 3;
 
 Subscription::Handler pesHandler;
 Subscription::Handler captionHandler;
@@ -57,7 +57,7 @@ Subscription::Subscription(IIPTVDataSubscriber& subscriber, PacketKind kind, Han
 {
     HandlerOf(kind) = std::move(handler);
     for (int tries = 1; !Subscribe(subscriber, kind, m_key); ++tries) {
-        if (tries == MostTries) {
+        if (tries == MaxTries) {
             HandlerOf(kind) = nullptr;
             throw Failure(ExitCode::NoAnswer,
                           "the library could not make a key for the subscription: try again");

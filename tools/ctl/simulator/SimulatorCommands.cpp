@@ -21,7 +21,7 @@ std::string AbsoluteInput(std::string const& input)
     return isFile ? std::filesystem::absolute(input, ignored).string() : input;
 }
 
-verbs::Command Understand(std::vector<std::string> const& words)
+verbs::Command ParseVerb(std::vector<std::string> const& words)
 try {
     return verbs::Parse(words);
 } catch (std::invalid_argument const& failure) {
@@ -30,12 +30,12 @@ try {
 
 } // namespace
 
-ExitCode SteerSimulator(std::vector<std::string> words, bool asJson)
+ExitCode ControlSimulator(std::vector<std::string> words, bool asJson)
 {
     if (words.size() == 2 && words.front() == "load") {
         words[1] = AbsoluteInput(words[1]);
     }
-    verbs::Command const command = Understand(words);
+    verbs::Command const command = ParseVerb(words);
     Simulator().Call(command);
     if (asJson) {
         WriteOutput("{\"result\":true}\n");

@@ -10,7 +10,7 @@
 namespace zviptv::ctl {
 
 /// Runs a verb of the control interface with its arguments.
-ExitCode SteerSimulator(std::vector<std::string> words, bool asJson);
+ExitCode ControlSimulator(std::vector<std::string> words, bool asJson);
 
 /// The command `sim status`.
 ExitCode ShowSimulator(bool asJson);

@@ -46,10 +46,10 @@ SimulatorWatch::~SimulatorWatch()
 
 ExitCode SimulatorWatch::Run()
 {
-    TellChanges(m_simulator.State());
+    ReportChanges(m_simulator.State());
     auto const quit = [this] { m_loop.Quit(); };
     EventSource const interrupted = Loop::OnSignal(SIGINT, quit);
-    EventSource const told = Loop::OnSignal(SIGTERM, quit);
+    EventSource const terminated = Loop::OnSignal(SIGTERM, quit);
     EventSource const over = m_duration ? Loop::Every(*m_duration, quit) : EventSource();
     m_loop.Run([](std::exception const&) { throw; });
     if (m_isGone) {
@@ -68,14 +68,14 @@ void SimulatorWatch::OnGone(GDBusConnection* /*connection*/, char const* /*name*
 void SimulatorWatch::OnSignal(GDBusConnection* /*connection*/, char const* /*sender*/, char const* /*path*/,
                               char const* /*interface*/, char const* name, GVariant* body, gpointer self)
 {
-    static_cast<SimulatorWatch*>(self)->Tell(name, body);
+    static_cast<SimulatorWatch*>(self)->Report(name, body);
 }
 
-void SimulatorWatch::Tell(std::string const& signal, GVariant* body)
+void SimulatorWatch::Report(std::string const& signal, GVariant* body)
 {
     Json::Value const arguments = ToJson(body);
     if (signal == "PropertiesChanged") {
-        TellChanges(arguments[1]);
+        ReportChanges(arguments[1]);
         return;
     }
     Json::Value json(Json::objectValue);
@@ -91,7 +91,7 @@ void SimulatorWatch::Tell(std::string const& signal, GVariant* body)
 }
 
 /// A line for each property, or one object.
-void SimulatorWatch::TellChanges(Json::Value const& properties)
+void SimulatorWatch::ReportChanges(Json::Value const& properties)
 {
     std::string text;
     for (std::string const& name : properties.getMemberNames()) {

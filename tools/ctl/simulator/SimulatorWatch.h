@@ -27,8 +27,8 @@ private:
     static void OnSignal(GDBusConnection* connection, char const* sender, char const* path,
                          char const* interface, char const* name, GVariant* body, gpointer self);
     static void OnGone(GDBusConnection* connection, char const* name, gpointer self);
-    void Tell(std::string const& signal, GVariant* body);
-    void TellChanges(Json::Value const& properties);
+    void Report(std::string const& signal, GVariant* body);
+    void ReportChanges(Json::Value const& properties);
     void Write(Json::Value const& json, std::string const& text);
 
     Simulator m_simulator;

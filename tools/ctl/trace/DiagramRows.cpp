@@ -15,7 +15,7 @@ namespace {
 using trace::Event;
 using trace::EventKind;
 
-constexpr std::size_t MostRows = 5'000;
+constexpr std::size_t MaxRows = 5'000;
 constexpr std::int64_t LongPause = 1'000'000; ///< microseconds
 constexpr std::size_t DetailLimit = 80;       ///< of a value, in bytes
 constexpr std::size_t FullLimit = 2'000;
@@ -66,7 +66,7 @@ void DiagramRows::Add(Event const& event)
     if (isQuestion) {
         return; // whether the application keeps up is not part of what it does
     }
-    if (m_rows.size() >= MostRows) {
+    if (m_rows.size() >= MaxRows) {
         ++m_leftOut;
         return;
     }
@@ -117,7 +117,7 @@ std::size_t DiagramRows::LaneOf(Event const& event)
         m_lanes.push_back(true);
     }
     m_lanes[lane] = true;
-    m_mostLanes = std::max(m_mostLanes, m_lanes.size());
+    m_maxLanes = std::max(m_maxLanes, m_lanes.size());
     m_applications[event.application->busName] = {lane, m_rows.size() - 1};
     return lane;
 }

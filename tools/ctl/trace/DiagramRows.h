@@ -47,7 +47,7 @@ public:
     void Add(trace::Event const& event);
 
     std::vector<DiagramRow> const& Rows() const { return m_rows; }
-    std::size_t Lanes() const { return m_mostLanes; }
+    std::size_t Lanes() const { return m_maxLanes; }
     std::uint64_t LeftOut() const { return m_leftOut; } ///< events that came after the last row
 
 private:
@@ -66,7 +66,7 @@ private:
     std::vector<DiagramRow> m_rows;
     std::vector<bool> m_lanes;                  ///< which lanes have an application
     std::map<std::string, Lane> m_applications; ///< by bus name
-    std::size_t m_mostLanes = 0;
+    std::size_t m_maxLanes = 0;
     std::int64_t m_last = 0;
     std::uint64_t m_leftOut = 0;
 };

@@ -6,12 +6,12 @@ namespace zviptv::ctl {
 
 namespace {
 
-bool IsLike(std::string const& wanted, std::string const& text)
+bool MatchesText(std::string const& wanted, std::string const& text)
 {
     return wanted.empty() || ToLower(wanted) == ToLower(text);
 }
 
-bool IsOf(trace::Application const& application, std::string const& wanted)
+bool MatchesApplication(trace::Application const& application, std::string const& wanted)
 {
     return wanted == application.busName || wanted == application.name || wanted == application.program ||
            wanted == std::to_string(application.processId);
@@ -21,9 +21,9 @@ bool IsOf(trace::Application const& application, std::string const& wanted)
 
 bool EventFilter::Passes(trace::Event const& event) const
 {
-    bool const isOfApplication =
-        application.empty() || event.application == nullptr || IsOf(*event.application, application);
-    return isOfApplication && IsLike(endpoint, event.endpoint) && IsLike(function, event.function);
+    bool const isOfApplication = application.empty() || event.application == nullptr ||
+                                 MatchesApplication(*event.application, application);
+    return isOfApplication && MatchesText(endpoint, event.endpoint) && MatchesText(function, event.function);
 }
 
 } // namespace zviptv::ctl

@@ -18,7 +18,7 @@ void Latencies::Add(std::int64_t microseconds)
     auto const index = static_cast<std::size_t>(std::log(time) / Width);
     ++m_classes[std::min(index, Classes - 1)];
     ++m_count;
-    m_most = std::max(m_most, microseconds);
+    m_max = std::max(m_max, microseconds);
 }
 
 std::int64_t Latencies::Percentile(double percent) const
@@ -29,10 +29,10 @@ std::int64_t Latencies::Percentile(double percent) const
         passed += m_classes[index];
         if (passed >= wanted) {
             auto const end = static_cast<std::int64_t>(std::exp(static_cast<double>(index + 1) * Width));
-            return std::min(end, m_most);
+            return std::min(end, m_max);
         }
     }
-    return m_most;
+    return m_max;
 }
 
 } // namespace zviptv::ctl

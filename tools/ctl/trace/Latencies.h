@@ -13,7 +13,7 @@ public:
     void Add(std::int64_t microseconds);
 
     std::uint64_t Count() const { return m_count; }
-    std::int64_t Most() const { return m_most; } ///< exact, in microseconds; 0 if there is none
+    std::int64_t Max() const { return m_max; } ///< exact, in microseconds; 0 if there is none
 
     /// The time that `percent` of the times do not exceed, at most 1 % too long; 0 if there is none.
     std::int64_t Percentile(double percent) const;
@@ -23,7 +23,7 @@ private:
 
     std::array<std::uint32_t, Classes> m_classes{};
     std::uint64_t m_count = 0;
-    std::int64_t m_most = 0;
+    std::int64_t m_max = 0;
 };
 
 } // namespace zviptv::ctl

@@ -37,7 +37,7 @@ std::string TraceSummary::CallsText() const
         table.Add({EscapeText(name.first), EscapeText(name.second), Digits(calls.requests),
                    hasTimes ? LatencyText(times.Percentile(50)) : "-",
                    hasTimes ? LatencyText(times.Percentile(99)) : "-",
-                   hasTimes ? LatencyText(times.Most()) : "-", Digits(calls.refused), Digits(calls.errors),
+                   hasTimes ? LatencyText(times.Max()) : "-", Digits(calls.refused), Digits(calls.errors),
                    Digits(calls.Open())});
     }
     return table.Text("no calls");
@@ -111,7 +111,7 @@ Json::Value TraceSummary::ToJson(trace::Counts const& counts) const
         entry["calls"] = ctl::ToJson(calls.requests);
         entry["p50"] = ctl::ToJson(calls.latencies.Percentile(50));
         entry["p99"] = ctl::ToJson(calls.latencies.Percentile(99));
-        entry["slowest"] = ctl::ToJson(calls.latencies.Most());
+        entry["slowest"] = ctl::ToJson(calls.latencies.Max());
         entry["refused"] = ctl::ToJson(calls.refused);
         entry["errors"] = ctl::ToJson(calls.errors);
         entry["open"] = ctl::ToJson(calls.Open());

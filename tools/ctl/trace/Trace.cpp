@@ -66,7 +66,7 @@ void WriteFile(OutputFile& file, std::string const& text)
     file.Close();
 }
 
-void Say(std::string const& text)
+void PrintMessage(std::string const& text)
 {
     std::cerr << "zviptvctl: " << PrintableText(text) << std::endl;
 }
@@ -162,7 +162,7 @@ void Trace::Watch()
         }
     };
     EventSource const interrupted = Loop::OnSignal(SIGINT, quit);
-    EventSource const told = Loop::OnSignal(SIGTERM, quit);
+    EventSource const terminated = Loop::OnSignal(SIGTERM, quit);
     std::string const address = BusAddress();
     trace::Monitor monitor(address, {[&](trace::Message const& message) {
                                          guarded([&] { m_failure ? void() : Take(message); });
@@ -173,7 +173,7 @@ void Trace::Watch()
                                          quit();
                                      }});
     m_processes = std::make_unique<trace::ProcessNames>(address);
-    Say("watching the bus at " + address + "; Ctrl-C ends it");
+    PrintMessage("watching the bus at " + address + "; Ctrl-C ends it");
     EventSource const over = m_options.duration ? Loop::Every(*m_options.duration, quit) : EventSource();
     loop.Run([](std::exception const&) { throw; });
     if (end.empty() && !m_failure && m_isRead) {
@@ -183,7 +183,7 @@ void Trace::Watch()
         std::rethrow_exception(m_failure);
     }
     if (monitor.Lost() != 0) {
-        Say(Counted(monitor.Lost(), "message") + " could not be read");
+        PrintMessage(Counted(monitor.Lost(), "message") + " could not be read");
     }
     if (!end.empty()) {
         throw Failure(ExitCode::NoAnswer, BusClosed);
@@ -206,7 +206,7 @@ void Trace::Read()
         }
     }
     if (reader.Cut() != 0) {
-        Say(reader.CutText());
+        PrintMessage(reader.CutText());
     }
 }
 
@@ -267,7 +267,7 @@ void Trace::Describe() const
     if (counts.forgotten != 0) {
         text += "; " + std::to_string(counts.forgotten) + " requests without a reply were given up";
     }
-    Say(text);
+    PrintMessage(text);
 }
 
 } // namespace zviptv::ctl

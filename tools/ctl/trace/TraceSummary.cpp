@@ -19,16 +19,16 @@ using trace::EventKind;
 
 constexpr std::int64_t SlowCall = 100'000; ///< microseconds
 constexpr std::int64_t LongGap = std::chrono::microseconds(Subscription::LongPause).count();
-constexpr std::size_t MostWaits = 10;
+constexpr std::size_t MaxWaits = 10;
 
 /// More rows than these are added up in one.
-constexpr std::size_t MostRows = 1'000;
+constexpr std::size_t MaxRows = 1'000;
 
 template <typename Row>
 Row& RowOf(std::map<std::pair<std::string, std::string>, Row>& rows,
            std::pair<std::string, std::string> const& name)
 {
-    bool const isNew = rows.size() >= MostRows && rows.count(name) == 0;
+    bool const isNew = rows.size() >= MaxRows && rows.count(name) == 0;
     return rows[isNew ? std::pair<std::string, std::string>{"(others)", "(others)"} : name];
 }
 
@@ -104,7 +104,7 @@ void TraceSummary::Keep(Waits& waits, Wait wait)
     auto const isLonger = [](Wait const& one, Wait const& other) { return one.length > other.length; };
     auto const place = std::upper_bound(waits.second.begin(), waits.second.end(), wait, isLonger);
     waits.second.insert(place, std::move(wait));
-    if (waits.second.size() > MostWaits) {
+    if (waits.second.size() > MaxWaits) {
         waits.second.pop_back();
     }
 }

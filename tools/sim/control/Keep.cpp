@@ -43,7 +43,7 @@ void RestoreFaults(Faults& faults, GVariant* list)
 void RestoreClock(Clock& clock, GVariant* kept)
 {
     if (std::optional<Clock::State> const state = ClockOf(kept)) {
-        clock.GoOn(*state);
+        clock.Continue(*state);
         return;
     }
     double speed = 1;

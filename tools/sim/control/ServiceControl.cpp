@@ -54,7 +54,7 @@ Owned<GDBusConnection> Connect(int descriptor)
 }
 
 /// A text, unless it is very long; otherwise the size in bytes.
-std::string Told(std::string const& value)
+std::string TextOrSize(std::string const& value)
 {
     constexpr std::size_t longest = 4096;
     return value.size() <= longest && g_utf8_validate_len(value.data(), value.size(), nullptr) != FALSE
@@ -70,7 +70,7 @@ GVariant* ArgumentsOf(CMessageBuffer const& request)
     for (int i = 0; i < request.Size(); ++i) {
         std::string const key = Shown(request.GetKey(i));
         if (key != protocol::key::FunctionName && seen.insert(key).second) {
-            g_variant_builder_add(&arguments, "{ss}", key.c_str(), Told(request.GetValue(i)).c_str());
+            g_variant_builder_add(&arguments, "{ss}", key.c_str(), TextOrSize(request.GetValue(i)).c_str());
         }
     }
     return g_variant_builder_end(&arguments);
@@ -94,9 +94,9 @@ ServiceControl::ServiceControl(int descriptor, Service& service, MainLoop& loop,
     m_service.SetListeners([this](RequestLog::Entry const& entry) { OnRequest(entry); },
                            [this] { UpdateSoon(); });
     if (Replay* const replay = m_service.Replayed()) {
-        replay->SetDeathListener([this](std::optional<double> comeBackAfter) {
+        replay->SetDeathListener([this](std::optional<double> returnAfter) {
             Update();
-            Emit(link::Interface, link::Dies, g_variant_new("(d)", comeBackAfter.value_or(-1)));
+            Emit(link::Interface, link::Dies, g_variant_new("(d)", returnAfter.value_or(-1)));
         });
     }
     g_dbus_connection_start_message_processing(m_connection.get());
@@ -153,13 +153,13 @@ void ServiceControl::Answer(std::string const& interface, std::string const& met
         Restore(m_service, kept.get());
     } else {
         Perform(m_service, method, parameters,
-                [this, invocation](std::string const& error) { Conclude(invocation, error); });
+                [this, invocation](std::string const& error) { FinishCall(invocation, error); });
         return;
     }
     g_dbus_method_invocation_return_value(invocation, nullptr);
 }
 
-void ServiceControl::Conclude(GDBusMethodInvocation* invocation, std::string const& error)
+void ServiceControl::FinishCall(GDBusMethodInvocation* invocation, std::string const& error)
 {
     Update();
     if (error.empty()) {
@@ -169,7 +169,7 @@ void ServiceControl::Conclude(GDBusMethodInvocation* invocation, std::string con
     }
 }
 
-void ServiceControl::TellReady()
+void ServiceControl::ReportReady()
 {
     Update();
     Emit(link::Interface, link::Ready, nullptr);
@@ -233,7 +233,7 @@ void ServiceControl::Update()
              g_variant_new("(s@a{sv}as)", verbs::Interface, changed.get(), nullptr));
     }
     m_report = std::move(report);
-    TellCaptions();
+    ReportCaptions();
     Owned<GVariant> kept = Keep(m_service);
     if (!m_kept || g_variant_equal(m_kept.get(), kept.get()) == FALSE) {
         Emit(link::Interface, link::Kept, g_variant_new("(@a{sv})", kept.get()));
@@ -241,7 +241,7 @@ void ServiceControl::Update()
     }
 }
 
-void ServiceControl::TellCaptions()
+void ServiceControl::ReportCaptions()
 {
     Owned<GVariant> captions = CaptionsOf(m_service.Parts().tap);
     if (!m_captions || g_variant_equal(m_captions.get(), captions.get()) == FALSE) {

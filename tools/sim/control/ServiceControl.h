@@ -23,7 +23,7 @@ public:
     ServiceControl& operator=(ServiceControl const&) = delete;
 
     /// Reports that applications can find the service.
-    void TellReady();
+    void ReportReady();
 
 private:
     static void OnCall(GDBusConnection* connection, char const* sender, char const* path,
@@ -31,14 +31,14 @@ private:
                        GDBusMethodInvocation* invocation, gpointer self);
     void Answer(std::string const& interface, std::string const& method, GVariant* parameters,
                 GDBusMethodInvocation* invocation);
-    void Conclude(GDBusMethodInvocation* invocation, std::string const& error);
+    void FinishCall(GDBusMethodInvocation* invocation, std::string const& error);
     void Export(GDBusInterfaceInfo* info);
     void Emit(char const* interface, char const* signal, GVariant* body);
     void OnRequest(RequestLog::Entry const& entry);
     void UpdateSoon();
     void UpdateEverySecond();
     void Update();
-    void TellCaptions();
+    void ReportCaptions();
 
     Service& m_service;
     MainLoop& m_loop;

@@ -14,7 +14,7 @@ using Kind = FaultRule::Kind;
 /// The bus never assigns this name: its unique names begin with ":1.".
 constexpr char DeadName[] = ":0.1";
 
-std::string Spoilt(FaultRule const& rule, std::string const& value)
+std::string Corrupted(FaultRule const& rule, std::string const& value)
 {
     switch (rule.kind) {
     case Kind::Result:
@@ -85,7 +85,7 @@ int Damage::NumberOf(Kind kind) const
     return fault == m_faults.end() ? 0 : fault->second.rule.number;
 }
 
-CMessageBuffer Damage::Spoil(CMessageBuffer const& message) const
+CMessageBuffer Damage::Corrupt(CMessageBuffer const& message) const
 {
     CMessageBuffer spoiled;
     for (int i = 0; i < message.Size(); ++i) {
@@ -96,7 +96,7 @@ CMessageBuffer Damage::Spoil(CMessageBuffer const& message) const
             if (fault->second.rule.kind == Kind::Missing) {
                 continue;
             }
-            value = Spoilt(fault->second.rule, value);
+            value = Corrupted(fault->second.rule, value);
         }
         spoiled.AddValue(key.c_str(), static_cast<int>(value.size()), value.data());
     }

@@ -42,7 +42,7 @@ public:
     bool TakesEffect() const;
 
     /// The message after the faults.
-    CMessageBuffer Spoil(CMessageBuffer const& message) const;
+    CMessageBuffer Corrupt(CMessageBuffer const& message) const;
 
 private:
     /// Of several faults in the same place, the last one counts.

@@ -72,7 +72,7 @@ void DataSubscriberService::Add(std::string const& busName)
     Client client;
     client.subscriber = std::make_unique<Subscriber>(
         busName, [this, busName] { Remove(busName); },
-        [this] { m_loop.After(std::chrono::milliseconds(0), [this] { Reap(); }); });
+        [this] { m_loop.After(std::chrono::milliseconds(0), [this] { RemoveStopped(); }); });
     Remove(busName);
     m_clients.emplace(busName, std::move(client));
 }
@@ -97,7 +97,7 @@ void DataSubscriberService::Leave(std::unique_ptr<Subscriber> subscriber)
     m_leaving.push_back(std::move(subscriber));
 }
 
-void DataSubscriberService::Reap()
+void DataSubscriberService::RemoveStopped()
 {
     m_leaving.erase(std::remove_if(m_leaving.begin(), m_leaving.end(),
                                    [](auto const& subscriber) { return subscriber->HasStopped(); }),

@@ -40,7 +40,7 @@ public:
     void Push(PesPacket const& pes);
 
     /// From now on, Send() only, not Push(), sends notifications of this function.
-    void LeaveToReplay(std::string const& notification) { m_replayed.insert(notification); }
+    void AssignToReplay(std::string const& notification) { m_replayed.insert(notification); }
 
     /// Sends one notification to one application. Returns false if the application has not subscribed to this
     /// kind.
@@ -70,7 +70,7 @@ private:
         bool IsOn() const { return pes.IsOn() || captions.IsOn(); }
     };
 
-    void Reap();
+    void RemoveStopped();
     void Leave(std::unique_ptr<Subscriber> subscriber);
     bool IsWanted(PushLine Client::*line) const;
     void Offer(char const* function, PushLine::Push const& push, PushLine Client::*line);

@@ -21,25 +21,25 @@ struct Option
     Read read;
 };
 
-constexpr std::uint32_t MostMessages = 1000000;
-constexpr double LeastSeconds = 0.001;
-constexpr double MostSeconds = 1000000;
+constexpr std::uint32_t MaxMessages = 1000000;
+constexpr double MinSeconds = 0.001;
+constexpr double MaxSeconds = 1000000;
 
 bool ReadCount(std::string const& value, FaultRule& rule)
 {
-    rule.count = ReadNumber<std::uint32_t>(value, 1, MostMessages);
+    rule.count = ReadNumber<std::uint32_t>(value, 1, MaxMessages);
     return rule.count.has_value();
 }
 
 bool ReadDuration(std::string const& value, FaultRule& rule)
 {
-    rule.duration = ReadNumber<double>(value, LeastSeconds, MostSeconds);
+    rule.duration = ReadNumber<double>(value, MinSeconds, MaxSeconds);
     return rule.duration.has_value();
 }
 
 bool ReadFrom(std::string const& value, FaultRule& rule)
 {
-    std::optional<double> const seconds = ReadNumber<double>(value, 0, MostSeconds);
+    std::optional<double> const seconds = ReadNumber<double>(value, 0, MaxSeconds);
     rule.from = seconds.value_or(0) + 0.0; // not -0
     return seconds.has_value();
 }

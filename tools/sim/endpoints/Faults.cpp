@@ -105,7 +105,7 @@ Damage Faults::To(Message const& message)
         for (std::size_t i = 0; i < m_faults.size(); ++i) {
             std::string const& function = m_faults[i].rule.function;
             bool const isTurn = (function == FaultRule::AllRequests) == ofAll;
-            if (isTurn && (ofAll || function == message.function) && Meets(m_faults[i], message, now)) {
+            if (isTurn && (ofAll || function == message.function) && AppliesTo(m_faults[i], message, now)) {
                 damage.Add(m_faults[i].rule, i);
             }
         }
@@ -134,7 +134,7 @@ bool Faults::HasEnded(Fault const& fault, Time now)
 }
 
 /// Whether the fault applies, also by its probability, for each message to which it can apply.
-bool Faults::Meets(Fault& fault, Message const& message, Time now)
+bool Faults::AppliesTo(Fault& fault, Message const& message, Time now)
 {
     FaultRule const& rule = fault.rule;
     bool const isMeant = rule.application.empty() || rule.application == message.application ||

@@ -88,7 +88,7 @@ private:
     static Time BeginOf(Fault const& fault);
     static std::optional<Time> EndOf(Fault const& fault);
     static bool HasEnded(Fault const& fault, Time now);
-    static bool Meets(Fault& fault, Message const& message, Time now);
+    static bool AppliesTo(Fault& fault, Message const& message, Time now);
 
     Clock m_clock;
     std::uint64_t m_seed;

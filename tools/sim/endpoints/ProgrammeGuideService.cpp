@@ -48,10 +48,10 @@ void ProgrammeGuideService::Use(std::string const& path, LoadedGuide const& load
     m_fromFile = true;
     std::vector<std::string> const& first = loaded.warnings.First();
     for (std::string const& warning : first) {
-        m_say(path + ": " + warning);
+        m_printLine(path + ": " + warning);
     }
     if (loaded.warnings.Count() > first.size()) {
-        m_say(path + ": " + std::to_string(loaded.warnings.Count() - first.size()) + " more warnings");
+        m_printLine(path + ": " + std::to_string(loaded.warnings.Count() - first.size()) + " more warnings");
     }
 }
 
@@ -66,12 +66,12 @@ void ProgrammeGuideService::Clone(Request const& request, std::function<void(Rep
         if (result.loaded) {
             Use(path, *result.loaded);
         } else {
-            m_say("cannot load the guide: " + result.error + "; the previous one stays loaded");
+            m_printLine("cannot load the guide: " + result.error + "; the previous one stays loaded");
         }
         answer(Reply(result.loaded.has_value()).Add(key::Data, static_cast<int>(result.loaded.has_value())));
     };
     if (!m_loader.Load(path, NamesOf(m_player), finish)) {
-        m_say("not loading " + path + ": another guide is being loaded; ask again later");
+        m_printLine("not loading " + path + ": another guide is being loaded; ask again later");
         answer(Reply(false).Add(key::Data, 0));
     }
 }
@@ -80,8 +80,8 @@ void ProgrammeGuideService::Clone(Request const& request, std::function<void(Rep
 Reply ProgrammeGuideService::TextReply(Request const& request, std::string const& text) const
 {
     if (text.size() > LargestText) {
-        m_say(request.Function() + ": the answer has " + std::to_string(text.size()) +
-              " bytes, more than a message can hold");
+        m_printLine(request.Function() + ": the answer has " + std::to_string(text.size()) +
+                    " bytes, more than a message can hold");
         return Reply(false).Add(key::Data, std::string());
     }
     return Reply(!text.empty()).Add(key::Data, text);

@@ -22,11 +22,11 @@ public:
     using Clock = std::function<std::int64_t()>;
 
     /// Prints a line for the user.
-    using Say = std::function<void(std::string const& text)>;
+    using PrintLine = std::function<void(std::string const& text)>;
 
     /// `now` is the guide's clock, seconds since 1970.
-    ProgrammeGuideService(Player const& player, Clock now, MainLoop& loop, Say say)
-        : m_player(player), m_now(std::move(now)), m_say(std::move(say)), m_loader(loop)
+    ProgrammeGuideService(Player const& player, Clock now, MainLoop& loop, PrintLine printLine)
+        : m_player(player), m_now(std::move(now)), m_printLine(std::move(printLine)), m_loader(loop)
     {
     }
 
@@ -74,7 +74,7 @@ private:
 
     Player const& m_player;
     Clock m_now;
-    Say m_say;
+    PrintLine m_printLine;
     GuideLoader m_loader;
     ProgrammeGuide m_guide;
     std::shared_ptr<Guide const> m_first; ///< guide of Load()

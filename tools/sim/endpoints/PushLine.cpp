@@ -20,7 +20,7 @@ void PushLine::Pass(Push push, Damage const& damage, Time now, Send const& send)
         return;
     }
     if (!damage.IsNone()) {
-        push.notification = std::make_shared<CMessageBuffer>(damage.Spoil(*push.notification));
+        push.notification = std::make_shared<CMessageBuffer>(damage.Corrupt(*push.notification));
     }
     Time const due = (damage.Burst() == 0 ? now : BurstDue(damage.Burst(), now)) + damage.Delay();
     std::uint16_t const stream = push.stream;

@@ -130,7 +130,7 @@ void RequestLog::ClearStatus()
     }
 }
 
-void RequestLog::Say(std::string const& text)
+void RequestLog::WriteLine(std::string const& text)
 {
     ClearStatus();
     std::fprintf(stderr, "zviptv-sim: %s\n", EscapeText(text).c_str());

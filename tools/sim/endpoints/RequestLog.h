@@ -80,7 +80,7 @@ public:
     void WriteBus(std::string const& address);
 
     /// Writes a line for the user, in both forms to standard error, with escaped control characters.
-    void Say(std::string const& text);
+    void WriteLine(std::string const& text);
 
 private:
     void ClearStatus();

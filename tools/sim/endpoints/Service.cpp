@@ -25,7 +25,8 @@ Service::Service(ServiceOptions const& options, MainLoop& loop)
       m_clock(options.playback.speed, options.now), m_log(options.log),
       m_faults([this] { return m_clock.Shows(); }, options.faultSeed,
                [this, seed = options.faultSeed] {
-                   m_log.Say("faults are random; --fault-seed " + std::to_string(seed) + " repeats them");
+                   m_log.WriteLine("faults are random; --fault-seed " + std::to_string(seed) +
+                                   " repeats them");
                }),
       m_lock(options.ratingLimit, options.serviceLocked),
       m_subscribers(
@@ -37,7 +38,7 @@ Service::Service(ServiceOptions const& options, MainLoop& loop)
       m_player(options.playback, m_clock, [this](PesPacket const& pes) { Push(pes); }),
       m_tap(m_player, m_selection), m_programmeGuide(
                                         m_player, [this] { return m_clock.UnixTime(); }, loop,
-                                        [this](std::string const& text) { m_log.Say(text); }),
+                                        [this](std::string const& text) { m_log.WriteLine(text); }),
       m_playerControl(m_player, m_selection), m_broadcastData(m_player, m_selection, m_lock),
       m_applications([this](std::string const& busName) {
           m_programmeGuide.Forget(busName);
@@ -108,7 +109,7 @@ try {
     if (!m_options.guideMayFail) {
         throw;
     }
-    m_log.Say(std::string(failure.what()) + "; the service continues without this guide");
+    m_log.WriteLine(std::string(failure.what()) + "; the service continues without this guide");
 }
 
 /// Sets the faults of the options, which replace all others.
@@ -170,7 +171,7 @@ std::string Service::AnswerAnnouncement(std::string const& busName, std::string 
         CMessageBuffer answer;
         answer.AddValue(protocol::key::DBusName, partner.c_str());
         std::optional<CDeferredReply> later(CDeferredReply::Take());
-        Deliver(later, damage.Spoil(answer), damage.IsNone() ? *recorded : DeliveryOf(damage), m_loop);
+        Deliver(later, damage.Corrupt(answer), damage.IsNone() ? *recorded : DeliveryOf(damage), m_loop);
     }
     return partner;
 }
@@ -252,7 +253,7 @@ CMessageBuffer Service::AnswerGuide(CMessageBuffer const& message)
 CMessageBuffer Service::Finish(Call& call, CMessageBuffer const& honest)
 {
     Damage const& damage = call.damage;
-    CMessageBuffer const reply = damage.Spoil(honest);
+    CMessageBuffer const reply = damage.Corrupt(honest);
     Delivery const delivery = damage.IsNone() ? call.delivery : DeliveryOf(damage);
     Deliver(call.later, reply, delivery, m_loop);
     RequestLog::Entry const entry{

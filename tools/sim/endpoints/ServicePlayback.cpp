@@ -18,7 +18,8 @@ void Service::Start()
 {
     m_isStarted = true;
     if (m_player.HasEnded()) {
-        m_log.Say(m_player.Counters().error + "; the service continues to answer"); // it cannot be opened
+        m_log.WriteLine(m_player.Counters().error +
+                        "; the service continues to answer"); // it cannot be opened
     }
     PlayWhenAwaited();
     FollowInput();
@@ -70,9 +71,9 @@ void Service::Play()
     } else if (m_player.HasEnded() && !hadEnded) {
         m_subscribers.Release();
         std::string const error = m_player.Counters().error;
-        m_log.Say(error.empty()
-                      ? "the stream has ended; the service continues to answer"
-                      : m_player.Counters().url + ": " + error + "; the service continues to answer");
+        m_log.WriteLine(error.empty()
+                            ? "the stream has ended; the service continues to answer"
+                            : m_player.Counters().url + ": " + error + "; the service continues to answer");
     }
     if (m_player.State() != before) {
         m_onChange();

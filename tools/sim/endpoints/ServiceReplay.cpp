@@ -41,7 +41,7 @@ void Service::BeginReplay()
     m_replay = std::make_unique<Replay>(m_options.replay, m_loop);
     m_replay->Begin(0);
     for (std::string const& warning : m_replay->Recorded().warnings) {
-        m_log.Say(warning);
+        m_log.WriteLine(warning);
     }
     m_pushReplay = std::make_unique<PushReplay>(
         *m_replay, m_loop, [this](std::string const&, std::string const& application, CMessageBuffer push) {
@@ -49,7 +49,7 @@ void Service::BeginReplay()
         });
     for (auto const& [request, notification] : Subscriptions) {
         if (m_replay->HasPushes(request)) {
-            m_subscribers.LeaveToReplay(notification);
+            m_subscribers.AssignToReplay(notification);
         }
     }
 }

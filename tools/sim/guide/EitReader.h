@@ -15,7 +15,7 @@ public:
     /// The largest number of sections that are kept; more are ignored.
     static constexpr std::size_t MaxSections = 16384;
 
-    /// Adds a valid section (see IsSoundSection). Returns true if it contains new data.
+    /// Adds a valid section (see IsValidSection). Returns true if it contains new data.
     bool Add(ByteView section);
 
     /// The present event of a service; null if the stream does not contain it.

@@ -30,7 +30,7 @@ void DropDuplicates(GuideService& service, GuideWarnings& warnings)
     entries.erase(std::unique(entries.begin(), entries.end(), isDuplicate), entries.end());
 }
 
-void FitTogether(GuideService& service, GuideWarnings& warnings)
+void ResolveOverlaps(GuideService& service, GuideWarnings& warnings)
 {
     GuideEntry* before = nullptr;
     for (GuideEntry& entry : service.entries) {
@@ -59,7 +59,7 @@ void OrderSchedule(GuideService& service, GuideWarnings& warnings)
                   return std::tie(left.start, left.eventId) < std::tie(right.start, right.eventId);
               });
     DropDuplicates(service, warnings);
-    FitTogether(service, warnings);
+    ResolveOverlaps(service, warnings);
 }
 
 } // namespace

@@ -171,7 +171,7 @@ void Control::Read(std::function<void(GVariant* properties)> const& reply)
             Owned<GVariant> const report(g_variant_get_child_value(value, 0));
             m_report.Update(report.get());
         }
-        TellResponding(error == nullptr);
+        ReportResponding(error == nullptr);
         answer();
     };
     Owned<GVariant> whose(g_variant_ref_sink(g_variant_new("(s)", verbs::Interface)));
@@ -180,7 +180,7 @@ void Control::Read(std::function<void(GVariant* properties)> const& reply)
 
 void Control::OnSignal(std::string const& interface, std::string const& name, GVariant* body)
 {
-    TellResponding(true);
+    ReportResponding(true);
     if (interface == link::Properties) {
         Owned<GVariant> const properties(g_variant_get_child_value(body, 1));
         m_report.Update(properties.get());
@@ -201,7 +201,7 @@ void Control::Emit(std::string const& interface, std::string const& name, GVaria
     m_bus.Emit(interface, name, owned.get());
 }
 
-void Control::TellProcess(std::vector<char const*> const& properties)
+void Control::ReportProcess(std::vector<char const*> const& properties)
 {
     m_report.Set("Running", Boolean(m_service.IsRunning()));
     m_report.Set("Responding", Boolean(m_service.IsRunning()));
@@ -213,7 +213,7 @@ void Control::TellProcess(std::vector<char const*> const& properties)
 void Control::OnDied(bool isFailure)
 {
     m_report.ForgetApplications();
-    TellProcess({"Running", "Responding", "ServicePid", "Clients", "Applications", "Subscribers"});
+    ReportProcess({"Running", "Responding", "ServicePid", "Clients", "Applications", "Subscribers"});
     Emit(verbs::Interface, "Died", nullptr);
     if (isFailure) {
         RefuseRestarts(link::Failed, "the service did not start; fix the error that zviptv-sim has printed, "
@@ -226,7 +226,7 @@ void Control::OnDied(bool isFailure)
 
 void Control::OnReady()
 {
-    TellProcess({"Running", "Responding", "ServicePid"});
+    ReportProcess({"Running", "Responding", "ServicePid"});
     if (std::exchange(m_wasReady, true)) {
         Emit(verbs::Interface, "Restarted", nullptr);
     }
@@ -255,15 +255,15 @@ void Control::RefuseRestarts(char const* name, char const* text)
 }
 
 /// Only a running service can respond.
-void Control::TellResponding(bool isResponding)
+void Control::ReportResponding(bool isResponding)
 {
     bool const wasResponding = g_variant_get_boolean(m_report.Value("Responding")) != FALSE;
     if (m_service.IsRunning() && isResponding != wasResponding) {
-        Tell("Responding", Boolean(isResponding));
+        SetProperty("Responding", Boolean(isResponding));
     }
 }
 
-void Control::Tell(char const* property, GVariant* value)
+void Control::SetProperty(char const* property, GVariant* value)
 {
     m_report.Set(property, value);
     Emit(link::Properties, link::PropertiesChanged, m_report.Changed({property}));

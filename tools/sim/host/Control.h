@@ -72,7 +72,7 @@ public:
             std::string const& caller = {});
 
     /// Sets a property that the simulator itself knows.
-    void Tell(char const* property, GVariant* value);
+    void SetProperty(char const* property, GVariant* value);
 
 private:
     void OnCall(std::string const& method, GVariant* parameters, GDBusMethodInvocation* invocation);
@@ -83,8 +83,8 @@ private:
     void OnDied(bool isFailure);
     void OnReady();
     void OnLate();
-    void TellProcess(std::vector<char const*> const& properties);
-    void TellResponding(bool isResponding);
+    void ReportProcess(std::vector<char const*> const& properties);
+    void ReportResponding(bool isResponding);
     void EndRestarts(GError const* error);
     void RefuseRestarts(char const* name, char const* text);
 

@@ -185,7 +185,7 @@ RequestLog::Form LogForm(Texts const& texts, bool besideCommand)
 }
 
 /// @throws std::invalid_argument with a line for the user
-void Understand(Texts const& texts, Options& options)
+void ParseOptions(Texts const& texts, Options& options)
 {
     options.service.filter = PesFilter::Parse(texts.pes);
     for (std::string const& fault : texts.faults) {
@@ -248,8 +248,8 @@ std::optional<Options> ParseCommandLine(int argc, char** argv, int& exitStatus)
             options.words.insert(options.words.begin() + 1,
                                  "--fault-seed=" + std::to_string(options.service.faultSeed));
         }
-        UnderstandReplay(app, options);
-        Understand(texts, options);
+        ParseReplayOptions(app, options);
+        ParseOptions(texts, options);
         return options;
     } catch (CLI::ParseError const& failure) {
         exitStatus = ReportUsage(app, failure);

@@ -59,7 +59,7 @@ void AddReplay(CLI::App& app, ReplayOptions& options)
             ""));
 }
 
-void UnderstandReplay(CLI::App const& app, Options& all)
+void ParseReplayOptions(CLI::App const& app, Options& all)
 {
     ServiceOptions& options = all.service;
     if (options.replay.file.empty()) {

@@ -16,6 +16,6 @@ void AddReplay(CLI::App& app, ReplayOptions& options);
 /// replay.
 /// @throws CLI::RequiredError if there is nothing to play and nothing to replay
 /// @throws std::invalid_argument with a line for the user if an option has no effect or no meaning with it
-void UnderstandReplay(CLI::App const& app, Options& all);
+void ParseReplayOptions(CLI::App const& app, Options& all);
 
 } // namespace zviptv::sim

@@ -12,7 +12,7 @@ ScenarioClock::ScenarioClock(SimulatedClock::Now now) : m_clock(1.0, 0, std::mov
 void ScenarioClock::Start(State const& state)
 {
     m_told = state;
-    m_clock.GoOn(state);
+    m_clock.Continue(state);
     m_zero = m_clock.Shows();
 }
 
@@ -24,7 +24,7 @@ void ScenarioClock::Follow(State const& state, bool isSought)
     SimulatedClock::Time const before = m_clock.Shows();
     State followed = state;
     followed.paused = state.paused && !m_isOwnPause;
-    m_clock.GoOn(followed);
+    m_clock.Continue(followed);
     if (!isSought) {
         m_zero += m_clock.Shows() - before;
     }

@@ -143,7 +143,7 @@ try {
         m_clock.NotePause();
     }
     Owned<char> const place(g_utf8_make_valid(ToText(m_options.scenario->steps[step].place).c_str(), -1));
-    m_control.Tell("ScenarioStep", g_variant_new_string(place.get()));
+    m_control.SetProperty("ScenarioStep", g_variant_new_string(place.get()));
     ++m_unanswered;
     auto const answered = [self = std::weak_ptr<ScenarioRunner>(m_self), step](GVariant*,
                                                                                GError const* error) {

@@ -13,7 +13,7 @@ namespace zviptv::sim {
 
 namespace {
 
-constexpr std::size_t MostStarted = 100;
+constexpr std::size_t MaxStarted = 100;
 constexpr double LongestWait = 1e6; // seconds
 
 } // namespace
@@ -55,7 +55,7 @@ void Scenarios::Call(std::string const& method, GVariant* parameters, ServiceLin
 
 Scenarios::Number Scenarios::StartFor(std::string const& client, char const* text, char const* file)
 try {
-    if (m_started.size() == MostStarted) {
+    if (m_started.size() == MaxStarted) {
         throw std::runtime_error("100 scenarios have been started and not ended; call EndScenario for them");
     }
     Number const number = ++m_last;

@@ -167,8 +167,8 @@ void ServiceProcess::Advance()
     Plan(Next::Nothing, {});
     if (next == Next::Die) {
         Die(std::exchange(m_recordedReturn, {}));
-    } else if (next == Next::ComeBack) {
-        ComeBack(false);
+    } else if (next == Next::Return) {
+        Return(false);
     }
 }
 
@@ -208,13 +208,13 @@ void ServiceProcess::NoteEnd(int status)
     m_listener.onDied(true);
 }
 
-void ServiceProcess::NoteDeath(std::optional<double> comeBackAfter)
+void ServiceProcess::NoteDeath(std::optional<double> returnAfter)
 {
     std::fputs("zviptv-sim: the service dies\n", stderr);
     m_link.reset();
     m_state = State::Dead;
-    Plan(Next::ComeBack, comeBackAfter);
-    if (!comeBackAfter) {
+    Plan(Next::Return, returnAfter);
+    if (!returnAfter) {
         RefuseWaiting(Gone);
     }
     m_listener.onDied(false);
@@ -249,18 +249,18 @@ bool ServiceProcess::Die(std::optional<double> seconds)
 void ServiceProcess::Restart()
 {
     Die(0); // waiting calls continue to wait
-    ComeBack(true);
+    Return(true);
 }
 
 void ServiceProcess::StartFresh()
 {
     RefuseWaiting("'reset' was called before the service was back; call again");
     m_kept.reset();
-    ComeBack(true);
+    Return(true);
 }
 
 /// If a call requested the start and it fails, the caller can try again.
-void ServiceProcess::ComeBack(bool isAsked)
+void ServiceProcess::Return(bool isAsked)
 {
     std::fputs("zviptv-sim: the service comes back\n", stderr);
     Start();

@@ -47,7 +47,7 @@ public:
     bool WasReady() const { return m_wasReady; }
 
     /// Whether it is dead and will not come back by itself.
-    bool IsGone() const { return !IsAlive() && m_next != Next::ComeBack; }
+    bool IsGone() const { return !IsAlive() && m_next != Next::Return; }
 
     /// Exit status of a service that has ended by itself.
     std::optional<int> Ended() const { return m_ended; }
@@ -107,17 +107,17 @@ private:
     {
         Nothing,
         Die,
-        ComeBack
+        Return
     };
 
     void Begin();
     void OnSignal(std::string const& interface, std::string const& name, GVariant* body);
     void NoteReady();
     void NoteEnd(int status);
-    void NoteDeath(std::optional<double> comeBackAfter);
+    void NoteDeath(std::optional<double> returnAfter);
     bool CountsAsDeath(int status) const;
     void Kill();
-    void ComeBack(bool isAsked);
+    void Return(bool isAsked);
     void RefuseWaiting(char const* why);
     Owned<GVariant> ForNext() const;
     void Plan(Next next, std::optional<double> seconds);

@@ -54,7 +54,7 @@ Owned<GDBusConnection> RequireBus()
 }
 
 /// Lets applications find the service. @throws std::runtime_error if they cannot
-void GoOnBus(Service& service, GDBusConnection* connection)
+void AnnounceOnBus(Service& service, GDBusConnection* connection)
 {
     service.Announce();
     if (!service.IsOnBus()) {
@@ -102,9 +102,10 @@ int RunService(ServiceOptions options, bool returns)
     }
     std::optional<ServiceControl> control;
     control.emplace(link::Descriptor, service, loop, [&] {
-        GoOnBus(service, bus.get());
+        AnnounceOnBus(service, bus.get());
         service.Start();
-        loop.After(std::chrono::milliseconds(0), [&] { control->TellReady(); }); // playback has begun by then
+        loop.After(std::chrono::milliseconds(0),
+                   [&] { control->ReportReady(); }); // playback has begun by then
     });
     loop.Run();
     return g_dbus_connection_is_closed(bus.get()) != FALSE ? BusLost : 0;

@@ -60,11 +60,11 @@ void RtpWindow::Hold(Number number, ByteView payload)
     } else {
         m_held.emplace(number, payload.Copy());
     }
-    GoOn();
+    DeliverHeld();
 }
 
 /// Delivers the packets that are in order, and gives up packets that are overdue.
-void RtpWindow::GoOn()
+void RtpWindow::DeliverHeld()
 {
     while (!m_held.empty()) {
         auto const first = m_held.begin();

@@ -39,7 +39,7 @@ private:
 
     void Begin(RtpPacket const& packet);
     void Hold(Number number, ByteView payload);
-    void GoOn();
+    void DeliverHeld();
     void Skip(Number next);
 
     std::function<void(ByteView)> m_deliver;

@@ -50,7 +50,7 @@ bool Access::IsOwnHost(std::string const& host) const
     return host == "127.0.0.1:" + m_port || host == "localhost:" + m_port;
 }
 
-bool Access::Admits(std::string const& path, SoupMessageHeaders* heads) const
+bool Access::Allows(std::string const& path, SoupMessageHeaders* heads) const
 {
     char const* const host = soup_message_headers_get_one(heads, "Host");
     char const* const origin = soup_message_headers_get_one(heads, "Origin");

@@ -26,7 +26,7 @@ public:
     /// Whether a request with this path and these heads is of the panel's own user: below Root(), addressed
     /// to this machine by the name that Address() has or as localhost, and not sent by a page of another
     /// origin.
-    bool Admits(std::string const& path, SoupMessageHeaders* heads) const;
+    bool Allows(std::string const& path, SoupMessageHeaders* heads) const;
 
 private:
     bool IsOwnHost(std::string const& host) const;

@@ -32,7 +32,7 @@ struct PanelLink
     std::function<void(std::string const& what, FileHandle const& pipe, Watched const& watched)> watch;
 };
 
-/// A page in the browser that shows the television and steers it. Lives on the thread whose default main
+/// A page in the browser that shows the television and controls it. Lives on the thread whose default main
 /// context calls back.
 class Panel
 {

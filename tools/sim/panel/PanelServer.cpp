@@ -143,7 +143,7 @@ void PanelServer::OnRequestHead(SoupServer* /*server*/, SoupServerMessage* messa
     auto const& server = *static_cast<PanelServer*>(self);
     std::string const name = std::string(path).erase(0, server.m_access.Root().size());
     AddHeads(message);
-    if (!server.m_access.Admits(path, soup_server_message_get_request_headers(message))) {
+    if (!server.m_access.Allows(path, soup_server_message_get_request_headers(message))) {
         RespondText(message, SOUP_STATUS_FORBIDDEN,
                     "the address lacks the panel's token, or the request comes from another page; open the "
                     "address that zviptv-sim has printed\n");

@@ -13,7 +13,7 @@ using trace::Event;
 using trace::EventKind;
 
 constexpr std::size_t LongestValues = 300;
-constexpr unsigned MostPushes = 100;
+constexpr unsigned MaxPushes = 100;
 constexpr std::chrono::milliseconds PushesEndAfter{400};
 
 /// "onoff=true index=2", cut.
@@ -97,14 +97,14 @@ try {
     trace::Monitor::Handlers handlers;
     handlers.onMessage = [this](trace::Message const& message) { Take(message); };
     handlers.onPause = [this] { m_onNews(); };
-    handlers.onEnd = [this](std::string const& reason) { Tell(SystemBusText(reason)); };
+    handlers.onEnd = [this](std::string const& reason) { ReportError(SystemBusText(reason)); };
     m_monitor = std::make_unique<trace::Monitor>(address, std::move(handlers));
-    Tell({});
+    ReportError({});
 } catch (trace::MonitorError const& failure) {
-    Tell(SystemBusText(failure.what()));
+    ReportError(SystemBusText(failure.what()));
 }
 
-void Traffic::Tell(std::string const& error)
+void Traffic::ReportError(std::string const& error)
 {
     m_feed.Set("PanelConversation", trace::TextToJson(error));
     m_onNews();
@@ -140,7 +140,7 @@ void Traffic::AddPush(Event const& event)
 {
     std::string const application = event.application ? event.application->busName : "";
     if (!m_pushes.isNull() &&
-        (m_pushes["application"].asString() != application || m_pushes["pushes"].size() == MostPushes)) {
+        (m_pushes["application"].asString() != application || m_pushes["pushes"].size() == MaxPushes)) {
         EndPushes();
     }
     if (m_pushes.isNull()) {

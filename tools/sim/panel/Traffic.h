@@ -46,7 +46,7 @@ private:
     void Keep(trace::Event const& event, std::string const& bytes);
     void AddPush(trace::Event const& event);
     void EndPushes();
-    void Tell(std::string const& error);
+    void ReportError(std::string const& error);
 
     Feed& m_feed;
     std::function<void()> m_onNews;

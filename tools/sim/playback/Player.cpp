@@ -176,7 +176,7 @@ void Player::Deliver(Event const& event)
 {
     m_pacer.Follow(event.at);
     if (event.type == EventType::Pes) {
-        LookAtVideo(event.pes);
+        InspectVideo(event.pes);
         ListenToAudio(event.pes);
         ReadText(event.pes);
         if (m_onPes) {
@@ -205,7 +205,7 @@ void Player::Change(std::shared_ptr<Programme const> const& next)
     m_textLanguages.clear();
 }
 
-void Player::LookAtVideo(PesPacket const& pes)
+void Player::InspectVideo(PesPacket const& pes)
 {
     if (!m_format && !m_programme->video.empty() && m_programme->video.front().pid == pes.pid) {
         m_format = ParseVideoFormat(m_programme->video.front().codec, {pes.bytes.data(), pes.bytes.size()});

@@ -166,7 +166,7 @@ private:
     void End();
     void Deliver(Event const& event);
     void Change(std::shared_ptr<Programme const> const& next);
-    void LookAtVideo(PesPacket const& pes);
+    void InspectVideo(PesPacket const& pes);
     void ListenToAudio(PesPacket const& pes);
     void ReadText(PesPacket const& pes);
 

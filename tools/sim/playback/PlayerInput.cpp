@@ -20,7 +20,7 @@ std::string KnownProgrammes(Demux const& demux)
     return numbers;
 }
 
-std::string AdviceOn(Demux const& demux)
+std::string ProblemHint(Demux const& demux)
 {
     std::uint64_t const damaged = demux.DamagedSections();
     return damaged == 0 ? "; play a stream that has a PAT and a PMT"
@@ -39,7 +39,7 @@ std::unique_ptr<Demux> Player::Load(std::unique_ptr<sim::Input> input,
     bool const mayLearn = input->IsArriving();
     auto demux = std::make_unique<Demux>(std::move(input));
     if (demux->Programmes().empty() && !mayLearn) {
-        throw StreamError(name + " holds no programme: no PMT found" + AdviceOn(*demux));
+        throw StreamError(name + " holds no programme: no PMT found" + ProblemHint(*demux));
     }
     if (!choice || demux->Select(*choice)) {
         return demux;

@@ -66,7 +66,7 @@ void SimulatedClock::SetUnixTime(std::int64_t seconds)
 }
 
 /// Starts a new segment of the clock at the present time.
-void SimulatedClock::Settle()
+void SimulatedClock::StartSegment()
 {
     m_state.simulated = Count(Shows());
     m_state.real = Count(m_realNow());
@@ -74,19 +74,19 @@ void SimulatedClock::Settle()
 
 void SimulatedClock::SetSpeed(double speed)
 {
-    Settle();
+    StartSegment();
     m_state.speed = speed;
 }
 
 void SimulatedClock::Pause(bool on)
 {
-    Settle();
+    StartSegment();
     m_state.paused = on;
 }
 
 void SimulatedClock::Jump(nanoseconds distance)
 {
-    Settle();
+    StartSegment();
     m_state.simulated += distance.count();
 }
 

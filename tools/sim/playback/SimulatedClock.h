@@ -51,10 +51,10 @@ public:
     std::optional<std::chrono::nanoseconds> Until(Time time) const;
 
     State const& Keep() const { return m_state; }
-    void GoOn(State const& state) { m_state = state; }
+    void Continue(State const& state) { m_state = state; }
 
 private:
-    void Settle();
+    void StartSegment();
 
     Now m_realNow;
     State m_state;

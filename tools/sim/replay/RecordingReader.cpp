@@ -60,7 +60,7 @@ private:
     void TakeChange(trace::Event const& event);
     void Expect(std::uint64_t number, std::set<std::string> const& keys,
                 std::optional<SubscriptionReader::Line> subscribes);
-    void Settle(Awaited const& awaited, RecordedAnswer::Kind kind, Spool::Piece piece);
+    void SetAnswer(Awaited const& awaited, RecordedAnswer::Kind kind, Spool::Piece piece);
     void Finish();
     void DropUnknown();
     std::size_t Life() const { return m_recording->lives.size() - 1; }
@@ -192,7 +192,7 @@ void RecordingReader::Expect(std::uint64_t number, std::set<std::string> const& 
     m_awaited.emplace(number, std::move(awaited));
 }
 
-void RecordingReader::Settle(Awaited const& awaited, RecordedAnswer::Kind kind, Spool::Piece piece)
+void RecordingReader::SetAnswer(Awaited const& awaited, RecordedAnswer::Kind kind, Spool::Piece piece)
 {
     for (Slot const& slot : awaited.slots) {
         RecordedAnswer& answer = m_recording->answers[slot.key].items[slot.index];
@@ -213,14 +213,14 @@ void RecordingReader::TakeAnswer(trace::Event const& event, trace::ParsedMessage
     Awaited const& awaited = found.mapped();
     if (message.sender == Bus) {
         if (message.errorName == NoReply) {
-            Settle(awaited, RecordedAnswer::Kind::Missing, {});
+            SetAnswer(awaited, RecordedAnswer::Kind::Missing, {});
         }
         return;
     }
     if (event.kind == EventKind::Reply) {
         m_services.Note(event.endpoint, std::string(message.sender));
     }
-    Settle(awaited, RecordedAnswer::Kind::Message, m_recording->spool.Add(bytes));
+    SetAnswer(awaited, RecordedAnswer::Kind::Message, m_recording->spool.Add(bytes));
     m_hasAnswers = true;
     if (awaited.subscribes && event.result.value_or(false)) {
         m_subscriptions.Begin(*awaited.subscribes, m_now);
@@ -260,7 +260,7 @@ void RecordingReader::Finish()
     }
     for (auto const& [number, awaited] : m_awaited) {
         if (m_now - awaited.time >= AnswerTimeout) {
-            Settle(awaited, RecordedAnswer::Kind::Missing, {});
+            SetAnswer(awaited, RecordedAnswer::Kind::Missing, {});
         }
     }
     DropUnknown();

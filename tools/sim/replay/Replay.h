@@ -44,7 +44,7 @@ class Replay
 {
 public:
     /// The service that was recorded has died; its seconds until it came back, if it did.
-    using OnDeath = std::function<void(std::optional<double> comeBackAfter)>;
+    using OnDeath = std::function<void(std::optional<double> returnAfter)>;
 
     /// @throws std::runtime_error with a line for the user if the file cannot be replayed
     Replay(ReplayOptions const& options, MainLoop& loop);

@@ -11,11 +11,11 @@ namespace zviptv::sim {
 
 namespace {
 
-constexpr std::size_t MostNested = 16;
-constexpr std::size_t MostIncluded = 1000;
-constexpr std::size_t MostSteps = 10000;
-constexpr std::size_t MostErrors = 100;
-constexpr double MostSeconds = 1000000;
+constexpr std::size_t MaxNested = 16;
+constexpr std::size_t MaxIncluded = 1000;
+constexpr std::size_t MaxSteps = 10000;
+constexpr std::size_t MaxErrors = 100;
+constexpr double MaxSeconds = 1000000;
 constexpr char ByteOrderMark[] = "\xEF\xBB\xBF";
 constexpr char Forms[] =
     "SECONDS VERB, after METHOD VERB, expect METHOD within SECONDS, expect no METHOD for "
@@ -35,7 +35,7 @@ double ToSeconds(Word const& word)
     double seconds = 0;
     char const* const end = word.text.data() + word.text.size();
     auto const [rest, failure] = std::from_chars(word.text.data(), end, seconds);
-    if (failure != std::errc() || rest != end || !(seconds >= 0 && seconds <= MostSeconds)) {
+    if (failure != std::errc() || rest != end || !(seconds >= 0 && seconds <= MaxSeconds)) {
         throw LineError(word.column,
                         "'" + word.text + "' is not a time: use a number of seconds, 0 to 1000000");
     }
@@ -141,7 +141,7 @@ private:
 
     void AddProblem(Place const& place, char const* what)
     {
-        if (m_errors == MostErrors) {
+        if (m_errors == MaxErrors) {
             throw TooManyErrors();
         }
         ++m_errors;
@@ -158,7 +158,7 @@ private:
             Include(words, place.file);
             return;
         }
-        if (m_scenario.steps.size() == MostSteps) {
+        if (m_scenario.steps.size() == MaxSteps) {
             throw LineError(1, "too many steps: use 10000 at most");
         }
         place.column = words.front().column;
@@ -204,11 +204,11 @@ private:
         if (std::find(m_open.begin(), m_open.end(), file) != m_open.end()) {
             throw LineError(name.column, file + " includes itself: remove one of the includes");
         }
-        if (m_open.size() == MostNested) {
+        if (m_open.size() == MaxNested) {
             throw LineError(name.column,
                             "includes are nested too deeply: use 16 files at most in each other");
         }
-        if (++m_included > MostIncluded) {
+        if (++m_included > MaxIncluded) {
             throw LineError(name.column, "too many includes: use 1000 at most");
         }
         try {

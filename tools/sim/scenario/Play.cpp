@@ -10,7 +10,7 @@ namespace zviptv::sim {
 
 namespace {
 
-constexpr std::size_t MostShown = 3;
+constexpr std::size_t MaxShown = 3;
 
 bool IsPending(Outcome const& outcome)
 {
@@ -93,7 +93,7 @@ void Play::Judge(std::size_t step, SeenRequest const& request, double now)
                "seen " + After(took) + ": " + ToText(request));
     } else if (expectation.request.Function() != request.function) {
         ++window.others;
-    } else if (window.similar.size() < MostShown) {
+    } else if (window.similar.size() < MaxShown) {
         window.similar.push_back(ToText(request) + " " + After(took));
     }
 }
@@ -105,7 +105,7 @@ void Play::Decide(std::size_t step, Outcome::State state, double now, std::strin
     m_outcomes[step].seen = seen;
 }
 
-std::string Play::WhatCame(std::size_t step) const
+std::string Play::SeenRequests(std::size_t step) const
 {
     Window const& window = m_windows[step];
     if (window.similar.empty()) {
@@ -127,7 +127,7 @@ void Play::Close(std::size_t step)
     std::string const duration = SecondsText(expectation.seconds) + " s";
     if (expectation.isWanted) {
         Decide(step, Outcome::State::Unmet, m_windows[step].end,
-               "not seen within " + duration + "; " + WhatCame(step));
+               "not seen within " + duration + "; " + SeenRequests(step));
     } else {
         Decide(step, Outcome::State::Met, m_windows[step].end, "not seen for " + duration);
     }
@@ -154,7 +154,7 @@ void Play::End(double now, std::string const& why)
         } else if (m_scenario.steps[i].expectation->isWanted) {
             Decide(i, Outcome::State::Unmet, now,
                    "not seen before " + why + ", " + SecondsText(now - m_outcomes[i].begin) + " s later; " +
-                       WhatCame(i));
+                       SeenRequests(i));
         } else {
             Decide(i, Outcome::State::Met, now,
                    "not seen before " + why + ", " + SecondsText(now - m_outcomes[i].begin) + " s later");

@@ -73,7 +73,7 @@ private:
     void Decide(std::size_t step, Outcome::State state, double now, std::string const& seen);
     void Close(std::size_t step);
     void Judge(std::size_t step, SeenRequest const& request, double now);
-    std::string WhatCame(std::size_t step) const;
+    std::string SeenRequests(std::size_t step) const;
 
     Scenario const& m_scenario;
     Perform m_perform;

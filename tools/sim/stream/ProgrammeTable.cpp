@@ -69,7 +69,7 @@ Programme const* ProgrammeTable::Find(std::uint16_t number) const
 
 bool ProgrammeTable::IsComplete() const
 {
-    return m_havePat && m_programmes.size() == m_entries.size();
+    return m_hasPat && m_programmes.size() == m_entries.size();
 }
 
 bool ProgrammeTable::HasFirst() const
@@ -95,7 +95,7 @@ bool ProgrammeTable::PushPat(std::vector<std::uint8_t> section)
     if (table == nullptr) {
         return false;
     }
-    m_havePat = true;
+    m_hasPat = true;
     m_entries = Trim(ParsePat(*table));
     FollowPmtPids();
     return true;
@@ -147,7 +147,7 @@ bool ProgrammeTable::PushSdt(std::vector<std::uint8_t> section)
     if (table == nullptr) {
         return false;
     }
-    m_haveSdt = true;
+    m_hasSdt = true;
     m_names = ParseSdt(*table);
     return true;
 }

@@ -36,7 +36,7 @@ public:
     bool HasFirst() const;
 
     /// Whether the SDT has arrived.
-    bool HasNames() const { return m_haveSdt; }
+    bool HasNames() const { return m_hasSdt; }
 
     /// Sections of these tables with a wrong checksum or length so far.
     std::uint64_t DamagedSections() const { return m_damaged; }
@@ -57,8 +57,8 @@ private:
 
     TableCollector m_pat;
     TableCollector m_sdt;
-    bool m_havePat = false;
-    bool m_haveSdt = false;
+    bool m_hasPat = false;
+    bool m_hasSdt = false;
     std::vector<PatEntry> m_entries;
     std::map<std::uint16_t, Pmt> m_pmts; ///< by programme number
     std::map<std::uint16_t, ServiceName> m_names;

@@ -19,7 +19,7 @@ std::size_t SectionSize(ByteView head)
 
 } // namespace
 
-bool IsSoundSection(ByteView section, SectionRules const& rules)
+bool IsValidSection(ByteView section, SectionRules const& rules)
 {
     bool const sized = section.Size() >= LongHeadSize + CrcSize && section.Size() <= rules.largest &&
                        section.Size() == SectionSize(section);
@@ -55,7 +55,7 @@ void SectionAssembler::Append(ByteView bytes, Sections& done)
         if (m_bytes.size() < HeadSize || m_bytes.size() < Wanted()) {
             continue;
         }
-        if (IsSoundSection(m_bytes, m_rules)) {
+        if (IsValidSection(m_bytes, m_rules)) {
             done.push_back(m_bytes);
         } else {
             ++m_damaged;

@@ -20,7 +20,7 @@ constexpr SectionRules EventSections{4096, false};
 
 /// Whether this is one complete section of a table with versions: its lengths are consistent and its CRC is
 /// correct.
-bool IsSoundSection(ByteView section, SectionRules const& rules = ServiceSections);
+bool IsValidSection(ByteView section, SectionRules const& rules = ServiceSections);
 
 /// Extracts the sections from the packets of one PID. Holds at most one section.
 class SectionAssembler

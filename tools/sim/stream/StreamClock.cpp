@@ -89,7 +89,7 @@ bool StreamClock::Sample(std::uint64_t packet, std::uint64_t value, bool jump)
     return m_last.has_value();
 }
 
-void StreamClock::Settle()
+void StreamClock::FinishLine()
 {
     if (m_waiting) {
         AlignTo(*m_waiting);
@@ -103,7 +103,7 @@ void StreamClock::Settle()
 
 void StreamClock::Restart(std::uint64_t packet)
 {
-    Settle();
+    FinishLine();
     m_point = At(packet);
     m_packet = packet;
     m_linePace = m_pace;

@@ -24,7 +24,7 @@ public:
     ClockPoint At(std::uint64_t packet) const;
 
     /// Call it if no further sample follows: At() then holds for every packet after the last sample.
-    void Settle();
+    void FinishLine();
 
     /// From this packet on, the clock values are unrelated to the previous ones. Time continues.
     void Restart(std::uint64_t packet);

@@ -14,7 +14,7 @@ class TableCollector
 public:
     using Sections = std::map<std::uint8_t, std::vector<std::uint8_t>>; ///< by number
 
-    /// Adds a valid section (see IsSoundSection). Returns all sections if this one completes a new table,
+    /// Adds a valid section (see IsValidSection). Returns all sections if this one completes a new table,
     /// otherwise null. They are valid until the next Push().
     Sections const* Push(std::vector<std::uint8_t> section);
 

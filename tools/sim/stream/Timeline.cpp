@@ -123,7 +123,7 @@ void Timeline::Advance(std::uint64_t packet)
     }
     UseTimeStamps();
     if (m_pendingBytes > MaxPendingBytes || packet - m_lastSample > MaxPacketsWithoutClock) {
-        m_clock.Settle();
+        m_clock.FinishLine();
         ReleaseUpTo(packet);
     }
 }
@@ -133,7 +133,7 @@ void Timeline::EndPass(std::uint64_t packet)
     if (!m_clock.IsMeasured()) {
         UseTimeStamps();
     }
-    m_clock.Settle();
+    m_clock.FinishLine();
     ReleaseUpTo(packet);
     m_clock.Restart(packet);
     m_lastSample = packet;

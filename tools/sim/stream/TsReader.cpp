@@ -32,7 +32,7 @@ TsReader::TsReader(std::unique_ptr<ByteSource> bytes) : m_bytes(std::move(bytes)
 
 /// Ensures that `count` bytes (far fewer than the buffer holds) are available; returns false if there are not
 /// as many.
-bool TsReader::Have(std::size_t count)
+bool TsReader::FillTo(std::size_t count)
 {
     if (m_end - m_begin >= count) {
         return true;
@@ -54,7 +54,7 @@ TsReader::Run TsReader::FollowSyncs(std::size_t offset, std::size_t distance)
 {
     Run run;
     for (; run.syncs < SyncsWanted; ++run.syncs, offset += distance) {
-        if (!Have(offset + 1)) {
+        if (!FillTo(offset + 1)) {
             std::size_t const left = m_end - m_begin;
             run.isCut = true;
             run.atEnd = m_bytes->HasEnded();
@@ -82,7 +82,7 @@ bool TsReader::IsStart(Run const& run, std::size_t offset, std::size_t distance)
 bool TsReader::FindDistance()
 {
     std::size_t offset = 0;
-    for (; offset < SearchSize && Have(offset + TsPacketSize); ++offset) {
+    for (; offset < SearchSize && FillTo(offset + TsPacketSize); ++offset) {
         for (std::size_t const distance : Distances) {
             Run const run = FollowSyncs(offset, distance);
             if (run.isCut && !run.atEnd) {
@@ -109,7 +109,7 @@ bool TsReader::FindDistance()
 bool TsReader::Resynchronise()
 {
     std::uint64_t const limit = m_bytes->IsLive() ? m_skipped + SearchSize : UINT64_MAX;
-    for (; m_skipped < limit && Have(TsPacketSize); ++m_begin, ++m_skipped) {
+    for (; m_skipped < limit && FillTo(TsPacketSize); ++m_begin, ++m_skipped) {
         if (m_buffer[m_begin] != TsSyncByte) {
             continue;
         }
@@ -130,17 +130,17 @@ bool TsReader::Read(TsBytes& packet)
     if (!m_hasStarted) {
         return false;
     }
-    if (!Have(TsPacketSize)) {
+    if (!FillTo(TsPacketSize)) {
         return false;
     }
     if (m_buffer[m_begin] != TsSyncByte && !Resynchronise()) {
         return false;
     }
-    if (!Have(m_distance) && !m_bytes->HasEnded()) {
+    if (!FillTo(m_distance) && !m_bytes->HasEnded()) {
         return false;
     }
     std::memcpy(packet.data(), m_buffer.data() + m_begin, packet.size());
-    m_begin += Have(m_distance) ? m_distance : m_end - m_begin;
+    m_begin += FillTo(m_distance) ? m_distance : m_end - m_begin;
     return true;
 }
 

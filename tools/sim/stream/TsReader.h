@@ -46,7 +46,7 @@ private:
         bool exact = false; ///< and the file ends at the end of a packet
     };
 
-    bool Have(std::size_t count);
+    bool FillTo(std::size_t count);
     Run FollowSyncs(std::size_t offset, std::size_t distance);
     static bool IsStart(Run const& run, std::size_t offset, std::size_t distance);
     bool FindDistance();

@@ -10,50 +10,50 @@
 namespace zviptv::test {
 
 /// A log line: its priority, the function that wrote it, and the text after the prefix.
-struct Said
+struct LoggedLine
 {
     EZVLogPriority priority;
     std::string function;
     std::string message;
 };
 
-inline bool operator==(Said const& left, Said const& right)
+inline bool operator==(LoggedLine const& left, LoggedLine const& right)
 {
     return left.priority == right.priority && left.function == right.function &&
            left.message == right.message;
 }
 
-inline void PrintTo(Said const& said, std::ostream* out)
+inline void PrintTo(LoggedLine const& line, std::ostream* out)
 {
-    *out << '{' << said.priority << ", " << said.function << ", \"" << said.message << "\"}";
+    *out << '{' << line.priority << ", " << line.function << ", \"" << line.message << "\"}";
 }
 
-inline Said Debug(std::string function, std::string message)
+inline LoggedLine Debug(std::string function, std::string message)
 {
     return {ZV_LOG_DEBUG, std::move(function), std::move(message)};
 }
 
-inline Said Info(std::string function, std::string message)
+inline LoggedLine Info(std::string function, std::string message)
 {
     return {ZV_LOG_INFO, std::move(function), std::move(message)};
 }
 
-inline Said Failed(std::string function, std::string message)
+inline LoggedLine Failed(std::string function, std::string message)
 {
     return {ZV_LOG_ERROR, std::move(function), std::move(message)};
 }
 
 /// All captured lines, in order.
-inline std::vector<Said> SaidIn(LogCapture const& log)
+inline std::vector<LoggedLine> LoggedLines(LogCapture const& log)
 {
-    std::vector<Said> said;
+    std::vector<LoggedLine> lines;
     for (LogLine const& line : log.Lines()) {
         std::string const origin = line.Origin();
         std::size_t const colon = origin.find(": ");
-        said.push_back(
+        lines.push_back(
             {line.priority, colon == std::string::npos ? origin : origin.substr(colon + 2), line.Message()});
     }
-    return said;
+    return lines;
 }
 
 } // namespace zviptv::test

@@ -24,7 +24,7 @@ TEST_F(WatchTest, ARefusedSubscriptionIsReportedUntilItIsAccepted)
     EXPECT_EQ(result.errors, "zviptvctl: " + reason);
 }
 
-TEST_F(WatchTest, ARefusalThatLastsEndsWithOne)
+TEST_F(WatchTest, ALastingRefusalEndsWithExitCode1)
 {
     m_service->Answer("requestPESCB", {{"result_internal", "0"}});
     CtlResult const result = RunCtl({"watch", "--json", "--seconds", "0.2"});
@@ -34,7 +34,7 @@ TEST_F(WatchTest, ARefusalThatLastsEndsWithOne)
     EXPECT_THAT(result.errors, HasSubstr("zviptvctl: SubscribeForPES: the service refused"));
 }
 
-TEST_F(WatchTest, PushesThatAreIgnoredAreReported)
+TEST_F(WatchTest, ReportsIgnoredPushes)
 {
     OtherEndpoint other(m_bus.Address());
     auto const child = StartCtl({"watch"});

@@ -68,11 +68,11 @@ std::optional<VideoFormat> FormatOf(std::string const& path)
 
 } // namespace
 
-class MadeVideo : public testing::TestWithParam<Picture>
+class GeneratedVideo : public testing::TestWithParam<Picture>
 {
 };
 
-TEST_P(MadeVideo, HasTheFormatThatFfprobeReads)
+TEST_P(GeneratedVideo, HasTheFormatThatFfprobeReads)
 {
     if (std::system("command -v ffmpeg ffprobe >/dev/null") != 0) {
         GTEST_SKIP() << "ffmpeg and ffprobe make and read the stream; install the package ffmpeg";
@@ -94,7 +94,7 @@ TEST_P(MadeVideo, HasTheFormatThatFfprobeReads)
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Codecs, MadeVideo,
+    Codecs, GeneratedVideo,
     testing::Values(
         Picture{"libx264", "1280x720", "50", "1"}, Picture{"libx264", "720x576", "25", "64/45"},
         Picture{"libx264", "634x358", "24000/1001", "1"}, Picture{"libx265", "1920x1080", "25", "1"},

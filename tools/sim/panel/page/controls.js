@@ -43,11 +43,11 @@ function onKey(event) {
   }
 }
 
-/** What steers the stream, which a replay refuses. */
+/** The controls of the stream, which a replay refuses. */
 const streamControls = `#play, #speed, #mute-audio, #mute-video, #lock-programme, #lock-service,
   :is([data-verb], #time-form) :is(input, select, button)`;
 
-export function startSteering() {
+export function startControls() {
   watch(["Replay"], () => {
     byId("replay-note").hidden = !state.Replay;
     document.querySelectorAll(streamControls).forEach(control => {

@@ -13,7 +13,7 @@ using testing::StartsWith;
 
 constexpr char channel[] = "/org/corvel/zviptvapi/DbusCommunication/IPTVDATASUBSCRIBER";
 
-TEST_F(StreamTest, ARefusedSubscriptionIsReportedAndEndsWithOne)
+TEST_F(StreamTest, ARefusedSubscriptionIsReportedAndEndsWithExitCode1)
 {
     m_service.Answer("requestPESCB", {{"result_internal", "0"}});
     CtlResult const result = RunCtl({"pes"});
@@ -34,7 +34,7 @@ struct NameCase
     std::string reason;
 };
 
-TEST_F(StreamTest, AnAnnouncementThatNamesNoEndpointIsReported)
+TEST_F(StreamTest, ReportsAnAnnouncementWithoutAnEndpoint)
 {
     for (NameCase const& given :
          {NameCase{"", "SubscribeForPES: this service has no data subscriber endpoint (IPTVDATASUBSCRIBER)"},
@@ -94,7 +94,7 @@ TEST_F(StreamTest, PushesWithoutAReadableFunctionNameAreReported)
                            "zviptvctl: pushes are ignored: \"functionname\" is missing\n"));
 }
 
-TEST_F(StreamTest, AnEndpointWhoseConnectionIsClosedEndsWithThree)
+TEST_F(StreamTest, AClosedEndpointEndsWithExitCode3)
 {
     OtherEndpoint other(m_bus.Address());
     m_service.AnswerAnnouncements([&](Announcement const&) {

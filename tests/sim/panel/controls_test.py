@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Tests the controls of the page in a browser: steering_test.py SIM CTL SAMPLE GUIDE"""
+"""Tests the controls of the page in a browser: controls_test.py SIM CTL SAMPLE GUIDE"""
 import subprocess
 from pathlib import Path
 from urllib.parse import unquote
@@ -9,7 +9,7 @@ from support import PATIENCE, SAMPLE, SIM, PageTest, main, wait_for
 TAB, SPACE = "\ue004", "\ue00d"  # as WebDriver writes these keys
 
 
-class Steers(PageTest):
+class Controls(PageTest):
     def click(self, name):
         self.element(name).click()
 

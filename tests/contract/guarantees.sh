@@ -1,6 +1,6 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# Checks that every test that the pages of guarantees name exists: promises.sh BUILD SOURCE
+# Checks that every test that the pages of guarantees name exists: guarantees.sh BUILD SOURCE
 set -euo pipefail
 build=$1
 docs=$2/../../docs/reference

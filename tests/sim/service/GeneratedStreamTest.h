@@ -10,7 +10,7 @@
 namespace zviptv::test {
 
 /// The simulator with a small stream made for a test.
-class MadeStream : public Simulator
+class GeneratedStream : public Simulator
 {
 protected:
     /// Starts to play the stream.

@@ -8,7 +8,7 @@ using namespace zviptv::test;
 namespace {
 
 /// Calls of one thread wait for the service while another one destroys their objects.
-class CallsUnderWay : public ServiceTest
+class OutstandingCalls : public ServiceTest
 {
 protected:
     /// Runs `destroy` while `call`, a request for `function`, waits for its answer.
@@ -29,7 +29,7 @@ protected:
     LoopThread m_loop;
 };
 
-TEST_F(CallsUnderWay, EndSafelyWhenTheirObjectIsDestroyed)
+TEST_F(OutstandingCalls, EndSafelyWhenTheirObjectIsDestroyed)
 {
     WireEntries const answer =
         Entries({{"result_internal", "1"}, {"size", "3"}, {"data", "x"}, {"stcCount", "9"}});
