@@ -119,7 +119,7 @@ void PrivateBus::WriteConfig() const
            << m_address
            << "</listen>\n"
               "  <auth>EXTERNAL</auth>\n"
-           << (m_options.OpenPolicy ? OpenPolicy : "") << m_options.extraConfig << "\n</busconfig>\n";
+           << (m_options.openPolicy ? OpenPolicy : "") << m_options.extraConfig << "\n</busconfig>\n";
     if (!config.flush()) {
         throw std::runtime_error("cannot write " + m_directory + "/bus.conf");
     }

@@ -16,7 +16,7 @@ struct BusOptions
     std::string baseConfig;
     /// Allows everybody to own, send and receive everything. Without it, only extraConfig allows
     /// anything, as on a stock system bus.
-    bool OpenPolicy = true;
+    bool openPolicy = true;
     /// Point DBUS_SYSTEM_BUS_ADDRESS at this bus; the destructor restores the former value.
     bool setEnvironment = true;
     /// Looked up in PATH.
