@@ -143,7 +143,7 @@ void Server::Start(SourceLocation const& where, GBusNameAcquiredCallback acquire
     if (!m_Owner) {
         m_pNodeInfo.reset();
         WriteLog(ZV_LOG_ERROR, where, "Bus Own Name Error");
-        zviptv::SetFailure(ZV_FAILURE_NO_BUS, {"the bus has closed the connection; see whether it runs"});
+        zviptv::SetFailure(ZV_FAILURE_NO_BUS, {"the bus has closed the connection; check that it runs"});
     }
 }
 

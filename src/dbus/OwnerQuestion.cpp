@@ -119,9 +119,10 @@ private:
 void SetUnanswered(DBusConnection* connection)
 {
     if (dbus_connection_get_is_connected(connection) != FALSE) {
-        SetFailure(ZV_FAILURE_TIMED_OUT, {"no answer from the bus within 2000 ms; see whether it hangs"});
+        SetFailure(ZV_FAILURE_TIMED_OUT,
+                   {"no answer from the bus within 2000 ms; check that it does not hang"});
     } else {
-        SetFailure(ZV_FAILURE_NO_BUS, {"the bus closed the connection; see whether it still runs"});
+        SetFailure(ZV_FAILURE_NO_BUS, {"the bus closed the connection; check that it still runs"});
     }
 }
 

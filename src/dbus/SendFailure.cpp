@@ -39,7 +39,7 @@ void SetSendFailure(Error const& error, char const* what, int timeoutMs)
         std::array<char, 16> waited{};
         std::snprintf(waited.data(), waited.size(), "%d", timeoutMs < 0 ? defaultTimeoutMs : timeoutMs);
         SetFailure(ZV_FAILURE_TIMED_OUT, {"no answer to ", what, " within ", waited.data(),
-                                          " ms; see whether the service hangs or is overloaded"});
+                                          " ms; check that the service does not hang and is not overloaded"});
     } else if (error.Is(G_IO_ERROR_MESSAGE_TOO_LARGE)) {
         SetFailure(ZV_FAILURE_TOO_LARGE, {what, " is larger than the bus carries (32 MiB); send less"});
     } else if (error.Is(G_IO_ERROR_INVALID_DATA) || error.Is(G_IO_ERROR_INVALID_ARGUMENT)) {
@@ -50,7 +50,7 @@ void SetSendFailure(Error const& error, char const* what, int timeoutMs)
         SetFailure(ZV_FAILURE_NO_SERVICE, {NotOnTheBus});
     } else {
         SetFailure(ZV_FAILURE_NO_BUS, {"no connection to the bus: ", error.Message(),
-                                       "; see whether it runs, then destroy the object and create it again"});
+                                       "; check that it runs, then destroy the object and create it again"});
     }
 }
 

@@ -62,8 +62,8 @@ TEST_F(CtlTest, ATimeoutEndsWithExitCode4)
     CtlResult const result = RunCtl({"--json", "call", "GetSTCCount"});
     EXPECT_EQ(result.code, 4);
     EXPECT_EQ(result.errors,
-              "zviptvctl: GetSTCCount: no answer to the request within 2000 ms; see whether the "
-              "service hangs or is overloaded\n");
+              "zviptvctl: GetSTCCount: no answer to the request within 2000 ms; check that the "
+              "service does not hang and is not overloaded\n");
     ExpectErrorAlone(result.output, "GetSTCCount: no answer");
 }
 
@@ -124,8 +124,8 @@ TEST_F(CtlTest, AServiceThatHangsEndsWithExitCode4)
     CtlResult const result = RunCtl({"call", "MuteAudio", "1"});
     EXPECT_EQ(result.code, 4);
     EXPECT_EQ(result.errors,
-              "zviptvctl: MuteAudio: no answer to the announcement within 2000 ms; see whether the service "
-              "hangs or is overloaded\n");
+              "zviptvctl: MuteAudio: no answer to the announcement within 2000 ms; check that the service "
+              "does not hang and is not overloaded\n");
 }
 
 /// The service leaves during the request.
@@ -149,7 +149,7 @@ TEST_F(CtlTest, ABusThatDiesDuringACallEndsWithExitCode4)
     CtlResult const result = Finish(*child);
     EXPECT_EQ(result.code, 4);
     EXPECT_EQ(result.errors,
-              "zviptvctl: MuteAudio: the bus closed the connection; see whether it still runs\n");
+              "zviptvctl: MuteAudio: the bus closed the connection; check that it still runs\n");
 }
 
 /// Neither a first connection nor the next question finds a free descriptor.

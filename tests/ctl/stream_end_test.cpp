@@ -57,7 +57,7 @@ TEST_F(StreamTest, EndsWithExitCode4WhenTheBusCloses)
     CtlResult const result = Finish(*child);
     EXPECT_EQ(result.code, 4);
     EXPECT_THAT(result.errors,
-                HasSubstr("zviptvctl: the bus closed the connection; see whether it still runs\n"));
+                HasSubstr("zviptvctl: the bus closed the connection; check that it still runs\n"));
 }
 
 TEST_F(StreamTest, EndsWithExitCode4IfTheServiceDoesNotSubscribe)

@@ -137,7 +137,7 @@ TEST_F(TraceFileTest, AnUnreadableFileIsReportedAndChangesNoFile)
     EXPECT_EQ(result.code, 5);
     EXPECT_EQ(result.errors,
               "zviptvctl: cannot read '" + InFolder("missing.pcap") +
-                  "': No such file or directory; see whether the file is there and readable\n");
+                  "': No such file or directory; check that the file exists and is readable\n");
     EXPECT_EQ(ReadFile(InFolder("a.svg")), "a drawing");
     EXPECT_EQ(ReadFile(InFolder("a.pcap")), "a recording");
 }

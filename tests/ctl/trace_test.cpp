@@ -164,7 +164,7 @@ TEST_F(TraceTest, EndsWhenTheBusDoesAfterShowingEverything)
     CtlResult const result = Finish(*m_trace);
     EXPECT_EQ(result.code, 4);
     EXPECT_THAT(result.errors,
-                HasSubstr("zviptvctl: the bus closed the connection; see whether it still runs\n"));
+                HasSubstr("zviptvctl: the bus closed the connection; check that it still runs\n"));
     EXPECT_THAT(result.output, HasSubstr("PLAYERCONTROL MuteAudio onoff=true\n"));
 }
 

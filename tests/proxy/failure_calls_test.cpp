@@ -17,8 +17,8 @@ TEST_F(CallFailure, TimesOut)
     m_service.AnswerNothing("MuteAudio");
     EXPECT_FALSE(m_player.MuteAudio(true));
     EXPECT_EQ(LastFailure(),
-              "timed out | MuteAudio |  |  | no answer to the request within 2000 ms; see whether "
-              "the service hangs or is overloaded");
+              "timed out | MuteAudio |  |  | no answer to the request within 2000 ms; check that "
+              "the service does not hang and is not overloaded");
 }
 
 TEST_F(CallFailure, IsDeniedByThePolicy)

@@ -11,8 +11,8 @@ using namespace zviptv::test;
 
 namespace {
 
-constexpr char NoAnnouncementAnswer[] =
-    "no answer to the announcement within 2000 ms; see whether the service hangs or is overloaded";
+constexpr char NoAnnouncementAnswer[] = "no answer to the announcement within 2000 ms; check that the "
+                                        "service does not hang and is not overloaded";
 
 /// Why objects cannot be made, connected or destroyed: the same for all of them.
 class FactoryFailure : public ServiceTest, public testing::WithParamInterface<ProxyKind>

@@ -27,8 +27,8 @@ inline void OccupyStandardStreams()
 inline void RequireOutput()
 {
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
-        throw std::runtime_error(
-            "cannot write standard output: see whether it is closed or full, or its reader has gone");
+        throw std::runtime_error("cannot write standard output: check that it is open and not full, and that "
+                                 "its reader still runs");
     }
 }
 

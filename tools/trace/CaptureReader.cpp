@@ -40,7 +40,7 @@ CaptureReader::CaptureReader(CaptureInput input) : m_input(std::move(input))
     if (stream == nullptr) {
         throw CaptureError("cannot read " + Quoted(m_input.path) + ": " +
                            std::system_category().message(errno) +
-                           "; see whether the file is there and readable");
+                           "; check that the file exists and is readable");
     }
     char reason[PCAP_ERRBUF_SIZE] = "";
     m_file.reset(pcap_fopen_offline(stream, reason));

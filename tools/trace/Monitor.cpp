@@ -152,7 +152,7 @@ Monitor::Monitor(std::string const& address, Handlers handlers)
     m_connection = Connect(m_address, error);
     if (m_connection == nullptr) {
         throw MonitorError("cannot connect to the bus at " + address + ": " + error.Message() +
-                               "; see whether it runs",
+                               "; check that it runs",
                            false);
     }
     g_dbus_connection_add_filter(m_connection.get(), Filter, new std::shared_ptr<Inbox>(m_inbox),

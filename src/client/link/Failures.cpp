@@ -64,7 +64,7 @@ Failure TimedOut(char const* function, long long milliseconds)
 {
     return {FailureKind::TimedOut, function, "", "",
             "no answer within " + std::to_string(milliseconds) +
-                " ms; see whether the service hangs or is overloaded"};
+                " ms; check that the service does not hang and is not overloaded"};
 }
 
 Failure Gone(char const* function)

@@ -190,7 +190,7 @@ TEST(CommandLine, EndsWhenTheBusAddressCannotBeWritten)
     ChildProcess process(
         {"sh", "-c", "exec \"$0\" --ts \"$1\" --bus private >/dev/full", ZVIPTV_SIM, ZVIPTV_SAMPLE_FILE});
     EXPECT_EQ(EndOf(process), (ExitStatus{1, 0}));
-    EXPECT_THAT(process.Errors(), HasSubstr("zviptv-sim: cannot write standard output: see whether"));
+    EXPECT_THAT(process.Errors(), HasSubstr("zviptv-sim: cannot write standard output: check that"));
 }
 
 /// The reader reads the line of the bus, and no more.
@@ -202,8 +202,8 @@ TEST(CommandLine, EndsWhenTheReaderOfItsJsonLeaves)
     EXPECT_EQ(EndOf(process), (ExitStatus{1, 0}));
     EXPECT_THAT(process.Output(), EndsWith("\"event\":\"bus\"}\n"));
     EXPECT_THAT(process.Errors(),
-                StartsWith("zviptv-sim: cannot write standard output: see whether it is closed or "
-                           "full, or its reader has gone\n"));
+                StartsWith("zviptv-sim: cannot write standard output: check that it is open and "
+                           "not full, and that its reader still runs\n"));
 }
 
 /// As a shell expects of its commands.
@@ -266,7 +266,7 @@ TEST(CommandLine, PrintsHelpAndVersion)
     ChildProcess unheard({"sh", "-c", "exec \"$0\" --help >&-", ZVIPTV_SIM});
     EXPECT_EQ(EndOf(unheard), (ExitStatus{1, 0}));
     EXPECT_EQ(unheard.Errors(),
-              "zviptv-sim: cannot write standard output: see whether it is closed or full\n");
+              "zviptv-sim: cannot write standard output: check that it is open and not full\n");
     ChildProcess version(Simulate({"--version"}));
     EXPECT_EQ(EndOf(version), (ExitStatus{0, 0}));
     EXPECT_EQ(version.Output(), "zviptv-sim 1.1.0\n");

@@ -12,7 +12,7 @@ namespace zviptv::ctl {
 std::string UnreadableNotification(std::exception const& error);
 
 /// The bus closed the connection.
-constexpr char BusClosed[] = "the bus closed the connection; see whether it still runs";
+constexpr char BusClosed[] = "the bus closed the connection; check that it still runs";
 
 /// The connection of the endpoint with this name was closed, but the service still runs.
 std::string EndpointClosed(std::string const& name);

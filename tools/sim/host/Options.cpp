@@ -215,7 +215,7 @@ int ReportUsage(CLI::App const& app, CLI::ParseError const& error)
         if (std::cout) {
             return 0;
         }
-        std::cerr << "zviptv-sim: cannot write standard output: see whether it is closed or full\n";
+        std::cerr << "zviptv-sim: cannot write standard output: check that it is open and not full\n";
         return CannotWrite;
     }
     std::string const unknown = UnknownOption(app);

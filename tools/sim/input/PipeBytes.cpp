@@ -18,7 +18,7 @@ std::unique_ptr<PipeBytes> PipeBytes::OpenFifo(std::string const& path, bool out
     FileHandle pipe(open(path.c_str(), access | O_NONBLOCK | O_CLOEXEC));
     if (!pipe) {
         throw StreamError("cannot open " + path + ": " + std::strerror(errno) +
-                          "; see whether this user may read it");
+                          "; check that this user may read it");
     }
     return std::make_unique<PipeBytes>(std::move(pipe), path);
 }
