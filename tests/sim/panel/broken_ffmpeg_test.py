@@ -62,11 +62,11 @@ class BrokenFfmpeg(PageTest):
     def hangs(self, command):
         self.set_program(command)
         self.ask_again()
-        wait_for(lambda: "No picture has come for 2 seconds: ffmpeg does not answer" in self.text("picture-note"), patience=60)
+        wait_for(lambda: "No picture has arrived for 2 seconds: ffmpeg does not answer" in self.text("picture-note"), patience=60)
         first = self.started()[0][1]
         wait_for(lambda: len(self.started()) > 1, "another start", 60)
         wait_for(lambda: not Path(f"/proc/{first}").exists(), "the end of the first one")
-        self.assertIn("No picture has come", self.text("picture-note"), "it stays until a picture comes")
+        self.assertIn("No picture has arrived", self.text("picture-note"), "it stays until a picture arrives")
         self.recovers()
 
     def test_is_restarted_if_it_does_not_read(self):
@@ -79,7 +79,7 @@ class BrokenFfmpeg(PageTest):
         self.recovers()
         stopped = int(self.started()[-1][1])
         os.kill(stopped, signal.SIGSTOP)
-        wait_for(lambda: "No picture has come" in self.text("picture-note"))
+        wait_for(lambda: "No picture has arrived" in self.text("picture-note"))
         wait_for(lambda: not Path(f"/proc/{stopped}").exists(), "its end")
         before = self.frames()
         wait_for(lambda: self.frames() > before + 3)

@@ -63,7 +63,7 @@ class Controls(PageTest):
 
     def test_restart_and_quit(self):
         self.driver.find_element("css selector", "[data-words=restart]").click()
-        wait_for(lambda: "the service has gone" in self.text("rows"))
+        wait_for(lambda: "the service has left the bus" in self.text("rows"))
         wait_for(lambda: self.text("service") == "running")
         self.driver.find_element("css selector", "[data-words=quit]").click()
         self.driver.switch_to.alert.accept()

@@ -30,7 +30,7 @@ std::string DrawToken()
     return token;
 }
 
-/// Takes the same time wherever they differ.
+/// Compares in constant time, so that the time does not reveal where the texts differ.
 bool BeginsWith(std::string const& text, std::string const& beginning)
 {
     unsigned difference = text.size() < beginning.size() ? 1 : 0;

@@ -7,25 +7,24 @@
 
 namespace zviptv::sim {
 
-/// Who may use the panel: those who know its token, from a page of the panel itself.
+/// Decides who may use the panel: a page of the panel itself that knows the token.
 class Access
 {
 public:
-    /// Draws the token. @throws std::system_error
+    /// Makes a random token. @throws std::system_error
     Access();
 
     /// The port that the panel listens on.
     void SetPort(unsigned port) { m_port = std::to_string(port); }
 
-    /// The path below which everything is: "/TOKEN/".
+    /// The path above all files: "/TOKEN/".
     std::string const& Root() const { return m_root; }
 
     /// The address for the browser.
     std::string Address() const { return "http://127.0.0.1:" + m_port + m_root; }
 
-    /// Whether a request with this path and these heads is of the panel's own user: below Root(), addressed
-    /// to this machine by the name that Address() has or as localhost, and not sent by a page of another
-    /// origin.
+    /// Whether a request with this path and these headers may be answered: it is below Root(), its host is
+    /// that of Address() or localhost, and it was not sent by a page of another origin.
     bool Allows(std::string const& path, SoupMessageHeaders* heads) const;
 
 private:

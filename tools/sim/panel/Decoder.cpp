@@ -37,7 +37,7 @@ void Decoder::Read()
         m_onBytes(bytes);
     } else if (size == 0 || (errno != EINTR && errno != EAGAIN)) {
         m_reading.Stop();
-        auto const onEnd = m_onEnd; // the source's function has gone
+        auto const onEnd = m_onEnd; // the callback may remove the source
         onEnd();
     }
 }

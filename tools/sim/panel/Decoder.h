@@ -12,15 +12,15 @@
 
 namespace zviptv::sim {
 
-/// An ffmpeg that reads a transport stream from a pipe. It is killed when this ends, and when the simulator
-/// does, however that ends. Lives on the thread whose default main context calls back.
+/// An ffmpeg process that reads a transport stream from a pipe. It is killed when this object or the
+/// simulator ends, even if the simulator is killed. For the thread whose default main context calls back.
 class Decoder
 {
 public:
     /// @param arguments after the input, up to the output, which is standard output
-    /// @param onBytes gets what ffmpeg has written
-    /// @param onEnd is called when it has ended, as the last; it must not destroy the decoder
-    /// @throws std::system_error when ffmpeg cannot be run
+    /// @param onBytes receives the output of ffmpeg
+    /// @param onEnd is called last, when ffmpeg has ended; it must not destroy the decoder
+    /// @throws std::system_error if ffmpeg cannot be run
     Decoder(std::vector<std::string> const& arguments, FileHandle input,
             std::function<void(std::string const& bytes)> onBytes, std::function<void()> onEnd);
 
@@ -34,7 +34,7 @@ private:
     LoopSource m_reading;
 };
 
-/// A pipe that holds as much as it may. The first end is for reading. @throws std::system_error
+/// A pipe with the largest allowed buffer. The first end is for reading. @throws std::system_error
 std::pair<FileHandle, FileHandle> MakeLargePipe();
 
 } // namespace zviptv::sim

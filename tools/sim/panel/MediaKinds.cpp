@@ -19,14 +19,14 @@ Words Joined(std::initializer_list<Words> parts)
     return all;
 }
 
-/// Little is read ahead: the streams are known, and a viewer waits.
+/// ffmpeg examines little of the input: the streams are known, and a viewer waits.
 Words Input()
 {
     return {"-nostdin", "-fflags", "+discardcorrupt", "-probesize", "1000000", "-analyzeduration",
             "500000",   "-f",      "mpegts"};
 }
 
-/// What the picture is scaled to, "640:360".
+/// The size of the scaled picture, "640:360".
 std::string SizeOf(Json::Value const& content)
 {
     constexpr double widest = 960;
@@ -66,7 +66,7 @@ Words SoundArguments(Json::Value const& /*content*/)
                     "-f", "s16le", "-flush_packets", "1", "pipe:1"}});
 }
 
-/// Whole pairs of samples.
+/// Takes complete pairs of samples.
 std::string TakeSamples(std::string& bytes)
 {
     constexpr std::size_t pair = 4;
@@ -83,8 +83,8 @@ unsigned ByteAt(std::string const& bytes, std::size_t at)
 
 } // namespace
 
-/// Segments tell their length; what follows the last one, the picture's data, has no other marker than its
-/// end.
+/// Segments contain their length. The picture's data, which follow the last segment, have only an end
+/// marker.
 std::string TakeJpeg(std::string& bytes)
 {
     constexpr unsigned startOfScan = 0xDA;

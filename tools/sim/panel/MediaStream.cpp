@@ -21,7 +21,7 @@ constexpr double PlayedMeanwhile = 1; // seconds of the stream
 constexpr unsigned MaxDoubling = 5;   // Soon becomes 8 s
 constexpr unsigned MaxPatience = 3;   // KilledAfter becomes 40 s
 
-/// Twice as long after each failure, `most` times.
+/// Doubles the time after each failure, at most `most` times.
 std::chrono::milliseconds Doubled(std::chrono::milliseconds time, unsigned failures, unsigned most)
 {
     return time * (1 << std::min(failures, most));
@@ -116,7 +116,7 @@ void MediaStream::Decode(Json::Value const& content, FileHandle input)
             m_kind.arguments(content), std::move(input), [this](std::string const& bytes) { Take(bytes); },
             [this] { OnEnd(); });
         m_checking = LoopSource::Every(CheckPeriod, [this] { Check(); });
-        if (m_failures == 0) { // else something has to come first
+        if (m_failures == 0) { // otherwise wait for output first
             SetState(content);
         }
     } catch (std::system_error const& failure) {
@@ -125,7 +125,7 @@ void MediaStream::Decode(Json::Value const& content, FileHandle input)
     }
 }
 
-/// The stream has jumped, this was a still picture, or ffmpeg has failed.
+/// Runs after a jump of the stream, a still picture, or a failure of ffmpeg.
 void MediaStream::OnEnd()
 {
     m_checking.Stop();
@@ -144,7 +144,7 @@ void MediaStream::OnEnd()
     }
 }
 
-/// A decoder that was stopped, or hangs, writes nothing although it has got something.
+/// A decoder that was stopped or hangs writes nothing although it received data.
 void MediaStream::Check()
 {
     auto const silence = Clock::now() - m_lastSign;

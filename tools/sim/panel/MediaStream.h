@@ -13,39 +13,39 @@
 
 namespace zviptv::sim {
 
-/// Picture or sound of what is played, for the pages that want it. As long as there is none, nothing is
-/// decoded. A page that does not keep up gets less, and always the newest.
+/// The picture or the sound of the played stream, for the pages that show it. Without such a page, nothing is
+/// decoded. A page that is too slow gets fewer messages, always the newest ones.
 class MediaStream
 {
 public:
-    /// Has the service write what is played to a pipe; `watched` gets its answer, null when it is dead.
+    /// Makes the service write the played stream to a pipe; `watched` gets its answer, null if it is dead.
     using Watched = std::function<void(Json::Value const& content)>;
     using Watch =
         std::function<void(std::string const& what, FileHandle const& pipe, Watched const& watched)>;
 
     struct Kind
     {
-        std::string what; ///< as the service calls it
+        std::string what; ///< the service's name for it
         /// The arguments for ffmpeg.
         std::function<std::vector<std::string>(Json::Value const& content)> arguments;
-        /// Takes the first whole message from what ffmpeg has written; empty if there is none yet.
+        /// Takes the first complete message from ffmpeg's output; empty if there is none yet.
         std::function<std::string(std::string& bytes)> take;
         unsigned depth; ///< messages that a page may have unanswered
     };
 
-    /// `onState` gets what there is: the service's answer, with the states "no ffmpeg", "failed" (it has
-    /// ended without a message), "stalled" (no message comes) and "off" too.
+    /// `onState` gets the state: the service's answer, or one of the states "no ffmpeg", "failed" (ffmpeg
+    /// ended without a message), "stalled" (no message arrives) and "off".
     MediaStream(Kind kind, Watch watch, std::function<void(Json::Value const& content)> onState);
     MediaStream(MediaStream const&) = delete;
     MediaStream& operator=(MediaStream const&) = delete;
 
     void Add(SoupWebsocketConnection* connection);
 
-    /// The television has played this many seconds of the stream since the last call. An ffmpeg that has
-    /// written nothing meanwhile is started again.
+    /// Reports how many seconds of the stream were played since the last call. If ffmpeg wrote nothing
+    /// during this time, it is restarted.
     void NotePlayed(double seconds) { m_played += seconds; }
 
-    /// The television is paused and shows something else now, or plays again.
+    /// Reports that a paused television shows another picture, or plays again.
     void Refresh();
 
 private:
@@ -72,21 +72,21 @@ private:
     std::function<void(Json::Value const&)> m_onState;
     std::list<Viewer> m_viewers;
     Json::Value m_state;
-    Json::Value m_content; ///< what the decoder gets
-    std::string m_written; ///< by ffmpeg, not yet a whole message
+    Json::Value m_content; ///< the input of the decoder
+    std::string m_written; ///< output of ffmpeg, not yet a complete message
     Owned<GBytes> m_newest;
-    std::uint64_t m_number = 0;        ///< of the newest message
-    std::uint64_t m_numberAtStart = 0; ///< of this decoder
-    bool m_isAsking = false;           ///< the service
-    unsigned m_failures = 0;           ///< decoders in a row that were started again without a message
-    Clock::time_point m_startedAt;     ///< the decoder
-    Clock::time_point m_lastSign;      ///< the decoder has begun, or has written something
-    double m_played = 0;               ///< seconds of the stream since then
+    std::uint64_t m_number = 0;        ///< number of the newest message
+    std::uint64_t m_numberAtStart = 0; ///< m_number when the decoder started
+    bool m_isAsking = false;           ///< whether the service has been asked
+    unsigned m_failures = 0;           ///< successive restarts without a message
+    Clock::time_point m_startedAt;     ///< start of the decoder
+    Clock::time_point m_lastSign;      ///< start or last output of the decoder
+    double m_played = 0;               ///< seconds of the stream since m_lastSign
     std::unique_ptr<Decoder> m_decoder;
-    LoopSource m_next;     ///< when to start again
-    LoopSource m_checking; ///< while there is a decoder
+    LoopSource m_next;     ///< the next restart
+    LoopSource m_checking; ///< runs while there is a decoder
     std::shared_ptr<MediaStream*> m_self{
-        std::make_shared<MediaStream*>(this)}; ///< ends with this, unlike calls
+        std::make_shared<MediaStream*>(this)}; ///< expires with this object; calls may last longer
 };
 
 } // namespace zviptv::sim

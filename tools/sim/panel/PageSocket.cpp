@@ -8,7 +8,7 @@ namespace zviptv::sim {
 namespace {
 
 constexpr guint64 LongestAnswer = 1024;
-constexpr guint KeepAlive = 10; // seconds: a browser that hangs or sleeps is noticed
+constexpr guint KeepAlive = 10; // seconds; detects a browser that hangs or sleeps
 
 } // namespace
 

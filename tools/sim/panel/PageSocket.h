@@ -10,21 +10,21 @@
 
 namespace zviptv::sim {
 
-/// A WebSocket of a page, which answers every message once it has worked it off. So the sender knows how much
-/// the page has to do, and can leave out what a slow page would not show.
-/// Lives on the thread whose default main context calls back.
+/// A WebSocket of a page. The page answers every message after it has processed it, so that the sender knows
+/// how many messages are waiting and can skip some for a slow page.
+/// For the thread whose default main context calls back.
 class PageSocket
 {
 public:
     using Callback = std::function<void(PageSocket&)>;
 
-    /// `onAnswer` is called for each answer, `onClosed` once, as the last; it may destroy the socket.
+    /// `onAnswer` is called for each answer, `onClosed` once, at the end; it may destroy the socket.
     PageSocket(SoupWebsocketConnection* connection, Callback onAnswer, Callback onClosed);
     ~PageSocket();
     PageSocket(PageSocket const&) = delete;
     PageSocket& operator=(PageSocket const&) = delete;
 
-    /// Messages that the page has not answered.
+    /// The number of messages that the page has not answered.
     unsigned Unanswered() const { return m_unanswered; }
 
     void Send(std::string const& text);

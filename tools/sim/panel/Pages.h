@@ -8,8 +8,8 @@
 
 namespace zviptv::sim {
 
-/// The pages that show the television. A page is sent the next part of the feed when it has worked off the
-/// one before, so a slow page gets fewer of the states in between, and delays nobody.
+/// The pages that show the television. A page gets the next part of the feed after it has processed the
+/// previous one. Therefore a slow page skips intermediate states, and delays no other page.
 class Pages
 {
 public:
@@ -18,7 +18,7 @@ public:
     void Add(SoupWebsocketConnection* connection);
     bool IsEmpty() const { return m_pages.empty(); }
 
-    /// The feed has something new.
+    /// Reports that the feed has news.
     void Advance();
 
 private:

@@ -17,14 +17,14 @@ namespace zviptv::sim {
 
 namespace {
 
-/// Some properties change all the time, and are not announced.
+/// Reads the properties that change continuously and are not announced.
 constexpr std::chrono::milliseconds ReadPeriod{500};
 
 constexpr unsigned Done = SOUP_STATUS_OK;
 constexpr unsigned Malformed = SOUP_STATUS_BAD_REQUEST;
 constexpr unsigned Refused = SOUP_STATUS_CONFLICT;
 
-/// Null if it is malformed.
+/// Null if the text is malformed.
 Json::Value ParseJson(std::string const& text)
 try {
     std::unique_ptr<Json::CharReader> const reader(Json::CharReaderBuilder().newCharReader());
@@ -58,7 +58,7 @@ std::string ErrorJson(std::string const& error)
     return ToText(json);
 }
 
-/// The verbs as the page offers them.
+/// The verbs that the page offers.
 std::string VerbsJson()
 {
     Json::Value list(Json::arrayValue);
@@ -93,7 +93,7 @@ Panel::Panel(unsigned port, std::string const& bus, PanelLink link)
 
 Panel::~Panel() = default;
 
-/// The words are those of `zviptvctl sim`, and the call is the same as its call.
+/// Runs a verb with the words of `zviptvctl sim`, by the same call.
 void Panel::OnVerb(std::string const& body, PanelServer::Answer const& answer)
 try {
     verbs::Command const command = verbs::Parse(WordsOf(body));
@@ -150,7 +150,7 @@ void Panel::NotePosition(Json::Value const& properties)
     m_sound.NotePlayed(played);
 }
 
-/// A paused television that has gone elsewhere, has another subtitle or plays again shows another picture.
+/// A paused television shows another picture after a seek, with another subtitle, or when it plays again.
 void Panel::RefreshStill(Json::Value const& properties)
 {
     Json::Value still = m_still;
@@ -164,7 +164,7 @@ void Panel::RefreshStill(Json::Value const& properties)
     m_still = std::move(still);
 }
 
-/// `property` tells the pages what there is.
+/// `property` shows the pages the state of the medium.
 MediaStream Panel::MakeStream(MediaStream::Kind kind, char const* property)
 {
     auto const watch = [this](std::string const& what, FileHandle const& pipe,

@@ -15,24 +15,24 @@
 
 namespace zviptv::sim {
 
-/// How the panel reaches the television: as the control interface on the bus does.
+/// The panel's access to the television, like that of the control interface on the bus.
 struct PanelLink
 {
-    /// Calls a method with these arguments, a tuple. `done` is called once, with the empty text or with why
-    /// the method failed.
+    /// Calls a method with these arguments, a tuple. `done` is called once, with the reason if the method
+    /// failed, otherwise with an empty text.
     using Done = std::function<void(std::string const& error)>;
     std::function<void(std::string const& method, GVariant* parameters, Done const& done)> call;
 
-    /// Calls `reply` with all properties as they are now, an a{sv}.
+    /// Calls `reply` with the current values of all properties, an a{sv}.
     std::function<void(std::function<void(GVariant* properties)> const& reply)> read;
 
-    /// Has the "picture" or the "sound" of what is played written to a pipe, see link::Watch. `watched` gets
-    /// the answer, an a{sv}, or null when there is no service.
+    /// Makes the service write the "picture" or the "sound" that is played to a pipe, see link::Watch.
+    /// `watched` gets the answer, an a{sv}, or null without a service.
     using Watched = std::function<void(GVariant* content)>;
     std::function<void(std::string const& what, FileHandle const& pipe, Watched const& watched)> watch;
 };
 
-/// A page in the browser that shows the television and controls it. Lives on the thread whose default main
+/// A page in the browser that shows the television and controls it. For the thread whose default main
 /// context calls back.
 class Panel
 {
@@ -45,10 +45,10 @@ public:
     Panel(Panel const&) = delete;
     Panel& operator=(Panel const&) = delete;
 
-    /// For the browser, token included.
+    /// The address for the browser, with the token.
     std::string Address() const { return m_server.Address(); }
 
-    /// Gets every signal of the control interface, and Captions of the service's link.
+    /// Passes a signal to the pages: one of the control interface, or Captions of the service's link.
     void OnSignal(std::string const& interface, std::string const& name, GVariant* body);
 
 private:
@@ -67,10 +67,10 @@ private:
     PanelServer m_server;
     MediaStream m_picture;
     MediaStream m_sound;
-    double m_position = 0;                  ///< seconds, as it was reported last
-    Json::Value m_still{Json::objectValue}; ///< what decides which picture a paused television shows
-    LoopSource m_reading;                   ///< while there is a page
-    std::shared_ptr<Panel*> m_self;         ///< ends with this, unlike calls
+    double m_position = 0;                  ///< last reported position, in seconds
+    Json::Value m_still{Json::objectValue}; ///< values on which the picture of a paused television depends
+    LoopSource m_reading;                   ///< runs while there is a page
+    std::shared_ptr<Panel*> m_self;         ///< expires with this object; calls may last longer
 };
 
 } // namespace zviptv::sim

@@ -28,8 +28,8 @@ void RespondText(SoupServerMessage* message, unsigned status, std::string const&
     Respond(message, status, type, text.data(), text.size());
 }
 
-/// Nothing is kept, shown in a frame, loaded from elsewhere, or told to others. libsoup does not notice that
-/// a browser closes a connection between two requests, therefore the server closes it after the answer.
+/// Forbids caches, frames, resources from other origins, and referrers. libsoup does not notice that a
+/// browser closes a connection between two requests. Therefore the server closes it after the answer.
 void AddHeads(SoupServerMessage* message)
 {
     SoupMessageHeaders* const heads = soup_server_message_get_response_headers(message);
@@ -45,7 +45,7 @@ void AddHeads(SoupServerMessage* message)
     }
 }
 
-/// Answers a request with another method.
+/// Refuses a request with another method.
 bool Refuses(SoupServerMessage* message, std::string const& method)
 {
     if (soup_server_message_get_method(message) == method) {
@@ -55,7 +55,7 @@ bool Refuses(SoupServerMessage* message, std::string const& method)
     return true;
 }
 
-/// A body of a known and moderate length.
+/// Whether the body has a known and moderate length.
 bool HasModerateBody(SoupServerMessage* message)
 {
     SoupMessageHeaders* const heads = soup_server_message_get_request_headers(message);
@@ -70,7 +70,7 @@ unsigned PortOf(GSocket* socket)
     return g_inet_socket_address_get_port(G_INET_SOCKET_ADDRESS(address.get()));
 }
 
-/// On 127.0.0.1. @throws std::runtime_error with a line for the user
+/// Opens a socket on 127.0.0.1. @throws std::runtime_error with a line for the user
 Owned<GSocket> Listen(unsigned port)
 {
     Error error;
@@ -117,7 +117,7 @@ PanelServer::~PanelServer()
     soup_server_disconnect(m_server.get());
 }
 
-/// libsoup's own listener ends for good when a connection cannot be accepted. This one tries again.
+/// libsoup's listener stops if a connection cannot be accepted. This one tries again.
 void PanelServer::Accept()
 {
     m_accepting = LoopSource::OnInput(g_socket_get_fd(m_listener.get()), [this] {
@@ -136,7 +136,7 @@ void PanelServer::Accept()
     });
 }
 
-/// Before the body is read. A request with a status goes no further.
+/// Runs before the body is read. A request that has a status is not processed further.
 void PanelServer::OnRequestHead(SoupServer* /*server*/, SoupServerMessage* message, char const* path,
                                 GHashTable* /*query*/, gpointer self)
 {
@@ -254,7 +254,7 @@ void PanelServer::AddSocket(std::string const& name, SocketHandler handler)
     auto const onConnection = [](SoupServer*, SoupServerMessage*, char const*,
                                  SoupWebsocketConnection* connection, gpointer data) {
         auto const& [onSocket, count] = *static_cast<Handler*>(data);
-        if (*count >= MaxSockets) { // several were asked for at once
+        if (*count >= MaxSockets) { // several were requested at the same time
             soup_websocket_connection_close(connection, TryAgainLater, TooManyPages);
             return;
         }

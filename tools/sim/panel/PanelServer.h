@@ -14,17 +14,17 @@
 
 namespace zviptv::sim {
 
-/// The panel's HTTP server, on 127.0.0.1 only: hands out the page's files, and takes WebSockets and verbs.
-/// Lives on the thread whose default main context calls back.
+/// The panel's HTTP server, on 127.0.0.1 only: sends the page's files, and accepts WebSockets and verbs.
+/// For the thread whose default main context calls back.
 class PanelServer
 {
 public:
-    /// Sends the answer, a JSON text, unless the server is gone by then.
+    /// Sends the answer, a JSON text, unless the server no longer exists.
     using Answer = std::function<void(unsigned status, std::string const& json)>;
-    /// What is posted to a path below the root; `body` has at most 64 KiB.
+    /// Handles a POST to a path below the root; `body` has at most 64 KiB.
     using PostHandler = std::function<void(std::string const& body, Answer const& answer)>;
     using SocketHandler = std::function<void(SoupWebsocketConnection* connection)>;
-    /// The text of a JSON file; `rest` is what the path has after its name. Nothing if there is no such file.
+    /// The text of a JSON file, empty if there is none; `rest` is the part of the path after the file's name.
     using FileHandler = std::function<std::optional<std::string>(std::string const& rest)>;
 
     /// @param port 0 for any free one @throws std::runtime_error with a line for the user
@@ -33,7 +33,7 @@ public:
     PanelServer(PanelServer const&) = delete;
     PanelServer& operator=(PanelServer const&) = delete;
 
-    /// Of each socket, this many can be open at once. Another one is refused with the status 503.
+    /// The largest number of open sockets of each kind. A further one is refused with the status 503.
     static constexpr std::size_t MaxSockets = 32;
 
     // `name` is the path after the token. A file whose name ends with a slash is a folder of files.
@@ -41,7 +41,7 @@ public:
     void AddSocket(std::string const& name, SocketHandler handler);
     void AddFile(std::string const& name, FileHandler handler);
 
-    /// For the browser, token included.
+    /// The address for the browser, with the token.
     std::string Address() const { return m_access.Address(); }
 
 private:
@@ -58,9 +58,9 @@ private:
     Owned<GSocket> m_listener;
     LoopSource m_accepting;
     Owned<SoupServer> m_server;
-    std::set<std::string> m_paths;                                 ///< what was added
-    std::map<std::string, std::shared_ptr<std::size_t>> m_sockets; ///< how many are open, by name
-    std::shared_ptr<PanelServer*> m_self;                          ///< ends with this, unlike answers
+    std::set<std::string> m_paths;                                 ///< paths of the handlers
+    std::map<std::string, std::shared_ptr<std::size_t>> m_sockets; ///< number of open sockets by name
+    std::shared_ptr<PanelServer*> m_self; ///< expires with this object; answers may last longer
 };
 
 } // namespace zviptv::sim

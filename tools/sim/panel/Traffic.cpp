@@ -16,7 +16,7 @@ constexpr std::size_t LongestValues = 300;
 constexpr unsigned MaxPushes = 100;
 constexpr std::chrono::milliseconds PushesEndAfter{400};
 
-/// "onoff=true index=2", cut.
+/// "onoff=true index=2", limited in length.
 std::string ValuesOf(Event const& event)
 {
     std::string text;
@@ -64,7 +64,7 @@ Json::Value Short(Event const& event)
         json["error"] = trace::TextToJson(event.errorName + ": " + event.errorText);
     }
     if (event.kind ==
-        EventKind::Loss) { // of an application that has not taken back its channels, or the service
+        EventKind::Loss) { // of the service, or of an application that announced no end of its channels
         json["isAbrupt"] = !event.application || !event.application->channels.empty();
     }
     for (std::string const& problem : event.problems) {
@@ -135,7 +135,7 @@ void Traffic::Keep(Event const& event, std::string const& bytes)
     }
 }
 
-/// Those to one application, until something else happens.
+/// Collects the pushes to one application until another message arrives.
 void Traffic::AddPush(Event const& event)
 {
     std::string const application = event.application ? event.application->busName : "";

@@ -15,23 +15,23 @@
 
 namespace zviptv::sim {
 
-/// What applications and the service say to each other on the bus, for the pages: every message in short,
-/// with notifications that follow one another in one, and the last ones in full on demand. Lives on the
-/// thread whose default main context calls back.
+/// The messages between applications and the service, for the pages: a short form of each message, one for
+/// successive notifications, and the complete form of the last messages on request. For the thread whose
+/// default main context calls back.
 class Traffic
 {
 public:
     static constexpr std::size_t MaxKept = 20000;
     static constexpr std::size_t MaxBytes = std::size_t{64} * 1024 * 1024;
 
-    /// Adds to `feed`, which has to outlive this, and calls `onNews` now and then. A bus that cannot be
-    /// watched is told the pages as the property PanelConversation.
+    /// Adds messages to `feed`, which must outlive this object, and calls `onNews` after some of them. If the
+    /// bus cannot be watched, the property PanelConversation contains the reason.
     Traffic(std::string const& address, Feed& feed, std::function<void()> onNews);
     Traffic(Traffic const&) = delete;
     Traffic& operator=(Traffic const&) = delete;
 
-    /// A message as a JSON object: `event` decoded, `raw` its bytes in base64. Nothing if it is not kept any
-    /// more.
+    /// A message as a JSON object: `event` is the decoded message, `raw` its bytes in base64. Empty if the
+    /// message has been discarded.
     std::optional<std::string> Details(std::string const& number) const;
 
 private:
@@ -54,8 +54,8 @@ private:
     trace::Conversation m_conversation;
     std::deque<Kept> m_kept;
     std::size_t m_bytes = 0;
-    Json::Value m_pushes; ///< that have followed one another; null if there are none
-    LoopSource m_ending;  ///< of them
+    Json::Value m_pushes; ///< successive pushes; null if there are none
+    LoopSource m_ending;  ///< the end of m_pushes
     std::unique_ptr<trace::Monitor> m_monitor;
 };
 

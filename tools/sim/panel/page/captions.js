@@ -4,17 +4,17 @@ import { byId } from "./dom.js";
 import { CaptionDecoder } from "./arib.js";
 import { watch } from "./store.js";
 
-/** What is drawn of one property with statements. */
+/** The drawing of one property with statements. */
 class Text {
   constructor(property) {
     this.decoder = new CaptionDecoder();
-    this.number = -1; // of the last statement that was decoded
+    this.number = -1; // number of the last decoded statement
     this.running = null;
     watch([property], state => this.take(state[property]));
   }
 
   take({ number, statements }) {
-    const first = number - statements.length; // number of the one before these
+    const first = number - statements.length; // number of the statement before these
     if (first > this.number || number < this.number) {
       this.finish();
       this.decoder = new CaptionDecoder();
@@ -28,7 +28,7 @@ class Text {
     this.goOn();
   }
 
-  /** The next statement does not wait for this one. */
+  /** Ends the wait of the next statement for this one. */
   finish() {
     clearTimeout(this.timer);
     while (this.running && !this.running.next().done);
@@ -93,7 +93,7 @@ function drawGlyph(context, glyph) {
   context.fillText(char, ...at);
 }
 
-/** The plane covers the picture, whose pixels are square. */
+/** Makes the plane cover the picture, whose pixels are square. */
 function draw() {
   const canvas = byId("captions");
   const picture = byId("picture");

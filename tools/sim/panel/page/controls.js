@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Everything that can be done with the television.
+// The controls of the television.
 import { byId, make, setChildren } from "./dom.js";
 import { run } from "./link.js";
 import { state, watch } from "./store.js";
@@ -10,7 +10,7 @@ function toggle(id, property, words) {
   button.onclick = () => run(...words(!state[property]));
 }
 
-/** Words as a shell parts them: quotation marks enclose blanks. */
+/** Splits a line into words like a shell: quotation marks enclose blanks. */
 export function split(text) {
   return [...text.matchAll(/(?:[^\s"]|"(?:[^"\\]|\\.)*")+/g)].map(([word]) =>
     word.replace(/"((?:[^"\\]|\\.)*)"/g, (_, inner) => inner.replace(/\\(.)/g, "$1")));
@@ -28,7 +28,7 @@ async function offerVerbs() {
   setChildren(byId("verbs"), ...verbs.map(verb => make("option", { value: verb.words, label: `${verb.synopsis}: ${verb.help}` })));
 }
 
-/** Keys of a remote control, while nothing is being typed. */
+/** Keys of a remote control, ignored while the user types text. */
 function onKey(event) {
   if (event.target.closest("input, select, textarea, [contenteditable]") || event.ctrlKey || event.altKey || event.metaKey) {
     return;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What applications and the service say to each other, as a sequence diagram: a column for each application, a row for
-// each message. Only the rows that are in sight are in the document.
+// The messages between applications and the service as a sequence diagram: a column for each application, a row for
+// each message. The document contains only the visible rows.
 import { byId, make, setChildren, setText } from "./dom.js";
 import { showDetails } from "./details.js";
 import { describe, isFailure } from "./messages.js";
@@ -8,15 +8,15 @@ import { update, watch } from "./store.js";
 
 export const mostMessages = 10000;
 const rowHeight = 26;
-const lanesWidth = 0.55; // of the diagram
+const lanesWidth = 0.55; // share of the width of the diagram
 const roomForTitle = 120; // pixels
 
 const messages = [];
-const applications = new Map(); // by bus name: what is known
-let shown = []; // of the messages, those that the filters let pass
-let arrived = 0; // while paused
+const applications = new Map(); // known applications by bus name
+let shown = []; // the messages that pass the filters
+let arrived = 0; // messages during a pause
 let isPaused = false;
-let selected = null; // the message
+let selected = null; // the selected message
 let isDrawPlanned = false;
 let followsEnd = true;
 let drawnHeight = 0;
@@ -34,7 +34,7 @@ function filterAll() {
   planDraw();
 }
 
-/** Takes messages from the simulator; `missed` is the number of those that came before and are lost. */
+/** Adds messages of the simulator; `missed` is the number of earlier messages that were discarded. */
 export function take(news, missed) {
   if (missed > 0) {
     news = [{ number: 0, kind: "gap", time: news[0]?.time ?? 0, missed, values: "" }, ...news];
@@ -60,7 +60,7 @@ export function take(news, missed) {
   }
 }
 
-/** Remembers who takes part. */
+/** Stores the participants of a message. */
 function note({ application, name, program, process }) {
   if (!application) {
     return;
@@ -73,7 +73,7 @@ function note({ application, name, program, process }) {
   }
 }
 
-/** What an application is called: by itself, else by its program. */
+/** The name of an application: the one that it has set, otherwise that of its program. */
 export function titleOf(busName) {
   const { name, program } = applications.get(busName) ?? {};
   return name || (program ? `${program.split("/").pop()} ${busName}` : busName);
@@ -84,7 +84,7 @@ function showApplications() {
     ...[...applications.keys()].map(name => make("option", { value: name, selected: name === filter.application }, titleOf(name))));
 }
 
-/** The applications in sight, and where their columns are, in pixels. The service has the first column. */
+/** The visible applications and the positions of their columns, in pixels. The service has the first column. */
 function columnsOf(rows, width) {
   const names = [...new Set(rows.map(row => row.application).filter(Boolean))];
   const first = width < 560 ? 66 : 96;
@@ -100,7 +100,7 @@ function planDraw() {
   }
 }
 
-const pool = []; // rows of the document, used again and again
+const pool = []; // rows of the document, which are reused
 
 function rowElement(index) {
   while (pool.length <= index) {
@@ -148,7 +148,7 @@ function draw() {
   diagram.dataset.count = messages.length;
 }
 
-/** Where there is no room for a title, the bus name alone is the head of a column. */
+/** A narrow column shows only the bus name. */
 function drawColumns({ service, step, of }) {
   const isNarrow = step > 0 && step < roomForTitle;
   const heads = [["", "service", service], ...[...of].map(([name, x]) => [name, titleOf(name), x])];
@@ -169,7 +169,7 @@ function select(message) {
   showDetails(byId("details"), message);
 }
 
-/** Moves the selection, and keeps it in sight. */
+/** Moves the selection and scrolls to it. */
 function step(by) {
   if (shown.length === 0) {
     return;

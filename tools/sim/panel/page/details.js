@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-// The whole of a message: decoded, and its bytes.
+// The complete message: decoded, and as bytes.
 import { hexText, make, setChildren } from "./dom.js";
 import { describe, latencyText, sizeText } from "./messages.js";
 
-const bytesShown = 4096; // of a dump at first
+const bytesShown = 4096; // initial length of a dump
 
 function hexDump(text, limit) {
   const bytes = Uint8Array.from(atob(text), letter => letter.charCodeAt(0));
@@ -43,7 +43,7 @@ function facts(object) {
 async function load(number) {
   const answer = await fetch(`api/message/${number}`);
   if (!answer.ok) {
-    return [make("p", { class: "quiet" }, "The bytes of this message are not kept any more.")];
+    return [make("p", { class: "quiet" }, "The bytes of this message have been discarded.")];
   }
   const { event, raw } = await answer.json();
   const { values = {}, ...rest } = event;
@@ -51,7 +51,7 @@ async function load(number) {
     Object.keys(values).length ? facts(values) : null, dump(raw)];
 }
 
-/** Notifications that followed one another, each of which opens on demand. */
+/** Successive notifications. A click opens one of them. */
 function pushTable(element, message) {
   return make("table", {}, make("thead", {}, make("tr", {}, ...["", "PID", "PTS", "Size"].map(title => make("th", {}, title)))),
     make("tbody", {}, ...message.pushes.map(([number, name, pid, pts, size]) => make("tr", {},

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Short names for what every part of the page does with the document.
+// Helpers with which all parts of the page change the document.
 
 export const byId = id => document.getElementById(id);
 
@@ -10,7 +10,7 @@ export function make(name, attributes = {}, ...children) {
     if (key.startsWith("on")) {
       element[key] = value;
     } else if (key === "style") {
-      element.style.cssText = value; // the policy forbids the attribute
+      element.style.cssText = value; // the content security policy forbids the attribute
     } else if (value !== undefined && value !== false) {
       element.setAttribute(key, value === true ? "" : value);
     }
@@ -19,7 +19,7 @@ export function make(name, attributes = {}, ...children) {
   return element;
 }
 
-/** Sets the text where it differs, so that nothing is drawn or read out again without need. */
+/** Sets the text if it differs, to avoid needless drawing and reading aloud. */
 export function setText(element, text) {
   if (element.textContent !== text) {
     element.textContent = text;

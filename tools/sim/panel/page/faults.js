@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
-// Faults on demand.
+// The list of faults, and the form that adds one.
 import { byId, make, setChildren } from "./dom.js";
 import { run } from "./link.js";
 import { state, watch } from "./store.js";
 
-/** The word of each fault, what it does, and what its value is where it has one. */
+/** The word of each fault, its effect, and its value if it has one. */
 const kinds = [
   ["error", "answer with an error"], ["drop", "do not send"], ["delay", "delay", "milliseconds"],
-  ["result", "change the result", "result"], ["missing", "leave out a key", "key"],
-  ["garbage", "replace a value by letters", "key"], ["short", "cut a value in half", "key"], ["empty", "name no endpoint"],
-  ["dead", "name a dead endpoint"], ["duplicate", "send twice"], ["reorder", "swap with the next"],
+  ["result", "change the result", "result"], ["missing", "omit a key", "key"],
+  ["garbage", "replace a value by letters", "key"], ["short", "cut a value in half", "key"], ["empty", "return no endpoint"],
+  ["dead", "return a dead endpoint"], ["duplicate", "send twice"], ["reorder", "swap with the next"],
   ["burst", "hold, then send together", "times the rate"],
 ];
 

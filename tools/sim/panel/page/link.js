@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-// The connection with the simulator.
+// The connection to the simulator.
 
 const retryAfter = 1000;
 
-/** Why the simulator refuses a WebSocket, which has no other way to report it; empty if it does not. */
+/** The reason why the simulator refuses a WebSocket, which cannot report it itself; empty if it accepts. */
 async function refusalOf(address) {
   try {
     const answer = await fetch(address);
@@ -13,9 +13,9 @@ async function refusalOf(address) {
   }
 }
 
-/** Opens a WebSocket below the page's own address, again whenever it ends. `take` gets each message, which is answered
- *  once `take` has worked it off: the simulator then sends the next one. `onChange` gets whether it is open and, if it was
- *  refused, why. Returns a function that ends it. */
+/** Opens a WebSocket below the page's address, and reopens it whenever it ends. `take` gets each message; after `take` has
+ *  processed it, the message is answered, and the simulator sends the next one. `onChange` gets whether the socket is open
+ *  and, if it was refused, the reason. Returns a function that ends it. */
 export function listen(name, take, onChange = () => {}) {
   let socket = null;
   let isWanted = true;
@@ -52,16 +52,16 @@ export function listen(name, take, onChange = () => {}) {
 
 const listeners = [];
 
-/** Calls `listener` with the words of each verb that the simulator has accepted, and when it was called on the clock of
+/** Calls `listener` with the words of each verb that the simulator has accepted, and with the time of the call by
  *  performance.now(). */
 export function onVerb(listener) {
   listeners.push(listener);
 }
 
-/** Runs a verb; its words are those of `zviptvctl sim`. An error is shown. Resolves to whether it succeeded. */
+/** Runs a verb; its words are those of `zviptvctl sim`. Shows an error. Resolves to true if the verb succeeded. */
 export async function run(...words) {
   const calledAt = performance.now();
-  let error = "the simulator does not answer; see whether it still runs";
+  let error = "the simulator does not answer; check that it still runs";
   try {
     const answer = await fetch("api/verb", {
       method: "POST",

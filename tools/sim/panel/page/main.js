@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Puts the page together.
+// Starts all parts of the page.
 import { byId, setText } from "./dom.js";
 import { listen, showError } from "./link.js";
 import { update, watch } from "./store.js";
@@ -14,7 +14,7 @@ import { startApplications } from "./applications.js";
 import { startRecorder } from "./recorder.js";
 
 let isConnected = false;
-let refusal = ""; // why the simulator does not serve this page
+let refusal = ""; // the reason if the simulator refuses this page
 
 function showService(state) {
   const pill = byId("service");

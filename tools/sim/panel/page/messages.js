@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A message of the conversation in words.
+// Texts for the messages of the conversation.
 import { hexText } from "./dom.js";
 
 const timeText = microseconds => new Date(microseconds / 1000).toTimeString().slice(0, 8) +
@@ -11,14 +11,14 @@ export const latencyText = microseconds => microseconds < 1000 ? `${microseconds
 export const sizeText = bytes => bytes < 1000 ? `${bytes} B` : bytes < 1e6 ? `${(bytes / 1000).toFixed(1)} kB`
   : `${(bytes / 1e6).toFixed(1)} MB`;
 
-/** A reply that refuses, an error, and whatever breaks the protocol. */
+/** Whether the message is a refusal, an error, or violates the protocol. */
 export function isFailure({ kind, result, problems, isAbrupt }) {
   return kind === "error" || kind === "gap" || isAbrupt === true || result === false || (problems?.length ?? 0) > 0;
 }
 
 /** "PESCB 0x0100 ×11, 0x0101 ×2, 0x0103 · 6.8 kB" */
 function pushesText(pushes) {
-  const counts = new Map(); // by function, then by PID
+  const counts = new Map(); // counts by function and PID
   let bytes = 0;
   for (const [, name, pid, , size] of pushes) {
     const pids = counts.get(name) ?? counts.set(name, new Map()).get(name);
@@ -35,9 +35,9 @@ function wordsOf(message, application) {
   const after = latency === undefined ? "" : ` · ${latencyText(latency)}`;
   switch (kind) {
     case "gap":
-      return `${message.missed} earlier messages are not kept`;
+      return `${message.missed} earlier messages have been discarded`;
     case "request":
-      return message.function ? `${message.function} ${values}` : "asks whether the application keeps up";
+      return message.function ? `${message.function} ${values}` : "checks that the application reads its messages";
     case "reply":
       return `${result === undefined ? "answer" : result ? "✓" : "✗ refused"} ${values}${after}`;
     case "error":
@@ -49,15 +49,15 @@ function wordsOf(message, application) {
     case "answer":
       return `answer ${values}${after}`;
     case "loss":
-      return message.application ? `${application} has left the bus${message.isAbrupt ? " without withdrawing its channels" : ""}` : "the service has gone";
+      return message.application ? `${application} has left the bus${message.isAbrupt ? " without withdrawing its channels" : ""}` : "the service has left the bus";
     case "arrival":
-      return "the service is there";
+      return "the service has arrived";
     default:
       return kind;
   }
 }
 
-/** How a row shows the message of this application. */
+/** The row for a message of this application. */
 export function describe(message, application = message.application) {
   const problems = message.problems ? ` ⚠ ${message.problems.join("; ")}` : "";
   return {

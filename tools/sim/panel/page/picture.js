@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The picture and the sound, which are decoded only while somebody looks and listens.
+// The picture and the sound, which are decoded only while the page shows and plays them.
 import { byId, setIcon, setText } from "./dom.js";
 import { listen } from "./link.js";
 import { drawTestCard } from "./testcard.js";
@@ -7,7 +7,7 @@ import { state, watch } from "./store.js";
 import { coverOf } from "./television.js";
 
 let endPicture = null;
-let frames = 0; // drawn so far
+let frames = 0; // number of drawn pictures
 let hasPicture = false;
 
 const install = "To see the picture, install ffmpeg: sudo apt install ffmpeg";
@@ -28,7 +28,7 @@ async function draw(blob) {
   }
 }
 
-/** Covered by a lock or a mute, or out of sight, the picture is not asked for. */
+/** Requests no picture while it is covered by a lock or a mute, or is not visible. */
 function follow() {
   const isWanted = !document.hidden && state.Running !== undefined && coverOf(state) === null;
   if (isWanted && !endPicture) {
@@ -39,7 +39,7 @@ function follow() {
   }
 }
 
-/** Another programme: what is seen is not of it. */
+/** Removes the picture of the previous programme. */
 function forget() {
   const canvas = byId("picture");
   canvas.getContext("2d").clearRect(0, 0, canvas.width, canvas.height);
@@ -47,19 +47,19 @@ function forget() {
   showState();
 }
 
-/** What the picture lacks, in a line below it. */
+/** The line below the picture that reports what is missing. */
 function noteOf({ PanelPicture: picture, Paused }) {
   switch (picture?.state) {
     case "no ffmpeg":
       return install;
     case "failed":
-      return "ffmpeg ended without a picture: it cannot decode this stream. It is started again.";
+      return "ffmpeg ended without a picture: it cannot decode this stream. It restarts automatically.";
     case "stalled":
-      return "No picture has come for 2 seconds: ffmpeg does not answer, or the stream has no pictures now. ffmpeg is started again after 5 seconds.";
+      return "No picture has arrived for 2 seconds: ffmpeg does not answer, or the stream contains no pictures. ffmpeg restarts after 5 seconds.";
     case "nothing":
       return "The programme has no video.";
     case "waiting":
-      return hasPicture ? "" : Paused ? "Paused: the picture appears when the stream plays." : "Waiting for the next whole picture.";
+      return hasPicture ? "" : Paused ? "Paused: the picture appears when the stream plays." : "Waiting for the next complete picture.";
     default:
       return "";
   }
@@ -75,9 +75,9 @@ function showState() {
 }
 
 const rate = 48000;
-const startDelay = 0.15; // seconds that the sound lies in store
+const startDelay = 0.15; // seconds of sound in the buffer
 
-/** Plays samples one after another. */
+/** Plays samples without gaps. */
 class Speaker {
   constructor() {
     this.context = new AudioContext({ sampleRate: rate });

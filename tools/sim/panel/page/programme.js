@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What is on: the guide's programmes, the clock, the format, and the tracks.
+// The programmes of the guide, the clock, the format, and the tracks.
 import { byId, hexText, make, setChildren, setText } from "./dom.js";
 import { run } from "./link.js";
 import { state, watch } from "./store.js";
@@ -38,8 +38,8 @@ function resolutionText({ width, height, frameRateNumerator, frameRateDenominato
   return `${width}×${height}${interlaced ? "i" : "p"}${rate}`;
 }
 
-/** The lists of tracks: the property, its title, the property with the selected one, and a track in words. `kind` is the
- *  word of the verb that selects one, where there is such a verb. */
+/** The lists of tracks: the property, its title, the property with the selected one, and the text of a track. `kind` is the
+ *  word of the verb that selects one, if there is such a verb. */
 const lists = [
   ["AudioTracks", "Sound", "Audio", track => [track.language || "–", track.coding,
     track.channels ? `${track.channels} ch` : "", hexText(track.pid)], "audio"],

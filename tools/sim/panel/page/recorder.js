@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-// Turns what is clicked into a scenario.
+// Records the clicks of the user as a scenario.
 import { byId, setText } from "./dom.js";
 import { onVerb } from "./link.js";
 import { state, watch } from "./store.js";
 
 let isRecording = false;
 let lines = [];
-let seconds = 0; // of the scenario: it passes at the speed of the television's clock
+let seconds = 0; // time of the scenario, at the speed of the television's clock
 let countedAt = 0;
 let speed = 1; // since countedAt
 
@@ -16,7 +16,7 @@ function count(now) {
   speed = state.Speed;
 }
 
-/** A word as a scenario spells it. */
+/** A word in the syntax of scenarios. */
 export function quote(word) {
   return word === "" || /[\s"#\\]/.test(word) ? `"${word.replace(/["\\]/g, "\\$&")}"` : word;
 }
@@ -32,7 +32,7 @@ function show() {
   setText(byId("record"), isRecording ? "Stop recording" : "Record");
   const recording = byId("recording");
   recording.hidden = !isRecording && !hasLines;
-  setText(recording, hasLines ? lines.join("\n") : "nothing clicked yet");
+  setText(recording, hasLines ? lines.join("\n") : "no clicks yet");
   recording.scrollTop = recording.scrollHeight;
   byId("forget").hidden = byId("download").hidden = !hasLines;
   if (hasLines) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// What the page knows of the television, and who is told when it changes.
+// The properties of the television, and the listeners for their changes.
 
-/** The properties of the control interface by name, as the simulator reported them last. Those whose names begin with
+/** The properties of the control interface by name, with their last reported values. Those whose names begin with
  *  "Panel" belong to the panel. */
 export const state = {};
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-// The television itself: what its screen shows, and where the stream is.
+// The television: the content of its screen, and the position in the stream.
 import { byId, clockText, make, setChildren, setIcon, setText } from "./dom.js";
 import { run } from "./link.js";
 import { state, watch } from "./store.js";
 
-/** When the simulator told the position, on the page's clock. */
+/** When the simulator reported the position, on the page's clock. */
 let toldAt = 0;
 let isDragging = false;
 
@@ -15,25 +15,25 @@ export function positionNow() {
   return state.Duration > 0 ? Math.min(position, state.Duration) : position;
 }
 
-/** Why the screen shows no picture: the icon, a title and a line. */
+/** The reason why the screen shows no picture: an icon, a title and a line. */
 export function coverOf({ Running, ProgrammeLocked, ServiceLocked, LockStopsPushes, VideoMuted, VideoMutedBy, SourceState,
   Replay, Input }) {
   if (!Running) {
-    return ["off", "The service is dead", "Restart it, or wait until it comes back."];
+    return ["off", "The service is dead", "Restart it, or wait until it returns."];
   }
   if (Replay && !Input) {
     return ["tv", "A recording is replayed", "It has no picture. Applications get the recorded answers and packets."];
   }
   if (ProgrammeLocked || ServiceLocked) {
     return ["lock", ProgrammeLocked ? "Programme locked" : "Service locked",
-      `An application, or you, can unlock it. ${LockStopsPushes ? "Until then no packets and captions are sent."
+      `You or an application can unlock it. ${LockStopsPushes ? "Until then no packets and captions are sent."
         : "Packets and captions are still sent."}`];
   }
   if (VideoMuted) {
     return ["dark", "Picture muted", `by ${VideoMutedBy}`];
   }
   if (SourceState === "starting" || SourceState === "error") {
-    return ["wait", SourceState === "error" ? "The input fails" : "Waiting for the input", ""];
+    return ["wait", SourceState === "error" ? "The input has failed" : "Waiting for the input", ""];
   }
   return null;
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What a television shows that has no picture.
+// The test card, which the television shows without a picture.
 
 const bars = ["#c0c0c0", "#c0c000", "#00c0c0", "#00c000", "#c000c0", "#c00000", "#0000c0"];
 
