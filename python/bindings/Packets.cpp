@@ -62,22 +62,39 @@ std::string Description(PesPacket const& packet)
 
 void BindPackets(py::module_& module)
 {
-    py::class_<PesPacket>(module, "PesPacket", py::buffer_protocol())
+    py::class_<PesPacket>(module, "PesPacket", py::buffer_protocol(),
+                          "One PES packet. It is a buffer of all its bytes, which are shared with the "
+                          "message that brought them.")
         .def_buffer([](PesPacket& packet) { return Buffer(packet); })
-        .def_property_readonly("pid", &PesPacket::Pid)
-        .def_property_readonly("kind", &Kind<PesPacket>)
-        .def_property_readonly("has_header", &PesPacket::HasHeader)
-        .def_property_readonly("stream_id", &PesPacket::StreamId)
-        .def_property_readonly("length", &PesPacket::Length)
-        .def_property_readonly("pts", [](PesPacket const& packet) { return ToPython(packet.Pts()); })
-        .def_property_readonly("dts", [](PesPacket const& packet) { return ToPython(packet.Dts()); })
-        .def_property_readonly("payload", &Payload)
-        .def_property_readonly("data", &Data<PesPacket>)
+        .def_property_readonly("pid", &PesPacket::Pid, "PID of the stream, 0 to 0x1fff.")
+        .def_property_readonly("kind", &Kind<PesPacket>, "What the stream carries, as the service says.")
+        .def_property_readonly("has_header", &PesPacket::HasHeader,
+                               "Whether the packet has a complete header of MPEG-2. Otherwise all that the "
+                               "header holds is 0, None or empty.")
+        .def_property_readonly("stream_id", &PesPacket::StreamId,
+                               "The stream_id, such as 0xbd for private data and 0xe0 for the first video.")
+        .def_property_readonly("length", &PesPacket::Length,
+                               "The PES_packet_length in bytes; 0 for a packet of open length.")
+        .def_property_readonly(
+            "pts", [](PesPacket const& packet) { return ToPython(packet.Pts()); },
+            "Presentation time stamp in 1/90000 s, 33 bits; None if there is none.")
+        .def_property_readonly(
+            "dts", [](PesPacket const& packet) { return ToPython(packet.Dts()); },
+            "Decoding time stamp in 1/90000 s, 33 bits; None unless it differs from the PTS.")
+        .def_property_readonly(
+            "payload", &Payload,
+            "The bytes after the header, a read-only memoryview that keeps the packet alive.")
+        .def_property_readonly(
+            "data", &Data<PesPacket>,
+            "The whole packet with its header, a read-only memoryview that keeps the packet alive.")
         .def("__repr__", &Description);
-    py::class_<CaptionData>(module, "CaptionData", py::buffer_protocol())
+    py::class_<CaptionData>(module, "CaptionData", py::buffer_protocol(),
+                            "A piece of caption data as it was broadcast. It is a buffer, as PesPacket is.")
         .def_buffer([](CaptionData& data) { return Buffer(data); })
-        .def_property_readonly("kind", &Kind<CaptionData>)
-        .def_property_readonly("data", &Data<CaptionData>);
+        .def_property_readonly("kind", &Kind<CaptionData>, "TELETEXT or CAPTION, as the service says.")
+        .def_property_readonly("data", &Data<CaptionData>,
+                               "The data units of teletext subtitles, or the payload of a PES packet of ARIB "
+                               "captions, a read-only memoryview.");
 }
 
 } // namespace zviptv::python

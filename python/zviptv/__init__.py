@@ -23,3 +23,5 @@ else:
     from ._stream import *
     from ._television import *
     from ._types import *
+
+__all__ = [name for name in globals() if not name.startswith("_")]  # help() lists them

@@ -108,3 +108,18 @@ def test_a_number_without_a_name_is_kept():
     assert zviptv.SourceState(-1) is zviptv.SourceState.UNKNOWN
     with pytest.raises(ValueError):
         zviptv.SourceState("playing")
+
+
+def test_all_names_are_exported_to_type_checkers_and_help():
+    public = {name for name in vars(zviptv) if not name.startswith("_")} - {"testing"}
+    assert set(zviptv.__all__) == public
+
+
+@pytest.mark.parametrize("name", zviptv.__all__)
+def test_help_describes_each_class_and_its_properties(name):
+    described = getattr(zviptv, name)
+    if name in ("EPOCH", "aio"):
+        return
+    assert described.__doc__
+    properties = [member for member in vars(described).values() if isinstance(member, property)]
+    assert all(member.__doc__ for member in properties)
