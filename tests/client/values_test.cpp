@@ -57,6 +57,25 @@ TEST(Languages, AreThreeLetters)
     EXPECT_TRUE(Language("deu") != Language("eng"));
 }
 
+TEST(PageLanguages, HaveTheNumbersOfTeletextPages)
+{
+    auto const page = [](SubtitleKind kind, std::uint8_t magazine, std::uint8_t number,
+                         char const* language) {
+        Subtitle subtitle;
+        subtitle.kind = kind;
+        subtitle.magazine = magazine;
+        subtitle.page = number;
+        subtitle.language = Language(language);
+        return subtitle;
+    };
+    std::map<unsigned, std::string> const expected{{150, "fra"}, {888, "eng"}};
+    EXPECT_EQ(
+        PageLanguages({page(SubtitleKind::Teletext, 8, 0x88, "eng"), page(SubtitleKind::Dvb, 8, 0x89, "deu"),
+                       page(SubtitleKind::Teletext, 1, 0x50, "fra"),
+                       page(SubtitleKind::Teletext, 1, 0x5A, "ita")}),
+        expected);
+}
+
 TEST(Enumerations, HaveTexts)
 {
     EXPECT_EQ(ToString(SourceState::Playing), "playing");

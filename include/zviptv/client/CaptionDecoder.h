@@ -8,6 +8,7 @@
 #include <zviptv/client/ByteView.h>
 #include <zviptv/client/Caption.h>
 #include <zviptv/client/PesPacket.h>
+#include <zviptv/client/Types.h>
 
 #include <map>
 #include <memory>
@@ -24,10 +25,25 @@ struct TeletextPages
     /// The pages to decode; if there are none, every page that the stream marks as a subtitle.
     std::set<unsigned> pages;
 
-    /// Languages of pages, which their captions then have. The stream does not carry them; the tracks that
-    /// the service lists do: ZVHybridSBT and ZVTTX.
+    /// Languages of pages, which their captions then have. The stream does not carry them: use those that
+    /// PageLanguages() finds in the service's list.
     std::map<unsigned, std::string> languages;
 };
+
+/// The languages of the teletext pages among the subtitles that Broadcast::Subtitles() lists, by page number.
+/// Leaves out pages whose number is not decimal.
+inline std::map<unsigned, std::string> PageLanguages(std::vector<Subtitle> const& subtitles)
+{
+    std::map<unsigned, std::string> languages;
+    for (Subtitle const& subtitle : subtitles) {
+        unsigned const tens = subtitle.page >> 4U;
+        unsigned const ones = subtitle.page & 15U;
+        if (subtitle.kind == SubtitleKind::Teletext && tens <= 9 && ones <= 9) {
+            languages[subtitle.magazine * 100U + tens * 10U + ones] = ToString(subtitle.language);
+        }
+    }
+    return languages;
+}
 
 /// Decodes the teletext pages of one stream with libzvbi.
 ///
