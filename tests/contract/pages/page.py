@@ -24,7 +24,7 @@ def without_numbers(text, page_markers):
     for name, pattern in page_markers:
         if name.startswith("numbers"):
             rest = ".*" if name.endswith("after") else ""
-            text = re.sub(f"(?:{pattern}){rest}", lambda found: re.sub(r"\d+", "#", found[0]), text,
+            text = re.sub(f"(?:{pattern}){rest}", lambda found: re.sub(r"\d+(\.\d+)?", "#", found[0]), text,
                           flags=re.MULTILINE)
     return text.split("\n")
 
