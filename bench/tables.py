@@ -124,6 +124,19 @@ def growth(results):
     return ["calls", "p50 of a call, µs", "subscribing and unsubscribing, µs", "heap, bytes", "resident, KiB"], rows
 
 
+def python(results):
+    """The Python package and zviptvctl batch, compared with the C++ layer."""
+    part = results["python"]
+    rows = [[what, name, ratio_text(rate), ratio_text(found["cpu"][name]) if name in found["cpu"] else "–"]
+            for what, found in part["compared"].items() for name, rate in found["rate"].items()]
+    beyond = part["batch"]
+    rows.append(["a command beyond the call, ms", "`zviptvctl batch`",
+                 f"{beyond['median'] * 1e3:.3f} ({beyond['low'] * 1e3:.3f}–{beyond['high'] * 1e3:.3f})", "–"])
+    rows.append([f"{part['rounds']} rounds on {part['date']}", f"revision `{part['revision']}`",
+                 f"load at the start {part['load']}", ""])
+    return ["", "client", "rate, ratio to the C++ layer", "processor time, ratio"], rows
+
+
 def age(results):
     """The old process compared with new ones."""
     part = results["bus"]["growth"]

@@ -32,6 +32,7 @@ public:
     /// Starts to push `count` packets of `size` bytes to every subscriber, on average with at most two
     /// outstanding batches for each.
     void Push(std::size_t count, std::size_t size, std::size_t batch);
+    std::size_t Subscribers() const { return m_subscribers.size(); }
     /// Reports that the given number of subscribers have each received a batch.
     void Credit(std::size_t batches);
 

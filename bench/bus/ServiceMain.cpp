@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
-// The service. Prints its unique name, then executes the commands that it reads: "push COUNT SIZE BATCH". A
-// byte in the pipe is the credit of one subscriber for one batch.
+// The service. Prints its unique name, then executes the commands that it reads:
+//   push COUNT SIZE BATCH  pushes packets
+//   await COUNT            answers with a line as soon as there is this number of subscribers
+// A byte in the pipe is the credit of one subscriber for one batch.
 #include "Process.h"
 #include "Service.h"
 
@@ -10,6 +12,7 @@
 #include <array>
 #include <cstdio>
 #include <exception>
+#include <optional>
 #include <sstream>
 #include <stdexcept>
 
@@ -24,14 +27,18 @@ std::string ReadSome(int descriptor)
     return std::string(bytes.data(), size > 0 ? static_cast<std::size_t>(size) : 0);
 }
 
-void Execute(Service& service, std::string const& text)
+void Execute(Service& service, std::optional<std::size_t>& awaited, std::string const& text)
 {
     std::istringstream line(text);
     std::string command;
     std::size_t count = 0;
     std::size_t size = 0;
     std::size_t batch = 0;
-    if (!(line >> command >> count >> size >> batch) || command != "push" || size == 0 || batch == 0) {
+    if (line >> command >> count && command == "await") {
+        awaited = count;
+        return;
+    }
+    if (!(line >> size >> batch) || command != "push" || size == 0 || batch == 0) {
         throw std::runtime_error("unknown command: " + text);
     }
     service.Push(count, size, batch);
@@ -40,8 +47,14 @@ void Execute(Service& service, std::string const& text)
 /// Runs until standard input ends. The sender writes each command at once, and it is far shorter than a pipe.
 void Serve(Service& service, int creditPipe)
 {
+    std::optional<std::size_t> awaited;
     while (true) {
         service.Work();
+        if (awaited == service.Subscribers()) {
+            awaited.reset();
+            std::printf("%zu\n", service.Subscribers());
+            std::fflush(stdout);
+        }
         short const events = service.WantsToWrite() ? POLLIN | POLLOUT : POLLIN;
         std::array<pollfd, 3> polled{
             {{service.Descriptor(), events, 0}, {creditPipe, POLLIN, 0}, {STDIN_FILENO, POLLIN, 0}}};
@@ -54,7 +67,7 @@ void Serve(Service& service, int creditPipe)
             if (text.empty()) {
                 return;
             }
-            Execute(service, text);
+            Execute(service, awaited, text);
         }
     }
 }
