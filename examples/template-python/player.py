@@ -1,53 +1,45 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
 """The application: mutes the television, or unlocks its programme."""
-import json
-import subprocess
 import sys
 import time
 from typing import Callable
 
-
-class Failed(Exception):
-    """The service is gone, or has refused."""
+import zviptv
 
 
-def ask(*words: str) -> dict[str, object]:
-    """Runs zviptvctl and returns its answer."""
-    done = subprocess.run(["zviptvctl", "--json", *words], capture_output=True, text=True, check=False)
-    answer = dict(json.loads(done.stdout or "{}"))
-    if done.returncode != 0:
-        raise Failed(str(answer.get("error", done.stderr.strip())))
-    return answer
-
-
-def mute(on: bool) -> None:
+def mute(tv: zviptv.Television, on: bool) -> None:
     """Mutes the sound or turns it on again. Tries a second time if the first attempt fails."""
     try:
-        ask("mute", "audio", "on" if on else "off")
-    except Failed:
-        ask("mute", "audio", "on" if on else "off")
+        tv.player.mute_audio(on)
+    except zviptv.Failure:
+        tv.player.mute_audio(on)
 
 
-def unlock_when_locked(within: float) -> None:
-    """Waits until the programme is locked, and unlocks it, as after entering the PIN."""
+def unlock_when_locked(tv: zviptv.Television, within: float) -> None:
+    """Waits until the programme is locked, and unlocks it, as after entering the PIN.
+
+    Raises TimeoutError if it is not locked within that number of seconds.
+    """
     end = time.monotonic() + within
-    while not ask("rating")["programmeLocked"]:
+    while not tv.broadcast.get_rating_lock_state():
         if time.monotonic() > end:
-            raise Failed("the programme was not locked")
+            raise TimeoutError("the programme was not locked")
         time.sleep(0.05)
-    ask("unlock", "pin")
+    tv.broadcast.un_mute_by_rating_pin()
 
 
 def main(words: list[str]) -> int:
     """Does what the command line says; returns the exit status."""
-    actions: dict[str, Callable[[], None]] = {"mute": lambda: mute(True), "unlock": lambda: unlock_when_locked(10)}
+    actions: dict[str, Callable[[zviptv.Television], None]] = {
+        "mute": lambda tv: mute(tv, True), "unlock": lambda tv: unlock_when_locked(tv, 10)}
     if len(words) != 1 or words[0] not in actions:
         print("usage: player.py mute|unlock", file=sys.stderr)
         return 2
     try:
-        actions[words[0]]()
-    except Failed as failure:
+        with zviptv.Television() as tv:
+            actions[words[0]](tv)
+    except (zviptv.Failure, TimeoutError) as failure:
         print(f"failed: {failure}")
         return 1
     print("done")

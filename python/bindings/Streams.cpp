@@ -64,18 +64,20 @@ py::object ToItem(Item const& item)
     }
 }
 
-PesFilter Filter(std::vector<std::uint16_t> const& pids, std::vector<int> const& kinds)
+PesFilter Filter(py::list const& pids, py::list const& kinds)
 {
     PesFilter filter;
-    filter.pids.insert(pids.begin(), pids.end());
-    for (int const kind : kinds) {
-        filter.kinds.insert(static_cast<EZVPESType>(kind));
+    for (py::handle const pid : pids) {
+        filter.pids.insert(FromPython<std::uint16_t>(pid, "pid"));
+    }
+    for (py::handle const kind : kinds) {
+        filter.kinds.insert(FromPython<EZVPESType>(kind, "kind"));
     }
     return filter;
 }
 
-Stream<PesPacket> Pes(std::shared_ptr<Core> const& core, std::vector<std::uint16_t> const& pids,
-                      std::vector<int> const& kinds, std::size_t limit)
+Stream<PesPacket> Pes(std::shared_ptr<Core> const& core, py::list const& pids, py::list const& kinds,
+                      std::size_t limit)
 {
     Stream<PesPacket> stream(core, limit);
     stream.Begin([filter = Filter(pids, kinds)](Television& television, auto const& feed) {

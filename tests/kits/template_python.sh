@@ -18,7 +18,7 @@ grep -q '5 passed' out
 mypy --strict --cache-dir "$work/mypy" --python-executable /usr/bin/python3 player.py tests/test_player.py
 
 echo "A mistake in the application fails its tests"
-sed -i 's/"on" if on else "off"/"off"/' player.py
+sed -i 's/mute_audio(on)/mute_audio(False)/' player.py
 if pytest-3 -p no:cacheprovider >out; then
     echo "the tests have not noticed it"
     exit 1

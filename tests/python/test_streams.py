@@ -140,6 +140,13 @@ def test_an_end_wakes_a_reader(television, end):
     tv.close()
 
 
+def test_a_wrong_filter_says_why(tv):
+    with pytest.raises(ValueError, match="pid: 70000 is not in the range 0 to 65535"):
+        tv.pes([0x101, 70000])
+    with pytest.raises(TypeError, match="kind: expected an int, got float"):
+        tv.pes(kind=[1.5])
+
+
 def test_wrong_filters_are_refused(tv):
     for wrong in ({"pid": "x"}, {"pid": 70000}, {"pid": -1}, {"kind": "audio"}, {"limit": -1}):
         with pytest.raises((TypeError, ValueError)):
