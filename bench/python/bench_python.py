@@ -17,7 +17,7 @@ sys.path += [str(HERE.parent / "bus"), str(HERE.parent)]
 import machine  # noqa: E402 - the folders are no packages
 import report  # noqa: E402
 import summary  # noqa: E402
-from blocks import alternate, quotients, spread  # noqa: E402
+from blocks import alternate, ratios, spread  # noqa: E402
 from markdown import render  # noqa: E402
 from processes import Bench, Process  # noqa: E402
 from tables import python as table  # noqa: E402
@@ -76,46 +76,55 @@ def await_subscribers(bench, number):
     bench.service.hear()
 
 
-def ratios(blocks, figure):
-    """The spread of the ratios to the C++ layer, by client."""
-    base = [block[figure] for block in blocks[BASE]]
-    return {name: spread(quotients([block[figure] for block in own], base))
-            for name, own in blocks.items() if figure in own[0]}
-
-
-def compare(blocks):
-    rates = {name: [{"rate": 1 / block["seconds"]} for block in own] for name, own in blocks.items()}
-    return {"rate": ratios(rates, "rate"), "cpu": ratios(blocks, "cpu")}
-
-
-def measure(build, rounds):
-    """The figures of the table."""
-    with Bench(build / "bench/bus") as bench, contextlib.ExitStack() as stack:
-        environment = {**bench.environment, "PYTHONPATH": str(build / "python/package"), "PYTHONDONTWRITEBYTECODE": "1"}
-        clients = {}
+@contextlib.contextmanager
+def clients_of(bench, build):
+    """New processes of all clients, by their names."""
+    environment = {**bench.environment, "PYTHONPATH": str(build / "python/package"), "PYTHONDONTWRITEBYTECODE": "1"}
+    with contextlib.ExitStack() as stack:
+        clients = {BATCH: stack.enter_context(Batch(build / "tools/ctl/zviptvctl", bench.credit, environment))}
         for name, form in CLIENTS.items():
             command = [PYTHON, HERE / "client.py", form] if form else [build / "bench/python/bench_layer"]
             clients[name] = stack.enter_context(Client(command, bench.credit, environment))
-        clients[BATCH] = stack.enter_context(Batch(build / "tools/ctl/zviptvctl", bench.credit, environment))
-        calls = alternate(clients, rounds, lambda name: call_block(clients, name))
-        found = {"calls": compare(calls), **{
-            title: compare(alternate(CLIENTS, rounds, lambda name, shape=shape: packet_block(bench, clients[name], shape)))
-            for title, shape in PACKETS.items()}}
-        beyond = [own["seconds"] - base["seconds"] for own, base in zip(calls[BATCH], calls[BASE], strict=True)]
-    return {"compared": found, "batch": spread(beyond)}
+        yield clients
+
+
+def compare(generations):
+    """The spreads of the ratios to the C++ layer, by client. A list of blocks by client for each generation."""
+    def figures(name, figure):
+        return [[figure(block) for block in blocks[name]] for blocks in generations]
+
+    measured = {"rate": lambda block: 1 / block["seconds"], "cpu": lambda block: block["cpu"]}
+    return {title: {name: ratios(figures(name, figure), figures(BASE, figure)) for name in generations[0]
+                    if title in generations[0][name][0] or title == "rate"} for title, figure in measured.items()}
+
+
+def measure(build, generations, rounds):
+    """The figures of the table."""
+    found = {"calls": [], **{title: [] for title in PACKETS}}
+    with Bench(build / "bench/bus") as bench:
+        for number in range(generations):
+            with clients_of(bench, build) as clients:
+                found["calls"].append(alternate([*CLIENTS, BATCH], rounds, lambda name: call_block(clients, name), number))
+                for title, shape in PACKETS.items():
+                    found[title].append(alternate(
+                        CLIENTS, rounds, lambda name: packet_block(bench, clients[name], shape), number))
+    beyond = [own["seconds"] - base["seconds"] for blocks in found["calls"]
+              for own, base in zip(blocks[BATCH], blocks[BASE], strict=True)]
+    return {"compared": {title: compare(blocks) for title, blocks in found.items()}, "batch": spread(beyond)}
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("build", type=pathlib.Path, help="the folder of the build, with benchmarks, tools and Python")
-    parser.add_argument("--rounds", type=int, default=40, help="blocks of each client")
+    parser.add_argument("--generations", type=int, default=14, help="how often the clients are started")
+    parser.add_argument("--rounds", type=int, default=4, help="blocks of each client in a generation")
     parser.add_argument("--docs", action="store_true", help="updates docs/explanation/performance.md")
     options = parser.parse_args()
     if options.docs and not machine.is_committed():
         sys.exit("cannot update the page: the sources have uncommitted changes; commit them first, or measure without --docs")
     where = machine.describe(options.build)
-    found = {**measure(options.build.resolve(), options.rounds), "rounds": options.rounds,
-             **{name: where[name] for name in ("revision", "date", "load")}}
+    found = {**measure(options.build.resolve(), options.generations, options.rounds),
+             "rounds": options.generations * options.rounds, **{name: where[name] for name in ("revision", "date", "load")}}
     print(render(*table({"python": found})))
     if options.docs:
         file = report.PAGE.with_suffix("") / "summary.json"
