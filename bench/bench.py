@@ -69,7 +69,8 @@ def main():
     out = options.build
     results = {"machine": machine.describe(options.build), "quick": options.quick,
                "inprocess": run_inprocess(options.build, out, options.quick),
-               "bus": run_bus(options.build, out, options.quick)}
+               "bus": run_bus(options.build, out, options.quick),
+               "python": report.committed()["python"]}  # which bench/python/bench_python.py measures
     (out / "results.json").write_text(json.dumps(results) + "\n")
     found = summary.of(results)
     (out / "summary.json").write_text(summary.as_json(found) + "\n")

@@ -5,6 +5,7 @@ A block begins with <!-- figures: NAME --> and ends with <!-- end of figures -->
 """
 
 import functools
+import json
 import pathlib
 import re
 import shutil
@@ -24,13 +25,18 @@ TABLES = {"machine": tables.where, "targets": targets.targets,
           **{f"push-{size}": functools.partial(tables.pushes, size=size) for size in PACKETS},
           **{f"crowd-{size}": functools.partial(tables.crowds, size=size) for size in CROWD_SIZES},
           "callbacks": tables.callbacks, "starts": tables.starts, "objects": tables.objects,
-          "growth": tables.growth, "age": tables.age}
+          "growth": tables.growth, "age": tables.age, "python": tables.python}
 
 
 def blocks(results):
     """The tables by their names."""
     made = {name: render(*table(results)) for name, table in TABLES.items()}
     return {**made, "inprocess": encoding.text(**results["inprocess"])}
+
+
+def committed():
+    """The summary that the page shows."""
+    return json.loads((PAGE.with_suffix("") / "summary.json").read_text())
 
 
 def text(results):

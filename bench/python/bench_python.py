@@ -127,9 +127,8 @@ def main():
              "rounds": options.generations * options.rounds, **{name: where[name] for name in ("revision", "date", "load")}}
     print(render(*table({"python": found})))
     if options.docs:
-        file = report.PAGE.with_suffix("") / "summary.json"
-        results = {**json.loads(file.read_text()), "python": found}
-        file.write_text(summary.as_json(results) + "\n")
+        results = {**report.committed(), "python": found}
+        (report.PAGE.with_suffix("") / "summary.json").write_text(summary.as_json(results) + "\n")
         report.fill(report.PAGE, results, [])
 
 
