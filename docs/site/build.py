@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: MIT
-"""Builds the site: build.py FOLDER writes it to FOLDER/html.
+"""Builds the site: build.py FOLDER BUILD writes it to FOLDER/html, with the generated headers of the build folder BUILD.
 
 The pages of docs keep their places; README.md, CHANGELOG.md, CONTRIBUTING.md and the page on the samples join them.
 The manual pages and the API reference are made here. A warning of any tool is an error.
@@ -106,15 +106,14 @@ def without_private_members(folder):
         document.write(file)
 
 
-def make_reference(source, build):
+def make_reference(source, site, build):
     """A page for each header, linked from the tables of the overview. contract.reference requires the comments."""
-    run(sys.executable, "-B", ROOT / "protocol/generate.py", "code", build / "generated")
-    generated = os.path.relpath(build / "generated/include", ROOT)
-    run("doxygen", "-", cwd=ROOT, input=f"@INCLUDE = docs/site/Doxyfile\nINPUT += {generated}/zviptv\n"
-        f"STRIP_FROM_PATH += {generated}\nOUTPUT_DIRECTORY = \"{build}\"\nRECURSIVE = YES\nWARN_IF_UNDOCUMENTED = NO\n")
-    without_private_members(build / "xml")
+    generated = [f'"{build / folder}/include"' for folder in ("protocol/generated", "kits")]
+    run("doxygen", "-", cwd=ROOT, input=f"@INCLUDE = docs/site/Doxyfile\nINPUT += {' '.join(generated)}\n"
+        f"STRIP_FROM_PATH += {' '.join(generated)}\nOUTPUT_DIRECTORY = \"{site}\"\n")
+    without_private_members(site / "xml")
     headers = sorted(tree.parse(file).find("compounddef/location").get("file").removeprefix("zviptv/")
-                     for file in (build / "xml").glob("*_8h.xml"))
+                     for file in (site / "xml").glob("*_8h.xml"))
     overview = source / "reference/api.md"
     text = re.sub(r"`zviptv/([\w/]+\.h)`(?=.*\|)", r"[`zviptv/\1`](api/\1.md)", overview.read_text())
     listed = re.findall(r"\(api/(.*?)\.md\)", text)
@@ -139,20 +138,20 @@ def complete_theme(static):
     module.unlink()
 
 
-def main(build):
-    source = build / "source"
-    for old in ("source", "generated", "xml", "html", "doctrees"):
-        shutil.rmtree(build / old, ignore_errors=True)
+def main(site, build):
+    source = site / "source"
+    for old in ("source", "xml", "html", "doctrees"):
+        shutil.rmtree(site / old, ignore_errors=True)
     source.mkdir(parents=True)
     copy_pages(source)
     make_manual(source)
-    make_reference(source, build)
-    run("sphinx-build", "-q", "-W", "--keep-going", "-b", "html", "-c", SITE, "-d", build / "doctrees", source,
-        build / "html", env={**os.environ, "ZVIPTV_DOXYGEN_XML": str(build / "xml")})
-    complete_theme(build / "html/_static")
+    make_reference(source, site, build)
+    run("sphinx-build", "-q", "-W", "--keep-going", "-b", "html", "-c", SITE, "-d", site / "doctrees", source,
+        site / "html", env={**os.environ, "ZVIPTV_DOXYGEN_XML": str(site / "xml")})
+    complete_theme(site / "html/_static")
 
 
 if __name__ == "__main__":
-    if len(sys.argv) != 2:
+    if len(sys.argv) != 3:
         sys.exit(__doc__)
-    main(Path(sys.argv[1]).resolve())
+    main(Path(sys.argv[1]).resolve(), Path(sys.argv[2]).resolve())

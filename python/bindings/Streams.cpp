@@ -71,7 +71,7 @@ PesFilter Filter(py::list const& pids, py::list const& kinds)
         filter.pids.insert(FromPython<std::uint16_t>(pid, "pid"));
     }
     for (py::handle const kind : kinds) {
-        filter.kinds.insert(FromPython<EZVPESType>(kind, "kind"));
+        filter.kinds.insert(FromPython<PesKind>(kind, "kind"));
     }
     return filter;
 }
@@ -101,7 +101,7 @@ Stream<Caption> CaptionTexts(std::shared_ptr<Core> const& core, py::object const
     Stream<Caption> stream(core, limit);
     auto const decoder = std::make_shared<CaptionDecoder>(ToPages(pages, languages));
     stream.Begin([decoder](Television& television, auto const& feed) {
-        PesFilter const filter{{}, {ZV_PES_TELETEXT, ZV_PES_CAPTION}};
+        PesFilter const filter{{}, {PesKind::Teletext, PesKind::Caption}};
         return television.SubscribePes(filter, [decoder, feed](PesPacket const& packet) {
             std::vector<Caption> const captions = decoder->Decode(packet);
             Add(feed, captions.data(), captions.size());

@@ -1,8 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <zviptv/client/Television.h>
-
-#include "client/link/Link.h"
-#include "client/stream/PushHub.h"
+#include "client/TelevisionParts.h"
 
 #include <zviptv/IPTVTypes.h>
 #include <zviptv/Protocol.h>
@@ -46,22 +43,12 @@ client::Push PushOf(CMessageBuffer&& message)
 
 } // namespace
 
-struct Television::Parts
+Television::Parts::Parts(client::LinkOptions options)
+    : link(std::make_shared<client::Link>(std::move(options))), player(link), broadcast(link), guide(link),
+      pushes(std::make_unique<PushesOfLink>(link)), hub(std::make_shared<client::PushHub>(*pushes))
 {
-    explicit Parts(client::LinkOptions options)
-        : link(std::make_shared<client::Link>(std::move(options))), player(link), broadcast(link),
-          guide(link), pushes(link), hub(std::make_shared<client::PushHub>(pushes))
-    {
-        link->SetPushHandler([hub = hub](CMessageBuffer& message) { hub->Take(PushOf(std::move(message))); });
-    }
-
-    std::shared_ptr<client::Link> link;
-    zviptv::Player player;
-    zviptv::Broadcast broadcast;
-    zviptv::Guide guide;
-    PushesOfLink pushes;
-    std::shared_ptr<client::PushHub> hub;
-};
+    link->SetPushHandler([hub = hub](CMessageBuffer& message) { hub->Take(PushOf(std::move(message))); });
+}
 
 Television::Television() : Television(Options()) {}
 
@@ -103,11 +90,6 @@ Subscription Television::SubscribePes(PesFilter filter, std::function<void(PesPa
 Subscription Television::SubscribeCaptions(std::function<void(CaptionData const&)> callback)
 {
     return m_parts->hub->Add(std::move(callback));
-}
-
-std::shared_ptr<client::Link> Television::GetLink() const
-{
-    return m_parts->link;
 }
 
 Player& Television::Player()

@@ -3,7 +3,7 @@
 # The API reference is made without a warning, and every public entity is documented: reference.sh BUILD SOURCE
 set -euo pipefail
 root=$(cd "$2/../.." && pwd)
-generated=$1/protocol/generated/include
+generated="$1/protocol/generated/include $1/kits/include"
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 if ! command -v doxygen >/dev/null; then
@@ -14,7 +14,7 @@ fi
 # make_reference FOLDER: makes the reference of a folder with the layout of the project.
 make_reference() {
     mkdir -p "$work/out"
-    printf '%s\n' '@INCLUDE = docs/site/Doxyfile' "INPUT += $generated/zviptv" "STRIP_FROM_PATH += $generated" "OUTPUT_DIRECTORY = $work/out" |
+    printf '%s\n' '@INCLUDE = docs/site/Doxyfile' "INPUT += $generated" "STRIP_FROM_PATH += $generated" "OUTPUT_DIRECTORY = $work/out" |
         (cd "$1" && doxygen -) 2>&1
 }
 make_reference "$root"
@@ -29,7 +29,7 @@ seen, missing = 0, []
 for file in glob.glob(sys.argv[1] + "/*.xml"):
     root = tree.parse(file).getroot()
     for node in [*root.iter("enumvalue"), *root.iter("memberdef")]:
-        if node.tag == "enumvalue" or node.get("kind") in ("define", "enum", "typedef"):
+        if node.get("prot") != "private" and (node.tag == "enumvalue" or node.get("kind") in ("define", "enum", "typedef")):
             seen += 1
             if bare(node):
                 missing.append(node.findtext("name"))

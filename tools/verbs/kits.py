@@ -138,7 +138,9 @@ public:
 protected:
     Verbs() = default;
     ~Verbs() = default;
+    /// The copy controls the same television.
     Verbs(Verbs const&) = default;
+    /// The same.
     Verbs& operator=(Verbs const&) = default;
 
 private:

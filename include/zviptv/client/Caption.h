@@ -27,9 +27,9 @@ ZVIPTV_API char const* ToString(CaptionKind kind);
 /// A colour of red, green and blue, each 0 to 255.
 struct Colour
 {
-    std::uint8_t red = 255;
-    std::uint8_t green = 255;
-    std::uint8_t blue = 255;
+    std::uint8_t red = 255;   ///< 0 to 255
+    std::uint8_t green = 255; ///< 0 to 255
+    std::uint8_t blue = 255;  ///< 0 to 255
 
     friend bool operator==(Colour one, Colour other)
     {
@@ -41,13 +41,13 @@ struct Colour
 /// Characters of one line that look alike.
 struct CaptionRun
 {
-    std::string text; ///< UTF-8, without line breaks and other control characters
-    Colour foreground;
+    std::string text;                 ///< UTF-8, without line breaks and other control characters
+    Colour foreground;                ///< colour of the characters
     std::optional<Colour> background; ///< nothing where the decoder does not know it (ARIB)
-    bool isDoubleHeight = false;
-    bool isDoubleWidth = false;
-    bool isSmall = false;    ///< half height, as for the readings of Japanese characters (ARIB)
-    bool isFlashing = false; ///< teletext only
+    bool isDoubleHeight = false;      ///< twice as high as the other characters
+    bool isDoubleWidth = false;       ///< twice as wide
+    bool isSmall = false;             ///< half height, as for the readings of Japanese characters (ARIB)
+    bool isFlashing = false;          ///< teletext only
 
     friend bool operator==(CaptionRun const& one, CaptionRun const& other)
     {
@@ -78,8 +78,8 @@ struct CaptionLine
 /// language. A caption without lines takes the former one off the screen.
 struct Caption
 {
-    CaptionKind kind = CaptionKind::Teletext;
-    unsigned page = 0;                ///< number of the teletext page, 100 to 899; 0 for ARIB text
+    CaptionKind kind = CaptionKind::Teletext; ///< what it was broadcast as
+    unsigned page = 0;                        ///< number of the teletext page, 100 to 899; 0 for ARIB text
     std::string language;             ///< ISO 639-2 code in three lower-case letters; empty if not known
     std::optional<std::uint16_t> pid; ///< of the stream; nothing for data without one (CaptionCB)
     std::optional<std::uint64_t> pts; ///< 1/90000 s, 33 bits, when to show it; nothing if not known

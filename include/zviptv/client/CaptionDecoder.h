@@ -59,7 +59,9 @@ public:
     /// Decodes these pages.
     explicit TeletextDecoder(TeletextPages pages = {});
     ~TeletextDecoder();
+    /// Takes over the state of `other`, which may then only be assigned to or destroyed.
     TeletextDecoder(TeletextDecoder&& other) noexcept;
+    /// The same; the former state ends.
     TeletextDecoder& operator=(TeletextDecoder&& other) noexcept;
 
     /// False if the library was built without libzvbi. A decoder then finds no captions.
@@ -93,9 +95,12 @@ public:
         OneSegment ///< 0x0012, for mobile receivers
     };
 
+    /// Decodes a stream of this profile.
     explicit AribCaptionDecoder(Profile profile = Profile::Full);
     ~AribCaptionDecoder();
+    /// Takes over the state of `other`, which may then only be assigned to or destroyed.
     AribCaptionDecoder(AribCaptionDecoder&& other) noexcept;
+    /// The same; the former state ends.
     AribCaptionDecoder& operator=(AribCaptionDecoder&& other) noexcept;
 
     /// False if the library was built without libaribb24. A decoder then finds no captions.
@@ -120,10 +125,12 @@ public:
     /// Decodes these teletext pages and all ARIB captions.
     explicit CaptionDecoder(TeletextPages pages = {});
     ~CaptionDecoder();
+    /// Takes over the state of `other`, which may then only be assigned to or destroyed.
     CaptionDecoder(CaptionDecoder&& other) noexcept;
+    /// The same; the former state ends.
     CaptionDecoder& operator=(CaptionDecoder&& other) noexcept;
 
-    /// Decodes a packet of the kind ZV_PES_TELETEXT or ZV_PES_CAPTION; others give no captions.
+    /// Decodes a packet of the kind PesKind::Teletext or PesKind::Caption; others give no captions.
     std::vector<Caption> Decode(PesPacket const& packet);
 
     /// Decodes data of the same kinds. The captions have neither PID nor PTS.

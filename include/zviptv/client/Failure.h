@@ -34,7 +34,7 @@ ZVIPTV_API char const* ToString(FailureKind kind) noexcept;
 /// What failed, and why. A value: copy and keep it as you like.
 struct Failure
 {
-    FailureKind kind = FailureKind::NoBus;
+    FailureKind kind = FailureKind::NoBus; ///< in which way it failed
     std::string function;  ///< the function of the protocol: "MuteAudio"; empty if there is none
     std::string key;       ///< the key of the protocol that is to blame: "stcCount"; empty if there is none
     std::string errorName; ///< the D-Bus error that was answered; empty if there is none
@@ -44,11 +44,13 @@ struct Failure
 /// One line for people: "MuteAudio: timed out: no answer to the request within 2000 ms; ...".
 ZVIPTV_API std::string ToString(Failure const& failure);
 
+/// Whether all values are equal.
 inline bool operator==(Failure const& left, Failure const& right)
 {
     return left.kind == right.kind && left.function == right.function && left.key == right.key &&
            left.errorName == right.errorName && left.message == right.message;
 }
+/// Whether a value differs.
 inline bool operator!=(Failure const& left, Failure const& right)
 {
     return !(left == right);

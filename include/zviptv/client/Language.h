@@ -30,6 +30,7 @@ public:
         language.m_number = number;
         return language;
     }
+    /// The number that the protocol has for it; 0 for no language.
     constexpr std::int32_t Number() const { return m_number; }
 
     /// Whether it is a language: false for the number 0.

@@ -55,7 +55,9 @@ public:
     /// For the layer itself.
     explicit Listener(std::function<void()> withdraw) : m_withdraw(std::move(withdraw)) {}
     ~Listener() { Withdraw(); }
+    /// Takes over the callback of `other`, which then stands for none.
     Listener(Listener&& other) noexcept : m_withdraw(std::exchange(other.m_withdraw, nullptr)) {}
+    /// The same; what this object stood for is withdrawn.
     Listener& operator=(Listener&& other) noexcept
     {
         if (this != &other) {

@@ -5,8 +5,8 @@
 #pragma once
 
 #include <zviptv/Export.h>
-#include <zviptv/IPTVTypes.h>
 #include <zviptv/client/ByteView.h>
+#include <zviptv/client/Types.h>
 
 #include <cstdint>
 #include <memory>
@@ -25,10 +25,10 @@ class ZVIPTV_API PesPacket
 public:
     /// A packet of `kind` from `pid` whose bytes, from the start code on, are `data`. `owner` keeps them
     /// alive; it may be null for bytes that live as long as the program.
-    PesPacket(EZVPESType kind, std::uint16_t pid, std::shared_ptr<void const> owner, ByteView data);
+    PesPacket(PesKind kind, std::uint16_t pid, std::shared_ptr<void const> owner, ByteView data);
 
     /// What the stream carries, as the service says.
-    EZVPESType Kind() const { return m_kind; }
+    PesKind Kind() const { return m_kind; }
 
     /// PID of the stream, 0 to 0x1FFF.
     std::uint16_t Pid() const { return m_pid; }
@@ -61,7 +61,7 @@ private:
     ByteView m_payload;
     std::optional<std::uint64_t> m_pts;
     std::optional<std::uint64_t> m_dts;
-    EZVPESType m_kind;
+    PesKind m_kind;
     std::uint16_t m_pid;
     std::uint16_t m_length = 0;
     std::uint8_t m_streamId = 0;
@@ -73,13 +73,13 @@ class CaptionData
 {
 public:
     /// Data of `kind`; otherwise as PesPacket.
-    CaptionData(EZVPESType kind, std::shared_ptr<void const> owner, ByteView data)
+    CaptionData(PesKind kind, std::shared_ptr<void const> owner, ByteView data)
         : m_owner(std::move(owner)), m_data(data), m_kind(kind)
     {
     }
 
-    /// ZV_PES_TELETEXT or ZV_PES_CAPTION, as the service says.
-    EZVPESType Kind() const { return m_kind; }
+    /// PesKind::Teletext or PesKind::Caption, as the service says.
+    PesKind Kind() const { return m_kind; }
 
     /// The data units of teletext subtitles (EN 300 472), each with its id and length byte, or the payload of
     /// a PES packet of ARIB captions (STD-B24), from its data identifier.
@@ -88,7 +88,7 @@ public:
 private:
     std::shared_ptr<void const> m_owner;
     ByteView m_data;
-    EZVPESType m_kind;
+    PesKind m_kind;
 };
 
 } // namespace zviptv

@@ -25,18 +25,18 @@ struct ProgrammeRating
 /// The texts of a programme in another language.
 struct Translation
 {
-    std::string language; ///< as the source writes it: "en", "de-AT", "fra"; empty if not known
-    std::string title;
-    std::string subtitle;
-    std::string description;
-    std::vector<std::string> genres;
+    std::string language;            ///< as the source writes it: "en", "de-AT", "fra"; empty if not known
+    std::string title;               ///< name of the programme
+    std::string subtitle;            ///< of the episode, for example
+    std::string description;         ///< what it is about
+    std::vector<std::string> genres; ///< in words, as the source writes them
 };
 
 /// Names a programme of the guide.
 struct ProgrammeId
 {
-    std::uint64_t serviceId = 0;
-    std::uint32_t eventId = 0; ///< the guide compares the low 16 bits alone
+    std::uint64_t serviceId = 0; ///< number of the service in the guide
+    std::uint32_t eventId = 0;   ///< the guide compares the low 16 bits alone
     /// Start of the programme in UTC, from 1970 to 2106. The epoch itself, which is the default, stands for
     /// any start.
     std::chrono::system_clock::time_point start;
@@ -46,20 +46,20 @@ struct ProgrammeId
 /// A programme of the guide. Texts are UTF-8 and may be empty.
 struct Programme
 {
-    std::uint64_t serviceId = 0;
+    std::uint64_t serviceId = 0;                 ///< number of the service in the guide
     std::uint32_t eventId = 0;                   ///< from 1
     std::chrono::system_clock::time_point start; ///< UTC
-    std::chrono::seconds duration{0};
-    std::string channel; ///< name of the service in the guide
-    std::string title;
-    std::string subtitle; ///< of the episode, for example
-    std::string description;
-    std::string language; ///< of the texts above, as the source writes it; empty if not known
-    std::string episode;  ///< number of the episode, as the source writes it
-    std::string icon;     ///< address of a picture
-    std::vector<std::string> genres;
-    std::optional<ProgrammeRating> rating;
-    std::vector<Translation> translations;
+    std::chrono::seconds duration{0};            ///< from the start
+    std::string channel;                         ///< name of the service in the guide
+    std::string title;                           ///< name of the programme
+    std::string subtitle;                        ///< of the episode, for example
+    std::string description;                     ///< what it is about
+    std::string language;            ///< of the texts above, as the source writes it; empty if not known
+    std::string episode;             ///< number of the episode, as the source writes it
+    std::string icon;                ///< address of a picture
+    std::vector<std::string> genres; ///< in words, as the source writes them
+    std::optional<ProgrammeRating> rating; ///< nothing if the source gives none
+    std::vector<Translation> translations; ///< the texts in other languages
 
     /// The end: a programme is on at `start`, and is not on any more at `End()`.
     std::chrono::system_clock::time_point End() const { return start + duration; }
@@ -67,22 +67,30 @@ struct Programme
     ProgrammeId Id() const { return {serviceId, eventId, start, duration}; }
 };
 
+/// Whether all values are equal.
 ZVIPTV_API bool operator==(ProgrammeRating const& left, ProgrammeRating const& right);
+/// Whether all values are equal.
 ZVIPTV_API bool operator==(Translation const& left, Translation const& right);
+/// Whether all values are equal.
 ZVIPTV_API bool operator==(ProgrammeId const& left, ProgrammeId const& right);
+/// Whether all values are equal.
 ZVIPTV_API bool operator==(Programme const& left, Programme const& right);
+/// Whether a value differs.
 inline bool operator!=(ProgrammeRating const& left, ProgrammeRating const& right)
 {
     return !(left == right);
 }
+/// Whether a value differs.
 inline bool operator!=(Translation const& left, Translation const& right)
 {
     return !(left == right);
 }
+/// Whether a value differs.
 inline bool operator!=(ProgrammeId const& left, ProgrammeId const& right)
 {
     return !(left == right);
 }
+/// Whether a value differs.
 inline bool operator!=(Programme const& left, Programme const& right)
 {
     return !(left == right);

@@ -26,9 +26,11 @@ template <class T>
 class [[nodiscard]] Result
 {
 public:
-    using Value = T;
+    using Value = T; ///< what a call returns
 
+    /// Success with a value.
     Result(T value) : m_content(std::in_place_index<0>, std::move(value)) {}
+    /// A failed call.
     Result(Failure failure) : m_content(std::in_place_index<1>, std::move(failure)) {}
 
     /// Whether there is a value.
@@ -36,9 +38,13 @@ public:
 
     /// The value.
     T& operator*() & { return Read(*this); }
+    /// The value.
     T const& operator*() const& { return Read(*this); }
+    /// The value, to be moved from.
     T&& operator*() && { return std::move(Read(*this)); }
+    /// The value, for one of its members.
     T* operator->() { return &Read(*this); }
+    /// The same.
     T const* operator->() const { return &Read(*this); }
 
     /// The value, or `other` if the call failed.
@@ -72,9 +78,10 @@ template <>
 class [[nodiscard]] Result<void>
 {
 public:
-    using Value = void;
+    using Value = void; ///< as in the other results
 
     Result() = default;
+    /// A failed call.
     Result(Failure failure) : m_failure(std::move(failure)) {}
 
     /// Whether the call succeeded.

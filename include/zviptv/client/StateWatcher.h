@@ -44,7 +44,9 @@ struct TelevisionState
     std::optional<Programme> present;  ///< the programme that is on; needs StateOptions::serviceId
 };
 
+/// Whether all values are equal.
 ZVIPTV_API bool operator==(TelevisionState const& left, TelevisionState const& right);
+/// Whether a value differs.
 inline bool operator!=(TelevisionState const& left, TelevisionState const& right)
 {
     return !(left == right);
@@ -54,27 +56,28 @@ inline bool operator!=(TelevisionState const& left, TelevisionState const& right
 template <auto Value>
 struct StateChange;
 
+/// The former and the present value.
 template <class T, T TelevisionState::*Value>
 struct StateChange<Value>
 {
-    T before;
-    T after;
+    T before; ///< the value that was reported last
+    T after;  ///< the value now
 };
 
-using SourceChange = StateChange<&TelevisionState::source>;
-using AudioTracksChange = StateChange<&TelevisionState::audioTracks>;
-using SubtitlesChange = StateChange<&TelevisionState::subtitles>;
-using TeletextPagesChange = StateChange<&TelevisionState::pages>;
-using CaptionsChange = StateChange<&TelevisionState::captions>;
-using SuperimposesChange = StateChange<&TelevisionState::superimposes>;
-using AudioChange = StateChange<&TelevisionState::audio>;
-using SubtitleChange = StateChange<&TelevisionState::subtitle>;
-using TeletextPageChange = StateChange<&TelevisionState::page>;
-using CaptionChange = StateChange<&TelevisionState::caption>;
-using SuperimposeChange = StateChange<&TelevisionState::superimpose>;
-using ProgrammeLockChange = StateChange<&TelevisionState::programmeLock>;
-using ServiceLockChange = StateChange<&TelevisionState::serviceLock>;
-using ProgrammeChange = StateChange<&TelevisionState::present>;
+using SourceChange = StateChange<&TelevisionState::source>;             ///< of the state of the source
+using AudioTracksChange = StateChange<&TelevisionState::audioTracks>;   ///< of the list of audio tracks
+using SubtitlesChange = StateChange<&TelevisionState::subtitles>;       ///< of the list of subtitles
+using TeletextPagesChange = StateChange<&TelevisionState::pages>;       ///< of the list of teletext pages
+using CaptionsChange = StateChange<&TelevisionState::captions>;         ///< of the list of ISDB captions
+using SuperimposesChange = StateChange<&TelevisionState::superimposes>; ///< of the list of superimposed texts
+using AudioChange = StateChange<&TelevisionState::audio>;               ///< of the selected audio track
+using SubtitleChange = StateChange<&TelevisionState::subtitle>;         ///< of the selected subtitle
+using TeletextPageChange = StateChange<&TelevisionState::page>;         ///< of the selected teletext page
+using CaptionChange = StateChange<&TelevisionState::caption>;           ///< of the selected ISDB caption
+using SuperimposeChange = StateChange<&TelevisionState::superimpose>;   ///< of the selected superimposed text
+using ProgrammeLockChange = StateChange<&TelevisionState::programmeLock>; ///< of the lock of the programme
+using ServiceLockChange = StateChange<&TelevisionState::serviceLock>;     ///< of the lock of the service
+using ProgrammeChange = StateChange<&TelevisionState::present>;           ///< of the present programme
 
 /// What a StateWatcher reports: the whole state first, then one event for each value that has changed.
 using StateEvent =
@@ -117,7 +120,9 @@ public:
     StateWatcher(Television& television, StateOptions options,
                  std::function<void(StateEvent const&)> callback);
     ~StateWatcher();
+    /// Takes over the watch of `other`, which then watches nothing.
     StateWatcher(StateWatcher&& other) noexcept;
+    /// The same; what this object watched ends.
     StateWatcher& operator=(StateWatcher&& other) noexcept;
 
     /// The latest state; a state without values before the first event.

@@ -5,8 +5,8 @@
 #pragma once
 
 #include <zviptv/Export.h>
-#include <zviptv/IPTVTypes.h>
 #include <zviptv/client/PesPacket.h>
+#include <zviptv/client/Types.h>
 
 #include <chrono>
 #include <cstdint>
@@ -23,11 +23,11 @@ class PushHub;
 /// Which PES packets a subscription gets. An empty set lets all through.
 struct PesFilter
 {
-    std::set<std::uint16_t> pids;
-    std::set<EZVPESType> kinds;
+    std::set<std::uint16_t> pids; ///< PIDs of the streams
+    std::set<PesKind> kinds;      ///< kinds of the streams
 
     /// Whether packets of this kind and PID pass.
-    bool Passes(EZVPESType kind, std::uint16_t pid) const
+    bool Passes(PesKind kind, std::uint16_t pid) const
     {
         return (pids.empty() || pids.count(pid) != 0) && (kinds.empty() || kinds.count(kind) != 0);
     }
@@ -36,9 +36,9 @@ struct PesFilter
 /// What a subscription has received.
 struct PushCounters
 {
-    std::uint64_t packets = 0;
-    std::uint64_t bytes = 0; ///< of packets with their headers, or of caption data
-    std::uint64_t gaps = 0;  ///< pauses of LongPause or more between two packets of the same PID
+    std::uint64_t packets = 0; ///< packets, or pieces of caption data
+    std::uint64_t bytes = 0;   ///< of packets with their headers, or of caption data
+    std::uint64_t gaps = 0;    ///< pauses of LongPause or more between two packets of the same PID
 };
 
 /// A subscription for PES packets or captions. It ends when it is destroyed.
@@ -57,7 +57,9 @@ public:
     /// For the layer itself.
     Subscription(std::weak_ptr<client::PushHub> hub, std::shared_ptr<client::Subscriber> subscriber);
     ~Subscription();
+    /// Takes over the subscription of `other`, which then stands for none.
     Subscription(Subscription&& other) noexcept;
+    /// The same; what this object stood for ends.
     Subscription& operator=(Subscription&& other) noexcept;
 
     /// Whether packets may still come.

@@ -87,14 +87,16 @@ public:
     /// makes texts of them.
     Subscription SubscribeCaptions(std::function<void(CaptionData const&)> callback);
 
-    /// Any thread may call these, and use what they return as long as the Television lives.
+    /// Sound, tracks and clocks. Any thread may call it, and use what it returns as long as the Television
+    /// lives; so for the next two.
     zviptv::Player& Player();
+    /// Track lists, ratings and the parental lock.
     zviptv::Broadcast& Broadcast();
+    /// The programme guide.
     zviptv::Guide& Guide();
 
 private:
     friend class StateWatcher;
-    std::shared_ptr<client::Link> GetLink() const;
 
     struct Parts;
     std::unique_ptr<Parts> m_parts;

@@ -14,6 +14,7 @@
 
 namespace zviptv::simulated {
 
+/// Time in seconds, as in the verbs.
 using Seconds = std::chrono::duration<double>;
 
 /// "0.25 s"
@@ -37,6 +38,7 @@ inline std::string PointInTime(double seconds)
 class Conversation
 {
 public:
+    /// Forgets everything, and starts the clock.
     void Clear()
     {
         std::lock_guard const lock(m_mutex);
@@ -52,12 +54,14 @@ public:
         return m_entries.size() - 1;
     }
 
+    /// Adds the answer to the entry of this number.
     void SetAnswer(std::size_t number, std::string answer)
     {
         std::lock_guard const lock(m_mutex);
         m_entries.at(number).answer = std::move(answer);
     }
 
+    /// Adds a request, as of now.
     void Add(Request request)
     {
         std::lock_guard const lock(m_mutex);
@@ -67,6 +71,7 @@ public:
         m_changed.notify_all();
     }
 
+    /// All requests, in their order.
     std::vector<Request> Requests() const
     {
         std::lock_guard const lock(m_mutex);

@@ -17,16 +17,22 @@ namespace zviptv::simulated {
 class Value
 {
 public:
+    /// A flag.
     Value(bool value) : m_text(value ? "1" : "0") {}
+    /// A text.
     Value(char const* text) : m_text(text) {}
+    /// A text.
     Value(std::string text) : m_text(std::move(text)) {}
+    /// A number, or a value of an enumeration.
     template <typename T, std::enable_if_t<std::is_integral_v<T> || std::is_enum_v<T>, int> = 0>
     Value(T value) : m_text(std::to_string(static_cast<long long>(value)))
     {
     }
 
+    /// The value as it is sent.
     std::string const& Text() const { return m_text; }
 
+    /// Whether an argument has this value.
     bool Fits(std::string const& text) const
     {
         std::optional<long long> const number = Number(m_text);
@@ -45,12 +51,13 @@ private:
     std::string m_text;
 };
 
+/// Arguments by their keys in the protocol.
 using Arguments = std::map<std::string, Value>;
 
 /// A request that the service has answered.
 struct Request
 {
-    std::string function;
+    std::string function;                         ///< its name: "MuteAudio"
     std::map<std::string, std::string> arguments; ///< as texts; flags are 0 and 1, enumerations are numbers
     std::string application;                      ///< unique bus name
     std::string endpoint;                         ///< PLAYERCONTROL, BROADCASTDATA, ...
@@ -58,6 +65,7 @@ struct Request
     std::string fault;                            ///< what a fault did to the answer; otherwise empty
     double seconds = 0;                           ///< since the reset
 
+    /// Whether it is a request of this function with these arguments; others may be there, too.
     bool Fits(std::string const& wanted, Arguments const& expected) const
     {
         for (auto const& [key, value] : expected) {

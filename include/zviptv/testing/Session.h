@@ -30,6 +30,7 @@ public:
         return *session;
     }
 
+    /// What has happened since the reset.
     Conversation& TheConversation() { return *m_conversation; }
 
     /// Calls a method of the control interface. @throws TelevisionError
@@ -38,6 +39,7 @@ public:
         return Guarded([&] { return m_control->Call(method, values, timeout); });
     }
 
+    /// All properties of the control interface, an a{sv}. @throws TelevisionError
     Handle<GVariant> Properties()
     {
         return Guarded([this] { return m_control->Properties(); });

@@ -21,6 +21,7 @@ struct Options
     std::string guide; ///< an XMLTV file; the guide of the stream if it is empty
     std::vector<std::string> arguments{"--loop"}; ///< other options of zviptv-sim
 
+    /// Whether the simulator starts in the same way.
     bool operator==(Options const& other) const
     {
         return input == other.input && guide == other.guide && arguments == other.arguments;

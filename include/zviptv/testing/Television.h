@@ -13,12 +13,14 @@ namespace zviptv::simulated {
 class RunningScenario
 {
 public:
+    /// Starts it. @throws TelevisionError with all errors of the text
     RunningScenario(Session& session, std::string const& text, std::string const& file) : m_session(&session)
     {
         Handle<GVariant> const result = session.Call("StartScenario", {NewVariant(text), NewVariant(file)});
         g_variant_get(result.get(), "(u)", &m_number);
         session.TheConversation().Note("test", "scenario");
     }
+    /// Takes over the scenario; `other` must not be used any more.
     RunningScenario(RunningScenario&& other) noexcept
         : m_session(std::exchange(other.m_session, nullptr)), m_number(other.m_number)
     {

@@ -19,9 +19,13 @@ namespace zviptv::simulated {
 /// Releases a handle of GLib.
 struct Release
 {
+    /// Drops a reference.
     void operator()(GVariant* value) const { g_variant_unref(value); }
+    /// Drops a reference.
     void operator()(GDBusConnection* connection) const { g_object_unref(connection); }
+    /// Frees an error.
     void operator()(GError* error) const { g_error_free(error); }
+    /// Frees a text.
     void operator()(char* text) const { g_free(text); }
 };
 
@@ -29,6 +33,7 @@ struct Release
 template <typename T>
 using Handle = std::unique_ptr<T, Release>;
 
+/// Floating references to values.
 using Variants = std::initializer_list<GVariant*>;
 
 /// A text as a value. @throws std::invalid_argument if it is not UTF-8

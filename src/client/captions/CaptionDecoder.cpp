@@ -23,22 +23,22 @@ struct __attribute__((visibility("hidden"))) CaptionDecoder::State
 {
     using Pid = std::optional<std::uint16_t>; ///< nothing for data without one
 
-    std::vector<Caption> Decode(EZVPESType kind, Pid pid, ByteView field, std::optional<std::uint64_t> pts);
+    std::vector<Caption> Decode(PesKind kind, Pid pid, ByteView field, std::optional<std::uint64_t> pts);
 
     TeletextPages const pages;
     std::map<Pid, TeletextDecoder> teletext;
     std::map<Pid, AribCaptionDecoder> arib;
 };
 
-std::vector<Caption> CaptionDecoder::State::Decode(EZVPESType kind, Pid pid, ByteView field,
+std::vector<Caption> CaptionDecoder::State::Decode(PesKind kind, Pid pid, ByteView field,
                                                    std::optional<std::uint64_t> pts)
 {
     std::vector<Caption> captions;
-    if (kind == ZV_PES_TELETEXT && (teletext.count(pid) != 0 || teletext.size() < MaxStreams)) {
+    if (kind == PesKind::Teletext && (teletext.count(pid) != 0 || teletext.size() < MaxStreams)) {
         TeletextDecoder& decoder = teletext.try_emplace(pid, pages).first->second;
         Append(captions, decoder.Decode(field, pts), pid);
     }
-    if (kind == ZV_PES_CAPTION && (arib.count(pid) != 0 || arib.size() < MaxStreams)) {
+    if (kind == PesKind::Caption && (arib.count(pid) != 0 || arib.size() < MaxStreams)) {
         AribCaptionDecoder& decoder = arib.try_emplace(pid).first->second;
         if (auto caption = decoder.Decode(field, pts)) {
             caption->pid = pid;

@@ -166,8 +166,10 @@ Result<std::shared_ptr<Attachment>> Bus::Install(Owned<GDBusConnection> connecti
     if (m_isClosed) {
         return Gone("");
     }
-    if (m_current == nullptr || !m_current->IsAlive()) { // otherwise another thread was faster
+    if (m_current == nullptr || !m_current->IsAlive()) {
         m_current = Share(std::move(connection), m_context.get());
+    } else { // another thread was faster
+        Attachment(std::move(connection)).Close();
     }
     return m_current;
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <zviptv/client/StateWatcher.h>
 
+#include "client/TelevisionParts.h"
 #include "client/state/StateWatch.h"
 
 namespace zviptv {
@@ -9,7 +10,7 @@ StateWatcher::StateWatcher() = default;
 
 StateWatcher::StateWatcher(Television& television, StateOptions options,
                            std::function<void(StateEvent const&)> callback)
-    : m_watch(std::make_shared<client::StateWatch>(television.GetLink(), television, options,
+    : m_watch(std::make_shared<client::StateWatch>(television.m_parts->link, television, options,
                                                    std::move(callback)))
 {
     m_watch->Begin();

@@ -7,7 +7,7 @@
 
 namespace zviptv {
 
-PesPacket::PesPacket(EZVPESType kind, std::uint16_t pid, std::shared_ptr<void const> owner, ByteView data)
+PesPacket::PesPacket(PesKind kind, std::uint16_t pid, std::shared_ptr<void const> owner, ByteView data)
     : m_owner(std::move(owner)), m_data(data), m_kind(kind), m_pid(pid)
 {
     auto const header = ParsePesHeader(data);

@@ -37,14 +37,14 @@ ByteView Data(Push const& push, char const* dataKey, char const* sizeKey)
 
 PesPacket ReadPes(Push const& push)
 {
-    auto const kind = static_cast<EZVPESType>(Number(push, key::PESType));
+    auto const kind = static_cast<PesKind>(Number(push, key::PESType));
     auto const pid = static_cast<std::uint16_t>(Number(push, key::PESPID));
     return {kind, pid, push.owner, Data(push, key::PESData, key::PESDataSize)};
 }
 
 CaptionData ReadCaption(Push const& push)
 {
-    auto const kind = static_cast<EZVPESType>(Number(push, key::CaptionType));
+    auto const kind = static_cast<PesKind>(Number(push, key::CaptionType));
     return {kind, push.owner, Data(push, key::CaptionData, key::CaptionDataSize)};
 }
 

@@ -21,7 +21,8 @@ inline std::vector<PesPacket> PacketsOf(std::string const& path)
     sim::Demux demux(path);
     for (sim::Event& event : Drain(demux)) {
         auto const bytes = std::make_shared<Bytes const>(std::move(event.pes.bytes));
-        packets.emplace_back(sim::TypeOf(event.pes.kind), event.pes.pid, bytes, ByteView(*bytes));
+        packets.emplace_back(static_cast<PesKind>(sim::TypeOf(event.pes.kind)), event.pes.pid, bytes,
+                             ByteView(*bytes));
     }
     return packets;
 }

@@ -23,7 +23,7 @@ Bytes TeletextField(std::string const& text)
     return page.Row(8, 22, "\v\v" + text + "\n\n").Field();
 }
 
-PesPacket Packet(EZVPESType kind, std::uint16_t pid, Bytes const& field, std::uint64_t pts = 1)
+PesPacket Packet(PesKind kind, std::uint16_t pid, Bytes const& field, std::uint64_t pts = 1)
 {
     auto const bytes = std::make_shared<Bytes const>(MakePes(pts, field));
     return {kind, pid, bytes, ByteView(*bytes)};
@@ -34,8 +34,8 @@ PesPacket Packet(EZVPESType kind, std::uint16_t pid, Bytes const& field, std::ui
 TEST(CaptionDecoder, StreamsAreDecodedIndependently)
 {
     CaptionDecoder decoder;
-    EXPECT_THAT(decoder.Decode(Packet(ZV_PES_TELETEXT, 0x100, TeletextField("one"), 5)), IsEmpty());
-    EXPECT_THAT(decoder.Decode(Packet(ZV_PES_TELETEXT, 0x200, TeletextField("two"), 6)), IsEmpty());
+    EXPECT_THAT(decoder.Decode(Packet(PesKind::Teletext, 0x100, TeletextField("one"), 5)), IsEmpty());
+    EXPECT_THAT(decoder.Decode(Packet(PesKind::Teletext, 0x200, TeletextField("two"), 6)), IsEmpty());
     auto const captions = decoder.Flush();
     ASSERT_EQ(captions.size(), 2U);
     EXPECT_EQ(captions[0].pid, 0x100);
@@ -48,18 +48,18 @@ TEST(CaptionDecoder, StreamsAreDecodedIndependently)
 TEST(CaptionDecoder, TheKindSelectsTheDecoder)
 {
     CaptionDecoder decoder;
-    auto const captions = decoder.Decode(Packet(ZV_PES_CAPTION, 0x130, AribField, 9));
+    auto const captions = decoder.Decode(Packet(PesKind::Caption, 0x130, AribField, 9));
     ASSERT_EQ(captions.size(), 1U);
     EXPECT_EQ(captions[0].pid, 0x130);
     EXPECT_EQ(captions[0].pts, 9U);
     EXPECT_EQ(captions[0].Text(), "あい");
-    for (EZVPESType const kind : {ZV_PES_OTHER, ZV_PES_VIDEO, ZV_PES_AUDIO, ZV_PES_SUBTITLE}) {
+    for (PesKind const kind : {PesKind::Other, PesKind::Video, PesKind::Audio, PesKind::Subtitle}) {
         EXPECT_THAT(decoder.Decode(Packet(kind, 0x130, AribField)), IsEmpty());
     }
-    EXPECT_THAT(decoder.Decode(Packet(ZV_PES_TELETEXT, 0x130, AribField)), IsEmpty());
-    EXPECT_THAT(decoder.Decode(PesPacket(ZV_PES_CAPTION, 0x130, nullptr, ByteView(AribField))), IsEmpty())
+    EXPECT_THAT(decoder.Decode(Packet(PesKind::Teletext, 0x130, AribField)), IsEmpty());
+    EXPECT_THAT(decoder.Decode(PesPacket(PesKind::Caption, 0x130, nullptr, ByteView(AribField))), IsEmpty())
         << "without a PES header";
-    EXPECT_EQ(decoder.Decode(CaptionData(ZV_PES_CAPTION, nullptr, ByteView(AribField))).size(), 1U);
+    EXPECT_EQ(decoder.Decode(CaptionData(PesKind::Caption, nullptr, ByteView(AribField))).size(), 1U);
 }
 
 TEST(CaptionDecoder, SixteenStreamsOfAKindAreDecoded)
@@ -67,9 +67,9 @@ TEST(CaptionDecoder, SixteenStreamsOfAKindAreDecoded)
     CaptionDecoder decoder;
     for (std::uint16_t pid = 0; pid < 1000; ++pid) {
         std::size_t const expected = pid < 16 ? 1 : 0;
-        EXPECT_EQ(decoder.Decode(Packet(ZV_PES_CAPTION, pid, AribField)).size(), expected) << pid;
+        EXPECT_EQ(decoder.Decode(Packet(PesKind::Caption, pid, AribField)).size(), expected) << pid;
     }
-    EXPECT_EQ(decoder.Decode(Packet(ZV_PES_CAPTION, 0, AribField)).size(), 1U);
+    EXPECT_EQ(decoder.Decode(Packet(PesKind::Caption, 0, AribField)).size(), 1U);
 }
 
 TEST(CaptionDecoder, ThreadsDecodeIndependently)
@@ -77,9 +77,9 @@ TEST(CaptionDecoder, ThreadsDecodeIndependently)
     auto const decode = [](std::string const& text) {
         for (int round = 0; round < 100; ++round) {
             CaptionDecoder decoder;
-            decoder.Decode(Packet(ZV_PES_TELETEXT, 0x100, TeletextField(text)));
+            decoder.Decode(Packet(PesKind::Teletext, 0x100, TeletextField(text)));
             auto const pages = decoder.Flush();
-            auto const statements = decoder.Decode(Packet(ZV_PES_CAPTION, 0x130, AribField));
+            auto const statements = decoder.Decode(Packet(PesKind::Caption, 0x130, AribField));
             if (pages.size() != 1 || pages[0].Text() != text || statements.size() != 1 ||
                 statements[0].Text() != "あい") {
                 return false;

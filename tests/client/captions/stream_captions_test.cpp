@@ -24,9 +24,9 @@ std::vector<CaptionData> DataOf(std::vector<PesPacket> const& packets)
 {
     std::vector<CaptionData> pushed;
     for (PesPacket const& packet : packets) {
-        auto const kind = packet.Kind() == ZV_PES_TELETEXT  ? sim::StreamKind::Teletext
-                          : packet.Kind() == ZV_PES_CAPTION ? sim::StreamKind::AribCaption
-                                                            : sim::StreamKind::Other;
+        auto const kind = packet.Kind() == PesKind::Teletext  ? sim::StreamKind::Teletext
+                          : packet.Kind() == PesKind::Caption ? sim::StreamKind::AribCaption
+                                                              : sim::StreamKind::Other;
         if (auto caption = sim::CaptionIn({packet.Pid(), kind, {}, {}, packet.Data().Copy()})) {
             auto const bytes = std::make_shared<Bytes const>(std::move(caption->data));
             pushed.emplace_back(packet.Kind(), bytes, ByteView(*bytes));

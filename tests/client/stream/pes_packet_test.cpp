@@ -11,7 +11,7 @@ namespace {
 PesPacket Packet(Bytes bytes)
 {
     auto const owned = std::make_shared<Bytes const>(std::move(bytes));
-    return {ZV_PES_VIDEO, 0x100, owned, ByteView(*owned)};
+    return {PesKind::Video, 0x100, owned, ByteView(*owned)};
 }
 
 } // namespace
@@ -19,7 +19,7 @@ PesPacket Packet(Bytes bytes)
 TEST(PesPacket, HeaderFieldsAreRead)
 {
     PesPacket const packet = Packet(MakePes(0x1FFFFFFFF, {1, 2, 3}, false, 0x100000001, 0xE0));
-    EXPECT_EQ(packet.Kind(), ZV_PES_VIDEO);
+    EXPECT_EQ(packet.Kind(), PesKind::Video);
     EXPECT_EQ(packet.Pid(), 0x100);
     EXPECT_TRUE(packet.HasHeader());
     EXPECT_EQ(packet.StreamId(), 0xE0);
@@ -50,7 +50,7 @@ TEST(PesPacket, CopiesShareTheBytesAndKeepThem)
     std::uint8_t const* const first = owned->data();
     std::optional<PesPacket> kept;
     {
-        PesPacket const packet(ZV_PES_AUDIO, 1, owned, ByteView(*owned));
+        PesPacket const packet(PesKind::Audio, 1, owned, ByteView(*owned));
         owned.reset();
         kept = packet;
     }

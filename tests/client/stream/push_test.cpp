@@ -35,12 +35,13 @@ TEST(Push, PesPacketHasTheValuesOfTheMessage)
 {
     client::Push const push = PushOf(PesFields("8191", std::string("\0\1x", 3), "1"));
     PesPacket const packet = client::ReadPes(push);
-    EXPECT_EQ(packet.Kind(), ZV_PES_VIDEO);
+    EXPECT_EQ(packet.Kind(), PesKind::Video);
     EXPECT_EQ(packet.Pid(), 8191);
     EXPECT_EQ(packet.Data().Copy(), (Bytes{0, 1, 'x'}));
     EXPECT_EQ(static_cast<void const*>(packet.Data().Data()), push.field("pesData").data()) << "no copy";
     EXPECT_EQ(client::ReadPes(PushOf(PesFields("65535", "x", "77"))).Pid(), 0xFFFF);
-    EXPECT_EQ(client::ReadPes(PushOf(PesFields("1", "x", "77"))).Kind(), 77) << "kinds may be added";
+    EXPECT_EQ(client::ReadPes(PushOf(PesFields("1", "x", "77"))).Kind(), static_cast<PesKind>(77))
+        << "kinds may be added";
 }
 
 TEST(Push, PacketKeepsTheMessage)
@@ -67,7 +68,7 @@ TEST(Push, AnnouncedSizeCutsTheData)
 TEST(Push, CaptionDataHasTypeAndBytes)
 {
     CaptionData const data = client::ReadCaption(PushOf(CaptionFields("abc", "5")));
-    EXPECT_EQ(data.Kind(), ZV_PES_CAPTION);
+    EXPECT_EQ(data.Kind(), PesKind::Caption);
     EXPECT_EQ(data.Data().Copy(), (Bytes{'a', 'b', 'c'}));
 }
 

@@ -59,8 +59,8 @@ TEST_F(SubscriptionTest, FiltersByPidAndKind)
 {
     Subscription const byPid = Note({{257, 258}, {}}, m_pids);
     std::vector<int> both;
-    Subscription const byKind = Note({{}, {ZV_PES_TELETEXT}}, m_others);
-    Subscription const byBoth = Note({{258}, {ZV_PES_TELETEXT}}, both);
+    Subscription const byKind = Note({{}, {PesKind::Teletext}}, m_others);
+    Subscription const byBoth = Note({{258}, {PesKind::Teletext}}, both);
     Push("256", "x", "4");
     Push("257", "x", "2");
     Push("258", "x", "4");

@@ -108,7 +108,7 @@ bool CaptionOutput::IsCaption(Packet const& packet)
 
 std::vector<Caption> CaptionOutput::Take(Packet const& packet)
 {
-    PesPacket const pes(static_cast<EZVPESType>(packet.type), packet.pid.value_or(0), nullptr, packet.data);
+    PesPacket const pes(static_cast<PesKind>(packet.type), packet.pid.value_or(0), nullptr, packet.data);
     if (pes.Pts()) {
         m_subtitles.See(*pes.Pts());
     }
