@@ -24,9 +24,6 @@ if(ZVIPTV_GIO_FOUND AND NOT TARGET ZvIptv::Testing)
 endif()
 if(TARGET ZvIptv::Testing)
     set(ZvIptvServiceApi_Testing_FOUND TRUE)
-else()
-    set(ZvIptvServiceApi_NOT_FOUND_MESSAGE
-        "ZvIptv::Testing needs pkg-config and gio-2.0: install pkg-config and libglib2.0-dev")
 endif()
 
 # zviptv_add_television_test(NAME <name> COMMAND <command> [<argument>...]
