@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <zviptv/client/Client.h>
+
 #include <chrono>
 #include <string>
 
@@ -8,11 +10,6 @@
 class Player
 {
 public:
-    Player();
-    ~Player();
-    Player(Player const&) = delete;
-    Player& operator=(Player const&) = delete;
-
     /// Mutes the sound or turns it on again. Tries a second time if the first attempt fails.
     bool Mute(bool on);
 
@@ -20,12 +17,13 @@ public:
     /// or the programme was not locked within this time.
     bool UnlockWhenLocked(std::chrono::milliseconds within);
 
-    /// The reason of the last failure, in words.
+    /// The last failure, in one line for people.
     std::string const& Problem() const { return m_problem; }
 
 private:
-    /// Keeps the reason why the last call failed; returns false.
-    bool Fail();
+    /// Keeps the failure; returns false.
+    bool Fail(zviptv::Failure const& failure);
 
+    zviptv::Television m_television;
     std::string m_problem;
 };

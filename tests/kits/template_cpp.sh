@@ -19,7 +19,7 @@ echo "The test program runs by itself, too"
 env -u DBUS_SYSTEM_BUS_ADDRESS build/player_test
 
 echo "A mistake in the application fails its tests"
-sed -i 's/control->MuteAudio(on)/control->MuteAudio(!on)/; s/broadcast->UnMuteByRatingPin()/true/' Player.cpp
+sed -i 's/MuteAudio(on)/MuteAudio(!on)/; s/Broadcast().UnMuteByRatingPin()/Player().MuteAudio(false)/' Player.cpp
 cmake --build build
 if ctest --test-dir build --output-on-failure >out; then
     echo "the tests have not noticed it"
