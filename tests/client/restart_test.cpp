@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "ClientTest.h"
 
+#include "glib/Owned.h"
+
 #include <future>
+#include <thread>
 
 using namespace zviptv;
 using namespace zviptv::test;
@@ -164,6 +167,34 @@ TEST_F(RestartTest, ABlockingCallNoticesARestartOfTheBusWithoutALoop)
     StartService();
     EXPECT_TRUE(Succeeded(player().MuteAudio(true)));
     ASSERT_TRUE(AwaitAvailable(true));
+}
+
+TEST_F(ServiceClientTest, TheEndOfAConnectionIsNoticedThatAnotherThreadMade)
+{
+    Owned<GMainContext> const context(g_main_context_new());
+    g_main_context_push_thread_default(context.get());
+    auto television = std::make_unique<Television>();
+    g_main_context_pop_thread_default(context.get());
+    auto const awaitAvailable = [&](bool isAvailable) {
+        while (television->IsAvailable() != isAvailable) {
+            g_main_context_iteration(context.get(), TRUE);
+        }
+    };
+    std::thread([&] { EXPECT_TRUE(Succeeded(television->Player().MuteAudio(true))); }).join();
+    awaitAvailable(true);
+    KillService();
+    awaitAvailable(false);
+    StartService();
+    awaitAvailable(true);
+    m_bus.Kill();
+    awaitAvailable(false);
+    m_service.reset();
+    m_bus.Restart();
+    StartService();
+    awaitAvailable(true);
+    television.reset();
+    while (g_main_context_iteration(context.get(), FALSE) != FALSE) {
+    }
 }
 
 TEST_F(ClientTest, AServiceMayComeLater)

@@ -151,6 +151,7 @@ void Link::OnClosed()
 {
     std::shared_ptr<Link> const self = shared_from_this();
     m_owner.clear();
+    m_watch.reset(); // changes that it has not told yet are those of the bus that has gone
     m_adopted.reset();
     m_pushes.Forget();
     SetAvailable(false);

@@ -26,7 +26,11 @@ Result<CMessageBuffer> Link::SendAndWait(Request& request)
             if (std::optional<Failure> failure = ConnectNow(request.Endpoint(), channel, function)) {
                 return *failure;
             }
-            Post([attachment = *attached](Link& link) { link.Adopt(attachment); });
+            Post([](Link& link) {
+                if (std::shared_ptr<Attachment> const current = link.m_bus.Current()) {
+                    link.Adopt(current);
+                }
+            });
         }
         CMessageBuffer reply;
         if (channel.Helper().SendMessage(request.Message(), reply, 0) != 0) {

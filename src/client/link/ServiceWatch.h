@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "dbus/CloseWatch.h"
+#include "client/link/CloseSource.h"
 #include "dbus/SignalSubscription.h"
 
 #include <functional>
@@ -11,8 +11,8 @@
 namespace zviptv::client {
 
 /// Reports the owner of the service's name, at first and after each change, and the end of the connection.
-/// Ends with its owner. Everything runs through the main context that is the default of the thread that made
-/// it.
+/// Ends with its owner, also inside a report. Everything runs through the main context that is the default of
+/// the thread that made it.
 class ServiceWatch
 {
 public:
@@ -31,7 +31,7 @@ private:
 
     std::shared_ptr<Reports const> m_reports;
     SignalSubscription m_changes;
-    CloseWatch m_closed;
+    CloseSource m_closed;
 };
 
 } // namespace zviptv::client
