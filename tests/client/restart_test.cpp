@@ -5,6 +5,7 @@
 
 #include <future>
 #include <thread>
+#include <utility>
 
 using namespace zviptv;
 using namespace zviptv::test;
@@ -195,6 +196,22 @@ TEST_F(ServiceClientTest, TheEndOfAConnectionIsNoticedThatAnotherThreadMade)
     television.reset();
     while (g_main_context_iteration(context.get(), FALSE) != FALSE) {
     }
+}
+
+TEST_F(TelevisionTest, AListenerThatIteratesTheContextLeavesNoneBehind)
+{
+    bool isFirst = true;
+    States told;
+    Listener const iterating = m_television->OnAvailability([&](bool) {
+        if (std::exchange(isFirst, false)) {
+            KillService();
+            AwaitAvailable(false);
+        }
+    });
+    Listener const other = m_television->OnAvailability([&](bool is) { told.push_back(is); });
+    ASSERT_TRUE(RunUntil([&] { return !told.empty(); }));
+    RunPending();
+    EXPECT_FALSE(told.back());
 }
 
 TEST_F(ClientTest, AServiceMayComeLater)

@@ -164,7 +164,10 @@ void Link::SetAvailable(bool isAvailable)
         return;
     }
     m_onAvailability.ForEach([this, isAvailable](std::function<void(bool)> const& listener) {
-        Guard("OnAvailability", [&] { listener(isAvailable); });
+        // It has changed if a listener has iterated the context. Then all have been told.
+        if (m_isAvailable == isAvailable) {
+            Guard("OnAvailability", [&] { listener(isAvailable); });
+        }
     });
 }
 
