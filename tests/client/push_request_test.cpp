@@ -80,6 +80,22 @@ TEST_F(PushRequestTest, SendsAChangeAfterAnOutstandingRequest)
     EXPECT_THAT(Requests(), ElementsAre("requestPESCB 1", "requestPESCB 0"));
 }
 
+TEST_F(PushRequestTest, SendsAChangeAfterAFailedRequest)
+{
+    m_service->AnswerBy("requestPESCB", [](WireMessage const& request) {
+        return request.Value("on") == "0"
+                   ? WireAnswer::Error("org.corvel.test.Failed", "not now").After(100ms)
+                   : WireAnswer(Entries({{"result_internal", "1"}}));
+    });
+    m_link->Pushes().SetWanted("requestPESCB", true);
+    ASSERT_TRUE(AwaitRequests(1));
+    m_link->Pushes().SetWanted("requestPESCB", false);
+    ASSERT_TRUE(AwaitRequests(2));
+    m_link->Pushes().SetWanted("requestPESCB", true);
+    ASSERT_TRUE(AwaitRequests(3));
+    EXPECT_THAT(Requests(), ElementsAre("requestPESCB 1", "requestPESCB 0", "requestPESCB 1"));
+}
+
 TEST_F(PushRequestTest, AsksAgainAfterARestart)
 {
     m_link->Pushes().SetWanted("requestPESCB", true);

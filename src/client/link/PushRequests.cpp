@@ -82,6 +82,7 @@ void PushRequests::OnAnswer(Subject& subject, bool on, Failure const* failure)
     }
     if (!on) {
         subject.isTold = false; // what it still pushes is ignored
+        Ask(subject);           // for what is wanted meanwhile
         return;
     }
     if (!IsAbsence(*failure) && !std::exchange(subject.isReported, true)) {
