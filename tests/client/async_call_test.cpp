@@ -131,6 +131,29 @@ TEST_F(TelevisionTest, EachCallHasItsTimeout)
     EXPECT_FALSE(slow.IsThere());
 }
 
+TEST_F(TelevisionTest, TheLongestTimeoutIsNoTimeout)
+{
+    m_service->Answer("SizeOfAudio", {{"result_internal", "1"}, {"size", "1"}});
+    Outcome<void> call;
+    player().MuteAudio(true, call.Take(), {std::chrono::milliseconds::max()});
+    Outcome<std::vector<AudioTrack>> list;
+    m_television->Broadcast().AudioTracks(list.Take(), {std::chrono::milliseconds::max()});
+    ASSERT_TRUE(call.Await() && list.Await());
+    EXPECT_TRUE(Succeeded(*call));
+    EXPECT_TRUE(Succeeded(*list));
+}
+
+TEST_F(TelevisionTest, AHandleDoesNotKeepACompletionThatHasRun)
+{
+    m_service->Answer("SizeOfAudio", {{"result_internal", "1"}, {"size", "1"}});
+    auto const kept = std::make_shared<int>();
+    Outcome<std::vector<AudioTrack>> list;
+    Pending const handle = m_television->Broadcast().AudioTracks(
+        [kept, done = list.Take()](Result<std::vector<AudioTrack>> const& tracks) { done(tracks); });
+    ASSERT_TRUE(list.Await());
+    EXPECT_EQ(kept.use_count(), 1);
+}
+
 TEST_F(TelevisionTest, TheTimeoutCountsTheWaitForTheChannel)
 {
     m_service->AnswerAnnouncements([](Announcement const&) { return WireAnswer::Nothing(); });

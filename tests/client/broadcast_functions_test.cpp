@@ -148,6 +148,9 @@ TEST_F(FunctionTest, AListFailsWithTheFirstRequestThatFails)
     EXPECT_EQ(outcome->GetFailure().function, "GetAudio");
     m_service->Answer("SizeOfTTX", {{"result_internal", "1"}, {"size", "-1"}});
     EXPECT_EQ(KindOf(m_television->Broadcast().TeletextPages()), "malformed reply");
+    m_service->Answer("SizeOfTTX", {{"result_internal", "1"}, {"size", "2147483647"}});
+    EXPECT_EQ(KindOf(m_television->Broadcast().TeletextPages()), "malformed reply");
+    EXPECT_FALSE(m_service->WaitForRequest("GetTTX", std::chrono::milliseconds(0)));
     m_service->Answer("SizeOfISDBText", {{"result_internal", "1"}, {"size", "0"}});
     auto const none = m_television->Broadcast().IsdbTexts(IsdbTextKind::Caption);
     ASSERT_TRUE(Succeeded(none));

@@ -4,14 +4,25 @@
 #include <zviptv/client/Pending.h>
 #include <zviptv/client/Result.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace zviptv::client {
+
+/// No list of a television is longer.
+constexpr std::int32_t MostElements = 65536;
+
+inline bool IsSize(std::int32_t size)
+{
+    return size >= 0 && size <= MostElements;
+}
 
 /// The failure of a list whose size makes no sense.
 inline Failure WrongSize(char const* function, std::int32_t size)
@@ -29,7 +40,7 @@ Result<std::vector<Element>> AskAll(char const* function, Count const& count, De
     if (!size) {
         return size.GetFailure();
     }
-    if (*size < 0) {
+    if (!IsSize(*size)) {
         return WrongSize(function, *size);
     }
     std::vector<Element> elements;
@@ -54,13 +65,15 @@ public:
     ListCall(char const* function, Completion<std::vector<Element>> done, CallOptions options,
              Describe describe, Part part)
         : m_function(function), m_done(std::move(done)), m_describe(std::move(describe)),
-          m_part(std::move(part)), m_deadline(std::chrono::steady_clock::now() + options.timeout)
+          m_part(std::move(part)),
+          m_deadline(std::chrono::steady_clock::now() +
+                     std::min(options.timeout, std::chrono::milliseconds(std::numeric_limits<int>::max())))
     {
     }
 
     void OnCounted(Result<std::int32_t> const& size)
     {
-        if (!size || *size < 0) {
+        if (!size || !IsSize(*size)) {
             Finish(size ? WrongSize(m_function, *size) : size.GetFailure());
             return;
         }
@@ -96,8 +109,8 @@ private:
 
     void Finish(Result<std::vector<Element>> result)
     {
-        if (m_done) {
-            m_done(std::move(result));
+        if (auto const done = std::exchange(m_done, nullptr)) { // the handle of the call keeps this object
+            done(std::move(result));
         }
     }
 
