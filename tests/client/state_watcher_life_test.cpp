@@ -41,6 +41,13 @@ TEST_F(StateWatcherTest, RoundsStartAtTheIntervalOrWhenRefreshed)
     EXPECT_EQ(m_texts.back(), "audio track: 0 -> 1");
 }
 
+TEST_F(StateWatcherTest, AnIntervalOfManyWeeksIsNotShortened)
+{
+    Watch({std::chrono::milliseconds((1LL << 32) + 100), std::nullopt}); // above the range of GLib's timers
+    ASSERT_TRUE(AwaitEvents(1));
+    EXPECT_FALSE(RunUntil([&] { return Count("GetSourceState") == 2; }, 500ms));
+}
+
 TEST_F(StateWatcherTest, ARefreshDuringARoundIsFollowedByAnother)
 {
     Watch({10min, std::nullopt});

@@ -4,8 +4,11 @@
 #include "dbus/UserData.h"
 #include "glib/Owned.h"
 
+#include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <functional>
+#include <limits>
 #include <memory>
 
 namespace zviptv::client {
@@ -40,9 +43,10 @@ class Timer
 {
 public:
     Timer() = default;
-    /// Runs `work` once on the thread that iterates `context`, after a time.
+    /// Runs `work` once on the thread that iterates `context`, after a time of 49 days at most.
     Timer(GMainContext* context, std::chrono::milliseconds after, std::function<void()> work)
-        : m_source(g_timeout_source_new(static_cast<guint>(after.count())))
+        : m_source(g_timeout_source_new(static_cast<guint>(
+              std::clamp<std::int64_t>(after.count(), 0, std::numeric_limits<guint>::max()))))
     {
         g_source_set_callback(
             m_source.get(), OnDue,
