@@ -2,27 +2,13 @@
 #include "client/message/Reply.h"
 
 #include "client/guide/ProgrammeJson.h"
+#include "client/message/Text.h"
 
 #include <zviptv/Protocol.h>
 
 #include <stdexcept>
 
 namespace zviptv::client {
-
-namespace {
-
-/// The beginning of a value, for a message: whole characters of printable ASCII.
-std::string Shown(std::string_view value)
-{
-    std::size_t const longest = 40;
-    std::string shown = "\"";
-    for (char const byte : value.substr(0, longest)) {
-        shown += byte >= ' ' && byte <= '~' ? byte : '?';
-    }
-    return shown + (value.size() > longest ? "\"..." : "\"");
-}
-
-} // namespace
 
 void Reply::SetMalformed(char const* key, std::string_view expected)
 {

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <type_traits>
 
 namespace zviptv::client {
@@ -13,6 +14,17 @@ namespace zviptv::client {
 inline std::string UnknownText(std::int32_t number)
 {
     return "unknown (" + std::to_string(number) + ")";
+}
+
+/// The beginning of a value, for a message: whole characters of printable ASCII.
+inline std::string Shown(std::string_view value, char quote = '"')
+{
+    std::size_t const longest = 40;
+    std::string shown(1, quote);
+    for (char const byte : value.substr(0, longest)) {
+        shown += byte >= ' ' && byte <= '~' ? byte : '?';
+    }
+    return shown + quote + (value.size() > longest ? "..." : "");
 }
 
 /// "0x101"

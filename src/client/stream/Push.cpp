@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "client/stream/Push.h"
 
+#include "client/message/Text.h"
+
 #include <zviptv/Protocol.h>
 
 #include <cstdint>
@@ -18,7 +20,7 @@ std::int32_t Number(Push const& push, char const* key)
     try {
         return std::stoi(text);
     } catch (std::logic_error const&) {
-        throw UnreadablePush(key, text.empty() ? "the number is missing" : "'" + text + "' is not a number");
+        throw UnreadablePush(key, text.empty() ? "the number is missing" : Shown(text, '\'') + " is not a number");
     }
 }
 

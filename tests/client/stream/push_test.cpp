@@ -86,4 +86,13 @@ TEST(Push, UnreadableNumbersNameTheirKey)
     EXPECT_EQ(FailureOf(Without(pes, "pesPTS")), "") << "the time is in the packet";
 }
 
+TEST(Push, ComplaintsShowTheBeginningOfAValueInOneLineOfText)
+{
+    Fields const pes = PesFields("1", "x");
+    EXPECT_EQ(Complaint(With(pes, "pesPID", "\x1B[31m\n\xFF")), "pesPID: '?[31m?"
+                                                                "?' is not a number");
+    EXPECT_EQ(Complaint(With(pes, "pesPID", std::string(1 << 20, 'a'))),
+              "pesPID: '" + std::string(40, 'a') + "'... is not a number");
+}
+
 } // namespace zviptv::test
