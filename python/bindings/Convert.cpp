@@ -91,7 +91,8 @@ py::object ToPython(std::chrono::system_clock::time_point value)
 
 py::object ToPython(std::chrono::milliseconds value)
 {
-    return Delta(py::int_(value.count()), "milliseconds");
+    std::chrono::milliseconds const most(86399999999999999); // of a timedelta
+    return Delta(py::int_(std::min(value, most).count()), "milliseconds");
 }
 
 py::object ToPython(ProgrammeRating const& value)
