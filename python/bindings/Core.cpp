@@ -7,10 +7,13 @@
 
 #include <algorithm>
 #include <optional>
+#include <set>
 
 namespace zviptv::python {
 
 namespace {
+
+std::set<Core*> g_open; // with the GIL
 
 /// Releases the GIL if the calling thread has it.
 class WithoutGil
@@ -31,12 +34,17 @@ private:
 
 Core::Core(Television::Options options) : m_loop(Loop::Instance())
 {
-    WithoutGil const without;
-    m_loop.Run([&] { m_television = std::make_unique<Television>(std::move(options)); });
+    {
+        Loop::Use const use;
+        WithoutGil const without;
+        m_loop.Run([&] { m_television = std::make_unique<Television>(std::move(options)); });
+    }
+    g_open.insert(this);
 }
 
 Core::~Core()
 {
+    g_open.erase(this);
     if (IsForkedChild()) {
         static_cast<void>(m_television.release()); // its locks may be held for ever
         return;
@@ -49,6 +57,13 @@ void Core::Close()
     if (IsForkedChild()) {
         return;
     }
+    {
+        std::lock_guard const lock(m_mutex);
+        if (m_isDestroyed) {
+            return; // without releasing the GIL, which this thread does not get again if the interpreter ends
+        }
+    }
+    Loop::Use const use;
     WithoutGil const without;
     std::vector<std::weak_ptr<Waitable>> waitables;
     {
@@ -74,6 +89,19 @@ void Core::Close()
     std::lock_guard const lock(m_mutex);
     m_isDestroyed = true;
     m_left.notify_all();
+}
+
+void Core::CloseAll()
+{
+    std::vector<std::shared_ptr<Core>> open;
+    for (Core* const core : g_open) {
+        if (auto kept = core->weak_from_this().lock()) { // otherwise its destructor closes it
+            open.push_back(std::move(kept));
+        }
+    }
+    for (std::shared_ptr<Core> const& core : open) {
+        core->Close();
+    }
 }
 
 bool Core::IsAvailable()

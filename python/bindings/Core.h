@@ -29,6 +29,9 @@ public:
     /// nothing.
     void Close();
 
+    /// Closes all that are open.
+    static void CloseAll();
+
     bool IsAvailable();
 
     /// Keeps the television alive for a function that runs without the GIL. Construct and destroy it with the

@@ -4,8 +4,10 @@
 #include <pybind11/pybind11.h>
 
 #include <atomic>
+#include <condition_variable>
 #include <csignal>
 #include <future>
+#include <mutex>
 #include <pthread.h>
 #include <stdexcept>
 
@@ -16,6 +18,17 @@ namespace {
 std::atomic<bool> g_isForkedChild{false};
 Loop* g_loop = nullptr; // with the GIL
 bool g_hasEnded = false;
+std::mutex g_mutex;
+std::condition_variable g_unused;
+unsigned g_uses = 0;
+
+/// Called with the GIL.
+void AwaitUnused()
+{
+    pybind11::gil_scoped_release const release;
+    std::unique_lock lock(g_mutex);
+    g_unused.wait(lock, [] { return g_uses == 0; });
+}
 
 /// Blocks all signals for threads that are started meanwhile: Python's handlers then run on Python's threads.
 class SignalsBlocked
@@ -42,6 +55,11 @@ bool IsForkedChild()
     return g_isForkedChild;
 }
 
+bool IsSubinterpreter()
+{
+    return PyInterpreterState_Get() != PyInterpreterState_Main();
+}
+
 void CheckNotForked()
 {
     if (IsForkedChild()) {
@@ -54,6 +72,10 @@ void CheckNotForked()
 Loop& Loop::Instance()
 {
     CheckNotForked();
+    if (IsSubinterpreter()) {
+        throw std::runtime_error(
+            "a Television cannot be created in a subinterpreter; create it in the main one");
+    }
     if (g_hasEnded) {
         throw std::runtime_error("a Television cannot be created while the interpreter ends");
     }
@@ -102,12 +124,31 @@ void Loop::Run(std::function<void()> const& work)
     done.get_future().wait();
 }
 
-void Loop::End()
+Loop::Use::Use()
 {
+    std::lock_guard const lock(g_mutex);
+    ++g_uses;
+}
+
+Loop::Use::~Use()
+{
+    std::lock_guard const lock(g_mutex);
+    --g_uses;
+    g_unused.notify_all();
+}
+
+void Loop::End(std::function<void()> const& closeAll)
+{
+    if (IsSubinterpreter()) {
+        return; // it has no televisions
+    }
     g_hasEnded = true;
     if (g_loop == nullptr || IsForkedChild()) {
         return;
     }
+    AwaitUnused();
+    closeAll();
+    AwaitUnused();
     pybind11::gil_scoped_release const release;
     g_loop->Post([] { g_loop->m_isEnding = true; });
     g_loop->m_thread.join();

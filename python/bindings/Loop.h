@@ -12,6 +12,9 @@ namespace zviptv::python {
 /// nothing here may be used, locked or destroyed.
 bool IsForkedChild();
 
+/// Whether the calling thread runs another interpreter than the main one, which has all televisions.
+bool IsSubinterpreter();
+
 /// Raises RuntimeError in a forked child.
 void CheckNotForked();
 
@@ -23,7 +26,8 @@ void CheckNotForked();
 class Loop
 {
 public:
-    /// Begins the thread if that is necessary. Raises RuntimeError in a forked child, and after End().
+    /// Begins the thread if that is necessary. Raises RuntimeError in a forked child, in a subinterpreter,
+    /// and after End().
     static Loop& Instance();
     Loop(Loop const&) = delete;
     Loop& operator=(Loop const&) = delete;
@@ -34,8 +38,20 @@ public:
     /// Runs `work` on the thread, and waits for it. Any other thread, without the GIL.
     void Run(std::function<void()> const& work);
 
-    /// Ends the thread, if there is one. Called with the GIL.
-    static void End();
+    /// Marks a function that waits for the thread without the GIL. Construct and destroy it with the GIL:
+    /// Python must not end while a thread waits for the GIL in this module.
+    class Use
+    {
+    public:
+        Use();
+        ~Use();
+        Use(Use const&) = delete;
+        Use& operator=(Use const&) = delete;
+    };
+
+    /// Refuses new televisions, waits for the functions that use the thread, runs `closeAll`, and ends the
+    /// thread, if there is one. Does nothing in a subinterpreter. Called with the GIL.
+    static void End(std::function<void()> const& closeAll);
 
 private:
     Loop();

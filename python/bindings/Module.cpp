@@ -50,7 +50,7 @@ PYBIND11_MODULE(_native, module)
     core.def(py::init(&MakeCore))
         .def("close", &Core::Close)
         .def_property_readonly("is_available", &Core::IsAvailable);
-    module.def("end", &Loop::End);
+    module.def("end", [] { Loop::End(&Core::CloseAll); });
     BindStreams(module, core);
     BindFunctions(core);
 }

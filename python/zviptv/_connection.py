@@ -3,20 +3,12 @@
 from __future__ import annotations
 
 import atexit
-import weakref
 from collections.abc import Iterable
 
 from ._native import Core, end
 
-_open: weakref.WeakSet[Core] = weakref.WeakSet()
-
-
-@atexit.register
-def _close_all() -> None:
-    """The thread of the televisions does not run while the interpreter ends."""
-    for core in list(_open):
-        core.close()
-    end()
+# Closes all televisions: their thread does not run while the interpreter ends.
+atexit.register(end)
 
 
 def numbers(given: int | Iterable[int] | None) -> list[int]:
@@ -29,7 +21,6 @@ class Connection:
 
     def __init__(self, bus_address: str = "", *, profile: int = 1, id: int = 0, application_id: str = "") -> None:
         self._core = Core(bus_address, profile, id, application_id)
-        _open.add(self._core)
 
     @property
     def is_available(self) -> bool:

@@ -1,7 +1,9 @@
 # SPDX-License-Identifier: MIT
 """Failures of calls, threads and signals."""
 import asyncio
+import datetime
 import os
+import pathlib
 import pickle
 import signal
 import subprocess
@@ -201,6 +203,39 @@ asyncio.run(main())
     assert done.returncode == 0 and "Traceback" not in done.stderr, done.stderr
 
 
+@pytest.mark.parametrize("keep", ["tv = zviptv.Television()", "kept.append(zviptv.Television())"], ids=["dropped", "kept"])
+def test_the_interpreter_ends_while_threads_create_televisions(television, keep):
+    for _ in range(3):
+        done = run(f"""
+import threading, time, zviptv
+kept, turns = [], []
+def create():
+    while True:
+        try:
+            {keep}
+            turns.append(0)
+        except RuntimeError:
+            return
+for _ in range(4): threading.Thread(target=create, daemon=True).start()
+while len(turns) < 20: time.sleep(0.001)
+""", television)
+        assert (done.returncode, done.stderr) == (0, "")
+
+
+def test_a_subinterpreter_is_refused(television):
+    done = run(LIVE + """
+import _xxsubinterpreters as interpreters
+other = interpreters.create()
+try:
+    interpreters.run_string(other, "import zviptv; zviptv.Television()")
+except interpreters.RunFailedError as error:
+    print("in a subinterpreter" in str(error))
+interpreters.destroy(other)
+print(tv.player.get_source_state().name)
+""", television)
+    assert (done.returncode, done.stdout) == (0, "True\nPLAYING\n"), done.stderr
+
+
 def test_a_forked_child_is_refused(television):
     done = run(LIVE + """
 import os
@@ -240,3 +275,22 @@ def test_control_c_during_a_call_takes_effect_after_it(television, tv):
         time.sleep(5)
     assert time.monotonic() - begin < 4 * SLOWNESS
     tv.player.mute_audio(True)
+
+
+def test_a_time_beyond_every_timedelta_is_the_longest_one(tmp_path):
+    source = pathlib.Path(__file__).parents[2].joinpath("examples/python/service.py").read_text(encoding="utf-8")
+    clock = "time.monotonic() * 1000 % 2**32"
+    assert clock in source
+    service = tmp_path / "service.py"
+    service.write_text(source.replace(clock, "2**63 - 1"), encoding="utf-8")
+    with subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--print-address"], stdout=subprocess.PIPE, text=True) as bus:
+        address = bus.stdout.readline().strip()
+        environment = {**os.environ, "DBUS_SYSTEM_BUS_ADDRESS": address}
+        with subprocess.Popen([sys.executable, service], env=environment, stdout=subprocess.DEVNULL) as process:
+            try:
+                with zviptv.Television(address) as tv:
+                    tv.wait_until_available(10 * SLOWNESS)
+                    assert tv.player.get_first_pts().current_time == datetime.timedelta.max - datetime.timedelta(microseconds=999)
+            finally:
+                process.kill()
+                bus.kill()
