@@ -108,7 +108,9 @@ class Layer:
         lines = []
         for value in self.inputs(function) + self.outputs(function):
             name = value.get("parameter") if value.tag == "in" else self.member(value)
-            lines.append((value, name, self.summary(value) + self.unit(value)))
+            text = self.summary(value).removesuffix(" as JSON")
+            missing = ", or nothing if there is none" if value.get("client", "").startswith("std::optional") else ""
+            lines.append((value, name, text + self.unit(value) + missing))
         inputs = [f"`{name}`: {text}." for value, name, text in lines if value.tag == "in"]
         outputs = [(name, text) for value, name, text in lines if value.tag == "out"]
         if len(outputs) == 1:
