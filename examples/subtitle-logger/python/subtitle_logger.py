@@ -2,12 +2,9 @@
 # SPDX-License-Identifier: MIT
 """Selects an audio track, and logs programmes and captions until Ctrl-C: subtitle_logger.py deu"""
 import asyncio
-import contextlib
-import json
 import signal
 import sys
-from collections.abc import Callable
-from typing import Any
+from collections.abc import Callable, Iterable
 
 import zviptv
 
@@ -30,13 +27,14 @@ class SubtitleLogger:
         self._pid = pid
         self._service_id = service_id
         self._counters: zviptv.Counters | None = None
+        self._decoder = zviptv.CaptionDecoder()
 
     async def run(self) -> None:
         """Runs until it is cancelled."""
         async with zviptv.aio.Television() as tv, asyncio.TaskGroup() as tasks:
             tasks.create_task(self._count(tv))
-            tasks.create_task(self._log_programmes(tv))
-            tasks.create_task(self._log_captions())
+            tasks.create_task(self._watch(tv))
+            tasks.create_task(self._log_captions(tv))
             async for is_available in tv.availability():
                 self._write("the service is available" if is_available else "the service is not there")
                 if is_available:
@@ -51,7 +49,7 @@ class SubtitleLogger:
 
     async def _select_audio(self, tv: zviptv.aio.Television) -> None:
         try:
-            languages = [str(track.language) for track in await tv.broadcast.audio_tracks()]
+            languages = [track.language for track in await tv.broadcast.audio_tracks()]
             if self._audio not in languages:
                 self._write(f"no audio track in '{self._audio}'")
                 return
@@ -69,41 +67,34 @@ class SubtitleLogger:
                     gaps = self._counters.gaps
                     self._write(f"gap {gaps} of PID {self._pid}")
 
-    async def _log_programmes(self, tv: zviptv.aio.Television) -> None:
-        """Asks every second, because the service does not report a new programme."""
-        last: zviptv.Programme | None = None
-        while True:
-            try:
-                present = await tv.guide.get_present_program(self._service_id)
-                if present is not None and present != last:
-                    following = await tv.guide.get_program_ipg(present.id, zviptv.Neighbour.NEXT)
-                    self._write(f"now: {present.title}")
-                    self._write(f"next: {following.title if following else 'unknown'}")
-                last = present
-            except zviptv.Failure as failure:
-                if failure.kind != zviptv.FailureKind.NO_SERVICE:
-                    self._write(f"failed: {failure}")
-            await asyncio.sleep(1)
+    async def _watch(self, tv: zviptv.aio.Television) -> None:
+        async for event in tv.watch(interval=0.5, service_id=self._service_id):
+            if isinstance(event, zviptv.TelevisionState):
+                self._decode_pages(event.subtitles)
+                await self._show_programmes(tv, event.present)
+            elif isinstance(event, zviptv.SubtitlesChange):
+                self._decode_pages(event.after)
+            elif isinstance(event, zviptv.ProgrammeChange):
+                await self._show_programmes(tv, event.after)
 
-    async def _log_captions(self) -> None:
-        """Reads the output of zviptvctl, which decodes captions, and starts it again when the service has left."""
-        while True:
-            process = await asyncio.create_subprocess_exec("zviptvctl", "--json", "caption", "--text",
-                                                           stdout=asyncio.subprocess.PIPE,
-                                                           stderr=asyncio.subprocess.DEVNULL)
-            assert process.stdout is not None
-            try:
-                async for line in process.stdout:
-                    self._write_caption(json.loads(line))
-            finally:
-                with contextlib.suppress(ProcessLookupError):
-                    process.terminate()
-                await process.wait()
-            await asyncio.sleep(0.2)
+    async def _show_programmes(self, tv: zviptv.aio.Television, present: zviptv.Programme | None) -> None:
+        self._write(f"now: {present.title if present else 'unknown'}")
+        if present is None:
+            return
+        try:
+            following = await tv.guide.get_program_ipg(present.id, zviptv.Neighbour.NEXT)
+            self._write(f"next: {following.title if following else 'unknown'}")
+        except zviptv.Failure as failure:
+            self._write(f"failed: {failure}")
 
-    def _write_caption(self, caption: dict[str, Any]) -> None:
-        text = "/".join(caption["lines"]) or "(erased)"
-        self._write(f"{clock(caption['pts'])} {caption['kind']} {caption['languageCode'] or '???'}: {text}")
+    def _decode_pages(self, subtitles: Iterable[zviptv.Subtitle]) -> None:
+        self._decoder = zviptv.CaptionDecoder(languages=zviptv.page_languages(subtitles))
+
+    async def _log_captions(self, tv: zviptv.aio.Television) -> None:
+        async for packet in tv.pes(kind=[zviptv.PesKind.TELETEXT, zviptv.PesKind.CAPTION]):
+            for caption in self._decoder.decode(packet):
+                text = caption.text.replace("\n", "/") or "(erased)"
+                self._write(f"{clock(caption.pts)} {caption.kind.value} {caption.language or '???'}: {text}")
 
 
 async def main(audio: str) -> None:
