@@ -78,7 +78,9 @@ TeletextPages ToPages(py::object const& pages, py::object const& languages)
 
 void BindCaptions(py::module_& module)
 {
-    py::class_<CaptionDecoder>(module, "CaptionDecoder")
+    py::class_<CaptionDecoder>(module, "CaptionDecoder",
+                               "Decodes teletext subtitles and ARIB captions: a decoder of the right kind "
+                               "for each of up to 16 streams.")
         .def(py::init([](py::object const& pages, py::object const& languages) {
                  return std::make_unique<CaptionDecoder>(ToPages(pages, languages));
              }),

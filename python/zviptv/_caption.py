@@ -2,8 +2,11 @@
 """Captions as text."""
 import dataclasses
 import enum
+from collections.abc import Iterable
 
-__all__ = ["Caption", "CaptionKind", "CaptionLine", "CaptionRun", "Colour"]
+from ._types import Subtitle, SubtitleKind
+
+__all__ = ["Caption", "CaptionKind", "CaptionLine", "CaptionRun", "Colour", "page_languages"]
 
 
 class CaptionKind(enum.Enum):
@@ -72,3 +75,12 @@ class Caption:
     def text(self) -> str:
         """The text, with a line feed between the lines."""
         return "\n".join(line.text for line in self.lines)
+
+
+def page_languages(subtitles: Iterable[Subtitle]) -> dict[int, str]:
+    """Returns the languages of the teletext pages among the subtitles that broadcast.subtitles() lists, by page number.
+
+    Pages whose number is not decimal are left out.
+    """
+    return {subtitle.magazine * 100 + int(f"{subtitle.page:x}"): subtitle.language for subtitle in subtitles
+            if subtitle.kind is SubtitleKind.TELETEXT and f"{subtitle.page:x}".isdecimal()}

@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
 """Captions as text."""
 import asyncio
+import dataclasses
 import threading
 
 import pytest
@@ -133,3 +134,10 @@ def test_captions_are_values():
     caption = Caption(CaptionKind.TELETEXT, 888, "eng", TELETEXT, 90000, (CaptionLine((run, run)), CaptionLine((run,))))
     assert caption.text == "OneOne\nOne" and not caption.is_empty and hash(caption) == hash(caption)
     assert Caption(CaptionKind.TELETEXT, 888, "", None, None, ()).is_empty
+
+
+def test_the_languages_of_pages_are_those_of_the_teletext_subtitles(tv):
+    subtitles = tv.broadcast.subtitles()
+    assert zviptv.page_languages(subtitles) == LANGUAGES
+    other = dataclasses.replace(subtitles[1], magazine=1, page=0x05, language="fra")
+    assert zviptv.page_languages([other, dataclasses.replace(other, page=0x5A)]) == {105: "fra"}

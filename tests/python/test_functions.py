@@ -121,5 +121,6 @@ def test_help_describes_each_class_and_its_properties(name):
     if name in ("EPOCH", "aio"):
         return
     assert described.__doc__
-    properties = [member for member in vars(described).values() if isinstance(member, property)]
+    members = getattr(described, "__dict__", {}).values()
+    properties = [member for member in members if isinstance(member, property)]
     assert all(member.__doc__ for member in properties)
