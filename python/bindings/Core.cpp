@@ -154,10 +154,10 @@ bool Core::Post(std::function<void(Television&)> work)
     return true;
 }
 
-void Core::Bury(std::shared_ptr<void> object)
+void Core::Retain(std::shared_ptr<void> object)
 {
     std::lock_guard const lock(m_mutex);
-    m_buried.push_back(std::move(object));
+    m_retained.push_back(std::move(object));
 }
 
 void Core::AddErrors(std::shared_ptr<Queue<Failure>> const& failures)

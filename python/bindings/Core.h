@@ -58,7 +58,7 @@ public:
     bool Post(std::function<void(Television&)> work);
 
     /// Keeps an object until the television is destroyed.
-    void Bury(std::shared_ptr<void> object);
+    void Retain(std::shared_ptr<void> object);
 
     /// Adds to `failures` what belongs to no call, as long as the queue lives.
     void AddErrors(std::shared_ptr<Queue<Failure>> const& failures);
@@ -79,7 +79,7 @@ private:
     bool m_isClosed = false;
     bool m_isDestroyed = false;
     std::vector<std::weak_ptr<Waitable>> m_waitables;
-    std::vector<std::shared_ptr<void>> m_buried;
+    std::vector<std::shared_ptr<void>> m_retained;
 };
 
 } // namespace zviptv::python

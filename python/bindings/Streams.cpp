@@ -249,7 +249,7 @@ void Stream<Item>::End()
     auto const core = m_core.lock();
     if (core != nullptr &&
         !core->Post([feed = m_feed](Television& /*television*/) { feed->source = std::monostate(); })) {
-        core->Bury(m_feed); // the television may be using it
+        core->Retain(m_feed); // the television may be using it
     }
 }
 

@@ -8,7 +8,7 @@ namespace zviptv {
 
 namespace {
 
-/// The way of subscriptions to the service. Callbacks may destroy it with the television.
+/// The connection of subscriptions to the service. Callbacks may destroy it with the television.
 class PushesOfLink : public client::PushLink
 {
 public:
@@ -34,7 +34,7 @@ private:
     std::shared_ptr<client::Link> m_link;
 };
 
-/// The message as the subscriptions read it. Packets keep it alive.
+/// The message in the form that the subscriptions read. Packets keep it alive.
 client::Push PushOf(CMessageBuffer&& message)
 {
     auto const owner = std::make_shared<CMessageBuffer const>(std::move(message));

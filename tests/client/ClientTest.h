@@ -17,7 +17,7 @@
 
 namespace zviptv::test {
 
-/// What a completion was given.
+/// The result that a completion received.
 template <class T>
 class Outcome
 {
@@ -68,7 +68,7 @@ protected:
 class ServiceClientTest : public ClientTest
 {
 protected:
-    /// The service leaves the bus, as if it was killed.
+    /// Makes the service leave the bus, as if it was killed.
     void KillService() { m_service.reset(); }
     void StartService(std::function<void(FakeService&)> const& script = {})
     {
@@ -78,11 +78,11 @@ protected:
     std::unique_ptr<FakeService> m_service = std::make_unique<FakeService>(m_bus.Address());
 };
 
-/// The same with a television.
+/// The same fixture with a television.
 class TelevisionTest : public ServiceClientTest
 {
 protected:
-    /// Runs the loop until the television knows that the service is there, or is not.
+    /// Runs the loop until the television reports this availability of the service.
     bool AwaitAvailable(bool isAvailable)
     {
         return RunUntil([&] { return m_television->IsAvailable() == isAvailable; });

@@ -8,7 +8,7 @@
 
 namespace zviptv::test {
 
-/// A function of the layer: the request that it sends, a reply, and what it makes of that, in both forms.
+/// A function of the layer, in both forms: the request that it sends, a reply, and the decoded result.
 struct FunctionRow
 {
     std::string name;
@@ -38,7 +38,7 @@ FunctionRow Row(WireEntries request, WireEntries reply, T const& expected, Call 
             }};
 }
 
-/// One without a value.
+/// A function without a value.
 template <class Call>
 FunctionRow Row(WireEntries request, Call const& call)
 {

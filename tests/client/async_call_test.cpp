@@ -57,7 +57,7 @@ TEST_F(TelevisionTest, AHundredCallsMayBeOutstanding)
     std::promise<void> allAreSent;
     std::shared_future<void> const released = allAreSent.get_future().share();
     m_service->AnswerBy("SetCurrentAudioByIndex", [released](WireMessage const&) {
-        released.wait(); // the service does nothing else meanwhile
+        released.wait(); // the service does nothing else during this wait
         return Entries({{"result_internal", "1"}});
     });
     ASSERT_TRUE(Succeeded(player().MuteAudio(true))); // connects

@@ -25,7 +25,7 @@ protected:
         return *outcome ? Failure{} : outcome->GetFailure();
     }
 
-    /// The two forms fail alike.
+    /// Both forms fail in the same way.
     void Check(FailureKind kind, std::string const& key, std::string const& message)
     {
         for (Failure const& failure : {Blocking(), Async()}) {

@@ -116,12 +116,12 @@ TEST_F(TelevisionTest, TheLossOfTheServiceMayDestroyIt)
 TEST_F(TelevisionTest, ListenersThatThrowAreReportedAndTheOthersRun)
 {
     std::vector<Failure> reported;
-    bool isTold = false;
+    bool isReported = false;
     m_television->OnError([&](Failure const& failure) { reported.push_back(failure); });
     Listener const throwing =
         m_television->OnAvailability([](bool) { throw std::runtime_error("out of a listener"); });
-    Listener const other = m_television->OnAvailability([&](bool) { isTold = true; });
-    ASSERT_TRUE(RunUntil([&] { return isTold; }));
+    Listener const other = m_television->OnAvailability([&](bool) { isReported = true; });
+    ASSERT_TRUE(RunUntil([&] { return isReported; }));
     ASSERT_EQ(reported.size(), 1U);
     EXPECT_EQ(reported[0].kind, FailureKind::CallbackThrew);
     EXPECT_EQ(reported[0].function, "OnAvailability");

@@ -10,7 +10,7 @@ using testing::ElementsAre;
 
 namespace {
 
-/// A link that wants packets pushed, as a television with a subscription does.
+/// A link that requests packets, like a television with a subscription.
 class PushRequestTest : public ServiceClientTest
 {
 protected:
@@ -27,7 +27,7 @@ protected:
     }
     ~PushRequestTest() override { m_link->End(); }
 
-    /// The requests that the service has had: "requestPESCB 1", for example.
+    /// The requests that the service has received: "requestPESCB 1", for example.
     std::vector<std::string> Requests() const
     {
         std::vector<std::string> requests;

@@ -15,7 +15,7 @@ namespace {
 
 using States = std::vector<bool>;
 
-/// Notes what the television tells of its availability.
+/// Records the availability that the television reports.
 class RestartTest : public TelevisionTest
 {
 protected:
@@ -133,7 +133,7 @@ TEST_F(RestartTest, RequestsAnEndpointThatLeftUnnoticedAgain)
     endpoint.reset();
     m_service->SetPartnerName(m_service->Name());
     Outcome<void> outcome;
-    player().MuteAudio(true, outcome.Take()); // the loop has not told of the loss
+    player().MuteAudio(true, outcome.Take()); // the loop has not reported the loss
     ASSERT_TRUE(outcome.Await());
     EXPECT_TRUE(Succeeded(*outcome));
 }

@@ -11,7 +11,7 @@ namespace {
 
 TEST_F(StateWatcherTest, TwoRoundsNeverOverlap)
 {
-    std::vector<std::chrono::steady_clock::time_point> asked; // filled by the service's thread alone
+    std::vector<std::chrono::steady_clock::time_point> asked; // written only by the service's thread
     m_service->AnswerBy("GetSourceState", [&](WireMessage const&) {
         asked.push_back(std::chrono::steady_clock::now());
         return WireAnswer(Entries({{"result_internal", "1"}, {"sourcestate", "2"}})).After(60ms);

@@ -73,9 +73,9 @@ TEST(PesHeader, ReadsNoUnannouncedTimeStamp)
 TEST(PesHeader, DoesNotReadPastTheHeaderOrTheEnd)
 {
     Bytes pes = MakePes(90000, {});
-    pes[8] = 4; // the head ends within the PTS
+    pes[8] = 4; // the header ends within the PTS
     EXPECT_FALSE(ParsePesHeader(pes)->pts);
-    pes[8] = 200; // the head ends past the packet
+    pes[8] = 200; // the header ends past the packet
     EXPECT_TRUE(ParsePesHeader(pes)->payload.Empty());
     EXPECT_FALSE(ParsePesHeader(pes)->isWhole);
 

@@ -35,7 +35,7 @@ TEST_F(Writer, WritesReadableTables)
     EXPECT_EQ(demux.DamagedSections(), 0U);
 }
 
-/// Every filling of the last packet comes back.
+/// Checks every possible number of bytes in the last packet.
 TEST_F(Writer, WritesPesPacketsOfAllSizes)
 {
     m_writer.AddTables(m_out, {{0x100, 0x1B, {}}}, 0x100);

@@ -7,7 +7,7 @@
 
 namespace zviptv::trace {
 
-/// Writes messages in a format to a stream, which it closes. Failures show in the stream's error indicator.
+/// Writes messages in a format to a stream, which it closes. Failures set the stream's error indicator.
 class CaptureWriter::Format
 {
 public:
@@ -21,7 +21,7 @@ public:
     /// Returns the number of bytes that the message takes in the file.
     virtual std::size_t Add(Message const& message) = 0;
 
-    /// Bytes of what the constructor has written.
+    /// Number of bytes that the constructor has written.
     virtual std::size_t HeadSize() const = 0;
 };
 

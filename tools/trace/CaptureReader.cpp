@@ -19,7 +19,7 @@ std::string Quoted(std::string const& path)
     return path == "-" ? "standard input" : "'" + path + "'";
 }
 
-/// A damaged file may have any time: one outside the years 1970 to 9999 becomes the nearest in them.
+/// A damaged file may contain any time: a time outside the years 1970 to 9999 becomes the nearest one inside.
 std::int64_t TimeOf(pcap_pkthdr const& header)
 {
     constexpr std::int64_t lastSecond = 253'402'300'799;

@@ -12,7 +12,7 @@ struct pcap;
 
 namespace zviptv::trace {
 
-/// A capture file cannot be read or written; the text says which one, why, and what to do.
+/// A capture file cannot be read or written; the text contains the file, the reason, and what to do.
 class CaptureError : public std::runtime_error
 {
 public:
@@ -24,18 +24,18 @@ public:
 class CaptureReader
 {
 public:
-    /// Opens the file and reads its head. @throws CaptureError if it is not a capture of D-Bus messages
+    /// Opens the file and reads its header. @throws CaptureError if it is not a capture of D-Bus messages
     explicit CaptureReader(CaptureInput input);
     ~CaptureReader();
 
-    /// Reads the next message. False at the end of the file. A message that was not recorded whole is
-    /// skipped. @throws CaptureError if the file is damaged or cut; what was read before is good.
+    /// Reads the next message. False at the end of the file. An incomplete message is
+    /// skipped. @throws CaptureError if the file is damaged or truncated; earlier messages are valid.
     bool Next(Message& message);
 
     std::uint64_t Read() const { return m_read; } ///< messages that Next() has returned
     std::uint64_t Cut() const { return m_cut; }   ///< messages that were skipped
 
-    /// For the user: how many messages were skipped, and what to do about it.
+    /// A text for the user: how many messages were skipped, and how to avoid that.
     std::string CutText() const;
 
 private:

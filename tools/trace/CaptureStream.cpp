@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::size_t BufferSize = 64 * 1024;
 
-/// How often a file is looked at that may grow.
+/// Interval between two checks of a growing file.
 constexpr std::chrono::milliseconds Pause{100};
 
 class Source

@@ -98,7 +98,7 @@ void CaptureWriter::Fail(int error)
                             "; what was written before stays readable");
 }
 
-/// Part of a message may be in the file.
+/// Removes an incomplete message at the end of the file.
 void CaptureWriter::EndAfterLastMessage(int descriptor) const
 {
     struct stat status
@@ -110,7 +110,7 @@ void CaptureWriter::EndAfterLastMessage(int descriptor) const
     auto const next =
         std::upper_bound(m_ends.begin(), m_ends.end(), static_cast<std::uint64_t>(status.st_size));
     if (next != m_ends.begin() && ftruncate(descriptor, static_cast<off_t>(*std::prev(next))) != 0) {
-        return; // readers skip the part of a message at the end
+        return; // readers skip an incomplete message at the end
     }
 }
 

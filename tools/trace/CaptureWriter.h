@@ -22,24 +22,23 @@ public:
 class CaptureWriter
 {
 public:
-    /// Creates the file. Its name decides the format: FILE.pcap, FILE.pcapng; "-" writes pcapng to standard
-    /// output. `program` is named in a pcapng file as the one that wrote it.
+    /// Creates the file. Its name selects the format: FILE.pcap, FILE.pcapng; "-" writes pcapng to standard
+    /// output. A pcapng file contains `program` as its writer.
     /// @throws CaptureWriteError for other names, and if the file cannot be created
     CaptureWriter(std::string path, std::string const& program);
     ~CaptureWriter();
     CaptureWriter(CaptureWriter const&) = delete;
     CaptureWriter& operator=(CaptureWriter const&) = delete;
 
-    /// Adds a message, which is in the file after the next Flush(). @throws CaptureWriteError if the file
-    /// cannot take it, for example on a full disk: then the file ends after the last message that it has
-    /// taken.
+    /// Adds a message, which is in the file after the next Flush(). @throws CaptureWriteError if it cannot
+    /// be written, for example on a full disk: then the file ends after the last complete message.
     void Write(Message const& message);
 
-    /// Hands over to the system what was added: it stays readable if the process is killed.
+    /// Passes the added messages to the system, so that they stay readable if the process is killed.
     /// @throws CaptureWriteError as Write()
     void Flush();
 
-    /// The name of a file that cannot be written in a known format: why; empty for other names.
+    /// The reason why the name selects no known format; empty for valid names.
     static std::string CheckName(std::string const& path);
 
     class Format;
@@ -50,7 +49,7 @@ private:
 
     std::string const m_path;
     std::unique_ptr<Format> m_format;  ///< null after a failure
-    std::uint64_t m_size = 0;          ///< of the file with what was added, in bytes
+    std::uint64_t m_size = 0;          ///< size of the file with the added messages, in bytes
     std::vector<std::uint64_t> m_ends; ///< sizes after the last Flush() and after each message since
 };
 

@@ -206,7 +206,7 @@ Event Conversation::Answer(ParsedMessage const& message, Exchange const& exchang
     return event;
 }
 
-/// The recording began after the request.
+/// For a reply whose request is not in the recording.
 Event Conversation::AnswerUnasked(ParsedMessage const& message)
 {
     ++m_counts.unasked;

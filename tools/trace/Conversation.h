@@ -14,14 +14,14 @@
 
 namespace zviptv::trace {
 
-/// What a Conversation was made of, in messages.
+/// Numbers of messages that a Conversation has taken.
 struct Counts
 {
     std::uint64_t messages = 0;
-    std::uint64_t foreign = 0;   ///< not of the protocol
-    std::uint64_t malformed = 0; ///< no D-Bus messages
-    std::uint64_t unasked = 0;   ///< replies whose requests were not seen
-    std::uint64_t forgotten = 0; ///< requests that were given up because too many others came after them
+    std::uint64_t foreign = 0;   ///< messages of other protocols
+    std::uint64_t malformed = 0; ///< malformed messages
+    std::uint64_t unasked = 0;   ///< replies without a known request
+    std::uint64_t forgotten = 0; ///< requests that were dropped because too many others followed
     std::string firstMalformed;  ///< "message 3: it does not begin with a byte order"
 };
 
@@ -31,17 +31,17 @@ class Conversation
 {
 public:
     /// `onApplication` is called with the bus name of each application before its first event; it may ask the
-    /// bus for its process. `programOf` finds the name of a process whose id was learnt. Both may be empty.
+    /// bus for its process. `programOf` returns the name of a process by its id. Both may be empty.
     explicit Conversation(std::function<void(std::string const& busName)> onApplication = {},
                           std::function<std::string(int processId)> programOf = {})
         : m_participants(std::move(onApplication)), m_programOf(std::move(programOf))
     {
     }
 
-    /// The event of a message; empty if the message is none of the protocol, which is counted.
+    /// The event of a message; empty for a message of another protocol, which is counted.
     std::optional<Event> Add(Message const& message);
 
-    /// Names the process of an application. Process ids are also taken from the answers of the bus
+    /// Sets the process of an application. Process ids are also taken from the answers of the bus
     /// among the messages.
     void SetProcess(std::string const& busName, int processId, std::string const& program);
 
@@ -69,7 +69,7 @@ private:
     std::function<std::string(int processId)> m_programOf;
     Exchanges m_exchanges;
     Counts m_counts;
-    std::int64_t m_time = 0; ///< of the message that is taken
+    std::int64_t m_time = 0; ///< time of the current message
 };
 
 } // namespace zviptv::trace

@@ -7,7 +7,7 @@
 namespace zviptv::trace {
 
 /// Adds the body of a request, a reply or a notification to `event`: function (unless it is set), handle,
-/// result, values and what is wrong. The event has its kind and endpoint.
+/// result, values and problems. The event must have its kind and endpoint.
 void AddEntries(Event& event, ParsedMessage const& message);
 
 /// Adds the body of an announcement or of the answer to it.

@@ -6,7 +6,7 @@
 
 namespace zviptv::trace {
 
-/// A D-Bus message as it was on the bus, and when.
+/// A D-Bus message with its time on the bus.
 struct Message
 {
     std::int64_t time = 0; ///< microseconds since 1970, UTC

@@ -12,10 +12,10 @@ namespace zviptv::trace {
 
 namespace {
 
-/// For the answer of the bus to BecomeMonitor, in milliseconds.
+/// Time limit for the answer of the bus to BecomeMonitor, in milliseconds.
 constexpr int Patience = 10'000;
 
-/// For messages that are under way.
+/// Time limit for messages in transit.
 constexpr std::chrono::seconds CatchUpTime{5};
 
 Owned<GDBusConnection> Connect(std::string const& address, Error& error)
@@ -38,7 +38,8 @@ public:
     {
     }
 
-    /// On the worker thread. Until the bus has agreed, messages are for GLib. Returns what is left for GLib.
+    /// Runs on the worker thread. Until the bus has agreed, messages are for GLib. Returns the message for
+    /// GLib.
     GDBusMessage* Take(GDBusMessage* message)
     {
         if (!m_isMonitor) {
@@ -61,7 +62,7 @@ public:
         return nullptr;
     }
 
-    /// On the thread of the handlers.
+    /// Runs on the thread of the handlers.
     void Handle()
     {
         for (std::vector<Message> messages = TakeAll(); m_isOpen && !messages.empty(); messages = TakeAll()) {
@@ -74,7 +75,7 @@ public:
         }
     }
 
-    /// From now on a message to `busName` is awaited.
+    /// Starts to wait for a message to `busName`.
     void BeginWait(char const* busName)
     {
         std::lock_guard<std::mutex> const lock(m_mutex);
@@ -82,7 +83,7 @@ public:
         m_isAwaited = true;
     }
 
-    /// Returns once it has come, or after some time.
+    /// Returns after it has arrived, or after a time limit.
     void Wait()
     {
         std::unique_lock<std::mutex> lock(m_mutex);
@@ -132,11 +133,11 @@ private:
     std::function<void(Message const&)> const m_onMessage;
     std::function<void()> const m_onPause;
     Owned<GMainContext> const m_context;
-    bool m_isMonitor = false; ///< of the worker thread
-    bool m_isOpen = true;     ///< of the thread of the handlers
+    bool m_isMonitor = false; ///< for the worker thread
+    bool m_isOpen = true;     ///< for the thread of the handlers
     std::atomic<std::uint64_t> m_lost{0};
     std::atomic<bool> m_isAwaited{false};
-    std::mutex m_mutex; ///< of the next ones
+    std::mutex m_mutex; ///< protects the next members
     std::condition_variable m_hasCome;
     std::string m_awaited;
     std::vector<Message> m_messages;

@@ -11,7 +11,7 @@
 
 namespace zviptv::trace {
 
-/// The bus cannot be watched; the text says why and what to do.
+/// The bus cannot be watched; the text contains the reason and what to do.
 class MonitorError : public std::runtime_error
 {
 public:
@@ -24,8 +24,8 @@ private:
     bool m_hasBus;
 };
 
-/// Watches a bus: sees every message that the bus passes on, from the return of the constructor on. The
-/// messages are queued without a limit until they are handled, so that the bus never waits for them.
+/// Watches a bus: receives every message that the bus delivers after the constructor has returned. The
+/// messages are queued without a limit until they are handled, so that the bus never waits.
 class Monitor
 {
 public:
@@ -33,28 +33,28 @@ public:
     {
         /// A message, in the order of the bus.
         std::function<void(Message const&)> onMessage;
-        /// No more messages are queued at the moment. May be empty.
+        /// Called when the queue is empty. May be empty.
         std::function<void()> onPause;
-        /// The bus has closed the connection; all messages before were handled. May be empty.
+        /// Called after the bus has closed the connection and all messages were handled. May be empty.
         std::function<void(std::string const& reason)> onEnd;
     };
 
     /// Connects to the bus at `address` and becomes its monitor. The handlers are called while the calling
-    /// thread's default main context is iterated. They must not throw. The Monitor has to be destroyed on
-    /// the same thread, not by a handler. @throws MonitorError
+    /// thread's default main context is iterated. They must not throw. Destroy the Monitor on the same
+    /// thread, not in a handler. @throws MonitorError
     Monitor(std::string const& address, Handlers handlers);
     ~Monitor();
     Monitor(Monitor const&) = delete;
     Monitor& operator=(Monitor const&) = delete;
 
-    /// Handles what is queued, then returns.
+    /// Handles the queued messages.
     void Drain();
 
-    /// Waits until everything is queued that the bus had passed on when this was called, at most 5 seconds;
-    /// then handles it. For that it connects to the bus once more.
+    /// Waits, at most 5 seconds, until all messages are queued that the bus delivered before the call, and
+    /// handles them. Opens another connection to the bus for this.
     void CatchUp();
 
-    /// Messages that GLib could read but not write again; they were not handed over.
+    /// Number of messages that GLib could read but not write again; the handlers did not get them.
     std::uint64_t Lost() const;
 
 private:

@@ -10,7 +10,7 @@
 
 namespace zviptv::trace {
 
-/// The header of a D-Bus message and where its body is. Views point into the message's bytes.
+/// The header of a D-Bus message and the place of its body. Views point into the message's bytes.
 struct ParsedMessage
 {
     enum class Type : std::uint8_t

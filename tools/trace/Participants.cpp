@@ -5,7 +5,7 @@ namespace zviptv::trace {
 
 namespace {
 
-/// More than a bus has connections. A recording of something else may have more names.
+/// More than the connections of a bus. A recording of other traffic may contain more names.
 constexpr std::size_t MaxApplications = 10'000;
 
 } // namespace
@@ -24,7 +24,7 @@ Participants::ApplicationPtr Participants::See(std::string const& busName)
     if (m_onNew) {
         m_onNew(busName);
     }
-    return Find(busName); // it may know more by now
+    return Find(busName); // the callback may have changed it
 }
 
 Participants::ApplicationPtr Participants::Find(std::string const& busName) const

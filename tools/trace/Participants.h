@@ -11,25 +11,25 @@
 
 namespace zviptv::trace {
 
-/// Who takes part in the conversation: the applications, and the bus names of services. Remembers a bounded
+/// The participants of the conversation: the applications, and the bus names of services. Stores a bounded
 /// number of both.
 class Participants
 {
 public:
     using ApplicationPtr = std::shared_ptr<Application const>;
 
-    /// `onNew` is called with the bus name of each application when it is seen first.
+    /// `onNew` is called with the bus name of each new application.
     explicit Participants(std::function<void(std::string const& busName)> onNew) : m_onNew(std::move(onNew))
     {
     }
 
-    /// The application, which is remembered from now on.
+    /// The application, which is added if it is new.
     ApplicationPtr See(std::string const& busName);
 
-    /// The same if it is remembered, otherwise null.
+    /// The application if it is known, otherwise null.
     ApplicationPtr Find(std::string const& busName) const;
 
-    /// Changes what is known about an application that is remembered. Events keep what they have.
+    /// Changes the data of a known application. Earlier events keep the former data.
     void Change(std::string const& busName, std::function<void(Application&)> const& change);
     void Forget(std::string const& busName) { m_applications.erase(busName); }
 

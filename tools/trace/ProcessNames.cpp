@@ -10,7 +10,7 @@ namespace zviptv::trace {
 
 namespace {
 
-/// For the bus to answer, in milliseconds.
+/// Time limit for an answer of the bus, in milliseconds.
 constexpr int Patience = 2'000;
 
 constexpr char Method[] = "GetConnectionUnixProcessID";

@@ -9,8 +9,8 @@
 
 namespace zviptv::trace {
 
-/// Asks a bus for the processes of its connections, on a separate connection to it. Of a bus on another
-/// machine it learns the ids only, not the names of the programs.
+/// Asks a bus for the processes of its connections, on a separate connection to it. For a bus on another
+/// machine it gets only the ids, not the names of the programs.
 class ProcessNames
 {
 public:
@@ -24,10 +24,10 @@ public:
     ProcessNames(ProcessNames const&) = delete;
     ProcessNames& operator=(ProcessNames const&) = delete;
 
-    /// Asks for the process of a connection. A connection that is closed by then has no answer.
+    /// Asks for the process of a connection. There is no answer for a closed connection.
     void Ask(std::string const& busName) const;
 
-    /// The name of a process of the bus's machine; empty if that is another machine, or the process has
+    /// The name of a process on the machine of the bus; empty if that is another machine, or the process has
     /// ended.
     std::string ProgramOf(int processId) const;
 

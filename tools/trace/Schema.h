@@ -15,28 +15,28 @@ namespace zviptv::trace {
 template <typename Value>
 using Named = std::map<std::string, Value, std::less<>>;
 
-/// How the bytes of a value are read.
+/// The encoding of a value.
 enum class Form
 {
     Flag,
-    Signed, ///< decimal text, as the next one
+    Signed, ///< decimal text, like the next one
     Unsigned,
     Enumeration,
     Text,
     Bytes,
-    Record,    ///< bytes in a fixed layout, or several records one after another
+    Record,    ///< bytes in a fixed layout, or several successive records
     JsonRecord ///< a JSON object
 };
 
 struct Enumeration
 {
-    bool isLanguage = false; ///< the number is made of the letters of an ISO 639 code
+    bool isLanguage = false; ///< the number contains the letters of an ISO 639 code
     std::map<std::int64_t, std::string> names;
 };
 
 struct Record;
 
-/// The type of a value. The pointers are set where the form needs them.
+/// The type of a value. Pointers that the form does not need are null.
 struct ValueType
 {
     Form form = Form::Text;
@@ -71,7 +71,7 @@ struct Function
 class Schema
 {
 public:
-    /// The only one. Any thread.
+    /// The only instance. Any thread.
     static Schema const& Get();
 
     Schema(Schema const&) = delete;

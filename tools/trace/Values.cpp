@@ -38,7 +38,7 @@ std::string NameOf(Enumeration const& enumeration, std::int64_t number)
     return !code.empty() || found == enumeration.names.end() ? code : found->second;
 }
 
-/// A text on one line, in quotation marks if it would not be clear where it ends.
+/// A text on one line, in quotation marks if its end would be unclear.
 std::string OneLine(std::string_view text)
 {
     std::string line = EscapeText(text);

@@ -7,10 +7,10 @@ namespace zviptv::trace {
 
 namespace {
 
-/// Containers within each other; the D-Bus specification allows no more.
+/// Levels of nested containers; the limit of the D-Bus specification.
 constexpr unsigned DeepestNesting = 64;
 
-/// The size of a type that it alone decides, 0 of other types.
+/// The size of a type of fixed size; 0 for other types.
 std::size_t SizeOf(char type)
 {
     switch (type) {

@@ -8,14 +8,14 @@
 
 namespace zviptv::trace {
 
-/// The bytes are not a D-Bus message; the text says why.
+/// The bytes are not a D-Bus message; the text contains the reason.
 class Malformed : public std::runtime_error
 {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// Reads values of D-Bus types one after another from the start of a header or of a body. Views point into
+/// Reads successive values of D-Bus types from the start of a header or of a body. Views point into
 /// the bytes. Every function throws Malformed if the bytes end before the value does.
 class WireReader
 {
@@ -38,7 +38,7 @@ public:
     /// Skips a value of one complete type.
     void Skip(std::string_view type) { Skip(type, 0); }
 
-    /// Takes the first complete type off a signature.
+    /// Removes and returns the first complete type of a signature.
     static std::string_view TakeType(std::string_view& signature);
 
 private:

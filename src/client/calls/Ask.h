@@ -10,7 +10,7 @@
 
 namespace zviptv::client {
 
-/// Reads what a function answers.
+/// Reads the answer of a function.
 template <class Answer>
 using Reader = Result<Answer> (*)(Reply& reply);
 

@@ -16,15 +16,15 @@
 
 namespace zviptv::client {
 
-/// No list of a television is longer.
-constexpr std::int32_t MostElements = 65536;
+/// The longest list that is read.
+constexpr std::int32_t MaxElements = 65536;
 
 inline bool IsSize(std::int32_t size)
 {
-    return size >= 0 && size <= MostElements;
+    return size >= 0 && size <= MaxElements;
 }
 
-/// The failure of a list whose size makes no sense.
+/// The failure of a list with an impossible size.
 inline Failure WrongSize(char const* function, std::int32_t size)
 {
     return {FailureKind::MalformedReply, function, "size", "",
@@ -54,7 +54,7 @@ Result<std::vector<Element>> AskAll(char const* function, Count const& count, De
     return elements;
 }
 
-/// The same without waiting: one request after the other, each within what is left of the time.
+/// The same without waiting: successive requests, each within the remaining time.
 template <class Element, class Answer>
 class ListCall : public std::enable_shared_from_this<ListCall<Element, Answer>>
 {
@@ -81,7 +81,7 @@ public:
         Next();
     }
 
-    /// The request that is under way.
+    /// The outstanding request.
     Pending current;
 
 private:

@@ -19,7 +19,7 @@ namespace zviptv {
 /// format (SWF, CCC, GSM) for the size of the display area (SDF).
 std::vector<std::uint8_t> DecodableText(std::vector<std::uint8_t> const& text);
 
-/// What a decoder has found, a line for each position of the text's lower edge. `height` is that of a normal
+/// The decoded text, with a line for each position of the text's lower edge. `height` is that of a normal
 /// character.
 std::vector<CaptionLine> LinesOf(arib_buf_region_t const* regions, int height);
 

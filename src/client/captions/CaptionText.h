@@ -11,11 +11,11 @@ namespace zviptv {
 class LineBuilder
 {
 public:
-    /// Appends text that looks as `look` says; the text of `look` does not count.
+    /// Appends text with the appearance of `look`, whose own text is ignored.
     void Add(std::string const& text, CaptionRun const& look);
 
-    /// Appends a line with what was added since the last call, without spaces at its ends, unless that is
-    /// nothing.
+    /// Appends a line with the text added since the last call, without spaces at its ends, unless it is
+    /// empty.
     void EndLine(std::vector<CaptionLine>& lines);
 
 private:

@@ -19,7 +19,7 @@ struct DeleteDecoder
 /// libzvbi decodes teletext only while an event handler is registered.
 void IgnoreEvent(vbi_event* /*event*/, void* /*userData*/) {}
 
-/// A page that libzvbi has put together.
+/// A page that libzvbi has assembled.
 class FetchedPage
 {
 public:
@@ -54,12 +54,12 @@ int Hexadecimal(unsigned page)
 
 } // namespace
 
-/// libzvbi gets the wanted pages alone, each as its only subpage: it keeps all that it is given.
+/// libzvbi keeps all its input. Therefore it gets only the wanted pages, each as its only subpage.
 struct __attribute__((visibility("hidden"))) TeletextDecoder::State
 {
     struct Open
     {
-        unsigned page = 0; ///< 0 for none that is wanted
+        unsigned page = 0; ///< 0 for an unwanted page
         std::optional<std::uint64_t> pts;
     };
     struct Known

@@ -26,7 +26,7 @@ struct TeletextAddress
 /// Nothing if there are more wrong bits than the code corrects.
 std::optional<TeletextAddress> ReadAddress(TeletextPacket const& packet);
 
-/// What a page header says.
+/// The content of a page header.
 struct TeletextHeader
 {
     unsigned page = 0;       ///< number, 100 to 899; 0 for a page with a hexadecimal digit
@@ -38,10 +38,10 @@ struct TeletextHeader
 /// Nothing if it is damaged.
 std::optional<TeletextHeader> ReadHeader(TeletextPacket const& packet, unsigned magazine);
 
-/// Gives the page of this header the subcode 0; with `erases`, what was there before is erased.
+/// Gives the page of this header the subcode 0; with `erases`, the previous content is erased.
 void MakeOnlySubpage(TeletextPacket& header, bool erases);
 
-/// A header that ends the present page of its magazine and begins none.
+/// A header that ends the present page of its magazine and starts no other page.
 TeletextPacket FillingHeader(unsigned magazine);
 
 } // namespace zviptv

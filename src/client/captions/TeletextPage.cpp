@@ -18,7 +18,7 @@ bool IsVisible(vbi_char const& character)
     return character.opacity != VBI_TRANSPARENT_SPACE && character.conceal == 0;
 }
 
-/// Block graphics and characters of the page's own set are no text.
+/// Block graphics and characters of a page's private set are not text.
 std::string TextOf(vbi_char const& character)
 {
     return vbi_is_print(character.unicode) != 0 ? ToUtf8(character.unicode) : " ";

@@ -9,7 +9,7 @@
 
 namespace zviptv {
 
-/// What a viewer sees of a page: of a subtitle the text in boxes, of another page all rows but the header.
+/// The visible part of a page: the boxed text of a subtitle, or all rows except the header of another page.
 std::vector<CaptionLine> LinesOf(vbi_page const& page);
 
 } // namespace zviptv

@@ -99,7 +99,7 @@ private:
     bool m_isGood;
 };
 
-// For lists of these.
+// For lists of objects.
 bool Read(Json::Value const& json, std::string& text);
 bool Read(Json::Value const& json, Programme& programme);
 
@@ -182,7 +182,7 @@ std::optional<Json::Value> Parse(std::string_view text)
         if (reader->parse(text.data(), text.data() + text.size(), &value, &errors)) {
             return value;
         }
-    } catch (Json::Exception const&) { // as said
+    } catch (Json::Exception const&) { // the text is nested too deeply
     }
     return std::nullopt;
 }

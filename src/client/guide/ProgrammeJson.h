@@ -13,9 +13,9 @@ namespace zviptv::client {
 /// The programme as a request names it. Nothing if its times do not fit into 32 bits.
 std::optional<std::string> ToJson(ProgrammeId const& programme);
 
-// These read what the guide answers. False if it is not what is expected: malformed JSON, a member that is
-// missing or of another type, a number out of range. Members that are not known are ignored. An empty text is
-// nothing.
+// These functions read answers of the guide. They return false for malformed JSON, a member that is missing
+// or of another type, and a number out of range. They ignore unknown members. An empty text means that there
+// is nothing.
 bool FromJson(std::string_view json, std::optional<Programme>& programme);
 bool FromJson(std::string_view json, std::optional<ProgrammeRating>& rating);
 bool FromJson(std::string_view json, std::vector<std::string>& texts);

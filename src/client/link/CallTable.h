@@ -32,8 +32,8 @@ public:
         Owned<GCancellable> cancellable{g_cancellable_new()};
         bool isSent = false;              ///< otherwise it waits for a channel
         unsigned attempt = 0;             ///< how often it has waited for a channel
-        std::optional<Failure> outcome{}; ///< how it ends, if that is decided
-        Timer timer{};                    ///< its time-out; once its end is decided, its end
+        std::optional<Failure> outcome{}; ///< its outcome, if that is decided
+        Timer timer{};                    ///< its time-out, or its end after that is decided
     };
 
     Id Add(Request request, Done done)
@@ -49,7 +49,7 @@ public:
         return found == m_calls.end() ? nullptr : found->second;
     }
 
-    /// Takes a call out; null if it is done.
+    /// Removes and returns a call; null if it is done.
     std::shared_ptr<Call> Take(Id id)
     {
         std::shared_ptr<Call> const call = Find(id);
@@ -57,7 +57,7 @@ public:
         return call;
     }
 
-    /// The calls whose end is open and that have been sent, or wait; oldest first.
+    /// The undecided calls that have been sent, or that wait; oldest first.
     std::vector<Id> Open(bool areSent, std::optional<EndpointId> endpoint = std::nullopt) const
     {
         std::vector<Id> ids;

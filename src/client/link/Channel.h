@@ -38,7 +38,7 @@ public:
     std::optional<Failure> ConnectNow(char const* function);
     /// Connects to the partner that the service has named. Nothing on success.
     std::optional<Failure> Accept(std::string const& partner, char const* function);
-    /// The partner is to be asked for again.
+    /// Makes the next use request the partner again.
     void Forget();
     /// Asks the bus, for 1 s at most, whether the partner has left.
     bool HasPartnerLeft();
@@ -64,7 +64,7 @@ public:
     /// Whether the bus is still there.
     bool IsAlive() const;
     Channel& Get(EndpointId endpoint);
-    /// The service has left: all partners are to be asked for again.
+    /// Reports that the service has left: the next use requests each partner again.
     void ForgetPartners();
     /// Closes the connection, upon which the service sees all channels leave. Waits for GIO, which closes the
     /// socket on another thread, but not for the bus.

@@ -39,7 +39,7 @@ Failure LastFailure(char const* function)
 {
     ZVFailure const& last = ZVGetLastFailure();
     Failure failure{KindOf(last.kind), function, last.key, last.errorName, last.message};
-    // The contract's texts advise to create objects again, which nobody has to do here.
+    // The texts of the core library advise to create objects again, which the client layer does itself.
     if (failure.kind == FailureKind::NoService) {
         failure.message = NoService(function, "no service answers on the bus").message;
     } else if (failure.kind == FailureKind::NoBus) {

@@ -8,7 +8,7 @@
 
 namespace zviptv::client {
 
-/// The calling thread's last failure of the contract's library as one of `function`.
+/// The calling thread's last failure of the core library, reported for `function`.
 Failure LastFailure(char const* function);
 
 Failure NoBus(char const* function, std::string const& why);
@@ -21,10 +21,10 @@ Failure Cancelled(char const* function);
 constexpr char LeftUnanswered[] =
     "the service left the bus before it answered; it may have carried the request out";
 
-/// Whether the bus reports that the callee has gone without an answer.
+/// Whether the bus reports that the callee left without an answer.
 bool IsNoReply(Failure const& failure);
 
-/// Whether the bus had nobody to deliver the request to. Sending it again cannot carry it out twice.
+/// Whether the bus found no receiver for the request. A second attempt cannot carry it out twice.
 bool IsUndelivered(Failure const& failure);
 
 } // namespace zviptv::client

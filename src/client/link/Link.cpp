@@ -10,7 +10,7 @@ namespace zviptv::client {
 
 namespace {
 
-/// The pause between attempts to connect to a bus that is not there.
+/// The pause between attempts to connect to a missing bus.
 constexpr std::chrono::milliseconds RetryInterval{500};
 
 } // namespace
@@ -55,7 +55,7 @@ void Link::Report(Failure const& failure)
         if (handler) {
             handler(failure);
         }
-    } catch (...) { // there is nobody left to report it to
+    } catch (...) { // nothing is left to report it to
     }
 }
 
@@ -155,7 +155,7 @@ void Link::OnClosed()
     m_adopted.reset();
     m_pushes.Forget();
     SetAvailable(false);
-    StartAttaching(); // at once: the bus may have restarted already
+    StartAttaching(); // immediately: the bus may have restarted already
 }
 
 void Link::SetAvailable(bool isAvailable)
@@ -186,7 +186,7 @@ void Link::OnPush(CMessageBuffer& message)
 void Link::OnPusherLost()
 {
     m_pushes.Forget();
-    if (m_isAvailable) { // otherwise when it is again
+    if (m_isAvailable) { // otherwise when it is available again
         m_pushes.Resume();
     }
 }

@@ -26,7 +26,7 @@ struct LinkOptions
     std::string applicationId;
 };
 
-/// The way of a television to the service: the bus, the channels, the calls that are under way.
+/// The connection of a television to the service: the bus, the channels, the outstanding calls.
 ///
 /// Functions are for the thread that iterates the context, unless they say otherwise. Callbacks run there.
 class Link : public std::enable_shared_from_this<Link>
@@ -36,9 +36,9 @@ public:
     explicit Link(LinkOptions options);
     ~Link();
 
-    /// Begins to connect. Once, before anything else.
+    /// Starts to connect. Call it once, before any other function.
     void Begin();
-    /// Ends all calls with FailureKind::Gone, or what they were to end with, and closes the connection. No
+    /// Ends all calls with FailureKind::Gone, or with their decided outcome, and closes the connection. No
     /// callback runs afterwards.
     void End();
     bool IsEnded() const { return m_isEnded; }
@@ -61,7 +61,7 @@ public:
     {
         m_onPush = std::move(handler);
     }
-    /// What the service is to push.
+    /// The requests for pushes.
     PushRequests& Pushes() { return m_pushes; }
 
     /// Failures that belong to no call. A handler that throws is ignored.
@@ -108,7 +108,7 @@ private:
     Bus m_bus;
     std::atomic<bool> m_isAvailable{false};
 
-    // For the context's thread alone.
+    // Only for the context's thread.
     bool m_isEnded = false;
     std::shared_ptr<void> m_attaching;
     Timer m_retry;

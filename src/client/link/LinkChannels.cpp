@@ -6,7 +6,7 @@
 
 namespace zviptv::client {
 
-/// What an announcement that is under way leads back to.
+/// The data of an outstanding announcement.
 struct Link::Token
 {
     std::weak_ptr<Link> link;

@@ -9,11 +9,11 @@ namespace zviptv::client {
 
 namespace {
 
-/// The pause before a service that did not answer is asked again.
+/// The pause before the next request to a service that did not answer.
 constexpr std::chrono::milliseconds RetryInterval{500};
 constexpr std::chrono::milliseconds AnswerTimeout{2000};
 
-/// Failures that end by themselves when the service, or the bus, is there again.
+/// Failures that end without action when the service or the bus returns.
 bool IsAbsence(Failure const& failure)
 {
     return failure.kind == FailureKind::NoBus || failure.kind == FailureKind::NoService;
@@ -40,7 +40,7 @@ void PushRequests::SetWanted(char const* function, bool isWanted)
 void PushRequests::Forget()
 {
     for (Subject& subject : m_subjects) {
-        subject.isTold = false;
+        subject.isRequested = false;
     }
 }
 
@@ -60,7 +60,7 @@ void PushRequests::End()
 void PushRequests::Ask(Subject& subject)
 {
     bool const on = subject.isWanted;
-    if (m_isEnded || subject.isUnderWay || subject.isTold == on) {
+    if (m_isEnded || subject.isUnderWay || subject.isRequested == on) {
         return;
     }
     subject.isUnderWay = true;
@@ -76,13 +76,13 @@ void PushRequests::OnAnswer(Subject& subject, bool on, Failure const* failure)
     subject.isUnderWay = false;
     if (failure == nullptr) {
         subject.isReported = false;
-        subject.isTold = on; // the loss of this service would have been noticed later
-        Ask(subject);        // for what has changed meanwhile
+        subject.isRequested = on; // the loss of this service would have been noticed later
+        Ask(subject);             // for changes in the meantime
         return;
     }
     if (!on) {
-        subject.isTold = false; // what it still pushes is ignored
-        Ask(subject);           // for what is wanted meanwhile
+        subject.isRequested = false; // further pushes are ignored
+        Ask(subject);                // what is wanted may have changed
         return;
     }
     if (!IsAbsence(*failure) && !std::exchange(subject.isReported, true)) {

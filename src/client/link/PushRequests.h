@@ -12,22 +12,22 @@ namespace zviptv::client {
 
 class Link;
 
-/// Asks the service to push, and asks again whenever it has forgotten that or could not be asked. For the
+/// Requests pushes from the service, again after each restart and each failed attempt. For the
 /// context's thread.
 class PushRequests
 {
 public:
-    /// `link` has to live as long.
+    /// `link` must live as long as this object.
     explicit PushRequests(Link& link);
 
-    /// What is pushed from now on, by the function that asks for it: "requestPESCB" or "requestCaptionCB".
+    /// Starts or ends the pushes that `function` requests: "requestPESCB" or "requestCaptionCB".
     void SetWanted(char const* function, bool isWanted);
 
-    /// The service knows nothing of former requests.
+    /// Reports that the service has lost all former requests.
     void Forget();
-    /// The service may be asked.
+    /// Reports that the service accepts requests.
     void Resume();
-    /// No request is made any more.
+    /// Stops all requests.
     void End();
 
 private:
@@ -35,9 +35,9 @@ private:
     {
         char const* function;
         bool isWanted = false;
-        bool isTold = false; ///< the service has been asked to push, and not to stop
+        bool isRequested = false; ///< the service has been asked to push, and not to stop
         bool isUnderWay = false;
-        bool isReported = false; ///< the application knows that it fails
+        bool isReported = false; ///< the application got the failure
     };
 
     void Ask(Subject& subject);

@@ -12,7 +12,7 @@ namespace {
 constexpr char BusInterface[] = "org.freedesktop.DBus";
 constexpr char BusPath[] = "/org/freedesktop/DBus";
 
-/// The callbacks outlive the watch: they lead to nothing then.
+/// The callbacks may outlive the watch, and then do nothing.
 template <class Reports>
 using Token = UserData<std::weak_ptr<Reports const>>;
 

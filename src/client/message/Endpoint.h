@@ -7,7 +7,7 @@
 
 namespace zviptv::client {
 
-/// What a channel leads to.
+/// The endpoint of a channel.
 enum class EndpointId
 {
     PlayerControl,

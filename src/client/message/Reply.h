@@ -51,7 +51,7 @@ public:
     void Read(char const* key, std::vector<std::string>& texts);
     void Read(char const* key, std::vector<Programme>& programmes);
 
-    /// Records, one after another. A rest that is shorter than a record is left out.
+    /// Records, one after another. An incomplete record at the end is omitted.
     template <class Record>
     void Read(char const* key, std::vector<Record>& records)
     {

@@ -15,11 +15,11 @@
 
 namespace zviptv::client {
 
-/// A request on its way to the service: function, handle, then the arguments in their order.
+/// A request to the service: function, handle, then the arguments in their order.
 class Request
 {
 public:
-    /// A request without a handle names none.
+    /// `handle` is empty for a request without a handle.
     Request(EndpointId endpoint, char const* function, std::optional<std::uint32_t> handleNumber);
 
     template <class Value>
@@ -40,7 +40,7 @@ public:
     EndpointId Endpoint() const { return m_endpoint; }
     char const* Function() const { return m_function; }
     CMessageBuffer& Message() { return m_message; }
-    /// Why it cannot be sent, if an argument is wrong.
+    /// The reason why it cannot be sent, if an argument is wrong.
     std::optional<Failure> const& Refusal() const { return m_refusal; }
 
 private:

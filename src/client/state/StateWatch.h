@@ -11,18 +11,18 @@
 
 namespace zviptv::client {
 
-/// Asks for the state of a television, round by round. For the context's thread.
+/// Queries the state of a television in rounds. For the context's thread.
 class StateWatch : public std::enable_shared_from_this<StateWatch>
 {
 public:
     using Callback = std::function<void(StateEvent const&)>;
 
-    /// `television` has to live until the link has ended.
+    /// `television` must live until the link has ended.
     StateWatch(std::shared_ptr<Link> link, Television& television, StateOptions options, Callback callback);
 
-    /// Once, before anything else.
+    /// Call it once, before any other function.
     void Begin();
-    /// No event is reported any more.
+    /// Stops all events.
     void End();
     void Refresh();
     TelevisionState const& State() const { return m_state; }
@@ -43,7 +43,7 @@ private:
     /// The completion of the next question, which puts the answer into `value` of m_next.
     template <class Answer, class T>
     Completion<Answer> Expect(T TelevisionState::*value);
-    /// Whether the failure means that there is nothing. `question` is its number within the round.
+    /// Whether the failure means that there is no value. `question` is its number within the round.
     bool IsNothing(std::size_t question, Failure const& failure);
 
     std::shared_ptr<Link> const m_link;
@@ -54,12 +54,12 @@ private:
     bool m_isEnded = false;
     bool m_isKnown = false; ///< the whole state has been reported
 
-    // The round that is under way.
+    // The current round.
     TelevisionState m_next;
     std::vector<Pending> m_calls;
     std::size_t m_open = 0;    ///< questions without an answer
-    bool m_isAnswered = false; ///< at least one question was
-    bool m_isAbsent = false;   ///< the service was not there for all questions
+    bool m_isAnswered = false; ///< at least one question was answered
+    bool m_isAbsent = false;   ///< the service was absent during a question
     bool m_isDue = false;      ///< the next round is to start at once
     std::chrono::steady_clock::time_point m_start;
 

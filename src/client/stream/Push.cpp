@@ -13,7 +13,7 @@ namespace {
 
 namespace key = protocol::key;
 
-/// As the contract's library reads a number: what follows its digits is ignored.
+/// Reads a number like the core library: characters after the digits are ignored.
 std::int32_t Number(Push const& push, char const* key)
 {
     std::string const text(push.field(key));

@@ -18,7 +18,7 @@ struct Push
     std::function<std::string_view(char const* key)> field; ///< empty for a key that is missing
 };
 
-/// Why a push cannot be read.
+/// The reason why a push cannot be read.
 class UnreadablePush : public std::runtime_error
 {
 public:
@@ -30,10 +30,10 @@ private:
     char const* m_key;
 };
 
-/// Reads PESCB. The announced size decides, as far as the data goes. Throws UnreadablePush.
+/// Reads PESCB. Uses the announced size, but at most the size of the data. Throws UnreadablePush.
 PesPacket ReadPes(Push const& push);
 
-/// Reads CaptionCB, otherwise as ReadPes.
+/// Reads CaptionCB, like ReadPes().
 CaptionData ReadCaption(Push const& push);
 
 } // namespace zviptv::client

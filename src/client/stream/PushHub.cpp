@@ -85,7 +85,8 @@ void PushHub::Take(Push const& push, Subscriber::Clock::time_point now)
     }
 }
 
-/// Callbacks may end the hub, and their own subscription with the callback itself: both are held meanwhile.
+/// A callback may end the hub, its subscription and thereby itself: hub and callback are held during the
+/// call.
 template <typename Item>
 void PushHub::Deliver(Item const& item, std::uint16_t pid,
                       std::function<void(Item const&)> Subscriber::*callback, PushKind kind,

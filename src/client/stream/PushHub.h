@@ -29,29 +29,29 @@ struct Subscriber
     void Count(std::uint16_t pid, std::size_t bytes, Clock::time_point now);
 };
 
-/// Hands what the service pushes to the application's subscriptions. The service is asked for each kind
-/// while there is at least one of it.
+/// Passes pushes of the service to the application's subscriptions. Requests each kind from the service while
+/// there is at least one subscription of it.
 ///
 /// For the thread that iterates the context. Callbacks may subscribe, end subscriptions and close the hub.
 class PushHub : public std::enable_shared_from_this<PushHub>
 {
 public:
-    /// `link` has to live until Close().
+    /// `link` must live until Close().
     explicit PushHub(PushLink& link) : m_link(&link) {}
 
-    /// A null callback gives a subscription that has ended.
+    /// For a null callback, returns a subscription that has ended.
     Subscription Add(PesFilter filter, std::function<void(PesPacket const&)> callback);
     Subscription Add(std::function<void(CaptionData const&)> callback);
 
-    /// Hands a push to the subscriptions that exist now; any other message is ignored.
+    /// Passes a push to the current subscriptions; ignores any other message.
     void Take(Push const& push, Subscriber::Clock::time_point now = Subscriber::Clock::now());
 
-    /// Whether the service is to be asked for this kind: also a service that has come again.
+    /// Whether this kind must be requested from the service, also after a restart.
     bool Wants(PushKind kind) const;
 
     void End(Subscriber& subscriber);
 
-    /// Ends all subscriptions, without telling the service.
+    /// Ends all subscriptions without a message to the service.
     void Close();
 
 private:

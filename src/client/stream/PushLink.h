@@ -6,24 +6,24 @@
 
 namespace zviptv::client {
 
-/// The two subscriptions of the contract.
+/// The two kinds of subscriptions in the protocol.
 enum class PushKind
 {
     Pes,
     Caption
 };
 
-/// What subscriptions need of the way to the service. All on the thread that iterates the context.
+/// The connection to the service as subscriptions need it. For the thread that iterates the context.
 class PushLink
 {
 public:
     virtual ~PushLink() = default;
 
-    /// Asks the service to begin or to end pushing, without waiting. The link asks a service that has come
-    /// again by itself.
+    /// Requests the start or the end of pushes, without waiting. After a restart of the service, the link
+    /// repeats the request itself.
     virtual void Request(PushKind kind, bool on) = 0;
 
-    /// Reports a pushed message that cannot be read: its function, the key to blame, what is wrong.
+    /// Reports a pushed message that cannot be read: its function, the malformed key, the reason.
     virtual void ReportUnreadable(char const* function, char const* key, std::string const& message) = 0;
 
     /// Runs code of the application, and reports an exception that leaves it as one of `function`.

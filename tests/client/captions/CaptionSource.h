@@ -27,7 +27,7 @@ inline std::vector<PesPacket> PacketsOf(std::string const& path)
     return packets;
 }
 
-/// "888 eng 133200: One", with " / " between lines; "-" for what is not known.
+/// "888 eng 133200: One", with " / " between lines; "-" for unknown values.
 inline std::string Described(Caption const& caption)
 {
     std::string text = caption.Text();

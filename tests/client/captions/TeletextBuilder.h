@@ -21,7 +21,7 @@ constexpr TeletextFlags operator|(TeletextFlags one, TeletextFlags other)
     return static_cast<TeletextFlags>(static_cast<unsigned>(one) | static_cast<unsigned>(other));
 }
 
-/// Writes a data field of EN 300 472, bit by bit as ETS 300 706 says. Pages are numbers such as 0x888.
+/// Writes a data field of EN 300 472, bit by bit according to ETS 300 706. Pages are numbers such as 0x888.
 class TeletextBuilder
 {
 public:
@@ -46,7 +46,7 @@ public:
         return Add(magazine, row, Characters(text, 40));
     }
 
-    /// With its data identifier.
+    /// The field with its data identifier.
     Bytes Field() const { return Bytes{0x10} + m_units; }
 
 private:

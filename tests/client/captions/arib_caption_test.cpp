@@ -15,7 +15,7 @@ namespace {
 constexpr unsigned Management = 0;
 constexpr unsigned FirstLanguage = 1;
 constexpr unsigned SecondLanguage = 2;
-constexpr unsigned OtherGroup = 0x20; // the two groups take turns
+constexpr unsigned OtherGroup = 0x20; // the two groups alternate
 
 Bytes Size(std::size_t size, unsigned bytes)
 {

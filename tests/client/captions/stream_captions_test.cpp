@@ -19,7 +19,7 @@ std::vector<PesPacket> SamplePackets()
     return PacketsOf(SAMPLE_PATH);
 }
 
-/// What the service pushes as caption data for these packets.
+/// The caption data that the service pushes for these packets.
 std::vector<CaptionData> DataOf(std::vector<PesPacket> const& packets)
 {
     std::vector<CaptionData> pushed;

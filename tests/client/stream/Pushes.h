@@ -42,7 +42,7 @@ inline Fields CaptionFields(std::string const& data, std::string const& type = "
             {"captionData", data}};
 }
 
-/// Notes what subscriptions ask for and report.
+/// Records the requests and reports of subscriptions.
 class FakeLink : public client::PushLink
 {
 public:

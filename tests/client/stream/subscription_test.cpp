@@ -20,7 +20,7 @@ protected:
         m_hub->Take(PushOf(PesFields(pid, data, type)), m_now);
     }
 
-    /// A subscription that notes the PIDs of its packets.
+    /// A subscription that records the PIDs of its packets.
     Subscription Note(PesFilter filter, std::vector<int>& pids)
     {
         return m_hub->Add(std::move(filter),
@@ -113,7 +113,7 @@ TEST_F(SubscriptionTest, CallbackMayEndItsSubscription)
     auto const alive = std::make_shared<int>(7);
     own = m_hub->Add({}, [&own, alive, this](PesPacket const& packet) {
         own.reset();
-        m_pids.push_back(packet.Pid() + *alive); // what the callback holds lives on
+        m_pids.push_back(packet.Pid() + *alive); // the callback keeps its captures alive
     });
     Subscription const other = Note({}, m_others);
     Push("256");

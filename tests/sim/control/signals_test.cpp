@@ -29,12 +29,12 @@ TEST_F(ControlSignals, ReportChangesOfPropertiesBeforeTheAnswer)
     StartControlled();
     m_remote->Forget();
     ASSERT_EQ(m_remote->Call("Pause"), Done);
-    bool isTold = false;
+    bool isReported = false;
     for (Remote::Signal const& signal : m_remote->Signals()) {
-        isTold = isTold || (signal.name == "PropertiesChanged" &&
+        isReported = isReported || (signal.name == "PropertiesChanged" &&
                             signal.body.find("'Paused': <true>") != std::string::npos);
     }
-    EXPECT_TRUE(isTold);
+    EXPECT_TRUE(isReported);
 }
 
 TEST_F(ControlSignals, ReportChangesByApplications)

@@ -6,14 +6,14 @@
 
 namespace zviptv::sim {
 
-/// Notices a recording in which two services answer at the same time, as one of two televisions.
+/// Detects recordings in which two services answer at the same time, for example of two televisions.
 class AnsweringServices
 {
 public:
-    /// A service has died or arrived.
+    /// Reports that a service has died or arrived.
     void Change() { m_services.clear(); }
 
-    /// A request to the endpoint was answered by the service with this bus name.
+    /// Reports that the service with this bus name answered a request to the endpoint.
     void Note(std::string const& endpoint, std::string const& service)
     {
         std::string const& first = m_services.emplace(endpoint, service).first->second;
@@ -23,11 +23,11 @@ public:
         }
     }
 
-    /// For the user; empty if there was one service at a time.
+    /// A warning for the user; empty if there was one service at a time.
     std::string const& Warning() const { return m_warning; }
 
 private:
-    std::map<std::string, std::string> m_services; ///< by endpoint
+    std::map<std::string, std::string> m_services; ///< the last service by endpoint
     std::string m_warning;
 };
 

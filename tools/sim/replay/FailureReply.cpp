@@ -9,7 +9,7 @@ namespace zviptv::sim {
 
 namespace {
 
-/// The entry of a list of the description whose member has this text; null if there is none.
+/// The entry of a list in the description whose member has this text; null if there is none.
 Json::Value const& Find(Json::Value const& list, char const* member, std::string const& text)
 {
     auto const found = std::find_if(list.begin(), list.end(),

@@ -9,13 +9,13 @@ namespace zviptv::sim {
 
 namespace {
 
-/// Others have their turn after it.
+/// Longest time of sending before other work gets its turn.
 constexpr std::chrono::milliseconds LongestTurn{20};
 
-/// For the main loop, whose timers count to 49 days only.
+/// Limit for timers of the main loop, which hold at most 49 days.
 constexpr std::chrono::milliseconds LongestWait = std::chrono::hours(1);
 
-/// Later pushes, of a damaged file, come then: the clock can count to it.
+/// Latest time of a push; later times, from a damaged file, are reduced to it.
 constexpr std::chrono::duration<double> Longest = std::chrono::hours(24 * 365 * 100);
 
 } // namespace
@@ -56,7 +56,7 @@ void PushReplay::Advance(Key const& key, std::uint64_t number)
         }
         Line& line = found->second;
         if (line.next == line.recorded.pushes.size()) {
-            return; // the subscription stays, and gets no more
+            return; // the subscription stays, but gets no more pushes
         }
         auto const now = Clock::now();
         if (now < DueAt(line) || now >= turnEnds) {

@@ -14,12 +14,12 @@
 namespace zviptv::sim {
 
 /// Sends the recorded pushes to the applications that subscribe, each at its recorded time after the answer
-/// to the subscription. Lives on the thread of the main loop.
+/// to the subscription. For the thread of the main loop.
 class PushReplay
 {
 public:
-    /// Sends a push to an application; `function` is the one that subscribes. False if the application no
-    /// longer wants any.
+    /// Sends a push to an application; `function` is the one that subscribes. Returns false
+    /// if the application has unsubscribed.
     using Send =
         std::function<bool(std::string const& function, std::string const& application, CMessageBuffer push)>;
 
@@ -30,7 +30,7 @@ public:
     PushReplay(PushReplay const&) = delete;
     PushReplay& operator=(PushReplay const&) = delete;
 
-    /// An application has subscribed and gets its answer after `delay`.
+    /// Starts the pushes to an application that has subscribed and gets its answer after `delay`.
     void Start(std::string const& function, std::string const& application, std::chrono::milliseconds delay);
     void Stop(std::string const& function, std::string const& application);
     void StopAll() { m_lines.clear(); }
@@ -54,7 +54,7 @@ private:
     Replay& m_replay;
     MainLoop& m_loop;
     Send m_send;
-    std::uint64_t m_count = 0; ///< lines so far
+    std::uint64_t m_count = 0; ///< number of lines that were made
     std::map<Key, Line> m_lines;
 };
 

@@ -12,7 +12,7 @@ namespace zviptv::sim {
 class RecordedClock
 {
 public:
-    /// Goes on to the next message, which was recorded at `time`, in microseconds since 1970. Returns the
+    /// Advances to the next message, which was recorded at `time`, in microseconds since 1970. Returns the
     /// time since the first one.
     std::chrono::microseconds Advance(std::int64_t time)
     {

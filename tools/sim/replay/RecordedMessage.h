@@ -7,7 +7,7 @@
 
 namespace zviptv::sim {
 
-/// The entries of a recorded message. Values of another type than ay are left out: nobody reads them.
+/// The entries of a recorded message. Values of another type than ay, which nobody reads, are omitted.
 /// @throws trace::Malformed
 inline CMessageBuffer ToMessageBuffer(trace::ParsedMessage const& message)
 {

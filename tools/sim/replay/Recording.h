@@ -13,15 +13,15 @@
 
 namespace zviptv::sim {
 
-/// What the recorded service gave in turn: answers to one request, or pushes to one subscription after
-/// another. Those of an earlier life of the service are passed over.
+/// What the recorded service sent, in order: the answers to one request, or the pushes of successive
+/// subscriptions. Items of an earlier life of the service are skipped.
 template <typename Item>
 class InTurn
 {
 public:
     std::vector<Item> items; ///< each has a member `life`
 
-    /// The next one for that life; the last one again afterwards. Requires items.
+    /// The next item for that life; after the last item, the last item again. Requires items.
     Item const& Take(std::size_t life)
     {
         while (m_next + 1 < items.size() && items[m_next].life < life) {
@@ -42,7 +42,7 @@ struct RecordedAnswer
 {
     enum class Kind
     {
-        Unknown, ///< the recording ends before it could come
+        Unknown, ///< the recording ends before the answer
         Message, ///< a reply, or a D-Bus error
         Missing, ///< the service did not answer
         Granted  ///< the recording begins after a subscription
@@ -54,12 +54,12 @@ struct RecordedAnswer
     Spool::Piece message; ///< the D-Bus message
 };
 
-/// The pushes that an application got because it subscribed once.
+/// The pushes that an application got for one subscription.
 struct RecordedPushes
 {
     struct Push
     {
-        std::chrono::microseconds after; ///< the answer to the subscription
+        std::chrono::microseconds after; ///< time since the answer to the subscription
         Spool::Piece message;
     };
 
@@ -67,17 +67,17 @@ struct RecordedPushes
     std::vector<Push> pushes;
 };
 
-/// The service from when it took its name until it lost it. Times are from the first message of the
-/// recording.
+/// A life of the service, from when it took its name until it lost it. Times count from the first message of
+/// the recording.
 struct RecordedLife
 {
     std::chrono::microseconds begin{0};
-    std::optional<std::chrono::microseconds> firstCall; ///< of an application
+    std::optional<std::chrono::microseconds> firstCall; ///< first call of an application
     std::optional<std::chrono::microseconds> death;
-    std::optional<std::chrono::microseconds> comeBack; ///< when the next life begins
+    std::optional<std::chrono::microseconds> comeBack; ///< start of the next life
 };
 
-/// What is replayed. Messages are in the spool.
+/// The content of a recording. Its messages are in the spool.
 struct Recording
 {
     Spool spool;

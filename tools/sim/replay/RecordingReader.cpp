@@ -28,10 +28,10 @@ using trace::EventKind;
 constexpr std::string_view Bus = "org.freedesktop.DBus";
 constexpr char NoReply[] = "org.freedesktop.DBus.Error.NoReply";
 
-/// Applications wait this long for an answer.
+/// The time limit of applications for an answer.
 constexpr microseconds AnswerTimeout = std::chrono::seconds(2);
 
-/// A loss of the service that is this close to the end of the recording is the end of the session.
+/// A loss of the service within this time before the end of the recording is the end of the session.
 constexpr microseconds EndOfSession = std::chrono::seconds(1);
 
 class RecordingReader
@@ -119,7 +119,7 @@ void RecordingReader::Take(trace::Message const& message)
     }
     try {
         Take(*event, trace::ParseMessage(message.bytes), message.bytes);
-    } catch (trace::Malformed const&) { // not of the protocol after all: the trace shows what is wrong
+    } catch (trace::Malformed const&) { // the message does not follow the protocol; the trace shows why
     }
 }
 
@@ -202,7 +202,7 @@ void RecordingReader::SetAnswer(Awaited const& awaited, RecordedAnswer::Kind kin
     }
 }
 
-/// The errors of the bus say nothing about the service, but for NoReply: the service had the request.
+/// Errors of the bus do not describe the service, except NoReply: the service received the request.
 void RecordingReader::TakeAnswer(trace::Event const& event, trace::ParsedMessage const& message,
                                  std::string_view bytes)
 {

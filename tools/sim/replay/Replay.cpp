@@ -22,7 +22,7 @@ namespace {
 using std::chrono::microseconds;
 using std::chrono::milliseconds;
 
-/// The main loop's timers count to 49 days.
+/// Timers of the main loop hold at most 49 days.
 constexpr milliseconds LongestDelay = std::chrono::hours(24 * 49);
 
 constexpr char NotRecorded[] = "org.corvel.zviptvapi.Error.NotRecorded";
@@ -75,7 +75,7 @@ void Replay::Begin(std::size_t life)
     }
 }
 
-/// The death of the recorded service came as long after its first call.
+/// Plans the death at the recorded time after the first call.
 void Replay::NoteCall()
 {
     auto const& firstCall = m_recording->lives[m_life].firstCall;

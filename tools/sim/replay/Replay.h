@@ -15,17 +15,17 @@ namespace zviptv::sim {
 
 struct ReplayOptions
 {
-    /// What answers a request that was not recorded.
+    /// The answer to a request that was not recorded.
     enum class Unrecorded
     {
         Error,  ///< a D-Bus error
         False,  ///< the reply with which the function refuses a request
-        Stream, ///< the endpoint, from the transport stream
+        Stream, ///< the answer of the endpoint, from the transport stream
     };
 
-    std::string file; ///< the recording; nothing is replayed when empty
+    std::string file; ///< the recording; empty to replay nothing
     Unrecorded unrecorded = Unrecorded::Error;
-    double speed = 1; ///< of pushes and deaths
+    double speed = 1; ///< speed of pushes and deaths
 };
 
 /// An answer of the recorded service, or the one to a request that was not recorded.
@@ -33,17 +33,18 @@ struct ReplayedAnswer
 {
     bool isRecorded = false;
     bool isMissing = false; ///< the service did not answer
-    CMessageBuffer reply;   ///< if it did, and without an error
-    std::string errorName;  ///< of the D-Bus error that is sent instead; empty for none
+    CMessageBuffer reply;   ///< the answer, unless it is missing or an error
+    std::string errorName;  ///< D-Bus error that is sent instead; empty for none
     std::string errorText;
     std::chrono::milliseconds delay{0};
 };
 
-/// Answers as a recorded service did, and dies when it did. Lives on the thread of the main loop.
+/// Answers as a recorded service did, and dies when it did. For the thread of the main loop.
 class Replay
 {
 public:
-    /// The service that was recorded has died; its seconds until it came back, if it did.
+    /// Called when the recorded service dies; `returnAfter` is the time in seconds until it returned, if it
+    /// did.
     using OnDeath = std::function<void(std::optional<double> returnAfter)>;
 
     /// @throws std::runtime_error with a line for the user if the file cannot be replayed
@@ -56,10 +57,10 @@ public:
     /// Writes a line for each request that was not recorded to this descriptor.
     void ListUnrecordedIn(int descriptor) { m_list = descriptor; }
 
-    /// Goes on with a life of the recorded service; the last one if there are fewer.
+    /// Continues with a life of the recorded service; the last one if there are fewer.
     void Begin(std::size_t life);
 
-    /// The life that a service after this one begins with.
+    /// The life with which the next service begins.
     std::size_t NextLife() const { return m_life + 1; }
 
     /// The answer to a request; empty if it was not recorded and the endpoint has to answer.
@@ -88,9 +89,9 @@ private:
     MainLoop& m_loop;
     std::unique_ptr<Recording> m_recording;
     OnDeath m_onDeath;
-    int m_list = -1; ///< descriptor; none if negative
+    int m_list = -1; ///< descriptor; negative if there is none
     std::size_t m_life = 0;
-    std::uint64_t m_plan = 0; ///< of the death; earlier ones do nothing
+    std::uint64_t m_plan = 0; ///< number of the current plan of the death
     bool m_isPlanned = false;
 };
 

@@ -13,7 +13,7 @@ namespace key = protocol::key;
 
 namespace {
 
-/// The entries that count, by key: of several with one key the first; an empty value is like none.
+/// The significant entries by key: the first of several with the same key; empty values are omitted.
 std::map<std::string, std::string> EntriesOf(CMessageBuffer const& request)
 {
     std::map<std::string, std::string> entries;

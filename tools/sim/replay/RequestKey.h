@@ -7,8 +7,8 @@
 
 namespace zviptv::sim {
 
-/// What makes two requests the same: endpoint, function and the bytes of the arguments, in any order. The
-/// name that an application gives itself with SetAppID does not count.
+/// Identifies equal requests: endpoint, function and the bytes of the arguments, in any order. The name that
+/// an application sets with SetAppID is ignored.
 struct RequestKey
 {
     std::string exact;     ///< with the handle
@@ -17,10 +17,10 @@ struct RequestKey
 
 RequestKey KeyOf(std::string const& endpoint, CMessageBuffer const& request);
 
-/// Of an announcement to the helper bus.
+/// The key of an announcement to the helper bus.
 std::string AnnouncementKey(std::string const& type, bool comesUp);
 
-/// The function and the arguments, for people: "GetAudio index=3".
+/// The function and the arguments as readable text: "GetAudio index=3".
 std::string Described(CMessageBuffer const& request);
 
 } // namespace zviptv::sim

@@ -9,12 +9,12 @@
 
 namespace zviptv::sim {
 
-/// Bytes that are kept in a file without a name instead of in memory. The file is in $TMPDIR, or /tmp, and
-/// vanishes with the object. Not thread-safe.
+/// Stores bytes in a file without a name instead of in memory. The file is in $TMPDIR, or /tmp, and is
+/// removed with the object. Not thread-safe.
 class Spool
 {
 public:
-    /// Where bytes are.
+    /// The place of some bytes.
     struct Piece
     {
         std::uint64_t offset = 0;
@@ -24,7 +24,7 @@ public:
     /// @throws std::runtime_error with a line for the user, as Add()
     Spool();
 
-    /// @throws std::runtime_error if the file cannot take the bytes
+    /// @throws std::runtime_error if the bytes cannot be written
     Piece Add(std::string_view bytes);
 
     /// The bytes of a piece. @throws std::runtime_error if they cannot be read
@@ -35,7 +35,7 @@ private:
 
     FileHandle m_file;
     std::uint64_t m_written = 0; ///< bytes in the file
-    std::string m_buffer;        ///< bytes that come after them
+    std::string m_buffer;        ///< the following bytes
 };
 
 } // namespace zviptv::sim

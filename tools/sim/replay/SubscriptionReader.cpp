@@ -56,7 +56,7 @@ void SubscriptionReader::TakePush(Line const& notification, std::chrono::microse
     }
     auto const open = m_open.find(line);
     if (open == m_open.end()) {
-        return; // on the way when the application ended its subscription
+        return; // sent before the service learned of the end of the subscription
     }
     m_recording.pushes[line.second].items[open->second.index].pushes.push_back(
         {now - open->second.begin, m_recording.spool.Add(bytes)});

@@ -12,20 +12,20 @@
 
 namespace zviptv::sim {
 
-/// Sorts the pushes of a recording by the subscriptions that they belong to. Times are from the first message
-/// of the recording.
+/// Assigns the pushes of a recording to their subscriptions. Times count from the first message of the
+/// recording.
 class SubscriptionReader
 {
 public:
     /// An application and the function by which it subscribes, or the notification that it gets.
     using Line = std::pair<std::string, std::string>;
 
-    /// `recording` has to outlive the reader.
+    /// `recording` must outlive the reader.
     explicit SubscriptionReader(Recording& recording) : m_recording(recording) {}
 
     static bool IsSubscription(std::string const& function);
 
-    /// The application asks for a subscription or ends it. Pushes until Begin() do not belong to one.
+    /// The application requests a subscription or ends it. Pushes before Begin() belong to no subscription.
     void TakeRequest(Line const& line);
 
     /// The service grants the subscription.
@@ -37,10 +37,10 @@ public:
     /// The service has died.
     void EndAll() { m_open.clear(); }
 
-    /// A notification. Without a request before, the subscription began before the recording.
+    /// A notification. Without an earlier request, the subscription began before the recording.
     void TakePush(Line const& notification, std::chrono::microseconds now, std::string_view bytes);
 
-    /// The recording ends: a subscription whose request it does not have is granted.
+    /// The recording ends: subscriptions that began before it are granted.
     void Finish();
 
     bool HasPushes() const { return m_hasPushes; }
@@ -49,12 +49,12 @@ private:
     struct Open
     {
         std::chrono::microseconds begin;
-        std::size_t index; ///< of its pushes
+        std::size_t index; ///< index of its pushes
     };
 
     Recording& m_recording;
     std::map<Line, Open> m_open;
-    std::set<Line> m_known; ///< whose beginning or end was recorded
+    std::set<Line> m_known; ///< lines whose start or end was recorded
     bool m_hasPushes = false;
 };
 
