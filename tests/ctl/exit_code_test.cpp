@@ -96,6 +96,14 @@ TEST_F(CtlTest, AnErrorOfTheBusEndsWithExitCode4)
                              "org.freedesktop.DBus.Error.LimitsExceeded: scripted error\n");
 }
 
+TEST_F(CtlTest, ADBusErrorThatServicesSendIsNotBlamedOnTheBus)
+{
+    m_service.AnswerError("GetGenre", "org.freedesktop.DBus.Error.InvalidArgs");
+    EXPECT_EQ(RunCtl({"call", "GetGenre", "1"}).errors,
+              "zviptvctl: GetGenre: the service answered with the error "
+              "org.freedesktop.DBus.Error.InvalidArgs: scripted error\n");
+}
+
 TEST_F(CtlTest, ReportsWhoMayCallAfterADenialOfTheBus)
 {
     m_service.AnswerError("GetGenre", "org.freedesktop.DBus.Error.AccessDenied");

@@ -10,6 +10,19 @@ namespace zviptv::ctl {
 
 namespace {
 
+/// Whether the bus itself answers a call of the service with this error. Services may use others of D-Bus's
+/// errors, such as InvalidArgs.
+bool IsOfBus(std::string const& errorName)
+{
+    for (char const* const name :
+         {"LimitsExceeded", "NoReply", "NoMemory", "ServiceUnknown", "NameHasNoOwner"}) {
+        if (errorName == std::string("org.freedesktop.DBus.Error.") + name) {
+            return true;
+        }
+    }
+    return false;
+}
+
 /// Throws the failure that there is no object, because the service was not found.
 [[noreturn]] void ThrowNotFound()
 {
@@ -125,8 +138,7 @@ void Session::ThrowFailed(std::string const& method)
         throw Failure(ExitCode::NoAnswer, method + ": " + ForbiddenByPolicy());
     }
     if (failure.kind == ZV_FAILURE_BUS_ERROR) {
-        bool const isOfBus = errorName.rfind("org.freedesktop.DBus.Error.", 0) == 0;
-        throw Failure(ExitCode::NoAnswer, method + (isOfBus ? ": the bus" : ": the service") +
+        throw Failure(ExitCode::NoAnswer, method + (IsOfBus(errorName) ? ": the bus" : ": the service") +
                                               " answered with the error " + errorName + ": " + reason);
     }
     throw Failure(ExitCode::NoAnswer, method + ": " + reason);
