@@ -12,3 +12,12 @@ linked=$(find "$prefix" -name libzv-iptv-service-api.so)
 libdir=$(dirname "$linked")
 library=$libdir/$(readelf -d "$linked" | sed -n 's/.*SONAME.*\[\(.*\)\]/\1/p')
 sanitize=${SANITIZE:+-fsanitize=$SANITIZE}
+
+# Each run compiles the same programs; only the path of $work differs.
+export CCACHE_BASEDIR=$work CCACHE_NOHASHDIR=1
+if [ -n "${CACHE-}" ]; then
+    printf '#!/bin/sh\nexec "%s" "%s" "%s" "$@"\n' "$(dirname "${BASH_SOURCE[0]}")/compiler.sh" "$CACHE" "$CXX" \
+        >"$work/compiler"
+    chmod +x "$work/compiler"
+    CXX=$work/compiler
+fi

@@ -19,7 +19,7 @@ export PYTHONPATH=$prefix/lib/python3/dist-packages PYTHONDONTWRITEBYTECODE=1
 cd python
 pytest-3 -q -p no:cacheprovider | tee out
 grep -q '6 passed' out
-mypy --strict --cache-dir "$work/mypy" --python-executable /usr/bin/python3 subtitle_logger.py tests/test_subtitle_logger.py
+mypy --strict --cache-dir "$build/tests/kits/subtitle-logger-mypy" --python-executable /usr/bin/python3 subtitle_logger.py tests/test_subtitle_logger.py
 
 echo "A mistake in the application fails its tests"
 sed -i 's/languages.index(self._audio)/0/' subtitle_logger.py

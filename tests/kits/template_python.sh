@@ -15,7 +15,7 @@ ci=$(sed -n 's/^    - pytest-3/pytest-3/p' ci.yml)
 $ci -p no:cacheprovider | tee out
 grep -q '5 passed' out
 [ "$(grep -o '<testcase ' report.xml | wc -l)" = 5 ]
-mypy --strict --cache-dir "$work/mypy" --python-executable /usr/bin/python3 player.py tests/test_player.py
+mypy --strict --cache-dir "$build/tests/kits/template-mypy" --python-executable /usr/bin/python3 player.py tests/test_player.py
 
 echo "A mistake in the application fails its tests"
 sed -i 's/mute_audio(on)/mute_audio(False)/' player.py
