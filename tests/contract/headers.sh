@@ -1,7 +1,6 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# Checks that every installed header compiles by itself with strict warnings, and that those of the interface do not
-# need GLib: headers.sh BUILD SOURCE
+# Checks which headers are installed, and that the build has compiled each of them by itself: headers.sh BUILD SOURCE
 . "$(dirname "$0")/install.sh"
 
 diff <(cd "$prefix/include/zviptv" && find . -name testing -prune -o -name '*.h' -printf '%P\n' | LC_ALL=C sort) - <<'EOF'
@@ -41,21 +40,11 @@ client/Subscription.h
 client/Television.h
 client/Types.h
 EOF
-for header in "$prefix"/include/zviptv/*.h "$prefix"/include/zviptv/client/*.h; do
-    name=${header#"$prefix/include/"}
-    echo "$name"
-    printf '#include <%s>\n#include <%s>\nint main() {}\n' "$name" "$name" >"$work/one.cpp"
-    "$CXX" -std=c++17 -Wall -Wextra -Wpedantic -Werror -fsyntax-only -I "$prefix/include" "$work/one.cpp"
-done
-
-# The test kit needs GIO and GoogleTest.
-for header in "$prefix"/include/zviptv/testing/*.h; do
-    name=zviptv/testing/$(basename "$header")
-    echo "$name"
-    printf '#include <%s>\n#include <%s>\nint main() {}\n' "$name" "$name" >"$work/one.cpp"
-    # shellcheck disable=SC2046
-    "$CXX" -std=c++17 -Wall -Wextra -Wpedantic -Werror -fsyntax-only -I "$prefix/include" \
-        $(pkg-config --cflags gio-2.0) "$work/one.cpp"
+(cd "$prefix/include" && find . -name '*.h' -printf '%P\n') | while read -r header; do
+    if ! compgen -G "$build/tests/contract/CMakeFiles/*_headers_alone.dir/headers/$header.cpp.o" >/dev/null; then
+        echo "The build does not compile $header by itself; see tests/contract/CMakeLists.txt."
+        exit 1
+    fi
 done
 
 # With an older C++ standard, the first error is a sentence that says so.

@@ -22,6 +22,7 @@ printf '#!/bin/sh\nexec dbus-daemon "$@" 2>>"%s"\n' "$work/bus.log" >"$work/bin/
 printf '#!/bin/sh\nexec "%s" --dbus-daemon="%s" "$@"\n' "$(command -v dbus-run-session)" "$work/bin/bus" \
     >"$work/bin/dbus-run-session"
 chmod +x "$work"/bin/*
+ln -s "$prefix" "$work/prefix"
 ln -s /usr/bin/python3 "$work/bin/python3" # the compiled module is for Debian's
 export PATH=$work/bin:$prefix/bin:$PATH LD_LIBRARY_PATH=$libdir PKG_CONFIG_PATH=$libdir/pkgconfig ZV_IPTV_LOG=none
 export PYTHONPATH=$prefix/lib/python3/dist-packages PYTHONDONTWRITEBYTECODE=1
