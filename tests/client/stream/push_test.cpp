@@ -89,9 +89,9 @@ TEST(Push, UnreadableNumbersNameTheirKey)
 TEST(Push, ComplaintsShowTheBeginningOfAValueInOneLineOfText)
 {
     Fields const pes = PesFields("1", "x");
-    EXPECT_EQ(Complaint(With(pes, "pesPID", "\x1B[31m\n\xFF")), "pesPID: '?[31m?"
+    EXPECT_EQ(FailureOf(With(pes, "pesPID", "\x1B[31m\n\xFF")), "pesPID: '?[31m?"
                                                                 "?' is not a number");
-    EXPECT_EQ(Complaint(With(pes, "pesPID", std::string(1 << 20, 'a'))),
+    EXPECT_EQ(FailureOf(With(pes, "pesPID", std::string(1 << 20, 'a'))),
               "pesPID: '" + std::string(40, 'a') + "'... is not a number");
 }
 
