@@ -15,10 +15,10 @@ class CProxyDBusHelper;
 /// A general-purpose endpoint: owns one channel, sends through it and receives through two overridable hooks.
 /// The service side of the interface is built from these.
 ///
-/// The bus knows one object per type word in a process: the first endpoint of a type gets the calls of all
-/// applications (CProxyDBusHelper::GetSenderName() tells them apart, CDeferredReply answers later), further
-/// endpoints of the same type, one for each application to push to, only send. For each of these, the log
-/// contains the line "Error while registering object".
+/// The bus knows one object per type word in a process. Therefore the first endpoint of a type gets the calls
+/// of all applications: CProxyDBusHelper::GetSenderName() returns the caller, and CDeferredReply answers
+/// later. Further endpoints of this type only send: make one for each application that gets pushes. For each
+/// of them, the log contains the line "Error while registering object".
 ///
 /// Threads and lifetime are those of CProxyDBusHelper. Construct an endpoint on the thread that iterates the
 /// main context: on another one, calls would reach a subclass while its constructor runs. A subclass that is
@@ -60,7 +60,7 @@ protected:
     /// Handles an incoming notification; the default drops it.
     virtual void t_HandleNotification(CMessageBuffer& msg);
 
-    /// After it has returned, no hook runs on another thread, and none starts.
+    /// Stops the hooks: after it has returned, none runs on another thread, and none starts.
     void t_StopCallbacks();
 
     /// The channel, valid from the constructor to the destructor; for subclasses that need more of its

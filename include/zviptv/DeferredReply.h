@@ -11,8 +11,8 @@
 
 typedef struct _GDBusMethodInvocation GDBusMethodInvocation;
 
-/// The answer to a call, to be sent later, as an error, or not at all; for a service that must not block its
-/// main loop until it knows the answer.
+/// The pending answer to a call, which can be sent later, as an error, or not at all. A service uses it in
+/// order not to block its main loop until it knows the answer.
 /// Threads: any, but use an object from one thread at a time. Lifetime: independent of the channel that
 /// received the call. If the object is destroyed or assigned to before an answer was sent, the caller gets
 /// the error "org.freedesktop.DBus.Error.NoReply".
@@ -44,8 +44,8 @@ public:
     void Send(CMessageBuffer const& reply);
 
     /// Answers with a D-Bus error, which the caller's send reports as a failure. `name` is a D-Bus error name
-    /// ("org.example.Error.Busy"), `text` is UTF-8 for people. An invalid name or text, or a text that is
-    /// larger than a message may be, is replaced. Does nothing if no answer is pending.
+    /// ("org.example.Error.Busy"), `text` is readable text in UTF-8. An invalid name or text, or a text that
+    /// is larger than a message may be, is replaced. Does nothing if no answer is pending.
     void SendError(char const* name, char const* text);
 
     /// Sends no answer: the caller waits until its time-out, and the bus counts the call until one of the two

@@ -16,7 +16,7 @@
 /// The factory of the service interfaces.
 ///
 /// Each interface has one object per process. Create returns the existing object, or makes it; `profile` and
-/// `id` (of which 16 bits count) are used only to make it. Every function returns 0. After a failure, `out`
+/// `id` (16 bits) are used only to make it. Every function returns 0. After a failure, `out`
 /// is a null pointer, and ZVGetLastFailure() says why, for example that no service runs or that no descriptor
 /// is free. CreateIPGUtil does not check whether the service runs. With a null `out`, nothing is made.
 /// An object does not guarantee a connection: if the service runs but does not answer the announcement in
@@ -28,20 +28,20 @@
 ///
 /// Threads: all functions may be called from any thread, and from inside any callback of the objects.
 /// Creating and destroying an object each call the service, which takes at most 2000 ms on a bus that
-/// answers. If another thread is doing the same, a thread waits for it and shares the outcome. If another
-/// thread is doing the opposite, a thread waits for it first. Therefore each function takes at most 4 s,
-/// whatever the number of threads; a Destroy also waits for callbacks, as described below. Incoming data and
+/// answers. A thread that makes the same call as another thread waits for it and shares its outcome. A thread
+/// that makes the opposite call waits for it first. Therefore each function takes at most 4 s, for any number
+/// of threads; a Destroy also waits for callbacks, as described below. Incoming data and
 /// the loss of the service are delivered through the main context that is the thread default of the creating
 /// thread, normally the process's default context: the process must iterate it.
 /// When the bus itself ends while a main loop runs, GIO ends the process with SIGTERM, unless the application
-/// turns this off with g_dbus_connection_set_exit_on_close. The objects are then lost as when the service
-/// leaves. When a bus is available again, at the same address or at the one in DBUS_SYSTEM_BUS_ADDRESS at
-/// that time, the next Create makes a new object on it.
+/// turns this off with g_dbus_connection_set_exit_on_close. The objects are then lost, as after the loss of
+/// the service. When a bus is available again, at the same address or at the one in DBUS_SYSTEM_BUS_ADDRESS
+/// at that time, the next Create makes a new object on it.
 ///
 /// Lifetime: an object lives until the matching Destroy; never delete it. The player control and the
 /// broadcast data objects also destroy themselves when the service leaves the bus. Pointers stay valid: calls
-/// on an object that is destroyed return false. Until it has told the service that it leaves, an object
-/// answers the service and delivers its data. When a Destroy returns, no callback of the object runs on
+/// on an object that is destroyed return false. Until an object has announced its end to the service,
+/// it answers the service and delivers its data. When a Destroy returns, no callback of the object runs on
 /// another thread, and none starts. A Create at the same time, also inside such a callback, makes a new
 /// object as soon as the old one has left; it does not wait for the old object's callbacks. Destroying an
 /// object that does not exist is harmless.
@@ -60,7 +60,7 @@ public:
     /// The data subscriber.
     static int CreateIPTVDataSubscriber(IPTVProfile profile, int id, IIPTVDataSubscriber** out);
 
-    /// The programme guide, also while no service runs.
+    /// The programme guide object. It is also made while no service runs.
     static int CreateIPGUtil(IIPGUtil** out);
 
     /// For the service process: the helper bus through which applications find its endpoints.

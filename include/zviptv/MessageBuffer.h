@@ -25,8 +25,8 @@ struct MessageEntry
 
 /// Ordered list of key/value entries: every request, reply and notification is one.
 /// Values are byte strings with an explicit size. Numbers are decimal text, records are their bytes. Keys
-/// need not be unique: adding appends, looking up finds the first. The buffer owns copies of its keys and
-/// values, and is copied by value.
+/// need not be unique: adding appends an entry, looking up finds the first one. The buffer owns copies of its
+/// keys and values, and is copied by value.
 /// Threads: no operation locks; use a buffer from one thread at a time.
 class ZVIPTV_API CMessageBuffer
 {
@@ -79,7 +79,7 @@ public:
     int GetValueOfSize(int index) const;
 
     /// Appends `result` as decimal text under "result_internal". If set several times, the first result
-    /// counts.
+    /// is used.
     void SetResult(int result);
 
     /// The number under "result_internal". Throws std::invalid_argument ("stoi") if there is none, and

@@ -31,8 +31,8 @@ struct ChannelAccess;
 /// Connect(partner), send, and destroy it.
 ///
 /// A process exports one object per name: of several channels with the same name, the first gets the calls.
-/// The others (for which the log says "Error while registering object") connect, send, and get the
-/// notifications of their partners.
+/// The others connect, send, and get the notifications of their partners; for each of them, the log contains
+/// "Error while registering object".
 /// Threads: the channel does not run a main loop. Incoming calls are delivered through the main context that
 /// was the thread default when the channel was constructed, notifications and the loss of the partner through
 /// the one when Connect ran; those contexts must be iterated. Sends work from any thread and need no loop.
@@ -87,9 +87,9 @@ public:
     CProxyDBusHelper& operator=(CProxyDBusHelper const&) = delete;
 
     /// Binds the channel to the bus name `partner`: watches it and subscribes to its signals. Returns 1 on
-    /// success, 0 on failure. It also returns 0 if the partner is lost meanwhile; the handler may then have
-    /// run. Notifications may arrive before it returns. Call it once per channel, and again after the partner
-    /// was lost.
+    /// success, 0 on failure. It also returns 0 if the partner is lost while it connects; the handler may
+    /// then have run already. Notifications may arrive before it returns. Call it once per channel, and again
+    /// after the partner was lost.
     int Connect(std::string partner);
 
     /// Returns true from a successful Connect until the thread that iterates the main context handles the
@@ -99,8 +99,8 @@ public:
     /// The unique bus name of this end; empty without a bus.
     std::string GetPublicName();
 
-    /// Sets the handlers of incoming calls (its return value is the reply) and of notifications; `userData`
-    /// is passed to both. Null handlers are allowed: calls are then answered with an empty message. A handler
+    /// Sets the handlers of incoming calls (which returns the reply) and of notifications; `userData` is
+    /// passed to both. Null handlers are allowed: calls are then answered with an empty message. A handler
     /// that was replaced may still run, or be about to: keep its user data valid until the channel has ended.
     void SetCallback(CMessageBuffer (*messageCb)(CMessageBuffer& request, void* userData),
                      void (*notificationCb)(CMessageBuffer& notification, void* userData), void* userData);

@@ -1,6 +1,6 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# make_corpus.sh BUILD: makes the seeds in corpus/ and the words in dictionaries/ anew, from what the project itself
+# make_corpus.sh BUILD: regenerates the seeds in corpus/ and the words in dictionaries/, from what the project itself
 # sends and reads: messages between the simulator and the command line of the build folder BUILD, the samples, the
 # streams of the tests' builders. Other files in corpus/ stay: they are inputs that once went wrong.
 set -euo pipefail

@@ -63,7 +63,8 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     }
     ProgrammeTable table;
     zviptv::test::ForEachPacket(stream, [&](TsPacket const& packet) { table.Push(packet); });
-    Require(table.Programmes().size() <= ProgrammeTable::MaxProgrammes, "so many programmes at most");
+    Require(table.Programmes().size() <= ProgrammeTable::MaxProgrammes,
+            "at most the allowed number of programmes");
     for (Programme const& programme : table.Programmes()) {
         Check(programme);
         Require(table.Find(programme.number) == &programme, "a programme is found by its number");

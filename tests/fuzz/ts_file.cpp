@@ -121,7 +121,8 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
         StreamTime last{};
         Play(demux, bytes.size(), last);
         demux.Rewind();
-        Require(demux.Programmes().size() <= ProgrammeTable::MaxProgrammes, "so many programmes at most");
+        Require(demux.Programmes().size() <= ProgrammeTable::MaxProgrammes,
+                "at most the allowed number of programmes");
         for (Programme const& programme : std::vector<Programme>(demux.Programmes())) {
             Check(programme, {});
         }

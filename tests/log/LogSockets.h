@@ -25,7 +25,7 @@ public:
 
     /// The journal ends, and with it its socket.
     void EndJournal();
-    /// A journal that has been started anew, with another socket.
+    /// A restarted journal, with another socket.
     void RenewJournal();
 
 private:

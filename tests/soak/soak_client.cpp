@@ -16,7 +16,7 @@ namespace {
 
 constexpr char HelperName[] = "org.corvel.zviptvapi.dbushelper";
 constexpr unsigned CallPeriodMs = 4;
-constexpr unsigned RenewalPeriod = 251; ///< after so many calls one object is destroyed, to be created anew
+constexpr unsigned RenewalPeriod = 251; ///< after this number of calls, one object is destroyed and recreated
 constexpr int PesHeaderSize = 14;
 
 struct Figures

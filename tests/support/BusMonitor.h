@@ -9,7 +9,7 @@
 
 namespace zviptv::test {
 
-/// Sees every message of the bus, whoever it is for, once the constructor has returned: calls to the
+/// Sees every message of the bus, for any receiver, after the constructor has returned: calls to the
 /// daemon itself (AddMatch, RequestName) included. The daemon puts a copy of each message into the
 /// monitor's queue when it handles the message, so wait for what you expect. Needs to run as the
 /// bus's user or as root, else the constructor throws std::runtime_error.

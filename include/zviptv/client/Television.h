@@ -59,7 +59,7 @@ public:
     /// On the system bus, with the default handle and without a name. Returns at once, and connects in the
     /// background.
     Television();
-    /// As said by `options`.
+    /// With the values of `options`; otherwise like Television().
     explicit Television(Options options);
     ~Television();
     Television(Television const&) = delete;

@@ -32,7 +32,7 @@ TEST_F(ControlSignals, ReportChangesOfPropertiesBeforeTheAnswer)
     bool isReported = false;
     for (Remote::Signal const& signal : m_remote->Signals()) {
         isReported = isReported || (signal.name == "PropertiesChanged" &&
-                            signal.body.find("'Paused': <true>") != std::string::npos);
+                                    signal.body.find("'Paused': <true>") != std::string::npos);
     }
     EXPECT_TRUE(isReported);
 }

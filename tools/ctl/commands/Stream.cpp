@@ -93,8 +93,8 @@ bool Stream::IsChosen(Packet const& packet) const
 
 void Stream::ReportProblems(EndpointWatch& endpoint)
 {
-    for (std::string const& complaint : endpoint.TakeProblems()) {
-        Print(complaint);
+    for (std::string const& problem : endpoint.TakeProblems()) {
+        Print(problem);
     }
 }
 
@@ -204,10 +204,10 @@ ExitCode Stream::Finish()
     if (m_failure) {
         throw *m_failure;
     }
-    for (std::string const& complaint : m_file       ? m_file->Close()
-                                        : m_captions ? m_captions->Close()
-                                                     : std::vector<std::string>()) {
-        Print(complaint);
+    for (std::string const& problem : m_file       ? m_file->Close()
+                                      : m_captions ? m_captions->Close()
+                                                   : std::vector<std::string>()) {
+        Print(problem);
     }
     if (m_unreadable > 0) {
         throw Failure(ExitCode::Malformed, Counted(m_unreadable, "notification") + " could not be read");

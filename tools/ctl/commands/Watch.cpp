@@ -30,9 +30,8 @@ ExitCode Watch::Run()
     EventSource const second = Loop::Every(std::chrono::seconds(1), [this] { Tick(); });
     ServiceWatch const watch(m_session.Connection(), [this](ServiceWatch::Event event) { OnService(event); });
     Connect();
-    m_loop.Run(
-        [this](std::exception const& error) { PrintEvent("unreadable", UnreadableNotification(error)); },
-        [this] { OnEvents(); });
+    m_loop.Run([this](std::exception const& error) { Print("unreadable", UnreadableNotification(error)); },
+               [this] { OnEvents(); });
     return Finish();
 }
 
@@ -44,10 +43,10 @@ void Watch::Connect()
         return; // the release may have taken this long
     }
     try {
-        std::string const introduction = DescribeState();
+        std::string const state = DescribeState();
         Subscribe();
-        PrintEvent("connected", introduction);
-        PrintEvent("subscribed", "subscribed to PES packets");
+        Print("connected", state);
+        Print("subscribed", "subscribed to PES packets");
         m_state = State::Connected;
         m_trouble.reset();
     } catch (Failure const& failure) {
@@ -87,8 +86,8 @@ void Watch::Subscribe()
 void Watch::ReportProblems()
 {
     if (m_endpoint) {
-        for (std::string const& complaint : m_endpoint->TakeProblems()) {
-            PrintTrouble(complaint);
+        for (std::string const& problem : m_endpoint->TakeProblems()) {
+            PrintTrouble(problem);
         }
     }
 }
@@ -160,7 +159,7 @@ void Watch::OnService(ServiceWatch::Event event)
         m_loop.Quit();
     } else if (event == ServiceWatch::Event::Gone && m_state == State::Connected) {
         m_state = State::ServiceLost;
-        PrintEvent("lost", "the service left the bus: no more PES packets arrive");
+        Print("lost", "the service left the bus: no more PES packets arrive");
     }
 }
 
@@ -178,10 +177,10 @@ void Watch::OnEvents()
     if (m_state == State::ServiceLost && IsPlayerControlGone()) {
         ReportLoss();
         m_state = State::Absent;
-        PrintEvent("waiting", "waiting for the service to come back");
+        Print("waiting", "waiting for the service to come back");
     }
     if (m_state != State::Connected && m_isServicePresent && !m_trouble && !IsOver()) {
-        PrintEvent("back", "the service is back: making new objects");
+        Print("back", "the service is back: making new objects");
         Connect();
     }
 }
@@ -196,8 +195,8 @@ bool Watch::IsPlayerControlGone() const
 
 void Watch::ReportLoss()
 {
-    PrintEvent("player-control-gone",
-               "the player control object destroyed itself: its calls fail until it is created again");
+    Print("player-control-gone",
+          "the player control object destroyed itself: its calls fail until it is created again");
     ReportFactory();
     ReportSubscriber();
 }
@@ -208,9 +207,9 @@ void Watch::ReportFactory()
     Handle const& handle = m_session.HandleOfCalls();
     CIPTVServiceAPI::CreatePlayerControl(handle.profile, handle.id, &player);
     if (player == nullptr) {
-        PrintEvent("factory-refuses", "CreatePlayerControl now returns null: no service runs");
+        Print("factory-refuses", "CreatePlayerControl now returns null: no service runs");
     } else {
-        PrintEvent("factory-works", "CreatePlayerControl already returns a new object");
+        Print("factory-works", "CreatePlayerControl already returns a new object");
     }
 }
 
@@ -219,10 +218,9 @@ void Watch::ReportSubscriber()
     m_subscription->End(m_session.Get<IIPTVDataSubscriber>());
     ZVFailure const& failure = ZVGetLastFailure();
     if (failure.kind != ZV_FAILURE_NONE) {
-        PrintEvent(
-            "subscriber-fails",
-            std::string("the data subscriber stays, but its calls fail: UnSubscribeForPES was not sent (") +
-                failure.message + ")");
+        Print("subscriber-fails",
+              std::string("the data subscriber stays, but its calls fail: UnSubscribeForPES was not sent (") +
+                  failure.message + ")");
     }
 }
 
@@ -271,13 +269,13 @@ void Watch::ReportTrouble(Failure const& trouble)
 /// Also prints it to standard error, unless a terminal would then show it twice.
 void Watch::PrintTrouble(std::string const& text)
 {
-    PrintEvent("trouble", text);
+    Print("trouble", text);
     if (!m_live.IsTerminal()) {
         std::fprintf(stderr, "zviptvctl: %s\n", PrintableText(text).c_str());
     }
 }
 
-void Watch::PrintEvent(char const* event, std::string const& text)
+void Watch::Print(char const* event, std::string const& text)
 {
     Json::Value json(Json::objectValue);
     json["event"] = event;

@@ -63,7 +63,7 @@ private:
 
     void ReportTrouble(Failure const& trouble);
     void PrintTrouble(std::string const& text);
-    void PrintEvent(char const* event, std::string const& text);
+    void Print(char const* event, std::string const& text);
     void Write(Json::Value const& json, std::string const& text);
 
     Session& m_session;
