@@ -131,7 +131,7 @@ TEST_F(TelevisionTest, EachCallHasItsTimeout)
     EXPECT_FALSE(slow.IsThere());
 }
 
-TEST_F(TelevisionTest, TheLongestTimeoutIsNoTimeout)
+TEST_F(TelevisionTest, AcceptsTheLongestTimeout)
 {
     m_service->Answer("SizeOfAudio", {{"result_internal", "1"}, {"size", "1"}});
     Outcome<void> call;
@@ -143,7 +143,7 @@ TEST_F(TelevisionTest, TheLongestTimeoutIsNoTimeout)
     EXPECT_TRUE(Succeeded(*list));
 }
 
-TEST_F(TelevisionTest, AHandleDoesNotKeepACompletionThatHasRun)
+TEST_F(TelevisionTest, ReleasesACompletionThatHasRun)
 {
     m_service->Answer("SizeOfAudio", {{"result_internal", "1"}, {"size", "1"}});
     auto const kept = std::make_shared<int>();

@@ -170,7 +170,7 @@ TEST_F(RestartTest, ABlockingCallNoticesARestartOfTheBusWithoutALoop)
     ASSERT_TRUE(AwaitAvailable(true));
 }
 
-TEST_F(ServiceClientTest, TheEndOfAConnectionIsNoticedThatAnotherThreadMade)
+TEST_F(ServiceClientTest, NoticesTheEndOfAConnectionThatAnotherThreadMade)
 {
     Owned<GMainContext> const context(g_main_context_new());
     g_main_context_push_thread_default(context.get());
@@ -198,7 +198,7 @@ TEST_F(ServiceClientTest, TheEndOfAConnectionIsNoticedThatAnotherThreadMade)
     }
 }
 
-TEST_F(TelevisionTest, AListenerThatIteratesTheContextLeavesNoneBehind)
+TEST_F(TelevisionTest, ReportsTheLatestAvailabilityLastIfAListenerIteratesTheContext)
 {
     bool isFirst = true;
     States told;

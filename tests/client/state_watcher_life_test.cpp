@@ -41,7 +41,7 @@ TEST_F(StateWatcherTest, RoundsStartAtTheIntervalOrWhenRefreshed)
     EXPECT_EQ(m_texts.back(), "audio track: 0 -> 1");
 }
 
-TEST_F(StateWatcherTest, AnIntervalOfManyWeeksIsNotShortened)
+TEST_F(StateWatcherTest, DoesNotShortenAnIntervalOfManyWeeks)
 {
     Watch({std::chrono::milliseconds((1LL << 32) + 100), std::nullopt}); // above the range of GLib's timers
     ASSERT_TRUE(AwaitEvents(1));

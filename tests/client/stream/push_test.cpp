@@ -86,7 +86,7 @@ TEST(Push, UnreadableNumbersNameTheirKey)
     EXPECT_EQ(FailureOf(Without(pes, "pesPTS")), "") << "the time is in the packet";
 }
 
-TEST(Push, ComplaintsShowTheBeginningOfAValueInOneLineOfText)
+TEST(Push, ShowsTheBeginningOfAValueInOneLineOfText)
 {
     Fields const pes = PesFields("1", "x");
     EXPECT_EQ(FailureOf(With(pes, "pesPID", "\x1B[31m\n\xFF")), "pesPID: '?[31m?"
