@@ -83,7 +83,7 @@ client_may message guide
 client_may link message
 client_may calls link message
 client_may state link
-client_may stream
+client_may stream message
 client_may captions stream
 for room in src/client/*/; do
     [[ "$clients" == *" ${room%/} "* ]] || fail "say here what $room may include"
