@@ -44,7 +44,7 @@ def test_reports_gaps(television: Television) -> None:
 
 def test_selects_the_language_again_after_a_restart(television: Television) -> None:
     with television.scenario("after SetCurrentAudioByIndex die --for 0.1"):
-        logged("audio: deu", "the service is not there", "audio: deu")
+        logged("the service is available", "the service is not there", "audio: deu")
 
 
 def test_reports_a_refused_selection(television: Television) -> None:
