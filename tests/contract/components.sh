@@ -3,6 +3,11 @@
 # CMake says what to install for a component that is missing: components.sh BUILD SOURCE
 . "$(dirname "$0")/install.sh"
 
+# A copy of the installation, from which files are removed below.
+cp -r "$prefix" "$work/prefix"
+libdir=$work/prefix${libdir#"$prefix"}
+prefix=$work/prefix
+
 # refused COMPONENTS TEXT: a project that requires these components is refused with this text.
 mkdir "$work/project"
 refused() {
