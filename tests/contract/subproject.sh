@@ -4,10 +4,8 @@
 set -euo pipefail
 source=$2
 root=$(cd "$source/../.." && pwd)
-work=$1/tests/contract/subproject # the same in every run: a compiler cache compares paths
-rm -rf "$work"
-mkdir "$work"
-trap 'rm -rf "$work"' EXIT
+work=$1/tests/contract/subproject # kept: a repeated run configures afresh, and compiles only what has changed
+mkdir -p "$work"
 
 cp "$source/consumer.cpp" "$work"
 cat >"$work/CMakeLists.txt" <<'EOF'
@@ -20,7 +18,7 @@ FetchContent_MakeAvailable(zviptv)
 add_executable(consumer consumer.cpp)
 target_link_libraries(consumer PRIVATE ZvIptv::ServiceApi)
 EOF
-"$CMAKE_COMMAND" -G Ninja -S "$work" -B "$work/build" -DZVIPTV_SOURCE="$root" -DCMAKE_CXX_COMPILER_LAUNCHER="${3-}"
+"$CMAKE_COMMAND" --fresh -G Ninja -S "$work" -B "$work/build" -DZVIPTV_SOURCE="$root" -DCMAKE_CXX_COMPILER_LAUNCHER="${3-}"
 "$CMAKE_COMMAND" --build "$work/build"
 
 # Only the library is built, and a warning of a newer compiler does not stop the user's build.
