@@ -10,9 +10,9 @@
 #include <unistd.h>
 
 #include <array>
+#include <cstddef>
 #include <cstdio>
 #include <exception>
-#include <optional>
 #include <sstream>
 #include <stdexcept>
 
@@ -27,7 +27,10 @@ std::string ReadSome(int descriptor)
     return std::string(bytes.data(), size > 0 ? static_cast<std::size_t>(size) : 0);
 }
 
-void Execute(Service& service, std::optional<std::size_t>& awaited, std::string const& text)
+constexpr std::ptrdiff_t NotAwaited = -1;
+
+/// awaited: the number of subscribers to report, or NotAwaited
+void Execute(Service& service, std::ptrdiff_t& awaited, std::string const& text)
 {
     std::istringstream line(text);
     std::string command;
@@ -35,7 +38,7 @@ void Execute(Service& service, std::optional<std::size_t>& awaited, std::string 
     std::size_t size = 0;
     std::size_t batch = 0;
     if (line >> command >> count && command == "await") {
-        awaited = count;
+        awaited = static_cast<std::ptrdiff_t>(count);
         return;
     }
     if (!(line >> size >> batch) || command != "push" || size == 0 || batch == 0) {
@@ -47,11 +50,11 @@ void Execute(Service& service, std::optional<std::size_t>& awaited, std::string 
 /// Runs until standard input ends. The sender writes each command at once, and it is far shorter than a pipe.
 void Serve(Service& service, int creditPipe)
 {
-    std::optional<std::size_t> awaited;
+    std::ptrdiff_t awaited = NotAwaited;
     while (true) {
         service.Work();
-        if (awaited == service.Subscribers()) {
-            awaited.reset();
+        if (awaited == static_cast<std::ptrdiff_t>(service.Subscribers())) {
+            awaited = NotAwaited;
             std::printf("%zu\n", service.Subscribers());
             std::fflush(stdout);
         }
