@@ -44,7 +44,7 @@ class Batch(Process):
 
     def seconds_of(self, commands):
         begin = time.monotonic()
-        self.tell("\n".join(["mute audio on"] * commands))
+        self.send_line("\n".join(["mute audio on"] * commands))
         answers = [self.hear(), *(self.process.stdout.readline().decode() for _ in range(commands - 1))]
         seconds = time.monotonic() - begin
         if any(json.loads(answer)["exitCode"] != 0 for answer in answers):
@@ -63,16 +63,16 @@ def packet_block(bench, client, shape):
     """The time of a packet in seconds, and its processor time. Before and after it, nobody is subscribed."""
     size, batch, batches = shape
     count = batch * batches
-    client.tell(f"receive {count} {size} {batch}")
+    client.send_line(f"receive {count} {size} {batch}")
     await_subscribers(bench, 1)
-    bench.service.tell(f"push {count} {size} {batch}")
+    bench.service.send_line(f"push {count} {size} {batch}")
     found = json.loads(client.hear())
     await_subscribers(bench, 0)
     return {"seconds": found["seconds"] / (count - 1), "cpu": found["cpu"] / count}
 
 
 def await_subscribers(bench, number):
-    bench.service.tell(f"await {number}")
+    bench.service.send_line(f"await {number}")
     bench.service.hear()
 
 
