@@ -84,6 +84,20 @@ class Picture(PageTest):
         wait_for(lambda: self.text("picture-note") == "The programme has no video.")
         self.assertEqual(self.pixel(0.02, 0.1), [192, 192, 192], "the test card")
 
+    def test_shows_a_single_frame_in_a_pause(self):
+        """With a subtitle selected: as right after a key frame."""
+        one = Path(self.simulator.folder.name, "one.ts")
+        subprocess.run(["ffmpeg", "-v", "fatal", "-i", SAMPLE, "-map", "0:v:0", "-map", "0:s:0", "-c", "copy", "-frames:v", "1",
+                        one], check=True)
+        self.simulator.ctl("sim", "load", str(one))
+        self.simulator.ctl("sim", "pause")
+        wait_for(lambda: not self.simulator.decoders())
+        before = self.frames()
+        self.simulator.ctl("sim", "seek", "0")
+        wait_for(lambda: self.frames() > before, "the frame")
+        wait_for(lambda: not self.simulator.decoders())
+        self.assertEqual(self.text("picture-note"), "")
+
     def test_sound_on_demand(self):
         self.element("sound").click()
         wait_for(lambda: float(self.attribute("sound", "data-seconds") or 0) > 1)

@@ -48,8 +48,10 @@ Words PictureArguments(Json::Value const& content)
     std::string graph = video + "," + rate;
     Json::Value const& subtitle = content["subtitle"];
     if (!subtitle.isNull()) {
-        graph =
-            video + "[video];[0:s:0]scale=" + size + "[text];[video][text]overlay=eof_action=pass," + rate;
+        // Of a still picture there may be one frame, which overlay leaves out without a second one.
+        std::string const twice = ",tpad=stop_mode=clone:stop=1";
+        graph = video + twice + "[video];[0:s:0]scale=" + size +
+                "[text];[video][text]overlay=eof_action=pass," + rate;
     }
     bool const isTeletext = subtitle["kind"] == "teletext";
     return Joined({Input(),
