@@ -20,7 +20,8 @@ std::int32_t Number(Push const& push, char const* key)
     try {
         return std::stoi(text);
     } catch (std::logic_error const&) {
-        throw UnreadablePush(key, text.empty() ? "the number is missing" : Shown(text, '\'') + " is not a number");
+        throw UnreadablePush(key,
+                             text.empty() ? "the number is missing" : Shown(text, '\'') + " is not a number");
     }
 }
 
