@@ -14,6 +14,7 @@ set border 3
 set tics nomirror
 set grid ytics lc rgb "#dddddd"
 set key above left
+set linetype 5 lc rgb "#8c510a"
 """
 
 
@@ -33,8 +34,8 @@ def gnuplot(file, script, height=420):
 
 def draw_calls(bus, file):
     """The distribution of all calls, without the slowest thousandth."""
-    script = ("set multiplot layout 1,2\nset logscale x\nset xrange [10:10000]\nset xlabel \"µs\"\nset yrange [0:1]\n"
-              "set ylabel \"share of the calls\"\nset key inside bottom right\n")
+    script = ("set multiplot layout 1,2\nset logscale x\nset xlabel \"µs\"\nset yrange [0:1]\n"
+              "set ylabel \"share of the calls\"\nset key below center maxcols 2\n")
     for method, title in METHODS.items():
         part = bus["call"][method]
         lines = []
@@ -42,7 +43,7 @@ def draw_calls(bus, file):
             script += data(f"{method}{number}", [(ns / 1e3, share) for share, ns in one["distribution"].items()])
             lines.append(f"${method}{number} using 1:2 with lines lw 2 title {quoted(bus['variants'][key])}")
         script += f"set title {quoted(title)}\nplot {', '.join(lines)}\n"
-    return gnuplot(file, script + "unset multiplot\n", 460)
+    return gnuplot(file, script + "unset multiplot\n", 540)
 
 
 def draw_pushes(bus, file):

@@ -2,8 +2,11 @@
 # Both axes are logarithmic: linear growth is a straight line that rises by one decade per decade.
 set terminal svg size 900,560 background "white" font "sans,13"
 set logscale xy
-set key left top
+set key outside right top
+set linetype 5 lc rgb "#8c510a"
 set grid
+set format x "%.0s%c"
+set format y "10^{%L}"
 set ylabel "CPU time of a message, ns"
 titles = "memcpy 'memcpy into the heap’s memory' encode decode 'helper bus: encode' 'helper bus: decode' 'GIO: write' 'GIO: read'"
 
