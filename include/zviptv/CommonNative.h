@@ -53,8 +53,8 @@ public:
     bool t_SendNotication(CMessageBuffer& msg);
 
 protected:
-    /// Answers an incoming call. The default answer is an empty message without "result_internal", for which
-    /// an application's calls of player control and broadcast data throw.
+    /// Answers an incoming call. The default answer is an empty message. It has no "result_internal";
+    /// therefore calls of player control and broadcast data throw an exception in the application.
     virtual CMessageBuffer t_HandleMessage(CMessageBuffer& msg);
 
     /// Handles an incoming notification; the default drops it.

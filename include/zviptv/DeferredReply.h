@@ -11,8 +11,8 @@
 
 typedef struct _GDBusMethodInvocation GDBusMethodInvocation;
 
-/// The pending answer to a call, which can be sent later, as an error, or not at all. A service uses it in
-/// order not to block its main loop until it knows the answer.
+/// The pending answer to a call, which can be sent later, as an error, or not at all. With it, a service can
+/// continue its main loop while it prepares the answer.
 /// Threads: any, but use an object from one thread at a time. Lifetime: independent of the channel that
 /// received the call. If the object is destroyed or assigned to before an answer was sent, the caller gets
 /// the error "org.freedesktop.DBus.Error.NoReply".
@@ -30,10 +30,11 @@ public:
     /// Takes over the pending answer; the other object is then empty.
     CDeferredReply(CDeferredReply&&) noexcept;
 
-    /// Takes over the pending answer. An answer that was pending in this object is sent as the error.
+    /// Takes over the pending answer of the other object. If an answer was pending in this object, its caller
+    /// gets the error NoReply.
     CDeferredReply& operator=(CDeferredReply&&) noexcept;
 
-    /// Sends the error if an answer is still pending.
+    /// Sends the error NoReply if an answer is still pending.
     ~CDeferredReply();
 
     /// Returns true while an answer is pending; false if the object is empty, or the call was answered or

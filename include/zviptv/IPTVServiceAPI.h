@@ -16,35 +16,34 @@
 /// The factory of the service interfaces.
 ///
 /// Each interface has one object per process. Create returns the existing object, or makes it; `profile` and
-/// `id` (16 bits) are used only to make it. Every function returns 0. After a failure, `out`
-/// is a null pointer, and ZVGetLastFailure() says why, for example that no service runs or that no descriptor
-/// is free. CreateIPGUtil does not check whether the service runs. With a null `out`, nothing is made.
+/// `id` (16 bits) are used only to make it. Every function returns 0. After a failure, `out` is a null
+/// pointer, and ZVGetLastFailure() says why, for example that no service runs or that no descriptor is free.
+/// CreateIPGUtil does not check whether the service runs. With a null `out`, nothing is made.
 /// An object does not guarantee a connection: if the service runs but does not answer the announcement in
 /// time, or names no endpoint, Create still returns an object. Its calls fail, and it does not notice when
 /// the service ends; ZVGetLastFailure() says why, after the Create and after each call. If every call of an
 /// object fails, destroy it and create it again.
-/// An object destroys itself in a handler of the service's loss. A handler that runs late, after the object
-/// has been destroyed and created again, does not affect the new object.
 ///
 /// Threads: all functions may be called from any thread, and from inside any callback of the objects.
 /// Creating and destroying an object each call the service, which takes at most 2000 ms on a bus that
 /// answers. A thread that makes the same call as another thread waits for it and shares its outcome. A thread
 /// that makes the opposite call waits for it first. Therefore each function takes at most 4 s, for any number
-/// of threads; a Destroy also waits for callbacks, as described below. Incoming data and
-/// the loss of the service are delivered through the main context that is the thread default of the creating
-/// thread, normally the process's default context: the process must iterate it.
+/// of threads; a Destroy also waits for callbacks, as described below. Incoming data and the loss of the
+/// service are delivered through the main context that is the thread default of the creating thread, normally
+/// the process's default context: the process must iterate it.
 /// When the bus itself ends while a main loop runs, GIO ends the process with SIGTERM, unless the application
-/// turns this off with g_dbus_connection_set_exit_on_close. The objects are then lost, as after the loss of
-/// the service. When a bus is available again, at the same address or at the one in DBUS_SYSTEM_BUS_ADDRESS
-/// at that time, the next Create makes a new object on it.
+/// turns this off with g_dbus_connection_set_exit_on_close. If the process continues, its objects are lost,
+/// as after the loss of the service. When a bus is available again, at the same address or at the one in
+/// DBUS_SYSTEM_BUS_ADDRESS at that time, the next Create makes a new object on it.
 ///
 /// Lifetime: an object lives until the matching Destroy; never delete it. The player control and the
-/// broadcast data objects also destroy themselves when the service leaves the bus. Pointers stay valid: calls
-/// on an object that is destroyed return false. Until an object has announced its end to the service,
-/// it answers the service and delivers its data. When a Destroy returns, no callback of the object runs on
-/// another thread, and none starts. A Create at the same time, also inside such a callback, makes a new
-/// object as soon as the old one has left; it does not wait for the old object's callbacks. Destroying an
-/// object that does not exist is harmless.
+/// broadcast data objects also destroy themselves when the service leaves the bus. If such an object has been
+/// destroyed and created again before the loss is handled, the loss does not affect the new object. Pointers
+/// stay valid: calls on an object that is destroyed return false. Until an object has announced its end to
+/// the service, it answers the service and delivers its data. When a Destroy returns, no callback of the
+/// object runs on another thread, and none starts. A Create at the same time, also inside such a callback,
+/// makes a new object as soon as the old one has left; it does not wait for the old object's callbacks.
+/// Destroying an object that does not exist is harmless.
 ///
 /// Two callbacks on two threads must not each destroy the other's object: they would wait for each other.
 /// After a fork without exec the child must not use the library, but it may call exit().

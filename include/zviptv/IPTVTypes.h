@@ -16,7 +16,7 @@
 /// Profile part of a handle. Only its low 16 bits are sent.
 enum IPTVProfile : std::int32_t
 {
-    IPTV_PROFILE_DEFAULT = 1 ///< profile of every application that is not given another one
+    IPTV_PROFILE_DEFAULT = 1 ///< use it unless your platform assigns another profile to the application
 };
 
 /// Coding of an audio track.

@@ -34,16 +34,18 @@ struct ChannelAccess;
 /// The others connect, send, and get the notifications of their partners; for each of them, the log contains
 /// "Error while registering object".
 /// Threads: the channel does not run a main loop. Incoming calls are delivered through the main context that
-/// was the thread default when the channel was constructed, notifications and the loss of the partner through
-/// the one when Connect ran; those contexts must be iterated. Sends work from any thread and need no loop.
+/// was the thread default when the channel was constructed. Notifications and the loss of the partner are
+/// delivered through the main context that was the thread default when Connect ran. Those contexts must be
+/// iterated. Sends work from any thread and need no loop.
 /// The memory of an asynchronous send is released when the sending thread's context is iterated.
 /// ZVGetLastFailure(), called on the sending thread, says why Connect or a send failed.
 ///
 /// Lifetime: a channel may be destroyed from any thread and from inside any of its callbacks. When the
 /// destructor has returned, no message or notification callback runs on another thread, and none starts. The
 /// destructor does not wait for a disconnect handler that has begun, so that the handler may take a lock that
-/// the destroying thread holds: its user data must outlive it. Do not destroy a channel while another thread,
-/// inside a message or notification callback, waits for the destroying thread.
+/// the destroying thread holds. Therefore the handler's user data must live until the handler has returned.
+/// Do not destroy a channel while another thread, inside a message or notification callback, waits for the
+/// destroying thread.
 ///
 /// The channels of a process share one bus connection, which closes with the last of them: messages that were
 /// sent just before may then be lost. When the bus has died, its channels stay dead, and their disconnect
@@ -70,9 +72,9 @@ public:
     /// than 32 MiB, so larger messages are refused here.
     static constexpr int MAX_BODY_SIZE = 32 * 1024 * 1024 - 4096;
 
-    /// Attaches to the system bus and exports the object. Without a bus, or if the name makes no valid object
-    /// path or one of more than 512 characters, the channel is still constructed, but every function of it
-    /// fails, and the log says why.
+    /// Attaches to the system bus and exports the object. The channel is also constructed without a bus, and
+    /// with a name whose object path is invalid or longer than 512 characters. Every function of such a
+    /// channel fails, and the log says why.
     explicit CProxyDBusHelper(std::string name);
 
     /// Exports the object on the caller's connection to a message bus, and holds the connection until the

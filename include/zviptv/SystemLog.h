@@ -13,7 +13,7 @@ enum EZVLogPriority
 {
     ZV_LOG_DEBUG, ///< single messages and pushes
     ZV_LOG_INFO,  ///< steps of setting up and calling
-    ZV_LOG_ERROR  ///< failures, and a few lines that are none
+    ZV_LOG_ERROR  ///< failures, and a few lines that report no failure
 };
 
 /// Receives one log line.

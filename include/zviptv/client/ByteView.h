@@ -25,7 +25,7 @@ public:
     /// Views all bytes of the vector, until it is changed.
     ByteView(std::vector<std::uint8_t> const& bytes) : m_data(bytes.data()), m_size(bytes.size()) {}
 
-    /// The first byte; null for a view that was made without any.
+    /// The first byte; null for a default-constructed view.
     constexpr std::uint8_t const* Data() const { return m_data; }
     /// Number of bytes.
     constexpr std::size_t Size() const { return m_size; }
@@ -50,7 +50,7 @@ public:
         return (std::uint32_t{U16(offset)} << 16) | U16(offset + 2);
     }
 
-    /// The part from `offset`, at most `count` bytes; cut to what there is.
+    /// The bytes from `offset` on: at most `count`, and fewer if the view ends earlier.
     constexpr ByteView Part(std::size_t offset, std::size_t count = SIZE_MAX) const
     {
         std::size_t const start = std::min(offset, m_size);

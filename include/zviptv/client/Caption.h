@@ -75,7 +75,7 @@ struct CaptionLine
 };
 
 /// A caption as the viewer reads it. It is shown until the next one of the same kind, PID and page or
-/// language. A caption without lines takes the former one off the screen.
+/// language. A caption without lines removes the previous one from the screen.
 struct Caption
 {
     CaptionKind kind = CaptionKind::Teletext; ///< what it was broadcast as
@@ -85,7 +85,7 @@ struct Caption
     std::optional<std::uint64_t> pts; ///< 1/90000 s, 33 bits, when to show it; nothing if not known
     std::vector<CaptionLine> lines;   ///< from top to bottom
 
-    /// Whether it takes the former caption off the screen.
+    /// Whether it has no lines and so removes the previous caption from the screen.
     bool IsEmpty() const { return lines.empty(); }
 
     /// The text, with a line feed between the lines.

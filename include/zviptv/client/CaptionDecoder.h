@@ -25,8 +25,8 @@ struct TeletextPages
     /// The pages to decode; if there are none, every page that the stream marks as a subtitle.
     std::set<unsigned> pages;
 
-    /// Languages of pages, which their captions then have. The stream does not carry them: use those that
-    /// PageLanguages() finds in the service's list.
+    /// Languages by page number. Captions of these pages get them. Teletext itself does not carry languages:
+    /// use those that PageLanguages() finds in the service's list.
     std::map<unsigned, std::string> languages;
 };
 
@@ -47,10 +47,10 @@ inline std::map<unsigned, std::string> PageLanguages(std::vector<Subtitle> const
 
 /// Decodes the teletext pages of one stream with libzvbi.
 ///
-/// A page is complete when the next page header of its magazine arrives, in which the former page ends. Its
-/// time is that of the packet with its own header.
+/// A page is complete when the header of the next page of its magazine arrives. The PTS of its caption is
+/// that of the PES packet that contains the header of the page itself.
 ///
-/// Any bytes may be given: packets and pages that are damaged are left out. A decoder needs less than 10 MiB.
+/// Input may be arbitrary bytes: the decoder leaves out damaged packets and pages. It needs less than 10 MiB.
 ///
 /// Threads: a decoder belongs to one thread at a time; several decoders may run in several threads.
 class ZVIPTV_API TeletextDecoder
@@ -61,14 +61,15 @@ public:
     ~TeletextDecoder();
     /// Takes over the state of `other`, which may then only be assigned to or destroyed.
     TeletextDecoder(TeletextDecoder&& other) noexcept;
-    /// The same; the former state ends.
+    /// Replaces the state by that of `other`, which may then only be assigned to or destroyed.
     TeletextDecoder& operator=(TeletextDecoder&& other) noexcept;
 
     /// False if the library was built without libzvbi. A decoder then finds no captions.
     static bool IsAvailable();
 
     /// Decodes one data field of EN 300 472: the payload of a PES packet, or its data units without the data
-    /// identifier. Returns the pages that became complete, in their order. `pts` counts 1/90000 s.
+    /// identifier. Returns the pages that became complete, in their order, except those whose lines have not
+    /// changed. `pts` counts 1/90000 s.
     std::vector<Caption> Decode(ByteView field, std::optional<std::uint64_t> pts);
 
     /// Returns the pages that have begun, as if the stream had ended.
@@ -84,7 +85,7 @@ private:
 /// Characters that the broadcaster draws itself (DRCS) are U+3013 "〓". Text of more than 4096 bytes is left
 /// out: a screen holds far less.
 ///
-/// Bytes and threads: as TeletextDecoder.
+/// Input may be arbitrary bytes. Threads: like TeletextDecoder.
 class ZVIPTV_API AribCaptionDecoder
 {
 public:
@@ -100,7 +101,7 @@ public:
     ~AribCaptionDecoder();
     /// Takes over the state of `other`, which may then only be assigned to or destroyed.
     AribCaptionDecoder(AribCaptionDecoder&& other) noexcept;
-    /// The same; the former state ends.
+    /// Replaces the state by that of `other`, which may then only be assigned to or destroyed.
     AribCaptionDecoder& operator=(AribCaptionDecoder&& other) noexcept;
 
     /// False if the library was built without libaribb24. A decoder then finds no captions.
@@ -118,7 +119,8 @@ private:
 
 /// Decodes all captions that the service pushes: a decoder of the right kind for every stream.
 ///
-/// It decodes 16 streams and leaves out further ones. Threads: as TeletextDecoder.
+/// It decodes up to 16 teletext streams and 16 ARIB streams, and ignores further ones. Threads: like
+/// TeletextDecoder.
 class ZVIPTV_API CaptionDecoder
 {
 public:
@@ -127,7 +129,7 @@ public:
     ~CaptionDecoder();
     /// Takes over the state of `other`, which may then only be assigned to or destroyed.
     CaptionDecoder(CaptionDecoder&& other) noexcept;
-    /// The same; the former state ends.
+    /// Replaces the state by that of `other`, which may then only be assigned to or destroyed.
     CaptionDecoder& operator=(CaptionDecoder&& other) noexcept;
 
     /// Decodes a packet of the kind PesKind::Teletext or PesKind::Caption; others give no captions.

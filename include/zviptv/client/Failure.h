@@ -31,12 +31,12 @@ enum class FailureKind
 /// Valid as long as the process.
 ZVIPTV_API char const* ToString(FailureKind kind) noexcept;
 
-/// What failed, and why. A value: copy and keep it as you like.
+/// What failed, and why.
 struct Failure
 {
-    FailureKind kind = FailureKind::NoBus; ///< in which way it failed
+    FailureKind kind = FailureKind::NoBus; ///< the kind of failure
     std::string function;  ///< the function of the protocol: "MuteAudio"; empty if there is none
-    std::string key;       ///< the key of the protocol that is to blame: "stcCount"; empty if there is none
+    std::string key;       ///< the key whose value is wrong: "stcCount"; empty if there is none
     std::string errorName; ///< the D-Bus error that was answered; empty if there is none
     std::string message;   ///< what is wrong and what to do about it, for people; one line of UTF-8
 };

@@ -19,18 +19,19 @@ public:
     /// No language.
     constexpr Language() = default;
 
-    /// Of a code such as "eng", in upper or lower case. Anything but three letters is no language.
+    /// The language of a code such as "eng", in upper or lower case. A code that is not three letters gives
+    /// no language.
     constexpr explicit Language(std::string_view code) : m_number(Pack(code)) {}
 
-    /// Of the number that the protocol has for it: the first letter in bits 16 to 23, the last in bits 0
-    /// to 7.
+    /// The language that has this number in the protocol: the first letter in bits 16 to 23, the last in bits
+    /// 0 to 7.
     static constexpr Language FromNumber(std::int32_t number)
     {
         Language language;
         language.m_number = number;
         return language;
     }
-    /// The number that the protocol has for it; 0 for no language.
+    /// Its number in the protocol; 0 for no language.
     constexpr std::int32_t Number() const { return m_number; }
 
     /// Whether it is a language: false for the number 0.

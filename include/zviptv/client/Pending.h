@@ -15,19 +15,20 @@ namespace zviptv {
 /// How an asynchronous call is made.
 struct CallOptions
 {
-    /// The longest time from the call to its completion, connecting included. Zero or less times out at once.
+    /// The longest time from the call to its completion, including the time to connect. With zero or less,
+    /// the call times out at once.
     std::chrono::milliseconds timeout{2000};
 };
 
 /// The handle of an asynchronous call. Dropping it does not cancel the call; copies stand for the same call.
 ///
-/// Threads: for the thread that iterates the Television's context. It may outlive the Television.
+/// Threads: use it on the thread that iterates the Television's context. It may outlive the Television.
 class Pending
 {
 public:
     /// Stands for no call.
     Pending() = default;
-    /// For the layer itself.
+    /// Used by the client layer only.
     explicit Pending(std::function<void()> cancel) : m_cancel(std::move(cancel)) {}
 
     /// Ends the call: its completion runs with FailureKind::Cancelled, later and not inside Cancel(). The
@@ -45,19 +46,19 @@ private:
 
 /// A registered callback. The destructor withdraws it: the callback does not run any more.
 ///
-/// Threads: for the thread that iterates the Television's context, callbacks included. It may outlive the
-/// Television.
+/// Threads: use it on the thread that iterates the Television's context, also inside callbacks. It may
+/// outlive the Television.
 class [[nodiscard]] Listener
 {
 public:
     /// Stands for no callback.
     Listener() = default;
-    /// For the layer itself.
+    /// Used by the client layer only.
     explicit Listener(std::function<void()> withdraw) : m_withdraw(std::move(withdraw)) {}
     ~Listener() { Withdraw(); }
     /// Takes over the callback of `other`, which then stands for none.
     Listener(Listener&& other) noexcept : m_withdraw(std::exchange(other.m_withdraw, nullptr)) {}
-    /// The same; what this object stood for is withdrawn.
+    /// Withdraws the callback of this object, and takes over that of `other`.
     Listener& operator=(Listener&& other) noexcept
     {
         if (this != &other) {
@@ -67,7 +68,7 @@ public:
         return *this;
     }
 
-    /// What the destructor does. Further calls do nothing.
+    /// Withdraws the callback, as the destructor does. Further calls do nothing.
     void Withdraw()
     {
         if (auto const withdraw = std::exchange(m_withdraw, nullptr)) {

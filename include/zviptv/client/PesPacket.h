@@ -23,8 +23,8 @@ namespace zviptv {
 class ZVIPTV_API PesPacket
 {
 public:
-    /// A packet of `kind` from `pid` whose bytes, from the start code on, are `data`. `owner` keeps them
-    /// alive; it may be null for bytes that live as long as the program.
+    /// A packet of the given kind and PID. `data` is the whole packet, from its start code on. `owner` keeps
+    /// these bytes alive; it may be null for bytes that live as long as the program.
     PesPacket(PesKind kind, std::uint16_t pid, std::shared_ptr<void const> owner, ByteView data);
 
     /// What the stream carries, as the service says.
@@ -36,8 +36,8 @@ public:
     /// The whole packet with its header.
     ByteView Data() const { return m_data; }
 
-    /// Whether the packet has a complete header of MPEG-2. Without one, all that follows is 0 or nothing and
-    /// the payload is empty.
+    /// Whether the packet has a complete header of MPEG-2. Without one, StreamId() and Length() return 0,
+    /// Pts() and Dts() return nothing, and the payload is empty.
     bool HasHeader() const { return m_hasHeader; }
 
     /// stream_id, such as 0xBD for private data and 0xE0 for the first video.
@@ -72,7 +72,7 @@ private:
 class CaptionData
 {
 public:
-    /// Data of `kind`; otherwise as PesPacket.
+    /// Data of the given kind. `owner` keeps the bytes of `data` alive, as for PesPacket.
     CaptionData(PesKind kind, std::shared_ptr<void const> owner, ByteView data)
         : m_owner(std::move(owner)), m_data(data), m_kind(kind)
     {

@@ -32,15 +32,15 @@ struct Translation
     std::vector<std::string> genres; ///< in words, as the source writes them
 };
 
-/// Names a programme of the guide.
+/// Identifies a programme of the guide.
 struct ProgrammeId
 {
     std::uint64_t serviceId = 0; ///< number of the service in the guide
-    std::uint32_t eventId = 0;   ///< the guide compares the low 16 bits alone
+    std::uint32_t eventId = 0;   ///< the guide compares only the low 16 bits
     /// Start of the programme in UTC, from 1970 to 2106. The epoch itself, which is the default, stands for
     /// any start.
     std::chrono::system_clock::time_point start;
-    std::chrono::seconds duration{0}; ///< is not compared
+    std::chrono::seconds duration{0}; ///< the guide does not compare it
 };
 
 /// A programme of the guide. Texts are UTF-8 and may be empty.
@@ -63,7 +63,7 @@ struct Programme
 
     /// The end: a programme is on at `start`, and is not on any more at `End()`.
     std::chrono::system_clock::time_point End() const { return start + duration; }
-    /// The name of this programme.
+    /// Identifies this programme in the guide.
     ProgrammeId Id() const { return {serviceId, eventId, start, duration}; }
 };
 

@@ -13,8 +13,9 @@
 
 namespace zviptv {
 
-/// Ends the process with a message on standard error: the program has read the value of a failed call, whose
-/// failure the message shows, or the failure of a successful one, if `failure` is null.
+/// Ends the process with a message on standard error because the program has read the wrong part of a Result:
+/// the value of a failed call, which failed with `failure`, or, if `failure` is null, the failure of a
+/// successful call.
 [[noreturn]] ZVIPTV_API void EndWrongRead(Failure const* failure);
 
 /// The outcome of a call: a value of type T, or a Failure.
@@ -42,9 +43,9 @@ public:
     T const& operator*() const& { return Read(*this); }
     /// The value, to be moved from.
     T&& operator*() && { return std::move(Read(*this)); }
-    /// The value, for one of its members.
+    /// Access to a member of the value.
     T* operator->() { return &Read(*this); }
-    /// The same.
+    /// Access to a member of the value.
     T const* operator->() const { return &Read(*this); }
 
     /// The value, or `other` if the call failed.

@@ -94,7 +94,8 @@ struct StateOptions
     /// The time from the start of one round of questions to the start of the next. A round that takes longer
     /// delays the next one. Less than 1 ms counts as 1 ms.
     std::chrono::milliseconds interval{1000};
-    /// The service in the guide whose present programme is watched. Without it, no programme is.
+    /// The service in the guide whose present programme is watched. Without it, the watcher does not watch
+    /// the programme.
     std::optional<std::uint64_t> serviceId;
 };
 
@@ -102,15 +103,17 @@ struct StateOptions
 /// programme.
 ///
 /// The service does not report changes, so the watcher asks for everything at an interval, with asynchronous
-/// calls. It never starts a round of questions before the former one has ended. While the service is away
-/// nothing is reported; when it is back, the next round reports what has become different.
+/// calls. It never starts a round of questions before the previous one has ended. While the service is away,
+/// it reports nothing. When the service is back, the next round reports what has changed since the last
+/// report.
 ///
-/// Threads: for the thread that iterates the Television's context, on which the callback runs. Creating a
-/// watcher does not wait. Lifetime: it may be destroyed inside its own callback, after which no event comes.
-/// It may outlive the Television, which ends it.
+/// Threads: use it on the thread that iterates the Television's context; the callback runs on this thread.
+/// Creating a watcher does not wait. Lifetime: it may be destroyed inside its own callback; no event follows.
+/// It may outlive the Television, but reports nothing after the Television has been destroyed.
 ///
-/// Errors: a question that the service refuses has no value. After any other failure the value stays as it
-/// was, and the failure is reported to Television::OnError, once until the question is answered again.
+/// Errors: if the service refuses a question, the value is missing from the state. After any other failure
+/// the value stays as it was, and the failure is reported to Television::OnError, once until the question is
+/// answered again.
 class ZVIPTV_API StateWatcher
 {
 public:
@@ -122,7 +125,7 @@ public:
     ~StateWatcher();
     /// Takes over the watch of `other`, which then watches nothing.
     StateWatcher(StateWatcher&& other) noexcept;
-    /// The same; what this object watched ends.
+    /// Ends the watch of this object, and takes over that of `other`.
     StateWatcher& operator=(StateWatcher&& other) noexcept;
 
     /// The latest state; a state without values before the first event.

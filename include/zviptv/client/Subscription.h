@@ -20,7 +20,7 @@ struct Subscriber;
 class PushHub;
 } // namespace client
 
-/// Which PES packets a subscription gets. An empty set lets all through.
+/// Which PES packets a subscription gets. An empty set accepts all packets.
 struct PesFilter
 {
     std::set<std::uint16_t> pids; ///< PIDs of the streams
@@ -43,29 +43,30 @@ struct PushCounters
 
 /// A subscription for PES packets or captions. It ends when it is destroyed.
 ///
-/// Threads: for the thread that iterates the Television's context, on which its callback runs. Lifetime: it
-/// may be destroyed inside its own callback, and may outlive the Television, which ends it.
+/// Threads: use it on the thread that iterates the Television's context; its callback runs on this thread.
+/// Lifetime: it may be destroyed inside its own callback. It may outlive the Television, but gets nothing
+/// after the Television has been destroyed.
 class ZVIPTV_API Subscription
 {
 public:
-    /// From this pause between two packets of a PID on, a gap is counted. Streams such as captions pause for
-    /// longer by their nature.
+    /// A pause of at least this time between two packets of a PID counts as a gap. Streams such as captions
+    /// often pause for longer.
     static constexpr std::chrono::seconds LongPause{1};
 
     /// Stands for no subscription.
     Subscription() = default;
-    /// For the layer itself.
+    /// Used by the client layer only.
     Subscription(std::weak_ptr<client::PushHub> hub, std::shared_ptr<client::Subscriber> subscriber);
     ~Subscription();
     /// Takes over the subscription of `other`, which then stands for none.
     Subscription(Subscription&& other) noexcept;
-    /// The same; what this object stood for ends.
+    /// Ends the subscription of this object, and takes over that of `other`.
     Subscription& operator=(Subscription&& other) noexcept;
 
     /// Whether packets may still come.
     bool IsActive() const;
 
-    /// What has come so far; also after the end.
+    /// What the subscription has received so far; also available after its end.
     PushCounters Counters() const;
 
     /// Ends the subscription: the callback does not run any more. Further calls do nothing.

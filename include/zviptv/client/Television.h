@@ -19,26 +19,26 @@
 
 namespace zviptv {
 
-/// The IPTV service of a television: calls its functions, reports whether it is there, and survives its
-/// restarts.
+/// An application's connection to the IPTV service of a television: calls the functions of the service, and
+/// reports whether it is available.
 ///
 /// Each Television has a separate bus connection: several may exist in a process, also together with the
 /// objects of IPTVServiceAPI.h. It connects by itself to the bus and to the service, also after a restart of
-/// either. The application creates nothing again.
+/// either. The application does not need to create it again.
 ///
 /// Threads: a Television belongs to the main context that is the default of the thread that creates it
-/// (g_main_context_get_thread_default()). All callbacks run on the thread that iterates this context, and all
-/// functions are for that thread, unless they say otherwise. The functions of Player, Broadcast and Guide
-/// that wait for their answer may be called from any thread, and do not need the context to be iterated.
+/// (g_main_context_get_thread_default()). All callbacks run on the thread that iterates this context. Call
+/// all functions on that thread, unless they say otherwise. The functions of Player, Broadcast and Guide that
+/// wait for their answer may be called from any thread, and do not need the context to be iterated.
 ///
 /// Lifetime: may be destroyed inside its own callbacks, but not while another thread is in one of its
 /// functions. Outstanding asynchronous calls end with FailureKind::Gone: their completions run before the
 /// destructor returns. No callback runs after it. A call that is made in such a completion is dropped, and
-/// its completion does not run. The destructor closes all descriptors, for which it waits for the bus for
-/// 250 ms at most. Memory of outstanding calls is freed when the context is iterated next, or freed.
+/// its completion does not run. The destructor closes all descriptors; for this, it waits at most 250 ms for
+/// the bus. The memory of outstanding calls is freed when the context is next iterated, or is itself freed.
 ///
-/// Exceptions: no function throws anything but std::bad_alloc, and no exception of a callback passes through.
-/// It is caught and reported to OnError.
+/// Exceptions: functions throw only std::bad_alloc. An exception of a callback is caught and reported to
+/// OnError.
 class ZVIPTV_API Television
 {
 public:
@@ -56,10 +56,10 @@ public:
         std::string applicationId;
     };
 
-    /// On the system bus, with the default handle and without a name. Returns at once, and connects in the
+    /// Uses the system bus, the default handle, and no application id. Returns at once, and connects in the
     /// background.
     Television();
-    /// With the values of `options`; otherwise like Television().
+    /// Uses the values of `options`; otherwise like Television().
     explicit Television(Options options);
     ~Television();
     Television(Television const&) = delete;
@@ -83,16 +83,16 @@ public:
     /// is at least one, and again after a restart.
     Subscription SubscribePes(PesFilter filter, std::function<void(PesPacket const&)> callback);
 
-    /// The same for the data of captions, which the service pushes apart from PES packets. CaptionDecoder
-    /// makes texts of them.
+    /// The same for the data of captions, which the service pushes separately from PES packets.
+    /// CaptionDecoder turns the data into text.
     Subscription SubscribeCaptions(std::function<void(CaptionData const&)> callback);
 
-    /// Sound, tracks and clocks. Any thread may call it, and use what it returns as long as the Television
-    /// lives; so for the next two.
+    /// Sound, tracks and clocks. Any thread may call this function, and use the result while the Television
+    /// exists.
     zviptv::Player& Player();
-    /// Track lists, ratings and the parental lock.
+    /// Track lists, ratings and the parental lock. Any thread, like Player().
     zviptv::Broadcast& Broadcast();
-    /// The programme guide.
+    /// The programme guide. Any thread, like Player().
     zviptv::Guide& Guide();
 
 private:

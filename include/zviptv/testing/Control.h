@@ -142,7 +142,7 @@ private:
         char const* key = nullptr;
         char const* value = nullptr;
         while (g_variant_iter_next(arguments, "{&s&s}", &key, &value) != FALSE) {
-            if (std::strcmp(key, "handleID") != 0) { // says which object, not what is asked
+            if (std::strcmp(key, "handleID") != 0) { // names the playback, and is not an argument
                 request.arguments[key] = value;
             }
         }

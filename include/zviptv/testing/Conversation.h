@@ -46,7 +46,7 @@ public:
         m_start = Clock::now();
     }
 
-    /// Adds what is not a request. Returns its number.
+    /// Adds an entry that is not a request. Returns its number.
     std::size_t Note(std::string source, std::string text, std::string answer = "")
     {
         std::lock_guard const lock(m_mutex);
@@ -61,7 +61,7 @@ public:
         m_entries.at(number).answer = std::move(answer);
     }
 
-    /// Adds a request, as of now.
+    /// Adds a request with the present time.
     void Add(Request request)
     {
         std::lock_guard const lock(m_mutex);
@@ -126,7 +126,7 @@ public:
         return !near.empty() ? near : names.empty() ? "no request came" : "other requests came: " + names;
     }
 
-    /// All of it as a table.
+    /// All entries, as a table.
     std::string Table() const
     {
         std::lock_guard const lock(m_mutex);

@@ -45,8 +45,8 @@ public:
         return Guarded([this] { return m_control->Properties(); });
     }
 
-    /// Afterwards the conversation has all requests that were answered before: the simulator answers in
-    /// order.
+    /// Waits until the conversation contains all requests that the service has answered before this call. The
+    /// simulator sends its messages in order.
     void Settle() { Properties(); }
 
     /// Performs a verb. @throws TelevisionError

@@ -131,7 +131,7 @@ private:
         return line;
     }
 
-    /// Empty if it has not.
+    /// How the process has ended; empty if it has not ended.
     std::string EndDescription(int flags)
     {
         int status = 0;

@@ -35,8 +35,8 @@ public:
         ADD_FAILURE() << failure.what();
     }
 
-    /// Waits until the scenario is over, at most this long, and then ends it. A failure with the report if an
-    /// expectation is not met or a verb was refused. Call it once.
+    /// Waits until the scenario is over, at most this long, and then ends it. Returns a failure with the
+    /// report if an expectation is not met or a verb was refused. Call it once.
     testing::AssertionResult Wait(Seconds within = Seconds(30))
     {
         Session& session = *std::exchange(m_session, nullptr);
@@ -84,7 +84,7 @@ public:
         }
         std::string const near = Log().NearMisses(function);
         Log().Note("test", "expect " + text, "not met");
-        m_session.Settle(); // a simulator that has died is the reason
+        m_session.Settle(); // throws if the simulator has died
         return testing::AssertionFailure()
                << text << " did not come within " << Duration(within.count()) << ": " << near;
     }
@@ -98,7 +98,7 @@ public:
         m_session.Settle();
         std::optional<Request> const request = Log().Take(function, arguments, duration);
         if (!request) {
-            m_session.Settle(); // a dead simulator sees nothing
+            m_session.Settle(); // throws if the simulator has died
             return testing::AssertionSuccess();
         }
         Log().Note("test", "expect no " + text, "not met");

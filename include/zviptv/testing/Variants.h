@@ -85,8 +85,7 @@ inline GVariant* NewOptions(std::initializer_list<std::pair<char const*, GVarian
     return g_variant_builder_end(&entries);
 }
 
-/// A value in the words of a command line: `programme`, `--for 2`; empty for options of which none is
-/// given.
+/// A value in the words of a command line: `programme`, `--for 2`; empty if no option is given.
 inline std::string InWords(GVariant* value)
 {
     if (g_variant_is_of_type(value, G_VARIANT_TYPE_STRING) != FALSE) {
