@@ -146,11 +146,11 @@ bool WirePeer::Impl::IsConnected()
 void WirePeer::Impl::Receive(DBusMessage* message)
 {
     WireMessage decoded = DecodeMessage(message);
+    if (decoded.kind != WireKind::Call && decoded.kind != WireKind::Signal) {
+        return; // for example the bus's errors for signals to a process that has ended
+    }
     if (IsBusNotice(decoded)) {
         busNotices.Add(decoded);
-    }
-    if (decoded.kind != WireKind::Call && decoded.kind != WireKind::Signal) {
-        return;
     }
     // Recorded before it is answered: after the answer, the call is in the record.
     if (m_recording) {
