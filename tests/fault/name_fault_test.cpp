@@ -29,7 +29,6 @@ std::vector<std::string> BadNames()
 
 TEST_F(PartnerTest, F08_InvalidNames)
 {
-    AllowMemory(16384); // the allocator keeps the memory of a name of 100,000 characters
     PeerProcess partner;
     WirePeer service;
     service.SetRecording(false);
