@@ -3,18 +3,31 @@
 
 import json
 import os
+import shlex
 import subprocess
 
 
 class Service:
-    def __init__(self, program):
+    """The service as one application sees it: one zviptvctl batch makes all calls."""
+
+    def __init__(self, program, asked=None):
         self._program = program
-        self.asked = set()
+        self._batch = subprocess.Popen([program, "batch"], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+        self.asked = set() if asked is None else asked
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self._batch.communicate()
+
+    def another_application(self):
+        """One that has requested nothing yet."""
+        return Service(self._program, self.asked)
 
     def methods(self):
         """Names of all methods with the numbers of their arguments."""
-        listed = json.loads(self._run("methods", "--json"))["methods"]
-        return {(one["name"], len(one["in"])) for one in listed}
+        return {(one["name"], len(one["in"])) for one in self._run("methods")["methods"]}
 
     def __getattr__(self, method):
         """service.GetAudio(1) calls the method; the answer is the dictionary that zviptvctl prints."""
@@ -22,15 +35,18 @@ class Service:
             texts = [str(argument).lower() if isinstance(argument, bool) else str(argument)
                      for argument in arguments]
             self.asked.add((method, len(texts)))
-            return json.loads(self._run("call", "--json", method, *texts))
+            return self._run("call", method, *texts)
         return call
 
     def _run(self, *arguments):
-        done = subprocess.run([self._program, *arguments], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                              timeout=60, check=False)
-        if done.returncode > 1:  # 1: the service refused
-            raise RuntimeError(f"zviptvctl {' '.join(arguments)}: {done.returncode}, {done.stderr.decode()}")
-        return done.stdout
+        self._batch.stdin.write(shlex.join(arguments) + "\n")
+        self._batch.stdin.flush()
+        answer = json.loads(self._batch.stdout.readline())
+        error = answer.pop("error", "")
+        if answer.pop("exitCode") > 1:  # 1: the service refused
+            raise RuntimeError(f"zviptvctl {answer['command']}: {error}")
+        del answer["command"]
+        return answer
 
     def subscribe(self, command, out, lines):
         """Starts `zviptvctl pes` or `zviptvctl caption`, which write payloads and a line a packet."""

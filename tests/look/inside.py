@@ -42,13 +42,8 @@ def set_invisible_state(service, findings):
     findings.same("naming the application", service.SetAppID("org.example.look"), {"result": True})
 
 
-def main():
-    with open(sys.argv[1], encoding="utf-8") as file:
-        parameters = json.load(file)
-    os.environ["ZV_IPTV_LOG"] = "none"
-    subject = Subject(parameters["stream"], parameters["programme"])
-    service, findings = Service(parameters["ctl"]), Findings()
-
+def check(service, subject, parameters, findings):
+    """Calls every method."""
     play(service, subject, parameters, findings)
     check_tracks.check_audio(service, subject, findings)
     check_tracks.check_subtitles(service, subject, findings)
@@ -63,6 +58,16 @@ def main():
     methods = service.methods()
     findings.same("number of methods", len(methods), 54)
     findings.same("methods that were not called", methods - service.asked - CALLBACKS, set())
+
+
+def main():
+    with open(sys.argv[1], encoding="utf-8") as file:
+        parameters = json.load(file)
+    os.environ["ZV_IPTV_LOG"] = "none"
+    subject = Subject(parameters["stream"], parameters["programme"])
+    findings = Findings()
+    with Service(parameters["ctl"]) as service:
+        check(service, subject, parameters, findings)
     print(f"{findings.made} comparisons, {findings.failed} failed", file=sys.stderr)
     return 1 if findings.failed else 0
 
