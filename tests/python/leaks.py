@@ -10,6 +10,7 @@ import tracemalloc
 import zviptv
 
 CALLS = int(sys.argv[1]) if len(sys.argv) > 1 else 100_000
+MOST = min(1024, CALLS // 20)  # KiB that calls and coroutines may keep: 50 bytes a call, and at most 1 MiB
 
 
 def resident():
@@ -74,19 +75,19 @@ def grown(what, work, number, most):
 def main():
     with zviptv.Television() as tv:
         tv.wait_until_available(30)
-        grown("calls", lambda number: calls(tv, number), CALLS, 1024)
+        grown("calls", lambda number: calls(tv, number), CALLS, MOST)
         calls(tv, 1000)
         tracemalloc.start()
         gc.collect()
         before = tracemalloc.get_traced_memory()[0]
-        calls(tv, CALLS // 20)
+        calls(tv, max(CALLS // 20, 1000))
         gc.collect()
         difference = tracemalloc.get_traced_memory()[0] - before
         tracemalloc.stop()
         print(f"objects of Python: {difference} bytes")
         assert difference < 10_000
-        grown("coroutines", lambda number: asyncio.run(coroutines(number)), CALLS // 5, 1024)
-        grown("streams", lambda number: asyncio.run(streams(number)), max(CALLS // 2000, 5), 4096)
+        grown("coroutines", lambda number: asyncio.run(coroutines(number)), CALLS // 5, MOST)
+        grown("streams", lambda number: asyncio.run(streams(number)), max(CALLS // 2000, 10), 4096)
     assert threading.active_count() == 1
 
 
