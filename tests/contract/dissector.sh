@@ -60,40 +60,9 @@ done
 kill "$monitor"
 wait "$monitor" || true
 
-# shown FILTER FIELD...: prints the filter, and below it the fields of every message that matches it.
-shown() {
-    local filter=$1 fields=() field
-    shift
-    for field in "$@"; do
-        fields+=(-e "zviptv.$field")
-    done
-    printf '%s\n' "$filter"
-    tshark -X lua_script:"$prefix/share/zv-iptv/wireshark/zviptv.lua" -r bus.pcap -Y "$filter" \
-        -T fields -E separator=' ' "${fields[@]}" 2>tshark.log | sed 's/^/    /'
-    ! grep -i 'lua\|error\|invalid' tshark.log
-}
-
-{
-    shown 'zviptv.function == "MuteAudio" && zviptv.onoff == 1' message endpoint handleID onoff
-    shown 'zviptv.MuteVideo' message function
-    shown 'zviptv.mode.name == "MAIN"' function mode
-    shown 'zviptv.ZVAudio.pid == 0x101' function message result_internal ZVAudio.language.name ZVAudio.encoding
-    shown 'zviptv.result_internal == 0 && zviptv.endpoint == "BROADCASTDATA"' function
-    shown 'zviptv.index == 77' function message index
-    shown 'zviptv.landCode.name == "eng"' function landCode index
-    shown 'zviptv.ZVRatingInfo.value > 12' function ratingInfoSize ZVRatingInfo.region ZVRatingInfo.value
-    shown 'zviptv.AppID contains "example"' function AppID
-    shown 'zviptv.IPGProgramId.eventId == 65535' IPGProgramId.serviceId IPGProgramId.startTime program.name
-    shown 'zviptv.eventID == 4294967295' function inID
-    shown 'zviptv.data contains "Horror"' function data
-    shown 'zviptv.pesPID == 0x101 && zviptv.pesDataSize > 0' message pesType.name | uniq
-    shown 'zviptv.CaptionCB && zviptv.captionDataSize > 0' message function | uniq
-    shown 'zviptv.on == 1' function endpoint
-    shown 'zviptv.message == "announcement" && zviptv.type == "IPTVDATASUBSCRIBER"' add
-    shown 'zviptv.MuteVideo && zviptv.onoff == 1' function onoff problem
-    shown '_ws.expert.message contains "functionname"' problem
-    shown 'zviptv.problem' message problem
-} | tee shown
+tshark -q -X lua_script:"$prefix/share/zv-iptv/wireshark/zviptv.lua" -X lua_script:"$source/dissector.lua" \
+    -r bus.pcap 2>tshark.log | tee shown
+! grep -i 'lua\|error\|invalid' tshark.log
 diff shown - <<'END'
 zviptv.function == "MuteAudio" && zviptv.onoff == 1
     request PLAYERCONTROL 261 1
