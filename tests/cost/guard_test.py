@@ -3,6 +3,8 @@
 
 import contextlib
 import io
+import os
+import tempfile
 import unittest
 from unittest import mock
 
@@ -52,9 +54,26 @@ class Compare(unittest.TestCase):
         self.assertIn("-10.0%", under[0])
 
 
+class MeasureOnce(unittest.TestCase):
+    def measured(self, program, figures, versions):
+        with (mock.patch.object(guard, "measure", return_value=figures),
+              mock.patch.object(guard, "versions", return_value=versions)):
+            return guard.measure_once(program, "one")
+
+    def test_measures_another_program_and_other_versions_again(self):
+        with tempfile.TemporaryDirectory() as folder:
+            program = os.path.join(folder, "program")
+            for code, versions, figures, expected in (
+                    ("a", ["1"], {"allocations": 1.0}, 1.0), ("a", ["1"], {"allocations": 2.0}, 1.0),
+                    ("a", ["2"], {"allocations": 3.0}, 3.0), ("b", ["2"], {"allocations": 4.0}, 4.0)):
+                with open(program, "w", encoding="utf-8") as file:
+                    file.write(code)
+                self.assertEqual(self.measured(program, figures, versions), {"allocations": expected})
+
+
 class Check(unittest.TestCase):
     def verdict(self, measured):
-        with (mock.patch.object(guard, "measure", return_value=measured),
+        with (mock.patch.object(guard, "measure_once", return_value=measured),
               mock.patch.object(guard, "versions", return_value=[]),
               contextlib.redirect_stdout(io.StringIO()) as said):
             return guard.check("program", "one", {"versions": [], "workloads": {"one": BASELINE}}), said.getvalue()
