@@ -26,10 +26,10 @@ sim::LoadedGuide ReadText(std::string const& xml, sim::ServiceNames const& names
     return sim::ReadGuide("test.xml", read, names);
 }
 
-std::string ErrorOf(std::string const& xml)
+std::string ErrorOf(std::string const& xml, std::size_t step)
 {
     try {
-        ReadText(xml, {}, 4096);
+        ReadText(xml, {}, step);
     } catch (sim::GuideError const& error) {
         return error.what();
     }

@@ -12,7 +12,7 @@ namespace zviptv::test {
 sim::LoadedGuide ReadText(std::string const& xml, sim::ServiceNames const& names = {}, std::size_t step = 7);
 
 /// The error that reading this text ends with; fails the test when there is none.
-std::string ErrorOf(std::string const& xml);
+std::string ErrorOf(std::string const& xml, std::size_t step = 4096);
 
 /// A whole document around the given elements, two lines above them.
 std::string Tv(std::string const& elements);
