@@ -112,6 +112,31 @@ TEST_F(ReplayFiles, WithIncompleteMessagesAreReplayedWithAWarning)
                                  "busctl capture add --size=134217728\n"));
 }
 
+/// The log escapes what is no text.
+TEST_F(ReplayFiles, WithDamagedTextsAreReplayed)
+{
+    Recording().Ask(0, "BROADCASTDATA", AskAudio("0"));
+    Recording().Error(1, "org.example.Error.Broken", "the tuner is broken");
+    Recording().Exchange(2, "BROADCASTDATA", AskAudio("1"), Entries({{"result_internal", "\x1b[2J"}}));
+    Recording().Save();
+    std::string bytes = ReadFile(Path());
+    bytes.replace(bytes.find("Broken"), 6, "\xff\x1b[2Jn");
+    Write(bytes);
+    Start({"--verbose", "--replay", Path()});
+    Application application;
+    application.Announce("BROADCASTDATA");
+    auto const ask = [&application](std::string const& index) {
+        return application.Ask("BROADCASTDATA",
+                               {{"functionname", "GetAudio"}, {"handleID", "256"}, {"index", index}});
+    };
+    EXPECT_EQ(ask("0").errorName, "org.freedesktop.DBus.Error.Failed");
+    EXPECT_EQ(ask("1").Value("result_internal"), "\x1b[2J");
+    std::string const errors = End();
+    EXPECT_THAT(errors, HasSubstr(" recorded: the error org.example.Error.\\xff\\x1b[2Jn\n"));
+    EXPECT_THAT(errors, HasSubstr(" GetAudio index=1 -> \\x1b[2J ("));
+    EXPECT_THAT(errors, Not(HasSubstr("\x1b")));
+}
+
 TEST_F(ReplayFiles, OfTwoTelevisionsAreReplayedWithAWarning)
 {
     Recording().Exchange(0, "BROADCASTDATA", AskAudio("0"), Answered("one"));

@@ -155,7 +155,8 @@ void RequestLog::Write(Entry const& entry)
         WriteJson(json);
     } else if (m_form == Form::Text) {
         ClearStatus();
-        std::string const result = entry.reply == nullptr ? "no reply" : entry.reply->GetValue(key::Result);
+        std::string const result =
+            entry.reply == nullptr ? "no reply" : Shown(entry.reply->GetValue(key::Result));
         std::fprintf(stderr, "%s %s handle=%s %s%s -> %s%s (%.2f ms)%s%s%s%s\n%s", entry.busName.c_str(),
                      entry.endpoint.c_str(), Shown(entry.request.GetValue(key::HandleID)).c_str(),
                      Shown(entry.request.GetValue(key::FunctionName)).c_str(), Entries(entry.request).c_str(),

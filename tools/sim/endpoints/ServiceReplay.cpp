@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Service.h"
 
+#include "common/PrintableText.h"
+
 #include <memory>
 #include <utility>
 
@@ -27,7 +29,7 @@ std::string NoteOf(ReplayedAnswer const& answer)
         return RequestLog::NotRecorded;
     }
     return answer.isMissing            ? "recorded: no answer"
-           : !answer.errorName.empty() ? "recorded: the error " + answer.errorName
+           : !answer.errorName.empty() ? "recorded: the error " + EscapeText(answer.errorName)
                                        : "";
 }
 
