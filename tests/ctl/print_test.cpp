@@ -65,6 +65,7 @@ TEST(PrintTest, TextsAreAlwaysUtf8)
 {
     EXPECT_EQ(Lines(std::string("a\xff\xc3\xa9\xc3")), "x: a\\xff\xc3\xa9\\xc3\n");
     EXPECT_EQ(PrintableText("\xed\xa0\x80\n\xe2\x82"), "\\xed\\xa0\\x80\n\\xe2\\x82");
+    EXPECT_EQ(PrintableText("\xef\xbf\xbd\xef\xbf\xbe\xef\xbf\xbf"), "\uFFFD\\xef\\xbf\\xbe\\xef\\xbf\\xbf");
 }
 
 TEST(PrintTest, JsonHasNoControlCharacters)

@@ -18,12 +18,19 @@ std::string HexEscape(char character)
     return std::string("\\x") + Digits[byte >> 4U] + Digits[byte & 0xFU];
 }
 
+/// XML may not contain these two.
+bool IsNoncharacter(gunichar code)
+{
+    return code == 0xFFFE || code == 0xFFFF;
+}
+
 } // namespace
 
 std::string TakePrintable(std::string_view& text)
 {
     gunichar const code = g_utf8_get_char_validated(text.data(), static_cast<gssize>(text.size()));
-    bool const isPrintable = g_unichar_validate(code) != FALSE && g_unichar_iscntrl(code) == FALSE;
+    bool const isPrintable =
+        g_unichar_validate(code) != FALSE && g_unichar_iscntrl(code) == FALSE && !IsNoncharacter(code);
     std::size_t const size = isPrintable ? static_cast<std::size_t>(g_unichar_to_utf8(code, nullptr)) : 1;
     std::string const character = isPrintable ? std::string(text.substr(0, size)) : HexEscape(text.front());
     text.remove_prefix(size);

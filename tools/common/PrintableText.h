@@ -6,8 +6,8 @@
 
 namespace zviptv {
 
-// Makes texts of other programs safe for a terminal: control characters and bytes that are not UTF-8 become
-// \xNN.
+// Makes texts of other programs safe for a terminal and for XML: control characters, U+FFFE, U+FFFF and bytes
+// that are not UTF-8 become \xNN.
 
 /// The text on one line: line breaks and tabs are also escaped, as \n and \t, and backslashes are doubled.
 std::string EscapeText(std::string_view text);
