@@ -264,6 +264,43 @@ class ConversationList(PageTest):
         self.driver.get(self.simulator.address)
         wait_for(lambda: self.anywhere("MuteAudio"))
 
+    def test_shows_each_message_once_after_its_connection_was_lost(self):
+        script = self.driver.execute_cdp_cmd("Page.addScriptToEvaluateOnNewDocument", {"source": """
+            window.sockets = [];
+            window.WebSocket = class extends WebSocket {
+                constructor(...address) { super(...address); window.sockets.push(this); }
+            };"""})
+        self.addCleanup(self.driver.execute_cdp_cmd, "Page.removeScriptToEvaluateOnNewDocument", script)
+        self.driver.get(self.simulator.address)
+        count = lambda: int(self.attribute("diagram", "data-count") or 0)  # noqa: E731
+        self.simulator.ctl("mute", "audio", "on")
+        wait_for(lambda: self.anywhere("MuteAudio onoff=true"))
+        before = count()
+        self.driver.execute_script("window.sockets.forEach(socket => socket.close())")
+        wait_for(lambda: self.text("service") == "no simulator")
+        wait_for(lambda: self.text("service") == "running", "the next connection")
+        application = Application(self.simulator.bus)
+        self.addCleanup(application.connection.close_sync)
+        application.ask_often(1)
+        wait_for(lambda: self.anywhere("MuteAudio onoff=false"))
+        self.assertEqual(count(), before + 4, "an announcement, its answer, a request and its reply")
+        self.assertFalse(self.anywhere("have been discarded"))
+
+    def test_stays_responsive_with_1500_applications(self):
+        """Each of them says nothing but that it comes and goes."""
+        self.driver.execute_script("""
+            window.times = []; let last = performance.now();
+            const tick = now => { window.times.push(now - last); last = now; requestAnimationFrame(tick); };
+            requestAnimationFrame(tick);""")
+        for _ in range(1500):
+            Application(self.simulator.bus).connection.close_sync(None)
+        names = "return document.getElementById('filter-application').options.length"
+        wait_for(lambda: self.driver.execute_script(names) > 1500, "all applications")
+        worst = max(self.driver.execute_script("return window.times"))
+        self.assertLess(worst, 300 * BESIDE_OTHERS)
+        Application(self.simulator.bus).ask_often(5000)  # their messages are discarded
+        wait_for(lambda: self.driver.execute_script(names) < 10, "only applications with messages")
+
     @contextmanager
     def stopped_page(self):
         """The processes that run pages stand still."""

@@ -4,7 +4,7 @@
 import { byId, make, setChildren, setText } from "./dom.js";
 import { showDetails } from "./details.js";
 import { describe, isFailure } from "./messages.js";
-import { update, watch } from "./store.js";
+import { state, update, watch } from "./store.js";
 
 export const mostMessages = 10000;
 const rowHeight = 26;
@@ -15,6 +15,8 @@ const messages = [];
 const applications = new Map(); // known applications by bus name
 let shown = []; // the messages that pass the filters
 let arrived = 0; // messages during a pause
+let place = 0; // number of messages that the connection has passed
+let known = 0; // number of messages that all connections have passed
 let isPaused = false;
 let selected = null; // the selected message
 let isDrawPlanned = false;
@@ -34,17 +36,29 @@ function filterAll() {
   planDraw();
 }
 
-/** Adds messages of the simulator; `missed` is the number of earlier messages that were discarded. */
+/** The connection is a new one: the simulator sends its messages again, from the first that it has. */
+export function beginAgain() {
+  place = 0;
+}
+
+/** Adds messages of the simulator, unless they are known; `missed` is the number of earlier messages that it discarded. */
 export function take(news, missed) {
-  if (missed > 0) {
-    news = [{ number: 0, kind: "gap", time: news[0]?.time ?? 0, missed, values: "" }, ...news];
+  place += missed;
+  const lost = place - known;
+  place += news.length;
+  known = Math.max(known, place);
+  news = news.slice(Math.max(-lost, 0));
+  if (lost > 0) {
+    news = [{ number: 0, kind: "gap", time: news[0]?.time ?? 0, missed: lost, values: "" }, ...news];
   }
-  for (const message of news) {
-    note(message);
-    messages.push(message);
-  }
+  messages.push(...news);
+  const areNew = news.filter(note).length > 0;
   if (messages.length > mostMessages) {
     messages.splice(0, messages.length - mostMessages);
+  }
+  if (forgetApplications() || areNew) {
+    showApplications();
+    update({ PanelApplications: applications });
   }
   if (isPaused) {
     arrived += news.length;
@@ -60,17 +74,24 @@ export function take(news, missed) {
   }
 }
 
-/** Stores the participants of a message. */
+/** Stores the participants of a message. Returns whether something about them is new. */
 function note({ application, name, program, process }) {
-  if (!application) {
-    return;
+  const former = applications.get(application);
+  if (!application || (former && (!name || former.name === name) && (!program || former.program === program))) {
+    return false;
   }
-  const known = applications.get(application);
-  if (!known || (name && known.name !== name) || (program && known.program !== program)) {
-    applications.set(application, { name: name || known?.name, program: program || known?.program, process });
-    showApplications();
-    update({ PanelApplications: applications });
+  applications.set(application, { name: name || former?.name, program: program || former?.program, process });
+  return true;
+}
+
+/** Forgets the applications that have left and have no message any more. Returns whether there were any. */
+function forgetApplications() {
+  if (messages.length < mostMessages) {
+    return false;
   }
+  const used = new Set([filter.application, ...messages.map(message => message.application),
+    ...(state.Applications ?? []).map(one => one.name)]);
+  return [...applications.keys()].filter(name => !used.has(name) && applications.delete(name)).length > 0;
 }
 
 /** The name of an application: the one that it has set, otherwise that of its program. */
@@ -79,9 +100,15 @@ export function titleOf(busName) {
   return name || (program ? `${program.split("/").pop()} ${busName}` : busName);
 }
 
+/** Changes only what differs: there may be thousands of applications, and new ones with every message. */
 function showApplications() {
-  setChildren(byId("filter-application"), make("option", { value: "" }, "all applications"),
-    ...[...applications.keys()].map(name => make("option", { value: name, selected: name === filter.application }, titleOf(name))));
+  const list = byId("filter-application");
+  const former = new Map([...list.options].slice(1).map(option => [option.value, option]));
+  for (const name of applications.keys()) {
+    setText(former.get(name) ?? list.appendChild(make("option", { value: name })), titleOf(name));
+    former.delete(name);
+  }
+  former.forEach(option => option.remove());
 }
 
 /** The visible applications and the positions of their columns, in pixels. The service has the first column. */
@@ -237,6 +264,5 @@ export function startConversation() {
     byId("conversation-error").hidden = !state.PanelConversation;
     setText(byId("conversation-error"), state.PanelConversation);
   });
-  showApplications();
   planDraw();
 }

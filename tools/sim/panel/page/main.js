@@ -6,7 +6,7 @@ import { update, watch } from "./store.js";
 import { startTelevision } from "./television.js";
 import { startPicture } from "./picture.js";
 import { startCaptions } from "./captions.js";
-import { startConversation, take } from "./conversation.js";
+import { beginAgain, startConversation, take } from "./conversation.js";
 import { startProgramme } from "./programme.js";
 import { startControls } from "./controls.js";
 import { startFaults } from "./faults.js";
@@ -49,6 +49,7 @@ listen("api/events", text => {
   update(news.state);
   take(news.messages, news.missed);
 }, (nowConnected, why) => {
+  beginAgain();
   if (why && why !== refusal) {
     showError(why);
   }
