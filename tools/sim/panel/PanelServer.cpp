@@ -122,7 +122,7 @@ void PanelServer::Accept()
 {
     m_accepting = LoopSource::OnInput(g_socket_get_fd(m_listener.get()), [this] {
         Error error;
-        Owned<GSocket> const socket(g_socket_accept(m_listener.get(), nullptr, error.Out()));
+        Owned<GSocket> socket(g_socket_accept(m_listener.get(), nullptr, error.Out()));
         if (!socket) { // for example, there is no free descriptor
             constexpr std::chrono::seconds pause{1};
             m_accepting = LoopSource::Every(pause, [this] { Accept(); });
@@ -130,9 +130,10 @@ void PanelServer::Accept()
         }
         Owned<GSocketConnection> const stream(g_socket_connection_factory_create_connection(socket.get()));
         Owned<GSocketAddress> const local(g_socket_get_local_address(socket.get(), nullptr));
-        Owned<GSocketAddress> const remote(g_socket_get_remote_address(socket.get(), nullptr));
+        Owned<GSocketAddress> remote(g_socket_get_remote_address(socket.get(), nullptr));
         soup_server_accept_iostream(m_server.get(), G_IO_STREAM(stream.get()), local.get(), remote.get(),
                                     nullptr);
+        m_strangers.Add(std::move(socket), std::move(remote));
     });
 }
 
@@ -140,10 +141,14 @@ void PanelServer::Accept()
 void PanelServer::OnRequestHead(SoupServer* /*server*/, SoupServerMessage* message, char const* path,
                                 GHashTable* /*query*/, gpointer self)
 {
-    auto const& server = *static_cast<PanelServer*>(self);
+    auto& server = *static_cast<PanelServer*>(self);
     std::string const name = std::string(path).erase(0, server.m_access.Root().size());
+    bool const isAllowed = server.m_access.Allows(path, soup_server_message_get_request_headers(message));
     AddHeads(message);
-    if (!server.m_access.Allows(path, soup_server_message_get_request_headers(message))) {
+    if (isAllowed) {
+        server.m_strangers.Remove(soup_server_message_get_remote_address(message));
+    }
+    if (!isAllowed) {
         RespondText(message, SOUP_STATUS_FORBIDDEN,
                     "the address lacks the panel's token, or the request comes from another page; open the "
                     "address that zviptv-sim has printed\n");

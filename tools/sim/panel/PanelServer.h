@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Access.h"
+#include "Strangers.h"
 #include "glib/Owned.h"
 #include "input/LoopSource.h"
 
@@ -57,6 +58,7 @@ private:
     Access m_access;
     Owned<GSocket> m_listener;
     LoopSource m_accepting;
+    Strangers m_strangers;
     Owned<SoupServer> m_server;
     std::set<std::string> m_paths;                                 ///< paths of the handlers
     std::map<std::string, std::shared_ptr<std::size_t>> m_sockets; ///< number of open sockets by name
