@@ -21,6 +21,12 @@ constexpr double PlayedMeanwhile = 1; // seconds of the stream
 constexpr unsigned MaxDoubling = 5;   // Soon becomes 8 s
 constexpr unsigned MaxPatience = 3;   // KilledAfter becomes 40 s
 
+/// Time after which a page without an answer does not count: its browser hangs, or its machine sleeps.
+constexpr std::chrono::seconds AsleepAfter{10};
+
+/// More output than the largest message.
+constexpr std::size_t TooMuch = std::size_t{8} * 1024 * 1024;
+
 /// Doubles the time after each failure, at most `most` times.
 std::chrono::milliseconds Doubled(std::chrono::milliseconds time, unsigned failures, unsigned most)
 {
@@ -38,16 +44,11 @@ MediaStream::MediaStream(Kind kind, Watch watch, std::function<void(Json::Value 
 void MediaStream::Add(SoupWebsocketConnection* connection)
 {
     m_viewers.emplace_back(
-        connection, [this](PageSocket&) { Send(); },
+        connection, [this](PageSocket&) { m_state["state"] == "off" ? Start() : Send(); },
         [this](PageSocket& socket) {
             m_viewers.remove_if([&socket](Viewer const& viewer) { return &viewer == &socket; });
             if (m_viewers.empty()) {
-                m_decoder.reset();
-                m_next.Stop();
-                m_checking.Stop();
-                m_newest.reset();
-                m_failures = 0;
-                SetState("off");
+                Rest();
             }
         });
     if (m_viewers.size() == 1) {
@@ -73,11 +74,35 @@ void MediaStream::StartAfter(std::chrono::milliseconds delay)
     });
 }
 
+/// Whether a page shows the messages.
+bool MediaStream::IsWatched() const
+{
+    auto const now = Clock::now();
+    return std::any_of(m_viewers.begin(), m_viewers.end(), [&](Viewer const& viewer) {
+        return viewer.Unanswered() < m_kind.depth || now - viewer.sentAt < AsleepAfter;
+    });
+}
+
+/// Decodes nothing until a page comes or answers.
+void MediaStream::Rest()
+{
+    m_decoder.reset();
+    m_next.Stop();
+    m_checking.Stop();
+    m_newest.reset();
+    m_failures = 0;
+    SetState("off");
+}
+
 void MediaStream::Start()
 try {
     m_decoder.reset();
     m_checking.Stop();
-    if (m_viewers.empty() || m_isAsking) {
+    if (!IsWatched()) {
+        Rest();
+        return;
+    }
+    if (m_isAsking) {
         return;
     }
     auto [input, output] = MakeLargePipe();
@@ -97,7 +122,8 @@ try {
 
 void MediaStream::Decode(Json::Value const& content, FileHandle input)
 {
-    if (m_viewers.empty()) {
+    if (!IsWatched()) {
+        Rest();
         return;
     }
     std::string const state = content.isNull() ? "waiting" : content["state"].asString();
@@ -139,14 +165,29 @@ void MediaStream::OnEnd()
         auto const age = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - m_startedAt);
         StartAfter(std::max(AtOnce, Soon - age));
     } else {
-        SetState("failed");
-        StartAfter(Doubled(Soon, m_failures++, MaxDoubling));
+        Fail();
     }
+}
+
+/// Ends the decoder, which may be calling this, and starts another one later.
+void MediaStream::Fail()
+{
+    SetState("failed");
+    m_next = LoopSource::Every(AtOnce, [this] {
+        m_next.Stop();
+        m_checking.Stop();
+        m_decoder.reset();
+        StartAfter(Doubled(Soon, m_failures++, MaxDoubling));
+    });
 }
 
 /// A decoder that was stopped or hangs writes nothing although it received data.
 void MediaStream::Check()
 {
+    if (!IsWatched()) {
+        Rest();
+        return;
+    }
     auto const silence = Clock::now() - m_lastSign;
     bool const isStill = m_content["state"] == "still";
     bool const isDue = isStill ? m_number == m_numberAtStart : m_played >= PlayedMeanwhile;
@@ -160,6 +201,9 @@ void MediaStream::Check()
 
 void MediaStream::Take(std::string const& bytes)
 {
+    if (m_written.size() >= TooMuch) {
+        return; // until the restart
+    }
     m_written += bytes;
     m_lastSign = Clock::now();
     m_played = 0;
@@ -170,6 +214,9 @@ void MediaStream::Take(std::string const& bytes)
         SetState(m_content);
         Send();
     }
+    if (m_written.size() >= TooMuch) {
+        Fail();
+    }
 }
 
 void MediaStream::Send()
@@ -177,6 +224,7 @@ void MediaStream::Send()
     for (Viewer& viewer : m_viewers) {
         if (m_newest && viewer.sent < m_number && viewer.Unanswered() < m_kind.depth) {
             viewer.sent = m_number;
+            viewer.sentAt = Clock::now();
             viewer.Send(m_newest.get());
         }
     }

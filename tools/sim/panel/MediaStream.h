@@ -13,8 +13,9 @@
 
 namespace zviptv::sim {
 
-/// The picture or the sound of the played stream, for the pages that show it. Without such a page, nothing is
-/// decoded. A page that is too slow gets fewer messages, always the newest ones.
+/// The picture or the sound of the played stream, for the pages that show it. Without such a page, or if none
+/// of them has answered for 10 seconds, nothing is decoded. A page that is too slow gets fewer messages,
+/// always the newest ones.
 class MediaStream
 {
 public:
@@ -34,7 +35,7 @@ public:
     };
 
     /// `onState` gets the state: the service's answer, or one of the states "no ffmpeg", "failed" (ffmpeg
-    /// ended without a message), "stalled" (no message arrives) and "off".
+    /// ended without a message, or wrote none within 8 MiB), "stalled" (no message arrives) and "off".
     MediaStream(Kind kind, Watch watch, std::function<void(Json::Value const& content)> onState);
     MediaStream(MediaStream const&) = delete;
     MediaStream& operator=(MediaStream const&) = delete;
@@ -55,9 +56,13 @@ private:
     {
         using PageSocket::PageSocket;
         std::uint64_t sent = 0; ///< number of the last message
+        Clock::time_point sentAt;
     };
 
+    bool IsWatched() const;
     void Start();
+    void Rest();
+    void Fail();
     void Decode(Json::Value const& content, FileHandle input);
     void StartAfter(std::chrono::milliseconds delay);
     void Check();
