@@ -64,6 +64,27 @@ TEST_F(MonitorTest, SeesEveryMessageInOrder)
     EXPECT_EQ(monitor.Lost(), 0U);
 }
 
+/// Such as a signal that ends the program, also if messages arrive faster than they are handled.
+TEST_F(MonitorTest, OtherWorkOfTheThreadGetsItsTurn)
+{
+    constexpr std::size_t count = 20'000;
+    WirePeer sender;
+    WirePeer receiver;
+    receiver.SetRecording(false);
+    Monitor const monitor(m_bus.Address(), Collecting());
+    sender.EmitMany({receiver.Name(), "/p", "a.b", "Many"}, Entries({{"k", "v"}}), count);
+    sender.Sync();
+    std::optional<std::size_t> atOnce;
+    auto const isOver = [&] {
+        if (!atOnce && !m_messages.empty()) {
+            atOnce = m_messages.size();
+        }
+        return m_messages.size() >= count;
+    };
+    ASSERT_TRUE(RunUntil(isOver, std::chrono::seconds(60)));
+    EXPECT_LE(*atOnce, 1'000U);
+}
+
 TEST_F(MonitorTest, ReportsTheValuesThatWereSent)
 {
     WirePeer sender;

@@ -4,9 +4,9 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <deque>
 #include <mutex>
 #include <utility>
-#include <vector>
 
 namespace zviptv::trace {
 
@@ -14,6 +14,9 @@ namespace {
 
 /// Time limit for the answer of the bus to BecomeMonitor, in milliseconds.
 constexpr int Patience = 10'000;
+
+/// Messages that are handled at once: after them, the thread gets to its other work.
+constexpr std::size_t Turn = 1'000;
 
 /// Time limit for messages in transit.
 constexpr std::chrono::seconds CatchUpTime{5};
@@ -62,17 +65,23 @@ public:
         return nullptr;
     }
 
-    /// Runs on the thread of the handlers.
+    /// Handles some messages. Runs on the thread of the handlers, as the next function.
     void Handle()
     {
-        for (std::vector<Message> messages = TakeAll(); m_isOpen && !messages.empty(); messages = TakeAll()) {
-            for (Message const& message : messages) {
-                m_onMessage(message);
-            }
+        Fetch();
+        HandleFetched(Turn);
+        std::lock_guard<std::mutex> const lock(m_mutex);
+        if (m_isOpen && (!m_fetched.empty() || !m_messages.empty())) {
+            Schedule();
         }
-        if (m_isOpen && m_onPause) {
-            m_onPause();
-        }
+    }
+
+    /// Handles all messages that are queued now.
+    void HandleAll()
+    {
+        HandleFetched(m_fetched.size());
+        Fetch();
+        HandleFetched(m_fetched.size());
     }
 
     /// Starts to wait for a message to `busName`.
@@ -108,6 +117,12 @@ private:
     {
         std::lock_guard<std::mutex> const lock(m_mutex);
         m_messages.push_back(std::move(message));
+        Schedule();
+    }
+
+    /// Requires the lock.
+    void Schedule()
+    {
         if (!std::exchange(m_isScheduled, true)) {
             Owned<GSource> const source(g_idle_source_new());
             g_source_set_priority(source.get(), G_PRIORITY_DEFAULT);
@@ -117,11 +132,25 @@ private:
         }
     }
 
-    std::vector<Message> TakeAll()
+    /// Fetches the queued messages if all that were fetched before are handled.
+    void Fetch()
     {
         std::lock_guard<std::mutex> const lock(m_mutex);
-        m_isScheduled = !m_messages.empty();
-        return std::exchange(m_messages, {});
+        m_isScheduled = false;
+        if (m_fetched.empty()) {
+            std::swap(m_fetched, m_messages);
+        }
+    }
+
+    void HandleFetched(std::size_t most)
+    {
+        for (; most > 0 && m_isOpen && !m_fetched.empty(); --most) {
+            m_onMessage(m_fetched.front());
+            m_fetched.pop_front();
+        }
+        if (m_isOpen && m_onPause) {
+            m_onPause();
+        }
     }
 
     static gboolean OnScheduled(gpointer inbox)
@@ -133,14 +162,15 @@ private:
     std::function<void(Message const&)> const m_onMessage;
     std::function<void()> const m_onPause;
     Owned<GMainContext> const m_context;
-    bool m_isMonitor = false; ///< for the worker thread
-    bool m_isOpen = true;     ///< for the thread of the handlers
+    bool m_isMonitor = false;      ///< for the worker thread
+    bool m_isOpen = true;          ///< for the thread of the handlers
+    std::deque<Message> m_fetched; ///< for the thread of the handlers, before m_messages
     std::atomic<std::uint64_t> m_lost{0};
     std::atomic<bool> m_isAwaited{false};
     std::mutex m_mutex; ///< protects the next members
     std::condition_variable m_hasCome;
     std::string m_awaited;
-    std::vector<Message> m_messages;
+    std::deque<Message> m_messages;
     bool m_isScheduled = false;
 };
 
@@ -199,7 +229,7 @@ void Monitor::CatchUp()
 
 void Monitor::Drain()
 {
-    m_inbox->Handle();
+    m_inbox->HandleAll();
 }
 
 std::uint64_t Monitor::Lost() const

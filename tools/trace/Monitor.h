@@ -25,7 +25,8 @@ private:
 };
 
 /// Watches a bus: receives every message that the bus delivers after the constructor has returned. The
-/// messages are queued without a limit until they are handled, so that the bus never waits.
+/// messages are queued without a limit until they are handled, so that the bus never waits. Other work of the
+/// thread gets its turn after 1,000 messages at the latest.
 class Monitor
 {
 public:
@@ -33,7 +34,7 @@ public:
     {
         /// A message, in the order of the bus.
         std::function<void(Message const&)> onMessage;
-        /// Called when the queue is empty. May be empty.
+        /// Called after one or more messages, when other work gets its turn. May be empty.
         std::function<void()> onPause;
         /// Called after the bus has closed the connection and all messages were handled. May be empty.
         std::function<void(std::string const& reason)> onEnd;
