@@ -101,19 +101,14 @@ TEST_F(Reset, WaitsForApplicationsAgain)
     EXPECT_TRUE(m_remote->WaitFor("SourceState", "'playing'"));
 }
 
-/// ZVIPTV_RESETS=200 measures more of them.
-int Rounds()
-{
-    char const* const text = std::getenv("ZVIPTV_RESETS");
-    return text == nullptr ? 21 : std::max(1, std::atoi(text));
-}
-
-/// From call to answer, across the bus; the median, since other work may come between.
+/// From call to answer, across the bus. ZVIPTV_RESETS=200 measures more of them on an idle machine, where
+/// half of them must be that fast. Beside other tests, a quarter must be.
 TEST_F(Reset, TakesLessThanFiftyMilliseconds)
 {
     StartControlled({"--loop", "--guide", ZVIPTV_SAMPLE_GUIDE});
     std::vector<double> milliseconds;
-    int const rounds = Rounds();
+    char const* const many = std::getenv("ZVIPTV_RESETS");
+    int const rounds = many == nullptr ? 21 : std::max(1, std::atoi(many));
     for (int round = 0; round < rounds; ++round) {
         auto const begin = std::chrono::steady_clock::now();
         ASSERT_EQ(m_remote->Call("Reset"), Done);
@@ -124,8 +119,7 @@ TEST_F(Reset, TakesLessThanFiftyMilliseconds)
     std::printf("%d resets: %.1f ms at best, %.1f ms in the median, 99 %% within %.1f ms, %.1f ms at worst\n",
                 rounds, milliseconds.front(), milliseconds[milliseconds.size() / 2],
                 milliseconds[(milliseconds.size() * 99 - 1) / 100], milliseconds.back());
-    // Other processes delay some of them.
-    EXPECT_LT(milliseconds[milliseconds.size() / 4], 50);
+    EXPECT_LT(milliseconds[milliseconds.size() / (many == nullptr ? 4 : 2)], 50);
 }
 
 } // namespace
