@@ -4,7 +4,7 @@ import { byId, setIcon, setText } from "./dom.js";
 import { listen } from "./link.js";
 import { drawTestCard } from "./testcard.js";
 import { state, watch } from "./store.js";
-import { coverOf } from "./television.js";
+import { coverOf, notePicture } from "./television.js";
 
 let endPicture = null;
 let frames = 0; // number of drawn pictures
@@ -22,6 +22,7 @@ async function draw(blob) {
   canvas.getContext("2d").drawImage(image, 0, 0);
   image.close();
   canvas.dataset.frames = ++frames;
+  notePicture();
   if (!hasPicture) {
     hasPicture = true;
     showState();

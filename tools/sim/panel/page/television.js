@@ -7,6 +7,7 @@ import { state, watch } from "./store.js";
 /** When the simulator reported the position, on the page's clock. */
 let toldAt = 0;
 let isDragging = false;
+let pictureAt = 0; // when the last picture was drawn, on the page's clock
 
 export function positionNow() {
   const passed = state.Paused || !state.Running || state.SourceState !== "playing" ? 0
@@ -67,6 +68,12 @@ function showPosition() {
   }
 }
 
+/** Shows the position together with a picture: the browser then draws the page once for both. */
+export function notePicture() {
+  pictureAt = performance.now();
+  showPosition();
+}
+
 export function startTelevision() {
   watch(["Position", "Paused", "Speed", "SourceState", "Running"], () => {
     toldAt = performance.now();
@@ -107,5 +114,9 @@ export function startTelevision() {
     await run("seek", Number(position.value).toFixed(3));
     isDragging = false;
   };
-  setInterval(showPosition, 100);
+  setInterval(() => {
+    if (performance.now() > pictureAt + 200) {
+      showPosition();
+    }
+  }, 100);
 }
