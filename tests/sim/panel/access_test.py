@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Tests who may use the panel: access_test.py SIM CTL SAMPLE GUIDE"""
+"""Tests who may use the panel."""
 import resource
 import select
 import signal
@@ -8,7 +8,7 @@ import subprocess
 import unittest
 from pathlib import Path
 
-from support import PATIENCE, SAMPLE, SIM, Simulator, exchange, main, wait_for
+from support import PATIENCE, SAMPLE, SIM, Simulator, exchange, wait_for
 
 UPGRADE = ("Connection: Upgrade\r\nUpgrade: websocket\r\nSec-WebSocket-Version: 13\r\n"
            "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\n")
@@ -198,7 +198,3 @@ class Access(unittest.TestCase):
                                                   "\r\n\r\n".encode()).status, 403)
         finally:
             other.close()
-
-
-if __name__ == "__main__":
-    main(needs_browser=False)

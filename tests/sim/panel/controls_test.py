@@ -1,10 +1,12 @@
 # SPDX-License-Identifier: MIT
-"""Tests the controls of the page in a browser: controls_test.py SIM CTL SAMPLE GUIDE"""
+"""Tests the controls of the page in a browser."""
 import subprocess
 from pathlib import Path
 from urllib.parse import unquote
 
-from support import PATIENCE, SAMPLE, SIM, PageTest, main, wait_for
+from selenium.webdriver import ActionChains
+
+from support import PATIENCE, SAMPLE, SIM, PageTest, wait_for
 
 TAB, SPACE = "\ue004", "\ue00d"  # as WebDriver writes these keys
 
@@ -57,14 +59,16 @@ class Controls(PageTest):
         self.click("record")  # which takes what the simulator has accepted
         self.submit("[data-verb=programme]")
         wait_for(lambda: " programme 1\n" in self.text("recording") + "\n")
+        self.click("record")
         self.driver.execute_script("document.getElementById('time').value = '2026-03-29T01:00:00'")
         self.submit("#time-form")
         wait_for(lambda: 1774746000 <= self.status()["GuideTime"] < 1774746100)
 
     def test_restart_and_quit(self):
+        self.spend_simulator()
         self.driver.find_element("css selector", "[data-words=restart]").click()
-        wait_for(lambda: "the service has left the bus" in self.text("rows"))
-        wait_for(lambda: self.text("service") == "running")
+        self.wait_text("rows", "the service has left the bus")
+        self.wait_text_is("service", "running")
         self.driver.find_element("css selector", "[data-words=quit]").click()
         self.driver.switch_to.alert.accept()
         self.assertEqual(self.simulator.process.wait(PATIENCE), 0)
@@ -78,14 +82,14 @@ class Controls(PageTest):
         self.type("fault-count", "3")
         self.driver.find_element("css selector", "#fault-form button").click()
         wait_for(lambda: self.status()["Faults"] == [{"fault": "MuteAudio=result:0,count=3", "count": 3}])
-        wait_for(lambda: "3 left" in self.text("fault-list"))
+        self.wait_text("fault-list", "3 left")
         self.driver.find_element("css selector", "[data-fault]").click()
         self.becomes("Faults", [])
 
     def test_by_words_and_shows_errors(self):
         self.type("words", "select audio 7")
         self.driver.find_element("css selector", "#words-form button").click()
-        wait_for(lambda: "there is no audio track 7: use 0 to 1" in self.text("messages-area"))
+        self.wait_text("messages-area", "there is no audio track 7: use 0 to 1")
         self.type("words", "time 1774738800")
         self.driver.find_element("css selector", "#words-form button").click()
         wait_for(lambda: self.status()["GuideTime"] >= 1774738800)
@@ -93,8 +97,8 @@ class Controls(PageTest):
     def test_death_by_the_form(self):
         self.type("die", "0.5")
         self.driver.find_element("css selector", "#die-form button").click()
-        wait_for(lambda: self.text("service") == "service is dead")
-        wait_for(lambda: self.text("service") == "running")
+        self.wait_text_is("service", "service is dead")
+        self.wait_text_is("service", "running")
 
     def test_by_keyboard(self):
         body = self.driver.find_element("css selector", "body")
@@ -102,13 +106,13 @@ class Controls(PageTest):
         self.becomes("Paused", True)
         reached = []
         for _ in range(60):
-            self.driver.switch_to.active_element.send_keys(TAB)
-            active = self.driver.switch_to.active_element
-            reached.append(active.get_attribute("id"))
-            outline = active.value_of_css_property("outline-style")
-            self.assertNotEqual(outline, "none", f"the focus on {active.get_attribute('outerHTML')[:80]} is visible")
-            if active.get_attribute("id") == "mute-audio":
-                active.send_keys(SPACE)
+            ActionChains(self.driver).send_keys(TAB).perform()
+            name, outline, text = self.driver.execute_script("""const active = document.activeElement;
+                return [active.id, getComputedStyle(active).outlineStyle, active.outerHTML];""")
+            reached.append(name)
+            self.assertNotEqual(outline, "none", f"the focus on {text[:80]} is visible")
+            if name == "mute-audio":
+                ActionChains(self.driver).send_keys(SPACE).perform()
                 break
         self.becomes("AudioMuted", True)
         self.assertIn("play", reached)
@@ -120,7 +124,7 @@ class Controls(PageTest):
         self.becomes("AudioMuted", True)
         self.type("words", 'fault add GetTTX=error --count 2')
         self.driver.find_element("css selector", "#words-form button").click()
-        wait_for(lambda: "fault add" in self.text("recording"))
+        self.wait_text("recording", "fault add")
         self.click("record")
         text = unquote(self.attribute("download", "href").split(",", 1)[1])
         lines = text.splitlines()
@@ -133,7 +137,3 @@ class Controls(PageTest):
                                  "sh", "-c", "sleep 1.5"], capture_output=True, text=True, timeout=PATIENCE)
         self.assertEqual(played.returncode, 0, played.stderr)
         self.assertNotIn("error", played.stderr)
-
-
-if __name__ == "__main__":
-    main()

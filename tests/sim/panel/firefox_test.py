@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""The panel in Firefox: firefox_test.py SIM CTL SAMPLE GUIDE
+"""The panel in Firefox.
 
 Debian has no WebDriver for Firefox, so the test talks to Firefox itself, by its Marionette protocol: messages of JSON on a
 TCP connection, each with its length in front."""
@@ -14,10 +14,21 @@ import unittest
 from contextlib import contextmanager
 from pathlib import Path
 
-from support import SKIPPED, Simulator, main, wait_for
+from support import Simulator, wait_for
 
 FIREFOX = shutil.which("firefox-esr") or shutil.which("firefox")
 START = 60  # seconds, beside other tests
+# It need not prepare for further pages, nor for the net.
+PREFERENCES = {
+    "marionette.port": 0,  # any free one, which it writes to a file
+    "dom.ipc.processCount": 1, "dom.ipc.processPrelaunch.enabled": False, "fission.autostart": False,
+    "media.rdd-process.enabled": False, "network.process.enabled": False, "gfx.canvas.remote": False,
+    "browser.safebrowsing.malware.enabled": False, "browser.safebrowsing.phishing.enabled": False,
+    "app.normandy.enabled": False, "app.update.auto": False, "extensions.update.enabled": False,
+    "datareporting.policy.dataSubmissionEnabled": False, "toolkit.telemetry.enabled": False,
+    "browser.newtabpage.enabled": False, "browser.startup.homepage_override.mstone": "ignore",
+    "network.captive-portal-service.enabled": False, "network.connectivity-service.enabled": False,
+}
 
 
 class Marionette:
@@ -61,7 +72,8 @@ class Marionette:
 @contextmanager
 def firefox():
     with tempfile.TemporaryDirectory(prefix="zviptv-firefox-") as folder:
-        Path(folder, "user.js").write_text('user_pref("marionette.port", 0);\n')  # any free one, which it writes to a file
+        Path(folder, "user.js").write_text("".join(
+            f"user_pref({json.dumps(name)}, {json.dumps(value)});\n" for name, value in PREFERENCES.items()))
         process = subprocess.Popen([FIREFOX, "--headless", "--marionette", "--no-remote", "--profile", folder, "about:blank"],
                                    stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, env={**os.environ, "HOME": folder})
         try:
@@ -72,15 +84,17 @@ def firefox():
             process.wait()
 
 
+@unittest.skipUnless(FIREFOX, "install firefox-esr")
 class Firefox(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         cls.page = cls.enterClassContext(firefox())
+        cls.simulator = Simulator()
+        cls.addClassCleanup(cls.simulator.close)
+        cls.page.call("Navigate", url=cls.simulator.address)
 
     def setUp(self):
-        self.simulator = Simulator()
-        self.addCleanup(self.simulator.close)
-        self.page.call("Navigate", url=self.simulator.address)
+        self.assertEqual(self.simulator.ctl("sim", "reset").returncode, 0)
         wait_for(lambda: self.page.text("service") == "running", "the page's connection")
 
     def status(self):
@@ -88,6 +102,7 @@ class Firefox(unittest.TestCase):
 
     def test_shows_picture_caption_and_conversation(self):
         wait_for(lambda: self.page.run("return Number(document.getElementById('picture').dataset.frames ?? 0)") > 5)
+        self.simulator.ctl("sim", "seek", "4.9")
         wait_for(lambda: self.page.run("return document.getElementById('captions').getAttribute('aria-label')") == "さん")
         self.simulator.ctl("mute", "audio", "on")
         wait_for(lambda: "MuteAudio onoff=true" in self.page.text("rows"))
@@ -107,10 +122,3 @@ class Firefox(unittest.TestCase):
             self.page.call("SetWindowRect", width=width, height=900)
             wide, inner = self.page.run("return [document.documentElement.scrollWidth, innerWidth]")
             self.assertLessEqual(wide, inner)
-
-
-if __name__ == "__main__":
-    if FIREFOX is None:
-        print("skipped: install firefox-esr")
-        sys.exit(SKIPPED)
-    main(needs_browser=False)

@@ -1,11 +1,12 @@
 # SPDX-License-Identifier: MIT
-"""The panel of a replay, in a browser: replay_test.py SIM CTL SAMPLE GUIDE"""
+"""The panel of a replay, in a browser."""
 import re
 import subprocess
 import tempfile
+import unittest
 from pathlib import Path
 
-from support import CTL, PATIENCE, SAMPLE, SIM, PageTest, main, wait_for
+from support import CTL, PATIENCE, SAMPLE, SIM, PageTest, wait_for
 
 
 def record(file):
@@ -15,15 +16,18 @@ def record(file):
                    stdout=subprocess.DEVNULL)
 
 
+def setUpModule():
+    folder = tempfile.TemporaryDirectory(prefix="zviptv-replay-")
+    unittest.addModuleCleanup(folder.cleanup)
+    ReplayTest.recording = Path(folder.name, "bug.pcapng")
+    record(ReplayTest.recording)
+
+
 class ReplayTest(PageTest):
     unrecorded = ()
 
     @classmethod
     def setUpClass(cls):
-        folder = tempfile.TemporaryDirectory(prefix="zviptv-replay-")
-        cls.addClassCleanup(folder.cleanup)
-        cls.recording = Path(folder.name, "bug.pcapng")
-        record(cls.recording)
         cls.inputs = ("--replay", cls.recording, *cls.unrecorded)
 
     def run_words(self, words):
@@ -32,7 +36,7 @@ class ReplayTest(PageTest):
 
 class Replay(ReplayTest):
     def test_shows_the_available_parts(self):
-        wait_for(lambda: self.text("cover-text") == "A recording is replayed")
+        self.wait_text_is("cover-text", "A recording is replayed")
         self.assertEqual(self.text("input"), f"replays {self.recording}")
         self.assertEqual(self.text("track-lists"), "none")
         self.assertFalse(self.driver.find_element("id", "replay-note").get_attribute("hidden"))
@@ -47,7 +51,7 @@ class Replay(ReplayTest):
         subscriber = self.simulator.start_ctl("pes", "--count", "100000")
         self.addCleanup(subscriber.wait)
         self.addCleanup(subscriber.terminate)
-        wait_for(lambda: "subscribed to PES packets" in self.text("application-list"))
+        self.wait_text("application-list", "subscribed to PES packets")
         wait_for(lambda: self.sent() >= 20, "the recorded packets")  # a late one may have been recorded, too
         self.simulator.ctl("mute", "audio", "on")
         for words in ("requestPESCB on=true", "PESCB 0x01", "MuteAudio onoff=true"):
@@ -65,27 +69,23 @@ class Replay(ReplayTest):
 
     def test_controls_faults_and_deaths(self):
         self.run_words("fault add MuteAudio=error")
-        wait_for(lambda: "MuteAudio=error" in self.text("fault-list"))
+        self.wait_text("fault-list", "MuteAudio=error")
         self.assertEqual(self.simulator.ctl("mute", "audio", "on").returncode, 4)
         self.driver.find_element("css selector", "[data-words=reset]").click()
         wait_for(lambda: "MuteAudio=error" not in self.text("fault-list"))
         self.assertEqual(self.simulator.ctl("mute", "audio", "on").returncode, 0)
         self.run_words("die")
-        wait_for(lambda: self.text("cover-text") == "The service is dead")
+        self.wait_text_is("cover-text", "The service is dead")
         self.driver.find_element("css selector", "[data-words=restart]").click()
-        wait_for(lambda: self.text("cover-text") == "A recording is replayed")
+        self.wait_text_is("cover-text", "A recording is replayed")
 
 
 class ReplayWithStream(ReplayTest):
     unrecorded = ("--unrecorded", "stream", "--ts", SAMPLE, "--loop")
 
     def test_shows_the_stream(self):
-        wait_for(lambda: self.frames() > 3, "the picture of the stream")
+        self.wait_frames(4, "the picture of the stream")
         self.assertIn("deu teletext", self.text("track-lists"))
         self.assertEqual(self.driver.find_elements("css selector", "#track-lists button"), [])
         self.assertFalse(self.element("position").is_enabled())
         self.assertEqual(self.text("input"), f"{SAMPLE} · replays {self.recording}")
-
-
-if __name__ == "__main__":
-    main()

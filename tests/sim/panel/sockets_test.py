@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Pages and decoders that misbehave, without a browser: sockets_test.py SIM CTL SAMPLE GUIDE"""
+"""Pages and decoders that misbehave, without a browser."""
 import os
 import resource
 import socket
@@ -7,7 +7,7 @@ import tempfile
 import unittest
 from pathlib import Path
 
-from support import PATIENCE, Simulator, exchange, main, wait_for
+from support import PATIENCE, Simulator, exchange, wait_for
 
 UPGRADE = ("Connection: Upgrade\r\nUpgrade: websocket\r\nSec-WebSocket-Version: 13\r\n"
            "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\n")
@@ -78,7 +78,3 @@ class Sockets(unittest.TestCase):
                             "the third start")
             wait_for(lambda: not Path(f"/proc/{pids[0]}").exists(), "the end of the first one")
             self.assertLess(self.memory(), 500)
-
-
-if __name__ == "__main__":
-    main(needs_browser=False)

@@ -9,7 +9,6 @@ import sys
 import tempfile
 import time
 import unittest
-from contextlib import contextmanager
 from pathlib import Path
 from types import SimpleNamespace
 
@@ -17,12 +16,15 @@ from gi.repository import Gio, GLib
 
 PATIENCE = 30
 SIM, CTL, SAMPLE, GUIDE = (Path(argument) for argument in sys.argv[1:5])
-SKIPPED = 77
 DRIVER = Path("/usr/bin/chromedriver")
+# Properties that a reset restores and that the page shows.
+RESET = ("Running", "Responding", "Input", "Programme", "Paused", "Speed", "Audio", "Subtitle", "AudioMuted", "VideoMuted",
+         "ProgrammeLocked", "ServiceLocked", "Faults")
 
 
 try:
     from selenium import webdriver
+    from selenium.common.exceptions import TimeoutException
     from selenium.webdriver.chrome.service import Service
 except ImportError:
     webdriver = None
@@ -30,16 +32,8 @@ except ImportError:
 
 # Times are held to the limits that the documentation promises only when nothing else runs: ./run check sets the variable.
 # Other tests, which run beside these, make them longer.
-BESIDE_OTHERS = 1 if os.environ.get("ZVIPTV_PANEL_ALONE") else 10
-
-
-def main(needs_browser=True):
-    """Runs the tests of the module, all of them or those whose names follow the files."""
-    del sys.argv[1:5]
-    if needs_browser and (webdriver is None or not DRIVER.exists()):
-        print("skipped: install chromium-driver and python3-selenium")
-        sys.exit(SKIPPED)
-    unittest.main(module="__main__", verbosity=2)
+ALONE = bool(os.environ.get("ZVIPTV_PANEL_ALONE"))
+BESIDE_OTHERS = 1 if ALONE else 10
 
 
 def wait_for(condition, what="the condition", patience=PATIENCE):
@@ -53,7 +47,7 @@ def wait_for(condition, what="the condition", patience=PATIENCE):
         waited = time.monotonic() - begin
         if waited > patience:
             raise AssertionError(f"{what} did not come within {patience} s")
-        time.sleep(min(max(waited / 10, 0.01), 0.1))
+        time.sleep(min(max(waited / 4, 0.02), 0.1))
 
 
 def children(pid):
@@ -173,55 +167,126 @@ class Application:
             context.iteration(True)
 
 
-@contextmanager
-def browser():
+def start_browser():
     """A headless Chromium that draws without a GPU: emulating one takes more processor time than drawing."""
+    if webdriver is None or not DRIVER.exists():
+        raise unittest.SkipTest("install chromium-driver and python3-selenium")
     options = webdriver.ChromeOptions()
-    for argument in ("--headless=new", "--no-sandbox", "--disable-dev-shm-usage", "--disable-gpu",
+    for argument in ("--headless=new", "--no-sandbox", "--disable-dev-shm-usage", "--disable-gpu", "--in-process-gpu",
+                     "--num-raster-threads=1", "--disable-extensions", "--disable-background-networking",
+                     "--disable-component-update", "--disable-sync", "--no-first-run",
+                     "--disable-features=SpareRendererForSitePerProcess,BackForwardCache,Translate,MediaRouter",
                      "--autoplay-policy=no-user-gesture-required", "--window-size=1280,900"):
         options.add_argument(argument)
     options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
     driver = webdriver.Chrome(service=Service(str(DRIVER)), options=options)
-    try:
-        show_on(driver)
-        yield driver
-    finally:
-        driver.quit()
+    show_on(driver)
+    return driver
 
 
-def show_on(driver, width=1280, dark=False):
-    """The screen that the browser's pages are shown on."""
+def show_on(driver, width=1280, dark=False, scale=0.5):
+    """The screen that the browser's pages are shown on. With half a pixel of the screen for each pixel of the page, the
+    layout is the same and drawing takes less time."""
     driver.execute_cdp_cmd("Emulation.setDeviceMetricsOverride",
-                           {"width": width, "height": 900, "deviceScaleFactor": 1, "mobile": False})
+                           {"width": width, "height": 900, "deviceScaleFactor": scale, "mobile": False})
     driver.execute_cdp_cmd("Emulation.setEmulatedMedia", {"features": [
         {"name": "prefers-color-scheme", "value": "dark" if dark else "light"}]})
 
 
 class PageTest(unittest.TestCase):
-    """A browser that looks at the panel of a simulator. Nothing may be written to its console."""
+    """A browser that looks at the panel of a simulator. Nothing may be written to its console. The tests of a class share
+    the simulator and the open page, which are reset before each test."""
 
     options = ()
     path = None
     stream = SAMPLE
     inputs = None
+    isPaused = False  # a page that shows no moving picture takes little processor time
+    simulator = None
     driver = None  # one browser for all tests
 
     def setUp(self):
-        self.simulator = Simulator(*self.options, path=self.path, stream=self.stream, inputs=self.inputs)
-        self.addCleanup(self.simulator.close)
         if PageTest.driver is None:
-            shared = browser()
-            PageTest.driver = shared.__enter__()
-            unittest.addModuleCleanup(shared.__exit__, None, None, None)
-        self.driver.get("about:blank")
-        self.driver.get_log("browser")
+            PageTest.driver = start_browser()
+        cls = type(self)
+        if cls.simulator is None:
+            cls.simulator = Simulator(*self.options, path=self.path, stream=self.stream, inputs=self.inputs)
+            cls.addClassCleanup(cls.simulator.close)
+            self.driver.get("about:blank")  # else the page of another simulator reports its end
+            self.driver.get_log("browser")
+            self.open_page()
+        else:
+            self.reset()
+        if self.isPaused:
+            self.simulator.ctl("sim", "pause")
+
+    def open_page(self):
         self.driver.get(self.simulator.address)
-        wait_for(lambda: self.text("service") == "running", "the page's connection")
+        self.wait_text_is("service", "running")
+
+    def reset(self):
+        """Waits until the page shows the reset television. Empties what the page has collected."""
+        self.assertEqual(self.simulator.ctl("sim", "reset").returncode, 0)
+        if self.driver.current_url != self.simulator.address:
+            self.open_page()
+        status = self.status()
+        names = [name for name in RESET if name in status]
+        wait_for(lambda: self.driver.execute_async_script("""
+            const [names, done] = arguments;
+            import('./store.js').then(({ state }) => done(names.map(name => state[name])));""", names)
+            == [status[name] for name in names], "the page's view of the reset television")
+        self.driver.execute_script("""
+            document.body.tabIndex = -1;
+            document.body.focus();  // the next one that the tabulator reaches is the first one
+            document.body.removeAttribute('tabindex');
+            document.getElementById('messages-area').replaceChildren();
+            document.getElementById('empty-log').click();""")
+
+    def spend_simulator(self):
+        """The test ends the simulator: the next one gets another."""
+        self.simulator, type(self).simulator = self.simulator, None
 
     def tearDown(self):
         messages = [entry["message"] for entry in self.driver.get_log("browser")
                     if not re.search(r"api/verb .*status of 4\d\d|willReadFrequently", entry["message"])]
         self.assertEqual(messages, [])
+
+    def wait_until(self, condition, *arguments, what=None, patience=PATIENCE):
+        """Waits until a condition of the page, which is JavaScript, is true. It is asked after each change of the document:
+        that takes less processor time than asking from here."""
+        self.driver.set_script_timeout(patience)
+        try:
+            self.driver.execute_async_script(f"""
+                const values = [...arguments], done = values.pop();
+                const element = name => document.getElementById(name), text = name => element(name).textContent.trim();
+                const look = () => {{
+                  if ({condition}) {{
+                    observer.disconnect();
+                    done();
+                  }}
+                }};
+                const observer = new MutationObserver(look);
+                observer.observe(document, {{ subtree: true, childList: true, attributes: true, characterData: true }});
+                look();""", *arguments)
+        except TimeoutException:
+            raise AssertionError(f"{what or (condition, *arguments)} did not come within {patience} s") from None
+
+    def wait_text(self, name, words, patience=PATIENCE):
+        """Waits until the text of the element contains the words."""
+        self.wait_until("text(values[0]).includes(values[1])", name, words, patience=patience)
+
+    def wait_text_is(self, name, words, patience=PATIENCE):
+        self.wait_until("text(values[0]) === values[1]", name, words, patience=patience)
+
+    def wait_frames(self, number, what="the pictures", patience=PATIENCE):
+        """Waits until the page has drawn this number of pictures."""
+        self.wait_until("Number(element('picture').dataset.frames ?? 0) >= values[0]", number, what=what, patience=patience)
+
+    def wait_state(self, state):
+        """Waits until this is the state of the picture."""
+        wait_for(lambda: self.driver.execute_async_script("""
+            const done = arguments[0];
+            import('./store.js').then(({ state }) => done(state.PanelPicture.state));""") == state, state)
 
     def element(self, name):
         return self.driver.find_element("id", name)
