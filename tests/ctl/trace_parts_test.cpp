@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "trace/DiagramRows.h"
+#include "trace/EventText.h"
 #include "trace/Latencies.h"
 #include "trace/TraceSummary.h"
 
@@ -62,6 +63,13 @@ TEST(LatenciesTest, PercentilesAreAtMostOnePercentTooLong)
     EXPECT_GE(latencies.Percentile(99), 990'000);
     EXPECT_LE(latencies.Percentile(99), 1'000'000);
     EXPECT_EQ(latencies.Percentile(100), 1'000'000);
+}
+
+TEST(EventTextTest, ANotificationWithoutAFunctionIsNoReply)
+{
+    trace::Event event = Made(EventKind::Notification, ":1.1", 10);
+    event.function.clear();
+    EXPECT_EQ(SubjectText(event), "a notification");
 }
 
 TEST(DiagramRowsTest, ReusesTheLaneOfAnApplicationThatHasLeft)

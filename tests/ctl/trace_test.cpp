@@ -7,8 +7,10 @@
 #include <sstream>
 
 using namespace zviptv::test;
+using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::MatchesRegex;
+using testing::Not;
 
 namespace {
 
@@ -180,6 +182,24 @@ TEST_F(TraceTest, ShowsThatTheServiceHasLeftAndArrived)
     ASSERT_EQ(lines.size(), 4U);
     EXPECT_EQ(lines[2], former + " -- the service has left the bus");
     EXPECT_EQ(lines[3], second.Name() + " -- the service has arrived");
+}
+
+TEST_F(TraceTest, AnErrorInsteadOfAnAnswerBelongsToTheAnnouncement)
+{
+    Request("PLAYERCONTROL", Entries({{"functionname", "MuteAudio"}, {"onoff", "1"}}));
+    m_service.Vanish();
+    ASSERT_TRUE(m_application.WaitForOwner("org.corvel.zviptvapi.dbushelper", false));
+    Start({"--out", InFolder("left.pcapng")});
+    Announce("PLAYERCONTROL", "n");
+    auto const lines = LinesOf(End().output);
+    ASSERT_EQ(lines.size(), 2U);
+    EXPECT_EQ(lines[0], m_application.Name() + " -> withdraws PLAYERCONTROL");
+    EXPECT_THAT(lines[1], MatchesRegex(m_application.Name() + " <- answers for PLAYERCONTROL error "
+                                                              "org.freedesktop.DBus.Error.ServiceUnknown: .* "
+                                                              "\\(latency\\)"));
+    std::string const summary = RunCtl({"trace", "--in", InFolder("left.pcapng"), "--summary"}).output;
+    EXPECT_THAT(summary, ContainsRegex("PLAYERCONTROL  \\(announcement\\)  1 .* 0 +1 +0\n"));
+    EXPECT_THAT(summary, Not(HasSubstr("keeps up")));
 }
 
 TEST_F(TraceTest, EndsAfterTheGivenTime)

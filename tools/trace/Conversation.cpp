@@ -106,6 +106,7 @@ Event Conversation::Announce(ParsedMessage const& message)
     m_participants.See(sender);
     AddPairs(event, message);
     event.service = message.destination;
+    event.isOnHelperBus = true;
     event.endpoint = ValueOf(event, protocol::key::Type);
     bool const joins = ValueOf(event, protocol::key::Add) == "y";
     m_participants.Change(sender, [&](Application& application) {
@@ -186,6 +187,7 @@ Event Conversation::Answer(ParsedMessage const& message, Exchange const& exchang
     event.endpoint = exchange.endpoint;
     event.function = exchange.function;
     event.isFromService = !exchange.isFromService;
+    event.isOnHelperBus = !isRequest;
     std::string const caller(message.destination);
     event.application = m_participants.See(exchange.isFromService ? std::string(exchange.callee) : caller);
     event.service = exchange.isFromService ? caller : exchange.callee;

@@ -48,6 +48,7 @@ struct Event
     std::string service; ///< bus name of the service in the message
     bool isFromService =
         false; ///< a notification, or a call that checks that the application reads its messages
+    bool isOnHelperBus = false; ///< an Announcement, its Answer, or the Error instead of an Answer
 
     std::string endpoint;
     std::string function; ///< empty on the helper bus, and if unknown

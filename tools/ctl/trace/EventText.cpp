@@ -120,13 +120,17 @@ std::string SubjectText(Event const& event)
             }
         }
         return "announces " + EscapeText(event.endpoint);
-    case EventKind::Answer:
-        return "answers for " + EscapeText(event.endpoint);
     default:
         break;
     }
+    if (event.isOnHelperBus) {
+        return "answers for " + EscapeText(event.endpoint);
+    }
     if (!event.function.empty()) {
         return EscapeText(event.function);
+    }
+    if (event.kind == EventKind::Notification) {
+        return "a notification";
     }
     bool const isRequest = event.kind == EventKind::Request;
     if (event.isFromService == isRequest) {
@@ -161,8 +165,7 @@ std::string LineText(Event const& event)
     Append(line,
            event.application != nullptr ? ApplicationText(*event.application) : EscapeText(event.service));
     Append(line, Direction(event));
-    bool const hasEndpoint = event.kind != EventKind::Announcement && event.kind != EventKind::Answer;
-    Append(line, hasEndpoint ? EscapeText(event.endpoint) : "");
+    Append(line, event.isOnHelperBus ? "" : EscapeText(event.endpoint));
     Append(line, SubjectText(event));
     Append(line, event.kind == EventKind::Error ? "error" : "");
     Append(line, DetailText(event, LineLimit));

@@ -63,9 +63,10 @@ void TraceSummary::Add(Event const& event)
 
 void TraceSummary::AddCall(Event const& event)
 {
-    bool const isAnnouncement = event.kind == EventKind::Announcement || event.kind == EventKind::Answer;
     bool const isQuestion = event.function.empty();
-    std::string const name = isAnnouncement ? "(announcement)" : isQuestion ? "(keeps up?)" : event.function;
+    std::string const name = event.isOnHelperBus ? "(announcement)"
+                             : isQuestion        ? "(keeps up?)"
+                                                 : event.function;
     Calls& calls = RowOf(m_calls, {event.endpoint, name});
     if (event.kind == EventKind::Request || event.kind == EventKind::Announcement) {
         ++calls.requests;
