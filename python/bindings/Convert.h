@@ -21,7 +21,7 @@ namespace zviptv::python {
 
 namespace py = pybind11;
 
-/// A class of the Python package, by the name of its module and its own.
+/// A class of the Python package, by the names of its module and of the class.
 py::object Class(char const* module, char const* name);
 
 /// A zviptv.Failure.
@@ -36,7 +36,7 @@ py::object ToPython(std::int64_t value);
 py::object ToPython(std::string const& value); ///< what is not UTF-8 becomes U+FFFD
 py::object ToPython(Language value);
 py::object ToPython(std::chrono::system_clock::time_point value); ///< a datetime in UTC
-py::object ToPython(std::chrono::milliseconds value); ///< a timedelta, its largest if it is too small
+py::object ToPython(std::chrono::milliseconds value); ///< a timedelta; its largest value for longer times
 py::object ToPython(ProgrammeRating const& value);
 py::object ToPython(Translation const& value);
 py::object ToPython(ProgrammeId const& value);

@@ -25,8 +25,8 @@ public:
     Core(Core const&) = delete;
     Core& operator=(Core const&) = delete;
 
-    /// Ends what others wait for, waits until they have left, and destroys the television. Further calls do
-    /// nothing.
+    /// Ends the waits of other threads, waits until these threads have left, and destroys the television.
+    /// Further calls do nothing.
     void Close();
 
     /// Closes all that are open.
@@ -60,7 +60,7 @@ public:
     /// Keeps an object until the television is destroyed.
     void Retain(std::shared_ptr<void> object);
 
-    /// Adds to `failures` what belongs to no call, as long as the queue lives.
+    /// Adds the failures that belong to no call to `failures`, as long as the queue lives.
     void AddErrors(std::shared_ptr<Queue<Failure>> const& failures);
 
     /// Closes `waitable` when the television is closed.

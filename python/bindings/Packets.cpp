@@ -69,8 +69,8 @@ void BindPackets(py::module_& module)
         .def_property_readonly("pid", &PesPacket::Pid, "PID of the stream, 0 to 0x1fff.")
         .def_property_readonly("kind", &Kind<PesPacket>, "What the stream carries, as the service says.")
         .def_property_readonly("has_header", &PesPacket::HasHeader,
-                               "Whether the packet has a complete header of MPEG-2. Otherwise all that the "
-                               "header holds is 0, None or empty.")
+                               "Whether the packet has a complete header of MPEG-2. Otherwise the values of "
+                               "the header are 0, None or empty.")
         .def_property_readonly("stream_id", &PesPacket::StreamId,
                                "The stream_id, such as 0xbd for private data and 0xe0 for the first video.")
         .def_property_readonly("length", &PesPacket::Length,

@@ -75,7 +75,7 @@ public:
         return item;
     }
 
-    /// No more items are waited for.
+    /// Ends every wait, also later ones.
     void Close() override
     {
         std::lock_guard const lock(m_mutex);

@@ -179,7 +179,7 @@ void Stream<Item>::Begin(Subscribe subscribe)
         subscribe(m_feed->queue);
     } else {
         core->Post([subscribe = std::move(subscribe), feed = m_feed](Television& television) {
-            // A callback does not keep the feed, which keeps the subscription, which keeps the callback.
+            // The callback does not own the feed: the feed owns the subscription, which owns the callback.
             feed->source = subscribe(television, std::weak_ptr(feed));
         });
     }

@@ -18,8 +18,9 @@ _MAX_IN_A_ROW = 64
 class Stream(Subscribed[T]):
     """Items in the order in which they arrived: an asynchronous iterator, and an asynchronous context manager.
 
-    The subscription ends with the block, and when the last reference to the stream goes: leaving `async for packet in
-    tv.pes():` ends it. If the reader is slow, the oldest items are dropped and counted. One task reads at a time.
+    The subscription ends at the end of the `async with` block. Without such a block, it ends when nothing refers to the
+    stream any more, as after a loop `async for packet in tv.pes():`. If the reader is slow, the stream drops and counts
+    the oldest items. Only one task may read at a time.
     """
 
     _is_waiting = False

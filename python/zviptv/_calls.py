@@ -25,7 +25,7 @@ class Calls:
         self.completions = Completions()
         self._loop = asyncio.get_running_loop()
         self._futures: Futures = {}
-        # Without a reference to this object, which __del__ ends.
+        # The callback does not refer to this object: otherwise __del__ would never run.
         self._loop.add_reader(self.completions.fileno(), _complete, self.completions, self._futures)
 
     async def wait(self, call: Call[T]) -> T:
@@ -43,7 +43,7 @@ class Calls:
             self._futures.pop(call.token, None)
 
     def close(self) -> None:
-        """Ends all calls with a failure of the kind GONE. The television is closed already."""
+        """Ends all calls with a failure of the kind GONE. Close the television first."""
         if self._loop.is_closed():
             return
         _complete(self.completions, self._futures)

@@ -7,7 +7,7 @@ T = TypeVar("T", bound="Enumeration")
 
 
 class Enumeration(enum.IntEnum):
-    """An enumeration that keeps a number without a name as the service sent it: its name is "UNKNOWN_17"."""
+    """An enumeration that also accepts numbers without a name: 17 becomes a value with the name "UNKNOWN_17"."""
 
     @classmethod
     def _missing_(cls: type[T], value: object) -> T | None:

@@ -31,7 +31,7 @@ class Translation:
 
 @dataclasses.dataclass(frozen=True)
 class ProgrammeId:
-    """Names a programme of the guide."""
+    """Identifies a programme of the guide."""
 
     service_id: int
     event_id: int  #: the guide compares only the low 16 bits
@@ -65,5 +65,5 @@ class Programme:
 
     @property
     def id(self) -> ProgrammeId:
-        """The name of this programme."""
+        """The id of this programme."""
         return ProgrammeId(self.service_id, self.event_id, self.start, self.duration)

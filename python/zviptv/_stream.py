@@ -41,12 +41,12 @@ class Subscribed(Generic[T]):
 
     @property
     def counters(self) -> Counters:
-        """What has come so far; also after the end."""
+        """What the stream has received so far. May be read after the end, too."""
         return self._source.counters
 
 
 class Stream(Subscribed[T]):
-    """Items in the order in which they arrived: an iterator, and a context manager whose end is that of the subscription.
+    """Items in the order in which they arrived: an iterator, and a context manager that ends the subscription.
 
     If the reader is slow, the oldest items are dropped and counted. The iteration ends after end(), and when the Television
     is closed. Several threads may read; each item goes to one of them.
@@ -90,7 +90,8 @@ class Watching(Subscribed[StateEvent]):
 class StateWatcher(Watching, Stream[StateEvent]):
     """Changes of the state of a television: the whole state first, then one event for each value that has changed.
 
-    The service does not report changes, so a thread in the background asks for everything at an interval. Nothing comes
-    while the service is away; when it is back, what has become different comes. A question that the service refuses has
-    no value. After any other failure the value stays as it was, and errors() of the Television has the failure.
+    The service does not report changes, so a thread in the background asks for all values at an interval. While the
+    service is away, there are no events; when it is back, there is an event for each value that is now different. A
+    value is None or an empty tuple if the service refuses the request for it. If such a request fails in another way,
+    the value does not change, and errors() of the Television returns the failure.
     """

@@ -61,7 +61,7 @@ class Control:
             self._context.iteration(True)
 
     def _invoke(self, work: Callable[[], None]) -> None:
-        """Has the thread call `work` after everything that has arrived."""
+        """Makes the thread call `work` after it has handled all signals that have arrived."""
         GLib = _gi()[1]
         source = GLib.Idle(GLib.PRIORITY_DEFAULT)
         source.set_callback(lambda *_: work())

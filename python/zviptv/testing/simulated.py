@@ -21,7 +21,7 @@ def _word(value: Any) -> str:
 class Television(Verbs):
     """Controls the television and sees what applications ask of it.
 
-    May be used by one thread at a time. TelevisionError is raised by whatever the simulator refuses.
+    Only one thread may use it at a time. Methods raise TelevisionError if the simulator refuses the call.
     """
 
     def __init__(self, simulator: Simulator) -> None:
@@ -67,12 +67,12 @@ class Television(Verbs):
         return dict(properties)
 
     def _settle(self) -> None:
-        """Afterwards the conversation has all requests that were answered before: the simulator answers in order."""
+        """Waits until the conversation has all requests answered so far: the simulator answers in order."""
         self.properties
 
     @property
     def requests(self) -> list[Request]:
-        """All requests since the reset, in their order: every request that was answered before is there."""
+        """All requests that were answered since the reset, in their order."""
         self._settle()
         return self._conversation.requests()
 
@@ -100,9 +100,10 @@ class Television(Verbs):
         return request
 
     def expect_no(self, function: str, *, for_: float = 0.5, **arguments: Any) -> None:
-        """Checks that no such request has come, unless it has met an expectation, and that none comes for some seconds.
+        """Checks that no such request has come, and that none comes in the next `for_` seconds.
 
-        Raises ExpectationFailed as soon as one is there, and ValueError for an unknown function or argument.
+        Requests that have met an expectation do not count. Raises ExpectationFailed as soon as a request comes, and
+        ValueError for an unknown function, argument or value.
         """
         request = self._take(function, arguments, for_)
         if request is not None:
@@ -118,7 +119,7 @@ class Television(Verbs):
             and all(request.arguments.get(key) == value for key, value in expected.items()), within)
 
     def scenario(self, text: str, *, folder: str = "", within: float = 30.0) -> Scenario:
-        """Starts a scenario, whose second 0 is now. Its files are relative to `folder`, by default that in which
+        """Starts a scenario, whose second 0 is now. Its files are relative to `folder`, by default the folder in which
         pytest was started.
 
         The result is a context manager: at the end of the block it waits until the scenario is over, at most `within`
@@ -131,7 +132,7 @@ class Television(Verbs):
         return scenario
 
     def finish(self) -> None:
-        """Ends the test: waits for scenarios that were not waited for. Raises ExpectationFailed as they do."""
+        """Ends the test: waits for the remaining scenarios. Raises ExpectationFailed if one of them fails."""
         with contextlib.ExitStack() as stack:
             while self._scenarios:
                 stack.callback(self._scenarios.pop().wait)
