@@ -17,7 +17,8 @@ trap 'rm -rf "$work"' EXIT
 
 say() { printf '\n== %s\n' "$*"; }
 
-# Prints the files of the project: all that git does not ignore or, without git, all that were not built.
+# Prints the files of the project: all that git does not ignore or, without git, all outside the folders build, debian
+# and .git.
 files() {
     if [ -e .git ] && git ls-files >/dev/null 2>&1; then
         git ls-files -z --cached --others --exclude-standard | while IFS= read -r -d '' file; do

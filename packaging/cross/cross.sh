@@ -24,7 +24,7 @@ quietly() {
 programs=(message_tests dbus_tests native_tests proxy_tests log_tests support_tests
     client_tests client_stream_tests caption_tests mpegts_tests sim_stream_tests sim_guide_tests sim_unit_tests)
 
-# leave_out REASON NAME...: leaves out the tests whose names begin so.
+# leave_out REASON NAME...: leaves out the tests whose names begin with NAME.
 names=() reasons=()
 leave_out() {
     reasons+=("$*")
@@ -54,7 +54,7 @@ if [ "$architecture" = armhf ]; then
         proxy_tests.DispatchFaults.FailureOfACallbackLeavesTheDispatch
 fi
 
-# beginning NAME...: prints a regular expression for the tests whose names begin so.
+# beginning NAME...: prints a regular expression for the tests whose names begin with NAME.
 beginning() {
     local IFS='|'
     local alternatives="$*"

@@ -8,7 +8,7 @@ cp "$here/../../tests/contract/client_consumer.cpp" "$program"
 # built_with HOW: the program talks to the service.
 built_with() {
     as "$tester" "$work/home/client-$1" | tee "$work/out"
-    grep -qx 'muted: yes' "$work/out" && grep -qx 'tracks: 2' "$work/out" || fail "a program built with $1 says something else"
+    grep -qx 'muted: yes' "$work/out" && grep -qx 'tracks: 2' "$work/out" || fail "a program built with $1 prints something else"
 }
 
 step "A program with the client layer, built with pkg-config and with CMake"

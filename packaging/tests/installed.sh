@@ -127,9 +127,9 @@ as "$tester" cmake --build "$work/home/cmake" >>"$work/cmake.log"
 step "They, and the command line, talk to the service: a user of the group zviptv-apps may"
 for folder in "$work/home" "$work/home/cmake"; do
     as "$tester" "$folder/hello_player" | tee "$work/out"
-    grep -qx 'muted: 1, source state: 2, unmuted: 1' "$work/out" || fail "hello_player says something else"
+    grep -qx 'muted: 1, source state: 2, unmuted: 1' "$work/out" || fail "hello_player prints something else"
     as "$tester" "$folder/list_tracks" | tee "$work/out"
-    grep -qx 'subtitle 2: deu, PID 260' "$work/out" || fail "list_tracks says something else"
+    grep -qx 'subtitle 2: deu, PID 260' "$work/out" || fail "list_tracks prints something else"
     as "$tester" "$folder/receive_pes" >"$work/out"
     [ "$(grep -c '^PID ' "$work/out")" -eq 10 ] || fail "receive_pes has not received 10 packets"
 done
@@ -141,17 +141,17 @@ zviptvctl call MuteAudio false # root may
 step "nobody is refused, as a caller and as the service"
 status=0
 as nobody zviptvctl call MuteAudio true 2>&1 | tee "$work/out" || status=${PIPESTATUS[0]}
-[ "$status" -ge 3 ] || fail "nobody has called the service: exit status $status"
-grep -q AccessDenied "$work/out" || fail "nobody is told something else than AccessDenied"
+[ "$status" -ge 3 ] || fail "the user nobody could call the service: exit status $status"
+grep -q AccessDenied "$work/out" || fail "zviptvctl does not report AccessDenied to the user nobody"
 
 step "The doctor tells each of them why"
 as "$tester" zviptvctl doctor
-zviptvctl doctor >"$work/out" || fail "root is told: $(cat "$work/out")"
+zviptvctl doctor >"$work/out" || fail "zviptvctl doctor reports to root: $(cat "$work/out")"
 diagnose() { # USER STATUS LINE
     local status=0
     as "$1" zviptvctl doctor >"$work/out" || status=$?
     if [ "$status" -ne "$2" ] || ! grep -q -- "$3" "$work/out"; then
-        fail "$1 is told: $(cat "$work/out")"
+        fail "zviptvctl doctor reports to $1: $(cat "$work/out")"
     fi
 }
 diagnose nobody 4 '^        sudo adduser nobody zviptv-apps$'
