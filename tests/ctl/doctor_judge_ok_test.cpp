@@ -89,7 +89,7 @@ TEST(DoctorJudge, AcceptsAnotherPolicyThatLetsTheUserCall)
     facts.policy.isLoaded = false;
     ExpectFinding(facts, "group", State::Ok, "not needed: the bus lets user jo call the service");
     ExpectFinding(facts, "policy", State::Ok,
-                  "a policy other than the packages' lets user jo call the service");
+                  "the packages' policy is not loaded, but another policy lets user jo call the service");
 }
 
 TEST(DoctorJudge, RootNeedsNoGroup)
@@ -137,7 +137,7 @@ TEST(DoctorJudge, ALibraryWithoutVersionInItsNameIsUnknown)
     facts.versions.loaded = "";
     facts.versions.loadedFile = "/opt/tv/application";
     ExpectFinding(facts, "version", State::Unknown,
-                  "zviptvctl 1.4.0; the name of /opt/tv/application tells no version");
+                  "zviptvctl 1.4.0; the name of /opt/tv/application does not contain a version");
 }
 
 TEST(DoctorJudge, OtherNamesAreUsedThroughout)

@@ -70,7 +70,7 @@ INSTANTIATE_TEST_SUITE_P(
                   "closed",
                   {"unset DBUS_SYSTEM_BUS_ADDRESS"},
                   "",
-                  "run the command as the user who started that bus"},
+                  "run your application as the user who started that bus"},
         WrongCase{"ForbidsTheUser",
                   WithoutBus(HealthyMachine(), Reach::Refused, "closed"),
                   "bus",

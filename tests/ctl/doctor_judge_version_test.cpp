@@ -17,7 +17,7 @@ INSTANTIATE_TEST_SUITE_P(
                           }),
                   "protocol",
                   5,
-                  "the service's answer is none that this version of the library reads: an answer of the "
+                  "this version of the library cannot read the service's answer: an answer of the "
                   "type (s)",
                   {"sudo systemctl stop zviptv-sim", "sudo systemctl start zviptv-sim"},
                   "",
@@ -112,7 +112,7 @@ INSTANTIATE_TEST_SUITE_P(
                   Changed(HealthyMachine(), [](Facts& facts) { facts.service.loaded = "1.3.9"; }),
                   "version",
                   5,
-                  "the service runs the library 1.3.9, applications run 1.4.0",
+                  "the service runs the library 1.3.9, but applications run 1.4.0",
                   {"sudo systemctl restart zviptv-sim"},
                   "",
                   ""}));

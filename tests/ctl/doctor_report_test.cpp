@@ -56,7 +56,7 @@ TEST(DoctorReport, EndsWithASummary)
     EXPECT_THAT(TextOf(Judge(MachineWithoutService())), EndsWith("\nwrong: service\n"));
     Facts facts = HealthyMachine();
     facts.service.userId.reset();
-    EXPECT_THAT(TextOf(Judge(facts)), EndsWith("\nnothing is wrong, as far as is known; unknown: owner\n"));
+    EXPECT_THAT(TextOf(Judge(facts)), EndsWith("\nno problem was found; unknown: owner\n"));
 }
 
 TEST(DoctorReport, HasTheSameContentInJson)

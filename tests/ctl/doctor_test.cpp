@@ -214,7 +214,7 @@ TEST_F(DoctorOfAService, ReportsAnotherProtocol)
     diagnosis = Diagnose();
     EXPECT_EQ(diagnosis.result.code, 5);
     EXPECT_EQ(diagnosis.Text("protocol"),
-              "the service's answer is none that this version of the library reads: an answer of the type "
+              "this version of the library cannot read the service's answer: an answer of the type "
               "(sss)");
     EXPECT_EQ(diagnosis.State("main loop"), "ok");
 }

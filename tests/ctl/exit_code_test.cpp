@@ -111,8 +111,8 @@ TEST_F(CtlTest, ReportsWhoMayCallAfterADenialOfTheBus)
     EXPECT_EQ(result.code, 4);
     EXPECT_EQ(
         result.errors,
-        "zviptvctl: GetGenre: the bus's policy does not let this user call the service (AccessDenied): be a "
-        "member of the group zviptv-apps\n");
+        "zviptvctl: GetGenre: the bus's policy does not let this user call the service (AccessDenied): add "
+        "the user to the group zviptv-apps, and log in again\n");
 }
 
 TEST_F(CtlTest, AServiceWithoutAnEndpointEndsWithExitCode4)

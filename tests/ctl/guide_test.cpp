@@ -102,8 +102,8 @@ TEST_F(CtlTest, WarnsAboutATruncatedGuideList)
     CtlResult const cut = RunCtl({"guide", "list", "1", "2", "3"});
     EXPECT_EQ(cut.output, "[{},{}]\n");
     EXPECT_EQ(cut.errors,
-              "zviptvctl: the list ends after 2 of 3 programmes, because a message holds no more: "
-              "ask again from a later START\n");
+              "zviptvctl: the list ends after 2 of 3 programmes, because a message cannot contain more: "
+              "ask again with a later START\n");
     m_service.Answer("GetProgramListSize", {{"data", "2"}});
     EXPECT_EQ(RunCtl({"guide", "list", "1", "2", "3"}).errors, "");
 }

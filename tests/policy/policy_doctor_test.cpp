@@ -127,7 +127,7 @@ TEST_F(PolicyDoctorTest, TheServicesUserIsNotAnApplication)
     EXPECT_EQ(report.code, 0) << report.text;
     EXPECT_THAT(report.text, HasSubstr("\nok       policy     loaded"));
     EXPECT_THAT(report.text, HasSubstr("\nunknown  group      not checked: user daemon runs the service"));
-    EXPECT_THAT(report.text, HasSubstr("nothing is wrong, as far as is known; unknown: group, main loop"));
+    EXPECT_THAT(report.text, HasSubstr("no problem was found; unknown: group, main loop"));
 }
 
 TEST_F(PolicyDoctorTest, ReportsAServiceThatDoesNotRun)

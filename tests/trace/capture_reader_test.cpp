@@ -126,7 +126,7 @@ TEST_F(CaptureReaderTest, ReadsTheMessagesOfATruncatedFile)
             Reading const reading = ReadAll(Write(whole.substr(0, size)));
             EXPECT_EQ(reading.read, 1U) << size;
             EXPECT_THAT(reading.error, StartsWith("cannot read '" + m_path + "' any further: truncated"));
-            EXPECT_THAT(reading.error, HasSubstr("; 1 messages before that were read"));
+            EXPECT_THAT(reading.error, HasSubstr("; 1 message before the damage can be read"));
         }
     }
 }

@@ -5,8 +5,7 @@
 namespace zviptv::ctl::help {
 
 constexpr char const* Program =
-    "Talks to the IPTV service: every call of its interface, pushed data, and commands in "
-    "plain words.";
+    "Calls the methods of the IPTV service, and shows the data that the service pushes.";
 
 constexpr char const* ProgramFooter = R"(Exit codes:
   0  the service accepted, or the command ran to its end
@@ -22,12 +21,12 @@ With --json a command writes exactly one object to standard output, on one line:
 numbers and enumerations are numbers, texts are UTF-8 (other bytes as U+FFFD),
 records are objects, lists are arrays. A language has two members: "language", its
 number, and "languageCode", its ISO 639 code or "". Values that the service does not
-report are null. The guide commands contain the guide's JSON unchanged, or a text if
-it is not JSON. 'call' prints records and texts as received, with 0 for an unknown
-number. If the exit code is 3, 4 or 5, the object contains only "result" (false) and
-"error" (text); status and doctor add what they know. After a usage error there is
-no output. The commands pes, caption, watch and trace instead write one object per
-line as it happens.
+report are null. The output of the guide commands contains the guide's JSON
+unchanged, or a text if it is not JSON. 'call' prints records and texts as received:
+a number that the service does not report is 0. If the exit code is 3, 4 or 5, the
+object contains only "result" (false) and "error" (text); status and doctor also
+print what they have found out. After a usage error there is no output. The commands
+pes, caption, watch and trace instead write one object per line as it happens.
 
 Messages go to standard error.
 )";
@@ -64,11 +63,11 @@ The types are those of EZVPESType: 0 other, 1 video, 2 audio, 3 subtitle, 4
 teletext, 5 caption. The file of --out has PES packets with their headers, which
 most players cannot read; they can read the files of --es and --ts. A summary
 follows on standard error. Ctrl-C ends the subscription and the command with exit
-code 0. The end of the source does not end the command; standard error reports it
-once, and reports once if no data has arrived for 5 seconds. Standard error also
-reports why no data can arrive: the service refuses the subscription (exit code 1),
-it closes the connection of the endpoint (3), or its pushes have a sender, an object
-or a form that the library does not accept.
+code 0. The command continues when the source ends. On standard error, it reports
+once that the source has ended, and once that no data has arrived for 5 seconds. It
+also reports why no data can arrive: the service refuses the subscription (exit code
+1), it closes the connection of the endpoint (3), or its pushes have a sender, an
+object or a form that the library does not accept.
 )";
 
 constexpr char const* CaptionFooter =
@@ -85,9 +84,10 @@ constexpr char const* WatchFooter =
 traffic of every PID, and each step when the service leaves and comes back. On a
 terminal, one line is rewritten in place. With --json, every line is an object with
 "event": connected, subscribed, tick, lost, player-control-gone, factory-refuses,
-factory-works, subscriber-fails, waiting, back, trouble or unreadable. A problem is
-reported once while it lasts; unless standard output is a terminal, also on standard
-error. If it lasts until the end, the exit code shows it.
+factory-works, subscriber-fails, waiting, back, trouble or unreadable. The command
+reports a problem once while it lasts. Unless standard output is a terminal, it also
+reports the problem on standard error. If the problem lasts until the end, the exit
+code is that of the problem.
 )";
 
 constexpr char const* TraceFooter =
@@ -104,9 +104,9 @@ page "Trace the bus".
 
 --summary, --svg and --html print or draw instead of the lines. --out also records
 all messages of the bus, regardless of --application, --endpoint and --function.
-Wireshark, with the dissector of this package, busctl and Bustle can read the file.
---in reads their files and those of dbus-monitor --pcap and busctl capture. A
-damaged file is read up to the damage, and the exit code is 5.
+busctl, Bustle, and Wireshark with the dissector of this package can read the file.
+--in reads pcapng and pcap files: those of --out, Wireshark, dbus-monitor --pcap and
+busctl capture. A damaged file is read up to the damage, and the exit code is 5.
 )";
 
 constexpr char const* BatchFooter =

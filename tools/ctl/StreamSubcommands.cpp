@@ -62,8 +62,8 @@ void CommandLine::AddStream(char const* name, char const* help, bool isPes)
     app->add_option("--count", given->count, "End after N packets")->type_name("N");
     app->add_option("--seconds", given->seconds, "End after S seconds")->type_name("S");
     app->add_option("--out", given->out,
-                    "Write the data to FILE, one packet after another; - writes them to "
-                    "standard output, and no lines")
+                    "Write the data to FILE, one packet after another; - writes it to "
+                    "standard output instead of the lines")
         ->type_name("FILE");
     if (isPes) {
         app->add_option("--pid", given->pids, "Packets of this PID only, 0 to 0x1FFF; may be repeated")
@@ -71,17 +71,18 @@ void CommandLine::AddStream(char const* name, char const* help, bool isPes)
             ->allow_extra_args(false);
         app->add_flag("--es", given->isElementary,
                       "Write the elementary stream of one PID to the file of --out, without PES headers");
-        app->add_option("--ts", given->ts, "Write a transport stream of the PIDs to FILE; - as for --out")
+        app->add_option("--ts", given->ts,
+                        "Write a transport stream of the PIDs to FILE; - writes it to standard output "
+                        "instead of the lines")
             ->type_name("FILE");
     } else {
         app->add_flag("--text", given->isText, "Show captions as text, with time, page and language");
         app->add_option("--srt", given->srt,
-                        "As --text, and write the captions as subtitles to FILE; - writes them to "
-                        "standard output, and no lines")
+                        "Like --text, and write the captions as subtitles to FILE; - writes them to "
+                        "standard output instead of the lines")
             ->type_name("FILE");
         app->add_option("--page", given->pages,
-                        "With --text or --srt: this teletext page, 100 to 899, instead of all captions; "
-                        "may be repeated")
+                        "With --text or --srt: show only this teletext page, 100 to 899; may be repeated")
             ->type_name("N")
             ->allow_extra_args(false);
     }

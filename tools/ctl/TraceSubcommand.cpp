@@ -52,7 +52,7 @@ void RequireCompatibleOptions(TraceOptions const& options)
         throw Failure(ExitCode::Usage, badName);
     }
     if (options.follows && options.in.empty()) {
-        throw Failure(ExitCode::Usage, "--follow needs --in: without a file, trace follows the bus anyway");
+        throw Failure(ExitCode::Usage, "--follow needs --in: without --in, trace always follows the bus");
     }
     if (options.duration && !options.in.empty()) {
         throw Failure(ExitCode::Usage, "--seconds and --in exclude each other: a file ends by itself");
@@ -86,7 +86,7 @@ void CommandLine::AddTrace()
     app->add_flag("--follow", options.follows, "At the end of the file of --in, wait for more");
     app->add_option("--out", options.out,
                     "Record all messages of the bus in FILE.pcapng or FILE.pcap; - writes pcapng to "
-                    "standard output, and no lines")
+                    "standard output instead of the lines")
         ->type_name("FILE");
     app->add_flag("--summary", options.sumsUp,
                   "Print tables at the end: calls by function, pushes by PID, pauses, slow calls");

@@ -76,7 +76,7 @@ bool CaptureReader::Next(Message& message)
     if (result != 1) {
         throw CaptureError("cannot read " + Quoted(m_input.path) +
                            " any further: " + pcap_geterr(m_file.get()) + "; " + std::to_string(m_read) +
-                           " messages before that were read");
+                           (m_read == 1 ? " message" : " messages") + " before the damage can be read");
     }
     ++m_read;
     message.time = TimeOf(*header);
@@ -86,9 +86,9 @@ bool CaptureReader::Next(Message& message)
 
 std::string CaptureReader::CutText() const
 {
-    return (m_cut == 1 ? "1 message was not recorded whole and is"
-                       : std::to_string(m_cut) + " messages were not recorded whole and are") +
-           " left out; record again, and with busctl capture add --size=" + std::to_string(LongestMessage);
+    return (m_cut == 1 ? "1 incomplete message is" : std::to_string(m_cut) + " incomplete messages are") +
+           " left out; record again, and if you use busctl capture, add --size=" +
+           std::to_string(LongestMessage);
 }
 
 } // namespace zviptv::trace

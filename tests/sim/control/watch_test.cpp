@@ -113,7 +113,7 @@ TEST_F(SimCommand, ReportsHowToStartASimulator)
         EXPECT_EQ(outcome.code, 3);
         EXPECT_EQ(outcome.errors,
                   "zviptvctl: no simulator runs on this bus; start one with 'zviptv-sim --ts FILE', "
-                  "and its bus as DBUS_SYSTEM_BUS_ADDRESS\n");
+                  "and set DBUS_SYSTEM_BUS_ADDRESS to its bus\n");
     }
     EXPECT_THAT(Run({"status", "--json"}).output, HasSubstr("\"result\":false"));
 }

@@ -53,7 +53,7 @@ TEST(GuideSchedule, CutsAProgrammeAtTheStartOfTheNext)
 {
     auto const loaded = ReadText(Tv(At("0010", "0040") + At("0030", "0050")));
     EXPECT_THAT(Times(*loaded.guide), ElementsAre(T(10, 30), T(30, 50)));
-    EXPECT_THAT(loaded.warnings.First(), ElementsAre("service 1: programme 1 runs into programme 2, cut"));
+    EXPECT_THAT(loaded.warnings.First(), ElementsAre("service 1: programme 1 overlaps programme 2, cut"));
 }
 
 TEST(GuideSchedule, OfTwoWithEqualStartKeepsTheFirst)
@@ -62,8 +62,8 @@ TEST(GuideSchedule, OfTwoWithEqualStartKeepsTheFirst)
                                     Programme("2", "197001010010", "")));
     EXPECT_THAT(Times(*loaded.guide), ElementsAre(T(10, 20), T(10, 40)));
     EXPECT_THAT(loaded.warnings.First(),
-                ElementsAre("service 1: programme 2 starts with programme 1, left out",
-                            "service 1: programme 3 starts with programme 1, left out"));
+                ElementsAre("service 1: programme 2 starts at the same time as programme 1, left out",
+                            "service 1: programme 3 starts at the same time as programme 1, left out"));
     EXPECT_FALSE(loaded.guide->Find(2));
 }
 

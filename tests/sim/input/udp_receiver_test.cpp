@@ -103,9 +103,10 @@ TEST(UdpReceiver, ReportsWhyItCannotReceive)
     for (auto const& [url, reason] : std::map<std::string, std::string>{
              {"udp://127.0.0.1" + port, "another program receives at port " + port.substr(1) + "; stop it"},
              {"udp://@" + port, "another program receives at port"},
-             {"udp://@239.1.1.1" + port + "?iface=nosuch0", "there is no network interface 'nosuch0'; see"},
+             {"udp://@239.1.1.1" + port + "?iface=nosuch0",
+              "there is no network interface 'nosuch0'; 'ip link' lists"},
              {"rtp://127.0.0.1" + port + "?iface=lo",
-              "iface is for multicast groups, and '127.0.0.1' is none"},
+              "iface needs a multicast group, which '127.0.0.1' is not"},
              {"udp://203.0.113.7" + port, "203.0.113.7 is neither a multicast group nor an address of this"},
              {"udp://[2001:db8::7]" + port, "2001:db8::7 is neither a multicast group nor an address of"},
              {"udp://no.such.host.invalid" + port, "'no.such.host.invalid' is not an address: "},

@@ -108,8 +108,8 @@ TEST_F(ReplayFiles, WithIncompleteMessagesAreReplayedWithAWarning)
         application.Ask("BROADCASTDATA", {{"functionname", "GetAudio"}, {"handleID", "256"}, {"index", "0"}})
             .Value("audio"),
         "whole");
-    EXPECT_THAT(End(), HasSubstr("1 message was not recorded whole and is left out; record again, and with "
-                                 "busctl capture add --size=134217728\n"));
+    EXPECT_THAT(End(), HasSubstr("1 incomplete message is left out; record again, and if you use busctl "
+                                 "capture, add --size=134217728\n"));
 }
 
 /// The log escapes what is no text.

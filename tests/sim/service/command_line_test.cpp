@@ -52,7 +52,7 @@ TEST(CommandLine, ReportsMistakes)
               1,
               "cannot load the guide: /no/such: No such file"},
              {{"--ts", "/no/such/file", "--bus", "private"}, 1, "cannot open /no/such/file: No such file"},
-             {{"--ts", ZVIPTV_SIM, "--", "true"}, 1, ZVIPTV_SIM " holds no transport stream"},
+             {{"--ts", ZVIPTV_SIM, "--", "true"}, 1, ZVIPTV_SIM " is not a transport stream"},
              {{"--ts", sample, "--program", "7", "--", "true"},
               1,
               ZVIPTV_SAMPLE_FILE " has no programme 7: it has 1"},

@@ -90,9 +90,9 @@ TEST(FaultRule, ErrorsListTheFaultsOfAFunction)
 TEST(FaultRule, ErrorsDescribeValidArguments)
 {
     for (auto const& [text, reason] : std::initializer_list<std::pair<char const*, char const*>>{
-             {"MuteAudio=delay", "delay needs a MS; use MuteAudio=delay:MS, drop"},
-             {"MuteAudio=missing:", "missing needs a KEY; use"},
-             {"MuteAudio=drop:1", "drop accepts nothing after it; use"},
+             {"MuteAudio=delay", "delay needs a value, delay:MS; use MuteAudio=delay:MS, drop"},
+             {"MuteAudio=missing:", "missing needs a value, missing:KEY; use"},
+             {"MuteAudio=drop:1", "drop does not accept a value; use"},
              {"MuteAudio=delay:x", "'x' is not a number of milliseconds, 0 to 2147483647"},
              {"MuteAudio=delay:-1", "'-1' is not a number of milliseconds, 0 to 2147483647"},
              {"MuteAudio=delay:1.5", "'1.5' is not a number of milliseconds, 0 to 2147483647"},
@@ -157,7 +157,7 @@ TEST(FaultRule, ErrorsDescribeValidOptions)
              {"*=drop,probability=50%", "'50%' is not a probability, 0 to 1"},
              {"*=drop,effect=maybe", "'maybe' is not yes or no"},
              {"*=drop,count=1,count=2", "count is given more than once; give it once"},
-             {"PESCB=drop,effect=no", "PESCB takes no effect=yes|no; use it for requests"}}) {
+             {"PESCB=drop,effect=no", "PESCB does not accept the option effect; use effect for requests"}}) {
         EXPECT_THAT(Refusal(text), AllOf(StartsWith(std::string("cannot use the fault '") + text + "': "),
                                          HasSubstr(reason)));
     }

@@ -90,7 +90,7 @@ TEST_F(LivePipe, ReportsInputThatIsNotATransportStream)
     ChildProcess& simulator = StartLive("-");
     ASSERT_TRUE(simulator.WriteInput("no transport stream at all"));
     simulator.CloseInput();
-    ASSERT_TRUE(simulator.WaitForErrors("-: no transport stream has arrived: no sync byte 0x47", Patience));
+    ASSERT_TRUE(simulator.WaitForErrors("-: no transport stream has arrived: no sync bytes 0x47", Patience));
     EXPECT_TRUE(WaitForState("4"));
     EXPECT_EQ(InputWhere([](Json::Value const& input) { return input["state"] == "failed"; })["packets"], 0);
 }

@@ -111,7 +111,7 @@ TEST_F(PlayerOpen, ContinuesThePreviousInputAfterAnError)
     Write("null.ts", StreamBuilder().Null(10));
     for (auto const& [url, reason] : std::map<std::string, std::string>{
              {Path("nothing.ts"), "cannot open " + Path("nothing.ts") + ": No such file"},
-             {Path("empty.ts"), Path("empty.ts") + " holds no transport stream"},
+             {Path("empty.ts"), Path("empty.ts") + " is not a transport stream"},
              {Path("null.ts"), Path("null.ts") + " holds no programme: no PMT found"},
              {"ftp://host/", "cannot open ftp://host/: unknown kind of input 'ftp'"},
              {"udp://@239.1.1.1:1?iface=nosuch0",

@@ -139,7 +139,7 @@ std::vector<std::string> CaptionOutput::Close()
     m_file->Close();
     return m_timeless == 0 ? std::vector<std::string>()
                            : std::vector<std::string>{Counted(m_timeless, "caption") +
-                                                      " left out of the subtitles: without a time stamp"};
+                                                      " left out of the subtitles: no time stamp"};
 }
 
 std::string CaptionText(Caption const& caption, bool asJson)

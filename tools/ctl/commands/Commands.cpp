@@ -19,7 +19,7 @@ std::vector<CommandGroup> const& CommandGroups()
         {"ttx", "List or select teletext pages"},
         {"captions", "List or select ISDB captions and superimposed text"},
         {"mute", "Mute or unmute the sound, or blank or show the picture"},
-        {"unlock", "Unlock, or restore the parental lock"},
+        {"unlock", "Unlock or restore the parental lock"},
         {"guide", "Query the programme guide"},
     };
     return groups;

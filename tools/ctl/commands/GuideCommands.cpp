@@ -72,7 +72,7 @@ std::string MissingEntries(Json::Value const& programmes, int size)
         return std::string();
     }
     return "the list ends after " + std::to_string(programmes.size()) + " of " + std::to_string(size) +
-           " programmes, because a message holds no more: ask again from a later START";
+           " programmes, because a message cannot contain more: ask again with a later START";
 }
 
 Answer List(Session& session, CommandArguments const& arguments)
@@ -154,14 +154,14 @@ std::vector<Command> GuideCommands()
         {"guide", "find", {service, event}, "Show a programme of a service by its event id", Find},
         {"guide",
          "get",
-         {{"INDEX", "Place of the programme, as the service counts"}},
-         "Show a programme by its place in the guide",
+         {{"INDEX", "Number of the programme in the guide, from 0"}},
+         "Show a programme by its number in the guide",
          Get},
         {"guide", "rating", {event}, "Show the rating of a programme", Rating},
         {"guide", "genre", {event}, "Show the genre of a programme", Genre},
         {"guide",
          "load",
-         {{"PATH", "Path, as the service sees it"}},
+         {{"PATH", "Path of a file that the service opens"}},
          "Make the service copy guide data from PATH",
          Load},
     };

@@ -29,7 +29,7 @@ std::vector<std::string> PacketFile::Close()
     m_file.Close();
     std::vector<std::string> complaints;
     if (m_headless > 0) {
-        complaints.push_back(Counted(m_headless, "packet") + " left out: without a PES header");
+        complaints.push_back(Counted(m_headless, "packet") + " left out: no PES header");
     }
     for (std::uint16_t const pid : m_stream.LeftOut()) {
         complaints.push_back("PID " + ToHex(pid, 4) +

@@ -25,7 +25,7 @@ Finding Absent(Facts const& facts)
     std::string const meaning = "An application finds no service and gets null instead of objects.";
     if (facts.bus.isFromEnvironment) {
         return Wrong(Check, ExitCode::NoService, text, meaning, {Unset},
-                     "Then the machine's own bus is used. " + SimulatorHint(facts));
+                     "Applications then use the machine's system bus. " + SimulatorHint(facts));
     }
     std::vector<std::string> commands;
     if (!facts.machine.hasDBus) {
@@ -43,7 +43,7 @@ Finding Refused(Facts const& facts)
     std::string const meaning = "An application of this user finds no service.";
     if (facts.bus.isFromEnvironment) {
         return Wrong(Check, ExitCode::NoService, text, meaning, {Unset},
-                     "Or run the command as the user who started that bus. " + SimulatorHint(facts));
+                     "Or run your application as the user who started that bus. " + SimulatorHint(facts));
     }
     if (facts.bus.reach == Reach::Refused) {
         return Wrong(
@@ -63,7 +63,7 @@ Finding Silent(Facts const& facts)
                      " accepts connections but does not answer: " + facts.bus.reason,
                  "An application hangs as soon as it creates an object.",
                  {facts.bus.isFromEnvironment ? "pkill -CONT dbus-" : AsRoot(facts, "pkill -CONT dbus-")},
-                 "The command continues a stopped bus. If the bus still does not answer, start it again.");
+                 "The command resumes a stopped bus. If the bus still does not answer, start it again.");
 }
 
 } // namespace

@@ -79,9 +79,10 @@ Finding JudgePolicy(Facts const& facts)
         return Unknown("policy", "the bus does not report whether it is loaded");
     }
     if (!*policy.isLoaded) {
-        return IsLetThrough(facts) ? Ok("policy", "a policy other than the packages' lets user " +
-                                                      facts.caller.name + " call the service")
-                                   : NotLoaded(facts);
+        return IsLetThrough(facts)
+                   ? Ok("policy", "the packages' policy is not loaded, but another policy lets user " +
+                                      facts.caller.name + " call the service")
+                   : NotLoaded(facts);
     }
     if (policy.isServiceAllowed && !*policy.isServiceAllowed) {
         return Wrong("policy", ExitCode::NoAnswer,

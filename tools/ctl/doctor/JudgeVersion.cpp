@@ -50,7 +50,7 @@ Finding WrongService(Facts const& facts)
     std::string const text =
         service.isLibraryReplaced
             ? "the service still runs the library that has been replaced since it started"
-            : "the service runs the library " + service.loaded + ", applications run " +
+            : "the service runs the library " + service.loaded + ", but applications run " +
                   facts.versions.loaded;
     return Wrong("version", ExitCode::Malformed, text, Meaning, RestartService(facts));
 }
@@ -68,7 +68,7 @@ Finding JudgeProtocol(Facts const& facts)
     case Outcome::Answered:
         return Ok(Check, "the service answers as this version of the library expects");
     case Outcome::Unreadable:
-        text = "the service's answer is none that this version of the library reads: " + facts.service.error;
+        text = "this version of the library cannot read the service's answer: " + facts.service.error;
         break;
     case Outcome::Failed:
         text =
@@ -77,8 +77,9 @@ Finding JudgeProtocol(Facts const& facts)
     default:
         return NotChecked(Check, "the service has not answered");
     }
-    return Wrong(Check, ExitCode::Malformed, text, "An application gets objects whose calls answer false.",
-                 ReplaceService(facts), "What owns the name now is no service for this version.");
+    return Wrong(Check, ExitCode::Malformed, text,
+                 "An application gets objects, but their calls return false.", ReplaceService(facts),
+                 "The program that owns the name is not a service for this version.");
 }
 
 Finding JudgeVersion(Facts const& facts)
@@ -86,7 +87,7 @@ Finding JudgeVersion(Facts const& facts)
     VersionFacts const& versions = facts.versions;
     if (versions.loaded.empty()) {
         return Unknown("version", "zviptvctl " + versions.tool + "; the name of " + versions.loadedFile +
-                                      " tells no version");
+                                      " does not contain a version");
     }
     if (versions.loaded != versions.tool) {
         return WrongLibrary(facts);

@@ -55,8 +55,7 @@ std::string Summary(std::vector<Finding> const& findings)
     auto const wrong = std::count_if(findings.begin(), findings.end(),
                                      [](Finding const& finding) { return finding.state == State::Wrong; });
     if (wrong == 0) {
-        return unknown.empty() ? "nothing is wrong"
-                               : "nothing is wrong, as far as is known; unknown: " + unknown;
+        return unknown.empty() ? "nothing is wrong" : "no problem was found; unknown: " + unknown;
     }
     std::string const names = Checks(findings, State::Wrong);
     return wrong == 1 ? "wrong: " + names

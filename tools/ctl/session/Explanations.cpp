@@ -37,8 +37,8 @@ std::string EndpointClosed(std::string const& name)
 
 std::string ForbiddenByPolicy()
 {
-    return "the bus's policy does not let this user call the service (AccessDenied): be a member of the "
-           "group zviptv-apps";
+    return "the bus's policy does not let this user call the service (AccessDenied): add the user to "
+           "the group zviptv-apps, and log in again";
 }
 
 std::string MissingEndpoint(std::string const& method)

@@ -65,8 +65,8 @@ try {
 Failure NoSimulator()
 {
     return {ExitCode::NoService,
-            "no simulator runs on this bus; start one with 'zviptv-sim --ts FILE', and its "
-            "bus as DBUS_SYSTEM_BUS_ADDRESS"};
+            "no simulator runs on this bus; start one with 'zviptv-sim --ts FILE', and set "
+            "DBUS_SYSTEM_BUS_ADDRESS to its bus"};
 }
 
 Simulator::Simulator() : m_bus(Connect()) {}

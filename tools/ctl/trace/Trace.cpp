@@ -265,7 +265,8 @@ void Trace::Describe() const
         text += "; " + std::to_string(counts.malformed) + " malformed (" + counts.firstMalformed + ")";
     }
     if (counts.forgotten != 0) {
-        text += "; " + std::to_string(counts.forgotten) + " requests without a reply were given up";
+        text += "; " + std::to_string(counts.forgotten) +
+                " requests without a reply were dropped, because too many others followed";
     }
     PrintMessage(text);
 }

@@ -96,8 +96,9 @@ void ReadFaultOption(std::string const& text, FaultRule& rule, std::set<std::str
         throw std::invalid_argument("'" + value + "' is not " + option->accepted);
     }
     if (name == "effect" && rule.target == FaultRule::Target::Push) {
-        throw std::invalid_argument(rule.function + " takes no effect=yes|no; use it for requests, "
-                                                    "or use PESCB=drop or CaptionCB=drop");
+        throw std::invalid_argument(rule.function +
+                                    " does not accept the option effect; use effect for requests, "
+                                    "or use PESCB=drop or CaptionCB=drop");
     }
 }
 

@@ -137,10 +137,10 @@ void ReadFault(std::string const& text, std::string const& fault, FaultRule& rul
     }
     bool const wantsArgument = word->argument.name != nullptr;
     if (!wantsArgument && colon != std::string::npos) {
-        Refuse(text, name + " accepts nothing after it" + usable);
+        Refuse(text, name + " does not accept a value" + usable);
     }
     if (wantsArgument && argument.empty()) {
-        Refuse(text, name + " needs a " + word->argument.name + usable);
+        Refuse(text, name + " needs a value, " + name + ":" + word->argument.name + usable);
     }
     rule.kind = word->kind;
     if (word->argument.accepted != nullptr) {
@@ -184,11 +184,11 @@ FaultRule FaultRule::Parse(std::string const& text)
 
 std::string FaultRule::Usage()
 {
-    return "FUNCTION=FAULT[,OPTION=VALUE]..., where FUNCTION is a \"functionname\" or * for the answers to "
-           "requests (FAULT is " +
-           WordsOf(Target::Answer) + "), PESCB or CaptionCB for what is pushed (" + WordsOf(Target::Push) +
-           ") or Announcement (" + WordsOf(Target::Announcement) + "), and OPTION=VALUE is " +
-           AcceptedFaultOptions();
+    return "FUNCTION=FAULT[,OPTION=VALUE]... FUNCTION is the \"functionname\" of a request, or * for all "
+           "requests. FAULT is then " +
+           WordsOf(Target::Answer) + ". For the FUNCTION PESCB or CaptionCB, pushed data, FAULT is " +
+           WordsOf(Target::Push) + ". For the FUNCTION Announcement, FAULT is " +
+           WordsOf(Target::Announcement) + ". OPTION=VALUE is " + AcceptedFaultOptions() + ".";
 }
 
 std::string FaultRule::Name() const

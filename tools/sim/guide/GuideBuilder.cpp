@@ -21,7 +21,7 @@ void DropDuplicates(GuideService& service, GuideWarnings& warnings)
     auto const isDuplicate = [&](GuideEntry const& kept, GuideEntry const& entry) {
         bool const same = kept.start == entry.start;
         if (same) {
-            warnings.Add(0, NameOf(service, entry) + " starts with programme " +
+            warnings.Add(0, NameOf(service, entry) + " starts at the same time as programme " +
                                 std::to_string(kept.eventId) + ", left out");
         }
         return same;
@@ -36,7 +36,7 @@ void ResolveOverlaps(GuideService& service, GuideWarnings& warnings)
     for (GuideEntry& entry : service.entries) {
         std::uint32_t const room = before != nullptr ? entry.start - before->start : 0;
         if (before != nullptr && before->duration > room) {
-            warnings.Add(0, NameOf(service, *before) + " runs into programme " +
+            warnings.Add(0, NameOf(service, *before) + " overlaps programme " +
                                 std::to_string(entry.eventId) + ", cut");
         }
         if (before != nullptr && (before->duration == 0 || before->duration > room)) {

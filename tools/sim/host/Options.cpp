@@ -54,7 +54,8 @@ void AddPlayback(CLI::App& app, Options& options, Texts& texts)
                    "rtp:// with the same parts, http:// or https://")
         ->type_name("FILE|URL");
     app.add_flag("--follow", playback.input.follow,
-                 "The file is being written: at its end, wait for more data, or for a FIFO's next writer");
+                 "The file is being written: at its end, wait for more data. At the end of a FIFO, wait for "
+                 "the next writer");
     app.add_option("--program", playback.programme, "Programme to play; the first one by default")
         ->type_name("N")
         ->check(WholeNumber(0, 65535, "a programme number, 0 to 65535"));
@@ -100,8 +101,8 @@ void AddFaults(CLI::App& app, Options& options, Texts& texts)
     app.add_option(
            "--fault", texts.faults,
            "Make messages faulty: " + FaultRule::Usage() +
-               "; may be given several times: the fault of a request has priority over one of *, a later one "
-               "over an earlier one")
+               " The option may be given several times. The fault of a request has priority over one of *, "
+               "and a later fault over an earlier one")
         ->type_name("FAULT")
         ->allow_extra_args(false);
     app.add_option(

@@ -46,9 +46,8 @@ void AddReplay(CLI::App& app, ReplayOptions& options)
     app.add_option_function<std::string>(
            "--unrecorded",
            [&options](std::string const& word) { options.unrecorded = UnrecordedWords.at(word); },
-           "Answer to a request that was not recorded: a D-Bus error, the function's refusal, or the answer "
-           "of "
-           "the stream of --ts; error by default")
+           "Answer to a request that was not recorded: a D-Bus error (the default), a complete reply with "
+           "the result 0, or the answer of the simulator that plays the stream of --ts")
         ->type_name("error|false|stream")
         ->needs(replay)
         ->check(CLI::Validator(

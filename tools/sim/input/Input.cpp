@@ -79,7 +79,7 @@ InputCounters Input::Counters() const
     bool const isOver = m_emptySince && HasEnded();
     if (isOver && !m_hasBegun && counters.error.empty()) {
         counters.state = "failed";
-        counters.error = "no transport stream has arrived: no sync byte 0x47 at a 188-byte distance";
+        counters.error = "no transport stream has arrived: no sync bytes 0x47 every 188 bytes";
     }
     if (counters.state.empty()) {
         counters.state = isOver ? "ended" : IsStalled() ? "stalled" : m_hasBegun ? "receiving" : "waiting";

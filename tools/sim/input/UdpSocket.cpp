@@ -54,7 +54,7 @@ unsigned int InterfaceOf(InputUrl const& url)
 {
     unsigned int const index = url.interface.empty() ? 0 : if_nametoindex(url.interface.c_str());
     if (!url.interface.empty() && index == 0) {
-        Fail(url, "there is no network interface '" + url.interface + "'; see those of 'ip link'");
+        Fail(url, "there is no network interface '" + url.interface + "'; 'ip link' lists the interfaces");
     }
     return index;
 }
@@ -113,7 +113,7 @@ FileHandle OpenUdpSocket(InputUrl const& url)
     bool const isGroup = IsGroup(address);
     unsigned int const interface = InterfaceOf(url);
     if (!isGroup && !url.interface.empty()) {
-        Fail(url, "iface is for multicast groups, and '" + url.host + "' is none; leave it out");
+        Fail(url, "iface needs a multicast group, which '" + url.host + "' is not; leave iface out");
     }
     FileHandle socket(::socket(address.ai_family, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     if (!socket) {

@@ -95,9 +95,9 @@ std::unique_ptr<Recording> RecordingReader::Read(std::string const& path)
     }
     trace::Counts const& counts = m_conversation.Count();
     if (counts.messages == 0) {
-        throw std::runtime_error(path + " has no messages" +
-                                 (file.Cut() != 0 ? " that are whole: " + file.CutText()
-                                                  : ": record while an application uses the service"));
+        throw std::runtime_error(
+            path + (file.Cut() != 0 ? " has no complete messages: " + file.CutText()
+                                    : " has no messages: record while an application uses the service"));
     }
     if (!m_hasAnswers && !m_subscriptions.HasPushes()) {
         bool const isForeign = counts.foreign + counts.malformed == counts.messages;

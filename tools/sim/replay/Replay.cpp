@@ -139,7 +139,7 @@ void Replay::List(CMessageBuffer const& request) const
 {
     std::string const line = Described(request) + "\n";
     if (m_list >= 0 && write(m_list, line.data(), line.size()) < 0) {
-        throw std::runtime_error(std::string("cannot note a request that was not recorded: ") +
+        throw std::runtime_error(std::string("cannot list a request that was not recorded: ") +
                                  std::strerror(errno) + "; free some memory");
     }
 }

@@ -25,8 +25,7 @@ TsReader::TsReader(std::unique_ptr<ByteSource> bytes) : m_bytes(std::move(bytes)
 {
     m_hasStarted = !m_bytes->IsLive() && FindDistance();
     if (!m_hasStarted && m_bytes->HasEnded()) {
-        throw StreamError(m_bytes->Name() +
-                          " holds no transport stream: no sync byte 0x47 at a 188-byte distance");
+        throw StreamError(m_bytes->Name() + " is not a transport stream: no sync bytes 0x47 every 188 bytes");
     }
 }
 

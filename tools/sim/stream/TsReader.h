@@ -16,7 +16,7 @@ public:
     using File = FileBytes::File;
 
     /// @throws StreamError "cannot open X: reason", "cannot read X: reason", or
-    ///         "X holds no transport stream: no sync byte 0x47 at a 188-byte distance"
+    ///         "X is not a transport stream: no sync bytes 0x47 every 188 bytes"
     explicit TsReader(std::string const& path);
 
     /// Reads an open, seekable file; `name` is its name in error texts.
