@@ -10,7 +10,7 @@ inline std::string AudioBytes(std::string const& language)
     return std::string(language.rbegin(), language.rend()) + std::string(29, '\0');
 }
 
-inline std::string const film =
+inline std::string const Film =
     R"({"service_id":"7","event_id":4,"start_time":1774733400,"duration":10800,"title":"Cellar Door"})";
 inline std::string const NextFilm =
     R"({"service_id":"7","event_id":5,"start_time":1774744200,"duration":1800,"title":"Night Trains"})";
@@ -39,7 +39,7 @@ protected:
         SelectAudio(service, "0");
         Lock(service, "0");
         service.Answer("FlagServiceLocked", {{"result_internal", "1"}, {"outServiceLocked", "0"}});
-        service.Answer("GetPresentProgram", {{"data", film}});
+        service.Answer("GetPresentProgram", {{"data", Film}});
     }
     static void SelectAudio(FakeService& service, std::string const& index)
     {

@@ -17,30 +17,31 @@ WireEntries Request(std::string const& function, std::initializer_list<TextEntry
 // Every field has another value. Numbers are little endian.
 std::string const
     AudioBytes("gne\0\x02\0\0\0\x01\x01\x30\x03\x80\xbb\0\0\0\x77\x01\0\x02\x01\x0f\0\0\0\0\0\0\0\0\0", 32);
-AudioTrack const audio{Language("eng"), AudioCoding::Ac3, 0x101, 0x30, 3, 48000, 96000, 2, 1, 0x0f};
+AudioTrack const Audio{Language("eng"), AudioCoding::Ac3, 0x101, 0x30, 3, 48000, 96000, 2, 1, 0x0f};
 std::string const PageBytes("ued\0\x04\x01\x08\x88\x02\x09\0\0\0\0\0\0", 16);
-TeletextPage const page{Language("deu"), 0x104, 8, 0x88, 2, 9};
+TeletextPage const Page{Language("deu"), 0x104, 8, 0x88, 2, 9};
 std::string const SubtitleBytes("arf\0\x01\0\0\0\x03\x01\x01\x02\x03\x04\x10\x01\x07\x77\x2a\0\0\0\0\0", 24);
-Subtitle const subtitle{Language("fra"), SubtitleKind::Dvb, 0x103, 0x201, 0x403, 0x10, 1, 7, 0x77, 0x2a};
+Subtitle const BroadcastSubtitle{
+    Language("fra"), SubtitleKind::Dvb, 0x103, 0x201, 0x403, 0x10, 1, 7, 0x77, 0x2a};
 std::string const TextBytes("npj\0\x01\0\0\0\x05\x01\x12\0\x38\x02\0\0", 16);
-IsdbText const text{Language("jpn"), IsdbTextKind::Superimpose, 0x105, 0x12, 0x38, 2};
+IsdbText const Text{Language("jpn"), IsdbTextKind::Superimpose, 0x105, 0x12, 0x38, 2};
 
 TEST_F(FunctionTest, RecordsOfTheBroadcast)
 {
-    Check(Row(Request("GetAudio", {{"index", "4294967295"}}), Reply({{"audio", AudioBytes}}), audio,
+    Check(Row(Request("GetAudio", {{"index", "4294967295"}}), Reply({{"audio", AudioBytes}}), Audio,
               [](auto& tv, auto... more) { return tv.Broadcast().GetAudio(4294967295U, more...); }));
-    Check(Row(Request("GetTTX", {{"index", "1"}}), Reply({{"ttx", PageBytes}}), page,
+    Check(Row(Request("GetTTX", {{"index", "1"}}), Reply({{"ttx", PageBytes}}), Page,
               [](auto& tv, auto... more) { return tv.Broadcast().GetTTX(1, more...); }));
-    Check(Row(Request("GetPreferredTTXSubtitle"), Reply({{"ttxSubtitle", PageBytes}}), page,
+    Check(Row(Request("GetPreferredTTXSubtitle"), Reply({{"ttxSubtitle", PageBytes}}), Page,
               [](auto& tv, auto... more) { return tv.Broadcast().GetPreferredTTXSubtitle(more...); }));
     Check(Row(Request("GetHybridSBT", {{"index", "0"}}),
               Reply({{"landCode", "6713953"}, {"hybridSbt", SubtitleBytes}}),
-              HybridSBTAnswer{Language("fra"), subtitle},
+              HybridSBTAnswer{Language("fra"), BroadcastSubtitle},
               [](auto& tv, auto... more) { return tv.Broadcast().GetHybridSBT(0, more...); }));
     Check(Row(Request("GetPreferredHybridSBT"), Reply({{"landCode", "0"}, {"hybridSbt", SubtitleBytes}}),
-              PreferredHybridSBTAnswer{Language(), subtitle},
+              PreferredHybridSBTAnswer{Language(), BroadcastSubtitle},
               [](auto& tv, auto... more) { return tv.Broadcast().GetPreferredHybridSBT(more...); }));
-    Check(Row(Request("GetISDBText", {{"mode", "1"}, {"index", "2"}}), Reply({{"isdbText", TextBytes}}), text,
+    Check(Row(Request("GetISDBText", {{"mode", "1"}, {"index", "2"}}), Reply({{"isdbText", TextBytes}}), Text,
               [](auto& tv, auto... more) {
                   return tv.Broadcast().GetISDBText(IsdbTextKind::Superimpose, 2, more...);
               }));
@@ -118,8 +119,8 @@ TEST_F(FunctionTest, ListsAskForTheSizeAndThenForEachElement)
         bytes[8] = request.Value("index").front(); // the PID
         return Entries({{"result_internal", "1"}, {"landCode", "0"}, {"hybridSbt", bytes}});
     });
-    Subtitle first = subtitle;
-    Subtitle second = subtitle;
+    Subtitle first = BroadcastSubtitle;
+    Subtitle second = BroadcastSubtitle;
     first.pid = 0x130;
     second.pid = 0x131;
     auto const blocking = m_television->Broadcast().Subtitles();

@@ -11,12 +11,12 @@ using namespace zviptv::ctl;
 
 namespace {
 
-ArgumentPlace const place{"SetCurrentTTX", "index"};
+ArgumentPlace const Place{"SetCurrentTTX", "index"};
 
 template <typename Value>
 Value Parse(std::string const& text)
 {
-    return ParseArgument<Value>(text, place);
+    return ParseArgument<Value>(text, Place);
 }
 
 /// The message of the usage error that `work` must end with.

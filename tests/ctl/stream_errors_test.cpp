@@ -11,7 +11,7 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-constexpr char channel[] = "/org/corvel/zviptvapi/DbusCommunication/IPTVDATASUBSCRIBER";
+constexpr char Channel[] = "/org/corvel/zviptvapi/DbusCommunication/IPTVDATASUBSCRIBER";
 
 TEST_F(StreamTest, ARefusedSubscriptionIsReportedAndEndsWithExitCode1)
 {
@@ -55,7 +55,7 @@ TEST_F(StreamTest, PushesFromAnotherPathAreReportedOnce)
     m_service.Notify(m_client, "PLAYERCONTROL", PesEntries());
     ASSERT_TRUE(child->WaitForErrors("zviptvctl: pushes are ignored: they come from the object "
                                      "/org/corvel/zviptvapi/DbusCommunication/PLAYERCONTROL instead of " +
-                                         std::string(channel) + "\n",
+                                         std::string(Channel) + "\n",
                                      patience))
         << child->Errors();
     m_service.Notify(m_client, "IPTVDATASUBSCRIBER", PesEntries());

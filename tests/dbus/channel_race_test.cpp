@@ -12,7 +12,7 @@ namespace {
 constexpr int Rounds = 200;
 
 /// Channels are destroyed by the test's thread while the loop's thread delivers to them.
-class DestroyedMeanwhile : public BusTest
+class ChannelDestroyedMeanwhile : public BusTest
 {
 protected:
     /// In each round: connects, sends `flood`, waits for a few deliveries, destroys.
@@ -41,7 +41,7 @@ protected:
     LoopThread m_loop;
 };
 
-TEST_F(DestroyedMeanwhile, ByAFloodOfNotifications)
+TEST_F(ChannelDestroyedMeanwhile, ByAFloodOfNotifications)
 {
     m_partner.SetRecording(false);
     Run(
@@ -51,7 +51,7 @@ TEST_F(DestroyedMeanwhile, ByAFloodOfNotifications)
         "SendSignal");
 }
 
-TEST_F(DestroyedMeanwhile, ByAFloodOfCalls)
+TEST_F(ChannelDestroyedMeanwhile, ByAFloodOfCalls)
 {
     m_partner.SetRecording(false);
     auto const flood = [this](WireTarget const& target) {
@@ -65,7 +65,7 @@ TEST_F(DestroyedMeanwhile, ByAFloodOfCalls)
 /// The data of the disconnect handler of a channel that another thread destroys.
 std::atomic<int> losses{0};
 
-TEST_F(DestroyedMeanwhile, ByThePartnersLoss)
+TEST_F(ChannelDestroyedMeanwhile, ByThePartnersLoss)
 {
     for (int round = 0; round < Rounds; ++round) {
         losses = 0;
@@ -89,7 +89,7 @@ TEST_F(DestroyedMeanwhile, ByThePartnersLoss)
     }
 }
 
-TEST_F(DestroyedMeanwhile, ByCompletionsOfAsynchronousSends)
+TEST_F(ChannelDestroyedMeanwhile, ByCompletionsOfAsynchronousSends)
 {
     m_partner.SetRecording(false);
     m_partner.SetHandler([](WireMessage const&) { return Entries({{"k", "v"}}); });
@@ -118,7 +118,7 @@ struct Holder
     std::atomic<int> losses{0};
 };
 
-TEST_F(DestroyedMeanwhile, ByItsDisconnectHandlerOnTheLoopThread)
+TEST_F(ChannelDestroyedMeanwhile, ByItsDisconnectHandlerOnTheLoopThread)
 {
     Holder holder;
     auto const onLoss = [](std::string, std::string, void* data) {
@@ -142,7 +142,7 @@ TEST_F(DestroyedMeanwhile, ByItsDisconnectHandlerOnTheLoopThread)
 }
 
 /// A sender on one thread, the loss on the loop's, again and again on the same channel.
-TEST_F(DestroyedMeanwhile, LostWhileSending)
+TEST_F(ChannelDestroyedMeanwhile, LostWhileSending)
 {
     CProxyDBusHelper channel("IPGUTIL");
     std::atomic<bool> stop{false};

@@ -11,9 +11,9 @@ using namespace std::chrono_literals;
 
 namespace {
 
-using Teardown = BusTest;
+using ChannelTeardown = BusTest;
 
-TEST_F(Teardown, InsideTheNotificationHandler)
+TEST_F(ChannelTeardown, InsideTheNotificationHandler)
 {
     TestChannel channel;
     TestChannel other("PLAYERCONTROL");
@@ -37,7 +37,7 @@ TEST_F(Teardown, InsideTheNotificationHandler)
     EXPECT_TRUE(channel.IsDestroyed());
 }
 
-TEST_F(Teardown, InsideTheMessageHandler)
+TEST_F(ChannelTeardown, InsideTheMessageHandler)
 {
     TestChannel const other("PLAYERCONTROL"); // keeps the connection
     TestChannel channel;
@@ -53,7 +53,7 @@ TEST_F(Teardown, InsideTheMessageHandler)
     RunPending();
 }
 
-TEST_F(Teardown, InsideTheDisconnectHandler)
+TEST_F(ChannelTeardown, InsideTheDisconnectHandler)
 {
     TestChannel channel;
     ASSERT_EQ(channel->Connect(m_partner.Name()), 1);
@@ -70,7 +70,7 @@ TEST_F(Teardown, InsideTheDisconnectHandler)
     EXPECT_EQ(losses, 1);
 }
 
-TEST_F(Teardown, InsideTheDisconnectHandlerWithCallsOutstanding)
+TEST_F(ChannelTeardown, InsideTheDisconnectHandlerWithCallsOutstanding)
 {
     TestChannel other("PLAYERCONTROL"); // keeps the connection
     LogCapture log;
@@ -88,7 +88,7 @@ TEST_F(Teardown, InsideTheDisconnectHandlerWithCallsOutstanding)
     EXPECT_TRUE(RunUntil([&] { return channel.IsDestroyed() && log.Count("Enter") == 20; }));
 }
 
-TEST_F(Teardown, WithAnAsynchronousCallOutstanding)
+TEST_F(ChannelTeardown, WithAnAsynchronousCallOutstanding)
 {
     TestChannel other("PLAYERCONTROL"); // keeps the connection
     LogCapture log;
@@ -106,7 +106,7 @@ TEST_F(Teardown, WithAnAsynchronousCallOutstanding)
     EXPECT_EQ(log.Count("Replyed"), 0U);
 }
 
-TEST_F(Teardown, AReplyToADestroyedChannelIsDropped)
+TEST_F(ChannelTeardown, AReplyToADestroyedChannelIsDropped)
 {
     TestChannel other("PLAYERCONTROL"); // keeps the connection
     LogCapture log;

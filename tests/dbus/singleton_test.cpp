@@ -16,7 +16,7 @@ using namespace zviptv::test;
 
 namespace {
 
-constexpr std::chrono::seconds patience{20};
+constexpr std::chrono::seconds Patience{20};
 
 /// An instance whose creation and end wait for the test.
 class SingletonTest : public testing::Test
@@ -52,7 +52,7 @@ protected:
     void Pass()
     {
         int const attempt = ++m_begun;
-        EXPECT_TRUE(WaitUntil([this, attempt] { return m_allowed >= attempt; }, patience));
+        EXPECT_TRUE(WaitUntil([this, attempt] { return m_allowed >= attempt; }, Patience));
     }
 
     template <typename Function>
@@ -63,7 +63,7 @@ protected:
 
     void WaitForBegun(int attempts)
     {
-        ASSERT_TRUE(WaitUntil([this, attempts] { return m_begun == attempts; }, patience));
+        ASSERT_TRUE(WaitUntil([this, attempts] { return m_begun == attempts; }, Patience));
     }
 
     zviptv::Singleton<int> m_singleton;

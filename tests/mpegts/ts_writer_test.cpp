@@ -11,14 +11,14 @@ using namespace zviptv::test;
 
 namespace {
 
-class Writer : public testing::Test
+class TsWriterTest : public testing::Test
 {
 protected:
     Bytes m_out;
     TsWriter m_writer;
 };
 
-TEST_F(Writer, WritesReadableTables)
+TEST_F(TsWriterTest, WritesReadableTables)
 {
     m_writer.AddTables(m_out, {{0x100, 0x1B, {}}, {0x103, 0x06, {0x59, 8, 'e', 'n', 'g', 0x10, 0, 1, 0, 2}}},
                        0x100);
@@ -36,7 +36,7 @@ TEST_F(Writer, WritesReadableTables)
 }
 
 /// Checks every possible number of bytes in the last packet.
-TEST_F(Writer, WritesPesPacketsOfAllSizes)
+TEST_F(TsWriterTest, WritesPesPacketsOfAllSizes)
 {
     m_writer.AddTables(m_out, {{0x100, 0x1B, {}}}, 0x100);
     std::vector<Bytes> written;
@@ -55,7 +55,7 @@ TEST_F(Writer, WritesPesPacketsOfAllSizes)
     EXPECT_EQ(read, written);
 }
 
-TEST_F(Writer, CountsThePacketsOfEachPid)
+TEST_F(TsWriterTest, CountsThePacketsOfEachPid)
 {
     for (int i = 0; i < 20; ++i) {
         m_writer.AddPes(m_out, 0x100, MakePes(1, Noise(10)));
@@ -70,7 +70,7 @@ TEST_F(Writer, CountsThePacketsOfEachPid)
     EXPECT_EQ(next[0x101], 20U);
 }
 
-TEST_F(Writer, WritesClocksByteByByte)
+TEST_F(TsWriterTest, WritesClocksByteByByte)
 {
     TsWriter::AddClock(m_out, 0x1FFE, 0x123456789, true);
     Bytes const head = {0x47, 0x1F, 0xFE, 0x20, 183, 0x90, 0x91, 0xA2, 0xB3, 0xC4, 0xFE, 0};

@@ -19,13 +19,13 @@ void Act(ZVPESData& record, void* userData)
     action();
 }
 
-class Reentry : public SubscriberTest
+class CallbackReentry : public SubscriberTest
 {
 protected:
-    ~Reentry() override { action = nullptr; }
+    ~CallbackReentry() override { action = nullptr; }
 };
 
-TEST_F(Reentry, CallbackMayEndItsSubscription)
+TEST_F(CallbackReentry, CallbackMayEndItsSubscription)
 {
     int const key = SubscribeForPES(Act<0>);
     action = [&] { EXPECT_FALSE(m_subscriber->UnSubscribeForPES(key)); };
@@ -37,7 +37,7 @@ TEST_F(Reentry, CallbackMayEndItsSubscription)
     EXPECT_EQ(Requests().back(), Request("requestPESCB", "0"));
 }
 
-TEST_F(Reentry, CallbackMayEndAllSubscriptions)
+TEST_F(CallbackReentry, CallbackMayEndAllSubscriptions)
 {
     int const first = SubscribeForPES(Act<0>);
     int const second = SubscribeForPES(Act<1>);
@@ -54,7 +54,7 @@ TEST_F(Reentry, CallbackMayEndAllSubscriptions)
               (std::vector<WireEntries>{Request("requestPESCB", "1"), Request("requestPESCB", "0")}));
 }
 
-TEST_F(Reentry, CallbackMaySubscribeForTheOtherKind)
+TEST_F(CallbackReentry, CallbackMaySubscribeForTheOtherKind)
 {
     SubscribeForPES(Act<0>);
     bool subscribed = false;
@@ -68,7 +68,7 @@ TEST_F(Reentry, CallbackMaySubscribeForTheOtherKind)
     EXPECT_TRUE(subscribed);
 }
 
-TEST_F(Reentry, CallbackMayDestroyTheProxy)
+TEST_F(CallbackReentry, CallbackMayDestroyTheProxy)
 {
     SubscribeForPES(Act<0>);
     SubscribeForPES(Act<1>);
@@ -81,7 +81,7 @@ TEST_F(Reentry, CallbackMayDestroyTheProxy)
     EXPECT_EQ(pesDeliveries.size(), 1U);
 }
 
-TEST_F(Reentry, CallbackMayDestroyAndCreateTheProxy)
+TEST_F(CallbackReentry, CallbackMayDestroyAndCreateTheProxy)
 {
     SubscribeForPES(Act<0>);
     SubscribeForPES(Act<1>);
@@ -101,7 +101,7 @@ TEST_F(Reentry, CallbackMayDestroyAndCreateTheProxy)
     EXPECT_EQ(pesDeliveries.back().subscriber, 2);
 }
 
-TEST_F(Reentry, CallbackMayCallOtherProxies)
+TEST_F(CallbackReentry, CallbackMayCallOtherProxies)
 {
     IPlayerControl& player = *CreatePlayer();
     SubscribeForPES(Act<0>);
@@ -112,7 +112,7 @@ TEST_F(Reentry, CallbackMayCallOtherProxies)
     EXPECT_TRUE(muted);
 }
 
-TEST_F(Reentry, CallbackMayKeepACopyOfTheRecord)
+TEST_F(CallbackReentry, CallbackMayKeepACopyOfTheRecord)
 {
     SubscribeForPES(Act<0>);
     SubscribeForPES(Collect<ZVPESData, 1>);

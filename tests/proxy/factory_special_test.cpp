@@ -136,7 +136,7 @@ private:
     CProxyDBusHelper m_connection;
 };
 
-std::string const owner = "org.corvel.zviptvapi.dbushelper";
+std::string const Owner = "org.corvel.zviptvapi.dbushelper";
 
 std::string SignalRule(std::string const& partner, std::string const& type)
 {
@@ -162,7 +162,7 @@ TEST_F(Factory, CallsTheBusInOrder)
     LibraryCalls calls(m_bus, m_service);
     std::string const added = "AddMatch " + SignalRule(m_service.Name(), "PLAYERCONTROL");
     std::string const removed = "RemoveMatch " + SignalRule(m_service.Name(), "PLAYERCONTROL");
-    std::vector<std::string> const all{"NameHasOwner " + owner, "SendSignal PLAYERCONTROL y", added,
+    std::vector<std::string> const all{"NameHasOwner " + Owner, "SendSignal PLAYERCONTROL y", added,
                                        "Send MuteAudio",        "SendSignal PLAYERCONTROL n", removed};
     IPlayerControl& player = *CreatePlayer();
     EXPECT_EQ(Only(calls.Take(), all), (std::vector<std::string>{all[0], all[1], all[2]}));
@@ -186,7 +186,7 @@ TEST_F(Factory, ProgramGuideDoesNotAskWhetherTheServiceRuns)
     std::vector<std::string> const made = calls.Take();
     ASSERT_FALSE(made.empty());
     EXPECT_EQ(made.front(), "SendSignal IPGUTIL y");
-    EXPECT_THAT(made, testing::Not(testing::Contains("NameHasOwner " + owner)));
+    EXPECT_THAT(made, testing::Not(testing::Contains("NameHasOwner " + Owner)));
 }
 
 } // namespace

@@ -11,7 +11,7 @@ using namespace zviptv::test;
 namespace {
 
 /// An object that announces its end. The test delays the announcement.
-class Leaving : public ServiceTest, public testing::WithParamInterface<ProxyKind>
+class LeavingProxy : public ServiceTest, public testing::WithParamInterface<ProxyKind>
 {
 protected:
     /// When the service receives the announcement of the end, it calls the object's channel before it
@@ -34,9 +34,9 @@ protected:
     LoopThread m_loop;
 };
 
-INSTANTIATE_TEST_SUITE_P(Proxies, Leaving, testing::ValuesIn(AllKinds()), KindName);
+INSTANTIATE_TEST_SUITE_P(Proxies, LeavingProxy, testing::ValuesIn(AllKinds()), KindName);
 
-TEST_P(Leaving, AnswersTheServiceUntilItsDeparture)
+TEST_P(LeavingProxy, AnswersTheServiceUntilItsDeparture)
 {
     CallDuringDeparture();
     ASSERT_NE(GetParam().create(IPTV_PROFILE_DEFAULT, 0), nullptr);
@@ -46,7 +46,7 @@ TEST_P(Leaving, AnswersTheServiceUntilItsDeparture)
 
 std::atomic<int> delivered{0};
 
-using LeavingSubscriber = Leaving;
+using LeavingSubscriber = LeavingProxy;
 
 INSTANTIATE_TEST_SUITE_P(Proxies, LeavingSubscriber, testing::Values(KindsWithHandle().back()), KindName);
 

@@ -151,7 +151,7 @@ void CountPES(ZVPESData& /*pes*/, void* /*userData*/)
     --inside;
 }
 
-WireEntries const pes = Entries({{"functionname", "PESCB"},
+WireEntries const Pes = Entries({{"functionname", "PESCB"},
                                  {"pesDataSize", "3"},
                                  {"pesType", "2"},
                                  {"pesPID", "256"},
@@ -162,7 +162,7 @@ void Flood(FakeService& service, std::size_t count)
 {
     service.Peer().EmitMany({service.ClientOf("IPTVDATASUBSCRIBER"), ChannelPath("IPTVDATASUBSCRIBER"),
                              "org.corvel.zviptvapi.DbusCommunication", "SendSignal"},
-                            pes, count);
+                            Pes, count);
 }
 
 TEST_F(LifecycleThreads, NoCallbackAfterDestroyDuringAFlood)

@@ -8,7 +8,7 @@ namespace {
 
 using Row = Method<IIPGUtil>;
 
-constexpr unsigned long long largest = 18446744073709551615ULL;
+constexpr unsigned long long Largest = 18446744073709551615ULL;
 
 /// A query that fills a text. "untouched" shows that it did not.
 template <typename Query>
@@ -35,10 +35,10 @@ std::vector<Row> TextRows()
         TextRow(
             TextQuery([](IIPGUtil& guide, std::string& text) { return guide.GetProgram(4294967295U, text); }),
             Entries({{"functionname", "GetProgram"}, {"index", "4294967295"}})),
-        TextRow(TextQuery([](auto& guide, auto& text) { return guide.GetPresentProgram(largest, text); }),
+        TextRow(TextQuery([](auto& guide, auto& text) { return guide.GetPresentProgram(Largest, text); }),
                 Entries({{"functionname", "GetPresentProgram"}, {"inID", "18446744073709551615"}})),
         TextRow(
-            TextQuery([](auto& guide, auto& text) { return guide.FindProgram(largest, 4294967295U, text); }),
+            TextQuery([](auto& guide, auto& text) { return guide.FindProgram(Largest, 4294967295U, text); }),
             Entries({{"functionname", "FindProgram"},
                      {"inID", "18446744073709551615"},
                      {"eventID", "4294967295"}})),
@@ -70,7 +70,7 @@ std::vector<Row> NumberRows()
          "GetProgramListSize",
          [](IIPGUtil& guide) {
              int size = 77;
-             bool const result = guide.GetProgramListSize(largest, 4294967295U, 4294967294U, size);
+             bool const result = guide.GetProgramListSize(Largest, 4294967295U, 4294967294U, size);
              return Outcome{result, ShowAll(size)};
          },
          Entries({{"functionname", "GetProgramListSize"},

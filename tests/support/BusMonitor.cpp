@@ -17,14 +17,14 @@ MessageHandle BecomeMonitorCall(std::vector<std::string> const& rules)
     DBusMessageIter iter;
     DBusMessageIter array;
     dbus_message_iter_init_append(call.get(), &iter);
-    dbus_message_iter_open_container(&iter, type::array, "s", &array);
+    dbus_message_iter_open_container(&iter, type::Array, "s", &array);
     for (auto const& rule : rules) {
         char const* text = rule.c_str();
-        dbus_message_iter_append_basic(&array, type::string, &text);
+        dbus_message_iter_append_basic(&array, type::String, &text);
     }
     dbus_message_iter_close_container(&iter, &array);
     dbus_uint32_t const flags = 0;
-    dbus_message_iter_append_basic(&iter, type::uint32, &flags);
+    dbus_message_iter_append_basic(&iter, type::Uint32, &flags);
     return call;
 }
 

@@ -55,16 +55,16 @@ void CheckText(std::string const& text)
 void AppendText(DBusMessageIter* iter, std::string const& text)
 {
     char const* data = text.c_str();
-    if (dbus_message_iter_append_basic(iter, type::string, &data) == 0) {
+    if (dbus_message_iter_append_basic(iter, type::String, &data) == 0) {
         throw std::bad_alloc();
     }
 }
 
 void AppendBytes(DBusMessageIter* iter, std::string const& bytes)
 {
-    Container array(iter, type::array, "y");
+    Container array(iter, type::Array, "y");
     char const* data = bytes.data();
-    if (dbus_message_iter_append_fixed_array(array.Get(), type::byte, &data,
+    if (dbus_message_iter_append_fixed_array(array.Get(), type::Byte, &data,
                                              static_cast<int>(bytes.size())) == 0) {
         throw std::bad_alloc();
     }
@@ -73,9 +73,9 @@ void AppendBytes(DBusMessageIter* iter, std::string const& bytes)
 void AppendVariant(DBusMessageIter* dict, std::string const& key, std::string const& signature,
                    AppendFunction const& append)
 {
-    Container entry(dict, type::dictEntry, nullptr);
+    Container entry(dict, type::DictEntry, nullptr);
     AppendText(entry.Get(), key);
-    Container variant(entry.Get(), type::variant, signature.c_str());
+    Container variant(entry.Get(), type::Variant, signature.c_str());
     append(variant.Get());
 }
 
@@ -109,7 +109,7 @@ WireVariant TextVariant(std::string key, std::string text)
 WireVariant NumberVariant(std::string key, std::int32_t number)
 {
     return {std::move(key), "i", [number](DBusMessageIter* iter) {
-                if (dbus_message_iter_append_basic(iter, type::int32, &number) == 0) {
+                if (dbus_message_iter_append_basic(iter, type::Int32, &number) == 0) {
                     throw std::bad_alloc();
                 }
             }};
@@ -121,7 +121,7 @@ WireBody::WireBody(WireEntries entries)
         CheckEntry(entry);
     }
     m_append = [entries = std::move(entries)](DBusMessageIter* iter) {
-        Container dict(iter, type::array, "{sv}");
+        Container dict(iter, type::Array, "{sv}");
         for (auto const& entry : entries) {
             AppendVariant(dict.Get(), entry.key, "ay",
                           [&](DBusMessageIter* content) { AppendBytes(content, entry.bytes); });
@@ -136,9 +136,9 @@ WireBody::WireBody(WirePairs pairs)
         CheckText(value);
     }
     m_append = [pairs = std::move(pairs)](DBusMessageIter* iter) {
-        Container array(iter, type::array, "(ss)");
+        Container array(iter, type::Array, "(ss)");
         for (auto const& [key, value] : pairs) {
-            Container pair(array.Get(), type::structure, nullptr);
+            Container pair(array.Get(), type::Structure, nullptr);
             AppendText(pair.Get(), key);
             AppendText(pair.Get(), value);
         }
@@ -166,7 +166,7 @@ WireBody WireBody::Variants(std::vector<WireVariant> variants)
         }
     }
     return Raw([variants = std::move(variants)](DBusMessageIter* iter) {
-        Container dict(iter, type::array, "{sv}");
+        Container dict(iter, type::Array, "{sv}");
         for (auto const& variant : variants) {
             AppendVariant(dict.Get(), variant.key, variant.signature, variant.append);
         }

@@ -34,7 +34,7 @@ std::string BytesAt(DBusMessageIter* array)
 {
     DBusMessageIter element;
     dbus_message_iter_recurse(array, &element);
-    if (dbus_message_iter_get_arg_type(&element) != type::byte) {
+    if (dbus_message_iter_get_arg_type(&element) != type::Byte) {
         return {};
     }
     char const* data = nullptr;
@@ -74,7 +74,7 @@ void ForEachElement(DBusMessageIter* array, Read const& read)
 {
     DBusMessageIter element;
     dbus_message_iter_recurse(array, &element);
-    while (dbus_message_iter_get_arg_type(&element) != type::none) {
+    while (dbus_message_iter_get_arg_type(&element) != type::None) {
         read(&element);
         dbus_message_iter_next(&element);
     }

@@ -11,17 +11,17 @@ namespace zviptv::test {
 
 /// Type codes as libdbus takes them.
 namespace type {
-constexpr int byte = 'y';
-constexpr int int32 = 'i';
-constexpr int uint32 = 'u';
-constexpr int string = 's';
-constexpr int objectPath = 'o';
-constexpr int signatureText = 'g';
-constexpr int array = 'a';
-constexpr int variant = 'v';
-constexpr int structure = 'r';
-constexpr int dictEntry = 'e';
-constexpr int none = 0;
+constexpr int Byte = 'y';
+constexpr int Int32 = 'i';
+constexpr int Uint32 = 'u';
+constexpr int String = 's';
+constexpr int ObjectPath = 'o';
+constexpr int Signature = 'g';
+constexpr int Array = 'a';
+constexpr int Variant = 'v';
+constexpr int Structure = 'r';
+constexpr int DictEntry = 'e';
+constexpr int None = 0;
 } // namespace type
 
 WireMessage DecodeMessage(DBusMessage* message);

@@ -15,8 +15,8 @@ struct Description
     char const* name;
     char const* type;
     char const* accepted;
-    double least; ///< for numbers
-    double most;
+    double minimum; ///< for numbers
+    double maximum;
 };
 
 constexpr Description Descriptions[] = {
@@ -74,7 +74,7 @@ bool Read(std::string const& text, Number& number)
 /// NaN is in no range.
 bool IsInRange(Description const& description, double number)
 {
-    return number >= description.least && number <= description.most;
+    return number >= description.minimum && number <= description.maximum;
 }
 
 double ToNumber(GVariant* value)

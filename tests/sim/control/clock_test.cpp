@@ -5,7 +5,7 @@ namespace zviptv::test {
 namespace {
 
 /// One clock: position, guide and the time of GetFirstPTS move together.
-class OneClock : public ControlTest
+class SimulatorClock : public ControlTest
 {
 protected:
     struct Times
@@ -26,7 +26,7 @@ protected:
     Application m_application;
 };
 
-TEST_F(OneClock, JumpsWithASeek)
+TEST_F(SimulatorClock, JumpsWithASeek)
 {
     StartControlled({"--loop", "--time", "1774735200"});
     ASSERT_TRUE(WaitUntil([this] { return m_remote->Number("Duration") > 0; }, Patience));
@@ -43,7 +43,7 @@ TEST_F(OneClock, JumpsWithASeek)
     EXPECT_NEAR(after.milliseconds - back.milliseconds, 7500, 1.0);
 }
 
-TEST_F(OneClock, ASeekBeyondTheEndIsRefused)
+TEST_F(SimulatorClock, ASeekBeyondTheEndIsRefused)
 {
     StartControlled();
     ASSERT_TRUE(WaitUntil([this] { return m_remote->Number("Duration") > 0; }, Patience));
@@ -53,7 +53,7 @@ TEST_F(OneClock, ASeekBeyondTheEndIsRefused)
               std::string(Invalid) + "'-1.0' is not a position in seconds, 0 to 1000000");
 }
 
-TEST_F(OneClock, RunsAtTheSpeed)
+TEST_F(SimulatorClock, RunsAtTheSpeed)
 {
     StartControlled({"--loop", "--time", "1774735200", "--speed", "1000"});
     // Half an hour takes 1.8 seconds.
@@ -62,7 +62,7 @@ TEST_F(OneClock, RunsAtTheSpeed)
 }
 
 /// The first packet after a seek is the one that a player from the start would hand out there.
-TEST_F(OneClock, ASeekIsExactToThePacket)
+TEST_F(SimulatorClock, ASeekIsExactToThePacket)
 {
     StartControlled({"--wait-for", "1", "--pes", "257"});
     Application all;
@@ -87,7 +87,7 @@ TEST_F(OneClock, ASeekIsExactToThePacket)
     EXPECT_TRUE(std::equal(rest.rbegin(), rest.rend(), whole.rbegin()));
 }
 
-TEST_F(OneClock, ASeekWaitsForPlayToBegin)
+TEST_F(SimulatorClock, ASeekWaitsForPlayToBegin)
 {
     StartControlled({"--wait-for", "1"});
     EXPECT_EQ(m_remote->Get("SourceState"), "'starting'");

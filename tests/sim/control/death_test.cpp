@@ -8,11 +8,11 @@ using testing::StartsWith;
 
 constexpr char Helper[] = "org.corvel.zviptvapi.dbushelper";
 
-class Death : public ControlTest
+class ServiceDeath : public ControlTest
 {
 };
 
-TEST_F(Death, IsPermanentUntilARestart)
+TEST_F(ServiceDeath, IsPermanentUntilARestart)
 {
     StartControlled();
     pid_t const first = NewService();
@@ -33,7 +33,7 @@ TEST_F(Death, IsPermanentUntilARestart)
     EXPECT_TRUE(m_remote->WaitForSignal("Restarted"));
 }
 
-TEST_F(Death, EndsAfterTheTimeThatWasGiven)
+TEST_F(ServiceDeath, EndsAfterTheTimeThatWasGiven)
 {
     StartControlled();
     pid_t const first = NewService();
@@ -44,7 +44,7 @@ TEST_F(Death, EndsAfterTheTimeThatWasGiven)
     EXPECT_EQ(m_remote->Get("Running"), "true");
 }
 
-TEST_F(Death, ARestartKillsAServiceThatLives)
+TEST_F(ServiceDeath, ARestartKillsAServiceThatLives)
 {
     StartControlled();
     pid_t const first = NewService();
@@ -54,7 +54,7 @@ TEST_F(Death, ARestartKillsAServiceThatLives)
 }
 
 /// With --restart-after, the service comes back after every kind of death.
-TEST_F(Death, ByAForeignSignalCounts)
+TEST_F(ServiceDeath, ByAForeignSignalCounts)
 {
     StartControlled({"--loop", "--restart-after", "0.1"});
     pid_t service = NewService();
@@ -68,7 +68,7 @@ TEST_F(Death, ByAForeignSignalCounts)
     }
 }
 
-TEST_F(Death, ByAForeignSignalEndsASimulatorThatDoesNotRestart)
+TEST_F(ServiceDeath, ByAForeignSignalEndsASimulatorThatDoesNotRestart)
 {
     StartControlled();
     pid_t const service = NewService();
@@ -78,7 +78,7 @@ TEST_F(Death, ByAForeignSignalEndsASimulatorThatDoesNotRestart)
 }
 
 /// A crash of the simulator's own code shall be seen.
-TEST_F(Death, ByACrashEndsTheSimulator)
+TEST_F(ServiceDeath, ByACrashEndsTheSimulator)
 {
     StartControlled({"--loop", "--restart-after", "0.1"});
     pid_t const service = NewService();
@@ -87,7 +87,7 @@ TEST_F(Death, ByACrashEndsTheSimulator)
     EXPECT_EQ(m_simulator->Wait(Patience), (ExitStatus{128 + SIGABRT, 0}));
 }
 
-TEST_F(Death, OfTheSimulatorEndsTheService)
+TEST_F(ServiceDeath, OfTheSimulatorEndsTheService)
 {
     StartControlled();
     pid_t const service = NewService();
@@ -97,7 +97,7 @@ TEST_F(Death, OfTheSimulatorEndsTheService)
 }
 
 /// The broadcast continues while the service is dead.
-TEST_F(Death, TheClockContinues)
+TEST_F(ServiceDeath, TheClockContinues)
 {
     StartControlled({"--time", "1774735200", "--speed", "2"});
     pid_t const first = NewService();
@@ -114,7 +114,7 @@ TEST_F(Death, TheClockContinues)
     EXPECT_LE(m_remote->Number("GuideTime"), guide + 60);
 }
 
-TEST_F(Death, TheClockRestartsOnRequest)
+TEST_F(ServiceDeath, TheClockRestartsOnRequest)
 {
     StartControlled({"--time", "1774735200", "--restart-from-start"});
     pid_t const first = NewService();
@@ -126,7 +126,7 @@ TEST_F(Death, TheClockRestartsOnRequest)
     EXPECT_NEAR(m_remote->Number("GuideTime"), 1774735200, 5);
 }
 
-TEST_F(Death, KeepsWhatTheControlInterfaceSet)
+TEST_F(ServiceDeath, KeepsWhatTheControlInterfaceSet)
 {
     StartControlled();
     pid_t const first = NewService();
@@ -157,7 +157,7 @@ TEST_F(Death, KeepsWhatTheControlInterfaceSet)
 }
 
 /// Other tracks, or a fault, are there before applications find the service again.
-TEST_F(Death, CallsWaitForAServiceThatComesBack)
+TEST_F(ServiceDeath, CallsWaitForAServiceThatComesBack)
 {
     StartControlled();
     pid_t const first = NewService();
@@ -174,7 +174,7 @@ TEST_F(Death, CallsWaitForAServiceThatComesBack)
 }
 
 /// As if the service had played all the time.
-TEST_F(Death, CallsThatMoveTheClockWork)
+TEST_F(ServiceDeath, CallsThatMoveTheClockWork)
 {
     StartControlled();
     ASSERT_EQ(m_remote->Call("Die", "({'for': <0.5>},)"), Done);
@@ -188,7 +188,7 @@ TEST_F(Death, CallsThatMoveTheClockWork)
     EXPECT_EQ(m_remote->Get("SourceState"), "'playing'");
 }
 
-TEST_F(Death, ASeekWorksBeforeAStreamStartsAgain)
+TEST_F(ServiceDeath, ASeekWorksBeforeAStreamStartsAgain)
 {
     StartControlled({"--loop", "--restart-from-start"});
     ASSERT_EQ(m_remote->Call("Pause"), Done);
@@ -198,7 +198,7 @@ TEST_F(Death, ASeekWorksBeforeAStreamStartsAgain)
     EXPECT_NEAR(m_remote->Number("Position"), 7.0, 0.001);
 }
 
-TEST_F(Death, ASeekIsRefusedWhileApplicationsAreAwaited)
+TEST_F(ServiceDeath, ASeekIsRefusedWhileApplicationsAreAwaited)
 {
     StartControlled({"--loop", "--wait-for", "1"});
     std::string const refusal =
@@ -209,7 +209,7 @@ TEST_F(Death, ASeekIsRefusedWhileApplicationsAreAwaited)
 }
 
 /// Its caller would not know of it.
-TEST_F(Death, DropsACallWhoseCallerHasLeft)
+TEST_F(ServiceDeath, DropsACallWhoseCallerHasLeft)
 {
     StartControlled();
     ASSERT_EQ(m_remote->Call("Die", "({'for': <100000.0>},)"), Done);
@@ -227,7 +227,7 @@ TEST_F(Death, DropsACallWhoseCallerHasLeft)
 }
 
 /// Killed at any moment of its life, again and again.
-TEST_F(Death, AtAnyMomentIsSurvived)
+TEST_F(ServiceDeath, AtAnyMomentIsSurvived)
 {
     StartControlled({"--loop", "--restart-after", "0"});
     ASSERT_EQ(m_remote->Call("AddFault", "('MuteAudio=result:7', {})"), Done);

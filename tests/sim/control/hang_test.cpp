@@ -8,7 +8,7 @@ using testing::HasSubstr;
 using testing::StartsWith;
 
 /// A service or simulator that is stopped, and does not answer.
-class Hang : public ControlTest
+class ServiceHang : public ControlTest
 {
 protected:
     static int CodeOf(ChildProcess& process)
@@ -17,7 +17,7 @@ protected:
     }
 };
 
-TEST_F(Hang, OfTheServiceKeepsItsLastReport)
+TEST_F(ServiceHang, OfTheServiceKeepsItsLastReport)
 {
     StartControlled();
     ASSERT_EQ(m_remote->Call("SetSpeed", "(2.0,)"), Done);
@@ -36,7 +36,7 @@ TEST_F(Hang, OfTheServiceKeepsItsLastReport)
 }
 
 /// Takes 15 seconds.
-TEST_F(Hang, OfTheServiceEndsCallsWithAdvice)
+TEST_F(ServiceHang, OfTheServiceEndsCallsWithAdvice)
 {
     StartControlled();
     pid_t const service = NewService();
@@ -54,7 +54,7 @@ TEST_F(Hang, OfTheServiceEndsCallsWithAdvice)
 }
 
 /// Takes 15 seconds.
-TEST_F(Hang, OfAStartingServiceEndsCallsWithAdvice)
+TEST_F(ServiceHang, OfAStartingServiceEndsCallsWithAdvice)
 {
     StartControlled();
     ChildProcess restart({ZVIPTVCTL, "sim", "restart"});
@@ -70,7 +70,7 @@ TEST_F(Hang, OfAStartingServiceEndsCallsWithAdvice)
     EXPECT_EQ(m_remote->Get("Paused"), "false"); // a call that has failed changes nothing
 }
 
-TEST_F(Hang, OfTheSimulatorEndsStatus)
+TEST_F(ServiceHang, OfTheSimulatorEndsStatus)
 {
     StartControlled();
     ASSERT_EQ(kill(m_simulator->Pid(), SIGSTOP), 0);

@@ -9,7 +9,7 @@ namespace {
 using testing::StartsWith;
 
 /// A dead service comes back although something is missing.
-class Revival : public ControlTest
+class ServiceRevival : public ControlTest
 {
 protected:
     void RestartWithInput(std::string const& input)
@@ -31,7 +31,7 @@ protected:
     }
 };
 
-TEST_F(Revival, AResetStartsADeadServiceInTheInitialState)
+TEST_F(ServiceRevival, AResetStartsADeadServiceInTheInitialState)
 {
     StartControlled({"--loop", "--fault", "MuteAudio=result:3"});
     std::string const faults = m_remote->Get("Faults");
@@ -54,7 +54,7 @@ TEST_F(Revival, AResetStartsADeadServiceInTheInitialState)
 }
 
 /// It does not wait for the planned return.
-TEST_F(Revival, AResetRefusesWaitingCalls)
+TEST_F(ServiceRevival, AResetRefusesWaitingCalls)
 {
     StartControlled();
     ASSERT_EQ(m_remote->Call("Die", "({'for': <100000.0>},)"), Done);
@@ -63,7 +63,7 @@ TEST_F(Revival, AResetRefusesWaitingCalls)
     EXPECT_EQ(m_remote->Get("AudioMuted"), "false");
 }
 
-TEST_F(Revival, AResetStartsAServiceThatEnded)
+TEST_F(ServiceRevival, AResetStartsAServiceThatEnded)
 {
     std::string const script = R"(
         kill -KILL $ZVIPTV_SIM_PID
@@ -77,7 +77,7 @@ TEST_F(Revival, AResetStartsAServiceThatEnded)
     EXPECT_EQ(process.Output(), "pause 3\nreset 0\nresult: true\n");
 }
 
-TEST_F(Revival, AMissingInputChangesTheSourceState)
+TEST_F(ServiceRevival, AMissingInputChangesTheSourceState)
 {
     std::string const other = RestartWithoutInput();
     EXPECT_EQ(m_remote->Get("SourceState"), "'error'");
@@ -96,7 +96,7 @@ TEST_F(Revival, AMissingInputChangesTheSourceState)
     EXPECT_EQ(m_remote->Get("SourceState"), "'playing'");
 }
 
-TEST_F(Revival, ARestoredInputIsPlayedAfterARestart)
+TEST_F(ServiceRevival, ARestoredInputIsPlayedAfterARestart)
 {
     std::string const other = RestartWithoutInput();
     CopySample();
@@ -106,7 +106,7 @@ TEST_F(Revival, ARestoredInputIsPlayedAfterARestart)
 }
 
 /// Also that of the command line, which need not be the present one.
-TEST_F(Revival, SurvivesTheLossOfTheFirstInput)
+TEST_F(ServiceRevival, SurvivesTheLossOfTheFirstInput)
 {
     std::string const first = CopySample("first.ts");
     RestartWithInput(first);
@@ -121,7 +121,7 @@ TEST_F(Revival, SurvivesTheLossOfTheFirstInput)
 }
 
 /// The start state needs the input. The simulator stays, so that the caller can try again.
-TEST_F(Revival, AResetReportsThatTheServiceDidNotStart)
+TEST_F(ServiceRevival, AResetReportsThatTheServiceDidNotStart)
 {
     std::string const first = CopySample("first.ts");
     RestartWithInput(first);
@@ -140,7 +140,7 @@ TEST_F(Revival, AResetReportsThatTheServiceDidNotStart)
     EXPECT_EQ(m_remote->Get("SourceState"), "'playing'");
 }
 
-TEST_F(Revival, AServiceReturnsWithoutItsGuide)
+TEST_F(ServiceRevival, AServiceReturnsWithoutItsGuide)
 {
     std::string const guide = CopyGuide();
     StartControlled({"--loop", "--guide", guide});
@@ -161,7 +161,7 @@ TEST_F(Revival, AServiceReturnsWithoutItsGuide)
 }
 
 /// The command needs a service from its first line on.
-TEST_F(Revival, ACommandWaitsForAServiceThatDiesDuringItsStart)
+TEST_F(ServiceRevival, ACommandWaitsForAServiceThatDiesDuringItsStart)
 {
     ChildProcess process(
         {ZVIPTV_SIM, "--ts", ZVIPTV_SAMPLE_FILE, "--loop", "--", ZVIPTVCTL, "call", "MuteAudio", "1"});
@@ -176,7 +176,7 @@ TEST_F(Revival, ACommandWaitsForAServiceThatDiesDuringItsStart)
 }
 
 /// A call that waits for a permanently dead service would never be answered.
-TEST_F(Revival, ARestartReturnsWhenTheServiceDiesAgain)
+TEST_F(ServiceRevival, ARestartReturnsWhenTheServiceDiesAgain)
 {
     StartControlled();
     ChildProcess restart({ZVIPTVCTL, "sim", "restart"});

@@ -48,7 +48,7 @@ std::string Mutate(std::string text, std::mt19937& random)
     return text;
 }
 
-TEST(Robustness, DamagedXmltvIsReadOrRefused)
+TEST(DamagedGuide, DamagedXmltvIsReadOrRefused)
 {
     std::string const sample = ReadFile(ZVIPTV_SAMPLE_GUIDE);
     std::mt19937 random(42);
@@ -68,7 +68,7 @@ TEST(Robustness, DamagedXmltvIsReadOrRefused)
     EXPECT_GT(read, 100);
 }
 
-TEST(Robustness, NoiseIsNotAGuide)
+TEST(DamagedGuide, NoiseIsNotAGuide)
 {
     for (unsigned seed = 1; seed <= 500; ++seed) {
         Bytes const noise = Noise(seed * 13, seed);
@@ -77,7 +77,7 @@ TEST(Robustness, NoiseIsNotAGuide)
 }
 
 /// Sections with a right CRC around anything.
-TEST(Robustness, AnyEitSectionGivesAValidGuide)
+TEST(DamagedGuide, AnyEitSectionGivesAValidGuide)
 {
     std::mt19937 random(4711);
     sim::EitTable table;
@@ -106,7 +106,7 @@ TEST(Robustness, AnyEitSectionGivesAValidGuide)
     ExpectValid(*made.guide);
 }
 
-TEST(Robustness, PacketsOfNoiseContainNoEvents)
+TEST(DamagedGuide, PacketsOfNoiseContainNoEvents)
 {
     sim::EitReader reader;
     for (unsigned seed = 1; seed <= 5000; ++seed) {
@@ -120,7 +120,7 @@ TEST(Robustness, PacketsOfNoiseContainNoEvents)
     EXPECT_TRUE(reader.Table().Events().empty());
 }
 
-TEST(Robustness, KeptSectionsAreBounded)
+TEST(DamagedGuide, KeptSectionsAreBounded)
 {
     sim::EitTable table;
     EitEventParts event;

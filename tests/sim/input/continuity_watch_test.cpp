@@ -8,7 +8,7 @@
 namespace zviptv::test {
 namespace {
 
-class Watch : public testing::Test
+class ContinuityWatchTest : public testing::Test
 {
 protected:
     void Push(std::uint16_t pid, int counter, Bytes payload = {1}, bool discontinuity = false)
@@ -24,7 +24,7 @@ protected:
     sim::ContinuityWatch m_watch;
 };
 
-TEST_F(Watch, CountsEachPidSeparately)
+TEST_F(ContinuityWatchTest, CountsEachPidSeparately)
 {
     for (int i = 0; i < 40; ++i) {
         Push(0x100, i & 0x0F);
@@ -36,7 +36,7 @@ TEST_F(Watch, CountsEachPidSeparately)
     EXPECT_EQ(m_watch.Gaps(), 1U);
 }
 
-TEST_F(Watch, RecognisesDuplicatesDiscontinuitiesAndUncountedPackets)
+TEST_F(ContinuityWatchTest, RecognisesDuplicatesDiscontinuitiesAndUncountedPackets)
 {
     Push(0x100, 3);
     Push(0x100, 3);            // a duplicate

@@ -12,7 +12,7 @@ using sim::RtpWindow;
 using testing::ElementsAre;
 
 /// A window into which packets go that carry a number each.
-class Window : public testing::Test
+class RtpWindowTest : public testing::Test
 {
 protected:
     bool Push(int sequence, int mark, std::uint32_t source = 1)
@@ -28,7 +28,7 @@ protected:
     std::vector<int> m_out;
 };
 
-TEST_F(Window, PassesPacketsInOrderAtOnce)
+TEST_F(RtpWindowTest, PassesPacketsInOrderAtOnce)
 {
     EXPECT_TRUE(Push(7));
     EXPECT_THAT(m_out, ElementsAre(7));
@@ -38,7 +38,7 @@ TEST_F(Window, PassesPacketsInOrderAtOnce)
     EXPECT_EQ(m_window.Count().lost + m_window.Count().duplicated + m_window.Count().reordered, 0U);
 }
 
-TEST_F(Window, SortsLatePackets)
+TEST_F(RtpWindowTest, SortsLatePackets)
 {
     for (int const sequence : {10, 13, 12, 11, 14}) {
         Push(sequence);
@@ -48,7 +48,7 @@ TEST_F(Window, SortsLatePackets)
     EXPECT_EQ(m_window.Count().lost, 0U);
 }
 
-TEST_F(Window, SkipsAMissingPacketAfter32Others)
+TEST_F(RtpWindowTest, SkipsAMissingPacketAfter32Others)
 {
     Push(100);
     for (int sequence = 103; sequence <= 132; ++sequence) { // 101 and 102 are missing
@@ -63,7 +63,7 @@ TEST_F(Window, SkipsAMissingPacketAfter32Others)
     EXPECT_EQ(m_window.Count().reordered, 0U);
 }
 
-TEST_F(Window, CountsAPacketThatIsTooLateOnlyAsLost)
+TEST_F(RtpWindowTest, CountsAPacketThatIsTooLateOnlyAsLost)
 {
     Push(0);
     for (int sequence = 2; sequence <= 40; ++sequence) {
@@ -76,7 +76,7 @@ TEST_F(Window, CountsAPacketThatIsTooLateOnlyAsLost)
     EXPECT_EQ(m_window.Count().reordered, 0U);
 }
 
-TEST_F(Window, CountsDuplicatesDeliveredOrHeld)
+TEST_F(RtpWindowTest, CountsDuplicatesDeliveredOrHeld)
 {
     for (int const sequence : {5, 5, 6, 8, 8, 5, 7}) {
         Push(sequence);
@@ -86,7 +86,7 @@ TEST_F(Window, CountsDuplicatesDeliveredOrHeld)
     EXPECT_EQ(m_window.Count().reordered, 1U);
 }
 
-TEST_F(Window, FollowsNumbersAroundTheWrap)
+TEST_F(RtpWindowTest, FollowsNumbersAroundTheWrap)
 {
     for (int const sequence : {65533, 65535, 65534, 1, 0, 1, 2}) {
         Push(sequence);
@@ -97,7 +97,7 @@ TEST_F(Window, FollowsNumbersAroundTheWrap)
     EXPECT_EQ(m_window.Count().lost, 0U);
 }
 
-TEST_F(Window, LosesNothingOverManyWraps)
+TEST_F(RtpWindowTest, LosesNothingOverManyWraps)
 {
     for (int sequence = 0; sequence < 3 * 65536; ++sequence) {
         Push(sequence);
@@ -106,7 +106,7 @@ TEST_F(Window, LosesNothingOverManyWraps)
     EXPECT_EQ(m_window.Count().lost, 0U);
 }
 
-TEST_F(Window, CountsALongGap)
+TEST_F(RtpWindowTest, CountsALongGap)
 {
     Push(1);
     Push(2001);
@@ -114,7 +114,7 @@ TEST_F(Window, CountsALongGap)
     EXPECT_EQ(m_window.Count().lost, 1999U);
 }
 
-TEST_F(Window, RestartsWithAnotherSource)
+TEST_F(RtpWindowTest, RestartsWithAnotherSource)
 {
     Push(10);
     Push(12); // held
@@ -123,7 +123,7 @@ TEST_F(Window, RestartsWithAnotherSource)
     EXPECT_EQ(m_window.Count().lost, 1U);
 }
 
-TEST_F(Window, AcceptsAJumpThatTheNextPacketConfirms)
+TEST_F(RtpWindowTest, AcceptsAJumpThatTheNextPacketConfirms)
 {
     Push(10);
     EXPECT_FALSE(Push(30000));

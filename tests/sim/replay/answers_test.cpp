@@ -9,7 +9,7 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-class Answers : public Replaying
+class ReplayedAnswers : public Replaying
 {
 protected:
     std::string Audio(std::string const& index, std::string const& handle = "256")
@@ -22,7 +22,7 @@ protected:
     Application m_application;
 };
 
-TEST_F(Answers, FollowTheRecordedOrderAndTheLastIsRepeated)
+TEST_F(ReplayedAnswers, FollowTheRecordedOrderAndTheLastIsRepeated)
 {
     Recording().Exchange(0, "BROADCASTDATA", AskAudio("0"), Answered("first"));
     Recording().Exchange(1, "BROADCASTDATA", AskAudio("1"), Answered("other"));
@@ -37,7 +37,7 @@ TEST_F(Answers, FollowTheRecordedOrderAndTheLastIsRepeated)
     EXPECT_EQ(Audio("0"), "first");
 }
 
-TEST_F(Answers, HaveTheRecordedEntriesInTheirOrder)
+TEST_F(ReplayedAnswers, HaveTheRecordedEntriesInTheirOrder)
 {
     WireEntries const reply = Entries(
         {{"audio", std::string("\0\xff", 2)}, {"result_internal", "7"}, {"x", "1"}, {"x", "2"}, {"y", "é"}});
@@ -50,7 +50,7 @@ TEST_F(Answers, HaveTheRecordedEntriesInTheirOrder)
               reply);
 }
 
-TEST_F(Answers, DependOnTheHandleIfItWasRecorded)
+TEST_F(ReplayedAnswers, DependOnTheHandleIfItWasRecorded)
 {
     Recording().Exchange(0, "BROADCASTDATA", AskAudio("0", "256"), Answered("of 256"));
     Recording().Exchange(1, "BROADCASTDATA", AskAudio("0", "257"), Answered("of 257"));
@@ -61,7 +61,7 @@ TEST_F(Answers, DependOnTheHandleIfItWasRecorded)
     EXPECT_EQ(Audio("0", "300"), "of 256");
 }
 
-TEST_F(Answers, DoNotDependOnTheNameOfTheApplication)
+TEST_F(ReplayedAnswers, DoNotDependOnTheNameOfTheApplication)
 {
     Recording().Exchange(0, "PLAYERCONTROL",
                          Entries({{"functionname", "SetAppID"}, {"AppID", "org.example.recorded"}}),
@@ -74,7 +74,7 @@ TEST_F(Answers, DoNotDependOnTheNameOfTheApplication)
         "5");
 }
 
-TEST_F(Answers, MayBeErrors)
+TEST_F(ReplayedAnswers, MayBeErrors)
 {
     Recording().Ask(0, "BROADCASTDATA", AskAudio("0"));
     Recording().Error(1, "org.example.Error.Broken", "the tuner is broken");
@@ -88,7 +88,7 @@ TEST_F(Answers, MayBeErrors)
     EXPECT_EQ(Audio("0"), "works");
 }
 
-TEST_F(Answers, MayBeMissing)
+TEST_F(ReplayedAnswers, MayBeMissing)
 {
     Recording().Ask(0, "BROADCASTDATA", AskAudio("0"));
     Recording().Exchange(3000, "BROADCASTDATA", AskAudio("1"), Answered("works"));
@@ -107,7 +107,7 @@ TEST_F(Answers, MayBeMissing)
               "org.corvel.zviptvapi.Error.NotRecorded");
 }
 
-TEST_F(Answers, TakeAsLongAsRecorded)
+TEST_F(ReplayedAnswers, TakeAsLongAsRecorded)
 {
     Recording().Ask(0, "BROADCASTDATA", AskAudio("0"));
     Recording().Reply(400, Answered("late"));
@@ -119,7 +119,7 @@ TEST_F(Answers, TakeAsLongAsRecorded)
 }
 
 /// An error of the bus says nothing about the service.
-TEST_F(Answers, OfTheBusAreNotReplayed)
+TEST_F(ReplayedAnswers, OfTheBusAreNotReplayed)
 {
     Recording().Ask(0, "BROADCASTDATA", AskAudio("0"));
     Recording().Error(1, "org.freedesktop.DBus.Error.ServiceUnknown", "gone", "org.freedesktop.DBus");
@@ -129,7 +129,7 @@ TEST_F(Answers, OfTheBusAreNotReplayed)
     EXPECT_EQ(Audio("0"), "works");
 }
 
-TEST_F(Answers, ToAnnouncementsNameTheRunningService)
+TEST_F(ReplayedAnswers, ToAnnouncementsNameTheRunningService)
 {
     Recording().Announce(0, "BROADCASTDATA", "y");
     Recording().Reply(1, Pairs({{"dbusname", ":1.2"}}));

@@ -9,7 +9,7 @@ using std::chrono::steady_clock;
 
 constexpr char Helper[] = "org.corvel.zviptvapi.dbushelper";
 
-class Deaths : public Replaying
+class ReplayedDeaths : public Replaying
 {
 protected:
     std::string Audio(Application& application)
@@ -20,7 +20,7 @@ protected:
     }
 };
 
-TEST_F(Deaths, AndReturnsHaveTheRecordedTimesAfterTheFirstCall)
+TEST_F(ReplayedDeaths, AndReturnsHaveTheRecordedTimesAfterTheFirstCall)
 {
     Recording().Owner(0, "", ":1.2");
     Recording().Exchange(7000, "BROADCASTDATA", AskAudio("0"), Answered("before"));
@@ -44,7 +44,7 @@ TEST_F(Deaths, AndReturnsHaveTheRecordedTimesAfterTheFirstCall)
     EXPECT_EQ(m_remote->Get("Running"), "true");
 }
 
-TEST_F(Deaths, FollowTheSpeed)
+TEST_F(ReplayedDeaths, FollowTheSpeed)
 {
     Recording().Exchange(0, "BROADCASTDATA", AskAudio("0"), Answered("before"));
     Recording().Owner(500'000, ":1.2", "");
@@ -58,7 +58,7 @@ TEST_F(Deaths, FollowTheSpeed)
     ASSERT_TRUE(m_watcher.WaitForOwner(Helper, true));
 }
 
-TEST_F(Deaths, HaveTheRecordedTimesWithoutCalls)
+TEST_F(ReplayedDeaths, HaveTheRecordedTimesWithoutCalls)
 {
     Recording().Owner(0, "", ":1.2");
     Recording().Owner(300, ":1.2", "");
@@ -71,7 +71,7 @@ TEST_F(Deaths, HaveTheRecordedTimesWithoutCalls)
     EXPECT_EQ(Audio(application), "second life");
 }
 
-TEST_F(Deaths, MayBePermanent)
+TEST_F(ReplayedDeaths, MayBePermanent)
 {
     Recording().Exchange(0, "BROADCASTDATA", AskAudio("0"), Answered("before"));
     Recording().Owner(100, ":1.2", "");
@@ -87,7 +87,7 @@ TEST_F(Deaths, MayBePermanent)
 }
 
 /// It is the end of the session that was recorded.
-TEST_F(Deaths, AtTheEndOfTheRecordingAreNotReplayed)
+TEST_F(ReplayedDeaths, AtTheEndOfTheRecordingAreNotReplayed)
 {
     Recording().Exchange(0, "BROADCASTDATA", AskAudio("0"), Answered("before"));
     Recording().Owner(10, ":1.2", "");
@@ -100,7 +100,7 @@ TEST_F(Deaths, AtTheEndOfTheRecordingAreNotReplayed)
     EXPECT_EQ(Audio(application), "before");
 }
 
-TEST_F(Deaths, BeginTheNextLifeAlsoOnRequest)
+TEST_F(ReplayedDeaths, BeginTheNextLifeAlsoOnRequest)
 {
     Recording().Exchange(0, "BROADCASTDATA", AskAudio("0"), Answered("first life"));
     Recording().Owner(600'000, ":1.2", "");

@@ -132,7 +132,7 @@ Seen Sort(std::vector<WireMessage> const& messages, std::string const& service)
     return seen;
 }
 
-class Fidelity : public Replaying
+class ReplayFidelity : public Replaying
 {
 protected:
     /// Runs the session on a simulator with these options, and records it.
@@ -171,7 +171,7 @@ protected:
     }
 };
 
-TEST_F(Fidelity, AReplayedSessionAgreesInAllButTimesAndNames)
+TEST_F(ReplayFidelity, AReplayedSessionAgreesInAllButTimesAndNames)
 {
     Seen const recorded =
         Play({"--ts", ZVIPTV_SAMPLE_FILE, "--loop", "--guide", ZVIPTV_SAMPLE_GUIDE, "--time", "1774735200",

@@ -52,7 +52,7 @@ private:
     steady_clock::time_point m_begin;
 };
 
-class Pushes : public Replaying
+class ReplayedPushes : public Replaying
 {
 protected:
     void Subscribe(int time, std::string const& application = ":1.5")
@@ -72,7 +72,7 @@ protected:
     }
 };
 
-TEST_F(Pushes, HaveTheRecordedTimesAfterTheSubscription)
+TEST_F(ReplayedPushes, HaveTheRecordedTimesAfterTheSubscription)
 {
     Recording().Exchange(0, "BROADCASTDATA", AskAudio("0"), Answered("ten minutes before"));
     Subscribe(600'000);
@@ -86,7 +86,7 @@ TEST_F(Pushes, HaveTheRecordedTimesAfterTheSubscription)
     EXPECT_GE(viewer.SinceSubscription(), milliseconds(490));
 }
 
-TEST_F(Pushes, HaveTheRecordedEntries)
+TEST_F(ReplayedPushes, HaveTheRecordedEntries)
 {
     Subscribe(0);
     Recording().Caption(10, PatternBytes(70000));
@@ -104,7 +104,7 @@ TEST_F(Pushes, HaveTheRecordedEntries)
                                       {"captionData", PatternBytes(70000)}}));
 }
 
-TEST_F(Pushes, FollowTheSpeed)
+TEST_F(ReplayedPushes, FollowTheSpeed)
 {
     Subscribe(0);
     Recording().Caption(600'000, "after ten minutes");
@@ -115,7 +115,7 @@ TEST_F(Pushes, FollowTheSpeed)
     EXPECT_GE(viewer.SinceSubscription(), milliseconds(590));
 }
 
-TEST_F(Pushes, AreRepeatedForEachSubscriber)
+TEST_F(ReplayedPushes, AreRepeatedForEachSubscriber)
 {
     Subscribe(0);
     Recording().Caption(10, "one");
@@ -137,7 +137,7 @@ TEST_F(Pushes, AreRepeatedForEachSubscriber)
     EXPECT_THAT(first.Captions(), ElementsAre("one"));
 }
 
-TEST_F(Pushes, EndWithTheSubscription)
+TEST_F(ReplayedPushes, EndWithTheSubscription)
 {
     Subscribe(0);
     Recording().Caption(10, "first");
@@ -156,7 +156,7 @@ TEST_F(Pushes, EndWithTheSubscription)
     EXPECT_THAT(ends.Captions(), ElementsAre("first"));
 }
 
-TEST_F(Pushes, StartWithARecordingThatBeginsAfterTheSubscription)
+TEST_F(ReplayedPushes, StartWithARecordingThatBeginsAfterTheSubscription)
 {
     Recording().Caption(0, "first");
     Recording().Caption(20, "second");

@@ -15,7 +15,7 @@ namespace zviptv::test {
 
 /// The simulator plays a stream once, from its first packet: 40 packets of each of three PIDs, in turn, the
 /// last of which also come as captions.
-class Pushes : public Simulator
+class FaultyPushes : public Simulator
 {
 protected:
     static constexpr std::size_t Count = 40;

@@ -6,10 +6,10 @@ namespace zviptv::test {
 namespace {
 
 /// The conditions that applications have reported, as in the status.
-class Conditions : public Crowd
+class ReportedConditions : public Crowd
 {
 protected:
-    Conditions() { Play({}, {"--json", "--lock-service"}); }
+    ReportedConditions() { Play({}, {"--json", "--lock-service"}); }
 
     bool Shows(char const* member, Json::Value const& value)
     {
@@ -25,7 +25,7 @@ protected:
     Application m_application;
 };
 
-TEST_F(Conditions, AreShownInTheStatus)
+TEST_F(ReportedConditions, AreShownInTheStatus)
 {
     EXPECT_TRUE(Shows("appId", ""));
     EXPECT_TRUE(Shows("locked", true));

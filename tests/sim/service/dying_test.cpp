@@ -21,7 +21,7 @@ constexpr char ComesBack[] = "zviptv-sim: the service comes back\n";
 constexpr char Crashed[] = "zviptv-sim: the service was ended by signal 6 (Aborted)\n";
 
 /// A simulator with a command that prints the address of the bus, and ends with 5 when it reads a line.
-class Dying : public testing::Test
+class DyingService : public testing::Test
 {
 protected:
     void Start(std::vector<std::string> const& options, std::string const& first = "")
@@ -48,7 +48,7 @@ protected:
     std::optional<WirePeer> m_watcher;
 };
 
-TEST_F(Dying, IsPermanent)
+TEST_F(DyingService, IsPermanent)
 {
     Start({"--die-after", "1"});
     ASSERT_TRUE(WaitForService(false));
@@ -58,7 +58,7 @@ TEST_F(Dying, IsPermanent)
     EXPECT_EQ(m_process->Errors(), Dies);
 }
 
-TEST_F(Dying, AndReturningWithACommand)
+TEST_F(DyingService, AndReturningWithACommand)
 {
     Start({"--die-after", "0.5", "--restart-after", "0.1"});
     for (int round = 0; round < 2; ++round) {
@@ -70,7 +70,7 @@ TEST_F(Dying, AndReturningWithACommand)
 }
 
 /// It has ended before its time to die: that time brings it back as little as anything else.
-TEST_F(Dying, DoesNotFollowACrash)
+TEST_F(DyingService, DoesNotFollowACrash)
 {
     for (std::vector<std::string> const& more :
          std::vector<std::vector<std::string>>{{}, {"--restart-after", "0.1"}}) {
@@ -85,7 +85,7 @@ TEST_F(Dying, DoesNotFollowACrash)
     }
 }
 
-TEST_F(Dying, WithACommandReportsACrash)
+TEST_F(DyingService, WithACommandReportsACrash)
 {
     Start({}, "kill -ABRT $ZVIPTV_SIM_PID; ");
     EXPECT_TRUE(m_process->WaitForErrors(Crashed, Patience));
@@ -93,7 +93,7 @@ TEST_F(Dying, WithACommandReportsACrash)
 }
 
 /// Without a command the end of the service is the simulator's.
-TEST(DyingAlone, EndsTheSimulatorOnlyAfterACrash)
+TEST(DyingServiceAlone, EndsTheSimulatorOnlyAfterACrash)
 {
     ChildProcess process({ZVIPTV_SIM, "--ts", ZVIPTV_SAMPLE_FILE, "--bus", "private", "--die-after", "0.1"});
     ASSERT_TRUE(process.WaitForErrors(Dies, Patience));
@@ -104,7 +104,7 @@ TEST(DyingAlone, EndsTheSimulatorOnlyAfterACrash)
 }
 
 /// The guide file was removed meanwhile.
-TEST_F(Dying, ReportsAReturnWithoutItsGuide)
+TEST_F(DyingService, ReportsAReturnWithoutItsGuide)
 {
     std::string const path = testing::TempDir() + "dying-" + std::to_string(getpid()) + ".xml";
     std::ofstream(path) << std::ifstream(ZVIPTV_SAMPLE_GUIDE).rdbuf();

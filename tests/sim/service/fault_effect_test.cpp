@@ -8,7 +8,7 @@ namespace {
 using testing::IsEmpty;
 using testing::SizeIs;
 
-TEST_F(Pushes, DoNotFollowAFailedRequestWithoutEffect)
+TEST_F(FaultyPushes, DoNotFollowAFailedRequestWithoutEffect)
 {
     Begin({"requestPESCB=error,effect=no,application=" + m_application.Peer().Name()});
     Subscribe(m_application, false);
@@ -17,7 +17,7 @@ TEST_F(Pushes, DoNotFollowAFailedRequestWithoutEffect)
     EXPECT_THAT(Notifications("PESCB"), IsEmpty());
 }
 
-TEST_F(Pushes, FollowAFailedRequestWithEffect)
+TEST_F(FaultyPushes, FollowAFailedRequestWithEffect)
 {
     Begin({"requestPESCB=error"});
     Subscribe(m_application, false);
@@ -27,7 +27,7 @@ TEST_F(Pushes, FollowAFailedRequestWithEffect)
 }
 
 /// The application gets an answer that reports success.
-TEST_F(Pushes, DoNotFollowASuccessWithoutEffect)
+TEST_F(FaultyPushes, DoNotFollowASuccessWithoutEffect)
 {
     Begin({"requestPESCB=result:1,effect=no"});
     Subscribe(m_application);

@@ -19,7 +19,7 @@ constexpr std::size_t StackMegabytes = 8;
 constexpr bool MeasuresAddresses = !UnderThreadSanitizer && !UnderAddressSanitizer;
 
 /// Applications that leave while no packet is sent.
-class Leaving : public Simulator
+class LeavingApplications : public Simulator
 {
 protected:
     void Begin(std::vector<std::string> options)
@@ -83,7 +83,7 @@ std::string AnnounceAs(Application& application, std::string const& name)
         .Value("dbusname");
 }
 
-TEST_F(Leaving, BeforeAnyStream)
+TEST_F(LeavingApplications, BeforeAnyStream)
 {
     Begin({"--wait-for", "1", "--quiet"});
     Application application;
@@ -98,20 +98,20 @@ TEST_F(Leaving, BeforeAnyStream)
     }
 }
 
-TEST_F(Leaving, AfterTheEndOfTheStream)
+TEST_F(LeavingApplications, AfterTheEndOfTheStream)
 {
     Begin({});
     ASSERT_TRUE(m_simulator->WaitForErrors("the stream has ended", Patience));
     ExpectNothingKept();
 }
 
-TEST_F(Leaving, BeforeTheStreamBegins)
+TEST_F(LeavingApplications, BeforeTheStreamBegins)
 {
     Begin({"--wait-for", "1", "--quiet"}); // no status, either
     ExpectNothingKept();
 }
 
-TEST_F(Leaving, InOrder)
+TEST_F(LeavingApplications, InOrder)
 {
     Begin({"--wait-for", "1", "--quiet"});
     ExpectNothingKept(true);

@@ -8,7 +8,7 @@ constexpr std::uint64_t Second = 90'000;
 constexpr std::uint16_t Audio = 0x101;
 
 /// A stream whose only PCR says one second.
-class OnePcr : public GeneratedStream
+class StreamWithOnePcr : public GeneratedStream
 {
 protected:
     static StreamBuilder Begin()
@@ -27,7 +27,7 @@ protected:
     }
 };
 
-TEST_F(OnePcr, IsReplacedByTimeStamps)
+TEST_F(StreamWithOnePcr, IsReplacedByTimeStamps)
 {
     StreamBuilder builder = Begin();
     for (std::uint64_t second = 10; second <= 40; ++second) {
@@ -39,7 +39,7 @@ TEST_F(OnePcr, IsReplacedByTimeStamps)
     EXPECT_LE(stc, 41 * Second);
 }
 
-TEST_F(OnePcr, IsFollowedAtFiveMegabitsWithoutThem)
+TEST_F(StreamWithOnePcr, IsFollowedAtFiveMegabitsWithoutThem)
 {
     StreamBuilder builder = Begin();
     builder.Null(10000);

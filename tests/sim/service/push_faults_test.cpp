@@ -12,7 +12,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
-TEST_F(Pushes, AreDropped)
+TEST_F(FaultyPushes, AreDropped)
 {
     Begin({"PESCB=drop,count=5"});
     Subscribe(m_application);
@@ -22,7 +22,7 @@ TEST_F(Pushes, AreDropped)
     EXPECT_EQ(Got(DenseTeletext), From(1));
 }
 
-TEST_F(Pushes, AreDuplicated)
+TEST_F(FaultyPushes, AreDuplicated)
 {
     Begin({"PESCB=duplicate,count=1", "CaptionCB=duplicate"});
     Subscribe(m_application);
@@ -37,7 +37,7 @@ TEST_F(Pushes, AreDuplicated)
     }
 }
 
-TEST_F(Pushes, AreSwappedWithTheNextOfTheirPid)
+TEST_F(FaultyPushes, AreSwappedWithTheNextOfTheirPid)
 {
     Begin({"PESCB=reorder"});
     Subscribe(m_application);
@@ -53,7 +53,7 @@ TEST_F(Pushes, AreSwappedWithTheNextOfTheirPid)
 }
 
 /// The last one of the stream is not kept back.
-TEST_F(Pushes, AreReleasedAtTheEndOfTheStream)
+TEST_F(FaultyPushes, AreReleasedAtTheEndOfTheStream)
 {
     Begin({"PESCB=drop,count=1", "PESCB=reorder"}); // 39 are left of video
     Subscribe(m_application);
@@ -62,7 +62,7 @@ TEST_F(Pushes, AreReleasedAtTheEndOfTheStream)
     EXPECT_EQ(Got(DenseVideo).back(), 39);
 }
 
-TEST_F(Pushes, LoseOrChangeTheNamedValues)
+TEST_F(FaultyPushes, LoseOrChangeTheNamedValues)
 {
     Begin({"PESCB=missing:pesPTS", "PESCB=garbage:pesType", "PESCB=short:pesData,count=119",
            "CaptionCB=garbage:captionDataSize"});
@@ -83,7 +83,7 @@ TEST_F(Pushes, LoseOrChangeTheNamedValues)
 }
 
 /// Those of the other function are not late.
-TEST_F(Pushes, AreDelayedInOrder)
+TEST_F(FaultyPushes, AreDelayedInOrder)
 {
     Begin({"PESCB=delay:700"});
     Subscribe(m_application);
@@ -97,7 +97,7 @@ TEST_F(Pushes, AreDelayedInOrder)
     }
 }
 
-TEST_F(Pushes, AreHeldForASecondBeforeABurst)
+TEST_F(FaultyPushes, AreHeldForASecondBeforeABurst)
 {
     Begin({"PESCB=burst:10"});
     Subscribe(m_application);
@@ -110,7 +110,7 @@ TEST_F(Pushes, AreHeldForASecondBeforeABurst)
     }
 }
 
-TEST_F(Pushes, OfOneApplicationAreFaulty)
+TEST_F(FaultyPushes, OfOneApplicationAreFaulty)
 {
     Begin({"PESCB=drop,application=" + m_application.Peer().Name(),
            "CaptionCB=drop,application=org.example.player"});
@@ -129,7 +129,7 @@ TEST_F(Pushes, OfOneApplicationAreFaulty)
 }
 
 /// Plays once with each of the options, and checks which packets arrive.
-class RandomPushes : public Pushes
+class RandomPushes : public FaultyPushes
 {
 protected:
     std::vector<int> PlayWith(std::vector<std::string> const& options)

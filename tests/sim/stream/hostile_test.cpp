@@ -66,7 +66,7 @@ void PlayTwice(Demux& demux, std::size_t size)
 
 } // namespace
 
-TEST(Hostile, DamagedBytesAnywhere)
+TEST(DamagedStream, DamagedBytesAnywhere)
 {
     Bytes const sample = SampleHead();
     ASSERT_EQ(sample.size(), 320u * 188u);
@@ -82,7 +82,7 @@ TEST(Hostile, DamagedBytesAnywhere)
     }
 }
 
-TEST(Hostile, DamagedPacketHeaders)
+TEST(DamagedStream, DamagedPacketHeaders)
 {
     Bytes const sample = SampleHead();
     for (unsigned seed = 0; seed < 60; ++seed) {
@@ -96,7 +96,7 @@ TEST(Hostile, DamagedPacketHeaders)
     }
 }
 
-TEST(Hostile, FilesOutOfStep)
+TEST(DamagedStream, FilesOutOfStep)
 {
     Bytes const sample = SampleHead();
     for (unsigned seed = 0; seed < 40; ++seed) {
@@ -116,7 +116,7 @@ TEST(Hostile, FilesOutOfStep)
     }
 }
 
-TEST(Hostile, FilesOfNoise)
+TEST(DamagedStream, FilesOfNoise)
 {
     int refused = 0;
     for (unsigned seed = 0; seed < 60; ++seed) {
@@ -136,7 +136,7 @@ TEST(Hostile, FilesOfNoise)
     EXPECT_GT(refused, 0);
 }
 
-TEST(Hostile, TablesWithCorrectCrcAndWrongContent)
+TEST(DamagedStream, TablesWithCorrectCrcAndWrongContent)
 {
     Bytes const pat = MakePat({{1, 0x1000}, {2, 0x1001}});
     Bytes const streams = Bytes{0xE1, 0x00, 0xF0, 0x02, 0x09, 0x00, 0x1B, 0xE1, 0x00, 0xF0, 0x00, 0x06, 0xE1,
@@ -172,7 +172,7 @@ TEST(Hostile, TablesWithCorrectCrcAndWrongContent)
     }
 }
 
-TEST(Hostile, HeadersOfPesPacketsAndVideo)
+TEST(DamagedStream, HeadersOfPesPacketsAndVideo)
 {
     Bytes const pes =
         MakePes(1, Bytes{0,    0,    1,    0x67, 0x64, 0x00, 0x28, 0xAC, 0xD9, 0x40, 0x78, 0x04, 0x4F,

@@ -12,7 +12,7 @@ using namespace zviptv::test;
 namespace {
 using List = std::vector<Bytes>;
 
-class Assembler : public testing::Test
+class PesAssemblerTest : public testing::Test
 {
 protected:
     List Push(PacketParts const& parts)
@@ -46,7 +46,7 @@ private:
 
 } // namespace
 
-TEST_F(Assembler, CompletesAPacketOfKnownLengthAtOnce)
+TEST_F(PesAssemblerTest, CompletesAPacketOfKnownLengthAtOnce)
 {
     EXPECT_EQ(Push(0, true, m_first), List{});
     EXPECT_EQ(Push(1, false, m_second), List{m_bounded});
@@ -54,7 +54,7 @@ TEST_F(Assembler, CompletesAPacketOfKnownLengthAtOnce)
     EXPECT_FALSE(m_assembler.Flush());
 }
 
-TEST_F(Assembler, CutsAtTheGivenLength)
+TEST_F(PesAssemblerTest, CutsAtTheGivenLength)
 {
     Push(0, true, m_first);
     EXPECT_EQ(Push(1, false, m_second + Bytes{0xDE, 0xAD}), List{m_bounded});
@@ -62,13 +62,13 @@ TEST_F(Assembler, CutsAtTheGivenLength)
     EXPECT_FALSE(m_assembler.Flush());
 }
 
-TEST_F(Assembler, AcceptsTheSmallestPacketOfGivenLength)
+TEST_F(PesAssemblerTest, AcceptsTheSmallestPacketOfGivenLength)
 {
     Bytes const smallest{0x00, 0x00, 0x01, 0xBE, 0x00, 0x01, 0xFF};
     EXPECT_EQ(Push(0, true, smallest), List{smallest});
 }
 
-TEST_F(Assembler, AcceptsTheLargestGivenLength)
+TEST_F(PesAssemblerTest, AcceptsTheLargestGivenLength)
 {
     PesAssembler assembler;
     Bytes const largest = Bytes{0x00, 0x00, 0x01, 0xBD, 0xFF, 0xFF} + Noise(0xFFFF);
@@ -82,7 +82,7 @@ TEST_F(Assembler, AcceptsTheLargestGivenLength)
     EXPECT_EQ(packets, List{largest});
 }
 
-TEST_F(Assembler, CompletesAPacketOfOpenLengthWhenTheNextBegins)
+TEST_F(PesAssemblerTest, CompletesAPacketOfOpenLengthWhenTheNextBegins)
 {
     EXPECT_EQ(Push(0, true, m_open), List{});
     EXPECT_EQ(Push(1, false, Bytes{7, 8, 9}), List{});
@@ -91,14 +91,14 @@ TEST_F(Assembler, CompletesAPacketOfOpenLengthWhenTheNextBegins)
     EXPECT_EQ(Counters().delivered, 2u);
 }
 
-TEST_F(Assembler, OnePacketMayCompleteTwo)
+TEST_F(PesAssemblerTest, OnePacketMayCompleteTwo)
 {
     Bytes const small = MakePes({}, {1, 2, 3});
     Push(0, true, m_open);
     EXPECT_EQ(Push(1, true, small), (List{m_open, small}));
 }
 
-TEST_F(Assembler, IgnoresDataBeforeTheFirstStart)
+TEST_F(PesAssemblerTest, IgnoresDataBeforeTheFirstStart)
 {
     EXPECT_EQ(Push(5, false, Bytes{0x00, 0x00, 0x01, 0xBD, 0x00, 0x01, 0xFF}), List{});
     EXPECT_EQ(Push(6, true, m_first), List{});
@@ -107,7 +107,7 @@ TEST_F(Assembler, IgnoresDataBeforeTheFirstStart)
     EXPECT_EQ(Counters().damaged, 0u);
 }
 
-TEST_F(Assembler, AGapDropsTheIncompletePacket)
+TEST_F(PesAssemblerTest, AGapDropsTheIncompletePacket)
 {
     Push(0, true, m_first);
     EXPECT_EQ(Push(2, false, m_second), List{});
@@ -117,7 +117,7 @@ TEST_F(Assembler, AGapDropsTheIncompletePacket)
     EXPECT_EQ(Counters().damaged, 1u);
 }
 
-TEST_F(Assembler, AGapBeforeAStartDropsTheOpenPacket)
+TEST_F(PesAssemblerTest, AGapBeforeAStartDropsTheOpenPacket)
 {
     Push(0, true, m_open);
     EXPECT_EQ(Push(2, true, m_first), List{}) << "its end may be missing";
@@ -125,7 +125,7 @@ TEST_F(Assembler, AGapBeforeAStartDropsTheOpenPacket)
     EXPECT_EQ(Push(3, false, m_second), List{m_bounded});
 }
 
-TEST_F(Assembler, AGapBetweenPacketsDropsNothing)
+TEST_F(PesAssemblerTest, AGapBetweenPacketsDropsNothing)
 {
     Push(0, true, m_first);
     Push(1, false, m_second);
@@ -134,13 +134,13 @@ TEST_F(Assembler, AGapBetweenPacketsDropsNothing)
     EXPECT_EQ(Counters().damaged, 0u);
 }
 
-TEST_F(Assembler, TheCounterWrapsFrom15To0)
+TEST_F(PesAssemblerTest, TheCounterWrapsFrom15To0)
 {
     Push(15, true, m_first);
     EXPECT_EQ(Push(0, false, m_second), List{m_bounded});
 }
 
-TEST_F(Assembler, ADuplicateIsSkippedOnce)
+TEST_F(PesAssemblerTest, ADuplicateIsSkippedOnce)
 {
     Push(0, true, m_first);
     EXPECT_EQ(Push(0, true, m_first), List{});
@@ -150,7 +150,7 @@ TEST_F(Assembler, ADuplicateIsSkippedOnce)
     EXPECT_EQ(Counters().damaged, 0u);
 }
 
-TEST_F(Assembler, AThirdCopyIsAGap)
+TEST_F(PesAssemblerTest, AThirdCopyIsAGap)
 {
     Push(0, true, m_open);
     Push(1, false, Bytes{1, 2, 3});
@@ -161,7 +161,7 @@ TEST_F(Assembler, AThirdCopyIsAGap)
     EXPECT_FALSE(m_assembler.Flush());
 }
 
-TEST_F(Assembler, TheSameCounterWithOtherContentIsAGap)
+TEST_F(PesAssemblerTest, TheSameCounterWithOtherContentIsAGap)
 {
     Push(0, true, m_first);
     EXPECT_EQ(Push(0, false, m_second), List{});
@@ -169,7 +169,7 @@ TEST_F(Assembler, TheSameCounterWithOtherContentIsAGap)
     EXPECT_EQ(Counters().damaged, 1u);
 }
 
-TEST_F(Assembler, ACopyThatClaimsToBeAStartIsAGap)
+TEST_F(PesAssemblerTest, ACopyThatClaimsToBeAStartIsAGap)
 {
     Push(0, true, m_open);
     Push(1, false, m_open);
@@ -179,21 +179,21 @@ TEST_F(Assembler, ACopyThatClaimsToBeAStartIsAGap)
     EXPECT_EQ(m_assembler.Flush(), m_open) << "the one that began there";
 }
 
-TEST_F(Assembler, AnAnnouncedDiscontinuityIsNotAGap)
+TEST_F(PesAssemblerTest, AnAnnouncedDiscontinuityIsNotAGap)
 {
     Push(0, true, m_first);
     EXPECT_EQ(Push({0x100, 9, false, m_second, false, false, true, {}}), List{m_bounded});
     EXPECT_EQ(Counters().damaged, 0u);
 }
 
-TEST_F(Assembler, ADiscontinuityMayBeAnnouncedInASeparatePacket)
+TEST_F(PesAssemblerTest, ADiscontinuityMayBeAnnouncedInASeparatePacket)
 {
     Push(0, true, m_first);
     EXPECT_EQ(Push({0x100, 0, false, {}, false, false, true, {}}), List{});
     EXPECT_EQ(Push(9, false, m_second), List{m_bounded});
 }
 
-TEST_F(Assembler, PacketsWithoutPayloadDoNotCount)
+TEST_F(PesAssemblerTest, PacketsWithoutPayloadDoNotCount)
 {
     Push(0, true, m_first);
     EXPECT_EQ(Push({0x100, 0, false, {}, false, false, false, 27000}), List{});
@@ -201,7 +201,7 @@ TEST_F(Assembler, PacketsWithoutPayloadDoNotCount)
     EXPECT_EQ(Counters().duplicatePackets, 0u);
 }
 
-TEST_F(Assembler, ATransmissionErrorDropsTheIncompletePacket)
+TEST_F(PesAssemblerTest, ATransmissionErrorDropsTheIncompletePacket)
 {
     Push(0, true, m_first);
     EXPECT_EQ(Push({0x100, 1, false, m_second, true, false, false, {}}), List{});
@@ -212,7 +212,7 @@ TEST_F(Assembler, ATransmissionErrorDropsTheIncompletePacket)
     EXPECT_EQ(Counters().damaged, 1u);
 }
 
-TEST_F(Assembler, ScrambledPayloadIsDropped)
+TEST_F(PesAssemblerTest, ScrambledPayloadIsDropped)
 {
     EXPECT_EQ(Push({0x100, 0, true, m_open, false, true, false, {}}), List{});
     EXPECT_EQ(Push({0x100, 1, true, m_open, false, true, false, {}}), List{});
@@ -225,7 +225,7 @@ TEST_F(Assembler, ScrambledPayloadIsDropped)
     EXPECT_EQ(Counters().damaged, 1u) << "scrambling began inside";
 }
 
-TEST_F(Assembler, PayloadWithoutAStartCodeIsDropped)
+TEST_F(PesAssemblerTest, PayloadWithoutAStartCodeIsDropped)
 {
     EXPECT_EQ(Push(0, true, Bytes{0x00, 0x01, 0x01, 0xBD, 0x00, 0x01, 0xFF}), List{});
     EXPECT_EQ(Push(1, false, Bytes{1, 2, 3}), List{});
@@ -236,7 +236,7 @@ TEST_F(Assembler, PayloadWithoutAStartCodeIsDropped)
     EXPECT_EQ(Counters().delivered, 0u);
 }
 
-TEST_F(Assembler, TheHeaderMaySpanPackets)
+TEST_F(PesAssemblerTest, TheHeaderMaySpanPackets)
 {
     std::uint8_t counter = 0;
     for (std::size_t at = 0; at < 10; ++at) {
@@ -246,7 +246,7 @@ TEST_F(Assembler, TheHeaderMaySpanPackets)
     EXPECT_EQ(Push(counter++, false, m_second), List{m_bounded});
 }
 
-TEST_F(Assembler, APacketShorterThanItsLengthIsCounted)
+TEST_F(PesAssemblerTest, APacketShorterThanItsLengthIsCounted)
 {
     Push(0, true, m_first);
     EXPECT_EQ(Push(1, true, m_first), List{});
@@ -258,7 +258,7 @@ TEST_F(Assembler, APacketShorterThanItsLengthIsCounted)
     EXPECT_EQ(Counters().truncated, 3u);
 }
 
-TEST_F(Assembler, APacketOfOpenLengthOverTheLimitIsDropped)
+TEST_F(PesAssemblerTest, APacketOfOpenLengthOverTheLimitIsDropped)
 {
     Push(0, true, MakePes({}, Noise(175), true)); // 184 bytes
     for (std::uint8_t counter = 1; counter < 12; ++counter) {
@@ -269,7 +269,7 @@ TEST_F(Assembler, APacketOfOpenLengthOverTheLimitIsDropped)
     EXPECT_EQ(Push(13, false, m_second), List{m_bounded});
 }
 
-TEST_F(Assembler, APacketOfExactlyTheLimitIsDelivered)
+TEST_F(PesAssemblerTest, APacketOfExactlyTheLimitIsDelivered)
 {
     PesAssembler assembler(59);
     ASSERT_EQ(m_open.size(), 64u);
@@ -281,14 +281,14 @@ TEST_F(Assembler, APacketOfExactlyTheLimitIsDelivered)
     EXPECT_EQ(assembler.Counters().oversized, 1u) << "64 bytes are too many";
 }
 
-TEST_F(Assembler, ALengthOverTheLimitIsDroppedAtOnce)
+TEST_F(PesAssemblerTest, ALengthOverTheLimitIsDroppedAtOnce)
 {
     EXPECT_EQ(Push(0, true, Bytes{0x00, 0x00, 0x01, 0xBD, 0xFF, 0xFF}), List{});
     EXPECT_EQ(Counters().oversized, 1u);
     EXPECT_FALSE(m_assembler.Flush());
 }
 
-TEST_F(Assembler, RestartDropsPacketsWithoutCountingThem)
+TEST_F(PesAssemblerTest, RestartDropsPacketsWithoutCountingThem)
 {
     Push(0, true, m_first);
     m_assembler.Restart();

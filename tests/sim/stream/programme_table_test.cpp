@@ -9,7 +9,7 @@ using namespace zviptv::test;
 
 namespace {
 
-class Tables : public testing::Test
+class ProgrammeTableTest : public testing::Test
 {
 protected:
     /// Whether anything changed.
@@ -43,7 +43,7 @@ using Numbers_t = std::vector<std::uint16_t>;
 
 } // namespace
 
-TEST_F(Tables, AProgrammeIsKnownAfterItsPmt)
+TEST_F(ProgrammeTableTest, AProgrammeIsKnownAfterItsPmt)
 {
     EXPECT_TRUE(Send(0x0000, MakePat({{0, 0x10}, {7, 0x1000}, {3, 0x1001}})));
     EXPECT_TRUE(Numbers().empty());
@@ -63,7 +63,7 @@ TEST_F(Tables, AProgrammeIsKnownAfterItsPmt)
     EXPECT_EQ(m_tables.Find(4), nullptr);
 }
 
-TEST_F(Tables, RepetitionsChangeNothing)
+TEST_F(ProgrammeTableTest, RepetitionsChangeNothing)
 {
     Send(0x0000, MakePat({{1, 0x1000}}));
     Send(0x1000, MakePmt(1, 0x100, {}));
@@ -71,7 +71,7 @@ TEST_F(Tables, RepetitionsChangeNothing)
     EXPECT_FALSE(Send(0x1000, MakePmt(1, 0x100, {})));
 }
 
-TEST_F(Tables, ANewVersionOfThePmtIsNoticed)
+TEST_F(ProgrammeTableTest, ANewVersionOfThePmtIsNoticed)
 {
     Send(0x0000, MakePat({{1, 0x1000}}));
     Send(0x1000, MakePmt(1, 0x100, {{0x03, 0x101, {}}}, 0));
@@ -81,7 +81,7 @@ TEST_F(Tables, ANewVersionOfThePmtIsNoticed)
     EXPECT_TRUE(Send(0x1000, MakePmt(1, 0x100, {{0x03, 0x101, {}}}, 0))) << "and the old one again";
 }
 
-TEST_F(Tables, AChangeWithoutANewVersionIsNoticedToo)
+TEST_F(ProgrammeTableTest, AChangeWithoutANewVersionIsNoticedToo)
 {
     Send(0x0000, MakePat({{1, 0x1000}}));
     Send(0x1000, MakePmt(1, 0x100, {{0x03, 0x101, {}}}));
@@ -89,7 +89,7 @@ TEST_F(Tables, AChangeWithoutANewVersionIsNoticedToo)
     EXPECT_EQ(m_tables.Find(1)->audio.at(0).pid, 0x102);
 }
 
-TEST_F(Tables, IgnoresATableThatIsNotYetValid)
+TEST_F(ProgrammeTableTest, IgnoresATableThatIsNotYetValid)
 {
     Send(0x0000, MakePat({{1, 0x1000}}));
     Bytes const body{0xE1, 0x00, 0xF0, 0x00};
@@ -97,7 +97,7 @@ TEST_F(Tables, IgnoresATableThatIsNotYetValid)
     EXPECT_TRUE(Send(0x1000, MakeSection(0x02, 1, 0, body, 0, 0, true)));
 }
 
-TEST_F(Tables, ProgrammesMayShareAPmtPid)
+TEST_F(ProgrammeTableTest, ProgrammesMayShareAPmtPid)
 {
     Send(0x0000, MakePat({{1, 0x1000}, {2, 0x1000}}));
     Send(0x1000, MakePmt(2, 0x102, {}));
@@ -107,7 +107,7 @@ TEST_F(Tables, ProgrammesMayShareAPmtPid)
     EXPECT_FALSE(Send(0x1000, MakePmt(9, 0x109, {}))) << "not in the PAT";
 }
 
-TEST_F(Tables, ANewPatDropsAndMovesProgrammes)
+TEST_F(ProgrammeTableTest, ANewPatDropsAndMovesProgrammes)
 {
     Send(0x0000, MakePat({{1, 0x1000}, {2, 0x1001}, {3, 0x1002}}));
     Send(0x1000, MakePmt(1, 0x101, {}));
@@ -120,7 +120,7 @@ TEST_F(Tables, ANewPatDropsAndMovesProgrammes)
     EXPECT_EQ(Numbers(), (Numbers_t{3, 2}));
 }
 
-TEST_F(Tables, APatMayHaveSections)
+TEST_F(ProgrammeTableTest, APatMayHaveSections)
 {
     Bytes const one{0x00, 0x01, 0xF0, 0x00};
     Bytes const two{0x00, 0x02, 0xF0, 0x01};
@@ -131,7 +131,7 @@ TEST_F(Tables, APatMayHaveSections)
     EXPECT_EQ(Numbers(), (Numbers_t{1, 2}));
 }
 
-TEST_F(Tables, NamesComeFromTheSdt)
+TEST_F(ProgrammeTableTest, NamesComeFromTheSdt)
 {
     Send(0x0000, MakePat({{1, 0x1000}, {2, 0x1001}}));
     Send(0x1000, MakePmt(1, 0x101, {}));
@@ -148,7 +148,7 @@ TEST_F(Tables, NamesComeFromTheSdt)
     EXPECT_EQ(m_tables.Find(2)->name, "Zürich") << "in the default character table";
 }
 
-TEST_F(Tables, DamagedSectionsAreCounted)
+TEST_F(ProgrammeTableTest, DamagedSectionsAreCounted)
 {
     Bytes damaged = MakePat({{1, 0x1000}});
     damaged.back() ^= 1;
@@ -160,7 +160,7 @@ TEST_F(Tables, DamagedSectionsAreCounted)
     EXPECT_EQ(m_tables.DamagedSections(), 2u);
 }
 
-TEST_F(Tables, WrongLengthsAreHarmless)
+TEST_F(ProgrammeTableTest, WrongLengthsAreHarmless)
 {
     Send(0x0000, MakePat({{1, 0x1000}}));
     EXPECT_FALSE(Send(0x1000, MakeSection(0x02, 1, 0, {0xE1, 0x00, 0xFF, 0xFF})))
@@ -179,7 +179,7 @@ TEST_F(Tables, WrongLengthsAreHarmless)
     EXPECT_TRUE(m_tables.Find(1)->streams[0].descriptors.empty());
 }
 
-TEST_F(Tables, AFloodOfProgrammesIsBounded)
+TEST_F(ProgrammeTableTest, AFloodOfProgrammesIsBounded)
 {
     for (std::uint8_t section = 0; section < 8; ++section) {
         Bytes body;

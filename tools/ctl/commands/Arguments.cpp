@@ -55,9 +55,9 @@ std::string NumberOf(std::string const& kind, unsigned bits, std::string const& 
 std::int64_t ParseSigned(std::string const& text, SignedRange const& range, ArgumentPlace const& place)
 {
     std::optional<std::int64_t> const number = SignedNumber(text);
-    if (!number || *number < range.least || *number > range.most) {
+    if (!number || *number < range.minimum || *number > range.maximum) {
         Refuse(text,
-               NumberOf("a signed", range.bits, std::to_string(range.least), std::to_string(range.most)),
+               NumberOf("a signed", range.bits, std::to_string(range.minimum), std::to_string(range.maximum)),
                place);
     }
     return *number;

@@ -21,8 +21,8 @@ struct ArgumentPlace
 /// The range of a number.
 struct SignedRange
 {
-    std::int64_t least;
-    std::int64_t most;
+    std::int64_t minimum;
+    std::int64_t maximum;
     unsigned bits;
 };
 

@@ -27,8 +27,8 @@ struct Argument
 {
     char const* name;     ///< null if there is no value
     char const* accepted; ///< accepted numbers; null for a key
-    int least;
-    int most;
+    int minimum;
+    int maximum;
 };
 
 constexpr Argument None{nullptr, nullptr, 0, 0};
@@ -145,7 +145,7 @@ void ReadFault(std::string const& text, std::string const& fault, FaultRule& rul
     rule.kind = word->kind;
     if (word->argument.accepted != nullptr) {
         std::optional<int> const number =
-            ReadNumber<int>(argument, word->argument.least, word->argument.most);
+            ReadNumber<int>(argument, word->argument.minimum, word->argument.maximum);
         if (!number) {
             Refuse(text, "'" + argument + "' is not " + word->argument.accepted);
         }
