@@ -38,8 +38,7 @@ inline ctl::doctor::Facts Changed(ctl::doctor::Facts facts, void (*change)(ctl::
 constexpr char ReloadConfig[] = "sudo dbus-send --system --print-reply --dest=org.freedesktop.DBus / "
                                 "org.freedesktop.DBus.ReloadConfig";
 
-constexpr char StartsTheSimulator[] =
-    "The last command starts the simulator; start your own service as its documentation says.";
+constexpr char StartsTheSimulator[] = "The last command starts the simulator again.";
 
 class DoctorOnMisconfiguredMachine : public testing::TestWithParam<WrongCase>
 {

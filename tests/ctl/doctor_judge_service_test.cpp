@@ -94,6 +94,20 @@ INSTANTIATE_TEST_SUITE_P(
                   {"kill -KILL 811", "sudo systemctl start zviptv-sim"},
                   "",
                   StartsTheSimulator},
+        WrongCase{"OfTheWrongUserOfAnother",
+                  Changed(HealthyMachine(),
+                          [](Facts& facts) {
+                              facts.service.userId = 1000;
+                              facts.service.userName = "jo";
+                              facts.service.program = "televisiond";
+                              facts.service.unit = "";
+                          }),
+                  "owner",
+                  4,
+                  "the service runs as user jo, not as zviptv",
+                  {"kill -KILL 811"},
+                  "",
+                  "and start it again as user zviptv, as its documentation says. Where another"},
         WrongCase{"StoppedProcess",
                   Changed(HealthyMachine(),
                           [](Facts& facts) {
@@ -146,7 +160,48 @@ INSTANTIATE_TEST_SUITE_P(
                   "the service left the bus when it was called",
                   {"sudo systemctl start zviptv-sim"},
                   "",
-                  "This starts the simulator."}));
+                  "This starts the simulator."},
+        WrongCase{"LeavesTheBusOfAnother",
+                  Changed(HealthyMachine(),
+                          [](Facts& facts) {
+                              facts.service.outcome = Outcome::Gone;
+                              facts.service.program = facts.service.unit = "televisiond";
+                          }),
+                  "main loop",
+                  3,
+                  "the service left the bus when it was called",
+                  {"sudo systemctl start televisiond"},
+                  "",
+                  "Its messages show why it ended: journalctl -u televisiond"},
+        WrongCase{"LeavesTheBusWithoutAUnit",
+                  Changed(HealthyMachine(),
+                          [](Facts& facts) {
+                              facts.service.outcome = Outcome::Gone;
+                              facts.service.program = "python3";
+                              facts.service.unit = "";
+                          }),
+                  "main loop",
+                  3,
+                  "the service left the bus when it was called",
+                  {},
+                  "",
+                  "Find out from the service's own messages why it ended, and start it again, as its "
+                  "documentation says."},
+        WrongCase{"NoMainLoopOfAPythonService",
+                  Changed(HealthyMachine(),
+                          [](Facts& facts) {
+                              facts.service.outcome = Outcome::Silent;
+                              facts.service.program = "python3";
+                              facts.service.unit = "";
+                              facts.service.process = 0;
+                              facts.service.owner = ":1.7";
+                          }),
+                  "main loop",
+                  4,
+                  "the process of :1.7 does not answer within 2 seconds, not even a ping",
+                  {},
+                  "",
+                  "End the service, and start it again, as its documentation says."}));
 
 } // namespace
 } // namespace zviptv::test

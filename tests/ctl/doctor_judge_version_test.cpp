@@ -19,9 +19,26 @@ INSTANTIATE_TEST_SUITE_P(
                   5,
                   "this version of the library cannot read the service's answer: an answer of the "
                   "type (s)",
-                  {"sudo systemctl stop zviptv-sim", "sudo systemctl start zviptv-sim"},
+                  {"sudo systemctl restart zviptv-sim"},
                   "",
-                  StartsTheSimulator},
+                  "To end faults that were injected, run: zviptvctl sim fault clear"},
+        WrongCase{
+            "AnswerOfAnotherTypeOfAnother",
+            Changed(HealthyMachine(),
+                    [](Facts& facts) {
+                        facts.service.outcome = Outcome::Unreadable;
+                        facts.service.error = "an answer of the type (s)";
+                        facts.service.program = facts.service.unit = "televisiond";
+                    }),
+            "protocol",
+            5,
+            "the service's answer is none that this version of the library reads: an answer of the "
+            "type (s)",
+            {},
+            "",
+            "In a service that you write: answer each announcement, a call of SendSignal, with a list of "
+            "pairs of texts, a(ss). In a service of somebody else: install a version that fits this "
+            "library, or report the problem to its developers."},
         WrongCase{"UnknownMethod",
                   Changed(HealthyMachine(),
                           [](Facts& facts) {
@@ -32,9 +49,9 @@ INSTANTIATE_TEST_SUITE_P(
                   5,
                   "the service does not know a call that this version of the library makes: UnknownMethod: "
                   "no such method",
-                  {"sudo systemctl stop zviptv-sim", "sudo systemctl start zviptv-sim"},
+                  {"sudo systemctl restart zviptv-sim"},
                   "",
-                  StartsTheSimulator},
+                  ""},
         WrongCase{"LibraryOfTheLibraryPath",
                   Changed(HealthyMachine(),
                           [](Facts& facts) {
@@ -108,6 +125,19 @@ INSTANTIATE_TEST_SUITE_P(
                   {"sudo kill -KILL 811", "sudo systemctl start zviptv-sim"},
                   "",
                   StartsTheSimulator},
+        WrongCase{"ServiceNotRestartedOfAnother",
+                  Changed(HealthyMachine(),
+                          [](Facts& facts) {
+                              facts.service.isLibraryReplaced = true;
+                              facts.service.program = "televisiond";
+                              facts.service.unit = "";
+                          }),
+                  "version",
+                  5,
+                  "the service still runs the library that has been replaced since it started",
+                  {"sudo kill -KILL 811"},
+                  "",
+                  "End the service with this command, and start it again, as its documentation says."},
         WrongCase{"ServiceOfAnotherVersion",
                   Changed(HealthyMachine(), [](Facts& facts) { facts.service.loaded = "1.3.9"; }),
                   "version",

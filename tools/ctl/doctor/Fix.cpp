@@ -8,6 +8,7 @@ namespace zviptv::ctl::doctor {
 namespace {
 
 constexpr char OwnService[] = "start your own service as its documentation says.";
+constexpr char AsDocumented[] = ", as its documentation says.";
 
 /// Only root may send signals to a process of another user.
 std::string Signal(Facts const& facts, char const* name)
@@ -31,10 +32,35 @@ bool HasUnit(Facts const& facts)
     return !facts.bus.isFromEnvironment && facts.machine.runsSystemd && facts.machine.hasUnit;
 }
 
+bool IsSimulator(Facts const& facts)
+{
+    return facts.service.program == "zviptv-sim";
+}
+
 std::string StreamNote(Facts const& facts)
 {
     bool const isNamed = HasUnit(facts) || facts.machine.sample != MachineFacts().sample;
     return isNamed ? "" : " Replace " + facts.machine.sample + " with your own stream.";
+}
+
+/// Ends a service that has no unit, and starts it again. The simulator is the only service whose command is
+/// known.
+Fix EndAndStart(Facts const& facts, std::string const& how)
+{
+    std::vector<std::string> commands;
+    if (facts.service.process != 0) {
+        // A process that does not run its main loop does not react to SIGTERM.
+        commands.push_back(Signal(facts, "KILL"));
+    }
+    if (!IsSimulator(facts)) {
+        return {commands,
+                std::string(commands.empty() ? "End the service, " : "End the service with this command, ") +
+                    "and start it again" + how + AsDocumented};
+    }
+    for (std::string const& command : StartService(facts).commands) {
+        commands.push_back(command);
+    }
+    return {commands, "The last command starts the simulator again." + StreamNote(facts)};
 }
 
 } // namespace
@@ -63,17 +89,19 @@ Fix StartService(Facts const& facts)
             std::string("This starts the simulator; ") + OwnService + StreamNote(facts)};
 }
 
-Fix ReplaceService(Facts const& facts)
+Fix StartServiceAgain(Facts const& facts)
 {
-    std::vector<std::string> commands = StartService(facts).commands;
-    if (!facts.service.unit.empty()) {
-        commands.insert(commands.begin(), AsRoot(facts, "systemctl stop " + Quoted(facts.service.unit)));
-    } else if (facts.service.process != 0) {
-        // A process that does not run its main loop does not react to SIGTERM.
-        commands.insert(commands.begin(), Signal(facts, "KILL"));
+    if (IsSimulator(facts)) {
+        return StartService(facts);
     }
-    return {commands,
-            std::string("The last command starts the simulator; ") + OwnService + StreamNote(facts)};
+    std::string const& unit = facts.service.unit;
+    if (!unit.empty()) {
+        return {{AsRoot(facts, "systemctl start " + Quoted(unit))},
+                "Its messages show why it ended: journalctl -u " + Quoted(unit)};
+    }
+    return {{},
+            std::string("Find out from the service's own messages why it ended, and start it again") +
+                AsDocumented};
 }
 
 Fix RestartService(Facts const& facts)
@@ -81,18 +109,31 @@ Fix RestartService(Facts const& facts)
     if (!facts.service.unit.empty()) {
         return {{AsRoot(facts, "systemctl restart " + Quoted(facts.service.unit))}, {}};
     }
-    return ReplaceService(facts);
+    return EndAndStart(facts, "");
 }
 
 Fix ChangeServiceUser(Facts const& facts)
 {
-    if (facts.service.unit.empty()) {
-        return ReplaceService(facts);
-    }
     std::string const& user = facts.accounts.names.user;
+    if (facts.service.unit.empty()) {
+        return EndAndStart(facts, " as user " + user);
+    }
     return {{AsRoot(facts, "systemctl edit " + Quoted(facts.service.unit)),
              AsRoot(facts, "systemctl restart " + Quoted(facts.service.unit))},
             "In the editor: [Service], User=" + user + ", Group=" + user + "."};
+}
+
+Fix CorrectService(Facts const& facts)
+{
+    if (!IsSimulator(facts)) {
+        return {{},
+                "In a service of somebody else: install a version that fits this library, or report the "
+                "problem to its developers."};
+    }
+    Fix fix = RestartService(facts);
+    fix.note += (fix.note.empty() ? "" : " ") +
+                std::string("To end faults that were injected, run: zviptvctl sim fault clear");
+    return fix;
 }
 
 std::string StartSimulator(Facts const& facts)

@@ -25,11 +25,15 @@ std::string ReloadBus(Facts const& facts);
 /// Starts the simulator in place of the service, on the present bus.
 Fix StartService(Facts const& facts);
 
-/// Ends the owner of the name, whatever it is, and starts the simulator.
-Fix ReplaceService(Facts const& facts);
+/// Starts the service that has left the bus.
+Fix StartServiceAgain(Facts const& facts);
 
-/// Ends the service and starts it again, or starts the simulator if it is unknown how to start the service.
+/// Ends the service and starts it again. If nothing shows how the service is started, the note says so.
 Fix RestartService(Facts const& facts);
+
+/// What to do with a service that does not follow the protocol, in addition to the advice for its author: no
+/// restart changes it, and no other service replaces it.
+Fix CorrectService(Facts const& facts);
 
 /// Makes the service run as the user in the policy.
 Fix ChangeServiceUser(Facts const& facts);

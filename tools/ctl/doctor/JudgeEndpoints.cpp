@@ -147,7 +147,7 @@ Finding JudgeEndpoints(Facts const& facts)
     }
     return Wrong(Check, problems.front().code, TextOf(problems),
                  "An application gets objects, but their calls reach no endpoint and return false.",
-                 RestartService(facts), NamingNote);
+                 CorrectService(facts), NamingNote);
 }
 
 Finding JudgeRequests(Facts const& facts)
@@ -159,7 +159,7 @@ Finding JudgeRequests(Facts const& facts)
     std::vector<Problem> const problems = ProblemsOf(facts, ReplyProblem, &EndpointFacts::function);
     if (!problems.empty()) {
         return Wrong(Check, problems.front().code, TextOf(problems),
-                     "An application's calls return false, or throw an exception.", RestartService(facts),
+                     "An application's calls return false, or throw an exception.", CorrectService(facts),
                      ReplyNote);
     }
     bool const isAsked =

@@ -95,7 +95,8 @@ Finding JudgeLoop(Facts const& facts)
         return ServiceSilent(facts);
     case Outcome::Gone:
         return Wrong(Check, ExitCode::NoService, "the service left the bus when it was called",
-                     "An application's call returns false, and its objects are gone.", StartService(facts));
+                     "An application's call returns false, and its objects are gone.",
+                     StartServiceAgain(facts));
     case Outcome::Failed:
         return Unknown(Check, "the service answered with an error, which does not show whether it works");
     case Outcome::Forbidden:

@@ -5,6 +5,9 @@ namespace zviptv::ctl::doctor {
 
 namespace {
 
+constexpr char ProtocolNote[] =
+    "In a service that you write: answer each announcement, a call of SendSignal, with a "
+    "list of pairs of texts, a(ss).";
 constexpr char Meaning[] = "An application may get answers that differ from its headers, or none.";
 
 bool IsBelow(std::string const& file, std::string const& folder)
@@ -78,8 +81,8 @@ Finding JudgeProtocol(Facts const& facts)
         return NotChecked(Check, "the service has not answered");
     }
     return Wrong(Check, ExitCode::Malformed, text,
-                 "An application gets objects, but their calls return false.", ReplaceService(facts),
-                 "The program that owns the name is not a service for this version.");
+                 "An application gets objects, but their calls return false.", CorrectService(facts),
+                 ProtocolNote);
 }
 
 Finding JudgeVersion(Facts const& facts)
