@@ -59,7 +59,7 @@ public:
     /// Decodes these pages.
     explicit TeletextDecoder(TeletextPages pages = {});
     ~TeletextDecoder();
-    /// Takes over the state of `other`, which may then only be assigned to or destroyed.
+    /// Takes over the state of `other`, which then finds no captions until it is assigned to.
     TeletextDecoder(TeletextDecoder&& other) noexcept;
     /// Replaces the state by that of `other`, which may then only be assigned to or destroyed.
     TeletextDecoder& operator=(TeletextDecoder&& other) noexcept;
@@ -99,7 +99,7 @@ public:
     /// Decodes a stream of this profile.
     explicit AribCaptionDecoder(Profile profile = Profile::Full);
     ~AribCaptionDecoder();
-    /// Takes over the state of `other`, which may then only be assigned to or destroyed.
+    /// Takes over the state of `other`, which then finds no captions until it is assigned to.
     AribCaptionDecoder(AribCaptionDecoder&& other) noexcept;
     /// Replaces the state by that of `other`, which may then only be assigned to or destroyed.
     AribCaptionDecoder& operator=(AribCaptionDecoder&& other) noexcept;
@@ -127,7 +127,7 @@ public:
     /// Decodes these teletext pages and all ARIB captions.
     explicit CaptionDecoder(TeletextPages pages = {});
     ~CaptionDecoder();
-    /// Takes over the state of `other`, which may then only be assigned to or destroyed.
+    /// Takes over the state of `other`, which then finds no captions until it is assigned to.
     CaptionDecoder(CaptionDecoder&& other) noexcept;
     /// Replaces the state by that of `other`, which may then only be assigned to or destroyed.
     CaptionDecoder& operator=(CaptionDecoder&& other) noexcept;

@@ -17,7 +17,8 @@ namespace zviptv {
 /// One PES packet with the fields of its header.
 ///
 /// A packet shares the bytes of the message that brought it: copying it copies no bytes, and the bytes live
-/// as long as any copy. Keep a copy of the packet, not of a view, to use the bytes after a callback.
+/// as long as any copy. Keep a copy of the packet, not of a view, to use the bytes after a callback. Moving a
+/// packet copies it: the packet that was moved from stays as it was.
 ///
 /// Threads: a packet never changes, and may be read by several threads at once.
 class ZVIPTV_API PesPacket
@@ -26,6 +27,11 @@ public:
     /// A packet of the given kind and PID. `data` is the whole packet, from its start code on. `owner` keeps
     /// these bytes alive; it may be null for bytes that live as long as the program.
     PesPacket(PesKind kind, std::uint16_t pid, std::shared_ptr<void const> owner, ByteView data);
+    /// Shares the bytes.
+    PesPacket(PesPacket const& other) = default;
+    /// The same.
+    PesPacket& operator=(PesPacket const& other) = default;
+    ~PesPacket() = default;
 
     /// What the stream carries, as the service says.
     PesKind Kind() const { return m_kind; }
@@ -77,6 +83,11 @@ public:
         : m_owner(std::move(owner)), m_data(data), m_kind(kind)
     {
     }
+    /// Shares the bytes.
+    CaptionData(CaptionData const& other) = default;
+    /// The same.
+    CaptionData& operator=(CaptionData const& other) = default;
+    ~CaptionData() = default;
 
     /// PesKind::Teletext or PesKind::Caption, as the service says.
     PesKind Kind() const { return m_kind; }

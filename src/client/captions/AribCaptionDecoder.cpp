@@ -84,7 +84,7 @@ bool AribCaptionDecoder::IsAvailable()
 std::optional<Caption> AribCaptionDecoder::Decode(ByteView field, std::optional<std::uint64_t> pts)
 {
     auto const group = ParseAribGroup(field);
-    if (!group) {
+    if (!m_state || !group) {
         return std::nullopt;
     }
     if (auto languages = AribLanguagesOf(*group)) {

@@ -56,17 +56,22 @@ CaptionDecoder& CaptionDecoder::operator=(CaptionDecoder&& other) noexcept = def
 
 std::vector<Caption> CaptionDecoder::Decode(PesPacket const& packet)
 {
-    return m_state->Decode(packet.Kind(), packet.Pid(), packet.Payload(), packet.Pts());
+    return m_state ? m_state->Decode(packet.Kind(), packet.Pid(), packet.Payload(), packet.Pts())
+                   : std::vector<Caption>();
 }
 
 std::vector<Caption> CaptionDecoder::Decode(CaptionData const& data)
 {
-    return m_state->Decode(data.Kind(), std::nullopt, data.Data(), std::nullopt);
+    return m_state ? m_state->Decode(data.Kind(), std::nullopt, data.Data(), std::nullopt)
+                   : std::vector<Caption>();
 }
 
 std::vector<Caption> CaptionDecoder::Flush()
 {
     std::vector<Caption> captions;
+    if (!m_state) {
+        return captions;
+    }
     for (auto& [pid, decoder] : m_state->teletext) {
         Append(captions, decoder.Flush(), pid);
     }

@@ -181,6 +181,9 @@ bool TeletextDecoder::IsAvailable()
 std::vector<Caption> TeletextDecoder::Decode(ByteView field, std::optional<std::uint64_t> pts)
 {
     std::vector<Caption> done;
+    if (!m_state) {
+        return done;
+    }
     for (TeletextPacket const& packet : TeletextPacketsIn(field)) {
         m_state->Take(packet, pts, done);
     }
@@ -190,7 +193,9 @@ std::vector<Caption> TeletextDecoder::Decode(ByteView field, std::optional<std::
 std::vector<Caption> TeletextDecoder::Flush()
 {
     std::vector<Caption> done;
-    m_state->EndAll(done);
+    if (m_state) {
+        m_state->EndAll(done);
+    }
     return done;
 }
 

@@ -72,6 +72,65 @@ TEST(CaptionDecoder, SixteenStreamsOfAKindAreDecoded)
     EXPECT_EQ(decoder.Decode(Packet(PesKind::Caption, 0, AribField)).size(), 1U);
 }
 
+/// The value, which is moved from.
+template <class Value>
+Value Take(Value& value)
+{
+    return std::move(value);
+}
+
+/// Moves a decoder. `isFound` decodes a caption and reports whether it was found.
+template <class Decoder, class Use>
+void CheckMove(Decoder& first, Use const& isFound)
+{
+    Decoder second(Take(first));
+    EXPECT_FALSE(isFound(first)) << "after a move";
+    EXPECT_TRUE(isFound(second));
+    first = Take(second);
+    EXPECT_FALSE(isFound(second)) << "after an assignment";
+    EXPECT_TRUE(isFound(first));
+    second = Decoder();
+    EXPECT_TRUE(isFound(second)) << "assigned to";
+}
+
+TEST(CaptionDecoder, AMovedFromDecoderFindsNoCaptions)
+{
+    CaptionDecoder all;
+    CheckMove(all, [](CaptionDecoder& decoder) {
+        bool const hasStatement = !decoder.Decode(Packet(PesKind::Caption, 0x130, AribField)).empty();
+        EXPECT_EQ(decoder.Decode(CaptionData(PesKind::Caption, nullptr, ByteView(AribField))).size(),
+                  hasStatement ? 1 : 0);
+        decoder.Decode(Packet(PesKind::Teletext, 0x100, TeletextField("one")));
+        decoder.Flush();
+        return hasStatement;
+    });
+    AribCaptionDecoder arib;
+    CheckMove(arib, [](AribCaptionDecoder& decoder) {
+        return decoder.Decode(ByteView(AribField), std::nullopt).has_value();
+    });
+    int number = 0; // a page whose text has not changed is not reported again
+    TeletextDecoder teletext;
+    CheckMove(teletext, [&number](TeletextDecoder& decoder) {
+        decoder.Decode(ByteView(TeletextField("page " + std::to_string(++number))), std::nullopt);
+        return !decoder.Flush().empty();
+    });
+}
+
+TEST(CaptionDecoder, AMovedFromPacketStaysAsItWas)
+{
+    PesPacket packet = Packet(PesKind::Caption, 0x130, AribField, 9);
+    Bytes const whole = packet.Data().Copy();
+    auto moved = std::make_unique<PesPacket>(Take(packet));
+    moved.reset();
+    EXPECT_EQ(packet.Data().Copy(), whole); // under AddressSanitizer, the bytes are still there
+    EXPECT_EQ(packet.Pts(), 9U);
+    auto const bytes = std::make_shared<Bytes const>(AribField);
+    CaptionData data(PesKind::Caption, bytes, ByteView(*bytes));
+    auto movedData = std::make_unique<CaptionData>(Take(data));
+    movedData.reset();
+    EXPECT_EQ(data.Data().Copy(), AribField);
+}
+
 TEST(CaptionDecoder, ThreadsDecodeIndependently)
 {
     auto const decode = [](std::string const& text) {
