@@ -118,6 +118,32 @@ TEST_F(FunctionTest, RefusesMalformedGuideData)
     EXPECT_FALSE((*m_television->Guide().GetPresentProgram(1)).has_value());
 }
 
+TEST_F(FunctionTest, TextsOfTheGuideAreUtf8)
+{
+    m_service->AnswerWith(
+        "GetPresentProgram",
+        Data("{\"title\":\"K\xe4lte\",\"subtitle\":\"\xed\xa0\x80\",\"description\":\"a\\u0000b\","
+             "\"channel\":\"\\udc00\",\"language\":\"\xc3\xa4\",\"genres\":[\"\xff\",\"Film\"],"
+             "\"rating\":{\"value\":\"\xfe 12\"},\"translations\":[{\"title\":\"\xc3\"}]}"));
+    auto const answer = m_television->Guide().GetPresentProgram(1);
+    ASSERT_TRUE(Succeeded(answer));
+    Programme const& programme = **answer;
+    EXPECT_EQ(programme.title, "K\xef\xbf\xbdlte");
+    EXPECT_EQ(programme.subtitle, "\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd");
+    EXPECT_EQ(programme.description, "a\xef\xbf\xbd"
+                                     "b");
+    EXPECT_EQ(programme.channel, "\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd");
+    EXPECT_EQ(programme.language, "\xc3\xa4");
+    EXPECT_EQ(programme.genres, (std::vector<std::string>{"\xef\xbf\xbd", "Film"}));
+    EXPECT_EQ(programme.rating->value, "\xef\xbf\xbd 12");
+    EXPECT_EQ(programme.translations.at(0).title, "\xef\xbf\xbd");
+    EXPECT_EQ(ToString(programme), "1970-01-01 00:00:00 UTC, 0 min: K\xef\xbf\xbdlte");
+    m_service->AnswerWith("GetGenre", Data("[\"\xff\"]"));
+    EXPECT_EQ(*m_television->Guide().GetGenre(1), std::vector<std::string>{"\xef\xbf\xbd"});
+    m_service->AnswerWith("GetPresentProgram", Data("{\"title\xff\":1,\"title\":\"Film\"}"));
+    EXPECT_EQ((*m_television->Guide().GetPresentProgram(1))->title, "Film") << "keys may be any bytes";
+}
+
 TEST_F(FunctionTest, TimesOutsideTheProtocolAreInvalidArguments)
 {
     auto const early = m_television->Guide().GetProgramListSize(1, At(-1), 1s);

@@ -43,7 +43,8 @@ struct ProgrammeId
     std::chrono::seconds duration{0}; ///< the guide does not compare it
 };
 
-/// A programme of the guide. Texts are UTF-8 and may be empty.
+/// A programme of the guide. Texts may be empty. They are UTF-8: other bytes of the service, and zero bytes,
+/// are U+FFFD (the same in ratings and genres).
 struct Programme
 {
     std::uint64_t serviceId = 0;                 ///< number of the service in the guide

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "client/guide/ProgrammeJson.h"
 
+#include "glib/Owned.h"
+
 #include <zviptv/Protocol.h>
 
 #include <json/json.h>
@@ -15,6 +17,14 @@ namespace {
 
 namespace key = protocol::key;
 
+/// A text in UTF-8: other bytes, and zero bytes, become U+FFFD.
+std::string TextOf(Json::Value const& value)
+{
+    std::string const text = value.asString();
+    Owned<char> const valid(g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())));
+    return valid.get();
+}
+
 /// Reads the members of an object. A member that is missing or null leaves the value as it is.
 class Members
 {
@@ -27,7 +37,7 @@ public:
     {
         Json::Value const* const value = Find(name);
         if (value != nullptr && Check(value->isString())) {
-            text = value->asString();
+            text = TextOf(*value);
         }
     }
 
@@ -39,7 +49,7 @@ public:
         }
         for (Json::Value const& value : *values) {
             if (Check(value.isString())) {
-                texts.push_back(value.asString());
+                texts.push_back(TextOf(value));
             }
         }
     }
@@ -139,7 +149,7 @@ bool Read(Json::Value const& json, std::vector<Element>& elements)
 
 bool Read(Json::Value const& json, std::string& text)
 {
-    text = json.isString() ? json.asString() : std::string();
+    text = json.isString() ? TextOf(json) : std::string();
     return json.isString();
 }
 
