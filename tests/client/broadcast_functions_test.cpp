@@ -111,6 +111,19 @@ TEST_F(FunctionTest, SizesAndLocksOfTheBroadcast)
               [](auto& tv, auto... more) { return tv.Broadcast().FlagServiceLocked(more...); }));
 }
 
+/// UndefinedBehaviorSanitizer reports a deadline that overflows.
+TEST_F(FunctionTest, ListsWithTheShortestAndTheLongestTime)
+{
+    m_service->Answer("SizeOfAudio", {{"result_internal", "1"}, {"size", "0"}});
+    Outcome<std::vector<AudioTrack>> shortest;
+    m_television->Broadcast().AudioTracks(shortest.Take(), {std::chrono::milliseconds::min()});
+    Outcome<std::vector<AudioTrack>> longest;
+    m_television->Broadcast().AudioTracks(longest.Take(), {std::chrono::milliseconds::max()});
+    ASSERT_TRUE(shortest.Await() && longest.Await());
+    EXPECT_EQ(KindOf(*shortest), "timed out");
+    EXPECT_EQ(KindOf(*longest), "success");
+}
+
 TEST_F(FunctionTest, ListsAskForTheSizeAndThenForEachElement)
 {
     m_service->Answer("SizeOfHybridSBT", {{"result_internal", "1"}, {"size", "2"}});

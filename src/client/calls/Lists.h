@@ -67,7 +67,8 @@ public:
         : m_function(function), m_done(std::move(done)), m_describe(std::move(describe)),
           m_part(std::move(part)),
           m_deadline(std::chrono::steady_clock::now() +
-                     std::min(options.timeout, std::chrono::milliseconds(std::numeric_limits<int>::max())))
+                     std::clamp(options.timeout, std::chrono::milliseconds(0),
+                                std::chrono::milliseconds(std::numeric_limits<int>::max())))
     {
     }
 
