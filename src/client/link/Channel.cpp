@@ -59,6 +59,9 @@ std::optional<Failure> Channel::Accept(std::string const& partner, char const* f
 {
     if (partner.empty()) {
         Failure failure = LastFailure(function);
+        if (IsNoReply(failure)) {
+            return NoService(function, LeftUnanswered);
+        }
         if (failure.errorName.empty() && failure.kind == FailureKind::NoService) {
             failure.key = protocol::key::DBusName;
             failure.message = std::string("the service has no endpoint for ") + TypeWord(m_endpoint);
@@ -90,9 +93,8 @@ std::string Channel::Partner()
     return m_partner;
 }
 
-bool Channel::HasPartnerLeft()
+bool Channel::HasLeft(std::string const& partner)
 {
-    std::string const partner = Partner();
     if (partner.empty()) {
         return true;
     }

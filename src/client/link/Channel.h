@@ -40,12 +40,12 @@ public:
     std::optional<Failure> Accept(std::string const& partner, char const* function);
     /// Makes the next use request the partner again.
     void Forget();
-    /// Asks the bus, for 1 s at most, whether the partner has left.
-    bool HasPartnerLeft();
+    /// The unique name of the partner; empty if it must be requested.
+    std::string Partner();
+    /// Asks the bus, for 1 s at most, whether this partner has left.
+    bool HasLeft(std::string const& partner);
 
 private:
-    std::string Partner();
-
     EndpointId const m_endpoint;
     Owned<GDBusConnection> const m_connection;
     std::mutex m_mutex;

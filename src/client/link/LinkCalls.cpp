@@ -32,12 +32,13 @@ Result<CMessageBuffer> Link::SendAndWait(Request& request)
                 }
             });
         }
+        std::string const partner = channel.Partner(); // another thread may connect to the next one meanwhile
         CMessageBuffer reply;
         if (channel.Helper().SendMessage(request.Message(), reply, 0) != 0) {
             return reply;
         }
         Failure const failure = LastFailure(function);
-        if (IsNoReply(failure) && channel.HasPartnerLeft()) {
+        if (IsNoReply(failure) && channel.HasLeft(partner)) {
             channel.Forget();
             return NoService(function, LeftUnanswered);
         }
