@@ -61,17 +61,18 @@ inline std::uint64_t NextToken()
 
 /// Calls a function whose outcome is added to `completions`.
 template <class Answer, class Function>
-Call Start(Core& core, std::shared_ptr<Completions> const& completions, double timeout, Function function)
+Call Start(Core& core, std::shared_ptr<Completions> const& completions, py::handle timeout, Function function)
 {
     Core::Stay const stay(core);
     Call call{NextToken(), core.weak_from_this(), std::make_shared<Pending>()};
     auto done = [completions, token = call.token](Result<Answer> const& result) {
         completions->Push({token, [result] { return ToPython(result); }});
     };
-    bool const isPosted = core.Post([function = std::move(function), done, pending = call.pending,
-                                     options = CallOptions{Milliseconds(timeout)}](Television& television) {
-        *pending = function(television, Completion<Answer>(done), options);
-    });
+    bool const isPosted =
+        core.Post([function = std::move(function), done, pending = call.pending,
+                   options = CallOptions{Milliseconds(timeout, "timeout")}](Television& television) {
+            *pending = function(television, Completion<Answer>(done), options);
+        });
     if (!isPosted) {
         done(Failure{FailureKind::Gone, "", "", "", "the Television is closed; create another one"});
     }
@@ -86,7 +87,7 @@ void Define(py::class_<Core, std::shared_ptr<Core>>& core, std::string const& na
     core.def(name.c_str(),
              [make](Core& self, py::args const& arguments) { return Wait(self, make(arguments)); });
     core.def(("start_" + name).c_str(), [make](Core& self, std::shared_ptr<Completions> const& completions,
-                                               double timeout, py::args const& arguments) {
+                                               py::object const& timeout, py::args const& arguments) {
         return Start<Answer>(self, completions, timeout, make(arguments));
     });
 }

@@ -123,11 +123,25 @@ py::object ToPython(Programme const& value)
         py::tuple(ToPython(value.genres)), ToPython(value.rating), py::tuple(ToPython(value.translations)));
 }
 
-std::chrono::milliseconds Milliseconds(double seconds)
+std::chrono::milliseconds Milliseconds(py::handle seconds, char const* name)
 {
-    double const most = 1e9;
-    double const time = std::isnan(seconds) ? 0.0 : std::min(std::max(seconds, 0.0), most);
-    return std::chrono::milliseconds(std::llround(std::ceil(time * 1000)));
+    double const longest = 1e9;
+    if (PyNumber_Check(seconds.ptr()) == 0) {
+        RaiseType(seconds, name, "a number of seconds");
+    }
+    double time = PyFloat_AsDouble(seconds.ptr());
+    if (PyErr_Occurred() != nullptr) {
+        py::error_already_set const error;
+        if (!error.matches(PyExc_OverflowError)) {
+            throw error;
+        }
+        time = -1;
+    }
+    if (!(time >= 0)) { // NaN is in no range
+        throw py::value_error(std::string(name) + ": " + std::string(py::str(seconds)) +
+                              " is not a number of seconds from 0 on");
+    }
+    return std::chrono::milliseconds(std::llround(std::ceil(std::min(time, longest) * 1000)));
 }
 
 std::int64_t Integer(py::handle object, char const* name, std::int64_t least, std::int64_t most)
@@ -162,6 +176,11 @@ std::uint64_t Unsigned(py::handle object, char const* name)
                               " is not in the range 0 to 18446744073709551615");
     }
     return value;
+}
+
+std::size_t Limit(py::handle object)
+{
+    return static_cast<std::size_t>(Integer(object, "limit", 0, std::numeric_limits<std::int64_t>::max()));
 }
 
 void FromPython(py::handle object, char const* name, bool& value)

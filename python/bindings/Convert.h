@@ -79,12 +79,15 @@ py::object ToPython(Result<Value> const& result)
     }
 }
 
-/// Seconds as the layer has them. Less than 0 and what is not a number count as 0, fractions are rounded up.
-std::chrono::milliseconds Milliseconds(double seconds);
+/// Seconds from 0 on, as the layer has them: rounded up, and at most 10^9. Raises TypeError or ValueError,
+/// with the name of the argument.
+std::chrono::milliseconds Milliseconds(py::handle seconds, char const* name);
 
 /// An integer from `least` to `most`. Raises TypeError or ValueError, with the name of the argument.
 std::int64_t Integer(py::handle object, char const* name, std::int64_t least, std::int64_t most);
 std::uint64_t Unsigned(py::handle object, char const* name);
+/// The argument `limit` of a stream: a number of items, 0 for all.
+std::size_t Limit(py::handle object);
 
 void FromPython(py::handle object, char const* name, bool& value);
 void FromPython(py::handle object, char const* name, std::uint64_t& value);

@@ -12,14 +12,14 @@ namespace zviptv::python {
 
 namespace {
 
-std::shared_ptr<Core> MakeCore(std::string const& busAddress, py::object const& profile, py::object const& id,
-                               std::string const& applicationId)
+std::shared_ptr<Core> MakeCore(py::object const& busAddress, py::object const& profile, py::object const& id,
+                               py::object const& applicationId)
 {
     Television::Options options;
-    options.busAddress = busAddress;
+    options.busAddress = FromPython<std::string>(busAddress, "bus_address");
     options.profile = FromPython<std::uint32_t>(profile, "profile");
     options.id = FromPython<std::uint16_t>(id, "id");
-    options.applicationId = applicationId;
+    options.applicationId = FromPython<std::string>(applicationId, "application_id");
     return std::make_shared<Core>(std::move(options));
 }
 

@@ -67,8 +67,9 @@ py::object ToItem(Item const& item)
 PesFilter Filter(py::list const& pids, py::list const& kinds)
 {
     PesFilter filter;
+    constexpr std::int64_t LastPid = 0x1FFF;
     for (py::handle const pid : pids) {
-        filter.pids.insert(FromPython<std::uint16_t>(pid, "pid"));
+        filter.pids.insert(static_cast<std::uint16_t>(Integer(pid, "pid", 0, LastPid)));
     }
     for (py::handle const kind : kinds) {
         filter.kinds.insert(FromPython<PesKind>(kind, "kind"));
@@ -77,18 +78,18 @@ PesFilter Filter(py::list const& pids, py::list const& kinds)
 }
 
 Stream<PesPacket> Pes(std::shared_ptr<Core> const& core, py::list const& pids, py::list const& kinds,
-                      std::size_t limit)
+                      py::object const& limit)
 {
-    Stream<PesPacket> stream(core, limit);
+    Stream<PesPacket> stream(core, Limit(limit));
     stream.Begin([filter = Filter(pids, kinds)](Television& television, auto const& feed) {
         return television.SubscribePes(filter, [feed](PesPacket const& packet) { Add(feed, packet); });
     });
     return stream;
 }
 
-Stream<CaptionData> Captions(std::shared_ptr<Core> const& core, std::size_t limit)
+Stream<CaptionData> Captions(std::shared_ptr<Core> const& core, py::object const& limit)
 {
-    Stream<CaptionData> stream(core, limit);
+    Stream<CaptionData> stream(core, Limit(limit));
     stream.Begin([](Television& television, auto const& feed) {
         return television.SubscribeCaptions([feed](CaptionData const& data) { Add(feed, data); });
     });
@@ -96,9 +97,9 @@ Stream<CaptionData> Captions(std::shared_ptr<Core> const& core, std::size_t limi
 }
 
 Stream<Caption> CaptionTexts(std::shared_ptr<Core> const& core, py::object const& pages,
-                             py::object const& languages, std::size_t limit)
+                             py::object const& languages, py::object const& limit)
 {
-    Stream<Caption> stream(core, limit);
+    Stream<Caption> stream(core, Limit(limit));
     auto const decoder = std::make_shared<CaptionDecoder>(ToPages(pages, languages));
     stream.Begin([decoder](Television& television, auto const& feed) {
         PesFilter const filter{{}, {PesKind::Teletext, PesKind::Caption}};
@@ -110,23 +111,23 @@ Stream<Caption> CaptionTexts(std::shared_ptr<Core> const& core, py::object const
     return stream;
 }
 
-Stream<StateEvent> Watch(std::shared_ptr<Core> const& core, double interval, py::object const& serviceId,
-                         std::size_t limit)
+Stream<StateEvent> Watch(std::shared_ptr<Core> const& core, py::object const& interval,
+                         py::object const& serviceId, py::object const& limit)
 {
-    StateOptions options{Milliseconds(interval), std::nullopt};
+    StateOptions options{Milliseconds(interval, "interval"), std::nullopt};
     if (!serviceId.is_none()) {
         options.serviceId = Unsigned(serviceId, "service_id");
     }
-    Stream<StateEvent> stream(core, limit);
+    Stream<StateEvent> stream(core, Limit(limit));
     stream.Begin([options](Television& television, auto const& feed) {
         return StateWatcher(television, options, [feed](StateEvent const& event) { Add(feed, event); });
     });
     return stream;
 }
 
-Stream<bool> Availability(std::shared_ptr<Core> const& core, std::size_t limit)
+Stream<bool> Availability(std::shared_ptr<Core> const& core, py::object const& limit)
 {
-    Stream<bool> stream(core, limit);
+    Stream<bool> stream(core, Limit(limit));
     stream.Begin([](Television& television, auto const& feed) {
         Add(feed, television.IsAvailable());
         return television.OnAvailability([feed](bool isAvailable) { Add(feed, isAvailable); });
@@ -134,9 +135,9 @@ Stream<bool> Availability(std::shared_ptr<Core> const& core, std::size_t limit)
     return stream;
 }
 
-Stream<Failure> Errors(std::shared_ptr<Core> const& core, std::size_t limit)
+Stream<Failure> Errors(std::shared_ptr<Core> const& core, py::object const& limit)
 {
-    Stream<Failure> stream(core, limit);
+    Stream<Failure> stream(core, Limit(limit));
     stream.Begin([&core](std::shared_ptr<Queue<Failure>> const& queue) { core->AddErrors(queue); });
     return stream;
 }
@@ -195,14 +196,14 @@ py::object Stream<Item>::Poll()
 }
 
 template <class Item>
-py::object Stream<Item>::Get(std::optional<double> timeout)
+py::object Stream<Item>::Get(py::object const& timeout)
 {
     using Clock = std::chrono::steady_clock;
     using std::chrono::milliseconds;
     milliseconds const mostWait(100); // signals may be handled by other threads
     std::optional<Clock::time_point> end;
-    if (timeout) {
-        end = Clock::now() + Milliseconds(*timeout);
+    if (!timeout.is_none()) {
+        end = Clock::now() + Milliseconds(timeout, "timeout");
     }
     auto const core = m_core.lock();
     for (;;) {

@@ -63,9 +63,9 @@ public:
 
     /// An item that is there; None if there is none.
     pybind11::object Poll();
-    /// Waits for an item, `timeout` seconds at most, without the GIL. Raises TimeoutError, StopIteration
-    /// after the end, and what the handler of a signal raises.
-    pybind11::object Get(std::optional<double> timeout);
+    /// Waits for an item, `timeout` seconds at most, without the GIL; None waits for ever. Raises
+    /// TimeoutError, StopIteration after the end, and what the handler of a signal raises.
+    pybind11::object Get(pybind11::object const& timeout);
     int Descriptor() const { return m_feed->queue->Descriptor(); }
     void End();
     /// Has the watcher of a Stream<StateEvent> ask again.

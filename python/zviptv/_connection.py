@@ -13,7 +13,7 @@ atexit.register(end)
 
 def numbers(given: int | Iterable[int] | None) -> list[int]:
     """A filter as a list; an empty one lets all through."""
-    return [] if given is None else [given] if isinstance(given, int) else list(given)
+    return [] if given is None else list(given) if isinstance(given, Iterable) else [given]
 
 
 class Connection:

@@ -65,7 +65,7 @@ class Stream(Subscribed[T]):
         return self._source.get()
 
     def get(self, timeout: float | None = None) -> T:
-        """Waits for the next item, `timeout` seconds at most; None for as long as it takes.
+        """Waits for the next item, `timeout` seconds at most; 0 for an item that is there, None for as long as it takes.
 
         Raises TimeoutError if none came, and StopIteration after the end.
         """

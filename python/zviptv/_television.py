@@ -40,8 +40,9 @@ class Television(Subscriptions):
         self.close()
 
     def wait_until_available(self, timeout: float | None = None) -> None:
-        """Waits for the service, `timeout` seconds at most. Raises TimeoutError."""
-        end = None if timeout is None else time.monotonic() + timeout
+        """Waits for the service, `timeout` seconds at most; None for as long as it takes. Raises TimeoutError."""
+        begin = time.monotonic()
         with self.availability() as changes:
-            while not changes.get(None if end is None else max(0.0, end - time.monotonic())):
-                pass
+            is_available = changes.get(timeout)
+            while not is_available:
+                is_available = changes.get(None if timeout is None else max(0.0, begin + timeout - time.monotonic()))

@@ -13,6 +13,15 @@ from .verbs import Verbs
 
 __tracebackhide__ = True  # pytest shows the line of the test
 
+LONGEST_WAIT = 1_000_000  # seconds
+
+
+def _seconds(name: str, value: float) -> float:
+    """The time that a test may wait. Raises ValueError."""
+    if not 0 <= value <= LONGEST_WAIT:  # NaN is in no range
+        raise ValueError(f"{name}: {value} is not a number of seconds from 0 to {LONGEST_WAIT}")
+    return value
+
 
 def _word(value: Any) -> str:
     return {True: "on", False: "off"}[value] if isinstance(value, bool) else str(value)
@@ -21,7 +30,8 @@ def _word(value: Any) -> str:
 class Television(Verbs):
     """Controls the television and sees what applications ask of it.
 
-    Only one thread may use it at a time. Methods raise TelevisionError if the simulator refuses the call.
+    Only one thread may use it at a time. Methods raise TelevisionError if the simulator refuses the call, and
+    ValueError for a number that is out of range.
     """
 
     def __init__(self, simulator: Simulator) -> None:
@@ -48,6 +58,9 @@ class Television(Verbs):
             if signature.endswith("a{sv})"):
                 plain.append({name: variant(*typed) for name, typed in options.items()})
             self._call(method, signature, *plain)
+        except OverflowError as error:
+            event.answer = str(error)
+            raise ValueError(f"{verb}: {error}") from None
         except TelevisionError as error:
             event.answer = str(error).split("\n", maxsplit=1)[0]
             raise
@@ -88,9 +101,10 @@ class Television(Verbs):
         """Waits until an application sends such a request, at most `within` seconds, and returns it.
 
         A request that came earlier counts, unless it has met another expectation. Arguments that are not given may have
-        any value. Raises ExpectationFailed if none comes, and ValueError for an unknown function, argument or value.
+        any value. Raises ExpectationFailed if none comes, and ValueError for an unknown function, argument or value, and
+        for a time that is not in the range 0 to 1,000,000 seconds.
         """
-        request = self._take(function, arguments, within)
+        request = self._take(function, arguments, _seconds("within", within))
         if request is None:
             self._simulator.check()
             words = in_words(function, arguments)
@@ -105,7 +119,7 @@ class Television(Verbs):
         Requests that have met an expectation do not count. Raises ExpectationFailed as soon as a request comes, and
         ValueError for an unknown function, argument or value.
         """
-        request = self._take(function, arguments, for_)
+        request = self._take(function, arguments, _seconds("for_", for_))
         if request is not None:
             self._conversation.note("test", f"expect no {in_words(function, arguments)}").answer = "not met"
             raise ExpectationFailed(f"{request} was not expected, but came after {request.time:.3f} s")
@@ -126,7 +140,7 @@ class Television(Verbs):
         seconds, and raises ExpectationFailed with the report if something went wrong. Without `with`, call wait().
         Raises TelevisionError with all errors of the text.
         """
-        scenario = Scenario(self._call, text, folder, within)
+        scenario = Scenario(self._call, text, folder, _seconds("within", within))
         self._conversation.note("test", "scenario")
         self._scenarios.append(scenario)
         return scenario
