@@ -7,6 +7,7 @@ usage: inside.py PARAMETERS.json   (written by look.py)
 
 import json
 import os
+import pickle
 import sys
 
 import check_clock
@@ -15,7 +16,6 @@ import check_guide
 import check_lock
 import check_tracks
 from ctl import Findings, Service
-from subject import Subject
 
 CALLBACKS = {("SubscribeForPES", 2), ("UnSubscribeForPES", 1), ("SubscribeForCaption", 2), ("UnsubscribeForCaption", 1)}
 
@@ -64,7 +64,8 @@ def main():
     with open(sys.argv[1], encoding="utf-8") as file:
         parameters = json.load(file)
     os.environ["ZV_IPTV_LOG"] = "none"
-    subject = Subject(parameters["stream"], parameters["programme"])
+    with open(f"{parameters['folder']}/subject.pickle", "rb") as file:
+        subject = pickle.load(file)
     findings = Findings()
     with Service(parameters["ctl"]) as service:
         check(service, subject, parameters, findings)

@@ -13,6 +13,7 @@ Exit status 77 when the stream is not there.
 import argparse
 import json
 import os
+import pickle
 import subprocess
 import sys
 import tempfile
@@ -71,10 +72,12 @@ def rated_programme(guide, number):
 def prepare(given, folder):
     """Everything that the command inside needs to know."""
     subject = Subject(given.stream, given.programme)
+    with open(f"{folder}/subject.pickle", "wb") as file:
+        pickle.dump(subject, file)
     number = subject.programme.number
     guide, another = write_guides(given.guide, number, subject.probe.names, folder)
     rated = rated_programme(Guide(guide, subject.probe.names), number)
-    return {"stream": given.stream, "programme": number, "ctl": given.ctl, "guide": guide, "another guide": another,
+    return {"programme": number, "ctl": given.ctl, "guide": guide, "another guide": another,
             "now": rated["start_time"] + 60, "age": rated["rating"]["minimum_age"], "folder": folder,
             "speed": min(max(subject.seconds() / PLAYING_TIME, 0.01), 1000)}
 
