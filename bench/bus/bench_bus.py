@@ -19,6 +19,7 @@ FULL = {"call": ((14, 5), 250), "instructions": (tuple(METHODS), ALL, 100, 400, 
         "crowd": ((3, 2), (4, 16)), "callbacks": 8, "objects": 15, "starts": 20, "growth": (1_000_000, 100_000, (6, 7))}
 QUICK = {"call": ((2, 5), 150), "instructions": (("mute",), (LIBRARY, BASELINE), 100, 200, 1), "push": (1, 2),
          "crowd": ((1, 1), (4,)), "callbacks": 2, "objects": 3, "starts": 3, "growth": (20_000, 1_000, (2, 2))}
+ONCE = {**QUICK, "call": ((1, 1), 20), "starts": 1}
 
 
 def parts(bench, variants, form):
@@ -42,18 +43,19 @@ def main():
     parser.add_argument("programs", help="the folder of the programs that were built")
     parser.add_argument("out", type=pathlib.Path, help="the file to write")
     parser.add_argument("--quick", action="store_true", help="few and short blocks, for a quick look")
+    parser.add_argument("--once", action="store_true", help="one block of each kind, which only tests the programs")
     parser.add_argument("--only", action="append", help="measure only this part; may be repeated")
     options = parser.parse_args()
     no_journal = why_no_journal()
     variants = [variant for variant in ALL if not (variant.journal and no_journal)]
     if no_journal:
         print(f"left out: measuring the library with a system log {no_journal}", file=sys.stderr)
-    results = {"quick": options.quick, "journal": no_journal or "a private systemd-journald",
+    results = {"quick": options.quick or options.once, "journal": no_journal or "a private systemd-journald",
                "variants": {variant.key: variant.title for variant in variants}}
     with Bench(options.programs) as bench:
         if not no_journal:
             results["journal_lines"] = bench.count_journal_lines(LOGGING)
-        wanted = parts(bench, variants, QUICK if options.quick else FULL)
+        wanted = parts(bench, variants, ONCE if options.once else QUICK if options.quick else FULL)
         for name in options.only or wanted:
             start = time.monotonic()
             results[name] = wanted[name]()
