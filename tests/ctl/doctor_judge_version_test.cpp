@@ -32,7 +32,7 @@ INSTANTIATE_TEST_SUITE_P(
                     }),
             "protocol",
             5,
-            "the service's answer is none that this version of the library reads: an answer of the "
+            "this version of the library cannot read the service's answer: an answer of the "
             "type (s)",
             {},
             "",

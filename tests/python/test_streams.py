@@ -119,8 +119,6 @@ def test_get_times_out(tv):
         assert 0.19 < time.monotonic() - begin < 2 * SLOWNESS
         with pytest.raises(TimeoutError):
             packets.get(0)
-        with pytest.raises(TimeoutError):
-            packets.get(-1)
 
 
 @pytest.mark.parametrize("end", ["stream", "television"])
@@ -141,7 +139,7 @@ def test_an_end_wakes_a_reader(television, end):
 
 
 def test_a_wrong_filter_says_why(tv):
-    with pytest.raises(ValueError, match="pid: 70000 is not in the range 0 to 65535"):
+    with pytest.raises(ValueError, match="pid: 70000 is not in the range 0 to 8191"):
         tv.pes([0x101, 70000])
     with pytest.raises(TypeError, match="kind: expected an int, got float"):
         tv.pes(kind=[1.5])
