@@ -69,6 +69,8 @@ TEST_F(DoctorOfAService, ReportsTheMissingEndpoint)
     Diagnosis const diagnosis = Diagnose();
     EXPECT_EQ(diagnosis.Wrong(), "endpoints");
     EXPECT_EQ(diagnosis.Text("endpoints"), "\"dbusname\" is empty in the answer to announcements: IPGUTIL");
+    EXPECT_THAT(diagnosis.checks.at("endpoints")["note"].asString(),
+                HasSubstr("empty for an interface that the service leaves out on purpose"));
     EXPECT_EQ(diagnosis.State("requests"), "ok");
 }
 

@@ -11,7 +11,8 @@ namespace {
 
 constexpr char NamingNote[] =
     "In a service that you write: answer each announcement with one pair, \"dbusname\" "
-    "and the unique name of the connection that has the endpoint.";
+    "and the unique name of the connection that has the endpoint. The name is empty for an "
+    "interface that the service leaves out on purpose.";
 constexpr char ReplyNote[] = "In a service that you write: answer each request with a{sv}, each value as a "
                              "variant of ay, with \"result_internal\" and every value of the function.";
 
