@@ -100,6 +100,16 @@ for name in trace.pcapng sim.pcap; do
     shown "$name" | diff expected -
 done
 
+# Bustle counts the same requests.
+if command -v bustle >/dev/null; then
+    for name in trace.pcapng sim.pcap; do
+        [ "$(bustle --count "$name" | awk '$3 == "org.corvel.zviptvapi.DbusCommunication.Send" { print $1 }')" -eq \
+            "$(grep -c '"message": "request"' "$name.txt")" ]
+    done
+else
+    echo "not checked: Bustle is not installed (package bustle)"
+fi
+
 # The simulator on its private bus, from before the service arrives until it has left.
 zviptv-sim --quiet --record session.pcapng --ts "$samples/sample.ts" -- zviptvctl call MuteAudio true
 zviptvctl trace --in session.pcapng | sed -E 's/^[0-9:.]+ //; s/:1\.[0-9]+/NAME/g; s/ (zviptvctl)?\[[0-9]+\]//; s/[0-9.]+ ms/TIME/' |

@@ -64,7 +64,6 @@ TEST_F(TraceFileTest, OtherFilesAreRefused)
     EXPECT_THAT(result.errors,
                 HasSubstr("zviptvctl: cannot read '" SAMPLE_PATH "': unknown file format; give a file that"));
     EXPECT_EQ(RunCtl({"trace", "--out", "bus.txt"}).code, 2);
-    EXPECT_EQ(RunCtl({"trace", "--follow"}).code, 2);
     EXPECT_EQ(RunCtl({"trace", "--in", "x.pcap", "--seconds", "1"}).code, 2);
 }
 

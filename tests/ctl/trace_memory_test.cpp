@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "Files.h"
+#include "PeakMemory.h"
 #include "TraceFixture.h"
 #include "WaitUntil.h"
 
 #include <cstdint>
 #include <fstream>
-#include <stdexcept>
 #include <string>
 
 using namespace zviptv::test;
@@ -14,18 +14,6 @@ namespace {
 
 constexpr std::size_t HeaderSize = 24; // of a pcap file
 constexpr std::size_t PacketSize = 4'000'000;
-
-/// The most memory that a process has had, in bytes.
-std::uint64_t PeakMemory(pid_t process)
-{
-    std::ifstream status("/proc/" + std::to_string(process) + "/status");
-    for (std::string line; std::getline(status, line);) {
-        if (line.rfind("VmHWM:", 0) == 0) {
-            return std::stoull(line.substr(6)) * 1024;
-        }
-    }
-    throw std::runtime_error("no VmHWM in the status of process " + std::to_string(process));
-}
 
 class TraceMemoryTest : public TraceTest
 {
@@ -40,10 +28,8 @@ protected:
             file << recording.substr(HeaderSize);
         }
         file.close();
-        // AddressSanitizer keeps freed memory for a while by default.
-        auto const trace = StartCtl(
-            {"trace", "--in", path, "--follow"},
-            {{"ASAN_OPTIONS", "quarantine_size_mb=0:thread_local_quarantine_size_kb=0"}, {"TZ", "UTC"}});
+        auto const trace = StartCtl({"trace", "--in", path, "--follow"},
+                                    {{"ASAN_OPTIONS", KeepNoFreedMemory}, {"TZ", "UTC"}});
         auto const packets = [&trace] {
             std::string const text = trace->Output();
             std::size_t count = 0;

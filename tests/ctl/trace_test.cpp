@@ -209,6 +209,15 @@ TEST_F(TraceTest, EndsAfterTheGivenTime)
     EXPECT_EQ(result.output, "");
 }
 
+TEST_F(TraceTest, FollowsTheBusWithOrWithoutTheOption)
+{
+    Start({"--follow"});
+    Request("PLAYERCONTROL", Entries({{"functionname", "MuteAudio"}, {"onoff", "1"}}));
+    CtlResult const result = End();
+    EXPECT_EQ(result.code, 0);
+    EXPECT_THAT(result.output, HasSubstr("PLAYERCONTROL MuteAudio onoff=true\n"));
+}
+
 TEST_F(TraceTest, ReportsWhichBusIsMissing)
 {
     CtlResult const result = RunCtl({"trace"}, {{"DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nowhere/bus"}});

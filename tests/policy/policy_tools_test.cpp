@@ -135,4 +135,31 @@ TEST_F(PolicyToolsTest, RootSeesWhatApplicationsAndTheServiceExchange)
     EXPECT_EQ(trace->Wait(patience), (ExitStatus{0, 0})) << trace->Errors();
 }
 
+/// As on another machine, where the user has another number: `ssh -L` and `unshare --user`.
+TEST_F(PolicyToolsTest, AForwardedBusIsUsedUnderTheNumberOfItsAccount)
+{
+    auto const allowed = Run(stranger, {"unshare", "--user", "--map-user=0", "--map-group=0", "true"});
+    if (!(allowed->Wait(patience) == ExitStatus{0, 0})) {
+        GTEST_SKIP() << "this machine does not let users create user namespaces: " << allowed->Errors();
+    }
+    auto const simulator = RunSimulator(m_bus->Address(), service);
+    ASSERT_TRUE(m_bus->Connect(application)->WaitForOwner(HelperName, true)) << simulator->Errors();
+    std::string const socket = m_bus->Directory() + "/forwarded";
+    auto const forwarding = Run(root, {ZVIPTV_FORWARD, m_bus->Directory() + "/bus", socket, stranger.name});
+    ASSERT_TRUE(forwarding->WaitForOutput("ready\n", patience)) << forwarding->Errors();
+    auto const use = [&](std::vector<std::string> command) {
+        command.insert(command.end(), {ZVIPTV_CTL, "call", "MuteAudio", "true"});
+        return RunAs("unix:path=" + socket, CredentialsOf(stranger), command);
+    };
+    auto const mapped = use({"unshare", "--user", "--map-user=0", "--map-group=0"});
+    EXPECT_EQ(mapped->Wait(patience), (ExitStatus{0, 0})) << mapped->Errors();
+    auto const other = use({});
+    EXPECT_EQ(other->Wait(patience), (ExitStatus{3, 0}));
+    EXPECT_THAT(other->Errors(), HasSubstr("the bus closed the connection"));
+    auto const withoutGroup = use({"unshare", "--user", "--map-user=0"});
+    EXPECT_EQ(withoutGroup->Wait(patience), (ExitStatus{3, 0}));
+    EXPECT_THAT(withoutGroup->Errors(),
+                AllOf(HasSubstr("Error sending credentials"), HasSubstr("Invalid argument")));
+}
+
 } // namespace zviptv::test

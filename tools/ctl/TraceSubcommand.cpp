@@ -51,9 +51,6 @@ void RequireCompatibleOptions(TraceOptions const& options)
     if (!badName.empty()) {
         throw Failure(ExitCode::Usage, badName);
     }
-    if (options.follows && options.in.empty()) {
-        throw Failure(ExitCode::Usage, "--follow needs --in: without --in, trace always follows the bus");
-    }
     if (options.duration && !options.in.empty()) {
         throw Failure(ExitCode::Usage, "--seconds and --in exclude each other: a file ends by itself");
     }
@@ -83,7 +80,8 @@ void CommandLine::AddTrace()
     app->add_option("--seconds", given->seconds, "End after S seconds")->type_name("S");
     app->add_option("--in", options.in, "Read a capture file instead of the bus; - is standard input")
         ->type_name("FILE");
-    app->add_flag("--follow", options.follows, "At the end of the file of --in, wait for more");
+    app->add_flag("--follow", options.follows,
+                  "At the end of the file of --in, wait for more; a bus is always followed");
     app->add_option("--out", options.out,
                     "Record all messages of the bus in FILE.pcapng or FILE.pcap; - writes pcapng to "
                     "standard output instead of the lines")
