@@ -29,6 +29,7 @@ PREFERENCES = {
     "browser.newtabpage.enabled": False, "browser.startup.homepage_override.mstone": "ignore",
     "network.captive-portal-service.enabled": False, "network.connectivity-service.enabled": False,
 }
+TAB = "\ue004"  # as WebDriver writes this key
 
 
 class Marionette:
@@ -52,7 +53,8 @@ class Marionette:
 
     def call(self, command, **parameters):
         self.number += 1
-        message = json.dumps([0, self.number, f"WebDriver:{command}", parameters]).encode()
+        full_name = command if ":" in command else f"WebDriver:{command}"
+        message = json.dumps([0, self.number, full_name, parameters]).encode()
         self.link.sendall(b"%d:%s" % (len(message), message))
         _, number, error, result = self._receive()
         assert number == self.number and error is None, error
@@ -60,6 +62,18 @@ class Marionette:
 
     def run(self, script, *arguments):
         return self.call("ExecuteScript", script=script, args=list(arguments))["value"]
+
+    def run_in_browser(self, script):
+        """Runs a script that may do everything, unlike those of pages."""
+        self.call("Marionette:SetContext", value="chrome")
+        try:
+            self.run(script)
+        finally:
+            self.call("Marionette:SetContext", value="content")
+
+    def press(self, key):
+        self.call("PerformActions", actions=[{"type": "key", "id": "keyboard", "actions": [
+            {"type": "keyDown", "value": key}, {"type": "keyUp", "value": key}]}])
 
     def text(self, name):
         return self.run("return document.getElementById(arguments[0]).textContent", name)
@@ -74,7 +88,8 @@ def firefox():
     with tempfile.TemporaryDirectory(prefix="zviptv-firefox-") as folder:
         Path(folder, "user.js").write_text("".join(
             f"user_pref({json.dumps(name)}, {json.dumps(value)});\n" for name, value in PREFERENCES.items()))
-        process = subprocess.Popen([FIREFOX, "--headless", "--marionette", "--no-remote", "--profile", folder, "about:blank"],
+        process = subprocess.Popen([FIREFOX, "--headless", "--marionette", "--remote-allow-system-access", "--no-remote",
+                                    "--profile", folder, "about:blank"],
                                    stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, env={**os.environ, "HOME": folder})
         try:
             port = Path(folder, "MarionetteActivePort")
@@ -117,8 +132,37 @@ class Firefox(unittest.TestCase):
         self.page.run("const w = document.getElementById('words'); w.value = 'seek 5.5'; w.form.requestSubmit()")
         wait_for(lambda: self.status()["Position"] == 5.5)
 
+    def test_conversation_faults_and_recorder(self):
+        self.page.click("record")
+        self.page.run("document.getElementById('fault-message').value = 'GetTTX'")
+        self.page.run("document.getElementById('fault-form').requestSubmit()")
+        wait_for(lambda: "GetTTX=error" in self.page.text("fault-list"))
+        wait_for(lambda: "fault add GetTTX=error" in self.page.text("recording"))
+        self.simulator.ctl("call", "GetTTX", "0")
+        self.page.run("document.getElementById('filter-failures').click()")
+        wait_for(lambda: "GetTTX failed: Injected" in self.page.text("rows"))
+        self.page.run("document.querySelector('.message:not([hidden])').click()")
+        wait_for(lambda: "000000  6c 03 " in self.page.text("details"))
+
+    def test_is_used_by_keyboard_in_the_dark(self):
+        self.page.run_in_browser("Services.prefs.setIntPref('layout.css.prefers-color-scheme.content-override', 0)")
+        self.addCleanup(self.page.run_in_browser,
+                        "Services.prefs.clearUserPref('layout.css.prefers-color-scheme.content-override')")
+        wait_for(lambda: self.page.run("return getComputedStyle(document.body).backgroundColor") == "rgb(18, 22, 28)", "the dark page")
+        reached = []
+        while "record" not in reached:
+            self.page.press(TAB)
+            name, outline = self.page.run("const e = document.activeElement; return [e.id, getComputedStyle(e).outlineStyle]")
+            self.assertNotEqual(outline, "none", name)
+            reached.append(name)
+            self.assertLess(len(reached), 200, reached)
+        self.assertLessEqual({"play", "diagram", "mute-audio", "words"}, set(reached))
+
     def test_fits(self):
-        for width in (1280, 500):  # Firefox makes no narrower window
-            self.page.call("SetWindowRect", width=width, height=900)
+        self.addCleanup(self.page.run_in_browser, "gBrowser.selectedBrowser.fullZoom = 1")
+        for width, zoom in ((1280, 1), (420, 1.25)):  # Firefox makes no window narrower than 500 pixels
+            self.page.run_in_browser(f"gBrowser.selectedBrowser.fullZoom = {zoom}")
+            self.page.call("SetWindowRect", width=int(width * zoom), height=900)
             wide, inner = self.page.run("return [document.documentElement.scrollWidth, innerWidth]")
-            self.assertLessEqual(wide, inner)
+            self.assertEqual(inner, width)
+            self.assertLessEqual(wide, width)

@@ -9,6 +9,7 @@ import time
 from contextlib import contextmanager
 
 from support import ALONE, BESIDE_OTHERS, PATIENCE, Application, PageTest, descendants, show_on, wait_for
+from viewer import Viewer
 
 SECOND = 1.0
 
@@ -60,6 +61,7 @@ class Shows(PageTest):
         pid = self.status()["ServicePid"]
         os.kill(pid, signal.SIGSTOP)
         self.wait_text_is("service", "service does not answer")
+        self.wait_text_is("picture-note", "The service does not answer: the page shows its last state.")
         os.kill(pid, signal.SIGCONT)
         self.wait_text_is("service", "running")
 
@@ -141,9 +143,38 @@ class Fits(PageTest):
                 self.assertEqual(unnamed, [])
 
 
+    def test_every_control_is_reached_by_keyboard(self):
+        """Its focus is visible and not covered, at each width in each mode."""
+        self.addCleanup(show_on, self.driver)
+        self.simulator.ctl("sim", "fault", "add", "GetTTX=error")
+        for width, dark in ((1280, False), (1280, True), (420, False), (420, True)):
+            show_on(self.driver, width, dark)
+            self.driver.get(self.simulator.address)
+            wait_for(lambda: "GetTTX" in self.text("fault-list") and "deu mpeg · 1 ch" in self.text("track-lists"))
+            controls = self.driver.execute_script("""
+                window.controls = [...document.querySelectorAll('button, input, select, a, [tabindex="0"]')].filter(
+                  control => !control.disabled && control.checkVisibility());
+                return window.controls.length""")
+            self.assertGreater(controls, 40)
+            reached = set()
+            for _ in range(controls + 30):  # some have several parts
+                self.driver.execute_cdp_cmd("Input.dispatchKeyEvent", {
+                    "type": "keyDown", "key": "Tab", "code": "Tab", "windowsVirtualKeyCode": 9})
+                place, problem = self.driver.execute_script("""
+                    const control = document.activeElement, box = control.getBoundingClientRect(), style = getComputedStyle(control);
+                    const top = document.elementFromPoint(box.left + box.width / 2, box.top + Math.min(box.height, innerHeight) / 2);
+                    return [window.controls.indexOf(control), style.outlineStyle === 'none' || style.outlineWidth === '0px'
+                      ? 'has no visible focus' : box.left < 0 || box.right > innerWidth ? 'is beyond the edge'
+                      : !control.contains(top) && !top?.contains(control) ? 'is covered' : '']""")
+                if place < 0:
+                    break
+                reached.add(place)
+                self.assertEqual(problem, "", self.driver.switch_to.active_element.get_attribute("outerHTML")[:120])
+            self.assertEqual(reached, set(range(controls)))
+
     def test_heads_of_columns_do_not_overlap(self):
-        for _ in range(4):
-            self.simulator.ctl("mute", "audio", "on")
+        for name in ("org.example.viewer", "org.example.remote", "org.example.recorder"):
+            self.addCleanup(Viewer(self.simulator.bus, name).close)
         wait_for(lambda: self.driver.execute_script("return document.querySelectorAll('.lane').length") >= 4, "three applications")
         places = self.driver.execute_script("""return [...document.querySelectorAll('.lane b')].map(
             head => [head.getBoundingClientRect().left, head.getBoundingClientRect().right])""")
@@ -195,8 +226,8 @@ class ConversationList(PageTest):
             self.simulator.ctl(*words)
         self.simulator.ctl("sim", "fault", "add", "GetTTX=error")
         self.simulator.ctl("call", "GetTTX", "0")
-        for pattern in ("MuteAudio onoff=true", "✓", "✗ refused", " µs", "PESCB 0x01", "announces playercontrol",
-                        "has left the bus", "✗ org.corvel.zviptvapi.Error.Injected", "zviptvctl :1."):
+        for pattern in ("MuteAudio onoff=true", "✓", "✗ SetCurrentAudioByIndex refused", " µs", "PESCB 0x01", "announces playercontrol",
+                        "has left the bus", "withdraws playercontrol", "✗ GetTTX failed: Injected: ", "zviptvctl :1."):
             self.type_filter("")
             wait_for(lambda: self.anywhere(pattern), pattern)
         self.type_filter("pescb")
@@ -214,6 +245,18 @@ class ConversationList(PageTest):
         colours = self.driver.execute_script("""return [...document.querySelectorAll('.message:not([hidden]) .says')].map(
             row => getComputedStyle(row).color)""")
         self.assertEqual(set(colours), {"rgb(179, 38, 30)"})
+        self.driver.find_element("css selector", ".message:not([hidden])").click()
+        wait_for(lambda: "Values of the requestindex9" in self.text("details"))
+
+    def test_pushes_to_two_applications_share_rows(self):
+        viewers = [Viewer(self.simulator.bus) for _ in range(2)]
+        for viewer in viewers:
+            self.addCleanup(viewer.close)
+            viewer.subscribe()
+        pushed = lambda: [int(count) for row in self.rows() if row.startswith("PESCB")  # noqa: E731
+                          for count in [1 + row.count(",") + sum(int(times) - 1 for times in re.findall("×([0-9]+)", row))]]
+        wait_for(lambda: sum(pushed()) > 100, "pushes")
+        self.assertGreater(sum(pushed()), 4 * len(pushed()))
 
     def test_shows_one_application(self):
         applications = [Application(self.simulator.bus) for _ in range(2)]

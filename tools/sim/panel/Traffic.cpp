@@ -135,21 +135,24 @@ void Traffic::Keep(Event const& event, std::string const& bytes)
     }
 }
 
-/// Collects the pushes to one application until another message arrives.
+/// Collects the pushes to each application until another message arrives.
 void Traffic::AddPush(Event const& event)
 {
     std::string const application = event.application ? event.application->busName : "";
-    if (!m_pushes.isNull() &&
-        (m_pushes["application"].asString() != application || m_pushes["pushes"].size() == MaxPushes)) {
+    auto found = m_pushes.find(application);
+    if (found != m_pushes.end() && found->second["pushes"].size() == MaxPushes) {
         EndPushes();
+        found = m_pushes.end();
     }
-    if (m_pushes.isNull()) {
-        m_pushes = Short(event);
-        m_pushes["values"] = "";
+    if (m_pushes.empty()) {
         m_ending = LoopSource::Every(PushesEndAfter, [this] {
             EndPushes();
             m_onNews();
         });
+    }
+    if (found == m_pushes.end()) {
+        found = m_pushes.emplace(application, Short(event)).first;
+        found->second["values"] = "";
     }
     Json::Value push(Json::arrayValue);
     push.append(Json::UInt64{event.number});
@@ -157,16 +160,21 @@ void Traffic::AddPush(Event const& event)
     push.append(Json::Int64{event.pid.value_or(-1)});
     push.append(Json::Int64{event.pts.value_or(-1)});
     push.append(Json::UInt64{event.size.value_or(0)});
-    m_pushes["pushes"].append(push);
+    found->second["pushes"].append(push);
 }
 
+/// Pages expect the numbers of messages in ascending order.
 void Traffic::EndPushes()
 {
-    if (!m_pushes.isNull()) {
-        m_feed.Add(ToText(m_pushes));
-        m_pushes = Json::Value();
-        m_ending.Stop();
+    std::map<Json::UInt64, Json::Value> ordered;
+    for (auto& [application, pushes] : m_pushes) {
+        ordered.emplace(pushes["number"].asUInt64(), std::move(pushes));
     }
+    for (auto const& [number, pushes] : ordered) {
+        m_feed.Add(ToText(pushes));
+    }
+    m_pushes.clear();
+    m_ending.Stop();
 }
 
 std::optional<std::string> Traffic::Details(std::string const& number) const

@@ -9,6 +9,7 @@
 
 #include <deque>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -54,8 +55,8 @@ private:
     trace::Conversation m_conversation;
     std::deque<Kept> m_kept;
     std::size_t m_bytes = 0;
-    Json::Value m_pushes; ///< successive pushes; null if there are none
-    LoopSource m_ending;  ///< the end of m_pushes
+    std::map<std::string, Json::Value> m_pushes; ///< successive pushes, by application
+    LoopSource m_ending;                         ///< the end of m_pushes
     std::unique_ptr<trace::Monitor> m_monitor;
 };
 

@@ -31,5 +31,5 @@ export function startApplications() {
     ...(state.Applications.length === 0 ? [make("li", { class: "quiet" }, "none connected")]
       : state.Applications.map(item))));
   watch(["Sent", "Dropped"], () => setText(byId("totals"),
-    `${state.Sent.toLocaleString("en")} notifications sent, ${state.Dropped.toLocaleString("en")} dropped`));
+    `${state.Sent.toLocaleString("en")} notification${state.Sent === 1 ? "" : "s"} sent, ${state.Dropped.toLocaleString("en")} dropped`));
 }

@@ -48,11 +48,12 @@ const streamControls = `#play, #speed, #mute-audio, #mute-video, #lock-programme
   :is([data-verb], #time-form) :is(input, select, button)`;
 
 export function startControls() {
-  watch(["Replay"], () => {
+  watch(["Replay", "Input"], () => {
     byId("replay-note").hidden = !state.Replay;
     document.querySelectorAll(streamControls).forEach(control => {
       control.disabled = Boolean(state.Replay);
     });
+    byId("sound").disabled = Boolean(state.Replay) && !state.Input;
   });
   toggle("mute-audio", "AudioMuted", on => ["mute", "audio", on ? "on" : "off"]);
   toggle("mute-video", "VideoMuted", on => ["mute", "video", on ? "on" : "off"]);

@@ -9,7 +9,7 @@ import { state, update, watch } from "./store.js";
 export const mostMessages = 10000;
 const rowHeight = 26;
 const lanesWidth = 0.55; // share of the width of the diagram
-const roomForTitle = 120; // pixels
+const roomForTitle = 180; // pixels
 
 const messages = [];
 const applications = new Map(); // known applications by bus name
@@ -94,18 +94,24 @@ function forgetApplications() {
   return [...applications.keys()].filter(name => !used.has(name) && applications.delete(name)).length > 0;
 }
 
+/** The name in a narrow column: "viewer" of an application that has named itself "org.example.viewer". */
+const shortTitleOf = busName => applications.get(busName)?.name?.split(".").pop() || busName;
+
 /** The name of an application: the one that it has set, otherwise that of its program. */
 export function titleOf(busName) {
   const { name, program } = applications.get(busName) ?? {};
   return name || (program ? `${program.split("/").pop()} ${busName}` : busName);
 }
 
+/** The title with the bus name, which distinguishes applications of the same name. */
+const fullTitleOf = busName => titleOf(busName).endsWith(busName) ? titleOf(busName) : `${titleOf(busName)} ${busName}`;
+
 /** Changes only what differs: there may be thousands of applications, and new ones with every message. */
 function showApplications() {
   const list = byId("filter-application");
   const former = new Map([...list.options].slice(1).map(option => [option.value, option]));
   for (const name of applications.keys()) {
-    setText(former.get(name) ?? list.appendChild(make("option", { value: name })), titleOf(name));
+    setText(former.get(name) ?? list.appendChild(make("option", { value: name })), fullTitleOf(name));
     former.delete(name);
   }
   former.forEach(option => option.remove());
@@ -175,13 +181,12 @@ function draw() {
   diagram.dataset.count = messages.length;
 }
 
-/** A narrow column shows only the bus name. */
 function drawColumns({ service, step, of }) {
   const isNarrow = step > 0 && step < roomForTitle;
   const heads = [["", "service", service], ...[...of].map(([name, x]) => [name, titleOf(name), x])];
   setChildren(byId("lanes"), ...heads.map(([name, title, x]) =>
     make("span", { class: name ? "lane" : "lane service", style: `left:${x}px`, title }, make("b",
-      isNarrow && name ? { style: `max-width:${step - 4}px` } : {}, isNarrow && name ? name : title))));
+      name && step > 0 ? { style: `max-width:${step - 8}px` } : {}, isNarrow && name ? shortTitleOf(name) : title))));
 }
 
 function showPaused() {

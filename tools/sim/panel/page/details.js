@@ -28,7 +28,10 @@ function dump(raw) {
   return make("div", {}, make("h4", {}, `Raw, ${sizeText(size)}`), text, more);
 }
 
-const shapes = { latency: latencyText, pid: value => hexText(value), size: sizeText,
+const applicationText = ({ bus, name, program, process }) =>
+  [name, bus, program && `${program}[${process}]`].filter(Boolean).join(" ");
+
+const shapes = { application: applicationText, latency: latencyText, pid: value => hexText(value), size: sizeText,
   time: value => new Date(value / 1000).toISOString() };
 
 function factText(name, value) {
@@ -40,15 +43,20 @@ function facts(object) {
     make("div", {}, make("dt", {}, name), make("dd", {}, factText(name, value)))));
 }
 
+function valueFacts(title, values = {}) {
+  return Object.keys(values).length ? [make("h4", {}, title), facts(values)] : [];
+}
+
 async function load(number) {
   const answer = await fetch(`api/message/${number}`);
   if (!answer.ok) {
     return [make("p", { class: "quiet" }, "The bytes of this message have been discarded.")];
   }
   const { event, raw } = await answer.json();
-  const { values = {}, ...rest } = event;
-  return [facts(rest), Object.keys(values).length ? make("h4", {}, "Values") : null,
-    Object.keys(values).length ? facts(values) : null, dump(raw)];
+  const { values, ...rest } = event;
+  const request = event.request ? await fetch(`api/message/${event.request}`) : null;
+  return [facts(rest), ...(request?.ok ? valueFacts("Values of the request", (await request.json()).event.values) : []),
+    ...valueFacts("Values", values), dump(raw)];
 }
 
 /** Successive notifications. A click opens one of them. */
@@ -75,7 +83,9 @@ export async function showDetails(element, message) {
     return;
   }
   delete element.dataset.look;
-  const head = heading(element, `${message.function || message.kind}: ${describe(message).text}`);
+  const { text } = describe(message);
+  const subject = message.function || message.kind;
+  const head = heading(element, text.includes(subject) ? text : `${subject}: ${text}`);
   const parts = message.pushes ? [pushTable(element, message)] : await load(message.number);
   if (wanted === message) {
     element.replaceChildren(head, ...parts.filter(Boolean));

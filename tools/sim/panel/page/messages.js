@@ -11,9 +11,13 @@ export const latencyText = microseconds => microseconds < 1000 ? `${microseconds
 export const sizeText = bytes => bytes < 1000 ? `${bytes} B` : bytes < 1e6 ? `${(bytes / 1000).toFixed(1)} kB`
   : `${(bytes / 1e6).toFixed(1)} MB`;
 
+/** Whether a pushed packet has no PID, without which an application cannot know its track. */
+const isWithoutPid = ([, name, pid]) => name === "PESCB" && pid < 0;
+
 /** Whether the message is a refusal, an error, or violates the protocol. */
-export function isFailure({ kind, result, problems, isAbrupt }) {
-  return kind === "error" || kind === "gap" || isAbrupt === true || result === false || (problems?.length ?? 0) > 0;
+export function isFailure({ kind, result, problems, isAbrupt, pushes }) {
+  return kind === "error" || kind === "gap" || isAbrupt === true || result === false || (problems?.length ?? 0) > 0 ||
+    (pushes?.some(isWithoutPid) ?? false);
 }
 
 /** "PESCB 0x0100 ×11, 0x0101 ×2, 0x0103 · 6.8 kB" */
@@ -25,10 +29,14 @@ function pushesText(pushes) {
     pids.set(pid, (pids.get(pid) ?? 0) + 1);
     bytes += size;
   }
-  const pidsText = pids => [...pids].sort(([one], [other]) => one - other)
-    .map(([pid, count]) => (pid >= 0 ? ` ${hexText(pid)}` : "") + (count > 1 ? ` ×${count}` : "")).join(",");
-  return [...counts].map(([name, pids]) => name + pidsText(pids)).join(", ") + ` · ${sizeText(bytes)}`;
+  const pidText = (name, pid) => pid >= 0 ? ` ${hexText(pid)}` : name === "PESCB" ? " without PID" : "";
+  const pidsText = (name, pids) => [...pids].sort(([one], [other]) => one - other)
+    .map(([pid, count]) => pidText(name, pid) + (count > 1 ? ` ×${count}` : "")).join(",");
+  return [...counts].map(([name, pids]) => name + pidsText(name, pids)).join(", ") + ` · ${sizeText(bytes)}`;
 }
+
+/** Without the first parts of the error's name: "org.freedesktop.DBus.Error.NoReply: ...". */
+const shortError = text => text.replace(/^[\w.]+\.(?=\w+:)/, "");
 
 function wordsOf(message, application) {
   const { kind, values, result, latency } = message;
@@ -39,13 +47,13 @@ function wordsOf(message, application) {
     case "request":
       return message.function ? `${message.function} ${values}` : "checks that the application reads its messages";
     case "reply":
-      return `${result === undefined ? "answer" : result ? "✓" : "✗ refused"} ${values}${after}`;
+      return `${result === undefined ? "answer" : result ? "✓" : `✗ ${message.function} refused`} ${values}${after}`;
     case "error":
-      return `✗ ${message.error}${after}`;
+      return `✗ ${message.function || message.endpoint.toLowerCase()} failed: ${shortError(message.error)}${after}`;
     case "notification":
       return message.pushes ? pushesText(message.pushes) : `${message.function} ${values}`;
     case "announcement":
-      return `announces ${message.endpoint.toLowerCase()} ${values}`;
+      return `${/(^| )add=n( |$)/.test(values) ? "withdraws" : "announces"} ${message.endpoint.toLowerCase()}`;
     case "answer":
       return `answer ${values}${after}`;
     case "loss":

@@ -49,7 +49,10 @@ function forget() {
 }
 
 /** The line below the picture that reports what is missing. */
-function noteOf({ PanelPicture: picture, Paused }) {
+function noteOf({ PanelPicture: picture, Paused, Running, Responding }) {
+  if (Running && Responding === false) {
+    return "The service does not answer: the page shows its last state.";
+  }
   switch (picture?.state) {
     case "no ffmpeg":
       return install;
@@ -139,7 +142,7 @@ function toggleSound() {
 export function startPicture() {
   watch(["Running", "ProgrammeLocked", "ServiceLocked", "VideoMuted", "SourceState", "Replay", "Input"], follow);
   document.addEventListener("visibilitychange", follow);
-  watch(["PanelPicture", "Paused"], showState);
+  watch(["PanelPicture", "Paused", "Running", "Responding"], showState);
   watch(["Input", "Programme"], forget);
   watch(["AudioMuted", "ProgrammeLocked", "ServiceLocked", "Running"], followSound);
   byId("sound").onclick = toggleSound;

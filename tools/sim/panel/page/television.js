@@ -16,6 +16,9 @@ export function positionNow() {
   return state.Duration > 0 ? Math.min(position, state.Duration) : position;
 }
 
+/** The name of an application, or the word "control". */
+const mutedByText = name => name === "control" ? "the simulator's controls" : name;
+
 /** The reason why the screen shows no picture: an icon, a title and a line. */
 export function coverOf({ Running, ProgrammeLocked, ServiceLocked, LockStopsPushes, VideoMuted, VideoMutedBy, SourceState,
   Replay, Input }) {
@@ -31,7 +34,7 @@ export function coverOf({ Running, ProgrammeLocked, ServiceLocked, LockStopsPush
         : "Packets and captions are still sent."}`];
   }
   if (VideoMuted) {
-    return ["dark", "Picture muted", `by ${VideoMutedBy}`];
+    return ["dark", "Picture muted", `by ${mutedByText(VideoMutedBy)}`];
   }
   if (SourceState === "starting" || SourceState === "error") {
     return ["wait", SourceState === "error" ? "The input has failed" : "Waiting for the input", ""];
@@ -52,7 +55,7 @@ function showCover() {
 
 function showBadges() {
   const badges = [
-    state.AudioMuted && `Sound muted by ${state.AudioMutedBy}`,
+    state.AudioMuted && `Sound muted by ${mutedByText(state.AudioMutedBy)}`,
     state.Paused && "Paused",
     state.Speed !== 1 && `${state.Speed}×`,
     state.SourceState === "ended" && "Ended",
