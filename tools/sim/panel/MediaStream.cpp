@@ -157,6 +157,9 @@ void MediaStream::OnEnd()
     m_checking.Stop();
     bool const hasShown = m_number != m_numberAtStart;
     if (m_content["state"] == "still" && hasShown) {
+        if (m_next.IsRunning()) {
+            return; // Refresh() has planned a restart
+        }
         m_next = LoopSource::Every(AtOnce, [this] {
             m_next.Stop();
             m_decoder.reset();
