@@ -14,6 +14,7 @@ namespace zviptv {
 /// How each kind of handle is released.
 struct GLibRelease
 {
+    void operator()(GDateTime* time) const { g_date_time_unref(time); }
     void operator()(GBytes* bytes) const { g_bytes_unref(bytes); }
     void operator()(GDBusNodeInfo* info) const { g_dbus_node_info_unref(info); }
     void operator()(GMainContext* context) const { g_main_context_unref(context); }

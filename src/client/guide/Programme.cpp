@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <zviptv/client/Programme.h>
 
-#include <array>
-#include <ctime>
+#include "glib/Owned.h"
+
 #include <tuple>
 
 namespace zviptv {
@@ -11,14 +11,14 @@ namespace {
 
 std::string TimeText(std::chrono::system_clock::time_point time)
 {
-    std::time_t const seconds = std::chrono::system_clock::to_time_t(time);
-    std::tm parts{};
-    std::array<char, 64> text{};
-    if (gmtime_r(&seconds, &parts) == nullptr ||
-        std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S UTC", &parts) == 0) {
+    // The std::time_t of i386 and armhf ends in 2038.
+    std::int64_t const seconds = std::chrono::floor<std::chrono::seconds>(time.time_since_epoch()).count();
+    Owned<GDateTime> const date(g_date_time_new_from_unix_utc(seconds));
+    if (date == nullptr) {
         return std::to_string(seconds) + " s since 1970";
     }
-    return text.data();
+    Owned<char> const text(g_date_time_format(date.get(), "%Y-%m-%d %H:%M:%S UTC"));
+    return text.get();
 }
 
 } // namespace
