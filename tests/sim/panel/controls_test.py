@@ -121,27 +121,25 @@ class Controls(PageTest):
 
     def test_recorder_takes_every_verb(self):
         """And the scenario runs without errors."""
-        self.spend_simulator()
         verbs = ("pause", "play", "seek 3.5", "speed 2", f"load {SAMPLE.resolve()}", "programme 1", "lock programme",
                  "unlock programme", "time 1774738800", "fault add GetTTX=error --for 2", "fault remove GetTTX=error",
-                 "fault clear", "mute video on", "select subtitle 1", "die --for 0.1", "restart", "reset", "quit")
+                 "fault clear", "mute video on", "select subtitle 1", "die --for 0.1", "restart", "reset")
         offered = self.driver.execute_async_script(
             "const done=arguments[0];fetch('api/verbs.json').then(a=>a.json()).then(l=>done(l.map(verb=>verb.words)))")
-        self.assertEqual([words for words in offered if not any(verb.startswith(words) for verb in verbs)], [])
+        self.assertEqual([words for words in offered if not any(verb.startswith(words) for verb in verbs)],
+                         ["quit"], "it may end the simulator before the page has the answer")
         self.click("record")
         for count, verb in enumerate(verbs, 1):
             self.driver.execute_script("const w=document.getElementById('words');w.value=arguments[0];w.form.requestSubmit()", verb)
             wait_for(lambda: self.text("recording").count("\n") == count - 1 and verb.split()[0] in self.text("recording"), verb)
         self.click("record")
+        text = unquote(self.attribute("download", "href").split(",", 1)[1])
+        self.assertEqual([line.split(" ", 1)[1] for line in text.splitlines()[1:]], list(verbs))
         file = Path(self.simulator.folder.name, "verbs.scenario")
-        file.write_text(unquote(self.attribute("download", "href").split(",", 1)[1]))
-        self.assertEqual([line.split(" ", 1)[1] for line in file.read_text().splitlines()[1:]], list(verbs))
-        played = subprocess.run([SIM, "--ts", SAMPLE, "--loop", "--bus", "private", "--scenario", file],
+        file.write_text(f"{text}30 quit\n")
+        played = subprocess.run([SIM, "--ts", SAMPLE, "--loop", "--bus", "private", "--speed", "10", "--scenario", file],
                                 capture_output=True, text=True, timeout=PATIENCE)
         self.assertEqual((played.returncode, re.findall(".*(?:failed|not run).*", played.stderr)), (0, []))
-        self.assertEqual(self.simulator.process.wait(PATIENCE), 0)
-        self.driver.get("about:blank")
-        self.driver.get_log("browser")
 
     def test_recorder_makes_a_scenario(self):
         self.click("record")

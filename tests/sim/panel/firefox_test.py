@@ -106,10 +106,10 @@ class Firefox(unittest.TestCase):
         cls.page = cls.enterClassContext(firefox())
         cls.simulator = Simulator()
         cls.addClassCleanup(cls.simulator.close)
-        cls.page.call("Navigate", url=cls.simulator.address)
 
     def setUp(self):
         self.assertEqual(self.simulator.ctl("sim", "reset").returncode, 0)
+        self.page.call("Navigate", url=self.simulator.address)
         wait_for(lambda: self.page.text("service") == "running", "the page's connection")
 
     def status(self):
@@ -141,7 +141,8 @@ class Firefox(unittest.TestCase):
         self.simulator.ctl("call", "GetTTX", "0")
         self.page.run("document.getElementById('filter-failures').click()")
         wait_for(lambda: "GetTTX failed: Injected" in self.page.text("rows"))
-        self.page.run("document.querySelector('.message:not([hidden])').click()")
+        self.page.run("""[...document.querySelectorAll('.message:not([hidden])')].find(
+            row => row.textContent.includes('GetTTX failed')).click()""")
         wait_for(lambda: "000000  6c 03 " in self.page.text("details"))
 
     def test_is_used_by_keyboard_in_the_dark(self):
