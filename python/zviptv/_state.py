@@ -38,7 +38,7 @@ class TelevisionState:
 
 @dataclasses.dataclass(frozen=True)
 class StateChange(Generic[T]):
-    """A change of one value of TelevisionState. The classes below say of which one."""
+    """A change of one value of TelevisionState. There is a class for each value, such as SourceChange."""
 
     before: T
     after: T

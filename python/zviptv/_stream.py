@@ -48,8 +48,8 @@ class Subscribed(Generic[T]):
 class Stream(Subscribed[T]):
     """Items in the order in which they arrived: an iterator, and a context manager that ends the subscription.
 
-    If the reader is slow, the oldest items are dropped and counted. The iteration ends after end(), and when the Television
-    is closed. Several threads may read; each item goes to one of them.
+    If the reader is slow, the oldest items are dropped and counted. The iteration ends after end(), and when the
+    Television is closed. Several threads may read; each item goes to one of them.
     """
 
     def __enter__(self) -> Self:
@@ -65,7 +65,7 @@ class Stream(Subscribed[T]):
         return self._source.get()
 
     def get(self, timeout: float | None = None) -> T:
-        """Waits for the next item, `timeout` seconds at most; 0 for an item that is there, None for as long as it takes.
+        """Returns the next item, and waits for it `timeout` seconds at most. 0 does not wait, None has no limit.
 
         Raises TimeoutError if none came, and StopIteration after the end.
         """
@@ -79,7 +79,7 @@ class Watching(Subscribed[StateEvent]):
 
     @property
     def state(self) -> TelevisionState:
-        """The latest state; without values before the first event. It may have changes that were not read yet."""
+        """The latest state, also if the events of its changes were not read yet. Empty before the first event."""
         return self._source.state
 
     def refresh(self) -> None:

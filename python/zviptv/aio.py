@@ -16,7 +16,8 @@ class Television(Subscriptions):
     """The IPTV service of a television, for one event loop. Create it in a coroutine.
 
     `async with zviptv.aio.Television() as tv:` closes it at the end. The functions are coroutines with an additional
-    `timeout` in seconds, which is 2 by default and may be 0 or more; cancelling the task that awaits one cancels the call. For the rest see zviptv.Television.
+    `timeout` in seconds, which is 2 by default and may be 0 or more. Cancelling the task that awaits such a coroutine
+    cancels the call. For the rest see zviptv.Television.
     """
 
     def __init__(self, bus_address: str = "", *, profile: int = 1, id: int = 0, application_id: str = "") -> None:

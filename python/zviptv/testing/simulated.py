@@ -80,7 +80,7 @@ class Television(Verbs):
         return dict(properties)
 
     def _settle(self) -> None:
-        """Waits until the conversation has all requests answered so far: the simulator answers in order."""
+        """Waits until the conversation contains all requests that were answered before; signals arrive in order."""
         self.properties
 
     @property
