@@ -52,14 +52,14 @@ struct ZVFailure
 
 /// The calling thread's last failure. Each thread has its own.
 ///
-/// Every function of CIPTVServiceAPI and of its objects, and every constructor and every function that sends
-/// in CProxyDBusHelper, CCommonNative and CConnectionHelperDBusClient, sets it: first to ZV_FAILURE_NONE, and
-/// then to the failure, if there is one. It is also set if a function returns success although nothing was
-/// sent: a subscription that did not reach the service, a Destroy that could not be announced, an object that
-/// could not be connected. Before a call throws std::invalid_argument, std::out_of_range or
-/// std::length_error, it is set to ZV_FAILURE_MALFORMED_REPLY. Work of the library in callbacks of the main
-/// loop does not change it, with one exception: a notification that cannot be read sets it on the thread that
-/// iterates the context.
+/// Each of these functions sets it first to ZV_FAILURE_NONE, and then to the failure, if there is one: all
+/// functions of CIPTVServiceAPI and of its objects, and the constructors and the sending functions of
+/// CProxyDBusHelper, CCommonNative and CConnectionHelperDBusClient. They also set it if they return success
+/// although nothing was sent: a subscription that did not reach the service, a Destroy that could not be
+/// announced, an object that could not be connected. Before a call throws std::invalid_argument,
+/// std::out_of_range or std::length_error, it is set to ZV_FAILURE_MALFORMED_REPLY. Work of the library in
+/// callbacks of the main loop does not change it, with one exception: a notification that cannot be read sets
+/// it on the thread that iterates the context.
 /// The result and its pointers are valid until the thread ends, but their contents change with the next call
 /// of the library on the thread: copy what you need longer. May be called at any time, also from destructors
 /// of static and thread-local objects. Calls that succeed allocate no memory for it.

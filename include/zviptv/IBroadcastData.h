@@ -97,8 +97,8 @@ public:
                                     char& koreanCode) = 0;
 
     /// Ratings of the current programme; replaces the vector's content. Throws std::length_error if the
-    /// service announces a negative number of ratings, or ratings of over 1 MiB more than it sent; the vector
-    /// is then empty.
+    /// number of ratings that the service announces is negative, or if that many ratings are over 1 MiB
+    /// larger than the data that it sent; the vector is then empty.
     virtual bool GetRatingInfo(std::vector<ZVRatingInfo>& ratings) = 0;
 
     /// Unlocks the programme, the service or everything, or locks it again.

@@ -43,8 +43,8 @@ public:
     virtual bool GetProgramListSize(unsigned long long inID, unsigned int startTime, unsigned int duration,
                                     int& size) = 0;
 
-    /// Programme number `index`, from 0, of the list of the last GetProgramListSize; before the first one, of
-    /// the whole guide.
+    /// Programme number `index`, from 0, of the list of the last GetProgramListSize, or of the whole guide if
+    /// there was none.
     virtual bool GetProgram(unsigned int index, std::string& program) = 0;
 
     /// The programme with this `id`, or the one before or after it.

@@ -26,11 +26,12 @@
 ///
 /// Threads: all functions may be called from any thread, and from inside any callback of the objects.
 /// Creating and destroying an object each call the service, which takes at most 2000 ms on a bus that
-/// answers. A thread that makes the same call as another thread waits for it and shares its outcome. A thread
-/// that makes the opposite call waits for it first. Therefore each function takes at most 4 s, for any number
-/// of threads; a Destroy also waits for callbacks, as described below. Incoming data and the loss of the
-/// service are delivered through the main context that is the thread default of the creating thread, normally
-/// the process's default context: the process must iterate it.
+/// answers. If another thread is making the same call, a call waits for it and shares its outcome. A Destroy
+/// during a Create waits for the Create, and a Create during a Destroy waits until the old object has left.
+/// Therefore each function takes at most 4 s, for any number of threads; a Destroy also waits for callbacks,
+/// as described below. Incoming data and the loss of the service are delivered through the main context that
+/// is the thread default of the creating thread, normally the process's default context: the process must
+/// iterate it.
 /// When the bus itself ends while a main loop runs, GIO ends the process with SIGTERM, unless the application
 /// turns this off with g_dbus_connection_set_exit_on_close. If the process continues, its objects are lost,
 /// as after the loss of the service. When a bus is available again, at the same address or at the one in

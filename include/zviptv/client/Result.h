@@ -13,9 +13,9 @@
 
 namespace zviptv {
 
-/// Ends the process with a message on standard error because the program has read the wrong part of a Result:
-/// the value of a failed call, which failed with `failure`, or, if `failure` is null, the failure of a
-/// successful call.
+/// Ends the process with a message on standard error because the program has read the wrong part of a Result.
+/// `failure` is the failure of the call whose value was read. It is null if the failure of a successful call
+/// was read.
 [[noreturn]] ZVIPTV_API void EndWrongRead(Failure const* failure);
 
 /// The outcome of a call: a value of type T, or a Failure.

@@ -112,8 +112,8 @@ struct StateOptions
 /// It may outlive the Television, but reports nothing after the Television has been destroyed.
 ///
 /// Errors: if the service refuses a question, the value is missing from the state. After any other failure
-/// the value stays as it was, and the failure is reported to Television::OnError, once until the question is
-/// answered again.
+/// the value stays as it was, and the failure is reported to Television::OnError: only once, even if the same
+/// question fails several times in a row.
 class ZVIPTV_API StateWatcher
 {
 public:

@@ -63,7 +63,7 @@ private:
 
 /// The television of one test: controls it, and sees what applications ask of it. Each object begins with a
 /// fresh television. All objects of a process use one simulator, which the first one starts unless the test
-/// program runs in zviptv-sim. Make it before the objects of the application: the first one sets
+/// program runs in zviptv-sim. Make it before the objects of the application: the first Television sets
 /// DBUS_SYSTEM_BUS_ADDRESS. To be used by one thread at a time.
 class Television final : public Verbs
 {
@@ -113,7 +113,7 @@ public:
         return RunningScenario(m_session, text, folder.empty() ? "scenario" : folder + "/scenario");
     }
 
-    /// All requests since the reset, in their order: every request that was answered before is there.
+    /// All requests that were answered between the reset and this call, in their order.
     std::vector<Request> Requests()
     {
         m_session.Settle();
