@@ -105,7 +105,7 @@ INSTANTIATE_TEST_SUITE_P(
                   4,
                   "the bus has loaded the policy, but not for user zviptv",
                   {ReloadConfig},
-                  "may not own its name",
+                  "The bus does not let the service own its name.",
                   ""},
         WrongCase{"ReadBeforeTheGroupWasMade",
                   Changed(HealthyMachine(),

@@ -37,7 +37,7 @@ INSTANTIATE_TEST_SUITE_P(
             {},
             "",
             "In a service that you write: answer each announcement, a call of SendSignal, with a list of "
-            "pairs of texts, a(ss). In a service of somebody else: install a version that fits this "
+            "pairs of texts, a(ss). If somebody else wrote the service: install a version that fits this "
             "library, or report the problem to its developers."},
         WrongCase{"UnknownMethod",
                   Changed(HealthyMachine(),

@@ -35,8 +35,8 @@ constexpr char const* SimulatorFooter =
     R"(Like every command, sim uses the bus of DBUS_SYSTEM_BUS_ADDRESS, which is set for
 the command after 'zviptv-sim ... --'. status and watch use the names of the
 properties of the control interface. With --json, status prints one object, and
-watch one object per line: "event" is "change" with the properties that have
-changed, "request", "died" or "restarted".
+watch one object per line: "event" is "request", "died", "restarted", or "change"
+with the properties that have changed.
 )";
 
 constexpr char const* CallFooter =
@@ -126,8 +126,8 @@ constexpr char const* DoctorFooter =
 accounts, policy, group, service, owner, main loop, protocol, endpoints, requests,
 version. Each is ok, wrong or unknown; unknown means that another problem prevents
 the check. The lines after a failed check say what the problem means for an
-application and which commands fix it. Accounts, policy and group matter on a bus
-that denies by default, like a machine's system bus. The doctor tries policies
+application and which commands fix it. Accounts, policy, group and owner matter on a
+bus that denies by default, like a machine's system bus. The doctor tries policies
 instead of reading them: two of its connections call and signal each other. It
 announces one channel of each type to the service, sends each endpoint a request
 that changes nothing, and withdraws the channels again.
@@ -135,11 +135,14 @@ that changes nothing, and withdraws the channels again.
 The report is for the user who runs the command. For root, it also shows whether the
 bus knows the service's user.
 
-The exit code is that of the first problem: 3 for a bus or service that is missing,
-4 for one that refuses or does not answer, 5 for answers that cannot be read and for
-versions that do not match. With --json, "checks" is an array of objects with
-"check", "state" and "text", and for problems also "meaning", "commands" and "note";
-"summary" and, if there is a problem, "error" are texts.
+The exit code is that of the first problem: 3 for a bus that is missing or refuses
+the user, and for a service that is missing or leaves the bus; 4 for a bus or a
+service that does not answer, for a problem with accounts, policy or group, for a
+service of the wrong user, and for endpoints that are missing or answer with errors;
+5 for answers that cannot be read, and for versions that do not match. With --json,
+"checks" is an array of objects with "check", "state" and "text", and for problems
+also "meaning", "commands" and "note"; "summary" and, if there is a problem, "error"
+are texts.
 )";
 
 } // namespace zviptv::ctl::help

@@ -127,7 +127,7 @@ Fix CorrectService(Facts const& facts)
 {
     if (!IsSimulator(facts)) {
         return {{},
-                "In a service of somebody else: install a version that fits this library, or report the "
+                "If somebody else wrote the service: install a version that fits this library, or report the "
                 "problem to its developers."};
     }
     Fix fix = RestartService(facts);

@@ -61,7 +61,7 @@ Finding Silent(Facts const& facts)
     return Wrong(Check, ExitCode::NoAnswer,
                  "the bus at " + Place(facts) +
                      " accepts connections but does not answer: " + facts.bus.reason,
-                 "An application hangs as soon as it creates an object.",
+                 "An application waits 2 seconds when it creates an object, and finds no service.",
                  {facts.bus.isFromEnvironment ? "pkill -CONT dbus-" : AsRoot(facts, "pkill -CONT dbus-")},
                  "The command resumes a stopped bus. If the bus still does not answer, start it again.");
 }

@@ -87,7 +87,8 @@ Finding JudgePolicy(Facts const& facts)
     if (policy.isServiceAllowed && !*policy.isServiceAllowed) {
         return Wrong("policy", ExitCode::NoAnswer,
                      "the bus has loaded the policy, but not for user " + names.user,
-                     "The service may not own its name. The user was created after the bus read the policy.",
+                     "The bus does not let the service own its name. The user was created after the bus read "
+                     "the policy.",
                      {ReloadBus(facts)}, OtherNames);
     }
     bool const mayCall = facts.caller.isRoot || facts.caller.isMember;

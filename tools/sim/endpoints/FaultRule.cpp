@@ -186,7 +186,7 @@ std::string FaultRule::Usage()
 {
     return "FUNCTION=FAULT[,OPTION=VALUE]... FUNCTION is the \"functionname\" of a request, or * for all "
            "requests. FAULT is then " +
-           WordsOf(Target::Answer) + ". For the FUNCTION PESCB or CaptionCB, pushed data, FAULT is " +
+           WordsOf(Target::Answer) + ". For the FUNCTION PESCB (packets) or CaptionCB (captions), FAULT is " +
            WordsOf(Target::Push) + ". For the FUNCTION Announcement, FAULT is " +
            WordsOf(Target::Announcement) + ". OPTION=VALUE is " + AcceptedFaultOptions() + ".";
 }
