@@ -91,6 +91,32 @@ TEST_F(TraceFileTest, AGrowingFileIsFollowed)
     EXPECT_EQ(std::count(result.output.begin(), result.output.end(), '\n'), 7);
 }
 
+/// Such as that of a lost connection to the television.
+TEST_F(TraceFileTest, TheEndOfItsTerminalLosesNoDiagram)
+{
+    for (int const number : {SIGHUP, SIGTERM, SIGINT}) {
+        Start({"--html", InFolder("page.html"), "--svg", InFolder("diagram.svg")});
+        Push("257", "1234567890");
+        m_trace->Signal(number);
+        EXPECT_EQ(Finish(*m_trace).code, 0);
+        EXPECT_THAT(ReadFile(InFolder("page.html")), HasSubstr("PESCB"));
+        EXPECT_THAT(ReadFile(InFolder("diagram.svg")), HasSubstr("PESCB"));
+    }
+}
+
+TEST_F(TraceFileTest, UnderNohupTheEndOfTheTerminalIsIgnored)
+{
+    ChildProcess trace({"sh", "-c", "trap '' HUP; exec " ZVIPTVCTL_PATH " trace --seconds 1000"});
+    ASSERT_TRUE(trace.WaitForErrors("; Ctrl-C ends it\n", patience));
+    trace.Signal(SIGHUP);
+    Push("257", "1234567890");
+    EXPECT_TRUE(trace.WaitForOutput("size=10\n", patience));
+    Push("258", "12345678901");
+    EXPECT_TRUE(trace.WaitForOutput("size=11\n", patience));
+    trace.Signal(SIGINT);
+    EXPECT_EQ(trace.Wait(patience), (ExitStatus{0, 0}));
+}
+
 TEST_F(TraceFileTest, AFullDiskEndsARecordingThatStaysReadable)
 {
     std::string const file = InFolder("full.pcapng");

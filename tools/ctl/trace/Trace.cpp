@@ -60,6 +60,16 @@ std::string BusAddress()
     return address.get();
 }
 
+/// As nohup has set it.
+bool IsIgnored(int number)
+{
+    struct sigaction action
+    {
+    };
+    sigaction(number, nullptr, &action);
+    return action.sa_handler == SIG_IGN;
+}
+
 void WriteFile(OutputFile& file, std::string const& text)
 {
     file.Write(text.data(), text.size());
@@ -163,6 +173,7 @@ void Trace::Watch()
     };
     EventSource const interrupted = Loop::OnSignal(SIGINT, quit);
     EventSource const terminated = Loop::OnSignal(SIGTERM, quit);
+    EventSource const hungUp = IsIgnored(SIGHUP) ? EventSource() : Loop::OnSignal(SIGHUP, quit);
     std::string const address = BusAddress();
     trace::Monitor monitor(address, {[&](trace::Message const& message) {
                                          guarded([&] { m_failure ? void() : Take(message); });
