@@ -109,9 +109,10 @@ TEST_F(PolicyToolsTest, OnlyRootMayTraceTheBus)
     for (Account const& account : {service, application, stranger}) {
         auto const refused = Run(account, {ZVIPTV_CTL, "trace"});
         EXPECT_EQ(refused->Wait(patience), (ExitStatus{4, 0}));
-        EXPECT_THAT(refused->Errors(),
-                    AllOf(HasSubstr("refuses to be watched: "),
-                          HasSubstr("; run this command as root, or as the user who runs the bus\n")));
+        EXPECT_THAT(
+            refused->Errors(),
+            AllOf(HasSubstr("refuses to be watched: "),
+                  HasSubstr("; run this command as root, or, on a private bus, as the user who runs it\n")));
     }
 }
 

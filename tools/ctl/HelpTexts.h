@@ -92,8 +92,8 @@ code is that of the problem.
 
 constexpr char const* TraceFooter =
     R"(Without --in, the command monitors the system bus, or the bus of
-DBUS_SYSTEM_BUS_ADDRESS: run it as root, or as the user who runs the bus. Ctrl-C
-ends it with exit code 0.
+DBUS_SYSTEM_BUS_ADDRESS: run it as root, or, on a private bus, as the user who
+runs the bus. Ctrl-C ends it with exit code 0.
 
 Each message is a line: time, application, direction, endpoint, function, values and
 latency. Directions: -> to the service, <- a reply, << pushed data, -- an

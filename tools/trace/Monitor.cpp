@@ -195,7 +195,7 @@ Monitor::Monitor(std::string const& address, Handlers handlers)
     if (reply == nullptr) {
         error.StripName();
         throw MonitorError("the bus at " + address + " refuses to be watched: " + error.Message() +
-                               "; run this command as root, or as the user who runs the bus",
+                               "; run this command as root, or, on a private bus, as the user who runs it",
                            true);
     }
     m_closed = g_signal_connect(m_connection.get(), "closed", G_CALLBACK(OnClosed), this);
