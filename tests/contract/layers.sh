@@ -37,7 +37,7 @@ may src/dbus failure glib message log
 may src/native dbus message log
 may src/proxy dbus failure message log
 may src/mpegts
-may src/client/guide
+may src/client/guide glib
 may src/client/message
 may src/client/link dbus glib
 may src/client/calls

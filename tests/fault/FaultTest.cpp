@@ -36,6 +36,7 @@ void FaultTest::Begin()
 {
     // A block of this size is returned to the system when it is freed. By default, malloc raises the limit.
     mallopt(M_MMAP_THRESHOLD, 65536);
+    g_main_context_default(); // has a descriptor
     m_before = CurrentFootprint();
 }
 
