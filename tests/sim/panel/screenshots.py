@@ -18,7 +18,8 @@ from pathlib import Path
 FOLDER, NAMES = Path(sys.argv[5]), sys.argv[6:]
 del sys.argv[5:]
 
-from support import CTL, GUIDE, SAMPLE, SIM, Simulator, show_on, start_browser, wait_for  # noqa: E402
+from browser import show_on, start_browser  # noqa: E402
+from support import CTL, GUIDE, SAMPLE, SIM, Simulator, wait_for  # noqa: E402
 from viewer import Viewer  # noqa: E402
 
 HEIGHT = 1100  # of the picture in the documentation

@@ -12,24 +12,14 @@ import unittest
 from pathlib import Path
 from types import SimpleNamespace
 
+from browser import TimeoutException, start_browser
 from gi.repository import Gio, GLib
 
 PATIENCE = 30
 SIM, CTL, SAMPLE, GUIDE = (Path(argument) for argument in sys.argv[1:5])
-DRIVER = Path("/usr/bin/chromedriver")
 # Properties that a reset restores and that the page shows.
 RESET = ("Running", "Responding", "Input", "Programme", "Paused", "Speed", "Audio", "Subtitle", "AudioMuted", "VideoMuted",
          "ProgrammeLocked", "ServiceLocked", "Faults")
-
-
-try:
-    from selenium import webdriver
-    from selenium.common.exceptions import TimeoutException
-    from selenium.webdriver.chrome.service import Service
-except ImportError:
-    webdriver = None
-
-
 # Times are held to the limits that the documentation promises only when nothing else runs: ./run check sets the variable.
 # Other tests, which run beside these, make them longer.
 ALONE = bool(os.environ.get("ZVIPTV_PANEL_ALONE"))
@@ -165,32 +155,6 @@ class Application:
                 asked += 1
                 waiting += 1
             context.iteration(True)
-
-
-def start_browser():
-    """A headless Chromium that draws without a GPU: emulating one takes more processor time than drawing."""
-    if webdriver is None or not DRIVER.exists():
-        raise unittest.SkipTest("install chromium-driver and python3-selenium")
-    options = webdriver.ChromeOptions()
-    for argument in ("--headless=new", "--no-sandbox", "--disable-dev-shm-usage", "--disable-gpu", "--in-process-gpu",
-                     "--num-raster-threads=1", "--disable-extensions", "--disable-background-networking",
-                     "--disable-component-update", "--disable-sync", "--no-first-run",
-                     "--disable-features=SpareRendererForSitePerProcess,BackForwardCache,Translate,MediaRouter",
-                     "--autoplay-policy=no-user-gesture-required", "--window-size=1280,900"):
-        options.add_argument(argument)
-    options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
-    driver = webdriver.Chrome(service=Service(str(DRIVER)), options=options)
-    show_on(driver)
-    return driver
-
-
-def show_on(driver, width=1280, dark=False, scale=0.5):
-    """The screen that the browser's pages are shown on. With half a pixel of the screen for each pixel of the page, the
-    layout is the same and drawing takes less time."""
-    driver.execute_cdp_cmd("Emulation.setDeviceMetricsOverride",
-                           {"width": width, "height": 900, "deviceScaleFactor": scale, "mobile": False})
-    driver.execute_cdp_cmd("Emulation.setEmulatedMedia", {"features": [
-        {"name": "prefers-color-scheme", "value": "dark" if dark else "light"}]})
 
 
 class PageTest(unittest.TestCase):
