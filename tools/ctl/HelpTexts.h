@@ -26,7 +26,8 @@ unchanged, or a text if it is not JSON. 'call' prints records and texts as recei
 a number that the service does not report is 0. If the exit code is 3, 4 or 5, the
 object contains only "result" (false) and "error" (text); status and doctor also
 print what they have found out. After a usage error there is no output. The commands
-pes, caption, watch and trace instead write one object per line as it happens.
+pes, caption, watch and trace instead write one line with an object as soon as a
+packet or an event occurs.
 
 Messages go to standard error.
 )";

@@ -32,7 +32,7 @@ CLI::App* AddApp(CLI::App& simulator, verbs::Verb const& verb, std::function<voi
         parent = found.empty() ? nullptr : found.front();
         if (parent == nullptr) {
             parent =
-                simulator.add_subcommand(words.front(), "Add or remove faults, as --fault describes them");
+                simulator.add_subcommand(words.front(), "Add or remove faults, like --fault of zviptv-sim");
             prepare(*parent);
             parent->require_subcommand(1);
         }
@@ -101,7 +101,8 @@ void CommandLine::AddSimulator()
 void CommandLine::AddSimulatorWatch(CLI::App& simulator)
 {
     auto const seconds = std::make_shared<std::string>();
-    CLI::App* const app = simulator.add_subcommand("watch", "Follow its state, and every request");
+    CLI::App* const app =
+        simulator.add_subcommand("watch", "Follow the state of the television, and every request");
     AddGlobalOptions(*app);
     app->add_option("--seconds", *seconds, "End after S seconds")->type_name("S");
     app->callback([this, seconds] {

@@ -89,7 +89,8 @@ void CommandLine::AddTrace()
     app->add_flag("--summary", options.sumsUp,
                   "Print tables at the end: calls by function, pushes by PID, pauses, slow calls");
     app->add_option("--svg", options.svg, "Draw a sequence diagram")->type_name("FILE");
-    app->add_option("--html", options.html, "Draw it on a page that can be searched")->type_name("FILE");
+    app->add_option("--html", options.html, "Draw a sequence diagram on a page with search")
+        ->type_name("FILE");
     app->callback([this, given] {
         m_answersOnce = given->options.sumsUp;
         m_action = [this, given] {

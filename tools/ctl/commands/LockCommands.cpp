@@ -98,7 +98,7 @@ std::vector<Command> LockCommands()
          "Unlock everything until the television is switched off",
          Unlock<ZV_PARENTAL_UNLOCKED_ALL>},
         {"unlock", "lock", {}, "Lock again", Unlock<ZV_PARENTAL_LOCKED>},
-        {"unlock", "pin", {}, "Unlock the locked programme, as after the PIN was entered", UnlockPin},
+        {"unlock", "pin", {}, "Unlock the locked programme, as if the viewer entered the PIN", UnlockPin},
     };
 }
 
