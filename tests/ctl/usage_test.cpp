@@ -89,8 +89,7 @@ TEST(UsageTest, HelpIsACommand)
     EXPECT_EQ(help.output, RunAlone({"guide", "list", "--help"}).output);
     EXPECT_THAT(help.output, HasSubstr("\n  SERVICE REQUIRED            Id of the service"));
     EXPECT_THAT(help.output,
-                HasSubstr("\n  START REQUIRED              Start, in the service's units; zviptv-sim: "
-                          "Unix seconds\n"));
+                HasSubstr("\n  START REQUIRED              Start, in seconds since 1970 (UTC)\n"));
 }
 
 TEST(UsageTest, HelpDescribesEveryArgument)

@@ -145,8 +145,8 @@ std::vector<Command> GuideCommands()
 {
     CommandArgument const service = {"SERVICE", "Id of the service in the guide"};
     CommandArgument const event = {"EVENT", "Id of the programme's event"};
-    CommandArgument const start = {"START", "Start, in the service's units; zviptv-sim: Unix seconds"};
-    CommandArgument const duration = {"DURATION", "Length, in the service's units; zviptv-sim: seconds"};
+    CommandArgument const start = {"START", "Start, in seconds since 1970 (UTC)"};
+    CommandArgument const duration = {"DURATION", "Length, in seconds"};
     return {
         {"guide", "exists", {}, "Show whether the guide has data", Exists},
         {"guide", "now", {service}, "Show the present programme of a service", Now},
