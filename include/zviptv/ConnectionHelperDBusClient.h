@@ -16,8 +16,9 @@ typedef struct _GVariant GVariant;
 
 /// Announces a channel on the helper bus and receives the bus name of its partner in the service.
 /// Threads: there are no locks, and no main loop is needed; use an instance from one thread at a time. Every
-/// call blocks the calling thread for at most 2000 ms. So do the constructor and CheckConnection, which
-/// connect to the bus, if the bus accepts the connection. ZVGetLastFailure() says why a call failed.
+/// call except ConnectAsync blocks the calling thread for at most 2000 ms. The constructor and
+/// CheckConnection connect to the bus; if the bus accepts the connection, they also take at most 2000 ms.
+/// ZVGetLastFailure() says why a call failed.
 class ZVIPTV_API CConnectionHelperDBusClient
 {
 public:

@@ -17,9 +17,9 @@
 /// if the service refused or the exchange failed. If the exchange failed, out-parameters are unchanged. If
 /// the service answered, they hold the values that it sent; use them only after true. An answer with a
 /// missing or malformed number makes the method throw std::invalid_argument or std::out_of_range ("stoi"); a
-/// record that is too short is filled up with zeros. Out-parameters are stored in their order: if a number
-/// throws, those before it are stored. If a parameter is unsigned, a negative size or index is stored as a
-/// large number.
+/// record that is too short is filled up with zeros. Out-parameters are stored in their order: when a method
+/// throws, those before the malformed number have been stored. If a parameter is unsigned, a negative size or
+/// index is stored as a large number.
 ///
 /// The object destroys itself when the service leaves the bus, on the thread that iterates the main context
 /// in which it was created.

@@ -13,10 +13,10 @@
 /// Callbacks run on the thread that iterates the main context in which the object was created, in ascending
 /// order of their keys, each with a null user-data pointer, and must return promptly. The record that they
 /// get is valid during the callback: copy the data that you need later.
-/// Subscribing and unsubscribing block for at most 2000 ms if they must call the service (for the first
-/// subscription of a kind, and after the last one), and as long again for each other thread that does the
-/// same. They can be called from any thread, also from inside a callback. Unsubscribing does not wait for a
-/// callback that runs, or is about to run, on another thread.
+/// The first subscription of a kind, and the end of the last one, call the service. They block for at most
+/// 2000 ms, and as long again for each other thread that does the same. Subscribe and unsubscribe on any
+/// thread, also inside a callback. Unsubscribing does not wait for a callback that runs, or is about to run,
+/// on another thread.
 ///
 /// A notification with a missing or malformed number reaches no callback: std::invalid_argument or
 /// std::out_of_range ("stoi", "stoll") leaves the dispatch and passes through GLib to the code that iterates
@@ -49,14 +49,14 @@ public:
     virtual bool SubscribeForCaption(void (*callback)(ZVCaption& caption, void* userData), void* userData,
                                      int& key) = 0;
 
-    /// Ends a subscription. Always returns false; ZVGetLastFailure() tells whether it failed.
+    /// Ends a subscription. Always returns false; ZVGetLastFailure() says whether it failed.
     virtual bool UnsubscribeForCaption(int key) = 0;
 
     /// Subscribes `callback` for PES packets; otherwise like SubscribeForCaption.
     virtual bool SubscribeForPES(void (*callback)(ZVPESData& pes, void* userData), void* userData,
                                  int& key) = 0;
 
-    /// Ends a subscription. Always returns false; ZVGetLastFailure() tells whether it failed.
+    /// Ends a subscription. Always returns false; ZVGetLastFailure() says whether it failed.
     virtual bool UnSubscribeForPES(int key) = 0;
 
 protected:

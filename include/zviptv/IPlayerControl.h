@@ -80,10 +80,10 @@ public:
     /// State of the source. Start value: ZV_SOURCE_STATE_UNKNOWN (-1).
     virtual bool GetSourceState(EZVSourceState& state) = 0;
 
-    /// The first presentation time stamp since playback began and its time base, in this order: `a` is the
-    /// time base's denominator (90000 for 90 kHz), `b` its numerator (1); `now` is the service's current time
-    /// in ms. Start values: 0. Throws std::out_of_range if the time does not fit into an unsigned long, which
-    /// has 32 bits on 32-bit machines.
+    /// The first presentation time stamp since playback began. Its unit is b/a seconds: for 90 kHz, `a` is
+    /// 90000 and `b` is 1. `now` is the service's current time in ms. Start values: 0. Throws
+    /// std::out_of_range if the time does not fit into an unsigned long, which has 32 bits on 32-bit
+    /// machines.
     virtual bool GetFirstPTS(unsigned long long& pts, int& a, int& b, unsigned long& now) = 0;
 
 protected:

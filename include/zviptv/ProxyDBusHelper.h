@@ -101,7 +101,7 @@ public:
     /// The unique bus name of this end; empty without a bus.
     std::string GetPublicName();
 
-    /// Sets the handlers of incoming calls (which returns the reply) and of notifications; `userData` is
+    /// Sets the handler of incoming calls, which returns the reply, and that of notifications; `userData` is
     /// passed to both. Null handlers are allowed: calls are then answered with an empty message. A handler
     /// that was replaced may still run, or be about to: keep its user data valid until the channel has ended.
     void SetCallback(CMessageBuffer (*messageCb)(CMessageBuffer& request, void* userData),

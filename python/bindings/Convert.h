@@ -79,8 +79,8 @@ py::object ToPython(Result<Value> const& result)
     }
 }
 
-/// Seconds from 0 on, as the layer has them: rounded up, and at most 10^9. Raises TypeError or ValueError,
-/// with the name of the argument.
+/// A number of seconds, 0 or more, in milliseconds: rounded up, and at most 10^9 s. Raises TypeError or
+/// ValueError, with the name of the argument.
 std::chrono::milliseconds Milliseconds(py::handle seconds, char const* name);
 
 /// An integer from `least` to `most`. Raises TypeError or ValueError, with the name of the argument.

@@ -84,7 +84,7 @@ void Core::Close()
         std::unique_lock lock(m_mutex);
         m_left.wait(lock, [this] { return m_staying == 0; });
     }
-    // What was posted before has run then.
+    // Run() does this after all work that was posted before.
     m_loop.Run([this] { m_television.reset(); });
     std::lock_guard const lock(m_mutex);
     m_isDestroyed = true;

@@ -21,7 +21,7 @@ namespace zviptv::python {
 template <class Item>
 struct Feed
 {
-    /// What Python reads beside the items.
+    /// What Python reads besides the items.
     using Status = std::conditional_t<std::is_same_v<Item, StateEvent>, TelevisionState, PushCounters>;
 
     explicit Feed(std::size_t limit) : queue(std::make_shared<Queue<Item>>(limit)) {}

@@ -55,8 +55,8 @@ class CaptionLine:
 class Caption:
     """A caption as the viewer reads it.
 
-    It is shown until the next one of the same kind, PID and page or language. A caption without lines takes the former
-    one off the screen.
+    It is shown until the next one of the same kind, PID and page or language. A caption without lines removes the
+    previous one from the screen.
     """
 
     kind: CaptionKind
@@ -68,7 +68,7 @@ class Caption:
 
     @property
     def is_empty(self) -> bool:
-        """Whether it takes the former caption off the screen."""
+        """Whether it has no lines and so removes the previous caption from the screen."""
         return not self.lines
 
     @property

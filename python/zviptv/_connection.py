@@ -12,7 +12,7 @@ atexit.register(end)
 
 
 def numbers(given: int | Iterable[int] | None) -> list[int]:
-    """A filter as a list; an empty one lets all through."""
+    """The values of a filter as a list. An empty list accepts all packets."""
     return [] if given is None else list(given) if isinstance(given, Iterable) else [given]
 
 

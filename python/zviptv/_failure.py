@@ -31,8 +31,8 @@ class Failure(Exception):
 
     kind: why.
     function: the function of the protocol, "MuteAudio"; empty if there is none.
-    key: the key of the protocol that is to blame, "stcCount"; empty if there is none.
-    error_name: the D-Bus error that was answered; empty if there is none.
+    key: the key of the protocol whose value is wrong, "stcCount"; empty if there is none.
+    error_name: the name of the D-Bus error in the answer; empty if there is none.
     message: what is wrong and what to do about it, in one line.
     """
 

@@ -13,7 +13,7 @@ EPOCH = datetime.datetime(1970, 1, 1, tzinfo=datetime.timezone.utc)
 class ProgrammeRating:
     """From what age a programme is suitable."""
 
-    system: str  #: who rates: "FSK", "MPAA", or a country such as "DEU"
+    system: str  #: rating system: "FSK", "MPAA", or a country such as "DEU"
     value: str  #: the rating as the source writes it
     minimum_age: int | None  #: years; None if the value names no age
 

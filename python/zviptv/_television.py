@@ -16,9 +16,9 @@ class Television(Subscriptions):
     bus_address: D-Bus address of the bus; empty for the system bus, at DBUS_SYSTEM_BUS_ADDRESS if that is set.
     profile, id: the handle of all requests. application_id: names the application to the service.
 
-    It connects by itself, to the bus and to the service, whenever one of them is there again. A thread in the
-    background serves all Televisions. close() disconnects, and so does the end of a `with` block. All functions may be
-    called from any thread. A function that fails raises Failure. Other threads run while a function waits.
+    It connects to the bus and to the service by itself, also after a restart of either. A thread in the background
+    serves all Televisions. close() disconnects, and so does the end of a `with` block. All functions may be called from
+    any thread. A function that fails raises Failure. Other threads run while a function waits.
 
     It cannot be used in a forked process.
     """

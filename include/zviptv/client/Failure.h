@@ -37,7 +37,7 @@ struct Failure
     FailureKind kind = FailureKind::NoBus; ///< the kind of failure
     std::string function;  ///< the function of the protocol: "MuteAudio"; empty if there is none
     std::string key;       ///< the key whose value is wrong: "stcCount"; empty if there is none
-    std::string errorName; ///< the D-Bus error that was answered; empty if there is none
+    std::string errorName; ///< name of the D-Bus error in the answer; empty if there is none
     std::string message;   ///< what is wrong and what to do about it, for people; one line of UTF-8
 };
 

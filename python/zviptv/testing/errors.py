@@ -11,4 +11,4 @@ class SimulatorDied(TelevisionError):
 
 
 class ExpectationFailed(AssertionError):
-    """What a test expected of the application has not happened."""
+    """The application has not done what the test expects."""

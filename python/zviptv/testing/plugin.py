@@ -40,7 +40,7 @@ def television_simulator(pytestconfig: pytest.Config) -> Iterator[Television]:
 
 
 def _file(config: pytest.Config, name: str) -> str:
-    """The path or URL of a setting. A relative path counts from the root folder of pytest."""
+    """The path or URL of a setting. A path that is not absolute is relative to the root folder of pytest."""
     path = str(config.getini(name))
     return os.path.join(config.rootpath, path) if path and "://" not in path else path
 

@@ -60,7 +60,7 @@ def _unknown(what: str, word: str, known: Iterable[str]) -> str:
 
 
 def _accepted(kind: str) -> str:
-    """The values of a type that has few."""
+    """The values of a flag or an enumeration in words; "a number" for other types."""
     return "True or False" if kind == "flag" else ", ".join(enumerations().get(kind, {}).values()) or "a number"
 
 

@@ -28,7 +28,7 @@ class Scenario:
         return is_met, report
 
     def wait(self) -> None:
-        """Waits until the scenario is over, or ends it when its time is over.
+        """Waits until the scenario is over, or ends it after the `within` seconds of Television.scenario().
 
         Raises ExpectationFailed with the report if an expectation is not met or a verb was refused. Does nothing if it
         has been called before.

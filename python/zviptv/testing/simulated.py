@@ -92,7 +92,7 @@ class Television(Verbs):
     @property
     def conversation(self) -> str:
         """What has happened since the reset, as a table."""
-        with contextlib.suppress(TelevisionError):  # the table is for tests that fail, also because of that
+        with contextlib.suppress(TelevisionError):  # a test that fails because of this error shows the table, too
             if self._is_open:
                 self._settle()
         return self._conversation.table()

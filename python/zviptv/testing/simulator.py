@@ -9,7 +9,8 @@ from typing import Optional, Sequence
 
 from .errors import SimulatorDied, TelevisionError
 
-# The simulator runs this when the service is ready. It ends with its standard input, and so with the tests.
+# The simulator runs this when the service is ready. It ends when its standard input closes, at the
+# latest with the tests.
 COMMAND = ("sh", "-c", 'echo "$DBUS_SYSTEM_BUS_ADDRESS"; exec cat')
 SAMPLE = "share/zv-iptv/samples/sample.ts"
 END_TIMEOUT = 10.0  # seconds
