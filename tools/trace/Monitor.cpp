@@ -18,8 +18,8 @@ constexpr int Patience = 10'000;
 /// Messages that are handled at once: after them, the thread gets to its other work.
 constexpr std::size_t Turn = 1'000;
 
-/// Time limit for messages in transit.
-constexpr std::chrono::seconds CatchUpTime{5};
+/// Time limit for messages in transit. A slow machine may have ten seconds of them.
+constexpr std::chrono::seconds CatchUpTime{15};
 
 Owned<GDBusConnection> Connect(std::string const& address, Error& error)
 {
