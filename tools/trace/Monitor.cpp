@@ -65,7 +65,7 @@ public:
         return nullptr;
     }
 
-    /// Handles some messages. Runs on the thread of the handlers, as the next function.
+    /// Handles some messages. Runs on the thread of the handlers, like HandleAll().
     void Handle()
     {
         Fetch();

@@ -2,7 +2,7 @@
 #include "Values.h"
 
 #include "common/PrintableText.h"
-#include "glib/Owned.h"
+#include "glib/Utf8.h"
 
 namespace zviptv::trace {
 
@@ -159,8 +159,7 @@ bool ReadNumber(std::string_view text, std::int64_t& number)
 
 Json::Value TextToJson(std::string_view text)
 {
-    Owned<char> const valid(g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())));
-    return Json::Value(valid.get());
+    return ValidUtf8(text);
 }
 
 Value DecodeUntyped(ParsedEntry const& entry)

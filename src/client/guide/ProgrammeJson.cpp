@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "client/guide/ProgrammeJson.h"
 
-#include "glib/Owned.h"
+#include "glib/Utf8.h"
 
 #include <zviptv/Protocol.h>
 
@@ -17,14 +17,6 @@ namespace {
 
 namespace key = protocol::key;
 
-/// A text in UTF-8: other bytes, and zero bytes, become U+FFFD.
-std::string TextOf(Json::Value const& value)
-{
-    std::string const text = value.asString();
-    Owned<char> const valid(g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())));
-    return valid.get();
-}
-
 /// Reads the members of an object. A member that is missing or null leaves the value as it is.
 class Members
 {
@@ -37,7 +29,7 @@ public:
     {
         Json::Value const* const value = Find(name);
         if (value != nullptr && Check(value->isString())) {
-            text = TextOf(*value);
+            text = ValidUtf8(value->asString());
         }
     }
 
@@ -49,7 +41,7 @@ public:
         }
         for (Json::Value const& value : *values) {
             if (Check(value.isString())) {
-                texts.push_back(TextOf(value));
+                texts.push_back(ValidUtf8(value.asString()));
             }
         }
     }
@@ -149,7 +141,7 @@ bool Read(Json::Value const& json, std::vector<Element>& elements)
 
 bool Read(Json::Value const& json, std::string& text)
 {
-    text = json.isString() ? TextOf(json) : std::string();
+    text = json.isString() ? ValidUtf8(json.asString()) : std::string();
     return json.isString();
 }
 

@@ -8,10 +8,8 @@ import subprocess
 import unittest
 from pathlib import Path
 
-from support import PATIENCE, SAMPLE, SIM, Simulator, exchange, wait_for
+from support import PATIENCE, SAMPLE, SIM, UPGRADE, Simulator, exchange, wait_for
 
-UPGRADE = ("Connection: Upgrade\r\nUpgrade: websocket\r\nSec-WebSocket-Version: 13\r\n"
-           "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\n")
 
 
 class Access(unittest.TestCase):

@@ -40,6 +40,13 @@ class Case:
         self.clean_up(viewer.close)
         return viewer
 
+    def watcher(self):
+        """A viewer that has subscribed and has selected the DVB subtitle."""
+        viewer = self.viewer()
+        viewer.subscribe()
+        viewer.select_subtitle(0)
+        return viewer
+
     def start(self, *words):
         process = self.simulator.start_ctl(*words)
         self.clean_up(process.wait)
@@ -61,10 +68,7 @@ def never_subscribes(case):
 
 
 def ends_its_subscription(case):
-    viewer = case.viewer()
-    viewer.subscribe()
-    viewer.select_subtitle(0)
-    viewer.subscribe(on="0")
+    case.watcher().subscribe(on="0")
 
 
 def selects_a_missing_subtitle(case):
@@ -96,9 +100,7 @@ def cannot_read_the_list(case):
 
 def gets_damaged_packets(case):
     case.sim("fault", "add", "PESCB=missing:pesPID")
-    viewer = case.viewer()
-    viewer.subscribe()
-    viewer.select_subtitle(0)
+    case.watcher()
 
 
 def hangs(case):
@@ -112,38 +114,28 @@ def crashes(case):
 
 
 def misses_the_return_of_the_service(case):
-    viewer = case.viewer()
-    viewer.subscribe()
-    viewer.select_subtitle(0)
+    case.watcher()
     case.sim("restart")
 
 
 def loses_the_selection_to_another(case):
-    viewer = case.viewer()
-    viewer.subscribe()
-    viewer.select_subtitle(0)
+    case.watcher()
     case.viewer().select_subtitle(2)
 
 
 def watches_a_locked_programme(case):
-    viewer = case.viewer()
-    viewer.subscribe()
-    viewer.select_subtitle(0)
+    case.watcher()
     case.sim("lock", "programme")
 
 
 def watches_a_paused_stream(case):
     case.sim("pause")
-    viewer = case.viewer()
-    viewer.subscribe()
-    viewer.select_subtitle(0)
+    case.watcher()
 
 
 def watches_a_stream_without_packets(case):
     case.sim("load", str(without_subtitle_packets(case.simulator.folder.name)))
-    viewer = case.viewer()
-    viewer.subscribe()
-    viewer.select_subtitle(0)
+    case.watcher()
 
 
 def asks_a_service_that_hangs(case):

@@ -8,10 +8,8 @@ import tempfile
 import unittest
 from pathlib import Path
 
-from support import PATIENCE, Simulator, exchange, wait_for
+from support import PATIENCE, UPGRADE, Simulator, exchange, wait_for
 
-UPGRADE = ("Connection: Upgrade\r\nUpgrade: websocket\r\nSec-WebSocket-Version: 13\r\n"
-           "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\n")
 SEEN = b"\x81\x84\0\0\0\0seen"  # the answer of a page, as a masked WebSocket frame
 
 

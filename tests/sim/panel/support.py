@@ -16,6 +16,9 @@ from browser import TimeoutException, start_browser
 from gi.repository import Gio, GLib
 
 PATIENCE = 30
+# The headers of a request for a WebSocket.
+UPGRADE = ("Connection: Upgrade\r\nUpgrade: websocket\r\nSec-WebSocket-Version: 13\r\n"
+           "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\n")
 SIM, CTL, SAMPLE, GUIDE = (Path(argument) for argument in sys.argv[1:5])
 # Properties that a reset restores and that the page shows.
 RESET = ("Running", "Responding", "Input", "Programme", "Paused", "Speed", "Audio", "Subtitle", "AudioMuted", "VideoMuted",

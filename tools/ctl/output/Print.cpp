@@ -2,7 +2,7 @@
 #include "Print.h"
 
 #include "common/PrintableText.h"
-#include "glib/Owned.h"
+#include "glib/Utf8.h"
 
 namespace zviptv::ctl {
 
@@ -48,8 +48,7 @@ std::string ToText(std::string const& text)
 
 Json::Value ToJson(std::string const& text)
 {
-    Owned<char> const valid(g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())));
-    return Json::Value(valid.get());
+    return ValidUtf8(text);
 }
 
 Json::Value ToJson(char character)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "glib/Owned.h"
+#include "glib/Utf8.h"
 
 #include <optional>
 #include <string>
@@ -27,8 +28,7 @@ public:
     /// Bytes of the text that are not UTF-8 are replaced by U+FFFD.
     Dictionary& Add(char const* key, std::string const& text)
     {
-        Owned<char> const valid(g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())));
-        return Add(key, g_variant_new_string(valid.get()));
+        return Add(key, g_variant_new_string(ValidUtf8(text).c_str()));
     }
 
     /// The dictionary, as a floating reference.

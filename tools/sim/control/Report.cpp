@@ -3,6 +3,7 @@
 
 #include "Dictionary.h"
 #include "ProgrammeReport.h"
+#include "glib/Utf8.h"
 
 namespace zviptv::sim {
 
@@ -22,9 +23,7 @@ GVariant* Programmes(Player const& player)
     GVariantBuilder list;
     g_variant_builder_init(&list, G_VARIANT_TYPE("a(us)"));
     for (Programme const& programme : player.Programmes()) {
-        Owned<char> const name(
-            g_utf8_make_valid(programme.name.data(), static_cast<gssize>(programme.name.size())));
-        g_variant_builder_add(&list, "(us)", guint32{programme.number}, name.get());
+        g_variant_builder_add(&list, "(us)", guint32{programme.number}, ValidUtf8(programme.name).c_str());
     }
     return g_variant_builder_end(&list);
 }

@@ -5,6 +5,7 @@
 #include "common/PrintableText.h"
 #include "control/Link.h"
 #include "control/Report.h"
+#include "glib/Utf8.h"
 #include "scenario/Report.h"
 #include "scenario/Seconds.h"
 
@@ -142,8 +143,8 @@ try {
     if (std::strcmp(command.verb->method, "Pause") == 0) {
         m_clock.NotePause();
     }
-    Owned<char> const place(g_utf8_make_valid(ToText(m_options.scenario->steps[step].place).c_str(), -1));
-    m_control.SetProperty("ScenarioStep", g_variant_new_string(place.get()));
+    std::string const place = ValidUtf8(ToText(m_options.scenario->steps[step].place));
+    m_control.SetProperty("ScenarioStep", g_variant_new_string(place.c_str()));
     ++m_unanswered;
     auto const answered = [self = std::weak_ptr<ScenarioRunner>(m_self), step](GVariant*,
                                                                                GError const* error) {

@@ -2,6 +2,7 @@
 #include "Scenarios.h"
 
 #include "ScenarioFile.h"
+#include "glib/Utf8.h"
 #include "scenario/Parser.h"
 #include "scenario/Report.h"
 
@@ -136,8 +137,7 @@ void Scenarios::OnOver(Number number, Play const& play)
 {
     Started& started = m_started.at(number);
     started.isMet = !play.HasFailed();
-    Owned<char> const report(g_utf8_make_valid(TextReport(play).c_str(), -1));
-    started.report = report.get();
+    started.report = ValidUtf8(TextReport(play));
 }
 
 void Scenarios::Forget(std::string const& client)

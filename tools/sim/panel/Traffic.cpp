@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Traffic.h"
 
+#include "glib/Utf8.h"
+
 #include <algorithm>
 #include <charconv>
 #include <utility>
@@ -26,8 +28,7 @@ std::string ValuesOf(Event const& event)
             break;
         }
     }
-    Owned<char> const valid(g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())));
-    std::string const whole = valid.get();
+    std::string const whole = ValidUtf8(text);
     if (whole.size() <= LongestValues) {
         return whole;
     }
