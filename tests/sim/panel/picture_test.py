@@ -18,12 +18,13 @@ class Picture(PageTest):
         super().setUp()
         self.wait_frames(1, "the first picture")
 
+    @unittest.skipUnless(ALONE, "./run check measures it while nothing else runs")
     def test_has_five_pictures_a_second_or_more(self):
         before, begin = self.frames(), time.monotonic()
-        time.sleep(5 if ALONE else 2)  # what is measured
+        time.sleep(5)  # what is measured
         rate = (self.frames() - before) / (time.monotonic() - begin)
         print(f"\n{rate:.1f} pictures a second", flush=True)
-        self.assertGreaterEqual(rate, 5 / BESIDE_OTHERS)
+        self.assertGreaterEqual(rate, 5)
 
     def test_no_ffmpeg_runs_when_nobody_looks(self):
         wait_for(lambda: len(self.simulator.decoders()) == 1)
@@ -46,10 +47,12 @@ class Picture(PageTest):
         """Neither the service, the bus nor ffmpeg, not even one that is stopped."""
         self.spend_simulator()
         self.element("sound").click()
-        wait_for(lambda: len(self.simulator.decoders()) == 2)
-        started = children(self.simulator.process.pid)
-        self.assertEqual(sorted(Path(command[0]).name for _, command in started)[:3], ["dbus-daemon", "ffmpeg", "ffmpeg"])
-        self.assertEqual(len(started), 4, started)
+
+        def all_started():
+            found = children(self.simulator.process.pid)
+            names = sorted(Path(command[0]).name for _, command in found)
+            return found if len(names) == 4 and names[:3] == ["dbus-daemon", "ffmpeg", "ffmpeg"] else None
+        started = wait_for(all_started, "the bus, the service, and an ffmpeg each for picture and sound")
         os.kill(next(pid for pid, command in started if command[0] == "ffmpeg"), signal.SIGSTOP)
         self.simulator.process.send_signal(signal.SIGKILL)
         self.simulator.process.wait()
@@ -133,17 +136,22 @@ class Lag(PageTest):
             import('./television.js').then(({ positionNow }) => { const look = () => {
                 x.getImageData(c.width / 2, c.height / 2, 1, 1).data[0] > 150 ? done(positionNow()) : setTimeout(look, 10); };
                 look(); });""")
-        decoder, = wait_for(lambda: [pid for pid, command in children(self.simulator.process.pid) if command[0] == "ffmpeg"])
+        self.assertLess(abs(seen - self.turn), 2 * BESIDE_OTHERS)
+        if ALONE:
+            self.measure(seen)
+
+    def measure(self, seen):
+        """Before the stream starts again, which takes another ffmpeg."""
+        decoder, = (pid for pid, command in children(self.simulator.process.pid) if command[0] == "ffmpeg")
         used = lambda: sum(float(task.read_text().split()[0]) for task in  # noqa: E731
                            Path(f"/proc/{decoder}/task").glob("*/schedstat")) / 1e9
         before, used_before, begin = self.frames(), used(), time.monotonic()
-        time.sleep(2 if ALONE else 1)  # what is measured
+        time.sleep(2)  # what is measured
         passed = time.monotonic() - begin
         rate = (self.frames() - before) / passed
         print(f"\nthe picture of second {self.turn} was seen at second {seen:.2f}; {rate:.1f} pictures a second of {self.size}; "
               f"ffmpeg used {100 * (used() - used_before) / passed:.0f} % of a processor", flush=True)
-        self.assertLess(abs(seen - self.turn), 2 * BESIDE_OTHERS)
-        self.assertGreaterEqual(rate, 5 / BESIDE_OTHERS)
+        self.assertGreaterEqual(rate, 5)
 
 
 @unittest.skipUnless(ALONE, "./run check measures it while nothing else runs")
