@@ -91,6 +91,40 @@ TEST_F(TraceFileTest, AGrowingFileIsFollowed)
     EXPECT_EQ(std::count(result.output.begin(), result.output.end(), '\n'), 7);
 }
 
+TEST_F(TraceFileTest, ASignalLosesNoDiagramOfAFollowedFile)
+{
+    std::string const file = Record("a.pcap");
+    for (int const number : {SIGHUP, SIGTERM, SIGINT}) {
+        std::string const page = InFolder("page.html");
+        auto const trace = StartCtl({"trace", "--in", file, "--follow", "--out", "-", "--html", page});
+        EXPECT_TRUE(trace->WaitForOutput("1234567890", patience));
+        trace->Signal(number);
+        EXPECT_EQ(Finish(*trace).code, 0);
+        EXPECT_NE(ReadFile(page).find("30 bytes"), std::string::npos) << "after signal " << number;
+        std::filesystem::remove(page);
+    }
+}
+
+TEST_F(TraceFileTest, ASecondSignalEndsTheWaitForABusThatHangs)
+{
+    std::string const file = InFolder("a.pcapng");
+    Start({"--out", file, "--svg", InFolder("diagram.svg")});
+    Push("257", "1234567890");
+    EXPECT_TRUE(
+        WaitUntil([&file] { return ReadFile(file).find("1234567890") != std::string::npos; }, patience));
+    m_bus.Stop();
+    m_trace->Signal(SIGINT);
+    EXPECT_TRUE(m_trace->WaitForErrors("waiting for messages in transit; Ctrl-C ends the wait\n", patience));
+    m_trace->Signal(SIGINT);
+    CtlResult const result = Finish(*m_trace);
+    m_bus.Continue();
+    EXPECT_EQ(result.code, 0);
+    EXPECT_THAT(result.errors,
+                HasSubstr("zviptvctl: the last messages are missing: the bus has not delivered them yet\n"));
+    EXPECT_THAT(RunCtl({"trace", "--in", file}).output, HasSubstr("size=10\n"));
+    EXPECT_THAT(ReadFile(InFolder("diagram.svg")), HasSubstr("PESCB"));
+}
+
 /// Such as that of a lost connection to the television.
 TEST_F(TraceFileTest, TheEndOfItsTerminalLosesNoDiagram)
 {

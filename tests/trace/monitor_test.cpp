@@ -28,6 +28,13 @@ protected:
                 [this](std::string const& reason) { m_end = reason; }};
     }
 
+    bool HasCome(char const* member) const
+    {
+        return std::any_of(m_messages.begin(), m_messages.end(), [member](Message const& message) {
+            return ParseMessage(message.bytes).member == member;
+        });
+    }
+
     PrivateBus m_bus;
     std::vector<Message> m_messages;
     int m_pauses = 0;
@@ -132,13 +139,29 @@ TEST_F(MonitorTest, CatchesUpWithTheBus)
     Monitor monitor(m_bus.Address(), Collecting());
     sender.EmitMany({receiver.Name(), "/p", "a.b", "Many"}, Entries({{"k", "v"}}), count);
     sender.Sync();
-    monitor.CatchUp();
+    EXPECT_TRUE(monitor.CatchUp());
     EXPECT_EQ(
         std::count_if(m_messages.begin(), m_messages.end(),
                       [](Message const& message) { return ParseMessage(message.bytes).member == "Many"; }),
         static_cast<std::ptrdiff_t>(count));
     m_bus.Kill();
-    monitor.CatchUp(); // returns
+    EXPECT_FALSE(monitor.CatchUp());
+}
+
+TEST_F(MonitorTest, WaitsForABusThatHangsUntilTheLimitOrTheCallerEndsIt)
+{
+    WirePeer sender;
+    Monitor monitor(m_bus.Address(), Collecting());
+    sender.Emit({"", "/p", "a.b", "Before"});
+    sender.Sync();
+    m_bus.Stop();
+    EXPECT_FALSE(monitor.CatchUp(std::chrono::milliseconds(50)));
+    std::size_t asked = 0;
+    EXPECT_FALSE(monitor.CatchUp(std::chrono::minutes(10), [&asked] { return ++asked > 0; }));
+    EXPECT_EQ(asked, 1U);
+    m_bus.Continue();
+    EXPECT_TRUE(monitor.CatchUp());
+    EXPECT_TRUE(HasCome("Before"));
 }
 
 TEST_F(MonitorTest, ReportsTheEndOfTheBusAfterItsLastMessage)
@@ -150,9 +173,7 @@ TEST_F(MonitorTest, ReportsTheEndOfTheBusAfterItsLastMessage)
     m_bus.Kill();
     ASSERT_TRUE(RunUntil([this] { return m_end.has_value(); }));
     EXPECT_FALSE(m_end->empty());
-    EXPECT_TRUE(std::any_of(m_messages.begin(), m_messages.end(), [](Message const& message) {
-        return ParseMessage(message.bytes).member == "Before";
-    }));
+    EXPECT_TRUE(HasCome("Before"));
 }
 
 TEST_F(MonitorTest, ReportsNothingAfterItsEnd)

@@ -2,8 +2,6 @@
 #include "Monitor.h"
 
 #include <atomic>
-#include <chrono>
-#include <condition_variable>
 #include <deque>
 #include <mutex>
 #include <utility>
@@ -18,15 +16,17 @@ constexpr int Patience = 10'000;
 /// Messages that are handled at once: after them, the thread gets to its other work.
 constexpr std::size_t Turn = 1'000;
 
-/// Time limit for messages in transit. A slow machine may have ten seconds of them.
-constexpr std::chrono::seconds CatchUpTime{15};
+constexpr auto ClientFlags = static_cast<GDBusConnectionFlags>(
+    G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
 
-Owned<GDBusConnection> Connect(std::string const& address, Error& error)
+/// Returns from g_main_context_iteration() at a time.
+Owned<GSource> MakeAlarm(GMainContext* context, std::chrono::milliseconds time)
 {
-    auto const flags = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-                                                         G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
-    return Owned<GDBusConnection>(
-        g_dbus_connection_new_for_address_sync(address.c_str(), flags, nullptr, nullptr, error.Out()));
+    Owned<GSource> source(g_timeout_source_new(static_cast<guint>(time.count())));
+    g_source_set_callback(
+        source.get(), [](gpointer) -> gboolean { return G_SOURCE_REMOVE; }, nullptr, nullptr);
+    g_source_attach(source.get(), context);
+    return source;
 }
 
 } // namespace
@@ -50,9 +50,7 @@ public:
             return message;
         }
         Owned<GDBusMessage> const owned(message);
-        if (m_isAwaited) {
-            SeeMarker(g_dbus_message_get_destination(message));
-        }
+        SeeMarker(g_dbus_message_get_destination(message));
         gsize size = 0;
         Error error;
         Owned<unsigned char> const bytes(
@@ -84,21 +82,15 @@ public:
         HandleFetched(m_fetched.size());
     }
 
-    /// Starts to wait for a message to `busName`.
-    void BeginWait(char const* busName)
+    /// Starts to wait for a message to `busName`, or for none if it is empty.
+    void Await(char const* busName)
     {
         std::lock_guard<std::mutex> const lock(m_mutex);
         m_awaited = busName;
-        m_isAwaited = true;
+        m_hasCome = false;
     }
 
-    /// Returns after it has arrived, or after a time limit.
-    void Wait()
-    {
-        std::unique_lock<std::mutex> lock(m_mutex);
-        m_hasCome.wait_for(lock, CatchUpTime, [this] { return !m_isAwaited; });
-        m_isAwaited = false;
-    }
+    bool HasCome() const { return m_hasCome; }
 
     void Close() { m_isOpen = false; }
     std::uint64_t Lost() const { return m_lost; }
@@ -107,9 +99,9 @@ private:
     void SeeMarker(char const* destination)
     {
         std::lock_guard<std::mutex> const lock(m_mutex);
-        if (destination != nullptr && m_awaited == destination) {
-            m_isAwaited = false;
-            m_hasCome.notify_one();
+        if (destination != nullptr && !m_awaited.empty() && m_awaited == destination) {
+            m_awaited.clear();
+            m_hasCome = true;
         }
     }
 
@@ -166,9 +158,8 @@ private:
     bool m_isOpen = true;          ///< for the thread of the handlers
     std::deque<Message> m_fetched; ///< for the thread of the handlers, before m_messages
     std::atomic<std::uint64_t> m_lost{0};
-    std::atomic<bool> m_isAwaited{false};
-    std::mutex m_mutex; ///< protects the next members
-    std::condition_variable m_hasCome;
+    std::atomic<bool> m_hasCome{false}; ///< the awaited message
+    std::mutex m_mutex;                 ///< protects the next members
     std::string m_awaited;
     std::deque<Message> m_messages;
     bool m_isScheduled = false;
@@ -180,7 +171,8 @@ Monitor::Monitor(std::string const& address, Handlers handlers)
       m_onEnd(std::move(handlers.onEnd))
 {
     Error error;
-    m_connection = Connect(m_address, error);
+    m_connection.reset(g_dbus_connection_new_for_address_sync(m_address.c_str(), ClientFlags, nullptr,
+                                                              nullptr, error.Out()));
     if (m_connection == nullptr) {
         throw MonitorError("cannot connect to the bus at " + address + ": " + error.Message() +
                                "; check that it runs",
@@ -210,21 +202,60 @@ Monitor::~Monitor()
     g_dbus_connection_close_sync(m_connection.get(), nullptr, nullptr);
 }
 
-void Monitor::CatchUp()
+/// A connection whose only purpose is that the monitor sees the bus's first message to it.
+struct Monitor::Marker
 {
-    Error error;
-    Owned<GDBusConnection> const connection = Connect(m_address, error);
-    if (connection != nullptr) {
-        m_inbox->BeginWait(g_dbus_connection_get_unique_name(connection.get()));
-        Owned<GVariant> const reply(g_dbus_connection_call_sync(
-            connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-            "GetId", nullptr, nullptr, G_DBUS_CALL_FLAGS_NONE, Patience, nullptr, error.Out()));
-        if (reply != nullptr) {
-            m_inbox->Wait();
+    explicit Marker(Inbox& of) : inbox(of) { inbox.Await(""); }
+
+    Inbox& inbox;
+    Owned<GCancellable> const cancellable{g_cancellable_new()};
+    Owned<GDBusConnection> connection;
+    bool hasEnded = false; ///< no callback follows
+    bool hasFailed = false;
+
+    static void OnConnected(GObject* /*source*/, GAsyncResult* result, gpointer data)
+    {
+        auto& self = *static_cast<Marker*>(data);
+        self.connection.reset(g_dbus_connection_new_for_address_finish(result, nullptr));
+        self.hasEnded = self.hasFailed = self.connection == nullptr;
+        if (!self.hasEnded) {
+            self.inbox.Await(g_dbus_connection_get_unique_name(self.connection.get()));
+            g_dbus_connection_call(self.connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                   "org.freedesktop.DBus", "GetId", nullptr, nullptr, G_DBUS_CALL_FLAGS_NONE,
+                                   -1, self.cancellable.get(), OnAnswered, data);
         }
-        g_dbus_connection_close_sync(connection.get(), nullptr, nullptr);
+    }
+
+    static void OnAnswered(GObject* /*source*/, GAsyncResult* result, gpointer data)
+    {
+        auto& self = *static_cast<Marker*>(data);
+        Owned<GVariant> const reply(g_dbus_connection_call_finish(self.connection.get(), result, nullptr));
+        self.hasEnded = true;
+        self.hasFailed = reply == nullptr;
+    }
+};
+
+bool Monitor::CatchUp(std::chrono::milliseconds limit, std::function<bool()> const& isOver)
+{
+    Owned<GMainContext> const context(g_main_context_ref_thread_default());
+    Owned<GSource> const alarm = MakeAlarm(context.get(), limit);
+    Marker marker(*m_inbox);
+    g_dbus_connection_new_for_address(m_address.c_str(), ClientFlags, nullptr, marker.cancellable.get(),
+                                      Marker::OnConnected, &marker);
+    while (!m_inbox->HasCome() && !marker.hasFailed && g_source_is_destroyed(alarm.get()) == FALSE &&
+           !isOver()) {
+        g_main_context_iteration(context.get(), TRUE);
+    }
+    g_source_destroy(alarm.get());
+    g_cancellable_cancel(marker.cancellable.get());
+    while (!marker.hasEnded) {
+        g_main_context_iteration(context.get(), TRUE);
+    }
+    if (marker.connection != nullptr) {
+        g_dbus_connection_close(marker.connection.get(), nullptr, nullptr, nullptr);
     }
     Drain();
+    return m_inbox->HasCome();
 }
 
 void Monitor::Drain()

@@ -4,6 +4,7 @@
 #include "Message.h"
 #include "glib/Owned.h"
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <stdexcept>
@@ -23,6 +24,9 @@ public:
 private:
     bool m_hasBus;
 };
+
+/// Time limit for messages in transit. A slow machine may have ten seconds of them.
+constexpr std::chrono::seconds TransitTime{15};
 
 /// Watches a bus: receives every message that the bus delivers after the constructor has returned. The
 /// messages are queued without a limit until they are handled, so that the bus never waits. Other work of the
@@ -51,15 +55,19 @@ public:
     /// Handles the queued messages.
     void Drain();
 
-    /// Waits, at most 5 seconds, until all messages are queued that the bus delivered before the call, and
-    /// handles them. Opens another connection to the bus for this.
-    void CatchUp();
+    /// Iterates the main context until all messages are handled that the bus delivered before the call, until
+    /// `limit` has passed, or until `isOver` is true, which is asked after each iteration. Opens another
+    /// connection to the bus for this. @return whether all were handled
+    bool CatchUp(
+        std::chrono::milliseconds limit = TransitTime,
+        std::function<bool()> const& isOver = [] { return false; });
 
     /// Number of messages that GLib could read but not write again; the handlers did not get them.
     std::uint64_t Lost() const;
 
 private:
     class Inbox;
+    struct Marker;
 
     static GDBusMessage* Filter(GDBusConnection* connection, GDBusMessage* message, gboolean isIncoming,
                                 gpointer inbox);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Trace.h"
 
+#include "Interruption.h"
+
 #include "common/PrintableText.h"
 #include "glib/Owned.h"
 #include "output/Answer.h"
@@ -16,38 +18,8 @@ namespace zviptv::ctl {
 
 namespace {
 
-volatile std::sig_atomic_t isInterrupted = 0;
-
-/// While a file is read, SIGINT and SIGTERM end it.
-class Interruption
-{
-public:
-    Interruption() : m_int(Set(SIGINT)), m_term(Set(SIGTERM)) {}
-    ~Interruption()
-    {
-        sigaction(SIGINT, &m_int, nullptr);
-        sigaction(SIGTERM, &m_term, nullptr);
-    }
-    Interruption(Interruption const&) = delete;
-    Interruption& operator=(Interruption const&) = delete;
-
-private:
-    static struct sigaction Set(int number)
-    {
-        struct sigaction action
-        {
-        };
-        struct sigaction former
-        {
-        };
-        action.sa_handler = [](int) { isInterrupted = 1; }; // without SA_RESTART: read() returns
-        sigaction(number, &action, &former);
-        return former;
-    }
-
-    struct sigaction const m_int;
-    struct sigaction const m_term;
-};
+/// Time after which they want to know what a program waits for.
+constexpr std::chrono::seconds PatienceOfUsers{1};
 
 std::string BusAddress()
 {
@@ -58,16 +30,6 @@ std::string BusAddress()
                                                "): set DBUS_SYSTEM_BUS_ADDRESS to a bus that runs");
     }
     return address.get();
-}
-
-/// As nohup has set it.
-bool IsIgnored(int number)
-{
-    struct sigaction action
-    {
-    };
-    sigaction(number, nullptr, &action);
-    return action.sa_handler == SIG_IGN;
 }
 
 void WriteFile(OutputFile& file, std::string const& text)
@@ -160,7 +122,11 @@ void Trace::Watch()
     OpenOutputs();
     Loop loop;
     std::string end;
-    auto const quit = [&loop] { loop.Quit(); };
+    bool isOver = false;
+    auto const quit = [&] {
+        isOver = true;
+        loop.Quit();
+    };
     auto const guarded = [this, quit](auto const& work) {
         try {
             work();
@@ -185,10 +151,18 @@ void Trace::Watch()
                                      }});
     m_processes = std::make_unique<trace::ProcessNames>(address);
     PrintMessage("watching the bus at " + address + "; Ctrl-C ends it");
-    EventSource const over = m_options.duration ? Loop::Every(*m_options.duration, quit) : EventSource();
+    EventSource over = m_options.duration ? Loop::Every(*m_options.duration, quit) : EventSource();
     loop.Run([](std::exception const&) { throw; });
     if (end.empty() && !m_failure && m_isRead) {
-        monitor.CatchUp();
+        isOver = false;
+        over = Loop::Every(PatienceOfUsers, [isSaid = false]() mutable {
+            if (!std::exchange(isSaid, true)) {
+                PrintMessage("waiting for messages in transit; Ctrl-C ends the wait");
+            }
+        });
+        if (!monitor.CatchUp(trace::TransitTime, [&isOver] { return isOver; }) && end.empty() && m_isRead) {
+            PrintMessage("the last messages are missing: the bus has not delivered them yet");
+        }
     }
     if (m_failure) {
         std::rethrow_exception(m_failure);
@@ -205,14 +179,14 @@ void Trace::Read()
 {
     Interruption const interruption;
     trace::CaptureReader reader(
-        {m_options.in, m_options.follows, [this] { Pause(); }, [] { return isInterrupted != 0; }});
+        {m_options.in, m_options.follows, [this] { Pause(); }, [] { return Interruption::HasCome(); }});
     OpenOutputs();
     try {
         for (trace::Message message; m_isRead && reader.Next(message);) {
             Take(message);
         }
     } catch (trace::CaptureError const&) {
-        if (isInterrupted == 0) { // which may have come in the middle of a message
+        if (!Interruption::HasCome()) { // which may have come in the middle of a message
             throw;
         }
     }

@@ -17,7 +17,13 @@ Recorder::Recorder(std::string const& file, std::string const& address)
 
 bool Recorder::Finish()
 {
-    m_monitor.CatchUp();
+    if (!m_monitor.CatchUp()) {
+        std::fprintf(
+            stderr,
+            "zviptv-sim: the end of the recording is missing: the bus did not deliver it within %d s\n",
+            static_cast<int>(trace::TransitTime.count()));
+        m_hasFailed = true;
+    }
     if (m_monitor.Lost() != 0) {
         std::fprintf(stderr, "zviptv-sim: messages that could not be recorded: %llu\n",
                      static_cast<unsigned long long>(m_monitor.Lost()));
