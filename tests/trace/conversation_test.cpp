@@ -140,6 +140,21 @@ TEST(ConversationTest, PushesHavePidTimeStampAndSize)
     EXPECT_EQ(caption->values.at(1).text, "TELETEXT");
 }
 
+/// The mistake of a service that emits a signal without naming the subscriber.
+TEST(ConversationTest, APushWithoutADestinationIsAProblem)
+{
+    std::vector<std::string> asked;
+    Conversation conversation([&asked](std::string const& busName) { asked.push_back(busName); });
+    MadeMessage push = MadeNotification(Entries({{"functionname", "CaptionCB"}}));
+    push.destination = "";
+    auto const event = conversation.Add(push.At(10));
+    EXPECT_THAT(event->problems,
+                ElementsAre("no destination: every application with this endpoint receives it"));
+    EXPECT_EQ(event->application->name, "every application");
+    EXPECT_EQ(event->application->busName, "");
+    EXPECT_THAT(asked, IsEmpty());
+}
+
 TEST(ConversationTest, ACallOfTheServiceWithoutEntriesIsASeparateEvent)
 {
     Conversation conversation;

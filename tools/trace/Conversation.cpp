@@ -241,6 +241,9 @@ Event Conversation::Notify(ParsedMessage const& message)
     AddEntries(event, message);
     m_participants.SeeService(event.service);
     event.application = m_participants.See(std::string(message.destination));
+    if (message.destination.empty()) {
+        event.problems.emplace_back("no destination: every application with this endpoint receives it");
+    }
     return event;
 }
 

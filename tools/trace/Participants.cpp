@@ -8,6 +8,9 @@ namespace {
 /// More than the connections of a bus. A recording of other traffic may contain more names.
 constexpr std::size_t MaxApplications = 10'000;
 
+/// Stands for the receivers of a signal without a destination.
+constexpr char const* Everyone = "every application";
+
 } // namespace
 
 Participants::ApplicationPtr Participants::See(std::string const& busName)
@@ -20,8 +23,9 @@ Participants::ApplicationPtr Participants::See(std::string const& busName)
     }
     auto made = std::make_shared<Application>();
     made->busName = busName;
+    made->name = busName.empty() ? Everyone : "";
     m_applications[busName] = std::move(made);
-    if (m_onNew) {
+    if (m_onNew && !busName.empty()) {
         m_onNew(busName);
     }
     return Find(busName); // the callback may have changed it
