@@ -30,12 +30,13 @@ files() {
 }
 
 # build FOLDER TIMEZONE UMASK [OPTION...]: builds the packages in the parent folder of FOLDER, without the caller's
-# environment.
+# environment. Prints each step, and the end of the log if one fails.
 build() (
     cd "$1"
     umask "$3"
     env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME="$work" LC_ALL=C.UTF-8 TZ="$2" \
-        DEB_BUILD_OPTIONS="parallel=$(nproc)" dpkg-buildpackage -us -uc "${@:4}" >"$1.log" 2>&1 || {
+        DEB_BUILD_OPTIONS="parallel=$(nproc)" dpkg-buildpackage -us -uc "${@:4}" 2>&1 |
+        tee "$1.log" | grep --line-buffered '^   dh_' || {
         tail -n 50 "$1.log" >&2
         exit 1
     }

@@ -6,6 +6,11 @@
 # machine itself: the status is 77 if a copy is not possible.
 set -euo pipefail
 
+if [ $# -eq 0 ] || [ "$1" = --help ]; then
+    sed -n '3,6s/^# //p' "$0"
+    exit
+fi
+
 # make_copy LOWER MOUNTPOINT: mounts a copy whose changes stay in memory.
 make_copy() {
     mount -t tmpfs -o mode=755 tmpfs "$2"
