@@ -131,7 +131,11 @@ class TwoLanguages(CaptionTest):
 class Decoder(PageTest):
     """The statements as the page shows them."""
 
+    hasPicture = False
     isPaused = True
+
+    def reset(self):
+        """The tests change nothing."""
 
     def decode(self, text, units=b""):
         """The characters with their places and colours, and the seconds that were waited."""

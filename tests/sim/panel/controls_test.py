@@ -13,6 +13,8 @@ TAB, SPACE = "\ue004", "\ue00d"  # as WebDriver writes these keys
 
 
 class Controls(PageTest):
+    hasPicture = False
+
     def click(self, name):
         self.element(name).click()
 

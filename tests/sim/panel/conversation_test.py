@@ -12,6 +12,7 @@ from viewer import Viewer
 
 
 class ConversationList(PageTest):
+    hasPicture = False
     isPaused = True
 
     def setUp(self):

@@ -169,6 +169,7 @@ CASES = {
 
 
 class Diagnosis(PageTest):
+    hasPicture = False
     options = ("--lock-stops-pushes",)
 
     def seen(self, place):

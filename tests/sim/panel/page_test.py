@@ -12,6 +12,7 @@ SECOND = 1.0
 
 
 class Shows(PageTest):
+    hasPicture = False
     options = ("--rating-limit", "18")
 
     def within_a_second(self, words, condition):
@@ -110,6 +111,7 @@ class Shows(PageTest):
 
 
 class LockStopsPushes(PageTest):
+    hasPicture = False
     options = ("--lock-stops-pushes",)
 
     def test_is_shown_with_the_lock(self):
@@ -119,6 +121,7 @@ class LockStopsPushes(PageTest):
 
 
 class Fits(PageTest):
+    hasPicture = False
     isPaused = True
 
     def setUp(self):
@@ -144,10 +147,9 @@ class Fits(PageTest):
         """Its focus is visible and not covered, at each width in each mode."""
         self.addCleanup(show_on, self.driver)
         self.simulator.ctl("sim", "fault", "add", "GetTTX=error")
+        wait_for(lambda: "GetTTX" in self.text("fault-list") and "deu mpeg" in self.text("track-lists"))
         for width, dark in ((1280, False), (1280, True), (420, False), (420, True)):
             show_on(self.driver, width, dark)
-            self.driver.get(self.simulator.address)
-            wait_for(lambda: "GetTTX" in self.text("fault-list") and "deu mpeg" in self.text("track-lists"))
             keys = """const key = control => control.id || control.dataset.key || control.outerHTML;"""
             reached = []
             while "" not in reached:

@@ -2,7 +2,6 @@
 """The picture and the sound on the panel, in a browser."""
 import os
 import re
-import shutil
 import signal
 import subprocess
 import tempfile
@@ -161,14 +160,7 @@ class LagOfHighDefinition(Lag):
 
 
 class WithoutFfmpeg(PageTest):
-    @classmethod
-    def setUpClass(cls):
-        """A path with every program but ffmpeg."""
-        cls.folder = tempfile.TemporaryDirectory(prefix="zviptv-path-")
-        cls.addClassCleanup(cls.folder.cleanup)
-        daemon = shutil.which("dbus-daemon")
-        os.symlink(daemon, Path(cls.folder.name, "dbus-daemon"))
-        cls.path = cls.folder.name
+    hasPicture = False
 
     def test_draws_a_test_card_and_reports_what_to_install(self):
         self.wait_text("picture-note", "install ffmpeg: sudo apt install ffmpeg")
