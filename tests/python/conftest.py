@@ -46,4 +46,4 @@ def wait_for(condition, seconds=10.0):
     end = time.monotonic() + seconds * SLOWNESS
     while not condition():
         assert time.monotonic() < end, "the condition was not met in time"
-        time.sleep(0.005)
+        time.sleep(0.02)

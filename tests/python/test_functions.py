@@ -9,8 +9,6 @@ from functions import FUNCTIONS, REFUSED
 
 import zviptv
 
-TABLE = pytest.mark.parametrize(("endpoint", "name", "arguments", "holds"), FUNCTIONS, ids=[row[1] for row in FUNCTIONS])
-
 
 def check(holds, call):
     if holds is REFUSED:
@@ -22,13 +20,10 @@ def check(holds, call):
     assert value is None if holds is None else holds(value), value
 
 
-@TABLE
-def test_waits_for_the_answer(playing, endpoint, name, arguments, holds):
+@pytest.mark.parametrize(("endpoint", "name", "arguments", "holds"), FUNCTIONS, ids=[row[1] for row in FUNCTIONS])
+def test_waits_for_the_answer_and_is_a_coroutine(playing, endpoint, name, arguments, holds):
     check(holds, lambda: getattr(getattr(playing, endpoint), name)(*arguments))
 
-
-@TABLE
-def test_is_a_coroutine(playing, endpoint, name, arguments, holds):
     async def call():
         async with zviptv.aio.Television() as tv:
             return await getattr(getattr(tv, endpoint), name)(*arguments)
