@@ -4,6 +4,7 @@ import os
 import subprocess
 
 import pytest
+from gi.repository import Gio, GLib  # noqa: F401 - pytester forgets what tests import, and gi can be loaded only once
 
 pytest_plugins = ["pytester", "zviptv.testing"]
 
@@ -30,11 +31,12 @@ def ctl():
 
 @pytest.fixture
 def run(pytester):
-    """Runs pytest on this text, in a process; returns the result."""
+    """Runs pytest on this text, in this process unless told otherwise; returns the result."""
 
-    def run_on(text, *options, settings=SETTINGS):
+    def run_on(text, *options, settings=SETTINGS, apart=False):
         pytester.makefile(".ini", pytest=settings)
         pytester.makepyfile(APPLICATION + text)
-        return pytester.runpytest_subprocess("-p", "no:cacheprovider", *options)
+        started = pytester.runpytest_subprocess if apart else pytester.runpytest_inprocess
+        return started("-p", "no:cacheprovider", *options)
 
     return run_on

@@ -72,7 +72,7 @@ def test_one_simulator_serves_a_session(run):
 def test_every_xdist_worker_has_a_simulator(run):
     text = "".join(f"def test_{i}(television):\n    ctl('mute', 'audio', 'on')\n    print('bus', television.address)\n"
                    "    assert len(television.requests) == 1\n" for i in range(8))
-    result = run(text, "-n", "2", "-rP")
+    result = run(text, "-n", "2", "-rP", apart=True)
     result.assert_outcomes(passed=8)
     assert len({line for line in result.outlines if line.startswith("bus ")}) == 2
 
@@ -121,14 +121,14 @@ def test_settings(television):
 
 def test_plugin_is_loaded_by_entry_point_and_by_name(run, pytester):
     pytester.makeconftest('pytest_plugins = ["zviptv.testing"]')
-    run("def test_nothing(television): pass\n").assert_outcomes(passed=1)
-    result = run("def test_nothing(television): pass\n", "--trace-config")
+    result = run("def test_nothing(television): pass\n", "--trace-config", apart=True)
+    result.assert_outcomes(passed=1)
     result.stdout.fnmatch_lines(["*zviptv-*"])
 
 
 def test_missing_gi_fails_only_tests_with_a_television(run, pytester):
     pytester.makeconftest("import sys\nsys.modules['gi'] = None\n")
-    result = run("def test_with(television): pass\ndef test_without(): pass\n")
+    result = run("def test_with(television): pass\ndef test_without(): pass\n", apart=True)
     result.assert_outcomes(passed=1, errors=1)
     result.stdout.fnmatch_lines(["cannot load the Python module gi: install the package python3-gi*"])
 
