@@ -3,14 +3,16 @@
 """Plays a transport stream on the simulator and compares the answers of all methods, and every PES packet, with an
 independent look at the same stream and guide: ffprobe, and readers of our own that share no code with the simulator.
 
-usage: look.py --sim ZVIPTV-SIM --ctl ZVIPTVCTL --guide XMLTV [--programme N] STREAM|--make KIND
+usage: look.py --sim ZVIPTV-SIM --ctl ZVIPTVCTL --guide XMLTV [--programme N] STREAM|--make KIND --keep FOLDER
 
-With --make a stream of codings that no file at hand has is made first, see made_streams.sh.
+With --make a stream of codings that no file at hand has is made first, see made_streams.sh. It is kept in FOLDER until
+the scripts that make it change.
 
 Exit status 77 when the stream is not there.
 """
 
 import argparse
+import hashlib
 import json
 import os
 import pickle
@@ -36,6 +38,7 @@ def arguments():
     parser.add_argument("--guide", required=True)
     parser.add_argument("--programme", type=int)
     parser.add_argument("--make")
+    parser.add_argument("--keep", default=".")
     parser.add_argument("stream", nargs="?")
     return parser.parse_args()
 
@@ -43,6 +46,20 @@ def arguments():
 def beside(name):
     """A file of this folder."""
     return os.path.join(os.path.dirname(os.path.abspath(__file__)), name)
+
+
+def made(kind, folder):
+    """The path of the stream of this kind."""
+    scripts = hashlib.sha256()
+    for name in ("made_streams.sh", "dress.py"):
+        with open(beside(name), "rb") as file:
+            scripts.update(file.read())
+    path = os.path.join(folder, f"{kind}-{scripts.hexdigest()}.ts")
+    if not os.path.exists(path):
+        unfinished = f"{path}.{os.getpid()}.ts"
+        subprocess.run([beside("made_streams.sh"), kind, unfinished], check=True)
+        os.replace(unfinished, path)
+    return path
 
 
 def write_guides(source, number, names, folder):
@@ -107,13 +124,12 @@ def simulate(given, parameters, folder):
 
 def main():
     given = arguments()
-    if not given.make and not os.path.exists(given.stream):
+    if given.make:
+        given.stream = made(given.make, given.keep)
+    if not os.path.exists(given.stream):
         print(f"skipped: {given.stream} is not there (CMake variable ZVIPTV_MEDIA_DIR)")
         return SKIPPED
     with tempfile.TemporaryDirectory() as folder:
-        if given.make:
-            given.stream = f"{folder}/{given.make}.ts"
-            subprocess.run([beside("made_streams.sh"), given.make, given.stream], check=True)
         status, shown = simulate(given, prepare(given, folder), folder)
     findings = Findings()
     check_requests([one for one in shown if one.get("event") == "request"], findings)
