@@ -52,17 +52,17 @@ class Batch(Process):
         return seconds
 
 
-def call_block(clients, name):
+def call_block(clients, name, calls):
     """The time of a call in seconds, and its processor time."""
     if name == BATCH:
-        return {"seconds": clients[name].seconds_of(CALLS) / CALLS}
-    return {what: value / CALLS for what, value in clients[name].ask(f"call {CALLS}").items()}
+        return {"seconds": clients[name].seconds_of(calls) / calls}
+    return {what: value / calls for what, value in clients[name].ask(f"call {calls}").items()}
 
 
-def packet_block(bench, client, shape):
+def packet_block(bench, client, shape, part):
     """The time of a packet in seconds, and its processor time. Before and after it, nobody is subscribed."""
     size, batch, batches = shape
-    count = batch * batches
+    count = batch * batches // part
     client.send_line(f"receive {count} {size} {batch}")
     await_subscribers(bench, 1)
     bench.service.send_line(f"push {count} {size} {batch}")
@@ -98,16 +98,17 @@ def compare(generations):
                     if title in generations[0][name][0] or title == "rate"} for title, figure in measured.items()}
 
 
-def measure(build, generations, rounds):
-    """The figures of the table."""
+def measure(build, generations, rounds, part):
+    """The figures of the table. A part of 10 is a tenth of the calls and packets."""
     found = {"calls": [], **{title: [] for title in PACKETS}}
     with Bench(build / "bench/bus") as bench:
         for number in range(generations):
             with clients_of(bench, build) as clients:
-                found["calls"].append(alternate([*CLIENTS, BATCH], rounds, lambda name: call_block(clients, name), number))
+                found["calls"].append(alternate(
+                    [*CLIENTS, BATCH], rounds, lambda name: call_block(clients, name, CALLS // part), number))
                 for title, shape in PACKETS.items():
                     found[title].append(alternate(
-                        CLIENTS, rounds, lambda name: packet_block(bench, clients[name], shape), number))
+                        CLIENTS, rounds, lambda name: packet_block(bench, clients[name], shape, part), number))
     beyond = [own["seconds"] - base["seconds"] for blocks in found["calls"]
               for own, base in zip(blocks[BATCH], blocks[BASE], strict=True)]
     return {"compared": {title: compare(blocks) for title, blocks in found.items()}, "batch": spread(beyond)}
@@ -118,12 +119,13 @@ def main():
     parser.add_argument("build", type=pathlib.Path, help="the folder of the build, with benchmarks, tools and Python")
     parser.add_argument("--generations", type=int, default=14, help="how often the clients are started")
     parser.add_argument("--rounds", type=int, default=4, help="blocks of each client in a generation")
+    parser.add_argument("--part", type=int, default=1, help="divides the number of calls and packets in a block")
     parser.add_argument("--docs", action="store_true", help="updates docs/explanation/performance.md")
     options = parser.parse_args()
     if options.docs and not machine.is_committed():
         sys.exit("cannot update the page: the sources have uncommitted changes; commit them first, or measure without --docs")
     where = machine.describe(options.build)
-    found = {**measure(options.build.resolve(), options.generations, options.rounds),
+    found = {**measure(options.build.resolve(), options.generations, options.rounds, options.part),
              "rounds": options.generations * options.rounds, **{name: where[name] for name in ("revision", "date", "load")}}
     print(render(*table({"python": found})))
     if options.docs:
