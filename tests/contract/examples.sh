@@ -53,12 +53,12 @@ for variant in with_layer without_layer; do
         until [ "$(grep -c '^packet' "$work/$variant.txt")" = $((run * 3)) ] &&
             [ "$(grep -c '^muted' "$work/$variant.txt")" = "$run" ]; do
             kill -0 "$application"
-            sleep 0.1
+            sleep 0.25
         done
         kill -KILL "$service"
         until [ "$(grep -c '^no service' "$work/$variant.txt")" = "$run" ]; do
             kill -0 "$application"
-            sleep 0.1
+            sleep 0.25
         done
     done
     kill "$application"

@@ -27,5 +27,5 @@ ln -s /usr/bin/python3 "$work/bin/python3" # the compiled module is for Debian's
 export PATH=$work/bin:$prefix/bin:$PATH LD_LIBRARY_PATH=$libdir PKG_CONFIG_PATH=$libdir/pkgconfig ZV_IPTV_LOG=none
 export PYTHONPATH=$prefix/lib/python3/dist-packages PYTHONDONTWRITEBYTECODE=1
 export MYPY_CACHE_DIR=$build/tests/contract/mypy
-export CMAKE_PREFIX_PATH=$prefix CXX=$work/bin/g++ DBUS_SYSTEM_BUS_ADDRESS=unix:path=$work/no-bus
+export CMAKE_PREFIX_PATH=$prefix CXXFLAGS=$sanitize DBUS_SYSTEM_BUS_ADDRESS=unix:path=$work/no-bus
 python3 -B "$source/pages/page.py" "$3" "$root" "$work"
