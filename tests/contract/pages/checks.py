@@ -54,7 +54,8 @@ def check_links(name, page, root):
 
 def check_run_words(name, page, root):
     """Checks that ./run help lists every ./run command in the page, in blocks and in text."""
-    known = subprocess.run([str(root / "run"), "help"], text=True, check=True, stdout=subprocess.PIPE).stdout
-    for word, option in re.findall(r"\./run ([a-z]+)(?: (--[a-z]+))?", page):
+    named = re.findall(r"\./run ([a-z]+)(?: (--[a-z]+))?", page)
+    known = named and subprocess.run([str(root / "run"), "help"], text=True, check=True, stdout=subprocess.PIPE).stdout
+    for word, option in named:
         if not re.search(rf"^\./run {word}\b", known, re.MULTILINE) or option not in known:
             raise PageError(f"{name}: ./run help does not know ./run {word} {option}")
