@@ -2,7 +2,7 @@
 #pragma once
 
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <string>
 
 namespace zviptv::test {
@@ -10,8 +10,9 @@ namespace zviptv::test {
 /// The contents of the file; empty if it cannot be read.
 inline std::string ReadFile(std::string const& path)
 {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    std::ostringstream contents;
+    contents << std::ifstream(path, std::ios::binary).rdbuf();
+    return contents.str();
 }
 
 } // namespace zviptv::test

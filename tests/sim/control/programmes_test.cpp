@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "MadeFile.h"
 #include "Remote.h"
 
 namespace zviptv::test {
@@ -11,12 +12,12 @@ class Programmes : public ControlTest
 protected:
     void Begin()
     {
-        std::string const path = m_bus.Directory() + "/two.ts";
-        ChildProcess ffmpeg({"ffmpeg", "-nostdin", "-v", "error", "-i", ZVIPTV_SAMPLE_FILE, "-i",
-                             ZVIPTV_OTHER_TRACKS, "-map", "0", "-map", "1", "-c", "copy", "-program",
-                             "program_num=1:title=One:st=0:st=1:st=2:st=3:st=4:st=5", "-program",
-                             "program_num=2:title=Two:st=6:st=7:st=8:st=9", path});
-        ASSERT_EQ(ffmpeg.Wait(Patience), (ExitStatus{0, 0})) << ffmpeg.Errors();
+        std::string const path =
+            MadeFile({"ffmpeg", "-nostdin", "-v", "error", "-i", ZVIPTV_SAMPLE_FILE, "-i",
+                      ZVIPTV_OTHER_TRACKS, "-map", "0", "-map", "1", "-c", "copy", "-program",
+                      "program_num=1:title=One:st=0:st=1:st=2:st=3:st=4:st=5", "-program",
+                      "program_num=2:title=Two:st=6:st=7:st=8:st=9"},
+                     "two.ts");
         StartControlled(
             {"--loop", "--guide", ZVIPTV_SAMPLE_GUIDE, "--time", "1774735200", "--rating-limit", "17"}, path);
         for (char const* const type : {"PLAYERCONTROL", "BROADCASTDATA", "IPGUTIL", "IPTVDATASUBSCRIBER"}) {

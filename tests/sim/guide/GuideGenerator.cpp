@@ -22,28 +22,29 @@ std::string Time(std::uint32_t seconds)
     return text;
 }
 
-std::string Words(std::mt19937& random, unsigned count)
+/// Appends to one text: a guide of many megabytes has millions of words.
+void AppendWords(std::string& text, std::minstd_rand& random, unsigned count)
 {
     static char const* const Some[] = {"harbour", "night", "König", "über",  "signal", "deep", "été",
                                        "river",   "light", "house", "storm", "train",  "sea",  "voice"};
-    std::string text;
     for (unsigned i = 0; i < count; ++i) {
-        text += Some[random() % (sizeof Some / sizeof *Some)] + std::string(i + 1 < count ? " " : "");
+        text.append(i == 0 ? "" : " ").append(Some[random() % (sizeof Some / sizeof *Some)]);
     }
-    return text;
 }
 
-std::string ProgrammeText(std::mt19937& random, std::uint32_t number)
+void AppendProgramme(std::string& text, std::minstd_rand& random, std::uint32_t number,
+                     std::string const& times)
 {
-    std::uint32_t const start = 1767225600 + number / Channels * HalfHour;
-    std::string const title = "Series " + std::to_string(random() % 5000);
-    return "  <programme start=\"" + Time(start) + "\" stop=\"" + Time(start + HalfHour) + "\" channel=\"" +
-           std::to_string(1 + number % Channels) + ".example\">\n    <title lang=\"en\">" + title +
-           "</title>\n    <sub-title lang=\"en\">" + Words(random, 4) + " " + std::to_string(number) +
-           "</sub-title>\n    <desc lang=\"en\">" + Words(random, 40) +
-           "</desc>\n    <category lang=\"en\">Genre " + std::to_string(random() % 40) +
-           "</category>\n    <rating system=\"FSK\"><value>" + std::to_string(random() % 3 * 6) +
-           "</value></rating>\n  </programme>\n";
+    text.append("  <programme ").append(times).append(" channel=\"");
+    text.append(std::to_string(1 + number % Channels));
+    text.append(".example\">\n    <title lang=\"en\">Series ").append(std::to_string(random() % 5000));
+    text.append("</title>\n    <sub-title lang=\"en\">");
+    AppendWords(text, random, 4);
+    text.append(" ").append(std::to_string(number)).append("</sub-title>\n    <desc lang=\"en\">");
+    AppendWords(text, random, 40);
+    text.append("</desc>\n    <category lang=\"en\">Genre ").append(std::to_string(random() % 40));
+    text.append("</category>\n    <rating system=\"FSK\"><value>").append(std::to_string(random() % 3 * 6));
+    text.append("</value></rating>\n  </programme>\n");
 }
 
 } // namespace
@@ -51,7 +52,7 @@ std::string ProgrammeText(std::mt19937& random, std::uint32_t number)
 GeneratedGuide WriteGuide(std::string const& path, std::uint64_t bytes)
 {
     std::ofstream file(path, std::ios::binary);
-    std::mt19937 random(500);
+    std::minstd_rand random(500);
     GeneratedGuide written;
     auto const write = [&](std::string const& text) {
         file << text;
@@ -63,7 +64,13 @@ GeneratedGuide WriteGuide(std::string const& path, std::uint64_t bytes)
               std::to_string(i) + "</display-name></channel>\n");
     }
     while (written.bytes < bytes) {
-        write(ProgrammeText(random, written.programmes++));
+        std::uint32_t const start = 1767225600 + written.programmes / Channels * HalfHour;
+        std::string const times = "start=\"" + Time(start) + "\" stop=\"" + Time(start + HalfHour) + "\"";
+        std::string text; // of all channels
+        for (std::uint32_t i = 0; i < Channels && written.bytes + text.size() < bytes; ++i) {
+            AppendProgramme(text, random, written.programmes++, times);
+        }
+        write(text);
     }
     write("</tv>\n");
     return written;

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "Crowd.h"
 
+#include "Files.h"
 #include "Json.h"
 #include "WaitUntil.h"
 
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 
 namespace zviptv::test {
 
@@ -73,8 +72,7 @@ std::vector<Received> Crowd::Gather(std::string const& command, std::size_t coun
     std::vector<Received> all;
     for (std::size_t i = 0; i < count; ++i) {
         EXPECT_EQ(processes[i]->Wait(2 * Patience), (ExitStatus{0, 0})) << processes[i]->Errors();
-        std::ifstream file(fileOf(i), std::ios::binary);
-        all.push_back({JsonLines(processes[i]->Output()), {std::istreambuf_iterator<char>(file), {}}});
+        all.push_back({JsonLines(processes[i]->Output()), ReadFile(fileOf(i))});
     }
     return all;
 }

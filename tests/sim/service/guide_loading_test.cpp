@@ -28,7 +28,6 @@ class GuideLoading : public Simulator
 protected:
     void Begin(std::vector<std::string> options = {})
     {
-        WriteGuide(m_big, BigGuide);
         options.insert(options.end(), {"--ts", ZVIPTV_SAMPLE_FILE, "--loop", "--guide", ZVIPTV_SAMPLE_GUIDE});
         Start(options);
         m_application.Announce(Type);
@@ -37,6 +36,7 @@ protected:
     /// Makes the big guide the next one that the service loads.
     void StartLoading()
     {
+        WriteGuide(m_big, BigGuide);
         Application leaving;
         std::string const service = leaving.Announce(Type);
         leaving.Peer().CallWithoutReply(
@@ -101,6 +101,7 @@ TEST_F(GuideLoading, RequestsForTheSameFileShareOneLoading)
 TEST_F(GuideLoading, AFileThatCannotBeLoadedChangesNothing)
 {
     Begin();
+    WriteGuide(m_big, BigGuide);
     std::ofstream(m_big, std::ios::app) << "</surplus>";
     EXPECT_EQ(Clone(m_big), "0");
     EXPECT_TRUE(m_simulator->WaitForErrors("zviptv-sim: cannot load the guide: " + m_big + ":", Patience));

@@ -2,6 +2,7 @@
 #include "LiveInput.h"
 
 #include "Files.h"
+#include "MadeFile.h"
 
 #include <cinttypes>
 #include <cstdio>
@@ -95,13 +96,13 @@ class LiveLoad : public LiveInput
 protected:
     /// Two seconds of pictures that do not compress. In Matroska: ffmpeg repeats a transport stream with a
     /// gap.
-    void MakeStream()
+    static std::string MakeStream()
     {
-        ChildProcess maker({"ffmpeg", "-nostdin", "-v",   "error", "-f",         "lavfi", "-i",
-                            Noise,    "-t",       "2",    "-c:v",  "mpeg2video", "-bf",   "0",
-                            "-g",     "5",        "-b:v", "18M",   "-minrate",   "18M",   "-maxrate",
-                            "18M",    "-bufsize", "4M",   m_file});
-        ASSERT_EQ(maker.Wait(Patience), (ExitStatus{0, 0})) << maker.Errors();
+        return MadeFile({"ffmpeg",   "-nostdin", "-v",       "error", "-f",       "lavfi",
+                         "-i",       Noise,      "-t",       "2",     "-c:v",     "mpeg2video",
+                         "-bf",      "0",        "-g",       "5",     "-b:v",     "18M",
+                         "-minrate", "18M",      "-maxrate", "18M",   "-bufsize", "4M"},
+                        "load.mkv");
     }
 
     /// The stream over and over, with null packets up to the rate; `format` names the muxer and its options.
@@ -116,7 +117,6 @@ protected:
 
     void Begin(std::string const& scheme, std::vector<std::string> const& format)
     {
-        ASSERT_NO_FATAL_FAILURE(MakeStream());
         m_port = UdpSender("127.0.0.1").Port();
         std::string const url = scheme + "://127.0.0.1:" + std::to_string(m_port);
         StartLive(url, {"--pes", "video"});
@@ -187,7 +187,7 @@ protected:
 private:
     static constexpr char Noise[] = "testsrc2=size=720x576:rate=25,noise=alls=60:allf=t";
 
-    std::string const m_file = m_bus.Directory() + "/load.mkv";
+    std::string const m_file = MakeStream();
     int m_port = 0;
     std::optional<ChildProcess> m_sender;
     std::unique_ptr<ChildProcess> m_client;

@@ -21,7 +21,7 @@ constexpr std::size_t SanitizerSlack = UnderAddressSanitizer ? 8 * 1024 * 1024 :
 constexpr std::size_t GrowthLimit =
     2 * (sim::Subscriber::MaxQueuedBytes + sim::Subscriber::WindowBytes) + SanitizerSlack;
 
-constexpr DensePlan Plan{50, 40000, 2}; // 2 MB of video a second
+constexpr DensePlan Plan{25, 80000, 2}; // 2 MB of video a second
 
 /// Resident memory of a process, in bytes.
 std::size_t ResidentBytes(pid_t pid)

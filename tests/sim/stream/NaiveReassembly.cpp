@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "NaiveReassembly.h"
 
+#include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <set>
 
 namespace zviptv::test {
@@ -19,7 +19,9 @@ unsigned PidAt(Bytes const& stream, std::size_t at)
 Bytes ReadWholeFile(std::string const& path)
 {
     std::ifstream file(path, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    Bytes bytes(std::filesystem::file_size(path));
+    file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    return bytes;
 }
 
 std::vector<Bytes> ReassembleNaively(Bytes const& stream, std::uint16_t pid)

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: MIT
+#include "Files.h"
+#include "MadeFile.h"
 #include "stream/Demux.h"
 #include "stream/VideoFormat.h"
 
-#include <array>
-#include <cstdio>
+#include <cstdlib>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 using namespace zviptv::sim;
+using namespace zviptv::test;
 
 namespace {
 
@@ -23,22 +24,6 @@ struct Picture
 void PrintTo(Picture const& picture, std::ostream* out)
 {
     *out << picture.encoder << " " << picture.size << " " << picture.rate << " " << picture.pixelAspect;
-}
-
-/// The output of a command. A status other than 0 is printed.
-std::string OutputOf(std::string const& command)
-{
-    std::unique_ptr<std::FILE, int (*)(std::FILE*)> pipe(popen(command.c_str(), "r"), [](std::FILE* file) {
-        int const status = pclose(file);
-        EXPECT_EQ(status, 0);
-        return status;
-    });
-    std::string output;
-    std::array<char, 256> line{};
-    while (std::fgets(line.data(), static_cast<int>(line.size()), pipe.get()) != nullptr) {
-        output += line.data();
-    }
-    return output;
 }
 
 std::string ToText(Ratio const& ratio, char between)
@@ -78,17 +63,26 @@ TEST_P(GeneratedVideo, HasTheFormatThatFfprobeReads)
         GTEST_SKIP() << "ffmpeg and ffprobe make and read the stream; install the package ffmpeg";
     }
     Picture const& picture = GetParam();
-    std::string const path = testing::TempDir() + "made-" + std::to_string(getpid()) + ".ts";
-    bool const hasPresets = std::string(picture.encoder).rfind("libx", 0) == 0;
-    OutputOf(std::string("ffmpeg -v error -nostdin -y -f lavfi -i testsrc2=size=") + picture.size +
-             ":rate=" + picture.rate + " -vf setsar=" + picture.pixelAspect +
-             " -frames:v 5 -pix_fmt yuv420p -x265-params log-level=none -c:v " + picture.encoder +
-             (hasPresets ? " -preset ultrafast" : "") + " -f mpegts " + path);
-    std::string const entries = "stream=width,height,r_frame_rate,display_aspect_ratio";
-    std::string const read =
-        OutputOf("ffprobe -v error -select_streams v -show_entries " + entries + " -of default=nw=1 " + path);
+    std::vector<std::string> encode{
+        "ffmpeg",       "-v",
+        "error",        "-nostdin",
+        "-f",           "lavfi",
+        "-i",           std::string("testsrc2=size=") + picture.size + ":rate=" + picture.rate,
+        "-vf",          std::string("setsar=") + picture.pixelAspect,
+        "-frames:v",    "5",
+        "-pix_fmt",     "yuv420p",
+        "-x265-params", "log-level=none",
+        "-c:v",         picture.encoder};
+    if (std::string(picture.encoder).rfind("libx", 0) == 0) {
+        encode.insert(encode.end(), {"-preset", "ultrafast"});
+    }
+    encode.insert(encode.end(), {"-f", "mpegts"});
+    std::string const path = MadeFile(encode, "picture.ts");
+    std::string const read = ReadFile(
+        MadeFile({"ffprobe", "-v", "error", "-select_streams", "v", "-show_entries",
+                  "stream=width,height,r_frame_rate,display_aspect_ratio", "-of", "default=nw=1", path, "-o"},
+                 "picture.txt"));
     auto const format = FormatOf(path);
-    std::remove(path.c_str());
     ASSERT_TRUE(format);
     EXPECT_EQ(Describe(*format), read.substr(0, read.size() / 2))
         << "ffprobe prints streams twice, by programme";
