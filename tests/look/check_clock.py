@@ -9,7 +9,7 @@ TICKS = 90000
 
 
 def before(service, subject, findings):
-    """Nothing has been played, so nothing of it is known."""
+    """Before the first packet is played, clocks and formats are unknown."""
     findings.same("state before", service.GetSourceState(), {"result": True, "state": STARTING})
     findings.same("STC before", service.GetSTCCount()["result"], False)
     findings.same("first PTS before", service.GetFirstPTS()["result"], False)
@@ -27,8 +27,8 @@ def wait_for(service, state, findings):
 
 
 def while_playing(service, subject, speed, findings):
-    """The clock runs as fast as the stream: by no more than the time around both questions, and as long as the
-    stream plays by no less than the time between them."""
+    """Checks that the STC runs as fast as the stream. It advances at most by the time from the start of the first call
+    to the end of the second one and, while the stream plays, at least by the time between the calls."""
     wait_for(service, PLAYING, findings)
     begun = time.monotonic()
     first = service.GetSTCCount()
@@ -37,7 +37,7 @@ def while_playing(service, subject, speed, findings):
     asked = time.monotonic()
     second = service.GetSTCCount()
     done = time.monotonic()
-    state = service.GetSourceState()["state"]  # a slow machine may have come to the end
+    state = service.GetSourceState()["state"]  # on a slow machine, the stream may have ended
     findings.check("state while playing", state in (PLAYING, ENDED), str(state))
     findings.same("STC while playing", (first["result"], second["result"]), (bool(subject.clock()),) * 2)
     if subject.clock():
@@ -47,7 +47,7 @@ def while_playing(service, subject, speed, findings):
 
 
 def service_time(service, speed, findings):
-    """It runs as fast as the stream, also when that has ended: the bounds are those of while_playing."""
+    """Checks that the service's time runs as fast as the stream, even after its end. The bounds are as above."""
     begun = time.monotonic()
     first = service.GetFirstPTS()["now"]
     answered = time.monotonic()
@@ -62,7 +62,7 @@ def service_time(service, speed, findings):
 def after(service, subject, speed, findings):
     findings.same("state after", service.GetSourceState(), {"result": True, "state": ENDED})
     stc, again = service.GetSTCCount(), service.GetSTCCount()
-    findings.same("the STC stands", stc, again)
+    findings.same("two STCs after the end", stc, again)
     findings.same("STC after", stc["result"], subject.clock() is not None)
     if subject.clock():
         _, last, tolerance = subject.clock()

@@ -21,14 +21,14 @@ class Subscriber:
             return [json.loads(line) for line in file if line.endswith("\n")]
 
     def end(self, count, findings):
-        """Waits for the given number of packets, and ends the subscription. Returns the line and the bytes of each."""
+        """Waits for `count` packets, and ends the subscription. Returns the line and the bytes of each packet."""
         limit = time.monotonic() + PATIENCE
         while len(self._read_lines()) < count and time.monotonic() < limit:
             time.sleep(0.05)
         self._process.send_signal(signal.SIGINT)
         _, errors = self._process.communicate(timeout=PATIENCE)
-        findings.same("the subscriber ends well", (self._process.returncode, errors.decode().count("skipped")),
-                      (0, 0))
+        findings.same("exit status and skipped packets of the subscriber",
+                      (self._process.returncode, errors.decode().count("skipped")), (0, 0))
         with open(self._out, "rb") as file:
             return [(line, file.read(line["size"])) for line in self._read_lines()]
 
@@ -53,23 +53,23 @@ def check_captions(subject, received, findings):
         expected.setdefault(subject.pes_type(pid), []).extend(subject.caption_data(pid))
     kinds = {line["type"] for line, _ in received}
     findings.same("kinds of captions", kinds, {kind for kind, pieces in expected.items() if pieces})
-    for kind in kinds:  # several PIDs of a kind come mixed
+    for kind in kinds:  # the captions of several PIDs of a type are interleaved
         findings.same(f"captions of type {kind}", sorted(data for line, data in received if line["type"] == kind),
                       sorted(expected.get(kind, [])))
 
 
 def check_against_probe(subject, findings):
-    """Our own reassembly against ffprobe's packets, which are frames and so of other sizes."""
+    """Compares our reassembly with ffprobe's packets, which are frames and therefore have other sizes."""
     for pid, reassembly in subject.pes.items():
         frames = subject.probe.packets(pid)
         stream = subject.probe.streams[pid]
         packets = [packet for packet in reassembly.packets if packet.data[3] != 0xBE]  # ffprobe leaves out padding
         stamps = {packet["pts"] % (1 << 33) for packet in frames if "pts" in packet}
-        if stream.get("codec_name") != "dvb_teletext":  # whose PTS ffprobe replaces by the PCR
+        if stream.get("codec_name") != "dvb_teletext":  # ffprobe replaces the PTS of teletext by the PCR
             missing = [packet.pts for packet in packets if packet.pts is not None and packet.pts not in stamps]
             findings.same(f"PTS of PID {pid:#x} that ffprobe does not know", missing, [])
         sizes = [len(packet.payload) for packet in packets]
-        if stream.get("codec_name") == "dvb_subtitle":  # ffprobe takes off identifier, stream id and end mark
+        if stream.get("codec_name") == "dvb_subtitle":  # ffprobe removes identifier, stream id and end mark
             findings.same(f"sizes in PID {pid:#x}", [int(one["size"]) + 3 for one in frames], sizes)
         elif stream.get("codec_type") in ("video", "audio", "subtitle"):
             findings.same(f"bytes in PID {pid:#x}", sum(int(one["size"]) for one in frames),

@@ -8,16 +8,16 @@ ABSENT = 60000  # no such service or event
 
 
 def check_texts(service, guide, findings):
-    """Of those that are rated, and the first of every service; all of them are in the lists."""
+    """Checks the first programme of every service, and all rated programmes. check_lists checks all programmes."""
     firsts = [programmes[0] for programmes in guide.services.values()]
     for one in firsts + [one for one in guide.all() if one["rating"] and one not in firsts]:
         number, event = int(one["service_id"]), one["event_id"]
         findings.same(f"event {event}", service.FindProgram(number, event), {"result": True, "program": as_text(one)})
         findings.same(f"rating of {event}", service.GetRating(event)["rating"], as_text(one["rating"]))
         findings.same(f"genres of {event}", service.GetGenre(event)["genre"], as_text(one["genres"]))
-    findings.same("no such event", service.FindProgram(next(iter(guide.services)), ABSENT)["program"], "")
-    findings.same("rating of none", service.GetRating(ABSENT)["rating"], "")
-    findings.same("genres of none", service.GetGenre(ABSENT)["genre"], "")
+    findings.same("unknown event", service.FindProgram(next(iter(guide.services)), ABSENT)["program"], "")
+    findings.same("rating of an unknown event", service.GetRating(ABSENT)["rating"], "")
+    findings.same("genres of an unknown event", service.GetGenre(ABSENT)["genre"], "")
 
 
 def check_lists(service, guide, findings):
@@ -29,7 +29,7 @@ def check_lists(service, guide, findings):
             expected = guide.within(number, start, duration)
             findings.same("size of a list", service.GetProgramListSize(number, start, duration)["size"], len(expected))
             findings.same("list", service.GetProgramList(number, start, duration)["list"], as_text(expected))
-    findings.same("list of no service", service.GetProgramList(ABSENT, 0, 1)["list"], "")
+    findings.same("list of an unknown service", service.GetProgramList(ABSENT, 0, 1)["list"], "")
 
 
 def check_single(service, guide, now, findings):
@@ -51,7 +51,7 @@ def check_single(service, guide, now, findings):
 
 
 def check_guide(service, path, names, now, findings):
-    findings.same("a guide is there", service.ExistXmlForIPG(), {"result": True, "exist": True})
+    findings.same("a guide is loaded", service.ExistXmlForIPG(), {"result": True, "exist": True})
     guide = Guide(path, names)
     check_texts(service, guide, findings)
     check_lists(service, guide, findings)
@@ -65,6 +65,6 @@ def check_another(service, path, names, findings):
     for number in guide.services:
         findings.same("list of the new guide", service.GetProgramList(number, 0, 0xFFFFFFFF)["list"],
                       as_text(guide.within(number, 0, 0xFFFFFFFF)))
-    findings.same("loading none", service.CloneUSBToTV("/no/such/guide.xml"), {"result": True, "done": False})
+    findings.same("loading a missing file", service.CloneUSBToTV("/no/such/guide.xml"), {"result": True, "done": False})
     with service.another_application() as without_list:
-        findings.same("the guide after that", without_list.GetProgram(0)["program"], as_text(guide.all()[0]))
+        findings.same("the guide after a failed load", without_list.GetProgram(0)["program"], as_text(guide.all()[0]))

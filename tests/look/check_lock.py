@@ -20,7 +20,7 @@ def check_lock(service, age, findings):
                            (ALL, (False, False)), (LOCKED, (True, True))):
         findings.same(f"unlocking {lock}", service.SetUnlockedInfo(lock), {"result": True})
         findings.same(f"after unlocking {lock}", state(), expected)
-    findings.same("unlocking what is none", service.SetUnlockedInfo(ALL + 1), {"result": False})
+    findings.same("unlocking an unknown lock", service.SetUnlockedInfo(ALL + 1), {"result": False})
     findings.same("factory mode", service.SetUnlockedInfoWhenFactoryMode(True), {"result": True})
     findings.same("in factory mode", state(), (False, False))
     findings.same("factory mode off", service.SetUnlockedInfoWhenFactoryMode(False), {"result": True})

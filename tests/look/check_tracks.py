@@ -28,7 +28,7 @@ def check_list(name, answers, size, expected, findings):
 
 
 def check_choice(name, choose, current, expected, findings):
-    """Choosing an entry shows in the getter; choosing none that is there changes nothing."""
+    """After an entry is chosen, the getter reports it. An index after the last one is refused and changes nothing."""
     for index, record in reversed(list(enumerate(expected))):
         findings.same(f"choosing {name} {index}", choose(index), {"result": True})
         answer = plain(current(), findings)
@@ -57,14 +57,14 @@ def check_audio(service, subject, findings):
 
 
 def check_related_settings(service, subject, track, findings):
-    """Of subtitles those in the language of the audio track are preferred."""
+    """Checks the settings that follow the audio track: subtitles in its language are preferred."""
     findings.same("audio format", service.GetAudioFormat(), {"result": True, "encodeType": track["encoding"]})
     subtitle = best(subject.subtitles, track["language"])
     answer = service.GetPreferredHybridSBT()
     findings.same("preferred subtitle", answer["result"], subtitle is not None)
     if subtitle:
         findings.same("preferred subtitle", plain(answer["subtitle"], findings), subtitle)
-        findings.same("its language", answer["language"], subtitle["language"])
+        findings.same("language of the preferred subtitle", answer["language"], subtitle["language"])
     page = best([page for page in subject.teletext if is_subtitle(page)], track["language"])
     answer = service.GetPreferredTTXSubtitle()
     findings.same("preferred teletext subtitle", answer["result"], page is not None)
@@ -77,7 +77,7 @@ def check_related_settings(service, subject, track, findings):
         findings.same("sounds", answer["result"], True)
         findings.same("current sound", answer["currentMode"], {"mode": mode, "available": track["dualMono"]})
         findings.same("next sound", answer["nextMode"], {"mode": following, "available": track["dualMono"]})
-    findings.same("a sound that is none", service.SetDigitalDualSound(4), {"result": False})
+    findings.same("an unknown sound", service.SetDigitalDualSound(4), {"result": False})
 
 
 def check_format(service, subject, findings):
@@ -85,9 +85,9 @@ def check_format(service, subject, findings):
         findings.same("choosing a coding", service.SetAudioFormat(record["encoding"], False), {"result": True})
         findings.same("audio format", service.GetAudioFormat()["encodeType"], record["encoding"])
     before = service.GetCurrentAudioInfo()
-    findings.same("a coding that is not there", service.SetAudioFormat(ABSENT_ENCODING, False), {"result": False})
-    findings.same("preferring it", service.SetAudioFormat(ABSENT_ENCODING, True), {"result": True})
-    findings.same("audio after that", service.GetCurrentAudioInfo(), before)
+    findings.same("choosing an absent coding", service.SetAudioFormat(ABSENT_ENCODING, False), {"result": False})
+    findings.same("preferring an absent coding", service.SetAudioFormat(ABSENT_ENCODING, True), {"result": True})
+    findings.same("audio after preferring an absent coding", service.GetCurrentAudioInfo(), before)
 
 
 def check_subtitles(service, subject, findings):
@@ -97,7 +97,7 @@ def check_subtitles(service, subject, findings):
 
     def subtitle_of(index):
         answer = service.GetHybridSBT(index)
-        findings.same("language beside a subtitle", answer["language"], answer["subtitle"]["language"])
+        findings.same("language in the answer and in its subtitle", answer["language"], answer["subtitle"]["language"])
         return answer["result"], answer["subtitle"]
 
     check_list("teletext", page_of, service.SizeOfTTX(), subject.teletext, findings)
@@ -122,10 +122,10 @@ def check_isdb(service, subject, findings):
                      lambda kind=kind: service.GetCurrentISDBText(kind), expected, findings)
         tags = [record["componentTag"] for record in expected]
         for index, record in reversed([(tags.index(record["componentTag"]), record) for record in expected]):
-            findings.same(f"{name} by tag", service.SetCurrentISDBTextService(kind, record["componentTag"]),
+            findings.same(f"choosing {name} by tag", service.SetCurrentISDBTextService(kind, record["componentTag"]),
                           {"result": True})
-            findings.same(f"{name} after that", service.GetCurrentISDBText(kind)["index"], index)
-        findings.same(f"{name} by no tag", service.SetCurrentISDBTextService(kind, 255), {"result": False})
+            findings.same(f"current {name} by tag", service.GetCurrentISDBText(kind)["index"], index)
+        findings.same(f"choosing {name} by an absent tag", service.SetCurrentISDBTextService(kind, 255), {"result": False})
 
 
 def check_captions(service, subject, findings):

@@ -22,7 +22,7 @@ class Service:
         self._batch.communicate()
 
     def another_application(self):
-        """One that has requested nothing yet."""
+        """Another application, which has requested nothing yet."""
         return Service(self._program, self.asked)
 
     def methods(self):
@@ -49,7 +49,7 @@ class Service:
         return answer
 
     def subscribe(self, command, out, lines):
-        """Starts `zviptvctl pes` or `zviptvctl caption`, which write payloads and a line a packet."""
+        """Starts `zviptvctl pes` or `zviptvctl caption`: payloads go to `out`, a line for each packet to `lines`."""
         with open(lines, "wb") as stdout:
             return subprocess.Popen([self._program, command, "--json", "--out", out], stdout=stdout,
                                     stderr=subprocess.PIPE, env=os.environ)

@@ -22,7 +22,7 @@ def crc(data):
 
 
 def with_size(two_bytes, size):
-    """A 12-bit size field, its upper bits kept."""
+    """The two bytes with `size` in the lower 12 bits. The upper 4 bits do not change."""
     return bytes([two_bytes[0] & 0xF0 | size >> 8, size & 0xFF])
 
 

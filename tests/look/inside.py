@@ -21,7 +21,7 @@ CALLBACKS = {("SubscribeForPES", 2), ("UnSubscribeForPES", 1), ("SubscribeForCap
 
 
 def play(service, subject, parameters, findings):
-    """From before the first packet to the end of the stream, with two subscribers that miss nothing."""
+    """Checks the service from before the first packet to the end of the stream, with two subscribers from the start."""
     check_clock.before(service, subject, findings)
     pes = check_data.Subscriber(service, "pes", parameters["folder"])
     captions = check_data.Subscriber(service, "caption", parameters["folder"])
@@ -35,7 +35,7 @@ def play(service, subject, parameters, findings):
 
 
 def set_invisible_state(service, findings):
-    """No getter shows these. The requests to the service are checked from outside."""
+    """Calls the methods whose effect no getter reports. look.py checks the requests that the service received."""
     for on in (True, False):
         findings.same("muting audio", service.MuteAudio(on), {"result": True})
         findings.same("muting video", service.MuteVideo(on), {"result": True})

@@ -1,14 +1,14 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Plays a transport stream on the simulator and compares the answers of all methods, and every PES packet, with an
-independent look at the same stream and guide: ffprobe, and readers of our own that share no code with the simulator.
+"""Plays a transport stream on the simulator, and compares the answers of all methods and every PES packet with the
+results of independent readers: ffprobe, and the modules in this folder, which share no code with the simulator.
 
 usage: look.py --sim ZVIPTV-SIM --ctl ZVIPTVCTL --guide XMLTV [--programme N] STREAM|--make KIND --keep FOLDER
 
-With --make a stream of codings that no file at hand has is made first, see made_streams.sh. It is kept in FOLDER until
-the scripts that make it change.
+With --make, made_streams.sh first makes a stream with codings that the other streams do not contain. The stream is kept
+in FOLDER until the scripts that make it change.
 
-Exit status 77 when the stream is not there.
+The exit status is 77 if the stream does not exist.
 """
 
 import argparse
@@ -26,8 +26,8 @@ from ctl import Findings
 from subject import Subject
 from xmltv import Guide
 
-PLAYING_TIME = 3  # seconds, at whatever speed that takes
-PATIENCE = 100  # seconds for all of it
+PLAYING_TIME = 3  # seconds; prepare() computes the speed from it
+PATIENCE = 100  # seconds for the whole run of the simulator
 SKIPPED = 77
 
 
@@ -65,7 +65,7 @@ def made(kind, folder):
 def write_guides(source, number, names, folder):
     """A guide for this service, and another one with every second programme.
 
-    Where no channel has the service's number the first one gets it."""
+    If no channel has the service's number, the first one gets it."""
     tree = ElementTree.parse(source)
     root = tree.getroot()
     if number not in Guide(source, names).services:
@@ -87,7 +87,7 @@ def rated_programme(guide, number):
 
 
 def prepare(given, folder):
-    """Everything that the command inside needs to know."""
+    """The parameters of inside.py."""
     subject = Subject(given.stream, given.programme)
     with open(f"{folder}/subject.pickle", "wb") as file:
         pickle.dump(subject, file)
@@ -100,7 +100,7 @@ def prepare(given, folder):
 
 
 def simulate(given, parameters, folder):
-    """Runs the simulator with the command; returns its exit status and the requests that it saw."""
+    """Runs the simulator with inside.py as its command. Returns its exit status and the events that it printed."""
     with open(f"{folder}/parameters.json", "w", encoding="utf-8") as file:
         json.dump(parameters, file)
     command = [given.sim, "--ts", given.stream, "--program", str(parameters["programme"]),
@@ -112,8 +112,8 @@ def simulate(given, parameters, folder):
         try:
             output, _ = simulator.communicate(timeout=PATIENCE)
         except subprocess.TimeoutExpired:
-            print(f"FAILED: no end after {PATIENCE} s")
-            simulator.terminate()  # which ends the command inside, too
+            print(f"FAILED: the simulator has not ended after {PATIENCE} s")
+            simulator.terminate()  # this ends inside.py, too
             output, _ = simulator.communicate()
     lines = output.decode().splitlines()
     for line in lines:
@@ -127,7 +127,7 @@ def main():
     if given.make:
         given.stream = made(given.make, given.keep)
     if not os.path.exists(given.stream):
-        print(f"skipped: {given.stream} is not there (CMake variable ZVIPTV_MEDIA_DIR)")
+        print(f"skipped: {given.stream} does not exist; set the CMake variable ZVIPTV_MEDIA_DIR")
         return SKIPPED
     with tempfile.TemporaryDirectory() as folder:
         status, shown = simulate(given, prepare(given, folder), folder)

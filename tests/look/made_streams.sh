@@ -1,6 +1,6 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# Makes a stream of codings that neither sample nor captures have: made_streams.sh mpeg2|latm OUT.ts
+# Makes a stream with codings that neither the sample nor the captures contain: made_streams.sh mpeg2|latm OUT.ts
 # Needs ffmpeg and python3.
 set -euo pipefail
 

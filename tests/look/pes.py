@@ -3,7 +3,7 @@
 
 from transport import payload_of
 
-# Padding, private 2, ECM and the like: their packets have no head beyond the length.
+# Stream ids such as padding, private 2 and ECM: the header of their packets ends after the length.
 SHORT_HEADS = (0xBC, 0xBE, 0xBF, 0xF0, 0xF1, 0xF2, 0xF8, 0xFF)
 
 
@@ -35,16 +35,16 @@ class Pes:
 
 
 class Reassembly:
-    """The complete PES packets of a PID, whole, as the service has to deliver them, and what was left over.
+    """The complete PES packets of a PID, which the service must deliver, and the incomplete one at the end.
 
-    What comes before the first start is not a packet. One that announces its length is complete with that many
-    bytes, and lost when the stream ends or the next begins before. One of open length is complete when the next
-    begins or the stream ends. A packet with a gap in the continuity counter is lost, as is one that is scrambled.
+    Bytes before the first start of a packet are ignored. A packet with a length is complete after this number of bytes.
+    It is dropped if the next packet begins or the stream ends before. A packet of open length is complete when the next
+    packet begins or the stream ends. A packet is also dropped if it is scrambled or if the continuity counter has a gap.
     """
 
     def __init__(self, transport, pid):
         self.packets = []
-        self.unfinished = b""  # the last one, when the stream ends before it does
+        self.unfinished = b""  # payload of a packet that the end of the stream cuts off
         self._pid = pid
         self._open = None
         self._last = 0
@@ -52,7 +52,7 @@ class Reassembly:
         for number, packet in transport.of(pid):
             follows = counter is None or packet[3] & 0x0F == (counter + 1) % 16
             if not packet[3] & 0x10 or packet[3] & 0x0F == counter:
-                continue  # without payload, or sent twice
+                continue  # has no payload, or is a repetition
             counter = packet[3] & 0x0F
             if packet[3] & 0xC0:
                 self._open = None

@@ -25,11 +25,11 @@ class Probe:
             self._packets.setdefault(pid_of[packet["stream_index"]], []).append(packet)
 
     def packets(self, pid):
-        """The packets of a PID in stream order: one a frame, which need not be one a PES packet."""
+        """The packets of a PID in stream order. Each is a frame; a PES packet may contain several."""
         return self._packets.get(pid, [])
 
     def language(self, pid):
-        """The first language of a stream; empty when it has none."""
+        """The first language of a stream; empty if it has none."""
         return self.streams[pid].get("tags", {}).get("language", "").split(",")[0]
 
     def number(self, pid, field):

@@ -1,10 +1,10 @@
 # SPDX-License-Identifier: MIT
-"""The requests as the service saw them: proof of the methods that no getter shows."""
+"""Checks the requests that the service received, among them those whose effect no getter reports."""
 
 BUILT_IN_HANDLE = "256"  # profile 1, id 0
 WITHOUT_HANDLE = ("SetAppID",)
 GUIDE = "IPGUTIL"
-FUNCTIONS = 52  # two pairs of methods share one: subscribing and unsubscribing
+FUNCTIONS = 52  # the methods that subscribe and unsubscribe send the same one
 
 
 def values(requests, function, key):
@@ -15,7 +15,7 @@ def values(requests, function, key):
 
 def check_requests(requests, findings):
     functions = {one["request"]["functionname"] for one in requests}
-    findings.same("functions that were asked for", len(functions), FUNCTIONS)
+    findings.same("number of requested functions", len(functions), FUNCTIONS)
     for one in requests:
         asked = one["request"]
         has_handle = one["endpoint"] != GUIDE and asked["functionname"] not in WITHOUT_HANDLE

@@ -8,7 +8,7 @@ import tracks
 
 PES_TYPES = {"video": 1, "audio": 2, "dvb_subtitle": 3, "dvb_teletext": 4}
 ARIB = 5
-ASSUMED_PACE = 8122  # ticks of 27 MHz a packet: 188 bytes at 5 Mbit/s
+ASSUMED_PACE = 8122  # ticks of 27 MHz for each packet: 188 bytes at 5 Mbit/s
 
 
 class Subject:
@@ -50,14 +50,14 @@ class Subject:
         return [piece for piece in pieces if piece]
 
     def first_pts(self):
-        """By ffprobe: of the video or, without video, of the first audio track; None if no packet has a time."""
+        """The first PTS of the video or, without video, of the first audio track, by ffprobe; None if it has none."""
         pids = self.pids_of("video")[:1] or self.pids_of("audio")[:1]
         stamps = [packet["pts"] % (1 << 33) for pid in pids for packet in self.probe.packets(pid)
                   if "pts" in packet]
         return stamps[0] if stamps else None
 
     def resolution(self):
-        """The record by ffprobe; None without a picture."""
+        """The record that the service must return, from ffprobe; None without a picture."""
         pids = self.pids_of("video")
         if not pids or self.probe.number(pids[0], "width") == 0:
             return None
@@ -70,7 +70,7 @@ class Subject:
                 "interlaced": int(stream.get("field_order", "progressive") != "progressive")}
 
     def clock(self):
-        """First and last STC, 90 kHz, and how exact the last is; nothing for a stream without any clock."""
+        """The first STC, the last STC and its tolerance, in 1/90000 s; None for a stream without time stamps."""
         pcrs = self.transport.pcrs(self.programme.pcr_pid)
         if not pcrs:
             stamps = [packet.dts for pid in self.pes for packet in self.packets(pid) if packet.dts is not None]
@@ -89,7 +89,7 @@ class Subject:
 
 
 def _subtitle_units(field):
-    """Of an EBU data field (EN 300 472) the units that carry subtitles, with their heads."""
+    """The data units that carry subtitles in an EBU data field (EN 300 472), with their headers."""
     units = b""
     at = 1
     while at + 2 <= len(field) and at + 2 + field[at + 1] <= len(field):

@@ -27,7 +27,7 @@ def _language_of_audio(entry):
 
 
 def _is_dual_mono(entry, encoding, packets):
-    """Two sounds in one track: MPEG audio says so in its frames; otherwise two languages do."""
+    """Whether a track carries two sounds: by a frame of MPEG audio, or by two languages if the track has no packets."""
     if encoding == MPEG and packets:
         return packets[-1].payload[3] >> 6 == 2
     return not packets and len([piece for _, data in entry.all(0x0A) for piece in pieces(data, 4)]) == 2
@@ -40,7 +40,7 @@ def audio(programme, probe, packets_of):
         if not encoding:
             continue
         names = [piece for _, data in entry.all(0x0A) for piece in pieces(data, 4)]
-        told = encoding not in (AAC, LATM)  # frames of AAC do not tell their bit rate
+        told = encoding not in (AAC, LATM)  # frames of AAC do not contain their bit rate
         records.append({
             "language": _language_of_audio(entry), "encoding": encoding, "pid": entry.pid,
             "componentTag": entry.component_tag, "audioType": names[0][3] if names else 0,
@@ -64,7 +64,7 @@ def is_subtitle(page):
 
 
 def subtitles(programme):
-    """Those of DVB, then the teletext pages that carry some."""
+    """The DVB subtitles, then the teletext pages that carry subtitles."""
     records = [{"language": language(one[:3]), "kind": DVB, "pid": entry.pid,
                 "compositionPage": int.from_bytes(one[4:6], "big"),
                 "ancillaryPage": int.from_bytes(one[6:8], "big"), "type": one[3],
@@ -96,7 +96,7 @@ def arib_languages(packets):
 
 
 def isdb_texts(programme, kind, packets_of):
-    """ARIB captions, or superimposed text, by data component and component tag, one a language."""
+    """The ARIB captions or superimposed texts: a record for each language of each elementary stream."""
     records = []
     for entry in programme.entries:
         component = entry.first(0xFD)
@@ -111,7 +111,7 @@ def isdb_texts(programme, kind, packets_of):
 
 
 def caption_services(programme):
-    """Digital caption services by number: language, and a letter that tells of Korean coding."""
+    """The digital caption services by number: the language, and "1" for text in Korean coding, otherwise "0"."""
     found = {}
     everywhere = programme.descriptors + [one for entry in programme.entries for one in entry.descriptors]
     for tag, data in everywhere:

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""A transport stream as the standard lays it out, read without any code of the simulator."""
+"""Reads packets, tables and clocks of a transport stream, without any code of the simulator."""
 
 PRIVATE_PES = 0x06
 
@@ -62,7 +62,7 @@ class Transport:
         with open(path, "rb") as file:
             data = file.read()
         self.packets = [data[at:at + 188] for at in range(0, len(data) - 187, 188)]
-        assert all(packet[0] == 0x47 for packet in self.packets), path + ": packets are not in step"
+        assert all(packet[0] == 0x47 for packet in self.packets), path + ": a packet does not begin with 0x47"
 
     def of(self, pid):
         """The packets of a PID with their numbers."""
@@ -71,7 +71,7 @@ class Transport:
                 yield number, packet
 
     def section(self, pid, table):
-        """The first section of a table, for sections that lie end to end in the payloads."""
+        """The first section of a table that a pointer field of this PID points to; None if there is none."""
         gathered = None
         for _, packet in self.of(pid):
             payload = payload_of(packet)
@@ -86,7 +86,7 @@ class Transport:
         return None
 
     def programmes(self):
-        """Those that have a PMT, in the order of the PAT."""
+        """The programmes that have a PMT, in the order of the PAT."""
         pat = self.section(0, 0x00)
         entries = [pat[at:at + 4] for at in range(8, len(pat) - 4, 4)]
         pids = [((entry[2] & 0x1F) << 8) + entry[3] for entry in entries if entry[0] or entry[1]]
@@ -94,7 +94,7 @@ class Transport:
         return [read_pmt(section) for section in sections if section]
 
     def pcrs(self, pid):
-        """Packet numbers with their PCR in ticks of 27 MHz."""
+        """The PCRs of a PID in ticks of 27 MHz, each after the number of its packet."""
         found = []
         for number, packet in self.of(pid):
             if packet[3] & 0x20 and packet[4] > 0 and packet[5] & 0x10:

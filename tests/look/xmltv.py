@@ -44,7 +44,7 @@ def rating(element):
 
 
 def texts(element):
-    """By language, in the order of their appearance: title, subtitle, description and genres."""
+    """Title, subtitle, description and genres by language, in the order in which the languages appear."""
     languages = {}
     for tag, name in (("title", "title"), ("sub-title", "subtitle"), ("desc", "description"), ("category", "genres")):
         for one in element.iter(tag):
@@ -74,7 +74,11 @@ def programme(element, number, service, channel):
 
 
 def service_numbers(root, names):
-    """Numbers of the channels by their id: by the stream's service names, by id, by display-name, then the next."""
+    """The service numbers and the names of the channels, by their ids.
+
+    The first rule that gives an unused number applies: the service of the stream with the channel's name, the number at
+    the start of the id, a numeric display-name, the next unused number.
+    """
     channels = {one.get("id"): [text_of(name) for name in one.iter("display-name")] for one in root.iter("channel")}
     known = {name: number for number, name in names.items() if name}
     given = {}
@@ -117,5 +121,5 @@ class Guide:
 
 
 def as_text(value):
-    """As the service writes it: one line, members in alphabetical order, nothing escaped; nothing is empty."""
+    """JSON as the service writes it: one line, members in alphabetical order, nothing escaped; "" for None."""
     return "" if value is None else json.dumps(value, ensure_ascii=False, sort_keys=True, separators=(",", ":"))
