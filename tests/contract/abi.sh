@@ -30,18 +30,18 @@ is_committed() {
     fi
     abi compare "$written" "$baseline"
     if grep -nF "$build" "$baseline" || grep -nE "(path|name)='/" "$baseline"; then
-        echo "the baseline knows where it was made"
+        echo "the baseline contains paths of the machine that made it"
         exit 1
     fi
 }
 
-# The check finds differences: each baseline is that of a library with one difference.
+# notices WHAT SED-EXPRESSION: the comparison fails if the expression changes one thing in the baseline.
 notices() {
     local what=$1
     sed -E "$2" "$baseline" >"$work/other.abi"
-    ! cmp -s "$baseline" "$work/other.abi" || { echo "the baseline has changed its form: $what"; exit 1; }
+    ! cmp -s "$baseline" "$work/other.abi" || { echo "the expression changes nothing in the baseline: $what"; exit 1; }
     if abi compare "$written" "$work/other.abi" >"$work/said" 2>&1; then
-        echo "passes unnoticed: $what"
+        echo "not noticed: $what"
         exit 1
     fi
     echo "noticed: $what"

@@ -1,6 +1,6 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# CMake says what to install for a component that is missing: components.sh BUILD SOURCE
+# Checks that CMake says what to install for a missing component: components.sh BUILD SOURCE
 . "$(dirname "$0")/install.sh"
 
 # A copy of the installation, from which files are removed below.

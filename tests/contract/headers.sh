@@ -50,7 +50,7 @@ done
 # With an older C++ standard, the first error is a sentence that says so.
 printf '#include <zviptv/IPTVServiceAPI.h>\n' >"$work/old.cpp"
 if "$CXX" -std=c++14 -fsyntax-only -I "$prefix/include" "$work/old.cpp" 2>"$work/errors"; then
-    echo "the headers take C++14"
+    echo "the headers compile as C++14"
     exit 1
 fi
 grep -m1 'error:' "$work/errors" | grep -q 'compile with -std=c++17 or later'

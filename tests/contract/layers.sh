@@ -15,7 +15,7 @@ fail() {
 may() {
     local folder=$1 included other
     shift
-    [ -d "$folder" ] || fail "$folder is no folder"
+    [ -d "$folder" ] || fail "$folder does not exist; remove it from this test"
     checked+=" $folder "
     included=$({ grep -rhoE '#include "[a-z]+/' "$folder" || true; } | sed 's/.*"//; s/\/$//' | sort -u)
     for other in $included; do
@@ -70,7 +70,7 @@ may tools/ctl/trace session output trace common glib
 client_may() {
     local room=src/client/$1 included other
     shift
-    [ -d "$room" ] || fail "$room is no folder"
+    [ -d "$room" ] || fail "$room does not exist; remove it from this test"
     clients+=" $room "
     included=$({ grep -rhoE '#include "client/[a-z]+/' "$room" || true; } | sed 's|.*client/||; s|/$||' | sort -u)
     for other in $included; do
@@ -86,7 +86,7 @@ client_may state link
 client_may stream message
 client_may captions stream
 for room in src/client/*/; do
-    [[ "$clients" == *" ${room%/} "* ]] || fail "say here what $room may include"
+    [[ "$clients" == *" ${room%/} "* ]] || fail "$room is missing in this test; add what it may include"
 done
 # It uses the library through its public headers, except for the code that watches a bus.
 while IFS=: read -r file name; do
@@ -97,13 +97,13 @@ while IFS=: read -r file name; do
 done < <(grep -roE '#include "dbus/[A-Za-z]+\.h"' src/client | sed 's/#include "//; s/"$//')
 
 for folder in $folders; do
-    [[ "$checked" == *" $folder "* ]] || fail "say here what $folder may include"
+    [[ "$checked" == *" $folder "* ]] || fail "$folder is missing in this test; add what it may include"
 done
 # A name without a folder belongs to the same folder or to a generated header, never to the folder above.
 while IFS=: read -r file name; do
     [ -e "${file%/*}/$name" ] || [ -z "$(find src tools -name "$name")" ] || fail "$file includes $name of another folder"
 done < <(grep -roE '#include "[A-Za-z0-9]+\.h"' src/*/ tools/*/ | sed 's/#include "//; s/"$//')
 if grep -rnE --exclude-dir=testing '#include [<"](gio|glib|dbus/dbus|json)' include; then
-    fail "a header includes a library's"
+    fail "a public header includes a header of another library"
 fi
 exit $status

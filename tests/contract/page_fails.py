@@ -67,7 +67,7 @@ def main():
             got, said = status_and_text(text, root)
             if got != status or part not in said:
                 failed += 1
-                print(f"Status {got} instead of {status}, or not {part!r}:\n{text}\n{said}")
+                print(f"Exit status {got}, expected {status}, and an output that contains {part!r}:\n{text}\n{said}")
     print(f"{len(CASES)} pages, {failed} failed")
     return 1 if failed else 0
 

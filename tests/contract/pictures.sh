@@ -19,7 +19,7 @@ trap 'rm -rf "$work"' EXIT
 cp "$root"/docs/pictures/* "$work"
 sed -i 's/MuteAudio(true)/MuteAudio(false)/' "$work/request.dot"
 if "$work/draw.py" --check >"$work/said"; then
-    echo "a changed source passes"
+    echo "a changed source is not noticed"
     exit 1
 fi
 grep -qx 'docs/pictures/request.svg is out of date; renew it with ./run pictures' "$work/said"

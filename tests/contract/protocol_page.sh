@@ -13,7 +13,7 @@ check "$root/docs/reference/protocol.md"
 refused() {
     sed -E "$2" "$root/docs/reference/protocol.md" >"$work/page.md"
     if check "$work/page.md" >"$work/said" 2>&1; then
-        echo "passes: $2"
+        echo "not refused: $2"
         exit 1
     fi
     grep -qE "$1" "$work/said" || { cat "$work/said" && exit 1; }

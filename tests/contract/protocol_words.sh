@@ -18,6 +18,6 @@ compile || { cat "$work/errors" && exit 1; }
 # The check finds a word that differs.
 sed -i 's/"MuteAudio"/"Muteaudio"/' "$work/words.cpp"
 if compile; then
-    echo "another word passes"
+    echo "a changed word is not noticed"
     exit 1
 fi

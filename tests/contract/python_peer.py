@@ -58,7 +58,7 @@ class Events:
     def _called(self, *arguments):
         error = "org.example.Error" if "c" in self.text else "org.freedesktop.DBus.Error.LimitsExceeded"
         self.text += "c"
-        arguments[-1].return_dbus_error(error, "as the test wants it")
+        arguments[-1].return_dbus_error(error, "an error of the test")
 
     def wait_for(self, pattern):
         GLib.timeout_add_seconds(60, sys.exit, f"60 s without {pattern}: {self.text}")

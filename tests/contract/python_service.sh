@@ -18,7 +18,7 @@ start_service() {
 await() {
     local end=$((SECONDS + 60))
     until "$@"; do
-        [ "$SECONDS" -lt "$end" ] || { echo "this has not become true: $*"; cat service.log; exit 1; }
+        [ "$SECONDS" -lt "$end" ] || { echo "not true within 60 s: $*"; cat service.log; exit 1; }
         sleep 0.05
     done
 }
@@ -51,10 +51,10 @@ zviptvctl methods | sed -n 's/^  \([A-Za-z]*\)(.*/\1/p' | grep -v ubscribeFor | 
 [ "$(wc -l <methods.list)" -ge 49 ]
 grep -o '^\$ zviptvctl call [A-Za-z]*' "$source/python_service.txt" | cut -d ' ' -f 4 | sort -u | diff methods.list -
 
-echo "An application is answered by its own name only, and is sent more whatever it answers"
+echo "An application can announce only its own channels, and gets further packets even if it answers with errors"
 "$source/python_peer.py" | diff "$source/python_peer.txt" -
 
-echo "An application is killed: the service sees it leave"
+echo "An application is killed: the service drops its channel"
 left=$(grep -c '^IPTVDATASUBSCRIBER leaves' service.log)
 zviptvctl pes >killed 2>&1 &
 killed=$!
@@ -62,7 +62,7 @@ await lines ^audio killed 1
 kill -KILL "$killed"
 await lines '^IPTVDATASUBSCRIBER leaves' service.log $((left + 1))
 
-echo "An application stops: others go on, and so does that one when it runs again"
+echo "An application is stopped: others still get packets, and it does, too, when it continues"
 zviptvctl pes >stopped 2>&1 &
 stopped=$!
 await lines ^audio stopped 1
@@ -72,7 +72,7 @@ before=$(grep -c ^audio stopped)
 kill -CONT "$stopped"
 await lines ^audio stopped $((before + 5))
 
-echo "The service is killed and started again: applications see both"
+echo "The service is killed and started again: applications notice both"
 zviptvctl watch --json >watch.log 2>&1 &
 watch=$!
 await lines '"event":"tick"' watch.log 1
@@ -89,7 +89,7 @@ zviptvctl caption --count 1 2>/dev/null | grep -qx 'teletext size=46'
 kill -INT "$watch"
 wait "$watch"
 
-echo "A second service is refused the name"
+echo "A second service cannot own the name"
 status=0
 "$root/examples/python/service.py" >second 2>&1 || status=$?
 [ "$status" = 1 ]

@@ -1,6 +1,6 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# The API reference is made without a warning, and every public entity is documented: reference.sh BUILD SOURCE
+# Checks that Doxygen makes the API reference without warnings, and that it documents every public entity: reference.sh BUILD SOURCE
 set -euo pipefail
 root=$(cd "$2/../.." && pwd)
 generated="$1/protocol/generated/include $1/kits/include"
@@ -46,7 +46,7 @@ cp -r "$root/docs/site" "$copy/docs"
 for wrong in 'ZVIPTV_API void ZVNothingSaid();' $'/// Takes `a`.\n/// @param b what is not there\nZVIPTV_API void ZVWrong(int a);'; do
     { cat "$root/include/zviptv/SystemLog.h" && echo "$wrong"; } >"$copy/include/zviptv/SystemLog.h"
     if make_reference "$copy" >"$work/said"; then
-        echo "passes: $wrong"
+        echo "not noticed: $wrong"
         exit 1
     fi
     grep -q 'SystemLog.h:[0-9]*: error:' "$work/said" || { cat "$work/said" && exit 1; }

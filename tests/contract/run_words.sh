@@ -25,7 +25,7 @@ refuses 'the architecture is missing or unknown; use ./run cross armhf | arm64 |
 refuses 'the architecture is missing or unknown; use ./run cross armhf | arm64 | i386' cross mips
 diff <("$root/run") <("$root/run" help)
 
-# A build without tests, in which nothing must be installed, with a CMake that records its arguments.
+# A copy of ./run that needs no packages, and a cmake that only records its arguments.
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 mkdir -p "$work/packaging" "$work/bin" "$work/build/release"

@@ -52,7 +52,7 @@ sed -nE 's/^(C[A-Za-z]+)::~?([A-Za-z0-9_]+|operator=)(\[abi:cxx11\])?(\(.*)?$/\1
 test "$(wc -l <"$work/members")" -gt 50
 test "$(grep -cE '^C[A-Za-z]+::' "$work/exported")" = "$(grep -cE '^C[A-Za-z]+::~?([A-Za-z0-9_]+|operator=)(\[|\(|$)' "$work/exported")"
 while read -r class member; do
-    header=$(grep -lE "^class ZVIPTV_API $class( |\$)" "$prefix"/include/zviptv/*.h) || { echo "no header has $class"; exit 1; }
-    grep -qwF -- "$member" "$header" || { echo "$class::$member is exported, and not in $(basename "$header")"; exit 1; }
+    header=$(grep -lE "^class ZVIPTV_API $class( |\$)" "$prefix"/include/zviptv/*.h) || { echo "no header declares $class"; exit 1; }
+    grep -qwF -- "$member" "$header" || { echo "$class::$member is exported, but not declared in $(basename "$header")"; exit 1; }
 done <"$work/members"
 echo "$(wc -l <"$work/members") members of classes are exported"
