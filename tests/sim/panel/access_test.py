@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Tests who may use the panel."""
+"""Tests which requests the server of the panel accepts."""
 import resource
 import select
 import signal
@@ -29,7 +29,7 @@ class Access(unittest.TestCase):
         return exchange(self.simulator.port,
                         f"{method} {whole} HTTP/1.1\r\nHost: {host}\r\n{heads}{length}\r\n{body}".encode())
 
-    def test_serves_those_who_know_the_token(self):
+    def test_serves_requests_with_the_token(self):
         for path, kind in (("", "text/html"), ("main.js", "text/javascript"), ("style.css", "text/css"),
                            ("icon.svg", "image/svg+xml"), ("api/verbs.json", "application/json")):
             answer = self.ask(path)
@@ -106,13 +106,13 @@ class Access(unittest.TestCase):
             answer = self.ask(path, UPGRADE)
             self.assertEqual((answer.status, answer.body),
                              (503, "too many pages are open: the panel serves 32; close one of them\n"), path)
-            self.assertEqual(self.ask("").status, 200, "the rest is served")
+            self.assertEqual(self.ask("").status, 200, "other files are served")
             for link in links:
                 link.close()
             wait_for(lambda: self.ask(path, UPGRADE).status == 101, f"a free place at {path}")
 
     def test_refuses_requests_that_come_at_once(self):
-        """Of those that asked before 32 were open, the ones beyond 32 are closed with the code 1013."""
+        """Requests that are accepted before 32 connections are open, but exceed 32, are closed with the code 1013."""
         head = f" HTTP/1.1\r\nHost: 127.0.0.1:{self.simulator.port}\r\n{UPGRADE}\r\n"
         links = [socket.create_connection(("127.0.0.1", self.simulator.port), timeout=PATIENCE) for _ in range(60)]
         self.addCleanup(lambda: [link.close() for link in links])
@@ -172,7 +172,7 @@ class Access(unittest.TestCase):
         port = f"{self.simulator.port:04X}"
         self.assertEqual({entry for entry in local if entry.endswith(":" + port)}, {"0100007F:" + port})
 
-    def test_a_port_can_be_chosen_once(self):
+    def test_a_used_or_malformed_port_is_refused(self):
         begun = subprocess.run([SIM, "--ts", SAMPLE, "--panel", str(self.simulator.port), "--", "true"],
                                capture_output=True, text=True, timeout=PATIENCE)
         self.assertEqual(begun.returncode, 1)

@@ -11,7 +11,7 @@ from support import PageTest, wait_for
 
 
 class BrokenFfmpegTest(PageTest):
-    """A program named ffmpeg, which is replaced by the real one in the end."""
+    """Puts a program named ffmpeg into PATH. It fails or hangs until a test replaces it with the real one."""
 
     @classmethod
     def setUpClass(cls):
@@ -27,7 +27,7 @@ class BrokenFfmpegTest(PageTest):
         self.ask_again("exit 1")
 
     def set_program(self, command):
-        """Each start adds a line to the file: when, and its process."""
+        """Replaces ffmpeg with this command. Each start adds a line with its time and its process to the file."""
         self.starts.unlink(missing_ok=True)
         script = Path(self.folder.name, "new")
         script.write_text(f"#!/bin/sh\necho $(date +%s.%N) $$ >> {self.starts}\n{command}\n")
@@ -38,7 +38,7 @@ class BrokenFfmpegTest(PageTest):
         return [line.split() for line in self.starts.read_text().splitlines()] if self.starts.exists() else []
 
     def ask_again(self, command):
-        """A page that asks for the picture again gets an ffmpeg at once, and those before it are forgotten."""
+        """Makes the page request the picture again. The panel then starts ffmpeg at once, and ignores earlier failures."""
         self.simulator.ctl("sim", "mute", "video", "on")
         self.wait_state("off")
         self.set_program(command)
@@ -47,7 +47,7 @@ class BrokenFfmpegTest(PageTest):
     real = f'exec {shutil.which("ffmpeg")} "$@"'
 
     def recovers(self, at_once=True):
-        """With the real ffmpeg."""
+        """Waits for pictures of the real ffmpeg."""
         if at_once:
             self.ask_again(self.real)
         else:

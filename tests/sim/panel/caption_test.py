@@ -9,7 +9,7 @@ from support import SAMPLE, PageTest, wait_for
 
 
 def add_captions():
-    """The program that gave the sample its captions, as a module."""
+    """The program that adds the captions to the sample, as a module."""
     spec = importlib.util.spec_from_file_location("add_captions", SAMPLE.parent / "add-captions.py")
     module = importlib.util.module_from_spec(spec)
     spec.loader.exec_module(module)
@@ -84,7 +84,7 @@ class Sample(CaptionTest):
 
 
 class TwoLanguages(CaptionTest):
-    """Each statement is in Japanese and, as the second language, in English."""
+    """A stream with each caption in Japanese and, as the second language, in English."""
 
     @classmethod
     def setUpClass(cls):
@@ -129,7 +129,7 @@ class TwoLanguages(CaptionTest):
 
 
 class Decoder(PageTest):
-    """The statements as the page shows them."""
+    """Tests the decoder of caption statements in the page."""
 
     hasPicture = False
     isPaused = True
@@ -138,7 +138,7 @@ class Decoder(PageTest):
         """The tests change nothing."""
 
     def decode(self, text, units=b""):
-        """The characters with their places and colours, and the seconds that were waited."""
+        """Decodes a text. Returns the characters with their places and colours, and the waits in seconds."""
         unit = b"\x1f\x20" + len(text).to_bytes(3, "big") + text
         data = b"\x3f" + len(units + unit).to_bytes(3, "big") + units + unit
         return self.driver.execute_async_script("""

@@ -59,7 +59,7 @@ class Controls(PageTest):
         self.type("load", str(copy))
         self.submit("[data-verb=load]")
         self.becomes("Input", str(copy))
-        self.click("record")  # which takes what the simulator has accepted
+        self.click("record")  # records the verbs that the simulator accepts
         self.submit("[data-verb=programme]")
         wait_for(lambda: " programme 1\n" in self.text("recording") + "\n")
         self.click("record")
@@ -122,14 +122,14 @@ class Controls(PageTest):
         self.assertIn("diagram", reached)
 
     def test_recorder_takes_every_verb(self):
-        """And the scenario runs without errors."""
+        """The recorded scenario runs without errors."""
         verbs = ("pause", "play", "seek 3.5", "speed 2", f"load {SAMPLE.resolve()}", "programme 1", "lock programme",
                  "unlock programme", "time 1774738800", "fault add GetTTX=error --for 2", "fault remove GetTTX=error",
                  "fault clear", "mute video on", "select subtitle 1", "die --for 0.1", "restart", "reset")
         offered = self.driver.execute_async_script(
             "const done=arguments[0];fetch('api/verbs.json').then(a=>a.json()).then(l=>done(l.map(verb=>verb.words)))")
         self.assertEqual([words for words in offered if not any(verb.startswith(words) for verb in verbs)],
-                         ["quit"], "it may end the simulator before the page has the answer")
+                         ["quit"], "every verb is tested, except quit: it may end the simulator before the page gets the answer")
         self.click("record")
         for count, verb in enumerate(verbs, 1):
             self.driver.execute_script("const w=document.getElementById('words');w.value=arguments[0];w.form.requestSubmit()", verb)

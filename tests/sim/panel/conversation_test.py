@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""The page of the panel: what applications say to the service."""
+"""Tests the messages between applications and the service on the page of the panel."""
 import json
 import os
 import re
@@ -174,7 +174,7 @@ class ConversationList(PageTest):
             import('./conversation.js').then(({ take }) => done(take(messages, 0)));""")
 
     def test_stays_responsive_with_many_applications(self):
-        """Each of them says nothing but that it comes and goes."""
+        """Each of them only announces its channels, and leaves."""
         self.driver.execute_script("""
             window.times = []; let last = performance.now();
             const tick = now => { window.times.push(now - last); last = now; requestAnimationFrame(tick); };
@@ -195,7 +195,7 @@ class ConversationList(PageTest):
 
     @contextmanager
     def stopped_page(self):
-        """The processes that run pages stand still."""
+        """Stops the processes of the browser that run pages."""
         pages = [pid for pid, command in descendants(self.driver.service.process.pid) if "--type=renderer" in " ".join(command)]
         self.assertNotEqual(pages, [])
         for pid in pages:
@@ -207,12 +207,12 @@ class ConversationList(PageTest):
                 os.kill(pid, signal.SIGCONT)
 
     def test_a_page_that_hangs_delays_nobody(self):
-        self.spend_simulator()  # its history is long
+        self.spend_simulator()  # the next test would wait for its long history
         with self.stopped_page():
             begin = time.monotonic()
             for _ in range(10):
                 self.assertEqual(self.simulator.ctl("mute", "audio", "on").returncode, 0)
-            Application(self.simulator.bus).ask_often(500)  # what has to be caught up with
+            Application(self.simulator.bus).ask_often(500)  # messages that the page gets when it continues
             self.assertLess(time.monotonic() - begin, 8)
             self.simulator.ctl("mute", "audio", "off")
             wait_for(lambda: json.dumps(self.status()["AudioMuted"]) == "false")

@@ -146,7 +146,7 @@ def asks_a_service_that_hangs(case):
     os.kill(process, signal.SIGSTOP)
 
 
-# What a reader of the page sees: the text of an element, for the conversation with this text in the filter.
+# For each case, the signs on the page: an element or a filter of the conversation, and a text that must be in it.
 CASES = {
     never_subscribes: [("application-list", "data subscriber.*no subscription")],
     ends_its_subscription: [("application-list", "no subscription"), ("requestPESCB", "on=false")],

@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: MIT
-"""The panel in Firefox.
+"""Tests the panel in Firefox.
 
-Debian has no WebDriver for Firefox, so the test talks to Firefox itself, by its Marionette protocol: messages of JSON on a
-TCP connection, each with its length in front."""
+Debian has no WebDriver for Firefox, so the test uses Firefox's Marionette protocol: JSON messages on a TCP connection,
+each preceded by its length."""
 import json
 import os
 import shutil
@@ -17,10 +17,10 @@ from pathlib import Path
 from support import Simulator, wait_for
 
 FIREFOX = shutil.which("firefox-esr") or shutil.which("firefox")
-START = 60  # seconds, beside other tests
-# It need not prepare for further pages, nor for the net.
+START = 60  # seconds, while other tests run
+# Switches off processes for further pages, and services that use the network.
 PREFERENCES = {
-    "marionette.port": 0,  # any free one, which it writes to a file
+    "marionette.port": 0,  # any free port, which Firefox writes to a file
     "dom.ipc.processCount": 1, "dom.ipc.processPrelaunch.enabled": False, "fission.autostart": False,
     "media.rdd-process.enabled": False, "network.process.enabled": False, "gfx.canvas.remote": False,
     "browser.safebrowsing.malware.enabled": False, "browser.safebrowsing.phishing.enabled": False,
@@ -64,7 +64,7 @@ class Marionette:
         return self.call("ExecuteScript", script=script, args=list(arguments))["value"]
 
     def run_in_browser(self, script):
-        """Runs a script that may do everything, unlike those of pages."""
+        """Runs a script with the privileges of the browser instead of those of a page."""
         self.call("Marionette:SetContext", value="chrome")
         try:
             self.run(script)
@@ -145,7 +145,7 @@ class Firefox(unittest.TestCase):
             row => row.textContent.includes('GetTTX failed')).click()""")
         wait_for(lambda: "000000  6c 03 " in self.page.text("details"))
 
-    def test_is_used_by_keyboard_in_the_dark(self):
+    def test_is_used_by_keyboard_in_dark_mode(self):
         self.page.run_in_browser("Services.prefs.setIntPref('layout.css.prefers-color-scheme.content-override', 0)")
         self.addCleanup(self.page.run_in_browser,
                         "Services.prefs.clearUserPref('layout.css.prefers-color-scheme.content-override')")

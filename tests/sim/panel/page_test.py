@@ -16,7 +16,7 @@ class Shows(PageTest):
     options = ("--rating-limit", "18")
 
     def within_a_second(self, words, condition):
-        """The page shows it a second after the command of an application has ended, at the latest."""
+        """Runs a command of zviptvctl. The page must show its effect within a second."""
         result = self.simulator.ctl(*words)
         self.assertEqual(result.returncode, 0, result.stderr)
         wait_for(condition, f"the page's view of {' '.join(words)}", SECOND)
@@ -144,7 +144,7 @@ class Fits(PageTest):
 
 
     def test_every_control_is_reached_by_keyboard(self):
-        """Its focus is visible and not covered, at each width in each mode."""
+        """The focus of each control is visible and not covered, at each width in each mode."""
         self.addCleanup(show_on, self.driver)
         self.simulator.ctl("sim", "fault", "add", "GetTTX=error")
         wait_for(lambda: "GetTTX" in self.text("fault-list") and "deu mpeg" in self.text("track-lists"))

@@ -88,7 +88,7 @@ class Picture(PageTest):
         self.assertEqual(self.pixel(0.02, 0.1), [192, 192, 192], "the test card")
 
     def test_shows_a_single_frame_in_a_pause(self):
-        """With a subtitle selected: as right after a key frame."""
+        """A stream with one frame and the selected subtitle, as after a seek to a key frame."""
         one = Path(self.simulator.folder.name, "one.ts")
         subprocess.run(["ffmpeg", "-v", "fatal", "-i", SAMPLE, "-map", "0:v:0", "-map", "0:s:0", "-c", "copy", "-frames:v", "1",
                         one], check=True)

@@ -66,7 +66,7 @@ class Page:
         self.driver.execute_script("const w=document.getElementById('words');w.value=arguments[0];w.form.requestSubmit()", words)
 
     def applications(self):
-        """Three, of which one makes a mistake and another one meets a fault."""
+        """Starts three applications. One sends a wrong index, and another one gets an answer changed by a fault."""
         viewer = self.viewer("org.example.viewer")
         viewer.select_subtitle(1)
         viewer.subscribe()

@@ -45,7 +45,7 @@ class Sockets(unittest.TestCase):
             return self.receive(link, rb'"%b":\{[^}]*"state":"(\w+)"' % what)[1]
 
     def test_nothing_is_decoded_for_a_page_that_sleeps(self):
-        """Its machine sleeps, or its browser hangs: the connection is open, but nothing is answered."""
+        """The machine of the page sleeps, or its browser hangs: the connection is open, but the page answers nothing."""
         self.start()
         for name, what in (("api/picture", b"PanelPicture"), ("api/sound", b"PanelSound")):
             link = self.watch(name)
@@ -63,7 +63,7 @@ class Sockets(unittest.TestCase):
         return int(status.split("VmRSS:")[1].split()[0]) // 1024
 
     def test_strangers_do_not_use_up_the_descriptors(self):
-        """They connect and do not end their request. Those who have sent the token stay connected."""
+        """Strangers connect and do not complete their requests. Connections that have sent the token stay open."""
         self.start()
         page = self.watch("api/events")
         pid = self.simulator.process.pid

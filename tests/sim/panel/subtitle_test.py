@@ -41,7 +41,7 @@ class Subtitles(PageTest):
         self.assertEqual(self.text("picture-note"), "")
 
     def test_is_the_selected_one(self):
-        """In a pause, too: one, One and Eins, which is longer."""
+        """The picture shows each selected subtitle even in a pause. The German text is longer than the English one."""
         self.simulator.ctl("sim", "pause")
         self.simulator.ctl("sim", "seek", "1.8")
         wait_for(lambda: self.dvb() > 100 and self.teletext() == 0, "the DVB subtitle")

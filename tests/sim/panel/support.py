@@ -24,13 +24,13 @@ SIM, CTL, SAMPLE, GUIDE = (Path(argument) for argument in sys.argv[1:5])
 # Properties that a reset restores and that the page shows.
 RESET = ("Running", "Responding", "Input", "Programme", "Paused", "Speed", "Audio", "Subtitle", "AudioMuted", "VideoMuted",
          "ProgrammeLocked", "ServiceLocked", "Faults")
-# Other tests, which run beside these, make times longer.
+# Limits of time are this much higher when other tests run at the same time.
 BESIDE_OTHERS = 1 if ALONE else 10
 
 
 def wait_for(condition, what="the condition", patience=PATIENCE):
-    """Waits until the condition is true. Returns its value. It is asked at longer intervals the longer it takes: most of
-    the processor time of these tests would otherwise be that of the questions."""
+    """Waits until the condition is true. Returns its value. The interval between two checks grows with time, because
+    frequent checks would take most of the processor time of these tests."""
     begin = time.monotonic()
     while True:
         value = condition()
@@ -140,7 +140,7 @@ class Application:
         self.service = dict(answer.unpack()[0])["dbusname"]
 
     def ask_often(self, count):
-        """Mutes and unmutes, this many times, and waits for all answers."""
+        """Sends the given number of requests, which mute and unmute, and waits for all answers."""
         context = GLib.MainContext.default()
         left = count
         asked = 0
@@ -173,7 +173,7 @@ class PageTest(unittest.TestCase):
     hasPicture = True  # without ffmpeg, there is a test card: it takes little processor time
     isPaused = False  # the clock stands still, which takes less
     simulator = None
-    driver = None  # one browser for all tests
+    driver = None  # all tests use one browser
 
     def setUp(self):
         if PageTest.driver is None:
@@ -183,7 +183,7 @@ class PageTest(unittest.TestCase):
             cls.simulator = Simulator(*self.options, path=self.path, stream=self.stream, inputs=self.inputs,
                                       has_ffmpeg=self.hasPicture)
             cls.addClassCleanup(cls.simulator.close)
-            self.driver.get("about:blank")  # else the page of another simulator reports its end
+            self.driver.get("about:blank")  # otherwise the open page reports that its simulator has ended
             self.driver.get_log("browser")
             self.open_page()
         else:
@@ -196,7 +196,7 @@ class PageTest(unittest.TestCase):
         self.wait_text_is("service", "running")
 
     def reset(self):
-        """Waits until the page shows the reset television. Empties what the page has collected."""
+        """Resets the television, waits until the page shows this, and clears the lists and messages of the page."""
         self.assertEqual(self.simulator.ctl("sim", "reset").returncode, 0)
         if self.driver.current_url != self.simulator.address:
             self.open_page()
@@ -208,13 +208,13 @@ class PageTest(unittest.TestCase):
             == [status[name] for name in names], "the page's view of the reset television")
         self.driver.execute_script("""
             document.body.tabIndex = -1;
-            document.body.focus();  // the next one that the tabulator reaches is the first one
+            document.body.focus();  // the Tab key then moves to the first control
             document.body.removeAttribute('tabindex');
             document.getElementById('messages-area').replaceChildren();
             document.getElementById('empty-log').click();""")
 
     def spend_simulator(self):
-        """The test ends the simulator: the next one gets another."""
+        """For a test that ends its simulator: the next test gets a new one."""
         self.simulator, type(self).simulator = self.simulator, None
 
     def tearDown(self):
@@ -223,8 +223,8 @@ class PageTest(unittest.TestCase):
         self.assertEqual(messages, [])
 
     def wait_until(self, condition, *arguments, what=None, patience=PATIENCE):
-        """Waits until a condition of the page, which is JavaScript, is true. It is asked after each change of the document:
-        that takes less processor time than asking from here."""
+        """Waits until a JavaScript condition is true in the page. The page checks it after each change of the document,
+        which takes less processor time than checks from here."""
         self.driver.set_script_timeout(patience)
         try:
             self.driver.execute_async_script(f"""
