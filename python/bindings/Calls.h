@@ -19,10 +19,10 @@ namespace zviptv::python {
 struct Completed
 {
     std::uint64_t token = 0;
-    std::function<py::object()> value; ///< with the GIL; raises the failure
+    std::function<py::object()> value; ///< called with the GIL; raises the failure of the call
 };
 
-/// Where asynchronous calls end.
+/// The queue of asynchronous calls that are done.
 using Completions = Queue<Completed>;
 
 /// An asynchronous call.

@@ -139,7 +139,7 @@ std::chrono::milliseconds Milliseconds(py::handle seconds, char const* name)
     }
     if (!(time >= 0)) { // NaN is in no range
         throw py::value_error(std::string(name) + ": " + std::string(py::str(seconds)) +
-                              " is not a number of seconds from 0 on");
+                              " is not a valid number of seconds; use 0 or more");
     }
     return std::chrono::milliseconds(std::llround(std::ceil(std::min(time, longest) * 1000)));
 }
@@ -185,7 +185,7 @@ std::size_t Limit(py::handle object)
 
 void FromPython(py::handle object, char const* name, bool& value)
 {
-    if (!PyLong_Check(object.ptr())) { // which a bool is, too
+    if (!PyLong_Check(object.ptr())) { // a bool is one, too
         RaiseType(object, name, "a bool");
     }
     value = PyObject_IsTrue(object.ptr()) != 0;

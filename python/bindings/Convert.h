@@ -15,7 +15,7 @@
 #include <type_traits>
 #include <vector>
 
-// Values of the client layer as Python objects, and back. All with the GIL.
+// Values of the client layer as Python objects, and back. Functions are called with the GIL.
 
 namespace zviptv::python {
 

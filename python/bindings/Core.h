@@ -29,7 +29,7 @@ public:
     /// Further calls do nothing.
     void Close();
 
-    /// Closes all that are open.
+    /// Closes all televisions.
     static void CloseAll();
 
     bool IsAvailable();
@@ -41,7 +41,7 @@ public:
     public:
         /// Raises Failure if the television is closed.
         explicit Stay(Core& core);
-        /// Raises nothing: afterwards `isStaying` tells whether the television is open.
+        /// Raises nothing. Sets `isStaying` to whether the television is open.
         Stay(Core& core, bool& isStaying);
         ~Stay();
         Stay(Stay const&) = delete;
@@ -60,7 +60,7 @@ public:
     /// Keeps an object until the television is destroyed.
     void Retain(std::shared_ptr<void> object);
 
-    /// Adds the failures that belong to no call to `failures`, as long as the queue lives.
+    /// From now on, adds failures that belong to no call to `failures`, as long as the queue exists.
     void AddErrors(std::shared_ptr<Queue<Failure>> const& failures);
 
     /// Closes `waitable` when the television is closed.

@@ -18,24 +18,24 @@ bool IsSubinterpreter();
 /// Raises RuntimeError in a forked child.
 void CheckNotForked();
 
-/// The thread on which all televisions of the process live. It begins with the first one and ends with the
-/// interpreter: GLib works for a while after a connection has been closed, and needs the thread to release
-/// what it keeps.
+/// The thread of all televisions of the process. It starts with the first television, and ends with the
+/// interpreter and not with the last television: after a connection is closed, GLib still needs the thread to
+/// release resources.
 ///
 /// The thread never runs Python, so it never waits for the GIL. Signals are blocked on it.
 class Loop
 {
 public:
-    /// Begins the thread if that is necessary. Raises RuntimeError in a forked child, in a subinterpreter,
+    /// Starts the thread if it does not run. Raises RuntimeError in a forked child, in a subinterpreter,
     /// and after End().
     static Loop& Instance();
     Loop(Loop const&) = delete;
     Loop& operator=(Loop const&) = delete;
 
-    /// Runs `work` on the thread, after all work that was posted before. Any thread.
+    /// Runs `work` on the thread, after all work that was posted before. Can be called on any thread.
     void Post(std::function<void()> work);
 
-    /// Runs `work` on the thread, and waits for it. Any other thread, without the GIL.
+    /// Runs `work` on the thread, and waits for it. Called on another thread, without the GIL.
     void Run(std::function<void()> const& work);
 
     /// Marks a function that waits for the thread without the GIL. Construct and destroy it with the GIL:

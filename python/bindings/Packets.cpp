@@ -18,7 +18,7 @@ py::buffer_info Buffer(Item const& item)
     return py::buffer_info(data, static_cast<py::ssize_t>(bytes.Size()), /*readonly=*/true);
 }
 
-/// The bytes from `begin` on, `size` of them. The view's `obj` is the packet.
+/// A memoryview of `size` bytes from `begin` on. It keeps the packet alive.
 py::object View(py::handle item, std::size_t begin, std::size_t size)
 {
     auto const whole = py::reinterpret_steal<py::object>(PyMemoryView_FromObject(item.ptr()));

@@ -27,7 +27,7 @@ protected:
 };
 
 /// Items on their way from the television's thread to Python. A file descriptor is readable while there are
-/// items, and after Close(). Any thread, with or without the GIL.
+/// items, and after Close(). Functions can be called on any thread, with or without the GIL.
 template <class Item>
 class Queue : public Waitable
 {

@@ -223,7 +223,7 @@ py::object Stream<Item>::Get(py::object const& timeout)
         if (end) {
             auto const left = std::chrono::ceil<milliseconds>(*end - Clock::now());
             if (left.count() <= 0) {
-                PyErr_SetString(PyExc_TimeoutError, "nothing came in time");
+                PyErr_SetString(PyExc_TimeoutError, "no item arrived in time");
                 throw py::error_already_set();
             }
             wait = std::min(wait, left);

@@ -61,14 +61,14 @@ public:
     template <class Subscribe>
     void Begin(Subscribe subscribe);
 
-    /// An item that is there; None if there is none.
+    /// The oldest item; None if there is none.
     pybind11::object Poll();
     /// Waits for an item, `timeout` seconds at most, without the GIL; None waits for ever. Raises
     /// TimeoutError, StopIteration after the end, and what the handler of a signal raises.
     pybind11::object Get(pybind11::object const& timeout);
     int Descriptor() const { return m_feed->queue->Descriptor(); }
     void End();
-    /// Has the watcher of a Stream<StateEvent> ask again.
+    /// Makes the watcher of a Stream<StateEvent> ask for the state again.
     void Refresh();
     bool HasEnded() const { return m_feed->queue->IsClosed(); }
     std::uint64_t Dropped() const { return m_feed->queue->Dropped(); }

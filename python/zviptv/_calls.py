@@ -11,7 +11,7 @@ from ._native import Call, Completions, Core
 
 T = TypeVar("T")
 
-#: The longest time of a call in seconds.
+#: The time that a call may take if its `timeout` is not given, in seconds.
 DEFAULT_TIMEOUT = 2.0
 
 Futures = dict[int, "asyncio.Future[Any]"]

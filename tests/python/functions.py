@@ -26,7 +26,7 @@ def film(value):
 
 REFUSED = object()  # the stream has no such captions, and nothing is locked
 
-# endpoint, function, arguments, what holds of the value; None for functions that return nothing
+# endpoint, function, arguments, and a check of the value or None for functions that return nothing
 FUNCTIONS = [
     ("player", "set_current_audio_by_index", (1,), None),
     ("player", "set_audio_format", (zviptv.AudioCoding.MPEG, True), None),

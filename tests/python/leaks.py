@@ -25,7 +25,7 @@ def resources():
 
 
 def calls(tv, number):
-    """A third of them answers a record, a third a list of two records, a third is refused."""
+    """Makes about `number` requests: those that return a record, those for a list, and one in six that is refused."""
     for _ in range(number // 6):
         tv.broadcast.get_audio(0)
         tv.broadcast.audio_tracks()
@@ -37,7 +37,7 @@ def calls(tv, number):
 
 
 async def coroutines(number):
-    """The same, ten at once, some of them cancelled."""
+    """Makes `number` calls, ten at once, and cancels one of each ten."""
     async with zviptv.aio.Television() as tv:
         await tv.wait_until_available()
         for _ in range(number // 10):
@@ -47,7 +47,7 @@ async def coroutines(number):
 
 
 async def streams(number):
-    """Subscribes, reads and leaves."""
+    """Subscribes `number` times, each time with another television, and ends the subscriptions in different ways."""
     for _ in range(number):
         async with zviptv.aio.Television() as tv:
             async for packet in tv.pes():
@@ -60,14 +60,14 @@ async def streams(number):
 
 
 def grown(what, work, number, most):
-    """Runs the work twice, and fails if the second time has kept memory, in KiB."""
+    """Runs the work twice. Fails if the second run keeps `most` KiB or more, or any thread or descriptor."""
     work(number // 5)
     gc.collect()
     memory, before = resident(), resources()
     work(number)
     gc.collect()
     difference = resident() - memory
-    print(f"{what}: {number} kept {difference} KiB, {resources()} threads and descriptors after {before}")
+    print(f"{what}: {difference} KiB more after {number}; threads and descriptors: {before} before, {resources()} after")
     assert difference < most
     assert all(now <= then for now, then in zip(resources(), before))
 
@@ -84,7 +84,7 @@ def main():
         gc.collect()
         difference = tracemalloc.get_traced_memory()[0] - before
         tracemalloc.stop()
-        print(f"objects of Python: {difference} bytes")
+        print(f"Python objects: {difference} bytes more")
         assert difference < 10_000
         grown("coroutines", lambda number: asyncio.run(coroutines(number)), CALLS // 5, MOST)
         grown("streams", lambda number: asyncio.run(streams(number)), max(CALLS // 2000, 10), 4096)

@@ -152,7 +152,7 @@ def test_closing_ends_a_loop(television):
     run(main())
 
 
-def test_several_loops_read_beside_each_other(television):
+def test_several_streams_are_read_at_the_same_time(television):
     async def read(tv, pid):
         number = 0
         async for packet in tv.pes(pid=pid):
@@ -180,7 +180,7 @@ def test_one_task_reads_a_stream(television):
     run(main())
 
 
-def test_a_full_queue_leaves_the_loop_its_turns(television):
+def test_reading_a_full_queue_lets_other_tasks_run(television):
     async def main():
         async with zviptv.aio.Television() as tv, tv.pes() as packets:
             while packets.counters.packets < 100:

@@ -23,12 +23,12 @@ def fast(television):
 
 
 def has_language(caption):
-    """Not an empty one, nor one that came before the stream has named the language of its ARIB captions."""
+    """Whether the caption has text and a language. The first ARIB captions may precede their language in the stream."""
     return not caption.is_empty and caption.language != ""
 
 
 def check(caption):
-    """A caption of the sample stream."""
+    """Checks a caption of the sample stream."""
     kind, page, pid = {"eng": (CaptionKind.TELETEXT, 888, TELETEXT), "deu": (CaptionKind.TELETEXT, 889, TELETEXT),
                        "jpn": (CaptionKind.ARIB_CAPTION, 0, ARIB)}[caption.language]
     assert (caption.kind, caption.page, caption.pid) == (kind, page, pid)
@@ -68,7 +68,7 @@ def test_captions_by_a_coroutine(television):
 
 
 def texts(decoder, items):
-    """The texts of all captions that have one."""
+    """Language, PID and text of the captions with a language."""
     return {(caption.language, caption.pid, caption.text) for item in items for caption in decoder.decode(item)
             if has_language(caption)}
 

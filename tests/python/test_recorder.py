@@ -43,7 +43,7 @@ def test_records_across_a_restart(television, tmp_path, number):
     (["70000", "/dev/null"], "cannot record PID 70000 to /dev/null: pid: 70000 is not in the range"),
     (["0x101", "/nowhere/x"], "cannot record PID 0x101 to /nowhere/x: .*No such file"),
 ])
-def test_what_is_wrong_is_said(television, words, text):
+def test_errors_are_reported(television, words, text):
     with start(*words) as recorder:
         errors = recorder.communicate(timeout=10 * SLOWNESS)[1]
     assert recorder.returncode == 1 and re.search(text, errors), errors

@@ -110,7 +110,7 @@ def test_a_watcher_goes_on_after_a_restart(television, playing):
         assert find(watcher, zviptv.AudioChange).after == 0
 
 
-def test_what_cannot_be_read_is_an_error(television, playing):
+def test_a_malformed_reply_is_an_error(television, playing):
     with playing.errors() as errors, playing.watch(0.01) as watcher:
         watcher.get(10 * SLOWNESS)
         television.fault("GetSourceState=garbage:sourcestate")
@@ -120,7 +120,7 @@ def test_what_cannot_be_read_is_an_error(television, playing):
 
 
 @pytest.mark.parametrize("how", ["end", "drop", "close"])
-def test_an_end_stops_the_questions(television, how):
+def test_the_end_of_a_watcher_stops_its_requests(television, how):
     tv = zviptv.Television()
     tv.wait_until_available(10)
     watcher = tv.watch(0.01)
@@ -134,7 +134,7 @@ def test_an_end_stops_the_questions(television, how):
     del watcher
     gc.collect()
     if how != "close":
-        tv.player.set_app_id("org.example.end")  # everything that was asked before has been sent
+        tv.player.set_app_id("org.example.end")  # requests that were posted before have been sent
     television.reset()
     television.expect_no("GetSourceState", for_=0.2)
     tv.close()

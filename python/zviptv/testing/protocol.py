@@ -15,14 +15,14 @@ SWITCHES = {"1": True, "on": True, "true": True, "0": False, "off": False, "fals
 
 @functools.lru_cache(maxsize=None)
 def functions() -> dict[str, dict[str, str]]:
-    """Name of each function: the types of its keys."""
+    """The types of the keys of each function, by the name of the function."""
     return {function.get("name", ""): {value.get("key", ""): value.get("type", "") for value in function.findall("in")}
             for function in tree.parse(DESCRIPTION).getroot().iter("function")}
 
 
 @functools.lru_cache(maxsize=None)
 def enumerations() -> dict[str, dict[int, str]]:
-    """Name of each enumeration: its values and their names."""
+    """The values of each enumeration with their names, by the name of the enumeration."""
     return {enumeration.get("name", ""): {int(value.get("value", ""), 0): value.get("name", "")
                                           for value in enumeration.findall("value")}
             for enumeration in tree.parse(DESCRIPTION).getroot().iter("enumeration")}

@@ -9,8 +9,8 @@ from typing import Optional, Sequence
 
 from .errors import SimulatorDied, TelevisionError
 
-# The simulator runs this when the service is ready. It ends when its standard input closes, at the
-# latest with the tests.
+# The simulator runs this command when the service is ready, and exits with it. The command ends when its standard input
+# closes: in stop(), or when pytest exits.
 COMMAND = ("sh", "-c", 'echo "$DBUS_SYSTEM_BUS_ADDRESS"; exec cat')
 SAMPLE = "share/zv-iptv/samples/sample.ts"
 END_TIMEOUT = 10.0  # seconds
@@ -39,7 +39,7 @@ class Simulator:
     """Runs zviptv-sim until stop(), or until this process ends."""
 
     def __init__(self, input_: str = "", arguments: Sequence[str] = ()) -> None:
-        """Waits until applications find the service. `arguments` are options of zviptv-sim.
+        """Waits until applications can use the service. `arguments` are options of zviptv-sim.
 
         Raises TelevisionError if the simulator does not start.
         """

@@ -17,7 +17,7 @@ SETTINGS = f"[pytest]\nzviptv_input = {SAMPLES}/sample.ts\n"
 
 
 def pytest_configure(config):
-    """The simulator of the tests themselves."""
+    """Settings of the plugin for the tests in this folder."""
     ini = config.inicfg
     ini["zviptv_input"] = f"{SAMPLES}/sample.ts"
     ini["zviptv_guide"] = f"{SAMPLES}/sample.xml"

@@ -86,7 +86,7 @@ def test_expectation_waits(television, ctl):
 
 
 @pytest.mark.parametrize("value", [True, 1, "1", "on", "true"])
-def test_values_are_compared_by_what_they_mean(television, ctl, value):
+def test_values_are_compared_by_their_meaning(television, ctl, value):
     ctl("mute", "audio", "on")
     television.expect("MuteAudio", onoff=value)
     ctl("call", "SetDigitalDualSound", "SUB")
