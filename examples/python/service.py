@@ -37,7 +37,7 @@ def language(code):
 
 AUDIO, TTX, SUBTITLE, TEXT, DUAL_SOUND, RATINGS, RESOLUTION = (struct.Struct("=" + layout) for layout in (
     "iiHBBIIBBB9x", "iHBBBB6x", "iiHHHBBBBB5x", "iiHHBB2x", "iB3x", "3B3B", "IIIIHHB11x"))
-TRACKS = {  # by the key of their records and the type of ISDB texts
+TRACKS = {  # records by their key in replies and, for ISDB texts, their type; otherwise type 0
     ("audio", 0): [AUDIO.pack(language("eng"), 1, 0x101, 1, 0, 48000, 192000, 2, 0, 0x03),
                    AUDIO.pack(language("deu"), 2, 0x102, 2, 3, 48000, 448000, 2, 1, 0x06)],
     ("ttx", 0): [TTX.pack(language("eng"), 0x104, 1, 0x00, 1, 4),
@@ -102,7 +102,7 @@ class Playback:
 
     def __init__(self):
         self.stc = FIRST_PTS
-        self._chosen = defaultdict(int)  # selections of applications: indices of TRACKS, and others
+        self._chosen = defaultdict(int)  # what applications have selected: track indices, the sound, the lock
 
     def functions(self):
         functions = {
@@ -185,7 +185,7 @@ class Playback:
                 "nextMode": DUAL_SOUND.pack((mode + 1) % 4 if available else mode, available)}
 
     def _is_locked(self, unlocking):
-        """Whether something is locked that this and higher values of EZVParentalLock unlock."""
+        """Whether a lock is active that this value of EZVParentalLock, and each higher one, would unlock."""
         return not self._chosen["factory"] and self._chosen["lock"] < unlocking
 
 
@@ -246,7 +246,7 @@ class Guide:
 
     def _load(self, request):
         try:
-            with open(request.text("path"), encoding="utf-8") as file:  # an answer of GetProgramList
+            with open(request.text("path"), encoding="utf-8") as file:  # contains an answer of GetProgramList
                 programmes = [{member: one[member] for member in PROGRAMMES[0]} for one in json.load(file)]
             self._programmes = sorted(programmes, key=lambda one: (int(one["service_id"]), one["start_time"]))
         except (LookupError, OSError, TypeError, ValueError):
@@ -266,7 +266,7 @@ class Channel:
         self._asked = False
         self._end = Gio.Cancellable()
         self.wanted = set()  # notifications
-        self.programmes = None  # the list that GetProgram's index counts in; None for all
+        self.programmes = None  # the list to which the index of GetProgram refers; None for all programmes
 
     def close(self):
         Gio.bus_unwatch_name(self._watch)
@@ -329,7 +329,7 @@ class Service:
         invocation.return_value(GLib.Variant("(a(ss))", ([("dbusname", partner)],)))
 
     def _leave(self, name, word):
-        """The channel may have been announced to an earlier service."""
+        """Ignores unknown channels: they were announced to an earlier service."""
         if (name, word) in self._channels:
             self._channels.pop((name, word)).close()
             print(f"{word} leaves", flush=True)
