@@ -21,7 +21,7 @@ declare -A glyph=(
 )
 
 hex() { printf "%0$(($1 * 2))x" "$2"; }                       # hex BYTES VALUE
-emit() { printf "$(sed 's/../\\x&/g' <<<"$1")" >>"$out"; }    # the bytes behind hex digits
+emit() { printf "$(sed 's/../\\x&/g' <<<"$1")" >>"$out"; }    # appends bytes, given as hex digits
 segment() {                                                   # segment TYPE PTS PAYLOAD
     emit "5047$(hex 4 "$2")00000000$1$(hex 2 $((${#3} / 2)))$3"
 }

@@ -33,7 +33,7 @@ ldd "$work/home/client-cmake" | grep -E '/lib(zvbi|aribb24)\.so' || fail "captio
 step "The template of an application in C++, with its tests"
 as "$tester" cmake -S "$templates/template-cpp" -B "$work/home/template" >"$work/cmake.log"
 as "$tester" cmake --build "$work/home/template" >>"$work/cmake.log"
-as "$tester" ctest --test-dir "$work/home/template" --output-on-failure >"$work/ctest.log" || fail "the tests of the template"
+as "$tester" ctest --test-dir "$work/home/template" --output-on-failure >"$work/ctest.log" || fail "the tests of the C++ template failed"
 tail -n 4 "$work/ctest.log"
 
 step "A program in Python"
@@ -44,5 +44,5 @@ step "The template of an application in Python: pytest finds the plugin by its e
 as "$tester" /usr/bin/python3 -c 'import zviptv; print(zviptv.__file__)' | tee "$work/out"
 grep -qx '/usr/lib/python3/dist-packages/zviptv/__init__.py' "$work/out" || fail "another package is imported"
 as "$tester" /usr/bin/python3 -m pytest -q -p no:cacheprovider "$templates/template-python" >"$work/pytest.log" ||
-    fail "the tests of the template"
+    fail "the tests of the Python template failed"
 tail -n 1 "$work/pytest.log"

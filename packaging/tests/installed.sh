@@ -80,7 +80,7 @@ add_tester
 mkdir "$work/home"
 chown "$tester" "$work/home"
 
-step "The unit: disabled, without mistakes, exposed to little"
+step "The systemd unit: disabled, valid, with few privileges"
 . "$here/unit.sh"
 
 step "Bash completes the tools' words"
@@ -124,7 +124,7 @@ done
 as "$tester" cmake -S "$examples" -B "$work/home/cmake" >"$work/cmake.log"
 as "$tester" cmake --build "$work/home/cmake" >>"$work/cmake.log"
 
-step "They, and the command line, talk to the service: a user of the group zviptv-apps may"
+step "A user of the group zviptv-apps can use the service with the examples and zviptvctl"
 for folder in "$work/home" "$work/home/cmake"; do
     as "$tester" "$folder/hello_player" | tee "$work/out"
     grep -qx 'muted: 1, source state: 2, unmuted: 1' "$work/out" || fail "hello_player prints something else"
@@ -138,13 +138,13 @@ as "$tester" zviptvctl caption --count 1
 zviptvctl call MuteAudio false # root may
 . "$here/client.sh"
 
-step "nobody is refused, as a caller and as the service"
+step "The user nobody can neither call the service nor own its name"
 status=0
 as nobody zviptvctl call MuteAudio true 2>&1 | tee "$work/out" || status=${PIPESTATUS[0]}
 [ "$status" -ge 3 ] || fail "the user nobody could call the service: exit status $status"
 grep -q AccessDenied "$work/out" || fail "zviptvctl does not report AccessDenied to the user nobody"
 
-step "The doctor tells each of them why"
+step "zviptvctl doctor gives each user the right diagnosis"
 as "$tester" zviptvctl doctor
 zviptvctl doctor >"$work/out" || fail "zviptvctl doctor reports to root: $(cat "$work/out")"
 diagnose() { # USER STATUS LINE
@@ -166,7 +166,7 @@ for user in nobody root "$tester"; do
     [ "$status" -eq 1 ] || fail "$user runs a service: exit status $status"
 done
 
-step "The demo, by an ordinary user"
-as "$tester" /usr/share/zv-iptv/examples/demo.sh >"$work/demo.log" 2>&1 || fail "the demo"
+step "An ordinary user runs the demo"
+as "$tester" /usr/share/zv-iptv/examples/demo.sh >"$work/demo.log" 2>&1 || fail "the demo exited with an error"
 tail -n 6 "$work/demo.log"
 grep -q '^What was shown:' "$work/demo.log" || fail "the demo does not come to its end"

@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 # fuzz.sh BUILD SECONDS: runs every fuzz target of the build folder BUILD for the given number of seconds, two at a
 # time, and prints the results. Inputs that end a target are kept in BUILD/findings, new inputs in BUILD/corpus.
-# Not 0 when there is a finding, or a target did not run.
+# The exit status is not 0 if there is a finding, or if a target did not run.
 set -euo pipefail
 here=$(dirname "$(realpath "${BASH_SOURCE[0]}")")
 build=$(realpath "$1")

@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 # make_corpus.sh BUILD: regenerates the seeds in corpus/ and the words in dictionaries/, from what the project itself
 # sends and reads: messages between the simulator and the command line of the build folder BUILD, the samples, the
-# streams of the tests' builders. Other files in corpus/ stay: they are inputs that once went wrong.
+# streams of the tests' builders. Other files in corpus/ stay: they are inputs that once found a defect.
 set -euo pipefail
 here=$(dirname "$(realpath "${BASH_SOURCE[0]}")")
 corpus=$here/corpus
