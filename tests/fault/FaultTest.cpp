@@ -56,8 +56,8 @@ void FaultTest::End()
                (!MemoryCounts() || m_after->memory - m_before->memory < m_allowed);
     };
     EXPECT_TRUE(WaitUntil(isBack, patience))
-        << m_after->memory - m_before->memory << " KiB more, and " << m_after->descriptors
-        << " descriptors after " << m_before->descriptors;
+        << "memory grew by " << m_after->memory - m_before->memory << " KiB; " << m_before->descriptors
+        << " descriptors before, " << m_after->descriptors << " after";
 }
 
 void FaultTest::Repeat(int rounds, std::function<void()> const& round)

@@ -42,7 +42,7 @@ protected:
     /// transit.
     void AllowMemory(long kibibytes) { m_allowed = kibibytes; }
 
-    /// Adds a remark to the figures in the table.
+    /// Sets the text in the last column of the table.
     void SetRemark(std::string const& text) { m_remark = text; }
 
     PrivateBus m_bus;

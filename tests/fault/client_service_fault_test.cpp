@@ -124,7 +124,7 @@ TEST_F(ClientFault, F05_ServiceDiesDuringABlockingCall)
         std::this_thread::sleep_for(20ms); // killed before the call or during it: both have to end
         service.Kill();
         ASSERT_EQ(call.get(), "no service");
-        ASSERT_LT(Clock::now() - start, 1900ms) << "it waited for its time-out";
+        ASSERT_LT(Clock::now() - start, 1900ms) << "it waited for its timeout";
     });
 }
 

@@ -206,7 +206,7 @@ TEST_F(LifetimeFault, F14_CreateAndDestroyWhileTheServiceStandsStill)
         }
     };
     RunUsers(use, [] { std::this_thread::sleep_for(ShortOrLong(9s, 30s)); });
-    EXPECT_GE(longest, 2000) << "nobody has waited";
+    EXPECT_GE(longest, 2000) << "no call waited for the announcement";
     EXPECT_LT(longest, 4500) << "two attempts of 2 s, and the time that threads take to wake up";
     SetRemark("at most " + std::to_string(longest) + " ms");
 }
@@ -214,7 +214,7 @@ TEST_F(LifetimeFault, F14_CreateAndDestroyWhileTheServiceStandsStill)
 TEST_F(LifetimeFault, F15_AForkedChildExits)
 {
     if (UnderAddressSanitizer || UnderThreadSanitizer) {
-        GTEST_SKIP() << "a sanitizer's own locks do not survive the fork of a process with threads";
+        GTEST_SKIP() << "a sanitizer's locks can stay locked in the forked child of a process with threads";
     }
     PeerProcess const service({"service"});
     Repeat(1, [] {

@@ -100,8 +100,8 @@ TEST_F(PartnerFault, F05_PartnerDiesDuringASyncCall)
         RunPending();
         auto const start = Clock::now();
         ASSERT_EQ(Order(channel, {{"do", "die"}}), 0);
-        ASSERT_LT(Clock::now() - start, 1900ms) << "not at once";
-        ASSERT_EQ(losses, 0) << "told while nobody iterates the context";
+        ASSERT_LT(Clock::now() - start, 1900ms) << "the call waited for its timeout";
+        ASSERT_EQ(losses, 0) << "reported although nobody iterates the context";
         ASSERT_TRUE(RunUntil([&] { return losses > 0; }));
         RunPending();
         ASSERT_EQ(losses, 1);

@@ -70,7 +70,7 @@ TEST_F(ServiceFault, F04_DestroyOnOneThreadWhileTheVanishedHandlerDestroys)
         byHandler += CountOf("Destroy CPlayerControlProxy");
     });
     EXPECT_GT(byHandler, 0U);
-    SetRemark(std::to_string(byHandler) + " times the handler came to destroy");
+    SetRemark("the disconnect handler destroyed " + std::to_string(byHandler) + " proxies");
 }
 
 TEST_F(ServiceFault, F12_ServiceRestartsWithAllProxiesLive)

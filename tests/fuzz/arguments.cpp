@@ -32,8 +32,9 @@ template <typename Number>
 void CheckNumber(std::string const& text)
 {
     auto const number = Parsed<Number>(text);
-    Require(!number || Parsed<Number>(std::to_string(*number)) == number, "a number is read again");
-    Require(!number || !text.empty(), "nothing is no number");
+    Require(!number || Parsed<Number>(std::to_string(*number)) == number,
+            "a printed number is read as the same number");
+    Require(!number || !text.empty(), "an empty text is not a number");
 }
 
 template <typename Enumeration>
@@ -44,7 +45,7 @@ void CheckEnumeration(std::string const& text)
         auto const number = static_cast<std::int32_t>(*value);
         char const* const name = InfoOf<Enumeration>().NameOf(number);
         Require(name == nullptr || Parsed<Enumeration>(name) == value, "an enumerator is read by its name");
-        Require(Parsed<Enumeration>(std::to_string(number)) == value, "and by its number");
+        Require(Parsed<Enumeration>(std::to_string(number)) == value, "an enumerator is read by its number");
     }
 }
 

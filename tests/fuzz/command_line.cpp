@@ -52,7 +52,7 @@ std::string TakeOutput()
     auto const size = lseek(Output(), 0, SEEK_END);
     std::string text(static_cast<std::size_t>(size), '\0');
     Require(pread(Output(), text.data(), text.size(), 0) == size, "the output is read");
-    Require(ftruncate(Output(), 0) == 0 && lseek(Output(), 0, SEEK_SET) == 0, "and forgotten");
+    Require(ftruncate(Output(), 0) == 0 && lseek(Output(), 0, SEEK_SET) == 0, "the output is emptied");
     return text;
 }
 
@@ -69,7 +69,7 @@ void Check(ExitCode code, std::string const& output, std::string const& errors, 
     bool const failed = code != ExitCode::Accepted;
     Require(code == ExitCode::Accepted || code == ExitCode::Usage || code == ExitCode::NoService,
             "an exit code");
-    Require(failed != errors.empty(), "who fails says why on standard error");
+    Require(failed != errors.empty(), "a command prints to standard error if it fails, and only then");
     Require(failed || IsUtf8(output), "help and lists are UTF-8");
     if (failed && !output.empty()) {
         Require(asJson && output.back() == '\n' && IsJsonLine(output.substr(0, output.size() - 1)),

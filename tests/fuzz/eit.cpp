@@ -59,7 +59,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     zviptv::test::ForEachPacket(stream,
                                 [&](TsPacket const& packet) { changed = reader.Push(packet) || changed; });
     std::vector<EitEvent> const events = reader.Table().Events();
-    Require(changed || events.empty(), "what is new is told");
+    Require(changed || events.empty(), "new events are reported as a change");
     std::size_t known = 0;
     for (EitEvent const& event : events) {
         Check(event);

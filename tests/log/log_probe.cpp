@@ -90,7 +90,7 @@ int LoggedAfterClosing()
     close(next);
     std::array<int, 2> ends{};
     if (socketpair(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK, 0, ends.data()) != 0 || ends[0] != next) {
-        std::fprintf(stderr, "the journal's descriptor was not %d\n", next);
+        std::fprintf(stderr, "the log has not opened the journal with descriptor %d\n", next);
         return 1;
     }
     ZV_LOG_INFO_LINE("for the journal alone");

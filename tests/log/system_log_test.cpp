@@ -76,7 +76,7 @@ protected:
         std::optional<ExitStatus> const status = child.Wait(std::chrono::seconds(60));
         ASSERT_TRUE(status);
         if (status->code == 77) {
-            GTEST_SKIP() << "no log sockets of its own: " << child.Errors();
+            GTEST_SKIP() << "cannot replace the log sockets for this test: " << child.Errors();
         }
         ASSERT_EQ(*status, ExitStatus({0, 0}));
         m_errors = child.Errors();

@@ -133,7 +133,7 @@ TEST(InterfaceSlots, ClassesWithoutVirtualFunctions)
 
 TEST(InterfaceSlots, AreCheckedOnX86AndArmOnly)
 {
-    GTEST_SKIP() << "how a pointer to a virtual function tells its slot is known here for x86 and ARM only";
+    GTEST_SKIP() << "this test can read a slot from a pointer to a member function only on x86 and ARM";
 }
 
 #endif

@@ -43,12 +43,12 @@ std::uint64_t Megabytes()
 TEST(BigGuide, PeakMemoryIsBelowTwiceTheFile)
 {
     if (UnderAddressSanitizer || UnderThreadSanitizer) {
-        GTEST_SKIP() << "sanitizers keep freed memory; peaks mean nothing";
+        GTEST_SKIP() << "sanitizers keep freed memory, so the peak is meaningless";
     }
     TempFile const file;
     auto const written = WriteGuide(file.Path(), Megabytes() * 1'000'000);
     if (!ResetPeak()) {
-        GTEST_SKIP() << "the kernel does not let the peak be reset";
+        GTEST_SKIP() << "the kernel does not allow resetting the peak";
     }
     std::uint64_t const before = StatusField("VmRSS:");
 
@@ -63,7 +63,7 @@ TEST(BigGuide, PeakMemoryIsBelowTwiceTheFile)
 
     EXPECT_EQ(warnings.Count(), 0u);
     EXPECT_EQ(guide.Current()->All().count, written.programmes);
-    EXPECT_GT(peak, written.bytes / 4) << "the measurement is off";
+    EXPECT_GT(peak, written.bytes / 4) << "the peak is too low: it was not measured correctly";
     EXPECT_LT(peak, written.bytes * 2);
 }
 
