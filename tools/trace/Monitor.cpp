@@ -254,13 +254,8 @@ bool Monitor::CatchUp(std::chrono::milliseconds limit, std::function<bool()> con
     if (marker.connection != nullptr) {
         g_dbus_connection_close(marker.connection.get(), nullptr, nullptr, nullptr);
     }
-    Drain();
-    return m_inbox->HasCome();
-}
-
-void Monitor::Drain()
-{
     m_inbox->HandleAll();
+    return m_inbox->HasCome();
 }
 
 std::uint64_t Monitor::Lost() const
@@ -277,7 +272,7 @@ GDBusMessage* Monitor::Filter(GDBusConnection* /*connection*/, GDBusMessage* mes
 void Monitor::OnClosed(GDBusConnection* /*connection*/, gboolean /*isRemote*/, GError* error, gpointer self)
 {
     auto& monitor = *static_cast<Monitor*>(self);
-    monitor.Drain();
+    monitor.m_inbox->HandleAll();
     if (monitor.m_onEnd) {
         monitor.m_onEnd(error != nullptr ? error->message : "the connection was closed");
     }

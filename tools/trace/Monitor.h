@@ -52,9 +52,6 @@ public:
     Monitor(Monitor const&) = delete;
     Monitor& operator=(Monitor const&) = delete;
 
-    /// Handles the queued messages.
-    void Drain();
-
     /// Iterates the main context until all messages are handled that the bus delivered before the call, until
     /// `limit` has passed, or until `isOver` is true, which is asked after each iteration. Opens another
     /// connection to the bus for this. @return whether all were handled
