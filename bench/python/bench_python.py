@@ -13,7 +13,7 @@ import sys
 import time
 
 HERE = pathlib.Path(__file__).resolve().parent
-sys.path += [str(HERE.parent / "bus"), str(HERE.parent)]
+sys.path[:0] = [str(HERE.parent / "bus"), str(HERE.parent)]  # before installed modules of the same names
 import machine  # noqa: E402 - the folders are no packages
 import report  # noqa: E402
 import summary  # noqa: E402

@@ -98,8 +98,8 @@ class Simulator:
         return subprocess.Popen([CTL, *words], env=environment, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
     def decoders(self):
-        """The command lines of the ffmpegs that it runs."""
-        return [command for _, command in children(self.process.pid) if command[0] == "ffmpeg"]
+        """The process numbers of the ffmpegs that it runs."""
+        return [pid for pid, command in children(self.process.pid) if command[0] == "ffmpeg"]
 
     def close(self):
         self.process.terminate()

@@ -88,11 +88,15 @@ class Speaker {
     this.gain = this.context.createGain();
     this.gain.connect(this.context.destination);
     this.next = 0;
+    this.isStopped = false;
     this.end = listen("api/sound", blob => this.play(blob));
   }
 
   async play(blob) {
     const samples = new Int16Array(await blob.arrayBuffer());
+    if (this.isStopped) {
+      return;
+    }
     const buffer = this.context.createBuffer(2, samples.length / 2, rate);
     for (const channel of [0, 1]) {
       const data = buffer.getChannelData(channel);
@@ -116,6 +120,7 @@ class Speaker {
   }
 
   stop() {
+    this.isStopped = true;
     this.end();
     this.context.close();
   }
