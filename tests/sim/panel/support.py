@@ -42,15 +42,20 @@ def wait_for(condition, what="the condition", patience=PATIENCE):
         time.sleep(min(max(waited / 4, 0.02), 0.1))
 
 
+def read_proc(file):
+    """The content of a file of a process or thread, or nothing if that has ended."""
+    try:
+        return file.read_bytes()
+    except (FileNotFoundError, ProcessLookupError):
+        return b""
+
+
 def children(pid):
     """Pid and command line of each child of a process."""
     found = []
     for task in Path(f"/proc/{pid}/task").glob("*/children"):
-        for child in task.read_text().split():
-            try:
-                command = Path(f"/proc/{child}/cmdline").read_bytes().split(b"\0")
-            except FileNotFoundError:
-                continue
+        for child in read_proc(task).split():
+            command = read_proc(Path("/proc", child.decode(), "cmdline")).split(b"\0")
             found.append((int(child), [part.decode(errors="replace") for part in command]))
     return found
 
