@@ -18,7 +18,7 @@ refuses "unknown command 'tset'; see ./run help" tset
 refuses "unexpected argument '--asan' of 'build'; see ./run help" build --asan
 refuses "unexpected argument '--asan' of 'test'; see ./run help" test --asan
 refuses "unexpected argument '--tsan' of 'check'; see ./run help" check --asan --tsan
-refuses "unknown option '--msan'; use ./run check [--asan | --tsan | --valgrind]" check --msan
+refuses "unknown option '--msan'; use ./run check [--asan | --panel | --tsan | --valgrind]" check --msan
 refuses "unexpected argument '20' of 'fuzz'; see ./run help" fuzz 10 20
 refuses "unexpected argument 'i386' of 'cross'; see ./run help" cross armhf i386
 refuses 'the architecture is missing or unknown; use ./run cross armhf | arm64 | i386' cross
