@@ -7,7 +7,8 @@ import signal
 import time
 from contextlib import contextmanager
 
-from support import ALONE, BESIDE_OTHERS, Application, PageTest, descendants, wait_for
+from processes import descendants
+from support import ALONE, BESIDE_OTHERS, Application, PageTest, wait_for
 from viewer import Viewer
 
 

@@ -9,7 +9,8 @@ import time
 import unittest
 from pathlib import Path
 
-from support import ALONE, BESIDE_OTHERS, SAMPLE, PageTest, children, wait_for
+from processes import children
+from support import ALONE, BESIDE_OTHERS, SAMPLE, PageTest, wait_for
 
 
 class Picture(PageTest):

@@ -15,6 +15,7 @@ from types import SimpleNamespace
 
 from browser import ALONE, TimeoutException, start_browser
 from gi.repository import Gio, GLib
+from processes import children
 
 PATIENCE = 30
 # The headers of a request for a WebSocket.
@@ -40,31 +41,6 @@ def wait_for(condition, what="the condition", patience=PATIENCE):
         if waited > patience:
             raise AssertionError(f"{what} did not come within {patience} s")
         time.sleep(min(max(waited / 4, 0.02), 0.1))
-
-
-def read_proc(file):
-    """The content of a file of a process or thread, or nothing if that has ended."""
-    try:
-        return file.read_bytes()
-    except (FileNotFoundError, ProcessLookupError):
-        return b""
-
-
-def children(pid):
-    """Pid and command line of each child of a process."""
-    found = []
-    for task in Path(f"/proc/{pid}/task").glob("*/children"):
-        for child in read_proc(task).split():
-            command = read_proc(Path("/proc", child.decode(), "cmdline")).split(b"\0")
-            found.append((int(child), [part.decode(errors="replace") for part in command]))
-    return found
-
-
-def descendants(pid):
-    """Pid and command line of each child of a process, of each of their children, and so on."""
-    for child, command in children(pid):
-        yield child, command
-        yield from descendants(child)
 
 
 class Simulator:
