@@ -121,7 +121,11 @@ TEST_F(ClientDataFault, F09_SizesBeyondTheBus)
     std::size_t const MiB = 1024 * 1024;
     Repeat(1, [&] {
         m_service->ClearRecords();
-        ASSERT_EQ(KindOf(television.Player().SetAppID(std::string(31 * MiB, 'a'))), "success");
+        Kinds kinds; // a busy machine may need more than the 2 s of a call that blocks
+        television.Player().SetAppID(std::string(31 * MiB, 'a'),
+                                     [&](Result<void> result) { kinds.push_back(KindOf(result)); }, {20s});
+        ASSERT_TRUE(RunUntil([&] { return !kinds.empty(); }));
+        ASSERT_EQ(kinds, Kinds{"success"});
         for (std::size_t const size : {32 * MiB, 64 * MiB, 129 * MiB}) {
             ASSERT_EQ(KindOf(television.Player().SetAppID(std::string(size, 'a'))), "too large");
         }
