@@ -9,19 +9,19 @@ namespace zviptv::python {
 
 namespace {
 
-char const* const Package = "zviptv._caption";
+char const* const CaptionModule = "zviptv._caption";
 
 py::object ToPython(Colour value)
 {
-    return Class(Package, "Colour")(value.red, value.green, value.blue);
+    return Class(CaptionModule, "Colour")(value.red, value.green, value.blue);
 }
 
 py::object ToPython(CaptionRun const& value)
 {
-    return Class(Package, "CaptionRun")(python::ToPython(value.text), ToPython(value.foreground),
-                                        value.background ? ToPython(*value.background) : py::none(),
-                                        value.isDoubleHeight, value.isDoubleWidth, value.isSmall,
-                                        value.isFlashing);
+    return Class(CaptionModule, "CaptionRun")(python::ToPython(value.text), ToPython(value.foreground),
+                                              value.background ? ToPython(*value.background) : py::none(),
+                                              value.isDoubleHeight, value.isDoubleWidth, value.isSmall,
+                                              value.isFlashing);
 }
 
 py::object ToPython(CaptionLine const& value)
@@ -30,7 +30,7 @@ py::object ToPython(CaptionLine const& value)
     for (CaptionRun const& run : value.runs) {
         runs.append(ToPython(run));
     }
-    return Class(Package, "CaptionLine")(py::tuple(runs));
+    return Class(CaptionModule, "CaptionLine")(py::tuple(runs));
 }
 
 unsigned ToPage(py::handle page, char const* name)
@@ -48,9 +48,9 @@ py::object ToPython(Caption const& value)
     for (CaptionLine const& line : value.lines) {
         lines.append(ToPython(line));
     }
-    return Class(Package, "Caption")(Class(Package, "CaptionKind")(py::str(ToString(value.kind))), value.page,
-                                     ToPython(value.language), ToPython(value.pid), ToPython(value.pts),
-                                     py::tuple(lines));
+    return Class(CaptionModule, "Caption")(Class(CaptionModule, "CaptionKind")(py::str(ToString(value.kind))),
+                                           value.page, ToPython(value.language), ToPython(value.pid),
+                                           ToPython(value.pts), py::tuple(lines));
 }
 
 TeletextPages ToPages(py::object const& pages, py::object const& languages)

@@ -8,7 +8,7 @@ namespace zviptv::python {
 
 namespace {
 
-char const* const Package = "zviptv._programme";
+char const* const ProgrammeModule = "zviptv._programme";
 
 [[noreturn]] void RaiseType(py::handle object, char const* name, char const* expected)
 {
@@ -86,7 +86,7 @@ py::object ToPython(Language value)
 py::object ToPython(std::chrono::system_clock::time_point value)
 {
     auto const seconds = std::chrono::duration_cast<std::chrono::seconds>(value.time_since_epoch());
-    return Class(Package, "EPOCH") + Delta(py::int_(seconds.count()), "seconds");
+    return Class(ProgrammeModule, "EPOCH") + Delta(py::int_(seconds.count()), "seconds");
 }
 
 py::object ToPython(std::chrono::milliseconds value)
@@ -97,26 +97,26 @@ py::object ToPython(std::chrono::milliseconds value)
 
 py::object ToPython(ProgrammeRating const& value)
 {
-    return Class(Package, "ProgrammeRating")(ToPython(value.system), ToPython(value.value),
-                                             ToPython(value.minimumAge));
+    return Class(ProgrammeModule, "ProgrammeRating")(ToPython(value.system), ToPython(value.value),
+                                                     ToPython(value.minimumAge));
 }
 
 py::object ToPython(Translation const& value)
 {
-    return Class(Package, "Translation")(ToPython(value.language), ToPython(value.title),
-                                         ToPython(value.subtitle), ToPython(value.description),
-                                         py::tuple(ToPython(value.genres)));
+    return Class(ProgrammeModule, "Translation")(ToPython(value.language), ToPython(value.title),
+                                                 ToPython(value.subtitle), ToPython(value.description),
+                                                 py::tuple(ToPython(value.genres)));
 }
 
 py::object ToPython(ProgrammeId const& value)
 {
-    return Class(Package, "ProgrammeId")(value.serviceId, value.eventId, ToPython(value.start),
-                                         ToPython(value.duration));
+    return Class(ProgrammeModule, "ProgrammeId")(value.serviceId, value.eventId, ToPython(value.start),
+                                                 ToPython(value.duration));
 }
 
 py::object ToPython(Programme const& value)
 {
-    return Class(Package, "Programme")(
+    return Class(ProgrammeModule, "Programme")(
         value.serviceId, value.eventId, ToPython(value.start), ToPython(value.duration),
         ToPython(value.channel), ToPython(value.title), ToPython(value.subtitle), ToPython(value.description),
         ToPython(value.language), ToPython(value.episode), ToPython(value.icon),
@@ -221,7 +221,7 @@ void FromPython(py::handle object, char const* name, std::chrono::system_clock::
             "or replace(tzinfo=datetime.timezone.utc)");
     }
     value = std::chrono::system_clock::time_point(
-        std::chrono::seconds(Seconds(object - Class(Package, "EPOCH"))));
+        std::chrono::seconds(Seconds(object - Class(ProgrammeModule, "EPOCH"))));
 }
 
 void FromPython(py::handle object, char const* name, std::chrono::seconds& value)
@@ -234,7 +234,7 @@ void FromPython(py::handle object, char const* name, std::chrono::seconds& value
 
 void FromPython(py::handle object, char const* name, ProgrammeId& value)
 {
-    if (!py::isinstance(object, Class(Package, "ProgrammeId"))) {
+    if (!py::isinstance(object, Class(ProgrammeModule, "ProgrammeId"))) {
         RaiseType(object, name, "a ProgrammeId");
     }
     value.serviceId = FromPython<std::uint64_t>(object.attr("service_id"), "service_id");

@@ -3,6 +3,7 @@
 
 #include <zviptv/client/Client.h>
 
+#include "Captions.h"
 #include "PythonRecords.h"
 
 #include <pybind11/pybind11.h>

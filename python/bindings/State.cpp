@@ -9,7 +9,7 @@ namespace zviptv::python {
 
 namespace {
 
-char const* const Package = "zviptv._state";
+char const* const StateModule = "zviptv._state";
 
 /// The classes of the package in the order of StateEvent, from its second alternative on.
 constexpr std::array Changes{
@@ -34,7 +34,7 @@ py::object ToValue(std::vector<Track> const& tracks)
 template <auto... Values>
 py::object ToState(TelevisionState const& state, std::variant<TelevisionState, StateChange<Values>...> const*)
 {
-    return Class(Package, "TelevisionState")(ToValue(state.*Values)...);
+    return Class(StateModule, "TelevisionState")(ToValue(state.*Values)...);
 }
 
 struct EventToPython
@@ -45,7 +45,7 @@ struct EventToPython
     template <class Change>
     py::object operator()(Change const& change) const
     {
-        return Class(Package, Changes.at(index - 1))(ToValue(change.before), ToValue(change.after));
+        return Class(StateModule, Changes.at(index - 1))(ToValue(change.before), ToValue(change.after));
     }
 };
 

@@ -5,7 +5,6 @@ namespace zviptv {
 
 namespace {
 
-constexpr std::size_t HeadSize = 4;
 constexpr std::size_t PcrFieldSize = 7; // the flags and the six bytes of the PCR
 
 std::optional<std::uint64_t> ParsePcr(ByteView field)
@@ -51,7 +50,7 @@ std::optional<TsPacket> ParseTsPacket(TsBytes const& bytes)
     packet.scrambled = (view[3] & 0xC0) != 0;
     packet.continuity = view[3] & 0x0F;
     packet.hasPayload = (view[3] & 0x10) != 0;
-    packet.payload = view.Part(HeadSize);
+    packet.payload = view.Part(TsHeadSize);
     if (packet.transportError) { // the rest of the packet is not reliable
         packet.hasPayload = false;
         packet.payload = {};
@@ -62,7 +61,7 @@ std::optional<TsPacket> ParseTsPacket(TsBytes const& bytes)
     if (!hasField && !packet.hasPayload) {
         return std::nullopt;
     }
-    if (hasField && !ReadAdaptationField(view.Part(HeadSize), packet)) {
+    if (hasField && !ReadAdaptationField(view.Part(TsHeadSize), packet)) {
         return std::nullopt;
     }
     if (!packet.hasPayload) {

@@ -9,6 +9,7 @@
 namespace zviptv {
 
 constexpr std::size_t TsPacketSize = 188;
+constexpr std::size_t TsHeadSize = 4; ///< up to the adaptation field
 constexpr std::uint8_t TsSyncByte = 0x47;
 constexpr std::uint16_t NullPid = 0x1FFF;
 

@@ -14,9 +14,8 @@ constexpr std::uint16_t PatPid = 0;
 constexpr std::uint8_t PatTable = 0;
 constexpr std::uint8_t PmtTable = 2;
 constexpr std::uint16_t ProgrammeNumber = 1;
-constexpr std::size_t HeadSize = 4;
 constexpr std::size_t CrcSize = 4;
-constexpr std::size_t Room = TsPacketSize - HeadSize;
+constexpr std::size_t Room = TsPacketSize - TsHeadSize;
 
 // Adaptation field control, in the header's last byte.
 constexpr unsigned PayloadOnly = 0x10;

@@ -9,10 +9,6 @@ namespace function = zviptv::protocol::function;
 namespace key = zviptv::protocol::key;
 using zviptv::CallOutcome;
 
-namespace {
-constexpr char const* TypeWord = zviptv::protocol::type::BroadcastData;
-}
-
 CBroadcastDataProxy& CBroadcastDataProxy::m_Only()
 {
     static CBroadcastDataProxy& only = *new CBroadcastDataProxy;
@@ -28,7 +24,7 @@ CBroadcastDataProxy* CBroadcastDataProxy::Instance(IPTVHandle handle)
         if (!zviptv::IsServiceRunning(where)) {
             return nullptr;
         }
-        auto session = std::make_shared<zviptv::Session>(TypeWord, handle);
+        auto session = std::make_shared<zviptv::Session>(zviptv::protocol::type::BroadcastData, handle);
         session->Channel().SetDisconnectNotiCB(m_DisconnectedCB, session->Identity());
         session->Connect(zviptv::SourceLocation::Here(__FILE__, "CBroadcastDataProxy"));
         return session;

@@ -12,8 +12,6 @@ namespace key = zviptv::protocol::key;
 
 namespace {
 
-constexpr char const* TypeWord = zviptv::protocol::type::ProgramGuide;
-
 /// The service id is a text, because it may not fit into a JSON number; the other members are numbers.
 std::string ToJson(IPGProgramId const& id)
 {
@@ -39,7 +37,7 @@ CIPGUtilProxy* CIPGUtilProxy::Instance()
     ZV_LOG_ENTRY();
     CIPGUtilProxy& only = m_Only();
     auto const make = [] {
-        auto session = std::make_shared<zviptv::Session>(TypeWord);
+        auto session = std::make_shared<zviptv::Session>(zviptv::protocol::type::ProgramGuide);
         session->Connect(zviptv::SourceLocation::Here(__FILE__, "CIPGUtilProxy"));
         return session;
     };

@@ -23,7 +23,6 @@ using zviptv::Subscribers;
 
 namespace {
 
-constexpr char const* TypeWord = zviptv::protocol::type::DataSubscriber;
 constexpr int KeyTries = 100;
 
 /// Returns a key that no subscriber has. The random number is seeded with the clock's second: within one
@@ -107,7 +106,7 @@ CIPTVDataSubscriberProxy* CIPTVDataSubscriberProxy::Instance(IPTVHandle handle)
         if (!zviptv::IsServiceRunning(where)) {
             return nullptr;
         }
-        auto session = std::make_shared<SubscriberSession>(TypeWord, handle);
+        auto session = std::make_shared<SubscriberSession>(zviptv::protocol::type::DataSubscriber, handle);
         session->Channel().SetCallback(m_MessageCb, m_NotificationCb, session.get());
         session->Connect(SourceLocation::Here(__FILE__, "CIPTVDataSubscriberProxy"));
         return session;

@@ -7,10 +7,6 @@ namespace function = zviptv::protocol::function;
 namespace key = zviptv::protocol::key;
 using zviptv::CallOutcome;
 
-namespace {
-constexpr char const* TypeWord = zviptv::protocol::type::PlayerControl;
-}
-
 CPlayerControlProxy& CPlayerControlProxy::m_Only()
 {
     static CPlayerControlProxy& only = *new CPlayerControlProxy;
@@ -26,7 +22,7 @@ CPlayerControlProxy* CPlayerControlProxy::Instance(IPTVHandle handle)
         if (!zviptv::IsServiceRunning(where)) {
             return nullptr;
         }
-        auto session = std::make_shared<zviptv::Session>(TypeWord, handle);
+        auto session = std::make_shared<zviptv::Session>(zviptv::protocol::type::PlayerControl, handle);
         session->Channel().SetDisconnectNotiCB(m_DisconnectedCB, session->Identity());
         session->Connect(zviptv::SourceLocation::Here(__FILE__, "CPlayerControlProxy"));
         return session;

@@ -62,6 +62,15 @@ inline WireEntries Reply(std::initializer_list<TextEntry> values)
     return entries;
 }
 
+/// The request of a television's first object.
+inline WireEntries Request(std::string const& function, std::initializer_list<TextEntry> arguments = {})
+{
+    WireEntries entries = Entries({{"functionname", function}, {"handleID", "256"}});
+    WireEntries const rest = Entries(arguments);
+    entries.insert(entries.end(), rest.begin(), rest.end());
+    return entries;
+}
+
 /// Runs rows in both forms. Each of their tests has a television, and a service.
 class FunctionTest : public TelevisionTest
 {

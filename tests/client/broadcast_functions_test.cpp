@@ -6,14 +6,6 @@ using namespace zviptv::test;
 
 namespace {
 
-WireEntries Request(std::string const& function, std::initializer_list<TextEntry> arguments = {})
-{
-    WireEntries entries = Entries({{"functionname", function}, {"handleID", "256"}});
-    WireEntries const rest = Entries(arguments);
-    entries.insert(entries.end(), rest.begin(), rest.end());
-    return entries;
-}
-
 // Every field has another value. Numbers are little endian.
 std::string const
     AudioBytes("gne\0\x02\0\0\0\x01\x01\x30\x03\x80\xbb\0\0\0\x77\x01\0\x02\x01\x0f\0\0\0\0\0\0\0\0\0", 32);

@@ -6,14 +6,6 @@ using namespace zviptv::test;
 
 namespace {
 
-WireEntries Request(std::string const& function, std::initializer_list<TextEntry> arguments = {})
-{
-    WireEntries entries = Entries({{"functionname", function}, {"handleID", "256"}});
-    WireEntries const rest = Entries(arguments);
-    entries.insert(entries.end(), rest.begin(), rest.end());
-    return entries;
-}
-
 TEST_F(FunctionTest, SettersOfThePlayer)
 {
     Check(Row(Request("SetCurrentAudioByIndex", {{"index", "-1"}}),

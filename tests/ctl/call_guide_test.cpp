@@ -4,23 +4,23 @@
 namespace zviptv::test {
 namespace {
 
-constexpr char const* Type = "IPGUTIL";
+constexpr char const* GuideWord = "IPGUTIL";
 
 WireEntries Data(std::string const& data)
 {
     return Entries({{"data", data}});
 }
 
-std::vector<CallCase> Cases()
+std::vector<CallCase> GuideCases()
 {
     return {
         {{"ExistXmlForIPG"},
-         Type,
+         GuideWord,
          Entries({{"functionname", "ExistXmlForIPG"}}),
          Data("-3"),
          "result: true\nexist: true\n"},
         {{"GetProgramListSize", "18446744073709551615", "1600000000", "3600"},
-         Type,
+         GuideWord,
          Entries({{"functionname", "GetProgramListSize"},
                   {"inID", "18446744073709551615"},
                   {"startTime", "1600000000"},
@@ -28,37 +28,37 @@ std::vector<CallCase> Cases()
          Data("-1"),
          "result: true\nsize: -1\n"},
         {{"GetProgram", "7"},
-         Type,
+         GuideWord,
          Entries({{"functionname", "GetProgram"}, {"index", "7"}}),
          Data("News\nat \\ ten\t\x1b[1m"),
          "result: true\nprogram: News\\nat \\\\ ten\\t\\x1b[1m\n"},
         {{"GetPresentProgram", "0x10"},
-         Type,
+         GuideWord,
          Entries({{"functionname", "GetPresentProgram"}, {"inID", "16"}}),
          Data(""),
          "result: true\nprogram: \n"},
         {{"FindProgram", "1", "4294967295"},
-         Type,
+         GuideWord,
          Entries({{"functionname", "FindProgram"}, {"inID", "1"}, {"eventID", "4294967295"}}),
          Data("found"),
          "result: true\nprogram: found\n"},
         {{"GetRating", "9"},
-         Type,
+         GuideWord,
          Entries({{"functionname", "GetRating"}, {"eventID", "9"}}),
          Data("12"),
          "result: true\nrating: 12\n"},
         {{"GetGenre", "10"},
-         Type,
+         GuideWord,
          Entries({{"functionname", "GetGenre"}, {"eventID", "10"}}),
          Data("drama"),
          "result: true\ngenre: drama\n"},
         {{"GetProgramList", "1", "2", "3"},
-         Type,
+         GuideWord,
          Entries({{"functionname", "GetProgramList"}, {"inID", "1"}, {"startTime", "2"}, {"duration", "3"}}),
          Data("[a, b]"),
          "result: true\nlist: [a, b]\n"},
         {{"CloneUSBToTV", "[/media/usb,1]"},
-         Type,
+         GuideWord,
          Entries({{"functionname", "CloneUSBToTV"}, {"path", "[/media/usb,1]"}}),
          Data("0"),
          "result: true\ndone: false\n"},
@@ -72,7 +72,7 @@ TEST_P(GuideCallTest, SendsTheRequestAndPrintsTheReply)
     Check();
 }
 
-INSTANTIATE_TEST_SUITE_P(Methods, GuideCallTest, testing::ValuesIn(Cases()), NameOfCase);
+INSTANTIATE_TEST_SUITE_P(Methods, GuideCallTest, testing::ValuesIn(GuideCases()), NameOfCase);
 
 /// The programme id is sent as JSON text, whose indentation does not matter.
 TEST_F(CtlTest, GetProgramByIdSendsTheIdAsJson)

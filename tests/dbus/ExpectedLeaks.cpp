@@ -2,20 +2,20 @@
 #include "ExpectedLeaks.h"
 
 namespace {
-bool expected = false;
+bool leaksAreExpected = false;
 }
 
 /// LeakSanitizer, if present, calls this at the end of the process.
 extern "C" __attribute__((visibility("default"))) int __lsan_is_turned_off()
 {
-    return expected ? 1 : 0;
+    return leaksAreExpected ? 1 : 0;
 }
 
 namespace zviptv::test {
 
 void ExpectLeaks()
 {
-    expected = true;
+    leaksAreExpected = true;
 }
 
 } // namespace zviptv::test

@@ -63,15 +63,15 @@ TEST_F(ChannelDestroyedMeanwhile, ByAFloodOfCalls)
 }
 
 /// The data of the disconnect handler of a channel that another thread destroys.
-std::atomic<int> losses{0};
+std::atomic<int> disconnects{0};
 
 TEST_F(ChannelDestroyedMeanwhile, ByThePartnersLoss)
 {
     for (int round = 0; round < Rounds; ++round) {
-        losses = 0;
+        disconnects = 0;
         WirePeer partner;
         auto channel = std::make_unique<CProxyDBusHelper>("IPGUTIL");
-        channel->SetDisconnectNotiCB([](std::string, std::string, void*) { ++losses; }, nullptr);
+        channel->SetDisconnectNotiCB([](std::string, std::string, void*) { ++disconnects; }, nullptr);
         ASSERT_EQ(channel->Connect(partner.Name()), 1);
         partner.Disconnect();
         if (round % 3 == 0) {
@@ -82,9 +82,9 @@ TEST_F(ChannelDestroyedMeanwhile, ByThePartnersLoss)
         }
         channel.reset();
         m_loop.Run([] {});
-        ASSERT_LE(losses, 1);
+        ASSERT_LE(disconnects, 1);
         if (round % 3 == 1) {
-            ASSERT_EQ(losses, 1);
+            ASSERT_EQ(disconnects, 1);
         }
     }
 }
@@ -115,7 +115,7 @@ struct Holder
 
     std::mutex mutex;
     std::unique_ptr<CProxyDBusHelper> channel;
-    std::atomic<int> losses{0};
+    std::atomic<int> disconnects{0};
 };
 
 TEST_F(ChannelDestroyedMeanwhile, ByItsDisconnectHandlerOnTheLoopThread)
@@ -124,7 +124,7 @@ TEST_F(ChannelDestroyedMeanwhile, ByItsDisconnectHandlerOnTheLoopThread)
     auto const onLoss = [](std::string, std::string, void* data) {
         auto& self = *static_cast<Holder*>(data);
         self.Destroy();
-        ++self.losses;
+        ++self.disconnects;
     };
     for (int round = 0; round < Rounds; ++round) {
         WirePeer partner;
@@ -137,7 +137,7 @@ TEST_F(ChannelDestroyedMeanwhile, ByItsDisconnectHandlerOnTheLoopThread)
         }
         holder.Destroy();
         m_loop.Run([] {});
-        ASSERT_LE(holder.losses, round + 1);
+        ASSERT_LE(holder.disconnects, round + 1);
     }
 }
 

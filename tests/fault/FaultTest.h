@@ -14,6 +14,8 @@
 
 namespace zviptv::test {
 
+constexpr char HelperName[] = "org.corvel.zviptvapi.dbushelper";
+
 /// True with ZVIPTV_FAULTS=long: tests use the full counts and durations instead of about a second each.
 bool IsLongForm();
 

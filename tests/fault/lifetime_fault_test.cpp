@@ -12,7 +12,6 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr char HelperName[] = "org.corvel.zviptvapi.dbushelper";
 constexpr unsigned Users = 8;
 constexpr unsigned Kinds = 4;
 

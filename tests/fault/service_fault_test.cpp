@@ -10,8 +10,6 @@ using namespace zviptv::test;
 
 namespace {
 
-constexpr char HelperName[] = "org.corvel.zviptvapi.dbushelper";
-
 /// All four objects of the factory, and a loop on a separate thread, as in an application.
 class ServiceFault : public FaultTest
 {

@@ -19,6 +19,13 @@ namespace zviptv::test {
 constexpr char EndpointPath[] = "/org/corvel/zviptvapi/DbusCommunication/ENDPOINT";
 constexpr char ChannelInterface[] = "org.corvel.zviptvapi.DbusCommunication";
 
+/// An endpoint that overrides neither hook.
+class Plain : public CCommonNative
+{
+public:
+    Plain() : CCommonNative("ENDPOINT") {}
+};
+
 /// A second endpoint on the same connection. After its answer, all earlier messages have been delivered.
 class Fence : public CCommonNative
 {

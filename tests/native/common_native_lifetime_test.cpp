@@ -28,12 +28,6 @@ void RecordLoss(std::string partner, std::string own, void* losses)
     static_cast<std::vector<Loss>*>(losses)->emplace_back(partner, own);
 }
 
-class Plain : public CCommonNative
-{
-public:
-    Plain() : CCommonNative("ENDPOINT") {}
-};
-
 TEST_F(EndpointTest, ReportsTheLossOfThePartner)
 {
     Plain endpoint;

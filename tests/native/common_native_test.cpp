@@ -32,13 +32,6 @@ public:
     std::vector<std::string> notified;
 };
 
-/// Overrides neither hook.
-class Plain : public CCommonNative
-{
-public:
-    Plain() : CCommonNative("ENDPOINT") {}
-};
-
 TEST_F(EndpointTest, HooksAnswerCalls)
 {
     Recorder endpoint;

@@ -10,6 +10,10 @@
 
 namespace zviptv::test {
 
+constexpr char const* HelperName = "org.corvel.zviptvapi.dbushelper";
+constexpr char const* ChannelInterface = "org.corvel.zviptvapi.DbusCommunication";
+constexpr char const* PlayerChannelPath = "/org/corvel/zviptvapi/DbusCommunication/PLAYERCONTROL";
+
 /// Accounts of every Debian, in the roles of the policy's accounts.
 struct Account
 {

@@ -18,7 +18,6 @@ namespace zviptv::test {
 
 namespace {
 
-constexpr char const* HelperName = "org.corvel.zviptvapi.dbushelper";
 constexpr char const* PackagedPolicy = "/usr/share/dbus-1/system.d/org.corvel.zviptvapi.dbushelper.conf";
 
 /// A process with this user and one group, regardless of the user database.

@@ -11,9 +11,6 @@ namespace zviptv::test {
 
 namespace {
 
-constexpr char const* ChannelInterface = "org.corvel.zviptvapi.DbusCommunication";
-constexpr char const* PlayerChannelPath = "/org/corvel/zviptvapi/DbusCommunication/PLAYERCONTROL";
-
 /// The messages that an application's channel received, and their senders.
 struct Received
 {

@@ -12,10 +12,7 @@ namespace zviptv::test {
 
 namespace {
 
-constexpr char const* HelperName = "org.corvel.zviptvapi.dbushelper";
 constexpr char const* HelperPath = "/org/corvel/zviptvapi/dbushelper";
-constexpr char const* ChannelInterface = "org.corvel.zviptvapi.DbusCommunication";
-constexpr char const* PlayerChannelPath = "/org/corvel/zviptvapi/DbusCommunication/PLAYERCONTROL";
 constexpr char const* AccessDenied = "org.freedesktop.DBus.Error.AccessDenied";
 
 /// The service owns its name. Every account has a separate connection.

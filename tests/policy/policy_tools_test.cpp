@@ -11,12 +11,6 @@ using testing::HasSubstr;
 
 namespace zviptv::test {
 
-namespace {
-
-constexpr char const* HelperName = "org.corvel.zviptvapi.dbushelper";
-
-} // namespace
-
 TEST_F(PolicyToolsTest, ApplicationsUseTheServiceAndStrangersAreRefused)
 {
     auto const simulator = RunSimulator(m_bus->Address(), service);

@@ -8,7 +8,6 @@ namespace {
 using Row = Method<IBroadcastData>;
 
 constexpr auto OtherEncoding = static_cast<EZVAudioEncodeType>(77);
-constexpr auto OtherLanguage = static_cast<EZVLanguageCode>(77);
 
 /// A method that fills numbers and flags. Untouched numbers remain 77, untouched flags remain 1.
 Row NumberRow(std::function<Outcome(IBroadcastData&)> call, WireEntries request,

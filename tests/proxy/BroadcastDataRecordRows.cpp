@@ -5,8 +5,6 @@ namespace zviptv::test {
 
 namespace {
 
-constexpr auto OtherLanguage = static_cast<EZVLanguageCode>(77);
-
 std::string UntouchedHex(std::size_t size)
 {
     return HexOf(std::string(size, '\xee'));

@@ -5,6 +5,8 @@
 
 namespace zviptv::test {
 
+constexpr auto OtherLanguage = static_cast<EZVLanguageCode>(77);
+
 /// The methods of IBroadcastData that fill a language code, a number or a flag, or nothing.
 std::vector<Method<IBroadcastData>> BroadcastDataNumberRows();
 

@@ -41,6 +41,9 @@ std::vector<Delivery<Record>>& Deliveries()
     return deliveries;
 }
 
+inline auto& pesDeliveries = Deliveries<ZVPESData>();
+inline auto& captionDeliveries = Deliveries<ZVCaption>();
+
 template <typename Record, int Number = 0>
 void Collect(Record& record, void* userData)
 {
@@ -52,8 +55,8 @@ class SubscriberTest : public ServiceTest
 protected:
     ~SubscriberTest() override
     {
-        Deliveries<ZVPESData>().clear();
-        Deliveries<ZVCaption>().clear();
+        pesDeliveries.clear();
+        captionDeliveries.clear();
     }
 
     void Notify(WireEntries const& entries)

@@ -6,9 +6,6 @@ using namespace zviptv::test;
 
 namespace {
 
-auto& pesDeliveries = Deliveries<ZVPESData>();
-auto& captionDeliveries = Deliveries<ZVCaption>();
-
 struct Malformed
 {
     char const* key;

@@ -7,8 +7,6 @@ using namespace zviptv::test;
 
 namespace {
 
-auto& pesDeliveries = Deliveries<ZVPESData>();
-
 /// The action of the callback `Act` before it collects.
 std::function<void()> action;
 

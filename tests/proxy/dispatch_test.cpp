@@ -9,9 +9,6 @@ using namespace zviptv::test;
 
 namespace {
 
-auto& pesDeliveries = Deliveries<ZVPESData>();
-auto& captionDeliveries = Deliveries<ZVCaption>();
-
 using Dispatching = SubscriberTest;
 
 TEST_F(Dispatching, PESNotificationBecomesARecord)

@@ -15,7 +15,7 @@ namespace {
 using Words = std::vector<std::string>;
 
 /// The words of a line; none for an empty line or a comment.
-Words Split(std::string const& line)
+Words WordsOf(std::string const& line)
 {
     if (line.find('\0') != std::string::npos) {
         throw Failure(ExitCode::Usage, "the line contains a zero byte; remove it");
@@ -53,7 +53,7 @@ ExitCode Batch::Run(std::istream& input)
     for (std::string line; std::getline(input, line);) {
         Outcome outcome{ExitCode::Usage, {}};
         try {
-            Words const words = Split(line);
+            Words const words = WordsOf(line);
             if (words.empty()) {
                 continue;
             }

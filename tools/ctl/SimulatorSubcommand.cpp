@@ -7,7 +7,6 @@
 #include "verbs/Verbs.h"
 
 #include <memory>
-#include <sstream>
 
 namespace zviptv::ctl {
 
@@ -15,16 +14,10 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-Words Split(std::string const& text)
-{
-    std::istringstream stream(text);
-    return {std::istream_iterator<std::string>(stream), {}};
-}
-
 /// The subcommand of the verb; "fault add" is a subcommand of "fault".
 CLI::App* AddApp(CLI::App& simulator, verbs::Verb const& verb, std::function<void(CLI::App&)> const& prepare)
 {
-    Words const words = Split(verb.words);
+    Words const words = verbs::WordsOf(verb);
     CLI::App* parent = &simulator;
     if (words.size() == 2) {
         auto const found = simulator.get_subcommands(
@@ -63,7 +56,7 @@ void AddVerbs(CLI::App& simulator, std::function<void(CLI::App&)> const& prepare
 {
     for (verbs::Verb const& verb : verbs::Verbs()) {
         CLI::App* const app = AddApp(simulator, verb, prepare);
-        auto const texts = std::make_shared<Words>(Split(verb.words));
+        auto const texts = std::make_shared<Words>(verbs::WordsOf(verb));
         for (verbs::Form const form : verb.arguments) {
             app->add_option_function<std::string>(
                    NameOf(form), [texts](std::string const& text) { texts->push_back(text); }, Accepted(form))

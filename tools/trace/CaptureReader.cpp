@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::int64_t Million = 1'000'000;
 
-std::string Quoted(std::string const& path)
+std::string SourceName(std::string const& path)
 {
     return path == "-" ? "standard input" : "'" + path + "'";
 }
@@ -38,7 +38,7 @@ CaptureReader::CaptureReader(CaptureInput input) : m_input(std::move(input))
 {
     std::FILE* const stream = OpenCapture(m_input);
     if (stream == nullptr) {
-        throw CaptureError("cannot read " + Quoted(m_input.path) + ": " +
+        throw CaptureError("cannot read " + SourceName(m_input.path) + ": " +
                            std::system_category().message(errno) +
                            "; check that the file exists and is readable");
     }
@@ -46,14 +46,14 @@ CaptureReader::CaptureReader(CaptureInput input) : m_input(std::move(input))
     m_file.reset(pcap_fopen_offline(stream, reason));
     if (m_file == nullptr) {
         std::fclose(stream);
-        throw CaptureError("cannot read " + Quoted(m_input.path) + ": " + reason +
+        throw CaptureError("cannot read " + SourceName(m_input.path) + ": " + reason +
                            "; give a file that zviptvctl trace --out, busctl capture or dbus-monitor --pcap "
                            "has written");
     }
     int const type = pcap_datalink(m_file.get());
     if (type != DLT_DBUS) {
         char const* const name = pcap_datalink_val_to_name(type);
-        throw CaptureError("cannot read " + Quoted(m_input.path) + ": it is a capture of " +
+        throw CaptureError("cannot read " + SourceName(m_input.path) + ": it is a capture of " +
                            (name != nullptr ? name : "link type " + std::to_string(type)) +
                            ", not of D-Bus messages; record the bus with zviptvctl trace --out");
     }
@@ -74,7 +74,7 @@ bool CaptureReader::Next(Message& message)
         return false;
     }
     if (result != 1) {
-        throw CaptureError("cannot read " + Quoted(m_input.path) +
+        throw CaptureError("cannot read " + SourceName(m_input.path) +
                            " any further: " + pcap_geterr(m_file.get()) + "; " + std::to_string(m_read) +
                            (m_read == 1 ? " message" : " messages") + " before the damage can be read");
     }

@@ -29,7 +29,7 @@ std::FILE* Open(std::string const& path)
     return descriptor < 0 ? nullptr : fdopen(descriptor, "wb");
 }
 
-std::string Quoted(std::string const& path)
+std::string TargetName(std::string const& path)
 {
     return path == "-" ? "standard output" : "'" + path + "'";
 }
@@ -52,7 +52,7 @@ CaptureWriter::CaptureWriter(std::string path, std::string const& program) : m_p
     }
     std::FILE* const stream = Open(m_path);
     if (stream == nullptr) {
-        throw CaptureWriteError("cannot write " + Quoted(m_path) + ": " +
+        throw CaptureWriteError("cannot write " + TargetName(m_path) + ": " +
                                 std::system_category().message(errno) +
                                 "; check that the folder exists and is writable");
     }
@@ -94,7 +94,8 @@ void CaptureWriter::Fail(int error)
         EndAfterLastMessage(descriptor);
         close(descriptor);
     }
-    throw CaptureWriteError("cannot write " + Quoted(m_path) + ": " + std::system_category().message(error) +
+    throw CaptureWriteError("cannot write " + TargetName(m_path) + ": " +
+                            std::system_category().message(error) +
                             "; what was written before stays readable");
 }
 

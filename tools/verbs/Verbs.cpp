@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <optional>
 #include <sstream>
 #include <stdexcept>
@@ -10,16 +11,6 @@
 namespace zviptv::verbs {
 
 namespace {
-
-std::vector<std::string> Split(char const* words)
-{
-    std::istringstream stream(words);
-    std::vector<std::string> parts;
-    for (std::string part; stream >> part;) {
-        parts.push_back(part);
-    }
-    return parts;
-}
 
 /// Whether the words begin with the verb's own.
 bool BeginWith(std::vector<std::string> const& words, std::vector<std::string> const& own)
@@ -33,7 +24,7 @@ bool BeginWith(std::vector<std::string> const& words, std::vector<std::string> c
     std::string sameBeginning;
     for (Verb const& verb : Verbs()) {
         known += (known.empty() ? "" : ", ") + std::string(verb.words);
-        if (!words.empty() && Split(verb.words).front() == words.front()) {
+        if (!words.empty() && WordsOf(verb).front() == words.front()) {
             sameBeginning += (sameBeginning.empty() ? "" : ", ") + std::string(verb.words);
         }
     }
@@ -48,7 +39,7 @@ bool BeginWith(std::vector<std::string> const& words, std::vector<std::string> c
 Verb const& FindVerb(std::vector<std::string> const& words)
 {
     for (Verb const& verb : Verbs()) {
-        if (BeginWith(words, Split(verb.words))) {
+        if (BeginWith(words, WordsOf(verb))) {
             return verb;
         }
     }
@@ -206,6 +197,12 @@ std::vector<Verb> const& Verbs()
     return verbs;
 }
 
+std::vector<std::string> WordsOf(Verb const& verb)
+{
+    std::istringstream stream(verb.words);
+    return {std::istream_iterator<std::string>(stream), {}};
+}
+
 std::string Synopsis(Verb const& verb)
 {
     std::string synopsis = verb.words;
@@ -222,7 +219,7 @@ Command Parse(std::vector<std::string> const& words)
 {
     Verb const& verb = FindVerb(words);
     Reader reader(verb);
-    reader.Read(words, Split(verb.words).size());
+    reader.Read(words, WordsOf(verb).size());
     return Command{&verb, reader.Parameters(), reader.Arguments()};
 }
 

@@ -36,6 +36,9 @@ struct Verb
 /// it.
 std::vector<Verb> const& Verbs();
 
+/// {"fault", "add"}
+std::vector<std::string> WordsOf(Verb const& verb);
+
 /// "fault add METHOD=FAULT [--count N] [--for SECONDS]"
 std::string Synopsis(Verb const& verb);
 

@@ -48,7 +48,7 @@ std::optional<Failure> Connect(char const* function, GDBusConnection* connection
 
 /// An attachment that ends while no other thread can be in a callback of its channels: no other thread
 /// iterates the context, or the one that does ends it.
-std::shared_ptr<Attachment> Share(Owned<GDBusConnection> connection, GMainContext* context)
+std::shared_ptr<Attachment> NewAttachment(Owned<GDBusConnection> connection, GMainContext* context)
 {
     using Unique = std::unique_ptr<Attachment>;
     auto const end = [kept = std::shared_ptr<GMainContext>(g_main_context_ref(context),
@@ -167,7 +167,7 @@ Result<std::shared_ptr<Attachment>> Bus::Install(Owned<GDBusConnection> connecti
         return Gone("");
     }
     if (m_current == nullptr || !m_current->IsAlive()) {
-        m_current = Share(std::move(connection), m_context.get());
+        m_current = NewAttachment(std::move(connection), m_context.get());
     } else { // another thread was faster
         Attachment(std::move(connection)).Close();
     }

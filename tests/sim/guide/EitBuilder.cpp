@@ -7,11 +7,6 @@ namespace zviptv::test {
 
 namespace {
 
-std::uint8_t Low(std::size_t value)
-{
-    return static_cast<std::uint8_t>(value & 0xFF);
-}
-
 Bytes Counted(Bytes const& bytes)
 {
     return Bytes{Low(bytes.size())} + bytes;

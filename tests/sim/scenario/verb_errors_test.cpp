@@ -8,7 +8,7 @@ namespace zviptv::sim {
 namespace {
 
 /// The text of the error; "none" without one.
-std::string ErrorOf(std::string const& text)
+std::string ErrorOfVerb(std::string const& text)
 try {
     ParseScenario("dir/a.scenario", {[&text](std::string const&) { return text; }, CheckVerb});
     return "none";
@@ -58,14 +58,14 @@ TEST(ScenarioVerbs, AreCheckedWordByWord)
               "1:8: cannot open dir/no/such.ts: No such file or directory: use a file that can be read, "
               "relative to the scenario's folder"},
          }) {
-        EXPECT_EQ(ErrorOf(text), error.empty() ? "none" : "dir/a.scenario:" + error) << text;
+        EXPECT_EQ(ErrorOfVerb(text), error.empty() ? "none" : "dir/a.scenario:" + error) << text;
     }
 }
 
 TEST(ScenarioVerbs, AreAllKnown)
 {
     EXPECT_EQ(
-        ErrorOf(
+        ErrorOfVerb(
             "1 pause\n1 play\n1 seek 1\n1 speed 2\n1 load udp://@239.1.1.1:5000\n1 programme 1\n1 lock "
             "service\n"
             "1 unlock service\n1 time 1774735200\n1 fault add *=drop --count 3 --for 2\n1 fault remove "
@@ -76,7 +76,7 @@ TEST(ScenarioVerbs, AreAllKnown)
 
 TEST(ScenarioVerbs, UnknownOnesAreListed)
 {
-    EXPECT_EQ(ErrorOf("1 explode"),
+    EXPECT_EQ(ErrorOfVerb("1 explode"),
               "dir/a.scenario:1:3: unknown verb 'explode': use pause, play, seek, speed, load, programme, "
               "lock, unlock, time, "
               "fault add, fault remove, fault clear, mute, select, die, restart, reset, quit");

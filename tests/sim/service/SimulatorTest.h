@@ -15,6 +15,11 @@
 namespace zviptv::test {
 
 constexpr std::chrono::seconds Patience{20};
+constexpr std::uint64_t PtsSecond = 90'000;
+
+constexpr char BroadcastWord[] = "BROADCASTDATA";
+constexpr char GuideWord[] = "IPGUTIL";
+constexpr char SubscriberWord[] = "IPTVDATASUBSCRIBER";
 
 /// The simulator in a separate process, on the test's bus.
 class Simulator : public testing::Test

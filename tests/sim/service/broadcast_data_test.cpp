@@ -8,8 +8,6 @@
 namespace zviptv::test {
 namespace {
 
-constexpr char Type[] = "BROADCASTDATA";
-
 /// Broadcast data of the sample: two audio tracks, DVB subtitles, three teletext pages, an ARIB caption.
 class BroadcastData : public Simulator
 {
@@ -19,10 +17,13 @@ protected:
         std::vector<std::string> all{"--ts", ZVIPTV_SAMPLE_FILE, "--loop"};
         all.insert(all.end(), options.begin(), options.end());
         Start(all);
-        m_application.Announce(Type);
+        m_application.Announce(BroadcastWord);
     }
 
-    WireMessage Ask(std::initializer_list<TextEntry> entries) { return m_application.Ask(Type, entries); }
+    WireMessage Ask(std::initializer_list<TextEntry> entries)
+    {
+        return m_application.Ask(BroadcastWord, entries);
+    }
 
     Application m_application;
 };
@@ -108,7 +109,7 @@ TEST_F(BroadcastData, ListsOnlyTracksOfTheStream)
         .write(reinterpret_cast<char const*>(builder.Stream().data()),
                static_cast<std::streamsize>(builder.Stream().size()));
     Start({"--ts", path, "--loop"});
-    m_application.Announce(Type);
+    m_application.Announce(BroadcastWord);
     for (char const* const function : {"SizeOfTTX", "SizeOfHybridSBT", "SizeOfISDBText"}) {
         EXPECT_EQ(Number(Ask({{"functionname", function}, {"mode", "0"}}), "size"), "0") << function;
     }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "ChildProcess.h"
 #include "Processes.h"
+#include "SimulatorTest.h"
 #include "Terminal.h"
 #include "WaitUntil.h"
 
@@ -14,7 +14,6 @@ namespace {
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-constexpr std::chrono::seconds Patience{20};
 constexpr char Killed[] = "zviptv-sim: the command did not end when asked to, and is killed\n";
 
 std::vector<std::string> SimulatorWith(std::vector<std::string> const& command)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ChildProcess.h"
+#include "SimulatorTest.h"
 #include "StreamBuilder.h"
 
 #include <gmock/gmock.h>
@@ -16,8 +16,6 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
-
-constexpr std::chrono::seconds Patience{20};
 
 ExitStatus EndOf(ChildProcess& process)
 {

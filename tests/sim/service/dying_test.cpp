@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ChildProcess.h"
+#include "SimulatorTest.h"
 #include "WirePeer.h"
 
 #include <gmock/gmock.h>
@@ -14,7 +14,6 @@ namespace {
 
 using testing::HasSubstr;
 
-constexpr std::chrono::seconds Patience{20};
 constexpr char ServiceName[] = "org.corvel.zviptvapi.dbushelper";
 constexpr char Dies[] = "zviptv-sim: the service dies\n";
 constexpr char ComesBack[] = "zviptv-sim: the service comes back\n";

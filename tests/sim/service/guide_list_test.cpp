@@ -4,8 +4,6 @@
 namespace zviptv::test {
 namespace {
 
-constexpr char Type[] = "IPGUTIL";
-
 /// The applications that have a separate list for GetProgram. The others count through the whole guide,
 /// whose programmes are more than the list's two.
 class GuideList : public Simulator
@@ -14,7 +12,7 @@ protected:
     GuideList()
     {
         Start({"--ts", ZVIPTV_SAMPLE_FILE, "--loop", "--guide", ZVIPTV_SAMPLE_GUIDE});
-        m_service = m_application.Announce(Type);
+        m_service = m_application.Announce(GuideWord);
     }
 
     void MakeList()
@@ -30,7 +28,7 @@ protected:
 
     std::string Ask(std::initializer_list<TextEntry> entries)
     {
-        return m_application.Ask(Type, entries).Value("data");
+        return m_application.Ask(GuideWord, entries).Value("data");
     }
 
     Application m_application;
@@ -42,8 +40,8 @@ TEST_F(GuideList, EndsWithItsApplication)
     EXPECT_FALSE(HasList());
     MakeList();
     EXPECT_TRUE(HasList());
-    m_application.Announce(Type, "n");
-    m_application.Announce(Type);
+    m_application.Announce(GuideWord, "n");
+    m_application.Announce(GuideWord);
     EXPECT_FALSE(HasList());
 }
 
@@ -52,8 +50,8 @@ TEST_F(GuideList, EndsWithItsChannel)
 {
     m_application.Announce("PLAYERCONTROL");
     MakeList();
-    m_application.Announce(Type, "n");
-    m_application.Announce(Type);
+    m_application.Announce(GuideWord, "n");
+    m_application.Announce(GuideWord);
     EXPECT_FALSE(HasList());
 }
 
@@ -71,7 +69,7 @@ TEST_F(GuideList, IsNotKeptWithoutAnAnnouncement)
     WirePeer stranger;
     auto const ask = [&](std::initializer_list<TextEntry> entries) {
         return stranger
-            .Call({m_service, ChannelPath(Type), "org.corvel.zviptvapi.DbusCommunication", "Send"},
+            .Call({m_service, ChannelPath(GuideWord), "org.corvel.zviptvapi.DbusCommunication", "Send"},
                   Entries(entries))
             .Value("data");
     };

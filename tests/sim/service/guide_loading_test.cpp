@@ -10,14 +10,13 @@
 namespace zviptv::test {
 namespace {
 
-constexpr char Type[] = "IPGUTIL";
 constexpr std::uint64_t BigGuide = 40'000'000; // bytes; takes many times as long as the requests meanwhile
 
 std::string Clone(std::string const& path)
 {
     Application application;
-    application.Announce(Type);
-    WireMessage const reply = application.Ask(Type, {{"functionname", "CloneUSBToTV"}, {"path", path}});
+    application.Announce(GuideWord);
+    WireMessage const reply = application.Ask(GuideWord, {{"functionname", "CloneUSBToTV"}, {"path", path}});
     EXPECT_EQ(reply.Value("result_internal"), reply.Value("data"));
     return reply.Value("data");
 }
@@ -30,7 +29,7 @@ protected:
     {
         options.insert(options.end(), {"--ts", ZVIPTV_SAMPLE_FILE, "--loop", "--guide", ZVIPTV_SAMPLE_GUIDE});
         Start(options);
-        m_application.Announce(Type);
+        m_application.Announce(GuideWord);
     }
 
     /// Makes the big guide the next one that the service loads.
@@ -38,9 +37,9 @@ protected:
     {
         WriteGuide(m_big, BigGuide);
         Application leaving;
-        std::string const service = leaving.Announce(Type);
+        std::string const service = leaving.Announce(GuideWord);
         leaving.Peer().CallWithoutReply(
-            {service, ChannelPath(Type), "org.corvel.zviptvapi.DbusCommunication", "Send"},
+            {service, ChannelPath(GuideWord), "org.corvel.zviptvapi.DbusCommunication", "Send"},
             Entries({{"functionname", "CloneUSBToTV"}, {"path", m_big}}));
         leaving.Peer().Sync();
     }
@@ -59,10 +58,10 @@ protected:
     std::string ProgrammesOf200()
     {
         return m_application
-            .Ask(Type, {{"functionname", "GetProgramListSize"},
-                        {"inID", "200"},
-                        {"startTime", "0"},
-                        {"duration", "4294967295"}})
+            .Ask(GuideWord, {{"functionname", "GetProgramListSize"},
+                             {"inID", "200"},
+                             {"startTime", "0"},
+                             {"duration", "4294967295"}})
             .Value("data");
     }
 
@@ -106,7 +105,7 @@ TEST_F(GuideLoading, AFileThatCannotBeLoadedChangesNothing)
     EXPECT_EQ(Clone(m_big), "0");
     EXPECT_TRUE(m_simulator->WaitForErrors("zviptv-sim: cannot load the guide: " + m_big + ":", Patience));
     EXPECT_TRUE(m_simulator->WaitForErrors("; the previous one stays loaded\n", Patience));
-    EXPECT_EQ(m_application.Ask(Type, {{"functionname", "ExistXmlForIPG"}}).Value("data"), "1");
+    EXPECT_EQ(m_application.Ask(GuideWord, {{"functionname", "ExistXmlForIPG"}}).Value("data"), "1");
     EXPECT_EQ(ProgrammesOf200(), "0");
 }
 
@@ -123,7 +122,7 @@ TEST_F(GuideLoading, HasTheFaultsOfOtherRequests)
 {
     Begin({"--fault", "CloneUSBToTV=error"});
     WireMessage const reply =
-        m_application.Ask(Type, {{"functionname", "CloneUSBToTV"}, {"path", ZVIPTV_SAMPLE_GUIDE}});
+        m_application.Ask(GuideWord, {{"functionname", "CloneUSBToTV"}, {"path", ZVIPTV_SAMPLE_GUIDE}});
     EXPECT_EQ(reply.errorName, "org.corvel.zviptvapi.Error.Injected");
 }
 
@@ -131,7 +130,7 @@ TEST_F(GuideLoading, HasTheFaultsOfOtherRequests)
 TEST_F(GuideLoading, AListEndsWithTheMessage)
 {
     Start({"--ts", ZVIPTV_SAMPLE_FILE, "--loop"});
-    m_application.Announce(Type);
+    m_application.Announce(GuideWord);
     std::string const path = m_bus.Directory() + "/long.xml";
     std::ofstream file(path);
     file << "<tv>";
@@ -147,7 +146,7 @@ TEST_F(GuideLoading, AListEndsWithTheMessage)
     ASSERT_EQ(Clone(path), "1");
     auto const ask = [&](char const* function) {
         return m_application
-            .Ask(Type,
+            .Ask(GuideWord,
                  {{"functionname", function}, {"inID", "1"}, {"startTime", "0"}, {"duration", "4294967295"}})
             .Value("data");
     };

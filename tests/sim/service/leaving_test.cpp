@@ -12,7 +12,6 @@
 namespace zviptv::test {
 namespace {
 
-constexpr char Type[] = "IPTVDATASUBSCRIBER";
 constexpr std::size_t Many = 20;
 constexpr std::size_t StackMegabytes = 8;
 
@@ -50,10 +49,10 @@ protected:
     {
         std::vector<Application> applications(Many);
         for (Application& application : applications) {
-            application.Announce(Type);
+            application.Announce(SubscriberWord);
         }
         for (std::size_t i = 0; inOrder && i < Many; ++i) {
-            applications[i].Announce(Type, "n");
+            applications[i].Announce(SubscriberWord, "n");
         }
     }
 
@@ -79,7 +78,7 @@ std::string AnnounceAs(Application& application, std::string const& name)
     return application.Peer()
         .Call({"org.corvel.zviptvapi.dbushelper", "/org/corvel/zviptvapi/dbushelper",
                "org.corvel.zviptvapi.dbushelper", "SendSignal"},
-              Pairs({{"dbusname", name}, {"type", Type}, {"add", "y"}}))
+              Pairs({{"dbusname", name}, {"type", SubscriberWord}, {"add", "y"}}))
         .Value("dbusname");
 }
 

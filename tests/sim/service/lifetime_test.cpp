@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "ChildProcess.h"
 #include "Processes.h"
+#include "SimulatorTest.h"
 #include "WaitUntil.h"
 #include "WirePeer.h"
 
@@ -16,8 +16,6 @@ namespace {
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
-
-constexpr std::chrono::seconds Patience{20};
 
 /// A simulator with a private bus, and everything that belongs to it.
 class PrivateSimulator : public testing::Test

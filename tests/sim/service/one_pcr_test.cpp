@@ -4,7 +4,6 @@
 namespace zviptv::test {
 namespace {
 
-constexpr std::uint64_t Second = 90'000;
 constexpr std::uint16_t Audio = 0x101;
 
 /// A stream whose only PCR says one second.
@@ -15,7 +14,7 @@ protected:
     {
         StreamBuilder builder;
         builder.Section(0, MakePat({{1, 0x1000}})).Section(0x1000, MakePmt(1, Audio, {{0x03, Audio, {}}}));
-        builder.Pcr(Audio, Second * 300);
+        builder.Pcr(Audio, PtsSecond * 300);
         return builder;
     }
 
@@ -31,12 +30,12 @@ TEST_F(StreamWithOnePcr, IsReplacedByTimeStamps)
 {
     StreamBuilder builder = Begin();
     for (std::uint64_t second = 10; second <= 40; ++second) {
-        builder.Pes(Audio, MakePes(second * Second, Noise(100), false, {}, 0xC0));
+        builder.Pes(Audio, MakePes(second * PtsSecond, Noise(100), false, {}, 0xC0));
     }
     PlayToTheEnd(builder);
     std::uint64_t const stc = StcAtTheEnd();
-    EXPECT_GE(stc, 40 * Second);
-    EXPECT_LE(stc, 41 * Second);
+    EXPECT_GE(stc, 40 * PtsSecond);
+    EXPECT_LE(stc, 41 * PtsSecond);
 }
 
 TEST_F(StreamWithOnePcr, IsFollowedAtFiveMegabitsWithoutThem)
@@ -45,7 +44,7 @@ TEST_F(StreamWithOnePcr, IsFollowedAtFiveMegabitsWithoutThem)
     builder.Null(10000);
     PlayToTheEnd(builder);
     constexpr double seconds = 10000 * 188 * 8 / 5e6;
-    EXPECT_NEAR(static_cast<double>(StcAtTheEnd()), (1 + seconds) * Second, 100);
+    EXPECT_NEAR(static_cast<double>(StcAtTheEnd()), (1 + seconds) * PtsSecond, 100);
 }
 
 } // namespace

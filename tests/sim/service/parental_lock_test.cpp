@@ -8,7 +8,6 @@
 namespace zviptv::test {
 namespace {
 
-constexpr char Type[] = "BROADCASTDATA";
 constexpr std::time_t Now = 1774735200;
 
 std::string XmltvTime(std::time_t time)
@@ -41,15 +40,17 @@ protected:
     {
         Start({"--ts", ZVIPTV_SAMPLE_FILE, "--loop", "--guide", m_guide, "--time", std::to_string(Now),
                "--rating-limit", "12"});
-        m_application.Announce(Type);
+        m_application.Announce(BroadcastWord);
         EXPECT_TRUE(IsLocked());
-        EXPECT_EQ(Number(m_application.Ask(Type, {{"functionname", "UnMuteByRatingPin"}}), "result_internal"),
+        EXPECT_EQ(Number(m_application.Ask(BroadcastWord, {{"functionname", "UnMuteByRatingPin"}}),
+                         "result_internal"),
                   "1");
     }
 
     bool IsLocked()
     {
-        return Number(m_application.Ask(Type, {{"functionname", "GetRatingLockState"}}), "lockState") == "1";
+        return Number(m_application.Ask(BroadcastWord, {{"functionname", "GetRatingLockState"}}),
+                      "lockState") == "1";
     }
 
     std::string Load(std::string const& path)

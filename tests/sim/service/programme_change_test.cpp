@@ -11,9 +11,8 @@ namespace {
 
 constexpr std::uint16_t PmtPid = 0x1000;
 constexpr std::uint16_t Video = 0x100;
-constexpr std::uint64_t Second = 90'000;
-constexpr std::uint64_t FirstTime = 10 * Second;
-constexpr std::uint64_t SecondTime = 500 * Second;
+constexpr std::uint64_t FirstTime = 10 * PtsSecond;
+constexpr std::uint64_t SecondTime = 500 * PtsSecond;
 
 Bytes Language(char const* code)
 {
@@ -39,8 +38,8 @@ protected:
     {
         m_builder.Section(0, MakePat({{programme, PmtPid}}, patVersion)).Section(PmtPid, pmt);
         for (std::uint64_t i = 0; i < 10; ++i) {
-            std::uint64_t const at = time + i * Second / 10;
-            m_builder.Pcr(Video, (at - Second / 4) * 300, i == 0);
+            std::uint64_t const at = time + i * PtsSecond / 10;
+            m_builder.Pcr(Video, (at - PtsSecond / 4) * 300, i == 0);
             m_builder.Pes(Video, MakePes(at, Noise(500), false, {}, 0xE0));
         }
     }

@@ -9,8 +9,6 @@
 namespace zviptv::test {
 namespace {
 
-constexpr char Type[] = "IPGUTIL";
-
 /// The simulator's answers from the sample guide, at 22:00 UTC on 28 March 2026.
 class SampleGuide : public Simulator
 {
@@ -20,12 +18,12 @@ protected:
         std::vector<std::string> all{"--ts", ZVIPTV_SAMPLE_FILE, "--loop"};
         all.insert(all.end(), options.begin(), options.end());
         Start(all);
-        m_application.Announce(Type);
+        m_application.Announce(GuideWord);
     }
 
     std::string Data(std::initializer_list<TextEntry> entries)
     {
-        return m_application.Ask(Type, entries).Value("data");
+        return m_application.Ask(GuideWord, entries).Value("data");
     }
 
     Json::Value JsonData(std::initializer_list<TextEntry> entries)
@@ -69,12 +67,12 @@ TEST_F(SampleGuide, KeepsAListForEachApplication)
                                                      {"duration", "10801"}};
     EXPECT_EQ(Data(window), "2");
     Application other;
-    other.Announce(Type);
-    other.Ask(Type,
+    other.Announce(GuideWord);
+    other.Ask(GuideWord,
               {{"functionname", "GetProgramListSize"}, {"inID", "3"}, {"startTime", "0"}, {"duration", "1"}});
     EXPECT_EQ(JsonData({{"functionname", "GetProgram"}, {"index", "1"}})["title"], "Night Trains");
     EXPECT_EQ(Data({{"functionname", "GetProgram"}, {"index", "2"}}), "");
-    EXPECT_EQ(other.Ask(Type, {{"functionname", "GetProgram"}, {"index", "0"}}).Value("data"), "");
+    EXPECT_EQ(other.Ask(GuideWord, {{"functionname", "GetProgram"}, {"index", "0"}}).Value("data"), "");
     EXPECT_EQ(JsonData({{"functionname", "GetProgramList"},
                         {"inID", "1"},
                         {"startTime", "1774733400"},

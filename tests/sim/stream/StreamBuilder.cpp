@@ -7,11 +7,6 @@ namespace zviptv::test {
 
 namespace {
 
-std::uint8_t Low(std::uint64_t value)
-{
-    return static_cast<std::uint8_t>(value & 0xFF);
-}
-
 void Put16(Bytes& bytes, unsigned value)
 {
     bytes.push_back(Low(value >> 8));

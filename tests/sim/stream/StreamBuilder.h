@@ -12,6 +12,12 @@ namespace zviptv::test {
 
 using Bytes = std::vector<std::uint8_t>;
 
+/// The lowest byte.
+constexpr std::uint8_t Low(std::uint64_t value)
+{
+    return static_cast<std::uint8_t>(value & 0xFF);
+}
+
 /// The contents of one transport packet. An adaptation field pads a payload of less than 184 bytes.
 struct PacketParts
 {

@@ -7,7 +7,7 @@ using namespace zviptv::sim;
 
 namespace {
 
-constexpr std::uint64_t Second = 27'000'000;
+constexpr std::uint64_t PcrSecond = 27'000'000;
 
 std::int64_t TimeAt(StreamClock const& clock, std::uint64_t packet)
 {
@@ -63,7 +63,7 @@ TEST(StreamClock, TimeContinuesAcrossTheWrapOfThePcr)
 
 TEST(StreamClock, KeepsItsPaceWhenTheClockJumps)
 {
-    for (std::uint64_t const target : {std::uint64_t{17}, 5000 + 11 * Second}) {
+    for (std::uint64_t const target : {std::uint64_t{17}, 5000 + 11 * PcrSecond}) {
         StreamClock clock;
         clock.Sample(0, 4000, false);
         clock.Sample(100, 5000, false);
@@ -81,7 +81,7 @@ TEST(StreamClock, AcceptsAnAnnouncedJumpThatLooksPlausible)
     StreamClock clock;
     clock.Sample(0, 0, false);
     clock.Sample(100, 1000, false);
-    clock.Sample(200, 1000 + 5 * Second, true);
+    clock.Sample(200, 1000 + 5 * PcrSecond, true);
     EXPECT_EQ(TimeAt(clock, 200), 2000);
 }
 
@@ -89,8 +89,8 @@ TEST(StreamClock, BridgesTenSecondsWithoutASample)
 {
     StreamClock clock;
     clock.Sample(0, 0, false);
-    clock.Sample(100, 10 * Second, false);
-    EXPECT_EQ(clock.At(100).time, StreamTime(10 * Second));
+    clock.Sample(100, 10 * PcrSecond, false);
+    EXPECT_EQ(clock.At(100).time, StreamTime(10 * PcrSecond));
 }
 
 TEST(StreamClock, ContinuesAfterTheLastSample)

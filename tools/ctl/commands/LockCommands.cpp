@@ -36,7 +36,7 @@ std::string LockFact(Answer& answer, std::string const& member, bool known, bool
     return known ? LockWord(locked) : "-";
 }
 
-Answer Rating(Session& session, CommandArguments const& /*arguments*/)
+Answer Ratings(Session& session, CommandArguments const& /*arguments*/)
 {
     auto& broadcast = session.Get<IBroadcastData>();
     std::vector<ZVRatingInfo> ratings;
@@ -85,7 +85,7 @@ std::vector<Command> LockCommands()
     return {
         {"mute", "audio", {{"STATE", "on or off"}}, "Mute the sound (on) or unmute it (off)", MuteAudio},
         {"mute", "video", {{"STATE", "on or off"}}, "Mute the picture (on) or show it (off)", MuteVideo},
-        {"", "rating", {}, "List the ratings of the present programme and what is locked", Rating},
+        {"", "rating", {}, "List the ratings of the present programme and what is locked", Ratings},
         {"unlock", "programme", {}, "Unlock the present programme", Unlock<ZV_PARENTAL_UNLOCKED_PROGRAMME>},
         {"unlock",
          "service",

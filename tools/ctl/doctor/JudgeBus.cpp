@@ -5,7 +5,7 @@ namespace zviptv::ctl::doctor {
 
 namespace {
 
-constexpr char Check[] = "bus";
+constexpr char BusCheck[] = "bus";
 constexpr char Unset[] = "unset DBUS_SYSTEM_BUS_ADDRESS";
 
 std::string Place(Facts const& facts)
@@ -24,7 +24,7 @@ Finding Absent(Facts const& facts)
     std::string const text = "no bus at " + Place(facts) + ": " + facts.bus.reason;
     std::string const meaning = "An application finds no service and gets null instead of objects.";
     if (facts.bus.isFromEnvironment) {
-        return Wrong(Check, ExitCode::NoService, text, meaning, {Unset},
+        return Wrong(BusCheck, ExitCode::NoService, text, meaning, {Unset},
                      "Applications then use the machine's system bus. " + SimulatorHint(facts));
     }
     std::vector<std::string> commands;
@@ -33,7 +33,7 @@ Finding Absent(Facts const& facts)
     }
     commands.push_back(
         AsRoot(facts, facts.machine.runsSystemd ? "systemctl start dbus" : "service dbus start"));
-    return Wrong(Check, ExitCode::NoService, text, meaning, commands, SimulatorHint(facts));
+    return Wrong(BusCheck, ExitCode::NoService, text, meaning, commands, SimulatorHint(facts));
 }
 
 Finding Refused(Facts const& facts)
@@ -42,23 +42,23 @@ Finding Refused(Facts const& facts)
         "the bus at " + Place(facts) + " does not let user " + facts.caller.name + " in: " + facts.bus.reason;
     std::string const meaning = "An application of this user finds no service.";
     if (facts.bus.isFromEnvironment) {
-        return Wrong(Check, ExitCode::NoService, text, meaning, {Unset},
+        return Wrong(BusCheck, ExitCode::NoService, text, meaning, {Unset},
                      "Or run your application as the user who started that bus. " + SimulatorHint(facts));
     }
     if (facts.bus.reach == Reach::Refused) {
         return Wrong(
-            Check, ExitCode::NoService, text, meaning, std::vector<std::string>(),
+            BusCheck, ExitCode::NoService, text, meaning, std::vector<std::string>(),
             "A policy in /etc/dbus-1/system.conf or system.d forbids this user; it has to let user=\"" +
                 facts.caller.name + "\" connect.");
     }
-    return Wrong(Check, ExitCode::NoService, text, meaning,
+    return Wrong(BusCheck, ExitCode::NoService, text, meaning,
                  {AsRoot(facts, "chmod a+rw /run/dbus/system_bus_socket")},
                  "Every user must be able to reach the system bus; its policy decides what each may do.");
 }
 
 Finding Silent(Facts const& facts)
 {
-    return Wrong(Check, ExitCode::NoAnswer,
+    return Wrong(BusCheck, ExitCode::NoAnswer,
                  "the bus at " + Place(facts) +
                      " accepts connections but does not answer: " + facts.bus.reason,
                  "An application waits 2 seconds when it creates an object, and finds no service.",
@@ -81,7 +81,7 @@ Finding JudgeBus(Facts const& facts)
     case Reach::Reached:
         break;
     }
-    return Ok(Check, Place(facts));
+    return Ok(BusCheck, Place(facts));
 }
 
 } // namespace zviptv::ctl::doctor

@@ -23,7 +23,7 @@ constexpr int Top = 64;
 
 constexpr std::size_t DetailLimit = 105; ///< characters that fit
 
-std::string Cut(std::string const& text, std::size_t limit)
+std::string Shortened(std::string const& text, std::size_t limit)
 {
     std::size_t characters = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -118,13 +118,13 @@ private:
             return Text(LaneX(0), 17, "label quiet", row.label);
         default:
             return time + Arrow(row, x) + Text(m_serviceX + 24, 21, "time", row.latency) +
-                   Text(m_serviceX + 110, 21, "detail", Cut(row.detail, DetailLimit));
+                   Text(m_serviceX + 110, 21, "detail", Shortened(row.detail, DetailLimit));
         }
     }
 
     static std::string Head(DiagramRow const& row, int x)
     {
-        std::string const name = Cut(row.label, 28);
+        std::string const name = Shortened(row.label, 28);
         return "<rect class=\"head\" x=\"" + Number(x - 8) + "\" y=\"8\" rx=\"6\" width=\"" +
                Number(LaneWidth - 14) + "\" height=\"28\"/>" + Text(x + 2, 27, "name", name) +
                Line(x, 36, x, HeadHeight, "life");

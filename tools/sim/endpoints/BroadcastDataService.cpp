@@ -121,7 +121,7 @@ private:
     ParentalLock& m_lock;
 };
 
-constexpr RequestRow<BroadcastData> Rows[] = {
+constexpr RequestRow<BroadcastData> DataFunctions[] = {
     {function::GetAudioFormat, &BroadcastData::GetAudioFormat},
     {function::GetDigitalDualSound, &BroadcastData::GetDigitalDualSound},
     {function::GetCurrentAudioInfo, &BroadcastData::GetCurrentAudioInfo},
@@ -140,7 +140,7 @@ constexpr RequestRow<BroadcastData> Rows[] = {
 std::optional<CMessageBuffer> BroadcastDataService::Answer(Request const& request)
 {
     BroadcastData functions(m_player, m_selection, m_lock);
-    if (std::optional<CMessageBuffer> reply = AnswerFrom(Rows, functions, request)) {
+    if (std::optional<CMessageBuffer> reply = AnswerFrom(DataFunctions, functions, request)) {
         return reply;
     }
     EZVLanguageCode const preferred = CurrentAudio(m_player, m_selection).value_or(ZVAudio{}).language;

@@ -144,7 +144,7 @@ private:
     EZVLanguageCode m_preferred;
 };
 
-constexpr RequestRow<BroadcastTexts> Rows[] = {
+constexpr RequestRow<BroadcastTexts> TextFunctions[] = {
     {function::SizeOfTTX, &BroadcastTexts::SizeOfTTX},
     {function::GetTTX, &BroadcastTexts::GetTTX},
     {function::GetCurrentTTX, &BroadcastTexts::GetCurrentTTX},
@@ -166,7 +166,7 @@ std::optional<CMessageBuffer> AnswerTexts(Request const& request, Player const& 
                                           Selection const& selection, EZVLanguageCode preferred)
 {
     BroadcastTexts functions(player, selection, preferred);
-    return AnswerFrom(Rows, functions, request);
+    return AnswerFrom(TextFunctions, functions, request);
 }
 
 } // namespace zviptv::sim

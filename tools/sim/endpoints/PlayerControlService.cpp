@@ -238,7 +238,7 @@ private:
     Selection& m_selection;
 };
 
-constexpr RequestRow<PlayerControl> Rows[] = {
+constexpr RequestRow<PlayerControl> PlayerFunctions[] = {
     {function::SetCurrentAudioByIndex, &PlayerControl::SetCurrentAudioByIndex},
     {function::SetAudioFormat, &PlayerControl::SetAudioFormat},
     {function::SetDigitalDualSound, &PlayerControl::SetDigitalDualSound},
@@ -262,7 +262,7 @@ constexpr RequestRow<PlayerControl> Rows[] = {
 std::optional<CMessageBuffer> PlayerControlService::Answer(Request const& request)
 {
     PlayerControl functions(m_player, m_selection);
-    return AnswerFrom(Rows, functions, request);
+    return AnswerFrom(PlayerFunctions, functions, request);
 }
 
 } // namespace zviptv::sim

@@ -14,12 +14,6 @@ namespace zviptv::sim {
 
 namespace type = protocol::type;
 
-namespace {
-
-constexpr std::chrono::milliseconds StatusPeriod{1000};
-
-} // namespace
-
 Service::Service(ServiceOptions const& options, MainLoop& loop)
     : m_loop(loop), m_options(options), m_awaited(options.awaitedSubscribers),
       m_clock(options.playback.speed, options.now), m_log(options.log),

@@ -116,6 +116,8 @@ public:
     void SetListeners(RequestListener onRequest, std::function<void()> onChange);
 
 private:
+    static constexpr std::chrono::milliseconds StatusPeriod{1000};
+
     using Answerer = std::function<std::optional<CMessageBuffer>(Request const&)>;
 
     /// A request that is being handled.

@@ -9,7 +9,6 @@ namespace zviptv::sim {
 
 namespace {
 
-constexpr std::chrono::milliseconds StatusPeriod{1000};
 constexpr std::chrono::milliseconds MeasurePause{5};
 
 } // namespace

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "guide/Rating.h"
 
+#include "guide/XmltvText.h"
+
 #include <algorithm>
 #include <array>
 
@@ -28,11 +30,6 @@ constexpr std::array<Word, 9> Words{{
     {"TV-MA", 17},
     {"NC-17", 18},
 }};
-
-bool IsDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
 
 std::optional<unsigned> FirstNumber(std::string_view value)
 {

@@ -3,15 +3,6 @@
 
 namespace zviptv::sim {
 
-namespace {
-
-bool IsBlank(char c)
-{
-    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
-}
-
-} // namespace
-
 void TidyText(std::string& text)
 {
     std::size_t size = 0;

@@ -6,6 +6,16 @@
 
 namespace zviptv::sim {
 
+constexpr bool IsDigit(char c)
+{
+    return c >= '0' && c <= '9';
+}
+
+constexpr bool IsBlank(char c)
+{
+    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+}
+
 /// Removes blanks and line breaks at both ends, and replaces every run of them inside by one blank.
 void TidyText(std::string& text);
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "guide/XmltvTime.h"
 
+#include "guide/XmltvText.h"
+
 #include <algorithm>
 #include <array>
 #include <string>
@@ -22,16 +24,6 @@ constexpr std::array<Zone, 34> Zones{{
     {"NST", -210}, {"NDT", -150}, {"AST", -240}, {"ADT", -180}, {"EST", -300}, {"EDT", -240}, {"CST", -360},
     {"CDT", -300}, {"MST", -420}, {"MDT", -360}, {"PST", -480}, {"PDT", -420}, {"HST", -600},
 }};
-
-constexpr bool IsDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
-
-constexpr bool IsBlank(char c)
-{
-    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
-}
 
 std::string_view Trim(std::string_view text)
 {

@@ -13,6 +13,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <memory>
@@ -23,7 +24,6 @@ namespace zviptv::sim {
 namespace {
 
 constexpr std::chrono::seconds RequestTimeout{2};
-constexpr int Failure = 1;
 
 SeenRequest ToRequest(GVariant* body)
 {
@@ -202,7 +202,7 @@ int ScenarioRunner::Finish(int status, std::string const& why, Signals const& si
         AwaitRequests(signals);
         End(why);
     }
-    return status == 0 && (m_play->HasFailed() || !m_isWritten) ? Failure : status;
+    return status == 0 && (m_play->HasFailed() || !m_isWritten) ? EXIT_FAILURE : status;
 }
 
 void ScenarioRunner::End(std::string const& why)

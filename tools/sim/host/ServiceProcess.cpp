@@ -12,6 +12,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <system_error>
 #include <utility>
@@ -20,7 +21,6 @@ namespace zviptv::sim {
 
 namespace {
 
-constexpr int Failure = 1; // the service has printed the reason
 constexpr int SignalStatus = 128;
 constexpr std::chrono::seconds StopTimeout{5};
 constexpr char Gone[] =
@@ -196,10 +196,10 @@ void ServiceProcess::NoteEnd(int status)
         int const number = status - SignalStatus;
         std::fprintf(stderr, "zviptv-sim: the service was ended by signal %d (%s)\n", number,
                      strsignal(number));
-    } else if (IsRunning() || status != Failure) {
+    } else if (IsRunning() || status != EXIT_FAILURE) {
         std::fprintf(stderr, "zviptv-sim: the service has ended with status %d\n", status);
     }
-    bool const mayTryAgain = m_isAsked && IsStarting() && status == Failure;
+    bool const mayTryAgain = m_isAsked && IsStarting() && status == EXIT_FAILURE;
     m_state = mayTryAgain ? State::Dead : State::Ended;
     m_ended = mayTryAgain ? std::nullopt : std::optional(status);
     m_link.reset();

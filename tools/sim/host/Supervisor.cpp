@@ -23,7 +23,6 @@ namespace zviptv::sim {
 
 namespace {
 
-constexpr int Failure = 1;
 constexpr int SignalStatus = 128;
 
 std::string SystemBusAddress()
@@ -60,7 +59,7 @@ std::optional<int> AwaitService(Control& control, Signals const& signals)
         service.Advance();
     }
     std::optional<int> const ended = service.Ended();
-    return ended == 0 ? Failure : ended;
+    return ended == 0 ? EXIT_FAILURE : ended;
 }
 
 /// Runs the command and waits for its end. The end of the service does not end the command.
@@ -96,7 +95,7 @@ int SuperviseService(Control& control, Scenarios& scenario, Signals const& signa
         service.Advance();
         scenario.Advance();
     }
-    return service.Ended().value_or(Failure);
+    return service.Ended().value_or(EXIT_FAILURE);
 }
 
 int SuperviseReady(Options const& options, PrivateBus const* bus, Control& control, Scenarios& scenario,
@@ -142,12 +141,12 @@ int Run(Options const& options, ScenarioOptions scenario)
     }
     status = scenarios.Finish(*status, ended, signals);
     if (control.HasLostBus() && status == 0) {
-        status = Failure;
+        status = EXIT_FAILURE;
     }
     service.Stop();
     std::fputs(service.Unrecorded().Text().c_str(), stderr);
     bool const isRecorded = !recorder || recorder->Finish();
-    return *status == 0 && !isRecorded ? Failure : *status;
+    return *status == 0 && !isRecorded ? EXIT_FAILURE : *status;
 }
 
 } // namespace zviptv::sim

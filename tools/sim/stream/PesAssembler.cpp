@@ -5,19 +5,19 @@ namespace zviptv::sim {
 
 namespace {
 
-constexpr std::size_t StartCodeSize = 3;
-constexpr std::size_t HeadSize = 6;
+constexpr std::size_t PrefixSize = 3;
+constexpr std::size_t PesHeadSize = 6;
 
 /// Size of the whole packet by its header; 0 for an unspecified length.
 std::size_t AnnouncedSize(ByteView head)
 {
     std::size_t const length = head.U16(4);
-    return length == 0 ? 0 : HeadSize + length;
+    return length == 0 ? 0 : PesHeadSize + length;
 }
 
 bool BeginsLikePes(ByteView bytes)
 {
-    return bytes.U16(0) == 0 && (bytes.Size() < StartCodeSize || bytes[2] == 1);
+    return bytes.U16(0) == 0 && (bytes.Size() < PrefixSize || bytes[2] == 1);
 }
 
 } // namespace
@@ -56,7 +56,7 @@ void PesAssembler::Append(ByteView payload, std::vector<Pes>& done)
     if (!BeginsLikePes(m_bytes)) {
         return Abandon(m_counters.headless);
     }
-    if (m_bytes.size() < HeadSize) {
+    if (m_bytes.size() < PesHeadSize) {
         return;
     }
     std::size_t const announced = AnnouncedSize(m_bytes);
@@ -75,7 +75,7 @@ std::optional<PesAssembler::Pes> PesAssembler::Flush()
     if (!m_open) {
         return std::nullopt;
     }
-    if (m_bytes.size() >= HeadSize && AnnouncedSize(m_bytes) == 0) {
+    if (m_bytes.size() >= PesHeadSize && AnnouncedSize(m_bytes) == 0) {
         return HandOut();
     }
     Abandon(m_counters.truncated);

@@ -7,22 +7,20 @@ namespace zviptv::sim {
 
 namespace {
 
-constexpr std::size_t HeadSize = 3;     // table id and length
-constexpr std::size_t LongHeadSize = 8; // and version, section numbers
-constexpr std::size_t CrcSize = 4;
+constexpr std::size_t ShortHeadSize = 3; // table id and length
 constexpr std::uint8_t Stuffing = 0xFF;
 
 std::size_t SectionSize(ByteView head)
 {
-    return HeadSize + (head.U16(1) & 0x0FFFu);
+    return ShortHeadSize + (head.U16(1) & 0x0FFFu);
 }
 
 } // namespace
 
 bool IsValidSection(ByteView section, SectionRules const& rules)
 {
-    bool const sized = section.Size() >= LongHeadSize + CrcSize && section.Size() <= rules.largest &&
-                       section.Size() == SectionSize(section);
+    bool const sized = section.Size() >= SectionHeadSize + SectionCrcSize &&
+                       section.Size() <= rules.largest && section.Size() == SectionSize(section);
     bool const versioned = sized && (section[1] & 0x80) != 0;
     bool const numbered = versioned && (section[6] <= section[7] || !rules.numbersAreTight);
     return numbered && Crc32(section) == 0;
@@ -42,7 +40,7 @@ void SectionAssembler::Reset()
 
 std::size_t SectionAssembler::Wanted() const
 {
-    return m_bytes.size() < HeadSize ? HeadSize : SectionSize(m_bytes);
+    return m_bytes.size() < ShortHeadSize ? ShortHeadSize : SectionSize(m_bytes);
 }
 
 /// Continues the unfinished section; bytes after its end are dropped.
@@ -52,7 +50,7 @@ void SectionAssembler::Append(ByteView bytes, Sections& done)
         ByteView const piece = bytes.Part(0, Wanted() - m_bytes.size());
         m_bytes.insert(m_bytes.end(), piece.begin(), piece.end());
         bytes = bytes.Part(piece.Size());
-        if (m_bytes.size() < HeadSize || m_bytes.size() < Wanted()) {
+        if (m_bytes.size() < ShortHeadSize || m_bytes.size() < Wanted()) {
             continue;
         }
         if (IsValidSection(m_bytes, m_rules)) {
@@ -70,7 +68,7 @@ void SectionAssembler::Start(ByteView bytes, Sections& done)
     while (!bytes.Empty() && bytes[0] != Stuffing) {
         Drop();
         m_open = true;
-        std::size_t const size = bytes.Size() < HeadSize ? bytes.Size() : SectionSize(bytes);
+        std::size_t const size = bytes.Size() < ShortHeadSize ? bytes.Size() : SectionSize(bytes);
         Append(bytes.Part(0, size), done);
         bytes = bytes.Part(size);
     }

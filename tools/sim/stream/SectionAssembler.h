@@ -5,6 +5,10 @@
 
 namespace zviptv::sim {
 
+// Bytes of a section of a table with versions before and after its data.
+constexpr std::size_t SectionHeadSize = 8;
+constexpr std::size_t SectionCrcSize = 4;
+
 /// The rules for the sections of a table.
 struct SectionRules
 {

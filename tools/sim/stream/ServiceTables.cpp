@@ -2,20 +2,19 @@
 #include "stream/ServiceTables.h"
 
 #include "stream/DvbText.h"
+#include "stream/SectionAssembler.h"
 
 namespace zviptv::sim {
 
 namespace {
 
-constexpr std::size_t HeadSize = 8;
-constexpr std::size_t CrcSize = 4;
 constexpr std::uint16_t PidMask = 0x1FFF;
 constexpr std::uint16_t LengthMask = 0x0FFF;
 
 /// The bytes between the section's header and its CRC.
 ByteView BodyOf(ByteView section)
 {
-    return section.Part(HeadSize, section.Size() - HeadSize - CrcSize);
+    return section.Part(SectionHeadSize, section.Size() - SectionHeadSize - SectionCrcSize);
 }
 
 /// The list whose length is in the 16 bits at `at`.
