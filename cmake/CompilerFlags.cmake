@@ -11,6 +11,11 @@ target_compile_options(zviptv_flags INTERFACE
     "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
 target_link_options(zviptv_flags INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)
 
+# A source with others in one unit may have classes of its own all the same.
+if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    target_compile_options(zviptv_flags INTERFACE -Wno-subobject-linkage)
+endif()
+
 if(CMAKE_SIZEOF_VOID_P EQUAL 4)
     # Streams over 2 GiB are read, too.
     target_compile_definitions(zviptv_flags INTERFACE _FILE_OFFSET_BITS=64)

@@ -19,7 +19,8 @@ add_executable(consumer consumer.cpp)
 target_link_libraries(consumer PRIVATE ZvIptv::ServiceApi)
 EOF
 rm -f "$work/build/CMakeCache.txt" # and not what CMake has found out about the compiler
-env -u CMAKE_TOOLCHAIN_FILE "$CMAKE_COMMAND" -S "$work" -B "$work/build" -DZVIPTV_SOURCE="$root"
+env -u CMAKE_TOOLCHAIN_FILE "$CMAKE_COMMAND" -S "$work" -B "$work/build" -DZVIPTV_SOURCE="$root" \
+    -DCMAKE_UNITY_BUILD=ON # a choice of the user's project, and faster
 "$CMAKE_COMMAND" --build "$work/build"
 
 # Only the library is built, and a warning of a newer compiler does not stop the user's build.
