@@ -11,24 +11,24 @@ namespace {
 
 char const* const CaptionModule = "zviptv._caption";
 
-py::object ToPython(Colour value)
+py::object ToColour(Colour value)
 {
     return Class(CaptionModule, "Colour")(value.red, value.green, value.blue);
 }
 
-py::object ToPython(CaptionRun const& value)
+py::object ToRun(CaptionRun const& value)
 {
-    return Class(CaptionModule, "CaptionRun")(python::ToPython(value.text), ToPython(value.foreground),
-                                              value.background ? ToPython(*value.background) : py::none(),
+    return Class(CaptionModule, "CaptionRun")(ToPython(value.text), ToColour(value.foreground),
+                                              value.background ? ToColour(*value.background) : py::none(),
                                               value.isDoubleHeight, value.isDoubleWidth, value.isSmall,
                                               value.isFlashing);
 }
 
-py::object ToPython(CaptionLine const& value)
+py::object ToLine(CaptionLine const& value)
 {
     py::list runs;
     for (CaptionRun const& run : value.runs) {
-        runs.append(ToPython(run));
+        runs.append(ToRun(run));
     }
     return Class(CaptionModule, "CaptionLine")(py::tuple(runs));
 }
@@ -46,7 +46,7 @@ py::object ToPython(Caption const& value)
 {
     py::list lines;
     for (CaptionLine const& line : value.lines) {
-        lines.append(ToPython(line));
+        lines.append(ToLine(line));
     }
     return Class(CaptionModule, "Caption")(Class(CaptionModule, "CaptionKind")(py::str(ToString(value.kind))),
                                            value.page, ToPython(value.language), ToPython(value.pid),

@@ -5,7 +5,7 @@ namespace zviptv::test {
 namespace {
 
 // eng, AC-3, pid 0x0101, 48000 Hz, 384000 bit/s, 6 channels
-std::string English()
+std::string EnglishCode()
 {
     return FromHex(
         "67 6e 65 00 02 00 00 00 01 01 05 00 80 bb 00 00 00 dc 05 00 06 00 81 00 00 00 00 00 00 00 00 00");
@@ -26,7 +26,7 @@ protected:
     {
         m_service.Answer("SizeOfAudio", {{"result_internal", "1"}, {"size", "2"}});
         m_service.AnswerBy("GetAudio", [](WireMessage const& request) {
-            std::string const audio = request.Value("index") == "0" ? English() : Unknown();
+            std::string const audio = request.Value("index") == "0" ? EnglishCode() : Unknown();
             return Entries({{"result_internal", "1"}, {"audio", audio}});
         });
         m_service.Answer("GetCurrentAudioInfo",

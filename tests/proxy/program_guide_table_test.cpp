@@ -6,7 +6,7 @@ using namespace zviptv::test;
 
 namespace {
 
-using Row = Method<IIPGUtil>;
+using GuideRow = Method<IIPGUtil>;
 
 constexpr unsigned long long Largest = 18446744073709551615ULL;
 
@@ -21,7 +21,7 @@ std::function<Outcome(IIPGUtil&)> TextQuery(Query query)
     };
 }
 
-Row TextRow(std::function<Outcome(IIPGUtil&)> call, WireEntries request)
+GuideRow TextRow(std::function<Outcome(IIPGUtil&)> call, WireEntries request)
 {
     std::string const function = request.front().bytes;
     return {
@@ -29,7 +29,7 @@ Row TextRow(std::function<Outcome(IIPGUtil&)> call, WireEntries request)
         " a text\n", "untouched"};
 }
 
-std::vector<Row> TextRows()
+std::vector<GuideRow> TextRows()
 {
     return {
         TextRow(
@@ -56,7 +56,7 @@ std::vector<Row> TextRows()
     };
 }
 
-std::vector<Row> NumberRows()
+std::vector<GuideRow> NumberRows()
 {
     return {
         {"ExistXmlForIPG",
@@ -94,16 +94,16 @@ std::vector<Row> NumberRows()
     };
 }
 
-std::vector<Row> All()
+std::vector<GuideRow> AllOfTheGuide()
 {
-    std::vector<Row> rows = TextRows();
-    for (Row& row : NumberRows()) {
+    std::vector<GuideRow> rows = TextRows();
+    for (GuideRow& row : NumberRows()) {
         rows.push_back(std::move(row));
     }
     return rows;
 }
 
-class ProgramGuideTable : public ServiceTest, public testing::WithParamInterface<Row>
+class ProgramGuideTable : public ServiceTest, public testing::WithParamInterface<GuideRow>
 {
 protected:
     Lines CallLines() const { return LinesOf(m_log, "IPGUtilProxy.cpp: " + GetParam().function); }
@@ -184,12 +184,12 @@ TEST_P(ProgramGuideTable, AnswerWithoutData)
     EXPECT_EQ(CallLines(), (Lines{{ZV_LOG_INFO, ""}, {ZV_LOG_INFO, "Receive data : "}}));
 }
 
-std::string NameOfRow(testing::TestParamInfo<Row> const& info)
+std::string NameOfRow(testing::TestParamInfo<GuideRow> const& info)
 {
     return info.param.name;
 }
 
-INSTANTIATE_TEST_SUITE_P(ProgramGuide, ProgramGuideTable, testing::ValuesIn(All()), NameOfRow);
+INSTANTIATE_TEST_SUITE_P(ProgramGuide, ProgramGuideTable, testing::ValuesIn(AllOfTheGuide()), NameOfRow);
 
 class ProgramGuideNumbers : public ProgramGuideTable
 {

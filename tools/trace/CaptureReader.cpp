@@ -12,8 +12,6 @@ namespace zviptv::trace {
 
 namespace {
 
-constexpr std::int64_t Million = 1'000'000;
-
 std::string SourceName(std::string const& path)
 {
     return path == "-" ? "standard input" : "'" + path + "'";
@@ -24,7 +22,8 @@ std::int64_t TimeOf(pcap_pkthdr const& header)
 {
     constexpr std::int64_t lastSecond = 253'402'300'799;
     auto const seconds = std::clamp<std::int64_t>(header.ts.tv_sec, 0, lastSecond);
-    return seconds * Million + std::clamp<std::int64_t>(header.ts.tv_usec, 0, Million - 1);
+    return seconds * MicrosecondsPerSecond +
+           std::clamp<std::int64_t>(header.ts.tv_usec, 0, MicrosecondsPerSecond - 1);
 }
 
 } // namespace

@@ -6,6 +6,8 @@
 
 namespace zviptv::trace {
 
+constexpr std::int64_t MicrosecondsPerSecond = 1'000'000;
+
 /// A D-Bus message with its time on the bus.
 struct Message
 {

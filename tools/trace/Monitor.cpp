@@ -11,7 +11,7 @@ namespace zviptv::trace {
 namespace {
 
 /// Time limit for the answer of the bus to BecomeMonitor, in milliseconds.
-constexpr int Patience = 10'000;
+constexpr int MonitorTimeout = 10'000;
 
 /// Messages that are handled at once: after them, the thread gets to its other work.
 constexpr std::size_t Turn = 1'000;
@@ -183,7 +183,7 @@ Monitor::Monitor(std::string const& address, Handlers handlers)
     Owned<GVariant> const reply(g_dbus_connection_call_sync(
         m_connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
         "org.freedesktop.DBus.Monitoring", "BecomeMonitor", g_variant_new("(asu)", nullptr, 0), nullptr,
-        G_DBUS_CALL_FLAGS_NONE, Patience, nullptr, error.Out()));
+        G_DBUS_CALL_FLAGS_NONE, MonitorTimeout, nullptr, error.Out()));
     if (reply == nullptr) {
         error.StripName();
         throw MonitorError("the bus at " + address + " refuses to be watched: " + error.Message() +

@@ -9,8 +9,6 @@ namespace zviptv::trace {
 
 namespace {
 
-constexpr std::int64_t Million = 1'000'000;
-
 class PcapFormat : public CaptureWriter::Format
 {
 public:
@@ -39,8 +37,8 @@ public:
     {
         constexpr std::size_t recordHead = 16;
         pcap_pkthdr header{};
-        header.ts.tv_sec = static_cast<time_t>(message.time / Million);
-        header.ts.tv_usec = static_cast<suseconds_t>(message.time % Million);
+        header.ts.tv_sec = static_cast<time_t>(message.time / MicrosecondsPerSecond);
+        header.ts.tv_usec = static_cast<suseconds_t>(message.time % MicrosecondsPerSecond);
         header.caplen = static_cast<bpf_u_int32>(message.bytes.size());
         header.len = header.caplen;
         pcap_dump(reinterpret_cast<unsigned char*>(m_dumper), &header,

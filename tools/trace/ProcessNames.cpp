@@ -11,7 +11,7 @@ namespace zviptv::trace {
 namespace {
 
 /// Time limit for an answer of the bus, in milliseconds.
-constexpr int Patience = 2'000;
+constexpr int AnswerTimeout = 2'000;
 
 constexpr char Method[] = "GetConnectionUnixProcessID";
 
@@ -52,7 +52,7 @@ ProcessNames::ProcessNames(std::string const& address, OnProcess onProcess)
         char const* const name = g_dbus_connection_get_unique_name(m_connection.get());
         Owned<GVariant> const answer(g_dbus_connection_call_sync(
             m_connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-            Method, g_variant_new("(s)", name), G_VARIANT_TYPE("(u)"), G_DBUS_CALL_FLAGS_NONE, Patience,
+            Method, g_variant_new("(s)", name), G_VARIANT_TYPE("(u)"), G_DBUS_CALL_FLAGS_NONE, AnswerTimeout,
             nullptr, nullptr));
         m_isLocal = ProcessOf(answer.get()) == getpid();
     }
@@ -70,8 +70,8 @@ void ProcessNames::Ask(std::string const& busName) const
     if (m_connection != nullptr) {
         g_dbus_connection_call(m_connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
                                "org.freedesktop.DBus", Method, g_variant_new("(s)", busName.c_str()),
-                               G_VARIANT_TYPE("(u)"), G_DBUS_CALL_FLAGS_NONE, Patience, nullptr, OnAnswer,
-                               new Question{m_onProcess, busName, m_isLocal});
+                               G_VARIANT_TYPE("(u)"), G_DBUS_CALL_FLAGS_NONE, AnswerTimeout, nullptr,
+                               OnAnswer, new Question{m_onProcess, busName, m_isLocal});
     }
 }
 

@@ -11,9 +11,9 @@ using Bytes = TransportStream::Bytes;
 
 // The clock has units of 1/90000 s and 33 bits.
 constexpr std::uint64_t ClockMask = (std::uint64_t{1} << 33U) - 1;
-constexpr std::uint64_t Second = 90000;
-constexpr std::uint64_t ClockInterval = Second / 20;
-constexpr std::uint64_t TableInterval = Second / 10;
+constexpr std::uint64_t PtsSecond = 90000;
+constexpr std::uint64_t ClockInterval = PtsSecond / 20;
+constexpr std::uint64_t TableInterval = PtsSecond / 10;
 
 bool IsClocked(std::int32_t type)
 {
@@ -37,7 +37,7 @@ Bytes TransportStream::Pack(std::uint16_t pid, std::int32_t type, PesHeader cons
     std::optional<std::uint64_t> clock;
     auto const time = header.DecodingTime();
     if (time && (IsClocked(type) || !m_hasClockedStream)) {
-        clock = (*time - Second) & ClockMask;
+        clock = (*time - PtsSecond) & ClockMask;
     }
     bool const isLate = m_tablesAt && m_reached && ((*m_reached - *m_tablesAt) & ClockMask) >= TableInterval;
     if (!m_tablesAt || isLate) {
@@ -82,8 +82,8 @@ void TransportStream::AddUnit(std::uint16_t pid, Bytes const& unit, Bytes& out,
 {
     std::uint64_t const former = m_reached.value_or(0);
     std::uint64_t const step = clock ? (*clock - former) & ClockMask : 0;
-    bool const isLagging = step > ClockMask - Second;
-    bool const isJump = clock && (!m_reached || (step > Second && !isLagging));
+    bool const isLagging = step > ClockMask - PtsSecond;
+    bool const isJump = clock && (!m_reached || (step > PtsSecond && !isLagging));
     if (isJump) {
         AddClock(*clock, m_reached.has_value(), out);
     }

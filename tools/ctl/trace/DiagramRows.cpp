@@ -15,9 +15,9 @@ namespace {
 using trace::Event;
 using trace::EventKind;
 
-constexpr std::size_t MaxRows = 5'000;
+constexpr std::size_t MaxDiagramRows = 5'000;
 constexpr std::int64_t LongPause = 1'000'000; ///< microseconds
-constexpr std::size_t DetailLimit = 80;       ///< of a value, in bytes
+constexpr std::size_t ValueLimit = 80;        ///< of a value, in bytes
 constexpr std::size_t FullLimit = 2'000;
 
 std::string StyleOf(Event const& event)
@@ -66,7 +66,7 @@ void DiagramRows::Add(Event const& event)
     if (isQuestion) {
         return; // whether the application keeps up is not part of what it does
     }
-    if (m_rows.size() >= MaxRows) {
+    if (m_rows.size() >= MaxDiagramRows) {
         ++m_leftOut;
         return;
     }
@@ -140,7 +140,7 @@ void DiagramRows::AddMessage(Event const& event, std::size_t lane)
     DiagramRow& row = NewRow(DiagramRow::Kind::Message, event, lane);
     row.style = StyleOf(event);
     row.label = SubjectText(event);
-    row.detail = DetailText(event, DetailLimit);
+    row.detail = DetailText(event, ValueLimit);
     row.latency = event.latency ? LatencyText(*event.latency) : "";
     if (!event.problems.empty()) {
         row.detail += " ! " + EscapeText(Join(event.problems, "; "));

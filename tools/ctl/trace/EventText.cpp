@@ -4,6 +4,7 @@
 #include "common/PrintableText.h"
 #include "output/Print.h"
 #include "output/Words.h"
+#include "trace/Message.h"
 
 #include <array>
 #include <cstdio>
@@ -16,7 +17,6 @@ namespace {
 using trace::Event;
 using trace::EventKind;
 
-constexpr std::int64_t Million = 1'000'000;
 constexpr std::size_t LineLimit = 160;
 
 /// Cut between characters, with three dots for the rest.
@@ -76,20 +76,21 @@ char const* Direction(Event const& event)
 
 std::string ClockText(std::int64_t time)
 {
-    auto const seconds = static_cast<std::time_t>(time / Million);
+    auto const seconds = static_cast<std::time_t>(time / trace::MicrosecondsPerSecond);
     std::tm parts{};
     localtime_r(&seconds, &parts);
     std::array<char, 32> text{};
     std::size_t const size = std::strftime(text.data(), text.size(), "%H:%M:%S", &parts);
     std::array<char, 16> fraction{};
-    std::snprintf(fraction.data(), fraction.size(), ".%06d", static_cast<int>(time % Million));
+    std::snprintf(fraction.data(), fraction.size(), ".%06d",
+                  static_cast<int>(time % trace::MicrosecondsPerSecond));
     return std::string(text.data(), size) + fraction.data();
 }
 
 std::string LatencyText(std::int64_t microseconds)
 {
     std::array<char, 32> text{};
-    bool const isLong = microseconds >= Million;
+    bool const isLong = microseconds >= trace::MicrosecondsPerSecond;
     std::snprintf(text.data(), text.size(), isLong ? "%.3f s" : "%.3f ms",
                   static_cast<double>(microseconds) / (isLong ? 1e6 : 1e3));
     return text.data();

@@ -18,7 +18,7 @@ using trace::Event;
 using trace::EventKind;
 
 constexpr std::int64_t SlowCall = 100'000; ///< microseconds
-constexpr std::int64_t LongGap = std::chrono::microseconds(Subscription::LongPause).count();
+constexpr std::int64_t LongGap = std::chrono::microseconds(zviptv::Subscription::LongPause).count();
 constexpr std::size_t MaxWaits = 10;
 
 /// More rows than these are added up in one.

@@ -5,8 +5,6 @@
 
 namespace zviptv::sim {
 
-using Seconds = std::chrono::duration<double>;
-
 ScenarioClock::ScenarioClock(SimulatedClock::Now now) : m_clock(1.0, 0, std::move(now)) {}
 
 void ScenarioClock::Start(State const& state)
@@ -32,13 +30,13 @@ void ScenarioClock::Follow(State const& state, bool isSought)
 
 double ScenarioClock::Seconds() const
 {
-    return zviptv::sim::Seconds(m_clock.Shows() - m_zero).count();
+    return std::chrono::duration<double>(m_clock.Shows() - m_zero).count();
 }
 
 std::optional<std::chrono::nanoseconds> ScenarioClock::Until(double second) const
 {
-    return m_clock.Until(m_zero +
-                         std::chrono::duration_cast<std::chrono::nanoseconds>(zviptv::sim::Seconds(second)));
+    return m_clock.Until(
+        m_zero + std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::duration<double>(second)));
 }
 
 } // namespace zviptv::sim
