@@ -22,7 +22,7 @@ inline bool WaitUntil(std::function<bool()> const& condition, std::chrono::milli
             return condition();
         }
         std::this_thread::sleep_for(std::clamp<Clock::duration>(waited / 10, std::chrono::milliseconds(2),
-                                                                std::chrono::milliseconds(100)));
+                                                                std::chrono::milliseconds(20)));
     }
     return true;
 }
