@@ -11,7 +11,7 @@ target_compile_options(zviptv_flags INTERFACE
     "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
 target_link_options(zviptv_flags INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)
 
-# A source with others in one unit may have classes of its own all the same.
+# g++ takes a source that is compiled together with others for a header, which should have no unnamed namespaces.
 if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     target_compile_options(zviptv_flags INTERFACE -Wno-subobject-linkage)
 endif()

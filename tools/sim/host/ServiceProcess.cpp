@@ -196,7 +196,7 @@ void ServiceProcess::NoteEnd(int status)
         int const number = status - SignalStatus;
         std::fprintf(stderr, "zviptv-sim: the service was ended by signal %d (%s)\n", number,
                      strsignal(number));
-    } else if (IsRunning() || status != EXIT_FAILURE) {
+    } else if (IsRunning() || status != EXIT_FAILURE) { // otherwise the service has printed the reason
         std::fprintf(stderr, "zviptv-sim: the service has ended with status %d\n", status);
     }
     bool const mayTryAgain = m_isAsked && IsStarting() && status == EXIT_FAILURE;
