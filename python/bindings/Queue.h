@@ -17,13 +17,14 @@ namespace zviptv::python {
 class Waitable
 {
 public:
+    Waitable(Waitable const&) = delete;
+    Waitable& operator=(Waitable const&) = delete;
     virtual ~Waitable() = default;
+
     virtual void Close() = 0;
 
 protected:
     Waitable() = default;
-    Waitable(Waitable const&) = delete;
-    Waitable& operator=(Waitable const&) = delete;
 };
 
 /// Items on their way from the television's thread to Python. A file descriptor is readable while there are
