@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 # SPDX-License-Identifier: MIT
 """Runs all benchmarks of a build, prints their tables and draws their pictures.
 

@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 # SPDX-License-Identifier: MIT
 """Checks that the figures of the page are those of its summary: none is typed by hand."""
 

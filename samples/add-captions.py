@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 # SPDX-License-Identifier: MIT
 """Adds teletext and an ARIB caption to a transport stream, for make-sample.sh: ffmpeg makes neither.
 

@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 # SPDX-License-Identifier: MIT
 """Measures the library across a bus, compared with the alternatives, and writes the results as JSON."""
 

@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 # SPDX-License-Identifier: MIT
 """Measures the Python package and `zviptvctl batch`, compared with the C++ layer, in alternating blocks.
 

@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 # SPDX-License-Identifier: MIT
 """Records the elementary stream of a PID until Ctrl-C or SIGTERM, also across restarts of the service: recorder.py PID FILE"""
 import asyncio

@@ -20,7 +20,7 @@ marked() {
     grep -o '`[A-Za-z]*`' | tr -d '`' | sort
 }
 
-python3 - "$root/tools/sim/control/org.corvel.zviptvapi.Simulator1.xml" >"$work/members" <<'PYTHON'
+/usr/bin/python3 - "$root/tools/sim/control/org.corvel.zviptvapi.Simulator1.xml" >"$work/members" <<'PYTHON'
 import sys
 import xml.etree.ElementTree as tree
 interface = tree.parse(sys.argv[1]).getroot().find("interface")

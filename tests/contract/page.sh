@@ -28,4 +28,4 @@ export PATH=$work/bin:$prefix/bin:$PATH LD_LIBRARY_PATH=$libdir PKG_CONFIG_PATH=
 export PYTHONPATH=$prefix/lib/python3/dist-packages PYTHONDONTWRITEBYTECODE=1
 export MYPY_CACHE_DIR=$build/tests/contract/mypy
 export CMAKE_PREFIX_PATH=$prefix CXXFLAGS=$sanitize DBUS_SYSTEM_BUS_ADDRESS=unix:path=$work/no-bus
-python3 -B "$source/pages/page.py" "$3" "$root" "$work"
+/usr/bin/python3 -B "$source/pages/page.py" "$3" "$root" "$work"

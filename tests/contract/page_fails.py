@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 # SPDX-License-Identifier: MIT
 """Checks that page.py finds errors in pages: page_fails.py BUILD SOURCE"""
 import contextlib

@@ -5,7 +5,7 @@ set -euo pipefail
 root=$(cd "$2/../.." && pwd)
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-check() { python3 -B "$root/protocol/generate.py" page --check "$1"; }
+check() { /usr/bin/python3 -B "$root/protocol/generate.py" page --check "$1"; }
 
 check "$root/docs/reference/protocol.md"
 
@@ -24,7 +24,7 @@ refused 'has no .* for: record ZVTTX$' '/^<!-- table: record ZVTTX -->$/,/^<!-- 
 
 # Updating the page makes the check pass.
 sed -E '/^\| `onoff` /d' "$root/docs/reference/protocol.md" >"$work/page.md"
-python3 -B "$root/protocol/generate.py" page "$work/page.md"
+/usr/bin/python3 -B "$root/protocol/generate.py" page "$work/page.md"
 diff "$root/docs/reference/protocol.md" "$work/page.md"
 
 # Every record and enumeration of the headers is described.

@@ -20,7 +20,7 @@ make_reference() {
 make_reference "$root"
 
 # Doxygen does not warn about enumerators and macros: the test searches for them in the result.
-python3 - "$work/out/xml" <<'PYTHON'
+/usr/bin/python3 - "$work/out/xml" <<'PYTHON'
 import glob, sys, xml.etree.ElementTree as tree
 def bare(node):
     return not any("".join(text.itertext()).strip()

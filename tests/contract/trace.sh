@@ -59,7 +59,7 @@ wait "$monitor" "$busctl" || true
 
 # content FILE: prints the events of a recording, without times and without calls to the bus itself.
 content() {
-    zviptvctl trace --in "$1" --json 2>"$1.log" | python3 -c '
+    zviptvctl trace --in "$1" --json 2>"$1.log" | /usr/bin/python3 -c '
 import json, sys
 for line in sys.stdin:
     event = json.loads(line)
@@ -89,7 +89,7 @@ shown() {
         -e zviptv.message -e zviptv.function -e zviptv.result_internal 2>tshark.log
     ! grep -i 'lua\|error\|invalid' tshark.log
 }
-python3 -c '
+/usr/bin/python3 -c '
 import json, sys
 for line in sys.stdin:
     event = json.loads(line)

@@ -262,6 +262,6 @@ TEST_F(TraceFileTest, DiagramsAreSelfContainedAndEscapeForeignTexts)
         EXPECT_THAT(text, Not(HasSubstr("://")));
     }
     ChildProcess xml(
-        {"python3", "-c", "import sys,xml.dom.minidom as m; m.parse(sys.argv[1])", InFolder("a.svg")});
+        {"/usr/bin/python3", "-c", "import sys,xml.dom.minidom as m; m.parse(sys.argv[1])", InFolder("a.svg")});
     EXPECT_EQ(xml.Wait(patience), (ExitStatus{0, 0})) << xml.Errors();
 }

@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 # SPDX-License-Identifier: MIT
 """Adds to every PMT of a stream what ffmpeg does not write: caption services and component tags.
 

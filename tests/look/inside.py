@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 # SPDX-License-Identifier: MIT
 """Runs as the simulator's command: calls every method and compares each answer with that of independent readers.
 

@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 # SPDX-License-Identifier: MIT
 """Plays a transport stream on the simulator, and compares the answers of all methods and every PES packet with the
 results of independent readers: ffprobe, and the modules in this folder, which share no code with the simulator.

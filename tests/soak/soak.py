@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 # SPDX-License-Identifier: MIT
 """The soak: applications call and receive pushes for minutes while the service dies and comes back at random.
 

@@ -119,7 +119,7 @@ TEST_F(Expectations, AreValidXml)
                   {"--junit", Path("junit.xml")}),
               1);
     EXPECT_THAT(Read("junit.xml"), HasSubstr("SetAppID AppID=&lt;a href=&quot;x&quot;&gt;&amp;amp;\"/>"));
-    ChildProcess reader({"python3", "-c",
+    ChildProcess reader({"/usr/bin/python3", "-c",
                          "import sys, xml.dom.minidom as d; print(d.parse(sys.argv[1])."
                          "getElementsByTagName('failure')[0].getAttribute('message'))",
                          Path("junit.xml")});

@@ -38,7 +38,7 @@ server.serve_forever()
 class LiveHttp : public LiveInput
 {
 protected:
-    LiveHttp() : m_server({"python3", "-c", Server, ZVIPTV_SAMPLE_FILE})
+    LiveHttp() : m_server({"/usr/bin/python3", "-c", Server, ZVIPTV_SAMPLE_FILE})
     {
         EXPECT_TRUE(m_server.WaitForOutput("\n", Patience));
         std::string const output = m_server.Output();
