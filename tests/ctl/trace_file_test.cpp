@@ -261,7 +261,7 @@ TEST_F(TraceFileTest, DiagramsAreSelfContainedAndEscapeForeignTexts)
         text.erase(text.find(name_space), name_space.size());
         EXPECT_THAT(text, Not(HasSubstr("://")));
     }
-    ChildProcess xml(
-        {"/usr/bin/python3", "-c", "import sys,xml.dom.minidom as m; m.parse(sys.argv[1])", InFolder("a.svg")});
+    ChildProcess xml({"/usr/bin/python3", "-c", "import sys,xml.dom.minidom as m; m.parse(sys.argv[1])",
+                      InFolder("a.svg")});
     EXPECT_EQ(xml.Wait(patience), (ExitStatus{0, 0})) << xml.Errors();
 }
