@@ -53,22 +53,24 @@ FunctionRow Row(WireEntries request, Call const& call)
             }};
 }
 
-/// An entry of a request, or of a reply: "a signed number of 32 bits", for example.
+/// The entries of both lists.
+inline WireEntries Joined(std::initializer_list<TextEntry> first, std::initializer_list<TextEntry> rest)
+{
+    WireEntries entries = Entries(first);
+    WireEntries const others = Entries(rest);
+    entries.insert(entries.end(), others.begin(), others.end());
+    return entries;
+}
+
 inline WireEntries Reply(std::initializer_list<TextEntry> values)
 {
-    WireEntries entries = Entries({{"result_internal", "1"}});
-    WireEntries const rest = Entries(values);
-    entries.insert(entries.end(), rest.begin(), rest.end());
-    return entries;
+    return Joined({{"result_internal", "1"}}, values);
 }
 
 /// The request of a television's first object.
 inline WireEntries Request(std::string const& function, std::initializer_list<TextEntry> arguments = {})
 {
-    WireEntries entries = Entries({{"functionname", function}, {"handleID", "256"}});
-    WireEntries const rest = Entries(arguments);
-    entries.insert(entries.end(), rest.begin(), rest.end());
-    return entries;
+    return Joined({{"functionname", function}, {"handleID", "256"}}, arguments);
 }
 
 /// Runs rows in both forms. Each of their tests has a television, and a service.
