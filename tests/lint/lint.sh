@@ -63,17 +63,18 @@ fi
 
 mapfile -t modules < <(matching '\.py$')
 if [ ${#modules[@]} -gt 0 ]; then
+    ! grep -n '^#!.*env ' /dev/null "${modules[@]}" || { echo "scripts begin with #!/usr/bin/python3" && failed=1; }
     say "Python's compiler" "${modules[@]}"
     check /usr/bin/python3 -B -c 'import sys
 for name in sys.argv[1:]:
     compile(open(name, encoding="utf-8").read(), name, "exec")' "${modules[@]}"
 fi
 
-if [ ! -v named ]; then
-    check tests/lint/sources.py "$build"
-else
-    mapfile -t sources < <(matching '\.cpp$')
-    [ ${#sources[@]} -eq 0 ] || check tests/lint/sources.py "$build" "${sources[@]}"
+mapfile -t sources < <(matching '\.cpp$')
+if [ ${#sources[@]} -gt 0 ]; then
+    which=all
+    [ ! -v named ] || which=some
+    check tests/lint/sources.py "$which" "$build" "${sources[@]}"
 fi
 
 [ "$failed" -eq 0 ] && echo "No findings."

@@ -1,10 +1,10 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: MIT
-"""Checks sources of C++ with clang: sources.py BUILD [FILE...]
+"""Checks sources of C++ with clang: sources.py all|some BUILD FILE...
 
-Without files, checks all sources: each separately for the compiler's warnings and a few checks of clang-tidy, then the
-parts in which the release in BUILD compiles them for the other checks, which take much longer for the headers of a
-source than for the source itself. With files, runs all checks on each of them.
+For some of the project's sources, runs all checks on each of them. For all, checks each for the compiler's warnings and
+with a few checks of clang-tidy, then the parts in which the release in BUILD compiles them with the other checks, which
+take much longer for the headers of a source than for the source itself.
 """
 import concurrent.futures
 import json
@@ -70,17 +70,9 @@ def every(files, folder, *options):
     return clean
 
 
-def sources():
-    """All sources of the project."""
-    listed = subprocess.run(["git", "ls-files", "--cached", "--others", "--exclude-standard", "*.cpp"], cwd=ROOT,
-                            check=True, text=True, stdout=subprocess.PIPE).stdout
-    return [str(ROOT / name) for name in listed.splitlines() if (ROOT / name).exists()]
-
-
 def main():
-    build = pathlib.Path(sys.argv[1]).resolve()
-    chosen = [str(ROOT / name) for name in sys.argv[2:]]
-    wanted = chosen or sources()
+    build = pathlib.Path(sys.argv[2]).resolve()
+    wanted = [str(ROOT / name) for name in sys.argv[3:]]
     with tempfile.TemporaryDirectory() as name:
         work = pathlib.Path(name)
         separate = commands_separate(build, work)
@@ -89,7 +81,7 @@ def main():
             print(f"clang-tidy: {len(wanted) - len(built)} files are left out, which the release does not build")
         print(f"clang-tidy: {len(built)} files", flush=True)
         write(work / "separate", separate)
-        if chosen:
+        if sys.argv[1] == "some":
             clean = every(built, work / "separate")
         else:
             clean = every(built, work / "separate", "--checks=" + ",".join(["-*", *SEPARATE]))
